@@ -1,0 +1,1 @@
+# Headers, package configuration files.
