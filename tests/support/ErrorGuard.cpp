@@ -1,7 +1,11 @@
 #include "support/ErrorGuard.h"
 
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoError.h>
+
 #include <algorithm>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -13,27 +17,41 @@ std::mutex s_mutex;
 ErrorScope* s_scope = nullptr;
 std::vector<std::string> s_unannounced;
 
-std::vector<std::string> takeUnannounced()
+bool isInformation(const SoError& error)
 {
-    const std::lock_guard lock(s_mutex);
-    return std::exchange(s_unannounced, {});
+    return error.getTypeName() == std::string_view("SoDebugError")
+        && static_cast<const SoDebugError&>(error).getSeverity() == SoDebugError::SEV_INFO;
+}
+
+void handleToolkitError(const SoError* error, void*)
+{
+    if (!isInformation(*error))
+        report(error->getPrintedText().getString());
+}
+
+void failForUnannounced()
+{
+    std::vector<std::string> texts;
+    {
+        const std::lock_guard lock(s_mutex);
+        texts.swap(s_unannounced);
+    }
+    for (const std::string& text : texts)
+        ADD_FAILURE() << "unannounced error: " << text;
 }
 
 /// Fails the test that let an error pass.
-class Listener final : public ::testing::EmptyTestEventListener
-{
-    void OnTestEnd(const ::testing::TestInfo&) override
+class Listener final : public ::testing::EmptyTestEventListener {
+    // Again for each test: the one before may have tried handlers of its own.
+    void OnTestStart(const ::testing::TestInfo&) override
     {
-        for (const std::string& text : takeUnannounced())
-            ADD_FAILURE() << "unannounced error: " << text;
+        SoError::setHandlerCallback(handleToolkitError);
     }
 
+    void OnTestEnd(const ::testing::TestInfo&) override { failForUnannounced(); }
+
     // Errors outside of any case: static set-up and tear-down.
-    void OnTestSuiteEnd(const ::testing::TestSuite&) override
-    {
-        for (const std::string& text : takeUnannounced())
-            ADD_FAILURE() << "unannounced error: " << text;
-    }
+    void OnTestSuiteEnd(const ::testing::TestSuite&) override { failForUnannounced(); }
 };
 
 } // namespace
@@ -99,6 +117,7 @@ void report(const std::string& text)
 
 void installErrorGuard()
 {
+    SoError::setHandlerCallback(handleToolkitError);
     ::testing::UnitTest::GetInstance()->listeners().Append(new Listener);
 }
 

@@ -9,9 +9,9 @@ namespace support {
 /// Collects the errors posted while it lives, which would fail the test otherwise:
 /// toolkit errors and warnings, Qt warnings, failed connects.
 /// Scopes nest; the innermost collects. A scope that collected nothing fails its
-/// test, unless mayStayEmpty() was called. Usable from any thread.
-class ErrorScope
-{
+/// test, unless mayStayEmpty() was called. Errors may come from any thread; the
+/// scope itself belongs to one.
+class ErrorScope {
 public:
     ErrorScope();
     ~ErrorScope();
@@ -24,10 +24,10 @@ public:
     /// Texts collected so far, in order.
     std::vector<std::string> texts() const;
 
-    /// Whether any collected text contains \p part.
+    /// Whether any collected text contains `part`.
     bool contains(const std::string& part) const;
 
-    /// Forgets the errors collected so far, and accepts that there are none.
+    /// Forgets what was collected; the scope may then end empty.
     void clear();
 
     /// Accepts that no error comes.
@@ -41,7 +41,7 @@ private:
     ErrorScope* m_outer; // Not owned.
 };
 
-/// Announces errors: `const auto errors = support::expectErrors();`
+/// Announces errors: `auto errors = support::expectErrors();`
 [[nodiscard]] ErrorScope expectErrors();
 
 /// Hands an error to the innermost scope, or fails the running test when it ends.
