@@ -1,0 +1,85 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class SoBase;
+class SoNotification;
+
+/// Somebody who wants to hear when a base object or a field changes or dies.
+class KALMYR_API SoAuditor {
+public:
+    /// What kind of object listens; the numbers are part of the interface.
+    enum Type : std::uint8_t {
+        SENSOR = 0,    ///< a data sensor
+        CONTAINER = 1, ///< the field container that owns the audited field
+        PARENT = 2,    ///< the child list of a parent node
+        FIELD = 3,     ///< a field that holds the object, or is connected from the field
+        ENGINE = 4,    ///< an engine fed by the field
+        PATH = 5       ///< a path through the node
+    };
+
+    /// A change passes by; called during the notification walk. Must not edit the graph.
+    virtual void auditedChanged(SoNotification &notification) = 0;
+
+    /// The audited object is being destroyed. The auditor must forget it; it is removed from the
+    /// list already.
+    virtual void auditedDying() {}
+
+protected:
+    ~SoAuditor() = default;
+};
+
+/// The listeners of one object: unique entries with a multiplicity, removed in constant time.
+///
+/// Most objects have one listener, which is kept in place; only a list that grows beyond
+/// `kIndexThreshold` builds a hash index, so a material shared by 100,000 parents can lose them
+/// in any order in linear time. Order after a removal is unspecified.
+class KALMYR_API SoAuditorList {
+public:
+    struct Entry {
+        SoAuditor *auditor = nullptr;
+        SoAuditor::Type type = SoAuditor::SENSOR;
+        int multiplicity = 0; ///< how often the auditor holds the object (same child twice: 2)
+    };
+
+    static constexpr int kIndexThreshold = 32;
+
+    SoAuditorList() = default;
+    ~SoAuditorList();
+    SoAuditorList(const SoAuditorList &) = delete;
+    SoAuditorList &operator=(const SoAuditorList &) = delete;
+
+    /// Adds an auditor or raises its multiplicity.
+    void append(SoAuditor *auditor, SoAuditor::Type type);
+
+    /// Lowers the multiplicity, removing the entry when it falls to zero. Unknown: ignored.
+    void remove(SoAuditor *auditor);
+
+    /// Number of distinct auditors.
+    int getLength() const;
+    const Entry &operator[](int i) const;
+    SoAuditor *getObject(int i) const { return (*this)[i].auditor; }
+    SoAuditor::Type getType(int i) const { return (*this)[i].type; }
+
+    /// Tells every auditor. An auditor may remove itself or others meanwhile; those removed are
+    /// not called, those added are called with the next change.
+    void notify(SoNotification &notification) const;
+
+    /// Takes every entry out, then tells each auditor that the object dies.
+    void announceDeath();
+
+private:
+    struct Many {
+        std::vector<Entry> entries;
+        std::unordered_map<SoAuditor *, int> index; ///< filled beyond kIndexThreshold
+    };
+    int find(SoAuditor *auditor) const;
+
+    Entry m_one;                   ///< the only entry while m_many is null
+    std::unique_ptr<Many> m_many;  ///< all entries once there were two
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/core/SoAuditor.h>
+#include <kalmyr/core/SoNotification.h>
+
+#include <vector>
+
+class SoNode;
+
+/// The children of a node. Holds a reference on each child, listens to it, and tells the parent
+/// of every edit with its kind, child and index.
+///
+/// The same node may stand in the list several times. An edit that would make a node its own
+/// ancestor is refused with an error that names both nodes.
+class KALMYR_API SoChildList final : public SoAuditor {
+public:
+    /// `parent` owns the list and is told of its edits.
+    explicit SoChildList(SoNode *parent) : m_parent(parent) {}
+    ~SoChildList();
+    SoChildList(const SoChildList &) = delete;
+    SoChildList &operator=(const SoChildList &) = delete;
+
+    SoNode *getParent() const { return m_parent; }
+    int getLength() const { return static_cast<int>(m_nodes.size()); }
+    SoNode *operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+    const std::vector<SoNode *> &getNodes() const { return m_nodes; }
+
+    /// Index of the first place of `child`, or -1.
+    int find(const SoNode *child) const;
+
+    /// The edits return false, and change nothing, for a null child, an index out of range or a
+    /// cycle.
+    bool append(SoNode *child);
+    /// `index` from 0 to getLength(), the latter appends.
+    bool insert(SoNode *child, int index);
+    bool remove(int index);
+    bool set(int index, SoNode *child);
+    /// Removes all, with one notification (none when empty already).
+    void truncate();
+    /// Replaces the whole list with one notification of kind ALL_REMOVED (intended: whoever
+    /// mirrors the list reads it again).
+    bool assign(const std::vector<SoNode *> &children);
+    /// Reserves memory for that many children.
+    void reserve(int count) { m_nodes.reserve(static_cast<std::size_t>(count)); }
+
+    void auditedChanged(SoNotification &notification) override;
+
+private:
+    bool accepts(const SoNode *child) const;
+    void adopt(SoNode *child);
+    void abandon(SoNode *child);
+    void tell(SoNotification::Kind kind, SoNode *child, int index);
+
+    SoNode *m_parent; // Not owned; it owns us.
+    std::vector<SoNode *> m_nodes;
+};

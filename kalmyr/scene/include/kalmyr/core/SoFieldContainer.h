@@ -1,0 +1,73 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbString.h>
+#include <kalmyr/core/SoBase.h>
+#include <kalmyr/core/SoNotification.h>
+
+#include <cstdint>
+#include <vector>
+
+class SoField;
+class SoFieldData;
+
+/// A base object with fields: nodes, engines, scene managers, render areas.
+class KALMYR_API SoFieldContainer : public SoBase {
+public:
+    static SoType getClassTypeId();
+    static void initClass();
+
+    /// Names and places of the fields; null when the class has none.
+    virtual const SoFieldData *getFieldData() const { return nullptr; }
+
+    /// The field of that name, or null.
+    SoField *getField(const SbName &name) const;
+    /// Its name, or the empty name when the field is not one of this container's.
+    SbName getFieldName(const SoField *field) const;
+    std::vector<SoField *> getFields() const;
+
+    /// A new default instance of the same type (reference count 0), or null when the type has none.
+    virtual SoFieldContainer *createTwin() const { return nullptr; }
+
+    /// Sets every field to its default value, with one notification.
+    void setToDefaults();
+
+    /// True when every field holds its default value.
+    bool hasDefaultValues() const;
+
+    /// Sets fields from text such as "radius 2 height 3". False, with nothing further set, at the
+    /// first fault.
+    bool set(const char *text);
+    /// All fields that do not hold their default, as text that set() takes.
+    void get(SbString &text) const;
+
+    /// Copies all field values (and, with `copyConnections`, connections) from a container of
+    /// the same type; one notification.
+    virtual void copyFieldValues(const SoFieldContainer *from, bool copyConnections = false);
+
+    /// Switches notification of this container on or off; returns what it was. While off, changes
+    /// reach nobody; touch() afterwards tells them once.
+    bool enableNotify(bool on);
+    bool isNotifyEnabled() const { return m_notifyEnabled; }
+
+    /// Sends a change of kind UNSPECIFIED without a field.
+    void touch();
+
+    /// Stamp of the last change at or below this container; a new object has one of its own.
+    /// Equal stamps mean unchanged, so caches compare it.
+    std::uint64_t getChangeId() const { return m_changeId; }
+
+    /// Continues a walk: visits this container unless the change came by already.
+    virtual void notify(SoNotification &notification);
+
+protected:
+    SoFieldContainer();
+    ~SoFieldContainer() override = default;
+
+private:
+    std::uint64_t m_changeId;
+    bool m_notifyEnabled = true;
+
+protected:
+    std::uint8_t m_nodeFlags = 0; ///< bits for SoNode and below (override and such)
+};

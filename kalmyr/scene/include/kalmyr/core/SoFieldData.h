@@ -1,0 +1,43 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbName.h>
+
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+class SoField;
+class SoFieldContainer;
+
+/// Names and places of the fields of a class of containers, in order of declaration.
+///
+/// One table serves all instances of a class: a field is found by its distance from the container.
+/// Containers whose fields come from a file own a table of their own.
+class KALMYR_API SoFieldData {
+public:
+    SoFieldData() = default;
+    SoFieldData(const SoFieldData &) = default;
+
+    /// Adds a field that lives in, or is owned by, `container`.
+    void addField(const SoFieldContainer *container, const SbName &name, const SoField *field);
+
+    int getNumFields() const { return static_cast<int>(m_entries.size()); }
+    const SbName &getFieldName(int index) const { return m_entries[static_cast<std::size_t>(index)].name; }
+    SoField *getField(const SoFieldContainer *container, int index) const;
+
+    /// Index of the field of that name, or -1. Constant time for tables of any size.
+    int getIndex(const SbName &name) const;
+    /// Index of `field` within `container`, or -1.
+    int getIndex(const SoFieldContainer *container, const SoField *field) const;
+
+private:
+    struct Entry {
+        SbName name;
+        std::ptrdiff_t offset;
+    };
+    static constexpr std::size_t kLinearLimit = 12;
+
+    std::vector<Entry> m_entries;
+    std::unordered_map<SbName, int> m_index;
+};

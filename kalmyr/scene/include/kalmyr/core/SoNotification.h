@@ -1,0 +1,58 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+
+#include <cstdint>
+
+class SoField;
+class SoFieldContainer;
+class SoNode;
+
+/// One change on its way up from where it happened to everybody who listens.
+///
+/// There is one walk per change. A container that is reached by several parents is visited once
+/// (it remembers the stamp of the change), so the cost is proportional to the number of distinct
+/// ancestors. Sensors of priority 0 are collected on the walk and triggered right after it, still
+/// inside the call that made the change.
+class KALMYR_API SoNotification {
+public:
+    /// What happened; the numbers are part of the interface.
+    enum Kind : std::uint8_t {
+        UNSPECIFIED = 0,  ///< a field value, or touch()
+        CHILD_ADDED = 1,  ///< appended as last child
+        CHILD_INSERTED = 2,
+        CHILD_REPLACED = 3,
+        CHILD_REMOVED = 4, ///< sent after the removal; the child is still alive
+        ALL_REMOVED = 5,   ///< all children removed
+        OTHER = 6
+    };
+
+    /// One container on the way from the change to the container being told now.
+    struct Link {
+        SoFieldContainer *container;
+        const Link *below; ///< next one towards the change; null at the change itself
+    };
+
+    Kind kind = UNSPECIFIED;
+    SoFieldContainer *container = nullptr; ///< where the change happened
+    SoField *field = nullptr;              ///< the changed field, or null
+    SoNode *child = nullptr;               ///< the child concerned, or null
+    int index = -1;                        ///< its index, or -1
+    std::uint64_t stamp = 0;               ///< unique, rising; becomes the id of every visited node
+    const Link *chain = nullptr;           ///< where the walk is now, down to the change
+
+    /// Sends the change from `start` upwards and then runs the immediate sensors, unless this is
+    /// a change made during another change's walk.
+    void send(SoFieldContainer *start);
+    /// The same from a field: first its own auditors, then its container.
+    void sendFrom(SoField *field);
+
+    /// A new stamp, greater than every one before it in this process. Also the source of node ids.
+    static std::uint64_t nextStamp();
+
+    /// True while a walk is under way on this thread: editing the graph is not allowed.
+    static bool isWalking();
+
+    /// Installed by the sensor manager: runs the immediate sensors collected on the walk.
+    static void setAfterWalk(void (*function)());
+};

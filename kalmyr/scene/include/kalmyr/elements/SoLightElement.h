@@ -1,0 +1,48 @@
+#pragma once
+
+#include <kalmyr/base/SbColor.h>
+#include <kalmyr/base/SbMatrix.h>
+#include <kalmyr/elements/SoState.h>
+
+#include <memory>
+#include <vector>
+
+/// One light source as it stands in the scene: parameters in its own space and the matrix to the
+/// world.
+struct SoLightRecord {
+    enum Kind { DIRECTIONAL, POINT, SPOT };
+    Kind kind = DIRECTIONAL;
+    SbMatrix toWorld = SbMatrix::identity();
+    SbColor color{1, 1, 1};
+    float intensity = 1;
+    float ambientIntensity = 0;
+    SbVec3f position{0, 0, 1};
+    SbVec3f direction{0, 0, -1};
+    float cutOffAngle = 0.785398f; ///< radians
+    float dropOffRate = 0;         ///< 0 to 1
+    SbVec3f attenuation{1, 0, 0};  ///< constant, linear, quadratic
+};
+
+/// The lights that shine on what follows. Shared between stack levels; replaced, never edited.
+class KALMYR_API SoLightElement final
+    : public SoValueElement<SoLightElement, std::shared_ptr<const std::vector<SoLightRecord>>> {
+public:
+    static int getStackIndex();
+    static void add(SoState *state, const SoNode *node, const SoLightRecord &light);
+};
+
+/// Ambient light and fog.
+struct SoEnvironmentValues {
+    float ambientIntensity = 0.2f;
+    SbColor ambientColor{1, 1, 1};
+    SbVec3f attenuation{0, 0, 1};
+    enum Fog { NONE = 0, HAZE = 1, FOG = 2, SMOKE = 3 };
+    Fog fogType = NONE;
+    SbColor fogColor{1, 1, 1};
+    float fogVisibility = 0; ///< world units; 0: the far plane
+};
+class KALMYR_API SoEnvironmentElement final
+    : public SoValueElement<SoEnvironmentElement, SoEnvironmentValues> {
+public:
+    static int getStackIndex();
+};

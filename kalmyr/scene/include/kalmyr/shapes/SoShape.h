@@ -1,0 +1,50 @@
+#pragma once
+
+#include <kalmyr/base/SbBox.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/shapes/SoGeometry.h>
+
+#include <array>
+
+class SoState;
+
+/// Base of everything that can be seen.
+///
+/// A concrete shape says how its geometry is built from its fields and the state; the base keeps
+/// the result until something it was built from changes, and renders, picks and measures it.
+class KALMYR_API SoShape : public SoNode {
+    SO_NODE_HEADER(SoShape)
+
+public:
+    static void initClass();
+
+    /// The geometry under the present state; from the cache when node and state are unchanged.
+    /// Null for a shape without any primitive.
+    SoRef<SoGeometry> getGeometry(SoState *state);
+
+    /// Box and centre in object space; by default of the geometry. A shape that knows better
+    /// without building it overrides.
+    virtual void computeBBox(SoState *state, SbBox3f &box, SbVec3f &center);
+
+protected:
+    SoShape();
+    ~SoShape() override;
+
+    /// Builds triangles, lines and points. Faults of the data (an index out of range) are posted
+    /// once as read-time style warnings and the face is left out.
+    virtual void buildGeometry(SoState *state, SoGeometry &geometry) = 0;
+    /// Mixes the ids of the state values that buildGeometry() looks at; 0 when it looks at none.
+    virtual std::uint64_t stateKey(SoState *state) const;
+
+private:
+    struct Cached {
+        std::uint64_t key = 0;
+        SoRef<SoGeometry> geometry;
+    };
+    /// A shape shared under different coordinates keeps a few results.
+    static constexpr int kCacheSize = 4;
+    std::unique_ptr<std::array<Cached, kCacheSize>> m_cache;
+    int m_nextCache = 0;
+};

@@ -1,0 +1,131 @@
+#include <kalmyr/core/SoChildList.h>
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/core/SoNode.h>
+
+#include <algorithm>
+
+SoChildList::~SoChildList()
+{
+    for (SoNode *node : m_nodes) abandon(node);
+}
+
+int SoChildList::find(const SoNode *child) const
+{
+    const auto at = std::find(m_nodes.begin(), m_nodes.end(), child);
+    return at == m_nodes.end() ? -1 : static_cast<int>(at - m_nodes.begin());
+}
+
+bool SoChildList::accepts(const SoNode *child) const
+{
+    if (!child) {
+        SoDebugError::post("SoChildList", "a null child is refused");
+        return false;
+    }
+    if (!m_parent->isAtOrBelow(child)) return true;
+    SoDebugError::post("SoChildList", "%s \"%s\" cannot be a child of %s \"%s\": it holds it",
+                       child->getTypeId().getName().getString(), child->getName().getString(),
+                       m_parent->getTypeId().getName().getString(), m_parent->getName().getString());
+    return false;
+}
+
+void SoChildList::adopt(SoNode *child)
+{
+    child->ref();
+    child->addAuditor(this, SoAuditor::PARENT);
+}
+
+void SoChildList::abandon(SoNode *child)
+{
+    child->removeAuditor(this);
+    child->unref();
+}
+
+void SoChildList::tell(SoNotification::Kind kind, SoNode *child, int index)
+{
+    SoNotification notification;
+    notification.kind = kind;
+    notification.container = m_parent;
+    notification.child = child;
+    notification.index = index;
+    notification.send(m_parent);
+}
+
+bool SoChildList::append(SoNode *child)
+{
+    if (!accepts(child)) return false;
+    adopt(child);
+    m_nodes.push_back(child);
+    tell(SoNotification::CHILD_ADDED, child, getLength() - 1);
+    return true;
+}
+
+bool SoChildList::insert(SoNode *child, int index)
+{
+    if (index < 0 || index > getLength()) {
+        SoDebugError::post("SoChildList::insert", "index %d is out of the range 0 to %d", index,
+                           getLength());
+        return false;
+    }
+    if (index == getLength()) return append(child);
+    if (!accepts(child)) return false;
+    adopt(child);
+    m_nodes.insert(m_nodes.begin() + index, child);
+    tell(SoNotification::CHILD_INSERTED, child, index);
+    return true;
+}
+
+bool SoChildList::remove(int index)
+{
+    if (index < 0 || index >= getLength()) {
+        SoDebugError::post("SoChildList::remove", "index %d is out of the range 0 to %d", index,
+                           getLength() - 1);
+        return false;
+    }
+    SoNode *child = m_nodes[static_cast<std::size_t>(index)];
+    m_nodes.erase(m_nodes.begin() + index);
+    child->removeAuditor(this);
+    tell(SoNotification::CHILD_REMOVED, child, index);
+    child->unref(); // after everybody heard of it
+    return true;
+}
+
+bool SoChildList::set(int index, SoNode *child)
+{
+    if (index < 0 || index >= getLength()) {
+        SoDebugError::post("SoChildList::set", "index %d is out of the range 0 to %d", index,
+                           getLength() - 1);
+        return false;
+    }
+    if (!accepts(child)) return false;
+    SoNode *old = m_nodes[static_cast<std::size_t>(index)];
+    adopt(child);
+    m_nodes[static_cast<std::size_t>(index)] = child;
+    old->removeAuditor(this);
+    tell(SoNotification::CHILD_REPLACED, child, index);
+    old->unref();
+    return true;
+}
+
+void SoChildList::truncate()
+{
+    if (!m_nodes.empty()) assign({});
+}
+
+bool SoChildList::assign(const std::vector<SoNode *> &children)
+{
+    if (!std::all_of(children.begin(), children.end(), [this](SoNode *c) { return accepts(c); }))
+        return false;
+    for (SoNode *child : children) adopt(child);
+    std::vector<SoNode *> old = children;
+    old.swap(m_nodes);
+    for (SoNode *node : old) node->removeAuditor(this);
+    tell(SoNotification::ALL_REMOVED, nullptr, -1);
+    for (SoNode *node : old) node->unref();
+    return true;
+}
+
+void SoChildList::auditedChanged(SoNotification &notification)
+{
+    m_parent->notify(notification);
+}

@@ -1,0 +1,128 @@
+#include <kalmyr/core/SoType.h>
+
+#include <kalmyr/base/SoDebugError.h>
+
+#include <limits>
+#include <string>
+#include <unordered_map>
+
+namespace {
+
+struct Record {
+    SbName name;
+    SoType parent;
+    SoType::Creator creator = nullptr;
+    std::vector<std::uint16_t> ancestors; ///< by depth, the type itself last
+    bool removed = false;
+};
+
+struct Registry {
+    std::vector<Record> records{1}; // index 0 is the bad type
+    std::unordered_map<SbName, std::uint16_t> byName;
+};
+
+Registry &registry()
+{
+    static Registry r;
+    return r;
+}
+
+const Record &record(int index)
+{
+    return registry().records[static_cast<std::size_t>(index)];
+}
+
+} // namespace
+
+SoType SoType::createType(SoType parent, const SbName &name, Creator creator)
+{
+    Registry &r = registry();
+    if (const auto at = r.byName.find(name); at != r.byName.end()) {
+        if (r.records[at->second].parent != parent)
+            SoDebugError::post("SoType::createType", "%s is registered with another parent",
+                               name.getString());
+        return SoType(at->second);
+    }
+    if (r.records.size() > std::numeric_limits<std::uint16_t>::max()) {
+        SoDebugError::post("SoType::createType", "too many types, %s is refused", name.getString());
+        return badType();
+    }
+    const auto index = static_cast<std::uint16_t>(r.records.size());
+    Record added;
+    added.name = name;
+    added.parent = parent;
+    added.creator = creator;
+    if (!parent.isBad()) added.ancestors = r.records[parent.m_index].ancestors;
+    added.ancestors.push_back(index);
+    r.records.push_back(std::move(added));
+    r.byName.emplace(name, index);
+    return SoType(index);
+}
+
+SoType SoType::fromName(const SbName &name)
+{
+    const Registry &r = registry();
+    if (const auto at = r.byName.find(name); at != r.byName.end()) return SoType(at->second);
+    const std::string_view text = name.getString();
+    if (text.size() > 2 && text.substr(0, 2) == "So")
+        if (const auto at = r.byName.find(SbName(text.substr(2))); at != r.byName.end())
+            return SoType(at->second);
+    return badType();
+}
+
+void SoType::removeType(SoType type)
+{
+    if (type.isBad()) return;
+    Registry &r = registry();
+    Record &removed = r.records[type.m_index];
+    r.byName.erase(removed.name);
+    removed.removed = true;
+    removed.creator = nullptr;
+}
+
+std::vector<SoType> SoType::getAllDerivedFrom(SoType type)
+{
+    std::vector<SoType> all;
+    const int count = getNumTypes();
+    for (int i = 1; i < count; ++i) {
+        const SoType candidate(static_cast<std::uint16_t>(i));
+        if (!record(i).removed && candidate.isDerivedFrom(type)) all.push_back(candidate);
+    }
+    return all;
+}
+
+int SoType::getNumTypes()
+{
+    return static_cast<int>(registry().records.size());
+}
+
+SbName SoType::getName() const
+{
+    return record(m_index).name;
+}
+
+SoType SoType::getParent() const
+{
+    return record(m_index).parent;
+}
+
+bool SoType::isDerivedFrom(SoType ancestor) const
+{
+    if (m_index == ancestor.m_index) return m_index != 0;
+    if (ancestor.isBad() || isBad()) return false;
+    // An ancestor's depth is the same on every line that passes through it.
+    const std::size_t depth = record(ancestor.m_index).ancestors.size() - 1;
+    const auto &line = record(m_index).ancestors;
+    return depth < line.size() && line[depth] == ancestor.m_index;
+}
+
+bool SoType::canCreateInstance() const
+{
+    return record(m_index).creator != nullptr;
+}
+
+void *SoType::createInstance() const
+{
+    const Creator creator = record(m_index).creator;
+    return creator ? creator() : nullptr;
+}
