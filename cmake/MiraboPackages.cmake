@@ -17,7 +17,7 @@ function(_mirabo_install_config package)
     set(folder ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
     configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/${package}Config.cmake.in"
         "${PROJECT_BINARY_DIR}/${package}Config.cmake" INSTALL_DESTINATION ${folder}
-        PATH_VARS CMAKE_INSTALL_LIBDIR)
+        PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
     write_basic_package_version_file("${PROJECT_BINARY_DIR}/${package}ConfigVersion.cmake"
         COMPATIBILITY SameMinorVersion)
     install(FILES "${PROJECT_BINARY_DIR}/${package}Config.cmake"
