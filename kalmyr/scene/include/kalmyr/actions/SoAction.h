@@ -4,43 +4,72 @@
 #include <kalmyr/core/SoType.h>
 #include <kalmyr/elements/SoState.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 class SoAction;
+class SoChildList;
 class SoNode;
 class SoPath;
 
 /// What an action class does at a node.
-using SoActionMethod = void (*)(SoAction *action, SoNode *node);
+using SoActionMethod = void (*)(SoAction* action, SoNode* node);
 
-/// Method table of one action class, indexed by node type. A type without an entry of its own
-/// uses the nearest ancestor's; the search is done once per type.
+/// Method table of one action class, indexed by node type. A type without an entry of its own uses
+/// the nearest ancestor's. The search is done once per type, before the first traversal that
+/// follows the registration of types or methods.
+///
+/// Threads: several threads may traverse at once; registering needs the only writer.
 class KALMYR_API SoActionMethods {
 public:
+    SoActionMethods();
+    ~SoActionMethods();
+    SoActionMethods(const SoActionMethods&) = delete;
+    SoActionMethods& operator=(const SoActionMethods&) = delete;
+
+    /// Sets or replaces the entry of a type.
     void add(SoType type, SoActionMethod method);
-    /// Constant time; never null when SoNode itself has an entry.
+
+    /// Constant time; never null: a node type without any entry gets a method that does nothing.
     SoActionMethod get(SoType type) const
     {
         const auto i = static_cast<std::size_t>(type.getIndex());
-        return i < m_resolved.size() && m_resolved[i] ? m_resolved[i] : resolve(type);
+        return i < m_resolved.size() ? m_resolved[i] : find(type);
     }
 
+    /// Brings the table up to date with the registered types. Called before every traversal.
+    void prepare() const;
+
 private:
-    SoActionMethod resolve(SoType type) const;
+    SoActionMethod find(SoType type) const;
+
+    struct Sync;
     std::vector<SoActionMethod> m_own;
     mutable std::vector<SoActionMethod> m_resolved;
+    std::unique_ptr<Sync> m_sync;
 };
 
 /// Base of everything that is done to a graph by traversing it.
 ///
-/// The path to the present node is kept while traversing. A node may be traversed through its
-/// children or its node-valued fields.
+/// The way from the root to the present node is kept while traversing. A node may be traversed
+/// through its parent's children or through a node-valued field.
+///
+/// Graphs may be of any depth: when the thread's stack has been used up to a limit the traversal
+/// goes on, in the same thread, on a stack of its own.
 class KALMYR_API SoAction {
 public:
+    /// Where the present node stands when the action is applied to a path.
+    enum PathMode : std::uint8_t {
+        NO_PATH,    ///< applied to a node
+        IN_PATH,    ///< on the path, above its tail
+        BELOW_PATH, ///< the tail, or anything below
+        OFF_PATH    ///< beside the path; visited only because it may affect the state
+    };
+
     virtual ~SoAction();
-    SoAction(const SoAction &) = delete;
-    SoAction &operator=(const SoAction &) = delete;
+    SoAction(const SoAction&) = delete;
+    SoAction& operator=(const SoAction&) = delete;
 
     /// Type of the action class, for isOfType tests in nodes.
     virtual SoType getTypeId() const = 0;
@@ -48,16 +77,23 @@ public:
     static SoType getClassTypeId();
     static void initClass();
 
-    /// Applies to everything below `root`.
-    virtual void apply(SoNode *root);
-    /// Applies along a path and to everything below its tail.
-    virtual void apply(SoPath *path);
+    /// Applies to `root` and everything below. A null root, or an action that is being applied
+    /// already, is refused with a debug error.
+    virtual void apply(SoNode* root);
+    /// Applies along a path and to everything below its tail. Beside the path only nodes that
+    /// affect the state are visited, and only those that come before the path's next node.
+    virtual void apply(SoPath* path);
 
-    SoState *getState() const { return m_state.get(); }
+    SoState* getState() const { return m_state.get(); }
 
     /// Does at `node` what the method table says. `index` is its index among the children of the
-    /// present node, -1 for a node reached by a field.
-    void traverse(SoNode *node, int index = -1);
+    /// present node, -1 for a node reached by a field. Called by nodes for what is below them; a
+    /// null node is ignored.
+    void traverse(SoNode* node, int index = -1);
+
+    /// Traverses all children in order, until the action is terminated; on a path only those that
+    /// matter. What a group does with its children.
+    void traverseChildren(const SoChildList& children);
 
     /// Ends the traversal as soon as every group sees it.
     void setTerminated(bool on) { m_terminated = on; }
@@ -65,33 +101,80 @@ public:
 
     /// Depth of the present node below the root of the application; 0 at the root.
     int getCurDepth() const { return static_cast<int>(m_stack.size()) - 1; }
-    SoNode *getCurNode(int fromTail = 0) const { return m_stack[m_stack.size() - 1 - static_cast<std::size_t>(fromTail)].node; }
+    /// The present node (0) or one above it. Null beyond the root.
+    SoNode* getCurNode(int fromTail = 0) const
+    {
+        const auto up = static_cast<std::size_t>(fromTail) + 1;
+        return up <= m_stack.size() ? m_stack[m_stack.size() - up].node : nullptr;
+    }
     /// The way from the root to the present node, as a new path (reference count 0).
-    SoPath *getCurPath() const;
+    SoPath* getCurPath() const;
 
-    /// When applied to a path: whether the present node lies on it above its tail, and which child
-    /// index comes next; a group then traverses only what affects that child.
-    bool isOnPath(int &nextChild) const;
+    PathMode getPathMode() const { return m_pathMode; }
+    /// The path that the action is applied to; null when applied to a node.
+    const SoPath* getPathAppliedTo() const { return m_path; }
+
+    /// True when the present node lies on the path above its tail. `nextChild` becomes the index of
+    /// the path's next node, -1 when that is reached by a field. A switch on the path takes that
+    /// child whatever it would choose by itself.
+    bool isOnPath(int& nextChild) const;
+
+    /// Visits of nodes during the latest application.
+    std::uint64_t getNumVisits() const { return m_numVisits; }
 
 protected:
     SoAction();
-    virtual const SoActionMethods &methods() const = 0;
-    /// Called around the traversal of one apply.
-    virtual void beginTraversal(SoNode *root);
-    virtual void endTraversal(SoNode *root);
+    virtual const SoActionMethods& methods() const = 0;
+    /// Called around the traversal of one application, the state being at its defaults.
+    virtual void beginTraversal(SoNode* root);
+    virtual void endTraversal(SoNode* root);
+
+    /// Asks for calls of beforeNode() and afterNode(); off at first.
+    void setHooked(bool on) { m_hooked = on; }
+    /// Called before the method of each node; false leaves the node and what is below it out.
+    virtual bool beforeNode(SoNode*) { return true; }
+    /// Called after the method of each node that was not left out.
+    virtual void afterNode(SoNode*) {}
+
+    /// How paths are applied. TO_TAIL: nothing below the tail is visited, and tailReached() is
+    /// called when the tail passes on to its children, or after its method. STATE_ABOVE_TAIL: the
+    /// nodes beside and above the tail only do doAction(), so that just the tail acts.
+    enum PathUse : std::uint8_t { WHOLE, TO_TAIL, STATE_ABOVE_TAIL };
+    void setPathUse(PathUse use) { m_pathUse = use; }
+    virtual void tailReached() {}
+
+    /// The default entry of most tables: node->doAction(action).
+    static void callDoAction(SoAction* action, SoNode* node);
 
 private:
     struct Place {
-        SoNode *node;
+        SoNode* node;
         int index;
     };
+    void run(SoNode* root, const SoPath* path);
+    void visit(SoNode* node, int index);
+    void visitCarefully(SoNode* node, int index);
+    void visitWithMode(SoNode* node, int index);
+    void act(SoNode* node);
+    void reportTail();
+    bool isSpecial() const { return m_hooked || m_path; }
+    PathMode modeBelow(const SoNode* node, int index) const;
+
     std::unique_ptr<SoState> m_state;
     std::vector<Place> m_stack;
-    const SoPath *m_path = nullptr;
+    const SoActionMethods* m_methods = nullptr;
+    const SoPath* m_path = nullptr; // Not owned; held while applied.
+    const char* m_stackLimit = nullptr; ///< the traversal changes stacks below this address
+    std::uint64_t m_numVisits = 0;
+    PathMode m_pathMode = NO_PATH;
+    PathUse m_pathUse = WHOLE;
+    bool m_hooked = false;
     bool m_terminated = false;
+    bool m_tailReported = false;
 };
 
-/// Type identity and method table of a concrete action.
+/// Type identity and method table of a concrete action. The class defines initMethods(), which adds
+/// the methods that it brings along, and ends its source with SO_ACTION_SOURCE.
 #define SO_ACTION_HEADER(Class)                                                                    \
 public:                                                                                            \
     static SoType getClassTypeId() { return s_typeId; }                                            \
@@ -101,9 +184,10 @@ public:                                                                         
     static void initClass();                                                                       \
                                                                                                    \
 protected:                                                                                         \
-    const SoActionMethods &methods() const override { return s_methods; }                          \
+    const SoActionMethods& methods() const override { return s_methods; }                          \
                                                                                                    \
 private:                                                                                           \
+    static void initMethods();                                                                     \
     static SoType s_typeId;                                                                        \
     static SoActionMethods s_methods;
 
@@ -114,4 +198,21 @@ private:                                                                        
     {                                                                                              \
         s_typeId = SoType::createType(Parent::getClassTypeId(), SbName(name));                     \
         initMethods();                                                                             \
+    }
+
+/// For a class derived from a concrete action: a type of its own, the table of its parent.
+#define SO_DERIVED_ACTION_HEADER(Class)                                                            \
+public:                                                                                            \
+    static SoType getClassTypeId() { return s_typeId; }                                            \
+    SoType getTypeId() const override { return s_typeId; }                                         \
+    static void initClass();                                                                       \
+                                                                                                   \
+private:                                                                                           \
+    static SoType s_typeId;
+
+#define SO_DERIVED_ACTION_SOURCE(Class, Parent, name)                                              \
+    SoType Class::s_typeId;                                                                        \
+    void Class::initClass()                                                                        \
+    {                                                                                              \
+        s_typeId = SoType::createType(Parent::getClassTypeId(), SbName(name));                     \
     }

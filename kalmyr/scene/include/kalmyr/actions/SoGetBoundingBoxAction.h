@@ -1,0 +1,64 @@
+#pragma once
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/actions/SoBoundingBoxCache.h>
+#include <kalmyr/base/SbBox.h>
+#include <kalmyr/base/SbViewportRegion.h>
+
+/// Measures what the nodes below show, in the space of the node that it is applied to (for a path:
+/// of the path's head).
+class KALMYR_API SoGetBoundingBoxAction : public SoAction {
+    SO_ACTION_HEADER(SoGetBoundingBoxAction)
+
+public:
+    explicit SoGetBoundingBoxAction(const SbViewportRegion& region);
+
+    void setViewportRegion(const SbViewportRegion& region) { m_region = region; }
+    const SbViewportRegion& getViewportRegion() const { return m_region; }
+
+    /// Axis-parallel; empty when there is nothing to see.
+    SbBox3f getBoundingBox() const { return m_result.project(); }
+    /// The same in its own space: tighter where a single object was measured.
+    SbXfBox3f getXfBoundingBox() const { return {m_result.box, m_result.matrix}; }
+    /// The centre that a single shape gave for itself; otherwise the middle of the box.
+    SbVec3f getCenter() const { return m_result.getCenter(); }
+
+    /// For shapes: adds a box of the present object space. Empty boxes are ignored.
+    void extendBy(const SbBox3f& box) { extendBy(box, box.getCenter()); }
+    void extendBy(const SbBox3f& box, const SbVec3f& center);
+
+    /// For separators, in place of state->push() and pop():
+    ///
+    ///     if (action->open(this, m_boxCache.get())) {
+    ///         action->traverseChildren(*getChildren());
+    ///         action->close(this, &m_boxCache);
+    ///     }
+    ///
+    /// open() is false when the cache answered already. Between the calls the model matrix is
+    /// relative to the separator. close() fills the cache, making it where it is worth its memory;
+    /// a null cache means not to cache.
+    bool open(const SoNode* node, const SoBoundingBoxCache* cache);
+    void close(const SoNode* node, std::unique_ptr<SoBoundingBoxCache>* cache);
+
+    /// For nodes whose size depends on more than fields and declared state, such as the view: none
+    /// of the separators around may remember its bounds.
+    void doNotCache();
+
+    /// Separators with fewer visits below them are measured anew rather than remembered.
+    static constexpr std::uint64_t kMinVisitsToCache = 8;
+
+protected:
+    void beginTraversal(SoNode* root) override;
+    void endTraversal(SoNode* root) override;
+
+private:
+    struct Open {
+        SoBounds bounds;
+        std::uint64_t stateKey = 0;
+        std::uint64_t visitsBefore = 0;
+        bool cacheable = true;
+    };
+    SbViewportRegion m_region;
+    std::vector<Open> m_open;
+    SoBounds m_result;
+};

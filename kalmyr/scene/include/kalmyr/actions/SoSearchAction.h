@@ -1,0 +1,86 @@
+#pragma once
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/base/SbName.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoPath.h>
+
+#include <vector>
+
+class SoFieldData;
+
+/// Finds nodes by identity, type or name, below a node or a path.
+///
+/// Follows children and node-valued fields; a node found through a field has index -1 on the path.
+/// A node that occurs several times is found at each place. Only what is found allocates memory.
+class KALMYR_API SoSearchAction : public SoAction {
+    SO_ACTION_HEADER(SoSearchAction)
+
+public:
+    /// What must agree; combined by |.
+    enum Find : unsigned { NODE = 1, TYPE = 2, NAME = 4 };
+    enum Interest { FIRST, LAST, ALL };
+
+    SoSearchAction();
+
+    /// Back to a new action's settings, results forgotten.
+    void reset();
+
+    /// Each of these adds its criterion.
+    void setNode(SoNode* node);
+    /// With `derived` off only nodes of exactly that type are found.
+    void setType(SoType type, bool derived = true);
+    void setName(const SbName& name);
+    /// Replaces the criteria; 0 finds nothing.
+    void setFind(unsigned what) { m_find = what; }
+    unsigned getFind() const { return m_find; }
+
+    /// FIRST stops at the first node found.
+    void setInterest(Interest interest) { m_interest = interest; }
+    Interest getInterest() const { return m_interest; }
+    /// Also looks where an action would not go at present: children that a switch does not choose,
+    /// and children that are a node's own business.
+    void setSearchingAll(bool on) { m_searchingAll = on; }
+    bool isSearchingAll() const { return m_searchingAll; }
+
+    using SoAction::apply;
+    void apply(SoNode* root) override;
+    void apply(SoPath* path) override;
+
+    bool isFound() const { return !m_paths.empty(); }
+    /// The path found (FIRST, LAST), or the first of all; null when none.
+    SoPath* getPath() const { return m_paths.empty() ? nullptr : m_paths.front().get(); }
+    /// All paths found, in order of traversal.
+    const std::vector<SoRef<SoPath>>& getPaths() const { return m_paths; }
+
+    /// For the methods of nodes that choose among their children: first check(node), then, unless
+    /// searching all, the fields and the chosen child; the usual method does check() and
+    /// searchBelow().
+    void check(SoNode* node);
+    void searchBelow(SoNode* node);
+    void searchFields(SoNode* node);
+
+protected:
+    void beginTraversal(SoNode* root) override;
+
+private:
+    struct NodeFields {
+        const SoFieldData* data = nullptr;
+        std::vector<int> indices;
+    };
+    bool matches(const SoNode* node) const;
+    void found();
+    const std::vector<int>& nodeFields(const SoNode* node);
+    void searchNode(SoNode* node);
+    bool isAbove(const SoNode* node) const;
+
+    SoNode* m_node = nullptr; // Not owned, only compared.
+    SoType m_type;
+    SbName m_name;
+    unsigned m_find = 0;
+    Interest m_interest = FIRST;
+    bool m_derived = true;
+    bool m_searchingAll = false;
+    std::vector<SoRef<SoPath>> m_paths;
+    std::vector<NodeFields> m_nodeFields; ///< by type index
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <kalmyr/details/SoPointDetail.h>
+
+#include <vector>
+
+/// A face of a shape: its index, the index of the part that it belongs to (a side of a cylinder),
+/// and the corners of the triangle or face that was met.
+class KALMYR_API SoFaceDetail final : public SoDetail {
+    SO_DETAIL_HEADER(SoFaceDetail)
+
+public:
+    int getFaceIndex() const { return m_face; }
+    int getPartIndex() const { return m_part; }
+    void setFaceIndex(int i) { m_face = i; }
+    void setPartIndex(int i) { m_part = i; }
+    int getNumPoints() const { return static_cast<int>(m_points.size()); }
+    const SoPointDetail& getPoint(int i) const { return m_points[static_cast<std::size_t>(i)]; }
+    const std::vector<SoPointDetail>& getPoints() const { return m_points; }
+    void setPoints(std::vector<SoPointDetail> points) { m_points = std::move(points); }
+
+private:
+    int m_face = 0;
+    int m_part = 0;
+    std::vector<SoPointDetail> m_points;
+};
