@@ -32,7 +32,7 @@ public:
     KALMYRBASE_API void setValue(const float* values);
     /// The four rows, contiguous.
     constexpr const Values& getValue() const { return m_v; }
-    void getValue(Values& out) const;
+    KALMYRBASE_API void getValue(Values& out) const;
     /// A row; unchecked.
     constexpr float* operator[](int row) { return m_v[row]; }
     constexpr const float* operator[](int row) const { return m_v[row]; }

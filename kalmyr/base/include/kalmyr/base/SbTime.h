@@ -26,9 +26,9 @@ public:
     constexpr double getValue() const { return m_seconds; }
     constexpr double getMsecValue() const { return m_seconds * 1e3; }
 
-    /// A span as text. %D days, %H hours, %M minutes and %S seconds of what the larger units leave,
-    /// %I milliseconds and %U microseconds of the second, %% a percent sign. The largest unit in the
-    /// pattern takes the whole of what is above it.
+    /// A span as text: %D days, %H hours, %M minutes, %S seconds, %I milliseconds, %U microseconds, %% a
+    /// percent sign. The largest unit in the pattern counts everything, each other one what the next larger
+    /// unit of the pattern leaves, with leading zeros.
     KALMYRBASE_API SbString format(const char* pattern = "%S.%I") const;
     /// A point in time as local date and time, by a strftime pattern.
     KALMYRBASE_API SbString formatDate(const char* pattern = "%Y-%m-%d %H:%M:%S") const;

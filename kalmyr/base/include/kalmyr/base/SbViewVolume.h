@@ -26,6 +26,10 @@ public:
     /// Bounds on the near plane; 0 < near < far.
     KALMYRBASE_API void frustum(double left, double right, double bottom, double top, double nearDist, double farDist);
 
+    /// New near and far distances; the lines of sight stay as they are. A perspective near distance that is
+    /// not positive becomes a small part of the far distance, here as above.
+    KALMYRBASE_API void zSet(double nearDist, double farDist);
+
     /// Turns the camera about the eye's position. The rotation is applied after those that came before.
     KALMYRBASE_API void rotateCamera(const SbRotation& rotation);
     KALMYRBASE_API void translateCamera(const SbVec3f& translation);

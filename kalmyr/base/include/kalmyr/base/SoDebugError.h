@@ -22,6 +22,7 @@ public:
     SbString getPrintedText() const override;
 
 private:
+    static kalmyr::detail::ErrorHandlerSlot& slot();
     SoDebugError(Severity severity, const char* source, SbString text);
     static void send(Severity severity, const char* source, const char* pattern, std::va_list arguments);
 

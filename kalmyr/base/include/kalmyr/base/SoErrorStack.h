@@ -25,6 +25,7 @@ public:
     static SbString currentStack(int skip = 0);
 
 private:
+    static kalmyr::detail::ErrorHandlerSlot& slot();
     SoErrorStack(SbString text, SbString stack);
 
     SbString m_stack;

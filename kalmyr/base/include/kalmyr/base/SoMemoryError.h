@@ -15,5 +15,6 @@ public:
     const char* getTypeName() const override;
 
 private:
+    static kalmyr::detail::ErrorHandlerSlot& slot();
     explicit SoMemoryError(SbString text) : SoError(std::move(text)) {}
 };

@@ -22,6 +22,7 @@ public:
     SbString getPrintedText() const override;
 
 private:
+    static kalmyr::detail::ErrorHandlerSlot& slot();
     SoReadError(const SbString& fileName, int line, int column, SbString message);
 
     SbString m_fileName;
