@@ -35,6 +35,7 @@ public:
 
     std::size_t getNumTriangles() const { return triangles.size() / 3; }
     std::size_t getNumLines() const { return lines.size() / 2; }
+    bool isEmpty() const { return triangles.empty() && lines.empty() && points.empty(); }
 
     /// Unique in the process; buffers on the graphics card are kept under it.
     std::uint64_t getId() const { return m_id; }
@@ -43,10 +44,16 @@ public:
     /// Search tree over the triangles, built on first use.
     const kalmyr::TriangleTree &getTriangleTree() const;
 
+    /// Called when a geometry that others share by its parameters dies; null for the others.
+    using DeathFunction = void (*)(const SoGeometry *geometry);
+    void setDeathFunction(DeathFunction function) { m_onDeath = function; }
+
 private:
     ~SoGeometry() override;
 
     std::uint64_t m_id;
+    mutable bool m_boxKnown = false;
     mutable SbBox3f m_box;
     mutable std::unique_ptr<kalmyr::TriangleTree> m_tree;
+    DeathFunction m_onDeath = nullptr;
 };

@@ -7,6 +7,7 @@
 #include <kalmyr/shapes/SoGeometry.h>
 
 #include <array>
+#include <memory>
 
 class SoState;
 
@@ -28,6 +29,8 @@ public:
     /// without building it overrides.
     virtual void computeBBox(SoState *state, SbBox3f &box, SbVec3f &center);
 
+    bool affectsState() const override { return false; }
+
 protected:
     SoShape();
     ~SoShape() override;
@@ -37,14 +40,25 @@ protected:
     virtual void buildGeometry(SoState *state, SoGeometry &geometry) = 0;
     /// Mixes the ids of the state values that buildGeometry() looks at; 0 when it looks at none.
     virtual std::uint64_t stateKey(SoState *state) const;
+    /// A geometry that equal shapes share, or null to have one of its own built.
+    virtual SoRef<SoGeometry> findShared(SoState *state);
 
 private:
     struct Cached {
         std::uint64_t key = 0;
+        bool filled = false;
         SoRef<SoGeometry> geometry;
     };
-    /// A shape shared under different coordinates keeps a few results.
-    static constexpr int kCacheSize = 4;
-    std::unique_ptr<std::array<Cached, kCacheSize>> m_cache;
-    int m_nextCache = 0;
+    /// A shape shared under different coordinates keeps a few more results.
+    static constexpr int kMoreResults = 3;
+    struct More {
+        std::array<Cached, kMoreResults> results;
+        int next = 0;
+    };
+    Cached *findCached(std::uint64_t key);
+    Cached &slotForNew();
+
+    std::uint64_t m_builtFrom = 0; ///< node id that the results belong to
+    Cached m_first;
+    std::unique_ptr<More> m_more;
 };

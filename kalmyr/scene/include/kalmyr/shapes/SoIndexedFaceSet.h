@@ -1,0 +1,18 @@
+#pragma once
+
+#include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/shapes/SoIndexedShape.h>
+
+/// Polygons from indexed positions. PER_FACE and PER_PART bindings count polygons.
+class KALMYR_API SoIndexedFaceSet : public SoIndexedShape {
+    SO_NODE_HEADER(SoIndexedFaceSet)
+
+public:
+    SoIndexedFaceSet();
+    static void initClass();
+
+protected:
+    ~SoIndexedFaceSet() override;
+
+    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/SoShape.h>
+
+/// Base of shapes made of given positions: those of the vertexProperty, or of the traversal state.
+class KALMYR_API SoVertexShape : public SoShape {
+    SO_NODE_HEADER(SoVertexShape)
+
+public:
+    static void initClass();
+
+    SoSFNode vertexProperty; ///< a SoVertexProperty, or null
+
+protected:
+    SoVertexShape();
+    ~SoVertexShape() override;
+
+    /// What of the vertex data a shape makes use of.
+    struct Indices {
+        std::span<const std::int32_t> material;
+        std::span<const std::int32_t> normal;
+        std::span<const std::int32_t> texCoord;
+        bool indexed = false;
+    };
+    /// Positions and attributes for the builders; spans point to nodes and to `packedColors`.
+    void fillInput(SoState *state, const Indices &indices, kalmyr::VertexInput &input,
+                   std::vector<std::uint32_t> &packedColors) const;
+    /// The shape hints of the state, and whether texture coordinates are needed.
+    static void fillHints(SoState *state, kalmyr::FaceInput &input);
+    std::uint64_t stateKey(SoState *state) const override;
+};
