@@ -90,11 +90,11 @@ function(mirabo_library name)
     endif()
 endfunction()
 
-# mirabo_plugin(NAME SOURCES DIR... PRIVATE LIB...)
+# mirabo_plugin(NAME SOURCES DIR... PRIVATE LIB... [NO_INSTALL])
 # A loadable extension of the inspector: an object library NAMEObjects, for its
 # tests, and the plug-in itself in the plug-in folder beside libMirabo.
 function(mirabo_plugin name)
-    cmake_parse_arguments(PARSE_ARGV 1 A "" "" "SOURCES;PRIVATE")
+    cmake_parse_arguments(PARSE_ARGV 1 A "NO_INSTALL" "" "SOURCES;PRIVATE")
     mirabo_library(${name}Objects TYPE OBJECT SOURCES ${A_SOURCES} PUBLIC ${A_PRIVATE} QT)
     if(NOT TARGET ${name}Objects)
         return()
@@ -105,8 +105,10 @@ function(mirabo_plugin name)
         LINKER_LANGUAGE CXX
         LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/${MIRABO_PLUGIN_FOLDER}"
         INSTALL_RPATH "$ORIGIN/..")
-    install(TARGETS ${name} LIBRARY
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/${MIRABO_PLUGIN_FOLDER})
+    if(NOT A_NO_INSTALL)
+        install(TARGETS ${name} LIBRARY
+            DESTINATION ${CMAKE_INSTALL_LIBDIR}/${MIRABO_PLUGIN_FOLDER})
+    endif()
     set_property(GLOBAL APPEND PROPERTY MIRABO_PROGRAM_TARGETS ${name})
 endfunction()
 
