@@ -34,6 +34,10 @@ add_library(mirabo_options INTERFACE)
 target_compile_options(mirabo_options INTERFACE -Wall -Wextra $<$<BOOL:${MIRABO_WERROR}>:-Werror>)
 target_compile_definitions(mirabo_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
+# A library names all that it uses; the sanitizers leave their own entry points to
+# the program, though.
+set(MIRABO_NO_UNDEFINED $<$<NOT:$<BOOL:${MIRABO_SANITIZE}>>:LINKER:--no-undefined>)
+
 if(MIRABO_SANITIZE)
     list(JOIN MIRABO_SANITIZE "," _sanitizers)
     # Type checks of virtual calls would need the type information of classes

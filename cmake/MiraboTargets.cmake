@@ -72,11 +72,7 @@ function(mirabo_library name)
         _mirabo_configure_qt(${name})
     endif()
     if(A_TYPE STREQUAL "SHARED")
-        target_link_options(${name} PRIVATE -Wl,--no-undefined)
-        if(MIRABO_SANITIZE)
-            # The sanitizers leave their own entry points to the program.
-            set_target_properties(${name} PROPERTIES LINK_OPTIONS "")
-        endif()
+        target_link_options(${name} PRIVATE ${MIRABO_NO_UNDEFINED})
         set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
             SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
     endif()
@@ -101,6 +97,7 @@ function(mirabo_plugin name)
     endif()
     add_library(${name} MODULE $<TARGET_OBJECTS:${name}Objects>)
     target_link_libraries(${name} PRIVATE ${A_PRIVATE})
+    target_link_options(${name} PRIVATE ${MIRABO_NO_UNDEFINED})
     set_target_properties(${name} PROPERTIES
         LINKER_LANGUAGE CXX
         LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/${MIRABO_PLUGIN_FOLDER}"
