@@ -102,6 +102,10 @@ void ignoreError(void*, const char*, int)
 int addFrame(void* data, std::uintptr_t address, const char* file, int line, const char* function)
 {
     auto& lines = *static_cast<Lines*>(data);
+    if (address == UINTPTR_MAX) {
+        // The mark behind the outermost call.
+        return 0;
+    }
     std::string name = function ? readableName(function) : std::string();
     if (name.empty()) {
         const auto take = [](void* to, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <string_view>
 
 /// An interned text: a handle of one pointer whose comparison costs one instruction.
@@ -69,6 +70,12 @@ public:
     }
     /// Alphabetical order by byte values, the same in every run.
     friend bool operator<(SbName a, SbName b) { return a.m_entry != b.m_entry && a.view() < b.view(); }
+
+    template <typename Traits>
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out, SbName n)
+    {
+        return out << n.view();
+    }
 
 private:
     friend class SbNameTable;

@@ -5,6 +5,7 @@
 #include <compare>
 #include <cstddef>
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -151,6 +152,12 @@ public:
     }
     /// Order by byte values.
     friend std::strong_ordering operator<=>(const SbString& a, const SbString& b) { return a.m_text <=> b.m_text; }
+
+    template <typename Traits>
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out, const SbString& s)
+    {
+        return out << s.view();
+    }
 
 private:
     std::string m_text;
