@@ -4,8 +4,10 @@
 #include <kalmyr/core/SoType.h>
 #include <kalmyr/elements/SoState.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 class SoAction;
@@ -23,8 +25,7 @@ using SoActionMethod = void (*)(SoAction* action, SoNode* node);
 /// Threads: several threads may traverse at once; registering needs the only writer.
 class KALMYR_API SoActionMethods {
 public:
-    SoActionMethods();
-    ~SoActionMethods();
+    SoActionMethods() = default;
     SoActionMethods(const SoActionMethods&) = delete;
     SoActionMethods& operator=(const SoActionMethods&) = delete;
 
@@ -35,7 +36,7 @@ public:
     SoActionMethod get(SoType type) const
     {
         const auto i = static_cast<std::size_t>(type.getIndex());
-        return i < m_resolved.size() ? m_resolved[i] : find(type);
+        return i < m_resolved.size() && m_resolved[i] ? m_resolved[i] : find(type);
     }
 
     /// Brings the table up to date with the registered types. Called before every traversal.
@@ -44,10 +45,10 @@ public:
 private:
     SoActionMethod find(SoType type) const;
 
-    struct Sync;
     std::vector<SoActionMethod> m_own;
-    mutable std::vector<SoActionMethod> m_resolved;
-    std::unique_ptr<Sync> m_sync;
+    mutable std::vector<SoActionMethod> m_resolved; ///< by type index; null for what is no node
+    mutable std::atomic<int> m_preparedFor = 0;     ///< number of types when last brought up to date
+    mutable std::mutex m_mutex;
 };
 
 /// Base of everything that is done to a graph by traversing it.

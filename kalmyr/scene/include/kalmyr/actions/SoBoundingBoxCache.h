@@ -17,7 +17,7 @@ class SoState;
 struct KALMYR_API SoBounds {
     SbBox3f box;
     SbMatrix matrix = SbMatrix::identity();
-    SbVec3f center; ///< in the box's own space
+    SbVec3f center; ///< of the only box, in its own space
     int count = 0;  ///< boxes it was made from: 0, 1 or "several" (2)
 
     bool isEmpty() const { return count == 0; }
@@ -25,7 +25,8 @@ struct KALMYR_API SoBounds {
     void add(const SbBox3f& other, const SbMatrix& toHere, const SbVec3f& otherCenter);
     /// The axis-parallel box in the surrounding space.
     SbBox3f project() const;
-    SbVec3f getCenter() const { return matrix.point(center); }
+    /// The one box's own centre, or the middle of the common box; in the surrounding space.
+    SbVec3f getCenter() const { return count == 1 ? matrix.point(center) : box.getCenter(); }
 };
 
 /// What a separator remembers of the bounds of its content, in the separator's own space.
@@ -37,7 +38,10 @@ public:
     /// Whether the bounds hold for `node` under the present state.
     bool isValid(const SoNode* node, SoState* state) const;
     const SoBounds& getBounds() const { return m_bounds; }
-    void set(const SoNode* node, std::uint64_t stateKey, const SoBounds& bounds);
+    void set(const SoNode* node, std::uint64_t stateKey, const SoBounds& bounds, bool ownView);
+    /// True when a camera inside decides what of the content is seen: its box tells nothing about
+    /// the view outside.
+    bool hasOwnView() const { return m_ownView; }
 
     /// Mixed ids of the state that sizes of shapes depend on: coordinates, complexity, inherited
     /// switch, and whatever addDependency() named.
@@ -49,4 +53,5 @@ private:
     SoBounds m_bounds;
     std::uint64_t m_nodeId = 0;
     std::uint64_t m_stateKey = 0;
+    bool m_ownView = false;
 };

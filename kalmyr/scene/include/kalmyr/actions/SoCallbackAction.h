@@ -5,6 +5,7 @@
 #include <kalmyr/base/SbMatrix.h>
 #include <kalmyr/base/SbViewportRegion.h>
 
+#include <deque>
 #include <functional>
 #include <vector>
 
@@ -71,13 +72,17 @@ private:
     };
     OfType& callbacksOf(const SoNode* node);
     template <class F>
-    void add(std::vector<Entry<F>>& list, SoType type, F&& callback);
+    void add(std::deque<Entry<F>>& list, SoType type, F&& callback);
+    template <class F, class Call>
+    void callEach(const SoNode* node, std::deque<Entry<F>>& list,
+                  std::vector<int> OfType::*which, Call call);
 
     SbViewportRegion m_region;
-    std::vector<Entry<NodeCallback>> m_before;
-    std::vector<Entry<NodeCallback>> m_after;
-    std::vector<Entry<TriangleCallback>> m_triangles;
-    std::vector<Entry<LineCallback>> m_lines;
-    std::vector<Entry<PointCallback>> m_points;
+    // Queues, for they may grow while one of their functions runs.
+    std::deque<Entry<NodeCallback>> m_before;
+    std::deque<Entry<NodeCallback>> m_after;
+    std::deque<Entry<TriangleCallback>> m_triangles;
+    std::deque<Entry<LineCallback>> m_lines;
+    std::deque<Entry<PointCallback>> m_points;
     std::vector<OfType> m_ofType; ///< by type index
 };

@@ -5,6 +5,9 @@
 #include <kalmyr/base/SbBox.h>
 #include <kalmyr/base/SbViewportRegion.h>
 
+#include <memory>
+#include <vector>
+
 /// Measures what the nodes below show, in the space of the node that it is applied to (for a path:
 /// of the path's head).
 class KALMYR_API SoGetBoundingBoxAction : public SoAction {
@@ -44,6 +47,11 @@ public:
     /// of the separators around may remember its bounds.
     void doNotCache();
 
+    /// For nodes that make what follows stand in the root's space, or that take what came before
+    /// out of the measure.
+    void resetTransform(const SoNode* node);
+    void resetBox();
+
     /// Separators with fewer visits below them are measured anew rather than remembered.
     static constexpr std::uint64_t kMinVisitsToCache = 8;
 
@@ -54,11 +62,16 @@ protected:
 private:
     struct Open {
         SoBounds bounds;
+        const SbMatrix* toOuter = nullptr; ///< kept by the state while the separator is open
         std::uint64_t stateKey = 0;
+        std::uint64_t viewId = 0;
         std::uint64_t visitsBefore = 0;
         bool cacheable = true;
+        bool ownView = false;
     };
+    bool isWorthCaching(const Open& open) const;
+
     SbViewportRegion m_region;
-    std::vector<Open> m_open;
+    std::vector<Open> m_open; ///< the root's and one per open separator
     SoBounds m_result;
 };

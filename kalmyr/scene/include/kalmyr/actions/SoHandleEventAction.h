@@ -53,7 +53,6 @@ public:
 
 protected:
     void beginTraversal(SoNode* root) override;
-    void endTraversal(SoNode* root) override;
 
 private:
     void offerToGrabber(SoNode* root);

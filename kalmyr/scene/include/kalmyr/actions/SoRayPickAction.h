@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+class SbViewVolume;
 class SoBoundingBoxCache;
 struct SoBounds;
 
@@ -94,16 +95,15 @@ protected:
     void endTraversal(SoNode* root) override;
 
 private:
-    enum class Source { NONE, PIXEL, RAY };
-    bool updateRay();
-    void rayFromView();
-    bool updateObjectRay();
+    enum class Source { NONE, PIXEL, POSITION, RAY };
+    void rayFromView(const SbViewVolume& volume);
     float radiusAt(float t) const { return m_radius0 + m_radiusSlope * t; }
     float limit() const;
     bool mayHitWorldBox(const SbBox3f& box) const;
 
     SbViewportRegion m_region;
     Source m_source = Source::NONE;
+    SbVec2s m_pixel;
     SbVec2f m_position;
     float m_radius = kDefaultRadius;
     bool m_pickAll = false;
@@ -111,7 +111,6 @@ private:
     SoPickRay m_ray; ///< world space; unit direction
     float m_radius0 = 0;
     float m_radiusSlope = 0;
-    bool m_hasRay = false;
     std::uint64_t m_viewId = 0;
 
     SoPickRay m_objectRay;
@@ -120,4 +119,6 @@ private:
     bool m_invertible = true;
 
     std::vector<SoPickedPoint> m_points;
+    SoRef<SoPath> m_curPath; ///< of the visit that hit last
+    std::uint64_t m_visitOfPath = 0;
 };

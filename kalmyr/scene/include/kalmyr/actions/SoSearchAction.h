@@ -7,6 +7,7 @@
 
 #include <vector>
 
+class SoField;
 class SoFieldData;
 
 /// Finds nodes by identity, type or name, below a node or a path.
@@ -68,10 +69,11 @@ private:
         const SoFieldData* data = nullptr;
         std::vector<int> indices;
     };
+    bool mayExist() const;
     bool matches(const SoNode* node) const;
-    void found();
-    const std::vector<int>& nodeFields(const SoNode* node);
-    void searchNode(SoNode* node);
+    static void collectNodeFields(const SoNode* node, const SoFieldData* data, NodeFields& known);
+    void searchField(SoNode* container, SoField* field);
+    void searchFieldNode(SoNode* container, SoNode* node);
     bool isAbove(const SoNode* node) const;
 
     SoNode* m_node = nullptr; // Not owned, only compared.

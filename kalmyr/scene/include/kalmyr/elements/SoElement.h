@@ -27,10 +27,16 @@ public:
     /// Back to the default value.
     virtual void reset() = 0;
 
-    /// Records the setter; the value id becomes that of the node's present state.
+    /// Records the setter; the value id becomes that of the node's present state, or a new one
+    /// when the value comes from no node.
     void setBy(const SoNode *node);
     /// For values accumulated over several nodes (matrices, lights): mixes the node's id in.
     void accumulatedBy(const SoNode *node);
+    /// Mixes in the id of another element that the value was computed from.
+    void mixValueId(std::uint64_t id);
+
+    /// Combines two ids into one that is not 0; the order matters.
+    static std::uint64_t mix(std::uint64_t a, std::uint64_t b);
 
     /// A unique index for each element class, in order of first use.
     static int newStackIndex();

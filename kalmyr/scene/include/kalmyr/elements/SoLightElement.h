@@ -28,7 +28,10 @@ class KALMYR_API SoLightElement final
     : public SoValueElement<SoLightElement, std::shared_ptr<const std::vector<SoLightRecord>>> {
 public:
     static int getStackIndex();
+    /// The value id covers the present model matrix, too.
     static void add(SoState *state, const SoNode *node, const SoLightRecord &light);
+    /// Empty when there are none.
+    static const std::vector<SoLightRecord> &get(SoState *state);
 };
 
 /// Ambient light and fog.

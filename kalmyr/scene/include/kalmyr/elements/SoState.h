@@ -2,6 +2,8 @@
 
 #include <kalmyr/elements/SoElement.h>
 
+#include <cstdint>
+#include <memory>
 #include <vector>
 
 class SoAction;
@@ -22,8 +24,12 @@ public:
     SoAction *getAction() const { return m_action; }
     int getDepth() const { return m_depth; }
 
-    void push();
-    void pop();
+    void push() { ++m_depth; }
+    void pop()
+    {
+        while (!m_changed.empty() && m_changed.back().depth == m_depth) dropChange();
+        if (m_depth > 0) --m_depth;
+    }
 
     template <class E> const E &get()
     {
@@ -34,6 +40,16 @@ public:
     {
         return static_cast<E &>(writable(top<E>(), E::getStackIndex()));
     }
+
+    /// Value id of an element by its stack index; 0 when nobody has asked for it or set it.
+    std::uint64_t getValueId(int stackIndex) const
+    {
+        const auto i = static_cast<std::size_t>(stackIndex);
+        return i < m_slots.size() && m_slots[i].top ? m_slots[i].top->getValueId() : 0;
+    }
+
+    /// Every stack index in use here is below this; for keys over the whole state.
+    int getNumStackIndices() const { return static_cast<int>(m_slots.size()); }
 
     /// All elements back to defaults, depth 0.
     void reset();
@@ -51,11 +67,24 @@ private:
         return install(i, std::make_unique<E>());
     }
     SoElement &install(std::size_t index, std::unique_ptr<SoElement> element);
-    SoElement &writable(SoElement &top, int index);
+    SoElement &writable(SoElement &top, int index)
+    {
+        return top.m_depth == m_depth ? top : raise(top, index);
+    }
+    SoElement &raise(SoElement &top, int index);
+    void dropChange()
+    {
+        SoElement *&top = m_slots[static_cast<std::size_t>(m_changed.back().index)].top;
+        top = top->m_below;
+        m_changed.pop_back();
+    }
 
     SoAction *m_action;
     int m_depth = 0;
     std::vector<Slot> m_slots;
-    std::vector<int> m_changed;           ///< slots written, by depth
-    std::vector<std::size_t> m_frames;    ///< where each depth begins in m_changed
+    struct Change {
+        int depth;
+        int index;
+    };
+    std::vector<Change> m_changed; ///< slots written above depth 0; depths never fall
 };

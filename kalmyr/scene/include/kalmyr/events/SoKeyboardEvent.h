@@ -57,5 +57,7 @@ public:
     char getPrintableCharacter() const;
 
 private:
+    static bool isChange(const SoEvent* event, Key key, State state);
+
     Key m_key = UNDEFINED;
 };

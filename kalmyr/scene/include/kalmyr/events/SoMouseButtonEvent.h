@@ -22,6 +22,8 @@ public:
     static bool isReleaseEvent(const SoEvent* event, Button button);
 
 private:
+    static bool isChange(const SoEvent* event, Button button, State state);
+
     Button m_button = ANY;
     bool m_doubleClick = false;
 };

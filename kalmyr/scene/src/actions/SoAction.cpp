@@ -1,0 +1,196 @@
+#include <kalmyr/actions/SoAction.h>
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoPath.h>
+
+#include "core/StackSwitch.h"
+
+namespace {
+
+SoType s_actionType;
+
+} // namespace
+
+SoType SoAction::getClassTypeId()
+{
+    return s_actionType;
+}
+
+void SoAction::initClass()
+{
+    s_actionType = SoType::createType(SoType::badType(), SbName("Action"));
+}
+
+SoAction::SoAction() : m_state(std::make_unique<SoState>(this)) {}
+
+SoAction::~SoAction() = default;
+
+void SoAction::apply(SoNode* root)
+{
+    run(root, nullptr);
+}
+
+void SoAction::apply(SoPath* path)
+{
+    const SoRef<SoPath> held(path); // a path made for the call dies with it
+    run(path ? path->getHead() : nullptr, path);
+}
+
+void SoAction::run(SoNode* root, const SoPath* path)
+{
+    if (!root || m_methods) {
+        SoDebugError::post("SoAction::apply", "%s", root ? "the action is being applied already"
+                                                         : "there is nothing to apply it to");
+        return;
+    }
+    root->ref();
+    m_state->reset();
+    m_methods = &methods();
+    m_methods->prepare();
+    m_path = path;
+    m_pathMode = !path ? NO_PATH : (path->getLength() == 1 ? BELOW_PATH : IN_PATH);
+    m_terminated = false;
+    m_tailReported = false;
+    m_numVisits = 0;
+    m_stackLimit = kalmyr::detail::stackLimit();
+    beginTraversal(root);
+    if (!m_terminated)
+        isSpecial() ? visitCarefully(root, -1) : visit(root, -1);
+    endTraversal(root);
+    m_methods = nullptr;
+    m_path = nullptr;
+    m_pathMode = NO_PATH;
+    root->unrefNoDelete();
+}
+
+void SoAction::traverse(SoNode* node, int index)
+{
+    if (!node || m_terminated)
+        return;
+    if (isSpecial() || kalmyr::detail::isStackLow(m_stackLimit)) [[unlikely]]
+        visitCarefully(node, index);
+    else
+        visit(node, index);
+}
+
+void SoAction::visit(SoNode* node, int index)
+{
+    m_stack.push_back({node, index});
+    ++m_numVisits;
+    m_methods->get(node->getTypeId())(this, node);
+    m_stack.pop_back();
+}
+
+void SoAction::visitCarefully(SoNode* node, int index)
+{
+    if (!kalmyr::detail::isStackLow(m_stackLimit)) {
+        visitWithMode(node, index);
+        return;
+    }
+    const char* limitBefore = m_stackLimit;
+    kalmyr::detail::callOnNewStack([&](const char* limit) {
+        m_stackLimit = limit;
+        visitWithMode(node, index);
+    });
+    m_stackLimit = limitBefore;
+}
+
+SoAction::PathMode SoAction::modeBelow(const SoNode* node, int index) const
+{
+    const int depth = static_cast<int>(m_stack.size());
+    if (depth == 0 || m_pathMode != IN_PATH)
+        return m_pathMode;
+    if (m_path->getNode(depth) != node || m_path->getIndex(depth) != index)
+        return OFF_PATH;
+    return depth + 1 == m_path->getLength() ? BELOW_PATH : IN_PATH;
+}
+
+void SoAction::visitWithMode(SoNode* node, int index)
+{
+    const PathMode modeBefore = m_pathMode;
+    const PathMode mode = modeBelow(node, index);
+    if (mode == OFF_PATH && !node->affectsState())
+        return;
+    const bool isTail = mode == BELOW_PATH && (modeBefore != BELOW_PATH || m_stack.empty());
+    if (mode == BELOW_PATH && !isTail && m_pathUse == TO_TAIL) {
+        reportTail();
+        return;
+    }
+    m_stack.push_back({node, index});
+    m_pathMode = mode;
+    ++m_numVisits;
+    if (!m_hooked || beforeNode(node)) {
+        if (!m_terminated)
+            act(node);
+        if (m_hooked)
+            afterNode(node);
+    }
+    if (isTail)
+        reportTail();
+    m_pathMode = modeBefore;
+    m_stack.pop_back();
+}
+
+void SoAction::act(SoNode* node)
+{
+    const bool stateOnly =
+        m_pathUse == STATE_ABOVE_TAIL && (m_pathMode == IN_PATH || m_pathMode == OFF_PATH);
+    if (stateOnly)
+        node->doAction(this);
+    else
+        m_methods->get(node->getTypeId())(this, node);
+}
+
+void SoAction::reportTail()
+{
+    if (m_pathUse != TO_TAIL || m_tailReported)
+        return;
+    m_tailReported = true;
+    tailReached();
+}
+
+void SoAction::traverseChildren(const SoChildList& children)
+{
+    int last = children.getLength();
+    if (m_path) [[unlikely]] {
+        if (m_pathMode == BELOW_PATH && m_pathUse == TO_TAIL) {
+            reportTail();
+            return;
+        }
+        // What comes after the path's next node has no effect on it.
+        int next;
+        if (isOnPath(next) && next >= 0)
+            last = next + 1;
+    }
+    // The length is asked for anew: a callback may have removed children.
+    for (int i = 0; i < last && i < children.getLength() && !m_terminated; ++i)
+        traverse(children[i], i);
+}
+
+bool SoAction::isOnPath(int& nextChild) const
+{
+    if (m_pathMode != IN_PATH)
+        return false;
+    nextChild = m_path->getIndex(static_cast<int>(m_stack.size()));
+    return true;
+}
+
+SoPath* SoAction::getCurPath() const
+{
+    auto* path = new SoPath;
+    for (const Place& place : m_stack)
+        path->append(place.node, place.index);
+    return path;
+}
+
+void SoAction::beginTraversal(SoNode*) {}
+
+void SoAction::endTraversal(SoNode*) {}
+
+void SoAction::callDoAction(SoAction* action, SoNode* node)
+{
+    node->doAction(action);
+}

@@ -1,0 +1,135 @@
+#include <kalmyr/actions/SoHandleEventAction.h>
+
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/elements/SoViewElements.h>
+#include <kalmyr/events/SoEvent.h>
+
+SO_ACTION_SOURCE(SoHandleEventAction, SoAction, "HandleEventAction")
+
+void SoHandleEventAction::initMethods()
+{
+    addMethod(SoNode::getClassTypeId(), callDoAction);
+}
+
+SoHandleEventAction::SoHandleEventAction(const SbViewportRegion& region) : m_region(region) {}
+
+SoHandleEventAction::~SoHandleEventAction() = default;
+
+void SoHandleEventAction::setViewportRegion(const SbViewportRegion& region)
+{
+    m_region = region;
+    m_picked = NOT_PICKED;
+}
+
+void SoHandleEventAction::setEvent(const SoEvent* event)
+{
+    m_event = event;
+    m_picked = NOT_PICKED;
+    m_handled = false;
+}
+
+void SoHandleEventAction::setHandled()
+{
+    m_handled = true;
+    setTerminated(true);
+}
+
+void SoHandleEventAction::setGrabber(SoNode* node)
+{
+    if (!node) {
+        releaseGrabber();
+        return;
+    }
+    const bool isPresent = getCurDepth() >= 0 && getCurNode() == node;
+    m_grabPath = isPresent ? getCurPath() : new SoPath(node);
+}
+
+void SoHandleEventAction::releaseGrabber()
+{
+    m_grabPath = nullptr;
+}
+
+SoNode* SoHandleEventAction::getGrabber() const
+{
+    return m_grabPath ? m_grabPath->getTail() : nullptr;
+}
+
+void SoHandleEventAction::setPickRoot(SoNode* root)
+{
+    m_pickRoot = root;
+    m_picked = NOT_PICKED;
+}
+
+void SoHandleEventAction::setPickRadius(float pixels)
+{
+    m_pickRadius = pixels;
+    m_picked = NOT_PICKED;
+}
+
+SoRayPickAction& SoHandleEventAction::pick(bool all)
+{
+    if (!m_pick)
+        m_pick = std::make_unique<SoRayPickAction>(m_region);
+    if (m_picked == PICKED_ALL || (m_picked == PICKED_NEAREST && !all))
+        return *m_pick;
+    SoNode* root = m_pickRoot ? m_pickRoot.get() : m_root;
+    m_picked = all ? PICKED_ALL : PICKED_NEAREST;
+    m_pick->setViewportRegion(m_region);
+    m_pick->setRadius(m_pickRadius);
+    m_pick->setPickAll(all);
+    m_pick->setPoint(m_event ? m_event->getPosition() : SbVec2s(-1, -1));
+    m_pick->apply(root);
+    return *m_pick;
+}
+
+const SoPickedPoint* SoHandleEventAction::getPickedPoint()
+{
+    return pick(false).getPickedPoint();
+}
+
+const std::vector<SoPickedPoint>& SoHandleEventAction::getPickedPoints()
+{
+    return pick(true).getPickedPoints();
+}
+
+void SoHandleEventAction::apply(SoNode* root)
+{
+    m_picked = NOT_PICKED;
+    m_handled = false;
+    m_root = root;
+    if (root && m_grabPath)
+        offerToGrabber(root);
+    if (!m_handled)
+        SoAction::apply(root);
+    m_root = nullptr;
+}
+
+void SoHandleEventAction::offerToGrabber(SoNode* root)
+{
+    // Held here: the grabber may let go of the events, or hand them on, while it is asked.
+    const SoRef<SoPath> path = isGrabPathWhole(root) ? m_grabPath : new SoPath(getGrabber());
+    setPathUse(STATE_ABOVE_TAIL);
+    SoAction::apply(path.get());
+    setPathUse(WHOLE);
+}
+
+bool SoHandleEventAction::isGrabPathWhole(const SoNode* root) const
+{
+    if (m_grabPath->getHead() != root)
+        return false;
+    for (int i = 1; i < m_grabPath->getLength(); ++i) {
+        const int index = m_grabPath->getIndex(i);
+        const SoChildList* children = m_grabPath->getNode(i - 1)->getInternalChildren();
+        const bool isChild = children && index >= 0 && index < children->getLength()
+                             && (*children)[index] == m_grabPath->getNode(i);
+        if (index >= 0 && !isChild)
+            return false;
+    }
+    return true;
+}
+
+void SoHandleEventAction::beginTraversal(SoNode*)
+{
+    getState()->write<SoViewportRegionElement>().set(nullptr, m_region);
+}
