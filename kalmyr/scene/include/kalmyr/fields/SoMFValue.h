@@ -3,69 +3,81 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/fields/SoFieldMacros.h>
+#include <kalmyr/fields/SoValueArray.h>
 #include <kalmyr/fields/SoValueText.h>
 
 #include <algorithm>
 #include <cassert>
 #include <initializer_list>
-#include <new>
 #include <span>
 #include <type_traits>
-#include <utility>
+#include <vector>
 
 /// Implementation of a multiple-value field of value type T; `Derived` is the concrete class.
 ///
 /// One contiguous array; a single value of at most 16 bytes is kept in place without allocation.
-template <class Derived, class T> class SoMFValue : public SoMField {
+/// A derived class whose text depends on more than the value shadows readItem() and writeItem()
+/// and says so by kOwnText.
+template <class Derived, class T>
+class SoMFValue : public SoMField {
 public:
     using Value = T;
-
-    ~SoMFValue() override { release(); }
 
     int getNum() const override
     {
         evaluate();
-        return m_num;
+        return m_array.size();
     }
     /// The array, getNum() values; valid until the next edit.
-    const T *getValues(int start = 0) const
+    const T* getValues(int start = 0) const
     {
         evaluate();
-        return data() + start;
+        return m_array.data() + start;
     }
-    std::span<const T> values() const { return {getValues(), static_cast<std::size_t>(getNum())}; }
-    const T &operator[](int i) const { return getValues()[i]; }
+    std::span<const T> values() const
+    {
+        evaluate();
+        return {m_array.data(), static_cast<std::size_t>(m_array.size())};
+    }
+    const T& operator[](int i) const { return getValues()[i]; }
 
     /// Makes the field hold exactly one value.
-    void setValue(const T &value)
+    void setValue(const T& value)
     {
-        const T copy = value;
-        resize(1, false);
-        data()[0] = copy;
+        setOnly(value);
         valueChanged();
     }
-    template <class... A, class = std::enable_if_t<(sizeof...(A) > 1)>> void setValue(A... args)
+    template <class... A, class = std::enable_if_t<(sizeof...(A) > 1)>>
+    void setValue(A... args)
     {
         setValue(T(args...));
     }
-    Derived &operator=(const T &value)
+    Derived& operator=(const T& value)
     {
         setValue(value);
-        return static_cast<Derived &>(*this);
+        return static_cast<Derived&>(*this);
     }
-    template <class... A> void initValue(A... args)
+    /// One value or several without notification, and the default flag stays: for constructors.
+    template <class... A>
+    void initValue(A... args)
     {
-        resize(1, false);
-        data()[0] = T(args...);
+        setOnly(T(args...));
+    }
+    void initValues(std::initializer_list<T> values)
+    {
+        assign({values.begin(), values.size()});
     }
 
     /// Replaces one value, growing the field when `index` is at or beyond its end.
-    void set1Value(int index, const T &value)
+    void set1Value(int index, const T& value)
     {
         assert(index >= 0);
+        evaluate();
         const T copy = value;
-        if (index >= m_num) resize(index + 1, true);
-        data()[index] = copy;
+        if (index >= m_array.size()) {
+            m_array.resize(index + 1);
+        }
+        m_array.data()[index] = copy;
         valueChanged();
     }
     template <class... A, class = std::enable_if_t<(sizeof...(A) > 1)>>
@@ -77,148 +89,229 @@ public:
     void setValues(int start, std::span<const T> values)
     {
         assert(start >= 0);
-        const int end = start + static_cast<int>(values.size());
-        if (end > m_num) resize(end, true);
-        std::copy(values.begin(), values.end(), data() + start);
+        evaluate();
+        store(start, values);
         valueChanged();
     }
-    void setValues(int start, int num, const T *values)
+    void setValues(int start, int num, const T* values)
     {
         setValues(start, std::span<const T>(values, static_cast<std::size_t>(num)));
     }
+    /// Replaces everything.
     void setValues(std::initializer_list<T> values)
     {
-        resize(0, false);
-        setValues(0, std::span<const T>(values.begin(), values.size()));
+        assign({values.begin(), values.size()});
+        valueChanged();
     }
     void setNum(int num) override
     {
-        resize(std::max(num, 0), true);
+        evaluate();
+        m_array.resize(std::max(num, 0));
         valueChanged();
     }
     void deleteValues(int start, int count = -1) override
     {
-        if (start < 0 || start >= m_num) return;
-        const int n = count < 0 ? m_num - start : std::min(count, m_num - start);
-        std::move(data() + start + n, data() + m_num, data() + start);
-        resize(m_num - n, true);
+        evaluate();
+        const int num = m_array.size();
+        if (start < 0 || start >= num || count == 0) {
+            return;
+        }
+        const int n = count < 0 ? num - start : std::min(count, num - start);
+        T* at = m_array.data();
+        std::move(at + start + n, at + num, at + start);
+        m_array.resize(num - n);
         valueChanged();
     }
     void insertSpace(int start, int count) override
     {
-        if (start < 0 || count <= 0) return;
-        const int old = m_num;
-        resize(std::max(start, old) + count, true);
+        if (start < 0 || count <= 0) {
+            return;
+        }
+        evaluate();
+        const int old = m_array.size();
+        m_array.resize(std::max(start, old) + count);
         if (start < old) {
-            std::move_backward(data() + start, data() + old, data() + old + count);
-            std::fill(data() + start, data() + start + count, T{});
+            T* at = m_array.data();
+            std::move_backward(at + start, at + old, at + old + count);
+            std::fill(at + start, at + start + count, T{});
         }
         valueChanged();
     }
 
     /// Direct access for bulk edits: exactly one notification, sent by finishEditing().
-    T *startEditing()
+    T* startEditing()
     {
         evaluate();
-        return data();
+        return m_array.data();
     }
     void finishEditing() { valueChanged(); }
-    /// Room for `num` values whose content is to be written by startEditing() style access;
-    /// no notification.
-    void setNumQuietly(int num) { resize(num, true); }
+    /// Sets the number of values without notification, to be followed by startEditing() and
+    /// finishEditing(). New values are default ones.
+    void setNumQuietly(int num) { m_array.resize(std::max(num, 0)); }
+    /// The same, but new values of plain types have no value until they are written.
+    T* setNumRaw(int num)
+    {
+        evaluate();
+        m_array.resizeRaw(std::max(num, 0));
+        return m_array.data();
+    }
     /// Takes memory for `num` values in advance.
-    void reserve(int num) { grow(num); }
+    void reserve(int num) { m_array.reserve(num); }
 
     /// Index of the first equal value, or -1.
-    int find(const T &value) const
+    int find(const T& value) const
     {
         const auto all = values();
         const auto at = std::find(all.begin(), all.end(), value);
         return at == all.end() ? -1 : static_cast<int>(at - all.begin());
     }
 
-    bool isSame(const SoField &other) const override
+    bool isSame(const SoField& other) const override
     {
-        if (other.getTypeId() != getTypeId()) return false;
-        const auto a = values(), b = static_cast<const SoMFValue &>(other).values();
+        if (other.getTypeId() != getTypeId()) {
+            return false;
+        }
+        const auto a = values(), b = static_cast<const SoMFValue&>(other).values();
         return std::equal(a.begin(), a.end(), b.begin(), b.end());
     }
-    void copyFrom(const SoField &other) override
+    void copyFrom(const SoField& other) override
     {
-        if (&other == this) return;
-        const auto from = static_cast<const SoMFValue &>(other).values();
-        resize(static_cast<int>(from.size()), false);
-        std::copy(from.begin(), from.end(), data());
+        if (&other == this) {
+            return;
+        }
+        assign(static_cast<const SoMFValue&>(other).values());
         valueChanged();
     }
-    bool read1Value(int index, SoFieldReader &in) override
+
+    bool readValue(SoFieldReader& in) override
+    {
+        if (in.text.accept('[')) {
+            return readList(in);
+        }
+        T value{};
+        if (!self().readItem(in, value)) {
+            return false;
+        }
+        setValue(value);
+        return true;
+    }
+    void writeValue(SoFieldWriter& out) const override
+    {
+        const auto all = values();
+        if (all.size() == 1) {
+            self().writeItem(out, all[0]);
+            return;
+        }
+        out.text += '[';
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (i > 0) {
+                out.text += ',';
+            }
+            startItem(out, i);
+            self().writeItem(out, all[i]);
+        }
+        out.text += " ]";
+    }
+    bool read1Value(int index, SoFieldReader& in) override
     {
         T value{};
-        if (!kalmyr::readText(in.text, value)) return false;
+        if (!self().readItem(in, value)) {
+            return false;
+        }
         set1Value(index, value);
         return true;
     }
-    void write1Value(int index, SoFieldWriter &out) const override
+    void write1Value(int index, SoFieldWriter& out) const override
     {
-        kalmyr::writeText(out.text, (*this)[index]);
+        self().writeItem(out, (*this)[index]);
     }
 
 protected:
-    bool readList(SoFieldReader &in) override
+    static constexpr bool kOwnText = false;
+    bool readItem(SoFieldReader& in, T& value) const { return kalmyr::readText(in.text, value); }
+    void writeItem(SoFieldWriter& out, const T& value) const
     {
-        resize(0, false);
-        const bool ok = kalmyr::readTextList(in.text, [this](int count) { return extend(count); });
-        m_flags |= 0;
+        kalmyr::writeText(out.text, value);
+    }
+
+    bool readList(SoFieldReader& in) override
+    {
+        m_array.resize(0);
+        bool ok;
+        if constexpr (Derived::kOwnText) {
+            ok = readItems(in);
+        } else {
+            ok = kalmyr::readTextList(in.text, [this](int count) { return extend(count); });
+        }
+        m_array.trim();
         valueChanged();
         return ok;
     }
 
-    /// `count` more values at the end; the address of the first new one.
-    T *extend(int count)
-    {
-        const int old = m_num;
-        resize(old + count, true);
-        return data() + old;
-    }
-
-    static constexpr bool kInPlace = sizeof(T) <= 16 && std::is_trivially_copyable_v<T>;
-
-    const T *data() const { return m_capacity ? m_values : inPlace(); }
-    T *data() { return m_capacity ? m_values : inPlace(); }
-
-    void resize(int num, bool keep)
-    {
-        if (num > capacity()) grow(keep ? std::max(num, m_num + m_num / 2) : num, keep);
-        if (num > m_num) std::fill(data() + m_num, data() + num, T{});
-        m_num = num;
-    }
-
 private:
-    int capacity() const { return m_capacity ? m_capacity : (kInPlace ? 1 : 0); }
-    T *inPlace() const
+    // Written lists have this many values on a line.
+    static constexpr int kNumbers =
+        std::is_same_v<T, bool> ? 1 : static_cast<int>(sizeof(T) / (sizeof(T) < 4 ? sizeof(T) : 4));
+    static constexpr std::size_t kPerLine = kNumbers <= 1 ? 12 : kNumbers == 2 ? 4 : 1;
+
+    Derived& self() { return static_cast<Derived&>(*this); }
+    const Derived& self() const { return static_cast<const Derived&>(*this); }
+
+    void startItem(SoFieldWriter& out, std::size_t i) const
     {
-        if constexpr (kInPlace) return const_cast<T *>(reinterpret_cast<const T *>(m_place));
-        return nullptr;
+        if (i % kPerLine == 0) {
+            out.flushIfLarge();
+            out.breakLine();
+        } else {
+            out.text += ' ';
+        }
     }
-    void grow(int num, bool keep = true)
+    bool readItems(SoFieldReader& in)
     {
-        if (num <= capacity()) return;
-        T *values = new T[static_cast<std::size_t>(num)]();
-        if (keep) std::move(data(), data() + m_num, values);
-        if (m_capacity) delete[] m_values;
-        m_values = values;
-        m_capacity = num;
-        if (!keep) m_num = 0;
+        while (!in.text.accept(']')) {
+            T value{};
+            if (!self().readItem(in, value)) {
+                return false;
+            }
+            *extend(1) = value;
+        }
+        return true;
     }
-    void release()
+    void setOnly(const T& value)
     {
-        if (m_capacity) delete[] m_values;
+        const T copy = value;
+        m_array.resize(1);
+        m_array.data()[0] = copy;
+    }
+    void assign(std::span<const T> values)
+    {
+        m_array.resize(0);
+        m_array.resizeRaw(static_cast<int>(values.size()));
+        std::copy(values.begin(), values.end(), m_array.data());
+    }
+    void store(int start, std::span<const T> values)
+    {
+        const int end = start + static_cast<int>(values.size());
+        if (end > m_array.capacity() && m_array.contains(values.data())) {
+            const std::vector<T> copy(values.begin(), values.end()); // growing would take it away
+            store(start, copy);
+            return;
+        }
+        if (start > m_array.size()) {
+            m_array.resize(start);
+        }
+        if (end > m_array.size()) {
+            m_array.resizeRaw(end);
+        }
+        std::copy(values.begin(), values.end(), m_array.data() + start);
+    }
+    /// `count` more values at the end; the address of the first new one.
+    T* extend(int count)
+    {
+        const int old = m_array.size();
+        m_array.resizeRaw(old + count);
+        return m_array.data() + std::min(old, old + count);
     }
 
-    int m_num = 0;
-    int m_capacity = 0; ///< 0 while the values are in place
-    union {
-        T *m_values;
-        alignas(8) unsigned char m_place[kInPlace ? (sizeof(T) > 8 ? sizeof(T) : 8) : 8];
-    };
+    kalmyr::SoValueArray<T> m_array;
 };

@@ -1,0 +1,497 @@
+#include <kalmyr/core/SoTokenizer.h>
+
+#include <kalmyr/base/SbNumber.h>
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <concepts>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+using Classes = unsigned char;
+constexpr Classes kSeparator = 1;
+constexpr Classes kWordStart = 2;
+constexpr Classes kWordRest = 4;
+constexpr Classes kIdentStart = 8;
+constexpr Classes kIdentRest = 16;
+constexpr Classes kBare = 32;        // strings without quotes
+constexpr Classes kLineEnd = 64;     // ends a comment
+constexpr Classes kQuoteEvent = 128; // to be looked at inside a quoted string
+
+constexpr bool isOneOf(char c, std::string_view set)
+{
+    return set.find(c) != std::string_view::npos;
+}
+
+constexpr Classes classOf(unsigned char u)
+{
+    const char c = static_cast<char>(u);
+    const bool digit = c >= '0' && c <= '9';
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    const bool printable = u > 0x20 && u != 0x7f;
+    const bool rest = printable && !isOneOf(c, "\"#',.[\\]{}");
+    const std::pair<bool, Classes> memberships[] = {
+        {isOneOf(c, " \t\n\r\f\v,"), kSeparator},
+        {rest && !digit && c != '+' && c != '-', kWordStart},
+        {rest, kWordRest},
+        {letter, kIdentStart},
+        {letter || digit, kIdentRest},
+        {printable && !isOneOf(c, "\"#',[]{}"), kBare},
+        {c == '\n' || c == '\r', kLineEnd},
+        {c == '"' || c == '\\', kQuoteEvent},
+    };
+    Classes result = 0;
+    for (const auto& [member, bit] : memberships) {
+        result = static_cast<Classes>(result | (member ? bit : 0));
+    }
+    return result;
+}
+
+constexpr auto kClasses = [] {
+    std::array<Classes, 256> table{};
+    for (unsigned i = 0; i < table.size(); ++i) {
+        table[i] = classOf(static_cast<unsigned char>(i));
+    }
+    return table;
+}();
+
+inline bool is(char c, Classes classes)
+{
+    return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
+}
+
+const char* skipComment(const char* p, const char* end)
+{
+    while (p < end && !is(*p, kLineEnd)) {
+        ++p;
+    }
+    return p;
+}
+
+/// The zero behind the text is no separator, so no bounds test is needed.
+inline const char* skipSeparators(const char* p, const char* end)
+{
+    for (;;) {
+        while (is(*p, kSeparator)) {
+            ++p;
+        }
+        if (*p != '#') {
+            return p;
+        }
+        p = skipComment(p, end);
+    }
+}
+
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+/// Digits behind "0x". A number without a sign may use all bits of its type.
+template <class T>
+const char* scanHex(const char* p, bool negative, T& value)
+{
+    constexpr std::size_t kDigits = 2 * sizeof(T);
+    std::uint64_t sum = 0;
+    const char* first = p;
+    while (*p == '0') {
+        ++p;
+    }
+    const char* significant = p;
+    for (int digit; (digit = hexDigit(*p)) >= 0; ++p) {
+        sum = sum << 4 | static_cast<unsigned>(digit);
+    }
+    if (p == first || static_cast<std::size_t>(p - significant) > kDigits) {
+        return nullptr;
+    }
+    if (negative && sum > std::uint64_t(std::numeric_limits<T>::max()) + 1) {
+        return nullptr;
+    }
+    value = static_cast<T>(negative ? ~sum + 1 : sum);
+    return p;
+}
+
+/// End of the number at `p`, or null when there is none of this type.
+template <std::integral T>
+inline const char* scanNumber(const char* p, const char*, T& value)
+{
+    const bool negative = *p == '-';
+    if (negative || *p == '+') {
+        ++p;
+    }
+    unsigned digit = static_cast<unsigned char>(*p) - unsigned('0');
+    if (digit > 9 || (negative && std::is_unsigned_v<T>)) {
+        return nullptr;
+    }
+    if (digit == 0 && (p[1] | 0x20) == 'x') {
+        return scanHex(p + 2, negative, value);
+    }
+    constexpr std::uint64_t kMax = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
+    const std::uint64_t limit = kMax + (negative ? 1 : 0);
+    std::uint64_t sum = 0;
+    do {
+        sum = sum * 10 + digit;
+        if (sum > limit) {
+            return nullptr;
+        }
+        digit = static_cast<unsigned char>(*++p) - unsigned('0');
+    } while (digit <= 9);
+    if (*p == '.') {
+        return nullptr;
+    }
+    value = static_cast<T>(negative ? ~sum + 1 : sum);
+    return p;
+}
+
+template <std::floating_point T>
+inline const char* scanNumber(const char* p, const char* end, T& value)
+{
+    SbNumber::Result result;
+    if constexpr (std::is_same_v<T, float>) {
+        result = SbNumber::parseFloat(p, end, value);
+    } else {
+        result = SbNumber::parseDouble(p, end, value);
+    }
+    // "nan" and "inf" are numbers, "infrared" is a name.
+    if (!result || (is(*p, kIdentStart) && is(*result.end, kWordRest))) {
+        return nullptr;
+    }
+    return result.end;
+}
+
+} // namespace
+
+SoTokenizer::SoTokenizer(const char* text, std::size_t size, std::string_view sourceName)
+    : m_begin(text), m_at(text), m_end(text + size), m_source(sourceName)
+{
+    assert(text[size] == 0);
+}
+
+void SoTokenizer::skip()
+{
+    m_at = skipSeparators(m_at, m_end);
+}
+
+bool SoTokenizer::atEnd()
+{
+    skip();
+    return m_at >= m_end;
+}
+
+char SoTokenizer::peek()
+{
+    skip();
+    return *m_at;
+}
+
+bool SoTokenizer::accept(char c)
+{
+    if (m_failed || peek() != c || m_at >= m_end) {
+        return false;
+    }
+    ++m_at;
+    return true;
+}
+
+bool SoTokenizer::expect(char c)
+{
+    return accept(c) || fail(std::string("expected '") + c + '\'');
+}
+
+bool SoTokenizer::takeWhile(unsigned char firstClass, unsigned char restClass,
+                            std::string_view& word)
+{
+    skip();
+    if (m_failed || !is(*m_at, firstClass)) {
+        return false;
+    }
+    const char* p = m_at + 1;
+    while (is(*p, restClass)) {
+        ++p;
+    }
+    const auto length = static_cast<std::size_t>(p - m_at);
+    if (length > kMaxWordLength) {
+        return fail("expected a shorter name");
+    }
+    word = {m_at, length};
+    m_at = p;
+    return true;
+}
+
+std::string_view SoTokenizer::peekWord()
+{
+    std::string_view word;
+    if (takeWhile(kWordStart, kWordRest, word)) {
+        m_at = word.data();
+    }
+    return word;
+}
+
+bool SoTokenizer::readWord(std::string_view& word)
+{
+    return takeWhile(kWordStart, kWordRest, word);
+}
+
+bool SoTokenizer::readName(std::string_view& name)
+{
+    return takeWhile(kWordRest, kWordRest, name);
+}
+
+bool SoTokenizer::readIdentifier(std::string_view& identifier)
+{
+    return takeWhile(kIdentStart, kIdentRest, identifier);
+}
+
+bool SoTokenizer::acceptWord(std::string_view word)
+{
+    if (peekWord() != word) {
+        return false;
+    }
+    m_at += word.size();
+    return true;
+}
+
+template <class T>
+bool SoTokenizer::readNumber(T& value, const char* what)
+{
+    skip();
+    const char* end = m_failed ? nullptr : scanNumber(m_at, m_end, value);
+    if (!end) {
+        return fail(what);
+    }
+    m_at = end;
+    return true;
+}
+
+bool SoTokenizer::readFloat(float& value)
+{
+    return readNumber(value, "expected a number");
+}
+
+bool SoTokenizer::readDouble(double& value)
+{
+    return readNumber(value, "expected a number");
+}
+
+bool SoTokenizer::readInt(std::int32_t& value)
+{
+    return readNumber(value, "expected a whole number from -2147483648 to 2147483647");
+}
+
+bool SoTokenizer::readUInt(std::uint32_t& value)
+{
+    return readNumber(value, "expected a whole number from 0 to 4294967295");
+}
+
+bool SoTokenizer::readShort(std::int16_t& value)
+{
+    return readNumber(value, "expected a whole number from -32768 to 32767");
+}
+
+bool SoTokenizer::readUShort(std::uint16_t& value)
+{
+    return readNumber(value, "expected a whole number from 0 to 65535");
+}
+
+bool SoTokenizer::readBool(bool& value)
+{
+    skip();
+    const char* start = m_at;
+    std::string_view word;
+    if (takeWhile(kIdentRest, kIdentRest, word)) {
+        value = word == "TRUE" || word == "1";
+        if (value || word == "FALSE" || word == "0") {
+            return true;
+        }
+    }
+    m_at = start;
+    return fail("expected TRUE or FALSE");
+}
+
+bool SoTokenizer::readString(std::string& value)
+{
+    if (peek() == '"' && !m_failed) {
+        return readQuoted(value);
+    }
+    std::string_view word;
+    if (!takeWhile(kBare, kBare, word)) {
+        return fail("expected a string");
+    }
+    value = word;
+    return true;
+}
+
+bool SoTokenizer::readQuoted(std::string& value)
+{
+    value.clear();
+    const char* p = m_at + 1;
+    for (const char* run = p; p < m_end; ++p) {
+        if (!is(*p, kQuoteEvent)) {
+            continue;
+        }
+        value.append(run, p);
+        if (*p == '"') {
+            if (value.size() > kMaxStringLength) {
+                return fail("expected a shorter string");
+            }
+            m_at = p + 1;
+            return true;
+        }
+        // A backslash is taken as it stands unless it protects a quote or itself.
+        run = p;
+        if (p[1] == '"' || p[1] == '\\') {
+            run = ++p;
+        }
+    }
+    return fail("expected the closing '\"' of this string");
+}
+
+template <class T>
+std::size_t SoTokenizer::readMany(T* to, std::size_t max)
+{
+    if (m_failed) {
+        return 0;
+    }
+    const char* p = m_at;
+    const char* const end = m_end;
+    std::size_t count = 0;
+    for (; count < max; ++count) {
+        p = skipSeparators(p, end);
+        const char* next = scanNumber(p, end, to[count]);
+        if (!next) {
+            break;
+        }
+        p = next;
+    }
+    m_at = p;
+    return count;
+}
+
+std::size_t SoTokenizer::readNumbers(float* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+std::size_t SoTokenizer::readNumbers(double* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+std::size_t SoTokenizer::readNumbers(std::int32_t* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+std::size_t SoTokenizer::readNumbers(std::uint32_t* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+std::size_t SoTokenizer::readNumbers(std::int16_t* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+std::size_t SoTokenizer::readNumbers(std::uint16_t* to, std::size_t max)
+{
+    return readMany(to, max);
+}
+
+namespace {
+
+template <class T>
+std::size_t appendNumbers(SoTokenizer& in, std::vector<T>& values)
+{
+    std::array<T, 1024> piece;
+    std::size_t total = 0;
+    for (;;) {
+        const std::size_t count = in.readNumbers(piece.data(), piece.size());
+        values.insert(values.end(), piece.data(), piece.data() + count);
+        total += count;
+        in.reportProgress();
+        if (count < piece.size()) {
+            return total;
+        }
+    }
+}
+
+} // namespace
+
+std::size_t SoTokenizer::readFloats(std::vector<float>& values)
+{
+    return appendNumbers(*this, values);
+}
+
+std::size_t SoTokenizer::readInts(std::vector<std::int32_t>& values)
+{
+    return appendNumbers(*this, values);
+}
+
+bool SoTokenizer::fail(const std::string& message)
+{
+    skip();
+    return failAt(getOffset(), message);
+}
+
+bool SoTokenizer::failAt(std::size_t offset, const std::string& message)
+{
+    if (!m_failed) {
+        m_failed = true;
+        m_error = message;
+        m_errorOffset = offset;
+    }
+    return false;
+}
+
+int SoTokenizer::getErrorLine() const
+{
+    int line = 0, column = 0;
+    if (m_failed) {
+        getPosition(m_errorOffset, line, column);
+    }
+    return line;
+}
+
+int SoTokenizer::getErrorColumn() const
+{
+    int line = 0, column = 0;
+    if (m_failed) {
+        getPosition(m_errorOffset, line, column);
+    }
+    return column;
+}
+
+void SoTokenizer::getPosition(std::size_t offset, int& line, int& column) const
+{
+    const char* const at = m_begin + std::min(offset, getSize());
+    const char* lineStart = m_begin;
+    line = 1;
+    for (const char* p = m_begin; p < at; ++p) {
+        if (*p == '\n' || (*p == '\r' && p[1] != '\n')) {
+            ++line;
+            lineStart = p + 1;
+        }
+    }
+    column = static_cast<int>(at - lineStart) + 1;
+}
+
+void SoTokenizer::setProgress(Progress function, void* data)
+{
+    m_progress = function;
+    m_progressData = data;
+    m_nextProgress = 0;
+}
+
+void SoTokenizer::callProgress()
+{
+    m_nextProgress = getOffset() + kProgressStep;
+    m_progress(m_progressData, getOffset(), getSize());
+}

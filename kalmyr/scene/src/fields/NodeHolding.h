@@ -1,0 +1,12 @@
+#pragma once
+
+class SoField;
+class SoNode;
+
+namespace kalmyr::detail {
+
+/// Whether a field may hold a node (null is always allowed): not when the node holds the field's
+/// container. Posts an error that names both.
+bool mayHold(const SoField& field, const SoNode* node);
+
+} // namespace kalmyr::detail
