@@ -1,6 +1,7 @@
 #include <kalmyr/core/SoChildList.h>
 
 #include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <algorithm>
@@ -48,7 +49,13 @@ void SoChildList::tell(SoNotification::Kind kind, SoNode *child, int index)
     notification.container = m_parent;
     notification.child = child;
     notification.index = index;
-    notification.send(m_parent);
+    if (!m_field) {
+        notification.send(m_parent);
+        return;
+    }
+    m_field->setDefault(false);
+    notification.field = m_field;
+    notification.sendFrom(m_field);
 }
 
 bool SoChildList::append(SoNode *child)
@@ -127,5 +134,6 @@ bool SoChildList::assign(const std::vector<SoNode *> &children)
 
 void SoChildList::auditedChanged(SoNotification &notification)
 {
-    m_parent->notify(notification);
+    if (m_field) m_field->auditedChanged(notification);
+    else m_parent->notify(notification);
 }

@@ -56,11 +56,12 @@ SoField::~SoField()
     if (!m_extra) return;
     if (m_extra->master) m_extra->master->removeAuditor(this);
     m_extra->auditors.announceDeath();
+    delete m_extra;
 }
 
 SoField::Extra &SoField::extra()
 {
-    if (!m_extra) m_extra = std::make_unique<Extra>();
+    if (!m_extra) m_extra = new Extra;
     return *m_extra;
 }
 

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+class SoField;
 class SoNode;
 
 /// The children of a node. Holds a reference on each child, listens to it, and tells the parent
@@ -44,6 +45,10 @@ public:
     /// Reserves memory for that many children.
     void reserve(int count) { m_nodes.reserve(static_cast<std::size_t>(count)); }
 
+    /// Lets a field stand for the list: its listeners hear of every change before the parent does,
+    /// and it stops being default with the first edit. The field lives as long as the list.
+    void setField(SoField *field) { m_field = field; }
+
     void auditedChanged(SoNotification &notification) override;
 
 private:
@@ -53,5 +58,6 @@ private:
     void tell(SoNotification::Kind kind, SoNode *child, int index);
 
     SoNode *m_parent; // Not owned; it owns us.
+    SoField *m_field = nullptr; // Not owned; the parent's.
     std::vector<SoNode *> m_nodes;
 };

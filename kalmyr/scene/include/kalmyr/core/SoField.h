@@ -119,7 +119,7 @@ private:
     void pass(SoNotification &notification);
 
     SoFieldContainer *m_container = nullptr; // Not owned; owns us.
-    std::unique_ptr<Extra> m_extra;          ///< auditors and connection; null mostly
+    Extra *m_extra = nullptr;                // Owned: auditors and connection; null mostly.
 
 protected:
     mutable std::uint32_t m_flags = kDefault;
