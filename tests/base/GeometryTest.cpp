@@ -29,6 +29,11 @@ SbVec3f pointIn(const SbBox3f& box, reference::Random& random)
     return p;
 }
 
+float volumeOf(const SbXfBox3f& box)
+{
+    return box.getVolume() * std::fabs(box.getTransform().det3());
+}
+
 SbBox3f boxOfCorners(const SbBox3f& box, const SbMatrix& m)
 {
     SbBox3f r;
@@ -96,7 +101,14 @@ TEST(SbXfBox, HoldsEverythingThatWasAddedAndNoLooserThanAPlainBox)
         both.extendBy(b);
         SbBox3f plain = a.project();
         plain.extendBy(b.project());
-        EXPECT_LE(both.getVolume() * std::fabs(both.getTransform().det3()), plain.getVolume() * 1.001f);
+        // A point inside makes the box no larger, whichever comes first.
+        SbXfBox3f inside(SbBox3f(b.getCenter(), b.getCenter()));
+        SbXfBox3f around = b;
+        around.extendBy(inside);
+        EXPECT_NEAR(volumeOf(around) / volumeOf(b), 1, 1e-3);
+        inside.extendBy(b);
+        EXPECT_NEAR(volumeOf(inside) / volumeOf(b), 1, 1e-3);
+        EXPECT_LE(volumeOf(both), plain.getVolume() * 1.001f);
         SbBox3f grown = both;
         const SbVec3f slack = (grown.getSize() + SbVec3f(1, 1, 1)) * 1e-4f;
         grown = SbBox3f(grown.getMin() - slack, grown.getMax() + slack);
@@ -119,6 +131,14 @@ TEST(SbXfBox, OverlapsABoxExactlyWhenNoPlaneParts)
             common = box.intersect(turned.getTransform().point(pointIn(turned, random)));
         hits += common;
         EXPECT_TRUE(!common || turned.intersect(box)) << i;
+        // A speck just outside one of the faces.
+        SbVec3f outside = pointIn(turned, random);
+        outside[i % 3] = turned.getMax()[i % 3] + 0.5f;
+        const SbVec3f speck = turned.getTransform().point(outside);
+        EXPECT_FALSE(turned.intersect(SbBox3f(speck, speck))) << i;
+        outside = pointIn(box, random);
+        outside[i % 3] = box.getMax()[i % 3] + 0.5f;
+        EXPECT_FALSE(SbXfBox3f(SbBox3f(outside, outside)).intersect(box)) << i;
     }
     EXPECT_GT(hits, kRounds / 20);
     // A diagonal box beside a corner: the plain boxes overlap, the bodies do not.
@@ -128,6 +148,12 @@ TEST(SbXfBox, OverlapsABoxExactlyWhenNoPlaneParts)
     EXPECT_FALSE(diagonal.intersect(SbBox3f(0.8f, -1.4f, -1, 1.4f, -0.8f, 1)));
     const SbBox3f plain = diagonal.project();
     EXPECT_TRUE(plain.intersect(SbBox3f(0.8f, -1.4f, -1, 1.4f, -0.8f, 1)));
+    // A square rod that passes an edge of a cube askew: only the plane along both edges parts them.
+    m.setTransform({1.05f, 1.05f, 0}, SbRotation(SbVec3f(1, 0, 0), float(M_PI / 4)) * SbRotation({1, 0, 0}, {1, -1, 1}), {1, 1, 1});
+    const SbBox3f cube(-1, -1, -1, 1, 1, 1);
+    const SbXfBox3f rod(SbBox3f(-5, -0.02f, -0.02f, 5, 0.02f, 0.02f), m);
+    EXPECT_FALSE(rod.intersect(cube));
+    EXPECT_TRUE(rod.intersect(SbBox3f(-1.1f, -1.1f, -1, 1.1f, 1.1f, 1)));
     EXPECT_TRUE(diagonal.intersect(SbVec3f(1, 1, 0)) && !diagonal.intersect(SbVec3f(1, 0.5f, 0)));
 }
 

@@ -97,6 +97,10 @@ TEST(SbMatrix, InverseUndoesTheMatrix)
             EXPECT_NEAR(m.det4() * inverse.det4(), 1, 1e-4);
         }
     }
+    // Nothing but zeros on the diagonal.
+    const SbMatrix swapped(0, 2, 0, 0, 0, 0, 4, 0, 0, 0, 0, 8, 1, 0, 0, 0);
+    EXPECT_EQ(swapped.det4(), -64);
+    EXPECT_EQ(swapped.inverse(), SbMatrix(0, 0, 0, 1, 0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0.125f, 0));
 }
 
 TEST(SbMatrix, InverseKnowsSingularMatricesAtAnyScale)

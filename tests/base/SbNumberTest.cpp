@@ -65,6 +65,8 @@ TEST(SbNumber, FloatsOutOfRangeBecomeTheNearestValue)
     expectFloat(std::string(60, '9'), Status::OutOfRange, kInfinity, 60);
     expectFloat("0." + std::string(60, '0') + "1", Status::OutOfRange, 0, 63);
     expectFloat("0." + std::string(60, '0') + "1e120", Status::OutOfRange, kInfinity, 67);
+    expectFloat("0." + std::string(400, '0') + "1e10", Status::OutOfRange, 0, 406);
+    expectFloat("1" + std::string(400, '0') + "e-10", Status::OutOfRange, kInfinity, 405);
     expectFloat("1e-45", Status::Ok, std::numeric_limits<float>::denorm_min(), 5);
     expectFloat("3.4028235e38", Status::Ok, std::numeric_limits<float>::max(), 12);
     double d = 0;

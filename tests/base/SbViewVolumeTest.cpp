@@ -28,8 +28,11 @@ SbViewVolume randomVolume(reference::Random& random, int kind)
     }
     v.rotateCamera(random.rotation());
     v.translateCamera(random.vector());
-    if (kind % 2)
-        v.transform(random.affine());
+    if (kind % 2) {
+        SbMatrix m;
+        m.setScale(SbVec3f(1, 1, kind % 4 == 1 ? -1.f : 1.f));
+        v.transform(m * random.affine());
+    }
     return v;
 }
 
@@ -78,7 +81,27 @@ TEST(SbViewVolume, MatrixMapsTheVolumeToTheClipCube)
             v.projectToScreen(world, screen);
             EXPECT_NEAR(screen[2], corner & 4 ? 1 : 0, 1e-3);
         }
+        const SbVec3f between = pointOnScreen(v, SbVec2f(0.3f, 0.6f), 0.1f);
+        SbVec3f screen;
+        v.projectToScreen(between, screen);
+        EXPECT_TRUE(m.point(between).equals(screen * 2 - SbVec3f(1, 1, 1), 5e-3f)) << i;
+        const SbVec3f away = pointOnScreen(v, SbVec2f(0.5f, 0.5f), 1) - pointOnScreen(v, SbVec2f(0.5f, 0.5f), 0);
+        EXPECT_NEAR(away.dot(v.getProjectionDirection()), v.getDepth(), v.getDepth() * 1e-3f) << i;
         EXPECT_LT(reference::difference(reference::identity(), v.getCameraSpaceMatrix() * affine), 1e-3);
+    }
+}
+
+TEST(SbViewVolume, TransformCarriesEveryPointAlong)
+{
+    reference::Random random(34);
+    for (int i = 0; i < kRounds; ++i) {
+        const SbViewVolume v = randomVolume(random, i);
+        SbViewVolume moved = v;
+        const SbMatrix m = random.affine();
+        moved.transform(m);
+        const SbVec2f screen(random.number(0, 1), random.number(0, 1));
+        const SbVec3f expected = m.point(pointOnScreen(v, screen, 0.5f));
+        EXPECT_TRUE(pointOnScreen(moved, screen, 0.5f).equals(expected, 1e-5f * expected.length() + 1e-3f)) << i;
     }
 }
 

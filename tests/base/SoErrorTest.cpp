@@ -116,6 +116,7 @@ __attribute__((noinline)) void failDeepInside(SbString& currentStack)
 {
     currentStack = SoErrorStack::currentStack();
     SoErrorStack::post("it is %s", "over");
+    currentStack += ""; // A last call would replace this one on the stack.
 }
 
 } // namespace
@@ -141,11 +142,13 @@ TEST(SoErrorStack, RecordsTheCallsOnlyWhenThePreferenceIsSet)
     ASSERT_EQ(s_stacks.size(), 2u);
     EXPECT_TRUE(s_stacks[0].isEmpty());
     for (const SbString& text : {s_stacks[1], stack}) {
-        const SbString below = text.getSubString(0, text.find("\n"));
-        EXPECT_TRUE(text.startsWith("#0 ")) << text;
-        EXPECT_TRUE(text.contains("#1 ") && text.contains("main")) << text;
-        EXPECT_TRUE(below.contains("failDeepInside") || text.contains("SoErrorStack::post")) << text;
-        EXPECT_TRUE(text.contains("SoErrorTest.cpp:")) << text;
+        EXPECT_TRUE(text.startsWith("#0 ") && text.contains("\n#1 ")) << text;
+        EXPECT_TRUE(text.contains(" main (")) << text;
+#ifndef NDEBUG
+        const SbString innermost = text.getSubString(0, text.find("\n"));
+        // Builds without debug information know neither lines nor the names of what is not exported.
+        EXPECT_TRUE(innermost.contains("failDeepInside") && innermost.contains("SoErrorTest.cpp:")) << text;
+#endif
     }
 }
 

@@ -18,12 +18,6 @@
 #include <execinfo.h>
 #endif
 
-#if defined(__GNUC__)
-#define KALMYR_NOINLINE __attribute__((noinline))
-#else
-#define KALMYR_NOINLINE
-#endif
-
 namespace kalmyr::detail {
 
 namespace {
@@ -60,9 +54,19 @@ namespace {
 #endif
 }
 
-// Collects the lines of the text.
+// Collects the lines of the text. Frames are not counted off at the inner end, since the compiler may have
+// merged some: everything up to the caller's return address is left out.
 class [[maybe_unused]] Lines {
 public:
+    Lines(const void* caller, int skip) : m_caller(reinterpret_cast<std::uintptr_t>(caller)), m_skip(skip) {}
+
+    // `address` may lie anywhere in the calling instruction or just behind it.
+    bool wants(std::uintptr_t address)
+    {
+        m_found = m_found || address == m_caller || address + 1 == m_caller;
+        return m_found && m_skip-- <= 0;
+    }
+
     bool isFull() const { return m_count >= SoErrorStack::kMaxFrames; }
 
     void add(std::uintptr_t address, std::string function, const char* file, int line)
@@ -81,8 +85,11 @@ public:
     const SbString& text() const { return m_text; }
 
 private:
+    std::uintptr_t m_caller;
+    int m_skip;
     SbString m_text;
     int m_count = 0;
+    bool m_found = false;
 };
 
 #if defined(KALMYR_HAVE_LIBBACKTRACE)
@@ -102,8 +109,8 @@ void ignoreError(void*, const char*, int)
 int addFrame(void* data, std::uintptr_t address, const char* file, int line, const char* function)
 {
     auto& lines = *static_cast<Lines*>(data);
-    if (address == UINTPTR_MAX) {
-        // The mark behind the outermost call.
+    // The largest address marks the end behind the outermost call.
+    if (address == UINTPTR_MAX || !lines.wants(address)) {
         return 0;
     }
     std::string name = function ? readableName(function) : std::string();
@@ -121,23 +128,27 @@ int addFrame(void* data, std::uintptr_t address, const char* file, int line, con
 
 } // namespace
 
-KALMYR_NOINLINE SbString callStack(int skip)
+SbString callStack(const void* caller, int skip)
 {
 #if defined(KALMYR_HAVE_LIBBACKTRACE)
-    Lines lines;
+    Lines lines(caller, skip);
     if (state()) {
-        backtrace_full(state(), skip + 1, addFrame, ignoreError, &lines);
+        backtrace_full(state(), 0, addFrame, ignoreError, &lines);
     }
     return lines.text();
 #elif defined(KALMYR_HAVE_EXECINFO)
-    Lines lines;
+    Lines lines(caller, skip);
     void* addresses[SoErrorStack::kMaxFrames];
     const int count = backtrace(addresses, SoErrorStack::kMaxFrames);
-    for (int i = skip + 1; i < count; ++i) {
-        lines.add(reinterpret_cast<std::uintptr_t>(addresses[i]), {}, nullptr, 0);
+    for (int i = 0; i < count; ++i) {
+        const auto address = reinterpret_cast<std::uintptr_t>(addresses[i]);
+        if (lines.wants(address)) {
+            lines.add(address, {}, nullptr, 0);
+        }
     }
     return lines.text();
 #else
+    (void)caller;
     (void)skip;
     return {};
 #endif

@@ -15,13 +15,13 @@ void SoErrorStack::post(const char* pattern, ...)
     SbString text = kalmyr::detail::formatArguments(pattern, arguments);
     va_end(arguments);
     const bool record = SoPreferences::getBool("KMR_DEBUG_STACKERROR", false);
-    const SoErrorStack error(std::move(text), record ? kalmyr::detail::callStack(1) : SbString());
+    const SoErrorStack error(std::move(text), record ? kalmyr::detail::callStack(KALMYR_CALLER) : SbString());
     error.handle(slot());
 }
 
 SbString SoErrorStack::currentStack(int skip)
 {
-    return kalmyr::detail::callStack(skip + 1);
+    return kalmyr::detail::callStack(KALMYR_CALLER, skip);
 }
 
 SbString SoErrorStack::getPrintedText() const
