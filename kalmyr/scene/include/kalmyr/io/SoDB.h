@@ -1,0 +1,64 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbString.h>
+#include <kalmyr/core/SoType.h>
+
+class SoInput;
+class SoNode;
+class SoPath;
+class SoSeparator;
+class SoVRMLGroup;
+
+namespace kalmyr::detail {
+class SceneReader;
+}
+
+/// The toolkit as a whole: starting it, reading scenes, keeping threads apart.
+class KALMYR_API SoDB {
+public:
+    SoDB() = delete;
+
+    /// Registers all classes of the toolkit, lower areas first. Repeatable. What draws is started by
+    /// its own users, so that a program without graphics does not need it.
+    static void init();
+    /// Undoes one init(); with the last one optional modules are finished in reverse order.
+    static void finish();
+    static bool isInitialized();
+
+    /// Registers an area that stands above this one; called by init(), at once when that is past.
+    static void addInit(void (*init)());
+
+    /// "Kalmyr 0.1.0".
+    static SbString getVersion();
+
+    /// Reads everything in a scene file of any known format: the file's one separator, or a new
+    /// separator around all of it. Reference count 0. Null after the first fatal error, which is
+    /// posted as a read error with its place; nothing that was read remains then.
+    static SoSeparator *readAll(SoInput *in);
+    /// The same for VRML97 files only: a group around everything in the file.
+    static SoVRMLGroup *readAllVRML(SoInput *in);
+
+    /// Reads the next node; null with `true` at the end of the file. Header as in readAll(); text
+    /// in memory may lack one, it is then Kalmyr text.
+    static bool read(SoInput *in, SoNode *&node);
+    /// Reads a path as written by a write action; a new path, reference count 0.
+    static bool read(SoInput *in, SoPath *&path);
+
+    /// Something to be done with every node of exactly that type right after it was read, while its
+    /// file is open; one function a type.
+    using ReadHook = void (*)(SoInput *in, SoNode *node);
+    static void setReadHook(SoType type, ReadHook hook);
+    static ReadHook getReadHook(SoType type);
+
+    /// Held by threads that read a graph while others may edit it, and by whoever edits it.
+    /// Recursive. A thread that holds the read lock may take the write lock when no other thread
+    /// wants the same at that time; see SoRecursiveRWLock.
+    static void readlock();
+    static void readunlock();
+    static void writelock();
+    static void writeunlock();
+
+private:
+    static kalmyr::detail::SceneReader *readerOf(SoInput *in, bool headerNeeded);
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/nodes/SoGroup.h>
+
+#include <memory>
+
+class SoBoundingBoxCache;
+class SoGetBoundingBoxAction;
+class SoRayPickAction;
+class SoState;
+
+/// Base of the VRML97 groups. `children` and the group's child list are one: either side edits it.
+///
+/// What the children set ends with the group. The box of its content is kept as in a separator.
+class KALMYR_API SoVRMLParent : public SoGroup {
+    SO_NODE_HEADER(SoVRMLParent)
+
+public:
+    static void initClass();
+
+    SoMFNode children;
+    SoMFNode addChildren; ///< event in
+    SoMFNode removeChildren; ///< event in
+    SoSFVec3f bboxCenter;
+    SoSFVec3f bboxSize; ///< -1: to be computed
+
+    bool affectsState() const override { return false; }
+    /// Traverses the children between a push and a pop of the state, below what the group itself
+    /// sets.
+    void doAction(SoAction *action) override;
+
+    /// For the actions: measures from the cache or the children, and passes rays that meet the box.
+    void measure(SoGetBoundingBoxAction *action);
+    void rayPick(SoRayPickAction *action);
+
+protected:
+    ~SoVRMLParent() override;
+    SoVRMLParent();
+    /// What a concrete group does to the state of its children.
+    virtual void setState(SoState *) {}
+    /// The children that count; all of them unless overridden.
+    virtual void traverseChildren(SoAction *action);
+
+private:
+    std::unique_ptr<SoBoundingBoxCache> m_boxCache;
+};

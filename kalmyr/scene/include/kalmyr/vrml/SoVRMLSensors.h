@@ -1,0 +1,152 @@
+#pragma once
+
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/fields/SoValueFields.h>
+
+/// \file
+/// Sensors of VRML97. They keep their values; nothing drives them.
+
+/// Turns dragging into a rotation about an axis.
+class KALMYR_API SoVRMLCylinderSensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLCylinderSensor)
+
+public:
+    SoVRMLCylinderSensor();
+    static void initClass();
+
+    SoSFBool autoOffset;
+    SoSFFloat diskAngle;
+    SoSFBool enabled;
+    SoSFFloat maxAngle;
+    SoSFFloat minAngle;
+    SoSFFloat offset;
+    SoSFBool isActive; ///< event out
+    SoSFRotation rotation_changed; ///< event out
+    SoSFVec3f trackPoint_changed; ///< event out
+
+protected:
+    ~SoVRMLCylinderSensor() override;
+};
+
+/// Turns dragging into a movement in a plane.
+class KALMYR_API SoVRMLPlaneSensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLPlaneSensor)
+
+public:
+    SoVRMLPlaneSensor();
+    static void initClass();
+
+    SoSFBool autoOffset;
+    SoSFBool enabled;
+    SoSFVec2f maxPosition;
+    SoSFVec2f minPosition;
+    SoSFVec3f offset;
+    SoSFBool isActive; ///< event out
+    SoSFVec3f trackPoint_changed; ///< event out
+    SoSFVec3f translation_changed; ///< event out
+
+protected:
+    ~SoVRMLPlaneSensor() override;
+};
+
+/// Tells that the viewer is inside a box.
+class KALMYR_API SoVRMLProximitySensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLProximitySensor)
+
+public:
+    SoVRMLProximitySensor();
+    static void initClass();
+
+    SoSFVec3f center;
+    SoSFVec3f size;
+    SoSFBool enabled;
+    SoSFBool isActive; ///< event out
+    SoSFVec3f position_changed; ///< event out
+    SoSFRotation orientation_changed; ///< event out
+    SoSFTime enterTime; ///< event out
+    SoSFTime exitTime; ///< event out
+
+protected:
+    ~SoVRMLProximitySensor() override;
+};
+
+/// Turns dragging into a rotation about a point.
+class KALMYR_API SoVRMLSphereSensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLSphereSensor)
+
+public:
+    SoVRMLSphereSensor();
+    static void initClass();
+
+    SoSFBool autoOffset;
+    SoSFBool enabled;
+    SoSFRotation offset;
+    SoSFBool isActive; ///< event out
+    SoSFRotation rotation_changed; ///< event out
+    SoSFVec3f trackPoint_changed; ///< event out
+
+protected:
+    ~SoVRMLSphereSensor() override;
+};
+
+/// A clock.
+class KALMYR_API SoVRMLTimeSensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLTimeSensor)
+
+public:
+    SoVRMLTimeSensor();
+    static void initClass();
+
+    SoSFTime cycleInterval;
+    SoSFBool enabled;
+    SoSFBool loop;
+    SoSFTime startTime;
+    SoSFTime stopTime;
+    SoSFTime cycleTime; ///< event out
+    SoSFFloat fraction_changed; ///< event out
+    SoSFBool isActive; ///< event out
+    SoSFTime time; ///< event out
+
+protected:
+    ~SoVRMLTimeSensor() override;
+};
+
+/// Tells that its siblings are pointed at or clicked.
+class KALMYR_API SoVRMLTouchSensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLTouchSensor)
+
+public:
+    SoVRMLTouchSensor();
+    static void initClass();
+
+    SoSFBool enabled;
+    SoSFVec3f hitNormal_changed; ///< event out
+    SoSFVec3f hitPoint_changed; ///< event out
+    SoSFVec2f hitTexCoord_changed; ///< event out
+    SoSFBool isActive; ///< event out
+    SoSFBool isOver; ///< event out
+    SoSFTime touchTime; ///< event out
+
+protected:
+    ~SoVRMLTouchSensor() override;
+};
+
+/// Tells that a box can be seen.
+class KALMYR_API SoVRMLVisibilitySensor : public SoNode {
+    SO_NODE_HEADER(SoVRMLVisibilitySensor)
+
+public:
+    SoVRMLVisibilitySensor();
+    static void initClass();
+
+    SoSFVec3f center;
+    SoSFBool enabled;
+    SoSFVec3f size;
+    SoSFTime enterTime; ///< event out
+    SoSFTime exitTime; ///< event out
+    SoSFBool isActive; ///< event out
+
+protected:
+    ~SoVRMLVisibilitySensor() override;
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/vrml/SoVRMLGeometry.h>
+
+/// A sphere about the origin.
+class KALMYR_API SoVRMLSphere : public SoVRMLGeometry {
+    SO_NODE_HEADER(SoVRMLSphere)
+
+public:
+    SoVRMLSphere();
+    static void initClass();
+
+    SoSFFloat radius;
+
+protected:
+    ~SoVRMLSphere() override;
+
+    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+};

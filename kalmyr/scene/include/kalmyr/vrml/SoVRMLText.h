@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/vrml/SoVRMLGeometry.h>
+
+/// Lines of text. Its values are kept; nothing is drawn.
+class KALMYR_API SoVRMLText : public SoVRMLGeometry {
+    SO_NODE_HEADER(SoVRMLText)
+
+public:
+    SoVRMLText();
+    static void initClass();
+
+    SoSFNode fontStyle;
+    SoMFFloat length;
+    SoSFFloat maxExtent;
+    SoMFString string;
+
+protected:
+    ~SoVRMLText() override;
+
+    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+};

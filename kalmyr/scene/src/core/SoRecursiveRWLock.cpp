@@ -1,0 +1,71 @@
+#include <kalmyr/core/SoRecursiveRWLock.h>
+
+bool SoRecursiveRWLock::othersRead(std::thread::id self) const
+{
+    return m_readers.size() > (m_readers.count(self) ? 1u : 0u);
+}
+
+void SoRecursiveRWLock::readLock()
+{
+    const auto self = std::this_thread::get_id();
+    std::unique_lock lock(m_mutex);
+    if (m_writer != self && !m_readers.count(self)) {
+        m_changed.wait(lock, [this] { return m_writeDepth == 0 && m_waitingWriters == 0; });
+    }
+    ++m_readers[self];
+}
+
+bool SoRecursiveRWLock::readUnlock()
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto at = m_readers.find(std::this_thread::get_id());
+    if (at == m_readers.end()) return false;
+    if (--at->second == 0) {
+        m_readers.erase(at);
+        m_changed.notify_all();
+    }
+    return true;
+}
+
+bool SoRecursiveRWLock::writeLock()
+{
+    const auto self = std::this_thread::get_id();
+    std::unique_lock lock(m_mutex);
+    if (m_writer == self) {
+        ++m_writeDepth;
+        return true;
+    }
+    const bool upgrade = m_readers.count(self) > 0;
+    if (upgrade && m_upgrading) return false;
+    if (upgrade) m_upgrading = true;
+    ++m_waitingWriters;
+    m_changed.wait(lock, [&] { return m_writeDepth == 0 && !othersRead(self); });
+    --m_waitingWriters;
+    if (upgrade) m_upgrading = false;
+    m_writer = self;
+    m_writeDepth = 1;
+    return true;
+}
+
+bool SoRecursiveRWLock::writeUnlock()
+{
+    const std::scoped_lock lock(m_mutex);
+    if (m_writer != std::this_thread::get_id()) return false;
+    if (--m_writeDepth == 0) {
+        m_writer = {};
+        m_changed.notify_all();
+    }
+    return true;
+}
+
+bool SoRecursiveRWLock::isReadLockedByThisThread() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_readers.count(std::this_thread::get_id()) > 0;
+}
+
+bool SoRecursiveRWLock::isWriteLockedByThisThread() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_writer == std::this_thread::get_id();
+}

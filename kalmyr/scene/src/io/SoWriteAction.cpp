@@ -1,0 +1,109 @@
+#include <kalmyr/io/SoWriteAction.h>
+
+#include "SoSceneWriter.h"
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
+
+SO_ACTION_SOURCE(SoWriteAction, SoAction, "WriteAction")
+
+namespace {
+
+void writeAll(SoAction *action, SoNode *node)
+{
+    auto *write = static_cast<SoWriteAction *>(action);
+    write->writeFields(node);
+    if (!kalmyr::detail::SceneWriter::hasChildrenField(node)) write->writeChildren(node);
+}
+
+/// For nodes whose children come from another file.
+void writeFieldsOnly(SoAction *action, SoNode *node)
+{
+    static_cast<SoWriteAction *>(action)->writeFields(node);
+}
+
+void writeUnknown(SoAction *action, SoNode *node)
+{
+    static_cast<SoWriteAction *>(action)->writeUnknown(static_cast<SoUnknownNode *>(node));
+}
+
+} // namespace
+
+void SoWriteAction::initMethods()
+{
+    addMethod(SoNode::getClassTypeId(), writeAll);
+    addMethod(SoVRMLInline::getClassTypeId(), writeFieldsOnly);
+    addMethod(SoUnknownNode::getClassTypeId(), ::writeUnknown);
+}
+
+SoWriteAction::SoWriteAction() : m_ownOutput(std::make_unique<SoOutput>()), m_out(m_ownOutput.get())
+{
+    setHooked(true);
+}
+
+SoWriteAction::SoWriteAction(SoOutput *out) : m_out(out)
+{
+    setHooked(true);
+}
+
+SoWriteAction::~SoWriteAction() = default;
+
+void SoWriteAction::apply(SoNode *root)
+{
+    if (root) write(root, nullptr);
+}
+
+void SoWriteAction::apply(SoPath *path)
+{
+    if (!path || path->isEmpty()) return;
+    // What hangs on a field or comes from another file has no index in the text; the path ends above it.
+    int length = 1;
+    while (length < path->getLength() && path->getIndex(length) >= 0
+           && !path->getNode(length - 1)->isOfType(SoVRMLInline::getClassTypeId()))
+        ++length;
+    const SoRef<SoPath> shown(path->copy(0, length));
+    write(path->getHead(), shown.get());
+}
+
+void SoWriteAction::write(SoNode *root, const SoPath *path)
+{
+    const SoRef<SoNode> held(root);
+    m_writer = std::make_unique<kalmyr::detail::SceneWriter>(*this, *m_out);
+    if (path) m_writer->keepOnly(*path);
+    SoAction::apply(root);
+    m_writer->startWriting();
+    if (path) m_writer->beginPath();
+    SoAction::apply(root);
+    if (path) m_writer->endPath(*path);
+    m_writer->finish();
+    m_writer.reset();
+}
+
+bool SoWriteAction::beforeNode(SoNode *node)
+{
+    return m_writer->enter(node);
+}
+
+void SoWriteAction::afterNode(SoNode *)
+{
+    m_writer->leave();
+}
+
+void SoWriteAction::writeFields(SoNode *node)
+{
+    m_writer->fields(node);
+}
+
+void SoWriteAction::writeChildren(SoNode *node)
+{
+    m_writer->children(node);
+}
+
+void SoWriteAction::writeUnknown(SoUnknownNode *node)
+{
+    m_writer->unknown(node);
+}

@@ -1,0 +1,25 @@
+#include <kalmyr/vrml/SoVRMLBox.h>
+
+#include "Bodies.h"
+
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+SO_NODE_SOURCE(SoVRMLBox)
+
+SoVRMLBox::SoVRMLBox()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLGeometry);
+    SO_VRML_FIELD(size, (2.0f, 2.0f, 2.0f));
+}
+
+SoVRMLBox::~SoVRMLBox() = default;
+
+void SoVRMLBox::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLBox, SoVRMLGeometry, "VRMLBox");
+}
+
+void SoVRMLBox::buildGeometry(SoState *, SoGeometry &geometry)
+{
+    kalmyr::detail::buildBox(geometry, size.getValue());
+}

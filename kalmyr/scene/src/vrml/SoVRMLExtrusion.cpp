@@ -1,0 +1,60 @@
+#include <kalmyr/vrml/SoVRMLExtrusion.h>
+
+#include "Extruder.h"
+
+#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+SO_NODE_SOURCE(SoVRMLExtrusion)
+
+SoVRMLExtrusion::SoVRMLExtrusion()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLGeometry);
+    SO_VRML_FIELD(beginCap, (true));
+    SO_VRML_FIELD(ccw, (true));
+    SO_VRML_FIELD(convex, (true));
+    SO_VRML_FIELD(creaseAngle, (0.0f));
+    SO_VRML_EMPTY_FIELD(crossSection);
+    SO_VRML_FIELD(endCap, (true));
+    SO_VRML_EMPTY_FIELD(orientation);
+    SO_VRML_EMPTY_FIELD(scale);
+    SO_VRML_FIELD(solid, (true));
+    SO_VRML_EMPTY_FIELD(spine);
+    SO_VRML_EVENT_IN(set_crossSection);
+    SO_VRML_EVENT_IN(set_orientation);
+    SO_VRML_EVENT_IN(set_scale);
+    SO_VRML_EVENT_IN(set_spine);
+    crossSection.initValues({{1, 1}, {1, -1}, {-1, -1}, {-1, 1}, {1, 1}});
+    orientation.initValues({SbRotation()});
+    scale.initValues({{1, 1}});
+    spine.initValues({{0, 0, 0}, {0, 1, 0}});
+}
+
+SoVRMLExtrusion::~SoVRMLExtrusion() = default;
+
+void SoVRMLExtrusion::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLExtrusion, SoVRMLGeometry, "VRMLExtrusion");
+}
+
+void SoVRMLExtrusion::buildGeometry(SoState *, SoGeometry &geometry)
+{
+    kalmyr::detail::Extruder extruder;
+    extruder.crossSection = crossSection.values();
+    extruder.spine = spine.values();
+    extruder.scale = scale.values();
+    extruder.orientation = orientation.values();
+    extruder.beginCap = beginCap.getValue();
+    extruder.endCap = endCap.getValue();
+    if (!extruder.run()) return;
+    kalmyr::FaceInput in;
+    in.node = this;
+    in.coordField = "spine";
+    in.positions = extruder.points;
+    in.coordIndex = extruder.faces;
+    in.convex = convex.getValue();
+    in.clockwise = !ccw.getValue();
+    in.solid = solid.getValue();
+    in.creaseAngle = creaseAngle.getValue();
+    kalmyr::FaceBuilder(in).build(geometry);
+}

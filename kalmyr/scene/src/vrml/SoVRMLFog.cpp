@@ -1,0 +1,36 @@
+#include <kalmyr/vrml/SoVRMLFog.h>
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/elements/SoLightElement.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+SO_NODE_SOURCE(SoVRMLFog)
+
+SoVRMLFog::SoVRMLFog()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EVENT_IN(set_bind);
+    SO_VRML_EXPOSED(color, (1.0f, 1.0f, 1.0f));
+    SO_VRML_EXPOSED(fogType, ("LINEAR"));
+    SO_VRML_EXPOSED(visibilityRange, (0.0f));
+    SO_VRML_EVENT_OUT(isBound);
+}
+
+SoVRMLFog::~SoVRMLFog() = default;
+
+void SoVRMLFog::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLFog, SoNode, "VRMLFog");
+}
+
+void SoVRMLFog::doAction(SoAction *action)
+{
+    auto &element = action->getState()->write<SoEnvironmentElement>();
+    SoEnvironmentValues values = element.value();
+    const bool even = fogType.getValue() != "EXPONENTIAL";
+    values.fogType = even ? SoEnvironmentValues::HAZE : SoEnvironmentValues::FOG;
+    if (visibilityRange.getValue() <= 0) values.fogType = SoEnvironmentValues::NONE;
+    values.fogColor = color.getValue();
+    values.fogVisibility = visibilityRange.getValue();
+    element.set(this, values);
+}

@@ -1,0 +1,57 @@
+#include <kalmyr/vrml/SoVRMLImageTexture.h>
+
+#include "LocalUrl.h"
+
+#include <kalmyr/base/SoError.h>
+#include <kalmyr/core/SoImageFile.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+#include <algorithm>
+
+SO_NODE_SOURCE(SoVRMLImageTexture)
+
+SoVRMLImageTexture::SoVRMLImageTexture()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLTexture);
+    SO_VRML_EXPOSED_EMPTY(url);
+}
+
+SoVRMLImageTexture::~SoVRMLImageTexture() = default;
+
+void SoVRMLImageTexture::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLImageTexture, SoVRMLTexture, "VRMLImageTexture");
+}
+
+void SoVRMLImageTexture::setDirectory(const SbString &directory)
+{
+    m_directory = directory;
+    m_tried = false;
+}
+
+const SbImage &SoVRMLImageTexture::getPicture()
+{
+    const auto urls = url.values();
+    if (m_tried && std::equal(urls.begin(), urls.end(), m_loadedUrls.begin(), m_loadedUrls.end())) return m_loaded;
+    m_tried = true;
+    m_loadedUrls.assign(urls.begin(), urls.end());
+    m_loaded.makeNull();
+    SbString reason;
+    for (const SbString &one : urls) {
+        const SbString name = kalmyr::detail::localFileName(one);
+        if (name.isEmpty()) continue;
+        SbString error;
+        if (SoImageFile::read(SoImageFile::findFile(name, m_directory), m_loaded, &error)) return m_loaded;
+        if (reason.isEmpty()) reason = error;
+    }
+    if (!urls.empty())
+        SoError::post("texture \"%s\": %s", urls[0].getString(),
+                      reason.isEmpty() ? "none of its urls is a local file" : reason.getString());
+    return m_loaded;
+}
+
+void SoVRMLImageTexture::copyContents(const SoNode *from, SoNodeCopier &copier)
+{
+    SoVRMLTexture::copyContents(from, copier);
+    setDirectory(static_cast<const SoVRMLImageTexture *>(from)->m_directory);
+}

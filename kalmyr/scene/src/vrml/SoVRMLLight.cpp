@@ -1,0 +1,36 @@
+#include <kalmyr/vrml/SoVRMLLight.h>
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+SO_NODE_SOURCE(SoVRMLLight)
+
+SoVRMLLight::SoVRMLLight()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EXPOSED(ambientIntensity, (0.0f));
+    SO_VRML_EXPOSED(color, (1.0f, 1.0f, 1.0f));
+    SO_VRML_EXPOSED(intensity, (1.0f));
+    SO_VRML_EXPOSED(on, (true));
+}
+
+SoVRMLLight::~SoVRMLLight() = default;
+
+void SoVRMLLight::initClass()
+{
+    SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLLight, SoNode, "VRMLLight");
+}
+
+void SoVRMLLight::doAction(SoAction *action)
+{
+    if (!on.isIgnored() && !on.getValue()) return;
+    SoState *state = action->getState();
+    SoLightRecord record;
+    record.toWorld = SoModelMatrixElement::get(state);
+    if (!color.isIgnored()) record.color = color.getValue();
+    if (!intensity.isIgnored()) record.intensity = intensity.getValue();
+    if (!ambientIntensity.isIgnored()) record.ambientIntensity = ambientIntensity.getValue();
+    describe(record);
+    SoLightElement::add(state, this, record);
+}

@@ -1,0 +1,59 @@
+#include <kalmyr/vrml/SoVRMLParent.h>
+
+#include <kalmyr/actions/SoBoundingBoxCache.h>
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoRayPickAction.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+
+SO_NODE_SOURCE(SoVRMLParent)
+
+SoVRMLParent::SoVRMLParent()
+{
+    SO_NODE_CONSTRUCTOR(SoGroup);
+    SO_VRML_EMPTY_FIELD(children);
+    SO_VRML_EVENT_IN(addChildren);
+    SO_VRML_EVENT_IN(removeChildren);
+    SO_VRML_FIELD(bboxCenter, (0.0f, 0.0f, 0.0f));
+    SO_VRML_FIELD(bboxSize, (-1.0f, -1.0f, -1.0f));
+    children.bindTo(&m_children);
+}
+
+SoVRMLParent::~SoVRMLParent() = default;
+
+void SoVRMLParent::initClass()
+{
+    SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLParent, SoGroup, "VRMLParent");
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
+        static_cast<SoVRMLParent *>(node)->measure(static_cast<SoGetBoundingBoxAction *>(action));
+    });
+    SoRayPickAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
+        static_cast<SoVRMLParent *>(node)->rayPick(static_cast<SoRayPickAction *>(action));
+    });
+}
+
+void SoVRMLParent::traverseChildren(SoAction *action)
+{
+    action->traverseChildren(m_children);
+}
+
+void SoVRMLParent::doAction(SoAction *action)
+{
+    SoState *state = action->getState();
+    state->push();
+    setState(state);
+    traverseChildren(action);
+    state->pop();
+}
+
+void SoVRMLParent::measure(SoGetBoundingBoxAction *action)
+{
+    if (!action->open(this, m_boxCache.get())) return;
+    setState(action->getState());
+    traverseChildren(action);
+    action->close(this, &m_boxCache);
+}
+
+void SoVRMLParent::rayPick(SoRayPickAction *action)
+{
+    if (!action->isCulled(this, m_boxCache.get())) doAction(action);
+}
