@@ -3,6 +3,8 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/nodes/SoGroup.h>
 
+class SoState;
+
 /// Traverses one of its children, chosen by the distance of the eye from a point.
 ///
 /// Child i serves distances below range[i], the last child all others. Without a camera the first

@@ -4,7 +4,7 @@
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/nodes/SoTransformation.h>
 
-/// Puts what follows back into world space, drops the box collected so far, or both.
+/// Puts what follows back into world space. BBOX is kept for files and has no effect here.
 class KALMYR_API SoResetTransform : public SoTransformation {
     SO_NODE_HEADER(SoResetTransform)
 

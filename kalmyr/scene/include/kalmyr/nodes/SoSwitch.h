@@ -7,6 +7,8 @@ inline constexpr int SO_SWITCH_NONE = -1;    ///< no child
 inline constexpr int SO_SWITCH_INHERIT = -2; ///< the child that the last switch chose
 inline constexpr int SO_SWITCH_ALL = -3;     ///< all children
 
+class SoState;
+
 /// A group that traverses one, all or none of its children. What the chosen child sets lasts.
 class KALMYR_API SoSwitch : public SoGroup {
     SO_NODE_HEADER(SoSwitch)

@@ -35,6 +35,7 @@ public:
     /// The folder in which relative file names are looked for; set by readers of scene files.
     void setDirectory(const SbString &directory);
     const SbString &getDirectory() const { return m_directory; }
+    void copyContents(const SoNode *from, SoNodeCopier &copier) override;
 
 protected:
     ~SoTexture2() override;

@@ -6,6 +6,8 @@
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
+class SoState;
+
 /// Positions, normals, texture coordinates and colours of one vertex shape, in its vertexProperty
 /// field, or of the vertex shapes that follow when it stands among the children. An empty field
 /// leaves to the traversal state what it would have set.

@@ -5,6 +5,10 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoShape.h>
 
+namespace kalmyr::detail {
+struct SharedKey;
+}
+
 /// A cone about the y axis, its middle at the origin, its tip up. Material parts: sides, bottom.
 class KALMYR_API SoCone : public SoShape {
     SO_NODE_HEADER(SoCone)
@@ -27,4 +31,7 @@ protected:
     void buildGeometry(SoState *state, SoGeometry &geometry) override;
     std::uint64_t stateKey(SoState *state) const override;
     SoRef<SoGeometry> findShared(SoState *state) override;
+
+private:
+    kalmyr::detail::SharedKey getKey(SoState *state) const;
 };

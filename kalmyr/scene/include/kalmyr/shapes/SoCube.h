@@ -4,6 +4,10 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoShape.h>
 
+namespace kalmyr::detail {
+struct SharedKey;
+}
+
 /// A box about the origin. Equal boxes share their geometry. Material parts: front (+z), back,
 /// left, right, top, bottom.
 class KALMYR_API SoCube : public SoShape {
@@ -25,4 +29,7 @@ protected:
     void buildGeometry(SoState *state, SoGeometry &geometry) override;
     std::uint64_t stateKey(SoState *state) const override;
     SoRef<SoGeometry> findShared(SoState *state) override;
+
+private:
+    kalmyr::detail::SharedKey getKey(SoState *state) const;
 };

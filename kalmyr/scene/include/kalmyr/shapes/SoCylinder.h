@@ -5,6 +5,10 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoShape.h>
 
+namespace kalmyr::detail {
+struct SharedKey;
+}
+
 /// A cylinder about the y axis, its middle at the origin. Material parts: sides, top, bottom.
 class KALMYR_API SoCylinder : public SoShape {
     SO_NODE_HEADER(SoCylinder)
@@ -27,4 +31,7 @@ protected:
     void buildGeometry(SoState *state, SoGeometry &geometry) override;
     std::uint64_t stateKey(SoState *state) const override;
     SoRef<SoGeometry> findShared(SoState *state) override;
+
+private:
+    kalmyr::detail::SharedKey getKey(SoState *state) const;
 };

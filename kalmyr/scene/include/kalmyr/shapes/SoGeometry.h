@@ -48,6 +48,10 @@ public:
     using DeathFunction = void (*)(const SoGeometry *geometry);
     void setDeathFunction(DeathFunction function) { m_onDeath = function; }
 
+    /// Told the id of every geometry that dies, for those who keep things by id; null for nobody.
+    using DeathObserver = void (*)(std::uint64_t id);
+    static void setDeathObserver(DeathObserver observer);
+
 private:
     ~SoGeometry() override;
 

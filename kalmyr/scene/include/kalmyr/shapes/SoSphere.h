@@ -4,6 +4,10 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoShape.h>
 
+namespace kalmyr::detail {
+struct SharedKey;
+}
+
 /// A ball about the origin, as fine as the complexity asks for.
 class KALMYR_API SoSphere : public SoShape {
     SO_NODE_HEADER(SoSphere)
@@ -22,4 +26,7 @@ protected:
     void buildGeometry(SoState *state, SoGeometry &geometry) override;
     std::uint64_t stateKey(SoState *state) const override;
     SoRef<SoGeometry> findShared(SoState *state) override;
+
+private:
+    kalmyr::detail::SharedKey getKey(SoState *state) const;
 };

@@ -5,6 +5,8 @@
 #include <kalmyr/shapes/FaceBuilder.h>
 #include <kalmyr/shapes/SoShape.h>
 
+class SoVertexProperty;
+
 /// Base of shapes made of given positions: those of the vertexProperty, or of the traversal state.
 class KALMYR_API SoVertexShape : public SoShape {
     SO_NODE_HEADER(SoVertexShape)
@@ -31,4 +33,7 @@ protected:
     /// The shape hints of the state, and whether texture coordinates are needed.
     static void fillHints(SoState *state, kalmyr::FaceInput &input);
     std::uint64_t stateKey(SoState *state) const override;
+
+private:
+    const SoVertexProperty *getProperty() const;
 };

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <type_traits>
 #include <vector>
 
 namespace kalmyr {
@@ -40,8 +41,11 @@ public:
     void intersectAll(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
                       F &&function) const
     {
-        auto call = [](void *data, const Hit &hit) -> bool { return (*static_cast<std::remove_reference_t<F> *>(data))(hit); };
-        intersectAll(origin, direction, tMin, tMax, call, &function);
+        const HitFunction call = [](void *data, const Hit &hit) -> bool {
+            return (*static_cast<std::remove_reference_t<F> *>(data))(hit);
+        };
+        void *data = const_cast<void *>(static_cast<const void *>(&function));
+        intersectAll(origin, direction, tMin, tMax, call, data);
     }
 
     std::size_t getNumTriangles() const { return m_order.size(); }
@@ -59,7 +63,8 @@ private:
         float v0[3], e1[3], e2[3];
     };
     struct Builder;
-    template <class Visit> void walk(const SbVec3f &origin, const SbVec3f &direction, float tMin, float &tMax, Visit &&visit) const;
+    template <class Visit>
+    void walk(const SbVec3f &origin, const SbVec3f &direction, float tMin, float &tMax, Visit &&visit) const;
 
     std::vector<Node> m_nodes;
     std::vector<Triangle> m_triangles; ///< in the order of the leaves

@@ -1,0 +1,31 @@
+#include <kalmyr/nodes/SoCoordinate4.h>
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/elements/SoCoordinateElements.h>
+
+SO_NODE_SOURCE(SoCoordinate4)
+
+SoCoordinate4::SoCoordinate4()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_ADD_EMPTY_FIELD(point);
+}
+
+SoCoordinate4::~SoCoordinate4() = default;
+
+void SoCoordinate4::initClass()
+{
+    SO_NODE_INIT_CLASS(SoCoordinate4, SoNode, "Coordinate4");
+}
+
+void SoCoordinate4::doAction(SoAction *action)
+{
+    if (point.isIgnored()) return;
+    if (m_projectedId != getChangeId()) {
+        const auto points = point.values();
+        m_projected.resize(points.size());
+        for (std::size_t i = 0; i < points.size(); ++i) points[i].getReal(m_projected[i]);
+        m_projectedId = getChangeId();
+    }
+    action->getState()->write<SoCoordinateElement>().set(this, m_projected);
+}

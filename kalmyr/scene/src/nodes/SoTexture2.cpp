@@ -1,0 +1,87 @@
+#include <kalmyr/nodes/SoTexture2.h>
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoReadError.h>
+#include <kalmyr/core/SoImageFile.h>
+#include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoTextureElement.h>
+
+namespace {
+
+constexpr SoEnumEntry kWraps[] = {
+    {"REPEAT", SoTexture2::REPEAT},
+    {"CLAMP", SoTexture2::CLAMP},
+};
+
+constexpr SoEnumEntry kModels[] = {
+    {"MODULATE", SoTexture2::MODULATE},
+    {"DECAL", SoTexture2::DECAL},
+    {"BLEND", SoTexture2::BLEND},
+    {"REPLACE", SoTexture2::REPLACE},
+};
+
+} // namespace
+
+SO_NODE_SOURCE(SoTexture2)
+
+SoTexture2::SoTexture2()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_ADD_FIELD(filename, (""));
+    SO_ADD_EMPTY_FIELD(image);
+    SO_ADD_FIELD(wrapS, (REPEAT));
+    wrapS.setEnums(kWraps);
+    SO_ADD_FIELD(wrapT, (REPEAT));
+    wrapT.setEnums(kWraps);
+    SO_ADD_FIELD(model, (MODULATE));
+    model.setEnums(kModels);
+    SO_ADD_FIELD(blendColor, (0.0f, 0.0f, 0.0f));
+}
+
+SoTexture2::~SoTexture2() = default;
+
+void SoTexture2::initClass()
+{
+    SO_NODE_INIT_CLASS(SoTexture2, SoNode, "Texture2");
+}
+
+void SoTexture2::setDirectory(const SbString &directory)
+{
+    m_directory = directory;
+    m_loadedName.makeEmpty();
+}
+
+void SoTexture2::copyContents(const SoNode *from, SoNodeCopier &copier)
+{
+    SoNode::copyContents(from, copier);
+    setDirectory(static_cast<const SoTexture2 *>(from)->m_directory);
+}
+
+const SbImage &SoTexture2::getPicture()
+{
+    const SbString &name = filename.getValue();
+    if (filename.isIgnored() || name.isEmpty()) return image.getValue();
+    if (name == m_loadedName) return m_loaded;
+    m_loadedName = name;
+    SbString error;
+    const SbString path = SoImageFile::findFile(name, m_directory);
+    if (!SoImageFile::read(path, m_loaded, &error)) {
+        SoError::post("texture \"%s\": %s", path.getString(), error.getString());
+    }
+    return m_loaded;
+}
+
+void SoTexture2::doAction(SoAction *action)
+{
+    SoState *state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE)) return;
+    auto &element = state->write<SoTextureElement>();
+    auto &v = element.value();
+    v.image = getPicture();
+    v.wrapS = static_cast<SoTextureValues::Wrap>(wrapS.getValue());
+    v.wrapT = static_cast<SoTextureValues::Wrap>(wrapT.getValue());
+    v.model = static_cast<SoTextureValues::Model>(model.getValue());
+    v.blendColor = blendColor.getValue();
+    element.setBy(this);
+}

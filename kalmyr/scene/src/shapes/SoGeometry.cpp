@@ -1,0 +1,45 @@
+#include <kalmyr/shapes/SoGeometry.h>
+
+#include <kalmyr/shapes/TriangleTree.h>
+
+#include <atomic>
+
+namespace {
+
+std::uint64_t nextGeometryId()
+{
+    static std::atomic<std::uint64_t> s_last{0};
+    return ++s_last;
+}
+
+SoGeometry::DeathObserver s_deathObserver = nullptr;
+
+} // namespace
+
+SoGeometry::SoGeometry() : m_id(nextGeometryId()) {}
+
+SoGeometry::~SoGeometry()
+{
+    if (m_onDeath) m_onDeath(this);
+    if (s_deathObserver) s_deathObserver(m_id);
+}
+
+void SoGeometry::setDeathObserver(DeathObserver observer)
+{
+    s_deathObserver = observer;
+}
+
+const SbBox3f &SoGeometry::getBox() const
+{
+    if (!m_boxKnown) {
+        for (const SbVec3f &p : positions) m_box.extendBy(p);
+        m_boxKnown = true;
+    }
+    return m_box;
+}
+
+const kalmyr::TriangleTree &SoGeometry::getTriangleTree() const
+{
+    if (!m_tree) m_tree = std::make_unique<kalmyr::TriangleTree>(positions, triangles);
+    return *m_tree;
+}

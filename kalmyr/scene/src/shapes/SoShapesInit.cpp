@@ -1,0 +1,38 @@
+#include <kalmyr/shapes/SoShapesInit.h>
+
+#include <kalmyr/shapes/SoCone.h>
+#include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/shapes/SoCylinder.h>
+#include <kalmyr/shapes/SoFaceSet.h>
+#include <kalmyr/shapes/SoIndexedFaceSet.h>
+#include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedShape.h>
+#include <kalmyr/shapes/SoIndexedTriangleStripSet.h>
+#include <kalmyr/shapes/SoLineSet.h>
+#include <kalmyr/shapes/SoNonIndexedShape.h>
+#include <kalmyr/shapes/SoPointSet.h>
+#include <kalmyr/shapes/SoQuadMesh.h>
+#include <kalmyr/shapes/SoShape.h>
+#include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/shapes/SoTriangleStripSet.h>
+#include <kalmyr/shapes/SoVertexShape.h>
+
+void kalmyr::initShapes()
+{
+    SoShape::initClass();
+    SoCube::initClass();
+    SoSphere::initClass();
+    SoCone::initClass();
+    SoCylinder::initClass();
+    SoVertexShape::initClass();
+    SoNonIndexedShape::initClass();
+    SoIndexedShape::initClass();
+    SoFaceSet::initClass();
+    SoIndexedFaceSet::initClass();
+    SoTriangleStripSet::initClass();
+    SoIndexedTriangleStripSet::initClass();
+    SoQuadMesh::initClass();
+    SoLineSet::initClass();
+    SoIndexedLineSet::initClass();
+    SoPointSet::initClass();
+}

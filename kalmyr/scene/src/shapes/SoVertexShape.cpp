@@ -1,0 +1,151 @@
+#include <kalmyr/shapes/SoVertexShape.h>
+
+#include "VertexKeys.h"
+#include <kalmyr/elements/SoCoordinateElements.h>
+#include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoMaterialElement.h>
+#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/nodes/SoVertexProperty.h>
+
+namespace {
+
+bool isTextured(SoState *state)
+{
+    return !state->get<SoTextureElement>().value().image.isNull();
+}
+
+int orIndexedVertex(int binding)
+{
+    return binding ? binding : SoBinding::PER_VERTEX_INDEXED;
+}
+
+void fillNormals(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<SbVec3f> &normals)
+{
+    if (own && own->normal.getNum() > 0) {
+        normals.values = own->normal.values();
+        normals.binding = own->normalBinding.getValue();
+        return;
+    }
+    normals.values = state->get<SoNormalElement>().get();
+    normals.binding = orIndexedVertex(state->get<SoNormalBindingElement>().get());
+}
+
+void fillTexCoords(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<SbVec2f> &texCoords)
+{
+    if (!isTextured(state)) return;
+    texCoords.binding = SoBinding::PER_VERTEX_INDEXED;
+    if (own && own->texCoord.getNum() > 0) {
+        texCoords.values = own->texCoord.values();
+        return;
+    }
+    texCoords.values = state->get<SoTextureCoordinateElement>().get();
+    texCoords.binding = orIndexedVertex(state->get<SoTextureCoordinateBindingElement>().get());
+}
+
+void fillColors(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<std::uint32_t> &colors,
+                std::vector<std::uint32_t> &packed)
+{
+    if (own && own->orderedRGBA.getNum() > 0) {
+        colors.values = own->orderedRGBA.values();
+        colors.binding = own->materialBinding.getValue();
+        return;
+    }
+    colors.binding = SoMaterialBindingElement::get(state);
+    if (colors.binding == SoBinding::OVERALL) return;
+    const SoMaterialValues &material = SoMaterialElement::get(state);
+    const int count = std::max({material.numDiffuse, material.numTransparency, 1});
+    packed.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        packed.push_back(material.getDiffuse(i).getPackedValue(material.getTransparency(i)));
+    }
+    colors.values = packed;
+}
+
+/// Shapes without indices take the values in order where an indexed binding is in force.
+int withoutIndices(int binding)
+{
+    switch (binding) {
+    case SoBinding::PER_PART_INDEXED: return SoBinding::PER_PART;
+    case SoBinding::PER_FACE_INDEXED: return SoBinding::PER_FACE;
+    case SoBinding::PER_VERTEX_INDEXED: return SoBinding::PER_VERTEX;
+    default: return binding;
+    }
+}
+
+template <class T, class Indices>
+void setIndices(kalmyr::Attribute<T> &attribute, const Indices &all, std::span<const std::int32_t> indices,
+                const char *field)
+{
+    if (!all.indexed) {
+        attribute.binding = withoutIndices(attribute.binding);
+        return;
+    }
+    attribute.indices = indices;
+    attribute.indexField = field;
+}
+
+} // namespace
+
+SO_NODE_SOURCE(SoVertexShape)
+
+SoVertexShape::SoVertexShape()
+{
+    SO_NODE_CONSTRUCTOR(SoShape);
+    SO_ADD_EMPTY_FIELD(vertexProperty);
+}
+
+SoVertexShape::~SoVertexShape() = default;
+
+void SoVertexShape::initClass()
+{
+    SO_NODE_INIT_ABSTRACT_CLASS(SoVertexShape, SoShape, "VertexShape");
+}
+
+void SoVertexShape::fillInput(SoState *state, const Indices &indices, kalmyr::VertexInput &input,
+                              std::vector<std::uint32_t> &packedColors) const
+{
+    const SoVertexProperty *own = getProperty();
+    input.node = this;
+    input.positions = own && own->vertex.getNum() > 0 ? own->vertex.values()
+                                                      : state->get<SoCoordinateElement>().get();
+    fillNormals(state, own, input.normals);
+    fillTexCoords(state, own, input.texCoords);
+    fillColors(state, own, input.colors, packedColors);
+    setIndices(input.normals, indices, indices.normal, "normalIndex");
+    setIndices(input.texCoords, indices, indices.texCoord, "textureCoordIndex");
+    setIndices(input.colors, indices, indices.material, "materialIndex");
+}
+
+const SoVertexProperty *SoVertexShape::getProperty() const
+{
+    const SoNode *node = vertexProperty.isIgnored() ? nullptr : vertexProperty.getValue();
+    if (!node || !node->isOfType(SoVertexProperty::getClassTypeId())) return nullptr;
+    return static_cast<const SoVertexProperty *>(node);
+}
+
+void SoVertexShape::fillHints(SoState *state, kalmyr::FaceInput &input)
+{
+    const SoShapeHintsValues &hints = SoShapeHintsElement::get(state);
+    input.convex = hints.faceType == SoShapeHintsValues::CONVEX;
+    input.clockwise = hints.vertexOrdering == SoShapeHintsValues::CLOCKWISE;
+    input.solid = hints.shapeType == SoShapeHintsValues::SOLID
+                  && hints.vertexOrdering != SoShapeHintsValues::UNKNOWN_ORDERING;
+    input.creaseAngle = hints.creaseAngle;
+    input.makeTexCoords = isTextured(state);
+}
+
+std::uint64_t SoVertexShape::stateKey(SoState *state) const
+{
+    using kalmyr::detail::addToKey;
+    // The property is below the shape and counts by the shape's own id.
+    std::uint64_t key = addToKey(0, state->get<SoCoordinateElement>().getValueId());
+    key = addToKey(key, state->get<SoNormalElement>().getValueId());
+    key = addToKey(key, state->get<SoNormalBindingElement>().getValueId());
+    key = addToKey(key, state->get<SoShapeHintsElement>().getValueId());
+    const int binding = SoMaterialBindingElement::get(state);
+    key = addToKey(key, static_cast<std::uint64_t>(binding));
+    if (binding != SoBinding::OVERALL) key = addToKey(key, state->get<SoMaterialElement>().getValueId());
+    if (!isTextured(state)) return key;
+    key = addToKey(key, state->get<SoTextureCoordinateElement>().getValueId());
+    return addToKey(key, state->get<SoTextureCoordinateBindingElement>().getValueId());
+}

@@ -1,0 +1,405 @@
+#include <kalmyr/shapes/TriangleTree.h>
+
+#include "Float4.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace kalmyr {
+
+using detail::Float4;
+
+namespace {
+
+constexpr int kBins = 16;
+constexpr std::uint32_t kMaxLeaf = 4;
+/// Below this a node is worth looking at all three axes.
+constexpr std::uint32_t kAllAxesBelow = 64;
+/// Beyond this depth nodes are halved by count, so that the stack of a search has a bound.
+constexpr int kMaxSahDepth = 48;
+constexpr int kStackSize = 96;
+/// Cost of a step down in triangle tests.
+constexpr float kStepCost = 1.2f;
+/// Rays through an edge meet at least one of its two triangles.
+constexpr float kEdgeTolerance = 1e-6f;
+
+constexpr float kHuge = std::numeric_limits<float>::max();
+
+struct Box {
+    Float4 lo = Float4::of(kHuge, kHuge, kHuge, kHuge);
+    Float4 hi = Float4::of(-kHuge, -kHuge, -kHuge, -kHuge);
+    void add(Float4 l, Float4 h)
+    {
+        lo = min(lo, l);
+        hi = max(hi, h);
+    }
+    void add(const Box &b) { add(b.lo, b.hi); }
+    float halfArea() const
+    {
+        const Float4 d = hi - lo;
+        return d[0] * d[1] + d[1] * d[2] + d[2] * d[0];
+    }
+};
+
+/// The box of one triangle; its number stands in the fourth place of lo.
+struct Ref {
+    Float4 lo, hi;
+    std::uint32_t number() const { return std::bit_cast<std::uint32_t>(lo[3]); }
+};
+
+bool isFinite(Float4 v)
+{
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
+}
+
+struct Split {
+    float cost = kHuge;
+    int axis = -1;
+    int bin = 0; ///< bins below this go left
+};
+
+} // namespace
+
+struct TriangleTree::Builder {
+    struct Task {
+        std::uint32_t node, begin, end;
+        int depth;
+        Box centers; ///< of twice the middles of the boxes
+    };
+
+    TriangleTree &tree;
+    std::vector<Ref> refs;
+
+    void collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
+    void build();
+    void fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
+
+private:
+    Box boxOf(std::uint32_t begin, std::uint32_t end, Box &centers) const;
+    bool splitNode(const Task &task, const Box &box, std::uint32_t &middle) const;
+    Split findSplit(const Task &task, const Box &box, int axis) const;
+    std::uint32_t partition(const Task &task, const Split &split);
+    void makeLeaf(Node &node, const Task &task, const Box &box) const;
+};
+
+namespace {
+
+float binScale(const Box &centers, int axis)
+{
+    const float extent = centers.hi[axis] - centers.lo[axis];
+    return extent > 0 ? kBins * 0.9999f / extent : 0;
+}
+
+int binOf(const Ref &ref, float low, float scale, int axis)
+{
+    const int bin = static_cast<int>((ref.lo[axis] + ref.hi[axis] - low) * scale);
+    return bin < 0 ? 0 : bin >= kBins ? kBins - 1 : bin;
+}
+
+} // namespace
+
+void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+{
+    const auto count = static_cast<std::uint32_t>(triangles.size() / 3);
+    refs.reserve(count);
+    const auto corner = [&](std::size_t i) {
+        const SbVec3f &p = positions[triangles[i]];
+        return Float4::of(p[0], p[1], p[2], 0);
+    };
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const Float4 a = corner(i * 3UL), b = corner(i * 3UL + 1), c = corner(i * 3UL + 2);
+        // A sum is not finite when one of its parts is not: min and max may lose a not-a-number.
+        if (!isFinite(a + b + c)) continue;
+        Ref ref{min(min(a, b), c), max(max(a, b), c)};
+        ref.lo[3] = std::bit_cast<float>(i);
+        ref.hi[3] = 0;
+        refs.push_back(ref);
+    }
+}
+
+Box TriangleTree::Builder::boxOf(std::uint32_t begin, std::uint32_t end, Box &centers) const
+{
+    Box box;
+    for (std::uint32_t i = begin; i < end; ++i) {
+        box.add(refs[i].lo, refs[i].hi);
+        const Float4 center = refs[i].lo + refs[i].hi;
+        centers.add(center, center);
+    }
+    return box;
+}
+
+Split TriangleTree::Builder::findSplit(const Task &task, const Box &box, int axis) const
+{
+    const float scale = binScale(task.centers, axis);
+    const float low = task.centers.lo[axis];
+    if (!(scale > 0)) return {};
+    std::array<Box, kBins> boxes;
+    std::array<std::uint32_t, kBins> counts{};
+    for (std::uint32_t i = task.begin; i < task.end; ++i) {
+        const auto bin = static_cast<std::size_t>(binOf(refs[i], low, scale, axis));
+        ++counts[bin];
+        boxes[bin].add(refs[i].lo, refs[i].hi);
+    }
+    std::array<float, kBins> rightCost;
+    Box right;
+    std::uint32_t rightCount = 0;
+    for (std::size_t b = kBins - 1; b > 0; --b) {
+        if (counts[b]) right.add(boxes[b]);
+        rightCount += counts[b];
+        rightCost[b] = rightCount ? right.halfArea() * static_cast<float>(rightCount) : kHuge;
+    }
+    Split best;
+    Box left;
+    std::uint32_t leftCount = 0;
+    for (std::size_t b = 1; b < kBins; ++b) {
+        if (counts[b - 1]) left.add(boxes[b - 1]);
+        leftCount += counts[b - 1];
+        if (!leftCount || leftCount == task.end - task.begin) continue;
+        const float cost = left.halfArea() * static_cast<float>(leftCount) + rightCost[b];
+        if (cost < best.cost) best = {cost, axis, static_cast<int>(b)};
+    }
+    best.cost = best.cost / std::max(box.halfArea(), 1e-30f) + kStepCost;
+    return best;
+}
+
+std::uint32_t TriangleTree::Builder::partition(const Task &task, const Split &split)
+{
+    const float scale = binScale(task.centers, split.axis);
+    const float low = task.centers.lo[split.axis];
+    std::uint32_t i = task.begin, j = task.end;
+    while (i < j) {
+        if (binOf(refs[i], low, scale, split.axis) < split.bin)
+            ++i;
+        else
+            std::swap(refs[i], refs[--j]);
+    }
+    return i;
+}
+
+void TriangleTree::Builder::makeLeaf(Node &node, const Task &task, const Box &box) const
+{
+    static_cast<void>(box);
+    node.first = task.begin;
+    node.count = task.end - task.begin;
+}
+
+void TriangleTree::Builder::build()
+{
+    const auto total = static_cast<std::uint32_t>(refs.size());
+    tree.m_nodes.reserve(total / 2 + 2);
+    tree.m_nodes.emplace_back();
+    std::vector<Task> tasks;
+    Task root{0, 0, total, 0, {}};
+    Box rootBox = boxOf(0, total, root.centers);
+    struct Pending {
+        Task task;
+        Box box;
+    };
+    std::vector<Pending> pending{{root, rootBox}};
+    while (!pending.empty()) {
+        Pending now = pending.back();
+        pending.pop_back();
+        const Task &task = now.task;
+        const std::uint32_t count = task.end - task.begin;
+        Node &node = tree.m_nodes[task.node];
+        for (int k = 0; k < 3; ++k) {
+            node.min[k] = now.box.lo[k];
+            node.max[k] = now.box.hi[k];
+        }
+        if (count <= 1) {
+            makeLeaf(node, task, now.box);
+            continue;
+        }
+        const Float4 extent = task.centers.hi - task.centers.lo;
+        const int longest = extent[0] >= extent[1] ? (extent[0] >= extent[2] ? 0 : 2) : (extent[1] >= extent[2] ? 1 : 2);
+        Split best;
+        if (task.depth < kMaxSahDepth) {
+            best = findSplit(task, now.box, longest);
+            for (int axis = 0; axis < 3 && count < kAllAxesBelow; ++axis) {
+                if (axis == longest) continue;
+                const Split other = findSplit(task, now.box, axis);
+                if (other.axis >= 0 && other.cost < best.cost) best = other;
+            }
+        }
+        if (count <= kMaxLeaf && (best.axis < 0 || best.cost >= static_cast<float>(count))) {
+            makeLeaf(node, task, now.box);
+            continue;
+        }
+        const std::uint32_t middle = best.axis >= 0 ? partition(task, best) : task.begin + count / 2;
+        const auto children = static_cast<std::uint32_t>(tree.m_nodes.size());
+        node.first = children;
+        node.count = 0;
+        tree.m_nodes.resize(children + 2);
+        Pending left{{children, task.begin, middle, task.depth + 1, {}}, {}};
+        Pending right{{children + 1, middle, task.end, task.depth + 1, {}}, {}};
+        left.box = boxOf(task.begin, middle, left.task.centers);
+        right.box = boxOf(middle, task.end, right.task.centers);
+        pending.push_back(right);
+        pending.push_back(left);
+    }
+}
+
+void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+{
+    tree.m_order.resize(refs.size());
+    tree.m_triangles.resize(refs.size());
+    for (std::size_t i = 0; i < refs.size(); ++i) {
+        const std::uint32_t number = refs[i].number();
+        const SbVec3f &a = positions[triangles[number * 3UL]];
+        const SbVec3f e1 = positions[triangles[number * 3UL + 1]] - a;
+        const SbVec3f e2 = positions[triangles[number * 3UL + 2]] - a;
+        Triangle &t = tree.m_triangles[i];
+        for (int k = 0; k < 3; ++k) {
+            t.v0[k] = a[k];
+            t.e1[k] = e1[k];
+            t.e2[k] = e2[k];
+        }
+        tree.m_order[i] = number;
+    }
+}
+
+TriangleTree::TriangleTree(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+{
+    Builder builder{*this, {}};
+    builder.collect(positions, triangles);
+    if (builder.refs.empty()) return;
+    builder.build();
+    builder.fillTriangles(positions, triangles);
+}
+
+std::size_t TriangleTree::getSize() const
+{
+    return m_nodes.capacity() * sizeof(Node) + m_triangles.capacity() * sizeof(Triangle)
+           + m_order.capacity() * sizeof(std::uint32_t);
+}
+
+namespace {
+
+/// A ray prepared for boxes: a direction of 0 along an axis becomes tiny, so that no 0 * infinity
+/// appears.
+struct PreparedRay {
+    Float4 origin, inverse;
+    SbVec3f o, d;
+};
+
+PreparedRay prepare(const SbVec3f &origin, const SbVec3f &direction)
+{
+    PreparedRay ray;
+    ray.o = origin;
+    ray.d = direction;
+    float inverse[3];
+    for (int k = 0; k < 3; ++k) {
+        const float d = direction[k];
+        inverse[k] = 1 / (std::abs(d) > 1e-30f ? d : std::copysign(1e-30f, d));
+    }
+    ray.origin = Float4::of(origin[0], origin[1], origin[2], 0);
+    ray.inverse = Float4::of(inverse[0], inverse[1], inverse[2], 0);
+    return ray;
+}
+
+template <class Node>
+bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, float &enter)
+{
+    // The fourth values are the node's two integers: whatever they read as is never looked at.
+    const Float4 t0 = (Float4::load(node.min) - ray.origin) * ray.inverse;
+    const Float4 t1 = (Float4::load(node.max) - ray.origin) * ray.inverse;
+    const Float4 near = min(t0, t1), far = max(t0, t1);
+    enter = std::max(std::max(near[0], near[1]), std::max(near[2], tMin));
+    const float leave = std::min(std::min(far[0], far[1]), std::min(far[2], tMax));
+    // Rounding may make a flat box seem missed.
+    return enter <= leave + std::abs(leave) * 4e-7f;
+}
+
+template <class Triangle>
+bool meetsTriangle(const PreparedRay &ray, const Triangle &t, float tMin, float tMax, TriangleTree::Hit &hit)
+{
+    const SbVec3f e1(t.e1), e2(t.e2);
+    const SbVec3f p = ray.d.cross(e2);
+    const float det = e1.dot(p);
+    if (det == 0) return false;
+    const float inverse = 1 / det;
+    const SbVec3f s = ray.o - SbVec3f(t.v0);
+    const float u = s.dot(p) * inverse;
+    if (!(u >= -kEdgeTolerance && u <= 1 + kEdgeTolerance)) return false;
+    const SbVec3f q = s.cross(e1);
+    const float v = ray.d.dot(q) * inverse;
+    if (!(v >= -kEdgeTolerance && u + v <= 1 + kEdgeTolerance)) return false;
+    const float at = e2.dot(q) * inverse;
+    if (!(at >= tMin && at <= tMax)) return false;
+    hit.t = at;
+    hit.barycentric = SbVec3f(1 - u - v, u, v);
+    hit.front = det > 0;
+    return true;
+}
+
+} // namespace
+
+template <class Visit>
+void TriangleTree::walk(const SbVec3f &origin, const SbVec3f &direction, float tMin, float &tMax,
+                        Visit &&visit) const
+{
+    if (m_nodes.empty()) return;
+    const PreparedRay ray = prepare(origin, direction);
+    struct Entry {
+        std::uint32_t node;
+        float enter;
+    };
+    std::array<Entry, kStackSize> stack;
+    int depth = 0;
+    float enter = 0;
+    if (!meetsBox(ray, m_nodes[0], tMin, tMax, enter)) return;
+    std::uint32_t at = 0;
+    for (;;) {
+        const Node &node = m_nodes[at];
+        if (node.count) {
+            for (std::uint32_t i = node.first; i < node.first + node.count; ++i) {
+                Hit hit;
+                if (!meetsTriangle(ray, m_triangles[i], tMin, tMax, hit)) continue;
+                hit.triangle = m_order[i];
+                if (!visit(hit)) return;
+            }
+        } else {
+            float e0, e1;
+            const bool b0 = meetsBox(ray, m_nodes[node.first], tMin, tMax, e0);
+            const bool b1 = meetsBox(ray, m_nodes[node.first + 1], tMin, tMax, e1);
+            if (b0 && b1) {
+                const std::uint32_t second = e0 <= e1 ? 1 : 0;
+                stack[static_cast<std::size_t>(depth++)] = {node.first + second, std::max(e0, e1)};
+                at = node.first + (1 - second);
+                continue;
+            }
+            if (b0 || b1) {
+                at = node.first + (b1 ? 1 : 0);
+                continue;
+            }
+        }
+        do {
+            if (depth == 0) return;
+            --depth;
+        } while (stack[static_cast<std::size_t>(depth)].enter > tMax);
+        at = stack[static_cast<std::size_t>(depth)].node;
+    }
+}
+
+bool TriangleTree::intersect(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
+                             Hit &nearest) const
+{
+    bool found = false;
+    walk(origin, direction, tMin, tMax, [&](const Hit &hit) {
+        // Of two at one distance the one of the lower number, whatever the tree looks like.
+        if (!found || hit.t < nearest.t || (hit.t == nearest.t && hit.triangle < nearest.triangle)) nearest = hit;
+        tMax = nearest.t;
+        found = true;
+        return true;
+    });
+    return found;
+}
+
+void TriangleTree::intersectAll(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
+                                HitFunction function, void *userData) const
+{
+    walk(origin, direction, tMin, tMax, [&](const Hit &hit) { return function(userData, hit); });
+}
+
+} // namespace kalmyr
