@@ -36,10 +36,10 @@ public:
         DELAYED_BLEND = 4,       ///< blended in order of traversal after everything opaque
         SORTED_OBJECT_BLEND = 6, ///< after everything opaque, objects from back to front
         SORTED_PIXELS_BLEND = 7, ///< order right at every pixel; drawn as SORTED_TRIANGLES_BLEND
-        DELAYED_SORTED_PIXELS_BLEND = 8, ///< drawn as SORTED_TRIANGLES_BLEND
-        SORTED_TRIANGLES_BLEND = 10, ///< all triangles of all objects from back to front
+        DELAYED_SORTED_PIXELS_BLEND = 8,    ///< drawn as SORTED_TRIANGLES_BLEND
+        SORTED_TRIANGLES_BLEND = 10,        ///< all triangles of all objects from back to front
         SORTED_OBJECT_TRIANGLES_BLEND = 12, ///< objects from back to front, triangles within each
-        NO_TRANSPARENCY = 13 ///< everything is drawn opaque
+        NO_TRANSPARENCY = 13                ///< everything is drawn opaque
     };
 
     explicit SoGLRenderAction(const SbViewportRegion& region = SbViewportRegion());
@@ -96,6 +96,7 @@ protected:
     virtual void drawMore() {}
 
 private:
+    bool canDraw();
     void draw();
 
     SbViewportRegion m_region;
@@ -104,6 +105,7 @@ private:
     bool m_clearColor = false;
     bool m_clearDepth = false;
     bool m_drawn = false;
+    bool m_traversed = false; ///< false when the application was refused
     bool m_reported = false;
     std::unique_ptr<kalmyr::detail::RenderTraversal> m_traversal;
 };

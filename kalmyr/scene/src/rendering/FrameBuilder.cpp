@@ -1,0 +1,313 @@
+#include "rendering/FrameBuilder.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kalmyr::detail {
+
+namespace {
+
+using Plane = std::array<float, 4>;
+using Planes = std::array<Plane, 6>;
+
+/// Row of an SbMatrix-like array times a matrix.
+template <class Sum>
+void multiplyRow(const float* row, const Matrix4& b, float* out)
+{
+    for (int c = 0; c < 4; ++c) {
+        Sum sum = 0;
+        for (int k = 0; k < 4; ++k) {
+            sum += static_cast<Sum>(row[k]) * static_cast<Sum>(b.m[4 * k + c]);
+        }
+        out[c] = static_cast<float>(sum);
+    }
+}
+
+bool isMirroring(const Matrix4& m)
+{
+    const float* a = m.m;
+    return a[0] * (a[5] * a[10] - a[6] * a[9]) - a[1] * (a[4] * a[10] - a[6] * a[8])
+               + a[2] * (a[4] * a[9] - a[5] * a[8])
+           < 0;
+}
+
+float eyeDepth(const SbVec3f& p, const Matrix4& m)
+{
+    return p[0] * m.m[2] + p[1] * m.m[6] + p[2] * m.m[10] + m.m[14];
+}
+
+/// Planes of the view in the space that `toEye` leads out of; inside is positive.
+Planes planesOf(const SbMatrix& projection, const Matrix4& toEye)
+{
+    const Matrix4 toClip = Matrix4::product(SbMatrix(toEye.m), Matrix4::from(projection));
+    Planes planes;
+    for (int i = 0; i < 6; ++i) {
+        const int axis = i / 2;
+        const float sign = i % 2 ? -1.0f : 1.0f;
+        for (int row = 0; row < 4; ++row) {
+            planes[static_cast<std::size_t>(i)][static_cast<std::size_t>(row)] =
+                toClip.m[4 * row + 3] + sign * toClip.m[4 * row + axis];
+        }
+    }
+    return planes;
+}
+
+enum class Side { OUTSIDE, CROSSING, INSIDE };
+
+/// Boxes with a value that is not finite count as crossing.
+Side classify(const SbBox3f& box, const Planes& planes)
+{
+    const SbVec3f& low = box.getMin();
+    const SbVec3f& high = box.getMax();
+    bool inside = true;
+    for (const Plane& p : planes) {
+        float nearest = p[3];
+        float farthest = p[3];
+        for (int axis = 0; axis < 3; ++axis) {
+            const float a = p[static_cast<std::size_t>(axis)];
+            nearest += a * (a > 0 ? high[axis] : low[axis]);
+            farthest += a * (a > 0 ? low[axis] : high[axis]);
+        }
+        if (nearest < 0) {
+            return Side::OUTSIDE;
+        }
+        inside = inside && farthest >= 0;
+    }
+    return inside ? Side::INSIDE : Side::CROSSING;
+}
+
+SbVec3f eyeDirection(const SbVec3f& direction, const SbMatrix& toList, const Matrix4& toEye)
+{
+    const SbVec3f d = toList.direction(direction);
+    SbVec3f out;
+    for (int c = 0; c < 3; ++c) {
+        out[c] = d[0] * toEye.m[c] + d[1] * toEye.m[4 + c] + d[2] * toEye.m[8 + c];
+    }
+    out.normalize();
+    return out;
+}
+
+EyeLight toEyeLight(const SoLightRecord& light, const Matrix4& toEye)
+{
+    EyeLight out{};
+    const bool directional = light.kind == SoLightRecord::DIRECTIONAL;
+    const SbVec3f direction = eyeDirection(light.direction, light.toWorld, toEye);
+    const SbVec3f place = light.toWorld.point(light.position);
+    for (int c = 0; c < 3; ++c) {
+        const float position = place[0] * toEye.m[c] + place[1] * toEye.m[4 + c]
+                               + place[2] * toEye.m[8 + c] + toEye.m[12 + c];
+        out.position[c] = directional ? -direction[c] : position;
+        out.color[c] = light.color[c] * light.intensity;
+        out.direction[c] = direction[c];
+        out.attenuation[c] = light.attenuation[c];
+    }
+    out.position[3] = static_cast<float>(light.kind);
+    out.color[3] = light.ambientIntensity;
+    // A spot of half a circle or more reaches everything in front and behind alike.
+    out.direction[3] = std::cos(std::min(light.cutOffAngle, 3.14159265f));
+    out.attenuation[3] = light.dropOffRate * 128;
+    if (light.attenuation == SbVec3f(0, 0, 0)) {
+        out.attenuation[0] = 1;
+    }
+    return out;
+}
+
+SbVec4f toEyePlane(const SbVec4f& plane, const SbMatrix& fromEye)
+{
+    SbVec4f out;
+    for (int row = 0; row < 4; ++row) {
+        for (int c = 0; c < 4; ++c) {
+            out[row] += fromEye[row][c] * plane[c];
+        }
+    }
+    return out;
+}
+
+/// Where one list is seen.
+struct Place {
+    Matrix4 toEye;
+    SbMatrix toWorld;
+    std::uint32_t surroundings;
+    std::uint16_t view;
+    std::uint8_t layer;
+    bool visible; ///< wholly in view: nothing below needs a test
+};
+
+class Builder {
+public:
+    Builder(const std::vector<RenderView>& views, Frame& frame) : m_frame(frame)
+    {
+        frame.views = views;
+    }
+
+    void walk(const RenderList& list, const Place& place, bool isTop);
+
+private:
+    struct Scope {
+        const Place& place;
+        Planes planes;
+        int planesView = -1; ///< view that the planes are of
+        const Surroundings* local = nullptr;
+        std::uint32_t combined = 0;
+        int combinedView = -1;
+    };
+    Place placeOf(const RenderList::Entry& entry, Scope& scope, bool isTop);
+    std::uint32_t combine(const Surroundings* local, const Place& outer, Scope& scope);
+    Side test(const RenderList::Entry& entry, const Place& outer, Scope& scope) const;
+    void addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope);
+    void addSelection(const RenderList::Entry& entry, const Place& outer);
+
+    Frame& m_frame;
+};
+
+/// The entry's surrounding place: that of the list, under the entry's own view in a top list.
+Place Builder::placeOf(const RenderList::Entry& entry, Scope& scope, bool isTop)
+{
+    Place outer = scope.place;
+    if (isTop && entry.index >= 0) {
+        outer.view = static_cast<std::uint16_t>(entry.index);
+        outer.toEye = Matrix4::from(m_frame.views[outer.view].view.viewing);
+    }
+    return outer;
+}
+
+std::uint32_t Builder::combine(const Surroundings* local, const Place& outer, Scope& scope)
+{
+    if (!local) {
+        return outer.surroundings;
+    }
+    if (local == scope.local && scope.combinedView == outer.view) {
+        return scope.combined;
+    }
+    EyeSurroundings all = m_frame.surroundings[outer.surroundings];
+    for (const SoLightRecord& light : local->lights) {
+        all.lights.push_back(toEyeLight(light, outer.toEye));
+    }
+    if (!local->clipPlanes.empty()) {
+        const SbMatrix fromEye = SbMatrix(outer.toEye.m).inverse();
+        for (const SbVec4f& plane : local->clipPlanes) {
+            all.clipPlanes.push_back(toEyePlane(plane, fromEye));
+        }
+    }
+    m_frame.surroundings.push_back(std::move(all));
+    scope.local = local;
+    scope.combinedView = outer.view;
+    scope.combined = static_cast<std::uint32_t>(m_frame.surroundings.size() - 1);
+    return scope.combined;
+}
+
+Side Builder::test(const RenderList::Entry& entry, const Place& outer, Scope& scope) const
+{
+    if (entry.box.isEmpty()) {
+        return Side::OUTSIDE;
+    }
+    if (outer.visible) {
+        return Side::INSIDE;
+    }
+    if (scope.planesView != outer.view) {
+        scope.planesView = outer.view;
+        scope.planes = planesOf(m_frame.views[outer.view].view.projection, outer.toEye);
+    }
+    return classify(entry.box, scope.planes);
+}
+
+void Builder::addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope)
+{
+    FrameItem& item = m_frame.items.emplace_back();
+    item.entry = &entry;
+    item.toEye = entry.identity ? outer.toEye : Matrix4::product(entry.matrix, outer.toEye);
+    item.depth = eyeDepth(entry.box.getCenter(), outer.toEye);
+    item.surroundings = combine(entry.surroundings.get(), outer, scope);
+    item.view = outer.view;
+    item.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
+    item.mirrored = isMirroring(item.toEye);
+    m_frame.numLayers = std::max(m_frame.numLayers, item.layer + 1);
+}
+
+void Builder::addSelection(const RenderList::Entry& entry, const Place& outer)
+{
+    const SbMatrix toWorld = entry.matrix * outer.toWorld;
+    m_frame.selections.push_back({entry.node, toWorld, outer.view});
+}
+
+void Builder::walk(const RenderList& list, const Place& place, bool isTop)
+{
+    Scope scope{place, {}};
+    for (const RenderList::Entry& entry : list.getEntries()) {
+        if (entry.kind == RenderList::BACKGROUND) {
+            m_frame.background = list.getBackground(entry);
+            m_frame.hasBackground = true;
+            continue;
+        }
+        Place outer = placeOf(entry, scope, isTop);
+        if (entry.kind == RenderList::SELECTION) {
+            addSelection(entry, outer);
+            continue;
+        }
+        const Side side = test(entry, outer, scope);
+        if (side == Side::OUTSIDE && !entry.box.isEmpty()) {
+            ++m_frame.culled;
+        }
+        if (entry.kind == RenderList::ITEM) {
+            if (side != Side::OUTSIDE) {
+                addItem(entry, outer, scope);
+            }
+            continue;
+        }
+        // A list out of view may still hold a background or a selection, so only one with a box
+        // and nothing of the kind can be left out.
+        if (side == Side::OUTSIDE && !entry.list->hasMarks()) {
+            continue;
+        }
+        Place inner = outer;
+        inner.surroundings = combine(entry.surroundings.get(), outer, scope);
+        inner.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
+        inner.visible = side == Side::INSIDE;
+        if (!entry.identity) {
+            inner.toEye = Matrix4::product(entry.matrix, outer.toEye);
+            inner.toWorld = entry.matrix * outer.toWorld;
+        }
+        walk(*entry.list, inner, false);
+    }
+}
+
+} // namespace
+
+Matrix4 Matrix4::from(const SbMatrix& matrix)
+{
+    Matrix4 out;
+    std::copy_n(matrix[0], 16, out.m);
+    return out;
+}
+
+Matrix4 Matrix4::product(const SbMatrix& a, const Matrix4& b)
+{
+    Matrix4 out;
+    for (int row = 0; row < 3; ++row) {
+        multiplyRow<float>(a[row], b, out.m + 4 * row);
+    }
+    multiplyRow<double>(a[3], b, out.m + 12);
+    return out;
+}
+
+void Frame::clear()
+{
+    views.clear();
+    surroundings.assign(1, {});
+    items.clear();
+    selections.clear();
+    hasBackground = false;
+    culled = 0;
+    numLayers = 1;
+}
+
+void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Frame& frame)
+{
+    frame.clear();
+    Builder builder(views, frame);
+    Place top{Matrix4::from(views.front().view.viewing), SbMatrix(), 0, 0, 0, false};
+    builder.walk(list, top, true);
+}
+
+} // namespace kalmyr::detail

@@ -1,0 +1,618 @@
+#include "rendering/GLRenderer.h"
+
+#include <kalmyr/actions/SoGLRenderAction.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace kalmyr::detail {
+
+namespace {
+
+constexpr std::uint64_t kDepthSteps = 63;
+
+/// Uniform blocks as the shaders declare them.
+struct ViewBlock {
+    float projection[16];
+    float viewport[4];
+};
+struct SurroundingsBlock {
+    float counts[4];
+    float planes[kMaxClipPlanes][4];
+    EyeLight lights[kMaxLights];
+};
+
+std::size_t aligned(std::size_t size, GLint alignment)
+{
+    const auto step = static_cast<std::size_t>(std::max(alignment, 16));
+    return (size + step - 1) / step * step;
+}
+
+/// Types without an enumerator are drawn like their neighbours that differ least.
+int nearestType(int type)
+{
+    switch (type) {
+    case 1:
+        return SoGLRenderAction::BLEND;
+    case 2:
+        return SoGLRenderAction::DELAYED_BLEND;
+    case 5:
+        return SoGLRenderAction::SORTED_OBJECT_BLEND;
+    case SoGLRenderAction::SORTED_PIXELS_BLEND:
+    case SoGLRenderAction::DELAYED_SORTED_PIXELS_BLEND:
+    case 9:
+        return SoGLRenderAction::SORTED_TRIANGLES_BLEND;
+    case 11:
+        return SoGLRenderAction::SORTED_OBJECT_TRIANGLES_BLEND;
+    default:
+        return std::clamp<int>(type, SoGLRenderAction::SCREEN_DOOR,
+                               SoGLRenderAction::NO_TRANSPARENCY);
+    }
+}
+
+void setVector(float* out, const SbColor& rgb, float w)
+{
+    for (int c = 0; c < 3; ++c) {
+        out[c] = rgb[c];
+    }
+    out[3] = w;
+}
+
+/// Columns of the matrix that carries normals: cofactors, which need no inverse and keep working
+/// for flattening scales. Their common sign is that of the determinant.
+void normalMatrix(const Matrix4& matrix, bool mirrored, float* out)
+{
+    const float* m = matrix.m;
+    const float sign = mirrored ? -1.0f : 1.0f;
+    for (int row = 0; row < 3; ++row) {
+        const float* a = m + 4 * ((row + 1) % 3);
+        const float* b = m + 4 * ((row + 2) % 3);
+        out[4 * row + 0] = sign * (a[1] * b[2] - a[2] * b[1]);
+        out[4 * row + 1] = sign * (a[2] * b[0] - a[0] * b[2]);
+        out[4 * row + 2] = sign * (a[0] * b[1] - a[1] * b[0]);
+        out[4 * row + 3] = 0;
+    }
+}
+
+unsigned when(bool condition, ShaderFeature feature)
+{
+    return condition ? feature : 0u;
+}
+
+bool isBlack(const SbColor& color)
+{
+    return color[0] == 0 && color[1] == 0 && color[2] == 0;
+}
+
+bool isOneDirectional(const EyeSurroundings& surroundings)
+{
+    return surroundings.lights.size() == 1 && surroundings.lights[0].position[3] < 0.5f;
+}
+
+std::uint64_t mixBits(std::uint64_t value, int bits)
+{
+    return value * 0x9E3779B97F4A7C15ull >> (64 - bits);
+}
+
+void setViewport(const SbViewportRegion& region)
+{
+    const SbVec2s& origin = region.getViewportOriginPixels();
+    const SbVec2s& size = region.getViewportSizePixels();
+    glViewport(origin[0], origin[1], size[0], size[1]);
+}
+
+const void* indexOffset(std::size_t firstIndex)
+{
+    return reinterpret_cast<const void*>(firstIndex * sizeof(std::uint32_t));
+}
+
+} // namespace
+
+GLRenderer::GLRenderer(GLDevice& device, const Frame& frame, const GLFrameOptions& options,
+                       RenderStatistics& statistics)
+    : m_device(device),
+      m_frame(frame),
+      m_options(options),
+      m_statistics(statistics),
+      m_type(nearestType(options.transparencyType))
+{
+}
+
+void GLRenderer::begin()
+{
+    setViewport(m_options.region);
+    glDisable(GL_STENCIL_TEST);
+    glDisable(GL_BLEND);
+    glDisable(GL_CULL_FACE);
+    glDisable(GL_PROGRAM_POINT_SIZE);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    glFrontFace(GL_CCW);
+    glDepthMask(GL_TRUE);
+    glDepthFunc(GL_LEQUAL);
+    glEnable(GL_DEPTH_TEST);
+    glActiveTexture(GL_TEXTURE0);
+    // Whoever draws into one frame in several steps has the colours of all of them weighed alike.
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    uploadViews();
+    uploadSurroundings();
+}
+
+void GLRenderer::end()
+{
+    for (int i = 0; i < m_clipPlanes; ++i) {
+        glDisable(GL_CLIP_DISTANCE0 + static_cast<GLenum>(i));
+    }
+    setBlending(Blending::NONE, true);
+    setCulling(GL_NONE);
+    setViewport(m_options.region);
+    glDisable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    glFrontFace(GL_CCW);
+    glLineWidth(1);
+    glPointSize(1);
+    glBindVertexArray(0);
+    glUseProgram(0);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_UNIFORM_BUFFER, 0);
+}
+
+void GLRenderer::clear()
+{
+    const GLbitfield bits =
+        (m_options.clearColor ? static_cast<GLbitfield>(GL_COLOR_BUFFER_BIT) : 0)
+        | (m_options.clearDepth ? static_cast<GLbitfield>(GL_DEPTH_BUFFER_BIT) : 0);
+    if (!bits) {
+        return;
+    }
+    const SbVec2s& origin = m_options.region.getViewportOriginPixels();
+    const SbVec2s& size = m_options.region.getViewportSizePixels();
+    const GLboolean scissored = glIsEnabled(GL_SCISSOR_TEST);
+    GLint box[4];
+    glGetIntegerv(GL_SCISSOR_BOX, box);
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(origin[0], origin[1], size[0], size[1]);
+    const SbColorRGBA& c = m_options.background;
+    glClearColor(c[0], c[1], c[2], c[3]);
+    glClear(bits);
+    glScissor(box[0], box[1], box[2], box[3]);
+    if (!scissored) {
+        glDisable(GL_SCISSOR_TEST);
+    }
+}
+
+void GLRenderer::drawBackground()
+{
+    const GLProgram* program =
+        m_frame.hasBackground ? m_device.program(SHADER_BACKGROUND) : nullptr;
+    if (!program) {
+        return;
+    }
+    float colors[8];
+    setVector(colors, m_frame.background.top, 1);
+    setVector(colors + 4, m_frame.background.bottom, 1);
+    glDisable(GL_DEPTH_TEST);
+    glUseProgram(program->program);
+    glUniform4fv(program->material, 2, colors);
+    glBindVertexArray(m_device.emptyVertexArray());
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+    glEnable(GL_DEPTH_TEST);
+}
+
+void GLRenderer::uploadViews()
+{
+    m_viewStride = aligned(sizeof(ViewBlock), m_device.uniformAlignment());
+    std::vector<unsigned char> bytes(m_viewStride * m_frame.views.size());
+    for (std::size_t i = 0; i < m_frame.views.size(); ++i) {
+        const SoView& view = m_frame.views[i].view;
+        const SbVec2s& size = m_frame.views[i].region.getViewportSizePixels();
+        ViewBlock block{};
+        std::copy_n(view.projection[0], 16, block.projection);
+        block.viewport[0] = size[0];
+        block.viewport[1] = size[1];
+        block.viewport[2] = view.projection[2][3] == 0 ? 1 : 0;
+        block.viewport[3] = view.volume.getNearDist() + view.volume.getDepth();
+        std::memcpy(bytes.data() + i * m_viewStride, &block, sizeof block);
+    }
+    glBindBuffer(GL_UNIFORM_BUFFER, m_device.viewBuffer());
+    glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(bytes.size()), bytes.data(),
+                 GL_STREAM_DRAW);
+}
+
+void GLRenderer::uploadSurroundings()
+{
+    m_surroundingsStride = aligned(sizeof(SurroundingsBlock), m_device.uniformAlignment());
+    std::vector<unsigned char> bytes(m_surroundingsStride * m_frame.surroundings.size());
+    for (std::size_t i = 0; i < m_frame.surroundings.size(); ++i) {
+        const EyeSurroundings& from = m_frame.surroundings[i];
+        SurroundingsBlock block{};
+        const std::size_t lights = std::min<std::size_t>(from.lights.size(), kMaxLights);
+        std::copy_n(from.lights.begin(), lights, block.lights);
+        block.counts[0] = static_cast<float>(lights);
+        for (std::size_t p = 0; p < std::min<std::size_t>(from.clipPlanes.size(), kMaxClipPlanes);
+             ++p) {
+            std::copy_n(from.clipPlanes[p].getValue(), 4, block.planes[p]);
+        }
+        std::memcpy(bytes.data() + i * m_surroundingsStride, &block, sizeof block);
+    }
+    glBindBuffer(GL_UNIFORM_BUFFER, m_device.surroundingsBuffer());
+    glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(bytes.size()), bytes.data(),
+                 GL_STREAM_DRAW);
+}
+
+void GLRenderer::draw()
+{
+    begin();
+    clear();
+    drawBackground();
+    for (const FrameItem& item : m_frame.items) {
+        m_nearDepth = std::max(m_nearDepth, item.depth);
+        m_farDepth = std::min(m_farDepth, item.depth);
+    }
+    for (int layer = 0; layer < m_frame.numLayers; ++layer) {
+        if (layer > 0) {
+            setBlending(Blending::NONE, true);
+            glClear(GL_DEPTH_BUFFER_BIT);
+        }
+        drawLayer(layer);
+    }
+    end();
+}
+
+void GLRenderer::drawLayer(int layer)
+{
+    std::vector<std::uint32_t> opaque;
+    std::vector<std::uint32_t> transparent;
+    opaque.reserve(m_frame.items.size());
+    const bool together = m_type == SoGLRenderAction::BLEND
+                          || m_type == SoGLRenderAction::SCREEN_DOOR
+                          || m_type == SoGLRenderAction::NO_TRANSPARENCY;
+    for (std::uint32_t i = 0; i < m_frame.items.size(); ++i) {
+        const FrameItem& item = m_frame.items[i];
+        if (item.layer == layer) {
+            (item.entry->transparent && !together ? transparent : opaque).push_back(i);
+        }
+    }
+    if (m_type == SoGLRenderAction::BLEND) {
+        drawInOrder(opaque);
+    } else {
+        drawOpaque(opaque);
+    }
+    if (!transparent.empty()) {
+        drawTransparent(std::move(transparent));
+    }
+}
+
+/// What lies between two transparent items may be drawn in any order, the items themselves not.
+void GLRenderer::drawInOrder(const std::vector<std::uint32_t>& items)
+{
+    std::vector<std::uint32_t> run;
+    for (const std::uint32_t i : items) {
+        if (!m_frame.items[i].entry->transparent) {
+            run.push_back(i);
+            continue;
+        }
+        drawOpaque(run);
+        run.clear();
+        setBlending(Blending::BLEND, true);
+        drawItem(m_frame.items[i]);
+        setBlending(Blending::NONE, true);
+    }
+    drawOpaque(run);
+}
+
+/// By view and program, then roughly from front to back, which saves covered pixels, then by looks.
+std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
+{
+    const float range = m_nearDepth - m_farDepth;
+    const float step = range > 0 ? (m_nearDepth - item.depth) / range : 0;
+    const auto depth = static_cast<std::uint64_t>(step * static_cast<float>(kDepthSteps));
+    const SoRenderAppearance& look = *item.entry->appearance;
+    const auto image = reinterpret_cast<std::uintptr_t>(look.texture.image.getBytes());
+    const auto looks = reinterpret_cast<std::uintptr_t>(&look);
+    return std::uint64_t(item.view & 0xf) << 60 | std::uint64_t(featuresOf(item)) << 48
+           | std::uint64_t(item.surroundings & 0xff) << 40 | mixBits(image, 10) << 30
+           | std::min(depth, kDepthSteps) << 24 | mixBits(looks, 23) << 1
+           | std::uint64_t(item.mirrored);
+}
+
+void GLRenderer::drawOpaque(const std::vector<std::uint32_t>& items)
+{
+    std::vector<Order> order;
+    order.reserve(items.size());
+    for (const std::uint32_t i : items) {
+        order.push_back({orderKey(m_frame.items[i]), i});
+    }
+    std::sort(order.begin(), order.end(), [](const Order& a, const Order& b) {
+        return a.key != b.key ? a.key < b.key : a.item < b.item;
+    });
+    for (const Order& o : order) {
+        const FrameItem& item = m_frame.items[o.item];
+        const bool holes = item.entry->transparent && m_type == SoGLRenderAction::SCREEN_DOOR;
+        setBlending(holes ? Blending::SCREEN_DOOR : Blending::NONE, true);
+        drawItem(item);
+    }
+}
+
+void GLRenderer::drawItem(const FrameItem& item, bool withFaces)
+{
+    const RenderList::Entry& entry = *item.entry;
+    const SoDrawStyleValues::Style style = entry.appearance->drawStyle.style;
+    const bool edges = style == SoDrawStyleValues::LINES && withFaces;
+    const GLGeometry& buffers =
+        edges ? m_device.geometryWithEdges(*entry.geometry) : m_device.geometry(*entry.geometry);
+    if (style == SoDrawStyleValues::POINTS) {
+        drawPoints(item, buffers, true);
+        return;
+    }
+    if (buffers.numTriangleIndices && withFaces) {
+        if (edges) {
+            drawSegments(item, buffers, true);
+        } else {
+            drawFaces(item, buffers);
+        }
+    }
+    if (buffers.numLineIndices) {
+        drawSegments(item, buffers, false);
+    }
+    if (buffers.numPointIndices) {
+        drawPoints(item, buffers, false);
+    }
+}
+
+void GLRenderer::drawFaces(const FrameItem& item, const GLGeometry& buffers)
+{
+    if (prepare(item, buffers, featuresOf(item))) {
+        setFaces(item);
+        submit(GL_TRIANGLES, buffers.numTriangleIndices, 0);
+    }
+}
+
+void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges)
+{
+    const SoDrawStyleValues& style = item.entry->appearance->drawStyle;
+    const bool wide = m_outlining || style.lineWidth > 1 || style.linePattern != 0xffff;
+    if (!prepare(item, buffers, featuresOf(item) | when(wide, SHADER_WIDE_LINES))) {
+        return;
+    }
+    setCulling(GL_NONE);
+    if (!edges) {
+        submit(GL_LINES, buffers.numLineIndices,
+               static_cast<std::size_t>(buffers.numTriangleIndices));
+        return;
+    }
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.edges);
+    submit(GL_LINES, buffers.numEdgeIndices, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
+}
+
+void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices)
+{
+    if (!prepare(item, buffers, featuresOf(item))) {
+        return;
+    }
+    glPointSize(std::max(1.0f, item.entry->appearance->drawStyle.pointSize));
+    if (allVertices) {
+        ++m_statistics.drawCalls;
+        glDrawArrays(GL_POINTS, 0, buffers.numVertices);
+    } else {
+        submit(GL_POINTS, buffers.numPointIndices,
+               static_cast<std::size_t>(buffers.numTriangleIndices + buffers.numLineIndices));
+    }
+}
+
+void GLRenderer::submit(GLenum mode, GLsizei count, std::size_t firstIndex)
+{
+    ++m_statistics.drawCalls;
+    glDrawElements(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex));
+}
+
+unsigned GLRenderer::featuresOf(const FrameItem& item) const
+{
+    const SoGeometry& geometry = *item.entry->geometry;
+    const SoRenderAppearance& look = *item.entry->appearance;
+    const EyeSurroundings& surroundings = m_frame.surroundings[item.surroundings];
+    unsigned features = when(!surroundings.clipPlanes.empty(), SHADER_CLIP);
+    if (m_outlining) {
+        return features;
+    }
+    const std::size_t count = geometry.positions.size();
+    if (look.lit && geometry.normals.size() >= count) {
+        features |= SHADER_LIT | when(!isBlack(look.specular), SHADER_SPECULAR)
+                    | when(!isOneDirectional(surroundings), SHADER_MANY_LIGHTS)
+                    | when(geometry.twoSided && !geometry.solid, SHADER_TWO_SIDED);
+    }
+    const bool textured = !look.texture.image.isNull() && geometry.texCoords.size() >= count;
+    features |= when(textured, SHADER_TEXTURE)
+                | when(geometry.colors.size() >= count, SHADER_COLORS)
+                | when(look.environment.fogType != SoEnvironmentValues::NONE, SHADER_FOG);
+    return features;
+}
+
+bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features)
+{
+    if (m_blending == Blending::SCREEN_DOOR) {
+        features |= SHADER_SCREEN_DOOR;
+    }
+    const SoRenderAppearance& look = *item.entry->appearance;
+    if (features & SHADER_TEXTURE) {
+        const GLuint texture = m_device.texture(look.texture);
+        if (!texture) {
+            features &= ~static_cast<unsigned>(SHADER_TEXTURE);
+        } else if (texture != m_texture) {
+            glBindTexture(GL_TEXTURE_2D, texture);
+            m_texture = texture;
+        }
+    }
+    const GLProgram* program = m_device.program(features);
+    if (!program) {
+        return false;
+    }
+    if (program != m_program) {
+        glUseProgram(program->program);
+        m_program = program;
+        m_material = nullptr;
+    }
+    if (m_vertexArray != buffers.vertexArray) {
+        glBindVertexArray(buffers.vertexArray);
+        m_vertexArray = buffers.vertexArray;
+    }
+    if (m_view != item.view) {
+        bindView(item.view);
+    }
+    bindSurroundings(item, features);
+    setMatrices(item, features & SHADER_LIT);
+    setMaterial(look, features);
+    return true;
+}
+
+void GLRenderer::bindView(int view)
+{
+    glBindBufferRange(GL_UNIFORM_BUFFER, GLDevice::kViewBinding, m_device.viewBuffer(),
+                      static_cast<GLintptr>(static_cast<std::size_t>(view) * m_viewStride),
+                      sizeof(ViewBlock));
+    setViewport(m_frame.views[static_cast<std::size_t>(view)].region);
+    m_view = view;
+}
+
+void GLRenderer::bindSurroundings(const FrameItem& item, unsigned features)
+{
+    if (m_surroundings == item.surroundings) {
+        return;
+    }
+    const auto planes = static_cast<int>(m_frame.surroundings[item.surroundings].clipPlanes.size());
+    for (; m_clipPlanes < std::min(planes, kMaxClipPlanes); ++m_clipPlanes) {
+        glEnable(GL_CLIP_DISTANCE0 + static_cast<GLenum>(m_clipPlanes));
+    }
+    for (; m_clipPlanes > planes; --m_clipPlanes) {
+        glDisable(GL_CLIP_DISTANCE0 + static_cast<GLenum>(m_clipPlanes - 1));
+    }
+    if (features & (SHADER_LIT | SHADER_CLIP)) {
+        glBindBufferRange(GL_UNIFORM_BUFFER, GLDevice::kSurroundingsBinding,
+                          m_device.surroundingsBuffer(),
+                          static_cast<GLintptr>(item.surroundings * m_surroundingsStride),
+                          sizeof(SurroundingsBlock));
+        m_surroundings = item.surroundings;
+    }
+}
+
+void GLRenderer::setMatrices(const FrameItem& item, bool lit)
+{
+    float values[7 * 4];
+    std::copy_n(item.toEye.m, 16, values);
+    if (lit) {
+        normalMatrix(item.toEye, item.mirrored, values + 16);
+    }
+    glUniform4fv(m_program->toEye, lit ? 7 : 4, values);
+}
+
+void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
+{
+    if (m_material == &look && m_materialFeatures == features) {
+        return;
+    }
+    m_material = &look;
+    m_materialFeatures = features;
+    float values[NUM_MATERIAL_SLOTS][4] = {};
+    const bool blends = m_blending != Blending::NONE;
+    setVector(values[SLOT_DIFFUSE], look.diffuse, blends ? 1 - look.transparency : 1);
+    setVector(values[SLOT_AMBIENT], look.ambient, look.shininess * 128);
+    setVector(values[SLOT_SPECULAR], look.specular, look.drawStyle.linePattern);
+    const SoEnvironmentValues& around = look.environment;
+    SbColor glow;
+    for (int c = 0; c < 3; ++c) {
+        glow[c] =
+            look.emissive[c] + around.ambientIntensity * around.ambientColor[c] * look.ambient[c];
+    }
+    setVector(values[SLOT_EMISSIVE], glow, look.drawStyle.lineWidth);
+    GLsizei count = SLOT_EMISSIVE + 1;
+    if (features & SHADER_TEXTURE) {
+        const SbMatrix& m = look.textureMatrix;
+        const SoTextureValues::Model model = look.texture.model;
+        setVector(values[SLOT_TEXTURE_U], SbColor(m[0][0], m[1][0], m[3][0]), 0);
+        setVector(values[SLOT_TEXTURE_V], SbColor(m[0][1], m[1][1], m[3][1]), 0);
+        setVector(values[SLOT_BLEND_COLOR], look.texture.blendColor,
+                  model == SoTextureValues::MODULATE ? 0
+                  : model == SoTextureValues::DECAL  ? 1
+                  : model == SoTextureValues::BLEND  ? 2
+                                                     : 3);
+        count = SLOT_BLEND_COLOR + 1;
+    }
+    if (features & SHADER_FOG) {
+        setVector(values[SLOT_FOG], around.fogColor, static_cast<float>(around.fogType));
+        values[SLOT_FOG_RANGE][0] = around.fogVisibility;
+        count = NUM_MATERIAL_SLOTS;
+    }
+    glUniform4fv(m_program->material, count, values[0]);
+}
+
+void GLRenderer::setFaces(const FrameItem& item)
+{
+    if (item.mirrored != m_mirrored) {
+        glFrontFace(item.mirrored ? GL_CW : GL_CCW);
+        m_mirrored = item.mirrored;
+    }
+    setCulling(item.entry->geometry->solid ? GL_BACK : GL_NONE);
+}
+
+void GLRenderer::setCulling(GLenum face)
+{
+    if (face == m_culled) {
+        return;
+    }
+    if (face == GL_NONE) {
+        glDisable(GL_CULL_FACE);
+    } else {
+        glEnable(GL_CULL_FACE);
+        glCullFace(face);
+    }
+    m_culled = face;
+}
+
+void GLRenderer::setBlending(Blending blending, bool writeDepth)
+{
+    if (m_blending == blending) {
+        return;
+    }
+    m_blending = blending;
+    m_material = nullptr; // its opacity depends on it
+    if (blending == Blending::BLEND) {
+        glEnable(GL_BLEND);
+    } else {
+        glDisable(GL_BLEND);
+    }
+    glDepthMask(writeDepth ? GL_TRUE : GL_FALSE);
+}
+
+void GLRenderer::drawOutlines(const GLOutlineStyle& style)
+{
+    m_outlining = true;
+    begin();
+    glDisable(GL_DEPTH_TEST);
+    SoRef<SoRenderAppearance> look(new SoRenderAppearance);
+    look->diffuse = style.color;
+    look->drawStyle.lineWidth = style.width;
+    look->drawStyle.linePattern = style.pattern;
+    look->drawStyle.pointSize = 2 * style.width;
+    for (const FrameItem& item : m_frame.items) {
+        RenderList::Entry entry = *item.entry;
+        entry.appearance = look;
+        FrameItem outlined = item;
+        outlined.entry = &entry;
+        const GLGeometry& buffers = m_device.geometryWithEdges(*entry.geometry);
+        if (buffers.numEdgeIndices) {
+            drawSegments(outlined, buffers, true);
+        }
+        if (buffers.numLineIndices) {
+            drawSegments(outlined, buffers, false);
+        }
+        if (buffers.numPointIndices) {
+            drawPoints(outlined, buffers, false);
+        }
+    }
+    end();
+}
+
+} // namespace kalmyr::detail

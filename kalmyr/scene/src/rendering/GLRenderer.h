@@ -1,0 +1,109 @@
+#pragma once
+
+#include "rendering/FrameBuilder.h"
+#include "rendering/GLDevice.h"
+
+#include <kalmyr/base/SbColor.h>
+#include <kalmyr/base/SbViewportRegion.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace kalmyr::detail {
+
+struct GLFrameOptions {
+    SbViewportRegion region;
+    SbColorRGBA background;
+    int transparencyType = 0;
+    bool clearColor = false;
+    bool clearDepth = false;
+};
+
+/// How edges are laid over a picture.
+struct GLOutlineStyle {
+    SbColor color;
+    float width = 1;
+    unsigned short pattern = 0xffff;
+};
+
+/// Submits one frame to the current context.
+class GLRenderer {
+public:
+    GLRenderer(GLDevice& device, const Frame& frame, const GLFrameOptions& options,
+               RenderStatistics& statistics);
+
+    /// Clears, draws the background, then the items.
+    void draw();
+    /// Draws the edges of all items of the frame over what is there.
+    void drawOutlines(const GLOutlineStyle& style);
+
+private:
+    struct Order {
+        std::uint64_t key;
+        std::uint32_t item;
+    };
+    struct DepthTriangle {
+        float depth;
+        std::uint32_t item;
+        std::uint32_t triangle;
+    };
+    enum class Blending { NONE, SCREEN_DOOR, BLEND };
+
+    void begin();
+    void end();
+    void clear();
+    void drawBackground();
+    void uploadViews();
+    void uploadSurroundings();
+    void drawLayer(int layer);
+    void drawInOrder(const std::vector<std::uint32_t>& items);
+    void drawOpaque(const std::vector<std::uint32_t>& items);
+    void drawTransparent(std::vector<std::uint32_t> items);
+    void drawByObjects(const std::vector<std::uint32_t>& items);
+    void drawByTriangles(const std::vector<std::uint32_t>& items);
+    void collectTriangles(std::uint32_t item, std::vector<DepthTriangle>& triangles) const;
+    void drawTriangleRuns(const std::vector<DepthTriangle>& triangles);
+    std::uint64_t orderKey(const FrameItem& item) const;
+
+    void drawItem(const FrameItem& item, bool withFaces = true);
+    void drawFaces(const FrameItem& item, const GLGeometry& buffers);
+    void drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges);
+    void drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices);
+    void submit(GLenum mode, GLsizei count, std::size_t firstIndex);
+
+    unsigned featuresOf(const FrameItem& item) const;
+    bool prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features);
+    void setMatrices(const FrameItem& item, bool lit);
+    void setMaterial(const SoRenderAppearance& look, unsigned features);
+    void setFaces(const FrameItem& item);
+    void setCulling(GLenum face);
+    void setBlending(Blending blending, bool writeDepth);
+    void bindView(int view);
+    void bindSurroundings(const FrameItem& item, unsigned features);
+
+    GLDevice& m_device;
+    const Frame& m_frame;
+    const GLFrameOptions& m_options;
+    RenderStatistics& m_statistics;
+    int m_type; ///< transparency type with an enumerator
+
+    // What is set in the context, so that nothing is set twice.
+    Blending m_blending = Blending::NONE;
+    const GLProgram* m_program = nullptr;
+    const SoRenderAppearance* m_material = nullptr;
+    unsigned m_materialFeatures = 0;
+    GLuint m_vertexArray = 0;
+    GLuint m_texture = 0;
+    GLenum m_culled = GL_NONE;
+    bool m_mirrored = false;
+    int m_view = -1;
+    std::int64_t m_surroundings = -1;
+    int m_clipPlanes = 0;
+    std::size_t m_viewStride = 0;
+    std::size_t m_surroundingsStride = 0;
+    float m_nearDepth = 0; ///< range of the items' depths, for the order of drawing
+    float m_farDepth = 0;
+    bool m_outlining = false;
+};
+
+} // namespace kalmyr::detail

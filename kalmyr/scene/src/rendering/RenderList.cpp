@@ -1,0 +1,82 @@
+#include "rendering/RenderList.h"
+
+#include "rendering/RenderListCache.h"
+
+#include <cmath>
+
+namespace kalmyr::detail {
+
+RenderList::~RenderList()
+{
+    if (m_cache) {
+        m_cache->forget(*this);
+    }
+}
+
+void RenderList::addItem(Entry&& entry)
+{
+    m_box.extendBy(entry.box);
+    m_entries.push_back(std::move(entry));
+}
+
+void RenderList::addList(Entry&& entry)
+{
+    entry.kind = LIST;
+    entry.box =
+        entry.identity ? entry.list->getBox() : transformBox(entry.list->getBox(), entry.matrix);
+    m_box.extendBy(entry.box);
+    m_hasMarks = m_hasMarks || entry.list->hasMarks();
+    m_entries.push_back(std::move(entry));
+}
+
+void RenderList::addBackground(const Background& background)
+{
+    Entry entry;
+    entry.kind = BACKGROUND;
+    entry.index = static_cast<std::int32_t>(m_backgrounds.size());
+    m_backgrounds.push_back(background);
+    m_hasMarks = true;
+    m_entries.push_back(std::move(entry));
+}
+
+void RenderList::addSelection(const SoNode* selection, const SbMatrix& matrix, int view)
+{
+    Entry entry;
+    entry.kind = SELECTION;
+    entry.index = view;
+    entry.matrix = matrix;
+    entry.node = selection;
+    m_hasMarks = true;
+    m_entries.push_back(std::move(entry));
+}
+
+SbBox3f transformBox(const SbBox3f& box, const SbMatrix& matrix)
+{
+    if (box.isEmpty()) {
+        return box;
+    }
+    SbBox3f out;
+    if (!matrix.isAffine()) {
+        for (int i = 0; i < 8; ++i) {
+            const SbVec3f corner((i & 1 ? box.getMax() : box.getMin())[0],
+                                 (i & 2 ? box.getMax() : box.getMin())[1],
+                                 (i & 4 ? box.getMax() : box.getMin())[2]);
+            out.extendBy(matrix.point(corner));
+        }
+        return out;
+    }
+    SbVec3f low(matrix[3][0], matrix[3][1], matrix[3][2]);
+    SbVec3f high = low;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            const float a = box.getMin()[row] * matrix[row][column];
+            const float b = box.getMax()[row] * matrix[row][column];
+            low[column] += std::fmin(a, b);
+            high[column] += std::fmax(a, b);
+        }
+    }
+    out.setBounds(low, high);
+    return out;
+}
+
+} // namespace kalmyr::detail

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <kalmyr/base/SbBox.h>
+#include <kalmyr/base/SbColor.h>
+#include <kalmyr/base/SbMatrix.h>
+#include <kalmyr/base/SbViewportRegion.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/base/SoRefCounter.h>
+#include <kalmyr/elements/SoViewElements.h>
+#include <kalmyr/rendering/SoRenderItem.h>
+
+#include <cstdint>
+#include <vector>
+
+class SoNode;
+
+namespace kalmyr::detail {
+
+class RenderListCache;
+
+/// What a camera sees, and where on the target.
+struct RenderView {
+    SoView view;
+    SbViewportRegion region;
+};
+
+/// Lights and clip planes that were set within one list, in the space of that list. What a list
+/// inherits is not in it, so a list serves under any lights.
+struct Surroundings final : SoRefCounter {
+    std::vector<SoLightRecord> lights;
+    std::vector<SbVec4f> clipPlanes;
+};
+
+/// What stands below one separator, in the order of traversal and in the separator's own space.
+///
+/// Lists are shared by all places where the separator is seen under equal state, and nest.
+class RenderList final : public SoRefCounter {
+public:
+    enum Kind : std::uint8_t { ITEM, LIST, BACKGROUND, SELECTION };
+
+    struct Entry {
+        Kind kind = ITEM;
+        bool identity = false;    ///< the matrix does nothing
+        bool transparent = false; ///< some part of the item lets light through
+        std::uint8_t layer = 0;   ///< relative to the list's own layer
+        std::int32_t index =
+            -1; ///< view of the item or list, or place in backgrounds; -1: the view above
+        SoRef<SoGeometry> geometry;
+        SoRef<const SoRenderAppearance> appearance;
+        SoRef<RenderList> list;
+        SoRef<const Surroundings> surroundings; ///< null: nothing beyond what the list inherits
+        SbMatrix matrix;                        ///< to the list's space
+        SbBox3f box;                            ///< in the list's space
+        const SoNode* node = nullptr; ///< not owned; the list is dropped when it may be gone
+    };
+    struct Background {
+        SbColor top;
+        SbColor bottom;
+    };
+
+    RenderList() = default;
+
+    void addItem(Entry&& entry);
+    void addList(Entry&& entry);
+    void addBackground(const Background& background);
+    /// A node with a list of selected paths; its own space is `matrix` away.
+    void addSelection(const SoNode* selection, const SbMatrix& matrix, int view);
+
+    const std::vector<Entry>& getEntries() const { return m_entries; }
+    const Background& getBackground(const Entry& entry) const
+    {
+        return m_backgrounds[static_cast<std::size_t>(entry.index)];
+    }
+    const SbBox3f& getBox() const { return m_box; }
+    /// Whether a background or a selection stands in it or in a list below.
+    bool hasMarks() const { return m_hasMarks; }
+    void finish() { m_entries.shrink_to_fit(); }
+
+private:
+    ~RenderList() override;
+
+    friend class RenderListCache;
+    std::vector<Entry> m_entries;
+    std::vector<Background> m_backgrounds;
+    SbBox3f m_box;
+    bool m_hasMarks = false;
+
+    RenderListCache* m_cache = nullptr; ///< where the list is registered; outlives it
+    const SoNode* m_node = nullptr;
+    std::uint64_t m_stateKey = 0;
+    std::uint64_t m_changeId = 0;
+};
+
+/// The box around a transformed box.
+SbBox3f transformBox(const SbBox3f& box, const SbMatrix& matrix);
+
+} // namespace kalmyr::detail

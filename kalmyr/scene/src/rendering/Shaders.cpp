@@ -1,0 +1,327 @@
+#include "rendering/Shaders.h"
+
+namespace kalmyr::detail {
+
+namespace {
+
+constexpr const char* kCommon = R"(
+layout(std140) uniform View {
+    mat4 projection;
+    vec4 viewport; // size in pixels; 1 for a parallel projection; distance of the far plane
+};
+uniform vec4 material[9];
+#if defined(LIT) || defined(CLIP)
+struct Light { vec4 position; vec4 color; vec4 direction; vec4 attenuation; };
+layout(std140) uniform Surroundings {
+    vec4 counts;
+    vec4 planes[6];
+    Light lights[16];
+};
+#endif
+#ifdef CLIP
+#define CUT(eye) for (int i = 0; i < 6; ++i) gl_ClipDistance[i] = dot(vec4(eye, 1.0), planes[i])
+#endif
+)";
+
+constexpr const char* kVertex = R"(
+layout(location = 0) in vec3 position;
+layout(location = 1) in vec3 normal;
+layout(location = 2) in vec2 texCoord;
+layout(location = 3) in vec4 color;
+uniform vec4 toEye[7]; // columns of the matrix, then of the normals' matrix
+out Vertex {
+    vec3 eye;
+#ifdef LIT
+    vec3 normal;
+#endif
+#ifdef TEXTURE
+    vec2 texCoord;
+#endif
+#ifdef COLORS
+    vec4 color;
+#endif
+} o;
+#ifdef CLIP
+out float gl_ClipDistance[6];
+#endif
+void main()
+{
+    vec3 eye = toEye[0].xyz * position.x + toEye[1].xyz * position.y + toEye[2].xyz * position.z
+               + toEye[3].xyz;
+    o.eye = eye;
+#ifdef LIT
+    o.normal = toEye[4].xyz * normal.x + toEye[5].xyz * normal.y + toEye[6].xyz * normal.z;
+#endif
+#ifdef TEXTURE
+    vec3 t = vec3(texCoord, 1.0);
+    o.texCoord = vec2(dot(material[4].xyz, t), dot(material[5].xyz, t));
+#endif
+#ifdef COLORS
+    o.color = color.abgr; // packed with red in the highest byte
+#endif
+#ifdef CLIP
+    CUT(eye);
+#endif
+    gl_Position = projection * vec4(eye, 1.0);
+}
+)";
+
+// Turns a segment into a quad of the wanted width on the screen.
+constexpr const char* kGeometry = R"(
+layout(lines) in;
+layout(triangle_strip, max_vertices = 4) out;
+in Vertex {
+    vec3 eye;
+#ifdef LIT
+    vec3 normal;
+#endif
+#ifdef TEXTURE
+    vec2 texCoord;
+#endif
+#ifdef COLORS
+    vec4 color;
+#endif
+} i[];
+out Vertex {
+    vec3 eye;
+#ifdef LIT
+    vec3 normal;
+#endif
+#ifdef TEXTURE
+    vec2 texCoord;
+#endif
+#ifdef COLORS
+    vec4 color;
+#endif
+} o;
+noperspective out float along;
+#ifdef CLIP
+out float gl_ClipDistance[6];
+#endif
+void corner(float t, vec4 place, vec2 side, float distance)
+{
+    o.eye = mix(i[0].eye, i[1].eye, t);
+#ifdef LIT
+    o.normal = mix(i[0].normal, i[1].normal, t);
+#endif
+#ifdef TEXTURE
+    o.texCoord = mix(i[0].texCoord, i[1].texCoord, t);
+#endif
+#ifdef COLORS
+    o.color = mix(i[0].color, i[1].color, t);
+#endif
+#ifdef CLIP
+    CUT(o.eye);
+#endif
+    along = distance;
+    gl_Position = vec4(place.xy + side * place.w, place.z, place.w);
+    EmitVertex();
+}
+void main()
+{
+    vec4 a = gl_in[0].gl_Position;
+    vec4 b = gl_in[1].gl_Position;
+    // The part in front of the eye: points behind it have no place on the screen.
+    float da = a.z + a.w;
+    float db = b.z + b.w;
+    if (da < 0.0 && db < 0.0) return;
+    float ta = da < 0.0 ? da / (da - db) : 0.0;
+    float tb = db < 0.0 ? da / (da - db) : 1.0;
+    vec4 from = mix(a, b, ta);
+    vec4 to = mix(a, b, tb);
+    vec2 pixels = (to.xy / to.w - from.xy / from.w) * 0.5 * viewport.xy;
+    float size = length(pixels);
+    vec2 dir = size > 1e-6 ? pixels / size : vec2(1.0, 0.0);
+    vec2 side = vec2(-dir.y, dir.x) * max(material[3].w, 1.0) / viewport.xy;
+    corner(ta, from, side, 0.0);
+    corner(ta, from, -side, 0.0);
+    corner(tb, to, side, size);
+    corner(tb, to, -side, size);
+    EndPrimitive();
+}
+)";
+
+constexpr const char* kFragment = R"(
+in Vertex {
+    vec3 eye;
+#ifdef LIT
+    vec3 normal;
+#endif
+#ifdef TEXTURE
+    vec2 texCoord;
+#endif
+#ifdef COLORS
+    vec4 color;
+#endif
+} v;
+#ifdef WIDE_LINES
+noperspective in float along;
+#endif
+#ifdef TEXTURE
+uniform sampler2D image;
+#endif
+out vec4 fragment;
+
+#ifdef LIT
+void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
+{
+    vec3 l = lights[i].position.xyz;
+    float strength = 1.0;
+#ifdef MANY_LIGHTS
+    if (lights[i].position.w > 0.5) {
+        l -= v.eye;
+        float d = length(l);
+        l /= max(d, 1e-20);
+        vec3 falloff = lights[i].attenuation.xyz;
+        strength = 1.0 / max(falloff.x + d * (falloff.y + d * falloff.z), 1e-6);
+        if (lights[i].position.w > 1.5) {
+            float c = dot(-l, lights[i].direction.xyz);
+            strength *= c < lights[i].direction.w ? 0.0
+                      : lights[i].attenuation.w > 0.0 ? pow(max(c, 0.0), lights[i].attenuation.w) : 1.0;
+        }
+    }
+#endif
+    vec3 color = lights[i].color.rgb * strength;
+    float d = dot(n, l);
+    sum += color * (diffuse * max(d, 0.0) + material[1].rgb * lights[i].color.a);
+#ifdef SPECULAR
+    if (d > 0.0)
+        sum += color * material[2].rgb
+               * pow(max(dot(n, normalize(l + toViewer)), 0.0), max(material[1].a, 1.0));
+#endif
+}
+
+vec3 light(vec3 diffuse)
+{
+    vec3 n = normalize(v.normal);
+#ifdef TWO_SIDED
+    if (!gl_FrontFacing) n = -n;
+#endif
+    vec3 toViewer = vec3(0.0, 0.0, 1.0);
+#ifdef SPECULAR
+    if (viewport.z < 0.5) toViewer = normalize(-v.eye);
+#endif
+    vec3 sum = material[3].rgb;
+#ifdef MANY_LIGHTS
+    for (int i = 0; i < int(counts.x); ++i) shine(i, n, toViewer, diffuse, sum);
+#else
+    shine(0, n, toViewer, diffuse, sum);
+#endif
+    return min(sum, vec3(1.0));
+}
+#endif
+
+#ifdef TEXTURE
+vec4 paint(vec4 c)
+{
+    vec4 t = texture(image, v.texCoord);
+    int model = int(material[6].a + 0.5);
+    if (model == 0) return c * t;
+    if (model == 1) return vec4(mix(c.rgb, t.rgb, t.a), c.a);
+    if (model == 2) return vec4(mix(c.rgb, material[6].rgb, t.rgb), c.a * t.a);
+    return t;
+}
+#endif
+
+#ifdef FOG
+vec3 fog(vec3 c)
+{
+    float far = material[8].x > 0.0 ? material[8].x : viewport.w;
+    float d = length(v.eye) / max(far, 1e-20);
+    float clear = material[7].w < 1.5 ? 1.0 - d
+                : material[7].w < 2.5 ? exp(-5.545 * d) : exp(-5.545 * d * d);
+    return mix(material[7].rgb, c, clamp(clear, 0.0, 1.0));
+}
+#endif
+
+#ifdef SCREEN_DOOR
+const float kHoles[16] = float[16](0.5, 8.5, 2.5, 10.5, 12.5, 4.5, 14.5, 6.5,
+                                   3.5, 11.5, 1.5, 9.5, 15.5, 7.5, 13.5, 5.5);
+#endif
+
+void main()
+{
+#ifdef WIDE_LINES
+    int bit = int(mod(along, 16.0));
+    if (((int(material[2].w) >> bit) & 1) == 0) discard;
+#endif
+    vec4 c = material[0];
+#ifdef COLORS
+    c = v.color;
+#endif
+#ifdef LIT
+    c.rgb = light(c.rgb);
+#endif
+#ifdef TEXTURE
+    c = paint(c);
+    if (c.a < 0.004) discard;
+#endif
+#ifdef SCREEN_DOOR
+    ivec2 cell = ivec2(gl_FragCoord.xy) & 3;
+    if (c.a * 16.0 < kHoles[cell.y * 4 + cell.x]) discard;
+    c.a = 1.0;
+#endif
+#ifdef FOG
+    c.rgb = fog(c.rgb);
+#endif
+    fragment = c;
+}
+)";
+
+// A triangle that covers the viewport, without any vertex data.
+constexpr const char* kBackgroundVertex = R"(
+uniform vec4 material[2];
+out vec3 mixed;
+void main()
+{
+    vec2 p = vec2(gl_VertexID == 1 ? 3.0 : -1.0, gl_VertexID == 2 ? 3.0 : -1.0);
+    mixed = mix(material[1].rgb, material[0].rgb, p.y * 0.5 + 0.5);
+    gl_Position = vec4(p, 0.0, 1.0);
+}
+)";
+constexpr const char* kBackgroundFragment = R"(
+in vec3 mixed;
+out vec4 fragment;
+void main() { fragment = vec4(mixed, 1.0); }
+)";
+
+std::string header(unsigned features)
+{
+    constexpr struct {
+        unsigned feature;
+        const char* name;
+    } kNames[] = {{SHADER_LIT, "LIT"},
+                  {SHADER_SPECULAR, "SPECULAR"},
+                  {SHADER_MANY_LIGHTS, "MANY_LIGHTS"},
+                  {SHADER_TWO_SIDED, "TWO_SIDED"},
+                  {SHADER_COLORS, "COLORS"},
+                  {SHADER_TEXTURE, "TEXTURE"},
+                  {SHADER_FOG, "FOG"},
+                  {SHADER_SCREEN_DOOR, "SCREEN_DOOR"},
+                  {SHADER_WIDE_LINES, "WIDE_LINES"},
+                  {SHADER_CLIP, "CLIP"}};
+    std::string text = "#version 330 core\n";
+    for (const auto& entry : kNames) {
+        if (features & entry.feature) {
+            text += std::string("#define ") + entry.name + "\n";
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+ShaderSource shaderSource(unsigned features)
+{
+    const std::string top = header(features);
+    if (features & SHADER_BACKGROUND) {
+        return {top + kBackgroundVertex, {}, top + kBackgroundFragment};
+    }
+    ShaderSource source{top + kCommon + kVertex, {}, top + kCommon + kFragment};
+    if (features & SHADER_WIDE_LINES) {
+        source.geometry = top + kCommon + kGeometry;
+    }
+    return source;
+}
+
+} // namespace kalmyr::detail

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+
+namespace kalmyr::detail {
+
+/// What a shader program can do; each combination that a scene needs is compiled once a context.
+enum ShaderFeature : unsigned {
+    SHADER_LIT = 1,
+    SHADER_SPECULAR = 2,
+    SHADER_MANY_LIGHTS = 4, ///< any number and kind of lights; otherwise one directional light
+    SHADER_TWO_SIDED = 8,
+    SHADER_COLORS = 16, ///< diffuse colours and opacity per vertex
+    SHADER_TEXTURE = 32,
+    SHADER_FOG = 64,
+    SHADER_SCREEN_DOOR = 128,
+    SHADER_WIDE_LINES = 256, ///< lines as quads, with width and pattern
+    SHADER_CLIP = 512,
+    SHADER_BACKGROUND = 1024 ///< stands alone
+};
+constexpr unsigned kNumShaderVariants = 2048;
+
+/// Limits of the uniform block of lights and planes; what is beyond them is left out.
+constexpr int kMaxLights = 16;
+constexpr int kMaxClipPlanes = 6;
+
+/// Places in the array of vectors that describe one appearance.
+enum MaterialSlot : int {
+    SLOT_DIFFUSE = 0,   ///< and opacity
+    SLOT_AMBIENT = 1,   ///< for the ambient part of lights; and the specular exponent
+    SLOT_SPECULAR = 2,  ///< and line pattern
+    SLOT_EMISSIVE = 3,  ///< with the environment's ambient light; and line width in pixels
+    SLOT_TEXTURE_U = 4, ///< texture matrix
+    SLOT_TEXTURE_V = 5,
+    SLOT_BLEND_COLOR = 6, ///< and texture model
+    SLOT_FOG = 7,         ///< colour and type
+    SLOT_FOG_RANGE = 8,   ///< visibility
+    NUM_MATERIAL_SLOTS = 9
+};
+
+/// The source text of the stages for a combination; the geometry stage is empty when not needed.
+struct ShaderSource {
+    std::string vertex;
+    std::string geometry;
+    std::string fragment;
+};
+ShaderSource shaderSource(unsigned features);
+
+} // namespace kalmyr::detail

@@ -1,0 +1,143 @@
+#include <kalmyr/actions/SoGLRenderAction.h>
+
+#include "rendering/FrameBuilder.h"
+#include "rendering/GLDevice.h"
+#include "rendering/GLRenderer.h"
+#include "rendering/RenderTraversal.h"
+
+#include <kalmyr/base/SoError.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/rendering/SoRenderingInit.h>
+
+#include <chrono>
+
+namespace {
+
+double now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+} // namespace
+
+SO_ACTION_SOURCE(SoGLRenderAction, SoAction, "GLRenderAction")
+
+/// The entries for nodes stand with the rest of the rendering area's registrations.
+void SoGLRenderAction::initMethods() {}
+
+SoGLRenderAction::SoGLRenderAction(const SbViewportRegion& region)
+    : m_region(region), m_traversal(std::make_unique<kalmyr::detail::RenderTraversal>(*this))
+{
+    kalmyr::initRendering();
+}
+
+SoGLRenderAction::~SoGLRenderAction() = default;
+
+void SoGLRenderAction::setClearing(bool color, bool depth)
+{
+    m_clearColor = color;
+    m_clearDepth = depth;
+}
+
+void SoGLRenderAction::setCaching(bool on)
+{
+    m_traversal->setCaching(on);
+}
+
+bool SoGLRenderAction::isCaching() const
+{
+    return m_traversal->isCaching();
+}
+
+void SoGLRenderAction::clearCaches()
+{
+    m_traversal->clear();
+}
+
+void SoGLRenderAction::setViewDependent()
+{
+    m_traversal->setViewDependent();
+}
+
+void SoGLRenderAction::releaseContext()
+{
+    kalmyr::detail::GLDevice::releaseCurrent();
+}
+
+const kalmyr::detail::RenderStatistics& SoGLRenderAction::getStatistics() const
+{
+    return m_traversal->statistics;
+}
+
+void SoGLRenderAction::beginTraversal(SoNode* root)
+{
+    SoAction::beginTraversal(root);
+    m_traversal->begin(root);
+    m_traversal->statistics.traverseSeconds = -now();
+}
+
+void SoGLRenderAction::endTraversal(SoNode* root)
+{
+    m_traversal->end(root);
+    m_traversal->statistics.traverseSeconds += now();
+    m_traversed = true;
+    SoAction::endTraversal(root);
+}
+
+bool SoGLRenderAction::canDraw()
+{
+    const char* error = "";
+    m_traversed = false;
+    m_drawn = kalmyr::detail::GLDevice::current(error) != nullptr;
+    if (!m_drawn && !m_reported) {
+        SoError::post("rendering: %s", error);
+    }
+    m_reported = !m_drawn;
+    return m_drawn;
+}
+
+void SoGLRenderAction::apply(SoNode* root)
+{
+    if (canDraw()) {
+        SoAction::apply(root);
+        draw();
+    }
+}
+
+void SoGLRenderAction::apply(SoPath* path)
+{
+    if (canDraw()) {
+        SoAction::apply(path);
+        draw();
+    }
+}
+
+void SoGLRenderAction::draw()
+{
+    using namespace kalmyr::detail;
+    const char* error = "";
+    // A callback in the scene may have changed what is current.
+    GLDevice* device = m_traversed ? GLDevice::current(error) : nullptr;
+    m_drawn = device != nullptr;
+    if (!device) {
+        return;
+    }
+    RenderStatistics& statistics = m_traversal->statistics;
+    const double start = now();
+    Frame& frame = m_traversal->frame;
+    buildFrame(*m_traversal->getList(), m_traversal->getViews(), frame);
+    const double built = now();
+    const GLFrameOptions options{m_region, m_backgroundColor, m_transparencyType, m_clearColor,
+                                 m_clearDepth};
+    device->beginFrame();
+    GLRenderer(*device, frame, options, statistics).draw();
+    drawMore();
+    device->endFrame();
+    statistics.flattenSeconds = built - start;
+    statistics.submitSeconds = now() - built;
+    statistics.items = frame.items.size();
+    statistics.culled = frame.culled;
+    statistics.geometries = device->getNumGeometries();
+    statistics.textures = device->getNumTextures();
+}

@@ -1,0 +1,138 @@
+#include <kalmyr/rendering/SoRenderingInit.h>
+
+#include "rendering/GLDevice.h"
+#include "rendering/RenderTraversal.h"
+
+#include <kalmyr/actions/SoGLRenderAction.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoAnnotation.h>
+#include <kalmyr/nodes/SoClipPlane.h>
+#include <kalmyr/nodes/SoGradientBackground.h>
+#include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/rendering/SoLineHighlightRenderAction.h>
+#include <kalmyr/rendering/SoOffscreenContext.h>
+#include <kalmyr/shapes/SoShape.h>
+
+namespace kalmyr {
+
+namespace {
+
+using detail::RenderTraversal;
+
+SoGLRenderAction& actionOf(SoAction* action)
+{
+    return *static_cast<SoGLRenderAction*>(action);
+}
+
+/// Any node that keeps its effects to itself and has children is worth a list of its own.
+void renderNode(SoAction* action, SoNode* node)
+{
+    if (!node->affectsState() && node->getInternalChildren()) {
+        actionOf(action).traversal().separator(node, true);
+    } else {
+        node->doAction(action);
+    }
+}
+
+void renderSeparator(SoAction* action, SoNode* node)
+{
+    const bool mayCache =
+        static_cast<SoSeparator*>(node)->renderCaching.getValue() != SoSeparator::OFF;
+    actionOf(action).traversal().separator(node, mayCache);
+}
+
+void renderAnnotation(SoAction* action, SoNode* node)
+{
+    actionOf(action).traversal().annotation(node);
+}
+
+void renderSelection(SoAction* action, SoNode* node)
+{
+    actionOf(action).traversal().selection(node);
+    renderSeparator(action, node);
+}
+
+void renderShape(SoAction* action, SoNode* node)
+{
+    actionOf(action).traversal().shape(static_cast<SoShape*>(node));
+}
+
+void renderViewDependent(SoAction* action, SoNode* node)
+{
+    actionOf(action).setViewDependent();
+    node->doAction(action);
+}
+
+void renderViewDependentShape(SoAction* action, SoNode* node)
+{
+    actionOf(action).setViewDependent();
+    renderShape(action, node);
+}
+
+void renderGradient(SoAction* action, SoNode* node)
+{
+    const auto* background = static_cast<SoGradientBackground*>(node);
+    actionOf(action).traversal().background(background->getTopColor(),
+                                            background->getBottomColor());
+}
+
+void renderClipPlane(SoAction* action, SoNode* node)
+{
+    const auto* clip = static_cast<SoClipPlane*>(node);
+    if (clip->on.getValue() && !clip->on.isIgnored()) {
+        const SbPlane& plane = clip->plane.getValue();
+        actionOf(action).traversal().clipPlane(
+            node, SbVec4f(plane.getNormal(), -plane.getDistanceFromOrigin()));
+    }
+}
+
+/// Nodes of areas and modules that need not be there are found by name. What they do depends on
+/// the camera, on the place in the world, or on the program.
+constexpr const char* kViewDependent[] = {
+    "Camera",        "Callback", "LOD",           "LevelOfDetail", "ResetTransform", "Viewpoint",
+    "VRMLViewpoint", "VRMLLOD",  "VRMLBillboard", "VRMLCollision", "EventCallback"};
+constexpr const char* kViewDependentShapes[] = {"Text2", "Image", "MarkerSet", "IndexedMarkerSet"};
+
+template <std::size_t N>
+void addByName(const char* const (&names)[N], SoActionMethod method)
+{
+    for (const char* name : names) {
+        const SoType type = SoType::fromName(SbName(name));
+        if (!type.isBad()) {
+            SoGLRenderAction::addMethod(type, method);
+        }
+    }
+}
+
+} // namespace
+
+void initRendering()
+{
+    // Types are only ever added, so their number tells whether there is anything to do.
+    static int knownTypes = -1;
+    if (knownTypes == SoType::getNumTypes()) {
+        return;
+    }
+    SoGLRenderAction::initClass();
+    SoLineHighlightRenderAction::initClass();
+    SoGLRenderAction::addMethod(SoNode::getClassTypeId(), renderNode);
+    SoGLRenderAction::addMethod(SoSeparator::getClassTypeId(), renderSeparator);
+    SoGLRenderAction::addMethod(SoAnnotation::getClassTypeId(), renderAnnotation);
+    SoGLRenderAction::addMethod(SoSelection::getClassTypeId(), renderSelection);
+    SoGLRenderAction::addMethod(SoShape::getClassTypeId(), renderShape);
+    SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
+    SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
+    addByName(kViewDependent, renderViewDependent);
+    addByName(kViewDependentShapes, renderViewDependentShape);
+    SoGeometry::setDeathObserver(&detail::GLDevice::geometryDied);
+    knownTypes = SoType::getNumTypes();
+}
+
+void finishRendering()
+{
+    SoOffscreenContext::finish();
+}
+
+} // namespace kalmyr
