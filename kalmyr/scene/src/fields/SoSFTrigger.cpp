@@ -19,3 +19,10 @@ bool SoSFTrigger::readValue(SoFieldReader&)
 }
 
 void SoSFTrigger::writeValue(SoFieldWriter&) const {}
+
+void SoSFTrigger::auditedChanged(SoNotification& notification)
+{
+    m_flags &= ~kDirty;
+    SoField::auditedChanged(notification);
+    m_flags &= ~kDirty;
+}

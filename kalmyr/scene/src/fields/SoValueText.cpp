@@ -190,8 +190,12 @@ void writeText(std::string& out, const SbName& value)
 
 namespace {
 
-// ---- Rotations. A quaternion is four rounded numbers and seldom of length 1 exactly, so axis and
-// angle are those of a unit quaternion that rounds to the same bits.
+// ---- Rotations. The four numbers are floats to people, but a quaternion is four rounded numbers
+// and seldom of length 1 exactly, so that axis and angle in floats do not always bring it back.
+// Numbers with more digits than floats have are therefore taken as doubles, and the length of such
+// an axis is that of the quaternion, as far as it is a matter of rounding.
+constexpr int kFloatDigits = std::numeric_limits<float>::max_digits10;
+constexpr double kUnitTolerance = 4e-7;
 
 using Bits = std::array<std::uint32_t, 4>;
 
@@ -201,88 +205,119 @@ Bits bitsOf(const SbRotation& r)
     return std::bit_cast<Bits>(r);
 }
 
-SbRotation rotationOf(const SbVec3d& axis, double angle)
+struct AxisAngle {
+    SbVec3d axis;
+    double angle = 0;
+    bool precise = false; // the axis is
+};
+
+SbRotation rotationOf(const AxisAngle& from)
 {
-    const double length = axis.length();
+    const double angle = from.angle;
+    SbVec3d axis = from.axis;
+    const double length = axis.normalize();
     if (!(length > 0) || !std::isfinite(length) || !std::isfinite(angle)) {
         return {};
     }
-    const double cosine = std::cos(angle / 2);
     double sine = std::sin(angle / 2);
-    // The sine of a whole turn is rounding noise.
-    if (cosine < 0 && std::fabs(sine) < 1e-15) {
+    double cosine = std::cos(angle / 2);
+    // What is left of them at a half and a whole turn is the rounding of pi.
+    if (std::fabs(cosine) < 1.5e-16) {
+        cosine = 0;
+    } else if (cosine < 0 && std::fabs(sine) < 3e-16) {
         sine = 0;
     }
-    const SbVec4f q(static_cast<float>(axis[0] / length * sine),
-                    static_cast<float>(axis[1] / length * sine),
-                    static_cast<float>(axis[2] / length * sine), static_cast<float>(cosine));
-    return std::bit_cast<SbRotation>(q);
+    const bool scaled = from.precise && std::fabs(length * length - 1) <= kUnitTolerance;
+    const double scale = scaled ? length : 1;
+    const SbVec4d q(axis * (sine * scale), cosine * scale);
+    return std::bit_cast<SbRotation>(SbVec4f(q));
 }
 
-/// The unit quaternion nearest to `r` among those that round to it; `r` itself if none does.
-SbVec4d unrounded(const SbRotation& r)
+int significantDigits(std::string_view number)
 {
-    const SbVec4d q{SbVec4f(r.getValue())};
-    SbVec4d room;
-    double reach = 0;
-    for (int i = 0; i < 4; ++i) {
-        const float up = std::nextafter(std::fabs(r.getValue()[i]), 2.0f);
-        room[i] = 0.499 * (static_cast<double>(up) - std::fabs(q[i]));
-        reach += 2 * std::fabs(q[i]) * room[i];
+    int digits = 0;
+    for (const char c : number.substr(0, number.find_first_of("eE"))) {
+        digits += c > '0' && c <= '9' ? 1 : c == '0' && digits > 0 ? 1 : 0;
     }
-    const double share = reach > 0 ? std::clamp((1 - q.sqrLength()) / reach, -1.0, 1.0) : 0;
-    SbVec4d result = q;
-    for (int i = 0; i < 4; ++i) {
-        result[i] += std::copysign(share * room[i], share * q[i]);
-    }
-    return result;
+    return digits;
 }
 
-/// The number with that many digits, and what is read of it.
-double rounded(double value, int digits, std::string& text)
+/// What a number means in a rotation, given its text.
+double inRotation(std::string_view text, double value, bool& precise)
+{
+    if (significantDigits(text) > kFloatDigits) {
+        precise = true;
+        return value;
+    }
+    return static_cast<float>(value);
+}
+
+bool readNumber(SoTokenizer& in, double& value, bool& precise)
+{
+    in.peek();
+    const std::size_t start = in.getOffset();
+    if (!in.readDouble(value)) {
+        return false;
+    }
+    value = inRotation({in.getText() + start, in.getOffset() - start}, value, precise);
+    return true;
+}
+
+/// Appends a number with that many digits, and returns what is read of it.
+double writeNumber(std::string& out, double value, int digits, bool& precise)
 {
     char buffer[SbNumber::kMaxChars];
-    const auto end = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                   std::chars_format::general, digits)
-                         .ptr;
-    text.append(buffer, end);
-    double result = 0;
-    std::from_chars(buffer, end, result);
-    return result;
+    char* const end = std::to_chars(buffer, buffer + sizeof buffer, value,
+                                    std::chars_format::general, digits)
+                          .ptr;
+    out.append(buffer, end);
+    double read = 0;
+    std::from_chars(buffer, end, read);
+    return inRotation({buffer, static_cast<std::size_t>(end - buffer)}, read, precise);
+}
+
+AxisAngle writeNumbers(std::string& out, const AxisAngle& numbers, int digits)
+{
+    AxisAngle read;
+    for (int i = 0; i < 3; ++i) {
+        read.axis[i] = writeNumber(out, numbers.axis[i], digits, read.precise);
+        out += ' ';
+    }
+    bool ignored = false;
+    read.angle = writeNumber(out, numbers.angle, digits, ignored);
+    return read;
 }
 
 } // namespace
 
 bool readText(SoTokenizer& in, SbRotation& value)
 {
-    SbVec4d numbers;
-    if (!readText(in, numbers)) {
+    AxisAngle read;
+    for (int i = 0; i < 3; ++i) {
+        if (!readNumber(in, read.axis[i], read.precise)) {
+            return false;
+        }
+    }
+    bool ignored = false;
+    if (!readNumber(in, read.angle, ignored)) {
         return false;
     }
-    value = rotationOf(SbVec3d(numbers.getValue()), numbers[3]);
+    value = rotationOf(read);
     return true;
 }
 
 void writeText(std::string& out, const SbRotation& value)
 {
-    const SbVec4d q = unrounded(value);
-    SbVec3d axis(q.getValue());
-    const double length = axis.normalize();
-    if (length == 0) {
-        axis = {0, 0, 1};
-    }
-    const double angle = 2 * std::atan2(length, q[3]);
+    const SbVec4d q{SbVec4f(value.getValue())};
+    AxisAngle numbers{SbVec3d(q.getValue())};
+    const double sine = numbers.axis.normalize();
+    numbers.axis = sine > 0 ? numbers.axis * q.length() : SbVec3d(0, 0, 1);
+    numbers.angle = 2 * std::atan2(sine, q[3]);
     const std::size_t start = out.size();
     // The fewest digits that bring the same bits back: people read these.
-    for (const int digits : {6, 8, 10, 12, 14, 17}) {
+    for (const int digits : {6, 8, kFloatDigits, 12, 17}) {
         out.resize(start);
-        SbVec3d readAxis;
-        for (int i = 0; i < 3; ++i) {
-            readAxis[i] = rounded(axis[i], digits, out);
-            out += ' ';
-        }
-        const double readAngle = rounded(angle, digits, out);
-        if (bitsOf(rotationOf(readAxis, readAngle)) == bitsOf(value)) {
+        if (bitsOf(rotationOf(writeNumbers(out, numbers, digits))) == bitsOf(value)) {
             return;
         }
     }

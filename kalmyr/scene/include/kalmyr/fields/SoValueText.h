@@ -69,8 +69,9 @@ KALMYR_API void writeText(std::string& out, std::uint32_t value);
 /// Seconds.
 KALMYR_API bool readText(SoTokenizer& in, SbTime& value);
 KALMYR_API void writeText(std::string& out, SbTime value);
-/// Axis x y z and angle in radians, with as many digits as the quaternion needs. The axis may
-/// have any length; a zero axis reads as no rotation.
+/// Axis x y z and angle in radians, with as many digits as the quaternion needs (one component
+/// may be off by 3e-16 next to a half or a whole turn). Numbers of up to nine digits are floats.
+/// The axis may have any length; a zero axis reads as no rotation.
 KALMYR_API bool readText(SoTokenizer& in, SbRotation& value);
 KALMYR_API void writeText(std::string& out, const SbRotation& value);
 /// Sixteen numbers, row by row.
