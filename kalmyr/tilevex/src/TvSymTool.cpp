@@ -1,0 +1,81 @@
+#include <kalmyr/tilevex/TvSymTool.h>
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/rendering/SoRenderingInit.h>
+#include <kalmyr/vrml/SoVrmlInit.h>
+
+#include <algorithm>
+
+namespace {
+
+struct Module {
+    SbName name;
+    TvSymTool::Function init;
+    TvSymTool::Function finish;
+    int users = 0;
+};
+
+std::vector<Module> &modules()
+{
+    static std::vector<Module> known{
+        {SbName("Vrml97"), &kalmyr::initVrml, &kalmyr::finishVrml},
+        {SbName("Rendering"), &kalmyr::initRendering, nullptr},
+    };
+    return known;
+}
+
+Module *find(const SbName &name)
+{
+    auto &all = modules();
+    const auto at = std::find_if(all.begin(), all.end(), [&](const Module &m) { return m.name == name; });
+    return at == all.end() ? nullptr : &*at;
+}
+
+Module *findOrComplain(const SbName &name, const char *source)
+{
+    Module *module = find(name);
+    if (!module) SoDebugError::post(source, "the module \"%s\" is not known", name.getString());
+    return module;
+}
+
+} // namespace
+
+bool TvSymTool::initModule(const SbName &name)
+{
+    Module *module = findOrComplain(name, "TvSymTool::initModule");
+    if (!module) return false;
+    if (module->users++ == 0 && module->init) module->init();
+    return true;
+}
+
+bool TvSymTool::finishModule(const SbName &name)
+{
+    Module *module = findOrComplain(name, "TvSymTool::finishModule");
+    if (!module) return false;
+    if (module->users > 0 && --module->users == 0 && module->finish) module->finish();
+    return true;
+}
+
+bool TvSymTool::isInitialized(const SbName &name)
+{
+    const Module *module = find(name);
+    return module && module->users > 0;
+}
+
+bool TvSymTool::registerModule(const SbName &name, Function init, Function finish)
+{
+    Module *module = find(name);
+    if (module && module->users > 0) return false;
+    if (module)
+        *module = {name, init, finish, 0};
+    else
+        modules().push_back({name, init, finish, 0});
+    return true;
+}
+
+std::vector<SbName> TvSymTool::getModuleNames()
+{
+    std::vector<SbName> names;
+    for (const Module &module : modules()) names.push_back(module.name);
+    return names;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QDialog>
+
+namespace mirabo {
+
+/// What this is: version, purpose, libraries in use, licence.
+class AboutDialog final : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit AboutDialog(QWidget *parent);
+};
+
+} // namespace mirabo

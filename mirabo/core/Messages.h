@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+/// Messages to the user: modal boxes, or lines on stderr when the application runs unattended
+/// (its property kBatchProperty is true).
+namespace mirabo {
+
+inline constexpr char kBatchProperty[] = "miraboBatch";
+
+bool isBatch();
+void showWarning(QWidget *parent, const QString &title, const QString &text);
+void showCritical(QWidget *parent, const QString &title, const QString &text);
+
+} // namespace mirabo

@@ -1,0 +1,3 @@
+#include "mirabo/extender/MrbCommand.h"
+
+MrbCommand::~MrbCommand() = default;

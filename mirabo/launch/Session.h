@@ -1,0 +1,54 @@
+#pragma once
+
+#include "mirabo/core/Panels.h"
+
+#include <kalmyr/base/SbVec.h>
+
+#include <QObject>
+
+#include <memory>
+
+class SbViewportRegion;
+class SoMiraboEdition;
+class SoMiraboMainFrame;
+class SoMiraboTreeView;
+class SoNode;
+
+namespace mirabo {
+
+/// The panels of one run and the wires between them: what the user does in one reaches the hub,
+/// and through it the others.
+class Session final : public QObject, private NodePanels {
+    Q_OBJECT
+
+public:
+    Session(SoMiraboMainFrame *frame, bool standalone);
+    ~Session() override;
+
+    void showScene(SoNode *root);
+    bool openFile(const QString &path);
+    /// Selects what lies under a window position of the host's viewer.
+    void pick(const SbViewportRegion &region, SbVec2s cursor);
+
+    /// Cuts the wires and lets go of the scene, before the panels are destroyed.
+    void release();
+
+private:
+    void createPanels(bool standalone);
+    void connectTree();
+    void connectOverview();
+    void connectViewer();
+    void windowClosed();
+
+    void showNode(SoNode *node, SoNode *kit, bool newTab) override;
+    SoNode *getNode() const override;
+    void clear() override;
+    void refresh() override;
+    void saveColumnWidths() override;
+
+    SoMiraboMainFrame *m_frame;      // Not owned; the shell's.
+    SoMiraboTreeView *m_tree = nullptr; // Not owned; its dock's.
+    std::unique_ptr<SoMiraboEdition> m_edition;
+};
+
+} // namespace mirabo

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbVec.h>
+#include <kalmyr/events/SoKeyboardEvent.h>
+
+class QStringList;
+class SbViewportRegion;
+class SoGuiRenderArea;
+class SoNode;
+class SoRenderAreaCore;
+class SoSceneManager;
+
+/// Starts the inspector on a live scene, from any host.
+///
+/// All members run in the thread of the Qt application, or, in a host without Qt, in the one that
+/// starts the tool; such a host calls processEvents() in its loop until it returns false. Starting
+/// while the tool runs changes nothing. Members do nothing, and return false or 0, when the
+/// library's hooks cannot be found.
+class MIRABO_API SoMirabo {
+public:
+    /// The constructors and the assignment do nothing; they serve old hosts.
+    SoMirabo(int argc, char **argv);
+    SoMirabo(int argc, char **argv, SoGuiRenderArea *area);
+    explicit SoMirabo(const QStringList *arguments);
+    ~SoMirabo();
+    SoMirabo &operator=(const SoMirabo &);
+
+    static void start(SoNode *root);
+    /// `parent` is the parent widget (QWidget *) of the main window, or null.
+    static void start(SoNode *root, void *parent);
+    static void start(SoSceneManager *manager);
+    static void start(SoSceneManager *manager, void *parent);
+    static void start(const SoRenderAreaCore *area);
+
+    /// As start() on the area's scene manager; the arguments are ignored.
+    static void launch(int argc, char **argv, SoGuiRenderArea *area);
+    static void setInstance(int argc, char **argv, SoGuiRenderArea *area);
+    static void setInstance(int argc, char **argv, SoNode *root, bool flag);
+
+    static void stop();
+    static bool isRunning();
+    static int isInstance();
+    /// Pumps Qt where the tool owns it, and ends a tool whose window was closed. False once it no
+    /// longer runs.
+    static bool processEvents();
+
+    /// A pick of the host at a window position (pixels): the picked node is selected in the tree.
+    static void setPickAction(const SbViewportRegion &region, SbVec2s cursor);
+    static void setSceneGraph(SoNode *root);
+
+    /// The key that opens the tool from a render area.
+    static SoKeyboardEvent::Key getShortcutValue();
+    static void setShortcutValue(SoKeyboardEvent::Key key);
+};

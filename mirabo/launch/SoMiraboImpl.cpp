@@ -1,0 +1,202 @@
+#include "mirabo/launch/SoMiraboImpl.h"
+
+#include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/MrbPluginsManager.h"
+#include "mirabo/extension/MrbServicesImpl.h"
+#include "mirabo/extension/MrbShellImpl.h"
+#include "mirabo/launch/Configuration.h"
+#include "mirabo/launch/QtApplication.h"
+#include "mirabo/launch/RenderAreaFinder.h"
+#include "mirabo/launch/Session.h"
+#include "mirabo/preferences/Settings.h"
+#include "mirabo/tree/NodeCategory.h"
+#include "mirabo/viewer/SoMiraboViewer.h"
+
+#include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/gui/SoGuiInit.h>
+#include <kalmyr/gui/SoGuiRenderArea.h>
+#include <kalmyr/gui/SoLibMirabo.h>
+#include <kalmyr/gui/SoSceneManagerImpl.h>
+#include <kalmyr/nodes/SoGradientBackground.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/qt/SoQt.h>
+#include <kalmyr/tilevex/TvSymTool.h>
+
+#include <QCoreApplication>
+#include <QLocale>
+
+#include <array>
+
+namespace {
+
+/// The optional modules of the toolkit that the tool uses; finished in the reverse order.
+constexpr std::array kModules{"Vrml97", "Rendering"};
+
+struct Run {
+    bool running = false;
+    bool finishPending = false;
+    bool sensorsServed = false; ///< SoQt was initialised by this run
+    mirabo::QtApplication application;
+    std::unique_ptr<mirabo::Session> session;
+};
+
+Run &run()
+{
+    static Run r;
+    return r;
+}
+
+/// False when the tool runs already.
+bool prepare()
+{
+    if (run().running) return false;
+    kalmyr::initGui();
+    mirabo::registerBuiltInConfiguration();
+    return true;
+}
+
+void setPreferences()
+{
+    if (!SoPreferences::hasValue("KMR_DEBUG_STACKERROR")) SoPreferences::setValue("KMR_DEBUG_STACKERROR", "1");
+    SoPreferences::setValue("KMR_STACKWALKER_HTML_OUTPUT", "1");
+}
+
+SoRef<SoNode> defaultScene()
+{
+    SoRef<SoSeparator> root(new SoSeparator);
+    root->addChild(new SoGradientBackground);
+    return SoRef<SoNode>(root.get());
+}
+
+void readConfiguration()
+{
+    const mirabo::Configuration configuration = mirabo::findConfiguration();
+    MrbPluginsManager::getInstance()->read(configuration.pathOrText, configuration.isFile);
+}
+
+void commonStart(const QStringList &arguments, SoSceneManager *manager)
+{
+    Run &r = run();
+    r.running = true;
+    setPreferences();
+    SoMiraboMainFrame *frame = MrbShellImpl::getInstance()->getMainFrame();
+    // The sensors of a host's own loop are served by it; a tool that brings its own Qt, or runs
+    // alone, sees to them.
+    const bool standalone = MrbServicesImpl::getInstance()->isStandalone() != 0;
+    if (standalone || r.application.isOwned()) {
+        SoQt::init(frame);
+        r.sensorsServed = true;
+    }
+    QLocale::setDefault(QLocale::c()); // numbers in field texts have a point
+    for (const char *module : kModules) TvSymTool::initModule(module);
+    r.session = std::make_unique<mirabo::Session>(frame, standalone);
+    if (!manager) r.session->showScene(defaultScene().get());
+    if (arguments.size() > 1) r.session->openFile(arguments.last());
+    readConfiguration();
+}
+
+void tearDown()
+{
+    Run &r = run();
+    r.finishPending = false;
+    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    if (SoSceneManager *manager = services->isStandalone() ? nullptr : services->getSceneManager())
+        manager->getImpl()->setOwnMirabo(0);
+    MrbPluginsManager::getInstance();
+    MrbPluginsManager::releaseInstance();
+    if (r.session) r.session->release();
+    MrbServicesImpl::destroyInstance();
+    SoMiraboViewer::destroyInstance();
+    r.session.reset();
+    MrbShellImpl::destroyInstance();
+    mirabo::releaseSettings();
+    mirabo::forgetCategoryIcons();
+    r.running = false;
+    for (auto module = kModules.rbegin(); module != kModules.rend(); ++module)
+        TvSymTool::finishModule(*module);
+    if (r.sensorsServed) SoQt::finish();
+    r.sensorsServed = false;
+    r.application.release();
+}
+
+} // namespace
+
+void SoMiraboImpl::startNode(SoNode *root, QWidget *parent)
+{
+    if (!prepare()) return;
+    const SoRef<SoNode> kept(root);
+    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    services->setStandalone(0);
+    services->setSceneManager(nullptr);
+    if (!run().application.obtain()) return;
+    MrbShellImpl::getInstance(parent);
+    commonStart({}, nullptr);
+    run().session->showScene(root);
+    MrbShellImpl::getInstance()->getMainFrame()->show();
+}
+
+void SoMiraboImpl::startSceneManager(SoSceneManager *manager, QWidget *parent)
+{
+    if (!prepare()) return;
+    manager->getImpl()->setOwnMirabo(1);
+    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    services->setStandalone(0);
+    services->setSceneManager(manager);
+    if (!services->getRenderArea()) services->setRenderArea(mirabo::findRenderArea(manager));
+    if (!run().application.obtain()) return;
+    MrbShellImpl::getInstance(parent);
+    commonStart({}, manager);
+    run().session->showScene(manager->getSceneGraph());
+    MrbShellImpl::getInstance()->getMainFrame()->show();
+}
+
+void SoMiraboImpl::startRenderArea(SoGuiRenderArea *area)
+{
+    if (run().running) return;
+    MrbServicesImpl::getInstance()->setRenderArea(area);
+    startSceneManager(area->getSceneManager(), nullptr);
+}
+
+void SoMiraboImpl::startStandalone(int &argc, char **argv)
+{
+    if (!prepare()) return;
+    if (!run().application.obtain(argc, argv)) return;
+    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    services->setStandalone(1);
+    services->setRenderArea(nullptr);
+    services->setSceneManager(nullptr);
+    if (!SoLibMirabo::isAvailable()) SoLibMirabo::instance();
+    commonStart(QCoreApplication::arguments(), nullptr);
+    if (!SoPreferences::getBool("KMR_DISABLE_MAINLOOP", false))
+        MrbShellImpl::getInstance()->getMainFrame()->show();
+}
+
+void SoMiraboImpl::stop()
+{
+    run().running = false;
+    tearDown();
+}
+
+bool SoMiraboImpl::isRunning()
+{
+    return run().running;
+}
+
+int SoMiraboImpl::processEvents()
+{
+    Run &r = run();
+    if (r.running && r.application.isOwned()) QCoreApplication::processEvents();
+    if (r.finishPending) tearDown();
+    return r.running ? 1 : 0;
+}
+
+void SoMiraboImpl::setPickAction(const SbViewportRegion &region, SbVec2s cursor)
+{
+    if (run().running && run().session) run().session->pick(region, cursor);
+}
+
+void SoMiraboImpl::requestFinish()
+{
+    run().running = false;
+    run().finishPending = true;
+}

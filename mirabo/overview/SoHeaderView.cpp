@@ -1,0 +1,15 @@
+#include "mirabo/overview/SoHeaderView.h"
+
+#include <QMouseEvent>
+
+SoHeaderView::SoHeaderView(QWidget *parent) : QHeaderView(Qt::Horizontal, parent)
+{
+    setSectionsClickable(true);
+    setHighlightSections(false);
+}
+
+void SoHeaderView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::RightButton) Q_EMIT rightClicked(event->globalPos());
+    QHeaderView::mouseReleaseEvent(event);
+}

@@ -1,0 +1,316 @@
+#include "mirabo/viewer/SoMiraboViewer.h"
+
+#include "mirabo/core/LiveInput.h"
+#include "mirabo/core/Messages.h"
+#include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extension/MrbServicesImpl.h"
+#include "mirabo/preferences/Settings.h"
+
+#include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/base/SoReadError.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/gui/SoGuiExaminerViewer.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/qt/SoQtExaminerViewer.h>
+#include <kalmyr/rendering/SoLineHighlightRenderAction.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+
+#include <QApplication>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QSettings>
+
+namespace {
+
+SoMiraboViewer *s_instance = nullptr;
+
+const QString kGeometry = QString::fromLatin1(mirabo::kMainFrameGroup);
+constexpr int kUnsetSize = 32767;
+
+QString toQString(const SbString &text)
+{
+    return QString::fromUtf8(text.getString());
+}
+
+bool isEmbeddedLaunch()
+{
+    return SoPreferences::getBool("KMRU_LAUNCH_MIRABO", false)
+           || SoPreferences::getBool("ART_LAUNCH_MIRABO", false);
+}
+
+/// Installs a read-error handler for a scope and puts the old one back.
+class ReadErrorScope {
+public:
+    ReadErrorScope(SoErrorCB *handler, void *data)
+        : m_oldHandler(SoReadError::getHandlerCallback()), m_oldData(SoReadError::getHandlerData())
+    {
+        SoReadError::setHandlerCallback(handler, data);
+    }
+    ~ReadErrorScope() { SoReadError::setHandlerCallback(m_oldHandler, m_oldData); }
+
+private:
+    SoErrorCB *m_oldHandler;
+    void *m_oldData;
+};
+
+} // namespace
+
+SoMiraboViewer *SoMiraboViewer::instance()
+{
+    if (!s_instance) s_instance = new SoMiraboViewer;
+    return s_instance;
+}
+
+bool SoMiraboViewer::exists()
+{
+    return s_instance != nullptr;
+}
+
+void SoMiraboViewer::destroyInstance()
+{
+    delete s_instance;
+    s_instance = nullptr;
+}
+
+SoMiraboViewer::SoMiraboViewer() : m_selection(new SoSelection)
+{
+    m_selection->policy = SoSelection::SINGLE;
+    m_selection->addSelectionCallback(&SoMiraboViewer::pathSelected, this);
+}
+
+SoMiraboViewer::~SoMiraboViewer()
+{
+    m_selection->removeSelectionCallback(&SoMiraboViewer::pathSelected, this);
+    m_selection->deselectAll();
+    m_selection->removeAllChildren();
+}
+
+void SoMiraboViewer::pathSelected(void *data, SoPath *path)
+{
+    auto *self = static_cast<SoMiraboViewer *>(data);
+    if (!self->m_highlighting) Q_EMIT self->nodePicked(path->getTail());
+}
+
+void SoMiraboViewer::setUp(SoMiraboMainFrame *frame, bool standalone)
+{
+    m_frame = frame;
+    if (standalone) createExaminer();
+    m_highlightMode = mirabo::readHighlightSelectedNode() ? OUTLINED : NOT_HIGHLIGHTED;
+    if (!isEmbeddedLaunch()) {
+        MrbServicesImpl *services = MrbServicesImpl::getInstance();
+        m_highlightAction = std::make_unique<SoLineHighlightRenderAction>();
+        m_highlightAction->setVisible(m_highlightMode == OUTLINED);
+        if (standalone) services->getSceneManager()->setGLRenderAction(m_highlightAction.get());
+        services->watchSelection(m_highlightMode == OUTLINED ? m_selection.get() : nullptr);
+    }
+    if (m_examiner) m_examiner->setSceneGraph(m_selection.get());
+    createDocks();
+}
+
+void SoMiraboViewer::createExaminer()
+{
+    m_viewerDock = new QDockWidget(tr("Kalmyr SceneViewer"), m_frame);
+    m_viewerDock->setObjectName("dockSceneViewer");
+    m_viewerDock->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    m_examiner = std::make_unique<SoQtExaminerViewer>(m_viewerDock, "Examiner", true,
+                                                      SoQtViewer::BUILD_ALL, SoQtViewer::BROWSER);
+    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    services->setRenderArea(m_examiner->getGuiRenderArea());
+    services->setSceneManager(m_examiner->getSceneManager());
+    m_viewerDock->setWidget(m_examiner->getWidget());
+    m_frame->setCentralWidget(m_viewerDock);
+}
+
+QDockWidget *SoMiraboViewer::addDock(const char *name, const QString &title)
+{
+    auto *dock = new QDockWidget(title, m_frame);
+    dock->setObjectName(name);
+    return dock;
+}
+
+void SoMiraboViewer::createDocks()
+{
+    m_treeDock = addDock("dockMainWin", tr("Tree View"));
+    m_overviewDock = addDock("dockNodeOverview", tr("Node Overview"));
+    m_watchDock = addDock("dockFieldWatch", tr("Field Watch"));
+    m_frame->setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    m_frame->addDockWidget(Qt::LeftDockWidgetArea, m_treeDock);
+    m_frame->addDockWidget(Qt::BottomDockWidgetArea, m_overviewDock);
+    m_frame->addDockWidget(Qt::BottomDockWidgetArea, m_watchDock);
+    m_frame->splitDockWidget(m_overviewDock, m_watchDock, Qt::Horizontal);
+}
+
+void SoMiraboViewer::setScene(SoNode *root, bool resetCommands)
+{
+    const SoRef<SoNode> kept(root);
+    Q_EMIT sceneAboutToChange();
+    if (resetCommands) Q_EMIT undoResetRequested();
+    if (m_highlightMode == OUTLINED) m_selection->deselectAll();
+    m_root = nullptr;
+    m_selection->removeAllChildren();
+    if (root) {
+        m_root = root;
+        m_selection->addChild(root);
+        m_selection->deselectAll();
+        if (m_examiner) m_examiner->setSceneGraph(m_selection.get());
+    }
+    Q_EMIT sceneChanged(root);
+}
+
+void SoMiraboViewer::setHighlightMode(HighlightMode mode)
+{
+    if (mode == m_highlightMode) return;
+    m_highlightMode = mode;
+    if (mode == NOT_HIGHLIGHTED) m_selection->deselectAll();
+    if (m_highlightAction) m_highlightAction->setVisible(mode == OUTLINED);
+    MrbServicesImpl::getInstance()->watchSelection(mode == OUTLINED ? m_selection.get() : nullptr);
+    refresh();
+}
+
+void SoMiraboViewer::highlight(const SoPath *path)
+{
+    if (m_highlightMode != OUTLINED) return;
+    m_highlighting = true;
+    m_selection->deselectAll();
+    if (path && !path->isEmpty() && path->getHead() == m_root) {
+        const SoRef<SoPath> below(new SoPath(m_selection.get()));
+        below->append(path->getHead(), 0);
+        for (int i = 1; i < path->getLength(); ++i) below->append(path->getNode(i), path->getIndex(i));
+        m_selection->select(below.get());
+    }
+    m_highlighting = false;
+}
+
+void SoMiraboViewer::refresh()
+{
+    if (m_examiner) m_examiner->scheduleRedraw();
+}
+
+bool SoMiraboViewer::openSceneFile(const QString &fileName)
+{
+    LiveInput input(m_frame);
+    m_readError.clear();
+    bool opened = false;
+    {
+        const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+        opened = input.openFile(fileName.toUtf8().constData());
+    }
+    if (opened) return readScene(input);
+    mirabo::showWarning(m_frame, "MiraboReadFile",
+                        m_readError.isEmpty() ? tr("Can't load '%1'.").arg(fileName) : m_readError);
+    m_readError.clear();
+    return false;
+}
+
+void SoMiraboViewer::readErrorPosted(const SoError *error, void *data)
+{
+    auto *self = static_cast<SoMiraboViewer *>(data);
+    // The first is the cause; what follows comes from it.
+    if (self->m_readError.isEmpty()) self->m_readError = toQString(error->getPrintedText());
+}
+
+SoNode *SoMiraboViewer::read(LiveInput &input)
+{
+    const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    if (input.isFileVRML2()) return SoDB::readAllVRML(&input);
+    return SoDB::readAll(&input);
+}
+
+bool SoMiraboViewer::readScene(LiveInput &input)
+{
+    const SbString name = input.getCurFileName();
+    if (name.isEmpty()) return false;
+    const SbString directory = SbFileHelper::getDirName(name);
+    SoInput::removeDirectory(directory);
+    SoInput::addDirectoryLast(directory);
+    m_readError.clear();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const SoRef<SoNode> root(read(input));
+    input.closeFile();
+    QApplication::restoreOverrideCursor();
+    if (root) {
+        setCurrentFile(toQString(name));
+        setScene(root.get(), true);
+        addRecentFile(toQString(name));
+        m_frame->action(mirabo::ActionId::Reload)->setEnabled(true);
+    }
+    if (!m_readError.isEmpty()) mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
+    m_readError.clear();
+    return static_cast<bool>(root);
+}
+
+void SoMiraboViewer::setCurrentFile(const QString &fileName)
+{
+    m_currentFile = fileName;
+    m_frame->setWindowTitle(fileName.isEmpty() ? QString("Mirabo") : QString("Mirabo -- %1").arg(fileName));
+}
+
+bool SoMiraboViewer::closeScene()
+{
+    setCurrentFile(QString());
+    const SoRef<SoNode> empty(new SoSeparator);
+    setScene(empty.get(), true);
+    return true;
+}
+
+void SoMiraboViewer::reopenRecentFile(int index)
+{
+    if (index >= m_recentFiles.paths().size()) return;
+    const QString path = m_recentFiles.paths().at(index);
+    if (QFileInfo::exists(path))
+        openSceneFile(path);
+    else
+        mirabo::showCritical(m_frame, "Mirabo -- Load File",
+                             QString("Can't load '%1'. \n This file doesn't exist anymore.").arg(path));
+}
+
+void SoMiraboViewer::addRecentFile(const QString &path)
+{
+    m_recentFiles.add(path);
+    m_frame->showRecentFiles(m_recentFiles.paths());
+}
+
+void SoMiraboViewer::applyDefaultLayout()
+{
+    const int unit = m_frame->fontMetrics().averageCharWidth();
+    m_frame->resizeDocks({m_treeDock}, {unit * 62}, Qt::Horizontal);
+    m_frame->resizeDocks({m_overviewDock, m_watchDock}, {unit * 95, unit * 45}, Qt::Horizontal);
+    m_frame->resizeDocks({m_overviewDock}, {m_frame->fontMetrics().height() * 18}, Qt::Vertical);
+}
+
+void SoMiraboViewer::readSettings()
+{
+    using namespace mirabo;
+    const int width = readInt(kGeometry + "/WindowWidth", kUnsetSize);
+    const int height = readInt(kGeometry + "/WindowHeight", kUnsetSize);
+    const int x = readInt(kGeometry + "/WindowX", 0);
+    const int y = readInt(kGeometry + "/WindowY", 0);
+    const QString layout = readText(kGeometry + "/MainWindowLayout", QString());
+    m_recentFiles.read();
+    m_frame->showRecentFiles(m_recentFiles.paths());
+    m_frame->move(x, y);
+    if (layout.isEmpty()) {
+        m_frame->resize(1280, 900); // what "restore down" gives
+        m_frame->setWindowState(Qt::WindowMaximized);
+        applyDefaultLayout();
+        return;
+    }
+    m_frame->resize(width, height);
+    m_frame->restoreState(QByteArray::fromBase64(layout.toLatin1()));
+}
+
+void SoMiraboViewer::writeSettings()
+{
+    QSettings &store = mirabo::settings();
+    store.setValue(kGeometry + "/WindowWidth", m_frame->width());
+    store.setValue(kGeometry + "/WindowHeight", m_frame->height());
+    store.setValue(kGeometry + "/WindowX", m_frame->x());
+    store.setValue(kGeometry + "/WindowY", m_frame->y());
+    store.setValue(kGeometry + "/MainWindowLayout",
+                   QString::fromLatin1(m_frame->saveState().toBase64()));
+    m_recentFiles.write();
+    store.sync();
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "mirabo/core/Panels.h"
+#include "mirabo/core/RecentFiles.h"
+
+#include <kalmyr/actions/SoGLRenderAction.h>
+#include <kalmyr/base/SoRef.h>
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class LiveInput;
+class QDockWidget;
+class QWidget;
+class SoError;
+class SoLineHighlightRenderAction;
+class SoPath;
+class SoMiraboMainFrame;
+class SoQtExaminerViewer;
+class SoSelection;
+
+/// Owner of the inspected scene as a document: selection node with the scene below it, highlight,
+/// current file, recent files, and, when the tool runs standalone, the viewer.
+class SoMiraboViewer final : public QObject, public mirabo::SceneDocument {
+    Q_OBJECT
+
+public:
+    enum HighlightMode { OUTLINED = 0, NOT_HIGHLIGHTED = 1 };
+
+    /// Created on first use.
+    static SoMiraboViewer *instance();
+    static bool exists();
+    static void destroyInstance();
+
+    /// Makes the docks, and the viewer when the tool runs standalone.
+    void setUp(SoMiraboMainFrame *frame, bool standalone);
+
+    QDockWidget *getTreeDock() const { return m_treeDock; }
+    QDockWidget *getOverviewDock() const { return m_overviewDock; }
+    QDockWidget *getWatchDock() const { return m_watchDock; }
+    SoQtExaminerViewer *getExaminerViewer() const { return m_examiner.get(); }
+    SoSelection *getSelectionNode() const { return m_selection.get(); }
+    const QString &getCurrentFile() const { return m_currentFile; }
+
+    void setScene(SoNode *root, bool resetCommands) override;
+    SoNode *getScene() const override { return m_root; }
+    bool openSceneFile(const QString &fileName) override;
+    bool closeScene() override;
+    void reopenRecentFile(int index) override;
+    void highlight(const SoPath *path) override;
+    void saveWindowSettings() override { writeSettings(); }
+    void refresh() override;
+
+    HighlightMode getHighlightMode() const { return m_highlightMode; }
+    void setHighlightMode(HighlightMode mode);
+
+    /// Reads a whole scene from an opened input and makes it the document. The old scene stays, and
+    /// the first error is shown, when that fails.
+    bool readScene(LiveInput &input);
+
+    void addRecentFile(const QString &path);
+    /// Window geometry, dock layout and recent files, from and to the settings.
+    void readSettings();
+    void writeSettings();
+
+Q_SIGNALS:
+    /// The scene is about to be replaced; whoever holds on to nodes lets go.
+    void sceneAboutToChange();
+    /// The new scene is in place: the tree is rebuilt on it (null: none).
+    void sceneChanged(SoNode *root);
+    void undoResetRequested();
+    /// The user picked a node in the viewer.
+    void nodePicked(SoNode *node);
+
+private:
+    SoMiraboViewer();
+    ~SoMiraboViewer() override;
+
+    void createExaminer();
+    void createDocks();
+    QDockWidget *addDock(const char *name, const QString &title);
+    void applyDefaultLayout();
+    void setCurrentFile(const QString &fileName);
+    static void pathSelected(void *data, SoPath *path);
+    static void readErrorPosted(const SoError *error, void *data);
+    SoNode *read(LiveInput &input);
+
+    SoMiraboMainFrame *m_frame = nullptr; // Not owned; the shell's.
+    SoNode *m_root = nullptr;             // Kept by the selection node.
+    std::unique_ptr<SoQtExaminerViewer> m_examiner;
+    SoRef<SoSelection> m_selection;
+    HighlightMode m_highlightMode = OUTLINED;
+    std::unique_ptr<SoLineHighlightRenderAction> m_highlightAction;
+    QDockWidget *m_treeDock = nullptr;
+    QDockWidget *m_overviewDock = nullptr;
+    QDockWidget *m_watchDock = nullptr;
+    QDockWidget *m_viewerDock = nullptr;
+    QString m_currentFile;
+    mirabo::RecentFiles m_recentFiles;
+    QString m_readError;
+    bool m_highlighting = false; ///< the selection is being changed by ourselves
+};
