@@ -26,8 +26,8 @@ const std::string& floatText()
         std::string s = "[\n";
         char buffer[64];
         for (int i = 0; i < kNumbers / 3; ++i) {
-            const int n = std::snprintf(buffer, sizeof buffer, "  %.6g %.6g %.6g,\n", number(random),
-                                        number(random), number(random));
+            const int n = std::snprintf(buffer, sizeof buffer, "  %.6g %.6g %.6g,\n",
+                                        number(random), number(random), number(random));
             s.append(buffer, static_cast<std::size_t>(n));
         }
         return s + "]\n";
@@ -108,7 +108,7 @@ void writeFloor(benchmark::State& state, const std::vector<T>& values)
         std::string out;
         char buffer[64];
         for (const T value : values) {
-            const char* end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+            char* const end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
             out.append(buffer, end);
             out += ' ';
         }

@@ -79,8 +79,14 @@ TEST_F(NamedFields, BitMasksReadEveryWayOfWriting)
     SoSFBitMask field;
     field.setEnums(kParts);
     const std::pair<const char*, int> cases[] = {
-        {"NONE", 0}, {"ALL", 7},        {"TOP", 4},          {"(SIDES|TOP)", 5},
-        {"6", 6},    {"(SIDES)", 1},    {"( SIDES | ALL )", 7}, {"(TOP | 0x18)", 28},
+        {"NONE", 0},
+        {"ALL", 7},
+        {"TOP", 4},
+        {"(SIDES|TOP)", 5},
+        {"6", 6},
+        {"(SIDES)", 1},
+        {"( SIDES | ALL )", 7},
+        {"(TOP | 0x18)", 28},
     };
     for (const auto& [text, value] : cases) {
         ASSERT_TRUE(field.set(text)) << text;
@@ -133,8 +139,9 @@ TEST_F(NamedFields, ArraysKeepTypeAndSizeThroughText)
 
     EXPECT_FALSE(back.setValue({-1, 1, 1}, SoSFArray::FLOAT));
     EXPECT_FALSE(back.setValue({1 << 20, 1 << 20, 1 << 20}, SoSFArray::DOUBLE));
-    for (const char* text : {"FLOAT 2 1 1 [ 1 ]", "FLOAT 1 1 1 [ 1 2 ]", "UNSIGNED_BYTE 1 1 1 [ 256 ]",
-                             "FLOAT 60000 60000 1 [ 0 ]", "WORD 1 1 1 [ 0 ]", "FLOAT -1 1 1 [ ]"}) {
+    for (const char* text :
+         {"FLOAT 2 1 1 [ 1 ]", "FLOAT 1 1 1 [ 1 2 ]", "UNSIGNED_BYTE 1 1 1 [ 256 ]",
+          "FLOAT 60000 60000 1 [ 0 ]", "WORD 1 1 1 [ 0 ]", "FLOAT -1 1 1 [ ]"}) {
         const auto errors = support::expectErrors();
         EXPECT_FALSE(back.set(text)) << text;
     }

@@ -165,8 +165,8 @@ TEST_F(NodeFields, EditListsWithOneNotificationEach)
     parts.insertSpace(2, 1);
     step("insertSpace", {plain[0], plain[0], nullptr, plain[3], plain[4]});
     EXPECT_TRUE(parts.setValues(4, plain));
-    step("setValues from 4", {plain[0], plain[0], nullptr, plain[3], plain[0], plain[1], plain[2],
-                              plain[3], plain[4]});
+    step("setValues from 4",
+         {plain[0], plain[0], nullptr, plain[3], plain[0], plain[1], plain[2], plain[3], plain[4]});
     EXPECT_TRUE(parts.setValue(plain[1]));
     step("setValue", {plain[1]});
     EXPECT_EQ(nodes[1]->getRefCount(), 2);

@@ -22,9 +22,19 @@ std::vector<T> numberSamples()
 {
     using Limits = std::numeric_limits<T>;
     if constexpr (std::is_floating_point_v<T>) {
-        return {T(0), -T(0), T(1) / 3, -T(1e-7), T(16777217), Limits::denorm_min(), Limits::min(),
-                Limits::max(), Limits::lowest(), Limits::epsilon(), Limits::infinity(),
-                -Limits::infinity(), Limits::quiet_NaN()};
+        return {T(0),
+                -T(0),
+                T(1) / 3,
+                -T(1e-7),
+                T(16777217),
+                Limits::denorm_min(),
+                Limits::min(),
+                Limits::max(),
+                Limits::lowest(),
+                Limits::epsilon(),
+                Limits::infinity(),
+                -Limits::infinity(),
+                Limits::quiet_NaN()};
     } else {
         return {T(0), T(1), T(7), Limits::max(), Limits::min()};
     }
@@ -116,9 +126,12 @@ template <>
 struct Samples<SbRotation> {
     static std::vector<SbRotation> make()
     {
-        std::vector<SbRotation> result{SbRotation(), SbRotation(SbVec3f(0, 1, 0), 1.57f),
-                                       SbRotation(0, 0, 0, -1), SbRotation(1, 0, 0, 0),
-                                       SbRotation(1e-20f, 0, 0, 1), SbRotation(-0.0f, 1, 0, 1e-8f),
+        std::vector<SbRotation> result{SbRotation(),
+                                       SbRotation(SbVec3f(0, 1, 0), 1.57f),
+                                       SbRotation(0, 0, 0, -1),
+                                       SbRotation(1, 0, 0, 0),
+                                       SbRotation(1e-20f, 0, 0, 1),
+                                       SbRotation(-0.0f, 1, 0, 1e-8f),
                                        SbRotation(SbVec3f(1, 1, 1), 6.28318f)};
         std::mt19937 random(7);
         std::uniform_real_distribution<float> number(-1, 1);
@@ -143,9 +156,18 @@ struct Samples<SbPlane> {
         return result;
     }
 };
-const std::vector<const char*> kTexts{"", "plain", "two words", "say \"hi\"", "C:\\new\\", "\\\"",
-                                      "line\nbreak\t# no comment", "gr\xc3\xbc\xc3\x9f", "[,]{}", "IS",
-                                      "7up", "~"};
+const std::vector<const char*> kTexts{"",
+                                      "plain",
+                                      "two words",
+                                      "say \"hi\"",
+                                      "C:\\new\\",
+                                      "\\\"",
+                                      "line\nbreak\t# no comment",
+                                      "gr\xc3\xbc\xc3\x9f",
+                                      "[,]{}",
+                                      "IS",
+                                      "7up",
+                                      "~"};
 template <>
 struct Samples<SbString> {
     static std::vector<SbString> make() { return {kTexts.begin(), kTexts.end()}; }
@@ -203,7 +225,8 @@ protected:
 // ---- single values
 
 template <class Field>
-class SingleField : public Fields {};
+class SingleField : public Fields {
+};
 
 using SingleFields =
     testing::Types<SoSFBool, SoSFInt32, SoSFUInt32, SoSFShort, SoSFUShort, SoSFFloat, SoSFDouble,
@@ -294,7 +317,8 @@ TYPED_TEST(SingleField, FollowsItsMaster)
 // ---- multiple values
 
 template <class Field>
-class MultipleField : public Fields {};
+class MultipleField : public Fields {
+};
 
 using MultipleFields =
     testing::Types<SoMFBool, SoMFInt32, SoMFUInt32, SoMFShort, SoMFUShort, SoMFFloat, SoMFDouble,
@@ -335,7 +359,8 @@ TYPED_TEST(MultipleField, TextGivesTheSameBitsBack)
         const std::vector<T> more = samples;
         samples.insert(samples.end(), more.begin(), more.end());
     }
-    for (const std::size_t size : {std::size_t(0), std::size_t(1), std::size_t(2), samples.size()}) {
+    for (const std::size_t size :
+         {std::size_t(0), std::size_t(1), std::size_t(2), samples.size()}) {
         const std::vector<T> some(samples.begin(), samples.begin() + static_cast<long>(size));
         TypeParam field, back;
         fill(field, some);
@@ -478,7 +503,8 @@ TEST_F(Fields, WriteWhatPeopleRead)
     rotation.setValue(SbVec3f(0, 1, 0), 1.57f);
     EXPECT_EQ(textOf(rotation), "0 1 0 1.57");
     ASSERT_TRUE(rotation.set("0.57735026 0.57735026 0.57735026 -2.5"));
-    EXPECT_EQ(rotation.getValue(), SbRotation(SbVec3f(0.57735026f, 0.57735026f, 0.57735026f), -2.5f));
+    EXPECT_EQ(rotation.getValue(),
+              SbRotation(SbVec3f(0.57735026f, 0.57735026f, 0.57735026f), -2.5f));
     SoMFInt32 list;
     list.setValues({0, 1, -1});
     EXPECT_EQ(textOf(list), "[ 0, 1, -1 ]");

@@ -53,8 +53,6 @@ void SoRayPickAction::beginTraversal(SoNode*)
     m_visitOfPath = 0;
     m_viewId = 0;
     m_objectRayKnown = false;
-    if (m_source == Source::PIXEL)
-        m_position = m_region.normalize(m_pixel);
 }
 
 void SoRayPickAction::endTraversal(SoNode*)
@@ -85,15 +83,18 @@ bool SoRayPickAction::hasRay()
 
 void SoRayPickAction::rayFromView(const SbViewVolume& volume)
 {
+    // The camera may have narrowed the viewport.
+    const SbViewportRegion& region = SoViewportRegionElement::get(getState());
+    const SbVec2f position = m_source == Source::PIXEL ? region.normalize(m_pixel) : m_position;
     SbVec3f nearPoint, farPoint, nearEdge, farEdge;
-    volume.projectPointToLine(m_position, nearPoint, farPoint);
+    volume.projectPointToLine(position, nearPoint, farPoint);
     m_ray.origin = nearPoint;
     m_ray.direction = farPoint - nearPoint;
     m_ray.tMin = 0;
     m_ray.tMax = m_ray.direction.normalize();
     // The pick radius on the near and on the far plane; it grows evenly in between.
-    const float up = m_radius / static_cast<float>(m_region.getViewportSizePixels()[1]);
-    volume.projectPointToLine(m_position + SbVec2f(0, up), nearEdge, farEdge);
+    const float up = m_radius / static_cast<float>(region.getViewportSizePixels()[1]);
+    volume.projectPointToLine(position + SbVec2f(0, up), nearEdge, farEdge);
     m_radius0 = (nearEdge - nearPoint).length();
     const float radius1 = (farEdge - farPoint).length();
     m_radiusSlope = m_ray.tMax > 0 ? (radius1 - m_radius0) / m_ray.tMax : 0;
@@ -112,7 +113,7 @@ SoPickRay SoRayPickAction::getObjectRay()
     if (!m_objectRayKnown || m_matrixId != matrix.getValueId()) {
         const SbMatrix inverse = matrix.value().inverse(&m_invertible);
         m_objectRay.origin = inverse.point(m_ray.origin);
-        // By two points, so that a direction keeps its length relative to t under any matrix.
+        // Not made unit length: t stays the same in both spaces.
         m_objectRay.direction = inverse.direction(m_ray.direction);
         m_matrixId = matrix.getValueId();
         m_objectRayKnown = true;

@@ -16,7 +16,7 @@ void SoModelMatrixElement::makeIdentity(SoState* state, const SoNode* node)
 
 void SoModelMatrixElement::set(SoState* state, const SoNode* node, const SbMatrix& matrix)
 {
-    state->write<SoModelMatrixElement>().SoValueElement::set(node, matrix);
+    state->write<SoModelMatrixElement>().set(node, matrix);
 }
 
 void SoModelMatrixElement::mult(SoState* state, const SoNode* node, const SbMatrix& matrix)

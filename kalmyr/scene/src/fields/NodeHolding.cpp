@@ -14,7 +14,8 @@ bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
     if (!holder->isAtOrBelow(node)) {
         return true;
     }
-    SoDebugError::post("SoField", "%s \"%s\" cannot be held by the field %s of %s \"%s\": it holds it",
+    SoDebugError::post("SoField",
+                       "%s \"%s\" cannot be held by the field %s of %s \"%s\": it holds it",
                        node->getTypeId().getName().getString(), node->getName().getString(),
                        holder->getFieldName(&field).getString(),
                        holder->getTypeId().getName().getString(), holder->getName().getString());

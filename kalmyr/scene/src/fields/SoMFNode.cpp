@@ -279,8 +279,7 @@ bool SoMFNode::readList(SoFieldReader& in)
     std::vector<SoNode*> nodes;
     std::transform(read.begin(), read.end(), std::back_inserter(nodes),
                    [](const SoRef<SoNode>& r) { return r.get(); });
-    return assign(std::move(nodes))
-           || in.text.fail("expected nodes that do not hold this one");
+    return assign(std::move(nodes)) || in.text.fail("expected nodes that do not hold this one");
 }
 
 bool SoMFNode::read1Value(int index, SoFieldReader& in)
@@ -290,8 +289,7 @@ bool SoMFNode::read1Value(int index, SoFieldReader& in)
         return false;
     }
     const SoRef<SoNode> keep(node);
-    return set1Value(index, node)
-           || in.text.fail("expected a node that does not hold this one");
+    return set1Value(index, node) || in.text.fail("expected a node that does not hold this one");
 }
 
 void SoMFNode::write1Value(int index, SoFieldWriter& out) const

@@ -13,10 +13,14 @@ SO_FIELD_SOURCE(SoSFArray, SoSField, "SFArray")
 namespace {
 
 constexpr SoEnumEntry kTypes[] = {
-    {"SIGNED_BYTE", SoSFArray::SIGNED_BYTE},       {"UNSIGNED_BYTE", SoSFArray::UNSIGNED_BYTE},
-    {"SIGNED_SHORT", SoSFArray::SIGNED_SHORT},     {"UNSIGNED_SHORT", SoSFArray::UNSIGNED_SHORT},
-    {"SIGNED_INT32", SoSFArray::SIGNED_INT32},     {"UNSIGNED_INT32", SoSFArray::UNSIGNED_INT32},
-    {"FLOAT", SoSFArray::FLOAT},                   {"DOUBLE", SoSFArray::DOUBLE},
+    {"SIGNED_BYTE", SoSFArray::SIGNED_BYTE},
+    {"UNSIGNED_BYTE", SoSFArray::UNSIGNED_BYTE},
+    {"SIGNED_SHORT", SoSFArray::SIGNED_SHORT},
+    {"UNSIGNED_SHORT", SoSFArray::UNSIGNED_SHORT},
+    {"SIGNED_INT32", SoSFArray::SIGNED_INT32},
+    {"UNSIGNED_INT32", SoSFArray::UNSIGNED_INT32},
+    {"FLOAT", SoSFArray::FLOAT},
+    {"DOUBLE", SoSFArray::DOUBLE},
 };
 
 /// Calls `use` with a value of the C++ type that stands for the data type.
@@ -24,14 +28,22 @@ template <class Use>
 auto withType(SoSFArray::DataType type, Use use)
 {
     switch (type) {
-    case SoSFArray::SIGNED_BYTE: return use(std::int8_t());
-    case SoSFArray::UNSIGNED_BYTE: return use(std::uint8_t());
-    case SoSFArray::SIGNED_SHORT: return use(std::int16_t());
-    case SoSFArray::UNSIGNED_SHORT: return use(std::uint16_t());
-    case SoSFArray::SIGNED_INT32: return use(std::int32_t());
-    case SoSFArray::UNSIGNED_INT32: return use(std::uint32_t());
-    case SoSFArray::DOUBLE: return use(double());
-    case SoSFArray::FLOAT: break;
+    case SoSFArray::SIGNED_BYTE:
+        return use(std::int8_t());
+    case SoSFArray::UNSIGNED_BYTE:
+        return use(std::uint8_t());
+    case SoSFArray::SIGNED_SHORT:
+        return use(std::int16_t());
+    case SoSFArray::UNSIGNED_SHORT:
+        return use(std::uint16_t());
+    case SoSFArray::SIGNED_INT32:
+        return use(std::int32_t());
+    case SoSFArray::UNSIGNED_INT32:
+        return use(std::uint32_t());
+    case SoSFArray::DOUBLE:
+        return use(double());
+    case SoSFArray::FLOAT:
+        break;
     }
     return use(float());
 }

@@ -33,7 +33,8 @@ SoRef<SoPath> copiedPath(const SoNodeCopier& copier, const SoPath* path)
 
 bool appendChild(SoFieldReader& in, SoPath* path, std::int32_t index)
 {
-    const SoChildList* children = path->getTail() ? path->getTail()->getInternalChildren() : nullptr;
+    const SoChildList* children =
+        path->getTail() ? path->getTail()->getInternalChildren() : nullptr;
     if (!children || index < 0 || index >= children->getLength()) {
         return in.text.fail("expected the index of a child");
     }

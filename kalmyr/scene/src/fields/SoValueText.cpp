@@ -267,9 +267,9 @@ bool readNumber(SoTokenizer& in, double& value, bool& precise)
 double writeNumber(std::string& out, double value, int digits, bool& precise)
 {
     char buffer[SbNumber::kMaxChars];
-    char* const end = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                    std::chars_format::general, digits)
-                          .ptr;
+    char* const end =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits)
+            .ptr;
     out.append(buffer, end);
     double read = 0;
     std::from_chars(buffer, end, read);

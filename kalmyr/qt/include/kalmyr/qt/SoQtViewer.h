@@ -6,7 +6,8 @@ class SoCamera;
 class SoGuiViewer;
 
 /// A render area with a camera to move, and a column of buttons at its right edge: pick and view
-/// mode, home and set home, view all, seek, kind of camera, headlight.
+/// mode, home and set home, view all, seek, kind of camera, headlight. The right mouse button opens
+/// the same as a menu in viewing mode.
 ///
 /// Keys while the scene has the focus: Esc view or pick, S seek, H or Home home, V view all.
 class KALMYRQT_API SoQtViewer : public SoQtRenderArea {
@@ -15,12 +16,12 @@ public:
     enum BuildFlag {
         BUILD_NONE = 0,
         BUILD_DECORATION = 1, ///< the button column
-        BUILD_POPUP = 2,      ///< the same as a menu on the right mouse button in viewing mode
+        BUILD_POPUP = 2,      ///< the menu on the right mouse button
         BUILD_ALL = 3
     };
+    /// What the viewer is for.
     enum Type {
-        BROWSER, ///< the viewer's own camera, beside the scene
-        EDITOR   ///< the same for now: a scene's own camera is moved where it has one
+        BROWSER ///< looking at a scene: a camera of the viewer's own stands outside the given scene
     };
 
     ~SoQtViewer() override;
@@ -36,7 +37,7 @@ public:
     void setHeadlight(bool on);
     bool isHeadlight() const;
 
-    /// Shows or hides the button column.
+    /// Shows or hides the button column; it is shown at first when it was built.
     void setDecoration(bool on);
     bool isDecoration() const;
 

@@ -9,6 +9,7 @@ class KALMYR_API SoModelMatrixElement final
 public:
     static int getStackIndex();
     static void makeIdentity(SoState *state, const SoNode *node);
+    using SoValueElement::set;
     static void set(SoState *state, const SoNode *node, const SbMatrix &matrix);
     /// matrix * present: the new transformation applies first.
     static void mult(SoState *state, const SoNode *node, const SbMatrix &matrix);

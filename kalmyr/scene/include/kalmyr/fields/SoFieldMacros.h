@@ -25,9 +25,9 @@ public:                                                                         
     }                                                                                              \
     void Class::initClass()                                                                        \
     {                                                                                              \
-        s_type##Class =                                                                            \
-            SoType::createType(Parent::getClassTypeId(), SbName(name),                             \
-                               []() -> void* { return static_cast<SoField*>(new Class); });        \
+        s_type##Class = SoType::createType(Parent::getClassTypeId(), SbName(name), []() -> void* { \
+            return static_cast<SoField*>(new Class);                                               \
+        });                                                                                        \
     }
 
 /// Assignment from a value, and of one field's value to another of its class.

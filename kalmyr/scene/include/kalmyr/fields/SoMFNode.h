@@ -85,6 +85,6 @@ private:
     void letGo(SoNode* node);
     bool assign(std::vector<SoNode*> nodes);
 
-    std::vector<SoNode*> m_nodes; ///< with references; empty in a bound field
+    std::vector<SoNode*> m_nodes;  ///< with references; empty in a bound field
     SoChildList* m_list = nullptr; // Not owned; the container's.
 };

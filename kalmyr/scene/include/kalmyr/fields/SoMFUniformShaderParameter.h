@@ -7,7 +7,10 @@ class KALMYR_API SoMFUniformShaderParameter final : public SoMFNode {
     SO_FIELD_HEADER(SoMFUniformShaderParameter)
 
     bool addShaderParameter(SoNode* parameter) { return addNode(parameter); }
-    bool insertShaderParameter(SoNode* parameter, int index) { return insertNode(parameter, index); }
+    bool insertShaderParameter(SoNode* parameter, int index)
+    {
+        return insertNode(parameter, index);
+    }
     bool removeShaderParameter(const SoNode* parameter) { return removeNode(parameter); }
     bool removeShaderParameter(int index) { return removeNode(index); }
 };

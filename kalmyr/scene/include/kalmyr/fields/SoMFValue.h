@@ -63,10 +63,7 @@ public:
     {
         setOnly(T(args...));
     }
-    void initValues(std::initializer_list<T> values)
-    {
-        assign({values.begin(), values.size()});
-    }
+    void initValues(std::initializer_list<T> values) { assign({values.begin(), values.size()}); }
 
     /// Replaces one value, growing the field when `index` is at or beyond its end.
     void set1Value(int index, const T& value)
@@ -229,10 +226,7 @@ public:
 protected:
     static constexpr bool kOwnText = false;
     bool readItem(SoFieldReader& in, T& value) const { return kalmyr::readText(in.text, value); }
-    void writeItem(SoFieldWriter& out, const T& value) const
-    {
-        kalmyr::writeText(out.text, value);
-    }
+    void writeItem(SoFieldWriter& out, const T& value) const { kalmyr::writeText(out.text, value); }
 
     bool readList(SoFieldReader& in) override
     {

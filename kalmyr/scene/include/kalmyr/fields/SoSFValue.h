@@ -66,10 +66,7 @@ public:
         valueChanged();
         return true;
     }
-    void writeValue(SoFieldWriter& out) const override
-    {
-        kalmyr::writeText(out.text, getValue());
-    }
+    void writeValue(SoFieldWriter& out) const override { kalmyr::writeText(out.text, getValue()); }
 
 protected:
     T m_value{};

@@ -98,8 +98,8 @@ private:
         // By half, so that appending is linear; a first allocation is exact.
         const std::int64_t half =
             m_num > 1 ? static_cast<std::int64_t>(m_num) + m_num / 2 : std::int64_t(0);
-        reallocate(static_cast<int>(
-            std::clamp<std::int64_t>(half, num, std::numeric_limits<int>::max())));
+        reallocate(
+            static_cast<int>(std::clamp<std::int64_t>(half, num, std::numeric_limits<int>::max())));
     }
     static void release(T* values)
     {
@@ -113,8 +113,9 @@ private:
     {
         T* values;
         if constexpr (kPlain) {
-            values = static_cast<T*>(std::realloc(static_cast<void*>(m_capacity ? m_values : nullptr),
-                                                  static_cast<std::size_t>(capacity) * sizeof(T)));
+            values =
+                static_cast<T*>(std::realloc(static_cast<void*>(m_capacity ? m_values : nullptr),
+                                             static_cast<std::size_t>(capacity) * sizeof(T)));
             if (!values) {
                 throw std::bad_alloc();
             }

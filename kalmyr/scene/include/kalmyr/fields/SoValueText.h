@@ -142,23 +142,25 @@ struct NumberLayout {
     static constexpr int kCount = 1;
 };
 template <class T>
-    requires(std::same_as<T, float> || std::same_as<T, double> || std::same_as<T, std::int32_t>
-             || std::same_as<T, std::uint32_t> || std::same_as<T, std::int16_t>
-             || std::same_as<T, std::uint16_t>)
-struct NumberLayout<T> {
+requires(
+    std::same_as<
+        T,
+        float> || std::same_as<T, double> || std::same_as<T, std::int32_t> || std::same_as<T, std::uint32_t> || std::same_as<T, std::int16_t> || std::same_as<T, std::uint16_t>) struct
+    NumberLayout<T> {
     using Number = T;
     static constexpr int kCount = 1;
 };
 template <class T, int N>
-    requires(!std::same_as<typename NumberLayout<T>::Number, void>)
-struct NumberLayout<SbVec<T, N>> {
+requires(!std::same_as<typename NumberLayout<T>::Number, void>) struct NumberLayout<SbVec<T, N>> {
     using Number = T;
     static constexpr int kCount = N;
 };
 template <>
-struct NumberLayout<SbColor> : NumberLayout<SbVec3f> {};
+struct NumberLayout<SbColor> : NumberLayout<SbVec3f> {
+};
 template <>
-struct NumberLayout<SbColorRGBA> : NumberLayout<SbVec4f> {};
+struct NumberLayout<SbColorRGBA> : NumberLayout<SbVec4f> {
+};
 template <>
 struct NumberLayout<SbMatrix> {
     using Number = float;
@@ -203,8 +205,7 @@ bool readTextList(SoTokenizer& in, Extend&& extend)
                 std::min<std::size_t>(kListPiece, in.getRemaining() / (2 * kCount) + 1));
             auto* to = reinterpret_cast<Number*>(extend(piece));
             const int wanted = piece * kCount;
-            const int got =
-                static_cast<int>(in.readNumbers(to, static_cast<std::size_t>(wanted)));
+            const int got = static_cast<int>(in.readNumbers(to, static_cast<std::size_t>(wanted)));
             total += piece;
             in.reportProgress();
             if (got == wanted) {
@@ -214,8 +215,7 @@ bool readTextList(SoTokenizer& in, Extend&& extend)
             if (got % kCount == 0 && in.accept(']')) {
                 return true;
             }
-            return in.fail(got % kCount != 0 ? "expected a number"
-                                             : "expected a number or ']'");
+            return in.fail(got % kCount != 0 ? "expected a number" : "expected a number or ']'");
         }
     }
 }

@@ -1,0 +1,97 @@
+// A mesh of a million triangles: building its geometry, its search tree, and rays through it.
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/SoGeometry.h>
+#include <kalmyr/shapes/TriangleTree.h>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+constexpr int kSide = 707; // 2 * 707 * 707 triangles
+
+struct Grid {
+    std::vector<SbVec3f> positions;
+    std::vector<std::int32_t> faces;
+    std::vector<std::uint32_t> triangles;
+
+    Grid()
+    {
+        for (int y = 0; y <= kSide; ++y) {
+            for (int x = 0; x <= kSide; ++x) {
+                const auto fx = static_cast<float>(x), fy = static_cast<float>(y);
+                positions.emplace_back(fx, fy, 20 * std::sin(fx * 0.03f) * std::cos(fy * 0.05f));
+            }
+        }
+        for (int y = 0; y < kSide; ++y) {
+            for (int x = 0; x < kSide; ++x) {
+                const int a = y * (kSide + 1) + x, b = a + 1, c = a + kSide + 1, d = c + 1;
+                faces.insert(faces.end(), {a, b, d, -1, a, d, c, -1});
+            }
+        }
+        for (const std::int32_t i : faces) {
+            if (i >= 0) triangles.push_back(static_cast<std::uint32_t>(i));
+        }
+    }
+};
+
+const Grid &grid()
+{
+    static const Grid s_grid;
+    return s_grid;
+}
+
+/// Argument: crease angle in tenths of a radian.
+void buildGeometry(benchmark::State &state)
+{
+    kalmyr::FaceInput input;
+    input.positions = grid().positions;
+    input.coordIndex = grid().faces;
+    input.creaseAngle = static_cast<float>(state.range(0)) / 10;
+    for (auto _ : state) {
+        const SoRef<SoGeometry> geometry(new SoGeometry);
+        kalmyr::FaceBuilder(input).build(*geometry);
+        benchmark::DoNotOptimize(geometry->triangles.data());
+        state.counters["vertices"] = static_cast<double>(geometry->positions.size());
+    }
+    state.counters["triangles"] = static_cast<double>(grid().triangles.size() / 3);
+}
+
+void buildTree(benchmark::State &state)
+{
+    for (auto _ : state) {
+        const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
+        state.counters["bytes/triangle"] =
+            static_cast<double>(tree.getSize()) / static_cast<double>(tree.getNumTriangles());
+    }
+}
+
+void castRay(benchmark::State &state)
+{
+    const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
+    std::mt19937 engine(1);
+    std::uniform_real_distribution<float> place(0, kSide);
+    std::vector<std::pair<SbVec3f, SbVec3f>> rays;
+    for (int i = 0; i < 4096; ++i) {
+        const SbVec3f from(place(engine), place(engine), 300), to(place(engine), place(engine), 0);
+        rays.emplace_back(from, to - from);
+    }
+    std::size_t i = 0, hits = 0;
+    for (auto _ : state) {
+        kalmyr::TriangleTree::Hit hit;
+        const auto &[origin, direction] = rays[i++ % rays.size()];
+        hits += tree.intersect(origin, direction, 0, 1e30f, hit);
+    }
+    state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());
+}
+
+} // namespace
+
+BENCHMARK(buildGeometry)->Arg(0)->Arg(5)->Arg(32)->Unit(benchmark::kMillisecond);
+BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
+BENCHMARK(castRay)->Unit(benchmark::kMicrosecond);
+BENCHMARK_MAIN();

@@ -1,0 +1,1 @@
+"""Writes the scenes of this folder; see ../generate.py."""

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/core/SoFieldContainer.h>
+
+class SoSceneManager;
+
+/// What every render area is at least: the holder of a scene manager.
+class KALMYRGUI_API SoRenderAreaCore : public SoFieldContainer {
+public:
+    static SoType getClassTypeId();
+    static void initClass();
+
+    virtual SoSceneManager *getSceneManager() const = 0;
+};

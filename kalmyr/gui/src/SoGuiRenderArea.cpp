@@ -1,0 +1,116 @@
+#include <kalmyr/gui/SoGuiRenderArea.h>
+
+#include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/events/SoKeyboardEvent.h>
+#include <kalmyr/gui/SoLibMirabo.h>
+#include <kalmyr/gui/SoSceneManagerImpl.h>
+#include <kalmyr/rendering/SoOffscreenRenderer.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMaxSize = 32767; // window positions are short
+
+SoType s_coreType;
+SoType s_type;
+SoFieldData *s_fieldData = nullptr;
+
+} // namespace
+
+SoType SoRenderAreaCore::getClassTypeId()
+{
+    return s_coreType;
+}
+
+void SoRenderAreaCore::initClass()
+{
+    s_coreType = SoType::createType(SoFieldContainer::getClassTypeId(), SbName("RenderAreaCore"));
+}
+
+SoType SoGuiRenderArea::getClassTypeId()
+{
+    return s_type;
+}
+
+void SoGuiRenderArea::initClass()
+{
+    s_type = SoType::createType(SoRenderAreaCore::getClassTypeId(), SbName("GuiRenderArea"));
+}
+
+SoType SoGuiRenderArea::getTypeId() const
+{
+    return s_type;
+}
+
+const SoFieldData *SoGuiRenderArea::getFieldData() const
+{
+    return s_fieldData;
+}
+
+SoGuiRenderArea::SoGuiRenderArea() : m_manager(new SoSceneManager)
+{
+    sceneManager.setContainer(this);
+    if (!s_fieldData) {
+        s_fieldData = new SoFieldData;
+        s_fieldData->addField(this, SbName("sceneManager"), &sceneManager);
+    }
+    sceneManager.setValue(m_manager.get());
+    m_manager->getImpl()->getRootField().addAuditor(&sceneManager, SoAuditor::FIELD);
+}
+
+SoGuiRenderArea::~SoGuiRenderArea()
+{
+    // The manager may live on with somebody else, scene and all.
+    m_manager->setRenderCallback(nullptr, nullptr);
+    m_manager->getImpl()->getRootField().removeAuditor(&sceneManager);
+}
+
+void SoGuiRenderArea::setSceneGraph(SoNode *root)
+{
+    m_manager->setSceneGraph(root);
+}
+
+SoNode *SoGuiRenderArea::getSceneGraph() const
+{
+    return m_manager->getSceneGraph();
+}
+
+void SoGuiRenderArea::setSize(const SbVec2i32 &size)
+{
+    const auto limited = [](int value) { return static_cast<short>(std::clamp(value, 1, kMaxSize)); };
+    SbViewportRegion region = m_manager->getViewportRegion();
+    region.setWindowSize(limited(size[0]), limited(size[1]));
+    m_manager->setViewportRegion(region);
+}
+
+SbVec2i32 SoGuiRenderArea::getSize() const
+{
+    const auto &size = m_manager->getViewportRegion().getWindowSize();
+    return SbVec2i32(size[0], size[1]);
+}
+
+bool SoGuiRenderArea::render()
+{
+    prepareFrame();
+    return m_manager->render();
+}
+
+bool SoGuiRenderArea::renderOffscreen(SoOffscreenRenderer &renderer)
+{
+    prepareFrame();
+    SoNode *scene = m_manager->getImpl()->beginFrame();
+    renderer.setViewportRegion(m_manager->getViewportRegion());
+    renderer.setBackgroundColor(m_manager->getBackgroundColor());
+    renderer.setGLRenderAction(m_manager->getGLRenderAction());
+    return renderer.render(scene);
+}
+
+bool SoGuiRenderArea::processEvent(const SoEvent *event)
+{
+    if (!SoKeyboardEvent::isKeyPressEvent(event, SoLibMirabo::getShortcutValue()))
+        return m_manager->processEvent(event);
+    if (SoLibMirabo *hooks = SoLibMirabo::instance())
+        hooks->m_mirabo_startRenderArea(static_cast<SoRenderAreaCore *>(this));
+    return true;
+}

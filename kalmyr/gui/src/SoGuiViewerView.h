@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kalmyr/base/SbRotation.h>
+#include <kalmyr/base/SbVec.h>
+#include <kalmyr/gui/SoGuiViewer.h>
+
+/// What is seen, whatever the kind of camera: it shows `height` at the point of interest.
+/// In the space that the camera stands in.
+struct SoGuiViewer::View {
+    SbVec3f center;
+    SbRotation orientation;
+    float height = 2;
+};

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include <cstdint>
+
+class QWidget;
+class SoGuiRenderArea;
+
+/// The part of a render area's widget that shows the scene: one class for each way of drawing.
+/// Deleted together with its widget, by either side.
+class RenderSurface {
+public:
+    virtual ~RenderSurface() = default;
+
+    virtual QWidget *widget() = 0;
+    /// Draws now, shown or not.
+    virtual bool redraw() = 0;
+    /// As drawn now, in device pixels; null when it cannot be drawn.
+    virtual QImage grab() = 0;
+    /// Asks for a redraw with the next repaint.
+    void schedule();
+    virtual QString failure() const { return QString(); }
+
+    bool isStale() const { return m_stale; }
+    std::uint64_t frames() const { return m_frames; }
+
+    /// Whether Qt can show OpenGL of the needed version in widgets here. Asked once a process.
+    static bool hasWindowGL();
+    /// With a parent widget, which owns it. `area` must outlive the surface or detach() be called.
+    static RenderSurface *create(SoGuiRenderArea *area, QWidget *parent);
+
+    /// The area goes: nothing is drawn any more.
+    void detach() { m_area = nullptr; }
+
+protected:
+    explicit RenderSurface(SoGuiRenderArea *area) : m_area(area) {}
+    void drawn()
+    {
+        m_stale = false;
+        ++m_frames;
+    }
+
+    SoGuiRenderArea *m_area; // Not owned.
+
+private:
+    bool m_stale = true;
+    std::uint64_t m_frames = 0;
+};

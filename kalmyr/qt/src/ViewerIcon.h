@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QIcon>
+
+/// The drawings on a viewer's buttons, sharp at any size and resolution.
+enum class ViewerIcon { ARROW, HAND, HOME, SET_HOME, VIEW_ALL, SEEK, PERSPECTIVE, ORTHOGRAPHIC, HEADLIGHT };
+
+QIcon viewerIcon(ViewerIcon which);

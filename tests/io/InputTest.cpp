@@ -1,0 +1,133 @@
+#include "IoSupport.h"
+
+#include "support/ErrorGuard.h"
+
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/nodes/SoSeparator.h>
+
+#include <vector>
+
+using InputTest = io::IoTest;
+
+TEST_F(InputTest, FindsFilesBesideTheirParentThenInTheDirectories)
+{
+    writeFile("a/main.ky", "#Kalmyr V1.0 ascii");
+    const std::string beside = writeFile("a/part.ky", "#Kalmyr V1.0 ascii");
+    const std::string listed = writeFile("b/part.ky", "#Kalmyr V1.0 ascii");
+    const std::string other = writeFile("c/other.ky", "#Kalmyr V1.0 ascii");
+    SoInput::addDirectoryLast(folder() + "/c");
+    SoInput::addDirectoryFirst(folder() + "/b");
+    ASSERT_EQ(SoInput::getDirectories().size(), 2u);
+
+    SoInput main;
+    ASSERT_TRUE(main.openFile(folder() + "/a/main.ky"));
+    EXPECT_EQ(main.findFile("part.ky"), beside);
+    EXPECT_EQ(main.findFile("other.ky"), other);
+    EXPECT_EQ(main.findFile("missing.ky"), "");
+    SoInput part(&main);
+    ASSERT_TRUE(part.openFile("part.ky"));
+    EXPECT_EQ(part.getCurFileName(), beside);
+    EXPECT_TRUE(part.isReading(folder() + "/a/../a/main.ky"));
+
+    SoInput alone;
+    ASSERT_TRUE(alone.openFile("part.ky"));
+    EXPECT_EQ(alone.getCurFileName(), listed);
+    SoInput::removeDirectory(folder() + "/b");
+    EXPECT_FALSE(alone.openFile("part.ky", true)); // may be missing: no error
+    EXPECT_FALSE(alone.isOpen());
+}
+
+TEST_F(InputTest, ReadsTextFilesKeptInMemory)
+{
+    SoInput::addInMemoryTextFile("lib/screw.ky", "#Kalmyr V1.0 ascii\nCube { }");
+    SbString text;
+    EXPECT_TRUE(SoInput::readTextFile("lib/screw.ky", text));
+    EXPECT_TRUE(text.endsWith("Cube { }"));
+    SoInput in;
+    ASSERT_TRUE(in.openFile("lib/screw.ky"));
+    EXPECT_EQ(in.getFormat(), SoInput::KALMYR_ASCII);
+    SoInput::removeInMemoryTextFile("lib/screw.ky");
+    EXPECT_FALSE(SoInput::readTextFile("lib/screw.ky", text));
+    EXPECT_TRUE(SoInput::readTextFile(writeFile("note.txt", "on disk"), text));
+    EXPECT_EQ(text, "on disk");
+}
+
+TEST_F(InputTest, KnowsHeaders)
+{
+    const auto headerOf = [](std::string_view text) {
+        SoInput in;
+        EXPECT_TRUE(in.setBuffer(text.data(), text.size()));
+        return std::pair(in.getHeader().toStdString(), in.getFormat());
+    };
+    using Pair = std::pair<std::string, SoInput::Format>;
+    EXPECT_EQ(headerOf("#VRML V2.0 utf8 by hand\r\nGroup { }"), Pair("#VRML V2.0 utf8", SoInput::VRML2));
+    EXPECT_EQ(headerOf("\xef\xbb\xbf#VRML V1.0 ascii\n"), Pair("#VRML V1.0 ascii", SoInput::VRML1));
+    EXPECT_EQ(headerOf("#Kalmyr V1.0 binary"), Pair("#Kalmyr V1.0 binary", SoInput::KALMYR_BINARY));
+    EXPECT_EQ(headerOf("#VRML V2.0 utf8x\n"), Pair("#VRML V2.0 utf8x", SoInput::UNKNOWN_FORMAT));
+    EXPECT_EQ(headerOf("Group { }"), Pair("", SoInput::UNKNOWN_FORMAT));
+    EXPECT_EQ(SoInput::formatOfHeader("  #Kalmyr V1.0 ascii\n"), SoInput::KALMYR_ASCII);
+}
+
+TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
+{
+    std::string text = io::kAscii;
+    for (int i = 0; i < 20000; ++i) text += "Cube { width " + std::to_string(i * 7919 % 1000) + " }\n";
+    const std::string packed = io::zipped(text);
+    ASSERT_LT(packed.size() * 5, text.size());
+    const auto inflated = [](const std::string &bytes) {
+        SoInput in;
+        if (!in.setBuffer(bytes.data(), bytes.size())) return std::string("refused");
+        EXPECT_TRUE(in.isCompressed());
+        return std::string(in.getTokenizer().getText(), in.getSize());
+    };
+    EXPECT_EQ(inflated(packed), text);
+    EXPECT_EQ(inflated(packed + packed), text + text); // members one after the other
+    EXPECT_EQ(inflated(packed + std::string(512, '\0')), text);
+
+    auto errors = support::expectErrors();
+    for (const std::size_t cut : {packed.size() - 1, packed.size() - 9, packed.size() / 2, std::size_t(20), std::size_t(3)}) {
+        EXPECT_EQ(inflated(packed.substr(0, cut)), "refused") << cut;
+        EXPECT_TRUE(errors.contains("the compressed text ends early")) << cut;
+        errors.clear();
+    }
+    std::string damaged = packed;
+    damaged[packed.size() / 2] ^= 0x55;
+    EXPECT_EQ(inflated(damaged), "refused");
+}
+
+TEST_F(InputTest, SaysWhatCannotBeOpened)
+{
+    auto errors = support::expectErrors();
+    SoInput in;
+    EXPECT_FALSE(in.openFile("/nowhere/scene.ky"));
+    EXPECT_TRUE(errors.contains("/nowhere/scene.ky: error: it cannot be opened: "));
+    errors.clear();
+    EXPECT_FALSE(in.openFile(folder()));
+    EXPECT_EQ(errors.count(), 1u);
+    EXPECT_EQ(SoDB::readAll(&in), nullptr); // nothing is open
+    EXPECT_EQ(errors.count(), 2u);
+}
+
+TEST_F(InputTest, ReportsProgressToTheEnd)
+{
+    class Watch final : public SoInput {
+    public:
+        std::vector<std::size_t> seen;
+        void progress(std::size_t bytesRead, std::size_t total) override
+        {
+            EXPECT_EQ(total, getSize());
+            seen.push_back(bytesRead);
+        }
+    } in;
+    std::string text = std::string(io::kAscii) + "Separator { Coordinate3 { point [";
+    while (text.size() < 3500000) text += " 1.25 2.5 3.75,";
+    text += "] }";
+    while (text.size() < 7000000) text += "Separator { Cube { } }\n";
+    ASSERT_TRUE(in.setBuffer(text.data(), text.size() - 1) && in.setBuffer((text += "}").data(), text.size()));
+    const SoRef<SoNode> root(SoDB::readAll(&in));
+    ASSERT_TRUE(root);
+    ASSERT_GE(in.seen.size(), 6u);
+    EXPECT_LE(in.seen.size(), 9u);
+    EXPECT_TRUE(std::is_sorted(in.seen.begin(), in.seen.end()));
+    EXPECT_EQ(in.seen.back(), text.size());
+}
