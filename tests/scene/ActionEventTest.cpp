@@ -141,7 +141,7 @@ TEST_F(SoHandleEventActionTest, PicksOnceAndOnlyWhenAsked)
     a->react = [&](SoHandleEventAction* action) { first = action->getPickedPoint(); };
     b->react = [&](SoHandleEventAction* action) { EXPECT_EQ(action->getPickedPoint(), first); };
     c->react = [&](SoHandleEventAction* action) { EXPECT_EQ(action->getPickedPoints().size(), 4u); };
-    m_event.setPosition(SbVec2s(100, 50));
+    m_event.setPosition(SbVec2s(105, 52)); // off the diagonals of the faces
     send();
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(m_action.getPickedPoint()->getPath()->getTail(), cube);
