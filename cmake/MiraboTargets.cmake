@@ -39,7 +39,9 @@ function(_mirabo_buildable out name sources)
 endfunction()
 
 function(_mirabo_configure_qt name)
-    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+    # Without the compiler's predefined macros: moc cannot parse the C++20 headers that they open.
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON
+        AUTOMOC_COMPILER_PREDEFS OFF)
     target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS)
 endfunction()
 

@@ -80,19 +80,19 @@ TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
         EXPECT_TRUE(in.isCompressed());
         return std::string(in.getTokenizer().getText(), in.getSize());
     };
-    EXPECT_EQ(inflated(packed), text);
-    EXPECT_EQ(inflated(packed + packed), text + text); // members one after the other
-    EXPECT_EQ(inflated(packed + std::string(512, '\0')), text);
+    EXPECT_TRUE(inflated(packed) == text);
+    EXPECT_TRUE(inflated(packed + packed) == text + text); // members one after the other
+    EXPECT_TRUE(inflated(packed + std::string(512, '\0')) == text);
 
     auto errors = support::expectErrors();
     for (const std::size_t cut : {packed.size() - 1, packed.size() - 9, packed.size() / 2, std::size_t(20), std::size_t(3)}) {
-        EXPECT_EQ(inflated(packed.substr(0, cut)), "refused") << cut;
+        EXPECT_TRUE(inflated(packed.substr(0, cut)) == "refused") << cut;
         EXPECT_TRUE(errors.contains("the compressed text ends early")) << cut;
         errors.clear();
     }
     std::string damaged = packed;
     damaged[packed.size() / 2] ^= 0x55;
-    EXPECT_EQ(inflated(damaged), "refused");
+    EXPECT_TRUE(inflated(damaged) == "refused");
 }
 
 TEST_F(InputTest, SaysWhatCannotBeOpened)
@@ -123,7 +123,8 @@ TEST_F(InputTest, ReportsProgressToTheEnd)
     while (text.size() < 3500000) text += " 1.25 2.5 3.75,";
     text += "] }";
     while (text.size() < 7000000) text += "Separator { Cube { } }\n";
-    ASSERT_TRUE(in.setBuffer(text.data(), text.size() - 1) && in.setBuffer((text += "}").data(), text.size()));
+    text += "}";
+    ASSERT_TRUE(in.setBuffer(text.data(), text.size()));
     const SoRef<SoNode> root(SoDB::readAll(&in));
     ASSERT_TRUE(root);
     ASSERT_GE(in.seen.size(), 6u);

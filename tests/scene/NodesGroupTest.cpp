@@ -195,7 +195,9 @@ TEST_F(SeparatorTest, CullsPickingByItsBox)
         pick.setRay({8, 0, 10}, {0, 0, -1});
         pick.apply(root.get());
         EXPECT_NE(pick.getPickedPoint(), nullptr);
-        if (pick.getPickedPoint()) EXPECT_NEAR(pick.getPickedPoint()->getPoint()[2], 1.1f, 1e-4f);
+        if (pick.getPickedPoint()) {
+            EXPECT_NEAR(pick.getPickedPoint()->getPoint()[2], 1.1f, 1e-4f);
+        }
         return pick.getNumVisits();
     };
     EXPECT_LT(visits(true), visits(false) / 4);

@@ -85,7 +85,7 @@ def box(size, center=(0, 0, 0)):
     return mesh
 
 
-def prism(outline, depth, holes=()):
+def prism(outline, depth):
     """An outline (x, y), counterclockwise, as a plate from z = -depth/2 to depth/2."""
     mesh = Mesh()
     n = len(outline)
@@ -109,25 +109,29 @@ def stadium(length, r0, r1, depth, steps=8):
     return prism(outline, depth)
 
 
+# Right and up of the picture on each face of a cube, by axis and sign of the face's normal.
+CUBE_FACES = {
+    (0, 1): ((0, 0, -1), (0, 1, 0)), (0, -1): ((0, 0, 1), (0, 1, 0)),
+    (1, 1): ((1, 0, 0), (0, 0, -1)), (1, -1): ((1, 0, 0), (0, 0, 1)),
+    (2, 1): ((1, 0, 0), (0, 1, 0)), (2, -1): ((-1, 0, 0), (0, 1, 0)),
+}
+
+
 def bevelled_cube(size, bevel):
     """A cube with flattened edges and corners; each face shows the whole texture."""
     mesh = Mesh()
     h, b = size / 2, size / 2 - bevel
     index = {}
-    for axis in range(3):
-        for sign in (-1, 1):
-            u_axis, v_axis = ((2, 1), (0, 2), (0, 1))[axis]
-            flip = sign * (1, -1, 1)[axis] * (-1 if axis == 0 else 1)
-            face, tex = [], []
-            for u, v in ((-1, -1), (1, -1), (1, 1), (-1, 1)):
-                p = [0.0, 0.0, 0.0]
-                p[axis], p[u_axis], p[v_axis] = sign * h, u * flip * b, v * b
-                key = (axis, tuple(int(math.copysign(1, c)) for c in p))
-                index[key] = len(mesh.points)
-                face.append(len(mesh.points))
-                mesh.points.append(tuple(p))
-                mesh.tex.append((.05 + .9 * (u + 1) / 2, .05 + .9 * (v + 1) / 2))
-            mesh.faces.append(face)
+    for (axis, sign), (right, up) in CUBE_FACES.items():
+        face = []
+        for u, v in ((-1, -1), (1, -1), (1, 1), (-1, 1)):
+            p = [b * (u * r + v * w) for r, w in zip(right, up)]
+            p[axis] = sign * h
+            index[axis, tuple(int(math.copysign(1, c)) for c in p)] = len(mesh.points)
+            face.append(len(mesh.points))
+            mesh.points.append(tuple(p))
+            mesh.tex.append((.04 + .92 * (u + 1) / 2, .04 + .92 * (v + 1) / 2))
+        mesh.faces.append(face)
     _bevel_edges(mesh, index)
     _bevel_corners(mesh, index)
     for face in mesh.faces:
@@ -181,7 +185,7 @@ def sweep(section, path, closed):
         j = (i + 1) % n
         for k in range(m):
             l = (k + 1) % m
-            mesh.faces.append([i * m + k, i * m + l, j * m + l, j * m + k])
+            mesh.faces.append([i * m + k, j * m + k, j * m + l, i * m + l])
         mesh.hulls.append([mesh.points[r * m + k] for r in (i, j) for k in range(m)])
     return mesh
 

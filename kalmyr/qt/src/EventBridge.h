@@ -17,8 +17,6 @@ class SoGuiRenderArea;
 /// Watches the widget that shows a scene: its mouse, wheel and keyboard events go to the render
 /// area, its size in device pixels becomes the area's.
 class EventBridge final : public QObject {
-    Q_OBJECT
-
 public:
     /// Belongs to the widget. `area` must outlive it or detach() be called.
     EventBridge(SoGuiRenderArea *area, QWidget *widget);

@@ -6,8 +6,6 @@
 
 /// Draws in the context of an OpenGL widget.
 class GLSurface final : public QOpenGLWidget, public RenderSurface {
-    Q_OBJECT
-
 public:
     GLSurface(SoGuiRenderArea *area, QWidget *parent);
     ~GLSurface() override;

@@ -4,11 +4,17 @@
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
+#include <QCoreApplication>
 #include <QPainter>
 
 namespace {
 
 constexpr int kSamples = 4;
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("SoQtRenderArea", text);
+}
 
 /// From rows bottom to top, three bytes a pixel.
 QImage toImage(const unsigned char *rgb, int width, int height)
@@ -78,7 +84,7 @@ void ImageSurface::paintFailure()
     QPainter painter(this);
     painter.fillRect(rect(), palette().window());
     painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
-    const QString reason = m_failure.isEmpty() ? tr("OpenGL failed.") : m_failure;
-    const QString text = tr("The scene cannot be drawn here.") + QLatin1Char('\n') + reason;
+    const QString reason = m_failure.isEmpty() ? translated("OpenGL failed.") : m_failure;
+    const QString text = translated("The scene cannot be drawn here.") + QLatin1Char('\n') + reason;
     painter.drawText(rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap, text);
 }

@@ -11,8 +11,6 @@ class SoOffscreenRenderer;
 /// Draws with the toolkit's own context into a picture and paints that; without any OpenGL, a text
 /// that says so.
 class ImageSurface final : public QWidget, public RenderSurface {
-    Q_OBJECT
-
 public:
     ImageSurface(SoGuiRenderArea *area, QWidget *parent);
     ~ImageSurface() override;

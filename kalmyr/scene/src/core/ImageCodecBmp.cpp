@@ -107,7 +107,8 @@ void readPlain(const Header &h, RawImage &out)
     }
 }
 
-void readRuns(const Header &h, RawImage &out)
+/// False when the file ends before the picture does.
+bool readRuns(const Header &h, RawImage &out)
 {
     std::size_t at = h.pixels;
     int x = 0, y = 0;
@@ -125,7 +126,7 @@ void readRuns(const Header &h, RawImage &out)
             x = 0;
             ++y;
         } else if (value == 1) {
-            return;
+            return true;
         } else if (value == 2) {
             x += static_cast<int>(h.file.u8(at));
             y += static_cast<int>(h.file.u8(at + 1));
@@ -139,6 +140,7 @@ void readRuns(const Header &h, RawImage &out)
             at += used + used % 2;
         }
     }
+    return y >= out.height;
 }
 
 } // namespace
@@ -157,10 +159,8 @@ bool readBmp(const unsigned char *data, std::size_t size, RawImage &out)
     if (!runs && h.pixels + static_cast<std::size_t>(width) * static_cast<std::size_t>(height)
                                 * static_cast<std::size_t>(h.bits) / 8 > size)
         return out.fail("the file ends before the last pixel");
-    if (runs)
-        readRuns(h, out);
-    else
-        readPlain(h, out);
+    if (runs) return readRuns(h, out) || out.fail("the file ends before the last pixel");
+    readPlain(h, out);
     return true;
 }
 

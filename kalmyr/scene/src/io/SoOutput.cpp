@@ -309,8 +309,8 @@ bool SoOutput::write(std::string_view bytes)
     bool ok = true;
     if (!m_headerWritten) {
         m_headerWritten = true;
-        const SbString header = getHeaderString() + "\n\n";
-        ok = m_target->write(header);
+        const SbString header = getHeaderString();
+        ok = header.isEmpty() || m_target->write(header + "\n\n");
     }
     ok = ok && m_target->write(bytes);
     if (!ok) noteFailure(m_target->reason);

@@ -160,6 +160,7 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     }
     if (m_depth >= kMaxNesting)
         return text.failAt(typeAt, "expected nodes nested at most " + std::to_string(kMaxNesting) + " deep");
+    m_bodyAt = text.getOffset() - 1;
     ++m_depth;
     const bool known = !entry.type.isBad();
     SoRef<SoNode> holder(known ? static_cast<SoNode *>(entry.type.createInstance()) : new SoUnknownNode);
@@ -276,7 +277,7 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view *inside)
 
 bool SceneReader::readSkippedBody(SoUnknownNode *node, bool keepNames)
 {
-    text.setOffset(text.getOffset() - 1); // back on the brace
+    text.setOffset(m_bodyAt);
     std::string_view body;
     if (!skipBlock('{', keepNames, &body)) return false;
     node->setBody(std::string(body));

@@ -96,6 +96,7 @@ private:
     std::unordered_map<std::string_view, Definition> m_definitions; ///< names point into the text
     std::unordered_map<std::string_view, TypeEntry> m_types;
     std::unordered_set<std::string> m_warned;
+    std::size_t m_bodyAt = 0; ///< the brace that opened the innermost body, before anything in it was read
     int m_depth = 0;
     bool m_posted = false;
 };

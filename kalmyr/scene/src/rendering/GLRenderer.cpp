@@ -303,7 +303,8 @@ void GLRenderer::drawInOrder(const std::vector<std::uint32_t>& items)
     drawOpaque(run);
 }
 
-/// By view and program, then roughly from front to back, which saves covered pixels, then by looks.
+/// By view and program, then roughly from front to back, which saves covered pixels. Within a step
+/// the order of traversal stays: equal looks are neighbours in it, and so are buffers in memory.
 std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
 {
     const float range = m_nearDepth - m_farDepth;
@@ -311,11 +312,9 @@ std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
     const auto depth = static_cast<std::uint64_t>(step * static_cast<float>(kDepthSteps));
     const SoRenderAppearance& look = *item.entry->appearance;
     const auto image = reinterpret_cast<std::uintptr_t>(look.texture.image.getBytes());
-    const auto looks = reinterpret_cast<std::uintptr_t>(&look);
     return std::uint64_t(item.view & 0xf) << 60 | std::uint64_t(featuresOf(item)) << 48
            | std::uint64_t(item.surroundings & 0xff) << 40 | mixBits(image, 10) << 30
-           | std::min(depth, kDepthSteps) << 24 | mixBits(looks, 23) << 1
-           | std::uint64_t(item.mirrored);
+           | std::min(depth, kDepthSteps) << 1 | std::uint64_t(item.mirrored);
 }
 
 void GLRenderer::drawOpaque(const std::vector<std::uint32_t>& items)

@@ -55,7 +55,7 @@ public:
     Frame frame; ///< of the latest drawing; its memory is used again
 
     /// Separators with fewer visits below them are not worth a list.
-    static constexpr std::uint64_t kMinVisitsToCache = 8;
+    static constexpr std::uint64_t kMinVisitsToCache = 3;
     /// Lists nest at most this deep, so that walks over them may recurse.
     static constexpr int kMaxNesting = 256;
 

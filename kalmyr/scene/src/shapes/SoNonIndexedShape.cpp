@@ -28,7 +28,10 @@ std::vector<std::int32_t> SoNonIndexedShape::makeIndices(std::span<const std::in
         const std::int64_t count = rest ? remaining : std::max(counts[i], 0);
         // One index beyond the positions is enough for the builder to complain.
         const std::int64_t listed = std::min(count, remaining + 1);
-        for (std::int64_t k = 0; k < listed; ++k) indices.push_back(static_cast<std::int32_t>(at + k));
+        for (std::int64_t k = 0; k < listed; ++k) {
+            // A position -1 would read as the end of the run; it is out of range like -2.
+            indices.push_back(static_cast<std::int32_t>(at + k == -1 ? -2 : at + k));
+        }
         indices.push_back(-1);
         at += count;
     }

@@ -39,7 +39,7 @@ public:
     bool getBuffer(void *&bytes, std::size_t &count) const;
     std::string_view getText() const;
 
-    /// Replaces the header line; it is not checked. Takes effect until resetHeader().
+    /// Replaces the header line; it is not checked, and an empty one is left out. Takes effect until resetHeader().
     void setHeaderString(const SbString &header);
     /// Back to the default header of the chosen form.
     void resetHeader();

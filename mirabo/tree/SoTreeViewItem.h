@@ -1,0 +1,115 @@
+#pragma once
+
+#include <kalmyr/base/SbName.h>
+
+#include <QTreeWidgetItem>
+
+#include <cstdint>
+#include <memory>
+
+class SoField;
+class SoNode;
+
+namespace mirabo {
+class NodeIndex;
+struct TreeContext;
+} // namespace mirabo
+
+/// What an item is in the node kit that it was reached through.
+struct PartInfo {
+    enum Kind : std::int32_t { NotAPart = 0, Part = 1, TopSeparator = 2 };
+
+    SoNode *kit = nullptr;        ///< Not owned; an ancestor in the tree.
+    SbName partName;              ///< empty when the kit does not know the node
+    Kind partKind = NotAPart;
+    std::int32_t partNumber = -1; ///< in the kit's catalogue
+    bool isNamedPart() const { return !partName.isEmpty(); }
+};
+
+/// One row of the scene tree: one occurrence of a node at one place of the graph.
+///
+/// Texts, icons, colours and fonts are made from the node whenever they are asked for; nothing is
+/// copied. The node is not kept alive: the tree drops the row inside the change that takes the node
+/// away. A row is entered in its tree's index from creation to destruction.
+class SoTreeViewItem final : public QTreeWidgetItem {
+public:
+    enum Column { Type = 0, Name = 1, ReferenceCount = 2, ReferenceMark = 3, Bookmark = 4 };
+    static constexpr int kColumnCount = 5;
+    static constexpr int kKind = 1001;
+
+    /// A row that is not in the tree yet, for a node to be put below `parent` (null: top level).
+    /// `source` is the field through which it is reached, or null for a child.
+    SoTreeViewItem(SoNode *node, SoField *source, const SoTreeViewItem *parent,
+                   mirabo::TreeContext &context);
+    ~SoTreeViewItem() override;
+
+    int kind() const { return kKind; }
+    SoNode *getNode() const { return m_node; }
+    SoField *getSourceField() const { return m_sourceField; }
+    SoNode *getParentNode() const;
+    SoTreeViewItem *parentItem() const { return static_cast<SoTreeViewItem *>(parent()); }
+    /// Null past the end.
+    SoTreeViewItem *childItem(int n) const { return static_cast<SoTreeViewItem *>(child(n)); }
+
+    bool isPart() const { return m_partInfo != nullptr; }
+    bool isNamedPart() const { return m_partInfo && m_partInfo->isNamedPart(); }
+    int getPartNumber() const { return isNamedPart() ? m_partInfo->partNumber : -1; }
+    SbName getPartName() const { return isNamedPart() ? m_partInfo->partName : SbName::empty(); }
+    /// The kit that the part belongs to, or null.
+    SoNode *getPartKit() const { return m_partInfo ? m_partInfo->kit : nullptr; }
+
+    /// Reached by a field, or below a row that is.
+    bool isFromField() const { return m_fromField; }
+    bool isDirectlyFromField() const { return m_sourceField != nullptr; }
+    bool isDisabledNode() const { return m_disabled; }
+    /// A disabled row is not shown, an enabled one is.
+    void setDisabledNode(bool on);
+    bool isBookmarked() const { return m_bookmarked; }
+    void setBookmarked(bool on) { m_bookmarked = on; }
+    bool isFresh() const { return m_fresh; }
+    void setFresh(bool on) { m_fresh = on; }
+    bool isShown() const { return m_shown; }
+    void setShown(bool on);
+
+    /// Marks the row as one occurrence of a shared node, when it is one and `allowed`.
+    void updateReferenceMark(bool allowed);
+    bool hasReferenceMark() const { return m_referenceMark; }
+    /// The name column carries an icon.
+    bool hasNameIcon() const { return !icon(Name).isNull(); }
+
+    /// Position among the shown siblings, -1 for a row that is not shown. Numbered when asked for,
+    /// once per change of the siblings.
+    int childIndexValue() const;
+    /// Rows below came or went: their numbers are made anew when somebody asks.
+    void childrenChanged() { m_childrenNumbered = false; }
+
+    /// How often the node is used: the toolkit's count or, for kits and VRML97 nodes unless the
+    /// settings say otherwise, the parents and fields that hold it.
+    int shownReferenceCount() const;
+
+    QVariant data(int column, int role) const override;
+
+private:
+    friend class mirabo::NodeIndex;
+
+    QVariant text(int column) const;
+    QVariant decoration(int column) const;
+    QVariant foreground(int column) const;
+    bool hasFieldNodeFont() const;
+    void numberChildren() const;
+
+    SoNode *m_node;        // Not owned; the graph's.
+    SoField *m_sourceField; // Not owned; the parent node's.
+    mirabo::TreeContext *m_context;
+    std::unique_ptr<PartInfo> m_partInfo; ///< only below a kit
+    SoTreeViewItem *m_nextOccurrence = nullptr;
+    SoTreeViewItem *m_previousOccurrence = nullptr;
+    mutable std::int32_t m_childIndex = 0;
+    mutable bool m_childrenNumbered : 1;
+    bool m_fromField : 1;
+    bool m_disabled : 1;
+    bool m_bookmarked : 1;
+    bool m_fresh : 1;
+    bool m_shown : 1;
+    bool m_referenceMark : 1;
+};

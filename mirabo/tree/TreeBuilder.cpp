@@ -1,0 +1,80 @@
+#include "mirabo/tree/TreeBuilder.h"
+
+#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeContext.h"
+
+namespace mirabo {
+
+namespace {
+
+/// Rows are deleted recursively by their base class: no deeper than this.
+constexpr int kSafeDepth = 256;
+
+struct Visit {
+    SoTreeViewItem *item;
+    int depth;
+};
+
+/// Rows at every kSafeDepth-th level, upper ones first.
+std::vector<SoTreeViewItem *> cutsBelow(SoTreeViewItem *top)
+{
+    std::vector<SoTreeViewItem *> cuts;
+    std::vector<Visit> open{{top, 0}};
+    while (!open.empty()) {
+        const Visit visit = open.back();
+        open.pop_back();
+        if (visit.depth > 0 && visit.depth % kSafeDepth == 0) cuts.push_back(visit.item);
+        for (int i = 0, n = visit.item->childCount(); i < n; ++i) {
+            SoTreeViewItem *child = visit.item->childItem(i);
+            if (child->childCount() > 0) open.push_back({child, visit.depth + 1});
+        }
+    }
+    return cuts;
+}
+
+} // namespace
+
+void TreeBuilder::fill(SoTreeViewItem *item)
+{
+    const SoNode *node = item->getNode();
+    const ShownChildren children = shownChildren(node, m_context);
+    const std::size_t firstNew = m_open.size();
+    for (int i = 0, n = children.count(); i < n; ++i)
+        m_open.push_back(new SoTreeViewItem(children[i], nullptr, item, m_context));
+    m_places.clear();
+    m_fieldNodes.collect(node, m_places);
+    for (const PlacedNode &place : m_places)
+        m_open.push_back(new SoTreeViewItem(place.node, place.field, item, m_context));
+    for (std::size_t i = firstNew; i < m_open.size(); ++i) item->addChild(m_open[i]);
+}
+
+SoTreeViewItem *TreeBuilder::build(SoNode *node, SoField *source, const SoTreeViewItem *parent)
+{
+    auto *top = new SoTreeViewItem(node, source, parent, m_context);
+    m_open.assign(1, top);
+    while (!m_open.empty()) {
+        SoTreeViewItem *item = m_open.back();
+        m_open.pop_back();
+        fill(item);
+    }
+    return top;
+}
+
+std::vector<PlacedNode> TreeBuilder::placesBelow(const SoNode *node)
+{
+    std::vector<PlacedNode> places;
+    const ShownChildren children = shownChildren(node, m_context);
+    for (int i = 0; i < children.count(); ++i) places.push_back({nullptr, children[i]});
+    m_fieldNodes.collect(node, places);
+    return places;
+}
+
+void destroyRows(SoTreeViewItem *top)
+{
+    const std::vector<SoTreeViewItem *> cuts = cutsBelow(top);
+    // From below, so that no row is walked through twice.
+    for (auto at = cuts.rbegin(); at != cuts.rend(); ++at) qDeleteAll((*at)->takeChildren());
+    delete top;
+}
+
+} // namespace mirabo
