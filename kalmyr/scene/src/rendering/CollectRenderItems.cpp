@@ -2,6 +2,7 @@
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderingInit.h>
 
 namespace kalmyr {
 
@@ -63,6 +64,7 @@ void collect(const RenderList& list, const WorldPlace& outer, std::vector<SoRend
 
 std::vector<SoRenderItem> collectRenderItems(SoGLRenderAction& action, SoNode* root)
 {
+    initRendering();
     std::vector<SoRenderItem> items;
     action.SoAction::apply(root);
     if (const RenderList* list = action.traversal().getList()) {

@@ -54,6 +54,9 @@ void RenderListCache::note(const SoNode* node, std::uint64_t changeId, std::uint
                            bool viewDependent)
 {
     Seen& seen = m_seen[node];
+    if (seen.changeId != changeId) {
+        seen.since = frame;
+    }
     seen.changeId = changeId;
     seen.frame = frame;
     seen.viewDependent = viewDependent;

@@ -126,7 +126,7 @@ void RenderTraversal::separator(SoNode* node, bool mayCache)
     const std::uint64_t id = node->getChangeId();
     mayCache = mayCache && m_caching && m_action.getPathMode() == SoAction::NO_PATH;
     const RenderListCache::Seen* seen = mayCache ? m_cache.seen(node) : nullptr;
-    if (!seen || seen->changeId != id || seen->viewDependent) {
+    if (!seen || seen->changeId != id || seen->viewDependent || seen->since == m_frame) {
         return traverseInPlace(node, mayCache);
     }
     const std::uint64_t key = stateKey();

@@ -87,6 +87,7 @@ void SoGLRenderAction::endTraversal(SoNode* root)
 
 bool SoGLRenderAction::canDraw()
 {
+    kalmyr::initRendering();
     const char* error = "";
     m_traversed = false;
     m_drawn = kalmyr::detail::GLDevice::current(error) != nullptr;
