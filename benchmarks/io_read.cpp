@@ -93,14 +93,16 @@ void read(const std::string &text)
 
 void meshFloor(benchmark::State &state)
 {
-    for (auto _ : state) scan(mesh());
+    const std::string &text = mesh(); // made before the clock runs
+    for (auto _ : state) scan(text);
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(mesh().size()));
 }
 
 void meshRead(benchmark::State &state)
 {
     SoDB::init();
-    for (auto _ : state) read(mesh());
+    const std::string &text = mesh();
+    for (auto _ : state) read(text);
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(mesh().size()));
 }
 

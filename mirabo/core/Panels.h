@@ -4,7 +4,6 @@
 #include <QStringList>
 
 class QTreeWidgetItem;
-class SbVec2s;
 class SoNode;
 class SoPath;
 

@@ -6,8 +6,8 @@
 #include <kalmyr/fields/SoMFUniformShaderParameter.h>
 #include <kalmyr/fields/SoSFArray.h>
 #include <kalmyr/fields/SoSFBufferObject.h>
-#include <kalmyr/fields/SoSFImage.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/fields/SoValueFields.h>
 
 #include <algorithm>
 #include <cstdint>

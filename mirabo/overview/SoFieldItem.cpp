@@ -11,7 +11,7 @@
 
 namespace {
 
-QString text(const SbName &name)
+QString toText(const SbName &name)
 {
     return QString::fromUtf8(name.getString());
 }
@@ -37,11 +37,11 @@ SoFieldItem::SoFieldItem(SoMiraboList *list, SoNode *node, const SoNode *twin, i
       m_sensor(&SoFieldItem::fieldChanged, this),
       m_part(part)
 {
-    setText(SoMiraboList::NodeType, text(node->getTypeId().getName()));
-    setText(SoMiraboList::NodeName, text(node->getName()));
-    setText(SoMiraboList::FieldTypeColumn, text(m_field->getTypeId().getName()));
-    setText(SoMiraboList::FieldName, text(node->getFieldData()->getFieldName(index)));
-    if (SoMiraboList::isNetNameMode()) setText(SoMiraboList::NodeNetName, text(node->getNetName()));
+    setText(SoMiraboList::NodeType, toText(node->getTypeId().getName()));
+    setText(SoMiraboList::NodeName, toText(node->getName()));
+    setText(SoMiraboList::FieldTypeColumn, toText(m_field->getTypeId().getName()));
+    setText(SoMiraboList::FieldName, toText(node->getFieldData()->getFieldName(index)));
+    if (SoMiraboList::isNetNameMode()) setText(SoMiraboList::NodeNetName, toText(node->getNetName()));
     watch();
     list->addTopLevelItem(this); // last: a text set on an attached row looks its row up
 }
@@ -98,7 +98,7 @@ bool SoFieldItem::isFieldDefault() const
 
 void SoFieldItem::updateNodeName()
 {
-    if (m_node) setText(SoMiraboList::NodeName, text(m_node->getName()));
+    if (m_node) setText(SoMiraboList::NodeName, toText(m_node->getName()));
 }
 
 void SoFieldItem::updateValue()

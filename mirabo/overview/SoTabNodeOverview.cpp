@@ -4,6 +4,8 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/preferences/Settings.h"
 
+#include <kalmyr/core/SoNode.h>
+
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QTabBar>

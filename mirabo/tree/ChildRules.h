@@ -44,6 +44,7 @@ class FieldNodes {
 public:
     /// Appends the nodes in the order of the fields.
     void collect(const SoNode *node, std::vector<PlacedNode> &out);
+    void forget() { m_plans.clear(); }
 
 private:
     struct Plan {

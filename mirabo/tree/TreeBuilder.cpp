@@ -57,6 +57,7 @@ SoTreeViewItem *TreeBuilder::build(SoNode *node, SoField *source, const SoTreeVi
         m_open.pop_back();
         fill(item);
     }
+    m_fieldNodes.forget();
     return top;
 }
 
@@ -66,6 +67,7 @@ std::vector<PlacedNode> TreeBuilder::placesBelow(const SoNode *node)
     const ShownChildren children = shownChildren(node, m_context);
     for (int i = 0; i < children.count(); ++i) places.push_back({nullptr, children[i]});
     m_fieldNodes.collect(node, places);
+    m_fieldNodes.forget();
     return places;
 }
 

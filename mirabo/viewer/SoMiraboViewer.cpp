@@ -18,6 +18,7 @@
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QDockWidget>
 #include <QFileInfo>

@@ -176,7 +176,8 @@ TEST_F(SoGetBoundingBoxActionTest, APathMeasuresItsTailInTheHeadsSpace)
     part->addChild(new Leaf);
     bounds(path.get());
     EXPECT_EQ(bounds(root.get()).getMax()[0], 13.5f);
-    EXPECT_TRUE(bounds(new SoGroup).isEmpty());
+    const SoRef<SoGroup> nothing(new SoGroup);
+    EXPECT_TRUE(bounds(nothing.get()).isEmpty());
 }
 
 TEST_F(SoGetBoundingBoxActionTest, ResettingTheTransformLeadsBackToTheRoot)

@@ -36,7 +36,7 @@ bool readRuns(const Bytes &file, std::size_t at, std::size_t sampleSize, const C
         const std::uint32_t head = sampleSize == 2 ? file.u16(at) : file.u8(at);
         at += sampleSize;
         const auto count = static_cast<int>(head & 0x7f);
-        if (count == 0) return true;
+        if (count == 0) break;
         if (x + count > row.width) return false;
         const bool copies = (head & 0x80) != 0;
         unsigned char value = copies ? 0 : sample();
@@ -68,7 +68,7 @@ bool readRgb(const unsigned char *data, std::size_t size, RawImage &out)
                               static_cast<int>(channels), static_cast<int>(width)};
             if (compressed) {
                 const std::size_t at = file.u32(kHeaderSize + 4 * (static_cast<std::size_t>(c) * height + y));
-                if (!readRuns(file, at, sampleSize, row)) return out.fail("a row of the picture is damaged");
+                if (at < kHeaderSize || !readRuns(file, at, sampleSize, row)) return out.fail("a row of the picture is damaged");
                 continue;
             }
             const std::size_t at = kHeaderSize + (c * plane + static_cast<std::size_t>(y) * width) * sampleSize;

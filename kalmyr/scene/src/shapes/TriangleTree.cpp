@@ -13,8 +13,13 @@ using detail::Float4;
 namespace {
 
 constexpr int kBins = 16;
+constexpr int kFewBins = 8;
+constexpr std::uint32_t kFewTriangles = 32;
+/// No split is looked for below this, and always above kMaxLeaf.
+constexpr std::uint32_t kSmallLeaf = 2;
 constexpr std::uint32_t kMaxLeaf = 4;
-/// Below this a node is worth looking at all three axes.
+/// All three axes are looked at for nodes of this size; they pay there.
+constexpr std::uint32_t kAllAxesFrom = 6;
 constexpr std::uint32_t kAllAxesBelow = 64;
 /// Beyond this depth nodes are halved by count, so that the stack of a search has a bound.
 constexpr int kMaxSahDepth = 48;
@@ -59,15 +64,54 @@ struct Split {
     int bin = 0; ///< bins below this go left
 };
 
+/// Where triangles fall along an axis, by the middles of their boxes (twice them, in fact).
+struct Binning {
+    int axis = 0;
+    int count = kBins;
+    float low = 0;
+    float scale = 0;
+
+    Binning(const Box &centers, int along, std::uint32_t triangles) : axis(along)
+    {
+        // A few triangles do not fill many bins.
+        if (triangles < kFewTriangles) count = kFewBins;
+        const float extent = centers.hi[axis] - centers.lo[axis];
+        low = centers.lo[axis];
+        if (extent > 0) scale = static_cast<float>(count) * 0.9999f / extent;
+    }
+    bool isUsable() const { return scale > 0; }
+    int binOf(const Ref &ref) const
+    {
+        const int bin = static_cast<int>((ref.lo[axis] + ref.hi[axis] - low) * scale);
+        return bin < 0 ? 0 : bin >= count ? count - 1 : bin;
+    }
+};
+
+/// A run of triangles that becomes a node, and what is known of it.
+struct Run {
+    std::uint32_t node = 0, begin = 0, end = 0;
+    int depth = 0;
+    Box box;
+    Box centers; ///< of twice the middles of the boxes
+
+    std::uint32_t count() const { return end - begin; }
+    void add(const Ref &ref)
+    {
+        box.add(ref.lo, ref.hi);
+        const Float4 center = ref.lo + ref.hi;
+        centers.add(center, center);
+    }
+    int longestAxis() const
+    {
+        const Float4 d = centers.hi - centers.lo;
+        const int xy = d[0] >= d[1] ? 0 : 1;
+        return d[xy] >= d[2] ? xy : 2;
+    }
+};
+
 } // namespace
 
 struct TriangleTree::Builder {
-    struct Task {
-        std::uint32_t node, begin, end;
-        int depth;
-        Box centers; ///< of twice the middles of the boxes
-    };
-
     TriangleTree &tree;
     std::vector<Ref> refs;
 
@@ -76,28 +120,11 @@ struct TriangleTree::Builder {
     void fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
 
 private:
-    Box boxOf(std::uint32_t begin, std::uint32_t end, Box &centers) const;
-    bool splitNode(const Task &task, const Box &box, std::uint32_t &middle) const;
-    Split findSplit(const Task &task, const Box &box, int axis) const;
-    std::uint32_t partition(const Task &task, const Split &split);
-    void makeLeaf(Node &node, const Task &task, const Box &box) const;
+    Split findSplit(const Run &run) const;
+    Split findSplitAlong(const Run &run, int axis) const;
+    void divide(const Run &run, const Split &split, Run &left, Run &right);
+    bool makeLeafOrSplit(const Run &run, Split &split);
 };
-
-namespace {
-
-float binScale(const Box &centers, int axis)
-{
-    const float extent = centers.hi[axis] - centers.lo[axis];
-    return extent > 0 ? kBins * 0.9999f / extent : 0;
-}
-
-int binOf(const Ref &ref, float low, float scale, int axis)
-{
-    const int bin = static_cast<int>((ref.lo[axis] + ref.hi[axis] - low) * scale);
-    return bin < 0 ? 0 : bin >= kBins ? kBins - 1 : bin;
-}
-
-} // namespace
 
 void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
 {
@@ -118,126 +145,118 @@ void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::spa
     }
 }
 
-Box TriangleTree::Builder::boxOf(std::uint32_t begin, std::uint32_t end, Box &centers) const
+Split TriangleTree::Builder::findSplitAlong(const Run &run, int axis) const
 {
-    Box box;
-    for (std::uint32_t i = begin; i < end; ++i) {
-        box.add(refs[i].lo, refs[i].hi);
-        const Float4 center = refs[i].lo + refs[i].hi;
-        centers.add(center, center);
-    }
-    return box;
-}
-
-Split TriangleTree::Builder::findSplit(const Task &task, const Box &box, int axis) const
-{
-    const float scale = binScale(task.centers, axis);
-    const float low = task.centers.lo[axis];
-    if (!(scale > 0)) return {};
+    const Binning binning(run.centers, axis, run.count());
+    if (!binning.isUsable()) return {};
+    const auto bins = static_cast<std::size_t>(binning.count);
     std::array<Box, kBins> boxes;
     std::array<std::uint32_t, kBins> counts{};
-    for (std::uint32_t i = task.begin; i < task.end; ++i) {
-        const auto bin = static_cast<std::size_t>(binOf(refs[i], low, scale, axis));
+    for (std::uint32_t i = run.begin; i < run.end; ++i) {
+        const auto bin = static_cast<std::size_t>(binning.binOf(refs[i]));
         ++counts[bin];
         boxes[bin].add(refs[i].lo, refs[i].hi);
     }
     std::array<float, kBins> rightCost;
-    Box right;
-    std::uint32_t rightCount = 0;
-    for (std::size_t b = kBins - 1; b > 0; --b) {
-        if (counts[b]) right.add(boxes[b]);
-        rightCount += counts[b];
-        rightCost[b] = rightCount ? right.halfArea() * static_cast<float>(rightCount) : kHuge;
+    Box side;
+    std::uint32_t number = 0;
+    for (std::size_t b = bins - 1; b > 0; --b) {
+        side.add(boxes[b]);
+        number += counts[b];
+        rightCost[b] = number ? side.halfArea() * static_cast<float>(number) : kHuge;
     }
     Split best;
-    Box left;
-    std::uint32_t leftCount = 0;
-    for (std::size_t b = 1; b < kBins; ++b) {
-        if (counts[b - 1]) left.add(boxes[b - 1]);
-        leftCount += counts[b - 1];
-        if (!leftCount || leftCount == task.end - task.begin) continue;
-        const float cost = left.halfArea() * static_cast<float>(leftCount) + rightCost[b];
+    side = {};
+    number = 0;
+    for (std::size_t b = 1; b < bins; ++b) {
+        side.add(boxes[b - 1]);
+        number += counts[b - 1];
+        if (!number || number == run.count()) continue;
+        const float cost = side.halfArea() * static_cast<float>(number) + rightCost[b];
         if (cost < best.cost) best = {cost, axis, static_cast<int>(b)};
     }
-    best.cost = best.cost / std::max(box.halfArea(), 1e-30f) + kStepCost;
+    best.cost = best.cost / std::max(run.box.halfArea(), 1e-30f) + kStepCost;
     return best;
 }
 
-std::uint32_t TriangleTree::Builder::partition(const Task &task, const Split &split)
+Split TriangleTree::Builder::findSplit(const Run &run) const
 {
-    const float scale = binScale(task.centers, split.axis);
-    const float low = task.centers.lo[split.axis];
-    std::uint32_t i = task.begin, j = task.end;
-    while (i < j) {
-        if (binOf(refs[i], low, scale, split.axis) < split.bin)
-            ++i;
-        else
-            std::swap(refs[i], refs[--j]);
+    if (run.depth >= kMaxSahDepth) return {};
+    const int longest = run.longestAxis();
+    Split best = findSplitAlong(run, longest);
+    if (run.count() < kAllAxesFrom || run.count() >= kAllAxesBelow) return best;
+    for (int axis = 0; axis < 3; ++axis) {
+        if (axis == longest) continue;
+        const Split other = findSplitAlong(run, axis);
+        if (other.axis >= 0 && other.cost < best.cost) best = other;
     }
-    return i;
+    return best;
 }
 
-void TriangleTree::Builder::makeLeaf(Node &node, const Task &task, const Box &box) const
+void TriangleTree::Builder::divide(const Run &run, const Split &split, Run &left, Run &right)
 {
-    static_cast<void>(box);
-    node.first = task.begin;
-    node.count = task.end - task.begin;
+    std::uint32_t i = run.begin, j = run.end;
+    if (split.axis < 0) {
+        // Nothing tells them apart: half of them each.
+        const std::uint32_t middle = i + run.count() / 2;
+        for (; i < middle; ++i) left.add(refs[i]);
+        for (std::uint32_t k = middle; k < run.end; ++k) right.add(refs[k]);
+    } else {
+        const Binning binning(run.centers, split.axis, run.count());
+        while (i < j) {
+            if (binning.binOf(refs[i]) < split.bin) {
+                left.add(refs[i++]);
+            } else {
+                right.add(refs[i]);
+                std::swap(refs[i], refs[--j]);
+            }
+        }
+    }
+    left.begin = run.begin;
+    left.end = right.begin = i;
+    right.end = run.end;
+    left.depth = right.depth = run.depth + 1;
+}
+
+bool TriangleTree::Builder::makeLeafOrSplit(const Run &run, Split &split)
+{
+    Node &node = tree.m_nodes[run.node];
+    for (int k = 0; k < 3; ++k) {
+        node.min[k] = run.box.lo[k];
+        node.max[k] = run.box.hi[k];
+    }
+    bool isLeaf = run.count() <= kSmallLeaf;
+    if (!isLeaf) {
+        split = findSplit(run);
+        isLeaf = run.count() <= kMaxLeaf && (split.axis < 0 || split.cost >= static_cast<float>(run.count()));
+    }
+    node.first = isLeaf ? run.begin : static_cast<std::uint32_t>(tree.m_nodes.size());
+    node.count = isLeaf ? run.count() : 0;
+    return isLeaf;
 }
 
 void TriangleTree::Builder::build()
 {
     const auto total = static_cast<std::uint32_t>(refs.size());
-    tree.m_nodes.reserve(total / 2 + 2);
+    tree.m_nodes.reserve(total * 2UL / 3 + 2);
     tree.m_nodes.emplace_back();
-    std::vector<Task> tasks;
-    Task root{0, 0, total, 0, {}};
-    Box rootBox = boxOf(0, total, root.centers);
-    struct Pending {
-        Task task;
-        Box box;
-    };
-    std::vector<Pending> pending{{root, rootBox}};
-    while (!pending.empty()) {
-        Pending now = pending.back();
-        pending.pop_back();
-        const Task &task = now.task;
-        const std::uint32_t count = task.end - task.begin;
-        Node &node = tree.m_nodes[task.node];
-        for (int k = 0; k < 3; ++k) {
-            node.min[k] = now.box.lo[k];
-            node.max[k] = now.box.hi[k];
-        }
-        if (count <= 1) {
-            makeLeaf(node, task, now.box);
-            continue;
-        }
-        const Float4 extent = task.centers.hi - task.centers.lo;
-        const int longest = extent[0] >= extent[1] ? (extent[0] >= extent[2] ? 0 : 2) : (extent[1] >= extent[2] ? 1 : 2);
-        Split best;
-        if (task.depth < kMaxSahDepth) {
-            best = findSplit(task, now.box, longest);
-            for (int axis = 0; axis < 3 && count < kAllAxesBelow; ++axis) {
-                if (axis == longest) continue;
-                const Split other = findSplit(task, now.box, axis);
-                if (other.axis >= 0 && other.cost < best.cost) best = other;
-            }
-        }
-        if (count <= kMaxLeaf && (best.axis < 0 || best.cost >= static_cast<float>(count))) {
-            makeLeaf(node, task, now.box);
-            continue;
-        }
-        const std::uint32_t middle = best.axis >= 0 ? partition(task, best) : task.begin + count / 2;
-        const auto children = static_cast<std::uint32_t>(tree.m_nodes.size());
-        node.first = children;
-        node.count = 0;
-        tree.m_nodes.resize(children + 2);
-        Pending left{{children, task.begin, middle, task.depth + 1, {}}, {}};
-        Pending right{{children + 1, middle, task.end, task.depth + 1, {}}, {}};
-        left.box = boxOf(task.begin, middle, left.task.centers);
-        right.box = boxOf(middle, task.end, right.task.centers);
-        pending.push_back(right);
-        pending.push_back(left);
+    std::vector<Run> open(1);
+    open[0].end = total;
+    for (const Ref &ref : refs) open[0].add(ref);
+    while (!open.empty()) {
+        const Run run = open.back();
+        open.pop_back();
+        Split split;
+        if (makeLeafOrSplit(run, split)) continue;
+        Run left, right;
+        left.node = static_cast<std::uint32_t>(tree.m_nodes.size());
+        right.node = left.node + 1;
+        tree.m_nodes.resize(tree.m_nodes.size() + 2);
+        divide(run, split, left, right);
+        open.push_back(right);
+        open.push_back(left);
     }
+    tree.m_nodes.shrink_to_fit();
 }
 
 void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)

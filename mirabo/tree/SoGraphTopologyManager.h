@@ -1,0 +1,108 @@
+#pragma once
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoAuditor.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNotification.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
+
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <vector>
+
+class SoMiraboTreeView;
+class SoSensor;
+class SoTreeViewItem;
+
+/// Keeps the tree in step with the graph, whoever changes it: rows are patched before the call that
+/// made the change returns. What concerns looks only (repainting, scrolling, telling the panels of a
+/// new current row) is done once, in the next pass of the event loop.
+///
+/// A priority 0 sensor on the watched node says when a change is complete. It would report only the
+/// last of several changes made inside other sensors' callbacks, so the changes themselves are
+/// noted down one by one while they pass.
+///
+/// The graph is to be changed in the tree's thread. A change in another thread stops a debug build;
+/// otherwise it makes the whole tree be compared with the graph in the next pass of the event loop,
+/// under the scene database's read lock.
+class SoGraphTopologyManager final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit SoGraphTopologyManager(SoMiraboTreeView *view);
+    ~SoGraphTopologyManager() override;
+
+    /// Watches a node (null: none): the root that the tree shows, or a container that holds it. A
+    /// child added to such a container is a new root to be shown. No reference is held.
+    void attach(SoNode *node);
+    SoNode *getAttachedNode() const { return m_attached; }
+    /// The tree shows another root: watches it unless the present container holds it.
+    void follow(SoNode *root);
+
+    /// The root is a VRML97 world; file and inline nodes then show no children.
+    static bool isVrmlScene();
+    static void setVrmlScene(bool on);
+
+    /// Debug builds do not stop at changes from other threads either.
+    static void allowOtherThreads(bool allow);
+
+    /// Work for the next pass of the event loop has come up.
+    void requestUpdate();
+    /// False from the death of the root in another thread until the tree is cleared.
+    bool isRootAlive() const { return !m_rootDied; }
+
+public Q_SLOTS:
+    /// Does what was put off to this pass of the event loop.
+    void updateTreeViewDisplay();
+
+Q_SIGNALS:
+    /// The structure of the graph changed; emitted inside the change.
+    void structureChanged();
+    /// A node whose content comes from a file changed in a way that fields do not tell.
+    void contentReplaced();
+
+private:
+    /// One change as it passed by.
+    struct Change {
+        SoNotification::Kind kind;
+        int index;
+        SoRef<SoNode> node;
+        const SoNode *child; ///< only compared
+        bool fromField;
+        std::vector<const SoNode *> chain; ///< from the watched node; for removals only
+    };
+
+    class Recorder final : public SoAuditor {
+    public:
+        explicit Recorder(SoGraphTopologyManager &manager) : m_manager(manager) {}
+        void auditedChanged(SoNotification &notification) override { m_manager.record(notification); }
+
+    private:
+        SoGraphTopologyManager &m_manager;
+    };
+
+    bool isOtherThread() const;
+    void record(const SoNotification &notification);
+    void changed();
+    void apply(const Change &change);
+    void applyToContainer(const Change &change);
+    bool applyTo(SoTreeViewItem *item, const Change &change);
+    SoTreeViewItem *itemAt(const Change &change) const;
+    void watchedDied();
+    void changedElsewhere();
+    void compareAll();
+
+    SoMiraboTreeView *m_view; // Not owned; owns us.
+    QTimer m_timer;
+    Recorder m_recorder;
+    SoNodeSensor m_sensor;
+    SoNode *m_attached = nullptr; // Not owned; forgotten when it dies.
+    std::vector<Change> m_changes;
+    bool m_applying = false;
+    bool m_structureChanged = false;
+    bool m_contentReplaced = false;
+    std::atomic<bool> m_changedElsewhere{false};
+    std::atomic<bool> m_rootDied{false};
+};

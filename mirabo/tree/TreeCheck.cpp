@@ -1,0 +1,104 @@
+#include "mirabo/tree/TreeCheck.h"
+
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeBuilder.h"
+
+#include <kalmyr/core/SoNode.h>
+
+#include <unordered_map>
+
+namespace mirabo {
+
+namespace {
+
+QString describe(const SoTreeViewItem *item)
+{
+    QString text;
+    for (; item; item = item->parentItem())
+        text = '/' + QString::fromUtf8(item->getNode()->getTypeId().getName().getString()) + text;
+    return text;
+}
+
+class Checker {
+public:
+    explicit Checker(const SoMiraboTreeView &view)
+        : m_view(view), m_builder(const_cast<SoMiraboTreeView &>(view).context())
+    {
+    }
+
+    QString run()
+    {
+        if (m_view.topLevelItemCount() != (m_view.getRoot() ? 1 : 0)) return "wrong number of roots";
+        if (m_view.getRoot()) walk(m_view.rootItem());
+        if (m_fault.isEmpty()) checkIndex();
+        return m_fault;
+    }
+
+private:
+    void walk(SoTreeViewItem *root)
+    {
+        if (root->getNode() != m_view.getRoot()) m_fault = "wrong root";
+        m_open.push_back(root);
+        while (!m_open.empty() && m_fault.isEmpty()) {
+            const SoTreeViewItem *item = m_open.back();
+            m_open.pop_back();
+            ++m_rows;
+            ++m_counts[item->getNode()];
+            checkBelow(item);
+        }
+    }
+
+    void checkBelow(const SoTreeViewItem *item)
+    {
+        const std::vector<PlacedNode> places = m_builder.placesBelow(item->getNode());
+        if (static_cast<int>(places.size()) != item->childCount()) {
+            m_fault = QString("%1: %2 rows for %3 nodes").arg(describe(item)).arg(item->childCount())
+                          .arg(places.size());
+            return;
+        }
+        int number = 0;
+        for (int i = 0; i < item->childCount(); ++i) {
+            const SoTreeViewItem *child = item->childItem(i);
+            const PlacedNode &place = places[static_cast<std::size_t>(i)];
+            const bool fromField = place.field || item->isFromField();
+            const int expected = child->isShown() ? number++ : -1;
+            if (child->getNode() != place.node || child->getSourceField() != place.field)
+                fail(item, i, "another node");
+            else if (child->isFromField() != fromField)
+                fail(item, i, "wrong field flag");
+            else if (child->data(0, Qt::UserRole).toInt() != expected)
+                fail(item, i, "wrong number");
+            m_open.push_back(child);
+        }
+    }
+
+    void checkIndex()
+    {
+        const NodeIndex &index = m_view.context().index;
+        if (index.itemCount() != m_rows || index.nodeCount() != m_counts.size()) m_fault = "index of wrong size";
+        for (const auto &[node, count] : m_counts)
+            if (index.itemsOf(node).size() != count) m_fault = "index misses rows of a node";
+    }
+
+    void fail(const SoTreeViewItem *item, int row, const char *what)
+    {
+        if (m_fault.isEmpty()) m_fault = QString("%1, row %2: %3").arg(describe(item)).arg(row).arg(what);
+    }
+
+    const SoMiraboTreeView &m_view;
+    TreeBuilder m_builder;
+    std::vector<const SoTreeViewItem *> m_open;
+    std::unordered_map<const SoNode *, std::size_t> m_counts;
+    std::size_t m_rows = 0;
+    QString m_fault;
+};
+
+} // namespace
+
+QString checkTree(const SoMiraboTreeView &view)
+{
+    return Checker(view).run();
+}
+
+} // namespace mirabo
