@@ -202,6 +202,7 @@ TEST_F(Rendering, OutlinesTheSelection)
     action.setVisible(false);
     EXPECT_EQ(countLines(), 0);
     m_renderer.setGLRenderAction(nullptr);
+    selection->deselectAll(); // its paths hold the node itself
 }
 
 TEST_F(Rendering, SaysSoOnceWithoutAContext)
