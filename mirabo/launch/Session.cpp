@@ -19,9 +19,11 @@
 
 #include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/cameras/SoCamera.h>
+#include <kalmyr/core/SoNode.h>
 #include <kalmyr/gui/SoGuiViewer.h>
 #include <kalmyr/nodes/SoSelection.h>
 
+#include <QAction>
 #include <QDesktopServices>
 #include <QDockWidget>
 #include <QUrl>

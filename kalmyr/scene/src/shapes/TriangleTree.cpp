@@ -15,17 +15,10 @@ namespace {
 constexpr int kBins = 16;
 constexpr int kFewBins = 8;
 constexpr std::uint32_t kFewTriangles = 32;
-/// No split is looked for below this, and always above kMaxLeaf.
-constexpr std::uint32_t kSmallLeaf = 2;
 constexpr std::uint32_t kMaxLeaf = 4;
-/// All three axes are looked at for nodes of this size; they pay there.
-constexpr std::uint32_t kAllAxesFrom = 6;
-constexpr std::uint32_t kAllAxesBelow = 64;
 /// Beyond this depth nodes are halved by count, so that the stack of a search has a bound.
 constexpr int kMaxSahDepth = 48;
 constexpr int kStackSize = 96;
-/// Cost of a step down in triangle tests.
-constexpr float kStepCost = 1.2f;
 /// Rays through an edge meet at least one of its two triangles.
 constexpr float kEdgeTolerance = 1e-6f;
 
@@ -121,7 +114,6 @@ struct TriangleTree::Builder {
 
 private:
     Split findSplit(const Run &run) const;
-    Split findSplitAlong(const Run &run, int axis) const;
     void divide(const Run &run, const Split &split, Run &left, Run &right);
     bool makeLeafOrSplit(const Run &run, Split &split);
 };
@@ -145,9 +137,10 @@ void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::spa
     }
 }
 
-Split TriangleTree::Builder::findSplitAlong(const Run &run, int axis) const
+/// The cheapest division along the longest axis; the others are hardly ever better.
+Split TriangleTree::Builder::findSplit(const Run &run) const
 {
-    const Binning binning(run.centers, axis, run.count());
+    const Binning binning(run.centers, run.longestAxis(), run.count());
     if (!binning.isUsable()) return {};
     const auto bins = static_cast<std::size_t>(binning.count);
     std::array<Box, kBins> boxes;
@@ -173,22 +166,7 @@ Split TriangleTree::Builder::findSplitAlong(const Run &run, int axis) const
         number += counts[b - 1];
         if (!number || number == run.count()) continue;
         const float cost = side.halfArea() * static_cast<float>(number) + rightCost[b];
-        if (cost < best.cost) best = {cost, axis, static_cast<int>(b)};
-    }
-    best.cost = best.cost / std::max(run.box.halfArea(), 1e-30f) + kStepCost;
-    return best;
-}
-
-Split TriangleTree::Builder::findSplit(const Run &run) const
-{
-    if (run.depth >= kMaxSahDepth) return {};
-    const int longest = run.longestAxis();
-    Split best = findSplitAlong(run, longest);
-    if (run.count() < kAllAxesFrom || run.count() >= kAllAxesBelow) return best;
-    for (int axis = 0; axis < 3; ++axis) {
-        if (axis == longest) continue;
-        const Split other = findSplitAlong(run, axis);
-        if (other.axis >= 0 && other.cost < best.cost) best = other;
+        if (cost < best.cost) best = {cost, binning.axis, static_cast<int>(b)};
     }
     return best;
 }
@@ -225,11 +203,9 @@ bool TriangleTree::Builder::makeLeafOrSplit(const Run &run, Split &split)
         node.min[k] = run.box.lo[k];
         node.max[k] = run.box.hi[k];
     }
-    bool isLeaf = run.count() <= kSmallLeaf;
-    if (!isLeaf) {
-        split = findSplit(run);
-        isLeaf = run.count() <= kMaxLeaf && (split.axis < 0 || split.cost >= static_cast<float>(run.count()));
-    }
+    // Comparing the costs of so few would take longer than it ever saves.
+    const bool isLeaf = run.count() <= kMaxLeaf;
+    if (!isLeaf && run.depth < kMaxSahDepth) split = findSplit(run);
     node.first = isLeaf ? run.begin : static_cast<std::uint32_t>(tree.m_nodes.size());
     node.count = isLeaf ? run.count() : 0;
     return isLeaf;
@@ -317,8 +293,9 @@ PreparedRay prepare(const SbVec3f &origin, const SbVec3f &direction)
     return ray;
 }
 
+// Both tests are inlined by force: the search spends all its time in them.
 template <class Node>
-bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, float &enter)
+[[gnu::always_inline]] inline bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, float &enter)
 {
     // The fourth values are the node's two integers: whatever they read as is never looked at.
     const Float4 t0 = (Float4::load(node.min) - ray.origin) * ray.inverse;
@@ -331,7 +308,7 @@ bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, 
 }
 
 template <class Triangle>
-bool meetsTriangle(const PreparedRay &ray, const Triangle &t, float tMin, float tMax, TriangleTree::Hit &hit)
+[[gnu::always_inline]] inline bool meetsTriangle(const PreparedRay &ray, const Triangle &t, float tMin, float tMax, TriangleTree::Hit &hit)
 {
     const SbVec3f e1(t.e1), e2(t.e2);
     const SbVec3f p = ray.d.cross(e2);
