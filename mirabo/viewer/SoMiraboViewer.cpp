@@ -30,6 +30,8 @@ SoMiraboViewer *s_instance = nullptr;
 
 const QString kGeometry = QString::fromLatin1(mirabo::kMainFrameGroup);
 constexpr int kUnsetSize = 32767;
+/// A calm dark tone on which shaded objects of any colour stand out.
+const SbColor kViewerBackground(0.20f, 0.23f, 0.28f);
 
 QString toQString(const SbString &text)
 {
@@ -121,6 +123,7 @@ void SoMiraboViewer::createExaminer()
     MrbServicesImpl *services = MrbServicesImpl::getInstance();
     services->setRenderArea(m_examiner->getGuiRenderArea());
     services->setSceneManager(m_examiner->getSceneManager());
+    m_examiner->setBackgroundColor(kViewerBackground);
     m_viewerDock->setWidget(m_examiner->getWidget());
     m_frame->setCentralWidget(m_viewerDock);
 }
