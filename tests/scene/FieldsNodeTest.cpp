@@ -119,6 +119,7 @@ TEST_F(NodeFields, RefuseWhatHoldsTheirContainer)
 {
     const SoRef<Holder> top(new Holder);
     const SoRef<Bound> middle(new Bound);
+    const SoRef<Holder> good(new Holder);
     top->setName("top");
     m_holder->setName("bottom");
     top->part = middle.get();
@@ -128,12 +129,13 @@ TEST_F(NodeFields, RefuseWhatHoldsTheirContainer)
         const auto errors = support::expectErrors();
         m_holder->part = node;
         EXPECT_FALSE(m_holder->parts.addNode(node));
-        EXPECT_FALSE(m_holder->parts.setValues(std::vector<SoNode*>{new Holder, node}));
+        EXPECT_FALSE(m_holder->parts.setValues(std::vector<SoNode*>{good.get(), node}));
         EXPECT_EQ(errors.count(), 3u);
         EXPECT_TRUE(errors.contains("bottom"));
     }
     EXPECT_EQ(m_holder->part.getValue(), nullptr);
     EXPECT_EQ(m_holder->parts.getNum(), 0);
+    EXPECT_EQ(good->getRefCount(), 1) << "a refused list holds none of its nodes";
     EXPECT_EQ(m_holder->getRefCount(), 2);
 }
 
