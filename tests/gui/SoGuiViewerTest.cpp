@@ -203,8 +203,9 @@ TEST_P(ViewerCameraTest, SeeksWhatIsUnderThePointer)
     EXPECT_TRUE(near(interest(), target, 0.05f));
     EXPECT_NEAR(seen(target)[0], 0.5f, 0.02f);
     EXPECT_NEAR(seen(target)[1], 0.5f, 0.02f);
-    if (GetParam() == SoGuiViewer::PERSPECTIVE)
+    if (GetParam() == SoGuiViewer::PERSPECTIVE) {
         EXPECT_LT(camera().focalDistance.getValue(), before * 0.6f);
+    }
     EXPECT_FALSE(viewer->seekToPoint(SbVec2s(1, 1)));
 }
 
@@ -233,8 +234,9 @@ TEST_P(ViewerCameraTest, PlanesStayInOrderInsideTheScene)
     viewer->prepareFrame();
     EXPECT_LT(camera().nearDistance.getValue(), camera().farDistance.getValue());
     EXPECT_GE(camera().farDistance.getValue(), 5e4f);
-    if (GetParam() == SoGuiViewer::PERSPECTIVE)
+    if (GetParam() == SoGuiViewer::PERSPECTIVE) {
         EXPECT_GT(camera().nearDistance.getValue(), 0);
+    }
 }
 
 TEST_P(ViewerCameraTest, LeavesTheSceneAlone)

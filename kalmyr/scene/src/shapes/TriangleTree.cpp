@@ -293,6 +293,20 @@ PreparedRay prepare(const SbVec3f &origin, const SbVec3f &direction)
     return ray;
 }
 
+struct Triple {
+    float x, y, z;
+};
+
+inline float dot(const Triple &a, const Triple &b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+inline Triple cross(const Triple &a, const Triple &b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
 // Both tests are inlined by force: the search spends all its time in them.
 template <class Node>
 [[gnu::always_inline]] inline bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, float &enter)
@@ -310,18 +324,19 @@ template <class Node>
 template <class Triangle>
 [[gnu::always_inline]] inline bool meetsTriangle(const PreparedRay &ray, const Triangle &t, float tMin, float tMax, TriangleTree::Hit &hit)
 {
-    const SbVec3f e1(t.e1), e2(t.e2);
-    const SbVec3f p = ray.d.cross(e2);
-    const float det = e1.dot(p);
+    // Written out: loops over three components stay loops in a plain optimised build.
+    const Triple d{ray.d[0], ray.d[1], ray.d[2]}, e1{t.e1[0], t.e1[1], t.e1[2]}, e2{t.e2[0], t.e2[1], t.e2[2]};
+    const Triple p = cross(d, e2);
+    const float det = dot(e1, p);
     if (det == 0) return false;
     const float inverse = 1 / det;
-    const SbVec3f s = ray.o - SbVec3f(t.v0);
-    const float u = s.dot(p) * inverse;
+    const Triple s{ray.o[0] - t.v0[0], ray.o[1] - t.v0[1], ray.o[2] - t.v0[2]};
+    const float u = dot(s, p) * inverse;
     if (!(u >= -kEdgeTolerance && u <= 1 + kEdgeTolerance)) return false;
-    const SbVec3f q = s.cross(e1);
-    const float v = ray.d.dot(q) * inverse;
+    const Triple q = cross(s, e1);
+    const float v = dot(d, q) * inverse;
     if (!(v >= -kEdgeTolerance && u + v <= 1 + kEdgeTolerance)) return false;
-    const float at = e2.dot(q) * inverse;
+    const float at = dot(e2, q) * inverse;
     if (!(at >= tMin && at <= tMax)) return false;
     hit.t = at;
     hit.barycentric = SbVec3f(1 - u - v, u, v);

@@ -1,0 +1,331 @@
+#include "TreeTestScene.h"
+
+#include "mirabo/tree/SoGraphTopologyManager.h"
+
+#include <kalmyr/nodes/SoMaterial.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
+#include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
+
+#include <QSignalSpy>
+
+#include <thread>
+
+namespace {
+
+/// A group with a cube, held once by whoever takes it.
+SoGroup *makePair()
+{
+    auto *group = new SoGroup;
+    group->addChild(new SoCube);
+    return group;
+}
+
+} // namespace
+
+TEST_F(TreeTest, FollowsEveryKindOfEditUnderEveryOccurrence)
+{
+    auto *shared = new SoSeparator;
+    for (int i = 0; i < 3; ++i) {
+        auto *holder = new SoGroup;
+        root->addChild(holder);
+        holder->addChild(shared);
+    }
+    ASSERT_EQ(rowsOf(shared), 3);
+
+    SoGroup *first = makePair();
+    shared->addChild(first);
+    EXPECT_EQ(rowsOf(first), 3);
+    EXPECT_EQ(rowsOf(first->getChild(0)), 3);
+
+    shared->insertChild(new SoMaterial, 0);
+    EXPECT_EQ(row(first)->childIndexValue(), 1);
+    SoGroup *second = makePair();
+    shared->replaceChild(1, second);
+    EXPECT_EQ(rowsOf(first), 0);
+    EXPECT_EQ(rowsOf(second), 3);
+    EXPECT_EQ(check(), "");
+
+    shared->removeChild(0);
+    EXPECT_EQ(row(second)->childIndexValue(), 0);
+    shared->removeAllChildren();
+    EXPECT_EQ(row(shared)->childCount(), 0);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, KeepsTheSameChildTwiceApart)
+{
+    const SoRef<SoGroup> child(makePair());
+    root->addChild(child.get());
+    root->addChild(new SoMaterial);
+    root->addChild(child.get());
+    EXPECT_EQ(rowsOf(child.get()), 2);
+    EXPECT_EQ(check(), "");
+    root->insertChild(child.get(), 0);
+    root->removeChild(3);
+    EXPECT_EQ(check(), "");
+    root->replaceChild(2, child.get());
+    EXPECT_EQ(rowsOf(child.get()), 3);
+    EXPECT_EQ(check(), "");
+    root->replaceChild(2, child.get());
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, ReadsAReplacedListAgainAndKeepsWhatStays)
+{
+    std::vector<SoNode *> nodes;
+    for (int i = 0; i < 100; ++i) nodes.push_back(makePair());
+    ASSERT_TRUE(root->setChildren(nodes));
+    row(nodes[7])->setExpanded(true);
+    view.setCurrentItem(row(nodes[7])->child(0));
+    pass();
+    const SoTreeViewItem *kept = row(nodes[7]);
+
+    std::reverse(nodes.begin(), nodes.end());
+    nodes[0] = makePair();
+    ASSERT_TRUE(root->setChildren(nodes));
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(row(nodes[92]), kept);
+    EXPECT_TRUE(kept->isExpanded());
+    EXPECT_EQ(view.currentItem(), kept->child(0));
+
+    root->setChildren({nodes.begin() + 60, nodes.end()});
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(view.currentItem(), kept->child(0));
+}
+
+TEST_F(TreeTest, ShowsNodesOfFieldsBehindChildrenAndFollowsThem)
+{
+    auto *holder = new FieldHolder;
+    root->addChild(holder);
+    root->addChild(holder);
+    SoGroup *inner = makePair();
+    holder->one = inner;
+    EXPECT_EQ(rowsOf(inner->getChild(0)), 2);
+    EXPECT_TRUE(row(inner)->isDirectlyFromField());
+    EXPECT_FALSE(row(inner->getChild(0))->isDirectlyFromField());
+    EXPECT_TRUE(row(inner->getChild(0))->isFromField());
+
+    holder->many.setNum(3); // three times nothing
+    holder->many.set1Value(1, new SoCube);
+    holder->many.addNode(inner);
+    EXPECT_EQ(row(holder)->childCount(), 3);
+    EXPECT_EQ(check(), "");
+    holder->one = static_cast<SoNode *>(nullptr);
+    holder->many.removeNode(1);
+    EXPECT_EQ(row(holder)->childCount(), 1);
+    EXPECT_EQ(check(), "");
+
+    root->addChild(inner); // by a field and as a child
+    EXPECT_EQ(rowsOf(inner), 3);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, FindsUnreportedChangesWithTheNextReport)
+{
+    auto *group = new SoGroup;
+    root->addChild(group);
+    group->addChild(new SoCube);
+    group->addChild(new SoMaterial);
+    group->enableNotify(false);
+    group->removeChild(0);
+    group->insertChild(makePair(), 0);
+    group->addChild(new SoCube);
+    group->enableNotify(true);
+    group->addChild(new SoMaterial);
+    EXPECT_EQ(check(), "");
+
+    group->enableNotify(false);
+    group->removeAllChildren();
+    group->enableNotify(true);
+    group->touch();
+    EXPECT_EQ(row(group)->childCount(), 0);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, PaintsAndChoosesNoNodeThatDiedUnreported)
+{
+    view.show();
+    auto *group = new SoGroup;
+    root->addChild(group);
+    for (int i = 0; i < 3; ++i) group->addChild(makePair());
+    view.expandAll();
+    pass();
+    const auto vanish = [group](int index) {
+        group->enableNotify(false);
+        group->removeChild(index);
+        group->enableNotify(true);
+    };
+    vanish(1);
+    view.grab();
+    EXPECT_EQ(check(), "");
+
+    SoTreeViewItem *dead = row(group->getChild(1))->childItem(0);
+    vanish(1);
+    int chosen = 0;
+    QObject::connect(&view, &SoMiraboTreeView::itemChosen, &view, [&](SoTreeViewItem *item) {
+        ++chosen;
+        EXPECT_NE(item, dead);
+    });
+    view.setCurrentItem(dead);
+    EXPECT_EQ(check(), "");
+    pass();
+    EXPECT_LE(chosen, 1);
+}
+
+TEST_F(TreeTest, AppliesEveryEditMadeInOtherSensorsCallbacks)
+{
+    struct Host {
+        SoGroup *root;
+        SoGroup *group;
+        int edits = 0;
+    } host{root.get(), new SoGroup};
+    root->addChild(host.group);
+    SoNodeSensor sensor([](void *data, SoSensor *) {
+        auto &h = *static_cast<Host *>(data);
+        if (++h.edits > 3) return;
+        h.group->insertChild(makePair(), 0);
+        h.root->addChild(new SoCube);
+        if (h.edits == 2) h.group->removeChild(1);
+    }, &host);
+    sensor.setPriority(0);
+    sensor.attach(root.get());
+    root->addChild(makePair());
+    EXPECT_GT(host.edits, 1);
+    EXPECT_EQ(check(), "");
+    host.group->removeAllChildren();
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, TakesAChildOfAContainerForANewScene)
+{
+    const SoRef<SoGroup> container(new SoGroup);
+    view.setSceneGraph(nullptr);
+    view.topologyManager().attach(container.get());
+    QSignalSpy roots(&view, &SoMiraboTreeView::rootChanged);
+    const SoRef<SoGroup> scene(makePair());
+    container->addChild(scene.get());
+    EXPECT_EQ(view.getRoot(), scene.get());
+    scene->addChild(new SoCube);
+    EXPECT_EQ(check(), "");
+    container->removeAllChildren();
+    EXPECT_EQ(view.topLevelItemCount(), 0);
+    container->addChild(root.get());
+    EXPECT_EQ(view.getRoot(), root.get());
+    EXPECT_EQ(roots.size(), 3);
+
+    view.setSceneGraph(scene.get()); // not of this container
+    container->addChild(new SoCube);
+    EXPECT_EQ(view.getRoot(), scene.get());
+    scene->addChild(new SoCube);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, IsEmptiedByTheDeathOfItsRoot)
+{
+    root->addChild(makePair());
+    view.show();
+    pass();
+    QSignalSpy roots(&view, &SoMiraboTreeView::rootChanged);
+    root.reset();
+    EXPECT_EQ(view.topLevelItemCount(), 0);
+    EXPECT_EQ(roots.size(), 1);
+    view.grab();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), nullptr);
+}
+
+TEST_F(TreeTest, ShowsInlinesWithoutTheirBoxAndNotAtAllInAVrmlWorld)
+{
+    auto *link = new SoVRMLInline;
+    root->addChild(link);
+    auto *world = new SoVRMLGroup;
+    world->addChild(new SoCube);
+    link->setChildData(world);
+    EXPECT_EQ(rowsOf(world), 1);
+    EXPECT_EQ(row(link)->childCount(), 1);
+    EXPECT_EQ(check(), "");
+    world->children.addNode(new SoCube); // the field and the child list are one
+    EXPECT_EQ(row(world)->childCount(), 2);
+    EXPECT_EQ(check(), "");
+
+    const SoRef<SoVRMLGroup> vrmlRoot(new SoVRMLGroup);
+    vrmlRoot->addChild(link);
+    view.setSceneGraph(vrmlRoot.get());
+    EXPECT_EQ(row(link)->childCount(), 0);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, SelectsOnlyForRemovalsAndTellsStructureChangesOnly)
+{
+    auto *group = makePair();
+    auto *holder = new FieldHolder;
+    root->addChild(group);
+    root->addChild(holder);
+    view.setCurrentItem(row(holder));
+    pass();
+    QSignalSpy structure(&view, &SoMiraboTreeView::outsideStructureChange);
+    QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
+    for (int i = 0; i < 100; ++i) holder->number = static_cast<float>(i);
+    pass();
+    EXPECT_EQ(structure.size(), 0);
+    EXPECT_EQ(chosen.size(), 0);
+    group->addChild(new SoCube);
+    pass();
+    EXPECT_EQ(structure.size(), 1);
+    EXPECT_EQ(view.getCurrentNode(), holder);
+    group->removeChild(0);
+    group->removeChild(0);
+    EXPECT_EQ(view.getCurrentNode(), holder); // not inside the change
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), group);
+    EXPECT_EQ(chosen.size(), 1);
+
+    // The current row itself goes.
+    view.setCurrentItem(row(holder));
+    root->removeChild(holder);
+    EXPECT_EQ(check(), "");
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), root.get());
+}
+
+TEST_F(TreeTest, ComparesEverythingAfterAChangeInAnotherThread)
+{
+    SoGraphTopologyManager::allowOtherThreads(true);
+    root->addChild(makePair());
+    std::thread([this] {
+        SoDB::writelock();
+        root->addChild(makePair());
+        root->removeChild(0);
+        SoDB::writeunlock();
+    }).join();
+    pass();
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(view.rootItem()->childCount(), 1);
+    std::thread([this] { root.reset(); }).join();
+    view.grab();
+    pass();
+    EXPECT_EQ(view.topLevelItemCount(), 0);
+    SoGraphTopologyManager::allowOtherThreads(false);
+}
+
+TEST_F(TreeTest, ManagesDepthBeyondTheCallStackOfRecursion)
+{
+    // Deep enough to overflow a recursion of small frames; the toolkit's own limits are elsewhere.
+    constexpr int kDepth = 3000;
+    SoGroup *at = root.get();
+    for (int i = 0; i < kDepth; ++i) {
+        auto *next = new SoGroup;
+        at->addChild(next);
+        at = next;
+    }
+    EXPECT_EQ(rowsOf(at), 1);
+    view.setSceneGraph(nullptr);
+    view.setSceneGraph(root.get());
+    EXPECT_EQ(view.context().index.itemCount(), static_cast<std::size_t>(kDepth) + 1);
+    EXPECT_TRUE(view.revealNode(at));
+    root->removeChild(0);
+    EXPECT_EQ(check(), "");
+}
