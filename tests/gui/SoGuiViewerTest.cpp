@@ -421,7 +421,7 @@ TEST_F(SoGuiViewerTest, KnowsItsKeys)
     EXPECT_TRUE(press(SoKeyboardEvent::LEFT_ARROW));
     EXPECT_LT(camera().position.getValue()[0], place[0] - 0.1f);
     EXPECT_TRUE(press(SoKeyboardEvent::HOME));
-    EXPECT_TRUE(near(camera().position.getValue(), place, 0.01f));
+    EXPECT_TRUE(near(camera().position.getValue(), place, 0.05f));
 }
 
 TEST_F(SoGuiViewerTest, FliesToItsTarget)

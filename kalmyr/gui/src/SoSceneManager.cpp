@@ -143,8 +143,10 @@ bool SoSceneManager::render()
 bool SoSceneManager::processEvent(const SoEvent *event)
 {
     if (!m_impl->m_root.getValue()) return false;
-    m_impl->m_eventAction.setEvent(event);
-    m_impl->m_eventAction.apply(m_impl->m_root.getValue());
-    m_impl->m_eventAction.setEvent(nullptr);
-    return m_impl->m_eventAction.isHandled();
+    SoHandleEventAction &action = m_impl->m_eventAction;
+    action.setEvent(event);
+    action.apply(m_impl->m_root.getValue());
+    const bool handled = action.isHandled();
+    action.setEvent(nullptr); // the event is the caller's
+    return handled;
 }
