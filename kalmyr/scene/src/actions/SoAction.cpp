@@ -12,16 +12,6 @@ namespace {
 
 SoType s_actionType;
 
-/// Large graphs do not fit into the processor's cache: asking for the next sibling while this one is
-/// visited hides most of the wait.
-void prefetch(const SoNode* node)
-{
-    constexpr int kCacheLine = 64;
-    const char* memory = reinterpret_cast<const char*>(node);
-    __builtin_prefetch(memory);
-    __builtin_prefetch(memory + kCacheLine);
-}
-
 } // namespace
 
 SoType SoAction::getClassTypeId()
@@ -176,11 +166,8 @@ void SoAction::traverseChildren(const SoChildList& children)
             last = next + 1;
     }
     // The length is asked for anew: a callback may have removed children.
-    for (int i = 0; i < last && i < children.getLength() && !m_terminated; ++i) {
-        if (i + 1 < children.getLength())
-            prefetch(children[i + 1]);
+    for (int i = 0; i < last && i < children.getLength() && !m_terminated; ++i)
         traverse(children[i], i);
-    }
 }
 
 bool SoAction::isOnPath(int& nextChild) const
