@@ -31,6 +31,13 @@ bool isRemoval(SoNotification::Kind kind)
     return kind == SoNotification::CHILD_REMOVED || kind == SoNotification::ALL_REMOVED;
 }
 
+/// A list that is replaced by another is reported as removed, too.
+bool isEmptied(SoNotification::Kind kind, const SoNode &node)
+{
+    const SoChildList *children = node.getInternalChildren();
+    return kind == SoNotification::ALL_REMOVED && (!children || children->getLength() == 0);
+}
+
 } // namespace
 
 SoGraphTopologyManager::SoGraphTopologyManager(SoMiraboTreeView *view)
@@ -145,7 +152,8 @@ void SoGraphTopologyManager::apply(const Change &change)
     m_structureChanged = true;
     const mirabo::NodeTraits &traits = mirabo::traitsOf(change.node->getTypeId());
     if ((traits.isFile || traits.isInline) && !change.fromField) m_contentReplaced = true;
-    if (isRemoval(change.kind)) m_view->showLater(itemAt(change));
+    if (change.kind == SoNotification::CHILD_REMOVED || isEmptied(change.kind, *change.node))
+        m_view->showLater(itemAt(change));
     requestUpdate();
 }
 

@@ -211,7 +211,12 @@ void SoMiraboTreeView::selectChange(QTreeWidgetItem *item, QTreeWidgetItem *)
 
 void SoMiraboTreeView::choose(SoTreeViewItem *item)
 {
-    if (item && !verify(item)) return; // what follows from the patch comes in the next pass
+    if (item && !isInGraph(item)) {
+        // Called by the selection, which does not bear that rows go: they go in the next pass.
+        m_currentMoved = true;
+        m_topology->requestUpdate();
+        return;
+    }
     requestHighlight(item);
     announceReferences();
     if (item) Q_EMIT itemChosen(item, m_shiftPressed);
@@ -260,7 +265,10 @@ void SoMiraboTreeView::catchUp()
         m_currentMoved = false;
         showItem(item);
     }
-    if (std::exchange(m_currentMoved, false)) choose(asItem(currentItem()));
+    if (std::exchange(m_currentMoved, false)) {
+        SoTreeViewItem *current = asItem(currentItem());
+        if (!current || verify(current)) choose(current);
+    }
     if (std::exchange(m_fitPending, false)) fitColumns();
     for (SoTreeViewItem *marked : itemsOf(m_markedNode)) marked->updateReferenceMark(true);
     viewport()->update();

@@ -157,6 +157,7 @@ private:
     void fitColumns();
     bool verifyRowsInView();
     SoTreeViewItem *firstStrayAbove(SoTreeViewItem *item) const;
+    bool isInGraph(SoTreeViewItem *item) const;
     bool verify(SoTreeViewItem *item);
     bool isUserBusy() const;
 

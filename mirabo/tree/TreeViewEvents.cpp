@@ -90,6 +90,11 @@ SoTreeViewItem *SoMiraboTreeView::firstStrayAbove(SoTreeViewItem *item) const
     return nullptr;
 }
 
+bool SoMiraboTreeView::isInGraph(SoTreeViewItem *item) const
+{
+    return m_topology->isRootAlive() && !firstStrayAbove(item);
+}
+
 /// Changes made while notification was off are nowhere reported: a row that is about to be used is
 /// checked first. False when rows had to be patched, so that the item may be gone.
 bool SoMiraboTreeView::verify(SoTreeViewItem *item)

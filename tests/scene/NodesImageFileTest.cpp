@@ -15,11 +15,11 @@ using TextureTest = nodetest::NodesTest;
 /// 2 by 2: red and green above, blue and white below, in rows from bottom to top.
 const Bytes kPixels{0, 0, 255, 255, 255, 255, 255, 0, 0, 0, 255, 0};
 
-void put(Bytes &to, std::uint32_t value, int count, bool bigEndian = false)
+void put(Bytes &to, std::uint64_t value, int count, bool bigEndian = false)
 {
     for (int i = 0; i < count; ++i) {
         const int shift = 8 * (bigEndian ? count - 1 - i : i);
-        to.push_back(static_cast<unsigned char>(value >> shift));
+        to.push_back(static_cast<unsigned char>(shift < 64 ? value >> shift : 0));
     }
 }
 

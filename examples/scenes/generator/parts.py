@@ -66,5 +66,5 @@ class Looks:
         self.rock = appearance("Rock", (.40, .38, .36))
         self.rubber = appearance("Rubber", (.09, .09, .10), .12, .2)
         self.window = appearance("WindowGlass", (.10, .16, .24), .9, .8)
-        self.glass = appearance("ClearGlass", (.72, .86, .92), .9, .9, transparency=.62)
+        self.glass = appearance("ClearGlass", (.50, .62, .68), .9, .9, transparency=.78)
         self.lamp = appearance("LampGlow", (1, .85, .45), emissive=(1, .78, .30))

@@ -239,8 +239,8 @@ class Train:
         return transform(name, (x, RAIL_TOP, z), turn, kids=[vehicle])
 
     def node(self):
-        start = 2.45
+        start = 3.0
         cars = [("OnRails1", self.locomotive(), 0), ("OnRails2", self.tender(), 2.75),
-                ("OnRails3", self.coach(), 5.15), ("OnRails4", self.log_car(), 7.85),
-                ("OnRails5", self.tank_car(), 10.5)]
+                ("OnRails3", self.log_car(), 5.0), ("OnRails4", self.tank_car(), 7.6),
+                ("OnRails5", self.coach(), 10.3)]
         return transform("Train", kids=[self.on_rails(n, v, start - back) for n, v, back in cars])

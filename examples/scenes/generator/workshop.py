@@ -78,7 +78,7 @@ def on_board(looks, blocks):
         transform("LighthousePlace", (3.7, 0, -.75), kids=[toys.lighthouse(looks)]),
         transform("RobotPlace", (-4.2, 0, -.55), kids=[toys.robot_arm(looks, blocks)]),
         blocks.tower(looks, (-1.25, 0, .45)),
-        transform("BoatPlace", (1.5, 0, .35), (0, 1, 0, .45), (.85, .85, .85), kids=[toys.boat(looks)]),
+        transform("BoatPlace", (1.0, 0, .25), (0, 1, 0, .45), (.85, .85, .85), kids=[toys.boat(looks)]),
         toys.pines(looks, pines)])
 
 
@@ -87,7 +87,7 @@ def on_bench(looks, blocks):
         blocks.word(paint.LETTERS, (-3.1, 0, 4.75), 1.18),
         transform("TopPlace", (5.6, 0, 4.75), (0, 0, 1, -.16), kids=[toys.spinning_top(looks)]),
         transform("BowlPlace", (7.9, 0, 4.55), kids=[toys.marble_bowl(looks)]),
-        toys.skittles(looks, [(9.6, 2.0), (10.3, 2.7), (10.4, 1.3)]),
+        toys.skittles(looks, [(9.3, 1.9), (9.8, 2.7), (10.1, 1.6)]),
         toys.paint_pots(looks, [(-6.1, 4.7, looks.yellow), (-7.2, 4.35, looks.red), (-8.3, 4.8, looks.blue)]),
         transform("CupPlace", (-9.8, 0, 2.6), kids=[toys.pencil_cup(looks)]),
         transform("LampPlace", (-9.9, 0, -3.9), (0, 1, 0, -.35), kids=[toys.desk_lamp(looks)])])
@@ -170,8 +170,8 @@ def lights():
     return [Node("NavigationInfo", type=["EXAMINE", "ANY"], headlight=False),
             Node("Background", skyColor=[(.30, .36, .44), (.12, .14, .18)], skyAngle=[1.571],
                  groundColor=[(.05, .05, .06), (.12, .14, .18)], groundAngle=[1.571]),
-            Node("DirectionalLight", "KeyLight", direction=away, color=(1., .955, .87), intensity=.86,
-                 ambientIntensity=.35),
+            Node("DirectionalLight", "KeyLight", direction=away, color=(1., .955, .87), intensity=.9,
+                 ambientIntensity=.5),
             Node("DirectionalLight", "FillLight", direction=(-.8, -.35, -.45), color=(.68, .80, 1.), intensity=.34,
                  ambientIntensity=.12),
             Node("SpotLight", "LampLight", location=(-8.3, 4.0, -3.2), direction=(.75, -1., .3),

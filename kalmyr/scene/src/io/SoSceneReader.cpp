@@ -1,5 +1,7 @@
 #include "SoSceneReader.h"
 
+#include "core/StackSwitch.h"
+
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
@@ -172,7 +174,7 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
         const std::string_view own = ownName(name);
         if (!own.empty()) node->setName(SbName(own));
     }
-    const bool ok = known ? readBody(node, type) : readUnknownBody(static_cast<SoUnknownNode *>(node), type);
+    const bool ok = readBodySafely(node, type, known);
     node->enableNotify(true);
     --m_depth;
     if (!name.empty()) m_definitions[name].open = false;
@@ -183,6 +185,22 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     if (entry.hook) entry.hook(&m_in, node);
     node = holder.release();
     return true;
+}
+
+bool SceneReader::readBodySafely(SoNode *node, std::string_view type, bool known)
+{
+    if (m_depth == 1) m_stackLimit = stackLimit();
+    if (isStackLow(m_stackLimit)) {
+        const char *before = m_stackLimit;
+        bool ok = false;
+        callOnNewStack([&](const char *limit) {
+            m_stackLimit = limit;
+            ok = readBodySafely(node, type, known);
+        });
+        m_stackLimit = before;
+        return ok;
+    }
+    return known ? readBody(node, type) : readUnknownBody(static_cast<SoUnknownNode *>(node), type);
 }
 
 int SceneReader::tryField(SoNode *node, std::string_view word, std::string_view typeName)

@@ -90,6 +90,8 @@ private:
 
     bool readDefinition(std::string_view type, std::string_view name, SoNode *&node);
     bool readName(std::string_view &name);
+    /// Goes on with a stack of its own where nodes nest deeply.
+    bool readBodySafely(SoNode *node, std::string_view type, bool known);
     bool readUse(SoNode *&node);
     const TypeEntry &entryOf(std::string_view type);
 
@@ -97,6 +99,7 @@ private:
     std::unordered_map<std::string_view, TypeEntry> m_types;
     std::unordered_set<std::string> m_warned;
     std::size_t m_bodyAt = 0; ///< the brace that opened the innermost body, before anything in it was read
+    const char *m_stackLimit = nullptr; ///< reading changes stacks below this address
     int m_depth = 0;
     bool m_posted = false;
 };
