@@ -15,14 +15,14 @@ namespace {
 
 constexpr int kGroups = 25000; // four nodes each
 
-SoSeparator *makeScene()
+SoSeparator* makeScene()
 {
-    auto *root = new SoSeparator(kGroups);
+    auto* root = new SoSeparator(kGroups);
     for (int i = 0; i < kGroups; ++i) {
-        auto *part = new SoSeparator;
-        auto *transform = new SoTransform;
+        auto* part = new SoSeparator;
+        auto* transform = new SoTransform;
         transform->translation.setValue(static_cast<float>(i), 0, 0);
-        auto *material = new SoMaterial;
+        auto* material = new SoMaterial;
         material->diffuseColor.setValue(1, 0, 0);
         part->addChild(transform);
         part->addChild(material);
@@ -32,13 +32,13 @@ SoSeparator *makeScene()
     return root;
 }
 
-void constructMix(benchmark::State &state)
+void constructMix(benchmark::State& state)
 {
     SoDB::init();
     double bytes = 0;
     for (auto _ : state) {
         const std::size_t before = mallinfo2().uordblks;
-        SoSeparator *root = makeScene();
+        SoSeparator* root = makeScene();
         root->ref();
         bytes = static_cast<double>(mallinfo2().uordblks - before);
         benchmark::DoNotOptimize(root);
@@ -53,29 +53,31 @@ void constructMix(benchmark::State &state)
     state.counters["cube"] = sizeof(SoCube);
 }
 
-void releaseMix(benchmark::State &state)
+void releaseMix(benchmark::State& state)
 {
     SoDB::init();
     for (auto _ : state) {
         state.PauseTiming();
-        SoSeparator *root = makeScene();
+        SoSeparator* root = makeScene();
         root->ref();
         state.ResumeTiming();
         root->unref();
     }
 }
 
-void allocatorFloor(benchmark::State &state)
+void allocatorFloor(benchmark::State& state)
 {
-    const std::size_t sizes[] = {sizeof(SoSeparator), sizeof(SoTransform), sizeof(SoMaterial), sizeof(SoCube)};
-    std::vector<void *> blocks(4 * kGroups);
+    const std::size_t sizes[] = {sizeof(SoSeparator), sizeof(SoTransform), sizeof(SoMaterial),
+                                 sizeof(SoCube)};
+    std::vector<void*> blocks(4 * kGroups);
     for (auto _ : state) {
         for (std::size_t i = 0; i < blocks.size(); ++i) {
             blocks[i] = std::calloc(1, sizes[i % 4]);
             benchmark::DoNotOptimize(blocks[i]);
         }
         state.PauseTiming();
-        for (void *block : blocks) std::free(block);
+        for (void* block : blocks)
+            std::free(block);
         state.ResumeTiming();
     }
 }

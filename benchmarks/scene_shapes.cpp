@@ -34,19 +34,20 @@ struct Grid {
             }
         }
         for (const std::int32_t i : faces) {
-            if (i >= 0) triangles.push_back(static_cast<std::uint32_t>(i));
+            if (i >= 0)
+                triangles.push_back(static_cast<std::uint32_t>(i));
         }
     }
 };
 
-const Grid &grid()
+const Grid& grid()
 {
     static const Grid s_grid;
     return s_grid;
 }
 
 /// Argument: crease angle in tenths of a radian.
-void buildGeometry(benchmark::State &state)
+void buildGeometry(benchmark::State& state)
 {
     kalmyr::FaceInput input;
     input.positions = grid().positions;
@@ -61,7 +62,7 @@ void buildGeometry(benchmark::State &state)
     state.counters["triangles"] = static_cast<double>(grid().triangles.size() / 3);
 }
 
-void buildTree(benchmark::State &state)
+void buildTree(benchmark::State& state)
 {
     for (auto _ : state) {
         const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
@@ -70,7 +71,7 @@ void buildTree(benchmark::State &state)
     }
 }
 
-void castRay(benchmark::State &state)
+void castRay(benchmark::State& state)
 {
     const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
     std::mt19937 engine(1);
@@ -83,7 +84,7 @@ void castRay(benchmark::State &state)
     std::size_t i = 0, hits = 0;
     for (auto _ : state) {
         kalmyr::TriangleTree::Hit hit;
-        const auto &[origin, direction] = rays[i++ % rays.size()];
+        const auto& [origin, direction] = rays[i++ % rays.size()];
         hits += tree.intersect(origin, direction, 0, 1e30f, hit);
     }
     state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());

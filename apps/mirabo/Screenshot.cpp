@@ -20,45 +20,50 @@ void settle(int milliseconds)
 {
     QElapsedTimer timer;
     timer.start();
-    while (timer.elapsed() < milliseconds) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    while (timer.elapsed() < milliseconds)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
-bool ask(QObject *automation, const char *question)
+bool ask(QObject* automation, const char* question)
 {
     bool answer = false;
     QMetaObject::invokeMethod(automation, question, Q_RETURN_ARG(bool, answer));
     return answer;
 }
 
-bool waitUntilDrawn(QObject *automation)
+bool waitUntilDrawn(QObject* automation)
 {
     QElapsedTimer timer;
     timer.start();
     while (timer.elapsed() < kPatienceMs) {
         settle(20);
-        if (ask(automation, "drawScene")) return true;
+        if (ask(automation, "drawScene"))
+            return true;
     }
     return false;
 }
 
 } // namespace
 
-int takeScreenshot(QWidget &window, const Options &options)
+int takeScreenshot(QWidget& window, const Options& options)
 {
     if (options.width == 0) {
         window.setWindowState(Qt::WindowNoState);
         window.resize(kSizeWithoutChoice[0], kSizeWithoutChoice[1]);
     }
     window.show();
-    auto *automation = window.findChild<QObject *>("automation");
+    auto* automation = window.findChild<QObject*>("automation");
     QString file;
     QMetaObject::invokeMethod(automation, "sceneFile", Q_RETURN_ARG(QString, file));
-    if (!options.file.empty() && file.isEmpty()) return 1; // the tool has said why
+    if (!options.file.empty() && file.isEmpty())
+        return 1; // the tool has said why
     settle(kSettleMs);
     ask(automation, "selectFirstShape");
     settle(kSettleMs);
-    if (!waitUntilDrawn(automation)) std::fputs("mirabo: warning: the scene was not drawn\n", stderr);
-    if (window.grab().save(QString::fromStdString(options.screenshot))) return 0;
+    if (!waitUntilDrawn(automation))
+        std::fputs("mirabo: warning: the scene was not drawn\n", stderr);
+    if (window.grab().save(QString::fromStdString(options.screenshot)))
+        return 0;
     std::fprintf(stderr, "mirabo: error: cannot write %s\n", options.screenshot.c_str());
     return 1;
 }

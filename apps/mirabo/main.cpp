@@ -22,26 +22,28 @@ constexpr char kUsage[] =
     "  --version             print the version\n"
     "  --help                print this text\n";
 
-QWidget *mainWindow()
+QWidget* mainWindow()
 {
-    for (QWidget *widget : QApplication::topLevelWidgets())
-        if (widget->objectName() == "SoMiraboMainFrame") return widget;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->objectName() == "SoMiraboMainFrame")
+            return widget;
     return nullptr;
 }
 
 /// Ends the event loop once the user has closed the tool, and tears it down.
-void endWithTool(QApplication &application)
+void endWithTool(QApplication& application)
 {
-    auto *watch = new QTimer(&application);
+    auto* watch = new QTimer(&application);
     QObject::connect(watch, &QTimer::timeout, &application, [&application] {
-        if (!SoMiraboImpl::processEvents()) application.quit();
+        if (!SoMiraboImpl::processEvents())
+            application.quit();
     });
     watch->start(50);
 }
 
 } // namespace
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
     const Options options = parseOptions(argc, argv);
     if (options.help) {
@@ -65,7 +67,7 @@ int main(int argc, char **argv)
     const bool batch = !options.screenshot.empty();
     application.setProperty("miraboBatch", batch);
     SoMiraboImpl::startStandalone(toolArguments.count(), toolArguments.values());
-    QWidget *window = mainWindow();
+    QWidget* window = mainWindow();
     if (!window) {
         std::fputs("mirabo: error: the main window could not be opened\n", stderr);
         return 1;

@@ -26,22 +26,22 @@ QString text()
 
 } // namespace
 
-AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)
+AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent)
 {
     setWindowTitle(tr("About Mirabo"));
-    auto *layout = new QVBoxLayout(this);
-    auto *content = new QHBoxLayout;
+    auto* layout = new QVBoxLayout(this);
+    auto* content = new QHBoxLayout;
     layout->addLayout(content);
-    auto *picture = new QLabel(this);
-    picture->setPixmap(QPixmap(":/Mirabo_icons/Icons/MiraboIcon.png").scaled(
-        96, 96, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    auto* picture = new QLabel(this);
+    picture->setPixmap(QPixmap(":/Mirabo_icons/Icons/MiraboIcon.png")
+                           .scaled(96, 96, Qt::KeepAspectRatio, Qt::SmoothTransformation));
     picture->setAlignment(Qt::AlignTop);
     content->addWidget(picture);
-    auto *label = new QLabel(text(), this);
+    auto* label = new QLabel(text(), this);
     label->setWordWrap(true);
     label->setMinimumWidth(fontMetrics().averageCharWidth() * 50);
     content->addWidget(label, 1);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
 }

@@ -9,7 +9,7 @@ class AboutDialog final : public QDialog {
     Q_OBJECT
 
 public:
-    explicit AboutDialog(QWidget *parent);
+    explicit AboutDialog(QWidget* parent);
 };
 
 } // namespace mirabo

@@ -13,7 +13,7 @@ constexpr int kPatienceMs = 300;
 
 } // namespace
 
-LiveInput::LiveInput(QWidget *parent) : m_parent(parent)
+LiveInput::LiveInput(QWidget* parent) : m_parent(parent)
 {
     m_sinceStart.start();
 }
@@ -36,8 +36,10 @@ void LiveInput::showDialog()
 
 void LiveInput::progress(std::size_t bytesRead, std::size_t total)
 {
-    if (mirabo::isBatch() || total == 0 || m_sinceStart.elapsed() < kPatienceMs) return;
-    if (!m_dialog) showDialog();
+    if (mirabo::isBatch() || total == 0 || m_sinceStart.elapsed() < kPatienceMs)
+        return;
+    if (!m_dialog)
+        showDialog();
     // Repaints by itself; the user's input waits until the file is read.
     m_dialog->setValue(static_cast<int>(100 * bytesRead / total));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);

@@ -12,7 +12,7 @@ class QWidget;
 /// cannot be cancelled.
 class LiveInput final : public SoInput {
 public:
-    explicit LiveInput(QWidget *parent);
+    explicit LiveInput(QWidget* parent);
     ~LiveInput() override;
 
     void progress(std::size_t bytesRead, std::size_t total) override;

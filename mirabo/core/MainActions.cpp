@@ -10,7 +10,7 @@ constexpr auto kOn = ActionSpec::Checked;
 
 } // namespace
 
-const std::array<ActionSpec, kActionCount> &actionTable()
+const std::array<ActionSpec, kActionCount>& actionTable()
 {
     static constexpr std::array<ActionSpec, kActionCount> kTable{{
         {"&New", "filenew.png", "Ctrl+N", kNo, true},

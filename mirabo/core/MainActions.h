@@ -7,17 +7,58 @@ namespace mirabo {
 
 /// The actions of the main window, in their fixed order.
 enum class ActionId {
-    New, Open, Reload, Close, Save, SaveAs, Print, Export, Quit,
-    Undo, Redo, Cut, Copy, Paste, Delete,
-    Find, FindNext, FindPrevious,
-    ToggleBookmark, NextBookmark, PreviousBookmark, ClearBookmarks,
+    New,
+    Open,
+    Reload,
+    Close,
+    Save,
+    SaveAs,
+    Print,
+    Export,
+    Quit,
+    Undo,
+    Redo,
+    Cut,
+    Copy,
+    Paste,
+    Delete,
+    Find,
+    FindNext,
+    FindPrevious,
+    ToggleBookmark,
+    NextBookmark,
+    PreviousBookmark,
+    ClearBookmarks,
     ToggleFilters,
-    Appearance, Callback, Camera, Group, Light, Manipulator, Nodekit, Property, Selection, Separator,
-    Shape, Switch, Topology, Transform,
+    Appearance,
+    Callback,
+    Camera,
+    Group,
+    Light,
+    Manipulator,
+    Nodekit,
+    Property,
+    Selection,
+    Separator,
+    Shape,
+    Switch,
+    Topology,
+    Transform,
     CustomFilter,
-    Explore, ExploreAll, Filter, Insert, InsertClipboard,
-    IgnoreEnable, ShowAllReferences, HideAllReferences, NextReference, PreviousReference, OpenViewer,
-    Preferences, Contents, About,
+    Explore,
+    ExploreAll,
+    Filter,
+    Insert,
+    InsertClipboard,
+    IgnoreEnable,
+    ShowAllReferences,
+    HideAllReferences,
+    NextReference,
+    PreviousReference,
+    OpenViewer,
+    Preferences,
+    Contents,
+    About,
     Count
 };
 
@@ -27,16 +68,16 @@ inline constexpr std::size_t kActionCount = static_cast<std::size_t>(ActionId::C
 struct ActionSpec {
     enum Check { NotCheckable, Unchecked, Checked };
 
-    const char *text;
-    const char *icon;     ///< file name below the icon prefix; null: none
-    const char *shortcut; ///< portable text; null: none
+    const char* text;
+    const char* icon;     ///< file name below the icon prefix; null: none
+    const char* shortcut; ///< portable text; null: none
     Check check = NotCheckable;
     bool works = false; ///< false: its capability is not there yet, the action is shown disabled
 };
 
 /// One row an action. Two actions share a shortcut where the table says so (intended: Ctrl+N of
 /// "New" and "Find...", F2 and Shift+F2 of bookmarks and references).
-const std::array<ActionSpec, kActionCount> &actionTable();
+const std::array<ActionSpec, kActionCount>& actionTable();
 
 /// Bits of the category actions in the order of the table; all set.
 inline constexpr int kAllCategories = 16383;

@@ -10,7 +10,7 @@ namespace mirabo {
 
 namespace {
 
-void print(const QString &text)
+void print(const QString& text)
 {
     std::fprintf(stderr, "%s\n", text.toUtf8().constData());
 }
@@ -23,7 +23,7 @@ bool isBatch()
            && QCoreApplication::instance()->property(kBatchProperty).toBool();
 }
 
-void showWarning(QWidget *parent, const QString &title, const QString &text)
+void showWarning(QWidget* parent, const QString& title, const QString& text)
 {
     if (isBatch())
         print(text);
@@ -31,7 +31,7 @@ void showWarning(QWidget *parent, const QString &title, const QString &text)
         QMessageBox::warning(parent, title, text);
 }
 
-void showCritical(QWidget *parent, const QString &title, const QString &text)
+void showCritical(QWidget* parent, const QString& title, const QString& text)
 {
     if (isBatch())
         print(text);

@@ -11,7 +11,7 @@ namespace mirabo {
 inline constexpr char kBatchProperty[] = "miraboBatch";
 
 bool isBatch();
-void showWarning(QWidget *parent, const QString &title, const QString &text);
-void showCritical(QWidget *parent, const QString &title, const QString &text);
+void showWarning(QWidget* parent, const QString& title, const QString& text);
+void showCritical(QWidget* parent, const QString& title, const QString& text);
 
 } // namespace mirabo

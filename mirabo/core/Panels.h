@@ -15,16 +15,16 @@ namespace mirabo {
 class SceneDocument {
 public:
     /// Makes `root` the scene (null: none); clears the undo stack when asked to.
-    virtual void setScene(SoNode *root, bool resetCommands) = 0;
-    virtual SoNode *getScene() const = 0;
+    virtual void setScene(SoNode* root, bool resetCommands) = 0;
+    virtual SoNode* getScene() const = 0;
     /// Reads a file and makes it the document. False, with a message shown and the old scene kept,
     /// when it cannot be read.
-    virtual bool openSceneFile(const QString &fileName) = 0;
+    virtual bool openSceneFile(const QString& fileName) = 0;
     /// Replaces the scene by an empty one; false when the user cancelled.
     virtual bool closeScene() = 0;
     virtual void reopenRecentFile(int index) = 0;
     /// Outlines the object at the end of a path in the viewer; null for none.
-    virtual void highlight(const SoPath *path) = 0;
+    virtual void highlight(const SoPath* path) = 0;
     virtual void saveWindowSettings() = 0;
     virtual void refresh() = 0;
 
@@ -36,17 +36,17 @@ protected:
 class SceneTree {
 public:
     /// Node of the current row, and the node kit that it is a part of; null when there is none.
-    virtual SoNode *getCurrentNode() const = 0;
-    virtual SoNode *getCurrentKit() const = 0;
+    virtual SoNode* getCurrentNode() const = 0;
+    virtual SoNode* getCurrentKit() const = 0;
     /// Makes the first row of a node current and scrolls to it; false when it has none.
-    virtual bool revealNode(const SoNode *node) = 0;
-    virtual void expandBelow(QTreeWidgetItem *startItem) = 0;
+    virtual bool revealNode(const SoNode* node) = 0;
+    virtual void expandBelow(QTreeWidgetItem* startItem) = 0;
     virtual void showReferencesOfCurrent() = 0;
     virtual void hideReferences() = 0;
     virtual void nextReference() = 0;
     virtual void previousReference() = 0;
     /// The texts of a node's rows are painted anew.
-    virtual void nodeTextChanged(const SoNode *node) = 0;
+    virtual void nodeTextChanged(const SoNode* node) = 0;
 
 protected:
     ~SceneTree() = default;
@@ -55,11 +55,12 @@ protected:
 /// Node overview tabs and field watch.
 class NodePanels {
 public:
-    virtual void showNode(SoNode *node, SoNode *kit, bool newTab) = 0;
+    virtual void showNode(SoNode* node, SoNode* kit, bool newTab) = 0;
     /// Node of the current tab, or null.
-    virtual SoNode *getNode() const = 0;
+    virtual SoNode* getNode() const = 0;
     virtual void clear() = 0;
-    /// The scene below the shown nodes changed in a way that their rows do not follow by themselves.
+    /// The scene below the shown nodes changed in a way that their rows do not follow by
+    /// themselves.
     virtual void refresh() = 0;
     virtual void saveColumnWidths() = 0;
 

@@ -15,12 +15,14 @@ QString key(int number)
 
 } // namespace
 
-void RecentFiles::add(const QString &path)
+void RecentFiles::add(const QString& path)
 {
     const int at = m_paths.indexOf(path);
-    if (at >= 0 && at < m_paths.size() - 1) m_paths.removeAt(at);
+    if (at >= 0 && at < m_paths.size() - 1)
+        m_paths.removeAt(at);
     m_paths.prepend(path);
-    if (m_paths.size() > kMaxCount) m_paths.removeLast();
+    if (m_paths.size() > kMaxCount)
+        m_paths.removeLast();
 }
 
 void RecentFiles::read()
@@ -28,13 +30,15 @@ void RecentFiles::read()
     m_paths.clear();
     for (int i = 1; i <= kMaxCount; ++i) {
         const QString path = readText(key(i), QString());
-        if (!path.isEmpty()) m_paths << path;
+        if (!path.isEmpty())
+            m_paths << path;
     }
 }
 
 void RecentFiles::write() const
 {
-    for (int i = 1; i <= kMaxCount; ++i) settings().setValue(key(i), m_paths.value(i - 1));
+    for (int i = 1; i <= kMaxCount; ++i)
+        settings().setValue(key(i), m_paths.value(i - 1));
 }
 
 } // namespace mirabo

@@ -9,11 +9,11 @@ class RecentFiles {
 public:
     static constexpr int kMaxCount = 9;
 
-    const QStringList &paths() const { return m_paths; }
+    const QStringList& paths() const { return m_paths; }
 
     /// Puts a path in front. Found elsewhere it is moved, except from the oldest place (intended:
     /// there it stays, so that a list that is not full yet may show it twice).
-    void add(const QString &path);
+    void add(const QString& path);
 
     /// From and to the settings store.
     void read();

@@ -25,15 +25,16 @@ constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
 SoCommandManager::SoCommandManager() = default;
 SoCommandManager::~SoCommandManager() = default;
 
-void SoCommandManager::setUp(SoMiraboMainFrame *frame, mirabo::SceneDocument *document,
-                             mirabo::SceneTree *tree, mirabo::NodePanels *panels)
+void SoCommandManager::setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document,
+                             mirabo::SceneTree* tree, mirabo::NodePanels* panels)
 {
     m_frame = frame;
     m_document = document;
     m_tree = tree;
     m_panels = panels;
     m_undo.setStateCallback([this](bool canUndo, bool canRedo) {
-        if (!m_frame) return;
+        if (!m_frame)
+            return;
         m_frame->action(ActionId::Undo)->setEnabled(canUndo);
         m_frame->action(ActionId::Redo)->setEnabled(canRedo);
     });
@@ -49,12 +50,14 @@ void SoCommandManager::release()
 
 void SoCommandManager::reloadFile()
 {
-    if (m_document) m_document->reopenRecentFile(0);
+    if (m_document)
+        m_document->reopenRecentFile(0);
 }
 
 void SoCommandManager::closeApp()
 {
-    if (m_frame) m_frame->close();
+    if (m_frame)
+        m_frame->close();
 }
 
 void SoCommandManager::openFile()
@@ -63,18 +66,21 @@ void SoCommandManager::openFile()
     const QString name = QFileDialog::getOpenFileName(
         m_frame, "open file", QString::fromUtf8(directory.getString()),
         "Kalmyr files (*.ky *.kyz *.ky.gz);;VRML files (*.wrl *.wrz *.wrl.gz);;All files (*.*)");
-    if (!name.isEmpty() && m_document) m_document->openSceneFile(name);
+    if (!name.isEmpty() && m_document)
+        m_document->openSceneFile(name);
 }
 
 void SoCommandManager::openFileRecent()
 {
-    const auto *action = qobject_cast<QAction *>(sender());
-    if (action && m_document) m_document->openSceneFile(action->data().toString());
+    const auto* action = qobject_cast<QAction*>(sender());
+    if (action && m_document)
+        m_document->openSceneFile(action->data().toString());
 }
 
 void SoCommandManager::newFile()
 {
-    if (m_document) m_document->setScene(nullptr, true);
+    if (m_document)
+        m_document->setScene(nullptr, true);
 }
 
 void SoCommandManager::closeFile()
@@ -85,10 +91,11 @@ void SoCommandManager::closeFile()
 
 void SoCommandManager::refreshView()
 {
-    if (m_document) m_document->refresh();
+    if (m_document)
+        m_document->refresh();
 }
 
-bool SoCommandManager::addCommand(MrbCommand *command)
+bool SoCommandManager::addCommand(MrbCommand* command)
 {
     return command && m_undo.add(command);
 }
@@ -110,40 +117,48 @@ void SoCommandManager::clearUndoCommand()
 
 void SoCommandManager::outsideStructureChange()
 {
-    if (!m_undo.isBusy()) m_undo.clear();
+    if (!m_undo.isBusy())
+        m_undo.clear();
 }
 
-void SoCommandManager::nodeNameChanged(SoNode *node)
+void SoCommandManager::nodeNameChanged(SoNode* node)
 {
-    if (m_tree) m_tree->nodeTextChanged(node);
+    if (m_tree)
+        m_tree->nodeTextChanged(node);
 }
 
-void SoCommandManager::announce(SoNode *node)
+void SoCommandManager::announce(SoNode* node)
 {
-    MrbServices *services = MrbServices::getInstance();
-    if (!services) return;
+    MrbServices* services = MrbServices::getInstance();
+    if (!services)
+        return;
     m_announcing = true;
     services->setSelectedNode(node);
     m_announcing = false;
 }
 
-void SoCommandManager::treeNodeChosen(SoNode *node, SoNode *kit, bool newTab)
+void SoCommandManager::treeNodeChosen(SoNode* node, SoNode* kit, bool newTab)
 {
-    if (m_panels) m_panels->showNode(node, kit, newTab);
+    if (m_panels)
+        m_panels->showNode(node, kit, newTab);
     announce(node);
 }
 
-void SoCommandManager::selectedNodeChanged(SoFieldContainer *container)
+void SoCommandManager::selectedNodeChanged(SoFieldContainer* container)
 {
-    if (m_announcing || !container || !container->isOfType(SoNode::getClassTypeId())) return;
-    auto *node = static_cast<SoNode *>(container);
-    if (m_tree) m_tree->revealNode(node);
-    if (m_panels) m_panels->showNode(node, nullptr, false);
+    if (m_announcing || !container || !container->isOfType(SoNode::getClassTypeId()))
+        return;
+    auto* node = static_cast<SoNode*>(container);
+    if (m_tree)
+        m_tree->revealNode(node);
+    if (m_panels)
+        m_panels->showNode(node, nullptr, false);
 }
 
-void SoCommandManager::fieldSelected(SoField *field)
+void SoCommandManager::fieldSelected(SoField* field)
 {
-    if (MrbServices *services = MrbServices::getInstance()) services->setSelectedField(field);
+    if (MrbServices* services = MrbServices::getInstance())
+        services->setSelectedField(field);
 }
 
 void SoCommandManager::setNodeOverview()
@@ -159,32 +174,38 @@ void SoCommandManager::nodeSetOverride(bool on)
 
 void SoCommandManager::expandAll()
 {
-    if (m_tree) m_tree->expandBelow(nullptr);
+    if (m_tree)
+        m_tree->expandBelow(nullptr);
 }
 
 void SoCommandManager::showAllReferences()
 {
-    if (m_tree) m_tree->showReferencesOfCurrent();
+    if (m_tree)
+        m_tree->showReferencesOfCurrent();
 }
 
 void SoCommandManager::removeAllReferences()
 {
-    if (m_tree) m_tree->hideReferences();
+    if (m_tree)
+        m_tree->hideReferences();
 }
 
 void SoCommandManager::nextReference()
 {
-    if (m_tree) m_tree->nextReference();
+    if (m_tree)
+        m_tree->nextReference();
 }
 
 void SoCommandManager::previousReference()
 {
-    if (m_tree) m_tree->previousReference();
+    if (m_tree)
+        m_tree->previousReference();
 }
 
 void SoCommandManager::refreshOverview()
 {
-    if (m_panels) m_panels->refresh();
+    if (m_panels)
+        m_panels->refresh();
 }
 
 void SoCommandManager::launchAboutMiraboFrame()

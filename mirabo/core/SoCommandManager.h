@@ -22,12 +22,12 @@ public:
     ~SoCommandManager() override;
 
     /// Once per start, when the window and the panels exist. None of them is owned.
-    void setUp(SoMiraboMainFrame *frame, mirabo::SceneDocument *document, mirabo::SceneTree *tree,
-               mirabo::NodePanels *panels);
+    void setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document, mirabo::SceneTree* tree,
+               mirabo::NodePanels* panels);
     /// The panels are about to go; requests do nothing from now on.
     void release();
 
-    const mirabo::UndoStack &undoStack() const { return m_undo; }
+    const mirabo::UndoStack& undoStack() const { return m_undo; }
     /// A command was pushed since the stack was cleared.
     bool isModified() const { return m_undo.isModified(); }
 
@@ -43,7 +43,7 @@ public Q_SLOTS:
     void refreshView();
 
     /// Executes a command and keeps it for undo. Returns what it returned.
-    bool addCommand(MrbCommand *command);
+    bool addCommand(MrbCommand* command);
     void undo();
     void redo();
     void clearUndoCommand();
@@ -51,12 +51,12 @@ public Q_SLOTS:
     /// no longer be undone. Ignored while one of our own commands is the cause.
     void outsideStructureChange();
 
-    void nodeNameChanged(SoNode *node);
+    void nodeNameChanged(SoNode* node);
     /// The user's choice in the tree: shown in the overview, announced to extensions.
-    void treeNodeChosen(SoNode *node, SoNode *kit, bool newTab);
+    void treeNodeChosen(SoNode* node, SoNode* kit, bool newTab);
     /// An extension's choice: shown in tree and overview.
-    void selectedNodeChanged(SoFieldContainer *node);
-    void fieldSelected(SoField *field);
+    void selectedNodeChanged(SoFieldContainer* node);
+    void fieldSelected(SoField* field);
     void setNodeOverview();
     void nodeSetOverride(bool on);
     void expandAll();
@@ -74,12 +74,12 @@ Q_SIGNALS:
     void overrideCommandRequested(bool on);
 
 private:
-    void announce(SoNode *node);
+    void announce(SoNode* node);
 
     mirabo::UndoStack m_undo;
-    SoMiraboMainFrame *m_frame = nullptr;
-    mirabo::SceneDocument *m_document = nullptr;
-    mirabo::SceneTree *m_tree = nullptr;
-    mirabo::NodePanels *m_panels = nullptr;
+    SoMiraboMainFrame* m_frame = nullptr;
+    mirabo::SceneDocument* m_document = nullptr;
+    mirabo::SceneTree* m_tree = nullptr;
+    mirabo::NodePanels* m_panels = nullptr;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

@@ -25,10 +25,11 @@ constexpr int kFindComboWidth = 150;
 /// Stands for a separator in a list of entries.
 constexpr ActionId kSeparator = ActionId::Count;
 
-QAction *makeAction(const ActionSpec &spec, QObject *parent)
+QAction* makeAction(const ActionSpec& spec, QObject* parent)
 {
-    auto *action = new QAction(QString(spec.text), parent);
-    if (spec.icon) action->setIcon(QIcon(QString(kIconPrefix) + spec.icon));
+    auto* action = new QAction(QString(spec.text), parent);
+    if (spec.icon)
+        action->setIcon(QIcon(QString(kIconPrefix) + spec.icon));
     if (spec.shortcut)
         action->setShortcut(QKeySequence::fromString(spec.shortcut, QKeySequence::PortableText));
     action->setCheckable(spec.check != ActionSpec::NotCheckable);
@@ -40,17 +41,18 @@ QAction *makeAction(const ActionSpec &spec, QObject *parent)
 
 } // namespace
 
-SoMiraboMainFrame::SoMiraboMainFrame(QWidget *parent, Qt::WindowFlags flags)
+SoMiraboMainFrame::SoMiraboMainFrame(QWidget* parent, Qt::WindowFlags flags)
     : QMainWindow(parent, flags)
 {
     setObjectName("SoMiraboMainFrame");
     // A tool window inside a host's parent would be clipped: it stays a window of its own.
-    if (parent) setWindowFlags(Qt::Window | flags);
+    if (parent)
+        setWindowFlags(Qt::Window | flags);
 }
 
 SoMiraboMainFrame::~SoMiraboMainFrame() = default;
 
-void SoMiraboMainFrame::setUp(SoCommandManager *hub, bool standalone)
+void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
 {
     m_filterMask = mirabo::kAllCategories;
     setWindowTitle("Mirabo");
@@ -62,9 +64,9 @@ void SoMiraboMainFrame::setUp(SoCommandManager *hub, bool standalone)
     createMenus();
     createToolBars();
     connectActions(hub);
-    for (const ActionId id : {ActionId::Reload, ActionId::Undo, ActionId::Redo,
-                              ActionId::ShowAllReferences, ActionId::HideAllReferences,
-                              ActionId::NextReference, ActionId::PreviousReference})
+    for (const ActionId id :
+         {ActionId::Reload, ActionId::Undo, ActionId::Redo, ActionId::ShowAllReferences,
+          ActionId::HideAllReferences, ActionId::NextReference, ActionId::PreviousReference})
         action(id)->setEnabled(false); // nothing to act on yet
     if (!standalone) {
         action(ActionId::Open)->setEnabled(false);
@@ -77,15 +79,16 @@ void SoMiraboMainFrame::setUp(SoCommandManager *hub, bool standalone)
 
 void SoMiraboMainFrame::createActions()
 {
-    const auto &table = mirabo::actionTable();
-    for (std::size_t i = 0; i < table.size(); ++i) m_actions[i] = makeAction(table[i], this);
+    const auto& table = mirabo::actionTable();
+    for (std::size_t i = 0; i < table.size(); ++i)
+        m_actions[i] = makeAction(table[i], this);
 }
 
-void SoMiraboMainFrame::addEntries(QWidget *target, std::initializer_list<ActionId> ids) const
+void SoMiraboMainFrame::addEntries(QWidget* target, std::initializer_list<ActionId> ids) const
 {
     for (const ActionId id : ids) {
         if (id == kSeparator) {
-            auto *line = new QAction(target);
+            auto* line = new QAction(target);
             line->setSeparator(true);
             target->addAction(line);
         } else {
@@ -94,15 +97,16 @@ void SoMiraboMainFrame::addEntries(QWidget *target, std::initializer_list<Action
     }
 }
 
-void SoMiraboMainFrame::addCategories(QWidget *target) const
+void SoMiraboMainFrame::addCategories(QWidget* target) const
 {
-    for (auto id = static_cast<int>(ActionId::Appearance); id <= static_cast<int>(ActionId::Transform); ++id)
+    for (auto id = static_cast<int>(ActionId::Appearance);
+         id <= static_cast<int>(ActionId::Transform); ++id)
         target->addAction(action(static_cast<ActionId>(id)));
 }
 
-QMenu *SoMiraboMainFrame::addNamedMenu(const QString &title)
+QMenu* SoMiraboMainFrame::addNamedMenu(const QString& title)
 {
-    QMenu *menu = menuBar()->addMenu(title);
+    QMenu* menu = menuBar()->addMenu(title);
     menu->setObjectName(QString(title).remove('&') + "Menu");
     menu->setToolTipsVisible(true);
     return menu;
@@ -110,12 +114,12 @@ QMenu *SoMiraboMainFrame::addNamedMenu(const QString &title)
 
 void SoMiraboMainFrame::createMenus()
 {
-    QMenu *file = addNamedMenu("File");
+    QMenu* file = addNamedMenu("File");
     addEntries(file, {ActionId::New, ActionId::Open, kSeparator, ActionId::Reload, kSeparator,
                       ActionId::Close, kSeparator, ActionId::Save, ActionId::SaveAs, kSeparator,
                       ActionId::Export, kSeparator, ActionId::Print});
     m_recentMenu = file->addMenu("Recent &Files");
-    for (QAction *&recent : m_recentActions) {
+    for (QAction*& recent : m_recentActions) {
         recent = m_recentMenu->addAction(QString());
         recent->setVisible(false);
     }
@@ -131,23 +135,23 @@ void SoMiraboMainFrame::createMenus()
 
 void SoMiraboMainFrame::createTreeViewMenu()
 {
-    QMenu *tree = addNamedMenu("&TreeView");
+    QMenu* tree = addNamedMenu("&TreeView");
     addEntries(tree, {ActionId::IgnoreEnable, kSeparator, ActionId::ShowAllReferences,
                       ActionId::HideAllReferences, kSeparator, ActionId::NextReference,
                       ActionId::Preferences, kSeparator, ActionId::Find, ActionId::FindNext});
     addEntries(tree->addMenu("Bookmarks"),
                {ActionId::ToggleBookmark, kSeparator, ActionId::NextBookmark,
                 ActionId::PreviousBookmark, kSeparator, ActionId::ClearBookmarks});
-    QMenu *filter = tree->addMenu("Filter");
+    QMenu* filter = tree->addMenu("Filter");
     addEntries(filter, {ActionId::ToggleFilters, kSeparator});
     addCategories(filter);
     // In no menu, yet reachable by its key.
     addAction(action(ActionId::PreviousReference));
 }
 
-QToolBar *SoMiraboMainFrame::addNamedToolBar(const QString &title)
+QToolBar* SoMiraboMainFrame::addNamedToolBar(const QString& title)
 {
-    QToolBar *bar = addToolBar(title);
+    QToolBar* bar = addToolBar(title);
     bar->setObjectName(QString(title).remove(' '));
     return bar;
 }
@@ -159,7 +163,7 @@ void SoMiraboMainFrame::createToolBars()
                 ActionId::Save, ActionId::SaveAs, kSeparator, ActionId::Print, ActionId::Export});
     addEntries(addNamedToolBar("Edit Tool Bar"), {ActionId::Undo, ActionId::Redo, kSeparator,
                                                   ActionId::Cut, ActionId::Copy, ActionId::Paste});
-    QToolBar *search = addNamedToolBar("Search Tool Bar");
+    QToolBar* search = addNamedToolBar("Search Tool Bar");
     addEntries(search, {ActionId::Find});
     m_findCombo = new QComboBox(search);
     m_findCombo->setEditable(true);
@@ -169,16 +173,19 @@ void SoMiraboMainFrame::createToolBars()
     m_findCombo->setEnabled(mirabo::actionTable()[static_cast<std::size_t>(ActionId::Find)].works);
     search->addWidget(m_findCombo);
     addEntries(search, {ActionId::FindPrevious, ActionId::FindNext});
-    addEntries(addNamedToolBar("Bookmark Tool Bar"), {ActionId::ToggleBookmark, kSeparator,
-                                                      ActionId::NextBookmark, ActionId::PreviousBookmark});
-    QToolBar *filter = addNamedToolBar("Filter Tool Bar");
+    addEntries(
+        addNamedToolBar("Bookmark Tool Bar"),
+        {ActionId::ToggleBookmark, kSeparator, ActionId::NextBookmark, ActionId::PreviousBookmark});
+    QToolBar* filter = addNamedToolBar("Filter Tool Bar");
     addEntries(filter, {ActionId::ToggleFilters, kSeparator});
     addCategories(filter);
 }
 
-void SoMiraboMainFrame::connectActions(SoCommandManager *hub)
+void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
 {
-    const auto run = [&](ActionId id, auto slot) { connect(action(id), &QAction::triggered, hub, slot); };
+    const auto run = [&](ActionId id, auto slot) {
+        connect(action(id), &QAction::triggered, hub, slot);
+    };
     // Intended: "New" closes the scene as "Close" does.
     run(ActionId::New, &SoCommandManager::closeFile);
     run(ActionId::Open, &SoCommandManager::openFile);
@@ -193,54 +200,61 @@ void SoMiraboMainFrame::connectActions(SoCommandManager *hub)
     run(ActionId::PreviousReference, &SoCommandManager::previousReference);
     run(ActionId::Contents, &SoCommandManager::launchMiraboHelpViewer);
     run(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
-    for (QAction *recent : m_recentActions)
+    for (QAction* recent : m_recentActions)
         connect(recent, &QAction::triggered, hub, &SoCommandManager::openFileRecent);
 }
 
 void SoMiraboMainFrame::fillViewMenu()
 {
     m_viewMenu->clear();
-    for (const QDockWidget *dock : findChildren<QDockWidget *>(QString(), Qt::FindDirectChildrenOnly))
+    for (const QDockWidget* dock :
+         findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
         m_viewMenu->addAction(dock->toggleViewAction());
     m_viewMenu->addSeparator();
-    for (const QToolBar *bar : findChildren<QToolBar *>(QString(), Qt::FindDirectChildrenOnly))
+    for (const QToolBar* bar : findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
         m_viewMenu->addAction(bar->toggleViewAction());
 }
 
-void SoMiraboMainFrame::showRecentFiles(const QStringList &paths)
+void SoMiraboMainFrame::showRecentFiles(const QStringList& paths)
 {
     for (int i = 0; i < kRecentFileCount; ++i) {
-        QAction *recent = m_recentActions[static_cast<std::size_t>(i)];
-        if (!recent) return; // not set up
+        QAction* recent = m_recentActions[static_cast<std::size_t>(i)];
+        if (!recent)
+            return; // not set up
         recent->setVisible(i < paths.size());
-        if (i >= paths.size()) continue;
+        if (i >= paths.size())
+            continue;
         recent->setText(QString("&%1 %2").arg(i + 1).arg(paths[i]));
         recent->setData(paths[i]);
     }
 }
 
-void SoMiraboMainFrame::openPath(const QString &path)
+void SoMiraboMainFrame::openPath(const QString& path)
 {
-    if (m_openHandler) m_openHandler(path);
+    if (m_openHandler)
+        m_openHandler(path);
 }
 
-void SoMiraboMainFrame::closeEvent(QCloseEvent *event)
+void SoMiraboMainFrame::closeEvent(QCloseEvent* event)
 {
-    if (m_closeHandler) m_closeHandler();
+    if (m_closeHandler)
+        m_closeHandler();
     QMainWindow::closeEvent(event);
 }
 
-void SoMiraboMainFrame::dragEnterEvent(QDragEnterEvent *event)
+void SoMiraboMainFrame::dragEnterEvent(QDragEnterEvent* event)
 {
     if (event->mimeData()->hasUrls() && action(ActionId::Open)->isEnabled())
         event->acceptProposedAction();
 }
 
-void SoMiraboMainFrame::dropEvent(QDropEvent *event)
+void SoMiraboMainFrame::dropEvent(QDropEvent* event)
 {
     const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.isEmpty() || !action(ActionId::Open)->isEnabled()) return;
+    if (urls.isEmpty() || !action(ActionId::Open)->isEnabled())
+        return;
     event->acceptProposedAction();
     const QString path = urls.first().toLocalFile();
-    if (!path.isEmpty()) openPath(path);
+    if (!path.isEmpty())
+        openPath(path);
 }

@@ -20,47 +20,50 @@ class SoMiraboMainFrame final : public QMainWindow {
 public:
     static constexpr int kRecentFileCount = 9;
 
-    explicit SoMiraboMainFrame(QWidget *parent = nullptr, Qt::WindowFlags flags = {});
+    explicit SoMiraboMainFrame(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
     ~SoMiraboMainFrame() override;
 
     /// Once per start: title, icon, actions, menus, tool bars. A tool that was not started
     /// standalone may not replace its host's scene.
-    void setUp(SoCommandManager *hub, bool standalone);
+    void setUp(SoCommandManager* hub, bool standalone);
     /// The "View" menu lists the docks and tool bars that exist now.
     void fillViewMenu();
 
-    QAction *action(mirabo::ActionId id) const { return m_actions[static_cast<std::size_t>(id)]; }
-    void showRecentFiles(const QStringList &paths);
+    QAction* action(mirabo::ActionId id) const { return m_actions[static_cast<std::size_t>(id)]; }
+    void showRecentFiles(const QStringList& paths);
     int getFilterMask() const { return m_filterMask; }
 
     /// Called when the user closes the window, before it is hidden.
     void setCloseHandler(std::function<void()> handler) { m_closeHandler = std::move(handler); }
     /// Opens a file given by path; drops and the command line come here.
-    void setOpenHandler(std::function<void(const QString &)> handler) { m_openHandler = std::move(handler); }
-    void openPath(const QString &path);
+    void setOpenHandler(std::function<void(const QString&)> handler)
+    {
+        m_openHandler = std::move(handler);
+    }
+    void openPath(const QString& path);
 
 protected:
-    void closeEvent(QCloseEvent *event) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void createActions();
     void createMenus();
     void createTreeViewMenu();
     void createToolBars();
-    void connectActions(SoCommandManager *hub);
-    void addEntries(QWidget *target, std::initializer_list<mirabo::ActionId> ids) const;
-    void addCategories(QWidget *target) const;
-    QMenu *addNamedMenu(const QString &title);
-    QToolBar *addNamedToolBar(const QString &title);
+    void connectActions(SoCommandManager* hub);
+    void addEntries(QWidget* target, std::initializer_list<mirabo::ActionId> ids) const;
+    void addCategories(QWidget* target) const;
+    QMenu* addNamedMenu(const QString& title);
+    QToolBar* addNamedToolBar(const QString& title);
 
-    std::array<QAction *, mirabo::kActionCount> m_actions{};
-    std::array<QAction *, kRecentFileCount> m_recentActions{};
-    QMenu *m_recentMenu = nullptr;
-    QMenu *m_viewMenu = nullptr;
-    QComboBox *m_findCombo = nullptr;
+    std::array<QAction*, mirabo::kActionCount> m_actions{};
+    std::array<QAction*, kRecentFileCount> m_recentActions{};
+    QMenu* m_recentMenu = nullptr;
+    QMenu* m_viewMenu = nullptr;
+    QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;
     std::function<void()> m_closeHandler;
-    std::function<void(const QString &)> m_openHandler;
+    std::function<void(const QString&)> m_openHandler;
 };

@@ -7,14 +7,15 @@ namespace mirabo {
 /// Counts running commands; a clear asked for meanwhile happens when the last one ends.
 class UndoStack::Busy {
 public:
-    explicit Busy(UndoStack &stack) : m_stack(stack) { ++m_stack.m_busyDepth; }
+    explicit Busy(UndoStack& stack) : m_stack(stack) { ++m_stack.m_busyDepth; }
     ~Busy()
     {
-        if (--m_stack.m_busyDepth == 0 && m_stack.m_clearRequested) m_stack.clear();
+        if (--m_stack.m_busyDepth == 0 && m_stack.m_clearRequested)
+            m_stack.clear();
     }
 
 private:
-    UndoStack &m_stack;
+    UndoStack& m_stack;
 };
 
 void UndoStack::dropRedoTail()
@@ -25,7 +26,7 @@ void UndoStack::dropRedoTail()
     }
 }
 
-bool UndoStack::add(MrbCommand *command)
+bool UndoStack::add(MrbCommand* command)
 {
     const Busy busy(*this);
     dropRedoTail();
@@ -40,7 +41,8 @@ bool UndoStack::add(MrbCommand *command)
 void UndoStack::undo()
 {
     const Busy busy(*this);
-    if (!canUndo()) return;
+    if (!canUndo())
+        return;
     m_commands[static_cast<std::size_t>(m_current)]->undo();
     --m_current;
     tellState();
@@ -49,7 +51,8 @@ void UndoStack::undo()
 void UndoStack::redo()
 {
     const Busy busy(*this);
-    if (!canRedo()) return;
+    if (!canRedo())
+        return;
     ++m_current;
     m_commands[static_cast<std::size_t>(m_current)]->redo();
     tellState();
@@ -58,7 +61,8 @@ void UndoStack::redo()
 void UndoStack::clear()
 {
     m_clearRequested = true;
-    if (isBusy()) return;
+    if (isBusy())
+        return;
     m_commands.clear();
     m_modified = false;
     m_clearRequested = false;
@@ -68,7 +72,8 @@ void UndoStack::clear()
 
 void UndoStack::tellState()
 {
-    if (m_callback) m_callback(canUndo(), canRedo());
+    if (m_callback)
+        m_callback(canUndo(), canRedo());
 }
 
 } // namespace mirabo

@@ -18,13 +18,13 @@ public:
 
     UndoStack() = default;
     ~UndoStack() = default; // what is still on the stack is not deleted, as clear() does not either
-    UndoStack(const UndoStack &) = delete;
-    UndoStack &operator=(const UndoStack &) = delete;
+    UndoStack(const UndoStack&) = delete;
+    UndoStack& operator=(const UndoStack&) = delete;
 
     void setStateCallback(StateCallback callback) { m_callback = std::move(callback); }
 
     /// Deletes the undone commands, then executes and keeps this one. Returns execute()'s result.
-    bool add(MrbCommand *command);
+    bool add(MrbCommand* command);
     void undo();
     void redo();
 
@@ -50,7 +50,7 @@ private:
     bool m_modified = false;
     bool m_clearRequested = false;
     int m_busyDepth = 0;
-    std::vector<MrbCommand *> m_commands; // Owned while on the stack.
+    std::vector<MrbCommand*> m_commands; // Owned while on the stack.
     int m_current = 0;
     StateCallback m_callback;
 };

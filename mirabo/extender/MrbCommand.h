@@ -14,8 +14,8 @@ public:
     virtual void redo() = 0;
     virtual ~MrbCommand();
 
-    MrbCommand(const MrbCommand &) = delete;
-    MrbCommand &operator=(const MrbCommand &) = delete;
+    MrbCommand(const MrbCommand&) = delete;
+    MrbCommand& operator=(const MrbCommand&) = delete;
 
 protected:
     MrbCommand() = default;

@@ -9,17 +9,17 @@
 
 namespace {
 
-MrbPluginsManager *s_instance = nullptr;
+MrbPluginsManager* s_instance = nullptr;
 
 using ActiveExtension = MrbPluginsManager::ActiveExtension;
 using Profile = MrbPluginsManager::Profile;
 
-QString attribute(const QXmlStreamReader &xml, const char *name)
+QString attribute(const QXmlStreamReader& xml, const char* name)
 {
     return xml.attributes().value(QLatin1String(name)).toString();
 }
 
-ActiveExtension readExtension(QXmlStreamReader &xml)
+ActiveExtension readExtension(QXmlStreamReader& xml)
 {
     ActiveExtension found{attribute(xml, "plugin"), attribute(xml, "extension"), {}};
     while (xml.readNextStartElement()) {
@@ -31,7 +31,7 @@ ActiveExtension readExtension(QXmlStreamReader &xml)
     return found;
 }
 
-Profile readProfile(QXmlStreamReader &xml)
+Profile readProfile(QXmlStreamReader& xml)
 {
     Profile profile{attribute(xml, "name"), {}};
     while (xml.readNextStartElement()) {
@@ -43,15 +43,16 @@ Profile readProfile(QXmlStreamReader &xml)
     return profile;
 }
 
-void readPlugins(QXmlStreamReader &xml, QStringList &plugins)
+void readPlugins(QXmlStreamReader& xml, QStringList& plugins)
 {
     while (xml.readNextStartElement()) {
-        if (xml.name() == QLatin1String("loadPlugin")) plugins << attribute(xml, "file");
+        if (xml.name() == QLatin1String("loadPlugin"))
+            plugins << attribute(xml, "file");
         xml.skipCurrentElement();
     }
 }
 
-void readProfiles(QXmlStreamReader &xml, std::vector<Profile> &profiles, QString &active)
+void readProfiles(QXmlStreamReader& xml, std::vector<Profile>& profiles, QString& active)
 {
     active = attribute(xml, "default");
     while (xml.readNextStartElement()) {
@@ -64,9 +65,10 @@ void readProfiles(QXmlStreamReader &xml, std::vector<Profile> &profiles, QString
 
 } // namespace
 
-MrbPluginsManager *MrbPluginsManager::getInstance()
+MrbPluginsManager* MrbPluginsManager::getInstance()
 {
-    if (!s_instance) s_instance = new MrbPluginsManager;
+    if (!s_instance)
+        s_instance = new MrbPluginsManager;
     return s_instance;
 }
 
@@ -76,7 +78,7 @@ void MrbPluginsManager::releaseInstance()
     s_instance = nullptr;
 }
 
-bool MrbPluginsManager::read(const QString &pathOrText, bool isFile)
+bool MrbPluginsManager::read(const QString& pathOrText, bool isFile)
 {
     QFile file(isFile ? pathOrText : QString());
     QXmlStreamReader xml;
@@ -114,10 +116,10 @@ bool MrbPluginsManager::read(const QString &pathOrText, bool isFile)
     return true;
 }
 
-const MrbPluginsManager::Profile *MrbPluginsManager::getActiveProfile() const
+const MrbPluginsManager::Profile* MrbPluginsManager::getActiveProfile() const
 {
-    const auto at = std::find_if(m_profiles.begin(), m_profiles.end(), [this](const Profile &profile) {
-        return profile.name == m_defaultProfile;
-    });
+    const auto at =
+        std::find_if(m_profiles.begin(), m_profiles.end(),
+                     [this](const Profile& profile) { return profile.name == m_defaultProfile; });
     return at == m_profiles.end() ? nullptr : &*at;
 }

@@ -22,18 +22,18 @@ public:
     };
 
     /// Created on first use.
-    static MrbPluginsManager *getInstance();
+    static MrbPluginsManager* getInstance();
     static void releaseInstance();
 
     /// Reads a configuration from a file, or from XML text. False, with what was read before kept
     /// and the fault posted with line and column, for a file or text that is no configuration.
-    bool read(const QString &pathOrText, bool isFile);
+    bool read(const QString& pathOrText, bool isFile);
 
     /// Library names without extension, in the order of the configuration.
-    const QStringList &getPluginNames() const { return m_plugins; }
-    const std::vector<Profile> &getProfiles() const { return m_profiles; }
+    const QStringList& getPluginNames() const { return m_plugins; }
+    const std::vector<Profile>& getProfiles() const { return m_profiles; }
     /// The configuration's default profile; null when it names none that exists.
-    const Profile *getActiveProfile() const;
+    const Profile* getActiveProfile() const;
 
 private:
     MrbPluginsManager() = default;

@@ -2,21 +2,22 @@
 
 namespace {
 
-MrbServices *s_instance = nullptr;
+MrbServices* s_instance = nullptr;
 
 } // namespace
 
-MrbServices *MrbServices::getInstance()
+MrbServices* MrbServices::getInstance()
 {
     return s_instance;
 }
 
-void MrbServices::setInstance(MrbServices *services)
+void MrbServices::setInstance(MrbServices* services)
 {
     s_instance = services;
 }
 
 MrbServices::~MrbServices()
 {
-    if (s_instance == this) s_instance = nullptr;
+    if (s_instance == this)
+        s_instance = nullptr;
 }

@@ -21,35 +21,35 @@ class MRBEXT_API MrbServices : public QObject {
 
 public:
     /// The running tool's services; null while no tool runs.
-    static MrbServices *getInstance();
+    static MrbServices* getInstance();
 
     /// Executes a command and puts it on the undo stack, which owns it. Returns what execute()
     /// returned.
-    virtual bool pushCommand(MrbCommand *command) = 0;
-    virtual QMainWindow *getMainWindow() = 0;
-    virtual SoField *getSelectedField() const = 0;
-    virtual SoFieldContainer *getSelectedNode() const = 0;
+    virtual bool pushCommand(MrbCommand* command) = 0;
+    virtual QMainWindow* getMainWindow() = 0;
+    virtual SoField* getSelectedField() const = 0;
+    virtual SoFieldContainer* getSelectedNode() const = 0;
     virtual void redo() = 0;
     /// Replaces the inspected scene; clears the undo stack.
-    virtual void setSceneGraph(SoNode *root) = 0;
+    virtual void setSceneGraph(SoNode* root) = 0;
     /// Announces a selection. Announcing the same object again emits the signal again.
-    virtual void setSelectedField(SoField *field) = 0;
-    virtual void setSelectedNode(SoFieldContainer *node) = 0;
+    virtual void setSelectedField(SoField* field) = 0;
+    virtual void setSelectedNode(SoFieldContainer* node) = 0;
     virtual void undo() = 0;
     /// The host's scene manager, or none.
-    virtual SoSceneManager *getSceneManager() const = 0;
+    virtual SoSceneManager* getSceneManager() const = 0;
     /// 1 when the tool runs with a viewer of its own.
     virtual int isStandalone() const = 0;
     /// The host's render area, or none.
-    virtual SoGuiRenderArea *getRenderArea() const = 0;
+    virtual SoGuiRenderArea* getRenderArea() const = 0;
 
 Q_SIGNALS:
-    void sceneGraphChanged(SoNode *root);
-    void selectedNodeChanged(SoFieldContainer *node);
-    void selectedFieldChanged(SoField *field);
+    void sceneGraphChanged(SoNode* root);
+    void selectedNodeChanged(SoFieldContainer* node);
+    void selectedFieldChanged(SoField* field);
 
 protected:
     MrbServices() = default;
     ~MrbServices() override;
-    static void setInstance(MrbServices *services);
+    static void setInstance(MrbServices* services);
 };

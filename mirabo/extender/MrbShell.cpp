@@ -2,21 +2,22 @@
 
 namespace {
 
-MrbShell *s_instance = nullptr;
+MrbShell* s_instance = nullptr;
 
 } // namespace
 
-MrbShell *MrbShell::getInstance()
+MrbShell* MrbShell::getInstance()
 {
     return s_instance;
 }
 
-void MrbShell::setInstance(MrbShell *shell)
+void MrbShell::setInstance(MrbShell* shell)
 {
     s_instance = shell;
 }
 
 MrbShell::~MrbShell()
 {
-    if (s_instance == this) s_instance = nullptr;
+    if (s_instance == this)
+        s_instance = nullptr;
 }

@@ -7,11 +7,11 @@
 
 namespace {
 
-MrbServicesImpl *s_instance = nullptr;
+MrbServicesImpl* s_instance = nullptr;
 
 } // namespace
 
-MrbServicesImpl *MrbServicesImpl::getInstance()
+MrbServicesImpl* MrbServicesImpl::getInstance()
 {
     if (!s_instance) {
         s_instance = new MrbServicesImpl;
@@ -38,12 +38,12 @@ MrbServicesImpl::~MrbServicesImpl()
     watchSelection(nullptr);
 }
 
-bool MrbServicesImpl::pushCommand(MrbCommand *command)
+bool MrbServicesImpl::pushCommand(MrbCommand* command)
 {
     return m_hub->addCommand(command);
 }
 
-QMainWindow *MrbServicesImpl::getMainWindow()
+QMainWindow* MrbServicesImpl::getMainWindow()
 {
     return m_mainWindow;
 }
@@ -58,14 +58,15 @@ void MrbServicesImpl::undo()
     m_hub->undo();
 }
 
-void MrbServicesImpl::setSceneGraph(SoNode *root)
+void MrbServicesImpl::setSceneGraph(SoNode* root)
 {
     m_sceneGraph = root;
-    if (m_sceneSetter) m_sceneSetter(root);
+    if (m_sceneSetter)
+        m_sceneSetter(root);
     Q_EMIT sceneGraphChanged(root);
 }
 
-void MrbServicesImpl::announceSceneGraph(SoNode *root)
+void MrbServicesImpl::announceSceneGraph(SoNode* root)
 {
     m_sceneGraph = root;
     m_selectedNode = nullptr;
@@ -73,27 +74,30 @@ void MrbServicesImpl::announceSceneGraph(SoNode *root)
     Q_EMIT sceneGraphChanged(root);
 }
 
-void MrbServicesImpl::setSelectedField(SoField *field)
+void MrbServicesImpl::setSelectedField(SoField* field)
 {
     m_selectedField = field;
     Q_EMIT selectedFieldChanged(field);
 }
 
-void MrbServicesImpl::setSelectedNode(SoFieldContainer *node)
+void MrbServicesImpl::setSelectedNode(SoFieldContainer* node)
 {
     m_selectedNode = node;
     Q_EMIT selectedNodeChanged(node);
 }
 
-void MrbServicesImpl::watchSelection(SoSelection *selection)
+void MrbServicesImpl::watchSelection(SoSelection* selection)
 {
     const SoRef<SoSelection> incoming(selection);
-    if (m_selection) m_selection->removeChangeCallback(&MrbServicesImpl::selectionChanged, nullptr);
+    if (m_selection)
+        m_selection->removeChangeCallback(&MrbServicesImpl::selectionChanged, nullptr);
     m_selection = incoming;
-    if (m_selection) m_selection->addChangeCallback(&MrbServicesImpl::selectionChanged, nullptr);
+    if (m_selection)
+        m_selection->addChangeCallback(&MrbServicesImpl::selectionChanged, nullptr);
 }
 
-void MrbServicesImpl::selectionChanged(void *, SoSelection *)
+void MrbServicesImpl::selectionChanged(void*, SoSelection*)
 {
-    if (s_instance && s_instance->m_sceneManager) s_instance->m_sceneManager->scheduleRedraw();
+    if (s_instance && s_instance->m_sceneManager)
+        s_instance->m_sceneManager->scheduleRedraw();
 }

@@ -11,17 +11,18 @@
 
 namespace {
 
-MrbShellImpl *s_instance = nullptr;
+MrbShellImpl* s_instance = nullptr;
 
 } // namespace
 
-MrbShellImpl *MrbShellImpl::getInstance(QWidget *parent)
+MrbShellImpl* MrbShellImpl::getInstance(QWidget* parent)
 {
-    if (!s_instance) createInstance(parent);
+    if (!s_instance)
+        createInstance(parent);
     return s_instance;
 }
 
-void MrbShellImpl::createInstance(QWidget *parent)
+void MrbShellImpl::createInstance(QWidget* parent)
 {
     if (s_instance) {
         SoError::post("MrbShellImpl::createInstance, instance already exists.");
@@ -42,20 +43,20 @@ void MrbShellImpl::destroyInstance()
     s_instance = nullptr;
 }
 
-MrbShellImpl::MrbShellImpl(QWidget *parent) : m_frame(new SoMiraboMainFrame(parent)) {}
+MrbShellImpl::MrbShellImpl(QWidget* parent) : m_frame(new SoMiraboMainFrame(parent)) {}
 
 MrbShellImpl::~MrbShellImpl()
 {
     delete m_frame.data();
 }
 
-void MrbShellImpl::addDockWidget(QDockWidget *dock, Qt::DockWidgetArea area)
+void MrbShellImpl::addDockWidget(QDockWidget* dock, Qt::DockWidgetArea area)
 {
     dock->setParent(m_frame);
     m_frame->addDockWidget(area, dock);
 }
 
-void MrbShellImpl::removeDockWidget(QDockWidget *dock)
+void MrbShellImpl::removeDockWidget(QDockWidget* dock)
 {
     m_frame->removeDockWidget(dock);
 }
@@ -65,9 +66,9 @@ void MrbShellImpl::clearStatusMessage()
     m_frame->statusBar()->clearMessage();
 }
 
-void MrbShellImpl::addStatusWidget(QWidget *widget, int permanent, int stretch)
+void MrbShellImpl::addStatusWidget(QWidget* widget, int permanent, int stretch)
 {
-    QStatusBar *bar = m_frame->statusBar();
+    QStatusBar* bar = m_frame->statusBar();
     widget->setParent(bar);
     if (permanent != 0)
         bar->addPermanentWidget(widget, stretch);
@@ -75,23 +76,23 @@ void MrbShellImpl::addStatusWidget(QWidget *widget, int permanent, int stretch)
         bar->addWidget(widget, stretch);
 }
 
-void MrbShellImpl::showStatusMessage(const SbString &text, int timeout)
+void MrbShellImpl::showStatusMessage(const SbString& text, int timeout)
 {
     m_frame->statusBar()->showMessage(QString::fromLatin1(text.getString()), timeout);
 }
 
-void MrbShellImpl::removeStatusWidget(QWidget *widget)
+void MrbShellImpl::removeStatusWidget(QWidget* widget)
 {
     m_frame->statusBar()->removeWidget(widget);
 }
 
-void MrbShellImpl::addToolBar(QToolBar *toolBar, Qt::ToolBarArea area)
+void MrbShellImpl::addToolBar(QToolBar* toolBar, Qt::ToolBarArea area)
 {
     toolBar->setParent(m_frame);
     m_frame->addToolBar(area, toolBar);
 }
 
-void MrbShellImpl::removeToolBar(QToolBar *toolBar)
+void MrbShellImpl::removeToolBar(QToolBar* toolBar)
 {
     m_frame->removeToolBar(toolBar);
 }

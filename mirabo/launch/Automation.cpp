@@ -12,7 +12,7 @@
 
 namespace mirabo {
 
-Automation::Automation(QObject *parent, SoMiraboTreeView *tree) : QObject(parent), m_tree(tree)
+Automation::Automation(QObject* parent, SoMiraboTreeView* tree) : QObject(parent), m_tree(tree)
 {
     setObjectName("automation");
 }
@@ -25,8 +25,9 @@ QString Automation::sceneFile() const
 bool Automation::selectFirstShape()
 {
     for (QTreeWidgetItemIterator at(m_tree); *at; ++at) {
-        const auto *item = static_cast<SoTreeViewItem *>(*at);
-        if (categoryOf(item->getNode()->getTypeId()) != NodeCategory::Shape) continue;
+        const auto* item = static_cast<SoTreeViewItem*>(*at);
+        if (categoryOf(item->getNode()->getTypeId()) != NodeCategory::Shape)
+            continue;
         m_tree->setCurrentItem(*at);
         m_tree->scrollToItem(*at, QAbstractItemView::PositionAtCenter);
         return true;
@@ -36,8 +37,9 @@ bool Automation::selectFirstShape()
 
 bool Automation::drawScene()
 {
-    SoQtExaminerViewer *viewer = SoMiraboViewer::instance()->getExaminerViewer();
-    if (!viewer) return true;
+    SoQtExaminerViewer* viewer = SoMiraboViewer::instance()->getExaminerViewer();
+    if (!viewer)
+        return true;
     return viewer->redraw() && !viewer->isRedrawPending();
 }
 

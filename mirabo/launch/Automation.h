@@ -13,7 +13,7 @@ class Automation final : public QObject {
     Q_OBJECT
 
 public:
-    Automation(QObject *parent, SoMiraboTreeView *tree);
+    Automation(QObject* parent, SoMiraboTreeView* tree);
 
     /// The file shown; empty when none could be read.
     Q_INVOKABLE QString sceneFile() const;
@@ -23,7 +23,7 @@ public:
     Q_INVOKABLE bool drawScene();
 
 private:
-    SoMiraboTreeView *m_tree; // Not owned; its dock's.
+    SoMiraboTreeView* m_tree; // Not owned; its dock's.
 };
 
 } // namespace mirabo

@@ -6,23 +6,23 @@
 /// The plain functions through which the toolkit calls the tool without linking it.
 extern "C" {
 
-MIRABO_API void _startNode(SoNode *root)
+MIRABO_API void _startNode(SoNode* root)
 {
     SoMiraboImpl::startNode(root, nullptr);
 }
 
-MIRABO_API void _startSceneManager(SoSceneManager *manager)
+MIRABO_API void _startSceneManager(SoSceneManager* manager)
 {
     SoMiraboImpl::startSceneManager(manager, nullptr);
 }
 
-MIRABO_API void _startRenderArea(SoRenderAreaCore *area)
+MIRABO_API void _startRenderArea(SoRenderAreaCore* area)
 {
     if (area && area->isOfType(SoGuiRenderArea::getClassTypeId()))
-        SoMiraboImpl::startRenderArea(static_cast<SoGuiRenderArea *>(area));
+        SoMiraboImpl::startRenderArea(static_cast<SoGuiRenderArea*>(area));
 }
 
-MIRABO_API void _startStandalone(int argc, char **argv)
+MIRABO_API void _startStandalone(int argc, char** argv)
 {
     // Qt keeps the reference for the life of the application.
     static int count;
@@ -45,12 +45,12 @@ MIRABO_API bool _processEvents()
     return SoMiraboImpl::processEvents() != 0;
 }
 
-MIRABO_API void _setPickAction(const SbViewportRegion &region, SbVec2s cursor)
+MIRABO_API void _setPickAction(const SbViewportRegion& region, SbVec2s cursor)
 {
     SoMiraboImpl::setPickAction(region, cursor);
 }
 
 // Intended: does nothing. The hook table wants every name to resolve.
-MIRABO_API void _setSceneGraph(SoNode *) {}
+MIRABO_API void _setSceneGraph(SoNode*) {}
 
 } // extern "C"

@@ -16,7 +16,7 @@ namespace {
 // Qt keeps references on both for the life of the application.
 int s_argc = 1;
 char s_name[] = "qAppInstance";
-char *s_argv[] = {s_name, nullptr};
+char* s_argv[] = {s_name, nullptr};
 
 } // namespace
 
@@ -30,7 +30,7 @@ bool QtApplication::obtain()
     return obtain(s_argc, s_argv);
 }
 
-bool QtApplication::obtain(int &argc, char **argv)
+bool QtApplication::obtain(int& argc, char** argv)
 {
     if (QCoreApplication::instance()) {
         m_owned = m_owned && QCoreApplication::instance() == m_application;
@@ -39,15 +39,18 @@ bool QtApplication::obtain(int &argc, char **argv)
     m_owned = true;
     preparePluginPath();
     m_application = new (std::nothrow) QApplication(argc, argv);
-    if (m_application) m_application->setQuitOnLastWindowClosed(false);
+    if (m_application)
+        m_application->setQuitOnLastWindowClosed(false);
     m_owned = m_application != nullptr;
     return m_owned;
 }
 
 void QtApplication::preparePluginPath()
 {
-    if (QFileInfo::exists("qt.conf")) return;
-    if (!SoPreferences::getValue("QT_QPA_PLATFORM_PLUGIN_PATH").isEmpty()) return;
+    if (QFileInfo::exists("qt.conf"))
+        return;
+    if (!SoPreferences::getValue("QT_QPA_PLATFORM_PLUGIN_PATH").isEmpty())
+        return;
     const SbString library = SoDynamicLibManager::getLibraryFromSymbol(&SbFileHelper::getDirName);
     const SbString directory = SbFileHelper::toUnixPath(SbFileHelper::getDirName(library));
     if (SbFileHelper::isAccessible(directory))
@@ -56,7 +59,8 @@ void QtApplication::preparePluginPath()
 
 void QtApplication::release()
 {
-    if (m_owned && QCoreApplication::instance()) delete m_application;
+    if (m_owned && QCoreApplication::instance())
+        delete m_application;
     m_application = nullptr;
     m_owned = false;
 }

@@ -14,7 +14,7 @@ public:
 
     /// Borrows or creates; false when none can be had. The arguments are used for our own only.
     bool obtain();
-    bool obtain(int &argc, char **argv);
+    bool obtain(int& argc, char** argv);
     bool isOwned() const { return m_owned; }
     /// Deletes our own; leaves a borrowed one alone.
     void release();
@@ -23,7 +23,7 @@ private:
     static void preparePluginPath();
 
     bool m_owned = false;
-    QApplication *m_application = nullptr; // Owned while m_owned.
+    QApplication* m_application = nullptr; // Owned while m_owned.
 };
 
 } // namespace mirabo

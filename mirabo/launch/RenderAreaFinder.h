@@ -7,6 +7,6 @@ namespace mirabo {
 
 /// The render area that shows a scene manager, found among the auditors of its root field; null
 /// when none does.
-SoGuiRenderArea *findRenderArea(SoSceneManager *manager);
+SoGuiRenderArea* findRenderArea(SoSceneManager* manager);
 
 } // namespace mirabo

@@ -32,14 +32,14 @@ namespace mirabo {
 
 namespace {
 
-SoCommandManager *hub()
+SoCommandManager* hub()
 {
     return MrbServicesImpl::getInstance()->getCommandManager();
 }
 
 } // namespace
 
-Session::Session(SoMiraboMainFrame *frame, bool standalone) : m_frame(frame)
+Session::Session(SoMiraboMainFrame* frame, bool standalone) : m_frame(frame)
 {
     frame->setUp(hub(), standalone);
     createPanels(standalone);
@@ -50,7 +50,7 @@ Session::Session(SoMiraboMainFrame *frame, bool standalone) : m_frame(frame)
     connect(MrbServicesImpl::getInstance(), &MrbServices::selectedNodeChanged, hub(),
             &SoCommandManager::selectedNodeChanged);
     frame->setCloseHandler([this] { windowClosed(); });
-    frame->setOpenHandler([this](const QString &path) { openFile(path); });
+    frame->setOpenHandler([this](const QString& path) { openFile(path); });
     new Automation(frame, m_tree); // the window owns it
 }
 
@@ -58,68 +58,77 @@ Session::~Session() = default;
 
 void Session::createPanels(bool standalone)
 {
-    SoMiraboViewer *viewer = SoMiraboViewer::instance();
+    SoMiraboViewer* viewer = SoMiraboViewer::instance();
     viewer->setUp(m_frame, standalone);
     m_tree = new SoMiraboTreeView(viewer->getTreeDock());
     viewer->getTreeDock()->setWidget(m_tree);
-    m_edition = std::make_unique<SoMiraboEdition>(viewer->getOverviewDock(), viewer->getWatchDock());
+    m_edition =
+        std::make_unique<SoMiraboEdition>(viewer->getOverviewDock(), viewer->getWatchDock());
     m_edition->setIconProvider(&nodeIcon);
     m_frame->fillViewMenu();
     viewer->readSettings();
 
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setMainWindow(m_frame);
-    services->setSceneSetter([viewer](SoNode *root) { viewer->setScene(root, true); });
+    services->setSceneSetter([viewer](SoNode* root) { viewer->setScene(root, true); });
 }
 
 void Session::connectTree()
 {
-    connect(m_tree, &SoMiraboTreeView::itemChosen, this, [](SoTreeViewItem *item, bool newTab) {
+    connect(m_tree, &SoMiraboTreeView::itemChosen, this, [](SoTreeViewItem* item, bool newTab) {
         hub()->treeNodeChosen(item->getNode(), item->getPartKit(), newTab);
     });
     connect(m_tree, &SoMiraboTreeView::rootChanged, this,
-            [](SoNode *root) { MrbServicesImpl::getInstance()->announceSceneGraph(root); });
+            [](SoNode* root) { MrbServicesImpl::getInstance()->announceSceneGraph(root); });
     connect(m_tree, &SoMiraboTreeView::highlightRequested, this,
-            [](const SoPath *path) { SoMiraboViewer::instance()->highlight(path); });
+            [](const SoPath* path) { SoMiraboViewer::instance()->highlight(path); });
     connect(m_tree, &SoMiraboTreeView::expandAllRequested, hub(), &SoCommandManager::expandAll);
-    connect(m_tree, &SoMiraboTreeView::overviewRequested, hub(), &SoCommandManager::setNodeOverview);
+    connect(m_tree, &SoMiraboTreeView::overviewRequested, hub(),
+            &SoCommandManager::setNodeOverview);
     connect(m_tree, &SoMiraboTreeView::outsideStructureChange, hub(),
             &SoCommandManager::outsideStructureChange);
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
             &SoCommandManager::refreshOverview);
     connect(m_tree, &SoMiraboTreeView::helpRequested, this,
-            [](const QUrl &address) { QDesktopServices::openUrl(address); });
-    connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this, [this](bool canShow, bool shown) {
-        m_frame->action(ActionId::ShowAllReferences)->setEnabled(canShow && !shown);
-        for (const ActionId id :
-             {ActionId::HideAllReferences, ActionId::NextReference, ActionId::PreviousReference})
-            m_frame->action(id)->setEnabled(shown);
-    });
+            [](const QUrl& address) { QDesktopServices::openUrl(address); });
+    connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
+            [this](bool canShow, bool shown) {
+                m_frame->action(ActionId::ShowAllReferences)->setEnabled(canShow && !shown);
+                for (const ActionId id : {ActionId::HideAllReferences, ActionId::NextReference,
+                                          ActionId::PreviousReference})
+                    m_frame->action(id)->setEnabled(shown);
+            });
 }
 
 void Session::connectOverview()
 {
-    connect(m_edition.get(), &SoMiraboEdition::fieldSelected, hub(), &SoCommandManager::fieldSelected);
+    connect(m_edition.get(), &SoMiraboEdition::fieldSelected, hub(),
+            &SoCommandManager::fieldSelected);
     connect(m_edition.get(), &SoMiraboEdition::overrideRequested, hub(),
             &SoCommandManager::nodeSetOverride);
-    connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(), &SoCommandManager::nodeNameChanged);
+    connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
+            &SoCommandManager::nodeNameChanged);
     connect(hub(), &SoCommandManager::overrideCommandRequested, this, [this](bool on) {
-        if (SoNode *node = m_edition->getNode())
+        if (SoNode* node = m_edition->getNode())
             hub()->addCommand(new SoNodeOverrideCommand(node, on));
     });
-    connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, this, [this](QTreeWidgetItem *row) {
-        SoNode *node = static_cast<SoFieldItem *>(row)->getNode();
-        if (node && m_tree->revealNode(node)) m_edition->showNode(node, nullptr, false);
-    });
+    connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, this,
+            [this](QTreeWidgetItem* row) {
+                SoNode* node = static_cast<SoFieldItem*>(row)->getNode();
+                if (node && m_tree->revealNode(node))
+                    m_edition->showNode(node, nullptr, false);
+            });
 }
 
 void Session::connectViewer()
 {
-    SoMiraboViewer *viewer = SoMiraboViewer::instance();
+    SoMiraboViewer* viewer = SoMiraboViewer::instance();
     connect(viewer, &SoMiraboViewer::sceneAboutToChange, this, [this] { m_edition->clear(); });
     connect(viewer, &SoMiraboViewer::sceneChanged, m_tree, &SoMiraboTreeView::setSceneGraph);
-    connect(viewer, &SoMiraboViewer::undoResetRequested, hub(), &SoCommandManager::clearUndoCommand);
-    connect(viewer, &SoMiraboViewer::nodePicked, this, [this](SoNode *node) { m_tree->revealNode(node); });
+    connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
+            &SoCommandManager::clearUndoCommand);
+    connect(viewer, &SoMiraboViewer::nodePicked, this,
+            [this](SoNode* node) { m_tree->revealNode(node); });
 }
 
 void Session::windowClosed()
@@ -129,30 +138,33 @@ void Session::windowClosed()
     SoMiraboImpl::requestFinish();
 }
 
-void Session::showScene(SoNode *root)
+void Session::showScene(SoNode* root)
 {
     SoMiraboViewer::instance()->setScene(root, true);
 }
 
-bool Session::openFile(const QString &path)
+bool Session::openFile(const QString& path)
 {
     return SoMiraboViewer::instance()->openSceneFile(path);
 }
 
-void Session::pick(const SbViewportRegion &region, SbVec2s cursor)
+void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
 {
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
-    SoGuiRenderArea *area = services->getRenderArea();
-    if (services->isStandalone() || !area || !area->isOfType(SoGuiViewer::getClassTypeId())) return;
-    auto *viewer = static_cast<SoGuiViewer *>(area);
-    if (viewer->isViewing()) return;
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    SoGuiRenderArea* area = services->getRenderArea();
+    if (services->isStandalone() || !area || !area->isOfType(SoGuiViewer::getClassTypeId()))
+        return;
+    auto* viewer = static_cast<SoGuiViewer*>(area);
+    if (viewer->isViewing())
+        return;
     const SoRef<SoSeparator> scene(new SoSeparator);
     scene->addChild(viewer->getCamera());
     scene->addChild(SoMiraboViewer::instance()->getSelectionNode());
     SoRayPickAction action(region);
     action.setPoint(cursor);
     action.apply(scene.get());
-    if (const SoPickedPoint *point = action.getPickedPoint()) m_tree->revealNode(point->getPath()->getTail());
+    if (const SoPickedPoint* point = action.getPickedPoint())
+        m_tree->revealNode(point->getPath()->getTail());
 }
 
 void Session::release()
@@ -167,12 +179,12 @@ void Session::release()
     m_tree->setSceneGraph(nullptr);
 }
 
-void Session::showNode(SoNode *node, SoNode *kit, bool newTab)
+void Session::showNode(SoNode* node, SoNode* kit, bool newTab)
 {
     m_edition->showNode(node, kit, newTab);
 }
 
-SoNode *Session::getNode() const
+SoNode* Session::getNode() const
 {
     return m_edition->getNode();
 }
@@ -184,7 +196,8 @@ void Session::clear()
 
 void Session::refresh()
 {
-    if (SoNode *node = m_edition->getNode()) m_edition->showNode(node, nullptr, false);
+    if (SoNode* node = m_edition->getNode())
+        m_edition->showNode(node, nullptr, false);
 }
 
 void Session::saveColumnWidths()

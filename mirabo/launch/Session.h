@@ -22,13 +22,13 @@ class Session final : public QObject, private NodePanels {
     Q_OBJECT
 
 public:
-    Session(SoMiraboMainFrame *frame, bool standalone);
+    Session(SoMiraboMainFrame* frame, bool standalone);
     ~Session() override;
 
-    void showScene(SoNode *root);
-    bool openFile(const QString &path);
+    void showScene(SoNode* root);
+    bool openFile(const QString& path);
     /// Selects what lies under a window position of the host's viewer.
-    void pick(const SbViewportRegion &region, SbVec2s cursor);
+    void pick(const SbViewportRegion& region, SbVec2s cursor);
 
     /// Cuts the wires and lets go of the scene, before the panels are destroyed.
     void release();
@@ -40,14 +40,14 @@ private:
     void connectViewer();
     void windowClosed();
 
-    void showNode(SoNode *node, SoNode *kit, bool newTab) override;
-    SoNode *getNode() const override;
+    void showNode(SoNode* node, SoNode* kit, bool newTab) override;
+    SoNode* getNode() const override;
     void clear() override;
     void refresh() override;
     void saveColumnWidths() override;
 
-    SoMiraboMainFrame *m_frame;      // Not owned; the shell's.
-    SoMiraboTreeView *m_tree = nullptr; // Not owned; its dock's.
+    SoMiraboMainFrame* m_frame;         // Not owned; the shell's.
+    SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
 };
 

@@ -9,79 +9,87 @@
 namespace {
 
 /// The hook table, loaded if need be; null when it cannot be.
-SoLibMirabo *hooks()
+SoLibMirabo* hooks()
 {
     return SoLibMirabo::instance();
 }
 
 /// The hook table if it is there already.
-SoLibMirabo *loadedHooks()
+SoLibMirabo* loadedHooks()
 {
     return SoLibMirabo::isAvailable() ? SoLibMirabo::instance() : nullptr;
 }
 
 } // namespace
 
-SoMirabo::SoMirabo(int, char **) {}
-SoMirabo::SoMirabo(int, char **, SoGuiRenderArea *) {}
-SoMirabo::SoMirabo(const QStringList *) {}
+SoMirabo::SoMirabo(int, char**) {}
+SoMirabo::SoMirabo(int, char**, SoGuiRenderArea*) {}
+SoMirabo::SoMirabo(const QStringList*) {}
 SoMirabo::~SoMirabo() = default;
 
-SoMirabo &SoMirabo::operator=(const SoMirabo &)
+SoMirabo& SoMirabo::operator=(const SoMirabo&)
 {
     return *this;
 }
 
-void SoMirabo::start(SoNode *root)
+void SoMirabo::start(SoNode* root)
 {
-    if (SoLibMirabo *table = hooks()) table->m_mirabo_startNode(root);
+    if (SoLibMirabo* table = hooks())
+        table->m_mirabo_startNode(root);
 }
 
-void SoMirabo::start(SoNode *root, void *parent)
+void SoMirabo::start(SoNode* root, void* parent)
 {
-    if (hooks()) SoMiraboImpl::startNode(root, static_cast<QWidget *>(parent));
+    if (hooks())
+        SoMiraboImpl::startNode(root, static_cast<QWidget*>(parent));
 }
 
-void SoMirabo::start(SoSceneManager *manager)
+void SoMirabo::start(SoSceneManager* manager)
 {
-    if (SoLibMirabo *table = hooks()) table->m_mirabo_startSceneManager(manager);
+    if (SoLibMirabo* table = hooks())
+        table->m_mirabo_startSceneManager(manager);
 }
 
-void SoMirabo::start(SoSceneManager *manager, void *parent)
+void SoMirabo::start(SoSceneManager* manager, void* parent)
 {
-    if (hooks()) SoMiraboImpl::startSceneManager(manager, static_cast<QWidget *>(parent));
+    if (hooks())
+        SoMiraboImpl::startSceneManager(manager, static_cast<QWidget*>(parent));
 }
 
-void SoMirabo::start(const SoRenderAreaCore *area)
+void SoMirabo::start(const SoRenderAreaCore* area)
 {
-    if (SoLibMirabo *table = hooks()) table->m_mirabo_startSceneManager(area->getSceneManager());
+    if (SoLibMirabo* table = hooks())
+        table->m_mirabo_startSceneManager(area->getSceneManager());
 }
 
-void SoMirabo::launch(int, char **, SoGuiRenderArea *area)
+void SoMirabo::launch(int, char**, SoGuiRenderArea* area)
 {
-    SoSceneManager *manager = area->getSceneManager();
-    if (SoLibMirabo *table = hooks()) table->m_mirabo_startSceneManager(manager);
+    SoSceneManager* manager = area->getSceneManager();
+    if (SoLibMirabo* table = hooks())
+        table->m_mirabo_startSceneManager(manager);
 }
 
-void SoMirabo::setInstance(int argc, char **argv, SoGuiRenderArea *area)
+void SoMirabo::setInstance(int argc, char** argv, SoGuiRenderArea* area)
 {
     launch(argc, argv, area);
 }
 
-void SoMirabo::setInstance(int, char **, SoNode *root, bool)
+void SoMirabo::setInstance(int, char**, SoNode* root, bool)
 {
     start(root);
 }
 
 void SoMirabo::stop()
 {
-    if (SoLibMirabo *table = loadedHooks()) table->m_mirabo_stop();
-    if (SoLibMirabo::isAvailable()) SoLibMirabo::finish();
+    if (SoLibMirabo* table = loadedHooks())
+        table->m_mirabo_stop();
+    if (SoLibMirabo::isAvailable())
+        SoLibMirabo::finish();
 }
 
 bool SoMirabo::isRunning()
 {
-    SoLibMirabo *table = loadedHooks();
+    SoLibMirabo* table = loadedHooks();
     return table && table->m_mirabo_isRunning();
 }
 
@@ -92,21 +100,25 @@ int SoMirabo::isInstance()
 
 bool SoMirabo::processEvents()
 {
-    SoLibMirabo *table = loadedHooks();
-    if (!table) return false;
+    SoLibMirabo* table = loadedHooks();
+    if (!table)
+        return false;
     const bool running = table->m_mirabo_processEvents();
-    if (!running) SoLibMirabo::finish();
+    if (!running)
+        SoLibMirabo::finish();
     return running;
 }
 
-void SoMirabo::setPickAction(const SbViewportRegion &region, SbVec2s cursor)
+void SoMirabo::setPickAction(const SbViewportRegion& region, SbVec2s cursor)
 {
-    if (SoLibMirabo *table = loadedHooks()) table->m_mirabo_setPickAction(region, cursor);
+    if (SoLibMirabo* table = loadedHooks())
+        table->m_mirabo_setPickAction(region, cursor);
 }
 
-void SoMirabo::setSceneGraph(SoNode *root)
+void SoMirabo::setSceneGraph(SoNode* root)
 {
-    if (SoLibMirabo *table = loadedHooks()) table->m_mirabo_setSceneGraph(root);
+    if (SoLibMirabo* table = loadedHooks())
+        table->m_mirabo_setSceneGraph(root);
 }
 
 SoKeyboardEvent::Key SoMirabo::getShortcutValue()

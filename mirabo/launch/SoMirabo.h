@@ -20,23 +20,23 @@ class SoSceneManager;
 class MIRABO_API SoMirabo {
 public:
     /// The constructors and the assignment do nothing; they serve old hosts.
-    SoMirabo(int argc, char **argv);
-    SoMirabo(int argc, char **argv, SoGuiRenderArea *area);
-    explicit SoMirabo(const QStringList *arguments);
+    SoMirabo(int argc, char** argv);
+    SoMirabo(int argc, char** argv, SoGuiRenderArea* area);
+    explicit SoMirabo(const QStringList* arguments);
     ~SoMirabo();
-    SoMirabo &operator=(const SoMirabo &);
+    SoMirabo& operator=(const SoMirabo&);
 
-    static void start(SoNode *root);
+    static void start(SoNode* root);
     /// `parent` is the parent widget (QWidget *) of the main window, or null.
-    static void start(SoNode *root, void *parent);
-    static void start(SoSceneManager *manager);
-    static void start(SoSceneManager *manager, void *parent);
-    static void start(const SoRenderAreaCore *area);
+    static void start(SoNode* root, void* parent);
+    static void start(SoSceneManager* manager);
+    static void start(SoSceneManager* manager, void* parent);
+    static void start(const SoRenderAreaCore* area);
 
     /// As start() on the area's scene manager; the arguments are ignored.
-    static void launch(int argc, char **argv, SoGuiRenderArea *area);
-    static void setInstance(int argc, char **argv, SoGuiRenderArea *area);
-    static void setInstance(int argc, char **argv, SoNode *root, bool flag);
+    static void launch(int argc, char** argv, SoGuiRenderArea* area);
+    static void setInstance(int argc, char** argv, SoGuiRenderArea* area);
+    static void setInstance(int argc, char** argv, SoNode* root, bool flag);
 
     static void stop();
     static bool isRunning();
@@ -46,8 +46,8 @@ public:
     static bool processEvents();
 
     /// A pick of the host at a window position (pixels): the picked node is selected in the tree.
-    static void setPickAction(const SbViewportRegion &region, SbVec2s cursor);
-    static void setSceneGraph(SoNode *root);
+    static void setPickAction(const SbViewportRegion& region, SbVec2s cursor);
+    static void setSceneGraph(SoNode* root);
 
     /// The key that opens the tool from a render area.
     static SoKeyboardEvent::Key getShortcutValue();

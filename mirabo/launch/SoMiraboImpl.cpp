@@ -40,7 +40,7 @@ struct Run {
     std::unique_ptr<mirabo::Session> session;
 };
 
-Run &run()
+Run& run()
 {
     static Run r;
     return r;
@@ -49,7 +49,8 @@ Run &run()
 /// False when the tool runs already.
 bool prepare()
 {
-    if (run().running) return false;
+    if (run().running)
+        return false;
     kalmyr::initGui();
     mirabo::registerBuiltInConfiguration();
     return true;
@@ -57,7 +58,8 @@ bool prepare()
 
 void setPreferences()
 {
-    if (!SoPreferences::hasValue("KMR_DEBUG_STACKERROR")) SoPreferences::setValue("KMR_DEBUG_STACKERROR", "1");
+    if (!SoPreferences::hasValue("KMR_DEBUG_STACKERROR"))
+        SoPreferences::setValue("KMR_DEBUG_STACKERROR", "1");
     SoPreferences::setValue("KMR_STACKWALKER_HTML_OUTPUT", "1");
 }
 
@@ -74,12 +76,12 @@ void readConfiguration()
     MrbPluginsManager::getInstance()->read(configuration.pathOrText, configuration.isFile);
 }
 
-void commonStart(const QStringList &arguments, SoSceneManager *manager)
+void commonStart(const QStringList& arguments, SoSceneManager* manager)
 {
-    Run &r = run();
+    Run& r = run();
     r.running = true;
     setPreferences();
-    SoMiraboMainFrame *frame = MrbShellImpl::getInstance()->getMainFrame();
+    SoMiraboMainFrame* frame = MrbShellImpl::getInstance()->getMainFrame();
     // The sensors of a host's own loop are served by it; a tool that brings its own Qt, or runs
     // alone, sees to them.
     const bool standalone = MrbServicesImpl::getInstance()->isStandalone() != 0;
@@ -88,23 +90,27 @@ void commonStart(const QStringList &arguments, SoSceneManager *manager)
         r.sensorsServed = true;
     }
     QLocale::setDefault(QLocale::c()); // numbers in field texts have a point
-    for (const char *module : kModules) TvSymTool::initModule(module);
+    for (const char* module : kModules)
+        TvSymTool::initModule(module);
     r.session = std::make_unique<mirabo::Session>(frame, standalone);
-    if (!manager) r.session->showScene(defaultScene().get());
-    if (arguments.size() > 1) r.session->openFile(arguments.last());
+    if (!manager)
+        r.session->showScene(defaultScene().get());
+    if (arguments.size() > 1)
+        r.session->openFile(arguments.last());
     readConfiguration();
 }
 
 void tearDown()
 {
-    Run &r = run();
+    Run& r = run();
     r.finishPending = false;
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
-    if (SoSceneManager *manager = services->isStandalone() ? nullptr : services->getSceneManager())
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    if (SoSceneManager* manager = services->isStandalone() ? nullptr : services->getSceneManager())
         manager->getImpl()->setOwnMirabo(0);
     MrbPluginsManager::getInstance();
     MrbPluginsManager::releaseInstance();
-    if (r.session) r.session->release();
+    if (r.session)
+        r.session->release();
     MrbServicesImpl::destroyInstance();
     SoMiraboViewer::destroyInstance();
     r.session.reset();
@@ -114,58 +120,68 @@ void tearDown()
     r.running = false;
     for (auto module = kModules.rbegin(); module != kModules.rend(); ++module)
         TvSymTool::finishModule(*module);
-    if (r.sensorsServed) SoQt::finish();
+    if (r.sensorsServed)
+        SoQt::finish();
     r.sensorsServed = false;
     r.application.release();
 }
 
 } // namespace
 
-void SoMiraboImpl::startNode(SoNode *root, QWidget *parent)
+void SoMiraboImpl::startNode(SoNode* root, QWidget* parent)
 {
-    if (!prepare()) return;
+    if (!prepare())
+        return;
     const SoRef<SoNode> kept(root);
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setStandalone(0);
     services->setSceneManager(nullptr);
-    if (!run().application.obtain()) return;
+    if (!run().application.obtain())
+        return;
     MrbShellImpl::getInstance(parent);
     commonStart({}, nullptr);
     run().session->showScene(root);
     MrbShellImpl::getInstance()->getMainFrame()->show();
 }
 
-void SoMiraboImpl::startSceneManager(SoSceneManager *manager, QWidget *parent)
+void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
 {
-    if (!prepare()) return;
+    if (!prepare())
+        return;
     manager->getImpl()->setOwnMirabo(1);
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setStandalone(0);
     services->setSceneManager(manager);
-    if (!services->getRenderArea()) services->setRenderArea(mirabo::findRenderArea(manager));
-    if (!run().application.obtain()) return;
+    if (!services->getRenderArea())
+        services->setRenderArea(mirabo::findRenderArea(manager));
+    if (!run().application.obtain())
+        return;
     MrbShellImpl::getInstance(parent);
     commonStart({}, manager);
     run().session->showScene(manager->getSceneGraph());
     MrbShellImpl::getInstance()->getMainFrame()->show();
 }
 
-void SoMiraboImpl::startRenderArea(SoGuiRenderArea *area)
+void SoMiraboImpl::startRenderArea(SoGuiRenderArea* area)
 {
-    if (run().running) return;
+    if (run().running)
+        return;
     MrbServicesImpl::getInstance()->setRenderArea(area);
     startSceneManager(area->getSceneManager(), nullptr);
 }
 
-void SoMiraboImpl::startStandalone(int &argc, char **argv)
+void SoMiraboImpl::startStandalone(int& argc, char** argv)
 {
-    if (!prepare()) return;
-    if (!run().application.obtain(argc, argv)) return;
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    if (!prepare())
+        return;
+    if (!run().application.obtain(argc, argv))
+        return;
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setStandalone(1);
     services->setRenderArea(nullptr);
     services->setSceneManager(nullptr);
-    if (!SoLibMirabo::isAvailable()) SoLibMirabo::instance();
+    if (!SoLibMirabo::isAvailable())
+        SoLibMirabo::instance();
     commonStart(QCoreApplication::arguments(), nullptr);
     if (!SoPreferences::getBool("KMR_DISABLE_MAINLOOP", false))
         MrbShellImpl::getInstance()->getMainFrame()->show();
@@ -184,15 +200,18 @@ bool SoMiraboImpl::isRunning()
 
 int SoMiraboImpl::processEvents()
 {
-    Run &r = run();
-    if (r.running && r.application.isOwned()) QCoreApplication::processEvents();
-    if (r.finishPending) tearDown();
+    Run& r = run();
+    if (r.running && r.application.isOwned())
+        QCoreApplication::processEvents();
+    if (r.finishPending)
+        tearDown();
     return r.running ? 1 : 0;
 }
 
-void SoMiraboImpl::setPickAction(const SbViewportRegion &region, SbVec2s cursor)
+void SoMiraboImpl::setPickAction(const SbViewportRegion& region, SbVec2s cursor)
 {
-    if (run().running && run().session) run().session->pick(region, cursor);
+    if (run().running && run().session)
+        run().session->pick(region, cursor);
 }
 
 void SoMiraboImpl::requestFinish()

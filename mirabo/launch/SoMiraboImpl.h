@@ -25,18 +25,18 @@ class SoMiraboImpl {
 public:
     SoMiraboImpl() = delete;
 
-    static void startNode(SoNode *root, QWidget *parent);
-    static void startSceneManager(SoSceneManager *manager, QWidget *parent);
-    static void startRenderArea(SoGuiRenderArea *area);
+    static void startNode(SoNode* root, QWidget* parent);
+    static void startSceneManager(SoSceneManager* manager, QWidget* parent);
+    static void startRenderArea(SoGuiRenderArea* area);
     /// Starts with a viewer of its own, on the file that the last argument names if there is one.
     /// No event loop is entered.
-    MIRABO_API static void startStandalone(int &argc, char **argv);
+    MIRABO_API static void startStandalone(int& argc, char** argv);
 
     static void stop();
     static bool isRunning();
     /// 1 while the tool runs.
     MIRABO_API static int processEvents();
-    static void setPickAction(const SbViewportRegion &region, SbVec2s cursor);
+    static void setPickAction(const SbViewportRegion& region, SbVec2s cursor);
 
     /// The user closed the window: the tool no longer runs, tear-down is pending.
     static void requestFinish();

@@ -19,6 +19,6 @@ inline constexpr int kMaxShownValues = 6;
 inline constexpr int kMaxShownArrayElements = 4096;
 
 /// Makes the value text. The cost does not depend on how many values the field holds.
-FieldText fieldText(const SoField &field);
+FieldText fieldText(const SoField& field);
 
 } // namespace mirabo

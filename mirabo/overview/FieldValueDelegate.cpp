@@ -3,16 +3,17 @@
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
 
-FieldValueDelegate::FieldValueDelegate(SoMiraboList *list)
-    : QStyledItemDelegate(list), m_list(list)
+FieldValueDelegate::FieldValueDelegate(SoMiraboList* list) : QStyledItemDelegate(list), m_list(list)
 {
 }
 
-void FieldValueDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+void FieldValueDelegate::initStyleOption(QStyleOptionViewItem* option,
+                                         const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    const SoFieldItem *item = m_list->fieldItem(index.row());
-    if (!item) return;
+    const SoFieldItem* item = m_list->fieldItem(index.row());
+    if (!item)
+        return;
     const bool changed = !item->isFieldDefault();
     option->font = m_list->valueFont(changed);
     const QColor color = m_list->valueColor(changed);

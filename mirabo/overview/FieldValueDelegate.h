@@ -7,11 +7,11 @@ class SoMiraboList;
 /// Paints the value column in the style of default or changed values.
 class FieldValueDelegate final : public QStyledItemDelegate {
 public:
-    explicit FieldValueDelegate(SoMiraboList *list);
+    explicit FieldValueDelegate(SoMiraboList* list);
 
 protected:
-    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
 private:
-    SoMiraboList *m_list; // Not owned; it is our parent.
+    SoMiraboList* m_list; // Not owned; it is our parent.
 };

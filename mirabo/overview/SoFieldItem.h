@@ -17,16 +17,16 @@ class SoFieldItem final : public QTreeWidgetItem {
 public:
     /// Shows field `index` of the node's field data. `twin` is a node of the same type with all
     /// fields at their defaults, or null; `part` marks a public part of a node kit.
-    SoFieldItem(SoMiraboList *list, SoNode *node, const SoNode *twin, int index, bool part);
+    SoFieldItem(SoMiraboList* list, SoNode* node, const SoNode* twin, int index, bool part);
     /// A row for the same field in another list.
-    SoFieldItem(SoMiraboList *list, const SoFieldItem &other);
+    SoFieldItem(SoMiraboList* list, const SoFieldItem& other);
     ~SoFieldItem() override;
 
-    SoNode *getNode() const { return m_node; }
+    SoNode* getNode() const { return m_node; }
     /// Null once the field has died.
-    SoField *getField() const { return m_field; }
+    SoField* getField() const { return m_field; }
     /// The field with its default value, for comparison; may be null.
-    const SoField *getDefaultField() const { return m_defaultField; }
+    const SoField* getDefaultField() const { return m_defaultField; }
     bool isPart() const { return m_part; }
     bool isFieldDefault() const;
 
@@ -41,13 +41,13 @@ public:
 
 private:
     void watch();
-    static void fieldChanged(void *data, SoSensor *sensor);
-    static void fieldDied(void *data, SoSensor *sensor);
-    SoMiraboList *list() const;
+    static void fieldChanged(void* data, SoSensor* sensor);
+    static void fieldDied(void* data, SoSensor* sensor);
+    SoMiraboList* list() const;
 
-    SoNode *m_node;                ///< Not owned; null once its field died.
-    SoField *m_field;              ///< Not owned; the node owns it.
-    const SoField *m_defaultField; ///< Not owned; the list's twin node owns it.
+    SoNode* m_node;                ///< Not owned; null once its field died.
+    SoField* m_field;              ///< Not owned; the node owns it.
+    const SoField* m_defaultField; ///< Not owned; the list's twin node owns it.
     SoFieldSensor m_sensor;
     bool m_part;
     bool m_stale = true;

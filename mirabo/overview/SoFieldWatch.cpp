@@ -10,14 +10,15 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
-SoFieldWatch::SoFieldWatch(QWidget *parent) : SoMiraboList(parent)
+SoFieldWatch::SoFieldWatch(QWidget* parent) : SoMiraboList(parent)
 {
     setObjectName("SoFieldWatch");
     setAccessibleName("Watched fields");
     setEmptyHint(tr("Select a field in the node overview and press \"Watch\" to keep it in view."));
     for (int i = 0; i + 1 < columnCount(); ++i) {
         const int width = mirabo::readListColumnWidth(mirabo::kFieldWatchGroup, i);
-        if (width == -1) continue;
+        if (width == -1)
+            continue;
         header()->setSectionResizeMode(i + 1, QHeaderView::Interactive);
         setColumnWidth(i + 1, width);
     }
@@ -26,29 +27,33 @@ SoFieldWatch::SoFieldWatch(QWidget *parent) : SoMiraboList(parent)
     initPreferences();
 }
 
-SoFieldItem *SoFieldWatch::addField(const SoFieldItem &row)
+SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 {
-    const SoField *field = row.getField();
-    if (!field || findFieldItem(field)) return nullptr;
+    const SoField* field = row.getField();
+    if (!field || findFieldItem(field))
+        return nullptr;
     if (field->isOfType(SoSFNode::getClassTypeId()) || field->isOfType(SoMFNode::getClassTypeId()))
         return nullptr; // nodes are looked at in the overview
-    auto *added = new SoFieldItem(this, row);
+    auto* added = new SoFieldItem(this, row);
     added->updateValue();
     return added;
 }
 
 void SoFieldWatch::fieldSelectionChanged()
 {
-    if (currentItem()) Q_EMIT rowChosen(currentItem());
+    if (currentItem())
+        Q_EMIT rowChosen(currentItem());
 }
 
 void SoFieldWatch::deleteCurrent()
 {
-    QTreeWidgetItem *row = currentItem();
-    if (!row) return;
+    QTreeWidgetItem* row = currentItem();
+    if (!row)
+        return;
     removeFieldItem(row);
     delete row;
-    if (topLevelItemCount() == 0) Q_EMIT listCleared();
+    if (topLevelItemCount() == 0)
+        Q_EMIT listCleared();
 }
 
 void SoFieldWatch::initPreferences()
@@ -69,8 +74,9 @@ void SoFieldWatch::saveColumnWidths()
         mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, i, columnWidth(i + 1));
 }
 
-void SoFieldWatch::keyReleaseEvent(QKeyEvent *event)
+void SoFieldWatch::keyReleaseEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Delete) deleteCurrent();
+    if (event->key() == Qt::Key_Delete)
+        deleteCurrent();
     SoMiraboList::keyReleaseEvent(event);
 }

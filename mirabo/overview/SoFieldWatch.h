@@ -7,15 +7,15 @@ class SoFieldWatch final : public SoMiraboList {
     Q_OBJECT
 
 public:
-    explicit SoFieldWatch(QWidget *parent = nullptr);
+    explicit SoFieldWatch(QWidget* parent = nullptr);
 
     /// Adds a copy of a row; null when its field is watched already or cannot be.
-    SoFieldItem *addField(const SoFieldItem &row);
+    SoFieldItem* addField(const SoFieldItem& row);
 
 Q_SIGNALS:
     void listCleared();
-    void rowChosen(QTreeWidgetItem *row);
-    void revealRequested(QTreeWidgetItem *row);
+    void rowChosen(QTreeWidgetItem* row);
+    void revealRequested(QTreeWidgetItem* row);
 
 public Q_SLOTS:
     void fieldSelectionChanged();
@@ -25,5 +25,5 @@ public Q_SLOTS:
     void saveColumnWidths();
 
 protected:
-    void keyReleaseEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
 };

@@ -2,14 +2,15 @@
 
 #include <QMouseEvent>
 
-SoHeaderView::SoHeaderView(QWidget *parent) : QHeaderView(Qt::Horizontal, parent)
+SoHeaderView::SoHeaderView(QWidget* parent) : QHeaderView(Qt::Horizontal, parent)
 {
     setSectionsClickable(true);
     setHighlightSections(false);
 }
 
-void SoHeaderView::mouseReleaseEvent(QMouseEvent *event)
+void SoHeaderView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::RightButton) Q_EMIT rightClicked(event->globalPos());
+    if (event->button() == Qt::RightButton)
+        Q_EMIT rightClicked(event->globalPos());
     QHeaderView::mouseReleaseEvent(event);
 }

@@ -7,12 +7,12 @@ class SoHeaderView final : public QHeaderView {
     Q_OBJECT
 
 public:
-    explicit SoHeaderView(QWidget *parent);
+    explicit SoHeaderView(QWidget* parent);
 
 Q_SIGNALS:
     /// The right button was released at a global position.
-    void rightClicked(const QPoint &position);
+    void rightClicked(const QPoint& position);
 
 protected:
-    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 };

@@ -10,7 +10,7 @@
 
 #include <QDockWidget>
 
-SoMiraboEdition::SoMiraboEdition(QDockWidget *overviewDock, QDockWidget *watchDock)
+SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDock)
     : m_overviewDock(overviewDock),
       m_watchDock(watchDock),
       m_tabs(new SoTabNodeOverview(overviewDock)),
@@ -22,9 +22,10 @@ SoMiraboEdition::SoMiraboEdition(QDockWidget *overviewDock, QDockWidget *watchDo
     connect(m_tabs, &SoTabNodeOverview::currentRowChanged, this, &SoMiraboEdition::setField);
     connect(m_tabs, &SoTabNodeOverview::clearFieldEditorEvent, this,
             &SoMiraboEdition::clearFieldEditorEvent);
-    connect(m_tabs, &SoTabNodeOverview::overrideRequested, this, &SoMiraboEdition::overrideRequested);
+    connect(m_tabs, &SoTabNodeOverview::overrideRequested, this,
+            &SoMiraboEdition::overrideRequested);
     connect(m_tabs, &SoTabNodeOverview::watchRequested, this, &SoMiraboEdition::addFieldWatch);
-    connect(m_tabs, &SoTabNodeOverview::renamed, this, [this](SoNode *node) {
+    connect(m_tabs, &SoTabNodeOverview::renamed, this, [this](SoNode* node) {
         m_tabs->nodeRenamed(node);
         Q_EMIT nodeRenamed(node);
     });
@@ -32,28 +33,32 @@ SoMiraboEdition::SoMiraboEdition(QDockWidget *overviewDock, QDockWidget *watchDo
 
 SoMiraboEdition::~SoMiraboEdition() = default;
 
-void SoMiraboEdition::showNode(SoNode *node, SoNode *kit, bool newTab)
+void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
 {
-    if (!node) return;
+    if (!node)
+        return;
     m_overviewDock->show();
     m_watchDock->show();
-    if (newTab) m_tabs->addOverview();
+    if (newTab)
+        m_tabs->addOverview();
     showInCurrentTab(node, kit);
 }
 
-void SoMiraboEdition::showInCurrentTab(SoNode *node, SoNode *kit)
+void SoMiraboEdition::showInCurrentTab(SoNode* node, SoNode* kit)
 {
-    SoNodeOverview *overview = m_tabs->currentOverview();
+    SoNodeOverview* overview = m_tabs->currentOverview();
     overview->setNode(node, kit);
-    if (!overview->getList()->firstEnabledItem()) Q_EMIT m_tabs->clearFieldEditorEvent();
+    if (!overview->getList()->firstEnabledItem())
+        Q_EMIT m_tabs->clearFieldEditorEvent();
     const int tab = m_tabs->currentIndex();
-    if (m_icons) m_tabs->setTabIcon(tab, m_icons(node->getTypeId()));
+    if (m_icons)
+        m_tabs->setTabIcon(tab, m_icons(node->getTypeId()));
     m_tabs->setTabText(tab, QString::fromUtf8(node->getTypeId().getName().getString()));
 }
 
-SoNode *SoMiraboEdition::getNode() const
+SoNode* SoMiraboEdition::getNode() const
 {
-    const SoNodeOverview *overview = m_tabs->currentOverview();
+    const SoNodeOverview* overview = m_tabs->currentOverview();
     return overview ? overview->getNode() : nullptr;
 }
 
@@ -63,17 +68,19 @@ void SoMiraboEdition::clear()
     m_tabs->reset();
 }
 
-void SoMiraboEdition::setField(QTreeWidgetItem *current, QTreeWidgetItem *)
+void SoMiraboEdition::setField(QTreeWidgetItem* current, QTreeWidgetItem*)
 {
     if (!current) {
         Q_EMIT fieldSelected(nullptr);
         return;
     }
-    if (SoNodeOverview *overview = m_tabs->currentOverview()) overview->setWatchEnabled(true);
-    Q_EMIT fieldSelected(static_cast<SoFieldItem *>(current)->getField());
+    if (SoNodeOverview* overview = m_tabs->currentOverview())
+        overview->setWatchEnabled(true);
+    Q_EMIT fieldSelected(static_cast<SoFieldItem*>(current)->getField());
 }
 
 void SoMiraboEdition::addFieldWatch()
 {
-    if (const auto *row = static_cast<SoFieldItem *>(m_tabs->currentListItem())) m_watch->addField(*row);
+    if (const auto* row = static_cast<SoFieldItem*>(m_tabs->currentListItem()))
+        m_watch->addField(*row);
 }

@@ -57,17 +57,19 @@ bool SoMiraboList::isNetNameMode()
            || SoPreferences::getBool("ART_LAUNCH_MIRABO", false);
 }
 
-SoMiraboList::SoMiraboList(QWidget *parent) : QTreeWidget(parent)
+SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
 {
     setStyles(mirabo::defaultFieldStyles());
-    auto *header = new SoHeaderView(this);
+    auto* header = new SoHeaderView(this);
     setHeader(header);
     connect(header, &SoHeaderView::rightClicked, this, &SoMiraboList::headerRightClicked);
     setStyleSheet(kStyleSheet);
 
     const bool netNames = isNetNameMode();
-    QStringList labels{"", "", "", "Node Type", "Node Name", "Field Type", "Field Name", "Field Value"};
-    if (netNames) labels << "Node NetName";
+    QStringList labels{"",          "",           "",           "Node Type",
+                       "Node Name", "Field Type", "Field Name", "Field Value"};
+    if (netNames)
+        labels << "Node NetName";
     setColumnCount(labels.size());
     setHeaderLabels(labels);
     setColumnHidden(Hidden, true);
@@ -93,17 +95,19 @@ SoMiraboList::~SoMiraboList()
     clear(); // the rows' sensors and default fields go before the twins
 }
 
-SoNode *SoMiraboList::twinOf(const SoNode *node)
+SoNode* SoMiraboList::twinOf(const SoNode* node)
 {
-    SoRef<SoNode> &twin = m_referenceNodes[node->getTypeId().getIndex()];
-    if (!twin) twin = SoNode::create(node->getTypeId());
+    SoRef<SoNode>& twin = m_referenceNodes[node->getTypeId().getIndex()];
+    if (!twin)
+        twin = SoNode::create(node->getTypeId());
     return twin.get();
 }
 
-void SoMiraboList::setNode(SoNode *node)
+void SoMiraboList::setNode(SoNode* node)
 {
     clear();
-    if (!node) return;
+    if (!node)
+        return;
     setUpdatesEnabled(false);
     setSortingEnabled(false); // once at the end, not with every row
     fill(node);
@@ -111,67 +115,75 @@ void SoMiraboList::setNode(SoNode *node)
     setUpdatesEnabled(true);
 }
 
-void SoMiraboList::fill(SoNode *node)
+void SoMiraboList::fill(SoNode* node)
 {
-    const SoNode *twin = twinOf(node);
-    const SoFieldData *data = node->getFieldData();
-    const SoFieldData *twinData = twin ? twin->getFieldData() : nullptr;
+    const SoNode* twin = twinOf(node);
+    const SoFieldData* data = node->getFieldData();
+    const SoFieldData* twinData = twin ? twin->getFieldData() : nullptr;
     // A node with fields of its own (an unknown node) has no twin to compare with.
-    if (data != twinData) twin = nullptr;
+    if (data != twinData)
+        twin = nullptr;
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         const auto type = data->getField(node, i)->getFieldType();
-        if (type == SoField::EVENT_IN || type == SoField::INTERNAL) continue;
+        if (type == SoField::EVENT_IN || type == SoField::INTERNAL)
+            continue;
         new SoFieldItem(this, node, twin, i, false); // the list owns it
     }
 }
 
-SoFieldItem *SoMiraboList::fieldItem(int row) const
+SoFieldItem* SoMiraboList::fieldItem(int row) const
 {
-    return static_cast<SoFieldItem *>(topLevelItem(row));
+    return static_cast<SoFieldItem*>(topLevelItem(row));
 }
 
-void SoMiraboList::updateFieldValue(SoFieldItem *item)
+void SoMiraboList::updateFieldValue(SoFieldItem* item)
 {
     item->updateValue();
 }
 
-void SoMiraboList::updateField(SoField *field)
+void SoMiraboList::updateField(SoField* field)
 {
     for (int row = 0; row < topLevelItemCount(); ++row) {
-        SoFieldItem *item = fieldItem(row);
-        if (field && item->getField() != field) continue;
+        SoFieldItem* item = fieldItem(row);
+        if (field && item->getField() != field)
+            continue;
         item->invalidate();
         rowChanged(item);
-        if (field) return;
+        if (field)
+            return;
     }
 }
 
-SoFieldItem *SoMiraboList::findFieldItem(const SoField *field) const
+SoFieldItem* SoMiraboList::findFieldItem(const SoField* field) const
 {
     for (int row = 0; row < topLevelItemCount(); ++row)
-        if (fieldItem(row)->getField() == field) return fieldItem(row);
+        if (fieldItem(row)->getField() == field)
+            return fieldItem(row);
     return nullptr;
 }
 
-SoFieldItem *SoMiraboList::firstEnabledItem() const
+SoFieldItem* SoMiraboList::firstEnabledItem() const
 {
     for (int row = 0; row < topLevelItemCount(); ++row) {
-        SoFieldItem *item = fieldItem(row);
+        SoFieldItem* item = fieldItem(row);
         item->data(FieldValue, Qt::DisplayRole); // brings the enabled state up to date
-        if (!item->isDisabled()) return item;
+        if (!item->isDisabled())
+            return item;
     }
     return nullptr;
 }
 
-void SoMiraboList::removeFieldItem(QTreeWidgetItem *item)
+void SoMiraboList::removeFieldItem(QTreeWidgetItem* item)
 {
     const int row = indexOfTopLevelItem(item);
-    if (row >= 0) takeTopLevelItem(row);
+    if (row >= 0)
+        takeTopLevelItem(row);
 }
 
-void SoMiraboList::rowChanged(SoFieldItem *)
+void SoMiraboList::rowChanged(SoFieldItem*)
 {
-    if (m_repaintPending || !isVisible()) return;
+    if (m_repaintPending || !isVisible())
+        return;
     m_repaintPending = true;
     QTimer::singleShot(0, this, &SoMiraboList::repaintRows);
 }
@@ -186,8 +198,9 @@ void SoMiraboList::setShowCatalogParts(bool on)
 {
     m_showCatalogParts = on;
     for (int row = 0; row < topLevelItemCount(); ++row) {
-        SoFieldItem *item = fieldItem(row);
-        if (!item->isPart()) continue;
+        SoFieldItem* item = fieldItem(row);
+        if (!item->isPart())
+            continue;
         item->setHidden(!on || (m_showChangedOnly && item->isFieldDefault()));
     }
 }
@@ -196,8 +209,9 @@ void SoMiraboList::showChangedValues(bool on)
 {
     m_showChangedOnly = on;
     for (int row = 0; row < topLevelItemCount(); ++row) {
-        SoFieldItem *item = fieldItem(row);
-        if (!item->isFieldDefault()) continue;
+        SoFieldItem* item = fieldItem(row);
+        if (!item->isFieldDefault())
+            continue;
         item->setHidden(on || (item->isPart() && !m_showCatalogParts));
     }
 }
@@ -206,15 +220,16 @@ void SoMiraboList::setColumnWidth(int column, int width)
 {
     const int before = columnWidth(column);
     QTreeWidget::setColumnWidth(column, width);
-    if (columnWidth(column) != before) Q_EMIT columnWidthChanged(column, columnWidth(column));
+    if (columnWidth(column) != before)
+        Q_EMIT columnWidthChanged(column, columnWidth(column));
 }
 
-void SoMiraboList::headerRightClicked(const QPoint &position)
+void SoMiraboList::headerRightClicked(const QPoint& position)
 {
     QMenu menu;
     const int last = isNetNameMode() ? NodeNetName : FieldValue;
     for (int column = kFirstListedColumn; column <= last; ++column) {
-        QAction *action = menu.addAction(kColumnTexts[static_cast<std::size_t>(column - 1)]);
+        QAction* action = menu.addAction(kColumnTexts[static_cast<std::size_t>(column - 1)]);
         action->setCheckable(true);
         action->setChecked(columnWidth(column) != 0);
     }
@@ -222,16 +237,19 @@ void SoMiraboList::headerRightClicked(const QPoint &position)
     menu.exec(position);
 }
 
-void SoMiraboList::toggleHeaderColumnVisibility(QAction *toggledAction)
+void SoMiraboList::toggleHeaderColumnVisibility(QAction* toggledAction)
 {
     const QString text = toggledAction->text().remove('&');
     int column = 0;
     for (std::size_t i = 0; i < kColumnTexts.size(); ++i)
-        if (text == kColumnTexts[i]) column = static_cast<int>(i) + 1;
-    if (column == 0) return;
+        if (text == kColumnTexts[i])
+            column = static_cast<int>(i) + 1;
+    if (column == 0)
+        return;
     const int last = isNetNameMode() ? NodeNetName : FieldValue;
     if (columnWidth(column) == 0 && column >= Connected) {
-        if (column > last || column >= columnCount()) return;
+        if (column > last || column >= columnCount())
+            return;
         header()->setSectionResizeMode(column, QHeaderView::Interactive);
         const QString label = headerItem()->text(column);
         setColumnWidth(column, header()->fontMetrics().horizontalAdvance(label) + kHeaderMargin);
@@ -240,26 +258,28 @@ void SoMiraboList::toggleHeaderColumnVisibility(QAction *toggledAction)
     }
 }
 
-void SoMiraboList::setStyles(const mirabo::StyleTable &styles)
+void SoMiraboList::setStyles(const mirabo::StyleTable& styles)
 {
     m_defaultColor = styles["Default Value"].color;
     m_defaultFont = styles["Default Value"].font;
     m_changedColor = styles["Changed Value"].color;
     m_changedFont = styles["Changed Value"].font;
-    if (isVisible()) viewport()->update();
+    if (isVisible())
+        viewport()->update();
 }
 
-void SoMiraboList::paintEvent(QPaintEvent *event)
+void SoMiraboList::paintEvent(QPaintEvent* event)
 {
     QTreeWidget::paintEvent(event);
-    if (topLevelItemCount() > 0 || m_emptyHint.isEmpty()) return;
+    if (topLevelItemCount() > 0 || m_emptyHint.isEmpty())
+        return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-    painter.drawText(viewport()->rect().adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap,
-                     m_emptyHint);
+    painter.drawText(viewport()->rect().adjusted(12, 12, -12, -12),
+                     Qt::AlignCenter | Qt::TextWordWrap, m_emptyHint);
 }
 
-void SoMiraboList::keyPressEvent(QKeyEvent *event)
+void SoMiraboList::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Copy) && currentItem()) {
         QGuiApplication::clipboard()->setText(currentItem()->text(FieldName) + ' '

@@ -36,24 +36,24 @@ public:
         NodeNetName = 8 ///< in the net-name mode only
     };
 
-    explicit SoMiraboList(QWidget *parent = nullptr);
+    explicit SoMiraboList(QWidget* parent = nullptr);
     ~SoMiraboList() override;
 
     /// True when one of the preferences KMRU_LAUNCH_MIRABO and ART_LAUNCH_MIRABO is. Read afresh.
     static bool isNetNameMode();
 
     /// Shows the fields of a node; null empties the list.
-    void setNode(SoNode *node);
+    void setNode(SoNode* node);
     /// Makes value, icons and enabled state of a row anew.
-    void updateFieldValue(SoFieldItem *item);
+    void updateFieldValue(SoFieldItem* item);
     /// Updates the first row of `field`; every row for null.
-    void updateField(SoField *field);
-    SoFieldItem *findFieldItem(const SoField *field) const;
+    void updateField(SoField* field);
+    SoFieldItem* findFieldItem(const SoField* field) const;
     /// First row that is not disabled, or null.
-    SoFieldItem *firstEnabledItem() const;
+    SoFieldItem* firstEnabledItem() const;
     /// Takes a row out; the caller deletes it.
-    void removeFieldItem(QTreeWidgetItem *item);
-    SoFieldItem *fieldItem(int row) const;
+    void removeFieldItem(QTreeWidgetItem* item);
+    SoFieldItem* fieldItem(int row) const;
 
     void setShowCatalogParts(bool on);
     bool isShowingCatalogParts() const { return m_showCatalogParts; }
@@ -63,33 +63,33 @@ public:
     virtual void setColumnWidth(int column, int width);
 
     /// Styles of default and changed values, painted in the value column.
-    void setStyles(const mirabo::StyleTable &styles);
-    const QFont &valueFont(bool changed) const { return changed ? m_changedFont : m_defaultFont; }
+    void setStyles(const mirabo::StyleTable& styles);
+    const QFont& valueFont(bool changed) const { return changed ? m_changedFont : m_defaultFont; }
     QColor valueColor(bool changed) const { return changed ? m_changedColor : m_defaultColor; }
 
     /// Grey line shown while the list is empty.
-    void setEmptyHint(const QString &hint) { m_emptyHint = hint; }
+    void setEmptyHint(const QString& hint) { m_emptyHint = hint; }
 
     /// A row's value changed: repaints once, at the end of the pass.
-    void rowChanged(SoFieldItem *item);
+    void rowChanged(SoFieldItem* item);
 
 public Q_SLOTS:
     /// Hides the rows whose field has its default value, or shows them again.
     void showChangedValues(bool on);
-    void headerRightClicked(const QPoint &position);
+    void headerRightClicked(const QPoint& position);
     /// Shows or hides the column that the action's text names.
-    void toggleHeaderColumnVisibility(QAction *toggledAction);
+    void toggleHeaderColumnVisibility(QAction* toggledAction);
 
 Q_SIGNALS:
     void columnWidthChanged(int column, int newWidth);
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    SoNode *twinOf(const SoNode *node);
-    void fill(SoNode *node);
+    SoNode* twinOf(const SoNode* node);
+    void fill(SoNode* node);
     void repaintRows();
 
     QColor m_defaultColor;

@@ -2,7 +2,10 @@
 
 #include <kalmyr/core/SoNode.h>
 
-SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode *node, bool state) : m_node(node), m_state(state) {}
+SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
+    : m_node(node), m_state(state)
+{
+}
 
 bool SoNodeOverrideCommand::execute()
 {

@@ -9,7 +9,7 @@ class SoNode;
 /// Sets a node's override flag. Undo sets the opposite (intended: not what it was before).
 class SoNodeOverrideCommand final : public MrbCommand {
 public:
-    SoNodeOverrideCommand(SoNode *node, bool state);
+    SoNodeOverrideCommand(SoNode* node, bool state);
 
     bool execute() override;
     void undo() override;

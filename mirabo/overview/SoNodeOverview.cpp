@@ -18,27 +18,28 @@
 
 namespace {
 
-QString addressText(const SoNode *node)
+QString addressText(const SoNode* node)
 {
     return "0x" + QString::number(reinterpret_cast<std::uintptr_t>(node), 16);
 }
 
-template <class Widget> Widget *named(Widget *widget, const char *name)
+template <class Widget>
+Widget* named(Widget* widget, const char* name)
 {
     widget->setObjectName(name);
     return widget;
 }
 
-QLabel *selectableLabel(const char *name, QWidget *parent)
+QLabel* selectableLabel(const char* name, QWidget* parent)
 {
-    QLabel *label = named(new QLabel(parent), name);
+    QLabel* label = named(new QLabel(parent), name);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
 }
 
 } // namespace
 
-SoNodeOverview::SoNodeOverview(QWidget *parent, bool withCloseButton)
+SoNodeOverview::SoNodeOverview(QWidget* parent, bool withCloseButton)
     : QWidget(parent), m_sensor(&SoNodeOverview::nodeChanged, this)
 {
     setObjectName("SoNodeOverview");
@@ -56,7 +57,7 @@ SoNodeOverview::~SoNodeOverview()
 
 void SoNodeOverview::buildWidgets(bool withCloseButton)
 {
-    auto *layout = named(new QVBoxLayout(this), "m_nodeOverviewLayout");
+    auto* layout = named(new QVBoxLayout(this), "m_nodeOverviewLayout");
     layout->setContentsMargins(4, 4, 4, 4);
     m_upperFrame = named(new QFrame(this), "m_upperFrame");
     layout->addWidget(m_upperFrame);
@@ -67,9 +68,9 @@ void SoNodeOverview::buildWidgets(bool withCloseButton)
 
 void SoNodeOverview::buildHeader(bool withCloseButton)
 {
-    auto *upper = named(new QVBoxLayout(m_upperFrame), "m_upperFrameLayout");
+    auto* upper = named(new QVBoxLayout(m_upperFrame), "m_upperFrameLayout");
     upper->setContentsMargins(2, 2, 2, 2);
-    auto *info = named(new QGridLayout, "m_nodeInfoLayout");
+    auto* info = named(new QGridLayout, "m_nodeInfoLayout");
     upper->addLayout(info);
     m_nodeNameLabel = named(new QLabel(m_upperFrame), "m_nodeNameLabel");
     m_nodeNameValue = named(new QLineEdit(m_upperFrame), "m_nodeNameValue");
@@ -86,7 +87,7 @@ void SoNodeOverview::buildHeader(bool withCloseButton)
         m_nodeNetNameLabel = selectableLabel("m_nodeNetNameLabel", m_upperFrame);
         info->addWidget(m_nodeNetNameLabel, 2, 0, 1, 2);
     }
-    auto *checks = named(new QHBoxLayout, "m_checkLayout");
+    auto* checks = named(new QHBoxLayout, "m_checkLayout");
     upper->addLayout(checks);
     m_overrideCheckBox = named(new QCheckBox(m_upperFrame), "m_overrideCheckBox");
     m_showChangedCheckBox = named(new QCheckBox(m_upperFrame), "m_showChangedCheckBox");
@@ -96,7 +97,8 @@ void SoNodeOverview::buildHeader(bool withCloseButton)
     checks->addWidget(m_showChangedCheckBox);
     checks->addStretch(1);
     checks->addWidget(m_watchButton);
-    if (!withCloseButton) return;
+    if (!withCloseButton)
+        return;
     m_closeButton = named(new QPushButton(m_upperFrame), "m_closeButton");
     checks->addWidget(m_closeButton);
 }
@@ -121,10 +123,11 @@ void SoNodeOverview::languageChange()
     m_showChangedCheckBox->setToolTip(tr("Show only the fields that differ from their default"));
     m_watchButton->setText(tr("Watch"));
     m_watchButton->setToolTip(tr("Keep the selected field in the field watch"));
-    if (m_closeButton) m_closeButton->setText(tr("Close"));
+    if (m_closeButton)
+        m_closeButton->setText(tr("Close"));
 }
 
-void SoNodeOverview::setNode(SoNode *node, SoNode *kit)
+void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
 {
     if (!node) {
         clear();
@@ -146,12 +149,13 @@ void SoNodeOverview::setNode(SoNode *node, SoNode *kit)
     m_watchButton->setEnabled(false);
 }
 
-void SoNodeOverview::showName(SoNode *)
+void SoNodeOverview::showName(SoNode*)
 {
     m_nodeNameLabel->setText(tr("<b> Node Name </b>:"));
     m_nodeNameValue->setReadOnly(false);
     m_nodeNameValue->setText(QString::fromUtf8(m_node->getName().getString()));
-    if (!m_nodeNetNameLabel) return;
+    if (!m_nodeNetNameLabel)
+        return;
     const SbName net = m_node->getNetName();
     m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: %1")
                                     .arg(net.isEmpty() ? QString("&lt No NetName&gt ")
@@ -172,7 +176,8 @@ void SoNodeOverview::clear()
     m_nodeNameLabel->setText(tr("<b> Node Name </b>: "));
     m_nodeNameValue->clear();
     m_nodeNameValue->setEnabled(false);
-    if (m_nodeNetNameLabel) m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: "));
+    if (m_nodeNetNameLabel)
+        m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: "));
     m_nodeIdLabel->setText(tr("<b> Node Id </b>: "));
     m_addressLabel->setText(tr("<b> Node Address </b>: "));
     m_overrideCheckBox->setEnabled(false);
@@ -188,19 +193,20 @@ void SoNodeOverview::setWatchEnabled(bool on)
 
 void SoNodeOverview::refresh()
 {
-    if (!m_node) return;
+    if (!m_node)
+        return;
     m_overrideCheckBox->setChecked(m_node->isOverride());
     m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(m_node->getNodeId()));
 }
 
-void SoNodeOverview::nodeChanged(void *data, SoSensor *)
+void SoNodeOverview::nodeChanged(void* data, SoSensor*)
 {
-    static_cast<SoNodeOverview *>(data)->refresh();
+    static_cast<SoNodeOverview*>(data)->refresh();
 }
 
-void SoNodeOverview::nodeDied(void *data, SoSensor *)
+void SoNodeOverview::nodeDied(void* data, SoSensor*)
 {
-    auto *panel = static_cast<SoNodeOverview *>(data);
+    auto* panel = static_cast<SoNodeOverview*>(data);
     panel->m_node = nullptr;
     panel->m_nodeNameValue->setText(tr("(deleted)"));
     panel->m_nodeNameValue->setEnabled(false);
@@ -210,22 +216,25 @@ void SoNodeOverview::nodeDied(void *data, SoSensor *)
 
 void SoNodeOverview::nameEdited(QString text)
 {
-    if (!m_node) return;
+    if (!m_node)
+        return;
     m_node->setName(SbName(text.toUtf8().constData()));
     Q_EMIT nodeRenamed(m_node);
     nodeNameChanged(m_node);
 }
 
-void SoNodeOverview::nodeNameChanged(SoNode *node)
+void SoNodeOverview::nodeNameChanged(SoNode* node)
 {
-    if (!m_node || node != m_node) return;
+    if (!m_node || node != m_node)
+        return;
     const QString accepted = QString::fromUtf8(m_node->getName().getString());
     if (m_nodeNameValue->text() != accepted) {
         const int cursor = m_nodeNameValue->cursorPosition();
         m_nodeNameValue->setText(accepted);
         m_nodeNameValue->setCursorPosition(cursor);
     }
-    for (int row = 0; row < m_list->topLevelItemCount(); ++row) m_list->fieldItem(row)->updateNodeName();
+    for (int row = 0; row < m_list->topLevelItemCount(); ++row)
+        m_list->fieldItem(row)->updateNodeName();
 }
 
 void SoNodeOverview::overrideButtonStateChanged()

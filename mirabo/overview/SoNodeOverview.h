@@ -19,14 +19,14 @@ class SoNodeOverview final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit SoNodeOverview(QWidget *parent = nullptr, bool withCloseButton = false);
+    explicit SoNodeOverview(QWidget* parent = nullptr, bool withCloseButton = false);
     ~SoNodeOverview() override;
 
     /// Shows a node; `kit` is the node kit that may hold it as a part, or null.
-    void setNode(SoNode *node, SoNode *kit);
+    void setNode(SoNode* node, SoNode* kit);
     void clear();
-    SoNode *getNode() const { return m_node; }
-    SoNodeOverviewList *getList() const { return m_list; }
+    SoNode* getNode() const { return m_node; }
+    SoNodeOverviewList* getList() const { return m_list; }
 
     /// Allows watching the current row.
     void setWatchEnabled(bool on);
@@ -36,36 +36,36 @@ Q_SIGNALS:
     void overrideRequested(bool on);
     void watchRequested();
     void closeRequested();
-    void nodeRenamed(SoNode *node);
+    void nodeRenamed(SoNode* node);
 
 public Q_SLOTS:
     void nameEdited(QString text);
     void overrideButtonStateChanged();
     void languageChange();
     /// Somebody else renamed the node.
-    void nodeNameChanged(SoNode *node);
+    void nodeNameChanged(SoNode* node);
 
 private:
     void buildWidgets(bool withCloseButton);
     void buildHeader(bool withCloseButton);
     void connectWidgets();
-    void showName(SoNode *kit);
+    void showName(SoNode* kit);
     void showIdentity();
     void refresh();
-    static void nodeChanged(void *data, SoSensor *sensor);
-    static void nodeDied(void *data, SoSensor *sensor);
+    static void nodeChanged(void* data, SoSensor* sensor);
+    static void nodeDied(void* data, SoSensor* sensor);
 
-    SoNode *m_node = nullptr; // Not owned; forgotten when it dies.
+    SoNode* m_node = nullptr; // Not owned; forgotten when it dies.
     SoNodeSensor m_sensor;
-    QFrame *m_upperFrame = nullptr;
-    QLabel *m_nodeNameLabel = nullptr;
-    QLineEdit *m_nodeNameValue = nullptr;
-    QLabel *m_nodeNetNameLabel = nullptr; ///< in the net-name mode only
-    QLabel *m_addressLabel = nullptr;
-    QLabel *m_nodeIdLabel = nullptr;
-    QCheckBox *m_overrideCheckBox = nullptr;
-    QCheckBox *m_showChangedCheckBox = nullptr;
-    QPushButton *m_watchButton = nullptr;
-    QPushButton *m_closeButton = nullptr;
-    SoNodeOverviewList *m_list = nullptr;
+    QFrame* m_upperFrame = nullptr;
+    QLabel* m_nodeNameLabel = nullptr;
+    QLineEdit* m_nodeNameValue = nullptr;
+    QLabel* m_nodeNetNameLabel = nullptr; ///< in the net-name mode only
+    QLabel* m_addressLabel = nullptr;
+    QLabel* m_nodeIdLabel = nullptr;
+    QCheckBox* m_overrideCheckBox = nullptr;
+    QCheckBox* m_showChangedCheckBox = nullptr;
+    QPushButton* m_watchButton = nullptr;
+    QPushButton* m_closeButton = nullptr;
+    SoNodeOverviewList* m_list = nullptr;
 };

@@ -4,7 +4,7 @@
 
 #include <QHeaderView>
 
-SoNodeOverviewList::SoNodeOverviewList(QWidget *parent) : SoMiraboList(parent)
+SoNodeOverviewList::SoNodeOverviewList(QWidget* parent) : SoMiraboList(parent)
 {
     setObjectName("m_nodeOverviewList");
     setEmptyHint(tr("Select a node in the tree to see its fields."));
@@ -15,7 +15,7 @@ SoNodeOverviewList::SoNodeOverviewList(QWidget *parent) : SoMiraboList(parent)
 void SoNodeOverviewList::applyNaturalWidths()
 {
     const QFontMetrics metrics = fontMetrics();
-    const auto fit = [&](int column, const char *sample) {
+    const auto fit = [&](int column, const char* sample) {
         QTreeWidget::setColumnWidth(column, metrics.horizontalAdvance(sample) + 16);
     };
     fit(NodeType, "PerspectiveCamera");
@@ -29,7 +29,8 @@ void SoNodeOverviewList::restoreColumnWidths()
 {
     for (int i = 0; i + 1 < columnCount(); ++i) {
         const int width = mirabo::readListColumnWidth(mirabo::kNodeOverviewGroup, i);
-        if (width == -1) continue;
+        if (width == -1)
+            continue;
         header()->setSectionResizeMode(i + 1, QHeaderView::Interactive);
         setColumnWidth(i + 1, width);
     }

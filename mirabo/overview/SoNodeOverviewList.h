@@ -7,7 +7,7 @@ class SoNodeOverviewList final : public SoMiraboList {
     Q_OBJECT
 
 public:
-    explicit SoNodeOverviewList(QWidget *parent = nullptr);
+    explicit SoNodeOverviewList(QWidget* parent = nullptr);
 
 private:
     void applyNaturalWidths();

@@ -10,7 +10,7 @@
 #include <QMouseEvent>
 #include <QTabBar>
 
-SoTabNodeOverview::SoTabNodeOverview(QWidget *parent) : QTabWidget(parent)
+SoTabNodeOverview::SoTabNodeOverview(QWidget* parent) : QTabWidget(parent)
 {
     setObjectName("SoTabNodeOverview");
     setDocumentMode(true);
@@ -25,9 +25,9 @@ SoTabNodeOverview::SoTabNodeOverview(QWidget *parent) : QTabWidget(parent)
     addOverview();
 }
 
-SoNodeOverview *SoTabNodeOverview::addOverview()
+SoNodeOverview* SoTabNodeOverview::addOverview()
 {
-    auto *added = new SoNodeOverview(this);
+    auto* added = new SoNodeOverview(this);
     applyPreferences(added);
     setCurrentIndex(addTab(added, QString()));
     connect(added->getList(), &QTreeWidget::currentItemChanged, this,
@@ -41,41 +41,45 @@ SoNodeOverview *SoTabNodeOverview::addOverview()
     return added;
 }
 
-SoNodeOverview *SoTabNodeOverview::overview(int index) const
+SoNodeOverview* SoTabNodeOverview::overview(int index) const
 {
-    return qobject_cast<SoNodeOverview *>(widget(index));
+    return qobject_cast<SoNodeOverview*>(widget(index));
 }
 
-SoNodeOverview *SoTabNodeOverview::currentOverview() const
+SoNodeOverview* SoTabNodeOverview::currentOverview() const
 {
-    return qobject_cast<SoNodeOverview *>(currentWidget());
+    return qobject_cast<SoNodeOverview*>(currentWidget());
 }
 
 void SoTabNodeOverview::reset()
 {
-    while (count() > 1) tabClose(count() - 1);
+    while (count() > 1)
+        tabClose(count() - 1);
     overview(0)->clear();
     setTabText(0, QString());
     setTabIcon(0, QIcon());
 }
 
-QTreeWidgetItem *SoTabNodeOverview::currentListItem() const
+QTreeWidgetItem* SoTabNodeOverview::currentListItem() const
 {
-    const SoNodeOverview *current = currentOverview();
+    const SoNodeOverview* current = currentOverview();
     return current ? current->getList()->currentItem() : nullptr;
 }
 
-void SoTabNodeOverview::nodeRenamed(SoNode *node)
+void SoTabNodeOverview::nodeRenamed(SoNode* node)
 {
-    for (int i = 0; i < count(); ++i) overview(i)->nodeNameChanged(node);
+    for (int i = 0; i < count(); ++i)
+        overview(i)->nodeNameChanged(node);
 }
 
 void SoTabNodeOverview::tabClose(int index)
 {
-    if (count() <= 1) return;
+    if (count() <= 1)
+        return;
     const int closed = index == -1 ? currentIndex() : index;
-    QWidget *page = widget(closed);
-    if (!page) return;
+    QWidget* page = widget(closed);
+    if (!page)
+        return;
     removeTab(closed);
     page->deleteLater();
     tabNodeOverviewChanged(currentIndex());
@@ -86,16 +90,19 @@ void SoTabNodeOverview::tabNodeOverviewChanged(int)
 {
     // A lone tab cannot be closed, so it shows no button for it.
     const bool closable = count() > 1;
-    if (tabsClosable() != closable) setTabsClosable(closable);
-    if (QTreeWidgetItem *row = currentListItem()) Q_EMIT currentRowChanged(row, nullptr);
+    if (tabsClosable() != closable)
+        setTabsClosable(closable);
+    if (QTreeWidgetItem* row = currentListItem())
+        Q_EMIT currentRowChanged(row, nullptr);
 }
 
 void SoTabNodeOverview::overviewColumnListChanged(int column, int width)
 {
-    if (m_applyingWidth) return; // the other tabs tell of the width just given to them
+    if (m_applyingWidth)
+        return; // the other tabs tell of the width just given to them
     m_applyingWidth = true;
     for (int i = 0; i < count(); ++i) {
-        SoNodeOverviewList *list = overview(i)->getList();
+        SoNodeOverviewList* list = overview(i)->getList();
         list->header()->setSectionResizeMode(column, QHeaderView::Interactive);
         list->setColumnWidth(column, width);
     }
@@ -106,7 +113,7 @@ void SoTabNodeOverview::overviewColumnListChanged(int column, int width)
     mirabo::writeListColumnWidth(mirabo::kNodeOverviewGroup, stored, kept);
 }
 
-void SoTabNodeOverview::applyPreferences(SoNodeOverview *target)
+void SoTabNodeOverview::applyPreferences(SoNodeOverview* target)
 {
     mirabo::StyleTable styles = mirabo::defaultFieldStyles();
     mirabo::readStyles(mirabo::kNodeOverviewGroup, styles);
@@ -121,15 +128,17 @@ void SoTabNodeOverview::initPreferences()
 
 void SoTabNodeOverview::setPreferences()
 {
-    for (int i = 0; i < count(); ++i) applyPreferences(overview(i));
+    for (int i = 0; i < count(); ++i)
+        applyPreferences(overview(i));
 }
 
-bool SoTabNodeOverview::eventFilter(QObject *watched, QEvent *event)
+bool SoTabNodeOverview::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == tabBar() && event->type() == QEvent::MouseButtonRelease) {
-        const auto *mouse = static_cast<QMouseEvent *>(event);
+        const auto* mouse = static_cast<QMouseEvent*>(event);
         const int tab = tabBar()->tabAt(mouse->pos());
-        if (mouse->button() == Qt::MiddleButton && tab >= 0) tabClose(tab);
+        if (mouse->button() == Qt::MiddleButton && tab >= 0)
+            tabClose(tab);
     }
     return QTabWidget::eventFilter(watched, event);
 }

@@ -10,24 +10,25 @@ namespace mirabo {
 
 namespace {
 
-std::unique_ptr<QSettings> &store()
+std::unique_ptr<QSettings>& store()
 {
     static std::unique_ptr<QSettings> s;
     return s;
 }
 
-QString columnWidthKey(const QString &group, int column)
+QString columnWidthKey(const QString& group, int column)
 {
     return group + "/ListColumnWidth/" + QString::number(column);
 }
 
 int defaultColumnWidth(int column)
 {
-    if (column == 0 || column == 1) return 20;
+    if (column == 0 || column == 1)
+        return 20;
     return column == 2 || column == 3 ? 0 : -1;
 }
 
-TextStyle plainStyle(const QColor &color)
+TextStyle plainStyle(const QColor& color)
 {
     const QFont base = QGuiApplication::font();
     TextStyle style;
@@ -36,19 +37,19 @@ TextStyle plainStyle(const QColor &color)
     return style;
 }
 
-bool hasShowKey(const QString &group)
+bool hasShowKey(const QString& group)
 {
     return group == QLatin1String(kTreeGroup);
 }
 
-void readStyle(const QString &key, bool withShow, TextStyle &style)
+void readStyle(const QString& key, bool withShow, TextStyle& style)
 {
     QFont font(readText(key + "/family", style.font.family()));
     font.setPointSize(readInt(key + "/size", style.font.pointSize()));
     font.setWeight(readBool(key + "/bold", style.font.bold()) ? QFont::Bold : QFont::Normal);
     font.setItalic(readBool(key + "/italic", style.font.italic()));
     font.setUnderline(readBool(key + "/underline", style.font.underline()));
-    const auto component = [&](const char *name, int present) {
+    const auto component = [&](const char* name, int present) {
         return std::clamp(readInt(key + name, present), 0, 255);
     };
     const int red = component("/red", style.color.red());
@@ -56,12 +57,13 @@ void readStyle(const QString &key, bool withShow, TextStyle &style)
     const int blue = component("/blue", style.color.blue());
     style.font = font;
     style.color = QColor(red, green, blue);
-    if (withShow) style.show = readBool(key + "/show", style.show);
+    if (withShow)
+        style.show = readBool(key + "/show", style.show);
 }
 
-void writeStyle(const QString &key, bool withShow, const TextStyle &style)
+void writeStyle(const QString& key, bool withShow, const TextStyle& style)
 {
-    QSettings &s = settings();
+    QSettings& s = settings();
     s.setValue(key + "/family", style.font.family());
     s.setValue(key + "/size", style.font.pointSize());
     s.setValue(key + "/bold", style.font.bold());
@@ -70,22 +72,23 @@ void writeStyle(const QString &key, bool withShow, const TextStyle &style)
     s.setValue(key + "/red", style.color.red());
     s.setValue(key + "/green", style.color.green());
     s.setValue(key + "/blue", style.color.blue());
-    if (withShow) s.setValue(key + "/show", style.show);
+    if (withShow)
+        s.setValue(key + "/show", style.show);
 }
 
 } // namespace
 
-const TextStyle &StyleTable::operator[](const QString &element) const
+const TextStyle& StyleTable::operator[](const QString& element) const
 {
     static const TextStyle none;
     const auto at = std::find_if(m_entries.begin(), m_entries.end(),
-                                 [&](const Entry &entry) { return entry.first == element; });
+                                 [&](const Entry& entry) { return entry.first == element; });
     return at == m_entries.end() ? none : at->second;
 }
 
-void StyleTable::set(const QString &element, const TextStyle &style)
+void StyleTable::set(const QString& element, const TextStyle& style)
 {
-    for (Entry &entry : m_entries)
+    for (Entry& entry : m_entries)
         if (entry.first == element) {
             entry.second = style;
             return;
@@ -93,9 +96,10 @@ void StyleTable::set(const QString &element, const TextStyle &style)
     m_entries.emplace_back(element, style);
 }
 
-QSettings &settings()
+QSettings& settings()
 {
-    if (!store()) store() = std::make_unique<QSettings>("Mirabo", "MiraboViewer");
+    if (!store())
+        store() = std::make_unique<QSettings>("Mirabo", "MiraboViewer");
     return *store();
 }
 
@@ -104,30 +108,32 @@ void releaseSettings()
     store().reset();
 }
 
-int readInt(const QString &key, int fallback, bool *present)
+int readInt(const QString& key, int fallback, bool* present)
 {
     const QVariant value = settings().value(key);
     bool ok = false;
     const int number = value.toInt(&ok);
-    if (present) *present = value.isValid();
+    if (present)
+        *present = value.isValid();
     return ok ? number : fallback;
 }
 
-QString readText(const QString &key, const QString &fallback, bool *present)
+QString readText(const QString& key, const QString& fallback, bool* present)
 {
-    if (present) *present = settings().contains(key);
+    if (present)
+        *present = settings().contains(key);
     return settings().value(key, fallback).toString();
 }
 
-bool readBool(const QString &key, bool fallback)
+bool readBool(const QString& key, bool fallback)
 {
     return settings().value(key, fallback).toBool();
 }
 
 StyleTable defaultFieldStyles()
 {
-    return StyleTable({{"Default Value", plainStyle(Qt::black)},
-                       {"Changed Value", plainStyle(Qt::red)}});
+    return StyleTable(
+        {{"Default Value", plainStyle(Qt::black)}, {"Changed Value", plainStyle(Qt::red)}});
 }
 
 StyleTable defaultTreeStyles()
@@ -142,15 +148,15 @@ StyleTable defaultTreeStyles()
                        {"Node From Field", fromField}});
 }
 
-void readStyles(const QString &group, StyleTable &table)
+void readStyles(const QString& group, StyleTable& table)
 {
-    for (auto &[element, style] : table.entries())
+    for (auto& [element, style] : table.entries())
         readStyle(group + element, hasShowKey(group), style);
 }
 
-void writeStyles(const QString &group, const StyleTable &table)
+void writeStyles(const QString& group, const StyleTable& table)
 {
-    for (const auto &[element, style] : table.entries())
+    for (const auto& [element, style] : table.entries())
         writeStyle(group + element, hasShowKey(group), style);
 }
 
@@ -194,12 +200,12 @@ void writeShowCatalogPart(bool on)
     settings().setValue(QString(kNodeOverviewGroup) + "/ShowCatalogPart", on);
 }
 
-int readListColumnWidth(const QString &group, int column)
+int readListColumnWidth(const QString& group, int column)
 {
     return readInt(columnWidthKey(group, column), defaultColumnWidth(column));
 }
 
-void writeListColumnWidth(const QString &group, int column, int width)
+void writeListColumnWidth(const QString& group, int column, int width)
 {
     settings().setValue(columnWidthKey(group, column), width);
 }

@@ -16,14 +16,14 @@ inline constexpr char kFieldWatchGroup[] = "/FieldWatchPreferences/";
 inline constexpr char kMainFrameGroup[] = "/MiraboViewer/MiraboMainFrame";
 
 /// Organisation "Mirabo", application "MiraboViewer".
-QSettings &settings();
+QSettings& settings();
 /// Writes what is pending and closes the store; the next use opens it again.
 void releaseSettings();
 
 /// The value of a key, or `fallback`; `present` tells whether the key was there.
-int readInt(const QString &key, int fallback, bool *present = nullptr);
-QString readText(const QString &key, const QString &fallback, bool *present = nullptr);
-bool readBool(const QString &key, bool fallback);
+int readInt(const QString& key, int fallback, bool* present = nullptr);
+QString readText(const QString& key, const QString& fallback, bool* present = nullptr);
+bool readBool(const QString& key, bool fallback);
 
 /// "Default Value" and "Changed Value" of the field lists, in the application's font.
 StyleTable defaultFieldStyles();
@@ -32,8 +32,8 @@ StyleTable defaultTreeStyles();
 
 /// Reads every element of the table; its present values are the defaults. The "/show" key belongs
 /// to the tree's elements only.
-void readStyles(const QString &group, StyleTable &table);
-void writeStyles(const QString &group, const StyleTable &table);
+void readStyles(const QString& group, StyleTable& table);
+void writeStyles(const QString& group, const StyleTable& table);
 
 /// Outline the selected object in the viewer (on).
 bool readHighlightSelectedNode();
@@ -48,7 +48,7 @@ bool readShowCatalogPart();
 void writeShowCatalogPart(bool on);
 
 /// Stored width of a field-list column in pixels; -1: none, its natural width.
-int readListColumnWidth(const QString &group, int column);
-void writeListColumnWidth(const QString &group, int column, int width);
+int readListColumnWidth(const QString& group, int column);
+void writeListColumnWidth(const QString& group, int column, int width);
 
 } // namespace mirabo

@@ -25,11 +25,11 @@ public:
     explicit StyleTable(std::vector<Entry> entries) : m_entries(std::move(entries)) {}
 
     /// The style of an element; a default style for an unknown one.
-    const TextStyle &operator[](const QString &element) const;
-    void set(const QString &element, const TextStyle &style);
+    const TextStyle& operator[](const QString& element) const;
+    void set(const QString& element, const TextStyle& style);
 
-    std::vector<Entry> &entries() { return m_entries; }
-    const std::vector<Entry> &entries() const { return m_entries; }
+    std::vector<Entry>& entries() { return m_entries; }
+    const std::vector<Entry>& entries() const { return m_entries; }
 
 private:
     std::vector<Entry> m_entries;

@@ -15,43 +15,43 @@ struct TreeContext;
 
 /// The shown part of a child list; entry i stands in row i.
 struct ShownChildren {
-    const std::vector<SoNode *> *nodes = nullptr; ///< Not owned; null: no children are shown.
-    int first = 0;                                ///< entries before this are not shown
+    const std::vector<SoNode*>* nodes = nullptr; ///< Not owned; null: no children are shown.
+    int first = 0;                               ///< entries before this are not shown
 
     int count() const;
-    SoNode *operator[](int row) const { return (*nodes)[static_cast<std::size_t>(row + first)]; }
+    SoNode* operator[](int row) const { return (*nodes)[static_cast<std::size_t>(row + first)]; }
 };
 
 /// A node and the field that holds it; no field for a child.
 struct PlacedNode {
-    SoField *field = nullptr;
-    SoNode *node = nullptr;
-    friend bool operator==(const PlacedNode &, const PlacedNode &) = default;
+    SoField* field = nullptr;
+    SoNode* node = nullptr;
+    friend bool operator==(const PlacedNode&, const PlacedNode&) = default;
 };
 
 /// The scene is a VRML97 world: file and inline nodes then show no children.
 bool isVrmlScene();
 void setVrmlScene(bool on);
 
-ShownChildren shownChildren(const SoNode *node, const TreeContext &context);
+ShownChildren shownChildren(const SoNode* node, const TreeContext& context);
 
 /// Whether a field of that type may hold nodes that are shown.
-bool isNodeField(const SoField *field);
+bool isNodeField(const SoField* field);
 
 /// Finds the nodes held by fields. Keeps what it has learnt about the classes that it meets, so one
 /// of them serves one walk through the graph and is dropped before the graph changes.
 class FieldNodes {
 public:
     /// Appends the nodes in the order of the fields.
-    void collect(const SoNode *node, std::vector<PlacedNode> &out);
+    void collect(const SoNode* node, std::vector<PlacedNode>& out);
     void forget() { m_plans.clear(); }
 
 private:
     struct Plan {
-        const SoFieldData *data = nullptr;
+        const SoFieldData* data = nullptr;
         std::vector<int> fields;
     };
-    const Plan &planOf(const SoNode *node, const SoFieldData *data);
+    const Plan& planOf(const SoNode* node, const SoFieldData* data);
 
     std::vector<Plan> m_plans; ///< by index of the node's type
 };

@@ -4,7 +4,7 @@ namespace mirabo {
 
 namespace {
 
-const char *const kServer = "https://docs.mirabo.example";
+const char* const kServer = "https://docs.mirabo.example";
 
 } // namespace
 
@@ -12,8 +12,10 @@ QString helpPageName(std::string_view typeName)
 {
     QString page;
     for (const char c : typeName) {
-        if (c >= 'A' && c <= 'Z') page += QString('_') + QChar(c - 'A' + 'a');
-        else page += QChar::fromLatin1(c);
+        if (c >= 'A' && c <= 'Z')
+            page += QString('_') + QChar(c - 'A' + 'a');
+        else
+            page += QChar::fromLatin1(c);
     }
     const bool hasPrefix = page.contains("_po_") || page.contains("_so_") || page.contains("_mo");
     return hasPrefix ? page : "_so" + page;

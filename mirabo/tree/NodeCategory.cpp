@@ -16,8 +16,8 @@ using C = NodeCategory;
 
 /// A type below `within` (any, when empty) and at or below `type` is of that category.
 struct Rule {
-    const char *within;
-    const char *type;
+    const char* within;
+    const char* type;
     C category;
 };
 
@@ -83,15 +83,25 @@ constexpr Rule kRules[] = {
 
 struct IconName {
     C category;
-    const char *name;
+    const char* name;
 };
 
 constexpr IconName kIcons[] = {
-    {C::Unknown, "help"},         {C::Appearance, "appearance"}, {C::Callback, "callback"},
-    {C::Camera, "camera"},        {C::Group, "group"},           {C::Light, "light"},
-    {C::Manipulator, "manipulator"}, {C::Nodekit, "nodekit"},    {C::Property, "property"},
-    {C::Selection, "selection"},  {C::Separator, "separator"},   {C::Shape, "shape"},
-    {C::Switch, "switch"},        {C::Topology, "topology"},     {C::Transform, "transform"},
+    {C::Unknown, "help"},
+    {C::Appearance, "appearance"},
+    {C::Callback, "callback"},
+    {C::Camera, "camera"},
+    {C::Group, "group"},
+    {C::Light, "light"},
+    {C::Manipulator, "manipulator"},
+    {C::Nodekit, "nodekit"},
+    {C::Property, "property"},
+    {C::Selection, "selection"},
+    {C::Separator, "separator"},
+    {C::Shape, "shape"},
+    {C::Switch, "switch"},
+    {C::Topology, "topology"},
+    {C::Transform, "transform"},
 };
 
 /// A type and everything that it derives from. Ancestors are registered before their heirs, so the
@@ -100,9 +110,10 @@ class Ancestry {
 public:
     explicit Ancestry(SoType type)
     {
-        for (; !type.isBad(); type = type.getParent()) m_names.push_back(type.getName());
+        for (; !type.isBad(); type = type.getParent())
+            m_names.push_back(type.getName());
     }
-    bool has(const char *name) const
+    bool has(const char* name) const
     {
         return std::any_of(m_names.begin(), m_names.end(), [name](SbName n) { return n == name; });
     }
@@ -111,9 +122,9 @@ private:
     std::vector<SbName> m_names;
 };
 
-C decide(const Ancestry &ancestry)
+C decide(const Ancestry& ancestry)
 {
-    for (const Rule &rule : kRules)
+    for (const Rule& rule : kRules)
         if ((!*rule.within || ancestry.has(rule.within)) && ancestry.has(rule.type))
             return rule.category;
     return C::Property;
@@ -133,7 +144,7 @@ NodeTraits makeTraits(SoType type)
     return traits;
 }
 
-QHash<QByteArray, QIcon> &icons()
+QHash<QByteArray, QIcon>& icons()
 {
     static QHash<QByteArray, QIcon> cache;
     return cache;
@@ -141,14 +152,16 @@ QHash<QByteArray, QIcon> &icons()
 
 } // namespace
 
-const NodeTraits &traitsOf(SoType type)
+const NodeTraits& traitsOf(SoType type)
 {
     static std::vector<NodeTraits> known;
     const auto index = static_cast<std::size_t>(type.getIndex());
     if (index >= known.size())
-        known.resize(std::max<std::size_t>(index + 1, static_cast<std::size_t>(SoType::getNumTypes())));
-    NodeTraits &traits = known[index];
-    if (traits.category == C::Unknown && !type.isBad()) traits = makeTraits(type);
+        known.resize(
+            std::max<std::size_t>(index + 1, static_cast<std::size_t>(SoType::getNumTypes())));
+    NodeTraits& traits = known[index];
+    if (traits.category == C::Unknown && !type.isBad())
+        traits = makeTraits(type);
     return traits;
 }
 
@@ -157,18 +170,21 @@ NodeCategory categoryOf(SoType type)
     return traitsOf(type).category;
 }
 
-QIcon namedIcon(const char *name)
+QIcon namedIcon(const char* name)
 {
     const auto known = icons().constFind(name);
-    if (known != icons().constEnd()) return *known;
-    const QString path = QString::fromLatin1(":/Mirabo_icons/Icons/%1.png").arg(QLatin1String(name));
+    if (known != icons().constEnd())
+        return *known;
+    const QString path =
+        QString::fromLatin1(":/Mirabo_icons/Icons/%1.png").arg(QLatin1String(name));
     return *icons().insert(name, QFile::exists(path) ? QIcon(path) : QIcon());
 }
 
 QIcon categoryIcon(NodeCategory category)
 {
-    for (const IconName &icon : kIcons)
-        if (icon.category == category) return namedIcon(icon.name);
+    for (const IconName& icon : kIcons)
+        if (icon.category == category)
+            return namedIcon(icon.name);
     return QIcon();
 }
 

@@ -39,7 +39,7 @@ struct NodeTraits {
 };
 
 /// The reference is valid until the next call.
-const NodeTraits &traitsOf(SoType type);
+const NodeTraits& traitsOf(SoType type);
 
 /// By the first rule that fits; Property when none does, never Unknown for a node type.
 NodeCategory categoryOf(SoType type);
@@ -49,7 +49,7 @@ QIcon categoryIcon(NodeCategory category);
 QIcon nodeIcon(SoType type);
 
 /// The named image compiled into the program; null for a name that there is not.
-QIcon namedIcon(const char *name);
+QIcon namedIcon(const char* name);
 
 /// Lets the loaded icons go, which must not outlive the application object.
 void forgetCategoryIcons();

@@ -12,15 +12,15 @@ namespace mirabo {
 /// rows themselves. Adding and removing a row is constant time however often its node occurs.
 class NodeIndex {
 public:
-    void add(SoTreeViewItem *item);
-    void remove(SoTreeViewItem *item);
+    void add(SoTreeViewItem* item);
+    void remove(SoTreeViewItem* item);
 
     /// Rows in the order in which they were added; empty for a node that the tree does not show.
     /// The pointer is only compared, so a node that died may be asked for.
-    std::vector<SoTreeViewItem *> itemsOf(const SoNode *node) const;
+    std::vector<SoTreeViewItem*> itemsOf(const SoNode* node) const;
     /// The first of them, or null.
-    SoTreeViewItem *firstOf(const SoNode *node) const;
-    bool contains(const SoNode *node) const { return firstOf(node) != nullptr; }
+    SoTreeViewItem* firstOf(const SoNode* node) const;
+    bool contains(const SoNode* node) const { return firstOf(node) != nullptr; }
 
     std::size_t nodeCount() const { return m_nodes; }
     std::size_t itemCount() const { return m_items; }
@@ -32,12 +32,12 @@ public:
 
 private:
     struct Slot {
-        const SoNode *node = nullptr;
-        SoTreeViewItem *first = nullptr; ///< its previous row is the last one
+        const SoNode* node = nullptr;
+        SoTreeViewItem* first = nullptr; ///< its previous row is the last one
     };
 
-    std::size_t home(const SoNode *node) const;
-    std::size_t find(const SoNode *node) const; ///< its slot, or the free one where it belongs
+    std::size_t home(const SoNode* node) const;
+    std::size_t find(const SoNode* node) const; ///< its slot, or the free one where it belongs
     void grow();
     void erase(std::size_t at);
 

@@ -20,10 +20,11 @@ namespace {
 
 std::atomic<bool> s_otherThreadsAllowed{false};
 
-SoNode *asNode(SoFieldContainer *container)
+SoNode* asNode(SoFieldContainer* container)
 {
-    return container && container->isOfType(SoNode::getClassTypeId()) ? static_cast<SoNode *>(container)
-                                                                      : nullptr;
+    return container && container->isOfType(SoNode::getClassTypeId())
+               ? static_cast<SoNode*>(container)
+               : nullptr;
 }
 
 bool isRemoval(SoNotification::Kind kind)
@@ -32,21 +33,24 @@ bool isRemoval(SoNotification::Kind kind)
 }
 
 /// A list that is replaced by another is reported as removed, too.
-bool isEmptied(SoNotification::Kind kind, const SoNode &node)
+bool isEmptied(SoNotification::Kind kind, const SoNode& node)
 {
-    const SoChildList *children = node.getInternalChildren();
+    const SoChildList* children = node.getInternalChildren();
     return kind == SoNotification::ALL_REMOVED && (!children || children->getLength() == 0);
 }
 
 } // namespace
 
-SoGraphTopologyManager::SoGraphTopologyManager(SoMiraboTreeView *view)
-    : m_view(view), m_recorder(*this),
-      m_sensor([](void *data, SoSensor *) { static_cast<SoGraphTopologyManager *>(data)->changed(); }, this)
+SoGraphTopologyManager::SoGraphTopologyManager(SoMiraboTreeView* view)
+    : m_view(view),
+      m_recorder(*this),
+      m_sensor([](void* data, SoSensor*) { static_cast<SoGraphTopologyManager*>(data)->changed(); },
+               this)
 {
     m_sensor.setPriority(0);
     m_sensor.setDeleteCallback(
-        [](void *data, SoSensor *) { static_cast<SoGraphTopologyManager *>(data)->watchedDied(); }, this);
+        [](void* data, SoSensor*) { static_cast<SoGraphTopologyManager*>(data)->watchedDied(); },
+        this);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &SoGraphTopologyManager::updateTreeViewDisplay);
 }
@@ -71,23 +75,27 @@ void SoGraphTopologyManager::allowOtherThreads(bool allow)
     s_otherThreadsAllowed = allow;
 }
 
-void SoGraphTopologyManager::attach(SoNode *node)
+void SoGraphTopologyManager::attach(SoNode* node)
 {
-    if (m_attached) m_attached->removeAuditor(&m_recorder);
+    if (m_attached)
+        m_attached->removeAuditor(&m_recorder);
     m_attached = node;
     m_changes.clear();
     m_sensor.attach(node);
-    if (node) node->addAuditor(&m_recorder, SoAuditor::SENSOR);
+    if (node)
+        node->addAuditor(&m_recorder, SoAuditor::SENSOR);
 }
 
-void SoGraphTopologyManager::follow(SoNode *root)
+void SoGraphTopologyManager::follow(SoNode* root)
 {
-    if (m_attached == root) return;
+    if (m_attached == root)
+        return;
     if (m_attached) {
-        const SoChildList *children = m_attached->getInternalChildren();
+        const SoChildList* children = m_attached->getInternalChildren();
         // Without a scene for the moment, a container goes on waiting for the next one.
         const bool isContainer = m_attached != m_view->getRoot() && children;
-        if (isContainer && (!root || children->find(root) >= 0)) return;
+        if (isContainer && (!root || children->find(root) >= 0))
+            return;
     }
     attach(root);
 }
@@ -98,31 +106,40 @@ bool SoGraphTopologyManager::isOtherThread() const
 }
 
 /// Runs inside the notification walk, for every change below the watched node.
-void SoGraphTopologyManager::record(const SoNotification &notification)
+void SoGraphTopologyManager::record(const SoNotification& notification)
 {
     const bool isEdit = notification.kind >= SoNotification::CHILD_ADDED
                         && notification.kind <= SoNotification::ALL_REMOVED;
     if (!isEdit) {
-        if (notification.kind != SoNotification::UNSPECIFIED) return;
-        if (notification.field && !mirabo::isNodeField(notification.field)) return;
+        if (notification.kind != SoNotification::UNSPECIFIED)
+            return;
+        if (notification.field && !mirabo::isNodeField(notification.field))
+            return;
     }
     if (isOtherThread()) {
         changedElsewhere();
         return;
     }
-    SoNode *node = asNode(notification.container);
-    if (!node || node->getRefCount() == 0) return;
-    m_changes.push_back({notification.kind, notification.index, node, notification.child,
-                         notification.field != nullptr, {}});
-    if (!isRemoval(notification.kind)) return;
-    for (const auto *link = notification.chain; link; link = link->below)
+    SoNode* node = asNode(notification.container);
+    if (!node || node->getRefCount() == 0)
+        return;
+    m_changes.push_back({notification.kind,
+                         notification.index,
+                         node,
+                         notification.child,
+                         notification.field != nullptr,
+                         {}});
+    if (!isRemoval(notification.kind))
+        return;
+    for (const auto* link = notification.chain; link; link = link->below)
         m_changes.back().chain.push_back(asNode(link->container));
 }
 
 /// Runs right after the walk, still inside the call that made the change.
 void SoGraphTopologyManager::changed()
 {
-    if (m_applying || m_changes.empty() || isOtherThread()) return;
+    if (m_applying || m_changes.empty() || isOtherThread())
+        return;
     m_applying = true;
     {
         const SoMiraboTreeView::PatchScope scope(*m_view);
@@ -134,71 +151,85 @@ void SoGraphTopologyManager::changed()
         m_changes.clear();
     }
     m_applying = false;
-    if (std::exchange(m_structureChanged, false)) Q_EMIT structureChanged();
-    if (std::exchange(m_contentReplaced, false)) Q_EMIT contentReplaced();
+    if (std::exchange(m_structureChanged, false))
+        Q_EMIT structureChanged();
+    if (std::exchange(m_contentReplaced, false))
+        Q_EMIT contentReplaced();
 }
 
-void SoGraphTopologyManager::apply(const Change &change)
+void SoGraphTopologyManager::apply(const Change& change)
 {
-    if (!change.node) return;
+    if (!change.node)
+        return;
     if (change.node == m_attached && m_attached != m_view->getRoot()) {
         applyToContainer(change);
         return;
     }
     bool rowsChanged = false;
-    for (SoTreeViewItem *item : m_view->itemsOf(change.node.get()))
+    for (SoTreeViewItem* item : m_view->itemsOf(change.node.get()))
         rowsChanged = applyTo(item, change) || rowsChanged;
-    if (!rowsChanged && change.kind == SoNotification::UNSPECIFIED) return;
+    if (!rowsChanged && change.kind == SoNotification::UNSPECIFIED)
+        return;
     m_structureChanged = true;
-    const mirabo::NodeTraits &traits = mirabo::traitsOf(change.node->getTypeId());
-    if ((traits.isFile || traits.isInline) && !change.fromField) m_contentReplaced = true;
+    const mirabo::NodeTraits& traits = mirabo::traitsOf(change.node->getTypeId());
+    if ((traits.isFile || traits.isInline) && !change.fromField)
+        m_contentReplaced = true;
     if (change.kind == SoNotification::CHILD_REMOVED || isEmptied(change.kind, *change.node))
         m_view->showLater(itemAt(change));
     requestUpdate();
 }
 
-bool SoGraphTopologyManager::applyTo(SoTreeViewItem *item, const Change &change)
+bool SoGraphTopologyManager::applyTo(SoTreeViewItem* item, const Change& change)
 {
-    mirabo::TreePatcher &patcher = m_view->patcher();
+    mirabo::TreePatcher& patcher = m_view->patcher();
     switch (change.kind) {
     case SoNotification::CHILD_ADDED:
-    case SoNotification::CHILD_INSERTED: return patcher.childInserted(item, change.child, change.index);
-    case SoNotification::CHILD_REPLACED: return patcher.childReplaced(item, change.child, change.index);
-    case SoNotification::CHILD_REMOVED: return patcher.childRemoved(item, change.child, change.index);
-    case SoNotification::ALL_REMOVED: return patcher.syncChildren(item);
-    default: return change.fromField ? patcher.syncFields(item) : patcher.sync(item);
+    case SoNotification::CHILD_INSERTED:
+        return patcher.childInserted(item, change.child, change.index);
+    case SoNotification::CHILD_REPLACED:
+        return patcher.childReplaced(item, change.child, change.index);
+    case SoNotification::CHILD_REMOVED:
+        return patcher.childRemoved(item, change.child, change.index);
+    case SoNotification::ALL_REMOVED:
+        return patcher.syncChildren(item);
+    default:
+        return change.fromField ? patcher.syncFields(item) : patcher.sync(item);
     }
 }
 
-void SoGraphTopologyManager::applyToContainer(const Change &change)
+void SoGraphTopologyManager::applyToContainer(const Change& change)
 {
-    const SoChildList *children = m_attached->getInternalChildren();
-    if (!children || change.kind == SoNotification::UNSPECIFIED) return;
-    SoNode *root = m_view->getRoot();
-    const bool isAddition = change.kind != SoNotification::CHILD_REMOVED
-                            && change.kind != SoNotification::ALL_REMOVED;
+    const SoChildList* children = m_attached->getInternalChildren();
+    if (!children || change.kind == SoNotification::UNSPECIFIED)
+        return;
+    SoNode* root = m_view->getRoot();
+    const bool isAddition =
+        change.kind != SoNotification::CHILD_REMOVED && change.kind != SoNotification::ALL_REMOVED;
     const int at = children->find(isAddition ? change.child : root);
-    SoNode *next = at >= 0 ? (*children)[at] : nullptr;
+    SoNode* next = at >= 0 ? (*children)[at] : nullptr;
     if (change.kind == SoNotification::ALL_REMOVED && !next && children->getLength() > 0)
         next = (*children)[0]; // the whole list was replaced
-    if (next == root) return;
+    if (next == root)
+        return;
     m_structureChanged = true;
     m_view->setSceneGraph(next);
 }
 
 /// The occurrence in which the change came by: the one whose ancestors are the chain's nodes.
-SoTreeViewItem *SoGraphTopologyManager::itemAt(const Change &change) const
+SoTreeViewItem* SoGraphTopologyManager::itemAt(const Change& change) const
 {
-    const std::vector<SoTreeViewItem *> items = m_view->itemsOf(change.node.get());
-    for (SoTreeViewItem *item : items) {
-        if (items.size() == 1) return item;
-        const SoTreeViewItem *at = item;
+    const std::vector<SoTreeViewItem*> items = m_view->itemsOf(change.node.get());
+    for (SoTreeViewItem* item : items) {
+        if (items.size() == 1)
+            return item;
+        const SoTreeViewItem* at = item;
         auto link = change.chain.rbegin();
         while (at && link != change.chain.rend() && at->getNode() == *link) {
             at = at->parentItem();
             ++link;
         }
-        if (!at) return item;
+        if (!at)
+            return item;
     }
     return items.empty() ? nullptr : items.front();
 }
@@ -225,7 +256,8 @@ void SoGraphTopologyManager::changedElsewhere()
     Q_ASSERT_X(s_otherThreadsAllowed, "SoGraphTopologyManager",
                "the scene graph is changed outside of the GUI thread");
     if (!m_changedElsewhere.exchange(true))
-        QMetaObject::invokeMethod(this, [this] { compareAll(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { compareAll(); }, Qt::QueuedConnection);
 }
 
 void SoGraphTopologyManager::compareAll()
@@ -246,7 +278,8 @@ void SoGraphTopologyManager::compareAll()
 
 void SoGraphTopologyManager::requestUpdate()
 {
-    if (!m_timer.isActive()) m_timer.start(0);
+    if (!m_timer.isActive())
+        m_timer.start(0);
 }
 
 void SoGraphTopologyManager::updateTreeViewDisplay()

@@ -17,8 +17,8 @@ class SoSensor;
 class SoTreeViewItem;
 
 /// Keeps the tree in step with the graph, whoever changes it: rows are patched before the call that
-/// made the change returns. What concerns looks only (repainting, scrolling, telling the panels of a
-/// new current row) is done once, in the next pass of the event loop.
+/// made the change returns. What concerns looks only (repainting, scrolling, telling the panels of
+/// a new current row) is done once, in the next pass of the event loop.
 ///
 /// A priority 0 sensor on the watched node says when a change is complete. It would report only the
 /// last of several changes made inside other sensors' callbacks, so the changes themselves are
@@ -31,15 +31,15 @@ class SoGraphTopologyManager final : public QObject {
     Q_OBJECT
 
 public:
-    explicit SoGraphTopologyManager(SoMiraboTreeView *view);
+    explicit SoGraphTopologyManager(SoMiraboTreeView* view);
     ~SoGraphTopologyManager() override;
 
     /// Watches a node (null: none): the root that the tree shows, or a container that holds it. A
     /// child added to such a container is a new root to be shown. No reference is held.
-    void attach(SoNode *node);
-    SoNode *getAttachedNode() const { return m_attached; }
+    void attach(SoNode* node);
+    SoNode* getAttachedNode() const { return m_attached; }
     /// The tree shows another root: watches it unless the present container holds it.
-    void follow(SoNode *root);
+    void follow(SoNode* root);
 
     /// The root is a VRML97 world; file and inline nodes then show no children.
     static bool isVrmlScene();
@@ -69,36 +69,39 @@ private:
         SoNotification::Kind kind;
         int index;
         SoRef<SoNode> node;
-        const SoNode *child; ///< only compared
+        const SoNode* child; ///< only compared
         bool fromField;
-        std::vector<const SoNode *> chain; ///< from the watched node; for removals only
+        std::vector<const SoNode*> chain; ///< from the watched node; for removals only
     };
 
     class Recorder final : public SoAuditor {
     public:
-        explicit Recorder(SoGraphTopologyManager &manager) : m_manager(manager) {}
-        void auditedChanged(SoNotification &notification) override { m_manager.record(notification); }
+        explicit Recorder(SoGraphTopologyManager& manager) : m_manager(manager) {}
+        void auditedChanged(SoNotification& notification) override
+        {
+            m_manager.record(notification);
+        }
 
     private:
-        SoGraphTopologyManager &m_manager;
+        SoGraphTopologyManager& m_manager;
     };
 
     bool isOtherThread() const;
-    void record(const SoNotification &notification);
+    void record(const SoNotification& notification);
     void changed();
-    void apply(const Change &change);
-    void applyToContainer(const Change &change);
-    bool applyTo(SoTreeViewItem *item, const Change &change);
-    SoTreeViewItem *itemAt(const Change &change) const;
+    void apply(const Change& change);
+    void applyToContainer(const Change& change);
+    bool applyTo(SoTreeViewItem* item, const Change& change);
+    SoTreeViewItem* itemAt(const Change& change) const;
     void watchedDied();
     void changedElsewhere();
     void compareAll();
 
-    SoMiraboTreeView *m_view; // Not owned; owns us.
+    SoMiraboTreeView* m_view; // Not owned; owns us.
     QTimer m_timer;
     Recorder m_recorder;
     SoNodeSensor m_sensor;
-    SoNode *m_attached = nullptr; // Not owned; forgotten when it dies.
+    SoNode* m_attached = nullptr; // Not owned; forgotten when it dies.
     std::vector<Change> m_changes;
     bool m_applying = false;
     bool m_structureChanged = false;

@@ -24,42 +24,45 @@ namespace {
 /// Widths in pixels; what the contents need comes on top.
 constexpr int kColumnWidths[SoTreeViewItem::kColumnCount] = {200, 120, 60, 44, 24};
 
-SoTreeViewItem *asItem(QTreeWidgetItem *item)
+SoTreeViewItem* asItem(QTreeWidgetItem* item)
 {
-    return static_cast<SoTreeViewItem *>(item);
+    return static_cast<SoTreeViewItem*>(item);
 }
 
 /// Index of a row's node in its parent's child list; -1 for the node of a field.
-int graphIndexOf(const SoTreeViewItem *item, const mirabo::TreeContext &context)
+int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
-    if (item->isDirectlyFromField()) return -1;
-    const SoTreeViewItem *above = item->parentItem();
-    const int row = above->indexOfChild(const_cast<SoTreeViewItem *>(item));
+    if (item->isDirectlyFromField())
+        return -1;
+    const SoTreeViewItem* above = item->parentItem();
+    const int row = above->indexOfChild(const_cast<SoTreeViewItem*>(item));
     return row + mirabo::shownChildren(above->getNode(), context).first;
 }
 
 /// Rows of all levels from the top to an item: sorts like the rows do from top to bottom.
-std::vector<int> placeOf(const SoTreeViewItem *item)
+std::vector<int> placeOf(const SoTreeViewItem* item)
 {
     std::vector<int> place;
-    for (; item; item = item->parentItem()) place.push_back(item->childIndexValue());
+    for (; item; item = item->parentItem())
+        place.push_back(item->childIndexValue());
     std::reverse(place.begin(), place.end());
     return place;
 }
 
 } // namespace
 
-SoMiraboTreeView::PatchScope::PatchScope(SoMiraboTreeView &view) : m_view(view)
+SoMiraboTreeView::PatchScope::PatchScope(SoMiraboTreeView& view) : m_view(view)
 {
     ++m_view.m_patchDepth;
 }
 
 SoMiraboTreeView::PatchScope::~PatchScope()
 {
-    if (--m_view.m_patchDepth == 0 && m_view.m_currentMoved) m_view.m_topology->requestUpdate();
+    if (--m_view.m_patchDepth == 0 && m_view.m_currentMoved)
+        m_view.m_topology->requestUpdate();
 }
 
-SoMiraboTreeView::SoMiraboTreeView(QWidget *parent) : QTreeWidget(parent)
+SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
 {
     m_context.readEnvironment();
     m_patcher = std::make_unique<mirabo::TreePatcher>(*this);
@@ -79,7 +82,8 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget *parent) : QTreeWidget(parent)
 
     connect(this, &QTreeWidget::currentItemChanged, this, &SoMiraboTreeView::selectChange);
     connect(this, &QTreeWidget::itemClicked, this, &SoMiraboTreeView::onItemClicked);
-    connect(this, &QWidget::customContextMenuRequested, this, &SoMiraboTreeView::onCustomContextMenu);
+    connect(this, &QWidget::customContextMenuRequested, this,
+            &SoMiraboTreeView::onCustomContextMenu);
     connect(this, &QTreeWidget::itemExpanded, this, &SoMiraboTreeView::resizeAllColumns);
     connect(this, &QTreeWidget::itemCollapsed, this, &SoMiraboTreeView::resizeAllColumns);
     connect(m_topology.get(), &SoGraphTopologyManager::structureChanged, this,
@@ -112,7 +116,8 @@ void SoMiraboTreeView::setUpColumns()
 void SoMiraboTreeView::applyLook()
 {
     const QString sheet = mirabo::treeStyleSheet(QApplication::palette(this));
-    if (sheet != styleSheet()) setStyleSheet(sheet);
+    if (sheet != styleSheet())
+        setStyleSheet(sheet);
 }
 
 void SoMiraboTreeView::setPreferences()
@@ -129,7 +134,7 @@ void SoMiraboTreeView::setPreferences()
     scheduleDelayedItemsLayout();
 }
 
-SoTreeViewItem *SoMiraboTreeView::rootItem() const
+SoTreeViewItem* SoMiraboTreeView::rootItem() const
 {
     return asItem(topLevelItem(0));
 }
@@ -143,12 +148,13 @@ void SoMiraboTreeView::rowsAboutToChange()
 void SoMiraboTreeView::clearRows()
 {
     m_context.index.beginDiscard();
-    while (topLevelItemCount() > 0) mirabo::destroyRows(asItem(takeTopLevelItem(0)));
+    while (topLevelItemCount() > 0)
+        mirabo::destroyRows(asItem(takeTopLevelItem(0)));
     m_context.index.endDiscard();
     m_markedNode = nullptr;
 }
 
-void SoMiraboTreeView::setSceneGraph(SoNode *root)
+void SoMiraboTreeView::setSceneGraph(SoNode* root)
 {
     {
         const PatchScope scope(*this);
@@ -164,24 +170,29 @@ void SoMiraboTreeView::setSceneGraph(SoNode *root)
         }
         Q_EMIT rootChanged(root);
         // A receiver may have shown another scene meanwhile.
-        if (m_root != root) return;
-        if (root) setCurrentItem(rootItem());
+        if (m_root != root)
+            return;
+        if (root)
+            setCurrentItem(rootItem());
     }
     resizeAllColumns();
-    if (m_patchDepth > 0) return;
+    if (m_patchDepth > 0)
+        return;
     m_currentMoved = false;
     choose(rootItem());
 }
 
-SoTreeViewItem *SoMiraboTreeView::createItem(SoNode *node, SoTreeViewItem *parentItem,
-                                             SoField *sourceField, int index)
+SoTreeViewItem* SoMiraboTreeView::createItem(SoNode* node, SoTreeViewItem* parentItem,
+                                             SoField* sourceField, int index)
 {
-    if (!node) return nullptr;
+    if (!node)
+        return nullptr;
     mirabo::TreeBuilder builder(m_context);
-    SoTreeViewItem *item = builder.build(node, sourceField, parentItem);
+    SoTreeViewItem* item = builder.build(node, sourceField, parentItem);
     rowsAboutToChange();
     if (!parentItem) {
-        insertTopLevelItem(index < 0 ? topLevelItemCount() : std::min(index, topLevelItemCount()), item);
+        insertTopLevelItem(index < 0 ? topLevelItemCount() : std::min(index, topLevelItemCount()),
+                           item);
         return item;
     }
     const int count = parentItem->childCount();
@@ -190,16 +201,17 @@ SoTreeViewItem *SoMiraboTreeView::createItem(SoNode *node, SoTreeViewItem *paren
     return item;
 }
 
-void SoMiraboTreeView::populate(SoTreeViewItem *item)
+void SoMiraboTreeView::populate(SoTreeViewItem* item)
 {
     const PatchScope scope(*this);
     rowsAboutToChange();
-    for (QTreeWidgetItem *child : item->takeChildren()) mirabo::destroyRows(asItem(child));
+    for (QTreeWidgetItem* child : item->takeChildren())
+        mirabo::destroyRows(asItem(child));
     item->childrenChanged();
     m_patcher->sync(item);
 }
 
-void SoMiraboTreeView::selectChange(QTreeWidgetItem *item, QTreeWidgetItem *)
+void SoMiraboTreeView::selectChange(QTreeWidgetItem* item, QTreeWidgetItem*)
 {
     if (m_patchDepth > 0) {
         m_currentMoved = true;
@@ -209,7 +221,7 @@ void SoMiraboTreeView::selectChange(QTreeWidgetItem *item, QTreeWidgetItem *)
     choose(asItem(item));
 }
 
-void SoMiraboTreeView::choose(SoTreeViewItem *item)
+void SoMiraboTreeView::choose(SoTreeViewItem* item)
 {
     if (item && !isInGraph(item)) {
         // Called by the selection, which does not bear that rows go: they go in the next pass.
@@ -219,34 +231,39 @@ void SoMiraboTreeView::choose(SoTreeViewItem *item)
     }
     requestHighlight(item);
     announceReferences();
-    if (item) Q_EMIT itemChosen(item, m_shiftPressed);
+    if (item)
+        Q_EMIT itemChosen(item, m_shiftPressed);
 }
 
-void SoMiraboTreeView::onItemClicked(QTreeWidgetItem *item, int)
+void SoMiraboTreeView::onItemClicked(QTreeWidgetItem* item, int)
 {
     // A click on the row that was current already: it may ask for a tab of its own.
-    if (!m_pressChose) Q_EMIT itemChosen(asItem(item), QApplication::keyboardModifiers() & Qt::ShiftModifier);
+    if (!m_pressChose)
+        Q_EMIT itemChosen(asItem(item), QApplication::keyboardModifiers() & Qt::ShiftModifier);
     m_pressChose = true;
 }
 
-void SoMiraboTreeView::requestHighlight(SoTreeViewItem *item)
+void SoMiraboTreeView::requestHighlight(SoTreeViewItem* item)
 {
-    if (!m_context.autoHighlight) return;
+    if (!m_context.autoHighlight)
+        return;
     if (!item || (item->isFromField() && !item->isNamedPart())) {
         Q_EMIT highlightRequested(nullptr);
         return;
     }
-    std::vector<const SoTreeViewItem *> chain;
-    for (const SoTreeViewItem *at = item; at; at = at->parentItem()) chain.push_back(at);
+    std::vector<const SoTreeViewItem*> chain;
+    for (const SoTreeViewItem* at = item; at; at = at->parentItem())
+        chain.push_back(at);
     const SoRef<SoPath> path(new SoPath(chain.back()->getNode()));
     for (auto at = chain.rbegin() + 1; at != chain.rend(); ++at)
         path->append((*at)->getNode(), graphIndexOf(*at, m_context));
     Q_EMIT highlightRequested(path.get());
 }
 
-void SoMiraboTreeView::showItem(SoTreeViewItem *item)
+void SoMiraboTreeView::showItem(SoTreeViewItem* item)
 {
-    if (!item || !item->isFresh()) return;
+    if (!item || !item->isFresh())
+        return;
     scrollToItem(item); // opens its ancestors
     setCurrentItem(item);
 }
@@ -255,22 +272,25 @@ bool SoMiraboTreeView::isUserBusy() const
 {
     return QApplication::mouseButtons() != Qt::NoButton || QApplication::activePopupWidget()
            || QApplication::activeModalWidget() || state() == EditingState
-           || qobject_cast<QLineEdit *>(QApplication::focusWidget());
+           || qobject_cast<QLineEdit*>(QApplication::focusWidget());
 }
 
 void SoMiraboTreeView::catchUp()
 {
-    SoTreeViewItem *item = std::exchange(m_context.toShow, nullptr);
+    SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
     if (item && item != currentItem() && !isUserBusy()) {
         m_currentMoved = false;
         showItem(item);
     }
     if (std::exchange(m_currentMoved, false)) {
-        SoTreeViewItem *current = asItem(currentItem());
-        if (!current || verify(current)) choose(current);
+        SoTreeViewItem* current = asItem(currentItem());
+        if (!current || verify(current))
+            choose(current);
     }
-    if (std::exchange(m_fitPending, false)) fitColumns();
-    for (SoTreeViewItem *marked : itemsOf(m_markedNode)) marked->updateReferenceMark(true);
+    if (std::exchange(m_fitPending, false))
+        fitColumns();
+    for (SoTreeViewItem* marked : itemsOf(m_markedNode))
+        marked->updateReferenceMark(true);
     viewport()->update();
 }
 
@@ -284,49 +304,56 @@ void SoMiraboTreeView::fitColumns()
 {
     for (int column = 0; column < SoTreeViewItem::kColumnCount; ++column) {
         resizeColumnToContents(column);
-        if (columnWidth(column) < kColumnWidths[column]) setColumnWidth(column, kColumnWidths[column]);
+        if (columnWidth(column) < kColumnWidths[column])
+            setColumnWidth(column, kColumnWidths[column]);
     }
 }
 
-SoNode *SoMiraboTreeView::getCurrentNode() const
+SoNode* SoMiraboTreeView::getCurrentNode() const
 {
-    const SoTreeViewItem *item = asItem(currentItem());
+    const SoTreeViewItem* item = asItem(currentItem());
     return item ? item->getNode() : nullptr;
 }
 
-SoNode *SoMiraboTreeView::getCurrentKit() const
+SoNode* SoMiraboTreeView::getCurrentKit() const
 {
-    const SoTreeViewItem *item = asItem(currentItem());
+    const SoTreeViewItem* item = asItem(currentItem());
     return item ? item->getPartKit() : nullptr;
 }
 
-std::vector<SoTreeViewItem *> SoMiraboTreeView::occurrencesOf(const SoNode *node) const
+std::vector<SoTreeViewItem*> SoMiraboTreeView::occurrencesOf(const SoNode* node) const
 {
-    std::vector<std::pair<std::vector<int>, SoTreeViewItem *>> placed;
-    for (SoTreeViewItem *item : itemsOf(node)) placed.emplace_back(placeOf(item), item);
+    std::vector<std::pair<std::vector<int>, SoTreeViewItem*>> placed;
+    for (SoTreeViewItem* item : itemsOf(node))
+        placed.emplace_back(placeOf(item), item);
     std::sort(placed.begin(), placed.end());
-    std::vector<SoTreeViewItem *> items;
-    for (const auto &entry : placed) items.push_back(entry.second);
+    std::vector<SoTreeViewItem*> items;
+    for (const auto& entry : placed)
+        items.push_back(entry.second);
     return items;
 }
 
-bool SoMiraboTreeView::revealNode(const SoNode *node)
+bool SoMiraboTreeView::revealNode(const SoNode* node)
 {
-    if (!m_context.index.contains(node)) return false;
-    if (getCurrentNode() != node) showItem(occurrencesOf(node).front());
+    if (!m_context.index.contains(node))
+        return false;
+    if (getCurrentNode() != node)
+        showItem(occurrencesOf(node).front());
     return true;
 }
 
-void SoMiraboTreeView::nodeTextChanged(const SoNode *)
+void SoMiraboTreeView::nodeTextChanged(const SoNode*)
 {
     viewport()->update();
 }
 
-void SoMiraboTreeView::showReferences(SoTreeViewItem *item)
+void SoMiraboTreeView::showReferences(SoTreeViewItem* item)
 {
-    for (SoTreeViewItem *marked : itemsOf(m_markedNode)) marked->updateReferenceMark(false);
+    for (SoTreeViewItem* marked : itemsOf(m_markedNode))
+        marked->updateReferenceMark(false);
     m_markedNode = item ? item->getNode() : nullptr;
-    for (SoTreeViewItem *shared : itemsOf(m_markedNode)) shared->updateReferenceMark(true);
+    for (SoTreeViewItem* shared : itemsOf(m_markedNode))
+        shared->updateReferenceMark(true);
     viewport()->update();
     announceReferences();
 }
@@ -350,17 +377,19 @@ void SoMiraboTreeView::announceReferences()
 /// From occurrence to occurrence of the marked node, else of the current one, around the end.
 void SoMiraboTreeView::stepReference(int direction)
 {
-    const SoNode *node = m_context.index.contains(m_markedNode) ? m_markedNode : getCurrentNode();
-    const std::vector<SoTreeViewItem *> items = occurrencesOf(node);
-    if (items.empty()) return;
+    const SoNode* node = m_context.index.contains(m_markedNode) ? m_markedNode : getCurrentNode();
+    const std::vector<SoTreeViewItem*> items = occurrencesOf(node);
+    if (items.empty())
+        return;
     const auto at = std::find(items.begin(), items.end(), currentItem());
     const auto count = static_cast<std::ptrdiff_t>(items.size());
     std::ptrdiff_t next = direction > 0 ? 0 : count - 1;
-    if (at != items.end()) next = (at - items.begin() + direction + count) % count;
+    if (at != items.end())
+        next = (at - items.begin() + direction + count) % count;
     showItem(items[static_cast<std::size_t>(next)]);
 }
 
-void SoMiraboTreeView::setContextMenuExtension(std::function<QList<QMenu *>(SoType)> extension)
+void SoMiraboTreeView::setContextMenuExtension(std::function<QList<QMenu*>(SoType)> extension)
 {
     m_menu->setExtension(std::move(extension));
 }

@@ -35,63 +35,66 @@ public:
     /// "Expand All" asks before it opens more rows than this.
     static constexpr int kExpandLimit = 50000;
 
-    explicit SoMiraboTreeView(QWidget *parent = nullptr);
+    explicit SoMiraboTreeView(QWidget* parent = nullptr);
     ~SoMiraboTreeView() override;
 
     /// Node of the first row, or null.
-    SoNode *getRoot() const { return m_root; }
-    SoTreeViewItem *rootItem() const;
+    SoNode* getRoot() const { return m_root; }
+    SoTreeViewItem* rootItem() const;
     /// All rows of a node, in no particular order.
-    std::vector<SoTreeViewItem *> itemsOf(const SoNode *node) const { return m_context.index.itemsOf(node); }
+    std::vector<SoTreeViewItem*> itemsOf(const SoNode* node) const
+    {
+        return m_context.index.itemsOf(node);
+    }
     /// All rows of a node from top to bottom.
-    std::vector<SoTreeViewItem *> occurrencesOf(const SoNode *node) const;
-    SoGraphTopologyManager &topologyManager() { return *m_topology; }
-    mirabo::TreePatcher &patcher() { return *m_patcher; }
-    mirabo::TreeContext &context() { return m_context; }
-    const mirabo::TreeContext &context() const { return m_context; }
+    std::vector<SoTreeViewItem*> occurrencesOf(const SoNode* node) const;
+    SoGraphTopologyManager& topologyManager() { return *m_topology; }
+    mirabo::TreePatcher& patcher() { return *m_patcher; }
+    mirabo::TreeContext& context() { return m_context; }
+    const mirabo::TreeContext& context() const { return m_context; }
 
     /// Puts the row of a node, with everything below it, before row `index` of its siblings (-1:
     /// behind the last). Null for a null node.
-    SoTreeViewItem *createItem(SoNode *node, SoTreeViewItem *parentItem, SoField *sourceField = nullptr,
-                               int index = -1);
+    SoTreeViewItem* createItem(SoNode* node, SoTreeViewItem* parentItem,
+                               SoField* sourceField = nullptr, int index = -1);
     /// Makes everything below a row anew.
-    void populate(SoTreeViewItem *item);
+    void populate(SoTreeViewItem* item);
     /// Makes a row current, opens its ancestors and scrolls to it. Rows that are not fresh and null
     /// are ignored.
-    void showItem(SoTreeViewItem *item);
-    /// Makes the row current in the next pass of the event loop, unless another one is named before,
-    /// or the user is busy with mouse, menu or a text.
-    void showLater(SoTreeViewItem *item) { m_context.toShow = item; }
+    void showItem(SoTreeViewItem* item);
+    /// Makes the row current in the next pass of the event loop, unless another one is named
+    /// before, or the user is busy with mouse, menu or a text.
+    void showLater(SoTreeViewItem* item) { m_context.toShow = item; }
 
     /// Marks all occurrences of the item's node (null: none), if there are several.
-    void showReferences(SoTreeViewItem *item);
+    void showReferences(SoTreeViewItem* item);
 
     /// Menus that extensions offer for a node type, appended to the context menu.
-    void setContextMenuExtension(std::function<QList<QMenu *>(SoType)> extension);
-    TreeContextMenu &contextMenu() { return *m_menu; }
+    void setContextMenuExtension(std::function<QList<QMenu*>(SoType)> extension);
+    TreeContextMenu& contextMenu() { return *m_menu; }
 
-    SoNode *getCurrentNode() const override;
-    SoNode *getCurrentKit() const override;
-    bool revealNode(const SoNode *node) override;
+    SoNode* getCurrentNode() const override;
+    SoNode* getCurrentKit() const override;
+    bool revealNode(const SoNode* node) override;
     /// Opens a row (null: the current one, else the root) and all rows below it. Asks first when
     /// there are very many, unless the application runs unattended.
-    void expandBelow(QTreeWidgetItem *startItem) override;
+    void expandBelow(QTreeWidgetItem* startItem) override;
     void showReferencesOfCurrent() override;
     void hideReferences() override;
     void nextReference() override { stepReference(1); }
     void previousReference() override { stepReference(-1); }
-    void nodeTextChanged(const SoNode *node) override;
+    void nodeTextChanged(const SoNode* node) override;
 
     /// While it lives rows may be patched; the panels hear of a new current row afterwards.
     class PatchScope {
     public:
-        explicit PatchScope(SoMiraboTreeView &view);
+        explicit PatchScope(SoMiraboTreeView& view);
         ~PatchScope();
-        PatchScope(const PatchScope &) = delete;
-        PatchScope &operator=(const PatchScope &) = delete;
+        PatchScope(const PatchScope&) = delete;
+        PatchScope& operator=(const PatchScope&) = delete;
 
     private:
-        SoMiraboTreeView &m_view;
+        SoMiraboTreeView& m_view;
     };
 
     /// For the patcher: rows come or go; the layout is made once, later.
@@ -101,22 +104,22 @@ public:
 
 public Q_SLOTS:
     /// Shows the graph below `root`; null empties the tree.
-    void setSceneGraph(SoNode *root);
+    void setSceneGraph(SoNode* root);
     /// Reads fonts and counters from the preferences again.
     void setPreferences();
-    void selectChange(QTreeWidgetItem *item, QTreeWidgetItem *previous);
-    void onItemClicked(QTreeWidgetItem *item, int column);
-    void onCustomContextMenu(const QPoint &point);
+    void selectChange(QTreeWidgetItem* item, QTreeWidgetItem* previous);
+    void onItemClicked(QTreeWidgetItem* item, int column);
+    void onCustomContextMenu(const QPoint& point);
     /// Fits the columns to what is in view, at the end of this pass of the event loop.
     void resizeAllColumns();
 
 Q_SIGNALS:
     /// A row was chosen, by the user or by the tool; `newTab`: with Shift. Never null.
-    void itemChosen(SoTreeViewItem *item, bool newTab);
+    void itemChosen(SoTreeViewItem* item, bool newTab);
     /// Another root is shown; null: none.
-    void rootChanged(SoNode *root);
+    void rootChanged(SoNode* root);
     /// The object is to be outlined; null: nothing. The path starts at the root.
-    void highlightRequested(const SoPath *path);
+    void highlightRequested(const SoPath* path);
     /// Whether the current node occurs several times, and whether occurrences are marked.
     void currentReferencesChanged(bool canShow, bool shown);
     void deleteRequested();
@@ -125,48 +128,48 @@ Q_SIGNALS:
     void overviewRequested();
     void expandAllRequested();
     /// A row was dropped on another that is not below it; `asSibling`: with the space bar held.
-    void moveRequested(SoTreeViewItem *item, SoTreeViewItem *target, bool asSibling);
+    void moveRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
     /// The structure of the graph changed, inside the change. Receivers must not edit the graph.
     void outsideStructureChange();
     void overviewRefreshRequested();
-    void helpRequested(const QUrl &address);
+    void helpRequested(const QUrl& address);
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void changeEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void keyReleaseEvent(QKeyEvent *event) override;
-    void focusOutEvent(QFocusEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dragMoveEvent(QDragMoveEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void setUpColumns();
     void applyLook();
     void clearRows();
     void startDrag();
-    void choose(SoTreeViewItem *item);
-    void requestHighlight(SoTreeViewItem *item);
+    void choose(SoTreeViewItem* item);
+    void requestHighlight(SoTreeViewItem* item);
     void announceReferences();
     void stepReference(int direction);
-    bool mayExpand(SoTreeViewItem *top);
-    void expandRows(SoTreeViewItem *top);
+    bool mayExpand(SoTreeViewItem* top);
+    void expandRows(SoTreeViewItem* top);
     void fitColumns();
     bool verifyRowsInView();
-    SoTreeViewItem *firstStrayAbove(SoTreeViewItem *item) const;
-    bool isInGraph(SoTreeViewItem *item) const;
-    bool verify(SoTreeViewItem *item);
+    SoTreeViewItem* firstStrayAbove(SoTreeViewItem* item) const;
+    bool isInGraph(SoTreeViewItem* item) const;
+    bool verify(SoTreeViewItem* item);
     bool isUserBusy() const;
 
     mirabo::TreeContext m_context; // First: rows use it until the last is gone.
-    SoNode *m_root = nullptr;      // Not owned; the host's or the document's.
+    SoNode* m_root = nullptr;      // Not owned; the host's or the document's.
     std::unique_ptr<mirabo::TreePatcher> m_patcher;
     std::unique_ptr<SoGraphTopologyManager> m_topology;
     std::unique_ptr<TreeContextMenu> m_menu;
-    const SoNode *m_markedNode = nullptr; ///< only compared
+    const SoNode* m_markedNode = nullptr; ///< only compared
     int m_patchDepth = 0;
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;

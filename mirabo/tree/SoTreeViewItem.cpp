@@ -18,17 +18,19 @@ QString toQString(SbName name)
 }
 
 /// The kit against which a row below `parent` names itself, or null.
-SoNode *kitFor(const SoTreeViewItem *parent)
+SoNode* kitFor(const SoTreeViewItem* parent)
 {
-    if (!parent) return nullptr;
-    if (mirabo::traitsOf(parent->getNode()->getTypeId()).isKit) return parent->getNode();
+    if (!parent)
+        return nullptr;
+    if (mirabo::traitsOf(parent->getNode()->getTypeId()).isKit)
+        return parent->getNode();
     return parent->getPartKit();
 }
 
-int countHolders(const SoNode *node)
+int countHolders(const SoNode* node)
 {
     int count = 0;
-    const SoAuditorList &auditors = node->getAuditors();
+    const SoAuditorList& auditors = node->getAuditors();
     for (int i = 0; i < auditors.getLength(); ++i)
         if (auditors[i].type == SoAuditor::PARENT || auditors[i].type == SoAuditor::FIELD)
             count += auditors[i].multiplicity;
@@ -37,13 +39,21 @@ int countHolders(const SoNode *node)
 
 } // namespace
 
-SoTreeViewItem::SoTreeViewItem(SoNode *node, SoField *source, const SoTreeViewItem *parent,
-                               mirabo::TreeContext &context)
-    : QTreeWidgetItem(0), m_node(node), m_sourceField(source), m_context(&context),
-      m_childrenNumbered(false), m_fromField(source || (parent && parent->m_fromField)),
-      m_disabled(false), m_bookmarked(false), m_fresh(true), m_shown(true), m_referenceMark(false)
+SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewItem* parent,
+                               mirabo::TreeContext& context)
+    : QTreeWidgetItem(0),
+      m_node(node),
+      m_sourceField(source),
+      m_context(&context),
+      m_childrenNumbered(false),
+      m_fromField(source || (parent && parent->m_fromField)),
+      m_disabled(false),
+      m_bookmarked(false),
+      m_fresh(true),
+      m_shown(true),
+      m_referenceMark(false)
 {
-    if (SoNode *kit = kitFor(parent)) {
+    if (SoNode* kit = kitFor(parent)) {
         m_partInfo = std::make_unique<PartInfo>();
         m_partInfo->kit = kit;
     }
@@ -53,14 +63,16 @@ SoTreeViewItem::SoTreeViewItem(SoNode *node, SoField *source, const SoTreeViewIt
 SoTreeViewItem::~SoTreeViewItem()
 {
     m_disabled = true;
-    if (m_context->pressed == this) m_context->pressed = nullptr;
-    if (m_context->toShow == this) m_context->toShow = nullptr;
+    if (m_context->pressed == this)
+        m_context->pressed = nullptr;
+    if (m_context->toShow == this)
+        m_context->toShow = nullptr;
     m_context->index.remove(this);
 }
 
-SoNode *SoTreeViewItem::getParentNode() const
+SoNode* SoTreeViewItem::getParentNode() const
 {
-    const SoTreeViewItem *above = parentItem();
+    const SoTreeViewItem* above = parentItem();
     return above ? above->m_node : nullptr;
 }
 
@@ -72,15 +84,18 @@ void SoTreeViewItem::setDisabledNode(bool on)
 
 void SoTreeViewItem::setShown(bool on)
 {
-    if (m_shown == on) return;
+    if (m_shown == on)
+        return;
     m_shown = on;
-    if (SoTreeViewItem *above = parentItem()) above->childrenChanged();
+    if (SoTreeViewItem* above = parentItem())
+        above->childrenChanged();
 }
 
 void SoTreeViewItem::updateReferenceMark(bool allowed)
 {
     if (allowed && m_node->getRefCount() >= 2) {
-        if (!hasNameIcon()) m_referenceMark = true;
+        if (!hasNameIcon())
+            m_referenceMark = true;
         return;
     }
     m_referenceMark = false;
@@ -88,10 +103,14 @@ void SoTreeViewItem::updateReferenceMark(bool allowed)
 
 int SoTreeViewItem::childIndexValue() const
 {
-    if (!m_shown) return -1;
-    const SoTreeViewItem *above = parentItem();
-    if (!above) return treeWidget() ? treeWidget()->indexOfTopLevelItem(const_cast<SoTreeViewItem *>(this)) : 0;
-    if (!above->m_childrenNumbered) above->numberChildren();
+    if (!m_shown)
+        return -1;
+    const SoTreeViewItem* above = parentItem();
+    if (!above)
+        return treeWidget() ? treeWidget()->indexOfTopLevelItem(const_cast<SoTreeViewItem*>(this))
+                            : 0;
+    if (!above->m_childrenNumbered)
+        above->numberChildren();
     return m_childIndex;
 }
 
@@ -99,16 +118,18 @@ void SoTreeViewItem::numberChildren() const
 {
     int number = 0;
     for (int i = 0; i < childCount(); ++i) {
-        const SoTreeViewItem *item = childItem(i);
-        if (item->m_shown || m_context->showAll) item->m_childIndex = number++;
+        const SoTreeViewItem* item = childItem(i);
+        if (item->m_shown || m_context->showAll)
+            item->m_childIndex = number++;
     }
     m_childrenNumbered = true;
 }
 
 int SoTreeViewItem::shownReferenceCount() const
 {
-    const mirabo::NodeTraits &traits = mirabo::traitsOf(m_node->getTypeId());
-    if ((traits.isKit && !m_context->realKitCounter) || (traits.isVrml && !m_context->realVrmlCounter))
+    const mirabo::NodeTraits& traits = mirabo::traitsOf(m_node->getTypeId());
+    if ((traits.isKit && !m_context->realKitCounter)
+        || (traits.isVrml && !m_context->realVrmlCounter))
         return countHolders(m_node);
     return m_node->getRefCount();
 }
@@ -116,10 +137,14 @@ int SoTreeViewItem::shownReferenceCount() const
 QVariant SoTreeViewItem::text(int column) const
 {
     switch (column) {
-    case Type: return toQString(m_node->getTypeId().getName());
-    case Name: return toQString(isNamedPart() ? m_partInfo->partName : m_node->getName());
-    case ReferenceCount: return QString::number(shownReferenceCount());
-    default: return QTreeWidgetItem::data(column, Qt::DisplayRole);
+    case Type:
+        return toQString(m_node->getTypeId().getName());
+    case Name:
+        return toQString(isNamedPart() ? m_partInfo->partName : m_node->getName());
+    case ReferenceCount:
+        return QString::number(shownReferenceCount());
+    default:
+        return QTreeWidgetItem::data(column, Qt::DisplayRole);
     }
 }
 
@@ -130,39 +155,53 @@ QVariant SoTreeViewItem::decoration(int column) const
         const QIcon icon = mirabo::nodeIcon(m_node->getTypeId());
         return icon.isNull() ? QVariant() : icon;
     }
-    case ReferenceMark: return m_referenceMark ? mirabo::namedIcon("ArrowShort") : QVariant();
-    case Bookmark: return m_bookmarked ? mirabo::namedIcon("bookmark") : QIcon();
-    default: return QTreeWidgetItem::data(column, Qt::DecorationRole);
+    case ReferenceMark:
+        return m_referenceMark ? mirabo::namedIcon("ArrowShort") : QVariant();
+    case Bookmark:
+        return m_bookmarked ? mirabo::namedIcon("bookmark") : QIcon();
+    default:
+        return QTreeWidgetItem::data(column, Qt::DecorationRole);
     }
 }
 
 QVariant SoTreeViewItem::foreground(int column) const
 {
     switch (column) {
-    case Type: return QBrush(m_disabled ? Qt::darkGray : Qt::black);
-    case Name: return QBrush(kNameColor);
-    case ReferenceCount: return QBrush(Qt::blue);
-    default: return QBrush(Qt::black);
+    case Type:
+        return QBrush(m_disabled ? Qt::darkGray : Qt::black);
+    case Name:
+        return QBrush(kNameColor);
+    case ReferenceCount:
+        return QBrush(Qt::blue);
+    default:
+        return QBrush(Qt::black);
     }
 }
 
 bool SoTreeViewItem::hasFieldNodeFont() const
 {
-    if (!m_context->highlightFieldNodes) return false;
+    if (!m_context->highlightFieldNodes)
+        return false;
     return isPart() ? !isNamedPart() && isDirectlyFromField() : isFromField();
 }
 
 QVariant SoTreeViewItem::data(int column, int role) const
 {
     switch (role) {
-    case Qt::DisplayRole: return text(column);
-    case Qt::DecorationRole: return decoration(column);
-    case Qt::ForegroundRole: return foreground(column);
-    case Qt::FontRole: return hasFieldNodeFont() ? m_context->fieldNodeFont : m_context->itemFont;
+    case Qt::DisplayRole:
+        return text(column);
+    case Qt::DecorationRole:
+        return decoration(column);
+    case Qt::ForegroundRole:
+        return foreground(column);
+    case Qt::FontRole:
+        return hasFieldNodeFont() ? m_context->fieldNodeFont : m_context->itemFont;
     case Qt::UserRole:
-        if (column == Type) return childIndexValue();
+        if (column == Type)
+            return childIndexValue();
         break;
-    default: break;
+    default:
+        break;
     }
     return QTreeWidgetItem::data(column, role);
 }

@@ -19,8 +19,8 @@ struct TreeContext;
 struct PartInfo {
     enum Kind : std::int32_t { NotAPart = 0, Part = 1, TopSeparator = 2 };
 
-    SoNode *kit = nullptr;        ///< Not owned; an ancestor in the tree.
-    SbName partName;              ///< empty when the kit does not know the node
+    SoNode* kit = nullptr; ///< Not owned; an ancestor in the tree.
+    SbName partName;       ///< empty when the kit does not know the node
     Kind partKind = NotAPart;
     std::int32_t partNumber = -1; ///< in the kit's catalogue
     bool isNamedPart() const { return !partName.isEmpty(); }
@@ -39,24 +39,24 @@ public:
 
     /// A row that is not in the tree yet, for a node to be put below `parent` (null: top level).
     /// `source` is the field through which it is reached, or null for a child.
-    SoTreeViewItem(SoNode *node, SoField *source, const SoTreeViewItem *parent,
-                   mirabo::TreeContext &context);
+    SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewItem* parent,
+                   mirabo::TreeContext& context);
     ~SoTreeViewItem() override;
 
     int kind() const { return kKind; }
-    SoNode *getNode() const { return m_node; }
-    SoField *getSourceField() const { return m_sourceField; }
-    SoNode *getParentNode() const;
-    SoTreeViewItem *parentItem() const { return static_cast<SoTreeViewItem *>(parent()); }
+    SoNode* getNode() const { return m_node; }
+    SoField* getSourceField() const { return m_sourceField; }
+    SoNode* getParentNode() const;
+    SoTreeViewItem* parentItem() const { return static_cast<SoTreeViewItem*>(parent()); }
     /// Null past the end.
-    SoTreeViewItem *childItem(int n) const { return static_cast<SoTreeViewItem *>(child(n)); }
+    SoTreeViewItem* childItem(int n) const { return static_cast<SoTreeViewItem*>(child(n)); }
 
     bool isPart() const { return m_partInfo != nullptr; }
     bool isNamedPart() const { return m_partInfo && m_partInfo->isNamedPart(); }
     int getPartNumber() const { return isNamedPart() ? m_partInfo->partNumber : -1; }
     SbName getPartName() const { return isNamedPart() ? m_partInfo->partName : SbName::empty(); }
     /// The kit that the part belongs to, or null.
-    SoNode *getPartKit() const { return m_partInfo ? m_partInfo->kit : nullptr; }
+    SoNode* getPartKit() const { return m_partInfo ? m_partInfo->kit : nullptr; }
 
     /// Reached by a field, or below a row that is.
     bool isFromField() const { return m_fromField; }
@@ -98,12 +98,12 @@ private:
     bool hasFieldNodeFont() const;
     void numberChildren() const;
 
-    SoNode *m_node;        // Not owned; the graph's.
-    SoField *m_sourceField; // Not owned; the parent node's.
-    mirabo::TreeContext *m_context;
+    SoNode* m_node;         // Not owned; the graph's.
+    SoField* m_sourceField; // Not owned; the parent node's.
+    mirabo::TreeContext* m_context;
     std::unique_ptr<PartInfo> m_partInfo; ///< only below a kit
-    SoTreeViewItem *m_nextOccurrence = nullptr;
-    SoTreeViewItem *m_previousOccurrence = nullptr;
+    SoTreeViewItem* m_nextOccurrence = nullptr;
+    SoTreeViewItem* m_previousOccurrence = nullptr;
     mutable std::int32_t m_childIndex = 0;
     mutable bool m_childrenNumbered : 1;
     bool m_fromField : 1;

@@ -11,22 +11,24 @@ namespace {
 constexpr int kSafeDepth = 256;
 
 struct Visit {
-    SoTreeViewItem *item;
+    SoTreeViewItem* item;
     int depth;
 };
 
 /// Rows at every kSafeDepth-th level, upper ones first.
-std::vector<SoTreeViewItem *> cutsBelow(SoTreeViewItem *top)
+std::vector<SoTreeViewItem*> cutsBelow(SoTreeViewItem* top)
 {
-    std::vector<SoTreeViewItem *> cuts;
+    std::vector<SoTreeViewItem*> cuts;
     std::vector<Visit> open{{top, 0}};
     while (!open.empty()) {
         const Visit visit = open.back();
         open.pop_back();
-        if (visit.depth > 0 && visit.depth % kSafeDepth == 0) cuts.push_back(visit.item);
+        if (visit.depth > 0 && visit.depth % kSafeDepth == 0)
+            cuts.push_back(visit.item);
         for (int i = 0, n = visit.item->childCount(); i < n; ++i) {
-            SoTreeViewItem *child = visit.item->childItem(i);
-            if (child->childCount() > 0) open.push_back({child, visit.depth + 1});
+            SoTreeViewItem* child = visit.item->childItem(i);
+            if (child->childCount() > 0)
+                open.push_back({child, visit.depth + 1});
         }
     }
     return cuts;
@@ -34,26 +36,27 @@ std::vector<SoTreeViewItem *> cutsBelow(SoTreeViewItem *top)
 
 } // namespace
 
-void TreeBuilder::fill(SoTreeViewItem *item)
+void TreeBuilder::fill(SoTreeViewItem* item)
 {
-    const SoNode *node = item->getNode();
+    const SoNode* node = item->getNode();
     const ShownChildren children = shownChildren(node, m_context);
     const std::size_t firstNew = m_open.size();
     for (int i = 0, n = children.count(); i < n; ++i)
         m_open.push_back(new SoTreeViewItem(children[i], nullptr, item, m_context));
     m_places.clear();
     m_fieldNodes.collect(node, m_places);
-    for (const PlacedNode &place : m_places)
+    for (const PlacedNode& place : m_places)
         m_open.push_back(new SoTreeViewItem(place.node, place.field, item, m_context));
-    for (std::size_t i = firstNew; i < m_open.size(); ++i) item->addChild(m_open[i]);
+    for (std::size_t i = firstNew; i < m_open.size(); ++i)
+        item->addChild(m_open[i]);
 }
 
-SoTreeViewItem *TreeBuilder::build(SoNode *node, SoField *source, const SoTreeViewItem *parent)
+SoTreeViewItem* TreeBuilder::build(SoNode* node, SoField* source, const SoTreeViewItem* parent)
 {
-    auto *top = new SoTreeViewItem(node, source, parent, m_context);
+    auto* top = new SoTreeViewItem(node, source, parent, m_context);
     m_open.assign(1, top);
     while (!m_open.empty()) {
-        SoTreeViewItem *item = m_open.back();
+        SoTreeViewItem* item = m_open.back();
         m_open.pop_back();
         fill(item);
     }
@@ -61,21 +64,23 @@ SoTreeViewItem *TreeBuilder::build(SoNode *node, SoField *source, const SoTreeVi
     return top;
 }
 
-std::vector<PlacedNode> TreeBuilder::placesBelow(const SoNode *node)
+std::vector<PlacedNode> TreeBuilder::placesBelow(const SoNode* node)
 {
     std::vector<PlacedNode> places;
     const ShownChildren children = shownChildren(node, m_context);
-    for (int i = 0; i < children.count(); ++i) places.push_back({nullptr, children[i]});
+    for (int i = 0; i < children.count(); ++i)
+        places.push_back({nullptr, children[i]});
     m_fieldNodes.collect(node, places);
     m_fieldNodes.forget();
     return places;
 }
 
-void destroyRows(SoTreeViewItem *top)
+void destroyRows(SoTreeViewItem* top)
 {
-    const std::vector<SoTreeViewItem *> cuts = cutsBelow(top);
+    const std::vector<SoTreeViewItem*> cuts = cutsBelow(top);
     // From below, so that no row is walked through twice.
-    for (auto at = cuts.rbegin(); at != cuts.rend(); ++at) qDeleteAll((*at)->takeChildren());
+    for (auto at = cuts.rbegin(); at != cuts.rend(); ++at)
+        qDeleteAll((*at)->takeChildren());
     delete top;
 }
 

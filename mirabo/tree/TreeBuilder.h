@@ -10,23 +10,23 @@ namespace mirabo {
 /// deeper than the call stack.
 class TreeBuilder {
 public:
-    explicit TreeBuilder(TreeContext &context) : m_context(context) {}
+    explicit TreeBuilder(TreeContext& context) : m_context(context) {}
 
     /// The row of a node to be put below `parent` (null: top level), with everything below it.
-    SoTreeViewItem *build(SoNode *node, SoField *source, const SoTreeViewItem *parent);
+    SoTreeViewItem* build(SoNode* node, SoField* source, const SoTreeViewItem* parent);
     /// What belongs directly below a node, in order.
-    std::vector<PlacedNode> placesBelow(const SoNode *node);
+    std::vector<PlacedNode> placesBelow(const SoNode* node);
 
 private:
-    void fill(SoTreeViewItem *item);
+    void fill(SoTreeViewItem* item);
 
-    TreeContext &m_context;
+    TreeContext& m_context;
     FieldNodes m_fieldNodes;
-    std::vector<SoTreeViewItem *> m_open; ///< made, but not filled yet
+    std::vector<SoTreeViewItem*> m_open; ///< made, but not filled yet
     std::vector<PlacedNode> m_places;
 };
 
 /// Deletes rows that are in no view, however deep they reach.
-void destroyRows(SoTreeViewItem *top);
+void destroyRows(SoTreeViewItem* top);
 
 } // namespace mirabo

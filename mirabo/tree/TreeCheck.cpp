@@ -12,7 +12,7 @@ namespace mirabo {
 
 namespace {
 
-QString describe(const SoTreeViewItem *item)
+QString describe(const SoTreeViewItem* item)
 {
     QString text;
     for (; item; item = item->parentItem())
@@ -22,26 +22,30 @@ QString describe(const SoTreeViewItem *item)
 
 class Checker {
 public:
-    explicit Checker(const SoMiraboTreeView &view)
-        : m_view(view), m_builder(const_cast<SoMiraboTreeView &>(view).context())
+    explicit Checker(const SoMiraboTreeView& view)
+        : m_view(view), m_builder(const_cast<SoMiraboTreeView&>(view).context())
     {
     }
 
     QString run()
     {
-        if (m_view.topLevelItemCount() != (m_view.getRoot() ? 1 : 0)) return "wrong number of roots";
-        if (m_view.getRoot()) walk(m_view.rootItem());
-        if (m_fault.isEmpty()) checkIndex();
+        if (m_view.topLevelItemCount() != (m_view.getRoot() ? 1 : 0))
+            return "wrong number of roots";
+        if (m_view.getRoot())
+            walk(m_view.rootItem());
+        if (m_fault.isEmpty())
+            checkIndex();
         return m_fault;
     }
 
 private:
-    void walk(SoTreeViewItem *root)
+    void walk(SoTreeViewItem* root)
     {
-        if (root->getNode() != m_view.getRoot()) m_fault = "wrong root";
+        if (root->getNode() != m_view.getRoot())
+            m_fault = "wrong root";
         m_open.push_back(root);
         while (!m_open.empty() && m_fault.isEmpty()) {
-            const SoTreeViewItem *item = m_open.back();
+            const SoTreeViewItem* item = m_open.back();
             m_open.pop_back();
             ++m_rows;
             ++m_counts[item->getNode()];
@@ -49,18 +53,20 @@ private:
         }
     }
 
-    void checkBelow(const SoTreeViewItem *item)
+    void checkBelow(const SoTreeViewItem* item)
     {
         const std::vector<PlacedNode> places = m_builder.placesBelow(item->getNode());
         if (static_cast<int>(places.size()) != item->childCount()) {
-            m_fault = QString("%1: %2 rows for %3 nodes").arg(describe(item)).arg(item->childCount())
+            m_fault = QString("%1: %2 rows for %3 nodes")
+                          .arg(describe(item))
+                          .arg(item->childCount())
                           .arg(places.size());
             return;
         }
         int number = 0;
         for (int i = 0; i < item->childCount(); ++i) {
-            const SoTreeViewItem *child = item->childItem(i);
-            const PlacedNode &place = places[static_cast<std::size_t>(i)];
+            const SoTreeViewItem* child = item->childItem(i);
+            const PlacedNode& place = places[static_cast<std::size_t>(i)];
             const bool fromField = place.field || item->isFromField();
             const int expected = child->isShown() ? number++ : -1;
             if (child->getNode() != place.node || child->getSourceField() != place.field)
@@ -75,28 +81,31 @@ private:
 
     void checkIndex()
     {
-        const NodeIndex &index = m_view.context().index;
-        if (index.itemCount() != m_rows || index.nodeCount() != m_counts.size()) m_fault = "index of wrong size";
-        for (const auto &[node, count] : m_counts)
-            if (index.itemsOf(node).size() != count) m_fault = "index misses rows of a node";
+        const NodeIndex& index = m_view.context().index;
+        if (index.itemCount() != m_rows || index.nodeCount() != m_counts.size())
+            m_fault = "index of wrong size";
+        for (const auto& [node, count] : m_counts)
+            if (index.itemsOf(node).size() != count)
+                m_fault = "index misses rows of a node";
     }
 
-    void fail(const SoTreeViewItem *item, int row, const char *what)
+    void fail(const SoTreeViewItem* item, int row, const char* what)
     {
-        if (m_fault.isEmpty()) m_fault = QString("%1, row %2: %3").arg(describe(item)).arg(row).arg(what);
+        if (m_fault.isEmpty())
+            m_fault = QString("%1, row %2: %3").arg(describe(item)).arg(row).arg(what);
     }
 
-    const SoMiraboTreeView &m_view;
+    const SoMiraboTreeView& m_view;
     TreeBuilder m_builder;
-    std::vector<const SoTreeViewItem *> m_open;
-    std::unordered_map<const SoNode *, std::size_t> m_counts;
+    std::vector<const SoTreeViewItem*> m_open;
+    std::unordered_map<const SoNode*, std::size_t> m_counts;
     std::size_t m_rows = 0;
     QString m_fault;
 };
 
 } // namespace
 
-QString checkTree(const SoMiraboTreeView &view)
+QString checkTree(const SoMiraboTreeView& view)
 {
     return Checker(view).run();
 }

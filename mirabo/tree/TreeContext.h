@@ -25,8 +25,8 @@ struct TreeContext {
     bool autoHighlight = true;
 
     /// Rows that somebody remembers; set to null when the row goes.
-    SoTreeViewItem *pressed = nullptr;
-    SoTreeViewItem *toShow = nullptr;
+    SoTreeViewItem* pressed = nullptr;
+    SoTreeViewItem* toShow = nullptr;
 
     /// The launch flags and preferences above, read now.
     void readEnvironment();

@@ -18,33 +18,33 @@ namespace mirabo {
 /// All functions return whether rows changed.
 class TreePatcher {
 public:
-    explicit TreePatcher(SoMiraboTreeView &view);
+    explicit TreePatcher(SoMiraboTreeView& view);
 
     /// `index` counts in the node's child list, which has the change in it already.
-    bool childInserted(SoTreeViewItem *item, const SoNode *child, int index);
-    bool childRemoved(SoTreeViewItem *item, const SoNode *child, int index);
-    bool childReplaced(SoTreeViewItem *item, const SoNode *child, int index);
+    bool childInserted(SoTreeViewItem* item, const SoNode* child, int index);
+    bool childRemoved(SoTreeViewItem* item, const SoNode* child, int index);
+    bool childReplaced(SoTreeViewItem* item, const SoNode* child, int index);
 
-    bool syncChildren(SoTreeViewItem *item);
-    bool syncFields(SoTreeViewItem *item);
-    bool sync(SoTreeViewItem *item);
+    bool syncChildren(SoTreeViewItem* item);
+    bool syncFields(SoTreeViewItem* item);
+    bool sync(SoTreeViewItem* item);
     /// The whole tree from the top. Never looks at a node before it has found it in the graph.
     bool syncTree();
 
 private:
-    bool syncRows(SoTreeViewItem *item, int begin, int end, const std::vector<PlacedNode> &wanted);
-    void insertRow(SoTreeViewItem *item, int row, const PlacedNode &place);
-    void insertRows(SoTreeViewItem *item, int row, const PlacedNode *first, int count);
-    void removeRow(SoTreeViewItem *item, int row);
-    void removeRows(SoTreeViewItem *item, int row, int count);
-    void rearrange(SoTreeViewItem *item, int begin, int end, const PlacedNode *first, int count);
+    bool syncRows(SoTreeViewItem* item, int begin, int end, const std::vector<PlacedNode>& wanted);
+    void insertRow(SoTreeViewItem* item, int row, const PlacedNode& place);
+    void insertRows(SoTreeViewItem* item, int row, const PlacedNode* first, int count);
+    void removeRow(SoTreeViewItem* item, int row);
+    void removeRows(SoTreeViewItem* item, int row, int count);
+    void rearrange(SoTreeViewItem* item, int begin, int end, const PlacedNode* first, int count);
 
-    SoMiraboTreeView &m_view;
-    TreeContext &m_context;
+    SoMiraboTreeView& m_view;
+    TreeContext& m_context;
     TreeBuilder m_builder;
 };
 
 /// Number of rows below `item` that stand for children; those for nodes of fields come after them.
-int childRowCount(const SoTreeViewItem *item);
+int childRowCount(const SoTreeViewItem* item);
 
 } // namespace mirabo

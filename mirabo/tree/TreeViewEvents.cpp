@@ -29,35 +29,36 @@ const QString kDragText = QStringLiteral("Mirabo/Drop");
 const QString kEmptyHint = QStringLiteral("No scene: open a file or drop one here");
 constexpr int kHintMargin = 24;
 
-SoTreeViewItem *asItem(QTreeWidgetItem *item)
+SoTreeViewItem* asItem(QTreeWidgetItem* item)
 {
-    return static_cast<SoTreeViewItem *>(item);
+    return static_cast<SoTreeViewItem*>(item);
 }
 
-bool isTreeDrag(const QDropEvent *event)
+bool isTreeDrag(const QDropEvent* event)
 {
     return event->mimeData()->text() == kDragText;
 }
 
 /// Number of rows below an item, counted up to a limit.
-int countRows(const QTreeWidgetItem *top, int limit)
+int countRows(const QTreeWidgetItem* top, int limit)
 {
     int count = 0;
-    std::vector<const QTreeWidgetItem *> open{top};
+    std::vector<const QTreeWidgetItem*> open{top};
     while (!open.empty() && count <= limit) {
-        const QTreeWidgetItem *item = open.back();
+        const QTreeWidgetItem* item = open.back();
         open.pop_back();
         count += item->childCount();
         for (int i = 0; i < item->childCount(); ++i)
-            if (item->child(i)->childCount() > 0) open.push_back(item->child(i));
+            if (item->child(i)->childCount() > 0)
+                open.push_back(item->child(i));
     }
     return count;
 }
 
 /// Whether a row still is where the graph has its node. Only the parent's node is looked into.
-bool standsInGraph(const SoTreeViewItem *item, const mirabo::TreeContext &context)
+bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
-    const SoNode *parent = item->getParentNode();
+    const SoNode* parent = item->getParentNode();
     if (item->isDirectlyFromField()) {
         std::vector<mirabo::PlacedNode> places;
         mirabo::FieldNodes().collect(parent, places);
@@ -66,7 +67,8 @@ bool standsInGraph(const SoTreeViewItem *item, const mirabo::TreeContext &contex
     }
     const mirabo::ShownChildren children = mirabo::shownChildren(parent, context);
     const int row = item->childIndexValue();
-    if (row >= 0 && row < children.count() && children[row] == item->getNode()) return true;
+    if (row >= 0 && row < children.count() && children[row] == item->getNode())
+        return true;
     return children.nodes
            && std::find(children.nodes->begin(), children.nodes->end(), item->getNode())
                   != children.nodes->end();
@@ -74,34 +76,39 @@ bool standsInGraph(const SoTreeViewItem *item, const mirabo::TreeContext &contex
 
 } // namespace
 
-void SoMiraboTreeView::changeEvent(QEvent *event)
+void SoMiraboTreeView::changeEvent(QEvent* event)
 {
     QTreeWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) applyLook();
+    if (event->type() == QEvent::PaletteChange)
+        applyLook();
 }
 
 /// The uppermost row on the way down to `item` whose node the graph no longer has there, or null.
-SoTreeViewItem *SoMiraboTreeView::firstStrayAbove(SoTreeViewItem *item) const
+SoTreeViewItem* SoMiraboTreeView::firstStrayAbove(SoTreeViewItem* item) const
 {
-    std::vector<SoTreeViewItem *> chain;
-    for (; item; item = item->parentItem()) chain.push_back(item);
+    std::vector<SoTreeViewItem*> chain;
+    for (; item; item = item->parentItem())
+        chain.push_back(item);
     for (auto at = chain.rbegin() + 1; at < chain.rend(); ++at)
-        if (!standsInGraph(*at, m_context)) return *at;
+        if (!standsInGraph(*at, m_context))
+            return *at;
     return nullptr;
 }
 
-bool SoMiraboTreeView::isInGraph(SoTreeViewItem *item) const
+bool SoMiraboTreeView::isInGraph(SoTreeViewItem* item) const
 {
     return m_topology->isRootAlive() && !firstStrayAbove(item);
 }
 
 /// Changes made while notification was off are nowhere reported: a row that is about to be used is
 /// checked first. False when rows had to be patched, so that the item may be gone.
-bool SoMiraboTreeView::verify(SoTreeViewItem *item)
+bool SoMiraboTreeView::verify(SoTreeViewItem* item)
 {
-    if (!m_topology->isRootAlive()) return false;
-    const SoTreeViewItem *stray = firstStrayAbove(item);
-    if (!stray) return true;
+    if (!m_topology->isRootAlive())
+        return false;
+    const SoTreeViewItem* stray = firstStrayAbove(item);
+    if (!stray)
+        return true;
     const PatchScope scope(*this);
     m_patcher->sync(stray->parentItem());
     return false;
@@ -109,70 +116,84 @@ bool SoMiraboTreeView::verify(SoTreeViewItem *item)
 
 bool SoMiraboTreeView::verifyRowsInView()
 {
-    std::unordered_set<const QTreeWidgetItem *> families;
+    std::unordered_set<const QTreeWidgetItem*> families;
     const int height = std::max(1, visualRect(indexAt({1, 1})).height());
     for (int y = 1; y < viewport()->height(); y += height) {
-        SoTreeViewItem *item = asItem(itemFromIndex(indexAt({1, y})));
-        if (!item) break;
+        SoTreeViewItem* item = asItem(itemFromIndex(indexAt({1, y})));
+        if (!item)
+            break;
         // Siblings share their ancestors; but each may itself be a stray.
         const bool isNewFamily = families.insert(item->parent()).second;
-        if (isNewFamily ? !verify(item) : item->parent() && !standsInGraph(item, m_context) && !verify(item))
+        if (isNewFamily ? !verify(item)
+                        : item->parent() && !standsInGraph(item, m_context) && !verify(item))
             return false;
     }
     return true;
 }
 
-void SoMiraboTreeView::paintEvent(QPaintEvent *event)
+void SoMiraboTreeView::paintEvent(QPaintEvent* event)
 {
-    if (!m_topology->isRootAlive()) return;
+    if (!m_topology->isRootAlive())
+        return;
     // Each failed check removed what it found, so this ends.
-    while (topLevelItemCount() > 0 && !verifyRowsInView()) {}
+    while (topLevelItemCount() > 0 && !verifyRowsInView()) {
+    }
     QTreeWidget::paintEvent(event);
-    if (topLevelItemCount() > 0) return;
+    if (topLevelItemCount() > 0)
+        return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect().adjusted(kHintMargin, 0, -kHintMargin, 0),
                      Qt::AlignCenter | Qt::TextWordWrap, kEmptyHint);
 }
 
-void SoMiraboTreeView::keyPressEvent(QKeyEvent *event)
+void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
-    case Qt::Key_Space: m_spaceHeld = true; return;
-    case Qt::Key_Asterisk: Q_EMIT expandAllRequested(); return;
+    case Qt::Key_Space:
+        m_spaceHeld = true;
+        return;
+    case Qt::Key_Asterisk:
+        Q_EMIT expandAllRequested();
+        return;
     case Qt::Key_Delete:
-    case Qt::Key_F1: return; // answered when they are released
-    default: QTreeWidget::keyPressEvent(event);
+    case Qt::Key_F1:
+        return; // answered when they are released
+    default:
+        QTreeWidget::keyPressEvent(event);
     }
 }
 
-void SoMiraboTreeView::keyReleaseEvent(QKeyEvent *event)
+void SoMiraboTreeView::keyReleaseEvent(QKeyEvent* event)
 {
-    const SoNode *node = getCurrentNode();
+    const SoNode* node = getCurrentNode();
     switch (event->key()) {
     case Qt::Key_Space:
-        if (!event->isAutoRepeat()) m_spaceHeld = false;
+        if (!event->isAutoRepeat())
+            m_spaceHeld = false;
         return;
     case Qt::Key_Delete:
-        if (node && !event->isAutoRepeat()) Q_EMIT deleteRequested();
+        if (node && !event->isAutoRepeat())
+            Q_EMIT deleteRequested();
         return;
     case Qt::Key_F1:
         if (node && !event->isAutoRepeat())
             Q_EMIT helpRequested(mirabo::helpAddress(node->getTypeId().getName().view()));
         return;
-    default: QTreeWidget::keyReleaseEvent(event);
+    default:
+        QTreeWidget::keyReleaseEvent(event);
     }
 }
 
-void SoMiraboTreeView::focusOutEvent(QFocusEvent *event)
+void SoMiraboTreeView::focusOutEvent(QFocusEvent* event)
 {
     m_spaceHeld = false; // its release goes elsewhere
     QTreeWidget::focusOutEvent(event);
 }
 
-void SoMiraboTreeView::mousePressEvent(QMouseEvent *event)
+void SoMiraboTreeView::mousePressEvent(QMouseEvent* event)
 {
-    SoTreeViewItem *item = asItem(itemAt(event->pos()));
+    SoTreeViewItem* item = asItem(itemAt(event->pos()));
     if (!item) {
         event->accept();
         return;
@@ -187,71 +208,78 @@ void SoMiraboTreeView::mousePressEvent(QMouseEvent *event)
     m_dragArmed = m_context.pressed && m_context.pressed != rootItem();
 }
 
-void SoMiraboTreeView::mouseMoveEvent(QMouseEvent *event)
+void SoMiraboTreeView::mouseMoveEvent(QMouseEvent* event)
 {
     if (!(event->buttons() & Qt::LeftButton)) {
         QTreeWidget::mouseMoveEvent(event);
         return;
     }
     const int distance = (event->pos() - m_dragStart).manhattanLength();
-    if (m_dragArmed && m_context.pressed && distance >= QApplication::startDragDistance()) startDrag();
+    if (m_dragArmed && m_context.pressed && distance >= QApplication::startDragDistance())
+        startDrag();
 }
 
 void SoMiraboTreeView::startDrag()
 {
     m_dragArmed = false;
-    auto *drag = new QDrag(this);
-    auto *data = new QMimeData;
+    auto* drag = new QDrag(this);
+    auto* data = new QMimeData;
     data->setText(kDragText);
     drag->setMimeData(data);
-    drag->setPixmap(mirabo::namedIcon("drag").pixmap(iconSize().isValid() ? iconSize() : QSize(24, 24)));
+    drag->setPixmap(
+        mirabo::namedIcon("drag").pixmap(iconSize().isValid() ? iconSize() : QSize(24, 24)));
     drag->exec(Qt::MoveAction);
 }
 
-void SoMiraboTreeView::dragEnterEvent(QDragEnterEvent *event)
+void SoMiraboTreeView::dragEnterEvent(QDragEnterEvent* event)
 {
     event->setAccepted(isTreeDrag(event)); // files go on to the main window
 }
 
-void SoMiraboTreeView::dragMoveEvent(QDragMoveEvent *event)
+void SoMiraboTreeView::dragMoveEvent(QDragMoveEvent* event)
 {
     event->setAccepted(isTreeDrag(event));
 }
 
-void SoMiraboTreeView::dropEvent(QDropEvent *event)
+void SoMiraboTreeView::dropEvent(QDropEvent* event)
 {
     if (!isTreeDrag(event)) {
         event->ignore();
         return;
     }
-    SoTreeViewItem *dragged = m_context.pressed;
-    SoTreeViewItem *target = asItem(itemAt(event->pos()));
+    SoTreeViewItem* dragged = m_context.pressed;
+    SoTreeViewItem* target = asItem(itemAt(event->pos()));
     m_context.pressed = nullptr;
     event->accept();
-    if (!dragged || !target || dragged == target) return;
+    if (!dragged || !target || dragged == target)
+        return;
     // Nothing can be moved below itself, by whatever way the target is reached.
-    if (target->getNode()->isAtOrBelow(dragged->getNode())) return;
+    if (target->getNode()->isAtOrBelow(dragged->getNode()))
+        return;
     Q_EMIT moveRequested(dragged, target, m_spaceHeld);
 }
 
-void SoMiraboTreeView::onCustomContextMenu(const QPoint &point)
+void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
 {
-    SoTreeViewItem *item = asItem(itemAt(point));
-    if (!item) item = asItem(currentItem());
-    if (!item || !verify(item)) return;
+    SoTreeViewItem* item = asItem(itemAt(point));
+    if (!item)
+        item = asItem(currentItem());
+    if (!item || !verify(item))
+        return;
     setCurrentItem(item);
     m_menu->prepare(item->getNode()->getTypeId());
     m_menu->popup(viewport()->mapToGlobal(point));
 }
 
-bool SoMiraboTreeView::mayExpand(SoTreeViewItem *top)
+bool SoMiraboTreeView::mayExpand(SoTreeViewItem* top)
 {
-    if (mirabo::isBatch() || countRows(top, kExpandLimit) <= kExpandLimit) return true;
+    if (mirabo::isBatch() || countRows(top, kExpandLimit) <= kExpandLimit)
+        return true;
     const QString question = QString("This opens more than %1 rows. Go on?").arg(kExpandLimit);
     return QMessageBox::question(this, "Mirabo -- Expand All", question) == QMessageBox::Yes;
 }
 
-void SoMiraboTreeView::expandRows(SoTreeViewItem *top)
+void SoMiraboTreeView::expandRows(SoTreeViewItem* top)
 {
     if (top == rootItem()) {
         expandAll();
@@ -266,21 +294,25 @@ void SoMiraboTreeView::expandRows(SoTreeViewItem *top)
         expand(index);
         for (int row = 0, rows = model()->rowCount(index); row < rows; ++row) {
             const QModelIndex child = model()->index(row, 0, index);
-            if (model()->hasChildren(child)) open.push_back(child);
+            if (model()->hasChildren(child))
+                open.push_back(child);
         }
     }
 }
 
-void SoMiraboTreeView::expandBelow(QTreeWidgetItem *startItem)
+void SoMiraboTreeView::expandBelow(QTreeWidgetItem* startItem)
 {
-    QTreeWidgetItem *start = startItem ? startItem : currentItem() ? currentItem() : rootItem();
-    if (!start) return;
-    SoTreeViewItem *top = asItem(start);
-    const SoNode *node = top->getNode();
-    if (!mayExpand(top)) return;
+    QTreeWidgetItem* start = startItem ? startItem : currentItem() ? currentItem() : rootItem();
+    if (!start)
+        return;
+    SoTreeViewItem* top = asItem(start);
+    const SoNode* node = top->getNode();
+    if (!mayExpand(top))
+        return;
     // The scene may have changed while the question was open.
-    const std::vector<SoTreeViewItem *> items = itemsOf(node);
-    if (std::find(items.begin(), items.end(), top) == items.end()) return;
+    const std::vector<SoTreeViewItem*> items = itemsOf(node);
+    if (std::find(items.begin(), items.end(), top) == items.end())
+        return;
     expandRows(top);
     resizeAllColumns();
 }

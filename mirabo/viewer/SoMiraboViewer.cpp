@@ -26,14 +26,14 @@
 
 namespace {
 
-SoMiraboViewer *s_instance = nullptr;
+SoMiraboViewer* s_instance = nullptr;
 
 const QString kGeometry = QString::fromLatin1(mirabo::kMainFrameGroup);
 constexpr int kUnsetSize = 32767;
 /// A calm dark tone on which shaded objects of any colour stand out.
 const SbColor kViewerBackground(0.20f, 0.23f, 0.28f);
 
-QString toQString(const SbString &text)
+QString toQString(const SbString& text)
 {
     return QString::fromUtf8(text.getString());
 }
@@ -47,7 +47,7 @@ bool isEmbeddedLaunch()
 /// Installs a read-error handler for a scope and puts the old one back.
 class ReadErrorScope {
 public:
-    ReadErrorScope(SoErrorCB *handler, void *data)
+    ReadErrorScope(SoErrorCB* handler, void* data)
         : m_oldHandler(SoReadError::getHandlerCallback()), m_oldData(SoReadError::getHandlerData())
     {
         SoReadError::setHandlerCallback(handler, data);
@@ -55,15 +55,16 @@ public:
     ~ReadErrorScope() { SoReadError::setHandlerCallback(m_oldHandler, m_oldData); }
 
 private:
-    SoErrorCB *m_oldHandler;
-    void *m_oldData;
+    SoErrorCB* m_oldHandler;
+    void* m_oldData;
 };
 
 } // namespace
 
-SoMiraboViewer *SoMiraboViewer::instance()
+SoMiraboViewer* SoMiraboViewer::instance()
 {
-    if (!s_instance) s_instance = new SoMiraboViewer;
+    if (!s_instance)
+        s_instance = new SoMiraboViewer;
     return s_instance;
 }
 
@@ -91,25 +92,29 @@ SoMiraboViewer::~SoMiraboViewer()
     m_selection->removeAllChildren();
 }
 
-void SoMiraboViewer::pathSelected(void *data, SoPath *path)
+void SoMiraboViewer::pathSelected(void* data, SoPath* path)
 {
-    auto *self = static_cast<SoMiraboViewer *>(data);
-    if (!self->m_highlighting) Q_EMIT self->nodePicked(path->getTail());
+    auto* self = static_cast<SoMiraboViewer*>(data);
+    if (!self->m_highlighting)
+        Q_EMIT self->nodePicked(path->getTail());
 }
 
-void SoMiraboViewer::setUp(SoMiraboMainFrame *frame, bool standalone)
+void SoMiraboViewer::setUp(SoMiraboMainFrame* frame, bool standalone)
 {
     m_frame = frame;
-    if (standalone) createExaminer();
+    if (standalone)
+        createExaminer();
     m_highlightMode = mirabo::readHighlightSelectedNode() ? OUTLINED : NOT_HIGHLIGHTED;
     if (!isEmbeddedLaunch()) {
-        MrbServicesImpl *services = MrbServicesImpl::getInstance();
+        MrbServicesImpl* services = MrbServicesImpl::getInstance();
         m_highlightAction = std::make_unique<SoLineHighlightRenderAction>();
         m_highlightAction->setVisible(m_highlightMode == OUTLINED);
-        if (standalone) services->getSceneManager()->setGLRenderAction(m_highlightAction.get());
+        if (standalone)
+            services->getSceneManager()->setGLRenderAction(m_highlightAction.get());
         services->watchSelection(m_highlightMode == OUTLINED ? m_selection.get() : nullptr);
     }
-    if (m_examiner) m_examiner->setSceneGraph(m_selection.get());
+    if (m_examiner)
+        m_examiner->setSceneGraph(m_selection.get());
     createDocks();
 }
 
@@ -120,7 +125,7 @@ void SoMiraboViewer::createExaminer()
     m_viewerDock->setFeatures(QDockWidget::NoDockWidgetFeatures);
     m_examiner = std::make_unique<SoQtExaminerViewer>(m_viewerDock, "Examiner", true,
                                                       SoQtViewer::BUILD_ALL, SoQtViewer::BROWSER);
-    MrbServicesImpl *services = MrbServicesImpl::getInstance();
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setRenderArea(m_examiner->getGuiRenderArea());
     services->setSceneManager(m_examiner->getSceneManager());
     m_examiner->setBackgroundColor(kViewerBackground);
@@ -128,9 +133,9 @@ void SoMiraboViewer::createExaminer()
     m_frame->setCentralWidget(m_viewerDock);
 }
 
-QDockWidget *SoMiraboViewer::addDock(const char *name, const QString &title)
+QDockWidget* SoMiraboViewer::addDock(const char* name, const QString& title)
 {
-    auto *dock = new QDockWidget(title, m_frame);
+    auto* dock = new QDockWidget(title, m_frame);
     dock->setObjectName(name);
     return dock;
 }
@@ -147,42 +152,50 @@ void SoMiraboViewer::createDocks()
     m_frame->splitDockWidget(m_overviewDock, m_watchDock, Qt::Horizontal);
 }
 
-void SoMiraboViewer::setScene(SoNode *root, bool resetCommands)
+void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
 {
     const SoRef<SoNode> kept(root);
     Q_EMIT sceneAboutToChange();
-    if (resetCommands) Q_EMIT undoResetRequested();
-    if (m_highlightMode == OUTLINED) m_selection->deselectAll();
+    if (resetCommands)
+        Q_EMIT undoResetRequested();
+    if (m_highlightMode == OUTLINED)
+        m_selection->deselectAll();
     m_root = nullptr;
     m_selection->removeAllChildren();
     if (root) {
         m_root = root;
         m_selection->addChild(root);
         m_selection->deselectAll();
-        if (m_examiner) m_examiner->setSceneGraph(m_selection.get());
+        if (m_examiner)
+            m_examiner->setSceneGraph(m_selection.get());
     }
     Q_EMIT sceneChanged(root);
 }
 
 void SoMiraboViewer::setHighlightMode(HighlightMode mode)
 {
-    if (mode == m_highlightMode) return;
+    if (mode == m_highlightMode)
+        return;
     m_highlightMode = mode;
-    if (mode == NOT_HIGHLIGHTED) m_selection->deselectAll();
-    if (m_highlightAction) m_highlightAction->setVisible(mode == OUTLINED);
+    if (mode == NOT_HIGHLIGHTED)
+        m_selection->deselectAll();
+    if (m_highlightAction)
+        m_highlightAction->setVisible(mode == OUTLINED);
     MrbServicesImpl::getInstance()->watchSelection(mode == OUTLINED ? m_selection.get() : nullptr);
     refresh();
 }
 
-void SoMiraboViewer::highlight(const SoPath *path)
+void SoMiraboViewer::highlight(const SoPath* path)
 {
-    if (m_highlightMode != OUTLINED) return;
+    if (m_highlightMode != OUTLINED)
+        return;
     m_highlighting = true;
     m_selection->deselectAll();
     if (path && !path->isEmpty() && path->getHead() == m_root) {
         const SoRef<SoPath> below(new SoPath(m_selection.get()));
         below->append(path->getHead(), 0);
-        for (int i = 1; i < path->getLength(); ++i) below->append(path->getNode(i), path->getIndex(i));
+        for (int i = 1; i < path->getLength(); ++i)
+            below->append(path->getNode(i), path->getIndex(i));
         m_selection->select(below.get());
     }
     m_highlighting = false;
@@ -190,10 +203,11 @@ void SoMiraboViewer::highlight(const SoPath *path)
 
 void SoMiraboViewer::refresh()
 {
-    if (m_examiner) m_examiner->scheduleRedraw();
+    if (m_examiner)
+        m_examiner->scheduleRedraw();
 }
 
-bool SoMiraboViewer::openSceneFile(const QString &fileName)
+bool SoMiraboViewer::openSceneFile(const QString& fileName)
 {
     LiveInput input(m_frame);
     m_readError.clear();
@@ -202,31 +216,35 @@ bool SoMiraboViewer::openSceneFile(const QString &fileName)
         const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
         opened = input.openFile(fileName.toUtf8().constData());
     }
-    if (opened) return readScene(input);
+    if (opened)
+        return readScene(input);
     mirabo::showWarning(m_frame, "MiraboReadFile",
                         m_readError.isEmpty() ? tr("Can't load '%1'.").arg(fileName) : m_readError);
     m_readError.clear();
     return false;
 }
 
-void SoMiraboViewer::readErrorPosted(const SoError *error, void *data)
+void SoMiraboViewer::readErrorPosted(const SoError* error, void* data)
 {
-    auto *self = static_cast<SoMiraboViewer *>(data);
+    auto* self = static_cast<SoMiraboViewer*>(data);
     // The first is the cause; what follows comes from it.
-    if (self->m_readError.isEmpty()) self->m_readError = toQString(error->getPrintedText());
+    if (self->m_readError.isEmpty())
+        self->m_readError = toQString(error->getPrintedText());
 }
 
-SoNode *SoMiraboViewer::read(LiveInput &input)
+SoNode* SoMiraboViewer::read(LiveInput& input)
 {
     const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
-    if (input.isFileVRML2()) return SoDB::readAllVRML(&input);
+    if (input.isFileVRML2())
+        return SoDB::readAllVRML(&input);
     return SoDB::readAll(&input);
 }
 
-bool SoMiraboViewer::readScene(LiveInput &input)
+bool SoMiraboViewer::readScene(LiveInput& input)
 {
     const SbString name = input.getCurFileName();
-    if (name.isEmpty()) return false;
+    if (name.isEmpty())
+        return false;
     const SbString directory = SbFileHelper::getDirName(name);
     SoInput::removeDirectory(directory);
     SoInput::addDirectoryLast(directory);
@@ -241,15 +259,17 @@ bool SoMiraboViewer::readScene(LiveInput &input)
         addRecentFile(toQString(name));
         m_frame->action(mirabo::ActionId::Reload)->setEnabled(true);
     }
-    if (!m_readError.isEmpty()) mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
+    if (!m_readError.isEmpty())
+        mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
     m_readError.clear();
     return static_cast<bool>(root);
 }
 
-void SoMiraboViewer::setCurrentFile(const QString &fileName)
+void SoMiraboViewer::setCurrentFile(const QString& fileName)
 {
     m_currentFile = fileName;
-    m_frame->setWindowTitle(fileName.isEmpty() ? QString("Mirabo") : QString("Mirabo -- %1").arg(fileName));
+    m_frame->setWindowTitle(fileName.isEmpty() ? QString("Mirabo")
+                                               : QString("Mirabo -- %1").arg(fileName));
 }
 
 bool SoMiraboViewer::closeScene()
@@ -262,16 +282,18 @@ bool SoMiraboViewer::closeScene()
 
 void SoMiraboViewer::reopenRecentFile(int index)
 {
-    if (index >= m_recentFiles.paths().size()) return;
+    if (index >= m_recentFiles.paths().size())
+        return;
     const QString path = m_recentFiles.paths().at(index);
     if (QFileInfo::exists(path))
         openSceneFile(path);
     else
-        mirabo::showCritical(m_frame, "Mirabo -- Load File",
-                             QString("Can't load '%1'. \n This file doesn't exist anymore.").arg(path));
+        mirabo::showCritical(
+            m_frame, "Mirabo -- Load File",
+            QString("Can't load '%1'. \n This file doesn't exist anymore.").arg(path));
 }
 
-void SoMiraboViewer::addRecentFile(const QString &path)
+void SoMiraboViewer::addRecentFile(const QString& path)
 {
     m_recentFiles.add(path);
     m_frame->showRecentFiles(m_recentFiles.paths());
@@ -308,7 +330,7 @@ void SoMiraboViewer::readSettings()
 
 void SoMiraboViewer::writeSettings()
 {
-    QSettings &store = mirabo::settings();
+    QSettings& store = mirabo::settings();
     store.setValue(kGeometry + "/WindowWidth", m_frame->width());
     store.setValue(kGeometry + "/WindowHeight", m_frame->height());
     store.setValue(kGeometry + "/WindowX", m_frame->x());

@@ -30,26 +30,26 @@ public:
     enum HighlightMode { OUTLINED = 0, NOT_HIGHLIGHTED = 1 };
 
     /// Created on first use.
-    static SoMiraboViewer *instance();
+    static SoMiraboViewer* instance();
     static bool exists();
     static void destroyInstance();
 
     /// Makes the docks, and the viewer when the tool runs standalone.
-    void setUp(SoMiraboMainFrame *frame, bool standalone);
+    void setUp(SoMiraboMainFrame* frame, bool standalone);
 
-    QDockWidget *getTreeDock() const { return m_treeDock; }
-    QDockWidget *getOverviewDock() const { return m_overviewDock; }
-    QDockWidget *getWatchDock() const { return m_watchDock; }
-    SoQtExaminerViewer *getExaminerViewer() const { return m_examiner.get(); }
-    SoSelection *getSelectionNode() const { return m_selection.get(); }
-    const QString &getCurrentFile() const { return m_currentFile; }
+    QDockWidget* getTreeDock() const { return m_treeDock; }
+    QDockWidget* getOverviewDock() const { return m_overviewDock; }
+    QDockWidget* getWatchDock() const { return m_watchDock; }
+    SoQtExaminerViewer* getExaminerViewer() const { return m_examiner.get(); }
+    SoSelection* getSelectionNode() const { return m_selection.get(); }
+    const QString& getCurrentFile() const { return m_currentFile; }
 
-    void setScene(SoNode *root, bool resetCommands) override;
-    SoNode *getScene() const override { return m_root; }
-    bool openSceneFile(const QString &fileName) override;
+    void setScene(SoNode* root, bool resetCommands) override;
+    SoNode* getScene() const override { return m_root; }
+    bool openSceneFile(const QString& fileName) override;
     bool closeScene() override;
     void reopenRecentFile(int index) override;
-    void highlight(const SoPath *path) override;
+    void highlight(const SoPath* path) override;
     void saveWindowSettings() override { writeSettings(); }
     void refresh() override;
 
@@ -58,9 +58,9 @@ public:
 
     /// Reads a whole scene from an opened input and makes it the document. The old scene stays, and
     /// the first error is shown, when that fails.
-    bool readScene(LiveInput &input);
+    bool readScene(LiveInput& input);
 
-    void addRecentFile(const QString &path);
+    void addRecentFile(const QString& path);
     /// Window geometry, dock layout and recent files, from and to the settings.
     void readSettings();
     void writeSettings();
@@ -69,10 +69,10 @@ Q_SIGNALS:
     /// The scene is about to be replaced; whoever holds on to nodes lets go.
     void sceneAboutToChange();
     /// The new scene is in place: the tree is rebuilt on it (null: none).
-    void sceneChanged(SoNode *root);
+    void sceneChanged(SoNode* root);
     void undoResetRequested();
     /// The user picked a node in the viewer.
-    void nodePicked(SoNode *node);
+    void nodePicked(SoNode* node);
 
 private:
     SoMiraboViewer();
@@ -80,23 +80,23 @@ private:
 
     void createExaminer();
     void createDocks();
-    QDockWidget *addDock(const char *name, const QString &title);
+    QDockWidget* addDock(const char* name, const QString& title);
     void applyDefaultLayout();
-    void setCurrentFile(const QString &fileName);
-    static void pathSelected(void *data, SoPath *path);
-    static void readErrorPosted(const SoError *error, void *data);
-    SoNode *read(LiveInput &input);
+    void setCurrentFile(const QString& fileName);
+    static void pathSelected(void* data, SoPath* path);
+    static void readErrorPosted(const SoError* error, void* data);
+    SoNode* read(LiveInput& input);
 
-    SoMiraboMainFrame *m_frame = nullptr; // Not owned; the shell's.
-    SoNode *m_root = nullptr;             // Kept by the selection node.
+    SoMiraboMainFrame* m_frame = nullptr; // Not owned; the shell's.
+    SoNode* m_root = nullptr;             // Kept by the selection node.
     std::unique_ptr<SoQtExaminerViewer> m_examiner;
     SoRef<SoSelection> m_selection;
     HighlightMode m_highlightMode = OUTLINED;
     std::unique_ptr<SoLineHighlightRenderAction> m_highlightAction;
-    QDockWidget *m_treeDock = nullptr;
-    QDockWidget *m_overviewDock = nullptr;
-    QDockWidget *m_watchDock = nullptr;
-    QDockWidget *m_viewerDock = nullptr;
+    QDockWidget* m_treeDock = nullptr;
+    QDockWidget* m_overviewDock = nullptr;
+    QDockWidget* m_watchDock = nullptr;
+    QDockWidget* m_viewerDock = nullptr;
     QString m_currentFile;
     mirabo::RecentFiles m_recentFiles;
     QString m_readError;

@@ -71,7 +71,8 @@ TEST(SbBox, TransformIsTheBoxOfTheTransformedCorners)
         const SbBox3f expected = boxOfCorners(box, m);
         SbBox3f moved = box;
         moved.transform(m);
-        EXPECT_TRUE(moved.getMin().equals(expected.getMin(), 2e-4f) && moved.getMax().equals(expected.getMax(), 2e-4f));
+        EXPECT_TRUE(moved.getMin().equals(expected.getMin(), 2e-4f)
+                    && moved.getMax().equals(expected.getMax(), 2e-4f));
     }
     SbBox3f empty;
     empty.transform(random.affine());
@@ -96,7 +97,8 @@ TEST(SbXfBox, HoldsEverythingThatWasAddedAndNoLooserThanAPlainBox)
 {
     reference::Random random(22);
     for (int i = 0; i < kRounds; ++i) {
-        const SbXfBox3f a(randomBox(random), random.affine()), b(randomBox(random), random.affine());
+        const SbXfBox3f a(randomBox(random), random.affine()),
+            b(randomBox(random), random.affine());
         SbXfBox3f both = a;
         both.extendBy(b);
         SbBox3f plain = a.project();
@@ -149,7 +151,10 @@ TEST(SbXfBox, OverlapsABoxExactlyWhenNoPlaneParts)
     const SbBox3f plain = diagonal.project();
     EXPECT_TRUE(plain.intersect(SbBox3f(0.8f, -1.4f, -1, 1.4f, -0.8f, 1)));
     // A square rod that passes an edge of a cube askew: only the plane along both edges parts them.
-    m.setTransform({1.05f, 1.05f, 0}, SbRotation(SbVec3f(1, 0, 0), float(M_PI / 4)) * SbRotation({1, 0, 0}, {1, -1, 1}), {1, 1, 1});
+    m.setTransform({1.05f, 1.05f, 0},
+                   SbRotation(SbVec3f(1, 0, 0), float(M_PI / 4))
+                       * SbRotation({1, 0, 0}, {1, -1, 1}),
+                   {1, 1, 1});
     const SbBox3f cube(-1, -1, -1, 1, 1, 1);
     const SbXfBox3f rod(SbBox3f(-5, -0.02f, -0.02f, 5, 0.02f, 0.02f), m);
     EXPECT_FALSE(rod.intersect(cube));
@@ -163,7 +168,8 @@ TEST(SbLine, ClosestPointsAreJoinedSquareToBothLines)
     for (int i = 0; i < kRounds; ++i) {
         const SbLine a(random.vector(), random.vector()), b(random.vector(), random.vector());
         SbVec3f p, q;
-        if (!a.getClosestPoints(b, p, q) || a.getDirection().cross(b.getDirection()).length() < 0.05f)
+        if (!a.getClosestPoints(b, p, q)
+            || a.getDirection().cross(b.getDirection()).length() < 0.05f)
             continue;
         EXPECT_NEAR((p - q).dot(a.getDirection()), 0, 1e-3);
         EXPECT_NEAR((p - q).dot(b.getDirection()), 0, 1e-3);
@@ -183,7 +189,8 @@ TEST(SbLine, EntersAndLeavesBoxesOnTheirSurface)
         const SbLine line(random.vector(-90, 90), target);
         SbVec3f enter, exit;
         ASSERT_TRUE(line.intersect(box, enter, exit)) << i;
-        EXPECT_LE((enter - line.getPosition()).dot(line.getDirection()), (exit - line.getPosition()).dot(line.getDirection()) + 1e-3f);
+        EXPECT_LE((enter - line.getPosition()).dot(line.getDirection()),
+                  (exit - line.getPosition()).dot(line.getDirection()) + 1e-3f);
         const SbBox3f local = box;
         for (const SbVec3f& p : {enter, exit}) {
             const SbVec3f inside = box.getInverse().point(p);
@@ -214,7 +221,9 @@ TEST(SbLine, MeetsTrianglesFromBothSides)
         const bool inside = b[0] > 0 && b[1] > 0 && b[2] > 0;
         SbVec3f point, barycentric;
         bool front;
-        ASSERT_EQ(SbLine(from, target).intersect(v[0], v[1], v[2], point, barycentric, front), inside) << i;
+        ASSERT_EQ(SbLine(from, target).intersect(v[0], v[1], v[2], point, barycentric, front),
+                  inside)
+            << i;
         if (inside) {
             EXPECT_TRUE(point.equals(target, 1e-3f) && barycentric.equals(b, 1e-3f)) << i;
             EXPECT_EQ(front, height > 0) << i;
@@ -222,7 +231,8 @@ TEST(SbLine, MeetsTrianglesFromBothSides)
     }
     SbVec3f point, barycentric;
     bool front;
-    EXPECT_FALSE(SbLine({0, 0, 1}, {0, 0, 0}).intersect({0, 0, 0}, {1, 1, 0}, {2, 2, 0}, point, barycentric, front));
+    EXPECT_FALSE(SbLine({0, 0, 1}, {0, 0, 0})
+                     .intersect({0, 0, 0}, {1, 1, 0}, {2, 2, 0}, point, barycentric, front));
 }
 
 TEST(SbPlane, FollowsItsPointsThroughATransform)

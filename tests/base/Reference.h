@@ -69,7 +69,8 @@ inline Matrix scaling(const SbVec3f& s)
 /// Rodrigues' formula.
 inline Matrix rotation(const SbVec3f& axis, double angle)
 {
-    const double length = std::sqrt(double(axis[0]) * axis[0] + double(axis[1]) * axis[1] + double(axis[2]) * axis[2]);
+    const double length = std::sqrt(double(axis[0]) * axis[0] + double(axis[1]) * axis[1]
+                                    + double(axis[2]) * axis[2]);
     const double u[3] = {axis[0] / length, axis[1] / length, axis[2] / length};
     const double c = std::cos(angle);
     const double s = std::sin(angle);
@@ -87,7 +88,8 @@ inline double difference(const Matrix& expected, const SbMatrix& m)
     double worst = 0;
     for (int i = 0; i < 4; ++i)
         for (int j = 0; j < 4; ++j)
-            worst = std::fmax(worst, std::fabs(expected[i][j] - m[i][j]) / std::fmax(1, std::fabs(expected[i][j])));
+            worst = std::fmax(worst, std::fabs(expected[i][j] - m[i][j])
+                                         / std::fmax(1, std::fabs(expected[i][j])));
     return worst;
 }
 
@@ -99,7 +101,10 @@ public:
     {
         return static_cast<float>(std::uniform_real_distribution<double>(low, high)(m_engine));
     }
-    SbVec3f vector(double low = -10, double high = 10) { return {number(low, high), number(low, high), number(low, high)}; }
+    SbVec3f vector(double low = -10, double high = 10)
+    {
+        return {number(low, high), number(low, high), number(low, high)};
+    }
     SbVec3f axis()
     {
         SbVec3f v;

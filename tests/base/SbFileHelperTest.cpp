@@ -38,7 +38,8 @@ TEST_F(SbFileHelperTest, ExpandsVariables)
     EXPECT_EQ(SbFileHelper::expandString("$KMR_TEST_HOME/data"), "/opt/k/data");
     EXPECT_EQ(SbFileHelper::expandString("a${KMR_TEST_HOME}b$KMR_TEST_HOME.x"), "a/opt/kb/opt/k.x");
     EXPECT_EQ(SbFileHelper::expandString("$KMR_TEST_NESTED"), "$KMR_TEST_HOME");
-    for (const char* text : {"$KMR_TEST_UNKNOWN/x", "${KMR_TEST_UNKNOWN}", "${open", "$", "$$", "5$ $1", "a~b", "~user/x", ""})
+    for (const char* text : {"$KMR_TEST_UNKNOWN/x", "${KMR_TEST_UNKNOWN}", "${open", "$", "$$",
+                             "5$ $1", "a~b", "~user/x", ""})
         EXPECT_EQ(SbFileHelper::expandString(text), text);
     EXPECT_EQ(SbFileHelper::expandString("~/x"), SoPreferences::getString("HOME", "~") + "/x");
     SoPreferences::removeValue("KMR_TEST_HOME");
@@ -53,8 +54,12 @@ TEST_F(SbFileHelperTest, TakesNamesApart)
         const char* base;
         const char* extension;
     } kCases[] = {
-        {"/a/b.c/d.wrl.gz", "/a/b.c/", "d.wrl.gz", "gz"}, {"d", "", "d", ""},  {"/a.b/d", "/a.b/", "d", ""},
-        {"./.hidden", "./", ".hidden", ""},               {"a.", "", "a.", ""}, {"/", "/", "", ""},
+        {"/a/b.c/d.wrl.gz", "/a/b.c/", "d.wrl.gz", "gz"},
+        {"d", "", "d", ""},
+        {"/a.b/d", "/a.b/", "d", ""},
+        {"./.hidden", "./", ".hidden", ""},
+        {"a.", "", "a.", ""},
+        {"/", "/", "", ""},
     };
     for (const auto& c : kCases) {
         EXPECT_EQ(SbFileHelper::getDirName(c.path), c.directory);
@@ -88,7 +93,8 @@ TEST_F(SbFileHelperTest, WritesAndReadsWholeFiles)
         EXPECT_TRUE(moved.view() == content && !mapping.isOpen() && mapping.size() == 0);
     }
     std::size_t entries = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(m_folder.toStdString()))
+    for ([[maybe_unused]] const auto& entry :
+         std::filesystem::directory_iterator(m_folder.toStdString()))
         ++entries;
     EXPECT_EQ(entries, 1u);
 }
@@ -153,7 +159,8 @@ TEST(SoDynamicLibManager, FindsLibrariesAndTheirSymbols)
     SbString error;
     const auto library = SoDynamicLibManager::open(base, &error);
     ASSERT_TRUE(library) << error;
-    EXPECT_TRUE(SoDynamicLibManager::symbol(library, "_ZN13SoPreferences11removeValueERK8SbString"));
+    EXPECT_TRUE(
+        SoDynamicLibManager::symbol(library, "_ZN13SoPreferences11removeValueERK8SbString"));
     EXPECT_FALSE(SoDynamicLibManager::symbol(library, "kalmyr_no_such_symbol", &error));
     EXPECT_TRUE(error.contains("kalmyr_no_such_symbol"));
     EXPECT_TRUE(SoDynamicLibManager::close(library));

@@ -41,8 +41,10 @@ TEST(SbMatrix, TransformComposesScaleRotationAndTranslationAboutTheCenter)
         const float angle = random.number(-6, 6), soAngle = random.number(-6, 6);
         using namespace reference;
         Matrix expected = translation(-c);
-        for (const Matrix& step : {reference::rotation(soAxis, -soAngle), scaling(s), reference::rotation(soAxis, soAngle),
-                                   reference::rotation(axis, angle), translation(c), translation(t)})
+        for (const Matrix& step :
+             {reference::rotation(soAxis, -soAngle), scaling(s),
+              reference::rotation(soAxis, soAngle), reference::rotation(axis, angle),
+              translation(c), translation(t)})
             expected = product(expected, step);
         SbMatrix m;
         m.setTransform(t, SbRotation(axis, angle), s, SbRotation(soAxis, soAngle), c);
@@ -55,7 +57,9 @@ TEST(SbMatrix, ProductAppliesTheLeftFactorFirst)
     reference::Random random(2);
     for (int i = 0; i < kRounds; ++i) {
         const SbMatrix a = random.affine(), b = randomGeneral(random);
-        EXPECT_LT(reference::difference(reference::product(reference::from(a), reference::from(b)), a * b), kClose);
+        EXPECT_LT(reference::difference(reference::product(reference::from(a), reference::from(b)),
+                                        a * b),
+                  kClose);
         SbMatrix left = b, right = a;
         EXPECT_EQ(left.multLeft(a), a * b);
         EXPECT_EQ(right.multRight(b), a * b);
@@ -78,7 +82,8 @@ TEST(SbMatrix, PointsAreDividedByWAndDirectionsIgnoreTranslation)
         m.multVecMatrix(p, p);
         EXPECT_TRUE(p.equals(expected, 1e-4f));
         EXPECT_EQ(column, p);
-        EXPECT_TRUE(direction.equals(SbVec3f(SbVec3d(e[0] - m[3][0], e[1] - m[3][1], e[2] - m[3][2])), 1e-5f));
+        EXPECT_TRUE(direction.equals(
+            SbVec3f(SbVec3d(e[0] - m[3][0], e[1] - m[3][1], e[2] - m[3][2])), 1e-5f));
     }
 }
 
@@ -100,7 +105,8 @@ TEST(SbMatrix, InverseUndoesTheMatrix)
     // Nothing but zeros on the diagonal.
     const SbMatrix swapped(0, 2, 0, 0, 0, 0, 4, 0, 0, 0, 0, 8, 1, 0, 0, 0);
     EXPECT_EQ(swapped.det4(), -64);
-    EXPECT_EQ(swapped.inverse(), SbMatrix(0, 0, 0, 1, 0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0.125f, 0));
+    EXPECT_EQ(swapped.inverse(),
+              SbMatrix(0, 0, 0, 1, 0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0.125f, 0));
 }
 
 TEST(SbMatrix, InverseKnowsSingularMatricesAtAnyScale)
@@ -131,7 +137,8 @@ TEST(SbMatrix, FactorsGiveTheMatrixBack)
         scale.setScale(mirror);
         m.multLeft(scale);
         EXPECT_LT(reference::difference(reference::from(m), rebuilt(m)), 3e-5) << i;
-        EXPECT_LT(reference::difference(reference::from(m), rebuilt(m, random.vector())), 3e-5) << i;
+        EXPECT_LT(reference::difference(reference::from(m), rebuilt(m, random.vector())), 3e-5)
+            << i;
     }
 }
 
@@ -222,7 +229,8 @@ TEST(SbRotation, TurnsOneDirectionIntoAnother)
     for (int i = 0; i < kRounds; ++i) {
         const SbVec3f from = random.axis();
         const SbVec3f to = i % 3 == 0 ? -from : i % 3 == 1 ? from * 7 : random.axis();
-        EXPECT_TRUE(SbRotation(from, to).rotated(from.normalized()).equals(to.normalized(), 2e-6f)) << i;
+        EXPECT_TRUE(SbRotation(from, to).rotated(from.normalized()).equals(to.normalized(), 2e-6f))
+            << i;
     }
     // Nearly opposite: the axis must still come out right.
     const SbVec3f x(1, 0, 0), almost(-1, 1e-6f, 0);

@@ -30,7 +30,9 @@ void expectFloat(std::string_view text, Status status, float expected, std::size
 
 void expectInt(std::string_view text, Status status, std::int32_t expected, std::size_t used)
 {
-    const auto parse = [](const char* a, const char* b, std::int32_t& v) { return SbNumber::parseInt(a, b, v); };
+    const auto parse = [](const char* a, const char* b, std::int32_t& v) {
+        return SbNumber::parseInt(a, b, v);
+    };
     expectParsed<std::int32_t>(parse, text, status, expected, used);
 }
 
@@ -90,7 +92,9 @@ TEST(SbNumber, ReadsWholeNumbersInBothBases)
     expectInt("1.5", Status::Ok, 1, 1);
     for (const char* text : {"", "-", "+-1", "x1", " 1"})
         expectInt(text, Status::NotANumber, 77, 0);
-    const auto parse = [](const char* a, const char* b, std::uint32_t& v) { return SbNumber::parseUInt(a, b, v); };
+    const auto parse = [](const char* a, const char* b, std::uint32_t& v) {
+        return SbNumber::parseUInt(a, b, v);
+    };
     expectParsed<std::uint32_t>(parse, "4294967295", Status::Ok, 4294967295u, 10);
     expectParsed<std::uint32_t>(parse, "4294967296", Status::OutOfRange, 4294967295u, 10);
     expectParsed<std::uint32_t>(parse, "-1", Status::NotANumber, 77u, 0);
@@ -105,12 +109,15 @@ TEST(SbNumber, WritesTheShortestTextThatReadsBackTheSame)
         SbNumber::appendFloat(text, value);
         float back = 0;
         ASSERT_TRUE(SbNumber::toFloat(text, back)) << text;
-        ASSERT_TRUE(std::isnan(value) ? text == "nan" : std::bit_cast<std::uint32_t>(back) == std::bit_cast<std::uint32_t>(value))
+        ASSERT_TRUE(std::isnan(value)
+                        ? text == "nan"
+                        : std::bit_cast<std::uint32_t>(back) == std::bit_cast<std::uint32_t>(value))
             << text;
         ASSERT_LE(text.size(), 15u);
     }
     std::string text;
-    for (const float value : {0.1f, -0.f, 100000.f, kInfinity, -kInfinity, -std::numeric_limits<float>::quiet_NaN()}) {
+    for (const float value :
+         {0.1f, -0.f, 100000.f, kInfinity, -kInfinity, -std::numeric_limits<float>::quiet_NaN()}) {
         SbNumber::appendFloat(text, value);
         text += ' ';
     }

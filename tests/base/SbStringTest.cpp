@@ -24,7 +24,8 @@ TEST(SbString, MixesWithOtherKindsOfText)
     s += name;
     s += standard;
     EXPECT_EQ(s, "<abstdnodec>nodestd");
-    EXPECT_TRUE(s != name && name == "node" && SbString(name) == name && standard == SbString("std"));
+    EXPECT_TRUE(s != name && name == "node" && SbString(name) == name
+                && standard == SbString("std"));
     EXPECT_TRUE(SbString("a") < SbString("ab") && SbString() < SbString("a"));
     EXPECT_EQ(SbString(static_cast<const char*>(nullptr)), "");
     EXPECT_EQ(SbString("a\0b", 3).getLength(), 3u);
@@ -78,7 +79,8 @@ TEST(SbString, Utf16RoundTripsEveryCharacter)
         if (c < 0x10000)
             all += static_cast<char16_t>(c);
         else
-            all.append({static_cast<char16_t>(0xD7C0 + (c >> 10)), static_cast<char16_t>(0xDC00 + (c & 0x3FF))});
+            all.append({static_cast<char16_t>(0xD7C0 + (c >> 10)),
+                        static_cast<char16_t>(0xDC00 + (c & 0x3FF))});
     }
     const SbString utf8 = SbString::fromUtf16(all);
     EXPECT_TRUE(utf8.isValidUtf8());
@@ -92,13 +94,13 @@ TEST(SbString, BrokenUtf8BecomesOneReplacementForEachMaximalPart)
         SbString bytes;
         std::u16string expected;
     } kCases[] = {
-        {"a\x80z", u"a\uFFFDz"},                        // lone continuation
-        {"\xC3", u"\uFFFD"},                            // cut off at the end
-        {"\xE2\x82", u"\uFFFD"},                        // cut off after two
-        {"\xE2\x82z", u"\uFFFDz"},                      // cut off in the middle
-        {"\xC0\xAF", u"\uFFFD\uFFFD"},                  // overlong
-        {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},        // overlong
-        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},        // surrogate
+        {"a\x80z", u"a\uFFFDz"},                           // lone continuation
+        {"\xC3", u"\uFFFD"},                               // cut off at the end
+        {"\xE2\x82", u"\uFFFD"},                           // cut off after two
+        {"\xE2\x82z", u"\uFFFDz"},                         // cut off in the middle
+        {"\xC0\xAF", u"\uFFFD\uFFFD"},                     // overlong
+        {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},           // overlong
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},           // surrogate
         {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond U+10FFFF
         {"\xF0\x9F\x98x\xFF", u"\uFFFDx\uFFFD"},
     };
@@ -106,7 +108,8 @@ TEST(SbString, BrokenUtf8BecomesOneReplacementForEachMaximalPart)
         EXPECT_TRUE(c.bytes.toUtf16() == c.expected) << c.bytes;
         EXPECT_FALSE(c.bytes.isValidUtf8()) << c.bytes;
     }
-    EXPECT_EQ(SbString::fromUtf16(std::u16string{u'a', 0xD800, u'b', 0xDC00, 0xDBFF}), "a\uFFFDb\uFFFD\uFFFD");
+    EXPECT_EQ(SbString::fromUtf16(std::u16string{u'a', 0xD800, u'b', 0xDC00, 0xDBFF}),
+              "a\uFFFDb\uFFFD\uFFFD");
 }
 
 TEST(SbString, Latin1KeepsItsCharactersAndReplacesTheRest)
@@ -129,7 +132,8 @@ TEST(SbName, EqualTextsAreOneHandle)
     EXPECT_EQ(SbName(std::string_view("ab\0c", 4)).getLength(), 4u);
     EXPECT_TRUE(SbName::find("never made before").isEmpty());
     EXPECT_EQ(SbName::find("Separator"), SbName("Separator"));
-    EXPECT_TRUE(SbName("b") < SbName("c") && !(SbName("c") < SbName("b")) && !(SbName("b") < SbName("b")));
+    EXPECT_TRUE(SbName("b") < SbName("c") && !(SbName("c") < SbName("b"))
+                && !(SbName("b") < SbName("b")));
     EXPECT_EQ((std::unordered_set<SbName>{"x", "y", "x"}).size(), 2u);
 }
 
@@ -180,7 +184,8 @@ TEST(SbName, KnowsWhichCharactersMayStandWhere)
     // 94 visible ASCII characters without ten forbidden ones, and 128 bytes of longer characters.
     EXPECT_EQ(count(SbName::isBaseNameChar), 94 - 10 + 128);
     EXPECT_EQ(count(SbName::isBaseNameStartChar), 94 - 10 - 12 + 128);
-    EXPECT_FALSE(SbName::isBaseNameStartChar('-') || SbName::isBaseNameChar('.') || SbName::isBaseNameChar(' '));
+    EXPECT_FALSE(SbName::isBaseNameStartChar('-') || SbName::isBaseNameChar('.')
+                 || SbName::isBaseNameChar(' '));
 }
 
 TEST(SbTime, FormatsSpans)

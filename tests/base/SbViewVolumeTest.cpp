@@ -1,7 +1,7 @@
 #include "Reference.h"
 
-#include <kalmyr/base/SbViewVolume.h>
 #include <kalmyr/base/SbViewportRegion.h>
+#include <kalmyr/base/SbViewVolume.h>
 
 #include <algorithm>
 
@@ -17,14 +17,15 @@ SbViewVolume randomVolume(reference::Random& random, int kind)
     const float nearDist = random.number(0.5, 2), farDist = nearDist + random.number(5, 50);
     switch (kind % 3) {
     case 0:
-        v.ortho(random.number(-4, -1), random.number(1, 4), random.number(-4, -1), random.number(1, 4), -nearDist, farDist);
+        v.ortho(random.number(-4, -1), random.number(1, 4), random.number(-4, -1),
+                random.number(1, 4), -nearDist, farDist);
         break;
     case 1:
         v.perspective(random.number(0.3, 2), random.number(0.5, 2), nearDist, farDist);
         break;
     default:
-        v.frustum(random.number(-2, -0.2), random.number(0.2, 2), random.number(-2, -0.2), random.number(0.2, 2), nearDist,
-                  farDist);
+        v.frustum(random.number(-2, -0.2), random.number(0.2, 2), random.number(-2, -0.2),
+                  random.number(0.2, 2), nearDist, farDist);
     }
     v.rotateCamera(random.rotation());
     v.translateCamera(random.vector());
@@ -72,10 +73,14 @@ TEST(SbViewVolume, MatrixMapsTheVolumeToTheClipCube)
         SbMatrix affine, projection;
         v.getMatrices(affine, projection);
         const SbMatrix m = v.getMatrix();
-        EXPECT_LT(reference::difference(reference::product(reference::from(affine), reference::from(projection)), m), 1e-3);
+        EXPECT_LT(reference::difference(
+                      reference::product(reference::from(affine), reference::from(projection)), m),
+                  1e-3);
         for (int corner = 0; corner < 8; ++corner) {
-            const SbVec3f clip(corner & 1 ? 1.f : -1.f, corner & 2 ? 1.f : -1.f, corner & 4 ? 1.f : -1.f);
-            const SbVec3f world = pointOnScreen(v, SbVec2f(clip[0] / 2 + 0.5f, clip[1] / 2 + 0.5f), corner & 4 ? 1.f : 0.f);
+            const SbVec3f clip(corner & 1 ? 1.f : -1.f, corner & 2 ? 1.f : -1.f,
+                               corner & 4 ? 1.f : -1.f);
+            const SbVec3f world = pointOnScreen(v, SbVec2f(clip[0] / 2 + 0.5f, clip[1] / 2 + 0.5f),
+                                                corner & 4 ? 1.f : 0.f);
             EXPECT_TRUE(m.point(world).equals(clip, 5e-3f)) << i << ' ' << corner;
             SbVec3f screen;
             v.projectToScreen(world, screen);
@@ -85,9 +90,11 @@ TEST(SbViewVolume, MatrixMapsTheVolumeToTheClipCube)
         SbVec3f screen;
         v.projectToScreen(between, screen);
         EXPECT_TRUE(m.point(between).equals(screen * 2 - SbVec3f(1, 1, 1), 5e-3f)) << i;
-        const SbVec3f away = pointOnScreen(v, SbVec2f(0.5f, 0.5f), 1) - pointOnScreen(v, SbVec2f(0.5f, 0.5f), 0);
+        const SbVec3f away =
+            pointOnScreen(v, SbVec2f(0.5f, 0.5f), 1) - pointOnScreen(v, SbVec2f(0.5f, 0.5f), 0);
         EXPECT_NEAR(away.dot(v.getProjectionDirection()), v.getDepth(), v.getDepth() * 1e-3f) << i;
-        EXPECT_LT(reference::difference(reference::identity(), v.getCameraSpaceMatrix() * affine), 1e-3);
+        EXPECT_LT(reference::difference(reference::identity(), v.getCameraSpaceMatrix() * affine),
+                  1e-3);
     }
 }
 
@@ -101,7 +108,9 @@ TEST(SbViewVolume, TransformCarriesEveryPointAlong)
         moved.transform(m);
         const SbVec2f screen(random.number(0, 1), random.number(0, 1));
         const SbVec3f expected = m.point(pointOnScreen(v, screen, 0.5f));
-        EXPECT_TRUE(pointOnScreen(moved, screen, 0.5f).equals(expected, 1e-5f * expected.length() + 1e-3f)) << i;
+        EXPECT_TRUE(
+            pointOnScreen(moved, screen, 0.5f).equals(expected, 1e-5f * expected.length() + 1e-3f))
+            << i;
     }
 }
 
@@ -168,7 +177,8 @@ TEST(SbViewVolume, KnowsItsCamera)
     // At distance 3 the screen is 6 high: a tenth of it is 0.6.
     EXPECT_NEAR(v.getWorldToScreenScale({2, 1, 0}, 0.1f), 0.6, 1e-5);
     const SbRotation align = v.getAlignRotation();
-    EXPECT_TRUE(align.rotated({1, 0, 0}).equals({0, 0, -1}, 1e-6f) && align.rotated({0, 1, 0}).equals({0, 1, 0}, 1e-6f));
+    EXPECT_TRUE(align.rotated({1, 0, 0}).equals({0, 0, -1}, 1e-6f)
+                && align.rotated({0, 1, 0}).equals({0, 1, 0}, 1e-6f));
     v.rotateCamera(SbRotation(SbVec3f(1, 1, 1), 0.2f));
     EXPECT_TRUE(v.getAlignRotation(true).equals(align, 1e-6f));
     const SbVec2f size = v.projectBox(SbBox3f(-5, -1, -1, -4, 1, 1));

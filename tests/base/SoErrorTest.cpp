@@ -20,7 +20,8 @@ struct Seen {
 
 void record(const SoError* error, void* list)
 {
-    static_cast<std::vector<Seen>*>(list)->push_back({error->getTypeName(), error->getDebugString().getString()});
+    static_cast<std::vector<Seen>*>(list)->push_back(
+        {error->getTypeName(), error->getDebugString().getString()});
 }
 
 // Records what reaches a class's own handler; without one again afterwards.
@@ -56,9 +57,10 @@ TEST(SoError, ClassesWithoutAHandlerUseThatOfTheirParent)
     EXPECT_EQ(SoReadError::getHandlerCallback(), SoError::getHandlerCallback());
     SoReadError::post("", 0, 0, "gone");
     SoError::post("plain");
-    EXPECT_EQ(parent.texts(), (std::vector<std::string>{"Kalmyr error in Somebody::call: bad index 9",
-                                                        "Kalmyr error: not enough memory for a picture",
-                                                        "<memory>: error: gone", "Kalmyr error: plain"}));
+    EXPECT_EQ(parent.texts(),
+              (std::vector<std::string>{"Kalmyr error in Somebody::call: bad index 9",
+                                        "Kalmyr error: not enough memory for a picture",
+                                        "<memory>: error: gone", "Kalmyr error: plain"}));
 }
 
 TEST(SoError, ErrorsTellWhatTheyKnow)
@@ -146,8 +148,10 @@ TEST(SoErrorStack, RecordsTheCallsOnlyWhenThePreferenceIsSet)
         EXPECT_TRUE(text.contains(" main (")) << text;
 #ifndef NDEBUG
         const SbString innermost = text.getSubString(0, text.find("\n"));
-        // Builds without debug information know neither lines nor the names of what is not exported.
-        EXPECT_TRUE(innermost.contains("failDeepInside") && innermost.contains("SoErrorTest.cpp:")) << text;
+        // Builds without debug information know neither lines nor the names of what is not
+        // exported.
+        EXPECT_TRUE(innermost.contains("failDeepInside") && innermost.contains("SoErrorTest.cpp:"))
+            << text;
 #endif
     }
 }

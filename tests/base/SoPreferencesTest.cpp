@@ -25,7 +25,8 @@ protected:
         setenv("KMR_PREFERENCES_FILE", m_file.getString(), 1);
     }
 
-    SbString m_file = SbString(testing::TempDir()) + SbString::format("kalmyr_preferences_%d", rand());
+    SbString m_file =
+        SbString(testing::TempDir()) + SbString::format("kalmyr_preferences_%d", rand());
 };
 
 } // namespace
@@ -36,7 +37,8 @@ TEST_F(SoPreferencesTest, EnvironmentWinsOverFileWinsOverProgram)
     EXPECT_EQ(SoPreferences::getString("KMR_TEST_VALUE", "none"), "none");
     SoPreferences::setValue("KMR_TEST_VALUE", "program");
     EXPECT_EQ(SoPreferences::getValue("KMR_TEST_VALUE"), "program");
-    useFile("# KMR_TEST_VALUE=comment\n\nno equals sign\n=no name\n  KMR_TEST_VALUE = file = 1 \r\n");
+    useFile(
+        "# KMR_TEST_VALUE=comment\n\nno equals sign\n=no name\n  KMR_TEST_VALUE = file = 1 \r\n");
     EXPECT_EQ(SoPreferences::getValue("KMR_TEST_VALUE"), "file = 1");
     setenv("KMR_TEST_VALUE", "", 1);
     EXPECT_EQ(SoPreferences::findValue("KMR_TEST_VALUE"), SbString());

@@ -21,8 +21,7 @@ protected:
 };
 int Counted::s_alive = 0;
 
-class Derived final : public Counted {
-};
+class Derived final : public Counted {};
 
 } // namespace
 

@@ -18,8 +18,8 @@ inline testing::AssertionResult near(const SbVec3f& a, const SbVec3f& b, float t
 {
     if ((a - b).length() <= tolerance)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "(" << a[0] << " " << a[1] << " " << a[2] << ") is not (" << b[0] << " "
-                                       << b[1] << " " << b[2] << ")";
+    return testing::AssertionFailure() << "(" << a[0] << " " << a[1] << " " << a[2] << ") is not ("
+                                       << b[0] << " " << b[1] << " " << b[2] << ")";
 }
 
 /// Separator { Translation, Cube } with edges of the given length.

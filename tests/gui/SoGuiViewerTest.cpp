@@ -28,7 +28,10 @@ protected:
         viewer->prepareFrame();
     }
     SoCamera& camera() const { return *viewer->getCamera(); }
-    SbViewVolume volume() const { return camera().getViewVolume(viewer->getSceneManager()->getViewportRegion()); }
+    SbViewVolume volume() const
+    {
+        return camera().getViewVolume(viewer->getSceneManager()->getViewportRegion());
+    }
     /// Window fractions and depth at which a point of the camera's space is seen.
     SbVec3f seen(const SbVec3f& point) const
     {
@@ -39,7 +42,8 @@ protected:
     SbVec3f interest() const
     {
         return camera().position.getValue()
-               + camera().orientation.getValue().rotated(SbVec3f(0, 0, -camera().focalDistance.getValue()));
+               + camera().orientation.getValue().rotated(
+                   SbVec3f(0, 0, -camera().focalDistance.getValue()));
     }
     void expectWithinPlanes(const SbBox3f& box) const
     {
@@ -53,7 +57,8 @@ protected:
     SoRef<SoGuiExaminerViewer> viewer;
 };
 
-class ViewerCameraTest : public SoGuiViewerTest, public testing::WithParamInterface<SoGuiViewer::CameraType> {
+class ViewerCameraTest : public SoGuiViewerTest,
+                         public testing::WithParamInterface<SoGuiViewer::CameraType> {
 protected:
     ViewerCameraTest()
     {
@@ -163,8 +168,8 @@ TEST_P(ViewerCameraTest, OtherKindOfCameraShowsTheSame)
     const SbVec3f beside = interest() + right; // at the distance of interest both kinds agree
     const SbVec3f before = seen(beside);
     const SbVec3f center = interest();
-    const auto other =
-        GetParam() == SoGuiViewer::PERSPECTIVE ? SoGuiViewer::ORTHOGRAPHIC : SoGuiViewer::PERSPECTIVE;
+    const auto other = GetParam() == SoGuiViewer::PERSPECTIVE ? SoGuiViewer::ORTHOGRAPHIC
+                                                              : SoGuiViewer::PERSPECTIVE;
     ASSERT_TRUE(viewer->setCameraType(other));
     EXPECT_EQ(viewer->getCameraType(), other);
     EXPECT_TRUE(near(interest(), center, 1e-3f));
@@ -264,7 +269,8 @@ TEST_F(SoGuiViewerTest, PlacesTheCameraWhenThereIsSomethingToSee)
     show(scene.get());
     scene->addChild(cubeAt({100, 0, 0}).get());
     viewer->prepareFrame();
-    EXPECT_TRUE(near(interest(), {100, 0, 0}, 1e-3f)) << "what came first into an empty scene is in view";
+    EXPECT_TRUE(near(interest(), {100, 0, 0}, 1e-3f))
+        << "what came first into an empty scene is in view";
     scene->addChild(cubeAt({200, 0, 0}).get());
     viewer->prepareFrame();
     EXPECT_TRUE(near(interest(), {100, 0, 0}, 1e-3f)) << "but the view does not jump later";
@@ -321,7 +327,8 @@ TEST_F(SoGuiViewerTest, FollowsCamerasThatComeAndGo)
     EXPECT_NE(viewer->getCamera(), added.get());
     EXPECT_TRUE(viewer->hasOwnCamera());
     EXPECT_EQ(added->getRefCount(), 1) << "the viewer has let it go";
-    EXPECT_TRUE(near(camera().position.getValue(), {0, 0, 12}, 1e-3f)) << "and shows what it showed";
+    EXPECT_TRUE(near(camera().position.getValue(), {0, 0, 12}, 1e-3f))
+        << "and shows what it showed";
     auto* root = static_cast<SoSeparator*>(viewer->getSceneManager()->getSceneGraph());
     EXPECT_EQ(root->getNumChildren(), 3) << "headlight, camera, scene";
 }
@@ -440,7 +447,8 @@ TEST_F(SoGuiViewerTest, FliesToItsTarget)
         SoSensorManager::processTimerQueue();
         const SbVec3f now = camera().position.getValue();
         between = between || (!near(now, home, 0.01f) && !near(now, away, 0.01f));
-        EXPECT_NEAR((now - interest()).length(), home.length(), 0.01f) << "on the way around the cube";
+        EXPECT_NEAR((now - interest()).length(), home.length(), 0.01f)
+            << "on the way around the cube";
     }
     EXPECT_TRUE(between);
     EXPECT_TRUE(near(camera().position.getValue(), home, 1e-3f));

@@ -31,11 +31,13 @@ protected:
     static void SetUpTestSuite()
     {
         kalmyr::initGui();
-        s_folder = std::filesystem::temp_directory_path() / ("kalmyr_gui_test_" + std::to_string(getpid()));
+        s_folder = std::filesystem::temp_directory_path()
+                   / ("kalmyr_gui_test_" + std::to_string(getpid()));
         std::filesystem::create_directories(s_folder);
         std::ofstream(s_folder / "fake.c") << kSource;
         const std::string library = (s_folder / "libFake.so").string();
-        const std::string command = "cc -shared -fPIC -o " + library + " " + (s_folder / "fake.c").string();
+        const std::string command =
+            "cc -shared -fPIC -o " + library + " " + (s_folder / "fake.c").string();
         s_built = std::system(command.c_str()) == 0;
         SoPreferences::setValue("KMR_MIRABO_LIBRARY", library.c_str());
     }

@@ -15,7 +15,8 @@ protected:
 
     void countRedraws(SoSceneManager& manager)
     {
-        manager.setRenderCallback([](void* data, SoSceneManager*) { ++*static_cast<int*>(data); }, &redraws);
+        manager.setRenderCallback([](void* data, SoSceneManager*) { ++*static_cast<int*>(data); },
+                                  &redraws);
     }
     static void runQueue() { SoSensorManager::processDelayQueue(true); }
 
@@ -197,7 +198,8 @@ SbColor pixelAt(const SoOffscreenRenderer& renderer, int x, int y)
 {
     const int width = renderer.getViewportRegion().getWindowSize()[0];
     const unsigned char* p = renderer.getBuffer() + 3 * (y * width + x);
-    return SbColor(static_cast<float>(p[0]) / 255, static_cast<float>(p[1]) / 255, static_cast<float>(p[2]) / 255);
+    return SbColor(static_cast<float>(p[0]) / 255, static_cast<float>(p[1]) / 255,
+                   static_cast<float>(p[2]) / 255);
 }
 
 TEST_F(SoGuiRenderAreaTest, DrawsSceneAndBackgroundIntoMemory)

@@ -32,14 +32,16 @@ TEST(SoRecursiveRWLockTest, KeepsReadersOutOfWrites)
                 } else {
                     lock.readLock();
                     lock.readLock();
-                    if (a != b) torn = true;
+                    if (a != b)
+                        torn = true;
                     lock.readUnlock();
                     lock.readUnlock();
                 }
             }
         });
     }
-    for (std::thread &thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_FALSE(torn);
     EXPECT_EQ(a, 4 * 400);
     EXPECT_FALSE(lock.readUnlock());
@@ -53,7 +55,8 @@ TEST(SoRecursiveRWLockTest, LetsOneReaderBecomeTheWriter)
     const auto upgrade = [&] {
         lock.readLock();
         ++ready;
-        while (ready < 2) std::this_thread::yield();
+        while (ready < 2)
+            std::this_thread::yield();
         if (lock.writeLock()) {
             ++upgraded;
             lock.writeUnlock();

@@ -15,20 +15,25 @@ namespace {
 std::vector<std::string> corpus(bool bad)
 {
     std::vector<std::string> files;
-    for (const auto &entry : fs::recursive_directory_iterator(fs::path(MIRABO_TEST_DATA_DIR) / "formats")) {
+    for (const auto& entry :
+         fs::recursive_directory_iterator(fs::path(MIRABO_TEST_DATA_DIR) / "formats")) {
         const std::string name = entry.path().filename().string();
         const std::string kind = entry.path().extension().string();
-        if ((kind != ".ky" && kind != ".wrl") || (name.find("_bad_") != std::string::npos) != bad) continue;
+        if ((kind != ".ky" && kind != ".wrl") || (name.find("_bad_") != std::string::npos) != bad)
+            continue;
         files.push_back(entry.path().string());
     }
     std::sort(files.begin(), files.end());
     return files;
 }
 
-std::string nameOf(const testing::TestParamInfo<std::string> &info)
+std::string nameOf(const testing::TestParamInfo<std::string>& info)
 {
-    std::string name = fs::path(info.param).parent_path().filename().string() + "_" + fs::path(info.param).stem().string();
-    std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
+    std::string name = fs::path(info.param).parent_path().filename().string() + "_"
+                       + fs::path(info.param).stem().string();
+    std::replace_if(
+        name.begin(), name.end(),
+        [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
     return name;
 }
 
@@ -53,7 +58,8 @@ TEST_P(GoodFile, IsWrittenAsItWasRead)
     if (fs::exists(expected)) {
         EXPECT_EQ(once, io::readFile(expected));
     }
-    for (const std::string &text : warnings.texts()) EXPECT_EQ(text.find("error:"), std::string::npos) << text;
+    for (const std::string& text : warnings.texts())
+        EXPECT_EQ(text.find("error:"), std::string::npos) << text;
 }
 
 TEST_P(GoodFile, MayEndAtAnyByteOrBeDamaged)
@@ -61,11 +67,13 @@ TEST_P(GoodFile, MayEndAtAnyByteOrBeDamaged)
     auto errors = support::expectErrors();
     errors.mayStayEmpty();
     const std::string text = io::readFile(GetParam());
-    for (std::size_t n = 0; n < text.size(); ++n) io::read(std::string_view(text).substr(0, n));
+    for (std::size_t n = 0; n < text.size(); ++n)
+        io::read(std::string_view(text).substr(0, n));
     std::minstd_rand random(7);
     for (int round = 0; round < 300; ++round) {
         std::string damaged = text;
-        for (int i = 0; i < 3; ++i) damaged[random() % damaged.size()] = "{}[]\"\\#~ \n0-.+DEFx\0\xff"[random() % 21];
+        for (int i = 0; i < 3; ++i)
+            damaged[random() % damaged.size()] = "{}[]\"\\#~ \n0-.+DEFx\0\xff"[random() % 21];
         damaged.replace(0, text.find('\n'), text, 0, text.find('\n'));
         io::read(damaged);
     }
@@ -84,9 +92,13 @@ TEST_P(BadFile, IsRefusedWithTheFirstFault)
     SoInput in;
     ASSERT_TRUE(in.openFile(GetParam()));
     EXPECT_EQ(SoDB::readAll(&in), nullptr);
-    EXPECT_TRUE(errors.contains(GetParam() + ":" + expected)) << expected << "\n" << errors.texts().back();
+    EXPECT_TRUE(errors.contains(GetParam() + ":" + expected)) << expected << "\n"
+                                                              << errors.texts().back();
     const auto texts = errors.texts();
-    EXPECT_EQ(std::count_if(texts.begin(), texts.end(), [](const std::string &t) { return t.find("error:") != std::string::npos; }), 1);
+    EXPECT_EQ(
+        std::count_if(texts.begin(), texts.end(),
+                      [](const std::string& t) { return t.find("error:") != std::string::npos; }),
+        1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, GoodFile, testing::ValuesIn(corpus(false)), nameOf);

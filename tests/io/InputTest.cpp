@@ -60,7 +60,8 @@ TEST_F(InputTest, KnowsHeaders)
         return std::pair(in.getHeader().toStdString(), in.getFormat());
     };
     using Pair = std::pair<std::string, SoInput::Format>;
-    EXPECT_EQ(headerOf("#VRML V2.0 utf8 by hand\r\nGroup { }"), Pair("#VRML V2.0 utf8", SoInput::VRML2));
+    EXPECT_EQ(headerOf("#VRML V2.0 utf8 by hand\r\nGroup { }"),
+              Pair("#VRML V2.0 utf8", SoInput::VRML2));
     EXPECT_EQ(headerOf("\xef\xbb\xbf#VRML V1.0 ascii\n"), Pair("#VRML V1.0 ascii", SoInput::VRML1));
     EXPECT_EQ(headerOf("#Kalmyr V1.0 binary"), Pair("#Kalmyr V1.0 binary", SoInput::KALMYR_BINARY));
     EXPECT_EQ(headerOf("#VRML V2.0 utf8x\n"), Pair("#VRML V2.0 utf8x", SoInput::UNKNOWN_FORMAT));
@@ -71,12 +72,14 @@ TEST_F(InputTest, KnowsHeaders)
 TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
 {
     std::string text = io::kAscii;
-    for (int i = 0; i < 20000; ++i) text += "Cube { width " + std::to_string(i * 7919 % 1000) + " }\n";
+    for (int i = 0; i < 20000; ++i)
+        text += "Cube { width " + std::to_string(i * 7919 % 1000) + " }\n";
     const std::string packed = io::zipped(text);
     ASSERT_LT(packed.size() * 5, text.size());
-    const auto inflated = [](const std::string &bytes) {
+    const auto inflated = [](const std::string& bytes) {
         SoInput in;
-        if (!in.setBuffer(bytes.data(), bytes.size())) return std::string("refused");
+        if (!in.setBuffer(bytes.data(), bytes.size()))
+            return std::string("refused");
         EXPECT_TRUE(in.isCompressed());
         return std::string(in.getTokenizer().getText(), in.getSize());
     };
@@ -85,7 +88,8 @@ TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
     EXPECT_TRUE(inflated(packed + std::string(512, '\0')) == text);
 
     auto errors = support::expectErrors();
-    for (const std::size_t cut : {packed.size() - 1, packed.size() - 9, packed.size() / 2, std::size_t(20), std::size_t(3)}) {
+    for (const std::size_t cut : {packed.size() - 1, packed.size() - 9, packed.size() / 2,
+                                  std::size_t(20), std::size_t(3)}) {
         EXPECT_TRUE(inflated(packed.substr(0, cut)) == "refused") << cut;
         EXPECT_TRUE(errors.contains("the compressed text ends early")) << cut;
         errors.clear();
@@ -120,9 +124,11 @@ TEST_F(InputTest, ReportsProgressToTheEnd)
         }
     } in;
     std::string text = std::string(io::kAscii) + "Separator { Coordinate3 { point [";
-    while (text.size() < 3500000) text += " 1.25 2.5 3.75,";
+    while (text.size() < 3500000)
+        text += " 1.25 2.5 3.75,";
     text += "] }";
-    while (text.size() < 7000000) text += "Separator { Cube { } }\n";
+    while (text.size() < 7000000)
+        text += "Separator { Cube { } }\n";
     text += "}";
     ASSERT_TRUE(in.setBuffer(text.data(), text.size()));
     const SoRef<SoNode> root(SoDB::readAll(&in));

@@ -14,13 +14,14 @@ namespace io {
 std::string IoTest::folder()
 {
     if (m_folder.empty()) {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kalmyr_io_XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "kalmyr_io_XXXXXX").string();
         m_folder = mkdtemp(pattern.data());
     }
     return m_folder;
 }
 
-std::string IoTest::writeFile(const std::string &name, std::string_view text)
+std::string IoTest::writeFile(const std::string& name, std::string_view text)
 {
     const std::filesystem::path path = std::filesystem::path(folder()) / name;
     std::filesystem::create_directories(path.parent_path());
@@ -31,11 +32,12 @@ std::string IoTest::writeFile(const std::string &name, std::string_view text)
 SoRef<SoNode> read(std::string_view text)
 {
     SoInput in;
-    if (!in.setBuffer(text.data(), text.size())) return nullptr;
+    if (!in.setBuffer(text.data(), text.size()))
+        return nullptr;
     return SoRef<SoNode>(SoDB::readAll(&in));
 }
 
-std::string write(SoNode *node)
+std::string write(SoNode* node)
 {
     SoOutput out;
     out.setBuffer();
@@ -44,7 +46,7 @@ std::string write(SoNode *node)
     return std::string(out.getText());
 }
 
-std::string readFile(const std::string &path)
+std::string readFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;

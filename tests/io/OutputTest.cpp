@@ -16,14 +16,16 @@ using OutputTest = io::IoTest;
 TEST_F(OutputTest, GrowsTheCallersMemoryAndEndsItInAZero)
 {
     SoOutput out;
-    void *block = std::malloc(32);
+    void* block = std::malloc(32);
     out.setBuffer(block, 32, std::realloc);
     std::string text;
-    for (int i = 0; i < 3000; ++i) text += std::to_string(i) + ' ';
+    for (int i = 0; i < 3000; ++i)
+        text += std::to_string(i) + ' ';
     EXPECT_TRUE(out.write(text));
     std::size_t count = 0;
     ASSERT_TRUE(out.getBuffer(block, count));
-    EXPECT_STREQ(static_cast<char *>(block), (SoOutput::getDefaultASCIIHeader() + "\n\n" + text).getString());
+    EXPECT_STREQ(static_cast<char*>(block),
+                 (SoOutput::getDefaultASCIIHeader() + "\n\n" + text).getString());
     EXPECT_EQ(count, text.size() + SoOutput::getDefaultASCIIHeader().getLength() + 2);
     std::free(block);
 
@@ -83,7 +85,8 @@ TEST_F(OutputTest, TellsWhatCouldNotBeWritten)
     EXPECT_FALSE(out.openFile(folder()));
     errors.clear();
     // A device that is always full: the fault may show only when the file is closed.
-    if (!fs::exists("/dev/full")) GTEST_SKIP();
+    if (!fs::exists("/dev/full"))
+        GTEST_SKIP();
     ASSERT_TRUE(out.openFile("/dev/full"));
     out.write("text");
     EXPECT_FALSE(out.closeFile());
@@ -95,7 +98,7 @@ TEST_F(OutputTest, CompressesFilesThatAreReadBack)
 {
     SoRef<SoSeparator> root(new SoSeparator);
     for (int i = 0; i < 200; ++i) {
-        auto *cube = new SoCube;
+        auto* cube = new SoCube;
         cube->width = static_cast<float>(i);
         root->addChild(cube);
     }

@@ -18,23 +18,25 @@ using ReaderTest = io::IoTest;
 
 namespace {
 
-std::string text(const char *header, const std::string &body)
+std::string text(const char* header, const std::string& body)
 {
     return header + body;
 }
 
-std::string nested(int depth, const std::string &open, const std::string &close)
+std::string nested(int depth, const std::string& open, const std::string& close)
 {
     std::string result;
-    for (int i = 0; i < depth; ++i) result += open;
-    for (int i = 0; i < depth; ++i) result += close;
+    for (int i = 0; i < depth; ++i)
+        result += open;
+    for (int i = 0; i < depth; ++i)
+        result += close;
     return result;
 }
 
 template <class T>
-T *child(SoNode *node, int index)
+T* child(SoNode* node, int index)
 {
-    return static_cast<T *>((*node->getChildren())[index]);
+    return static_cast<T*>((*node->getChildren())[index]);
 }
 
 } // namespace
@@ -60,12 +62,12 @@ TEST_F(ReaderTest, SharesWhatUseNames)
     const auto root = io::read(text(io::kVrml97, R"(
         Transform { children [ DEF A Shape { appearance DEF L Appearance { } } Shape { appearance USE L } USE A ] }
         DEF A Group { } USE A)"));
-    auto *top = child<SoVRMLGroup>(root.get(), 0);
-    auto *transform = child<SoVRMLTransform>(top, 0);
+    auto* top = child<SoVRMLGroup>(root.get(), 0);
+    auto* transform = child<SoVRMLTransform>(top, 0);
     ASSERT_EQ(transform->children.getNum(), 3);
     EXPECT_EQ(transform->children[0], transform->children[2]);
-    const auto *a = static_cast<SoVRMLShape *>(transform->children[0]);
-    const auto *b = static_cast<SoVRMLShape *>(transform->children[1]);
+    const auto* a = static_cast<SoVRMLShape*>(transform->children[0]);
+    const auto* b = static_cast<SoVRMLShape*>(transform->children[1]);
     EXPECT_EQ(a->appearance.getValue(), b->appearance.getValue());
     EXPECT_EQ(top->children[1], top->children[2]); // the later A
     EXPECT_NE(top->children[1], transform->children[0]);
@@ -75,7 +77,8 @@ TEST_F(ReaderTest, SharesWhatUseNames)
 TEST_F(ReaderTest, LeavesNothingBehindAfterAFault)
 {
     auto errors = support::expectErrors();
-    EXPECT_FALSE(io::read(text(io::kAscii, "DEF Gone Separator { DEF GoneToo Material { } IndexedFaceSet { coordIndex [ 0 1 x ] } }")));
+    EXPECT_FALSE(io::read(text(io::kAscii, "DEF Gone Separator { DEF GoneToo Material { } "
+                                           "IndexedFaceSet { coordIndex [ 0 1 x ] } }")));
     EXPECT_EQ(errors.count(), 1u);
     EXPECT_FALSE(SoNode::getByName("Gone"));
     EXPECT_FALSE(SoNode::getByName("GoneToo"));
@@ -84,7 +87,9 @@ TEST_F(ReaderTest, LeavesNothingBehindAfterAFault)
 TEST_F(ReaderTest, LimitsNesting)
 {
     // Deep enough for anything real, and no deeper than reading, writing and deleting stand.
-    for (const auto &[header, open, close] : {std::tuple(io::kAscii, "Separator {", "}"), std::tuple(io::kVrml97, "Group { children [", "]}")}) {
+    for (const auto& [header, open, close] :
+         {std::tuple(io::kAscii, "Separator {", "}"),
+          std::tuple(io::kVrml97, "Group { children [", "]}")}) {
         const auto deep = io::read(text(header, nested(5000, open, close)));
         ASSERT_TRUE(deep);
         EXPECT_TRUE(io::read(io::write(deep.get())));
@@ -107,8 +112,10 @@ TEST_F(ReaderTest, LimitsNames)
 
 TEST_F(ReaderTest, KeepsUnknownNodesWithTheirFields)
 {
-    const auto root = io::read(text(io::kAscii, "Separator { DEF G Gear { fields [ SFFloat teeth, SFNode core ] teeth 12 core Cube { } Cube { } } }"));
-    auto *gear = child<SoUnknownNode>(root.get(), 0);
+    const auto root =
+        io::read(text(io::kAscii, "Separator { DEF G Gear { fields [ SFFloat teeth, SFNode core ] "
+                                  "teeth 12 core Cube { } Cube { } } }"));
+    auto* gear = child<SoUnknownNode>(root.get(), 0);
     ASSERT_EQ(gear->getTypeId(), SoUnknownNode::getClassTypeId());
     EXPECT_EQ(gear->getUnknownTypeName(), "Gear");
     SbString teeth;
@@ -137,7 +144,8 @@ Group { children [ P { } Shape { } ROUTE a.b TO c.d ] })"));
     EXPECT_EQ(child<SoVRMLGroup>(child<SoNode>(root.get(), 0), 4)->children.getNum(), 2);
     warnings.clear();
     std::string many = io::kVrml97;
-    for (int i = 0; i < 1000; ++i) many += "X" + std::to_string(i) + " { } ";
+    for (int i = 0; i < 1000; ++i)
+        many += "X" + std::to_string(i) + " { } ";
     EXPECT_TRUE(io::read(many));
     EXPECT_EQ(warnings.count(), static_cast<std::size_t>(SoInput::kMaxWarnings) + 1);
 }
@@ -147,7 +155,7 @@ TEST_F(ReaderTest, ReadsNodeByNode)
     const std::string two = "Cube { width 3 } DEF M Material { } USE M";
     SoInput in;
     ASSERT_TRUE(in.setBuffer(two.data(), two.size())); // no header needed
-    SoNode *node = nullptr;
+    SoNode* node = nullptr;
     ASSERT_TRUE(SoDB::read(&in, node));
     const SoRef<SoNode> first(node);
     EXPECT_TRUE(first->isOfType(SoCube::getClassTypeId()));

@@ -16,9 +16,9 @@
 namespace {
 
 /// A group with a cube, held once by whoever takes it.
-SoGroup *makePair()
+SoGroup* makePair()
 {
-    auto *group = new SoGroup;
+    auto* group = new SoGroup;
     group->addChild(new SoCube);
     return group;
 }
@@ -27,22 +27,22 @@ SoGroup *makePair()
 
 TEST_F(TreeTest, FollowsEveryKindOfEditUnderEveryOccurrence)
 {
-    auto *shared = new SoSeparator;
+    auto* shared = new SoSeparator;
     for (int i = 0; i < 3; ++i) {
-        auto *holder = new SoGroup;
+        auto* holder = new SoGroup;
         root->addChild(holder);
         holder->addChild(shared);
     }
     ASSERT_EQ(rowsOf(shared), 3);
 
-    SoGroup *first = makePair();
+    SoGroup* first = makePair();
     shared->addChild(first);
     EXPECT_EQ(rowsOf(first), 3);
     EXPECT_EQ(rowsOf(first->getChild(0)), 3);
 
     shared->insertChild(new SoMaterial, 0);
     EXPECT_EQ(row(first)->childIndexValue(), 1);
-    SoGroup *second = makePair();
+    SoGroup* second = makePair();
     shared->replaceChild(1, second);
     EXPECT_EQ(rowsOf(first), 0);
     EXPECT_EQ(rowsOf(second), 3);
@@ -75,13 +75,14 @@ TEST_F(TreeTest, KeepsTheSameChildTwiceApart)
 
 TEST_F(TreeTest, ReadsAReplacedListAgainAndKeepsWhatStays)
 {
-    std::vector<SoNode *> nodes;
-    for (int i = 0; i < 100; ++i) nodes.push_back(makePair());
+    std::vector<SoNode*> nodes;
+    for (int i = 0; i < 100; ++i)
+        nodes.push_back(makePair());
     ASSERT_TRUE(root->setChildren(nodes));
     row(nodes[7])->setExpanded(true);
     view.setCurrentItem(row(nodes[7])->child(0));
     pass();
-    const SoTreeViewItem *kept = row(nodes[7]);
+    const SoTreeViewItem* kept = row(nodes[7]);
 
     std::reverse(nodes.begin(), nodes.end());
     nodes[0] = makePair();
@@ -98,10 +99,10 @@ TEST_F(TreeTest, ReadsAReplacedListAgainAndKeepsWhatStays)
 
 TEST_F(TreeTest, ShowsNodesOfFieldsBehindChildrenAndFollowsThem)
 {
-    auto *holder = new FieldHolder;
+    auto* holder = new FieldHolder;
     root->addChild(holder);
     root->addChild(holder);
-    SoGroup *inner = makePair();
+    SoGroup* inner = makePair();
     holder->one = inner;
     EXPECT_EQ(rowsOf(inner->getChild(0)), 2);
     EXPECT_TRUE(row(inner)->isDirectlyFromField());
@@ -113,7 +114,7 @@ TEST_F(TreeTest, ShowsNodesOfFieldsBehindChildrenAndFollowsThem)
     holder->many.addNode(inner);
     EXPECT_EQ(row(holder)->childCount(), 3);
     EXPECT_EQ(check(), "");
-    holder->one = static_cast<SoNode *>(nullptr);
+    holder->one = static_cast<SoNode*>(nullptr);
     holder->many.removeNode(1);
     EXPECT_EQ(row(holder)->childCount(), 1);
     EXPECT_EQ(check(), "");
@@ -125,7 +126,7 @@ TEST_F(TreeTest, ShowsNodesOfFieldsBehindChildrenAndFollowsThem)
 
 TEST_F(TreeTest, FindsUnreportedChangesWithTheNextReport)
 {
-    auto *group = new SoGroup;
+    auto* group = new SoGroup;
     root->addChild(group);
     group->addChild(new SoCube);
     group->addChild(new SoMaterial);
@@ -148,9 +149,10 @@ TEST_F(TreeTest, FindsUnreportedChangesWithTheNextReport)
 TEST_F(TreeTest, PaintsAndChoosesNoNodeThatDiedUnreported)
 {
     view.show();
-    auto *group = new SoGroup;
+    auto* group = new SoGroup;
     root->addChild(group);
-    for (int i = 0; i < 3; ++i) group->addChild(makePair());
+    for (int i = 0; i < 3; ++i)
+        group->addChild(makePair());
     view.expandAll();
     pass();
     const auto vanish = [group](int index) {
@@ -162,10 +164,10 @@ TEST_F(TreeTest, PaintsAndChoosesNoNodeThatDiedUnreported)
     view.grab();
     EXPECT_EQ(check(), "");
 
-    SoTreeViewItem *dead = row(group->getChild(1))->childItem(0);
+    SoTreeViewItem* dead = row(group->getChild(1))->childItem(0);
     vanish(1);
     int chosen = 0;
-    QObject::connect(&view, &SoMiraboTreeView::itemChosen, &view, [&](SoTreeViewItem *item) {
+    QObject::connect(&view, &SoMiraboTreeView::itemChosen, &view, [&](SoTreeViewItem* item) {
         ++chosen;
         EXPECT_NE(item, dead);
     });
@@ -178,18 +180,22 @@ TEST_F(TreeTest, PaintsAndChoosesNoNodeThatDiedUnreported)
 TEST_F(TreeTest, AppliesEveryEditMadeInOtherSensorsCallbacks)
 {
     struct Host {
-        SoGroup *root;
-        SoGroup *group;
+        SoGroup* root;
+        SoGroup* group;
         int edits = 0;
     } host{root.get(), new SoGroup};
     root->addChild(host.group);
-    SoNodeSensor sensor([](void *data, SoSensor *) {
-        auto &h = *static_cast<Host *>(data);
-        if (++h.edits > 3) return;
-        h.group->insertChild(makePair(), 0);
-        h.root->addChild(new SoCube);
-        if (h.edits == 2) h.group->removeChild(1);
-    }, &host);
+    SoNodeSensor sensor(
+        [](void* data, SoSensor*) {
+            auto& h = *static_cast<Host*>(data);
+            if (++h.edits > 3)
+                return;
+            h.group->insertChild(makePair(), 0);
+            h.root->addChild(new SoCube);
+            if (h.edits == 2)
+                h.group->removeChild(1);
+        },
+        &host);
     sensor.setPriority(0);
     sensor.attach(root.get());
     root->addChild(makePair());
@@ -239,9 +245,9 @@ TEST_F(TreeTest, IsEmptiedByTheDeathOfItsRoot)
 
 TEST_F(TreeTest, ShowsInlinesWithoutTheirBoxAndNotAtAllInAVrmlWorld)
 {
-    auto *link = new SoVRMLInline;
+    auto* link = new SoVRMLInline;
     root->addChild(link);
-    auto *world = new SoVRMLGroup;
+    auto* world = new SoVRMLGroup;
     world->addChild(new SoCube);
     link->setChildData(world);
     EXPECT_EQ(rowsOf(world), 1);
@@ -260,15 +266,16 @@ TEST_F(TreeTest, ShowsInlinesWithoutTheirBoxAndNotAtAllInAVrmlWorld)
 
 TEST_F(TreeTest, SelectsOnlyForRemovalsAndTellsStructureChangesOnly)
 {
-    auto *group = makePair();
-    auto *holder = new FieldHolder;
+    auto* group = makePair();
+    auto* holder = new FieldHolder;
     root->addChild(group);
     root->addChild(holder);
     view.setCurrentItem(row(holder));
     pass();
     QSignalSpy structure(&view, &SoMiraboTreeView::outsideStructureChange);
     QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
-    for (int i = 0; i < 100; ++i) holder->number = static_cast<float>(i);
+    for (int i = 0; i < 100; ++i)
+        holder->number = static_cast<float>(i);
     pass();
     EXPECT_EQ(structure.size(), 0);
     EXPECT_EQ(chosen.size(), 0);
@@ -315,9 +322,9 @@ TEST_F(TreeTest, ManagesDepthBeyondTheCallStackOfRecursion)
 {
     // Deep enough to overflow a recursion of small frames; the toolkit's own limits are elsewhere.
     constexpr int kDepth = 3000;
-    SoGroup *at = root.get();
+    SoGroup* at = root.get();
     for (int i = 0; i < kDepth; ++i) {
-        auto *next = new SoGroup;
+        auto* next = new SoGroup;
         at->addChild(next);
         at = next;
     }

@@ -1,5 +1,5 @@
-#include "TreeTestScene.h"
 #include "support/ErrorGuard.h"
+#include "TreeTestScene.h"
 
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/shapes/SoCube.h>
@@ -16,66 +16,116 @@ namespace {
 /// errors in the toolkit, so the script looks first.
 class Script {
 public:
-    Script(SoGroup *root, unsigned seed) : m_random(seed)
+    Script(SoGroup* root, unsigned seed) : m_random(seed)
     {
         m_groups.emplace_back(root);
-        for (int i = 0; i < 12; ++i) m_groups.emplace_back(i % 3 ? new SoSeparator : static_cast<SoGroup *>(new SoVRMLGroup));
-        for (int i = 0; i < 6; ++i) m_holders.emplace_back(new FieldHolder);
-        for (int i = 0; i < 6; ++i) m_leaves.emplace_back(new SoCube);
+        for (int i = 0; i < 12; ++i)
+            m_groups.emplace_back(i % 3 ? new SoSeparator : static_cast<SoGroup*>(new SoVRMLGroup));
+        for (int i = 0; i < 6; ++i)
+            m_holders.emplace_back(new FieldHolder);
+        for (int i = 0; i < 6; ++i)
+            m_leaves.emplace_back(new SoCube);
     }
 
     void step()
     {
-        SoGroup *group = m_groups[below(m_groups.size())].get();
-        FieldHolder *holder = m_holders[below(m_holders.size())].get();
+        SoGroup* group = m_groups[below(m_groups.size())].get();
+        FieldHolder* holder = m_holders[below(m_holders.size())].get();
         switch (below(14)) {
-        case 0: case 1: case 2: add(group); break;
-        case 3: case 4: insert(group); break;
-        case 5: case 6: case 7: if (int n = group->getNumChildren()) group->removeChild(below(n)); break;
-        case 8: replace(group); break;
-        case 9: if (below(4) == 0) group->removeAllChildren(); break;
-        case 10: shuffle(group); break;
-        case 11: if (SoNode *node = pick(holder)) holder->one = below(3) ? node : nullptr; break;
-        case 12: if (SoNode *node = pick(holder)) holder->many.insertNode(node, below(holder->many.getNum() + 1)); break;
-        default: if (int n = holder->many.getNum()) holder->many.removeNode(below(n)); break;
+        case 0:
+        case 1:
+        case 2:
+            add(group);
+            break;
+        case 3:
+        case 4:
+            insert(group);
+            break;
+        case 5:
+        case 6:
+        case 7:
+            if (int n = group->getNumChildren())
+                group->removeChild(below(n));
+            break;
+        case 8:
+            replace(group);
+            break;
+        case 9:
+            if (below(4) == 0)
+                group->removeAllChildren();
+            break;
+        case 10:
+            shuffle(group);
+            break;
+        case 11:
+            if (SoNode* node = pick(holder))
+                holder->one = below(3) ? node : nullptr;
+            break;
+        case 12:
+            if (SoNode* node = pick(holder))
+                holder->many.insertNode(node, below(holder->many.getNum() + 1));
+            break;
+        default:
+            if (int n = holder->many.getNum())
+                holder->many.removeNode(below(n));
+            break;
         }
     }
 
 private:
-    template <class N> int below(N n) { return static_cast<int>(m_random() % static_cast<unsigned>(n)); }
+    template <class N>
+    int below(N n)
+    {
+        return static_cast<int>(m_random() % static_cast<unsigned>(n));
+    }
 
     /// Any node that `parent` may hold, or null.
-    SoNode *pick(const SoNode *parent)
+    SoNode* pick(const SoNode* parent)
     {
-        SoNode *node = nullptr;
+        SoNode* node = nullptr;
         switch (below(6)) {
-        case 0: case 1: node = m_groups[below(m_groups.size())].get(); break;
-        case 2: node = m_holders[below(m_holders.size())].get(); break;
-        case 3: node = new SoCube; break;
-        default: node = m_leaves[below(m_leaves.size())].get();
+        case 0:
+        case 1:
+            node = m_groups[below(m_groups.size())].get();
+            break;
+        case 2:
+            node = m_holders[below(m_holders.size())].get();
+            break;
+        case 3:
+            node = new SoCube;
+            break;
+        default:
+            node = m_leaves[below(m_leaves.size())].get();
         }
         return parent->isAtOrBelow(node) ? nullptr : node;
     }
-    void add(SoGroup *group)
+    void add(SoGroup* group)
     {
-        if (group->getNumChildren() > kWidest) return;
-        if (SoNode *node = pick(group)) group->addChild(node);
+        if (group->getNumChildren() > kWidest)
+            return;
+        if (SoNode* node = pick(group))
+            group->addChild(node);
     }
-    void insert(SoGroup *group)
+    void insert(SoGroup* group)
     {
-        if (group->getNumChildren() > kWidest) return;
-        if (SoNode *node = pick(group)) group->insertChild(node, below(group->getNumChildren() + 1));
+        if (group->getNumChildren() > kWidest)
+            return;
+        if (SoNode* node = pick(group))
+            group->insertChild(node, below(group->getNumChildren() + 1));
     }
-    void replace(SoGroup *group)
+    void replace(SoGroup* group)
     {
-        if (group->getNumChildren() == 0) return;
-        if (SoNode *node = pick(group)) group->replaceChild(below(group->getNumChildren()), node);
+        if (group->getNumChildren() == 0)
+            return;
+        if (SoNode* node = pick(group))
+            group->replaceChild(below(group->getNumChildren()), node);
     }
-    void shuffle(SoGroup *group)
+    void shuffle(SoGroup* group)
     {
-        std::vector<SoNode *> nodes = group->getChildren()->getNodes();
+        std::vector<SoNode*> nodes = group->getChildren()->getNodes();
         std::shuffle(nodes.begin(), nodes.end(), m_random);
-        if (!nodes.empty() && below(2)) nodes.pop_back();
+        if (!nodes.empty() && below(2))
+            nodes.pop_back();
         group->setChildren(nodes);
     }
 
@@ -89,7 +139,7 @@ private:
 /// MIRABO_TREE_STEPS asks for longer runs.
 int steps()
 {
-    const char *text = std::getenv("MIRABO_TREE_STEPS");
+    const char* text = std::getenv("MIRABO_TREE_STEPS");
     return text ? std::atoi(text) : 1500;
 }
 
@@ -107,8 +157,10 @@ TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
         ASSERT_EQ(check(), "") << "after step " << i;
         if (i % 10 == 0) {
             const auto item = view.itemAt(5, static_cast<int>(random() % 400));
-            if (item) view.setCurrentItem(item);
-            if (item && view.context().index.itemCount() < 5000) item->setExpanded(true);
+            if (item)
+                view.setCurrentItem(item);
+            if (item && view.context().index.itemCount() < 5000)
+                item->setExpanded(true);
             pass();
         }
     }
@@ -118,12 +170,14 @@ INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u));
 
 TEST_F(TreeTest, KeepsTheRulesOfAnItemModelWhileEdited)
 {
-    const QAbstractItemModelTester tester(view.model(), QAbstractItemModelTester::FailureReportingMode::Warning);
+    const QAbstractItemModelTester tester(view.model(),
+                                          QAbstractItemModelTester::FailureReportingMode::Warning);
     Script script(root.get(), 9);
     auto errors = support::expectErrors();
-    for (int i = 0; i < 200; ++i) script.step();
+    for (int i = 0; i < 200; ++i)
+        script.step();
     EXPECT_EQ(check(), "");
     // The one rule that every tree widget breaks: other columns have the children of the first.
-    for (const std::string &text : errors.texts())
+    for (const std::string& text : errors.texts())
         EXPECT_NE(text.find("childIndex != childIndex1"), std::string::npos) << text;
 }

@@ -14,12 +14,13 @@ FieldHolder::~FieldHolder() = default;
 
 void FieldHolder::initClass()
 {
-    if (s_classTypeId.isBad()) SO_NODE_INIT_CLASS(FieldHolder, SoNode, "FieldHolder");
+    if (s_classTypeId.isBad())
+        SO_NODE_INIT_CLASS(FieldHolder, SoNode, "FieldHolder");
 }
 
 namespace {
 
-SoGroup *makeRoot()
+SoGroup* makeRoot()
 {
     SoDB::init();
     FieldHolder::initClass();

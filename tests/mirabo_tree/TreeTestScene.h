@@ -39,12 +39,12 @@ protected:
     ~TreeTest() override;
 
     /// Row of a node, the first one.
-    SoTreeViewItem *row(const SoNode *node) const
+    SoTreeViewItem* row(const SoNode* node) const
     {
         const auto items = view.occurrencesOf(node);
         return items.empty() ? nullptr : items.front();
     }
-    int rowsOf(const SoNode *node) const { return static_cast<int>(view.itemsOf(node).size()); }
+    int rowsOf(const SoNode* node) const { return static_cast<int>(view.itemsOf(node).size()); }
     std::string check() const { return mirabo::checkTree(view).toStdString(); }
     static void pass() { QCoreApplication::processEvents(); }
 

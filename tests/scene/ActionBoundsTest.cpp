@@ -63,7 +63,8 @@ void edit(RandomGraph& graph)
         group->insertChild(new Leaf, child);
         break;
     case 1:
-        if (!group->getChild(child)->isOfType(SoGroup::getClassTypeId()) && group->getNumChildren() > 3)
+        if (!group->getChild(child)->isOfType(SoGroup::getClassTypeId())
+            && group->getNumChildren() > 3)
             group->removeChild(child);
         break;
     default:
@@ -83,7 +84,8 @@ TEST_F(SoGetBoundingBoxActionTest, RememberedBoxesFollowEveryEdit)
         SoGetBoundingBoxAction action{SbViewportRegion()};
         for (int step = 0; step < 60; ++step) {
             action.apply(graph.root.get());
-            ASSERT_EQ(action.getBoundingBox(), plainBounds(graph.root.get())) << seed << ' ' << step;
+            ASSERT_EQ(action.getBoundingBox(), plainBounds(graph.root.get()))
+                << seed << ' ' << step;
             edit(graph);
         }
     }
@@ -194,7 +196,9 @@ TEST_F(SoGetBoundingBoxActionTest, ResettingTheTransformLeadsBackToTheRoot)
     inner->addChild(new Leaf);
     inner->addChild(new SoResetTransform);
     inner->addChild(new Leaf);
-    const auto expected = [](float x) { return SbBox3f(-0.5f, -0.5f, -0.5f, x + 20.5f, 40.5f, 20.5f); };
+    const auto expected = [](float x) {
+        return SbBox3f(-0.5f, -0.5f, -0.5f, x + 20.5f, 40.5f, 20.5f);
+    };
     EXPECT_EQ(bounds(root.get()), expected(10));
     static_cast<Mover*>(root->getChild(0))->by = SbVec3f(50, 0, 0);
     EXPECT_EQ(bounds(root.get()), expected(50));

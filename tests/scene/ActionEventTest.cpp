@@ -140,7 +140,9 @@ TEST_F(SoHandleEventActionTest, PicksOnceAndOnlyWhenAsked)
     const SoPickedPoint* first = nullptr;
     a->react = [&](SoHandleEventAction* action) { first = action->getPickedPoint(); };
     b->react = [&](SoHandleEventAction* action) { EXPECT_EQ(action->getPickedPoint(), first); };
-    c->react = [&](SoHandleEventAction* action) { EXPECT_EQ(action->getPickedPoints().size(), 4u); };
+    c->react = [&](SoHandleEventAction* action) {
+        EXPECT_EQ(action->getPickedPoints().size(), 4u);
+    };
     m_event.setPosition(SbVec2s(105, 52)); // off the diagonals of the faces
     send();
     ASSERT_NE(first, nullptr);

@@ -141,13 +141,15 @@ TEST_F(SoRayPickActionTest, AgreesWithBruteForceOnRandomTriangles)
         pick.apply(scene.root.get());
         ASSERT_EQ(pick.getPickedPoint() != nullptr, !expected.empty()) << i;
         if (!expected.empty())
-            expectSame(*pick.getPickedPoint(), expected[0].first, *expected[0].second, from, direction);
+            expectSame(*pick.getPickedPoint(), expected[0].first, *expected[0].second, from,
+                       direction);
         EXPECT_EQ(pick.getPickedPoint(1), nullptr);
         pick.setPickAll(true);
         pick.apply(scene.root.get());
         ASSERT_EQ(pick.getPickedPoints().size(), expected.size()) << i;
         for (std::size_t n = 0; n < expected.size(); ++n)
-            expectSame(pick.getPickedPoints()[n], expected[n].first, *expected[n].second, from, direction);
+            expectSame(pick.getPickedPoints()[n], expected[n].first, *expected[n].second, from,
+                       direction);
         hits += static_cast<int>(expected.size());
     }
     EXPECT_GT(hits, 300);
@@ -186,7 +188,8 @@ struct PixelPick {
     }
     const SoPickedPoint* at(float x, float y)
     {
-        pick.setPoint(SbVec2s(static_cast<short>(std::lround(x)), static_cast<short>(std::lround(y))));
+        pick.setPoint(
+            SbVec2s(static_cast<short>(std::lround(x)), static_cast<short>(std::lround(y))));
         pick.apply(root.get());
         return pick.getPickedPoint();
     }
@@ -319,7 +322,8 @@ TEST_F(SoRayPickActionTest, PointsAreKnownInEverySpaceOfTheirPath)
     EXPECT_TRUE(copy.getObjectPoint().equals(SbVec3f(0.5f, 0.5f, 1), 1e-5f));
     EXPECT_TRUE(copy.getObjectPoint(inner).equals(SbVec3f(0.5f, 7.5f, 1), 1e-5f));
     EXPECT_TRUE(copy.getObjectPoint(root.get()).equals(copy.getPoint(), 1e-5f));
-    EXPECT_TRUE(copy.getWorldToObject(inner).point(SbVec3f(5, 0, 0)).equals(SbVec3f(0, 0, 0), 1e-5f));
+    EXPECT_TRUE(
+        copy.getWorldToObject(inner).point(SbVec3f(5, 0, 0)).equals(SbVec3f(0, 0, 0), 1e-5f));
     ASSERT_NE(copy.getDetail(), nullptr);
     auto errors = support::expectErrors();
     SoRef<Leaf> stranger(new Leaf);

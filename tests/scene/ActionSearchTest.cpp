@@ -62,7 +62,8 @@ TEST_F(SoSearchActionTest, FindsTheSamePlacesAsAPlainWalk)
 
         search.reset();
         search.setType(SoGroup::getClassTypeId());
-        expectAll(search, graph.root.get(), [](SoNode* n) { return n->isOfType(SoGroup::getClassTypeId()); });
+        expectAll(search, graph.root.get(),
+                  [](SoNode* n) { return n->isOfType(SoGroup::getClassTypeId()); });
         search.setType(SoGroup::getClassTypeId(), false);
         expectAll(search, graph.root.get(),
                   [](SoNode* n) { return n->getTypeId() == SoGroup::getClassTypeId(); });

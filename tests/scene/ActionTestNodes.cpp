@@ -95,7 +95,8 @@ RandomGraph::RandomGraph(unsigned seed, int numGroups) : root(new SoSeparator), 
         // Every group hangs below an earlier one, some below two.
         for (int times = i == 0 ? 0 : 1 + pick(8) / 7; times > 0; --times) {
             SoGroup* parent = groups[static_cast<std::size_t>(pick(i))];
-            parent->insertChild(groups[i], pick(static_cast<std::size_t>(parent->getNumChildren()) + 1));
+            parent->insertChild(groups[i],
+                                pick(static_cast<std::size_t>(parent->getNumChildren()) + 1));
         }
     }
 }

@@ -74,10 +74,10 @@ TEST_F(SoActionTest, PathsVisitWhatAffectsTheirTailAndAllBelowIt)
     // group beside it (g) the leaf, which cannot affect anything.
     auto* tail = named<SoGroup>("T", {named<Leaf>("l"), named<Mover>("u")});
     auto* middle = named<SoSeparator>("M", {named<Mover>("a"), tail, named<Mover>("h")});
-    SoRef<SoGroup> root(named<SoGroup>(
-        "R", {named<SoGroup>("g", {named<Mover>("b"), named<Leaf>("x")}),
-              named<SoSeparator>("s", {named<Mover>("y")}), named<Leaf>("z"), middle,
-              named<Mover>("w")}));
+    SoRef<SoGroup> root(
+        named<SoGroup>("R", {named<SoGroup>("g", {named<Mover>("b"), named<Leaf>("x")}),
+                             named<SoSeparator>("s", {named<Mover>("y")}), named<Leaf>("z"), middle,
+                             named<Mover>("w")}));
     SoRef<SoPath> path(new SoPath(root.get()));
     path->append(3);
     path->append(1);
@@ -97,9 +97,9 @@ TEST_F(SoActionTest, PathsVisitWhatAffectsTheirTailAndAllBelowIt)
 
 TEST_F(SoActionTest, AbortAndPruneAreObeyed)
 {
-    SoRef<SoGroup> root(named<SoGroup>(
-        "R", {named<SoGroup>("A", {named<Leaf>("k")}), named<SoSeparator>("B", {named<Leaf>("l")}),
-              named<Leaf>("m")}));
+    SoRef<SoGroup> root(
+        named<SoGroup>("R", {named<SoGroup>("A", {named<Leaf>("k")}),
+                             named<SoSeparator>("B", {named<Leaf>("l")}), named<Leaf>("m")}));
     const auto run = [&](const char* at, SoCallbackAction::Response response) {
         std::string text;
         SoCallbackAction action;
@@ -191,7 +191,8 @@ TEST_F(SoActionTest, DeepGraphsFitOnTheStack)
     for (int round = 0; round < 2; ++round) { // without and with caches
         SoGetBoundingBoxAction bounds{SbViewportRegion()};
         bounds.apply(root.get());
-        EXPECT_EQ(bounds.getBoundingBox(), SbBox3f(kDepth - 0.5f, -0.5f, -0.5f, kDepth + 0.5f, 0.5f, 0.5f));
+        EXPECT_EQ(bounds.getBoundingBox(),
+                  SbBox3f(kDepth - 0.5f, -0.5f, -0.5f, kDepth + 0.5f, 0.5f, 0.5f));
     }
     SoRayPickAction pick{SbViewportRegion()};
     pick.setRay(SbVec3f(kDepth, 0, 5), SbVec3f(0, 0, -1));
@@ -258,19 +259,20 @@ TEST_F(SoActionTest, PrimitivesArriveInObjectSpaceWithTheirMatrix)
     double area = 0;
     SbBox3f world;
     SoCallbackAction action;
-    action.addTriangleCallback(SoNode::getClassTypeId(),
-                               [&](SoCallbackAction* a, const SoNode* shape, const auto& v0,
-                                   const auto& v1, const auto& v2) {
-                                   EXPECT_EQ(shape, cube);
-                                   ++triangles;
-                                   const SbVec3f n = (v1.point - v0.point).cross(v2.point - v0.point);
-                                   area += n.length() / 2;
-                                   EXPECT_GT(n.dot(v0.normal), 0);
-                                   for (const auto* v : {&v0, &v1, &v2})
-                                       world.extendBy(a->getModelMatrix().point(v->point));
-                               });
-    action.addLineCallback(SoNode::getClassTypeId(),
-                           [&](auto*, auto*, auto&, auto&) { ADD_FAILURE() << "a cube has no lines"; });
+    action.addTriangleCallback(SoNode::getClassTypeId(), [&](SoCallbackAction* a,
+                                                             const SoNode* shape, const auto& v0,
+                                                             const auto& v1, const auto& v2) {
+        EXPECT_EQ(shape, cube);
+        ++triangles;
+        const SbVec3f n = (v1.point - v0.point).cross(v2.point - v0.point);
+        area += n.length() / 2;
+        EXPECT_GT(n.dot(v0.normal), 0);
+        for (const auto* v : {&v0, &v1, &v2})
+            world.extendBy(a->getModelMatrix().point(v->point));
+    });
+    action.addLineCallback(SoNode::getClassTypeId(), [&](auto*, auto*, auto&, auto&) {
+        ADD_FAILURE() << "a cube has no lines";
+    });
     action.apply(root.get());
     EXPECT_EQ(triangles, 24);
     EXPECT_NEAR(area, 48, 1e-4);

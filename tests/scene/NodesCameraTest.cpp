@@ -10,16 +10,16 @@
 
 namespace {
 
-class CameraTest : public nodetest::NodesTest, public ::testing::WithParamInterface<const char *> {
+class CameraTest : public nodetest::NodesTest, public ::testing::WithParamInterface<const char*> {
 protected:
-    SoCamera *makeCamera() const
+    SoCamera* makeCamera() const
     {
-        return static_cast<SoCamera *>(SoNode::create(SoType::fromName(SbName(GetParam()))));
+        return static_cast<SoCamera*>(SoNode::create(SoType::fromName(SbName(GetParam()))));
     }
 };
 
 /// All corners of a box as the camera shows them, x and y within 0 to 1, depth too.
-void expectInView(const SbViewVolume &volume, const SbBox3f &box)
+void expectInView(const SbViewVolume& volume, const SbBox3f& box)
 {
     for (int i = 0; i < 8; ++i) {
         SbVec3f screen;
@@ -35,13 +35,13 @@ void expectInView(const SbViewVolume &volume, const SbBox3f &box)
 
 TEST_P(CameraTest, ViewAllShowsEverythingInAnyWindow)
 {
-    for (const SbViewportRegion &region :
+    for (const SbViewportRegion& region :
          {SbViewportRegion(400, 100), SbViewportRegion(100, 400), SbViewportRegion(100, 100)}) {
         const SoRef<SoSeparator> root(new SoSeparator);
-        SoCamera *camera = makeCamera();
+        SoCamera* camera = makeCamera();
         camera->orientation.setValue(SbRotation({1, 2, 3}, 1));
         root->addChild(camera);
-        auto *transform = new SoTransform;
+        auto* transform = new SoTransform;
         transform->translation.setValue(100, 20, 3);
         root->addChild(transform);
         root->addChild(new SoCube);
@@ -64,11 +64,11 @@ TEST_P(CameraTest, ViewAllWorksInsideATransformedSpace)
 {
     const SbViewportRegion region(200, 100);
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *transform = new SoTransform;
+    auto* transform = new SoTransform;
     transform->translation.setValue(50, 0, 0);
     transform->rotation.setValue(SbRotation({0, 1, 0}, 1));
     root->addChild(transform);
-    SoCamera *camera = makeCamera();
+    SoCamera* camera = makeCamera();
     root->addChild(camera);
     root->addChild(new SoSphere);
     camera->viewAll(root.get(), region);
@@ -83,7 +83,8 @@ TEST_P(CameraTest, PointsAtItsTargetWithUpUpwards)
 {
     const SoRef<SoCamera> camera(makeCamera());
     camera->position.setValue(3, 4, 5);
-    for (const SbVec3f &target : {SbVec3f(0, 0, 0), SbVec3f(3, 10, 5), SbVec3f(3, -10, 5), SbVec3f(9, 4, 5)}) {
+    for (const SbVec3f& target :
+         {SbVec3f(0, 0, 0), SbVec3f(3, 10, 5), SbVec3f(3, -10, 5), SbVec3f(9, 4, 5)}) {
         camera->pointAt(target);
         const SbVec3f ahead = camera->orientation.getValue().rotated({0, 0, -1});
         EXPECT_TRUE(ahead.equals((target - SbVec3f(3, 4, 5)).normalized(), 1e-5f));
@@ -95,14 +96,14 @@ TEST_P(CameraTest, PointsAtItsTargetWithUpUpwards)
 TEST_P(CameraTest, SetsTheViewOfWhatFollows)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    SoCamera *camera = makeCamera();
+    SoCamera* camera = makeCamera();
     camera->position.setValue(1, 2, 3);
     root->addChild(camera);
     root->addChild(new SoCube);
     std::uint64_t id = 0;
     const auto look = [&] {
-        nodetest::atShapes(root.get(), [&](SoState *state, SoShape *) {
-            const SoView &view = SoViewElement::get(state);
+        nodetest::atShapes(root.get(), [&](SoState* state, SoShape*) {
+            const SoView& view = SoViewElement::get(state);
             EXPECT_TRUE(view.valid);
             EXPECT_TRUE(view.viewing.point(camera->position.getValue()).equals({0, 0, 0}, 1e-5f));
             EXPECT_NE(state->get<SoViewElement>().getValueId(), id);
@@ -142,5 +143,6 @@ TEST_P(CameraTest, CropsTheViewportToItsAspectRatio)
     EXPECT_EQ(camera->getViewport(region).getViewportSizePixels(), SbVec2s(400, 50));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cameras, CameraTest, ::testing::Values("PerspectiveCamera", "OrthographicCamera"),
-                         [](const auto &info) { return std::string(info.param); });
+INSTANTIATE_TEST_SUITE_P(Cameras, CameraTest,
+                         ::testing::Values("PerspectiveCamera", "OrthographicCamera"),
+                         [](const auto& info) { return std::string(info.param); });

@@ -24,25 +24,25 @@ using GroupTest = nodetest::NodesTest;
 using SeparatorTest = nodetest::NodesTest;
 using SwitchTest = nodetest::NodesTest;
 
-SbBox3f boxOf(SoNode *root)
+SbBox3f boxOf(SoNode* root)
 {
     SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
     measure.apply(root);
     return measure.getBoundingBox();
 }
 
-SoTranslation *move(float x, float y = 0, float z = 0)
+SoTranslation* move(float x, float y = 0, float z = 0)
 {
-    auto *node = new SoTranslation;
+    auto* node = new SoTranslation;
     node->translation.setValue(x, y, z);
     return node;
 }
 
-int countVisits(SoNode *root, SoType type)
+int countVisits(SoNode* root, SoType type)
 {
     int visits = 0;
     SoCallbackAction action;
-    action.addPreCallback(type, [&](SoCallbackAction *, const SoNode *) {
+    action.addPreCallback(type, [&](SoCallbackAction*, const SoNode*) {
         ++visits;
         return SoCallbackAction::CONTINUE;
     });
@@ -63,7 +63,7 @@ TEST_F(GroupTest, EditsKeepOrderAndRefuseNonsense)
     EXPECT_EQ(group->getChild(3), nullptr);
     EXPECT_EQ(group->getChild(-1), nullptr);
 
-    SoNode *d = new SoInfo;
+    SoNode* d = new SoInfo;
     EXPECT_TRUE(group->replaceChild(a, d));
     EXPECT_EQ(group->getChild(0), d);
     EXPECT_TRUE(group->removeChild(b));
@@ -86,11 +86,13 @@ TEST_F(GroupTest, ReplacesAllChildrenWithOneNotification)
     const SoRef<SoGroup> group(new SoGroup);
     group->addChild(new SoInfo);
     int notifications = 0;
-    SoNodeSensor sensor([](void *count, SoSensor *) { ++*static_cast<int *>(count); }, &notifications);
+    SoNodeSensor sensor([](void* count, SoSensor*) { ++*static_cast<int*>(count); },
+                        &notifications);
     sensor.setPriority(0);
     sensor.attach(group.get());
-    std::vector<SoNode *> many;
-    for (int i = 0; i < 1000; ++i) many.push_back(new SoInfo);
+    std::vector<SoNode*> many;
+    for (int i = 0; i < 1000; ++i)
+        many.push_back(new SoInfo);
     EXPECT_TRUE(group->setChildren(many));
     EXPECT_EQ(notifications, 1);
     EXPECT_EQ(group->getNumChildren(), 1000);
@@ -104,7 +106,7 @@ TEST_F(GroupTest, LetsGoOfChildrenInLinearTime)
     const SoRef<SoNode> shared(new SoInfo);
     const SoRef<SoGroup> root(new SoGroup);
     for (int i = 0; i < 100000; ++i) {
-        auto *parent = new SoGroup;
+        auto* parent = new SoGroup;
         parent->addChild(shared.get());
         root->addChild(parent);
     }
@@ -116,7 +118,7 @@ TEST_F(GroupTest, LetsGoOfChildrenInLinearTime)
 TEST_F(SeparatorTest, KeepsEffectsInside)
 {
     const SoRef<SoGroup> root(new SoGroup);
-    auto *inside = new SoSeparator;
+    auto* inside = new SoSeparator;
     inside->addChild(move(5));
     inside->addChild(new SoCube);
     root->addChild(inside);
@@ -124,7 +126,7 @@ TEST_F(SeparatorTest, KeepsEffectsInside)
     EXPECT_EQ(boxOf(root.get()), SbBox3f(-1, -1, -1, 6, 1, 1));
     // A group passes its effects on.
     const SoRef<SoGroup> loose(new SoGroup);
-    auto *group = new SoGroup;
+    auto* group = new SoGroup;
     group->addChild(move(5));
     loose->addChild(group);
     loose->addChild(new SoCube);
@@ -134,15 +136,15 @@ TEST_F(SeparatorTest, KeepsEffectsInside)
 TEST_F(SeparatorTest, TransformSeparatorKeepsOnlyMatrices)
 {
     const SoRef<SoGroup> root(new SoGroup);
-    auto *inside = new SoTransformSeparator;
+    auto* inside = new SoTransformSeparator;
     inside->addChild(move(5));
-    auto *material = new SoMaterial;
+    auto* material = new SoMaterial;
     material->diffuseColor.setValue(1, 0, 0);
     inside->addChild(material);
     root->addChild(inside);
     root->addChild(new SoCube);
     bool seen = false;
-    nodetest::atShapes(root.get(), [&](SoState *state, SoShape *) {
+    nodetest::atShapes(root.get(), [&](SoState* state, SoShape*) {
         seen = true;
         EXPECT_TRUE(SoModelMatrixElement::get(state).isIdentity());
         EXPECT_EQ(SoMaterialElement::get(state).getDiffuse(), SbColor(1, 0, 0));
@@ -154,13 +156,13 @@ TEST_F(SeparatorTest, BoxFollowsEveryChangeItDependsOn)
 {
     // Enough below to be worth a cache.
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *coordinates = new SoCoordinate3;
+    auto* coordinates = new SoCoordinate3;
     coordinates->point.setValues({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     root->addChild(coordinates);
-    auto *inner = new SoSeparator;
-    SoTranslation *moved = nullptr;
+    auto* inner = new SoSeparator;
+    SoTranslation* moved = nullptr;
     for (int i = 0; i < 20; ++i) {
-        auto *part = new SoSeparator;
+        auto* part = new SoSeparator;
         part->addChild(moved = move(0));
         part->addChild(new SoFaceSet);
         inner->addChild(part);
@@ -181,15 +183,17 @@ TEST_F(SeparatorTest, CullsPickingByItsBox)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
     for (int i = 0; i < 30; ++i) {
-        auto *part = new SoSeparator;
-        for (int k = 0; k < 10; ++k) part->addChild(move(0, 0, 0.01f));
+        auto* part = new SoSeparator;
+        for (int k = 0; k < 10; ++k)
+            part->addChild(move(0, 0, 0.01f));
         part->addChild(move(4.0f * static_cast<float>(i)));
         part->addChild(new SoCube);
         root->addChild(part);
     }
     const auto visits = [&root](bool culling) {
-        for (SoNode *child : root->getChildren()->getNodes())
-            static_cast<SoSeparator *>(child)->pickCulling.setValue(culling ? SoSeparator::ON : SoSeparator::OFF);
+        for (SoNode* child : root->getChildren()->getNodes())
+            static_cast<SoSeparator*>(child)->pickCulling.setValue(culling ? SoSeparator::ON
+                                                                           : SoSeparator::OFF);
         boxOf(root.get());
         SoRayPickAction pick(SbViewportRegion(100, 100));
         pick.setRay({8, 0, 10}, {0, 0, -1});
@@ -206,7 +210,8 @@ TEST_F(SeparatorTest, CullsPickingByItsBox)
 TEST_F(SwitchTest, ChoosesOneNoneOrAll)
 {
     const SoRef<SoSwitch> choice(new SoSwitch);
-    for (int i = 0; i < 3; ++i) choice->addChild(new SoCube);
+    for (int i = 0; i < 3; ++i)
+        choice->addChild(new SoCube);
     const SoType cube = SoCube::getClassTypeId();
     EXPECT_EQ(countVisits(choice.get(), cube), 0);
     choice->whichChild.setValue(1);
@@ -222,13 +227,13 @@ TEST_F(SwitchTest, ChoosesOneNoneOrAll)
 TEST_F(SwitchTest, InheritsTheChoiceOfTheLastSwitch)
 {
     const SoRef<SoGroup> root(new SoGroup);
-    auto *first = new SoSwitch;
+    auto* first = new SoSwitch;
     first->whichChild.setValue(1);
     first->addChild(new SoInfo);
     first->addChild(new SoInfo);
-    auto *second = new SoSwitch;
+    auto* second = new SoSwitch;
     second->whichChild.setValue(SO_SWITCH_INHERIT);
-    auto *far = new SoSeparator;
+    auto* far = new SoSeparator;
     far->addChild(move(9));
     far->addChild(new SoCube);
     second->addChild(new SoCube);
@@ -247,7 +252,7 @@ TEST_F(SwitchTest, SearchLooksWhereItIsTold)
     choice->addChild(shown);
     choice->addChild(hidden);
     choice->whichChild.setValue(0);
-    const auto finds = [&](SoNode *node, bool all) {
+    const auto finds = [&](SoNode* node, bool all) {
         SoSearchAction search;
         search.setNode(node);
         search.setSearchingAll(all);
@@ -268,23 +273,23 @@ TEST_F(SwitchTest, LevelOfDetailMeasuresAllAndShowsTheFirstWithoutACamera)
     levels->addChild(fine);
     levels->addChild(coarse);
     EXPECT_EQ(boxOf(levels.get()), SbBox3f(-2, -1, -1, 2, 1, 1));
-    std::vector<SoShape *> shown;
-    nodetest::atShapes(levels.get(), [&](SoState *, SoShape *shape) { shown.push_back(shape); });
-    EXPECT_EQ(shown, std::vector<SoShape *>{fine});
+    std::vector<SoShape*> shown;
+    nodetest::atShapes(levels.get(), [&](SoState*, SoShape* shape) { shown.push_back(shape); });
+    EXPECT_EQ(shown, std::vector<SoShape*>{fine});
 }
 
 TEST_F(GroupTest, CopiesKeepWhatIsShared)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *shared = new SoCube;
+    auto* shared = new SoCube;
     shared->width.setValue(3);
     root->addChild(shared);
     root->addChild(shared);
     root->addChild(move(2));
     const SoRef<SoNode> copy(root->copy());
-    auto *group = static_cast<SoGroup *>(copy.get());
+    auto* group = static_cast<SoGroup*>(copy.get());
     ASSERT_EQ(group->getNumChildren(), 3);
     EXPECT_EQ(group->getChild(0), group->getChild(1));
     EXPECT_NE(group->getChild(0), shared);
-    EXPECT_EQ(static_cast<SoCube *>(group->getChild(0))->width.getValue(), 3);
+    EXPECT_EQ(static_cast<SoCube*>(group->getChild(0))->width.getValue(), 3);
 }

@@ -30,23 +30,24 @@ namespace {
 using PropertyTest = nodetest::NodesTest;
 
 /// What the shape at the end of these nodes sees.
-void seenBy(const std::vector<SoNode *> &nodes, const std::function<void(SoState *)> &look)
+void seenBy(const std::vector<SoNode*>& nodes, const std::function<void(SoState*)>& look)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    for (SoNode *node : nodes) root->addChild(node);
+    for (SoNode* node : nodes)
+        root->addChild(node);
     root->addChild(new SoCube);
     int seen = 0;
-    nodetest::atShapes(root.get(), [&](SoState *state, SoShape *) {
+    nodetest::atShapes(root.get(), [&](SoState* state, SoShape*) {
         ++seen;
         look(state);
     });
     EXPECT_EQ(seen, 1);
 }
 
-SbVec3f originThrough(const std::vector<SoNode *> &nodes, const SbVec3f &point)
+SbVec3f originThrough(const std::vector<SoNode*>& nodes, const SbVec3f& point)
 {
     SbVec3f moved;
-    seenBy(nodes, [&](SoState *state) { moved = SoModelMatrixElement::get(state).point(point); });
+    seenBy(nodes, [&](SoState* state) { moved = SoModelMatrixElement::get(state).point(point); });
     return moved;
 }
 
@@ -54,15 +55,15 @@ SbVec3f originThrough(const std::vector<SoNode *> &nodes, const SbVec3f &point)
 
 TEST_F(PropertyTest, TransformationsApplyInnermostFirst)
 {
-    auto *shift = new SoTranslation;
+    auto* shift = new SoTranslation;
     shift->translation.setValue(10, 0, 0);
-    auto *turn = new SoRotationXYZ;
+    auto* turn = new SoRotationXYZ;
     turn->axis.setValue(SoRotationXYZ::Z);
     turn->angle.setValue(1.5707963f);
-    auto *size = new SoScale;
+    auto* size = new SoScale;
     size->scaleFactor.setValue(2, 2, 2);
     EXPECT_TRUE(originThrough({shift, turn, size}, {1, 0, 0}).equals({10, 2, 0}, 1e-5f));
-    auto *matrix = new SoMatrixTransform;
+    auto* matrix = new SoMatrixTransform;
     SbMatrix m;
     m.setTranslate({0, 0, 5});
     matrix->matrix.setValue(m);
@@ -88,21 +89,21 @@ TEST_F(PropertyTest, TransformTurnsAboutItsCenterAndIgnoresIgnoredFields)
 
 TEST_F(PropertyTest, ResetTransformReturnsToTheWorld)
 {
-    auto *shift = new SoTranslation;
+    auto* shift = new SoTranslation;
     shift->translation.setValue(10, 0, 0);
     EXPECT_EQ(originThrough({shift, new SoResetTransform}, {1, 2, 3}), SbVec3f(1, 2, 3));
 }
 
 TEST_F(PropertyTest, LaterMaterialsReplaceOnlyWhatTheySet)
 {
-    auto *first = new SoMaterial;
+    auto* first = new SoMaterial;
     first->diffuseColor.setValue(1, 0, 0);
     first->shininess.setValue(0.7f);
-    auto *second = new SoMaterial;
+    auto* second = new SoMaterial;
     second->diffuseColor.setIgnored(true);
     second->shininess.setValue(0.1f);
-    seenBy({first, second}, [](SoState *state) {
-        const SoMaterialValues &v = SoMaterialElement::get(state);
+    seenBy({first, second}, [](SoState* state) {
+        const SoMaterialValues& v = SoMaterialElement::get(state);
         EXPECT_EQ(v.getDiffuse(), SbColor(1, 0, 0));
         EXPECT_EQ(v.shininess, 0.1f);
     });
@@ -110,14 +111,14 @@ TEST_F(PropertyTest, LaterMaterialsReplaceOnlyWhatTheySet)
 
 TEST_F(PropertyTest, OverrideLocksAgainstWhatFollows)
 {
-    auto *first = new SoMaterial;
+    auto* first = new SoMaterial;
     first->diffuseColor.setValue(1, 0, 0);
     first->setOverride(true);
-    auto *color = new SoBaseColor;
+    auto* color = new SoBaseColor;
     color->rgb.setValue(0, 1, 0);
-    auto *style = new SoDrawStyle;
+    auto* style = new SoDrawStyle;
     style->lineWidth.setValue(3);
-    seenBy({first, color, style}, [](SoState *state) {
+    seenBy({first, color, style}, [](SoState* state) {
         EXPECT_EQ(SoMaterialElement::get(state).getDiffuse(), SbColor(1, 0, 0));
         EXPECT_EQ(SoDrawStyleElement::get(state).lineWidth, 3);
     });
@@ -127,9 +128,9 @@ TEST_F(PropertyTest, ValueIdsTellDifferentMaterialsApart)
 {
     // Render lists and geometries are kept under these ids.
     const SoRef<SoMaterial> material(new SoMaterial);
-    const auto idOf = [](const std::vector<SoNode *> &nodes) {
+    const auto idOf = [](const std::vector<SoNode*>& nodes) {
         std::uint64_t id = 0;
-        seenBy(nodes, [&](SoState *state) { id = state->get<SoMaterialElement>().getValueId(); });
+        seenBy(nodes, [&](SoState* state) { id = state->get<SoMaterialElement>().getValueId(); });
         return id;
     };
     const std::uint64_t before = idOf({material.get()});
@@ -144,24 +145,24 @@ TEST_F(PropertyTest, PackedColorsBecomeColorsAndTransparencies)
 {
     const SoRef<SoPackedColor> packed(new SoPackedColor);
     packed->orderedRGBA.setValues({0xff0000ffu, 0x00ff0000u});
-    const auto look = [](SoState *state) {
-        const SoMaterialValues &v = SoMaterialElement::get(state);
+    const auto look = [](SoState* state) {
+        const SoMaterialValues& v = SoMaterialElement::get(state);
         EXPECT_EQ(v.getDiffuse(0), SbColor(1, 0, 0));
         EXPECT_EQ(v.getTransparency(0), 0);
         EXPECT_EQ(v.getTransparency(1), 1);
     };
     seenBy({packed.get()}, look);
     packed->orderedRGBA.set1Value(1, 0x0000ff00u);
-    seenBy({packed.get()}, [](SoState *state) {
+    seenBy({packed.get()}, [](SoState* state) {
         EXPECT_EQ(SoMaterialElement::get(state).getDiffuse(1), SbColor(0, 0, 1));
     });
 }
 
 TEST_F(PropertyTest, HomogeneousCoordinatesAreDivided)
 {
-    auto *coordinates = new SoCoordinate4;
+    auto* coordinates = new SoCoordinate4;
     coordinates->point.setValues({SbVec4f(2, 4, 6, 2)});
-    seenBy({coordinates}, [](SoState *state) {
+    seenBy({coordinates}, [](SoState* state) {
         const auto points = state->get<SoCoordinateElement>().get();
         ASSERT_EQ(points.size(), 1u);
         EXPECT_EQ(points[0], SbVec3f(1, 2, 3));
@@ -171,29 +172,30 @@ TEST_F(PropertyTest, HomogeneousCoordinatesAreDivided)
 TEST_F(PropertyTest, LightsAddUpUntilTheirSeparatorEnds)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *off = new SoDirectionalLight;
+    auto* off = new SoDirectionalLight;
     off->on.setValue(false);
-    auto *shift = new SoTranslation;
+    auto* shift = new SoTranslation;
     shift->translation.setValue(0, 5, 0);
-    auto *fading = new SoEnvironment;
+    auto* fading = new SoEnvironment;
     fading->attenuation.setValue(0.25f, 0.5f, 1);
-    auto *spot = new SoSpotLight;
+    auto* spot = new SoSpotLight;
     spot->color.setValue(0, 0, 1);
     spot->cutOffAngle.setValue(0.3f);
-    auto *inner = new SoSeparator;
+    auto* inner = new SoSeparator;
     inner->addChild(new SoPointLight);
     inner->addChild(new SoCube);
-    for (SoNode *node : std::initializer_list<SoNode *>{off, shift, fading, spot, inner, new SoCube}) root->addChild(node);
+    for (SoNode* node : std::initializer_list<SoNode*>{off, shift, fading, spot, inner, new SoCube})
+        root->addChild(node);
     std::vector<std::vector<SoLightRecord>> seen;
-    nodetest::atShapes(root.get(), [&](SoState *state, SoShape *) {
-        const auto &lights = state->get<SoLightElement>().value();
+    nodetest::atShapes(root.get(), [&](SoState* state, SoShape*) {
+        const auto& lights = state->get<SoLightElement>().value();
         seen.push_back(lights ? *lights : std::vector<SoLightRecord>());
     });
     ASSERT_EQ(seen.size(), 2u);
     ASSERT_EQ(seen[0].size(), 2u);
     EXPECT_EQ(seen[0][1].kind, SoLightRecord::POINT);
     ASSERT_EQ(seen[1].size(), 1u);
-    const SoLightRecord &light = seen[1][0];
+    const SoLightRecord& light = seen[1][0];
     EXPECT_EQ(light.kind, SoLightRecord::SPOT);
     EXPECT_EQ(light.color, SbColor(0, 0, 1));
     EXPECT_EQ(light.cutOffAngle, 0.3f);
@@ -203,12 +205,15 @@ TEST_F(PropertyTest, LightsAddUpUntilTheirSeparatorEnds)
 
 TEST_F(PropertyTest, TextureTransformWorksAboutItsCenter)
 {
-    auto *transform = new SoTexture2Transform;
+    auto* transform = new SoTexture2Transform;
     transform->center.setValue(0.5f, 0.5f);
     transform->scaleFactor.setValue(2, 2);
-    seenBy({transform}, [](SoState *state) {
-        EXPECT_TRUE(SoTextureMatrixElement::get(state).point({0.5f, 0.5f, 0}).equals({0.5f, 0.5f, 0}, 1e-6f));
-        EXPECT_TRUE(SoTextureMatrixElement::get(state).point({1, 1, 0}).equals({1.5f, 1.5f, 0}, 1e-6f));
+    seenBy({transform}, [](SoState* state) {
+        EXPECT_TRUE(SoTextureMatrixElement::get(state)
+                        .point({0.5f, 0.5f, 0})
+                        .equals({0.5f, 0.5f, 0}, 1e-6f));
+        EXPECT_TRUE(
+            SoTextureMatrixElement::get(state).point({1, 1, 0}).equals({1.5f, 1.5f, 0}, 1e-6f));
     });
 }
 
@@ -225,7 +230,9 @@ TEST_F(PropertyTest, EveryConcreteTypeCanBeMadeCopiedAndTraversed)
 {
     int made = 0;
     for (const SoType type : SoType::getAllDerivedFrom(SoNode::getClassTypeId())) {
-        if (!type.canCreateInstance() || type.getName().view().find("Test") != std::string_view::npos) continue;
+        if (!type.canCreateInstance()
+            || type.getName().view().find("Test") != std::string_view::npos)
+            continue;
         const SoRef<SoNode> node(SoNode::create(type));
         ASSERT_TRUE(node) << type.getName().getString();
         EXPECT_EQ(node->getTypeId(), type);

@@ -20,23 +20,26 @@ protected:
         NodesTest::SetUp();
         root = new SoSeparator;
         selection = new SoSelection;
-        auto *camera = new SoOrthographicCamera;
+        auto* camera = new SoOrthographicCamera;
         camera->height.setValue(8);
         camera->position.setValue(0, 0, 5);
         root->addChild(camera);
         root->addChild(selection);
         left = addCube(-2);
         right = addCube(4);
-        selection->addSelectionCallback([](void *log, SoPath *) { *static_cast<std::string *>(log) += '+'; }, &log);
-        selection->addDeselectionCallback([](void *log, SoPath *) { *static_cast<std::string *>(log) += '-'; }, &log);
-        selection->addChangeCallback([](void *log, SoSelection *) { *static_cast<std::string *>(log) += '!'; }, &log);
+        selection->addSelectionCallback(
+            [](void* log, SoPath*) { *static_cast<std::string*>(log) += '+'; }, &log);
+        selection->addDeselectionCallback(
+            [](void* log, SoPath*) { *static_cast<std::string*>(log) += '-'; }, &log);
+        selection->addChangeCallback(
+            [](void* log, SoSelection*) { *static_cast<std::string*>(log) += '!'; }, &log);
     }
 
-    SoCube *addCube(float x)
+    SoCube* addCube(float x)
     {
-        auto *move = new SoTranslation;
+        auto* move = new SoTranslation;
         move->translation.setValue(x, 0, 0);
-        auto *cube = new SoCube;
+        auto* cube = new SoCube;
         selection->addChild(move);
         selection->addChild(cube);
         return cube;
@@ -58,9 +61,9 @@ protected:
     std::string takeLog() { return std::exchange(log, std::string()); }
 
     SoRef<SoSeparator> root;
-    SoSelection *selection = nullptr;
-    SoCube *left = nullptr;
-    SoCube *right = nullptr;
+    SoSelection* selection = nullptr;
+    SoCube* left = nullptr;
+    SoCube* right = nullptr;
     std::string log;
     static constexpr short kLeft = 25, kRight = 75, kNothing = 50;
 };
@@ -131,18 +134,19 @@ TEST_F(SelectionTest, SelectsByNodeAndPath)
 TEST_F(SelectionTest, CallbacksMayChangeTheSelection)
 {
     struct Data {
-        SoSelection *selection;
-        SoCube *other;
+        SoSelection* selection;
+        SoCube* other;
     } data{selection, right};
     selection->addSelectionCallback(
-        [](void *p, SoPath *path) {
-            auto *d = static_cast<Data *>(p);
-            if (path->getTail() != d->other) d->selection->select(d->other);
+        [](void* p, SoPath* path) {
+            auto* d = static_cast<Data*>(p);
+            if (path->getTail() != d->other)
+                d->selection->select(d->other);
         },
         &data);
     selection->select(left);
     EXPECT_EQ(selection->getNumSelected(), 2);
-    selection->setPickFilterCallback([](void *, SoPath *) -> SoPath * { return nullptr; });
+    selection->setPickFilterCallback([](void*, SoPath*) -> SoPath* { return nullptr; });
     press(kNothing);
     press(kLeft);
     EXPECT_EQ(selection->getNumSelected(), 0);
@@ -150,10 +154,10 @@ TEST_F(SelectionTest, CallbacksMayChangeTheSelection)
 
 TEST_F(SelectionTest, EventCallbacksComeFirstAndByType)
 {
-    auto *callback = new SoEventCallback;
+    auto* callback = new SoEventCallback;
     int calls = 0;
-    const auto count = [](void *n, SoEventCallback *node) {
-        ++*static_cast<int *>(n);
+    const auto count = [](void* n, SoEventCallback* node) {
+        ++*static_cast<int*>(n);
         EXPECT_NE(node->getEvent(), nullptr);
         node->setHandled();
     };

@@ -19,31 +19,34 @@ protected:
 };
 
 /// Traverses and calls back at each shape, while the state is what the shape sees.
-inline void atShapes(SoNode *root, const std::function<void(SoState *, SoShape *)> &function)
+inline void atShapes(SoNode* root, const std::function<void(SoState*, SoShape*)>& function)
 {
     SoCallbackAction action;
-    action.addPreCallback(SoShape::getClassTypeId(), [&](SoCallbackAction *a, const SoNode *node) {
-        function(a->getState(), const_cast<SoShape *>(static_cast<const SoShape *>(node)));
+    action.addPreCallback(SoShape::getClassTypeId(), [&](SoCallbackAction* a, const SoNode* node) {
+        function(a->getState(), const_cast<SoShape*>(static_cast<const SoShape*>(node)));
         return SoCallbackAction::CONTINUE;
     });
     action.apply(root);
 }
 
 /// The geometry of the last shape below.
-inline SoRef<SoGeometry> geometryOf(SoNode *root)
+inline SoRef<SoGeometry> geometryOf(SoNode* root)
 {
     SoRef<SoGeometry> geometry;
-    atShapes(root, [&](SoState *state, SoShape *shape) { geometry = shape->getGeometry(state); });
+    atShapes(root, [&](SoState* state, SoShape* shape) { geometry = shape->getGeometry(state); });
     return geometry;
 }
 
 /// Sum of the areas of all triangles as seen against `direction`: faces turned away count negative.
-inline float facingArea(const SoGeometry &g, const SbVec3f &direction)
+inline float facingArea(const SoGeometry& g, const SbVec3f& direction)
 {
     float sum = 0;
     for (std::size_t i = 0; i + 2 < g.triangles.size(); i += 3) {
-        const SbVec3f &a = g.positions[g.triangles[i]];
-        sum += (g.positions[g.triangles[i + 1]] - a).cross(g.positions[g.triangles[i + 2]] - a).dot(direction) / 2;
+        const SbVec3f& a = g.positions[g.triangles[i]];
+        sum += (g.positions[g.triangles[i + 1]] - a)
+                   .cross(g.positions[g.triangles[i + 2]] - a)
+                   .dot(direction)
+               / 2;
     }
     return sum;
 }

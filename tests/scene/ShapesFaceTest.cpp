@@ -9,7 +9,6 @@
 #include <kalmyr/nodes/SoShapeHints.h>
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoTextureCoordinate2.h>
-#include <kalmyr/nodes/SoVertexProperty.h>
 #include <kalmyr/shapes/FaceBuilder.h>
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
@@ -19,6 +18,7 @@
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoTriangleStripSet.h>
+#include <kalmyr/shapes/SoVertexProperty.h>
 
 #include <chrono>
 #include <cmath>
@@ -37,21 +37,20 @@ const std::vector<SbVec3f> kCubeCorners{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 
 const std::vector<std::int32_t> kCubeFaces{0, 3, 2, 1, -1, 4, 5, 6, 7, -1, 0, 1, 5, 4, -1,
                                            2, 3, 7, 6, -1, 0, 4, 7, 3, -1, 1, 2, 6, 5, -1};
 
-SoRef<SoGeometry> build(const FaceInput &input)
+SoRef<SoGeometry> build(const FaceInput& input)
 {
     SoRef<SoGeometry> geometry(new SoGeometry);
     FaceBuilder(input).build(*geometry);
     return geometry;
 }
 
-FaceInput inputOf(const std::vector<SbVec3f> &positions, const std::vector<std::int32_t> &faces)
+FaceInput inputOf(const std::vector<SbVec3f>& positions, const std::vector<std::int32_t>& faces)
 {
     FaceInput input;
     input.positions = positions;
     input.coordIndex = faces;
     return input;
 }
-
 
 /// A square grid with a height, as triangles.
 struct Grid {
@@ -106,13 +105,15 @@ TEST_F(FaceBuilderTest, CreaseAngleDecidesBetweenSharpAndSmooth)
 TEST_F(FaceBuilderTest, CreasesOnlyAcrossSharpEdges)
 {
     // A roof: two planes at right angles sharing the edge 1-2, the second divided in two.
-    const std::vector<SbVec3f> positions{{-1, 0, 0}, {0, 0, 1}, {0, 1, 1}, {-1, 1, 0}, {1, 0, 0}, {1, 1, 0}};
+    const std::vector<SbVec3f> positions{{-1, 0, 0}, {0, 0, 1}, {0, 1, 1},
+                                         {-1, 1, 0}, {1, 0, 0}, {1, 1, 0}};
     const std::vector<std::int32_t> faces{0, 1, 2, 3, -1, 1, 4, 5, -1, 1, 5, 2, -1};
     FaceInput input = inputOf(positions, faces);
     input.creaseAngle = 1;
     const auto roof = build(input);
     EXPECT_EQ(roof->positions.size(), 8u); // only the two on the ridge are doubled
-    for (std::size_t v = 0; v < roof->positions.size(); ++v) EXPECT_NEAR(std::abs(roof->normals[v][0]), 0.70710678f, 1e-5f);
+    for (std::size_t v = 0; v < roof->positions.size(); ++v)
+        EXPECT_NEAR(std::abs(roof->normals[v][0]), 0.70710678f, 1e-5f);
 }
 
 TEST_F(FaceBuilderTest, ClockwiseFacesAreTurnedRound)
@@ -131,7 +132,7 @@ TEST_F(FaceBuilderTest, ClockwiseFacesAreTurnedRound)
 TEST_F(FaceBuilderTest, TessellatesWhatIsNotConvex)
 {
     struct Case {
-        const char *name;
+        const char* name;
         std::vector<SbVec3f> outline;
         float area;
         float tolerance;
@@ -141,29 +142,52 @@ TEST_F(FaceBuilderTest, TessellatesWhatIsNotConvex)
         {"reversed start", {{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}}, 4, 1e-5f},
         {"convex", {{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}, 5, 1e-5f},
         // A square with a square hole, joined by a cut that is walked twice.
-        {"hole", {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0}, {1, 1, 0}, {1, 2, 0}, {2, 2, 0}, {2, 1, 0}, {1, 1, 0}}, 15, 1e-4f},
+        {"hole",
+         {{0, 0, 0},
+          {4, 0, 0},
+          {4, 4, 0},
+          {0, 4, 0},
+          {0, 0, 0},
+          {1, 1, 0},
+          {1, 2, 0},
+          {2, 2, 0},
+          {2, 1, 0},
+          {1, 1, 0}},
+         15,
+         1e-4f},
         // Its middle is wound twice and stays open.
-        {"star", {{0, 1, 0}, {-0.5877853f, -0.809017f, 0}, {0.9510565f, 0.309017f, 0}, {-0.9510565f, 0.309017f, 0}, {0.5877853f, -0.809017f, 0}}, 0.77567f, 1e-3f},
+        {"star",
+         {{0, 1, 0},
+          {-0.5877853f, -0.809017f, 0},
+          {0.9510565f, 0.309017f, 0},
+          {-0.9510565f, 0.309017f, 0},
+          {0.5877853f, -0.809017f, 0}},
+         0.77567f,
+         1e-3f},
     };
-    for (const Case &c : cases) {
+    for (const Case& c : cases) {
         std::vector<std::int32_t> face(c.outline.size());
-        for (std::size_t i = 0; i < face.size(); ++i) face[i] = static_cast<std::int32_t>(i);
+        for (std::size_t i = 0; i < face.size(); ++i)
+            face[i] = static_cast<std::int32_t>(i);
         FaceInput input = inputOf(c.outline, face);
         input.convex = false;
         const auto g = build(input);
         EXPECT_NEAR(nodetest::facingArea(*g, {0, 0, 1}), c.area, c.tolerance) << c.name;
         for (std::size_t i = 0; i < g->triangles.size(); i += 3) {
-            const SbVec3f &a = g->positions[g->triangles[i]];
-            const SbVec3f n = (g->positions[g->triangles[i + 1]] - a).cross(g->positions[g->triangles[i + 2]] - a);
+            const SbVec3f& a = g->positions[g->triangles[i]];
+            const SbVec3f n = (g->positions[g->triangles[i + 1]] - a)
+                                  .cross(g->positions[g->triangles[i + 2]] - a);
             EXPECT_GE(n[2], -1e-5f) << c.name;
         }
-        for (const SbVec3f &n : g->normals) EXPECT_TRUE(n.equals({0, 0, 1}, 1e-4f)) << c.name;
+        for (const SbVec3f& n : g->normals)
+            EXPECT_TRUE(n.equals({0, 0, 1}, 1e-4f)) << c.name;
     }
 }
 
 TEST_F(FaceBuilderTest, LeavesOutFacesWithBadIndicesAndSaysSoOnce)
 {
-    const std::vector<std::int32_t> faces{0, 1, 2, -1, 0, 1, 99, -1, 0, -7, 2, -1, 0, 1, -1, -1, 2, 3, 0};
+    const std::vector<std::int32_t> faces{0, 1,  2, -1, 0,  1,  99, -1, 0, -7,
+                                          2, -1, 0, 1,  -1, -1, 2,  3,  0};
     const SoRef<SoIndexedFaceSet> node(new SoIndexedFaceSet);
     node->setName("broken");
     FaceInput input = inputOf(kSquare, faces);
@@ -171,15 +195,18 @@ TEST_F(FaceBuilderTest, LeavesOutFacesWithBadIndicesAndSaysSoOnce)
     auto errors = support::expectErrors();
     const auto g = build(input);
     EXPECT_EQ(errors.count(), 1u);
-    for (const char *part : {"broken", "coordIndex[6]", "99", "0 to 3"}) EXPECT_TRUE(errors.contains(part)) << part;
+    for (const char* part : {"broken", "coordIndex[6]", "99", "0 to 3"})
+        EXPECT_TRUE(errors.contains(part)) << part;
     EXPECT_EQ(g->triangleFaces, (std::vector<std::int32_t>{0, 5}));
-    for (const std::uint32_t i : g->triangles) EXPECT_LT(i, g->positions.size());
+    for (const std::uint32_t i : g->triangles)
+        EXPECT_LT(i, g->positions.size());
 }
 
 TEST_F(FaceBuilderTest, ChecksTheIndicesOfAttributes)
 {
     const std::vector<SbVec3f> normals{{0, 0, 2}};
-    const std::vector<std::int32_t> faces{0, 1, 2, -1, 0, 2, 3, -1}, normalIndex{0, 0, 0, -1, 0, 5, 0, -1};
+    const std::vector<std::int32_t> faces{0, 1, 2, -1, 0, 2, 3, -1},
+        normalIndex{0, 0, 0, -1, 0, 5, 0, -1};
     FaceInput input = inputOf(kSquare, faces);
     input.normals.values = normals;
     input.normals.indices = normalIndex;
@@ -218,21 +245,23 @@ TEST_F(FaceBuilderTest, BindingsReachTheRightCorners)
         {SoBinding::PER_VERTEX_INDEXED, {}, {10, 11, 12, 10, 12, 13}},
         {SoBinding::PER_VERTEX_INDEXED, {-1}, {10, 11, 12, 10, 12, 13}},
     };
-    for (const Case &c : cases) {
+    for (const Case& c : cases) {
         FaceInput input = inputOf(kSquare, faces);
         input.colors.values = colors;
         input.colors.indices = c.indices;
         input.colors.binding = c.binding;
         const auto g = build(input);
         std::vector<std::uint32_t> seen;
-        for (const std::uint32_t i : g->triangles) seen.push_back(g->colors[i]);
+        for (const std::uint32_t i : g->triangles)
+            seen.push_back(g->colors[i]);
         EXPECT_EQ(seen, c.expected) << c.binding;
     }
 }
 
 TEST_F(FaceBuilderTest, StripsTurnAllTrianglesOneWay)
 {
-    const std::vector<SbVec3f> zigzag{{0, 1, 0}, {0, 0, 0}, {1, 1, 0}, {1, 0, 0}, {2, 1, 0}, {2, 0, 0}};
+    const std::vector<SbVec3f> zigzag{{0, 1, 0}, {0, 0, 0}, {1, 1, 0},
+                                      {1, 0, 0}, {2, 1, 0}, {2, 0, 0}};
     const std::vector<std::int32_t> strips{0, 1, 2, 3, 4, 5, -1, 0, 1, 2};
     const std::vector<std::uint32_t> colors{1, 2, 3, 4, 5};
     FaceInput input = inputOf(zigzag, strips);
@@ -246,7 +275,8 @@ TEST_F(FaceBuilderTest, StripsTurnAllTrianglesOneWay)
     EXPECT_EQ(g->colors[g->triangles[12]], 2u);
     input.colors.binding = SoBinding::PER_FACE;
     g = build(input);
-    for (std::size_t t = 0; t < 5; ++t) EXPECT_EQ(g->colors[g->triangles[t * 3]], t + 1);
+    for (std::size_t t = 0; t < 5; ++t)
+        EXPECT_EQ(g->colors[g->triangles[t * 3]], t + 1);
 }
 
 TEST_F(FaceBuilderTest, StaysLinearAroundOneVertex)
@@ -283,18 +313,22 @@ TEST_F(FaceBuilderTest, SmoothGridSharesEveryVertex)
     EXPECT_EQ(g->positions.size(), grid.positions.size());
     EXPECT_TRUE(g->triangleFaces.empty());
     for (std::size_t v = 0; v < g->positions.size(); ++v) {
-        const SbVec3f &p = g->positions[v];
-        if (p[0] < 1 || p[0] > 49 || p[1] < 1 || p[1] > 49) continue;
+        const SbVec3f& p = g->positions[v];
+        if (p[0] < 1 || p[0] > 49 || p[1] < 1 || p[1] > 49)
+            continue;
         const SbVec3f exact = SbVec3f(-0.1f * std::cos(p[0] * 0.1f) * std::cos(p[1] * 0.1f),
-                                      0.1f * std::sin(p[0] * 0.1f) * std::sin(p[1] * 0.1f), 1).normalized();
+                                      0.1f * std::sin(p[0] * 0.1f) * std::sin(p[1] * 0.1f), 1)
+                                  .normalized();
         EXPECT_TRUE(g->normals[v].equals(exact, 2e-3f));
     }
 }
 
 TEST_F(FaceBuilderTest, SurvivesDegenerateInput)
 {
-    const std::vector<SbVec3f> none, odd{{0, 0, 0}, {0, 0, 0}, {NAN, 0, 0}, {1, INFINITY, 0}, {1, 1, 1}};
-    const std::vector<std::int32_t> empty, ends{-1, -1, -1}, faces{0, 1, 0, -1, 0, 1, 2, 3, 4, -1, 3, 4, 2, 0};
+    const std::vector<SbVec3f> none,
+        odd{{0, 0, 0}, {0, 0, 0}, {NAN, 0, 0}, {1, INFINITY, 0}, {1, 1, 1}};
+    const std::vector<std::int32_t> empty, ends{-1, -1, -1},
+        faces{0, 1, 0, -1, 0, 1, 2, 3, 4, -1, 3, 4, 2, 0};
     EXPECT_TRUE(build(inputOf(none, empty))->isEmpty());
     EXPECT_TRUE(build(inputOf(none, ends))->isEmpty());
     for (const float angle : {0.0f, 1.0f, 4.0f}) {
@@ -303,7 +337,8 @@ TEST_F(FaceBuilderTest, SurvivesDegenerateInput)
         input.creaseAngle = angle;
         input.makeTexCoords = true;
         const auto g = build(input);
-        for (const std::uint32_t i : g->triangles) ASSERT_LT(i, g->positions.size());
+        for (const std::uint32_t i : g->triangles)
+            ASSERT_LT(i, g->positions.size());
         EXPECT_EQ(g->normals.size(), g->positions.size());
         EXPECT_EQ(g->texCoords.size(), g->positions.size());
     }
@@ -314,14 +349,15 @@ namespace {
 /// A scene of one vertex shape.
 struct Scene {
     SoRef<SoSeparator> root{new SoSeparator};
-    template <class Node> Node *add(Node *node)
+    template <class Node>
+    Node* add(Node* node)
     {
         root->addChild(node);
         return node;
     }
-    SoCoordinate3 *square()
+    SoCoordinate3* square()
     {
-        auto *coordinates = add(new SoCoordinate3);
+        auto* coordinates = add(new SoCoordinate3);
         coordinates->point.setValues(0, kSquare);
         return coordinates;
     }
@@ -334,19 +370,20 @@ TEST_F(VertexShapeTest, AllFaceShapesMakeTheSameSquare)
 {
     const std::vector<SbVec3f> rows{{0, 1, 0}, {1, 1, 0}, {0, 0, 0}, {1, 0, 0}};
     const std::vector<SbVec3f> strip{{0, 1, 0}, {0, 0, 0}, {1, 1, 0}, {1, 0, 0}};
-    auto *mesh = new SoQuadMesh;
+    auto* mesh = new SoQuadMesh;
     mesh->verticesPerColumn.setValue(2);
     mesh->verticesPerRow.setValue(2);
-    auto *indexed = new SoIndexedFaceSet;
+    auto* indexed = new SoIndexedFaceSet;
     indexed->coordIndex.setValues({0, 1, 2, 3, -1});
-    auto *indexedStrip = new SoIndexedTriangleStripSet;
+    auto* indexedStrip = new SoIndexedTriangleStripSet;
     indexedStrip->coordIndex.setValues({0, 1, 2, 3, -1});
     struct Case {
-        SoVertexShape *shape;
-        const std::vector<SbVec3f> *positions;
+        SoVertexShape* shape;
+        const std::vector<SbVec3f>* positions;
     };
-    for (const Case &c : {Case{new SoFaceSet, &kSquare}, Case{indexed, &kSquare}, Case{new SoTriangleStripSet, &strip},
-                          Case{indexedStrip, &strip}, Case{mesh, &rows}}) {
+    for (const Case& c :
+         {Case{new SoFaceSet, &kSquare}, Case{indexed, &kSquare},
+          Case{new SoTriangleStripSet, &strip}, Case{indexedStrip, &strip}, Case{mesh, &rows}}) {
         Scene scene;
         scene.add(new SoShapeHints); // smooth across flat edges
         scene.add(new SoCoordinate3)->point.setValues(0, *c.positions);
@@ -355,18 +392,19 @@ TEST_F(VertexShapeTest, AllFaceShapesMakeTheSameSquare)
         ASSERT_TRUE(g) << c.shape->getTypeId().getName().getString();
         EXPECT_EQ(g->getNumTriangles(), 2u);
         EXPECT_EQ(g->positions.size(), 4u) << c.shape->getTypeId().getName().getString();
-        EXPECT_NEAR(nodetest::facingArea(*g, {0, 0, 1}), 1, 1e-6f) << c.shape->getTypeId().getName().getString();
+        EXPECT_NEAR(nodetest::facingArea(*g, {0, 0, 1}), 1, 1e-6f)
+            << c.shape->getTypeId().getName().getString();
     }
 }
 
 TEST_F(VertexShapeTest, GeometryIsRebuiltOnlyWhenSomethingItUsesChanges)
 {
     Scene scene;
-    auto *material = scene.add(new SoMaterial);
-    auto *hints = scene.add(new SoShapeHints);
-    auto *binding = scene.add(new SoMaterialBinding);
-    auto *coordinates = scene.square();
-    auto *shape = scene.add(new SoIndexedFaceSet);
+    auto* material = scene.add(new SoMaterial);
+    auto* hints = scene.add(new SoShapeHints);
+    auto* binding = scene.add(new SoMaterialBinding);
+    auto* coordinates = scene.square();
+    auto* shape = scene.add(new SoIndexedFaceSet);
     shape->coordIndex.setValues({0, 1, 2, 3, -1});
     std::uint64_t last = scene.geometry()->getId();
     const auto isNew = [&] {
@@ -395,8 +433,8 @@ TEST_F(VertexShapeTest, OneShapeUnderSeveralCoordinatesKeepsBothResults)
     const SoRef<SoSeparator> root(new SoSeparator);
     const SoRef<SoFaceSet> shape(new SoFaceSet);
     for (const float height : {1.0f, 2.0f}) {
-        auto *part = new SoSeparator;
-        auto *coordinates = new SoCoordinate3;
+        auto* part = new SoSeparator;
+        auto* coordinates = new SoCoordinate3;
         coordinates->point.setValues({{0, 0, 0}, {1, 0, 0}, {0, height, 0}});
         part->addChild(coordinates);
         part->addChild(shape.get());
@@ -404,7 +442,9 @@ TEST_F(VertexShapeTest, OneShapeUnderSeveralCoordinatesKeepsBothResults)
     }
     std::vector<std::uint64_t> ids;
     for (int pass = 0; pass < 2; ++pass) {
-        nodetest::atShapes(root.get(), [&](SoState *state, SoShape *s) { ids.push_back(s->getGeometry(state)->getId()); });
+        nodetest::atShapes(root.get(), [&](SoState* state, SoShape* s) {
+            ids.push_back(s->getGeometry(state)->getId());
+        });
     }
     ASSERT_EQ(ids.size(), 4u);
     EXPECT_NE(ids[0], ids[1]);
@@ -416,8 +456,8 @@ TEST_F(VertexShapeTest, VertexPropertyComesBeforeTheState)
 {
     Scene scene;
     scene.square();
-    auto *shape = scene.add(new SoFaceSet);
-    auto *property = new SoVertexProperty;
+    auto* shape = scene.add(new SoFaceSet);
+    auto* property = new SoVertexProperty;
     property->vertex.setValues({{0, 0, 0}, {5, 0, 0}, {0, 5, 0}});
     property->orderedRGBA.setValues({0xff0000ffu, 0x00ff00ffu, 0x0000ffffu});
     property->materialBinding.setValue(SoVertexProperty::PER_VERTEX);
@@ -434,16 +474,16 @@ TEST_F(VertexShapeTest, VertexPropertyComesBeforeTheState)
 TEST_F(VertexShapeTest, TextureCoordinatesAppearWithATexture)
 {
     Scene scene;
-    auto *texture = scene.add(new SoTexture2);
-    auto *coordinates = scene.add(new SoCoordinate3);
+    auto* texture = scene.add(new SoTexture2);
+    auto* coordinates = scene.add(new SoCoordinate3);
     coordinates->point.setValues({{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {0, 2, 0}});
     scene.add(new SoFaceSet);
     EXPECT_TRUE(scene.geometry()->texCoords.empty());
-    texture->image.setValue(SbVec2i32(1, 1), 1, reinterpret_cast<const unsigned char *>("x"));
+    texture->image.setValue(SbVec2i32(1, 1), 1, reinterpret_cast<const unsigned char*>("x"));
     const auto g = scene.geometry();
     ASSERT_EQ(g->texCoords.size(), 4u);
     EXPECT_EQ(g->texCoords[2], SbVec2f(1, 0.5f));
-    auto *given = new SoTextureCoordinate2;
+    auto* given = new SoTextureCoordinate2;
     given->point.setValues({{9, 9}, {8, 8}, {7, 7}, {6, 6}});
     scene.root->insertChild(given, 0);
     EXPECT_EQ(scene.geometry()->texCoords[3], SbVec2f(6, 6));
@@ -452,12 +492,12 @@ TEST_F(VertexShapeTest, TextureCoordinatesAppearWithATexture)
 TEST_F(VertexShapeTest, NormalsOfTheStateAreBoundAsTold)
 {
     Scene scene;
-    auto *normals = scene.add(new SoNormal);
+    auto* normals = scene.add(new SoNormal);
     normals->vector.setValues({{3, 0, 0}, {0, 3, 0}});
-    auto *binding = scene.add(new SoNormalBinding);
+    auto* binding = scene.add(new SoNormalBinding);
     binding->value.setValue(SoNormalBinding::PER_FACE);
     scene.square();
-    auto *shape = scene.add(new SoIndexedFaceSet);
+    auto* shape = scene.add(new SoIndexedFaceSet);
     shape->coordIndex.setValues({0, 1, 2, -1, 0, 2, 3, -1});
     auto g = scene.geometry();
     EXPECT_EQ(g->normals[g->triangles[0]], SbVec3f(1, 0, 0));
@@ -471,12 +511,12 @@ TEST_F(VertexShapeTest, NormalsOfTheStateAreBoundAsTold)
 TEST_F(VertexShapeTest, LinesAndPoints)
 {
     Scene scene;
-    auto *material = scene.add(new SoMaterial);
+    auto* material = scene.add(new SoMaterial);
     material->diffuseColor.setValues({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-    auto *binding = scene.add(new SoMaterialBinding);
+    auto* binding = scene.add(new SoMaterialBinding);
     binding->value.setValue(SoMaterialBinding::PER_PART);
     scene.square();
-    auto *lines = new SoIndexedLineSet;
+    auto* lines = new SoIndexedLineSet;
     lines->coordIndex.setValues({0, 1, 2, -1, 3, -1, 2, 3});
     scene.add(lines);
     auto g = scene.geometry();
@@ -490,7 +530,7 @@ TEST_F(VertexShapeTest, LinesAndPoints)
         EXPECT_EQ(scene.geometry()->getNumLines(), 1u);
         EXPECT_TRUE(errors.contains("coordIndex[2] is 44"));
     }
-    auto *set = new SoLineSet;
+    auto* set = new SoLineSet;
     set->startIndex.setValue(1);
     set->numVertices.setValues({2, -1});
     scene.root->replaceChild(lines, set);
@@ -498,7 +538,7 @@ TEST_F(VertexShapeTest, LinesAndPoints)
     EXPECT_EQ(g->getNumLines(), 1u);
     EXPECT_EQ(g->positions[g->lines[0]], kSquare[1]);
 
-    auto *points = new SoPointSet;
+    auto* points = new SoPointSet;
     points->startIndex.setValue(2);
     scene.root->replaceChild(set, points);
     g = scene.geometry();
@@ -513,13 +553,13 @@ TEST_F(VertexShapeTest, HugeCountsNeitherCrashNorTakeMemory)
 {
     Scene scene;
     scene.square();
-    auto *mesh = new SoQuadMesh;
+    auto* mesh = new SoQuadMesh;
     mesh->verticesPerColumn.setValue(2000000000);
     mesh->verticesPerRow.setValue(2);
     scene.add(mesh);
     auto errors = support::expectErrors();
     EXPECT_EQ(scene.geometry()->getNumTriangles(), 2u);
-    auto *faces = new SoFaceSet;
+    auto* faces = new SoFaceSet;
     faces->numVertices.setValues({2147483647, 3});
     scene.root->replaceChild(mesh, faces);
     EXPECT_FALSE(scene.geometry());

@@ -20,8 +20,8 @@
 namespace {
 
 struct Primitive {
-    const char *type;
-    const char *fields;
+    const char* type;
+    const char* fields;
     float volume;
     SbBox3f box;
 };
@@ -31,7 +31,7 @@ protected:
     SoRef<SoSeparator> makeScene()
     {
         SoRef<SoSeparator> root(new SoSeparator);
-        auto *shape = SoNode::create(SoType::fromName(SbName(GetParam().type)));
+        auto* shape = SoNode::create(SoType::fromName(SbName(GetParam().type)));
         EXPECT_TRUE(shape->set(GetParam().fields));
         root->addChild(shape);
         return root;
@@ -45,7 +45,7 @@ constexpr float kPi = std::numbers::pi_v<float>;
 TEST_P(PrimitiveTest, IsAClosedOutwardSurfaceOfTheRightSize)
 {
     const auto root = makeScene();
-    auto *complexity = new SoComplexity;
+    auto* complexity = new SoComplexity;
     complexity->value.setValue(1);
     root->insertChild(complexity, 0);
     const auto g = nodetest::geometryOf(root.get());
@@ -57,7 +57,7 @@ TEST_P(PrimitiveTest, IsAClosedOutwardSurfaceOfTheRightSize)
         volume += a.dot(b.cross(c)) / 6;
         const SbVec3f face = (b - a).cross(c - a).normalized();
         for (int k = 0; k < 3; ++k) {
-            const SbVec3f &n = g->normals[g->triangles[i + static_cast<std::size_t>(k)]];
+            const SbVec3f& n = g->normals[g->triangles[i + static_cast<std::size_t>(k)]];
             EXPECT_NEAR(n.length(), 1, 1e-5f);
             EXPECT_GT(n.dot(face), 0.9f);
         }
@@ -74,7 +74,7 @@ TEST_P(PrimitiveTest, BoxNeedsNoGeometryAndHoldsIt)
     measure.apply(root.get());
     const SbBox3f box = measure.getBoundingBox();
     EXPECT_EQ(box, GetParam().box);
-    const SbBox3f &drawn = nodetest::geometryOf(root.get())->getBox();
+    const SbBox3f& drawn = nodetest::geometryOf(root.get())->getBox();
     for (int k = 0; k < 3; ++k) {
         EXPECT_GE(drawn.getMin()[k], box.getMin()[k] - 1e-5f);
         EXPECT_LE(drawn.getMax()[k], box.getMax()[k] + 1e-5f);
@@ -112,11 +112,12 @@ TEST_P(PrimitiveTest, IsPickedOnItsSurface)
 
 INSTANTIATE_TEST_SUITE_P(
     Shapes, PrimitiveTest,
-    ::testing::Values(Primitive{"Cube", "width 2 height 4 depth 6", 48, SbBox3f(-1, -2, -3, 1, 2, 3)},
-                      Primitive{"Sphere", "radius 3", 36 * kPi, SbBox3f(-3, -3, -3, 3, 3, 3)},
-                      Primitive{"Cone", "bottomRadius 2 height 3", 4 * kPi, SbBox3f(-2, -1.5f, -2, 2, 1.5f, 2)},
-                      Primitive{"Cylinder", "radius 2 height 3", 12 * kPi, SbBox3f(-2, -1.5f, -2, 2, 1.5f, 2)}),
-    [](const auto &info) { return std::string(info.param.type); });
+    ::testing::Values(
+        Primitive{"Cube", "width 2 height 4 depth 6", 48, SbBox3f(-1, -2, -3, 1, 2, 3)},
+        Primitive{"Sphere", "radius 3", 36 * kPi, SbBox3f(-3, -3, -3, 3, 3, 3)},
+        Primitive{"Cone", "bottomRadius 2 height 3", 4 * kPi, SbBox3f(-2, -1.5f, -2, 2, 1.5f, 2)},
+        Primitive{"Cylinder", "radius 2 height 3", 12 * kPi, SbBox3f(-2, -1.5f, -2, 2, 1.5f, 2)}),
+    [](const auto& info) { return std::string(info.param.type); });
 
 namespace {
 using ShapeTest = nodetest::NodesTest;
@@ -125,7 +126,7 @@ using ShapeTest = nodetest::NodesTest;
 TEST_F(ShapeTest, ComplexityRefines)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *complexity = new SoComplexity;
+    auto* complexity = new SoComplexity;
     root->addChild(complexity);
     root->addChild(new SoSphere);
     std::size_t last = 0;
@@ -140,18 +141,21 @@ TEST_F(ShapeTest, ComplexityRefines)
 TEST_F(ShapeTest, PartsCanBeLeftOutAndColored)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *material = new SoMaterial;
+    auto* material = new SoMaterial;
     material->diffuseColor.setValues({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-    auto *binding = new SoMaterialBinding;
-    auto *cylinder = new SoCylinder;
-    for (SoNode *node : std::initializer_list<SoNode *>{material, binding, cylinder}) root->addChild(node);
+    auto* binding = new SoMaterialBinding;
+    auto* cylinder = new SoCylinder;
+    for (SoNode* node : std::initializer_list<SoNode*>{material, binding, cylinder})
+        root->addChild(node);
     const std::size_t whole = nodetest::geometryOf(root.get())->getNumTriangles();
     EXPECT_TRUE(nodetest::geometryOf(root.get())->colors.empty());
     binding->value.setValue(SoMaterialBinding::PER_PART);
     auto g = nodetest::geometryOf(root.get());
     for (std::size_t i = 0; i < g->triangles.size(); ++i) {
         const float up = g->normals[g->triangles[i]][1];
-        const std::uint32_t expected = up > 0.5f ? 0x00ff00ffu : up < -0.5f ? 0x0000ffffu : 0xff0000ffu;
+        const std::uint32_t expected = up > 0.5f    ? 0x00ff00ffu
+                                       : up < -0.5f ? 0x0000ffffu
+                                                    : 0xff0000ffu;
         ASSERT_EQ(g->colors[g->triangles[i]], expected);
     }
     cylinder->parts.setValue(SoCylinder::SIDES);
@@ -167,7 +171,7 @@ TEST_F(ShapeTest, PartsCanBeLeftOutAndColored)
 TEST_F(ShapeTest, PickStyleIsObeyed)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *style = new SoPickStyle;
+    auto* style = new SoPickStyle;
     root->addChild(style);
     root->addChild(new SoSphere);
     const auto picks = [&](float x, float y) {
@@ -187,10 +191,10 @@ TEST_F(ShapeTest, PickStyleIsObeyed)
 TEST_F(ShapeTest, PrimitivesAreCountedAndHandedOut)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
-    auto *material = new SoMaterial;
+    auto* material = new SoMaterial;
     material->diffuseColor.setValue(0, 0, 1);
     root->addChild(material);
-    auto *cube = new SoCube;
+    auto* cube = new SoCube;
     root->addChild(cube);
     root->addChild(cube);
     SoGetPrimitiveCountAction count;
@@ -199,8 +203,9 @@ TEST_F(ShapeTest, PrimitivesAreCountedAndHandedOut)
     int triangles = 0;
     SoCallbackAction action;
     action.addTriangleCallback(SoShape::getClassTypeId(),
-                               [&](SoCallbackAction *, const SoNode *node, const SoPrimitiveVertex &a,
-                                   const SoPrimitiveVertex &, const SoPrimitiveVertex &) {
+                               [&](SoCallbackAction*, const SoNode* node,
+                                   const SoPrimitiveVertex& a, const SoPrimitiveVertex&,
+                                   const SoPrimitiveVertex&) {
                                    ++triangles;
                                    EXPECT_EQ(node, cube);
                                    EXPECT_EQ(a.color, 0x0000ffffu);

@@ -15,9 +15,9 @@ struct Soup {
     std::vector<SbVec3f> positions;
     std::vector<std::uint32_t> triangles;
 
-    void add(const SbVec3f &a, const SbVec3f &b, const SbVec3f &c)
+    void add(const SbVec3f& a, const SbVec3f& b, const SbVec3f& c)
     {
-        for (const SbVec3f &p : {a, b, c}) {
+        for (const SbVec3f& p : {a, b, c}) {
             triangles.push_back(static_cast<std::uint32_t>(positions.size()));
             positions.push_back(p);
         }
@@ -26,15 +26,22 @@ struct Soup {
 
 class Random {
 public:
-    float number(float low, float high) { return std::uniform_real_distribution<float>(low, high)(m_engine); }
-    SbVec3f vector(float size) { return {number(-size, size), number(-size, size), number(-size, size)}; }
+    float number(float low, float high)
+    {
+        return std::uniform_real_distribution<float>(low, high)(m_engine);
+    }
+    SbVec3f vector(float size)
+    {
+        return {number(-size, size), number(-size, size), number(-size, size)};
+    }
 
 private:
     std::mt19937 m_engine{7};
 };
 
 /// The same question without a tree, in double.
-std::set<std::uint32_t> bruteForce(const Soup &soup, const SbVec3f &o, const SbVec3f &d, float tMin, float tMax, float margin)
+std::set<std::uint32_t> bruteForce(const Soup& soup, const SbVec3f& o, const SbVec3f& d, float tMin,
+                                   float tMax, float margin)
 {
     std::set<std::uint32_t> met;
     for (std::uint32_t i = 0; i * 3 < soup.triangles.size(); ++i) {
@@ -43,12 +50,15 @@ std::set<std::uint32_t> bruteForce(const Soup &soup, const SbVec3f &o, const SbV
         const SbVec3d e2 = SbVec3d(soup.positions[soup.triangles[i * 3 + 2]]) - a;
         const SbVec3d p = SbVec3d(d).cross(e2);
         const double det = e1.dot(p);
-        if (!(std::abs(det) > 0)) continue;
+        if (!(std::abs(det) > 0))
+            continue;
         const SbVec3d s = SbVec3d(o) - a;
         const double u = s.dot(p) / det;
         const SbVec3d q = s.cross(e1);
         const double v = SbVec3d(d).dot(q) / det, t = e2.dot(q) / det;
-        if (u >= -margin && v >= -margin && u + v <= 1 + margin && t >= tMin - margin && t <= tMax + margin) met.insert(i);
+        if (u >= -margin && v >= -margin && u + v <= 1 + margin && t >= tMin - margin
+            && t <= tMax + margin)
+            met.insert(i);
     }
     return met;
 }
@@ -76,19 +86,22 @@ TEST(TriangleTree, FindsWhatBruteForceFinds)
         }
         std::set<std::uint32_t> found;
         float nearest = 50;
-        tree.intersectAll(origin, direction, 0, 50, [&](const TriangleTree::Hit &hit) {
+        tree.intersectAll(origin, direction, 0, 50, [&](const TriangleTree::Hit& hit) {
             found.insert(hit.triangle);
             nearest = std::min(nearest, hit.t);
             EXPECT_NEAR(hit.barycentric[0] + hit.barycentric[1] + hit.barycentric[2], 1, 1e-4f);
             return true;
         });
         // Rays that graze an edge may go either way.
-        for (const std::uint32_t t : bruteForce(soup, origin, direction, 0, 50, -1e-4f)) EXPECT_TRUE(found.count(t)) << i;
+        for (const std::uint32_t t : bruteForce(soup, origin, direction, 0, 50, -1e-4f))
+            EXPECT_TRUE(found.count(t)) << i;
         const auto most = bruteForce(soup, origin, direction, 0, 50, 1e-4f);
-        for (const std::uint32_t t : found) EXPECT_TRUE(most.count(t)) << i;
+        for (const std::uint32_t t : found)
+            EXPECT_TRUE(most.count(t)) << i;
         TriangleTree::Hit hit;
         ASSERT_EQ(tree.intersect(origin, direction, 0, 50, hit), !found.empty());
-        if (found.empty()) continue;
+        if (found.empty())
+            continue;
         ++hits;
         EXPECT_EQ(hit.t, nearest);
     }
@@ -98,7 +111,8 @@ TEST(TriangleTree, FindsWhatBruteForceFinds)
 TEST(TriangleTree, KeepsToTheRaysLimitsAndTellsTheSide)
 {
     Soup soup;
-    for (float z : {0.0f, 5.0f}) soup.add({-1, -1, z}, {1, -1, z}, {0, 1, z});
+    for (float z : {0.0f, 5.0f})
+        soup.add({-1, -1, z}, {1, -1, z}, {0, 1, z});
     const TriangleTree tree(soup.positions, soup.triangles);
     TriangleTree::Hit hit;
     ASSERT_TRUE(tree.intersect({0, 0, 10}, {0, 0, -2}, 0, 100, hit));
@@ -111,7 +125,8 @@ TEST(TriangleTree, KeepsToTheRaysLimitsAndTellsTheSide)
     ASSERT_TRUE(tree.intersect({0, 0, -10}, {0, 0, 1}, 0, 100, hit));
     EXPECT_FALSE(hit.front);
     int seen = 0;
-    tree.intersectAll({0, 0, 10}, {0, 0, -1}, 0, 100, [&seen](const TriangleTree::Hit &) { return ++seen < 1; });
+    tree.intersectAll({0, 0, 10}, {0, 0, -1}, 0, 100,
+                      [&seen](const TriangleTree::Hit&) { return ++seen < 1; });
     EXPECT_EQ(seen, 1);
 }
 
@@ -120,7 +135,10 @@ TEST(TriangleTree, LeavesNoGapBetweenNeighbours)
     // A bumpy sheet of small triangles: every ray down must meet it, edges and corners included.
     Soup soup;
     constexpr int n = 40;
-    const auto at = [](int x, int y) { return SbVec3f(static_cast<float>(x) * 0.1f, static_cast<float>(y) * 0.1f, std::sin(static_cast<float>(x * 7 + y * 3))); };
+    const auto at = [](int x, int y) {
+        return SbVec3f(static_cast<float>(x) * 0.1f, static_cast<float>(y) * 0.1f,
+                       std::sin(static_cast<float>(x * 7 + y * 3)));
+    };
     for (int y = 0; y < n; ++y) {
         for (int x = 0; x < n; ++x) {
             soup.add(at(x, y), at(x + 1, y), at(x + 1, y + 1));
@@ -139,19 +157,23 @@ TEST(TriangleTree, LeavesNoGapBetweenNeighbours)
 
 TEST(TriangleTree, SurvivesOddTriangles)
 {
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN(),
+                    inf = std::numeric_limits<float>::infinity();
     Soup soup;
     soup.add({nan, 0, 0}, {1, 0, 0}, {0, 1, 0});
     soup.add({0, inf, 0}, {1, 0, 0}, {0, 1, 0});
     soup.add({3e38f, 3e38f, 0}, {-3e38f, 0, 0}, {0, -3e38f, 0});
-    for (int i = 0; i < 1000; ++i) soup.add({1, 1, 1}, {1, 1, 1}, {1, 1, 1}); // all in one place, no area
-    for (int i = 0; i < 1000; ++i) soup.add({0, 0, 5}, {1, 0, 5}, {0, 1, 5}); // all the same
+    for (int i = 0; i < 1000; ++i)
+        soup.add({1, 1, 1}, {1, 1, 1}, {1, 1, 1}); // all in one place, no area
+    for (int i = 0; i < 1000; ++i)
+        soup.add({0, 0, 5}, {1, 0, 5}, {0, 1, 5}); // all the same
     const TriangleTree tree(soup.positions, soup.triangles);
     TriangleTree::Hit hit;
     ASSERT_TRUE(tree.intersect({0.2f, 0.2f, 10}, {0, 0, -1}, 0, 6, hit));
     EXPECT_EQ(hit.t, 5);
     int seen = 0;
-    tree.intersectAll({0.2f, 0.2f, 10}, {0, 0, -1}, 0, 6, [&seen](const TriangleTree::Hit &) { return ++seen > 0; });
+    tree.intersectAll({0.2f, 0.2f, 10}, {0, 0, -1}, 0, 6,
+                      [&seen](const TriangleTree::Hit&) { return ++seen > 0; });
     EXPECT_EQ(seen, 1000);
     EXPECT_FALSE(TriangleTree({}, {}).intersect({0, 0, 0}, {0, 0, 1}, 0, 1, hit));
 }

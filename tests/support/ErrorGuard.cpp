@@ -29,7 +29,7 @@ std::vector<std::string> s_unannounced;
 bool isInformation(const SoError& error)
 {
     return error.getTypeName() == std::string_view("SoDebugError")
-        && static_cast<const SoDebugError&>(error).getSeverity() == SoDebugError::SEV_INFO;
+           && static_cast<const SoDebugError&>(error).getSeverity() == SoDebugError::SEV_INFO;
 }
 
 void handleToolkitError(const SoError* error, void*)

@@ -15,7 +15,7 @@ bool isNoise(const QByteArray& text)
 {
     // What Qt says about a desktop that a test machine does not have.
     return text.startsWith("This plugin does not support")
-        || text.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set");
+           || text.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set");
 }
 
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message)

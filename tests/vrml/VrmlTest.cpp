@@ -26,15 +26,16 @@ protected:
     VrmlTest() { SoDB::init(); }
 };
 
-SoRef<SoVRMLGroup> scene(const std::string &text)
+SoRef<SoVRMLGroup> scene(const std::string& text)
 {
     SoInput in;
     const std::string whole = "#VRML V2.0 utf8\n" + text;
-    if (!in.setBuffer(whole.data(), whole.size())) return nullptr;
+    if (!in.setBuffer(whole.data(), whole.size()))
+        return nullptr;
     return SoRef<SoVRMLGroup>(SoDB::readAllVRML(&in));
 }
 
-SbBox3f boxOf(SoNode *node)
+SbBox3f boxOf(SoNode* node)
 {
     SoGetBoundingBoxAction action{SbViewportRegion()};
     action.apply(node);
@@ -42,21 +43,22 @@ SbBox3f boxOf(SoNode *node)
 }
 
 /// The geometry of "Shape { geometry TEXT }".
-SoRef<SoGeometry> geometry(const std::string &text)
+SoRef<SoGeometry> geometry(const std::string& text)
 {
     const auto root = scene("Shape { geometry " + text + " }");
-    if (!root) return nullptr;
-    auto *shape = static_cast<SoVRMLShape *>(root->getChild(0));
+    if (!root)
+        return nullptr;
+    auto* shape = static_cast<SoVRMLShape*>(root->getChild(0));
     SoCallbackAction action;
-    return static_cast<SoVRMLGeometry *>(shape->geometry.getValue())->getGeometry(action.getState());
+    return static_cast<SoVRMLGeometry*>(shape->geometry.getValue())->getGeometry(action.getState());
 }
 
 /// Volume inside the triangles; negative when they show their backs.
-double volume(const SoGeometry &g)
+double volume(const SoGeometry& g)
 {
     double sum = 0;
     for (std::size_t i = 0; i + 2 < g.triangles.size(); i += 3) {
-        const SbVec3f &a = g.positions[g.triangles[i]];
+        const SbVec3f& a = g.positions[g.triangles[i]];
         sum += a.dot(g.positions[g.triangles[i + 1]].cross(g.positions[g.triangles[i + 2]])) / 6;
     }
     return sum;
@@ -76,8 +78,9 @@ TEST_F(VrmlTest, BodiesAreClosedAndFaceOutwards)
     EXPECT_NEAR(volume(*geometry("Extrusion { }")), 4, 1e-4);
     // Along x, half as wide: the section stands square to the spine.
     EXPECT_NEAR(volume(*geometry("Extrusion { spine [ 0 0 0, 5 0 0 ] scale 0.5 0.5 }")), 5, 1e-4);
-    EXPECT_NEAR(volume(*geometry("Extrusion { spine [ 0 0 0, 0 1 0 ] scale [ 1 1, 0 0 ] }")), 4.0 / 3, 1e-4);
-    for (const char *text : {"Box { }", "Sphere { }", "Cone { }", "Cylinder { }"}) {
+    EXPECT_NEAR(volume(*geometry("Extrusion { spine [ 0 0 0, 0 1 0 ] scale [ 1 1, 0 0 ] }")),
+                4.0 / 3, 1e-4);
+    for (const char* text : {"Box { }", "Sphere { }", "Cone { }", "Cylinder { }"}) {
         const auto body = geometry(text);
         for (std::size_t i = 0; i < body->positions.size(); ++i)
             EXPECT_GE(body->normals[i].dot(body->positions[i]), -1e-5f) << text;
@@ -86,23 +89,30 @@ TEST_F(VrmlTest, BodiesAreClosedAndFaceOutwards)
 
 TEST_F(VrmlTest, GridsRiseAndFaceUp)
 {
-    const auto grid = geometry("ElevationGrid { xDimension 3 zDimension 2 xSpacing 2 zSpacing 5 height [ 0 1 0 0 1 0 ] }");
+    const auto grid = geometry(
+        "ElevationGrid { xDimension 3 zDimension 2 xSpacing 2 zSpacing 5 height [ 0 1 0 0 1 0 ] }");
     ASSERT_EQ(grid->getNumTriangles(), 4u);
     EXPECT_EQ(grid->getBox().getMax(), SbVec3f(4, 1, 5));
-    for (const SbVec3f &normal : grid->normals) EXPECT_GT(normal[1], 0);
+    for (const SbVec3f& normal : grid->normals)
+        EXPECT_GT(normal[1], 0);
     auto errors = support::expectErrors();
     EXPECT_FALSE(geometry("ElevationGrid { xDimension 50000 zDimension 50000 height [ 0 ] }"));
 }
 
 TEST_F(VrmlTest, FaceSetsTakeColoursAndLeaveBrokenFacesOut)
 {
-    const char *corners = "coord Coordinate { point [ 0 0 0, 1 0 0, 1 1 0, 0 1 0 ] } color Color { color [ 1 0 0, 0 0 1 ] } colorPerVertex FALSE ";
-    const auto faces = geometry("IndexedFaceSet { " + std::string(corners) + "coordIndex [ 0 1 2 -1 0 2 3 ] colorIndex [ 1 0 ] }");
+    const char* corners = "coord Coordinate { point [ 0 0 0, 1 0 0, 1 1 0, 0 1 0 ] } color Color { "
+                          "color [ 1 0 0, 0 0 1 ] } colorPerVertex FALSE ";
+    const auto faces = geometry("IndexedFaceSet { " + std::string(corners)
+                                + "coordIndex [ 0 1 2 -1 0 2 3 ] colorIndex [ 1 0 ] }");
     ASSERT_EQ(faces->getNumTriangles(), 2u);
     EXPECT_EQ(faces->colors[faces->triangles[0]], 0x0000ffffu);
     EXPECT_EQ(faces->colors[faces->triangles[3]], 0xff0000ffu);
     auto errors = support::expectErrors();
-    EXPECT_EQ(geometry("IndexedFaceSet { " + std::string(corners) + "coordIndex [ 0 1 2 -1 0 2 9 -1 ] }")->getNumTriangles(), 1u);
+    EXPECT_EQ(
+        geometry("IndexedFaceSet { " + std::string(corners) + "coordIndex [ 0 1 2 -1 0 2 9 -1 ] }")
+            ->getNumTriangles(),
+        1u);
 }
 
 TEST_F(VrmlTest, TransformsKeepToTheirChildren)
@@ -116,7 +126,8 @@ TEST_F(VrmlTest, TransformsKeepToTheirChildren)
 
 TEST_F(VrmlTest, SwitchesAndFieldsShowInTheBox)
 {
-    const auto root = scene("Switch { whichChoice 1 choice [ Shape { geometry Box { size 9 9 9 } } Shape { geometry Box { } } ] }");
+    const auto root = scene("Switch { whichChoice 1 choice [ Shape { geometry Box { size 9 9 9 } } "
+                            "Shape { geometry Box { } } ] }");
     EXPECT_EQ(boxOf(root.get()).getMax(), SbVec3f(1, 1, 1));
     root->getChild(0)->set("whichChoice 0");
     EXPECT_EQ(boxOf(root.get()).getMax(), SbVec3f(4.5f, 4.5f, 4.5f));
@@ -138,8 +149,12 @@ TEST_F(VrmlTest, ChildrenAreOneWithTheirField)
 
 TEST_F(VrmlTest, InlinesReadTheirFilesAndNeverThemselves)
 {
-    SoInput::addInMemoryTextFile("inner.wrl", "#VRML V2.0 utf8\nShape { geometry Box { size 4 4 4 } } Inline { url \"outer.wrl\" }");
-    SoInput::addInMemoryTextFile("outer.wrl", "#VRML V2.0 utf8\nInline { url [ \"http://example.invalid/x.wrl\", \"inner.wrl\" ] } Inline { url \"none.wrl\" bboxSize 20 2 2 }");
+    SoInput::addInMemoryTextFile(
+        "inner.wrl",
+        "#VRML V2.0 utf8\nShape { geometry Box { size 4 4 4 } } Inline { url \"outer.wrl\" }");
+    SoInput::addInMemoryTextFile(
+        "outer.wrl", "#VRML V2.0 utf8\nInline { url [ \"http://example.invalid/x.wrl\", "
+                     "\"inner.wrl\" ] } Inline { url \"none.wrl\" bboxSize 20 2 2 }");
     auto warnings = support::expectErrors();
     SoInput in;
     ASSERT_TRUE(in.openFile("outer.wrl"));
@@ -148,7 +163,7 @@ TEST_F(VrmlTest, InlinesReadTheirFilesAndNeverThemselves)
     EXPECT_EQ(warnings.count(), 2u);
     EXPECT_TRUE(warnings.contains("inline 'outer.wrl' holds itself"));
     EXPECT_TRUE(warnings.contains("inline 'none.wrl' cannot be found"));
-    auto *first = static_cast<SoVRMLInline *>(root->getChild(0));
+    auto* first = static_cast<SoVRMLInline*>(root->getChild(0));
     ASSERT_TRUE(first->getChildData());
     EXPECT_EQ((*first->getChildren())[1], first->getChildData());
     EXPECT_EQ(boxOf(first).getMax(), SbVec3f(2, 2, 2));
@@ -157,7 +172,8 @@ TEST_F(VrmlTest, InlinesReadTheirFilesAndNeverThemselves)
     EXPECT_EQ(copy->getChildren()->getLength(), 2);
     EXPECT_TRUE(first->requestChildrenFromURL());
     EXPECT_EQ(first->getChildren()->getLength(), 2);
-    for (const char *name : {"inner.wrl", "outer.wrl"}) SoInput::removeInMemoryTextFile(name);
+    for (const char* name : {"inner.wrl", "outer.wrl"})
+        SoInput::removeInMemoryTextFile(name);
 }
 
 TEST_F(VrmlTest, ViewpointsSeeTheSmallerSideUnderTheirAngle)

@@ -35,7 +35,8 @@ namespace {
 #endif
 }
 
-// The name of an exported function and the library of an address, as far as the dynamic linker knows them.
+// The name of an exported function and the library of an address, as far as the dynamic linker
+// knows them.
 [[maybe_unused]] void askLinker(std::uintptr_t address, std::string& function, std::string& library)
 {
 #if defined(KALMYR_HAVE_DLADDR)
@@ -54,11 +55,14 @@ namespace {
 #endif
 }
 
-// Collects the lines of the text. Frames are not counted off at the inner end, since the compiler may have
-// merged some: everything up to the caller's return address is left out.
+// Collects the lines of the text. Frames are not counted off at the inner end, since the compiler
+// may have merged some: everything up to the caller's return address is left out.
 class [[maybe_unused]] Lines {
 public:
-    Lines(const void* caller, int skip) : m_caller(reinterpret_cast<std::uintptr_t>(caller)), m_skip(skip) {}
+    Lines(const void* caller, int skip)
+        : m_caller(reinterpret_cast<std::uintptr_t>(caller)), m_skip(skip)
+    {
+    }
 
     // `address` may lie anywhere in the calling instruction or just behind it.
     bool wants(std::uintptr_t address)
@@ -78,7 +82,9 @@ public:
             askLinker(address, function, place);
         }
         m_text += SbString::format("#%d ", m_count++);
-        m_text += function.empty() ? SbString::format("0x%llx", static_cast<unsigned long long>(address)) : function;
+        m_text += function.empty()
+                      ? SbString::format("0x%llx", static_cast<unsigned long long>(address))
+                      : function;
         m_text += place.empty() ? "\n" : " (" + place + ")\n";
     }
 
@@ -97,14 +103,12 @@ private:
 backtrace_state* state()
 {
     // Never freed: the library offers no way, and it keeps the debug information that it has read.
-    static backtrace_state* const s_state =
-        backtrace_create_state(nullptr, 1, [](void*, const char*, int) {}, nullptr);
+    static backtrace_state* const s_state = backtrace_create_state(
+        nullptr, 1, [](void*, const char*, int) {}, nullptr);
     return s_state;
 }
 
-void ignoreError(void*, const char*, int)
-{
-}
+void ignoreError(void*, const char*, int) {}
 
 int addFrame(void* data, std::uintptr_t address, const char* file, int line, const char* function)
 {
@@ -115,7 +119,8 @@ int addFrame(void* data, std::uintptr_t address, const char* file, int line, con
     }
     std::string name = function ? readableName(function) : std::string();
     if (name.empty()) {
-        const auto take = [](void* to, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t) {
+        const auto take = [](void* to, std::uintptr_t, const char* symbol, std::uintptr_t,
+                             std::uintptr_t) {
             *static_cast<std::string*>(to) = symbol ? readableName(symbol) : std::string();
         };
         backtrace_syminfo(state(), address, take, ignoreError, &name);

@@ -11,8 +11,8 @@ namespace kalmyr::detail {
 #define KALMYR_CALLER nullptr
 #endif
 
-/// The calls of the current thread, innermost first, one a line, from `caller` (see KALMYR_CALLER) on and
-/// without the `skip` innermost of those. Empty where the system offers no way.
+/// The calls of the current thread, innermost first, one a line, from `caller` (see KALMYR_CALLER)
+/// on and without the `skip` innermost of those. Empty where the system offers no way.
 SbString callStack(const void* caller, int skip = 0);
 
 } // namespace kalmyr::detail

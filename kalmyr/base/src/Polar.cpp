@@ -96,11 +96,13 @@ Row anySquareTo(const Row& a)
     return scaled(r, 1 / std::sqrt(dot(r, r)));
 }
 
-// Makes the rows unit and square to each other, the longest first; rows without a direction are made up.
+// Makes the rows unit and square to each other, the longest first; rows without a direction are
+// made up.
 void orthonormalize(Mat3d& w, const std::array<double, 3>& scale)
 {
     std::array<int, 3> order{0, 1, 2};
-    std::stable_sort(order.begin(), order.end(), [&scale](int i, int j) { return scale[i] > scale[j]; });
+    std::stable_sort(order.begin(), order.end(),
+                     [&scale](int i, int j) { return scale[i] > scale[j]; });
     const double limit = scale[order[0]] * kSingularRatio;
     if (!(limit > 0)) {
         w = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
@@ -123,13 +125,17 @@ void orthonormalize(Mat3d& w, const std::array<double, 3>& scale)
     third = scaled(normal, side);
 }
 
-// Undoes the mirroring of `w` by negative scale factors, so that the rotation turns as little as possible.
+// Undoes the mirroring of `w` by negative scale factors, so that the rotation turns as little as
+// possible.
 void unmirror(Mat3d& w, std::array<double, 3>& scale, const Mat3d& orientation)
 {
-    const Row along{dot(orientation[0], w[0]), dot(orientation[1], w[1]), dot(orientation[2], w[2])};
-    const int least = static_cast<int>(std::min_element(along.begin(), along.end()) - along.begin());
+    const Row along{dot(orientation[0], w[0]), dot(orientation[1], w[1]),
+                    dot(orientation[2], w[2])};
+    const int least =
+        static_cast<int>(std::min_element(along.begin(), along.end()) - along.begin());
     // One factor or all three: the trace of the rotation is what remains of the sum.
-    const bool all = -(along[0] + along[1] + along[2]) > along[0] + along[1] + along[2] - 2 * along[least];
+    const bool all =
+        -(along[0] + along[1] + along[2]) > along[0] + along[1] + along[2] - 2 * along[least];
     for (int i = 0; i < 3; ++i) {
         if (all || i == least) {
             w[i] = scaled(w[i], -1);

@@ -64,8 +64,8 @@ double worldVolume(const SbBox3f& box, const SbMatrix& m)
     return std::fabs(double(box.getVolume()) * m.det3());
 }
 
-// Whether the extents of two convex bodies on an axis have a gap between them. Each body is a centre and
-// three half edges.
+// Whether the extents of two convex bodies on an axis have a gap between them. Each body is a
+// centre and three half edges.
 struct Body {
     SbVec3d center;
     SbVec3d edge[3];
@@ -82,7 +82,8 @@ struct Body {
 
     double extent(const SbVec3d& axis) const
     {
-        return std::fabs(edge[0].dot(axis)) + std::fabs(edge[1].dot(axis)) + std::fabs(edge[2].dot(axis));
+        return std::fabs(edge[0].dot(axis)) + std::fabs(edge[1].dot(axis))
+               + std::fabs(edge[2].dot(axis));
     }
 };
 
@@ -166,7 +167,8 @@ void SbXfBox3f::extendBy(const SbXfBox3f& box)
         SbBox3f local(guest);
         local.transform(guest.m_matrix * host.m_inverse);
         local.extendBy(host);
-        if (host.m_invertible && worldVolume(local, host.m_matrix) < worldVolume(best, best.m_matrix)) {
+        if (host.m_invertible
+            && worldVolume(local, host.m_matrix) < worldVolume(best, best.m_matrix)) {
             static_cast<SbBox3f&>(best) = local;
             best.setTransform(host.m_matrix);
         }

@@ -85,7 +85,8 @@ void SbColorRGBA::getHSVValue(float& h, float& s, float& v) const
 
 SbColorRGBA& SbColorRGBA::setPackedValue(std::uint32_t rgba)
 {
-    return *this = SbColorRGBA(fromByte(rgba, 24), fromByte(rgba, 16), fromByte(rgba, 8), fromByte(rgba, 0));
+    return *this = SbColorRGBA(fromByte(rgba, 24), fromByte(rgba, 16), fromByte(rgba, 8),
+                               fromByte(rgba, 0));
 }
 
 std::uint32_t SbColorRGBA::getPackedValue() const

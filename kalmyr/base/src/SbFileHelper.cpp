@@ -78,7 +78,8 @@ std::string_view takeVariable(std::string_view& text)
         return name;
     }
     std::size_t end = 1;
-    while (end < text.size() && (end == 1 ? SbName::isIdentStartChar(text[end]) : SbName::isIdentChar(text[end]))) {
+    while (end < text.size()
+           && (end == 1 ? SbName::isIdentStartChar(text[end]) : SbName::isIdentChar(text[end]))) {
         ++end;
     }
     const std::string_view name = text.substr(1, end - 1);
@@ -158,7 +159,8 @@ bool SbFileHelper::isAccessible(const SbString& path, int access)
 #if defined(_WIN32)
     return _access(path.getString(), access & (READABLE | WRITABLE)) == 0;
 #else
-    const int mode = (access & READABLE ? R_OK : 0) | (access & WRITABLE ? W_OK : 0) | (access & EXECUTABLE ? X_OK : 0);
+    const int mode = (access & READABLE ? R_OK : 0) | (access & WRITABLE ? W_OK : 0)
+                     | (access & EXECUTABLE ? X_OK : 0);
     return ::access(path.getString(), mode ? mode : F_OK) == 0;
 #endif
 }
@@ -226,7 +228,8 @@ std::FILE* SbFileHelper::open(const SbString& path, const char* mode, SbString* 
         return nullptr;
     }
 #if defined(_WIN32)
-    std::FILE* file = _wfopen(toPath(path).c_str(), std::wstring(mode, mode + std::strlen(mode)).c_str());
+    std::FILE* file =
+        _wfopen(toPath(path).c_str(), std::wstring(mode, mode + std::strlen(mode)).c_str());
 #else
     std::FILE* file = std::fopen(path.getString(), mode);
 #endif
@@ -248,7 +251,8 @@ bool SbFileHelper::writeFile(const SbString& path, std::string_view bytes, SbStr
     std::error_code failed;
     const fs::path target = fs::weakly_canonical(toPath(path), failed);
     const fs::file_status status = fs::status(target, failed);
-    const bool plain = status.type() == fs::file_type::regular || status.type() == fs::file_type::not_found;
+    const bool plain =
+        status.type() == fs::file_type::regular || status.type() == fs::file_type::not_found;
     const SbString temporary = temporaryName(target);
     if (!plain || !writeAll(temporary, bytes, nullptr)) {
         // Devices, and folders that take no new file.

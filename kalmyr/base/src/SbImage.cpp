@@ -24,7 +24,8 @@ std::size_t bytesFor(const SbVec3i32& size, int components)
 
 bool isEmptySize(const SbVec3i32& size, int components)
 {
-    const bool sane = size[0] >= 0 && size[1] >= 0 && size[2] >= 0 && components >= 0 && components <= 4;
+    const bool sane =
+        size[0] >= 0 && size[1] >= 0 && size[2] >= 0 && components >= 0 && components <= 4;
     return sane && (size[0] == 0 || size[1] == 0);
 }
 

@@ -13,7 +13,8 @@ namespace {
 constexpr double kParallel = 1e-14;
 
 // Cuts the interval [near, far] of a line with the slab between min and max on one axis.
-bool clipToSlab(double position, double direction, double min, double max, double& near, double& far)
+bool clipToSlab(double position, double direction, double min, double max, double& near,
+                double& far)
 {
     if (direction == 0) {
         return position >= min && position <= max;
@@ -73,7 +74,8 @@ bool SbLine::intersect(const SbBox3f& box, SbVec3f& enter, SbVec3f& exit) const
         return false;
     }
     for (int i = 0; i < 3; ++i) {
-        if (!clipToSlab(m_position[i], m_direction[i], box.getMin()[i], box.getMax()[i], near, far)) {
+        if (!clipToSlab(m_position[i], m_direction[i], box.getMin()[i], box.getMax()[i], near,
+                        far)) {
             return false;
         }
     }
@@ -109,11 +111,12 @@ bool SbLine::intersect(float radius, const SbBox3f& box) const
     const SbVec3f grow(radius, radius, radius);
     SbVec3f enter;
     SbVec3f exit;
-    return !box.isEmpty() && intersect(SbBox3f(box.getMin() - grow, box.getMax() + grow), enter, exit);
+    return !box.isEmpty()
+           && intersect(SbBox3f(box.getMin() - grow, box.getMax() + grow), enter, exit);
 }
 
-bool SbLine::intersect(const SbVec3f& v0, const SbVec3f& v1, const SbVec3f& v2, SbVec3f& point, SbVec3f& barycentric,
-                       bool& front) const
+bool SbLine::intersect(const SbVec3f& v0, const SbVec3f& v1, const SbVec3f& v2, SbVec3f& point,
+                       SbVec3f& barycentric, bool& front) const
 {
     const SbVec3d edge1 = SbVec3d(v1) - SbVec3d(v0);
     const SbVec3d edge2 = SbVec3d(v2) - SbVec3d(v0);

@@ -92,12 +92,14 @@ bool invertAffine(const SbMatrix& m, SbMatrix& out)
     out.makeIdentity();
     setLinearPart(out, inv);
     for (int j = 0; j < 3; ++j) {
-        out[3][j] = static_cast<float>(-(m[3][0] * inv[0][j] + m[3][1] * inv[1][j] + m[3][2] * inv[2][j]));
+        out[3][j] =
+            static_cast<float>(-(m[3][0] * inv[0][j] + m[3][1] * inv[1][j] + m[3][2] * inv[2][j]));
     }
     return true;
 }
 
-// Gauss-Jordan elimination with row pivots. Leaves the inverse in the right half and returns the determinant.
+// Gauss-Jordan elimination with row pivots. Leaves the inverse in the right half and returns the
+// determinant.
 double eliminate(double (&m)[4][8])
 {
     double det = 1;
@@ -217,7 +219,8 @@ void SbMatrix::setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f
     }
 }
 
-void SbMatrix::setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f& s, const SbRotation& scaleOrientation)
+void SbMatrix::setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f& s,
+                            const SbRotation& scaleOrientation)
 {
     setTransform(t, r, s, scaleOrientation, SbVec3f());
 }
@@ -227,7 +230,8 @@ void SbMatrix::setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f
     setTransform(t, r, s, SbRotation(), SbVec3f());
 }
 
-bool SbMatrix::factor(SbMatrix& orientation, SbVec3f& scale, SbMatrix& rotation, SbVec3f& translation) const
+bool SbMatrix::factor(SbMatrix& orientation, SbVec3f& scale, SbMatrix& rotation,
+                      SbVec3f& translation) const
 {
     orientation.makeIdentity();
     rotation.makeIdentity();
@@ -244,7 +248,8 @@ bool SbMatrix::factor(SbMatrix& orientation, SbVec3f& scale, SbMatrix& rotation,
     return true;
 }
 
-bool SbMatrix::getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s, SbRotation& scaleOrientation) const
+bool SbMatrix::getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s,
+                            SbRotation& scaleOrientation) const
 {
     return getTransform(t, r, s, scaleOrientation, SbVec3f());
 }
@@ -259,7 +264,8 @@ bool SbMatrix::getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s, SbRotation& s
     scaleOrientation.setValue(orientation);
     if (ok) {
         for (int j = 0; j < 3; ++j) {
-            const double moved = double(center[0]) * m_v[0][j] + double(center[1]) * m_v[1][j] + double(center[2]) * m_v[2][j];
+            const double moved = double(center[0]) * m_v[0][j] + double(center[1]) * m_v[1][j]
+                                 + double(center[2]) * m_v[2][j];
             t[j] = static_cast<float>(m_v[3][j] - center[j] + moved);
         }
     }
@@ -305,7 +311,8 @@ SbMatrix operator*(const SbMatrix& a, const SbMatrix& b)
     for (int i = 0; i < 4; ++i) {
         const float* row = a.m_v[i];
         for (int j = 0; j < 4; ++j) {
-            r.m_v[i][j] = row[0] * b.m_v[0][j] + row[1] * b.m_v[1][j] + row[2] * b.m_v[2][j] + row[3] * b.m_v[3][j];
+            r.m_v[i][j] = row[0] * b.m_v[0][j] + row[1] * b.m_v[1][j] + row[2] * b.m_v[2][j]
+                          + row[3] * b.m_v[3][j];
         }
     }
     return r;

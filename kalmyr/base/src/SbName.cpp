@@ -8,9 +8,9 @@
 #include <new>
 #include <vector>
 
-/// All names of the process: open addressing over slots that only ever go from null to an entry, so that
-/// readers need no lock. A table that fills up is replaced by a larger one and kept, since a reader may still be
-/// in it; together the old ones are smaller than the last.
+/// All names of the process: open addressing over slots that only ever go from null to an entry, so
+/// that readers need no lock. A table that fills up is replaced by a larger one and kept, since a
+/// reader may still be in it; together the old ones are smaller than the last.
 class SbNameTable {
 public:
     using Entry = SbName::Entry;
@@ -49,7 +49,10 @@ public:
 private:
     class Slots {
     public:
-        explicit Slots(std::size_t size) : m_mask(size - 1), m_entries(new std::atomic<const Entry*>[size]()) {}
+        explicit Slots(std::size_t size)
+            : m_mask(size - 1), m_entries(new std::atomic<const Entry*>[size]())
+        {
+        }
 
         std::size_t size() const { return m_mask + 1; }
 
@@ -76,7 +79,10 @@ private:
             m_entries[i].store(entry, std::memory_order_release);
         }
 
-        const Entry* at(std::size_t i) const { return m_entries[i].load(std::memory_order_relaxed); }
+        const Entry* at(std::size_t i) const
+        {
+            return m_entries[i].load(std::memory_order_relaxed);
+        }
 
     private:
         std::size_t m_mask;
@@ -107,7 +113,8 @@ private:
 
     const Entry* makeEntry(std::string_view text, std::size_t hash)
     {
-        auto* entry = new (allocate(sizeof(Entry) + text.size() + 1)) Entry{hash, static_cast<std::uint32_t>(text.size())};
+        auto* entry = new (allocate(sizeof(Entry) + text.size() + 1))
+            Entry{hash, static_cast<std::uint32_t>(text.size())};
         char* to = reinterpret_cast<char*>(entry + 1);
         std::memcpy(to, text.data(), text.size());
         to[text.size()] = '\0';
@@ -139,10 +146,13 @@ private:
 
 const SbName::Entry* SbName::intern(std::string_view text)
 {
-    return text.empty() ? nullptr : SbNameTable::instance().findOrAdd(text, std::hash<std::string_view>()(text));
+    return text.empty()
+               ? nullptr
+               : SbNameTable::instance().findOrAdd(text, std::hash<std::string_view>()(text));
 }
 
 const SbName::Entry* SbName::lookUp(std::string_view text)
 {
-    return text.empty() ? nullptr : SbNameTable::instance().find(text, std::hash<std::string_view>()(text));
+    return text.empty() ? nullptr
+                        : SbNameTable::instance().find(text, std::hash<std::string_view>()(text));
 }

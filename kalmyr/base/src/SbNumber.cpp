@@ -5,8 +5,8 @@
 
 namespace {
 
-// Whether a decimal number that fits no double is too large, rather than too small: looks at the power of ten of
-// its first digit that is not zero.
+// Whether a decimal number that fits no double is too large, rather than too small: looks at the
+// power of ten of its first digit that is not zero.
 bool isHuge(const char* first, const char* end)
 {
     long long power = 0;
@@ -56,7 +56,8 @@ SbNumber::Result finishWhole(const char* start, const char* last, int base, bool
     if (error == std::errc::invalid_argument) {
         return {nullptr, SbNumber::Status::NotANumber};
     }
-    const Unsigned most = negative ? Unsigned(0) - static_cast<Unsigned>(Limits::min()) : static_cast<Unsigned>(Limits::max());
+    const Unsigned most = negative ? Unsigned(0) - static_cast<Unsigned>(Limits::min())
+                                   : static_cast<Unsigned>(Limits::max());
     const bool allBits = base == 16 && !negative;
     if (error == std::errc::result_out_of_range || (magnitude > most && !allBits)) {
         value = negative ? Limits::min() : Limits::max();
@@ -79,7 +80,8 @@ SbNumber::Result parseWhole(const char* first, const char* last, T& value)
     if (!negative || std::is_signed_v<T>) {
         r = hex ? finishWhole(p + 2, last, 16, negative, value) : r;
         // "0x" without digits is the number 0 and an x.
-        r = r.status == SbNumber::Status::NotANumber ? finishWhole(p, last, 10, negative, value) : r;
+        r = r.status == SbNumber::Status::NotANumber ? finishWhole(p, last, 10, negative, value)
+                                                     : r;
     }
     r.end = r.status == SbNumber::Status::NotANumber ? first : r.end;
     return r;

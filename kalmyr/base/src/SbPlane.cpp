@@ -36,8 +36,8 @@ void SbPlane::transform(const SbMatrix& m)
     double plane[4];
     for (int i = 0; i < 4; ++i) {
         const float* row = inverse[i];
-        plane[i] = double(row[0]) * m_normal[0] + double(row[1]) * m_normal[1] + double(row[2]) * m_normal[2]
-                   - double(row[3]) * m_distance;
+        plane[i] = double(row[0]) * m_normal[0] + double(row[1]) * m_normal[1]
+                   + double(row[2]) * m_normal[2] - double(row[3]) * m_distance;
     }
     const double length = std::hypot(plane[0], plane[1], plane[2]);
     if (length > 0) {

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Quaternions whose squared length is this near to 1 are taken as they are, so that setting a value that was
-// read before changes nothing.
+// Quaternions whose squared length is this near to 1 are taken as they are, so that setting a value
+// that was read before changes nothing.
 constexpr double kUnitTolerance = 4e-7;
 // Nearer than this the sine of the angle is noise and a straight line serves.
 constexpr double kSlerpStraight = 1e-6;

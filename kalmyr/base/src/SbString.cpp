@@ -22,8 +22,8 @@ bool isSpace(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// What the first byte of a UTF-8 sequence says: how many bytes follow and the range of the first of them,
-// which excludes overlong forms, surrogates and what is beyond U+10FFFF.
+// What the first byte of a UTF-8 sequence says: how many bytes follow and the range of the first of
+// them, which excludes overlong forms, surrogates and what is beyond U+10FFFF.
 struct Lead {
     int more;
     unsigned char low = 0x80;
@@ -39,10 +39,12 @@ Lead leadOf(unsigned char c)
         return {1};
     }
     if (c >= 0xE0 && c <= 0xEF) {
-        return {2, static_cast<unsigned char>(c == 0xE0 ? 0xA0 : 0x80), static_cast<unsigned char>(c == 0xED ? 0x9F : 0xBF)};
+        return {2, static_cast<unsigned char>(c == 0xE0 ? 0xA0 : 0x80),
+                static_cast<unsigned char>(c == 0xED ? 0x9F : 0xBF)};
     }
     if (c >= 0xF0 && c <= 0xF4) {
-        return {3, static_cast<unsigned char>(c == 0xF0 ? 0x90 : 0x80), static_cast<unsigned char>(c == 0xF4 ? 0x8F : 0xBF)};
+        return {3, static_cast<unsigned char>(c == 0xF0 ? 0x90 : 0x80),
+                static_cast<unsigned char>(c == 0xF4 ? 0x8F : 0xBF)};
     }
     return {-1};
 }
@@ -104,13 +106,9 @@ bool isLowSurrogate(char16_t c)
 
 } // namespace
 
-SbString::SbString(float number) : m_text(numberText(number))
-{
-}
+SbString::SbString(float number) : m_text(numberText(number)) {}
 
-SbString::SbString(double number) : m_text(numberText(number))
-{
-}
+SbString::SbString(double number) : m_text(numberText(number)) {}
 
 SbString SbString::getSubString(std::size_t start, std::size_t end) const
 {

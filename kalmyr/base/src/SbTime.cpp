@@ -35,14 +35,16 @@ SbString countOf(const char* pattern, const Unit& unit, std::int64_t total)
 {
     const Unit* larger = nullptr;
     for (const Unit& other : kUnits) {
-        larger = other.microseconds > unit.microseconds && uses(pattern, other.letter) ? &other : larger;
+        larger =
+            other.microseconds > unit.microseconds && uses(pattern, other.letter) ? &other : larger;
     }
     if (!larger) {
         return SbString(static_cast<long long>(total / unit.microseconds));
     }
     const bool microsOfSecond = unit.letter == 'U' && larger->letter != 'I';
     const int digits = microsOfSecond ? 6 : unit.digits;
-    return SbString::format("%0*lld", digits, static_cast<long long>(total % larger->microseconds / unit.microseconds));
+    return SbString::format(
+        "%0*lld", digits, static_cast<long long>(total % larger->microseconds / unit.microseconds));
 }
 
 double secondsOf(auto duration)

@@ -136,7 +136,8 @@ void SbViewVolume::setWindow(double left, double right, double bottom, double to
     m_top = top;
 }
 
-void SbViewVolume::ortho(double left, double right, double bottom, double top, double nearDist, double farDist)
+void SbViewVolume::ortho(double left, double right, double bottom, double top, double nearDist,
+                         double farDist)
 {
     *this = SbViewVolume();
     setWindow(left, right, bottom, top);
@@ -151,7 +152,8 @@ void SbViewVolume::perspective(double fovy, double aspect, double nearDist, doub
     zSet(nearDist, farDist);
 }
 
-void SbViewVolume::frustum(double left, double right, double bottom, double top, double nearDist, double farDist)
+void SbViewVolume::frustum(double left, double right, double bottom, double top, double nearDist,
+                           double farDist)
 {
     *this = SbViewVolume();
     m_type = PERSPECTIVE;
@@ -316,7 +318,8 @@ void SbViewVolume::projectPointToLine(const SbVec2f& pt, SbLine& line) const
     line.setPosDir(SbVec3f(nearPoint), SbVec3f((farPoint - nearPoint).normalized()));
 }
 
-void SbViewVolume::projectPointToLine(const SbVec2f& pt, SbVec3f& nearPoint, SbVec3f& farPoint) const
+void SbViewVolume::projectPointToLine(const SbVec2f& pt, SbVec3f& nearPoint,
+                                      SbVec3f& farPoint) const
 {
     nearPoint = SbVec3f(onScreen(pt[0], pt[1], m_near));
     farPoint = SbVec3f(onScreen(pt[0], pt[1], m_far));
@@ -384,8 +387,8 @@ SbVec2f SbViewVolume::projectBox(const SbBox3f& box) const
 SbViewVolume SbViewVolume::narrow(float left, float bottom, float right, float top) const
 {
     SbViewVolume r = *this;
-    r.setWindow(mix(m_left, m_rightEdge, left), mix(m_left, m_rightEdge, right), mix(m_bottom, m_top, bottom),
-                mix(m_bottom, m_top, top));
+    r.setWindow(mix(m_left, m_rightEdge, left), mix(m_left, m_rightEdge, right),
+                mix(m_bottom, m_top, bottom), mix(m_bottom, m_top, top));
     return r;
 }
 
@@ -409,7 +412,8 @@ std::array<SbPlane, 6> SbViewVolume::getPlanes() const
     std::array<SbPlane, 6> planes;
     for (int side = 0; side < 6; ++side) {
         const SbVec3d& p = corner[kSides[side][0]];
-        SbVec3d normal = (corner[kSides[side][1]] - p).cross(corner[kSides[side][2]] - p).normalized();
+        SbVec3d normal =
+            (corner[kSides[side][1]] - p).cross(corner[kSides[side][2]] - p).normalized();
         normal *= normal.dot(middle - p) < 0 ? -1 : 1;
         planes[side] = SbPlane(SbVec3f(normal), static_cast<float>(normal.dot(p)));
     }
@@ -421,8 +425,9 @@ bool SbViewVolume::intersect(const SbVec3f& p) const
     const SbVec3d eye = ToAxes(m_origin, m_right, m_up, m_back)(p);
     const double depth = -eye[2];
     const double spread = m_type == PERSPECTIVE ? depth / m_near : 1;
-    return depth >= m_near && depth <= m_far && eye[0] >= m_left * spread && eye[0] <= m_rightEdge * spread
-           && eye[1] >= m_bottom * spread && eye[1] <= m_top * spread;
+    return depth >= m_near && depth <= m_far && eye[0] >= m_left * spread
+           && eye[0] <= m_rightEdge * spread && eye[1] >= m_bottom * spread
+           && eye[1] <= m_top * spread;
 }
 
 bool SbViewVolume::intersect(const SbBox3f& box) const
@@ -432,7 +437,8 @@ bool SbViewVolume::intersect(const SbBox3f& box) const
     }
     for (const SbPlane& plane : getPlanes()) {
         const SbVec3f& n = plane.getNormal();
-        const SbVec3f inmost = box.getCorner((n[0] > 0 ? 1 : 0) | (n[1] > 0 ? 2 : 0) | (n[2] > 0 ? 4 : 0));
+        const SbVec3f inmost =
+            box.getCorner((n[0] > 0 ? 1 : 0) | (n[1] > 0 ? 2 : 0) | (n[2] > 0 ? 4 : 0));
         if (!plane.isInHalfSpace(inmost)) {
             return false;
         }
@@ -451,7 +457,8 @@ SbBox3f SbViewVolume::getBoundingBox() const
 
 bool operator==(const SbViewVolume& a, const SbViewVolume& b)
 {
-    return a.m_type == b.m_type && a.m_origin == b.m_origin && a.m_right == b.m_right && a.m_up == b.m_up
-           && a.m_back == b.m_back && a.m_left == b.m_left && a.m_rightEdge == b.m_rightEdge && a.m_bottom == b.m_bottom
-           && a.m_top == b.m_top && a.m_near == b.m_near && a.m_far == b.m_far;
+    return a.m_type == b.m_type && a.m_origin == b.m_origin && a.m_right == b.m_right
+           && a.m_up == b.m_up && a.m_back == b.m_back && a.m_left == b.m_left
+           && a.m_rightEdge == b.m_rightEdge && a.m_bottom == b.m_bottom && a.m_top == b.m_top
+           && a.m_near == b.m_near && a.m_far == b.m_far;
 }

@@ -74,6 +74,6 @@ SbVec2f SbViewportRegion::normalize(const SbVec2s& windowPixel) const
 
 bool operator==(const SbViewportRegion& a, const SbViewportRegion& b)
 {
-    return a.m_windowSize == b.m_windowSize && a.m_originPixels == b.m_originPixels && a.m_sizePixels == b.m_sizePixels
-           && a.m_pixelsPerInch == b.m_pixelsPerInch;
+    return a.m_windowSize == b.m_windowSize && a.m_originPixels == b.m_originPixels
+           && a.m_sizePixels == b.m_sizePixels && a.m_pixelsPerInch == b.m_pixelsPerInch;
 }

@@ -7,7 +7,8 @@ SoDebugError::SoDebugError(Severity severity, const char* source, SbString text)
 {
 }
 
-void SoDebugError::send(Severity severity, const char* source, const char* pattern, std::va_list arguments)
+void SoDebugError::send(Severity severity, const char* source, const char* pattern,
+                        std::va_list arguments)
 {
     const SoDebugError error(severity, source, kalmyr::detail::formatArguments(pattern, arguments));
     error.handle(slot());

@@ -48,7 +48,9 @@ bool SoDynamicLibManager::close(Handle library, SbString* error)
 
 void* SoDynamicLibManager::symbol(Handle library, const char* name, SbString* error)
 {
-    void* address = library ? reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)) : nullptr;
+    void* address =
+        library ? reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name))
+                : nullptr;
     setError(error, !address);
     return address;
 }
@@ -56,7 +58,8 @@ void* SoDynamicLibManager::symbol(Handle library, const char* name, SbString* er
 SbString SoDynamicLibManager::getLibraryFromSymbol(const void* address)
 {
     HMODULE module = nullptr;
-    constexpr DWORD kFlags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    constexpr DWORD kFlags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     char path[MAX_PATH] = "";
     if (GetModuleHandleExA(kFlags, static_cast<const char*>(address), &module)) {
         GetModuleFileNameA(module, path, MAX_PATH);
@@ -116,13 +119,17 @@ SbString SoDynamicLibManager::getLibraryFromSymbol(const void* address)
 {
     Dl_info info{};
     link_map* map = nullptr;
-    if (!address || !dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) || !info.dli_fname) {
+    if (!address || !dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP)
+        || !info.dli_fname) {
         return {};
     }
-    // The program itself goes by the name it was called with, which says little after a change of folder.
+    // The program itself goes by the name it was called with, which says little after a change of
+    // folder.
     char program[4096];
-    const ssize_t length = map && !*map->l_name ? readlink("/proc/self/exe", program, sizeof program) : -1;
-    return length > 0 ? SbString(program, static_cast<std::size_t>(length)) : SbString(info.dli_fname);
+    const ssize_t length =
+        map && !*map->l_name ? readlink("/proc/self/exe", program, sizeof program) : -1;
+    return length > 0 ? SbString(program, static_cast<std::size_t>(length))
+                      : SbString(info.dli_fname);
 }
 
 SbString SoDynamicLibManager::fileName(const SbString& plainName)

@@ -4,7 +4,8 @@
 
 #include "CallStack.h"
 
-SoErrorStack::SoErrorStack(SbString text, SbString stack) : SoError(std::move(text)), m_stack(std::move(stack))
+SoErrorStack::SoErrorStack(SbString text, SbString stack)
+    : SoError(std::move(text)), m_stack(std::move(stack))
 {
 }
 
@@ -15,7 +16,8 @@ void SoErrorStack::post(const char* pattern, ...)
     SbString text = kalmyr::detail::formatArguments(pattern, arguments);
     va_end(arguments);
     const bool record = SoPreferences::getBool("KMR_DEBUG_STACKERROR", false);
-    const SoErrorStack error(std::move(text), record ? kalmyr::detail::callStack(KALMYR_CALLER) : SbString());
+    const SoErrorStack error(std::move(text),
+                             record ? kalmyr::detail::callStack(KALMYR_CALLER) : SbString());
     error.handle(slot());
 }
 

@@ -15,7 +15,8 @@ using Values = std::map<std::string, SbString, std::less<>>;
 
 constexpr const char* kFileVariable = "KMR_PREFERENCES_FILE";
 
-// The lines of a preferences file. Reading does not go through SbFileHelper, which asks for preferences itself.
+// The lines of a preferences file. Reading does not go through SbFileHelper, which asks for
+// preferences itself.
 bool readValues(const std::string& path, Values& values)
 {
     std::ifstream file(path);
@@ -55,8 +56,8 @@ public:
         }
         // Outside the lock, since a handler may ask for preferences.
         if (!unreadable.empty()) {
-            SoDebugError::postWarning("SoPreferences", "%s names a file that cannot be read: %s", kFileVariable,
-                                      unreadable.c_str());
+            SoDebugError::postWarning("SoPreferences", "%s names a file that cannot be read: %s",
+                                      kFileVariable, unreadable.c_str());
         }
         return r;
     }

@@ -3,7 +3,11 @@
 #include <utility>
 
 SoReadError::SoReadError(const SbString& fileName, int line, int column, SbString message)
-    : SoError(SbString()), m_fileName(fileName), m_message(std::move(message)), m_line(line), m_column(column)
+    : SoError(SbString()),
+      m_fileName(fileName),
+      m_message(std::move(message)),
+      m_line(line),
+      m_column(column)
 {
     m_text = fileName.isEmpty() ? SbString("<memory>") : fileName;
     if (line > 0) {
@@ -16,7 +20,8 @@ void SoReadError::post(const SbString& fileName, int line, int column, const cha
 {
     std::va_list arguments;
     va_start(arguments, pattern);
-    const SoReadError error(fileName, line, column, kalmyr::detail::formatArguments(pattern, arguments));
+    const SoReadError error(fileName, line, column,
+                            kalmyr::detail::formatArguments(pattern, arguments));
     va_end(arguments);
     error.handle(slot());
 }

@@ -12,7 +12,8 @@ void SoRefCounter::destroy()
 void SoRefCounter::releaseLast() const
 {
     if (m_refCount < 1) {
-        SoDebugError::post("SoRefCounter::unref", "object %p has no reference to release", static_cast<const void*>(this));
+        SoDebugError::post("SoRefCounter::unref", "object %p has no reference to release",
+                           static_cast<const void*>(this));
         return;
     }
     m_refCount = 0;

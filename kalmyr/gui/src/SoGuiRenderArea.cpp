@@ -14,7 +14,7 @@ constexpr int kMaxSize = 32767; // window positions are short
 
 SoType s_coreType;
 SoType s_type;
-SoFieldData *s_fieldData = nullptr;
+SoFieldData* s_fieldData = nullptr;
 
 } // namespace
 
@@ -43,7 +43,7 @@ SoType SoGuiRenderArea::getTypeId() const
     return s_type;
 }
 
-const SoFieldData *SoGuiRenderArea::getFieldData() const
+const SoFieldData* SoGuiRenderArea::getFieldData() const
 {
     return s_fieldData;
 }
@@ -66,19 +66,21 @@ SoGuiRenderArea::~SoGuiRenderArea()
     m_manager->getImpl()->getRootField().removeAuditor(&sceneManager);
 }
 
-void SoGuiRenderArea::setSceneGraph(SoNode *root)
+void SoGuiRenderArea::setSceneGraph(SoNode* root)
 {
     m_manager->setSceneGraph(root);
 }
 
-SoNode *SoGuiRenderArea::getSceneGraph() const
+SoNode* SoGuiRenderArea::getSceneGraph() const
 {
     return m_manager->getSceneGraph();
 }
 
-void SoGuiRenderArea::setSize(const SbVec2i32 &size)
+void SoGuiRenderArea::setSize(const SbVec2i32& size)
 {
-    const auto limited = [](int value) { return static_cast<short>(std::clamp(value, 1, kMaxSize)); };
+    const auto limited = [](int value) {
+        return static_cast<short>(std::clamp(value, 1, kMaxSize));
+    };
     SbViewportRegion region = m_manager->getViewportRegion();
     region.setWindowSize(limited(size[0]), limited(size[1]));
     m_manager->setViewportRegion(region);
@@ -86,7 +88,7 @@ void SoGuiRenderArea::setSize(const SbVec2i32 &size)
 
 SbVec2i32 SoGuiRenderArea::getSize() const
 {
-    const auto &size = m_manager->getViewportRegion().getWindowSize();
+    const auto& size = m_manager->getViewportRegion().getWindowSize();
     return SbVec2i32(size[0], size[1]);
 }
 
@@ -96,21 +98,21 @@ bool SoGuiRenderArea::render()
     return m_manager->render();
 }
 
-bool SoGuiRenderArea::renderOffscreen(SoOffscreenRenderer &renderer)
+bool SoGuiRenderArea::renderOffscreen(SoOffscreenRenderer& renderer)
 {
     prepareFrame();
-    SoNode *scene = m_manager->getImpl()->beginFrame();
+    SoNode* scene = m_manager->getImpl()->beginFrame();
     renderer.setViewportRegion(m_manager->getViewportRegion());
     renderer.setBackgroundColor(m_manager->getBackgroundColor());
     renderer.setGLRenderAction(m_manager->getGLRenderAction());
     return renderer.render(scene);
 }
 
-bool SoGuiRenderArea::processEvent(const SoEvent *event)
+bool SoGuiRenderArea::processEvent(const SoEvent* event)
 {
     if (!SoKeyboardEvent::isKeyPressEvent(event, SoLibMirabo::getShortcutValue()))
         return m_manager->processEvent(event);
-    if (SoLibMirabo *hooks = SoLibMirabo::instance())
-        hooks->m_mirabo_startRenderArea(static_cast<SoRenderAreaCore *>(this));
+    if (SoLibMirabo* hooks = SoLibMirabo::instance())
+        hooks->m_mirabo_startRenderArea(static_cast<SoRenderAreaCore*>(this));
     return true;
 }

@@ -17,10 +17,11 @@ constexpr float kDefaultHeightAngle = 0.785398f;
 constexpr double kFlightInterval = 1.0 / 60;
 
 /// Whoever looks at the whole graph may have taken the child out already.
-void takeOut(SoGroup &group, const SoNode *child)
+void takeOut(SoGroup& group, const SoNode* child)
 {
     const int index = child ? group.findChild(child) : -1;
-    if (index >= 0) group.removeChild(index);
+    if (index >= 0)
+        group.removeChild(index);
 }
 
 } // namespace
@@ -48,9 +49,10 @@ SoGuiViewer::SoGuiViewer()
 {
     m_structureSensor.setPriority(0);
     m_structureSensor.setData(this);
-    m_structureSensor.setFunction([](void *data, SoSensor *sensor) {
-        if (static_cast<SoNodeSensor *>(sensor)->getTriggerOperation() != SoNotification::UNSPECIFIED)
-            static_cast<SoGuiViewer *>(data)->m_structureChanged = true;
+    m_structureSensor.setFunction([](void* data, SoSensor* sensor) {
+        if (static_cast<SoNodeSensor*>(sensor)->getTriggerOperation()
+            != SoNotification::UNSPECIFIED)
+            static_cast<SoGuiViewer*>(data)->m_structureChanged = true;
     });
     m_flight.setInterval(SbTime(kFlightInterval));
     m_headlight->direction.setValue(SbVec3f(0, 0, -1));
@@ -66,7 +68,7 @@ SoGuiViewer::~SoGuiViewer()
     m_flight.unschedule();
 }
 
-void SoGuiViewer::setSceneGraph(SoNode *root)
+void SoGuiViewer::setSceneGraph(SoNode* root)
 {
     stopAnimation();
     const SoRef<SoNode> kept(root);
@@ -81,14 +83,15 @@ void SoGuiViewer::setSceneGraph(SoNode *root)
     stateChanged();
 }
 
-SoNode *SoGuiViewer::getSceneGraph() const
+SoNode* SoGuiViewer::getSceneGraph() const
 {
     return m_scene.get();
 }
 
-void SoGuiViewer::useCamera(SoCamera *sceneCamera, CameraType ownType)
+void SoGuiViewer::useCamera(SoCamera* sceneCamera, CameraType ownType)
 {
-    if (m_ownCamera) takeOut(*m_root, m_camera.get());
+    if (m_ownCamera)
+        takeOut(*m_root, m_camera.get());
     m_ownCamera = !sceneCamera;
     if (sceneCamera) {
         m_camera = sceneCamera;
@@ -99,7 +102,7 @@ void SoGuiViewer::useCamera(SoCamera *sceneCamera, CameraType ownType)
     else
         m_camera = new SoPerspectiveCamera;
     if (ownType == PERSPECTIVE)
-        static_cast<SoPerspectiveCamera *>(m_camera.get())->heightAngle = m_heightAngle;
+        static_cast<SoPerspectiveCamera*>(m_camera.get())->heightAngle = m_heightAngle;
     const int behindHeadlight = m_root->findChild(m_headlight.get()) + 1;
     m_root->insertChild(m_camera.get(), behindHeadlight);
 }
@@ -111,13 +114,15 @@ SoGuiViewer::CameraType SoGuiViewer::getCameraType() const
 
 bool SoGuiViewer::setCameraType(CameraType type)
 {
-    if (!m_ownCamera) return false;
-    if (type == getCameraType()) return true;
+    if (!m_ownCamera)
+        return false;
+    if (type == getCameraType())
+        return true;
     stopAnimation();
     const View view = currentView();
     const SoRef<SoCamera> before = m_camera;
     if (type == ORTHOGRAPHIC)
-        m_heightAngle = static_cast<SoPerspectiveCamera *>(before.get())->heightAngle.getValue();
+        m_heightAngle = static_cast<SoPerspectiveCamera*>(before.get())->heightAngle.getValue();
     const bool provisional = m_placedProvisionally == before->getChangeId();
     useCamera(nullptr, type);
     m_camera->focalDistance = before->focalDistance.getValue();
@@ -130,7 +135,8 @@ bool SoGuiViewer::setCameraType(CameraType type)
 
 void SoGuiViewer::setViewing(bool on)
 {
-    if (on == m_viewing) return;
+    if (on == m_viewing)
+        return;
     m_viewing = on;
     m_seekMode = false;
     stateChanged();
@@ -138,14 +144,16 @@ void SoGuiViewer::setViewing(bool on)
 
 void SoGuiViewer::setSeekMode(bool on)
 {
-    if (on == m_seekMode) return;
+    if (on == m_seekMode)
+        return;
     m_seekMode = on;
     stateChanged();
 }
 
 void SoGuiViewer::setHeadlight(bool on)
 {
-    if (on == isHeadlight()) return;
+    if (on == isHeadlight())
+        return;
     m_headlight->on = on;
     stateChanged();
 }
@@ -155,38 +163,49 @@ bool SoGuiViewer::isHeadlight() const
     return m_headlight->on.getValue();
 }
 
-bool SoGuiViewer::processEvent(const SoEvent *event)
+bool SoGuiViewer::processEvent(const SoEvent* event)
 {
     if (SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ESCAPE)) {
         setViewing(!m_viewing);
         return true;
     }
-    if (m_viewing && processViewingEvent(event)) return true;
+    if (m_viewing && processViewingEvent(event))
+        return true;
     // In viewing mode the scene gets nothing of the pointer; keys that the viewer has no use for
     // still reach it.
-    if (m_viewing && !event->isOfType(SoKeyboardEvent::getClassTypeId())) return false;
+    if (m_viewing && !event->isOfType(SoKeyboardEvent::getClassTypeId()))
+        return false;
     return SoGuiRenderArea::processEvent(event);
 }
 
-bool SoGuiViewer::processViewingEvent(const SoEvent *event)
+bool SoGuiViewer::processViewingEvent(const SoEvent* event)
 {
     if (m_seekMode && SoMouseButtonEvent::isPressEvent(event, SoMouseButtonEvent::BUTTON1)) {
         seekToPoint(event->getPosition());
         setSeekMode(false);
         return true;
     }
-    if (!SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ANY)) return false;
-    if (event->wasCtrlDown() || event->wasAltDown()) return false;
-    switch (static_cast<const SoKeyboardEvent *>(event)->getKey()) {
-    case SoKeyboardEvent::S: setSeekMode(!m_seekMode); return true;
-    case SoKeyboardEvent::V: viewAll(); return true;
+    if (!SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ANY))
+        return false;
+    if (event->wasCtrlDown() || event->wasAltDown())
+        return false;
+    switch (static_cast<const SoKeyboardEvent*>(event)->getKey()) {
+    case SoKeyboardEvent::S:
+        setSeekMode(!m_seekMode);
+        return true;
+    case SoKeyboardEvent::V:
+        viewAll();
+        return true;
     case SoKeyboardEvent::H:
-    case SoKeyboardEvent::HOME: resetToHomePosition(); return true;
-    default: return false;
+    case SoKeyboardEvent::HOME:
+        resetToHomePosition();
+        return true;
+    default:
+        return false;
     }
 }
 
-void SoGuiViewer::setStateCallback(StateCallback *function, void *data)
+void SoGuiViewer::setStateCallback(StateCallback* function, void* data)
 {
     m_stateCallback = function;
     m_stateData = data;
@@ -194,5 +213,6 @@ void SoGuiViewer::setStateCallback(StateCallback *function, void *data)
 
 void SoGuiViewer::stateChanged()
 {
-    if (m_stateCallback) m_stateCallback(m_stateData, this);
+    if (m_stateCallback)
+        m_stateCallback(m_stateData, this);
 }

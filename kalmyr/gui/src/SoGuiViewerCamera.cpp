@@ -18,26 +18,28 @@
 
 namespace {
 
-constexpr float kNearestShare = 0.001f; // of the far distance: nearer costs too much depth precision
-constexpr float kSeekShare = 0.5f;      // of the way to the point remains after a seek
-constexpr float kMinSize = 1e-9f;       // of a view or distance
+constexpr float kNearestShare =
+    0.001f;                        // of the far distance: nearer costs too much depth precision
+constexpr float kSeekShare = 0.5f; // of the way to the point remains after a seek
+constexpr float kMinSize = 1e-9f;  // of a view or distance
 constexpr float kMaxSize = 1e15f;
-constexpr float kPlaneSlack = 0.01f;    // of the scene's depth
+constexpr float kPlaneSlack = 0.01f; // of the scene's depth
 
-SbBox3f boundsOf(SoNode *node, const SbViewportRegion &region)
+SbBox3f boundsOf(SoNode* node, const SbViewportRegion& region)
 {
-    if (!node) return SbBox3f();
+    if (!node)
+        return SbBox3f();
     SoGetBoundingBoxAction action(region);
     action.apply(node);
     return action.getBoundingBox();
 }
 
-SoCamera *firstCamera(SoNode *scene)
+SoCamera* firstCamera(SoNode* scene)
 {
     SoSearchAction search;
     search.setType(SoCamera::getClassTypeId());
     search.apply(scene);
-    return search.isFound() ? static_cast<SoCamera *>(search.getPath()->getTail()) : nullptr;
+    return search.isFound() ? static_cast<SoCamera*>(search.getPath()->getTail()) : nullptr;
 }
 
 float clampedSize(float size)
@@ -46,12 +48,12 @@ float clampedSize(float size)
 }
 
 /// Height seen at distance 1.
-float heightScale(const SoCamera &camera)
+float heightScale(const SoCamera& camera)
 {
-    return 2 * std::tan(static_cast<const SoPerspectiveCamera &>(camera).heightAngle.getValue() / 2);
+    return 2 * std::tan(static_cast<const SoPerspectiveCamera&>(camera).heightAngle.getValue() / 2);
 }
 
-SbVec3f ahead(const SbRotation &orientation, float distance)
+SbVec3f ahead(const SbRotation& orientation, float distance)
 {
     return orientation.rotated(SbVec3f(0, 0, -distance));
 }
@@ -62,17 +64,20 @@ float eased(float t)
     return t * t * (3 - 2 * t);
 }
 
-template <class Field, class Value> void setIfDifferent(Field &field, const Value &value)
+template <class Field, class Value>
+void setIfDifferent(Field& field, const Value& value)
 {
-    if (!(field.getValue() == value)) field.setValue(value);
+    if (!(field.getValue() == value))
+        field.setValue(value);
 }
 
 /// Value of a field that a node of an optional module has, or `fallback`.
-template <class Field, class Value> Value valueOf(const SoNode &node, const char *name, Value fallback)
+template <class Field, class Value>
+Value valueOf(const SoNode& node, const char* name, Value fallback)
 {
-    const SoField *field = node.getField(SbName(name));
+    const SoField* field = node.getField(SbName(name));
     return field && field->isOfType(Field::getClassTypeId())
-               ? static_cast<const Field *>(field)->getValue()
+               ? static_cast<const Field*>(field)->getValue()
                : fallback;
 }
 
@@ -90,17 +95,17 @@ SoGuiViewer::View SoGuiViewer::currentView() const
     view.orientation = m_camera->orientation.getValue();
     view.center = m_camera->position.getValue() + ahead(view.orientation, distance);
     view.height = getCameraType() == ORTHOGRAPHIC
-                      ? static_cast<SoOrthographicCamera *>(m_camera.get())->height.getValue()
+                      ? static_cast<SoOrthographicCamera*>(m_camera.get())->height.getValue()
                       : distance * heightScale(*m_camera);
     return view;
 }
 
-void SoGuiViewer::applyView(const View &view)
+void SoGuiViewer::applyView(const View& view)
 {
     const float height = clampedSize(view.height);
     float distance = clampedSize(m_camera->focalDistance.getValue());
     if (getCameraType() == ORTHOGRAPHIC)
-        static_cast<SoOrthographicCamera *>(m_camera.get())->height = height;
+        static_cast<SoOrthographicCamera*>(m_camera.get())->height = height;
     else
         distance = height / heightScale(*m_camera);
     m_camera->orientation = view.orientation;
@@ -124,46 +129,55 @@ bool SoGuiViewer::placeByViewpoint()
 {
     // The module that brings viewpoints is optional.
     const SoType type = SoType::fromName(SbName("VRMLViewpoint"));
-    if (type.isBad()) return false;
+    if (type.isBad())
+        return false;
     SoSearchAction search;
     search.setType(type);
     search.apply(m_scene.get());
-    SoPath *path = search.getPath();
-    if (!path) return false;
+    SoPath* path = search.getPath();
+    if (!path)
+        return false;
     SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());
     matrix.apply(path);
-    const SbMatrix &toWorld = matrix.getMatrix();
-    const SoNode &viewpoint = *path->getTail();
-    const SbVec3f position = toWorld.point(valueOf<SoSFVec3f>(viewpoint, "position", SbVec3f(0, 0, 10)));
+    const SbMatrix& toWorld = matrix.getMatrix();
+    const SoNode& viewpoint = *path->getTail();
+    const SbVec3f position =
+        toWorld.point(valueOf<SoSFVec3f>(viewpoint, "position", SbVec3f(0, 0, 10)));
     m_camera->position = position;
-    m_camera->orientation = valueOf<SoSFRotation>(viewpoint, "orientation", SbRotation()) * SbRotation(toWorld);
+    m_camera->orientation =
+        valueOf<SoSFRotation>(viewpoint, "orientation", SbRotation()) * SbRotation(toWorld);
     const SbBox3f box = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion());
-    if (!box.isEmpty()) m_camera->focalDistance = clampedSize((box.getCenter() - position).length());
+    if (!box.isEmpty())
+        m_camera->focalDistance = clampedSize((box.getCenter() - position).length());
     m_heightAngle = valueOf<SoSFFloat>(viewpoint, "fieldOfView", m_heightAngle);
     if (getCameraType() == PERSPECTIVE)
-        static_cast<SoPerspectiveCamera *>(m_camera.get())->heightAngle = m_heightAngle;
+        static_cast<SoPerspectiveCamera*>(m_camera.get())->heightAngle = m_heightAngle;
     else
-        static_cast<SoOrthographicCamera *>(m_camera.get())->height =
+        static_cast<SoOrthographicCamera*>(m_camera.get())->height =
             m_camera->focalDistance.getValue() * 2 * std::tan(m_heightAngle / 2);
     return true;
 }
 
 void SoGuiViewer::followSceneCamera()
 {
-    if (!m_structureChanged) return;
+    if (!m_structureChanged)
+        return;
     m_structureChanged = false;
     if (!m_ownCamera) {
         SoSearchAction search;
         search.setNode(m_camera.get());
         search.apply(m_scene.get());
-        if (search.isFound()) return;
+        if (search.isFound())
+            return;
     }
-    SoCamera *found = firstCamera(m_scene.get());
-    if (!found && m_ownCamera) return;
+    SoCamera* found = firstCamera(m_scene.get());
+    if (!found && m_ownCamera)
+        return;
     stopAnimation();
     const View view = currentView();
     useCamera(found, getCameraType());
-    if (!found) applyView(view);
+    if (!found)
+        applyView(view);
     saveHomePosition();
     stateChanged();
 }
@@ -171,7 +185,8 @@ void SoGuiViewer::followSceneCamera()
 void SoGuiViewer::viewAll()
 {
     stopAnimation();
-    if (m_scene) m_camera->viewAll(m_scene.get(), getSceneManager()->getViewportRegion());
+    if (m_scene)
+        m_camera->viewAll(m_scene.get(), getSceneManager()->getViewportRegion());
 }
 
 void SoGuiViewer::saveHomePosition()
@@ -186,23 +201,26 @@ void SoGuiViewer::resetToHomePosition()
 
 SbMatrix SoGuiViewer::cameraSpace() const
 {
-    if (m_ownCamera || !m_scene) return SbMatrix::identity();
+    if (m_ownCamera || !m_scene)
+        return SbMatrix::identity();
     SoSearchAction search;
     search.setNode(m_camera.get());
     search.apply(m_scene.get());
-    if (!search.isFound()) return SbMatrix::identity();
+    if (!search.isFound())
+        return SbMatrix::identity();
     SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());
     matrix.apply(search.getPath());
     return matrix.getMatrix();
 }
 
-bool SoGuiViewer::seekToPoint(const SbVec2s &position)
+bool SoGuiViewer::seekToPoint(const SbVec2s& position)
 {
     SoRayPickAction pick(getSceneManager()->getViewportRegion());
     pick.setPoint(position);
     pick.apply(m_root.get());
-    const SoPickedPoint *hit = pick.getPickedPoint();
-    if (!hit) return false;
+    const SoPickedPoint* hit = pick.getPickedPoint();
+    if (!hit)
+        return false;
     View view = currentView();
     view.center = cameraSpace().inverse().point(hit->getPoint());
     if (getCameraType() == PERSPECTIVE) {
@@ -215,7 +233,7 @@ bool SoGuiViewer::seekToPoint(const SbVec2s &position)
     return true;
 }
 
-void SoGuiViewer::flyTo(const View &view)
+void SoGuiViewer::flyTo(const View& view)
 {
     stopAnimation();
     if (!(m_seekTime > 0)) {
@@ -228,19 +246,21 @@ void SoGuiViewer::flyTo(const View &view)
     m_flight.schedule();
 }
 
-void SoGuiViewer::flightStep(void *data, SoSensor *)
+void SoGuiViewer::flightStep(void* data, SoSensor*)
 {
-    auto *self = static_cast<SoGuiViewer *>(data);
-    const View &from = *self->m_from;
-    const View &to = *self->m_to;
+    auto* self = static_cast<SoGuiViewer*>(data);
+    const View& from = *self->m_from;
+    const View& to = *self->m_to;
     const double elapsed = (SbTime::monotonic() - self->m_flightStart).getValue();
     const float t = std::min(static_cast<float>(elapsed / self->m_seekTime), 1.0f);
-    if (t >= 1) self->m_flight.unschedule();
+    if (t >= 1)
+        self->m_flight.unschedule();
     const float e = eased(t);
     View view;
     view.center = from.center + (to.center - from.center) * e;
     view.orientation = SbRotation::slerp(from.orientation, to.orientation, e);
-    view.height = clampedSize(from.height) * std::pow(clampedSize(to.height) / clampedSize(from.height), e);
+    view.height =
+        clampedSize(from.height) * std::pow(clampedSize(to.height) / clampedSize(from.height), e);
     self->applyView(t >= 1 ? to : view);
 }
 
@@ -258,31 +278,38 @@ void SoGuiViewer::setPlanes(float nearDistance, float farDistance)
 void SoGuiViewer::adjustClippingPlanes()
 {
     SbBox3f box = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion());
-    if (box.isEmpty()) return;
+    if (box.isEmpty())
+        return;
     // Into camera space, where distances count along -z.
     SbMatrix toWorld;
-    toWorld.setTransform(m_camera->position.getValue(), m_camera->orientation.getValue(), SbVec3f(1, 1, 1));
+    toWorld.setTransform(m_camera->position.getValue(), m_camera->orientation.getValue(),
+                         SbVec3f(1, 1, 1));
     box.transform((toWorld * cameraSpace()).inverse());
     float nearDistance = -box.getMax()[2];
     float farDistance = -box.getMin()[2];
-    const float slack = std::max({(farDistance - nearDistance) * kPlaneSlack, std::abs(farDistance) * 1e-4f, 1e-6f});
+    const float slack = std::max(
+        {(farDistance - nearDistance) * kPlaneSlack, std::abs(farDistance) * 1e-4f, 1e-6f});
     nearDistance -= slack;
     farDistance += slack;
-    if (!std::isfinite(nearDistance) || !std::isfinite(farDistance)) return;
+    if (!std::isfinite(nearDistance) || !std::isfinite(farDistance))
+        return;
     if (getCameraType() == PERSPECTIVE) {
-        if (farDistance <= 0) return; // everything is behind the eye
+        if (farDistance <= 0)
+            return; // everything is behind the eye
         nearDistance = std::max(nearDistance, farDistance * kNearestShare);
     }
     const bool enclosed = m_camera->nearDistance.getValue() <= nearDistance
                           && m_camera->farDistance.getValue() >= farDistance;
     // A scene's own camera is changed only when it would cut something off.
-    if (m_ownCamera || !enclosed) setPlanes(nearDistance, farDistance);
+    if (m_ownCamera || !enclosed)
+        setPlanes(nearDistance, farDistance);
 }
 
 void SoGuiViewer::aimHeadlight()
 {
     SbVec3f direction = cameraSpace().direction(ahead(m_camera->orientation.getValue(), 1));
-    if (direction.normalize() > 0) setIfDifferent(m_headlight->direction, direction);
+    if (direction.normalize() > 0)
+        setIfDifferent(m_headlight->direction, direction);
 }
 
 void SoGuiViewer::prepareFrame()
@@ -291,9 +318,11 @@ void SoGuiViewer::prepareFrame()
     if (m_placedProvisionally && m_placedProvisionally == m_camera->getChangeId()) {
         viewAll();
         saveHomePosition();
-        const bool empty = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion()).isEmpty();
+        const bool empty =
+            boundsOf(m_scene.get(), getSceneManager()->getViewportRegion()).isEmpty();
         m_placedProvisionally = empty ? m_camera->getChangeId() : 0;
     }
-    if (m_autoClipping) adjustClippingPlanes();
+    if (m_autoClipping)
+        adjustClippingPlanes();
     aimHeadlight();
 }

@@ -23,16 +23,18 @@ std::vector<SbString> candidates()
 {
     std::vector<SbString> paths;
     const SbString preferred = SoPreferences::getString("KMR_MIRABO_LIBRARY", "");
-    if (!preferred.isEmpty()) paths.push_back(SbFileHelper::expandString(preferred));
+    if (!preferred.isEmpty())
+        paths.push_back(SbFileHelper::expandString(preferred));
     const SbString name = SoDynamicLibManager::fileName("Mirabo");
     const SbString own = SoDynamicLibManager::getLibraryFromSymbol(&anchor);
-    if (!own.isEmpty()) paths.push_back(SbFileHelper::join(SbFileHelper::getDirName(own), name));
+    if (!own.isEmpty())
+        paths.push_back(SbFileHelper::join(SbFileHelper::getDirName(own), name));
     paths.push_back(name);
     return paths;
 }
 
 /// A symbol that the program or one of the libraries it was linked with exports.
-void *findInProcess([[maybe_unused]] const char *name)
+void* findInProcess([[maybe_unused]] const char* name)
 {
 #if defined(_WIN32)
     return nullptr; // there is no such search; a library that is loaded already is found by name
@@ -43,12 +45,13 @@ void *findInProcess([[maybe_unused]] const char *name)
 
 } // namespace
 
-SoLibMirabo *SoLibMirabo::s_instance = nullptr;
+SoLibMirabo* SoLibMirabo::s_instance = nullptr;
 
-SoLibMirabo *SoLibMirabo::instance()
+SoLibMirabo* SoLibMirabo::instance()
 {
-    if (s_instance) return s_instance;
-    auto *table = new SoLibMirabo;
+    if (s_instance)
+        return s_instance;
+    auto* table = new SoLibMirabo;
     if (table->load())
         s_instance = table;
     else
@@ -64,21 +67,25 @@ void SoLibMirabo::finish()
 
 SoLibMirabo::~SoLibMirabo()
 {
-    if (m_library) SoDynamicLibManager::close(m_library);
+    if (m_library)
+        SoDynamicLibManager::close(m_library);
 }
 
 bool SoLibMirabo::load()
 {
-    if (loadFromProcess()) return true;
+    if (loadFromProcess())
+        return true;
     SbString tried;
-    for (const SbString &path : candidates()) {
+    for (const SbString& path : candidates()) {
         SbString error;
         m_library = SoDynamicLibManager::open(path, &error);
-        const auto find = [this, &error](const char *name) {
+        const auto find = [this, &error](const char* name) {
             return SoDynamicLibManager::symbol(m_library, name, &error);
         };
-        if (m_library && resolve(find)) return true;
-        if (m_library) SoDynamicLibManager::close(m_library);
+        if (m_library && resolve(find))
+            return true;
+        if (m_library)
+            SoDynamicLibManager::close(m_library);
         m_library = nullptr;
         tried += "\n  " + path + ": " + error;
     }
@@ -89,19 +96,22 @@ bool SoLibMirabo::load()
 
 bool SoLibMirabo::loadFromProcess()
 {
-    if (!resolve(findInProcess)) return false;
+    if (!resolve(findInProcess))
+        return false;
     // Opened once more, so that it stays until finish(); a program cannot be, and stays anyway.
     m_library = SoDynamicLibManager::open(SoDynamicLibManager::getLibraryFromSymbol(m_mirabo_stop));
     return true;
 }
 
-template <class Find> bool SoLibMirabo::resolve(Find find)
+template <class Find>
+bool SoLibMirabo::resolve(Find find)
 {
-    const auto get = [&find](const char *name, auto &function) {
+    const auto get = [&find](const char* name, auto& function) {
         function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(find(name));
         return function != nullptr;
     };
-    return get("_startNode", m_mirabo_startNode) && get("_startSceneManager", m_mirabo_startSceneManager)
+    return get("_startNode", m_mirabo_startNode)
+           && get("_startSceneManager", m_mirabo_startSceneManager)
            && get("_startRenderArea", m_mirabo_startRenderArea)
            && get("_startStandalone", m_mirabo_startStandalone) && get("_stop", m_mirabo_stop)
            && get("_isRunning", m_mirabo_isRunning) && get("_processEvents", m_mirabo_processEvents)

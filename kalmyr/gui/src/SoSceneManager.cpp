@@ -9,7 +9,7 @@ SoType s_type;
 
 } // namespace
 
-SoSceneManagerImpl::SoSceneManagerImpl(SoSceneManager *owner)
+SoSceneManagerImpl::SoSceneManagerImpl(SoSceneManager* owner)
     : m_owner(owner),
       m_ownAction(m_region),
       m_eventAction(m_region),
@@ -17,9 +17,10 @@ SoSceneManagerImpl::SoSceneManagerImpl(SoSceneManager *owner)
       m_nothing(new SoGroup)
 {
     m_root.setContainer(owner);
-    m_redraw.setFunction([](void *data, SoSensor *) {
-        auto *self = static_cast<SoSceneManagerImpl *>(data);
-        if (self->m_callback) self->m_callback(self->m_callbackData, self->m_owner);
+    m_redraw.setFunction([](void* data, SoSensor*) {
+        auto* self = static_cast<SoSceneManagerImpl*>(data);
+        if (self->m_callback)
+            self->m_callback(self->m_callbackData, self->m_owner);
     });
     m_redraw.setData(this);
     m_sensor.setPriority(0); // only queues the redraw; the redraw itself is coalesced
@@ -31,15 +32,15 @@ SoSceneManagerImpl::~SoSceneManagerImpl()
     m_redraw.unschedule();
 }
 
-void SoSceneManagerImpl::sceneChanged(void *data, SoSensor *)
+void SoSceneManagerImpl::sceneChanged(void* data, SoSensor*)
 {
-    static_cast<SoSceneManagerImpl *>(data)->m_owner->scheduleRedraw();
+    static_cast<SoSceneManagerImpl*>(data)->m_owner->scheduleRedraw();
 }
 
-SoNode *SoSceneManagerImpl::beginFrame()
+SoNode* SoSceneManagerImpl::beginFrame()
 {
     m_redraw.unschedule();
-    SoNode *scene = m_root.getValue();
+    SoNode* scene = m_root.getValue();
     return scene ? scene : m_nothing.get();
 }
 
@@ -65,7 +66,7 @@ SoSceneManager::~SoSceneManager()
     m_impl->m_sensor.detach();
 }
 
-void SoSceneManager::setSceneGraph(SoNode *root)
+void SoSceneManager::setSceneGraph(SoNode* root)
 {
     const SoRef<SoNode> kept(root); // it may hang below the one that goes
     m_impl->m_sensor.detach();
@@ -74,46 +75,46 @@ void SoSceneManager::setSceneGraph(SoNode *root)
     scheduleRedraw();
 }
 
-SoNode *SoSceneManager::getSceneGraph() const
+SoNode* SoSceneManager::getSceneGraph() const
 {
     return m_impl->m_root.getValue();
 }
 
-void SoSceneManager::setGLRenderAction(SoGLRenderAction *action)
+void SoSceneManager::setGLRenderAction(SoGLRenderAction* action)
 {
     m_impl->m_action = action ? action : &m_impl->m_ownAction;
     scheduleRedraw();
 }
 
-SoGLRenderAction *SoSceneManager::getGLRenderAction() const
+SoGLRenderAction* SoSceneManager::getGLRenderAction() const
 {
     return m_impl->m_action;
 }
 
-void SoSceneManager::setBackgroundColor(const SbColor &color)
+void SoSceneManager::setBackgroundColor(const SbColor& color)
 {
     m_impl->m_background = color;
     scheduleRedraw();
 }
 
-const SbColor &SoSceneManager::getBackgroundColor() const
+const SbColor& SoSceneManager::getBackgroundColor() const
 {
     return m_impl->m_background;
 }
 
-void SoSceneManager::setViewportRegion(const SbViewportRegion &region)
+void SoSceneManager::setViewportRegion(const SbViewportRegion& region)
 {
     m_impl->m_region = region;
     m_impl->m_eventAction.setViewportRegion(region);
     scheduleRedraw();
 }
 
-const SbViewportRegion &SoSceneManager::getViewportRegion() const
+const SbViewportRegion& SoSceneManager::getViewportRegion() const
 {
     return m_impl->m_region;
 }
 
-void SoSceneManager::setRenderCallback(RenderCallback *function, void *data)
+void SoSceneManager::setRenderCallback(RenderCallback* function, void* data)
 {
     m_impl->m_callback = function;
     m_impl->m_callbackData = data;
@@ -121,7 +122,8 @@ void SoSceneManager::setRenderCallback(RenderCallback *function, void *data)
 
 void SoSceneManager::scheduleRedraw()
 {
-    if (m_impl->m_callback) m_impl->m_redraw.schedule();
+    if (m_impl->m_callback)
+        m_impl->m_redraw.schedule();
 }
 
 bool SoSceneManager::isRedrawScheduled() const
@@ -131,8 +133,8 @@ bool SoSceneManager::isRedrawScheduled() const
 
 bool SoSceneManager::render()
 {
-    SoNode *scene = m_impl->beginFrame();
-    SoGLRenderAction &action = *m_impl->m_action;
+    SoNode* scene = m_impl->beginFrame();
+    SoGLRenderAction& action = *m_impl->m_action;
     action.setViewportRegion(m_impl->m_region);
     action.setBackgroundColor(SbColorRGBA(m_impl->m_background));
     action.setClearing(true, true);
@@ -140,10 +142,11 @@ bool SoSceneManager::render()
     return action.hasDrawn();
 }
 
-bool SoSceneManager::processEvent(const SoEvent *event)
+bool SoSceneManager::processEvent(const SoEvent* event)
 {
-    if (!m_impl->m_root.getValue()) return false;
-    SoHandleEventAction &action = m_impl->m_eventAction;
+    if (!m_impl->m_root.getValue())
+        return false;
+    SoHandleEventAction& action = m_impl->m_eventAction;
     action.setEvent(event);
     action.apply(m_impl->m_root.getValue());
     const bool handled = action.isHandled();

@@ -63,9 +63,11 @@ constexpr KeyName kKeypadKeys[] = {
 constexpr char kShifted[] = "~!@#$%^&*()_+{}|:\"<>?";
 constexpr char kPlain[] = "`1234567890-=[]\\;',./";
 
-template <std::size_t N> SoKeyboardEvent::Key find(const KeyName (&table)[N], int qt)
+template <std::size_t N>
+SoKeyboardEvent::Key find(const KeyName (&table)[N], int qt)
 {
-    const auto *at = std::find_if(std::begin(table), std::end(table), [qt](const KeyName &k) { return k.qt == qt; });
+    const auto* at = std::find_if(std::begin(table), std::end(table),
+                                  [qt](const KeyName& k) { return k.qt == qt; });
     return at == std::end(table) ? SoKeyboardEvent::UNDEFINED : at->key;
 }
 
@@ -76,7 +78,7 @@ SoKeyboardEvent::Key offset(SoKeyboardEvent::Key first, int by)
 
 } // namespace
 
-EventBridge::EventBridge(SoGuiRenderArea *area, QWidget *widget)
+EventBridge::EventBridge(SoGuiRenderArea* area, QWidget* widget)
     : QObject(widget), m_area(area), m_widget(widget)
 {
     widget->setFocusPolicy(Qt::StrongFocus);
@@ -86,61 +88,82 @@ EventBridge::EventBridge(SoGuiRenderArea *area, QWidget *widget)
 
 void EventBridge::takeSize()
 {
-    if (!m_area) return;
+    if (!m_area)
+        return;
     const qreal ratio = m_widget->devicePixelRatioF();
     const SbVec2i32 size(std::max(qRound(m_widget->width() * ratio), 1),
                          std::max(qRound(m_widget->height() * ratio), 1));
-    if (!(size == m_area->getSize())) m_area->setSize(size);
+    if (!(size == m_area->getSize()))
+        m_area->setSize(size);
 }
 
 SoMouseButtonEvent::Button EventBridge::buttonOf(Qt::MouseButton button)
 {
     switch (button) {
-    case Qt::LeftButton: return SoMouseButtonEvent::BUTTON1;
-    case Qt::MiddleButton: return SoMouseButtonEvent::BUTTON2;
-    case Qt::RightButton: return SoMouseButtonEvent::BUTTON3;
-    case Qt::BackButton: return SoMouseButtonEvent::BUTTON4;
-    case Qt::ForwardButton: return SoMouseButtonEvent::BUTTON5;
-    default: return SoMouseButtonEvent::ANY;
+    case Qt::LeftButton:
+        return SoMouseButtonEvent::BUTTON1;
+    case Qt::MiddleButton:
+        return SoMouseButtonEvent::BUTTON2;
+    case Qt::RightButton:
+        return SoMouseButtonEvent::BUTTON3;
+    case Qt::BackButton:
+        return SoMouseButtonEvent::BUTTON4;
+    case Qt::ForwardButton:
+        return SoMouseButtonEvent::BUTTON5;
+    default:
+        return SoMouseButtonEvent::ANY;
     }
 }
 
-SoKeyboardEvent::Key EventBridge::keyOf(const QKeyEvent &event)
+SoKeyboardEvent::Key EventBridge::keyOf(const QKeyEvent& event)
 {
     const int key = event.key();
     if (event.modifiers() & Qt::KeypadModifier) {
-        if (key >= Qt::Key_0 && key <= Qt::Key_9) return offset(SoKeyboardEvent::PAD_0, key - Qt::Key_0);
+        if (key >= Qt::Key_0 && key <= Qt::Key_9)
+            return offset(SoKeyboardEvent::PAD_0, key - Qt::Key_0);
         const SoKeyboardEvent::Key pad = find(kKeypadKeys, key);
-        if (pad != SoKeyboardEvent::UNDEFINED) return pad;
+        if (pad != SoKeyboardEvent::UNDEFINED)
+            return pad;
     }
-    if (key >= Qt::Key_F1 && key <= Qt::Key_F12) return offset(SoKeyboardEvent::F1, key - Qt::Key_F1);
-    if (key >= Qt::Key_A && key <= Qt::Key_Z) return offset(SoKeyboardEvent::A, key - Qt::Key_A);
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F12)
+        return offset(SoKeyboardEvent::F1, key - Qt::Key_F1);
+    if (key >= Qt::Key_A && key <= Qt::Key_Z)
+        return offset(SoKeyboardEvent::A, key - Qt::Key_A);
     if (key >= Qt::Key_Space && key < 127) {
-        const char *shifted = std::strchr(kShifted, key);
+        const char* shifted = std::strchr(kShifted, key);
         return static_cast<SoKeyboardEvent::Key>(shifted ? kPlain[shifted - kShifted] : key);
     }
     return find(kKeys, key);
 }
 
-bool EventBridge::eventFilter(QObject *watched, QEvent *event)
+bool EventBridge::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != m_widget || !m_area) return false;
+    if (watched != m_widget || !m_area)
+        return false;
     switch (event->type()) {
     case QEvent::Resize:
     case QEvent::Show:
-    case QEvent::ScreenChangeInternal: takeSize(); return false;
+    case QEvent::ScreenChangeInternal:
+        takeSize();
+        return false;
     case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick: return mousePressed(*static_cast<QMouseEvent *>(event));
-    case QEvent::MouseButtonRelease: return mouseReleased(*static_cast<QMouseEvent *>(event));
-    case QEvent::MouseMove: return mouseMoved(*static_cast<QMouseEvent *>(event));
-    case QEvent::Wheel: return wheelTurned(*static_cast<QWheelEvent *>(event));
+    case QEvent::MouseButtonDblClick:
+        return mousePressed(*static_cast<QMouseEvent*>(event));
+    case QEvent::MouseButtonRelease:
+        return mouseReleased(*static_cast<QMouseEvent*>(event));
+    case QEvent::MouseMove:
+        return mouseMoved(*static_cast<QMouseEvent*>(event));
+    case QEvent::Wheel:
+        return wheelTurned(*static_cast<QWheelEvent*>(event));
     case QEvent::KeyPress:
-    case QEvent::KeyRelease: return keyChanged(*static_cast<QKeyEvent *>(event));
-    default: return false;
+    case QEvent::KeyRelease:
+        return keyChanged(*static_cast<QKeyEvent*>(event));
+    default:
+        return false;
     }
 }
 
-bool EventBridge::send(SoEvent &event, Qt::KeyboardModifiers modifiers, const QPointF &position)
+bool EventBridge::send(SoEvent& event, Qt::KeyboardModifiers modifiers, const QPointF& position)
 {
     const qreal ratio = m_widget->devicePixelRatioF();
     const SbVec2i32 size = m_area->getSize();
@@ -157,10 +180,11 @@ bool EventBridge::send(SoEvent &event, Qt::KeyboardModifiers modifiers, const QP
     return m_area->processEvent(&event);
 }
 
-bool EventBridge::sendButton(const QMouseEvent &event, SoButtonEvent::State state)
+bool EventBridge::sendButton(const QMouseEvent& event, SoButtonEvent::State state)
 {
     const SoMouseButtonEvent::Button button = buttonOf(event.button());
-    if (button == SoMouseButtonEvent::ANY) return false;
+    if (button == SoMouseButtonEvent::ANY)
+        return false;
     SoMouseButtonEvent translated;
     translated.setButton(button);
     translated.setState(state);
@@ -168,27 +192,28 @@ bool EventBridge::sendButton(const QMouseEvent &event, SoButtonEvent::State stat
     return send(translated, event.modifiers(), event.localPos());
 }
 
-bool EventBridge::mousePressed(const QMouseEvent &event)
+bool EventBridge::mousePressed(const QMouseEvent& event)
 {
-    if (event.button() == Qt::RightButton && onMenuButton && onMenuButton(event)) return true;
+    if (event.button() == Qt::RightButton && onMenuButton && onMenuButton(event))
+        return true;
     sendButton(event, SoButtonEvent::DOWN);
     return true; // a press inside the scene is never one on what lies behind the widget
 }
 
-bool EventBridge::mouseReleased(const QMouseEvent &event)
+bool EventBridge::mouseReleased(const QMouseEvent& event)
 {
     sendButton(event, SoButtonEvent::UP);
     return true;
 }
 
-bool EventBridge::mouseMoved(const QMouseEvent &event)
+bool EventBridge::mouseMoved(const QMouseEvent& event)
 {
     SoLocation2Event translated;
     send(translated, event.modifiers(), event.localPos());
     return true;
 }
 
-bool EventBridge::wheelTurned(const QWheelEvent &event)
+bool EventBridge::wheelTurned(const QWheelEvent& event)
 {
     // With Alt down Qt reports a vertical wheel as a horizontal one.
     const QPoint angle = event.angleDelta();
@@ -197,12 +222,14 @@ bool EventBridge::wheelTurned(const QWheelEvent &event)
     return translated.getDelta() != 0 && send(translated, event.modifiers(), event.position());
 }
 
-bool EventBridge::keyChanged(const QKeyEvent &event)
+bool EventBridge::keyChanged(const QKeyEvent& event)
 {
     const bool released = event.type() == QEvent::KeyRelease;
-    if (released && event.isAutoRepeat()) return false; // the key is still down
+    if (released && event.isAutoRepeat())
+        return false; // the key is still down
     const SoKeyboardEvent::Key key = keyOf(event);
-    if (key == SoKeyboardEvent::UNDEFINED) return false;
+    if (key == SoKeyboardEvent::UNDEFINED)
+        return false;
     SoKeyboardEvent translated;
     translated.setKey(key);
     translated.setState(released ? SoButtonEvent::UP : SoButtonEvent::DOWN);

@@ -19,28 +19,28 @@ class SoGuiRenderArea;
 class EventBridge final : public QObject {
 public:
     /// Belongs to the widget. `area` must outlive it or detach() be called.
-    EventBridge(SoGuiRenderArea *area, QWidget *widget);
+    EventBridge(SoGuiRenderArea* area, QWidget* widget);
     void detach() { m_area = nullptr; }
 
     /// Sets the area's size, without any event; for what is drawn before the widget is shown.
     void takeSize();
     /// Asked first for every press of the right button in viewing mode; true when it was used.
-    std::function<bool(const QMouseEvent &)> onMenuButton;
+    std::function<bool(const QMouseEvent&)> onMenuButton;
 
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
-    static SoKeyboardEvent::Key keyOf(const QKeyEvent &event);
+    static SoKeyboardEvent::Key keyOf(const QKeyEvent& event);
     static SoMouseButtonEvent::Button buttonOf(Qt::MouseButton button);
 
 private:
-    bool mousePressed(const QMouseEvent &event);
-    bool mouseReleased(const QMouseEvent &event);
-    bool mouseMoved(const QMouseEvent &event);
-    bool wheelTurned(const QWheelEvent &event);
-    bool keyChanged(const QKeyEvent &event);
-    bool send(SoEvent &event, Qt::KeyboardModifiers modifiers, const QPointF &position);
-    bool sendButton(const QMouseEvent &event, SoButtonEvent::State state);
+    bool mousePressed(const QMouseEvent& event);
+    bool mouseReleased(const QMouseEvent& event);
+    bool mouseMoved(const QMouseEvent& event);
+    bool wheelTurned(const QWheelEvent& event);
+    bool keyChanged(const QKeyEvent& event);
+    bool send(SoEvent& event, Qt::KeyboardModifiers modifiers, const QPointF& position);
+    bool sendButton(const QMouseEvent& event, SoButtonEvent::State state);
 
-    SoGuiRenderArea *m_area; // Not owned.
-    QWidget *m_widget;       // Not owned; owns us.
+    SoGuiRenderArea* m_area; // Not owned.
+    QWidget* m_widget;       // Not owned; owns us.
 };

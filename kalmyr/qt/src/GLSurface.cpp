@@ -25,14 +25,16 @@ QSurfaceFormat GLSurface::format()
     return format;
 }
 
-GLSurface::GLSurface(SoGuiRenderArea *area, QWidget *parent) : QOpenGLWidget(parent), RenderSurface(area)
+GLSurface::GLSurface(SoGuiRenderArea* area, QWidget* parent)
+    : QOpenGLWidget(parent), RenderSurface(area)
 {
     setFormat(format());
 }
 
 GLSurface::~GLSurface()
 {
-    if (context()) disconnect(context(), nullptr, this, nullptr);
+    if (context())
+        disconnect(context(), nullptr, this, nullptr);
     release();
 }
 
@@ -44,7 +46,8 @@ void GLSurface::initializeGL()
 
 void GLSurface::release()
 {
-    if (!context()) return;
+    if (!context())
+        return;
     makeCurrent();
     SoGLRenderAction::releaseContext();
     doneCurrent();
@@ -52,7 +55,8 @@ void GLSurface::release()
 
 void GLSurface::paintGL()
 {
-    if (m_area && m_area->render()) drawn();
+    if (m_area && m_area->render())
+        drawn();
 }
 
 bool GLSurface::redraw()
@@ -60,7 +64,8 @@ bool GLSurface::redraw()
     const std::uint64_t before = frames();
     if (isVisible() && updatesEnabled())
         repaint();
-    if (frames() == before) grabFramebuffer();
+    if (frames() == before)
+        grabFramebuffer();
     return frames() != before;
 }
 

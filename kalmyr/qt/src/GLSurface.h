@@ -7,12 +7,12 @@
 /// Draws in the context of an OpenGL widget.
 class GLSurface final : public QOpenGLWidget, public RenderSurface {
 public:
-    GLSurface(SoGuiRenderArea *area, QWidget *parent);
+    GLSurface(SoGuiRenderArea* area, QWidget* parent);
     ~GLSurface() override;
 
     static QSurfaceFormat format();
 
-    QWidget *widget() override { return this; }
+    QWidget* widget() override { return this; }
     bool redraw() override;
     QImage grab() override;
 

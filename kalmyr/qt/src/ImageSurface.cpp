@@ -11,29 +11,32 @@ namespace {
 
 constexpr int kSamples = 4;
 
-QString translated(const char *text)
+QString translated(const char* text)
 {
     return QCoreApplication::translate("SoQtRenderArea", text);
 }
 
 /// From rows bottom to top, three bytes a pixel.
-QImage toImage(const unsigned char *rgb, int width, int height)
+QImage toImage(const unsigned char* rgb, int width, int height)
 {
     QImage image(width, height, QImage::Format_RGB32);
     for (int y = height - 1; y >= 0; --y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < width; ++x, rgb += 3) line[x] = qRgb(rgb[0], rgb[1], rgb[2]);
+        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < width; ++x, rgb += 3)
+            line[x] = qRgb(rgb[0], rgb[1], rgb[2]);
     }
     return image;
 }
 
 } // namespace
 
-ImageSurface::ImageSurface(SoGuiRenderArea *area, QWidget *parent) : QWidget(parent), RenderSurface(area)
+ImageSurface::ImageSurface(SoGuiRenderArea* area, QWidget* parent)
+    : QWidget(parent), RenderSurface(area)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    const SoOffscreenContext &context = SoOffscreenContext::shared();
-    if (!context.isValid()) m_failure = QString::fromUtf8(context.getError());
+    const SoOffscreenContext& context = SoOffscreenContext::shared();
+    if (!context.isValid())
+        m_failure = QString::fromUtf8(context.getError());
     m_renderer = std::make_unique<SoOffscreenRenderer>(SbViewportRegion());
     m_renderer->setNumSamples(kSamples);
 }
@@ -42,8 +45,9 @@ ImageSurface::~ImageSurface() = default;
 
 bool ImageSurface::redraw()
 {
-    if (!m_area || !m_failure.isEmpty() || !m_area->renderOffscreen(*m_renderer)) return false;
-    const SbVec2s &size = m_renderer->getViewportRegion().getWindowSize();
+    if (!m_area || !m_failure.isEmpty() || !m_area->renderOffscreen(*m_renderer))
+        return false;
+    const SbVec2s& size = m_renderer->getViewportRegion().getWindowSize();
     m_image = toImage(m_renderer->getBuffer(), size[0], size[1]);
     m_image.setDevicePixelRatio(devicePixelRatioF());
     drawn();
@@ -53,7 +57,8 @@ bool ImageSurface::redraw()
 
 QImage ImageSurface::grab()
 {
-    if (!redraw()) return QImage();
+    if (!redraw())
+        return QImage();
     QImage image = m_image;
     image.setDevicePixelRatio(1);
     return image;
@@ -61,12 +66,13 @@ QImage ImageSurface::grab()
 
 bool ImageSurface::isUpToDate() const
 {
-    if (isStale() || !m_area) return !m_area;
+    if (isStale() || !m_area)
+        return !m_area;
     const SbVec2i32 size = m_area->getSize();
     return m_image.width() == size[0] && m_image.height() == size[1];
 }
 
-void ImageSurface::paintEvent(QPaintEvent *)
+void ImageSurface::paintEvent(QPaintEvent*)
 {
     if (!isUpToDate() && !redraw()) {
         paintFailure();

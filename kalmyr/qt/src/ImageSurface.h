@@ -12,10 +12,10 @@ class SoOffscreenRenderer;
 /// that says so.
 class ImageSurface final : public QWidget, public RenderSurface {
 public:
-    ImageSurface(SoGuiRenderArea *area, QWidget *parent);
+    ImageSurface(SoGuiRenderArea* area, QWidget* parent);
     ~ImageSurface() override;
 
-    QWidget *widget() override { return this; }
+    QWidget* widget() override { return this; }
     bool redraw() override;
     QImage grab() override;
     QString failure() const override { return m_failure; }
@@ -26,7 +26,7 @@ public:
     static QSize smallestSize() { return QSize(80, 60); }
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     bool isUpToDate() const;

@@ -24,13 +24,15 @@ bool RenderSurface::hasWindowGL()
         if (platform == QLatin1String("offscreen") || platform.startsWith(QLatin1String("minimal"))
             || platform == QLatin1String("vnc"))
             return false;
-        if (SoPreferences::getBool("KMR_QT_DRAW_IMAGES", false)) return false;
+        if (SoPreferences::getBool("KMR_QT_DRAW_IMAGES", false))
+            return false;
         QOffscreenSurface surface;
         surface.setFormat(GLSurface::format());
         surface.create();
         QOpenGLContext context;
         context.setFormat(GLSurface::format());
-        if (!context.create() || !context.makeCurrent(&surface)) return false;
+        if (!context.create() || !context.makeCurrent(&surface))
+            return false;
         const bool enough = !context.isOpenGLES() && context.format().version() >= qMakePair(3, 3);
         context.doneCurrent();
         return enough;
@@ -38,8 +40,9 @@ bool RenderSurface::hasWindowGL()
     return available;
 }
 
-RenderSurface *RenderSurface::create(SoGuiRenderArea *area, QWidget *parent)
+RenderSurface* RenderSurface::create(SoGuiRenderArea* area, QWidget* parent)
 {
-    if (hasWindowGL()) return new GLSurface(area, parent);
+    if (hasWindowGL())
+        return new GLSurface(area, parent);
     return new ImageSurface(area, parent);
 }

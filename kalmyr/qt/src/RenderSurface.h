@@ -14,7 +14,7 @@ class RenderSurface {
 public:
     virtual ~RenderSurface() = default;
 
-    virtual QWidget *widget() = 0;
+    virtual QWidget* widget() = 0;
     /// Draws now, shown or not.
     virtual bool redraw() = 0;
     /// As drawn now, in device pixels; null when it cannot be drawn.
@@ -29,20 +29,20 @@ public:
     /// Whether Qt can show OpenGL of the needed version in widgets here. Asked once a process.
     static bool hasWindowGL();
     /// With a parent widget, which owns it. `area` must outlive the surface or detach() be called.
-    static RenderSurface *create(SoGuiRenderArea *area, QWidget *parent);
+    static RenderSurface* create(SoGuiRenderArea* area, QWidget* parent);
 
     /// The area goes: nothing is drawn any more.
     void detach() { m_area = nullptr; }
 
 protected:
-    explicit RenderSurface(SoGuiRenderArea *area) : m_area(area) {}
+    explicit RenderSurface(SoGuiRenderArea* area) : m_area(area) {}
     void drawn()
     {
         m_stale = false;
         ++m_frames;
     }
 
-    SoGuiRenderArea *m_area; // Not owned.
+    SoGuiRenderArea* m_area; // Not owned.
 
 private:
     bool m_stale = true;

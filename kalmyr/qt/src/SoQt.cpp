@@ -23,7 +23,7 @@ constexpr double kMaxSleepSeconds = 3600;
 /// The event loop's side of the sensor queues. Dies with finish(), or with the application object.
 class SensorPump final : public QObject {
 public:
-    explicit SensorPump(QObject *application);
+    explicit SensorPump(QObject* application);
     ~SensorPump() override { stop(); }
 
     void serve();
@@ -31,7 +31,7 @@ public:
     void retire();
 
 private:
-    static void queuesChanged(void *data) { static_cast<SensorPump *>(data)->arm(); }
+    static void queuesChanged(void* data) { static_cast<SensorPump*>(data)->arm(); }
     void arm();
     void stop();
     void serveIdle();
@@ -50,15 +50,16 @@ struct Binding {
     QPointer<QWidget> ownTopLevel; // Owned.
 };
 
-Binding &binding()
+Binding& binding()
 {
-    static auto *const data = new Binding; // an application may outlive the statics of this library
+    static auto* const data = new Binding; // an application may outlive the statics of this library
     return *data;
 }
 
-SensorPump::SensorPump(QObject *application) : QObject(application)
+SensorPump::SensorPump(QObject* application) : QObject(application)
 {
-    for (QTimer *timer : {&m_now, &m_idle, &m_later}) timer->setSingleShot(true);
+    for (QTimer* timer : {&m_now, &m_idle, &m_later})
+        timer->setSingleShot(true);
     m_later.setTimerType(Qt::PreciseTimer);
     connect(&m_now, &QTimer::timeout, this, &SensorPump::serve);
     connect(&m_later, &QTimer::timeout, this, &SensorPump::serve);
@@ -69,10 +70,12 @@ SensorPump::SensorPump(QObject *application) : QObject(application)
 
 void SensorPump::stop()
 {
-    if (m_stopped) return; // the queues may have another pump by now
+    if (m_stopped)
+        return; // the queues may have another pump by now
     m_stopped = true;
     SoSensorManager::setChangedCallback(nullptr, nullptr);
-    for (QTimer *timer : {&m_now, &m_idle, &m_later}) timer->stop();
+    for (QTimer* timer : {&m_now, &m_idle, &m_later})
+        timer->stop();
 }
 
 void SensorPump::retire()
@@ -83,9 +86,11 @@ void SensorPump::retire()
 
 void SensorPump::arm()
 {
-    if (m_serving || m_stopped) return; // while serving: done at the end
+    if (m_serving || m_stopped)
+        return; // while serving: done at the end
     if (SoSensorManager::isDelaySensorPending()) {
-        if (!m_now.isActive()) m_now.start(0);
+        if (!m_now.isActive())
+            m_now.start(0);
     } else if (SoSensorManager::isIdleSensorPending() && !m_idle.isActive()) {
         m_idle.start(0);
     }
@@ -94,19 +99,23 @@ void SensorPump::arm()
         m_later.stop();
         return;
     }
-    const double wait = std::clamp((next - SbTime::getTimeOfDay()).getValue(), 0.0, kMaxSleepSeconds);
+    const double wait =
+        std::clamp((next - SbTime::getTimeOfDay()).getValue(), 0.0, kMaxSleepSeconds);
     m_later.start(static_cast<int>(std::ceil(wait * 1000)));
 }
 
 void SensorPump::serve()
 {
     // A callback that opens a dialog lands here again: the queues are being walked.
-    if (m_serving || m_stopped) return;
+    if (m_serving || m_stopped)
+        return;
     const QPointer<SensorPump> self(this); // a callback may end the application
     m_serving = true;
     SoSensorManager::processTimerQueue();
-    if (self && !m_stopped) SoSensorManager::processDelayQueue(false);
-    if (!self) return;
+    if (self && !m_stopped)
+        SoSensorManager::processDelayQueue(false);
+    if (!self)
+        return;
     m_serving = false;
     arm();
 }
@@ -120,35 +129,39 @@ void SensorPump::serveIdle()
     const QPointer<SensorPump> self(this);
     m_serving = true;
     SoSensorManager::processDelayQueue(true);
-    if (!self) return;
+    if (!self)
+        return;
     m_serving = false;
     arm();
 }
 
 void startPump()
 {
-    QCoreApplication *application = QCoreApplication::instance();
+    QCoreApplication* application = QCoreApplication::instance();
     if (!application) {
         SoDebugError::post("SoQt::init", "there is no application object: sensors are not served");
         return;
     }
-    if (!binding().pump) binding().pump = new SensorPump(application);
+    if (!binding().pump)
+        binding().pump = new SensorPump(application);
 }
 
 } // namespace
 
-void SoQt::init(QWidget *topLevel)
+void SoQt::init(QWidget* topLevel)
 {
     kalmyr::initGui();
     binding().topLevels.emplace_back(topLevel);
     startPump();
 }
 
-QWidget *SoQt::init(int &argc, char **argv, const char *name)
+QWidget* SoQt::init(int& argc, char** argv, const char* name)
 {
-    Binding &data = binding();
-    if (!QCoreApplication::instance()) data.application = std::make_unique<QApplication>(argc, argv);
-    if (!data.ownTopLevel) data.ownTopLevel = new QWidget;
+    Binding& data = binding();
+    if (!QCoreApplication::instance())
+        data.application = std::make_unique<QApplication>(argc, argv);
+    if (!data.ownTopLevel)
+        data.ownTopLevel = new QWidget;
     data.ownTopLevel->setWindowTitle(QString::fromUtf8(name));
     init(data.ownTopLevel);
     return data.ownTopLevel;
@@ -156,11 +169,14 @@ QWidget *SoQt::init(int &argc, char **argv, const char *name)
 
 void SoQt::finish()
 {
-    Binding &data = binding();
-    if (data.topLevels.empty()) return;
+    Binding& data = binding();
+    if (data.topLevels.empty())
+        return;
     data.topLevels.pop_back();
-    if (!data.topLevels.empty()) return;
-    if (data.pump) data.pump->retire();
+    if (!data.topLevels.empty())
+        return;
+    if (data.pump)
+        data.pump->retire();
     data.pump.clear();
     delete data.ownTopLevel;
     data.application.reset();
@@ -171,24 +187,27 @@ bool SoQt::isInitialized()
     return !binding().topLevels.empty();
 }
 
-QWidget *SoQt::getTopLevelWidget()
+QWidget* SoQt::getTopLevelWidget()
 {
-    const auto &all = binding().topLevels;
-    const auto last = std::find_if(all.rbegin(), all.rend(), [](const auto &widget) { return !widget.isNull(); });
+    const auto& all = binding().topLevels;
+    const auto last =
+        std::find_if(all.rbegin(), all.rend(), [](const auto& widget) { return !widget.isNull(); });
     return last == all.rend() ? nullptr : last->data();
 }
 
-void SoQt::show(QWidget *widget)
+void SoQt::show(QWidget* widget)
 {
-    if (!widget) return;
+    if (!widget)
+        return;
     widget->show();
     widget->raise();
     widget->activateWindow();
 }
 
-void SoQt::hide(QWidget *widget)
+void SoQt::hide(QWidget* widget)
 {
-    if (widget) widget->hide();
+    if (widget)
+        widget->hide();
 }
 
 int SoQt::mainLoop()
@@ -203,5 +222,6 @@ void SoQt::exitMainLoop(int code)
 
 void SoQt::processSensors()
 {
-    if (binding().pump) binding().pump->serve();
+    if (binding().pump)
+        binding().pump->serve();
 }

@@ -2,14 +2,15 @@
 
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 
-SoQtExaminerViewer::SoQtExaminerViewer(QWidget *parent, const char *name, bool embed, BuildFlag flag, Type type)
+SoQtExaminerViewer::SoQtExaminerViewer(QWidget* parent, const char* name, bool embed,
+                                       BuildFlag flag, Type type)
     : SoQtViewer(new SoGuiExaminerViewer, parent, name, embed, flag, type)
 {
 }
 
 SoQtExaminerViewer::~SoQtExaminerViewer() = default;
 
-SoGuiExaminerViewer *SoQtExaminerViewer::getGuiExaminerViewer() const
+SoGuiExaminerViewer* SoQtExaminerViewer::getGuiExaminerViewer() const
 {
-    return static_cast<SoGuiExaminerViewer *>(getGuiRenderArea());
+    return static_cast<SoGuiExaminerViewer*>(getGuiRenderArea());
 }

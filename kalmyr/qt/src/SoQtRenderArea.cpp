@@ -9,22 +9,24 @@
 
 namespace {
 
-QWidget *makeWhole(QWidget *parent, const char *name, bool embed)
+QWidget* makeWhole(QWidget* parent, const char* name, bool embed)
 {
-    auto *whole = new QWidget(parent, embed ? Qt::WindowFlags() : Qt::Window);
+    auto* whole = new QWidget(parent, embed ? Qt::WindowFlags() : Qt::Window);
     const QString text = QString::fromUtf8(name);
     whole->setObjectName(text);
-    if (whole->isWindow()) whole->setWindowTitle(text);
-    auto *layout = new QHBoxLayout(whole);
+    if (whole->isWindow())
+        whole->setWindowTitle(text);
+    auto* layout = new QHBoxLayout(whole);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     return whole;
 }
 
 /// A widget that was never shown has not been told its size yet.
-void sendPendingResize(QWidget *widget)
+void sendPendingResize(QWidget* widget)
 {
-    if (!widget->testAttribute(Qt::WA_PendingResizeEvent)) return;
+    if (!widget->testAttribute(Qt::WA_PendingResizeEvent))
+        return;
     QResizeEvent event(widget->size(), QSize());
     widget->setAttribute(Qt::WA_PendingResizeEvent, false);
     QCoreApplication::sendEvent(widget, &event);
@@ -32,8 +34,10 @@ void sendPendingResize(QWidget *widget)
 
 } // namespace
 
-SoQtRenderArea::Impl::Impl(SoGuiRenderArea *guiArea, QWidget *parent, const char *name, bool embed)
-    : area(guiArea), whole(makeWhole(parent, name, embed)), m_surface(RenderSurface::create(guiArea, whole))
+SoQtRenderArea::Impl::Impl(SoGuiRenderArea* guiArea, QWidget* parent, const char* name, bool embed)
+    : area(guiArea),
+      whole(makeWhole(parent, name, embed)),
+      m_surface(RenderSurface::create(guiArea, whole))
 {
     surfaceWidget = m_surface->widget();
     surfaceWidget->setAccessibleName(QCoreApplication::translate("SoQtRenderArea", "Scene"));
@@ -42,8 +46,9 @@ SoQtRenderArea::Impl::Impl(SoGuiRenderArea *guiArea, QWidget *parent, const char
     whole->setFocusProxy(surfaceWidget);
     bridge = new EventBridge(guiArea, surfaceWidget);
     area->getSceneManager()->setRenderCallback(
-        [](void *data, SoSceneManager *) {
-            if (RenderSurface *surface = static_cast<Impl *>(data)->surface()) surface->schedule();
+        [](void* data, SoSceneManager*) {
+            if (RenderSurface* surface = static_cast<Impl*>(data)->surface())
+                surface->schedule();
         },
         this);
 }
@@ -51,62 +56,66 @@ SoQtRenderArea::Impl::Impl(SoGuiRenderArea *guiArea, QWidget *parent, const char
 SoQtRenderArea::Impl::~Impl()
 {
     area->getSceneManager()->setRenderCallback(nullptr, nullptr);
-    if (bridge) bridge->detach();
-    if (surface()) surface()->detach();
+    if (bridge)
+        bridge->detach();
+    if (surface())
+        surface()->detach();
     delete whole;
 }
 
 void SoQtRenderArea::Impl::layOut()
 {
-    if (!whole || !surfaceWidget) return;
-    if (whole->layout()) whole->layout()->activate();
+    if (!whole || !surfaceWidget)
+        return;
+    if (whole->layout())
+        whole->layout()->activate();
     sendPendingResize(surfaceWidget);
     bridge->takeSize();
 }
 
-SoQtRenderArea::SoQtRenderArea(QWidget *parent, const char *name, bool embed)
+SoQtRenderArea::SoQtRenderArea(QWidget* parent, const char* name, bool embed)
     : SoQtRenderArea(new SoGuiRenderArea, parent, name, embed)
 {
 }
 
-SoQtRenderArea::SoQtRenderArea(SoGuiRenderArea *area, QWidget *parent, const char *name, bool embed)
+SoQtRenderArea::SoQtRenderArea(SoGuiRenderArea* area, QWidget* parent, const char* name, bool embed)
     : m_impl(std::make_unique<Impl>(area, parent, name, embed))
 {
 }
 
 SoQtRenderArea::~SoQtRenderArea() = default;
 
-QWidget *SoQtRenderArea::getWidget() const
+QWidget* SoQtRenderArea::getWidget() const
 {
     return m_impl->whole;
 }
 
-QWidget *SoQtRenderArea::getRenderWidget() const
+QWidget* SoQtRenderArea::getRenderWidget() const
 {
     return m_impl->surfaceWidget;
 }
 
-SoGuiRenderArea *SoQtRenderArea::getGuiRenderArea() const
+SoGuiRenderArea* SoQtRenderArea::getGuiRenderArea() const
 {
     return m_impl->area.get();
 }
 
-SoSceneManager *SoQtRenderArea::getSceneManager() const
+SoSceneManager* SoQtRenderArea::getSceneManager() const
 {
     return m_impl->area->getSceneManager();
 }
 
-void SoQtRenderArea::setSceneGraph(SoNode *root)
+void SoQtRenderArea::setSceneGraph(SoNode* root)
 {
     m_impl->area->setSceneGraph(root);
 }
 
-SoNode *SoQtRenderArea::getSceneGraph() const
+SoNode* SoQtRenderArea::getSceneGraph() const
 {
     return m_impl->area->getSceneGraph();
 }
 
-void SoQtRenderArea::setBackgroundColor(const SbColor &color)
+void SoQtRenderArea::setBackgroundColor(const SbColor& color)
 {
     m_impl->area->setBackgroundColor(color);
 }
@@ -134,7 +143,8 @@ std::uint64_t SoQtRenderArea::getFrameCount() const
 
 bool SoQtRenderArea::isRedrawPending() const
 {
-    return m_impl->surface() && (m_impl->surface()->isStale() || getSceneManager()->isRedrawScheduled());
+    return m_impl->surface()
+           && (m_impl->surface()->isStale() || getSceneManager()->isRedrawScheduled());
 }
 
 QImage SoQtRenderArea::grabImage()
@@ -145,7 +155,8 @@ QImage SoQtRenderArea::grabImage()
 
 SoQtRenderArea::Drawing SoQtRenderArea::getDrawing() const
 {
-    if (!m_impl->surface() || !getFailure().isEmpty()) return NONE;
+    if (!m_impl->surface() || !getFailure().isEmpty())
+        return NONE;
     return RenderSurface::hasWindowGL() ? WINDOW_GL : IMAGE;
 }
 
@@ -156,10 +167,12 @@ QString SoQtRenderArea::getFailure() const
 
 void SoQtRenderArea::show()
 {
-    if (m_impl->whole) m_impl->whole->show();
+    if (m_impl->whole)
+        m_impl->whole->show();
 }
 
 void SoQtRenderArea::hide()
 {
-    if (m_impl->whole) m_impl->whole->hide();
+    if (m_impl->whole)
+        m_impl->whole->hide();
 }

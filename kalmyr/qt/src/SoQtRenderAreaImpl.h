@@ -10,11 +10,11 @@
 #include <QWidget>
 
 struct SoQtRenderArea::Impl {
-    Impl(SoGuiRenderArea *area, QWidget *parent, const char *name, bool embed);
+    Impl(SoGuiRenderArea* area, QWidget* parent, const char* name, bool embed);
     ~Impl();
 
     /// Null once the widget is gone.
-    RenderSurface *surface() const { return surfaceWidget ? m_surface : nullptr; }
+    RenderSurface* surface() const { return surfaceWidget ? m_surface : nullptr; }
     /// Gives the surface the size that it will have when it is shown.
     void layOut();
 
@@ -24,5 +24,5 @@ struct SoQtRenderArea::Impl {
     QPointer<EventBridge> bridge;    // Owned by the surface's widget.
 
 private:
-    RenderSurface *m_surface; // Same object as surfaceWidget.
+    RenderSurface* m_surface; // Same object as surfaceWidget.
 };

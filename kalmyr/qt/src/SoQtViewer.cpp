@@ -8,40 +8,44 @@
 #include <QMenu>
 #include <QMouseEvent>
 
-SoQtViewer::SoQtViewer(SoGuiViewer *viewer, QWidget *parent, const char *name, bool embed, BuildFlag flag,
-                       Type)
+SoQtViewer::SoQtViewer(SoGuiViewer* viewer, QWidget* parent, const char* name, bool embed,
+                       BuildFlag flag, Type)
     : SoQtRenderArea(viewer, parent, name, embed),
       m_decoration(std::make_unique<Decoration>(viewer, getWidget(), getRenderWidget()))
 {
-    if (flag & BUILD_DECORATION) m_decoration->buildColumn();
+    if (flag & BUILD_DECORATION)
+        m_decoration->buildColumn();
     if (flag & BUILD_POPUP) {
         m_decoration->buildMenu();
-        impl().bridge->onMenuButton = [this](const QMouseEvent &event) {
-            if (!isViewing()) return false; // the scene's own use of the button
+        impl().bridge->onMenuButton = [this](const QMouseEvent& event) {
+            if (!isViewing())
+                return false; // the scene's own use of the button
             m_decoration->menu()->popup(event.globalPos());
             return true;
         };
     }
     viewer->setStateCallback(
-        [](void *data, SoGuiViewer *) { static_cast<SoQtViewer *>(data)->m_decoration->refresh(); }, this);
+        [](void* data, SoGuiViewer*) { static_cast<SoQtViewer*>(data)->m_decoration->refresh(); },
+        this);
 }
 
 SoQtViewer::~SoQtViewer()
 {
     getGuiViewer()->setStateCallback(nullptr, nullptr);
-    if (impl().bridge) impl().bridge->onMenuButton = nullptr;
+    if (impl().bridge)
+        impl().bridge->onMenuButton = nullptr;
     // Its actions go with the widget, and nothing may run them on the way.
-    if (QWidget *whole = getWidget())
-        for (QObject *action : whole->findChildren<QAction *>(QString(), Qt::FindDirectChildrenOnly))
+    if (QWidget* whole = getWidget())
+        for (QObject* action : whole->findChildren<QAction*>(QString(), Qt::FindDirectChildrenOnly))
             action->disconnect();
 }
 
-SoGuiViewer *SoQtViewer::getGuiViewer() const
+SoGuiViewer* SoQtViewer::getGuiViewer() const
 {
-    return static_cast<SoGuiViewer *>(getGuiRenderArea());
+    return static_cast<SoGuiViewer*>(getGuiRenderArea());
 }
 
-SoCamera *SoQtViewer::getCamera() const
+SoCamera* SoQtViewer::getCamera() const
 {
     return getGuiViewer()->getCamera();
 }
@@ -84,7 +88,8 @@ bool SoQtViewer::isHeadlight() const
 
 void SoQtViewer::setDecoration(bool on)
 {
-    if (QWidget *column = m_decoration->column()) column->setVisible(on);
+    if (QWidget* column = m_decoration->column())
+        column->setVisible(on);
 }
 
 bool SoQtViewer::isDecoration() const

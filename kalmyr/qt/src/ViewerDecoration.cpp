@@ -14,9 +14,9 @@
 
 struct SoQtViewer::Decoration::Entry {
     ViewerIcon icon;
-    const char *objectName;
-    const char *text;
-    const char *key; ///< shown only; the viewer itself listens to it
+    const char* objectName;
+    const char* text;
+    const char* key; ///< shown only; the viewer itself listens to it
     bool checkable;
     bool beginsGroup;
 };
@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kGroupGap = 6;
 
-QString translated(const char *text)
+QString translated(const char* text)
 {
     return QCoreApplication::translate("SoQtViewer", text);
 }
@@ -36,29 +36,37 @@ const SoQtViewer::Decoration::Entry SoQtViewer::Decoration::kEntries[COUNT] = {
     {ViewerIcon::HAND, "viewerView", QT_TRANSLATE_NOOP("SoQtViewer", "View"), "Esc", true, false},
     {ViewerIcon::ARROW, "viewerPick", QT_TRANSLATE_NOOP("SoQtViewer", "Pick"), "Esc", true, false},
     {ViewerIcon::HOME, "viewerHome", QT_TRANSLATE_NOOP("SoQtViewer", "Home"), "Home", false, true},
-    {ViewerIcon::SET_HOME, "viewerSetHome", QT_TRANSLATE_NOOP("SoQtViewer", "Set home"), "", false, false},
-    {ViewerIcon::VIEW_ALL, "viewerViewAll", QT_TRANSLATE_NOOP("SoQtViewer", "View all"), "V", false, false},
-    {ViewerIcon::SEEK, "viewerSeek", QT_TRANSLATE_NOOP("SoQtViewer", "Seek to a point"), "S", true, false},
-    {ViewerIcon::PERSPECTIVE, "viewerPerspective", QT_TRANSLATE_NOOP("SoQtViewer", "Perspective"), "", true, true},
-    {ViewerIcon::HEADLIGHT, "viewerHeadlight", QT_TRANSLATE_NOOP("SoQtViewer", "Headlight"), "", true, false},
+    {ViewerIcon::SET_HOME, "viewerSetHome", QT_TRANSLATE_NOOP("SoQtViewer", "Set home"), "", false,
+     false},
+    {ViewerIcon::VIEW_ALL, "viewerViewAll", QT_TRANSLATE_NOOP("SoQtViewer", "View all"), "V", false,
+     false},
+    {ViewerIcon::SEEK, "viewerSeek", QT_TRANSLATE_NOOP("SoQtViewer", "Seek to a point"), "S", true,
+     false},
+    {ViewerIcon::PERSPECTIVE, "viewerPerspective", QT_TRANSLATE_NOOP("SoQtViewer", "Perspective"),
+     "", true, true},
+    {ViewerIcon::HEADLIGHT, "viewerHeadlight", QT_TRANSLATE_NOOP("SoQtViewer", "Headlight"), "",
+     true, false},
 };
 
-SoQtViewer::Decoration::Decoration(SoGuiViewer *viewer, QWidget *whole, QWidget *surface)
+SoQtViewer::Decoration::Decoration(SoGuiViewer* viewer, QWidget* whole, QWidget* surface)
     : m_viewer(viewer), m_whole(whole), m_surface(surface)
 {
-    for (int i = 0; i < COUNT; ++i) makeAction(i);
+    for (int i = 0; i < COUNT; ++i)
+        makeAction(i);
     refresh();
 }
 
 void SoQtViewer::Decoration::makeAction(int index)
 {
-    const Entry &entry = kEntries[index];
-    auto *action = new QAction(viewerIcon(entry.icon), translated(entry.text), m_whole);
+    const Entry& entry = kEntries[index];
+    auto* action = new QAction(viewerIcon(entry.icon), translated(entry.text), m_whole);
     action->setObjectName(QLatin1String(entry.objectName));
     action->setCheckable(entry.checkable);
     if (*entry.key)
-        action->setToolTip(action->text() + QLatin1String(" (") + QLatin1String(entry.key) + QLatin1Char(')'));
-    QObject::connect(action, &QAction::triggered, action, [this, index](bool on) { run(index, on); });
+        action->setToolTip(action->text() + QLatin1String(" (") + QLatin1String(entry.key)
+                           + QLatin1Char(')'));
+    QObject::connect(action, &QAction::triggered, action,
+                     [this, index](bool on) { run(index, on); });
     m_actions[index] = action;
 }
 
@@ -67,13 +75,14 @@ void SoQtViewer::Decoration::buildColumn()
     m_column = new QWidget(m_whole);
     // A low window cuts the column off instead of refusing to become low.
     m_column->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Ignored);
-    auto *layout = new QVBoxLayout(m_column);
+    auto* layout = new QVBoxLayout(m_column);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(1);
     const int size = m_column->style()->pixelMetric(QStyle::PM_SmallIconSize) + 4;
     for (int i = 0; i < COUNT; ++i) {
-        if (kEntries[i].beginsGroup) layout->addSpacing(kGroupGap);
-        auto *button = new QToolButton(m_column);
+        if (kEntries[i].beginsGroup)
+            layout->addSpacing(kGroupGap);
+        auto* button = new QToolButton(m_column);
         button->setDefaultAction(m_actions[i]);
         button->setIconSize(QSize(size, size));
         button->setAutoRaise(true);
@@ -89,7 +98,8 @@ void SoQtViewer::Decoration::buildMenu()
 {
     m_menu = new QMenu(m_whole);
     for (int i = 0; i < COUNT; ++i) {
-        if (kEntries[i].beginsGroup) m_menu->addSeparator();
+        if (kEntries[i].beginsGroup)
+            m_menu->addSeparator();
         m_menu->addAction(m_actions[i]);
     }
 }
@@ -97,11 +107,21 @@ void SoQtViewer::Decoration::buildMenu()
 void SoQtViewer::Decoration::run(int index, bool on)
 {
     switch (index) {
-    case VIEW: m_viewer->setViewing(true); break;
-    case PICK: m_viewer->setViewing(false); break;
-    case HOME: m_viewer->resetToHomePosition(); break;
-    case SET_HOME: m_viewer->saveHomePosition(); break;
-    case VIEW_ALL: m_viewer->viewAll(); break;
+    case VIEW:
+        m_viewer->setViewing(true);
+        break;
+    case PICK:
+        m_viewer->setViewing(false);
+        break;
+    case HOME:
+        m_viewer->resetToHomePosition();
+        break;
+    case SET_HOME:
+        m_viewer->saveHomePosition();
+        break;
+    case VIEW_ALL:
+        m_viewer->viewAll();
+        break;
     case SEEK:
         m_viewer->setViewing(true);
         m_viewer->setSeekMode(on);
@@ -109,15 +129,19 @@ void SoQtViewer::Decoration::run(int index, bool on)
     case CAMERA:
         m_viewer->setCameraType(on ? SoGuiViewer::PERSPECTIVE : SoGuiViewer::ORTHOGRAPHIC);
         break;
-    case HEADLIGHT: m_viewer->setHeadlight(on); break;
-    default: break;
+    case HEADLIGHT:
+        m_viewer->setHeadlight(on);
+        break;
+    default:
+        break;
     }
     refresh(); // a click on what is on already has unchecked it
 }
 
 void SoQtViewer::Decoration::refresh()
 {
-    if (!m_whole || !m_surface) return;
+    if (!m_whole || !m_surface)
+        return;
     const bool perspective = m_viewer->getCameraType() == SoGuiViewer::PERSPECTIVE;
     m_actions[VIEW]->setChecked(m_viewer->isViewing());
     m_actions[PICK]->setChecked(!m_viewer->isViewing());
@@ -125,7 +149,8 @@ void SoQtViewer::Decoration::refresh()
     m_actions[HEADLIGHT]->setChecked(m_viewer->isHeadlight());
     m_actions[CAMERA]->setChecked(perspective);
     m_actions[CAMERA]->setEnabled(m_viewer->hasOwnCamera());
-    m_actions[CAMERA]->setIcon(viewerIcon(perspective ? ViewerIcon::PERSPECTIVE : ViewerIcon::ORTHOGRAPHIC));
+    m_actions[CAMERA]->setIcon(
+        viewerIcon(perspective ? ViewerIcon::PERSPECTIVE : ViewerIcon::ORTHOGRAPHIC));
     if (m_viewer->isSeekMode())
         m_surface->setCursor(Qt::CrossCursor);
     else

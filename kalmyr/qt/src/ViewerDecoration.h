@@ -11,13 +11,13 @@ class SoGuiViewer;
 /// The buttons and the menu of a viewer. Its actions belong to the viewer's whole widget.
 class SoQtViewer::Decoration {
 public:
-    Decoration(SoGuiViewer *viewer, QWidget *whole, QWidget *surface);
+    Decoration(SoGuiViewer* viewer, QWidget* whole, QWidget* surface);
 
     void buildColumn();
     /// Makes the menu; it is opened by the right mouse button.
     void buildMenu();
-    QMenu *menu() const { return m_menu; }
-    QWidget *column() const { return m_column; }
+    QMenu* menu() const { return m_menu; }
+    QWidget* column() const { return m_column; }
 
     /// Shows the viewer's state: checked buttons, cursor.
     void refresh();
@@ -29,7 +29,7 @@ private:
     void makeAction(int index);
     void run(int index, bool on);
 
-    SoGuiViewer *m_viewer; // Not owned; lives longer.
+    SoGuiViewer* m_viewer; // Not owned; lives longer.
     QPointer<QWidget> m_whole;
     QPointer<QWidget> m_surface;
     QPointer<QWidget> m_column;

@@ -3,6 +3,16 @@
 #include <QIcon>
 
 /// The drawings on a viewer's buttons, sharp at any size and resolution.
-enum class ViewerIcon { ARROW, HAND, HOME, SET_HOME, VIEW_ALL, SEEK, PERSPECTIVE, ORTHOGRAPHIC, HEADLIGHT };
+enum class ViewerIcon {
+    ARROW,
+    HAND,
+    HOME,
+    SET_HOME,
+    VIEW_ALL,
+    SEEK,
+    PERSPECTIVE,
+    ORTHOGRAPHIC,
+    HEADLIGHT
+};
 
 QIcon viewerIcon(ViewerIcon which);

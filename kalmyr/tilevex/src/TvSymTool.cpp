@@ -15,7 +15,7 @@ struct Module {
     int users = 0;
 };
 
-std::vector<Module> &modules()
+std::vector<Module>& modules()
 {
     static std::vector<Module> known{
         {SbName("Vrml97"), &kalmyr::initVrml, &kalmyr::finishVrml},
@@ -24,48 +24,55 @@ std::vector<Module> &modules()
     return known;
 }
 
-Module *find(const SbName &name)
+Module* find(const SbName& name)
 {
-    auto &all = modules();
-    const auto at = std::find_if(all.begin(), all.end(), [&](const Module &m) { return m.name == name; });
+    auto& all = modules();
+    const auto at =
+        std::find_if(all.begin(), all.end(), [&](const Module& m) { return m.name == name; });
     return at == all.end() ? nullptr : &*at;
 }
 
-Module *findOrComplain(const SbName &name, const char *source)
+Module* findOrComplain(const SbName& name, const char* source)
 {
-    Module *module = find(name);
-    if (!module) SoDebugError::post(source, "the module \"%s\" is not known", name.getString());
+    Module* module = find(name);
+    if (!module)
+        SoDebugError::post(source, "the module \"%s\" is not known", name.getString());
     return module;
 }
 
 } // namespace
 
-bool TvSymTool::initModule(const SbName &name)
+bool TvSymTool::initModule(const SbName& name)
 {
-    Module *module = findOrComplain(name, "TvSymTool::initModule");
-    if (!module) return false;
-    if (module->users++ == 0 && module->init) module->init();
+    Module* module = findOrComplain(name, "TvSymTool::initModule");
+    if (!module)
+        return false;
+    if (module->users++ == 0 && module->init)
+        module->init();
     return true;
 }
 
-bool TvSymTool::finishModule(const SbName &name)
+bool TvSymTool::finishModule(const SbName& name)
 {
-    Module *module = findOrComplain(name, "TvSymTool::finishModule");
-    if (!module) return false;
-    if (module->users > 0 && --module->users == 0 && module->finish) module->finish();
+    Module* module = findOrComplain(name, "TvSymTool::finishModule");
+    if (!module)
+        return false;
+    if (module->users > 0 && --module->users == 0 && module->finish)
+        module->finish();
     return true;
 }
 
-bool TvSymTool::isInitialized(const SbName &name)
+bool TvSymTool::isInitialized(const SbName& name)
 {
-    const Module *module = find(name);
+    const Module* module = find(name);
     return module && module->users > 0;
 }
 
-bool TvSymTool::registerModule(const SbName &name, Function init, Function finish)
+bool TvSymTool::registerModule(const SbName& name, Function init, Function finish)
 {
-    Module *module = find(name);
-    if (module && module->users > 0) return false;
+    Module* module = find(name);
+    if (module && module->users > 0)
+        return false;
     if (module)
         *module = {name, init, finish, 0};
     else
@@ -76,6 +83,7 @@ bool TvSymTool::registerModule(const SbName &name, Function init, Function finis
 std::vector<SbName> TvSymTool::getModuleNames()
 {
     std::vector<SbName> names;
-    for (const Module &module : modules()) names.push_back(module.name);
+    for (const Module& module : modules())
+        names.push_back(module.name);
     return names;
 }

@@ -42,8 +42,9 @@ void SoAction::apply(SoPath* path)
 void SoAction::run(SoNode* root, const SoPath* path)
 {
     if (!root || m_methods) {
-        SoDebugError::post("SoAction::apply", "%s", root ? "the action is being applied already"
-                                                         : "there is nothing to apply it to");
+        SoDebugError::post("SoAction::apply", "%s",
+                           root ? "the action is being applied already"
+                                : "there is nothing to apply it to");
         return;
     }
     root->ref();

@@ -11,7 +11,8 @@ SbVec3f transformNormal(const SbVec3f& normal, const SbMatrix& inverse)
 {
     SbVec3f result;
     for (int i = 0; i < 3; ++i)
-        result[i] = inverse[i][0] * normal[0] + inverse[i][1] * normal[1] + inverse[i][2] * normal[2];
+        result[i] =
+            inverse[i][0] * normal[0] + inverse[i][1] * normal[1] + inverse[i][2] * normal[2];
     return result.normalized();
 }
 
@@ -19,15 +20,22 @@ SbVec3f transformNormal(const SbVec3f& normal, const SbMatrix& inverse)
 
 SoPickedPoint::SoPickedPoint(SoPath* path, const SbMatrix& objectToWorld, float distance,
                              const SbVec3f& objectPoint, const SbVec3f& objectNormal)
-    : m_path(path), m_objectToWorld(objectToWorld), m_distance(distance),
-      m_objectPoint(objectPoint), m_objectNormal(objectNormal)
+    : m_path(path),
+      m_objectToWorld(objectToWorld),
+      m_distance(distance),
+      m_objectPoint(objectPoint),
+      m_objectNormal(objectNormal)
 {
 }
 
 SoPickedPoint::SoPickedPoint(const SoPickedPoint& other)
-    : m_path(other.m_path), m_objectToWorld(other.m_objectToWorld), m_distance(other.m_distance),
-      m_objectPoint(other.m_objectPoint), m_objectNormal(other.m_objectNormal),
-      m_texCoord(other.m_texCoord), m_detail(other.m_detail ? other.m_detail->clone() : nullptr)
+    : m_path(other.m_path),
+      m_objectToWorld(other.m_objectToWorld),
+      m_distance(other.m_distance),
+      m_objectPoint(other.m_objectPoint),
+      m_objectNormal(other.m_objectNormal),
+      m_texCoord(other.m_texCoord),
+      m_detail(other.m_detail ? other.m_detail->clone() : nullptr)
 {
 }
 

@@ -76,15 +76,17 @@ bool SoRayPickAction::mayHitWorldBox(const SbBox3f& box) const
 {
     const SbVec3f& low = box.getMin();
     const SbVec3f& high = box.getMax();
-    const float farthest = (box.getCenter() - m_ray.origin).dot(m_ray.direction)
-                           + box.getSize().length() / 2;
+    const float farthest =
+        (box.getCenter() - m_ray.origin).dot(m_ray.direction) + box.getSize().length() / 2;
     float radius = radiusAt(std::clamp(farthest, 0.0f, m_ray.tMax));
     for (int i = 0; i < 3; ++i)
-        radius = std::max(radius, radiusAt(0) + kBoxSlack * std::max(std::abs(low[i]), std::abs(high[i])));
+        radius = std::max(radius,
+                          radiusAt(0) + kBoxSlack * std::max(std::abs(low[i]), std::abs(high[i])));
     float tMin = m_ray.tMin;
     float tMax = limit();
     for (int i = 0; i < 3; ++i) {
-        if (!clip(m_ray.origin[i], m_ray.direction[i], low[i] - radius, high[i] + radius, tMin, tMax))
+        if (!clip(m_ray.origin[i], m_ray.direction[i], low[i] - radius, high[i] + radius, tMin,
+                  tMax))
             return false;
     }
     return true;

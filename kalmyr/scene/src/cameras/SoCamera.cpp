@@ -20,12 +20,13 @@ constexpr SoEnumEntry kMappings[] = {
 };
 
 /// The space of `camera` seen from that of `root`; the identity when it does not stand below.
-SbMatrix rootToCamera(SoNode *root, SoCamera *camera, const SbViewportRegion &region)
+SbMatrix rootToCamera(SoNode* root, SoCamera* camera, const SbViewportRegion& region)
 {
     SoSearchAction search;
     search.setNode(camera);
     search.apply(root);
-    if (!search.isFound()) return SbMatrix::identity();
+    if (!search.isFound())
+        return SbMatrix::identity();
     SoGetMatrixAction matrix(region);
     matrix.apply(search.getPath());
     return matrix.getInverse();
@@ -55,15 +56,16 @@ void SoCamera::initClass()
     SO_NODE_INIT_ABSTRACT_CLASS(SoCamera, SoNode, "Camera");
 }
 
-void SoCamera::pointAt(const SbVec3f &target)
+void SoCamera::pointAt(const SbVec3f& target)
 {
     pointAt(target, SbVec3f(0, 1, 0));
 }
 
-void SoCamera::pointAt(const SbVec3f &target, const SbVec3f &up)
+void SoCamera::pointAt(const SbVec3f& target, const SbVec3f& up)
 {
     SbVec3f back = position.getValue() - target;
-    if (back.normalize() == 0) return;
+    if (back.normalize() == 0)
+        return;
     SbVec3f right = up.cross(back);
     // Looking along the up direction: any direction square to it will do.
     if (right.normalize() < 1e-6f) {
@@ -71,13 +73,14 @@ void SoCamera::pointAt(const SbVec3f &target, const SbVec3f &up)
         right.normalize();
     }
     const SbVec3f top = back.cross(right);
-    orientation.setValue(SbRotation(SbMatrix(right[0], right[1], right[2], 0, top[0], top[1], top[2], 0,
-                                             back[0], back[1], back[2], 0, 0, 0, 0, 1)));
+    orientation.setValue(SbRotation(SbMatrix(right[0], right[1], right[2], 0, top[0], top[1],
+                                             top[2], 0, back[0], back[1], back[2], 0, 0, 0, 0, 1)));
 }
 
-void SoCamera::viewAll(SoNode *root, const SbViewportRegion &region, float slack)
+void SoCamera::viewAll(SoNode* root, const SbViewportRegion& region, float slack)
 {
-    if (!root) return;
+    if (!root)
+        return;
     SoGetBoundingBoxAction measure(region);
     measure.apply(root);
     SbBox3f box = measure.getBoundingBox();
@@ -85,9 +88,10 @@ void SoCamera::viewAll(SoNode *root, const SbViewportRegion &region, float slack
     viewBox(box, region.getViewportAspectRatio(), slack);
 }
 
-void SoCamera::viewAll(SoPath *path, const SbViewportRegion &region, float slack)
+void SoCamera::viewAll(SoPath* path, const SbViewportRegion& region, float slack)
 {
-    if (!path || path->isEmpty()) return;
+    if (!path || path->isEmpty())
+        return;
     SoGetBoundingBoxAction measure(region);
     measure.apply(path);
     SbBox3f box = measure.getBoundingBox();
@@ -95,14 +99,16 @@ void SoCamera::viewAll(SoPath *path, const SbViewportRegion &region, float slack
     viewBox(box, region.getViewportAspectRatio(), slack);
 }
 
-void SoCamera::viewBox(const SbBox3f &box, float aspect, float slack)
+void SoCamera::viewBox(const SbBox3f& box, float aspect, float slack)
 {
-    if (box.isEmpty()) return;
+    if (box.isEmpty())
+        return;
     SbSphere ball;
     ball.circumscribe(box);
     const float size = ball.getRadius() > 0 ? ball.getRadius() : 1.0f; // a single point has none
     const float radius = size * std::max(slack, 1e-3f);
-    if (viewportMapping.getValue() != ADJUST_CAMERA) aspect = aspectRatio.getValue();
+    if (viewportMapping.getValue() != ADJUST_CAMERA)
+        aspect = aspectRatio.getValue();
     viewSphere(ball.getCenter(), radius, aspect > 0 ? aspect : 1.0f);
     const float distance = (ball.getCenter() - position.getValue()).length();
     focalDistance.setValue(distance);
@@ -112,25 +118,26 @@ void SoCamera::viewBox(const SbBox3f &box, float aspect, float slack)
     farDistance.setValue(distance + reach);
 }
 
-void SoCamera::place(SbViewVolume &volume) const
+void SoCamera::place(SbViewVolume& volume) const
 {
     volume.rotateCamera(orientation.getValue());
     volume.translateCamera(position.getValue());
 }
 
-SbViewVolume SoCamera::getViewVolume(const SbViewportRegion &region) const
+SbViewVolume SoCamera::getViewVolume(const SbViewportRegion& region) const
 {
     const bool adjust = viewportMapping.getValue() == ADJUST_CAMERA;
     return getViewVolume(adjust ? region.getViewportAspectRatio() : 0.0f);
 }
 
-SbViewportRegion SoCamera::getViewport(const SbViewportRegion &region) const
+SbViewportRegion SoCamera::getViewport(const SbViewportRegion& region) const
 {
     SbViewportRegion cropped = region;
     const int mapping = viewportMapping.getValue();
     const float own = aspectRatio.getValue();
     const float available = region.getViewportAspectRatio();
-    if (mapping == ADJUST_CAMERA || mapping == LEAVE_ALONE || own <= 0 || available <= 0) return cropped;
+    if (mapping == ADJUST_CAMERA || mapping == LEAVE_ALONE || own <= 0 || available <= 0)
+        return cropped;
     if (own < available)
         cropped.scaleViewport(own / available, 1);
     else
@@ -138,9 +145,9 @@ SbViewportRegion SoCamera::getViewport(const SbViewportRegion &region) const
     return cropped;
 }
 
-void SoCamera::doAction(SoAction *action)
+void SoCamera::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     const SbViewportRegion region = SoViewportRegionElement::get(state);
     SoView view;
     view.valid = true;
@@ -148,10 +155,11 @@ void SoCamera::doAction(SoAction *action)
     view.volume.transform(SoModelMatrixElement::get(state));
     view.volume.getMatrices(view.viewing, view.projection);
     view.focalDistance = focalDistance.getValue();
-    auto &element = state->write<SoViewElement>();
+    auto& element = state->write<SoViewElement>();
     element.set(this, view);
     element.mixValueId(state->get<SoModelMatrixElement>().getValueId());
     element.mixValueId(state->get<SoViewportRegionElement>().getValueId());
     const SbViewportRegion cropped = getViewport(region);
-    if (!(cropped == region)) state->write<SoViewportRegionElement>().set(this, cropped);
+    if (!(cropped == region))
+        state->write<SoViewportRegionElement>().set(this, cropped);
 }

@@ -19,7 +19,8 @@ void SoOrthographicCamera::initClass()
 
 SbViewVolume SoOrthographicCamera::getViewVolume(float aspect) const
 {
-    if (aspect <= 0) aspect = aspectRatio.getValue() > 0 ? aspectRatio.getValue() : 1.0f;
+    if (aspect <= 0)
+        aspect = aspectRatio.getValue() > 0 ? aspectRatio.getValue() : 1.0f;
     const float half = std::max(height.getValue(), 1e-6f) / 2;
     const float near = nearDistance.getValue();
     const float far = std::max(farDistance.getValue(), near + 1e-6f);
@@ -31,10 +32,11 @@ SbViewVolume SoOrthographicCamera::getViewVolume(float aspect) const
 
 void SoOrthographicCamera::scaleHeight(float factor)
 {
-    if (factor > 0) height.setValue(height.getValue() * factor);
+    if (factor > 0)
+        height.setValue(height.getValue() * factor);
 }
 
-void SoOrthographicCamera::viewSphere(const SbVec3f &center, float radius, float aspect)
+void SoOrthographicCamera::viewSphere(const SbVec3f& center, float radius, float aspect)
 {
     height.setValue(2 * radius / std::min(aspect, 1.0f));
     const SbVec3f direction = orientation.getValue().rotated(SbVec3f(0, 0, -1));

@@ -27,7 +27,8 @@ void SoPerspectiveCamera::initClass()
 
 SbViewVolume SoPerspectiveCamera::getViewVolume(float aspect) const
 {
-    if (aspect <= 0) aspect = aspectRatio.getValue() > 0 ? aspectRatio.getValue() : 1.0f;
+    if (aspect <= 0)
+        aspect = aspectRatio.getValue() > 0 ? aspectRatio.getValue() : 1.0f;
     // A frustum needs 0 < near < far, whatever the fields hold.
     const float far = std::max(farDistance.getValue(), 1e-6f);
     const float near = std::clamp(nearDistance.getValue(), far * 1e-5f, far * 0.9999f);
@@ -39,15 +40,17 @@ SbViewVolume SoPerspectiveCamera::getViewVolume(float aspect) const
 
 void SoPerspectiveCamera::scaleHeight(float factor)
 {
-    if (factor <= 0) return;
+    if (factor <= 0)
+        return;
     const float angle = 2 * std::atan(std::tan(heightAngle.getValue() / 2) * factor);
     heightAngle.setValue(std::clamp(angle, kMinAngle, kMaxAngle));
 }
 
-void SoPerspectiveCamera::viewSphere(const SbVec3f &center, float radius, float aspect)
+void SoPerspectiveCamera::viewSphere(const SbVec3f& center, float radius, float aspect)
 {
     float half = std::clamp(heightAngle.getValue(), kMinAngle, kMaxAngle) / 2;
-    if (aspect < 1) half = std::atan(std::tan(half) * aspect);
+    if (aspect < 1)
+        half = std::atan(std::tan(half) * aspect);
     const SbVec3f direction = orientation.getValue().rotated(SbVec3f(0, 0, -1));
     position.setValue(center - direction * (radius / std::sin(half)));
 }

@@ -18,27 +18,28 @@ struct Errors {
 
 [[noreturn]] void leave(j_common_ptr info)
 {
-    auto *errors = reinterpret_cast<Errors *>(info->err);
+    auto* errors = reinterpret_cast<Errors*>(info->err);
     info->err->format_message(info, errors->text);
     std::longjmp(errors->leave, 1);
 }
 
 /// Four inks, written inverted by every known program, to RGB in place of the first three.
-void inksToRgb(const unsigned char *from, unsigned char *to, int width)
+void inksToRgb(const unsigned char* from, unsigned char* to, int width)
 {
     for (int x = 0; x < width; ++x, from += 4, to += 3) {
-        for (int k = 0; k < 3; ++k) to[k] = static_cast<unsigned char>(from[k] * from[3] / 255);
+        for (int k = 0; k < 3; ++k)
+            to[k] = static_cast<unsigned char>(from[k] * from[3] / 255);
     }
 }
 
 } // namespace
 
 // One frame without C++ objects: the library leaves errors by longjmp.
-bool readJpeg(const unsigned char *data, std::size_t size, RawImage &out)
+bool readJpeg(const unsigned char* data, std::size_t size, RawImage& out)
 {
     jpeg_decompress_struct info;
     Errors errors;
-    unsigned char *volatile inkRow = nullptr;
+    unsigned char* volatile inkRow = nullptr;
     info.err = jpeg_std_error(&errors.base);
     errors.base.error_exit = leave;
     errors.base.output_message = [](j_common_ptr) {};
@@ -57,12 +58,14 @@ bool readJpeg(const unsigned char *data, std::size_t size, RawImage &out)
         return false;
     }
     jpeg_start_decompress(&info);
-    if (inks) inkRow = static_cast<unsigned char *>(std::malloc(static_cast<std::size_t>(out.width) * 4));
+    if (inks)
+        inkRow = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(out.width) * 4));
     while (info.output_scanline < info.output_height) {
-        unsigned char *target = out.rowFromTop(static_cast<int>(info.output_scanline));
+        unsigned char* target = out.rowFromTop(static_cast<int>(info.output_scanline));
         JSAMPROW row = inkRow ? inkRow : target;
         jpeg_read_scanlines(&info, &row, 1);
-        if (inkRow) inksToRgb(inkRow, target, out.width);
+        if (inkRow)
+            inksToRgb(inkRow, target, out.width);
     }
     jpeg_finish_decompress(&info);
     jpeg_destroy_decompress(&info);

@@ -18,13 +18,13 @@ struct Bytes {
 };
 
 struct Channel {
-    unsigned char *to; ///< first pixel's component of a row
+    unsigned char* to; ///< first pixel's component of a row
     int step;
     int width;
 };
 
 /// One row of one channel: a count, its top bit telling copies from runs, and samples.
-bool readRuns(const Bytes &file, std::size_t at, std::size_t sampleSize, const Channel &row)
+bool readRuns(const Bytes& file, std::size_t at, std::size_t sampleSize, const Channel& row)
 {
     const auto sample = [&] {
         const std::uint32_t value = file.u8(at); // of two bytes the upper one
@@ -36,18 +36,21 @@ bool readRuns(const Bytes &file, std::size_t at, std::size_t sampleSize, const C
         const std::uint32_t head = sampleSize == 2 ? file.u16(at) : file.u8(at);
         at += sampleSize;
         const auto count = static_cast<int>(head & 0x7f);
-        if (count == 0) break;
-        if (x + count > row.width) return false;
+        if (count == 0)
+            break;
+        if (x + count > row.width)
+            return false;
         const bool copies = (head & 0x80) != 0;
         unsigned char value = copies ? 0 : sample();
-        for (int i = 0; i < count; ++i, ++x) row.to[x * row.step] = copies ? sample() : value;
+        for (int i = 0; i < count; ++i, ++x)
+            row.to[x * row.step] = copies ? sample() : value;
     }
     return x == row.width;
 }
 
 } // namespace
 
-bool readRgb(const unsigned char *data, std::size_t size, RawImage &out)
+bool readRgb(const unsigned char* data, std::size_t size, RawImage& out)
 {
     const Bytes file{{data, size}};
     const bool compressed = file.u8(2) == 1;
@@ -56,9 +59,12 @@ bool readRgb(const unsigned char *data, std::size_t size, RawImage &out)
     const std::uint32_t width = file.u16(6);
     const std::uint32_t height = dimensions > 1 ? file.u16(8) : 1;
     const std::uint32_t channels = dimensions > 2 ? file.u16(10) : 1;
-    if (sampleSize < 1 || sampleSize > 2 || dimensions < 1 || dimensions > 3) return out.fail("unknown kind of pixels");
-    if (channels < 1 || channels > 4) return out.fail("unknown number of channels");
-    if (!out.allocate(width, height, static_cast<int>(channels))) return false;
+    if (sampleSize < 1 || sampleSize > 2 || dimensions < 1 || dimensions > 3)
+        return out.fail("unknown kind of pixels");
+    if (channels < 1 || channels > 4)
+        return out.fail("unknown number of channels");
+    if (!out.allocate(width, height, static_cast<int>(channels)))
+        return false;
     const std::size_t plane = static_cast<std::size_t>(width) * height;
     if (!compressed && kHeaderSize + plane * channels * sampleSize > size)
         return out.fail("the file ends before the last pixel");
@@ -67,12 +73,16 @@ bool readRgb(const unsigned char *data, std::size_t size, RawImage &out)
             const Channel row{out.bytes + static_cast<std::size_t>(y) * width * channels + c,
                               static_cast<int>(channels), static_cast<int>(width)};
             if (compressed) {
-                const std::size_t at = file.u32(kHeaderSize + 4 * (static_cast<std::size_t>(c) * height + y));
-                if (at < kHeaderSize || !readRuns(file, at, sampleSize, row)) return out.fail("a row of the picture is damaged");
+                const std::size_t at =
+                    file.u32(kHeaderSize + 4 * (static_cast<std::size_t>(c) * height + y));
+                if (at < kHeaderSize || !readRuns(file, at, sampleSize, row))
+                    return out.fail("a row of the picture is damaged");
                 continue;
             }
-            const std::size_t at = kHeaderSize + (c * plane + static_cast<std::size_t>(y) * width) * sampleSize;
-            for (std::size_t x = 0; x < width; ++x) row.to[x * channels] = data[at + x * sampleSize];
+            const std::size_t at =
+                kHeaderSize + (c * plane + static_cast<std::size_t>(y) * width) * sampleSize;
+            for (std::size_t x = 0; x < width; ++x)
+                row.to[x * channels] = data[at + x * sampleSize];
         }
     }
     return true;

@@ -8,41 +8,44 @@
 
 SoChildList::~SoChildList()
 {
-    for (SoNode *node : m_nodes) abandon(node);
+    for (SoNode* node : m_nodes)
+        abandon(node);
 }
 
-int SoChildList::find(const SoNode *child) const
+int SoChildList::find(const SoNode* child) const
 {
     const auto at = std::find(m_nodes.begin(), m_nodes.end(), child);
     return at == m_nodes.end() ? -1 : static_cast<int>(at - m_nodes.begin());
 }
 
-bool SoChildList::accepts(const SoNode *child) const
+bool SoChildList::accepts(const SoNode* child) const
 {
     if (!child) {
         SoDebugError::post("SoChildList", "a null child is refused");
         return false;
     }
-    if (!m_parent->isAtOrBelow(child)) return true;
+    if (!m_parent->isAtOrBelow(child))
+        return true;
     SoDebugError::post("SoChildList", "%s \"%s\" cannot be a child of %s \"%s\": it holds it",
                        child->getTypeId().getName().getString(), child->getName().getString(),
-                       m_parent->getTypeId().getName().getString(), m_parent->getName().getString());
+                       m_parent->getTypeId().getName().getString(),
+                       m_parent->getName().getString());
     return false;
 }
 
-void SoChildList::adopt(SoNode *child)
+void SoChildList::adopt(SoNode* child)
 {
     child->ref();
     child->addAuditor(this, SoAuditor::PARENT);
 }
 
-void SoChildList::abandon(SoNode *child)
+void SoChildList::abandon(SoNode* child)
 {
     child->removeAuditor(this);
     child->unref();
 }
 
-void SoChildList::tell(SoNotification::Kind kind, SoNode *child, int index)
+void SoChildList::tell(SoNotification::Kind kind, SoNode* child, int index)
 {
     SoNotification notification;
     notification.kind = kind;
@@ -58,24 +61,27 @@ void SoChildList::tell(SoNotification::Kind kind, SoNode *child, int index)
     notification.sendFrom(m_field);
 }
 
-bool SoChildList::append(SoNode *child)
+bool SoChildList::append(SoNode* child)
 {
-    if (!accepts(child)) return false;
+    if (!accepts(child))
+        return false;
     adopt(child);
     m_nodes.push_back(child);
     tell(SoNotification::CHILD_ADDED, child, getLength() - 1);
     return true;
 }
 
-bool SoChildList::insert(SoNode *child, int index)
+bool SoChildList::insert(SoNode* child, int index)
 {
     if (index < 0 || index > getLength()) {
         SoDebugError::post("SoChildList::insert", "index %d is out of the range 0 to %d", index,
                            getLength());
         return false;
     }
-    if (index == getLength()) return append(child);
-    if (!accepts(child)) return false;
+    if (index == getLength())
+        return append(child);
+    if (!accepts(child))
+        return false;
     adopt(child);
     m_nodes.insert(m_nodes.begin() + index, child);
     tell(SoNotification::CHILD_INSERTED, child, index);
@@ -89,7 +95,7 @@ bool SoChildList::remove(int index)
                            getLength() - 1);
         return false;
     }
-    SoNode *child = m_nodes[static_cast<std::size_t>(index)];
+    SoNode* child = m_nodes[static_cast<std::size_t>(index)];
     m_nodes.erase(m_nodes.begin() + index);
     child->removeAuditor(this);
     tell(SoNotification::CHILD_REMOVED, child, index);
@@ -97,15 +103,16 @@ bool SoChildList::remove(int index)
     return true;
 }
 
-bool SoChildList::set(int index, SoNode *child)
+bool SoChildList::set(int index, SoNode* child)
 {
     if (index < 0 || index >= getLength()) {
         SoDebugError::post("SoChildList::set", "index %d is out of the range 0 to %d", index,
                            getLength() - 1);
         return false;
     }
-    if (!accepts(child)) return false;
-    SoNode *old = m_nodes[static_cast<std::size_t>(index)];
+    if (!accepts(child))
+        return false;
+    SoNode* old = m_nodes[static_cast<std::size_t>(index)];
     adopt(child);
     m_nodes[static_cast<std::size_t>(index)] = child;
     old->removeAuditor(this);
@@ -116,24 +123,30 @@ bool SoChildList::set(int index, SoNode *child)
 
 void SoChildList::truncate()
 {
-    if (!m_nodes.empty()) assign({});
+    if (!m_nodes.empty())
+        assign({});
 }
 
-bool SoChildList::assign(const std::vector<SoNode *> &children)
+bool SoChildList::assign(const std::vector<SoNode*>& children)
 {
-    if (!std::all_of(children.begin(), children.end(), [this](SoNode *c) { return accepts(c); }))
+    if (!std::all_of(children.begin(), children.end(), [this](SoNode* c) { return accepts(c); }))
         return false;
-    for (SoNode *child : children) adopt(child);
-    std::vector<SoNode *> old = children;
+    for (SoNode* child : children)
+        adopt(child);
+    std::vector<SoNode*> old = children;
     old.swap(m_nodes);
-    for (SoNode *node : old) node->removeAuditor(this);
+    for (SoNode* node : old)
+        node->removeAuditor(this);
     tell(SoNotification::ALL_REMOVED, nullptr, -1);
-    for (SoNode *node : old) node->unref();
+    for (SoNode* node : old)
+        node->unref();
     return true;
 }
 
-void SoChildList::auditedChanged(SoNotification &notification)
+void SoChildList::auditedChanged(SoNotification& notification)
 {
-    if (m_field) m_field->auditedChanged(notification);
-    else m_parent->notify(notification);
+    if (m_field)
+        m_field->auditedChanged(notification);
+    else
+        m_parent->notify(notification);
 }

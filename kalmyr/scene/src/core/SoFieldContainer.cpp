@@ -12,14 +12,14 @@ SoType s_containerType;
 /// Switches a container's notification off for a scope.
 class QuietScope {
 public:
-    explicit QuietScope(SoFieldContainer *container)
+    explicit QuietScope(SoFieldContainer* container)
         : m_container(container), m_wasOn(container->enableNotify(false))
     {
     }
     ~QuietScope() { m_container->enableNotify(m_wasOn); }
 
 private:
-    SoFieldContainer *m_container;
+    SoFieldContainer* m_container;
     bool m_wasOn;
 };
 
@@ -37,36 +37,38 @@ void SoFieldContainer::initClass()
 
 SoFieldContainer::SoFieldContainer() : m_changeId(SoNotification::nextStamp()) {}
 
-SoField *SoFieldContainer::getField(const SbName &name) const
+SoField* SoFieldContainer::getField(const SbName& name) const
 {
-    const SoFieldData *data = getFieldData();
+    const SoFieldData* data = getFieldData();
     const int index = data ? data->getIndex(name) : -1;
     return index < 0 ? nullptr : data->getField(this, index);
 }
 
-SbName SoFieldContainer::getFieldName(const SoField *field) const
+SbName SoFieldContainer::getFieldName(const SoField* field) const
 {
-    const SoFieldData *data = getFieldData();
+    const SoFieldData* data = getFieldData();
     const int index = data ? data->getIndex(this, field) : -1;
     return index < 0 ? SbName::empty() : data->getFieldName(index);
 }
 
-std::vector<SoField *> SoFieldContainer::getFields() const
+std::vector<SoField*> SoFieldContainer::getFields() const
 {
-    std::vector<SoField *> fields;
-    if (const SoFieldData *data = getFieldData())
-        for (int i = 0; i < data->getNumFields(); ++i) fields.push_back(data->getField(this, i));
+    std::vector<SoField*> fields;
+    if (const SoFieldData* data = getFieldData())
+        for (int i = 0; i < data->getNumFields(); ++i)
+            fields.push_back(data->getField(this, i));
     return fields;
 }
 
 void SoFieldContainer::setToDefaults()
 {
-    SoFieldContainer *pristine = createTwin();
-    if (!pristine) return;
+    SoFieldContainer* pristine = createTwin();
+    if (!pristine)
+        return;
     pristine->ref();
     {
         const QuietScope quiet(this);
-        const SoFieldData *data = getFieldData();
+        const SoFieldData* data = getFieldData();
         for (int i = 0; data && i < data->getNumFields(); ++i)
             data->getField(this, i)->resetTo(*data->getField(pristine, i));
     }
@@ -76,19 +78,21 @@ void SoFieldContainer::setToDefaults()
 
 bool SoFieldContainer::hasDefaultValues() const
 {
-    for (const SoField *field : getFields())
-        if (!field->isDefault()) return false;
+    for (const SoField* field : getFields())
+        if (!field->isDefault())
+            return false;
     return true;
 }
 
-bool SoFieldContainer::set(const char *text)
+bool SoFieldContainer::set(const char* text)
 {
     SoTokenizer tokens(text, std::string_view(text).size());
     SoFieldReader reader(tokens);
     std::string_view word;
     while (!tokens.atEnd()) {
-        if (!tokens.readWord(word)) return tokens.fail("expected a field name");
-        SoField *field = getField(SbName::find(word));
+        if (!tokens.readWord(word))
+            return tokens.fail("expected a field name");
+        SoField* field = getField(SbName::find(word));
         if (!field) {
             SoDebugError::postWarning("SoFieldContainer::set", "%s has no field \"%s\"",
                                       getTypeId().getName().getString(), std::string(word).c_str());
@@ -98,41 +102,47 @@ bool SoFieldContainer::set(const char *text)
             SoDebugError::postWarning("SoFieldContainer::set", "%s", tokens.getError().c_str());
             return false;
         }
-        if (tokens.accept('~')) field->setIgnored(true);
+        if (tokens.accept('~'))
+            field->setIgnored(true);
     }
     return true;
 }
 
-void SoFieldContainer::get(SbString &text) const
+void SoFieldContainer::get(SbString& text) const
 {
     std::string result;
     SoFieldWriter writer(result);
-    const SoFieldData *data = getFieldData();
+    const SoFieldData* data = getFieldData();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField *field = data->getField(this, i);
-        if (field->isDefault()) continue;
-        if (!result.empty()) result += ' ';
+        const SoField* field = data->getField(this, i);
+        if (field->isDefault())
+            continue;
+        if (!result.empty())
+            result += ' ';
         result += data->getFieldName(i).view();
         result += ' ';
         field->writeValue(writer);
-        if (field->isIgnored()) result += " ~";
+        if (field->isIgnored())
+            result += " ~";
     }
     text = SbString(result);
 }
 
-void SoFieldContainer::copyFieldValues(const SoFieldContainer *from, bool copyConnections)
+void SoFieldContainer::copyFieldValues(const SoFieldContainer* from, bool copyConnections)
 {
-    const SoFieldData *data = getFieldData();
-    if (!data || from == this || from->getTypeId() != getTypeId()) return;
+    const SoFieldData* data = getFieldData();
+    if (!data || from == this || from->getTypeId() != getTypeId())
+        return;
     {
         const QuietScope quiet(this);
         for (int i = 0; i < data->getNumFields(); ++i) {
-            SoField *to = data->getField(this, i);
-            const SoField *source = data->getField(from, i);
+            SoField* to = data->getField(this, i);
+            const SoField* source = data->getField(from, i);
             to->copyFrom(*source);
             to->setDefault(source->isDefault());
             to->setIgnored(source->isIgnored());
-            if (copyConnections && source->isConnected()) to->connectFrom(source->getConnectedField());
+            if (copyConnections && source->isConnected())
+                to->connectFrom(source->getConnectedField());
         }
     }
     touch();
@@ -152,11 +162,13 @@ void SoFieldContainer::touch()
     notification.send(this);
 }
 
-void SoFieldContainer::notify(SoNotification &notification)
+void SoFieldContainer::notify(SoNotification& notification)
 {
-    if (m_changeId == notification.stamp) return;
+    if (m_changeId == notification.stamp)
+        return;
     m_changeId = notification.stamp;
-    if (!m_notifyEnabled) return;
+    if (!m_notifyEnabled)
+        return;
     const SoNotification::Link link{this, notification.chain};
     notification.chain = &link;
     m_auditors.notify(notification);

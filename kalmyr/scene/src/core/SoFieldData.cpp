@@ -5,43 +5,45 @@
 
 namespace {
 
-std::ptrdiff_t distance(const SoFieldContainer *container, const SoField *field)
+std::ptrdiff_t distance(const SoFieldContainer* container, const SoField* field)
 {
-    return reinterpret_cast<const char *>(field) - reinterpret_cast<const char *>(container);
+    return reinterpret_cast<const char*>(field) - reinterpret_cast<const char*>(container);
 }
 
 } // namespace
 
-void SoFieldData::addField(const SoFieldContainer *container, const SbName &name,
-                           const SoField *field)
+void SoFieldData::addField(const SoFieldContainer* container, const SbName& name,
+                           const SoField* field)
 {
     m_index.emplace(name, static_cast<int>(m_entries.size()));
     m_entries.push_back({name, distance(container, field)});
 }
 
-SoField *SoFieldData::getField(const SoFieldContainer *container, int index) const
+SoField* SoFieldData::getField(const SoFieldContainer* container, int index) const
 {
     const std::ptrdiff_t offset = m_entries[static_cast<std::size_t>(index)].offset;
-    return reinterpret_cast<SoField *>(
-        const_cast<char *>(reinterpret_cast<const char *>(container)) + offset);
+    return reinterpret_cast<SoField*>(const_cast<char*>(reinterpret_cast<const char*>(container))
+                                      + offset);
 }
 
-int SoFieldData::getIndex(const SbName &name) const
+int SoFieldData::getIndex(const SbName& name) const
 {
     // A handful of names is compared faster than hashed.
     if (m_entries.size() <= kLinearLimit) {
         for (std::size_t i = 0; i < m_entries.size(); ++i)
-            if (m_entries[i].name == name) return static_cast<int>(i);
+            if (m_entries[i].name == name)
+                return static_cast<int>(i);
         return -1;
     }
     const auto at = m_index.find(name);
     return at == m_index.end() ? -1 : at->second;
 }
 
-int SoFieldData::getIndex(const SoFieldContainer *container, const SoField *field) const
+int SoFieldData::getIndex(const SoFieldContainer* container, const SoField* field) const
 {
     const std::ptrdiff_t offset = distance(container, field);
     for (std::size_t i = 0; i < m_entries.size(); ++i)
-        if (m_entries[i].offset == offset) return static_cast<int>(i);
+        if (m_entries[i].offset == offset)
+            return static_cast<int>(i);
     return -1;
 }

@@ -11,7 +11,7 @@
 
 using kalmyr::detail::RawImage;
 
-bool RawImage::fail(const char *reason)
+bool RawImage::fail(const char* reason)
 {
     std::strncpy(error, reason, sizeof error - 1);
     return false;
@@ -19,14 +19,16 @@ bool RawImage::fail(const char *reason)
 
 bool RawImage::allocate(long long w, long long h, int numComponents)
 {
-    if (w < 1 || h < 1) return fail("the picture has no pixels");
+    if (w < 1 || h < 1)
+        return fail("the picture has no pixels");
     if (w > SoImageFile::kMaxSide || h > SoImageFile::kMaxSide || w * h > SoImageFile::kMaxPixels)
         return fail("the picture is too large");
     width = static_cast<int>(w);
     height = static_cast<int>(h);
     components = numComponents;
     std::free(bytes);
-    bytes = static_cast<unsigned char *>(std::calloc(static_cast<std::size_t>(w * h), static_cast<std::size_t>(components)));
+    bytes = static_cast<unsigned char*>(
+        std::calloc(static_cast<std::size_t>(w * h), static_cast<std::size_t>(components)));
     return bytes || fail("not enough memory");
 }
 
@@ -50,18 +52,20 @@ constexpr Signature kSignatures[] = {
     {"\x01\xda"sv, SoImageFile::RGB, kalmyr::detail::readRgb},
 };
 
-const Signature *findSignature(std::span<const unsigned char> bytes)
+const Signature* findSignature(std::span<const unsigned char> bytes)
 {
-    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    for (const Signature &s : kSignatures) {
-        if (text.starts_with(s.start)) return &s;
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    for (const Signature& s : kSignatures) {
+        if (text.starts_with(s.start))
+            return &s;
     }
     return nullptr;
 }
 
-bool fail(SbString *error, const char *reason)
+bool fail(SbString* error, const char* reason)
 {
-    if (error) *error = reason;
+    if (error)
+        *error = reason;
     return false;
 }
 
@@ -69,40 +73,47 @@ bool fail(SbString *error, const char *reason)
 
 SoImageFile::Format SoImageFile::detect(std::span<const unsigned char> bytes)
 {
-    const Signature *found = findSignature(bytes);
+    const Signature* found = findSignature(bytes);
     return found ? found->format : UNKNOWN;
 }
 
-bool SoImageFile::readMemory(std::span<const unsigned char> bytes, SbImage &image, SbString *error)
+bool SoImageFile::readMemory(std::span<const unsigned char> bytes, SbImage& image, SbString* error)
 {
     image.makeNull();
-    const Signature *found = findSignature(bytes);
-    if (!found) return fail(error, bytes.empty() ? "the file is empty" : "not a picture of a known format");
+    const Signature* found = findSignature(bytes);
+    if (!found)
+        return fail(error, bytes.empty() ? "the file is empty" : "not a picture of a known format");
     RawImage raw;
     const bool ok = found->read(bytes.data(), bytes.size(), raw);
-    if (ok) image.setValue(SbVec2i32(raw.width, raw.height), raw.components, raw.bytes);
+    if (ok)
+        image.setValue(SbVec2i32(raw.width, raw.height), raw.components, raw.bytes);
     std::free(raw.bytes);
     return ok || fail(error, raw.error[0] ? raw.error : "the file is damaged");
 }
 
-bool SoImageFile::read(const SbString &path, SbImage &image, SbString *error)
+bool SoImageFile::read(const SbString& path, SbImage& image, SbString* error)
 {
     image.makeNull();
     SbFileMapping file;
-    if (!file.open(path, error)) return false;
-    return readMemory({reinterpret_cast<const unsigned char *>(file.data()), file.size()}, image, error);
+    if (!file.open(path, error))
+        return false;
+    return readMemory({reinterpret_cast<const unsigned char*>(file.data()), file.size()}, image,
+                      error);
 }
 
-bool SoImageFile::writePng(const SbString &path, const SbImage &image, SbString *error)
+bool SoImageFile::writePng(const SbString& path, const SbImage& image, SbString* error)
 {
-    if (image.isNull()) return fail(error, "there is no picture to write");
-    static constexpr png_uint_32 kFormats[] = {PNG_FORMAT_GRAY, PNG_FORMAT_GA, PNG_FORMAT_RGB, PNG_FORMAT_RGBA};
+    if (image.isNull())
+        return fail(error, "there is no picture to write");
+    static constexpr png_uint_32 kFormats[] = {PNG_FORMAT_GRAY, PNG_FORMAT_GA, PNG_FORMAT_RGB,
+                                               PNG_FORMAT_RGBA};
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
     png.width = static_cast<png_uint_32>(image.getWidth());
     png.height = static_cast<png_uint_32>(image.getHeight());
     png.format = kFormats[image.getComponents() - 1];
-    const auto stride = -static_cast<png_int_32>(PNG_IMAGE_ROW_STRIDE(png)); // rows from bottom to top
+    const auto stride =
+        -static_cast<png_int_32>(PNG_IMAGE_ROW_STRIDE(png)); // rows from bottom to top
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
     std::string bytes(size, '\0');
     if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, image.getBytes(), stride, nullptr))
@@ -110,9 +121,10 @@ bool SoImageFile::writePng(const SbString &path, const SbImage &image, SbString 
     return SbFileHelper::writeFile(path, std::string_view(bytes).substr(0, size), error);
 }
 
-SbString SoImageFile::findFile(const SbString &name, const SbString &directory)
+SbString SoImageFile::findFile(const SbString& name, const SbString& directory)
 {
-    if (directory.isEmpty() || SbFileHelper::isAbsolute(name)) return name;
+    if (directory.isEmpty() || SbFileHelper::isAbsolute(name))
+        return name;
     const SbString beside = SbFileHelper::join(directory, name);
     return !SbFileHelper::isAccessible(beside) && SbFileHelper::isAccessible(name) ? name : beside;
 }

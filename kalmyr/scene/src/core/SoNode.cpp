@@ -11,19 +11,19 @@ namespace {
 
 SoType s_nodeType;
 
-std::unordered_map<const SoNode *, SbName> &netNames()
+std::unordered_map<const SoNode*, SbName>& netNames()
 {
-    static auto *names = new std::unordered_map<const SoNode *, SbName>;
+    static auto* names = new std::unordered_map<const SoNode*, SbName>;
     return *names;
 }
 
 /// The container that holds an object through this auditor, or null.
-const SoFieldContainer *holderOf(const SoAuditorList::Entry &entry)
+const SoFieldContainer* holderOf(const SoAuditorList::Entry& entry)
 {
     if (entry.type == SoAuditor::PARENT)
-        return static_cast<const SoChildList *>(entry.auditor)->getParent();
+        return static_cast<const SoChildList*>(entry.auditor)->getParent();
     if (entry.type == SoAuditor::FIELD)
-        return static_cast<const SoField *>(entry.auditor)->getContainer();
+        return static_cast<const SoField*>(entry.auditor)->getContainer();
     return nullptr;
 }
 
@@ -41,75 +41,88 @@ void SoNode::initClass()
 
 SoNode::~SoNode()
 {
-    if (m_nodeFlags & kHasNetName) netNames().erase(this);
+    if (m_nodeFlags & kHasNetName)
+        netNames().erase(this);
 }
 
 void SoNode::setOverride(bool on)
 {
-    if (on == isOverride()) return;
-    m_nodeFlags = static_cast<std::uint8_t>(on ? m_nodeFlags | kOverride : m_nodeFlags & ~kOverride);
+    if (on == isOverride())
+        return;
+    m_nodeFlags =
+        static_cast<std::uint8_t>(on ? m_nodeFlags | kOverride : m_nodeFlags & ~kOverride);
     touch();
 }
 
-bool SoNode::isAtOrBelow(const SoNode *ancestor) const
+bool SoNode::isAtOrBelow(const SoNode* ancestor) const
 {
-    if (ancestor == this) return true;
-    std::vector<const SoFieldContainer *> open{this};
-    std::unordered_set<const SoFieldContainer *> seen; // only where lines part and may meet again
+    if (ancestor == this)
+        return true;
+    std::vector<const SoFieldContainer*> open{this};
+    std::unordered_set<const SoFieldContainer*> seen; // only where lines part and may meet again
     while (!open.empty()) {
-        const SoFieldContainer *at = open.back();
+        const SoFieldContainer* at = open.back();
         open.pop_back();
-        const SoAuditorList &auditors = at->getAuditors();
+        const SoAuditorList& auditors = at->getAuditors();
         const bool parts = auditors.getLength() > 1;
         for (int i = 0; i < auditors.getLength(); ++i) {
-            const SoFieldContainer *holder = holderOf(auditors[i]);
-            if (!holder) continue;
-            if (holder == ancestor) return true;
-            if ((parts || !seen.empty()) && !seen.insert(holder).second) continue;
+            const SoFieldContainer* holder = holderOf(auditors[i]);
+            if (!holder)
+                continue;
+            if (holder == ancestor)
+                return true;
+            if ((parts || !seen.empty()) && !seen.insert(holder).second)
+                continue;
             open.push_back(holder);
         }
     }
     return false;
 }
 
-SoFieldContainer *SoNode::createTwin() const
+SoFieldContainer* SoNode::createTwin() const
 {
     return create(getTypeId());
 }
 
-SoNode *SoNode::copy() const
+SoNode* SoNode::copy() const
 {
     SoNodeCopier copier;
     return copier.copyOf(this);
 }
 
-void SoNode::copyContents(const SoNode *from, SoNodeCopier &copier)
+void SoNode::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
-    const SoFieldData *data = getFieldData();
+    const SoFieldData* data = getFieldData();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
-        SoField *to = data->getField(this, i);
-        const SoField *source = data->getField(from, i);
-        if (!source->isDefault() || source->isIgnored()) to->copyWith(copier, *source);
+        SoField* to = data->getField(this, i);
+        const SoField* source = data->getField(from, i);
+        if (!source->isDefault() || source->isIgnored())
+            to->copyWith(copier, *source);
         to->setDefault(source->isDefault());
         to->setIgnored(source->isIgnored());
     }
-    if (!from->getName().isEmpty()) setName(from->getName());
-    m_nodeFlags = static_cast<std::uint8_t>((m_nodeFlags & ~kOverride) | (from->m_nodeFlags & kOverride));
-    SoChildList *children = getChildren();
-    const SoChildList *sources = from->getChildren();
-    if (!children || !sources || children->getLength() == sources->getLength()) return;
+    if (!from->getName().isEmpty())
+        setName(from->getName());
+    m_nodeFlags =
+        static_cast<std::uint8_t>((m_nodeFlags & ~kOverride) | (from->m_nodeFlags & kOverride));
+    SoChildList* children = getChildren();
+    const SoChildList* sources = from->getChildren();
+    if (!children || !sources || children->getLength() == sources->getLength())
+        return;
     children->reserve(sources->getLength());
-    for (SoNode *child : sources->getNodes()) children->append(copier.copyOf(child));
+    for (SoNode* child : sources->getNodes())
+        children->append(copier.copyOf(child));
 }
 
-const SbName &SoNode::getNetName() const
+const SbName& SoNode::getNetName() const
 {
     static const SbName none;
-    if (!(m_nodeFlags & kHasNetName)) return none;
+    if (!(m_nodeFlags & kHasNetName))
+        return none;
     return netNames().at(this);
 }
 
-void SoNode::setNetName(const SbName &name)
+void SoNode::setNetName(const SbName& name)
 {
     if (name.isEmpty()) {
         netNames().erase(this);
@@ -120,31 +133,35 @@ void SoNode::setNetName(const SbName &name)
     m_nodeFlags |= kHasNetName;
 }
 
-SoNode *SoNode::create(SoType type)
+SoNode* SoNode::create(SoType type)
 {
-    if (!type.isDerivedFrom(getClassTypeId())) return nullptr;
-    return static_cast<SoNode *>(type.createInstance());
+    if (!type.isDerivedFrom(getClassTypeId()))
+        return nullptr;
+    return static_cast<SoNode*>(type.createInstance());
 }
 
-SoNode *SoNode::getByName(const SbName &name)
+SoNode* SoNode::getByName(const SbName& name)
 {
-    return static_cast<SoNode *>(getNamedBase(name, getClassTypeId()));
+    return static_cast<SoNode*>(getNamedBase(name, getClassTypeId()));
 }
 
-SoNode *SoNodeCopier::copyOf(const SoNode *original)
+SoNode* SoNodeCopier::copyOf(const SoNode* original)
 {
-    if (!original) return nullptr;
-    if (const auto at = m_copies.find(original); at != m_copies.end()) return at->second;
-    auto *copy = static_cast<SoNode *>(original->createTwin());
+    if (!original)
+        return nullptr;
+    if (const auto at = m_copies.find(original); at != m_copies.end())
+        return at->second;
+    auto* copy = static_cast<SoNode*>(original->createTwin());
     m_copies.emplace(original, copy);
-    if (!copy) return nullptr;
+    if (!copy)
+        return nullptr;
     copy->ref(); // what the copying connects must not take the only reference with it
     copy->copyContents(original, *this);
     copy->unrefNoDelete();
     return copy;
 }
 
-SoNode *SoNodeCopier::resolve(SoNode *original) const
+SoNode* SoNodeCopier::resolve(SoNode* original) const
 {
     const auto at = m_copies.find(original);
     return at == m_copies.end() ? original : at->second;

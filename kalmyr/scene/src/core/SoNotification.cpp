@@ -28,21 +28,24 @@ void SoNotification::setAfterWalk(void (*function)())
     s_afterWalk = function;
 }
 
-void SoNotification::send(SoFieldContainer *start)
+void SoNotification::send(SoFieldContainer* start)
 {
-    if (!start) return;
+    if (!start)
+        return;
     stamp = nextStamp();
     ++t_walks;
     start->notify(*this);
     --t_walks;
-    if (t_walks == 0 && s_afterWalk) s_afterWalk();
+    if (t_walks == 0 && s_afterWalk)
+        s_afterWalk();
 }
 
-void SoNotification::sendFrom(SoField *start)
+void SoNotification::sendFrom(SoField* start)
 {
     stamp = nextStamp();
     ++t_walks;
     start->pass(*this);
     --t_walks;
-    if (t_walks == 0 && s_afterWalk) s_afterWalk();
+    if (t_walks == 0 && s_afterWalk)
+        s_afterWalk();
 }

@@ -19,7 +19,8 @@ bool SoRecursiveRWLock::readUnlock()
 {
     const std::scoped_lock lock(m_mutex);
     const auto at = m_readers.find(std::this_thread::get_id());
-    if (at == m_readers.end()) return false;
+    if (at == m_readers.end())
+        return false;
     if (--at->second == 0) {
         m_readers.erase(at);
         m_changed.notify_all();
@@ -36,12 +37,15 @@ bool SoRecursiveRWLock::writeLock()
         return true;
     }
     const bool upgrade = m_readers.count(self) > 0;
-    if (upgrade && m_upgrading) return false;
-    if (upgrade) m_upgrading = true;
+    if (upgrade && m_upgrading)
+        return false;
+    if (upgrade)
+        m_upgrading = true;
     ++m_waitingWriters;
     m_changed.wait(lock, [&] { return m_writeDepth == 0 && !othersRead(self); });
     --m_waitingWriters;
-    if (upgrade) m_upgrading = false;
+    if (upgrade)
+        m_upgrading = false;
     m_writer = self;
     m_writeDepth = 1;
     return true;
@@ -50,7 +54,8 @@ bool SoRecursiveRWLock::writeLock()
 bool SoRecursiveRWLock::writeUnlock()
 {
     const std::scoped_lock lock(m_mutex);
-    if (m_writer != std::this_thread::get_id()) return false;
+    if (m_writer != std::this_thread::get_id())
+        return false;
     if (--m_writeDepth == 0) {
         m_writer = {};
         m_changed.notify_all();

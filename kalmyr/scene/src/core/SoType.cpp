@@ -21,22 +21,22 @@ struct Registry {
     std::unordered_map<SbName, std::uint16_t> byName;
 };
 
-Registry &registry()
+Registry& registry()
 {
     static Registry r;
     return r;
 }
 
-const Record &record(int index)
+const Record& record(int index)
 {
     return registry().records[static_cast<std::size_t>(index)];
 }
 
 } // namespace
 
-SoType SoType::createType(SoType parent, const SbName &name, Creator creator)
+SoType SoType::createType(SoType parent, const SbName& name, Creator creator)
 {
-    Registry &r = registry();
+    Registry& r = registry();
     if (const auto at = r.byName.find(name); at != r.byName.end()) {
         if (r.records[at->second].parent != parent)
             SoDebugError::post("SoType::createType", "%s is registered with another parent",
@@ -52,17 +52,19 @@ SoType SoType::createType(SoType parent, const SbName &name, Creator creator)
     added.name = name;
     added.parent = parent;
     added.creator = creator;
-    if (!parent.isBad()) added.ancestors = r.records[parent.m_index].ancestors;
+    if (!parent.isBad())
+        added.ancestors = r.records[parent.m_index].ancestors;
     added.ancestors.push_back(index);
     r.records.push_back(std::move(added));
     r.byName.emplace(name, index);
     return SoType(index);
 }
 
-SoType SoType::fromName(const SbName &name)
+SoType SoType::fromName(const SbName& name)
 {
-    const Registry &r = registry();
-    if (const auto at = r.byName.find(name); at != r.byName.end()) return SoType(at->second);
+    const Registry& r = registry();
+    if (const auto at = r.byName.find(name); at != r.byName.end())
+        return SoType(at->second);
     const std::string_view text = name.getString();
     if (text.size() > 2 && text.substr(0, 2) == "So")
         if (const auto at = r.byName.find(SbName(text.substr(2))); at != r.byName.end())
@@ -72,9 +74,10 @@ SoType SoType::fromName(const SbName &name)
 
 void SoType::removeType(SoType type)
 {
-    if (type.isBad()) return;
-    Registry &r = registry();
-    Record &removed = r.records[type.m_index];
+    if (type.isBad())
+        return;
+    Registry& r = registry();
+    Record& removed = r.records[type.m_index];
     r.byName.erase(removed.name);
     removed.removed = true;
     removed.creator = nullptr;
@@ -86,7 +89,8 @@ std::vector<SoType> SoType::getAllDerivedFrom(SoType type)
     const int count = getNumTypes();
     for (int i = 1; i < count; ++i) {
         const SoType candidate(static_cast<std::uint16_t>(i));
-        if (!record(i).removed && candidate.isDerivedFrom(type)) all.push_back(candidate);
+        if (!record(i).removed && candidate.isDerivedFrom(type))
+            all.push_back(candidate);
     }
     return all;
 }
@@ -108,11 +112,13 @@ SoType SoType::getParent() const
 
 bool SoType::isDerivedFrom(SoType ancestor) const
 {
-    if (m_index == ancestor.m_index) return m_index != 0;
-    if (ancestor.isBad() || isBad()) return false;
+    if (m_index == ancestor.m_index)
+        return m_index != 0;
+    if (ancestor.isBad() || isBad())
+        return false;
     // An ancestor's depth is the same on every line that passes through it.
     const std::size_t depth = record(ancestor.m_index).ancestors.size() - 1;
-    const auto &line = record(m_index).ancestors;
+    const auto& line = record(m_index).ancestors;
     return depth < line.size() && line[depth] == ancestor.m_index;
 }
 
@@ -121,7 +127,7 @@ bool SoType::canCreateInstance() const
     return record(m_index).creator != nullptr;
 }
 
-void *SoType::createInstance() const
+void* SoType::createInstance() const
 {
     const Creator creator = record(m_index).creator;
     return creator ? creator() : nullptr;

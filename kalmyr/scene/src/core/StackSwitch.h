@@ -31,8 +31,11 @@ void callOnNewStack(void (*function)(void* data, const char* limit), void* data)
 template <class F>
 void callOnNewStack(F&& function)
 {
-    callOnNewStack([](void* data, const char* limit) { (*static_cast<std::remove_reference_t<F>*>(data))(limit); },
-                   static_cast<void*>(std::addressof(function)));
+    callOnNewStack(
+        [](void* data, const char* limit) {
+            (*static_cast<std::remove_reference_t<F>*>(data))(limit);
+        },
+        static_cast<void*>(std::addressof(function)));
 }
 
 } // namespace kalmyr::detail

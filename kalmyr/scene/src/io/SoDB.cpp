@@ -33,21 +33,21 @@ namespace {
 
 int s_starts = 0;
 
-std::vector<void (*)()> &furtherInits()
+std::vector<void (*)()>& furtherInits()
 {
     static std::vector<void (*)()> list;
     return list;
 }
 
-std::vector<SoDB::ReadHook> &readHooks()
+std::vector<SoDB::ReadHook>& readHooks()
 {
     static std::vector<SoDB::ReadHook> byType;
     return byType;
 }
 
-SoRecursiveRWLock &sceneLock()
+SoRecursiveRWLock& sceneLock()
 {
-    static auto *lock = new SoRecursiveRWLock; // threads may still hold it while the process ends
+    static auto* lock = new SoRecursiveRWLock; // threads may still hold it while the process ends
     return *lock;
 }
 
@@ -60,26 +60,28 @@ void initIo()
 
 /// Lower areas first. What draws stands above this library part and comes by addInit().
 constexpr void (*kInits[])() = {
-    kalmyr::initCore,   kalmyr::initFields, kalmyr::initSensors, kalmyr::initActions,
-    kalmyr::initEvents, kalmyr::initDetails, kalmyr::initNodes,  kalmyr::initLights,
-    kalmyr::initCameras, kalmyr::initShapes, kalmyr::initVrml,   initIo,
+    kalmyr::initCore,    kalmyr::initFields,  kalmyr::initSensors, kalmyr::initActions,
+    kalmyr::initEvents,  kalmyr::initDetails, kalmyr::initNodes,   kalmyr::initLights,
+    kalmyr::initCameras, kalmyr::initShapes,  kalmyr::initVrml,    initIo,
 };
 
 /// All nodes of the file; false after a posted error, with none of them left.
-bool readNodes(SceneReader &reader, std::vector<SoRef<SoNode>> &nodes)
+bool readNodes(SceneReader& reader, std::vector<SoRef<SoNode>>& nodes)
 {
-    if (reader.readAll(nodes)) return true;
+    if (reader.readAll(nodes))
+        return true;
     nodes.clear();
     reader.postError();
     return false;
 }
 
 template <class Group>
-SoRef<Group> groupOf(const std::vector<SoRef<SoNode>> &nodes)
+SoRef<Group> groupOf(const std::vector<SoRef<SoNode>>& nodes)
 {
     SoRef<Group> group(new Group);
     group->getChildren()->reserve(static_cast<int>(nodes.size()));
-    for (const SoRef<SoNode> &node : nodes) group->addChild(node.get());
+    for (const SoRef<SoNode>& node : nodes)
+        group->addChild(node.get());
     return group;
 }
 
@@ -87,9 +89,12 @@ SoRef<Group> groupOf(const std::vector<SoRef<SoNode>> &nodes)
 
 void SoDB::init()
 {
-    if (s_starts++ > 0) return;
-    for (const auto init : kInits) init();
-    for (const auto init : furtherInits()) init();
+    if (s_starts++ > 0)
+        return;
+    for (const auto init : kInits)
+        init();
+    for (const auto init : furtherInits())
+        init();
 }
 
 void SoDB::finish()
@@ -98,7 +103,8 @@ void SoDB::finish()
         SoDebugError::post("SoDB::finish", "finished more often than started");
         return;
     }
-    if (--s_starts == 0) kalmyr::finishVrml();
+    if (--s_starts == 0)
+        kalmyr::finishVrml();
 }
 
 bool SoDB::isInitialized()
@@ -108,10 +114,12 @@ bool SoDB::isInitialized()
 
 void SoDB::addInit(void (*init)())
 {
-    auto &list = furtherInits();
-    if (std::find(list.begin(), list.end(), init) != list.end()) return;
+    auto& list = furtherInits();
+    if (std::find(list.begin(), list.end(), init) != list.end())
+        return;
     list.push_back(init);
-    if (isInitialized()) init();
+    if (isInitialized())
+        init();
 }
 
 SbString SoDB::getVersion()
@@ -119,27 +127,29 @@ SbString SoDB::getVersion()
     return "Kalmyr " KALMYR_VERSION;
 }
 
-SceneReader *SoDB::readerOf(SoInput *in, bool headerNeeded)
+SceneReader* SoDB::readerOf(SoInput* in, bool headerNeeded)
 {
     if (!in) {
         SoDebugError::post("SoDB::read", "the input is null");
         return nullptr;
     }
-    if (!in->m_reader) in->m_reader = SceneReader::make(*in, headerNeeded);
+    if (!in->m_reader)
+        in->m_reader = SceneReader::make(*in, headerNeeded);
     return in->m_reader.get();
 }
 
-SoSeparator *SoDB::readAll(SoInput *in)
+SoSeparator* SoDB::readAll(SoInput* in)
 {
-    SceneReader *reader = readerOf(in, true);
+    SceneReader* reader = readerOf(in, true);
     std::vector<SoRef<SoNode>> nodes;
-    if (!reader || !readNodes(*reader, nodes)) return nullptr;
+    if (!reader || !readNodes(*reader, nodes))
+        return nullptr;
     SoRef<SoSeparator> root;
     if (in->isFileVRML2()) {
         root = new SoSeparator;
         root->addChild(groupOf<SoVRMLGroup>(nodes).get());
     } else if (nodes.size() == 1 && nodes[0]->isOfType(SoSeparator::getClassTypeId())) {
-        root = static_cast<SoSeparator *>(nodes[0].get());
+        root = static_cast<SoSeparator*>(nodes[0].get());
     } else {
         root = groupOf<SoSeparator>(nodes);
     }
@@ -149,35 +159,40 @@ SoSeparator *SoDB::readAll(SoInput *in)
     return root.release();
 }
 
-SoVRMLGroup *SoDB::readAllVRML(SoInput *in)
+SoVRMLGroup* SoDB::readAllVRML(SoInput* in)
 {
     if (in && in->isOpen() && !in->isFileVRML2()) {
-        SoReadError::post(in->getCurFileName(), 1, 1, "expected the header \"#VRML V2.0 utf8\", found \"%s\"",
+        SoReadError::post(in->getCurFileName(), 1, 1,
+                          "expected the header \"#VRML V2.0 utf8\", found \"%s\"",
                           in->getHeader().getString());
         return nullptr;
     }
-    SceneReader *reader = readerOf(in, true);
+    SceneReader* reader = readerOf(in, true);
     std::vector<SoRef<SoNode>> nodes;
-    if (!reader || !readNodes(*reader, nodes)) return nullptr;
+    if (!reader || !readNodes(*reader, nodes))
+        return nullptr;
     in->m_reader.reset();
     return groupOf<SoVRMLGroup>(nodes).release();
 }
 
-bool SoDB::read(SoInput *in, SoNode *&node)
+bool SoDB::read(SoInput* in, SoNode*& node)
 {
     node = nullptr;
-    SceneReader *reader = readerOf(in, false);
-    if (!reader) return false;
-    if (reader->readTop(node)) return true;
+    SceneReader* reader = readerOf(in, false);
+    if (!reader)
+        return false;
+    if (reader->readTop(node))
+        return true;
     reader->postError();
     return false;
 }
 
-bool SoDB::read(SoInput *in, SoPath *&path)
+bool SoDB::read(SoInput* in, SoPath*& path)
 {
     path = nullptr;
-    SceneReader *reader = readerOf(in, false);
-    if (!reader) return false;
+    SceneReader* reader = readerOf(in, false);
+    if (!reader)
+        return false;
     SoRef<SoPath> result;
     if (!reader->readPath(result)) {
         reader->postError();
@@ -190,7 +205,8 @@ bool SoDB::read(SoInput *in, SoPath *&path)
 void SoDB::setReadHook(SoType type, ReadHook hook)
 {
     const auto index = static_cast<std::size_t>(type.getIndex());
-    if (readHooks().size() <= index) readHooks().resize(index + 1, nullptr);
+    if (readHooks().size() <= index)
+        readHooks().resize(index + 1, nullptr);
     readHooks()[index] = hook;
 }
 
@@ -207,16 +223,19 @@ void SoDB::readlock()
 
 void SoDB::readunlock()
 {
-    if (!sceneLock().readUnlock()) SoDebugError::post("SoDB::readunlock", "this thread does not hold the lock");
+    if (!sceneLock().readUnlock())
+        SoDebugError::post("SoDB::readunlock", "this thread does not hold the lock");
 }
 
 void SoDB::writelock()
 {
     if (!sceneLock().writeLock())
-        SoDebugError::post("SoDB::writelock", "refused: another reading thread waits to become the writer");
+        SoDebugError::post("SoDB::writelock",
+                           "refused: another reading thread waits to become the writer");
 }
 
 void SoDB::writeunlock()
 {
-    if (!sceneLock().writeUnlock()) SoDebugError::post("SoDB::writeunlock", "this thread does not hold the lock");
+    if (!sceneLock().writeUnlock())
+        SoDebugError::post("SoDB::writeunlock", "this thread does not hold the lock");
 }

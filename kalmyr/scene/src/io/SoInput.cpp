@@ -39,52 +39,64 @@ bool isBlank(char c)
 
 std::string_view trimmed(std::string_view text)
 {
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
-const KnownHeader *findHeader(std::string_view line)
+const KnownHeader* findHeader(std::string_view line)
 {
-    for (const KnownHeader &known : kKnownHeaders) {
-        if (!line.starts_with(known.text)) continue;
-        if (line.size() == known.text.size() || isBlank(line[known.text.size()])) return &known;
+    for (const KnownHeader& known : kKnownHeaders) {
+        if (!line.starts_with(known.text))
+            continue;
+        if (line.size() == known.text.size() || isBlank(line[known.text.size()]))
+            return &known;
     }
     return nullptr;
 }
 
-std::vector<SbString> &directories()
+std::vector<SbString>& directories()
 {
     static std::vector<SbString> list;
     return list;
 }
 
-std::map<SbString, SbString> &memoryFiles()
+std::map<SbString, SbString>& memoryFiles()
 {
     static std::map<SbString, SbString> files;
     return files;
 }
 
-bool exists(const SbString &path)
+bool exists(const SbString& path)
 {
     return memoryFiles().count(path) > 0
-           || (SbFileHelper::isAccessible(path, SbFileHelper::READABLE) && !SbFileHelper::isDirectory(path));
+           || (SbFileHelper::isAccessible(path, SbFileHelper::READABLE)
+               && !SbFileHelper::isDirectory(path));
 }
 
-/// The first place of a name: as it stands in memory, beside `folder`, as it stands, in the search directories.
-SbString lookUp(const SbString &name, const SbString &folder)
+/// The first place of a name: as it stands in memory, beside `folder`, as it stands, in the search
+/// directories.
+SbString lookUp(const SbString& name, const SbString& folder)
 {
-    if (name.isEmpty()) return {};
-    if (memoryFiles().count(name)) return name;
+    if (name.isEmpty())
+        return {};
+    if (memoryFiles().count(name))
+        return name;
     if (!folder.isEmpty() && !SbFileHelper::isAbsolute(name)) {
         const SbString beside = SbFileHelper::join(folder, name);
-        if (exists(beside)) return beside;
+        if (exists(beside))
+            return beside;
     }
-    if (exists(name)) return name;
-    if (SbFileHelper::isAbsolute(name)) return {};
-    for (const SbString &directory : directories()) {
+    if (exists(name))
+        return name;
+    if (SbFileHelper::isAbsolute(name))
+        return {};
+    for (const SbString& directory : directories()) {
         const SbString inside = SbFileHelper::join(directory, name);
-        if (exists(inside)) return inside;
+        if (exists(inside))
+            return inside;
     }
     return {};
 }
@@ -98,100 +110,112 @@ bool isGzip(std::string_view bytes)
 
 /// A growing block that ends in a zero byte beyond its size.
 struct SoInput::Bytes {
-    char *data = nullptr;
+    char* data = nullptr;
     std::size_t size = 0;
     std::size_t capacity = 0;
 
     Bytes() = default;
-    Bytes(const Bytes &) = delete;
-    Bytes &operator=(const Bytes &) = delete;
+    Bytes(const Bytes&) = delete;
+    Bytes& operator=(const Bytes&) = delete;
     ~Bytes() { std::free(data); }
 
     std::string_view view() const { return {data, size}; }
     bool reserve(std::size_t wanted)
     {
-        if (wanted + 1 <= capacity) return true;
-        void *grown = std::realloc(data, wanted + 1);
-        if (!grown) return false;
-        data = static_cast<char *>(grown);
+        if (wanted + 1 <= capacity)
+            return true;
+        void* grown = std::realloc(data, wanted + 1);
+        if (!grown)
+            return false;
+        data = static_cast<char*>(grown);
         capacity = wanted + 1;
         return true;
     }
 };
 
 SoInput::SoInput() = default;
-SoInput::SoInput(SoInput *parent) : m_parent(parent) {}
+SoInput::SoInput(SoInput* parent) : m_parent(parent) {}
 SoInput::~SoInput() = default;
 
-bool SoInput::refuse(const char *reason)
+bool SoInput::refuse(const char* reason)
 {
     SoReadError::post(m_fileName, 0, 0, "%s", reason);
     closeFile();
     return false;
 }
 
-bool SoInput::openFile(const SbString &name, bool okIfNotFound)
+bool SoInput::openFile(const SbString& name, bool okIfNotFound)
 {
     closeFile();
     m_fileName = name;
     m_header.makeEmpty();
     m_format = UNKNOWN_FORMAT;
     const SbString found = m_parent ? m_parent->findFile(name) : lookUp(name, {});
-    if (found.isEmpty() && okIfNotFound) return false;
+    if (found.isEmpty() && okIfNotFound)
+        return false;
     return load(found.isEmpty() ? name : found);
 }
 
-bool SoInput::load(const SbString &name)
+bool SoInput::load(const SbString& name)
 {
     m_fileName = name;
     const auto memory = memoryFiles().find(name);
     auto bytes = std::make_unique<Bytes>();
     if (memory != memoryFiles().end()) {
-        const SbString &text = memory->second;
-        if (!bytes->reserve(text.getLength())) return refuse("there is not enough memory for it");
+        const SbString& text = memory->second;
+        if (!bytes->reserve(text.getLength()))
+            return refuse("there is not enough memory for it");
         std::memcpy(bytes->data, text.getString(), text.getLength());
         bytes->size = text.getLength();
         return adopt(std::move(bytes));
     }
     SbString error;
-    std::FILE *file = SbFileHelper::open(name, "rb", &error);
-    if (!file) return refuse(("it cannot be opened: " + error).getString());
+    std::FILE* file = SbFileHelper::open(name, "rb", &error);
+    if (!file)
+        return refuse(("it cannot be opened: " + error).getString());
     std::size_t expected = kReadStep;
     if (std::fseek(file, 0, SEEK_END) == 0) {
         const long end = std::ftell(file);
         // One byte more lets the end of the file show without another round.
-        if (end > 0) expected = static_cast<std::size_t>(end) + 1;
+        if (end > 0)
+            expected = static_cast<std::size_t>(end) + 1;
         std::rewind(file);
     }
     bool ok = true;
     for (std::size_t n = 1; n > 0;) {
         if (bytes->size == bytes->capacity || bytes->capacity == 0) {
             ok = bytes->size < kMaxSize && bytes->reserve(std::max(expected, bytes->size * 2));
-            if (!ok) break;
+            if (!ok)
+                break;
         }
         n = std::fread(bytes->data + bytes->size, 1, bytes->capacity - 1 - bytes->size, file);
         bytes->size += n;
         if (n > 0 && bytes->size + 1 == bytes->capacity) {
             ok = bytes->size < kMaxSize && bytes->reserve(bytes->size * 2);
-            if (!ok) break;
+            if (!ok)
+                break;
         }
     }
     const bool readError = std::ferror(file) != 0;
     std::fclose(file);
-    if (!ok) return refuse("it is too large");
-    if (readError) return refuse("it cannot be read to its end");
+    if (!ok)
+        return refuse("it is too large");
+    if (readError)
+        return refuse("it cannot be read to its end");
     return adopt(std::move(bytes));
 }
 
-bool SoInput::setBuffer(const void *bytes, std::size_t size)
+bool SoInput::setBuffer(const void* bytes, std::size_t size)
 {
     closeFile();
     m_fileName.makeEmpty();
     m_header.makeEmpty();
     m_format = UNKNOWN_FORMAT;
     auto copy = std::make_unique<Bytes>();
-    if (size > kMaxSize || !copy->reserve(size)) return refuse("there is not enough memory for it");
-    if (size > 0) std::memcpy(copy->data, bytes, size);
+    if (size > kMaxSize || !copy->reserve(size))
+        return refuse("there is not enough memory for it");
+    if (size > 0)
+        std::memcpy(copy->data, bytes, size);
     copy->size = size;
     return adopt(std::move(copy));
 }
@@ -203,18 +227,20 @@ bool SoInput::adopt(std::unique_ptr<Bytes> bytes)
     if (m_compressed) {
         const std::unique_ptr<Bytes> packed = std::move(m_bytes);
         m_bytes = std::make_unique<Bytes>();
-        if (!inflateText(packed->view())) return false;
+        if (!inflateText(packed->view()))
+            return false;
     }
-    if (!m_bytes->reserve(m_bytes->size)) return refuse("there is not enough memory for it");
+    if (!m_bytes->reserve(m_bytes->size))
+        return refuse("there is not enough memory for it");
     m_bytes->data[m_bytes->size] = 0;
     m_size = m_bytes->size;
     m_open = true;
     m_filesRead = 0;
     m_numWarnings = 0;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
-    m_tokens.setProgress(
-        [](void *self, std::size_t at, std::size_t size) { static_cast<SoInput *>(self)->progress(at, size); },
-        this);
+    m_tokens.setProgress([](void* self, std::size_t at,
+                            std::size_t size) { static_cast<SoInput*>(self)->progress(at, size); },
+                         this);
     readHeader();
     return true;
 }
@@ -224,34 +250,42 @@ bool SoInput::inflateText(std::string_view packed)
     // The last four bytes tell the size of the last member modulo 2^32: a hint, never trusted.
     std::size_t hint = packed.size() * 4;
     if (packed.size() >= 18) {
-        const auto *tail = reinterpret_cast<const unsigned char *>(packed.data() + packed.size() - 4);
-        hint = tail[0] | (std::size_t(tail[1]) << 8) | (std::size_t(tail[2]) << 16) | (std::size_t(tail[3]) << 24);
+        const auto* tail =
+            reinterpret_cast<const unsigned char*>(packed.data() + packed.size() - 4);
+        hint = tail[0] | (std::size_t(tail[1]) << 8) | (std::size_t(tail[2]) << 16)
+               | (std::size_t(tail[3]) << 24);
     }
     hint = std::clamp<std::size_t>(hint, 256, packed.size() * kMaxInflateRatio);
-    if (!m_bytes->reserve(hint + 1)) return refuse("there is not enough memory to inflate it");
+    if (!m_bytes->reserve(hint + 1))
+        return refuse("there is not enough memory to inflate it");
     z_stream z{};
-    if (inflateInit2(&z, 15 + 16) != Z_OK) return refuse("it cannot be inflated");
-    const char *at = packed.data();
-    const char *end = at + packed.size();
-    const char *reason = nullptr;
+    if (inflateInit2(&z, 15 + 16) != Z_OK)
+        return refuse("it cannot be inflated");
+    const char* at = packed.data();
+    const char* end = at + packed.size();
+    const char* reason = nullptr;
     while (!reason) {
         if (m_bytes->size + 1 >= m_bytes->capacity
-            && (m_bytes->size > kMaxSize || !m_bytes->reserve(m_bytes->size + m_bytes->size / 2 + kReadStep))) {
+            && (m_bytes->size > kMaxSize
+                || !m_bytes->reserve(m_bytes->size + m_bytes->size / 2 + kReadStep))) {
             reason = "it is too large when inflated";
             break;
         }
-        const std::size_t room = std::min<std::size_t>(m_bytes->capacity - 1 - m_bytes->size, kReadStep << 6);
-        const std::size_t offer = std::min<std::size_t>(static_cast<std::size_t>(end - at), kReadStep << 6);
-        z.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(at));
+        const std::size_t room =
+            std::min<std::size_t>(m_bytes->capacity - 1 - m_bytes->size, kReadStep << 6);
+        const std::size_t offer =
+            std::min<std::size_t>(static_cast<std::size_t>(end - at), kReadStep << 6);
+        z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(at));
         z.avail_in = static_cast<uInt>(offer);
-        z.next_out = reinterpret_cast<Bytef *>(m_bytes->data + m_bytes->size);
+        z.next_out = reinterpret_cast<Bytef*>(m_bytes->data + m_bytes->size);
         z.avail_out = static_cast<uInt>(room);
         const int result = inflate(&z, Z_NO_FLUSH);
         at += offer - z.avail_in;
         m_bytes->size += room - z.avail_out;
         if (result == Z_STREAM_END) {
             // Further members follow each other directly; anything else is padding.
-            if (!isGzip({at, static_cast<std::size_t>(end - at)})) break;
+            if (!isGzip({at, static_cast<std::size_t>(end - at)}))
+                break;
             inflateReset(&z);
         } else if (result == Z_BUF_ERROR || (result == Z_OK && at == end && z.avail_out > 0)) {
             reason = "the compressed text ends early";
@@ -267,12 +301,14 @@ void SoInput::readHeader()
 {
     std::string_view text(m_bytes->data, m_size);
     std::size_t start = 0;
-    if (text.starts_with("\xef\xbb\xbf")) start = 3;
+    if (text.starts_with("\xef\xbb\xbf"))
+        start = 3;
     text = text.substr(start, kMaxHeader);
     m_tokens.setOffset(start);
-    if (!text.starts_with('#')) return;
+    if (!text.starts_with('#'))
+        return;
     const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
-    const KnownHeader *known = findHeader(line);
+    const KnownHeader* known = findHeader(line);
     m_format = known ? known->format : UNKNOWN_FORMAT;
     m_header = SbString(std::string(known ? known->text : trimmed(line)));
     m_tokens.setOffset(start + line.size());
@@ -287,60 +323,66 @@ void SoInput::closeFile()
     m_open = false;
 }
 
-bool SoInput::isReading(const SbString &fileName) const
+bool SoInput::isReading(const SbString& fileName) const
 {
     const SbString wanted = SbFileHelper::toAbsolute(fileName);
-    for (const SoInput *in = this; in; in = in->m_parent) {
-        if (!in->m_fileName.isEmpty() && SbFileHelper::toAbsolute(in->m_fileName) == wanted) return true;
+    for (const SoInput* in = this; in; in = in->m_parent) {
+        if (!in->m_fileName.isEmpty() && SbFileHelper::toAbsolute(in->m_fileName) == wanted)
+            return true;
     }
     return false;
 }
 
 void SoInput::progress(std::size_t, std::size_t) {}
 
-void SoInput::warn(int line, int column, const SbString &text)
+void SoInput::warn(int line, int column, const SbString& text)
 {
     const SbString name = m_fileName.isEmpty() ? SbString("<memory>") : m_fileName;
-    SoDebugError::postWarning("SoInput", "%s:%d:%d: %s", name.getString(), line, column, text.getString());
+    SoDebugError::postWarning("SoInput", "%s:%d:%d: %s", name.getString(), line, column,
+                              text.getString());
 }
 
-void SoInput::warnHere(const SbString &text)
+void SoInput::warnHere(const SbString& text)
 {
-    if (++m_numWarnings > kMaxWarnings + 1) return;
+    if (++m_numWarnings > kMaxWarnings + 1)
+        return;
     int line = 0, column = 0;
     m_tokens.getPosition(m_tokens.getOffset(), line, column);
-    warn(line, column, m_numWarnings > kMaxWarnings ? SbString("further remarks are left out") : text);
+    warn(line, column,
+         m_numWarnings > kMaxWarnings ? SbString("further remarks are left out") : text);
 }
 
 bool SoInput::countFile()
 {
-    SoInput *top = this;
-    while (top->m_parent) top = top->m_parent;
+    SoInput* top = this;
+    while (top->m_parent)
+        top = top->m_parent;
     return ++top->m_filesRead <= kMaxFiles;
 }
 
-SbString SoInput::findFile(const SbString &name) const
+SbString SoInput::findFile(const SbString& name) const
 {
     return lookUp(name, getFolder());
 }
 
 SbString SoInput::getFolder() const
 {
-    if (!m_fileName.isEmpty()) return SbFileHelper::getDirName(m_fileName);
+    if (!m_fileName.isEmpty())
+        return SbFileHelper::getDirName(m_fileName);
     return m_folder.isEmpty() && m_parent ? m_parent->getFolder() : m_folder;
 }
 
-void SoInput::addDirectoryFirst(const SbString &directory)
+void SoInput::addDirectoryFirst(const SbString& directory)
 {
     directories().insert(directories().begin(), directory);
 }
 
-void SoInput::addDirectoryLast(const SbString &directory)
+void SoInput::addDirectoryLast(const SbString& directory)
 {
     directories().push_back(directory);
 }
 
-void SoInput::removeDirectory(const SbString &directory)
+void SoInput::removeDirectory(const SbString& directory)
 {
     std::erase(directories(), directory);
 }
@@ -350,47 +392,50 @@ void SoInput::clearDirectories()
     directories().clear();
 }
 
-const std::vector<SbString> &SoInput::getDirectories()
+const std::vector<SbString>& SoInput::getDirectories()
 {
     return directories();
 }
 
-void SoInput::addInMemoryTextFile(const SbString &name, const SbString &text)
+void SoInput::addInMemoryTextFile(const SbString& name, const SbString& text)
 {
     memoryFiles()[name] = text;
 }
 
-void SoInput::removeInMemoryTextFile(const SbString &name)
+void SoInput::removeInMemoryTextFile(const SbString& name)
 {
     memoryFiles().erase(name);
 }
 
-bool SoInput::readTextFile(const SbString &name, SbString &text)
+bool SoInput::readTextFile(const SbString& name, SbString& text)
 {
     const SbString found = lookUp(name, {});
-    if (found.isEmpty()) return false;
+    if (found.isEmpty())
+        return false;
     const auto memory = memoryFiles().find(found);
     if (memory != memoryFiles().end()) {
         text = memory->second;
         return true;
     }
     std::vector<char> bytes;
-    if (!SbFileHelper::readFile(found, bytes)) return false;
+    if (!SbFileHelper::readFile(found, bytes))
+        return false;
     text = SbString(bytes.data(), bytes.size());
     return true;
 }
 
 SoInput::Format SoInput::formatOfHeader(std::string_view header)
 {
-    const KnownHeader *known = findHeader(trimmed(header));
+    const KnownHeader* known = findHeader(trimmed(header));
     return known ? known->format : UNKNOWN_FORMAT;
 }
 
 SbString SoInput::getKnownHeaders()
 {
     std::string list;
-    for (const KnownHeader &known : kKnownHeaders) {
-        if (!list.empty()) list += ", ";
+    for (const KnownHeader& known : kKnownHeaders) {
+        if (!list.empty())
+            list += ", ";
         list.append("\"").append(known.text).append("\"");
     }
     return list;

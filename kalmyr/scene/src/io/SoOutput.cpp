@@ -28,11 +28,11 @@ public:
 
 class SoOutput::FileTarget final : public SoOutput::Target {
 public:
-    explicit FileTarget(std::FILE *file) : m_file(file) {}
+    explicit FileTarget(std::FILE* file) : m_file(file) {}
     ~FileTarget() override { discard(); }
 
     /// A temporary file beside the real one where that can be replaced, else the file itself.
-    bool open(const SbString &name)
+    bool open(const SbString& name)
     {
         std::error_code ignored;
         const fs::path path = fs::weakly_canonical(fs::path(name.toStdString()), ignored);
@@ -45,7 +45,8 @@ public:
         if (!fs::exists(status) || fs::is_regular_file(status)) {
             m_temporary = m_path + ".saving";
             m_file = SbFileHelper::open(m_temporary, "wbx");
-            if (m_file && fs::exists(status)) fs::permissions(m_temporary, status.permissions(), ignored);
+            if (m_file && fs::exists(status))
+                fs::permissions(m_temporary, status.permissions(), ignored);
         }
         if (!m_file) {
             m_temporary.clear();
@@ -59,14 +60,16 @@ public:
     }
     bool finish() override
     {
-        if (m_path.empty()) return std::fflush(m_file) == 0 || fail();
+        if (m_path.empty())
+            return std::fflush(m_file) == 0 || fail();
         const bool written = std::fflush(m_file) == 0 || fail();
         const bool closed = std::fclose(std::exchange(m_file, nullptr)) == 0 || fail();
         if (!written || !closed) {
             discard();
             return false;
         }
-        if (m_temporary.empty()) return true;
+        if (m_temporary.empty())
+            return true;
         std::error_code error;
         fs::rename(m_temporary, m_path, error);
         if (error) {
@@ -81,62 +84,72 @@ public:
 private:
     bool fail()
     {
-        if (reason.isEmpty()) reason = std::strerror(errno);
+        if (reason.isEmpty())
+            reason = std::strerror(errno);
         return false;
     }
     void discard()
     {
-        if (m_file && !m_path.empty()) std::fclose(m_file);
+        if (m_file && !m_path.empty())
+            std::fclose(m_file);
         m_file = nullptr;
-        if (!m_temporary.empty()) std::remove(m_temporary.c_str());
+        if (!m_temporary.empty())
+            std::remove(m_temporary.c_str());
         m_temporary.clear();
     }
 
-    std::FILE *m_file; ///< the standard output when there is no path
+    std::FILE* m_file; ///< the standard output when there is no path
     std::string m_path;
     std::string m_temporary;
 };
 
 class SoOutput::MemoryTarget final : public SoOutput::Target {
 public:
-    MemoryTarget(void *bytes, std::size_t size, SoOutputReallocCB *reallocate, std::size_t offset, bool own)
-        : m_bytes(static_cast<char *>(bytes)), m_size(bytes ? size : 0), m_at(offset), m_realloc(reallocate), m_own(own)
+    MemoryTarget(void* bytes, std::size_t size, SoOutputReallocCB* reallocate, std::size_t offset,
+                 bool own)
+        : m_bytes(static_cast<char*>(bytes)),
+          m_size(bytes ? size : 0),
+          m_at(offset),
+          m_realloc(reallocate),
+          m_own(own)
     {
     }
     ~MemoryTarget() override
     {
-        if (m_own) std::free(m_bytes);
+        if (m_own)
+            std::free(m_bytes);
     }
     bool write(std::string_view bytes) override
     {
         const std::size_t needed = m_at + bytes.size() + 1;
-        if (needed > m_size && !grow(std::max(needed, m_size * 2))) return false;
+        if (needed > m_size && !grow(std::max(needed, m_size * 2)))
+            return false;
         std::memcpy(m_bytes + m_at, bytes.data(), bytes.size());
         m_at += bytes.size();
         m_bytes[m_at] = 0;
         return true;
     }
     bool finish() override { return true; }
-    char *data() const { return m_bytes; }
+    char* data() const { return m_bytes; }
     std::size_t count() const { return m_at; }
 
 private:
     bool grow(std::size_t size)
     {
-        void *grown = m_realloc ? m_realloc(m_bytes, size) : nullptr;
+        void* grown = m_realloc ? m_realloc(m_bytes, size) : nullptr;
         if (!grown) {
             reason = "out of memory";
             return false;
         }
-        m_bytes = static_cast<char *>(grown);
+        m_bytes = static_cast<char*>(grown);
         m_size = size;
         return true;
     }
 
-    char *m_bytes;
+    char* m_bytes;
     std::size_t m_size;
     std::size_t m_at;
-    SoOutputReallocCB *m_realloc;
+    SoOutputReallocCB* m_realloc;
     bool m_own;
 };
 
@@ -148,23 +161,27 @@ public:
     }
     ~ZipTarget() override
     {
-        if (m_ready) deflateEnd(&m_z);
+        if (m_ready)
+            deflateEnd(&m_z);
     }
     bool write(std::string_view bytes) override
     {
         while (!bytes.empty()) {
             const std::size_t n = std::min<std::size_t>(bytes.size(), std::size_t(1) << 30);
-            m_z.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(bytes.data()));
+            m_z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
             m_z.avail_in = static_cast<uInt>(n);
-            if (!run(Z_NO_FLUSH)) return false;
+            if (!run(Z_NO_FLUSH))
+                return false;
             bytes.remove_prefix(n);
         }
         return true;
     }
     bool finish() override
     {
-        if (run(Z_FINISH) && m_to->finish()) return true;
-        if (reason.isEmpty()) reason = m_to->reason;
+        if (run(Z_FINISH) && m_to->finish())
+            return true;
+        if (reason.isEmpty())
+            reason = m_to->reason;
         return false;
     }
 
@@ -177,7 +194,7 @@ private:
         }
         char packed[1 << 15];
         do {
-            m_z.next_out = reinterpret_cast<Bytef *>(packed);
+            m_z.next_out = reinterpret_cast<Bytef*>(packed);
             m_z.avail_out = sizeof packed;
             deflate(&m_z, flush);
             if (!m_to->write({packed, sizeof packed - m_z.avail_out})) {
@@ -203,12 +220,13 @@ SoOutput::~SoOutput()
 void SoOutput::begin(std::unique_ptr<Target> target)
 {
     m_target = std::move(target);
-    if (m_compress) m_target = std::make_unique<ZipTarget>(std::move(m_target), m_level);
+    if (m_compress)
+        m_target = std::make_unique<ZipTarget>(std::move(m_target), m_level);
     m_headerWritten = false;
     m_failed = false;
 }
 
-bool SoOutput::openFile(const SbString &name)
+bool SoOutput::openFile(const SbString& name)
 {
     closeFile();
     m_memory = nullptr;
@@ -229,7 +247,8 @@ bool SoOutput::isFileOpen() const
 
 bool SoOutput::closeFile()
 {
-    if (!m_target) return true;
+    if (!m_target)
+        return true;
     if (m_failed && !m_memory) {
         m_target.reset();
     } else if (!m_failed && !m_target->finish()) {
@@ -241,14 +260,16 @@ bool SoOutput::closeFile()
     return !m_failed;
 }
 
-void SoOutput::noteFailure(const SbString &reason)
+void SoOutput::noteFailure(const SbString& reason)
 {
     m_failed = true;
-    const SbString name = m_fileName.isEmpty() ? SbString(m_memory ? "<memory>" : "<stdout>") : m_fileName;
+    const SbString name =
+        m_fileName.isEmpty() ? SbString(m_memory ? "<memory>" : "<stdout>") : m_fileName;
     SoError::post("%s: cannot be written: %s", name.getString(), reason.getString());
 }
 
-void SoOutput::setBuffer(void *bytes, std::size_t size, SoOutputReallocCB *reallocate, std::size_t offset)
+void SoOutput::setBuffer(void* bytes, std::size_t size, SoOutputReallocCB* reallocate,
+                         std::size_t offset)
 {
     closeFile();
     auto memory = std::make_unique<MemoryTarget>(bytes, size, reallocate, offset, false);
@@ -264,9 +285,10 @@ void SoOutput::setBuffer()
     begin(std::move(memory));
 }
 
-bool SoOutput::getBuffer(void *&bytes, std::size_t &count) const
+bool SoOutput::getBuffer(void*& bytes, std::size_t& count) const
 {
-    if (!m_memory || m_failed) return false;
+    if (!m_memory || m_failed)
+        return false;
     bytes = m_memory->data();
     count = m_memory->count();
     return true;
@@ -274,11 +296,12 @@ bool SoOutput::getBuffer(void *&bytes, std::size_t &count) const
 
 std::string_view SoOutput::getText() const
 {
-    if (!m_memory || !m_memory->data()) return {};
+    if (!m_memory || !m_memory->data())
+        return {};
     return {m_memory->data(), m_memory->count()};
 }
 
-void SoOutput::setHeaderString(const SbString &header)
+void SoOutput::setHeaderString(const SbString& header)
 {
     m_header = header;
     m_customHeader = true;
@@ -292,7 +315,8 @@ void SoOutput::resetHeader()
 
 SbString SoOutput::getHeaderString() const
 {
-    if (m_customHeader) return m_header;
+    if (m_customHeader)
+        return m_header;
     return m_binary ? getDefaultBinaryHeader() : getDefaultASCIIHeader();
 }
 
@@ -304,8 +328,10 @@ void SoOutput::setCompression(bool on, int level)
 
 bool SoOutput::write(std::string_view bytes)
 {
-    if (!m_target) begin(std::make_unique<FileTarget>(stdout));
-    if (m_failed) return false;
+    if (!m_target)
+        begin(std::make_unique<FileTarget>(stdout));
+    if (m_failed)
+        return false;
     bool ok = true;
     if (!m_headerWritten) {
         m_headerWritten = true;
@@ -313,6 +339,7 @@ bool SoOutput::write(std::string_view bytes)
         ok = header.isEmpty() || m_target->write(header + "\n\n");
     }
     ok = ok && m_target->write(bytes);
-    if (!ok) noteFailure(m_target->reason);
+    if (!ok)
+        noteFailure(m_target->reason);
     return ok;
 }

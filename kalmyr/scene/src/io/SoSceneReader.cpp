@@ -29,7 +29,7 @@ bool isWordChar(char c)
 
 } // namespace
 
-std::unique_ptr<SceneReader> SceneReader::make(SoInput &in, bool headerNeeded)
+std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
 {
     if (!in.isOpen()) {
         SoReadError::post(in.getCurFileName(), 0, 0, "no file is open");
@@ -37,111 +37,134 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput &in, bool headerNeeded)
     }
     switch (in.getFormat()) {
     case SoInput::KALMYR_ASCII:
-    case SoInput::VRML1: return std::make_unique<KalmyrReader>(in);
-    case SoInput::VRML2: return std::make_unique<Vrml97Reader>(in);
+    case SoInput::VRML1:
+        return std::make_unique<KalmyrReader>(in);
+    case SoInput::VRML2:
+        return std::make_unique<Vrml97Reader>(in);
     case SoInput::KALMYR_BINARY:
-        SoReadError::post(in.getCurFileName(), 1, 1, "binary scenes cannot be read yet; expected one of the text formats");
+        SoReadError::post(in.getCurFileName(), 1, 1,
+                          "binary scenes cannot be read yet; expected one of the text formats");
         return nullptr;
-    case SoInput::UNKNOWN_FORMAT: break;
+    case SoInput::UNKNOWN_FORMAT:
+        break;
     }
-    if (!headerNeeded && in.getHeader().isEmpty()) return std::make_unique<KalmyrReader>(in);
+    if (!headerNeeded && in.getHeader().isEmpty())
+        return std::make_unique<KalmyrReader>(in);
     const SbString found = in.getSize() == 0 ? SbString("the file is empty")
-                           : in.getHeader().isEmpty() ? SbString("the first line is no header")
-                                                      : "the header " + SbString(quoted(in.getHeader())) + " is unknown";
+                           : in.getHeader().isEmpty()
+                               ? SbString("the first line is no header")
+                               : "the header " + SbString(quoted(in.getHeader())) + " is unknown";
     SoReadError::post(in.getCurFileName(), 1, 1, "%s; expected one of %s", found.getString(),
                       SoInput::getKnownHeaders().getString());
     return nullptr;
 }
 
-SceneReader::SceneReader(SoInput &in) : SoFieldReader(in.getTokenizer()), m_in(in) {}
+SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in) {}
 SceneReader::~SceneReader() = default;
 
 void SceneReader::postError()
 {
-    if (m_posted || !text.hasFailed()) return;
+    if (m_posted || !text.hasFailed())
+        return;
     m_posted = true;
     SoReadError::post(m_in.getCurFileName(), text.getErrorLine(), text.getErrorColumn(), "%s",
                       text.getError().c_str());
 }
 
-void SceneReader::warnOnce(const std::string &key, const char *at, const std::string &message)
+void SceneReader::warnOnce(const std::string& key, const char* at, const std::string& message)
 {
     // Finding a line takes time, so the number of remarks is limited.
-    if (m_warned.size() > SoInput::kMaxWarnings || !m_warned.insert(key).second) return;
+    if (m_warned.size() > SoInput::kMaxWarnings || !m_warned.insert(key).second)
+        return;
     const std::size_t here = text.getOffset();
     text.setOffset(static_cast<std::size_t>(at - text.getText()));
     m_in.warnHere(SbString(message));
     text.setOffset(here);
 }
 
-bool SceneReader::readAll(std::vector<SoRef<SoNode>> &nodes)
+bool SceneReader::readAll(std::vector<SoRef<SoNode>>& nodes)
 {
     for (;;) {
-        SoNode *node = nullptr;
-        if (!readTop(node)) return false;
-        if (!node) break;
+        SoNode* node = nullptr;
+        if (!readTop(node))
+            return false;
+        if (!node)
+            break;
         nodes.emplace_back(node);
     }
     m_in.progress(m_in.getSize(), m_in.getSize());
     return true;
 }
 
-bool SceneReader::readTop(SoNode *&node)
+bool SceneReader::readTop(SoNode*& node)
 {
     node = nullptr;
-    if (text.hasFailed()) return false;
+    if (text.hasFailed())
+        return false;
     while (!node) {
-        if (text.atEnd()) return true;
-        if (!readNode(node)) return false;
+        if (text.atEnd())
+            return true;
+        if (!readNode(node))
+            return false;
         text.reportProgress();
     }
     return true;
 }
 
-bool SceneReader::readNode(SoNode *&node)
+bool SceneReader::readNode(SoNode*& node)
 {
     node = nullptr;
     std::string_view word;
-    if (!text.readWord(word)) return text.fail("expected a node");
+    if (!text.readWord(word))
+        return text.fail("expected a node");
     return readNodeFrom(word, node);
 }
 
-bool SceneReader::readNodeFrom(std::string_view word, SoNode *&node)
+bool SceneReader::readNodeFrom(std::string_view word, SoNode*& node)
 {
     node = nullptr;
-    if (word == "NULL") return true;
-    if (word == "USE") return readUse(node);
+    if (word == "NULL")
+        return true;
+    if (word == "USE")
+        return readUse(node);
     std::string_view name;
     if (word == "DEF") {
-        if (!readName(name)) return false;
-        if (!text.readWord(word)) return text.fail("expected a node type after DEF " + std::string(name));
+        if (!readName(name))
+            return false;
+        if (!text.readWord(word))
+            return text.fail("expected a node type after DEF " + std::string(name));
     }
     return readDefinition(word, name, node);
 }
 
-bool SceneReader::readName(std::string_view &name)
+bool SceneReader::readName(std::string_view& name)
 {
     text.peek();
     const std::size_t at = text.getOffset();
-    if (!text.readName(name) || !isLegalName(name)) return text.failAt(at, "expected a name");
+    if (!text.readName(name) || !isLegalName(name))
+        return text.failAt(at, "expected a name");
     return name.size() <= kMaxNameLength
-           || text.failAt(at, "expected a name of at most " + std::to_string(kMaxNameLength) + " bytes");
+           || text.failAt(at, "expected a name of at most " + std::to_string(kMaxNameLength)
+                                  + " bytes");
 }
 
-bool SceneReader::readUse(SoNode *&node)
+bool SceneReader::readUse(SoNode*& node)
 {
     std::string_view name;
-    if (!readName(name)) return false;
+    if (!readName(name))
+        return false;
     const auto at = static_cast<std::size_t>(name.data() - text.getText());
     const auto found = m_definitions.find(name);
     if (found == m_definitions.end())
         return text.failAt(at, "expected a name that DEF gave before, not " + quoted(name));
-    if (found->second.open) return text.failAt(at, "expected a node other than " + quoted(name) + ", which holds this place itself");
+    if (found->second.open)
+        return text.failAt(at, "expected a node other than " + quoted(name)
+                                   + ", which holds this place itself");
     node = found->second.node.get();
     return true;
 }
 
-const SceneReader::TypeEntry &SceneReader::entryOf(std::string_view type)
+const SceneReader::TypeEntry& SceneReader::entryOf(std::string_view type)
 {
     const auto [at, isNew] = m_types.try_emplace(type);
     if (isNew) {
@@ -152,71 +175,80 @@ const SceneReader::TypeEntry &SceneReader::entryOf(std::string_view type)
     return at->second;
 }
 
-bool SceneReader::readDefinition(std::string_view type, std::string_view name, SoNode *&node)
+bool SceneReader::readDefinition(std::string_view type, std::string_view name, SoNode*& node)
 {
     const auto typeAt = static_cast<std::size_t>(type.data() - text.getText());
     const TypeEntry entry = entryOf(type);
     if (!text.accept('{')) {
-        return entry.type.isBad() ? text.failAt(typeAt, "expected a node type or the name of a field, not " + quoted(type))
+        return entry.type.isBad() ? text.failAt(
+                   typeAt, "expected a node type or the name of a field, not " + quoted(type))
                                   : text.fail("expected '{' after " + quoted(type));
     }
     if (m_depth >= kMaxNesting)
-        return text.failAt(typeAt, "expected nodes nested at most " + std::to_string(kMaxNesting) + " deep");
+        return text.failAt(typeAt, "expected nodes nested at most " + std::to_string(kMaxNesting)
+                                       + " deep");
     m_bodyAt = text.getOffset() - 1;
     ++m_depth;
     const bool known = !entry.type.isBad();
-    SoRef<SoNode> holder(known ? static_cast<SoNode *>(entry.type.createInstance()) : new SoUnknownNode);
+    SoRef<SoNode> holder(known ? static_cast<SoNode*>(entry.type.createInstance())
+                               : new SoUnknownNode);
     node = holder.get();
     // Nobody listens yet; the walk of every single value would only cost time.
     node->enableNotify(false);
     if (!name.empty()) {
         m_definitions[name] = {holder, true};
         const std::string_view own = ownName(name);
-        if (!own.empty()) node->setName(SbName(own));
+        if (!own.empty())
+            node->setName(SbName(own));
     }
     const bool ok = readBodySafely(node, type, known);
     node->enableNotify(true);
     --m_depth;
-    if (!name.empty()) m_definitions[name].open = false;
+    if (!name.empty())
+        m_definitions[name].open = false;
     if (!ok) {
         node = nullptr;
         return false;
     }
-    if (entry.hook) entry.hook(&m_in, node);
+    if (entry.hook)
+        entry.hook(&m_in, node);
     node = holder.release();
     return true;
 }
 
-bool SceneReader::readBodySafely(SoNode *node, std::string_view type, bool known)
+bool SceneReader::readBodySafely(SoNode* node, std::string_view type, bool known)
 {
-    if (m_depth == 1) m_stackLimit = stackLimit();
+    if (m_depth == 1)
+        m_stackLimit = stackLimit();
     if (isStackLow(m_stackLimit)) {
-        const char *before = m_stackLimit;
+        const char* before = m_stackLimit;
         bool ok = false;
-        callOnNewStack([&](const char *limit) {
+        callOnNewStack([&](const char* limit) {
             m_stackLimit = limit;
             ok = readBodySafely(node, type, known);
         });
         m_stackLimit = before;
         return ok;
     }
-    return known ? readBody(node, type) : readUnknownBody(static_cast<SoUnknownNode *>(node), type);
+    return known ? readBody(node, type) : readUnknownBody(static_cast<SoUnknownNode*>(node), type);
 }
 
-int SceneReader::tryField(SoNode *node, std::string_view word, std::string_view typeName)
+int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)
 {
-    const SoFieldData *data = node->getFieldData();
+    const SoFieldData* data = node->getFieldData();
     const int index = data ? data->getIndex(SbName::find(word)) : -1;
-    if (index < 0 || word.empty()) return 0;
-    SoField *field = data->getField(node, index);
+    if (index < 0 || word.empty())
+        return 0;
+    SoField* field = data->getField(node, index);
     const SoField::FieldType kind = field->getFieldType();
     if (kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT) {
         text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
-                    "expected a field; " + quoted(word) + " of " + quoted(typeName) + " is an event and has no value");
+                    "expected a field; " + quoted(word) + " of " + quoted(typeName)
+                        + " is an event and has no value");
         return -1;
     }
     const bool list = field->isOfType(SoMFNode::getClassTypeId());
-    if (!(list ? readNodeList(*static_cast<SoMFNode *>(field)) : field->readValue(*this))) {
+    if (!(list ? readNodeList(*static_cast<SoMFNode*>(field)) : field->readValue(*this))) {
         text.fail("expected a value for " + quoted(word) + " of " + quoted(typeName));
         return -1;
     }
@@ -224,55 +256,65 @@ int SceneReader::tryField(SoNode *node, std::string_view word, std::string_view 
     return text.hasFailed() ? -1 : 1;
 }
 
-bool SceneReader::readNodeList(SoMFNode &field)
+bool SceneReader::readNodeList(SoMFNode& field)
 {
     std::vector<SoRef<SoNode>> held;
-    std::vector<SoNode *> nodes;
+    std::vector<SoNode*> nodes;
     const bool one = !text.accept('[');
     while (one ? held.empty() : !text.accept(']')) {
         std::string_view word;
-        if (!text.readWord(word)) return text.fail(one ? "expected a node or '['" : "expected a node or ']'");
+        if (!text.readWord(word))
+            return text.fail(one ? "expected a node or '['" : "expected a node or ']'");
         const int skipped = tryStatement(word);
-        if (skipped < 0) return false;
-        if (skipped > 0) continue;
-        SoNode *node = nullptr;
-        if (!readNodeFrom(word, node)) return false;
+        if (skipped < 0)
+            return false;
+        if (skipped > 0)
+            continue;
+        SoNode* node = nullptr;
+        if (!readNodeFrom(word, node))
+            return false;
         held.emplace_back(node);
-        if (node) nodes.push_back(node);
+        if (node)
+            nodes.push_back(node);
         text.reportProgress();
     }
     return field.setValues(nodes) || text.fail("expected nodes that do not hold this one");
 }
 
-bool SceneReader::failInBody(std::string_view typeName, const char *wanted)
+bool SceneReader::failInBody(std::string_view typeName, const char* wanted)
 {
     int line = 0, column = 0;
     text.getPosition(static_cast<std::size_t>(typeName.data() - text.getText()), line, column);
-    return text.fail("expected " + std::string(wanted) + " in " + quoted(typeName) + ", which begins in line "
-                     + std::to_string(line));
+    return text.fail("expected " + std::string(wanted) + " in " + quoted(typeName)
+                     + ", which begins in line " + std::to_string(line));
 }
 
-bool SceneReader::skipBlock(char open, bool keepNames, std::string_view *inside)
+bool SceneReader::skipBlock(char open, bool keepNames, std::string_view* inside)
 {
-    if (!text.expect(open)) return false;
-    const char *begin = text.getText() + text.getOffset();
-    const char *end = text.getText() + text.getSize();
-    const char *at = begin;
+    if (!text.expect(open))
+        return false;
+    const char* begin = text.getText() + text.getOffset();
+    const char* end = text.getText() + text.getSize();
+    const char* at = begin;
     std::string closing(1, open == '{' ? '}' : ']');
     bool afterDef = false;
     while (at < end && !closing.empty()) {
         const char c = *at;
         if (c == '"') {
             for (++at; at < end && *at != '"'; ++at)
-                if (*at == '\\') ++at;
+                if (*at == '\\')
+                    ++at;
             ++at;
         } else if (c == '#') {
-            while (at < end && *at != '\n' && *at != '\r') ++at;
+            while (at < end && *at != '\n' && *at != '\r')
+                ++at;
         } else if (isWordChar(c)) {
-            const char *word = at;
-            while (at < end && isWordChar(*at)) ++at;
+            const char* word = at;
+            while (at < end && isWordChar(*at))
+                ++at;
             const std::string_view name(word, static_cast<std::size_t>(at - word));
-            if (afterDef && keepNames) m_definitions[name] = {nullptr, false};
+            if (afterDef && keepNames)
+                m_definitions[name] = {nullptr, false};
             afterDef = name == "DEF";
         } else if (c == '{' || c == '[') {
             closing.push_back(c == '{' ? '}' : ']');
@@ -288,36 +330,48 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view *inside)
         }
     }
     text.setOffset(std::min(static_cast<std::size_t>(at - text.getText()), text.getSize()));
-    if (!closing.empty()) return text.fail(std::string("expected '") + closing.back() + "'");
-    if (inside) *inside = {begin, static_cast<std::size_t>(at - 1 - begin)};
+    if (!closing.empty())
+        return text.fail(std::string("expected '") + closing.back() + "'");
+    if (inside)
+        *inside = {begin, static_cast<std::size_t>(at - 1 - begin)};
     return true;
 }
 
-bool SceneReader::readSkippedBody(SoUnknownNode *node, bool keepNames)
+bool SceneReader::readSkippedBody(SoUnknownNode* node, bool keepNames)
 {
     text.setOffset(m_bodyAt);
     std::string_view body;
-    if (!skipBlock('{', keepNames, &body)) return false;
+    if (!skipBlock('{', keepNames, &body))
+        return false;
     node->setBody(std::string(body));
     return true;
 }
 
-bool SceneReader::readPath(SoRef<SoPath> &path)
+bool SceneReader::readPath(SoRef<SoPath>& path)
 {
-    if (text.hasFailed()) return false;
-    if (!text.acceptWord("Path")) return text.fail("expected 'Path'");
-    if (!text.expect('{')) return false;
-    if (!text.acceptWord("head")) return text.fail("expected 'head'");
-    SoNode *head = nullptr;
-    if (!readNode(head)) return false;
-    if (!head) return text.fail("expected a node as head of the path");
+    if (text.hasFailed())
+        return false;
+    if (!text.acceptWord("Path"))
+        return text.fail("expected 'Path'");
+    if (!text.expect('{'))
+        return false;
+    if (!text.acceptWord("head"))
+        return text.fail("expected 'head'");
+    SoNode* head = nullptr;
+    if (!readNode(head))
+        return false;
+    if (!head)
+        return text.fail("expected a node as head of the path");
     path = new SoPath(head);
-    if (!text.acceptWord("indices")) return text.fail("expected 'indices'");
-    if (!text.expect('[')) return false;
+    if (!text.acceptWord("indices"))
+        return text.fail("expected 'indices'");
+    if (!text.expect('['))
+        return false;
     while (!text.accept(']')) {
         std::int32_t index = 0;
-        if (!text.readInt(index)) return false;
-        const SoChildList *children = path->getTail()->getInternalChildren();
+        if (!text.readInt(index))
+            return false;
+        const SoChildList* children = path->getTail()->getInternalChildren();
         if (!children || index < 0 || index >= children->getLength())
             return text.fail("expected the index of a child in front of this");
         path->append(index);

@@ -13,11 +13,15 @@
 
 namespace kalmyr::detail {
 
-SceneWriter::SceneWriter(SoAction &action, SoOutput &out) : SoFieldWriter(m_buffer), m_action(action), m_out(out) {}
-
-void SceneWriter::keepOnly(const SoPath &path)
+SceneWriter::SceneWriter(SoAction& action, SoOutput& out)
+    : SoFieldWriter(m_buffer), m_action(action), m_out(out)
 {
-    for (int i = 1; i < path.getLength(); ++i) m_onPath[path.getNode(i - 1)] = path.getIndex(i);
+}
+
+void SceneWriter::keepOnly(const SoPath& path)
+{
+    for (int i = 1; i < path.getLength(); ++i)
+        m_onPath[path.getNode(i - 1)] = path.getIndex(i);
 }
 
 void SceneWriter::startWriting()
@@ -34,9 +38,11 @@ void SceneWriter::finish()
 
 void SceneWriter::flushIfLarge()
 {
-    if (m_buffer.size() < kFlushSize) return;
+    if (m_buffer.size() < kFlushSize)
+        return;
     // A stopped traversal is how a failed output ends it; the output posts the reason.
-    if (!m_out.write(m_buffer)) m_action.setTerminated(true);
+    if (!m_out.write(m_buffer))
+        m_action.setTerminated(true);
     m_buffer.clear();
 }
 
@@ -54,11 +60,13 @@ void SceneWriter::breakLine()
     m_buffer.append(static_cast<std::size_t>(m_indent + 1) * 2, ' ');
 }
 
-const std::string &SceneWriter::nameOf(const SoNode *node, Info &info)
+const std::string& SceneWriter::nameOf(const SoNode* node, Info& info)
 {
-    if (!info.name.empty()) return info.name;
+    if (!info.name.empty())
+        return info.name;
     const std::string own(node->getName().view());
-    if (!own.empty() && m_taken.insert(own).second) return info.name = own;
+    if (!own.empty() && m_taken.insert(own).second)
+        return info.name = own;
     do {
         info.name = own + SoBase::getInstancePrefix().toStdString();
         SbNumber::appendInt(info.name, m_nextInstance++);
@@ -66,7 +74,7 @@ const std::string &SceneWriter::nameOf(const SoNode *node, Info &info)
     return info.name;
 }
 
-void SceneWriter::header(SoNode *node, Info &info)
+void SceneWriter::header(SoNode* node, Info& info)
 {
     if (info.count > 1 || !node->getName().isEmpty()) {
         m_buffer += "DEF ";
@@ -74,18 +82,19 @@ void SceneWriter::header(SoNode *node, Info &info)
         m_buffer += ' ';
     }
     if (node->isOfType(SoUnknownNode::getClassTypeId())) {
-        m_buffer += static_cast<SoUnknownNode *>(node)->getUnknownTypeName().view();
+        m_buffer += static_cast<SoUnknownNode*>(node)->getUnknownTypeName().view();
     } else {
         m_buffer += node->getTypeId().getName().view();
     }
     m_buffer += " {";
 }
 
-bool SceneWriter::enter(SoNode *node)
+bool SceneWriter::enter(SoNode* node)
 {
-    Info &info = m_nodes[node];
+    Info& info = m_nodes[node];
     if (m_counting) {
-        if (++info.count == 1 && !node->getName().isEmpty()) m_names.emplace(node->getName().view());
+        if (++info.count == 1 && !node->getName().isEmpty())
+            m_names.emplace(node->getName().view());
         return info.count == 1;
     }
     if (info.written) {
@@ -102,7 +111,8 @@ bool SceneWriter::enter(SoNode *node)
 
 void SceneWriter::leave()
 {
-    if (m_counting) return;
+    if (m_counting)
+        return;
     --m_indent;
     if (m_verbatim) {
         m_verbatim = false;
@@ -115,36 +125,42 @@ void SceneWriter::leave()
     m_empty = false;
 }
 
-bool SceneWriter::hasChildrenField(const SoNode *node)
+bool SceneWriter::hasChildrenField(const SoNode* node)
 {
-    const SoFieldData *data = node->getChildren() ? node->getFieldData() : nullptr;
+    const SoFieldData* data = node->getChildren() ? node->getFieldData() : nullptr;
     for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField *field = data->getField(node, i);
-        if (field->isOfType(SoMFNode::getClassTypeId()) && static_cast<const SoMFNode *>(field)->isBound()) return true;
+        const SoField* field = data->getField(node, i);
+        if (field->isOfType(SoMFNode::getClassTypeId())
+            && static_cast<const SoMFNode*>(field)->isBound())
+            return true;
     }
     return false;
 }
 
-bool SceneWriter::isKept(const SoNode *parent, const SoNode *child, int index) const
+bool SceneWriter::isKept(const SoNode* parent, const SoNode* child, int index) const
 {
     const auto onPath = m_onPath.find(parent);
-    if (onPath == m_onPath.end()) return true;
+    if (onPath == m_onPath.end())
+        return true;
     return index == onPath->second || (index < onPath->second && child->affectsState());
 }
 
-void SceneWriter::children(SoNode *node)
+void SceneWriter::children(SoNode* node)
 {
-    const SoChildList *list = node->getChildren();
-    if (!list) return;
+    const SoChildList* list = node->getChildren();
+    if (!list)
+        return;
     for (int i = 0; i < list->getLength() && !m_action.hasTerminated(); ++i) {
-        SoNode *child = (*list)[i];
-        if (!isKept(node, child, i)) continue;
-        if (!m_counting) newLine();
+        SoNode* child = (*list)[i];
+        if (!isKept(node, child, i))
+            continue;
+        if (!m_counting)
+            newLine();
         m_action.traverse(child, i);
     }
 }
 
-void SceneWriter::nodeList(SoNode *node, const SoMFNode &field)
+void SceneWriter::nodeList(SoNode* node, const SoMFNode& field)
 {
     if (!m_counting) {
         m_buffer += " [";
@@ -153,13 +169,16 @@ void SceneWriter::nodeList(SoNode *node, const SoMFNode &field)
     bool any = false;
     const bool bound = field.isBound();
     for (int i = 0; i < field.getNum() && !m_action.hasTerminated(); ++i) {
-        SoNode *child = field[i];
-        if (bound && !isKept(node, child, i)) continue;
+        SoNode* child = field[i];
+        if (bound && !isKept(node, child, i))
+            continue;
         any = true;
-        if (!m_counting) newLine();
+        if (!m_counting)
+            newLine();
         writeNode(child);
     }
-    if (m_counting) return;
+    if (m_counting)
+        return;
     --m_indent;
     if (any) {
         newLine();
@@ -169,42 +188,46 @@ void SceneWriter::nodeList(SoNode *node, const SoMFNode &field)
     m_buffer += ']';
 }
 
-void SceneWriter::field(SoNode *node, const SbName &name, SoField *field)
+void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
 {
     const bool list = field->isOfType(SoMFNode::getClassTypeId());
-    const bool bound = list && static_cast<SoMFNode *>(field)->isBound();
-    const bool unset = bound ? static_cast<SoMFNode *>(field)->getNum() == 0 : field->isDefault();
+    const bool bound = list && static_cast<SoMFNode*>(field)->isBound();
+    const bool unset = bound ? static_cast<SoMFNode*>(field)->getNum() == 0 : field->isDefault();
     const SoField::FieldType kind = field->getFieldType();
-    if ((unset && !field->isIgnored()) || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT) return;
+    if ((unset && !field->isIgnored()) || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT)
+        return;
     if (m_counting) {
-        if (list) nodeList(node, *static_cast<SoMFNode *>(field));
-        else if (field->isOfType(SoSFNode::getClassTypeId())) writeNode(static_cast<SoSFNode *>(field)->getValue());
+        if (list)
+            nodeList(node, *static_cast<SoMFNode*>(field));
+        else if (field->isOfType(SoSFNode::getClassTypeId()))
+            writeNode(static_cast<SoSFNode*>(field)->getValue());
         return;
     }
     newLine();
     m_buffer += name.view();
     if (list) {
-        nodeList(node, *static_cast<SoMFNode *>(field));
+        nodeList(node, *static_cast<SoMFNode*>(field));
     } else {
         m_buffer += ' ';
         field->writeValue(*this);
     }
-    if (field->isIgnored()) m_buffer += " ~";
+    if (field->isIgnored())
+        m_buffer += " ~";
 }
 
-void SceneWriter::fields(SoNode *node)
+void SceneWriter::fields(SoNode* node)
 {
-    const SoFieldData *data = node->getFieldData();
+    const SoFieldData* data = node->getFieldData();
     for (int i = 0; data && i < data->getNumFields() && !m_action.hasTerminated(); ++i)
         field(node, data->getFieldName(i), data->getField(node, i));
 }
 
-void SceneWriter::unknown(SoUnknownNode *node)
+void SceneWriter::unknown(SoUnknownNode* node)
 {
     if (!m_counting && node->hasDeclaration()) {
         newLine();
         m_buffer += "fields [";
-        const SoFieldData *data = node->getFieldData();
+        const SoFieldData* data = node->getFieldData();
         for (int i = 0; i < data->getNumFields(); ++i) {
             m_buffer += i ? ", " : " ";
             m_buffer += data->getField(node, i)->getTypeId().getName().view();
@@ -223,10 +246,12 @@ void SceneWriter::unknown(SoUnknownNode *node)
     children(node);
 }
 
-void SceneWriter::writeNode(const SoNode *node)
+void SceneWriter::writeNode(const SoNode* node)
 {
-    if (node) m_action.traverse(const_cast<SoNode *>(node), -1);
-    else if (!m_counting) m_buffer += "NULL";
+    if (node)
+        m_action.traverse(const_cast<SoNode*>(node), -1);
+    else if (!m_counting)
+        m_buffer += "NULL";
 }
 
 void SceneWriter::beginPath()
@@ -235,14 +260,15 @@ void SceneWriter::beginPath()
     ++m_indent;
 }
 
-void SceneWriter::endPath(const SoPath &path)
+void SceneWriter::endPath(const SoPath& path)
 {
     m_buffer += "\n  indices [";
     for (int i = 1; i < path.getLength(); ++i) {
-        const SoNode *parent = path.getNode(i - 1);
-        const SoChildList *list = parent->getChildren();
+        const SoNode* parent = path.getNode(i - 1);
+        const SoChildList* list = parent->getChildren();
         int index = 0;
-        for (int k = 0; k < path.getIndex(i); ++k) index += isKept(parent, (*list)[k], k);
+        for (int k = 0; k < path.getIndex(i); ++k)
+            index += isKept(parent, (*list)[k], k);
         m_buffer += i > 1 ? ", " : " ";
         SbNumber::appendInt(m_buffer, index);
     }

@@ -13,22 +13,23 @@ SO_ACTION_SOURCE(SoWriteAction, SoAction, "WriteAction")
 
 namespace {
 
-void writeAll(SoAction *action, SoNode *node)
+void writeAll(SoAction* action, SoNode* node)
 {
-    auto *write = static_cast<SoWriteAction *>(action);
+    auto* write = static_cast<SoWriteAction*>(action);
     write->writeFields(node);
-    if (!kalmyr::detail::SceneWriter::hasChildrenField(node)) write->writeChildren(node);
+    if (!kalmyr::detail::SceneWriter::hasChildrenField(node))
+        write->writeChildren(node);
 }
 
 /// For nodes whose children come from another file.
-void writeFieldsOnly(SoAction *action, SoNode *node)
+void writeFieldsOnly(SoAction* action, SoNode* node)
 {
-    static_cast<SoWriteAction *>(action)->writeFields(node);
+    static_cast<SoWriteAction*>(action)->writeFields(node);
 }
 
-void writeUnknown(SoAction *action, SoNode *node)
+void writeUnknown(SoAction* action, SoNode* node)
 {
-    static_cast<SoWriteAction *>(action)->writeUnknown(static_cast<SoUnknownNode *>(node));
+    static_cast<SoWriteAction*>(action)->writeUnknown(static_cast<SoUnknownNode*>(node));
 }
 
 } // namespace
@@ -45,22 +46,25 @@ SoWriteAction::SoWriteAction() : m_ownOutput(std::make_unique<SoOutput>()), m_ou
     setHooked(true);
 }
 
-SoWriteAction::SoWriteAction(SoOutput *out) : m_out(out)
+SoWriteAction::SoWriteAction(SoOutput* out) : m_out(out)
 {
     setHooked(true);
 }
 
 SoWriteAction::~SoWriteAction() = default;
 
-void SoWriteAction::apply(SoNode *root)
+void SoWriteAction::apply(SoNode* root)
 {
-    if (root) write(root, nullptr);
+    if (root)
+        write(root, nullptr);
 }
 
-void SoWriteAction::apply(SoPath *path)
+void SoWriteAction::apply(SoPath* path)
 {
-    if (!path || path->isEmpty()) return;
-    // What hangs on a field or comes from another file has no index in the text; the path ends above it.
+    if (!path || path->isEmpty())
+        return;
+    // What hangs on a field or comes from another file has no index in the text; the path ends
+    // above it.
     int length = 1;
     while (length < path->getLength() && path->getIndex(length) >= 0
            && !path->getNode(length - 1)->isOfType(SoVRMLInline::getClassTypeId()))
@@ -69,41 +73,44 @@ void SoWriteAction::apply(SoPath *path)
     write(path->getHead(), shown.get());
 }
 
-void SoWriteAction::write(SoNode *root, const SoPath *path)
+void SoWriteAction::write(SoNode* root, const SoPath* path)
 {
     const SoRef<SoNode> held(root);
     m_writer = std::make_unique<kalmyr::detail::SceneWriter>(*this, *m_out);
-    if (path) m_writer->keepOnly(*path);
+    if (path)
+        m_writer->keepOnly(*path);
     SoAction::apply(root);
     m_writer->startWriting();
-    if (path) m_writer->beginPath();
+    if (path)
+        m_writer->beginPath();
     SoAction::apply(root);
-    if (path) m_writer->endPath(*path);
+    if (path)
+        m_writer->endPath(*path);
     m_writer->finish();
     m_writer.reset();
 }
 
-bool SoWriteAction::beforeNode(SoNode *node)
+bool SoWriteAction::beforeNode(SoNode* node)
 {
     return m_writer->enter(node);
 }
 
-void SoWriteAction::afterNode(SoNode *)
+void SoWriteAction::afterNode(SoNode*)
 {
     m_writer->leave();
 }
 
-void SoWriteAction::writeFields(SoNode *node)
+void SoWriteAction::writeFields(SoNode* node)
 {
     m_writer->fields(node);
 }
 
-void SoWriteAction::writeChildren(SoNode *node)
+void SoWriteAction::writeChildren(SoNode* node)
 {
     m_writer->children(node);
 }
 
-void SoWriteAction::writeUnknown(SoUnknownNode *node)
+void SoWriteAction::writeUnknown(SoUnknownNode* node)
 {
     m_writer->unknown(node);
 }

@@ -15,7 +15,7 @@ void SoDirectionalLight::initClass()
     SO_NODE_INIT_CLASS(SoDirectionalLight, SoLight, "DirectionalLight");
 }
 
-void SoDirectionalLight::describe(SoLightRecord &record) const
+void SoDirectionalLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::DIRECTIONAL;
     record.attenuation = SbVec3f(1, 0, 0);

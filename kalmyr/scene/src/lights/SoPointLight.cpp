@@ -15,7 +15,7 @@ void SoPointLight::initClass()
     SO_NODE_INIT_CLASS(SoPointLight, SoLight, "PointLight");
 }
 
-void SoPointLight::describe(SoLightRecord &record) const
+void SoPointLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::POINT;
     record.position = location.getValue();

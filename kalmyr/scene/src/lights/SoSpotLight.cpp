@@ -18,7 +18,7 @@ void SoSpotLight::initClass()
     SO_NODE_INIT_CLASS(SoSpotLight, SoLight, "SpotLight");
 }
 
-void SoSpotLight::describe(SoLightRecord &record) const
+void SoSpotLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::SPOT;
     record.position = location.getValue();

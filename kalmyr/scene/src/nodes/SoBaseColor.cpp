@@ -19,12 +19,14 @@ void SoBaseColor::initClass()
     SO_NODE_INIT_CLASS(SoBaseColor, SoNode, "BaseColor");
 }
 
-void SoBaseColor::doAction(SoAction *action)
+void SoBaseColor::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (rgb.isIgnored() || rgb.getNum() == 0) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) return;
-    auto &element = state->write<SoMaterialElement>();
+    SoState* state = action->getState();
+    if (rgb.isIgnored() || rgb.getNum() == 0)
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL))
+        return;
+    auto& element = state->write<SoMaterialElement>();
     element.value().diffuse = rgb.getValues();
     element.value().numDiffuse = rgb.getNum();
     element.accumulatedBy(this);

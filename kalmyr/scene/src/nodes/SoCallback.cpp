@@ -16,14 +16,15 @@ void SoCallback::initClass()
     SO_NODE_INIT_CLASS(SoCallback, SoNode, "Callback");
 }
 
-void SoCallback::setCallback(Function *function, void *userData)
+void SoCallback::setCallback(Function* function, void* userData)
 {
     m_function = function;
     m_userData = userData;
     touch();
 }
 
-void SoCallback::doAction(SoAction *action)
+void SoCallback::doAction(SoAction* action)
 {
-    if (m_function) m_function(m_userData, action);
+    if (m_function)
+        m_function(m_userData, action);
 }

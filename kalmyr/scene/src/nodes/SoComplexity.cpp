@@ -20,10 +20,12 @@ void SoComplexity::initClass()
     SO_NODE_INIT_CLASS(SoComplexity, SoNode, "Complexity");
 }
 
-void SoComplexity::doAction(SoAction *action)
+void SoComplexity::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (value.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::COMPLEXITY)) return;
+    SoState* state = action->getState();
+    if (value.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::COMPLEXITY))
+        return;
     state->write<SoComplexityElement>().set(this, {std::clamp(value.getValue(), 0.0f, 1.0f)});
 }

@@ -18,9 +18,10 @@ void SoCoordinate3::initClass()
     SO_NODE_INIT_CLASS(SoCoordinate3, SoNode, "Coordinate3");
 }
 
-void SoCoordinate3::doAction(SoAction *action)
+void SoCoordinate3::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (point.isIgnored()) return;
+    SoState* state = action->getState();
+    if (point.isIgnored())
+        return;
     state->write<SoCoordinateElement>().set(this, point.values());
 }

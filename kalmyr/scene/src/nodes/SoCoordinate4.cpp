@@ -18,13 +18,15 @@ void SoCoordinate4::initClass()
     SO_NODE_INIT_CLASS(SoCoordinate4, SoNode, "Coordinate4");
 }
 
-void SoCoordinate4::doAction(SoAction *action)
+void SoCoordinate4::doAction(SoAction* action)
 {
-    if (point.isIgnored()) return;
+    if (point.isIgnored())
+        return;
     if (m_projectedId != getChangeId()) {
         const auto points = point.values();
         m_projected.resize(points.size());
-        for (std::size_t i = 0; i < points.size(); ++i) points[i].getReal(m_projected[i]);
+        for (std::size_t i = 0; i < points.size(); ++i)
+            points[i].getReal(m_projected[i]);
         m_projectedId = getChangeId();
     }
     action->getState()->write<SoCoordinateElement>().set(this, m_projected);

@@ -33,15 +33,20 @@ void SoDrawStyle::initClass()
     SO_NODE_INIT_CLASS(SoDrawStyle, SoNode, "DrawStyle");
 }
 
-void SoDrawStyle::doAction(SoAction *action)
+void SoDrawStyle::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::DRAW_STYLE)) return;
-    auto &element = state->write<SoDrawStyleElement>();
-    auto &v = element.value();
-    if (!style.isIgnored()) v.style = static_cast<SoDrawStyleValues::Style>(style.getValue());
-    if (!pointSize.isIgnored()) v.pointSize = pointSize.getValue();
-    if (!lineWidth.isIgnored()) v.lineWidth = lineWidth.getValue();
-    if (!linePattern.isIgnored()) v.linePattern = linePattern.getValue();
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::DRAW_STYLE))
+        return;
+    auto& element = state->write<SoDrawStyleElement>();
+    auto& v = element.value();
+    if (!style.isIgnored())
+        v.style = static_cast<SoDrawStyleValues::Style>(style.getValue());
+    if (!pointSize.isIgnored())
+        v.pointSize = pointSize.getValue();
+    if (!lineWidth.isIgnored())
+        v.lineWidth = lineWidth.getValue();
+    if (!linePattern.isIgnored())
+        v.linePattern = linePattern.getValue();
     element.accumulatedBy(this);
 }

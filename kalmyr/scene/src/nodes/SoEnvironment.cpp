@@ -35,15 +35,21 @@ void SoEnvironment::initClass()
     SO_NODE_INIT_CLASS(SoEnvironment, SoNode, "Environment");
 }
 
-void SoEnvironment::doAction(SoAction *action)
+void SoEnvironment::doAction(SoAction* action)
 {
-    auto &element = action->getState()->write<SoEnvironmentElement>();
-    auto &v = element.value();
-    if (!ambientIntensity.isIgnored()) v.ambientIntensity = ambientIntensity.getValue();
-    if (!ambientColor.isIgnored()) v.ambientColor = ambientColor.getValue();
-    if (!attenuation.isIgnored()) v.attenuation = attenuation.getValue();
-    if (!fogType.isIgnored()) v.fogType = static_cast<SoEnvironmentValues::Fog>(fogType.getValue());
-    if (!fogColor.isIgnored()) v.fogColor = fogColor.getValue();
-    if (!fogVisibility.isIgnored()) v.fogVisibility = fogVisibility.getValue();
+    auto& element = action->getState()->write<SoEnvironmentElement>();
+    auto& v = element.value();
+    if (!ambientIntensity.isIgnored())
+        v.ambientIntensity = ambientIntensity.getValue();
+    if (!ambientColor.isIgnored())
+        v.ambientColor = ambientColor.getValue();
+    if (!attenuation.isIgnored())
+        v.attenuation = attenuation.getValue();
+    if (!fogType.isIgnored())
+        v.fogType = static_cast<SoEnvironmentValues::Fog>(fogType.getValue());
+    if (!fogColor.isIgnored())
+        v.fogColor = fogColor.getValue();
+    if (!fogVisibility.isIgnored())
+        v.fogVisibility = fogVisibility.getValue();
     element.accumulatedBy(this);
 }

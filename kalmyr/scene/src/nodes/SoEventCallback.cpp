@@ -17,30 +17,34 @@ SoEventCallback::~SoEventCallback() = default;
 void SoEventCallback::initClass()
 {
     SO_NODE_INIT_CLASS(SoEventCallback, SoNode, "EventCallback");
-    SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoEventCallback *>(node)->handleEvent(static_cast<SoHandleEventAction *>(action));
+    SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoEventCallback*>(node)->handleEvent(static_cast<SoHandleEventAction*>(action));
     });
 }
 
-void SoEventCallback::addEventCallback(SoType eventType, Function *function, void *userData)
+void SoEventCallback::addEventCallback(SoType eventType, Function* function, void* userData)
 {
-    if (function) m_entries.push_back({eventType, function, userData});
+    if (function)
+        m_entries.push_back({eventType, function, userData});
 }
 
-void SoEventCallback::removeEventCallback(SoType eventType, Function *function, void *userData)
+void SoEventCallback::removeEventCallback(SoType eventType, Function* function, void* userData)
 {
-    const auto at = std::find(m_entries.begin(), m_entries.end(), Entry{eventType, function, userData});
-    if (at != m_entries.end()) m_entries.erase(at);
+    const auto at =
+        std::find(m_entries.begin(), m_entries.end(), Entry{eventType, function, userData});
+    if (at != m_entries.end())
+        m_entries.erase(at);
 }
 
-void SoEventCallback::setPath(const SoPath *path)
+void SoEventCallback::setPath(const SoPath* path)
 {
     m_path = path ? path->copy() : nullptr;
 }
 
 void SoEventCallback::setHandled()
 {
-    if (m_action) m_action->setHandled();
+    if (m_action)
+        m_action->setHandled();
 }
 
 bool SoEventCallback::isHandled() const
@@ -48,23 +52,26 @@ bool SoEventCallback::isHandled() const
     return m_action && m_action->isHandled();
 }
 
-bool SoEventCallback::concerns(SoHandleEventAction *action) const
+bool SoEventCallback::concerns(SoHandleEventAction* action) const
 {
-    if (!m_path) return true;
-    const SoPickedPoint *picked = action->getPickedPoint();
+    if (!m_path)
+        return true;
+    const SoPickedPoint* picked = action->getPickedPoint();
     return picked && picked->getPath()->containsPath(m_path.get());
 }
 
-void SoEventCallback::handleEvent(SoHandleEventAction *action)
+void SoEventCallback::handleEvent(SoHandleEventAction* action)
 {
-    const SoEvent *event = action->getEvent();
-    if (!event || m_entries.empty() || !concerns(action)) return;
+    const SoEvent* event = action->getEvent();
+    if (!event || m_entries.empty() || !concerns(action))
+        return;
     const SoRef<SoEventCallback> self(this); // a callback may remove the node from the graph
     m_event = event;
     m_action = action;
     // A copy: callbacks may add and remove callbacks.
-    for (const Entry &entry : std::vector<Entry>(m_entries)) {
-        if (event->isOfType(entry.type)) entry.function(entry.userData, this);
+    for (const Entry& entry : std::vector<Entry>(m_entries)) {
+        if (event->isOfType(entry.type))
+            entry.function(entry.userData, this);
     }
     m_event = nullptr;
     m_action = nullptr;

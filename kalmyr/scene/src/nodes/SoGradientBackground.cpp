@@ -17,12 +17,12 @@ void SoGradientBackground::initClass()
     SO_NODE_INIT_CLASS(SoGradientBackground, SoBackground, "GradientBackground");
 }
 
-const SbColor &SoGradientBackground::getTopColor() const
+const SbColor& SoGradientBackground::getTopColor() const
 {
     return swapColors.getValue() ? color1.getValue() : color0.getValue();
 }
 
-const SbColor &SoGradientBackground::getBottomColor() const
+const SbColor& SoGradientBackground::getBottomColor() const
 {
     return swapColors.getValue() ? color0.getValue() : color1.getValue();
 }

@@ -22,12 +22,12 @@ void SoGroup::initClass()
     SO_NODE_INIT_CLASS(SoGroup, SoNode, "Group");
 }
 
-bool SoGroup::addChild(SoNode *child)
+bool SoGroup::addChild(SoNode* child)
 {
     return m_children.append(child);
 }
 
-bool SoGroup::insertChild(SoNode *child, int index)
+bool SoGroup::insertChild(SoNode* child, int index)
 {
     return m_children.insert(child, index);
 }
@@ -37,24 +37,26 @@ bool SoGroup::removeChild(int index)
     return m_children.remove(index);
 }
 
-bool SoGroup::removeChild(SoNode *child)
+bool SoGroup::removeChild(SoNode* child)
 {
     const int index = findChild(child);
-    if (index >= 0) return removeChild(index);
+    if (index >= 0)
+        return removeChild(index);
     SoDebugError::post("SoGroup::removeChild", "the node is no child of this %s",
                        getTypeId().getName().getString());
     return false;
 }
 
-bool SoGroup::replaceChild(int index, SoNode *child)
+bool SoGroup::replaceChild(int index, SoNode* child)
 {
     return m_children.set(index, child);
 }
 
-bool SoGroup::replaceChild(SoNode *oldChild, SoNode *newChild)
+bool SoGroup::replaceChild(SoNode* oldChild, SoNode* newChild)
 {
     const int index = findChild(oldChild);
-    if (index >= 0) return replaceChild(index, newChild);
+    if (index >= 0)
+        return replaceChild(index, newChild);
     SoDebugError::post("SoGroup::replaceChild", "the old node is no child of this %s",
                        getTypeId().getName().getString());
     return false;
@@ -65,17 +67,17 @@ void SoGroup::removeAllChildren()
     m_children.truncate();
 }
 
-bool SoGroup::setChildren(const std::vector<SoNode *> &children)
+bool SoGroup::setChildren(const std::vector<SoNode*>& children)
 {
     return m_children.assign(children);
 }
 
-SoNode *SoGroup::getChild(int index) const
+SoNode* SoGroup::getChild(int index) const
 {
     return index >= 0 && index < getNumChildren() ? m_children[index] : nullptr;
 }
 
-void SoGroup::doAction(SoAction *action)
+void SoGroup::doAction(SoAction* action)
 {
     action->traverseChildren(m_children);
 }

@@ -20,16 +20,17 @@ SoLOD::~SoLOD() = default;
 void SoLOD::initClass()
 {
     SO_NODE_INIT_CLASS(SoLOD, SoGroup, "LOD");
-    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoLOD *>(node)->SoGroup::doAction(action);
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoLOD*>(node)->SoGroup::doAction(action);
     });
 }
 
-int SoLOD::chooseChild(SoState *state) const
+int SoLOD::chooseChild(SoState* state) const
 {
     const int last = getNumChildren() - 1;
-    const SoView &view = SoViewElement::get(state);
-    if (last < 0 || !view.valid || range.isIgnored()) return std::min(last, 0);
+    const SoView& view = SoViewElement::get(state);
+    if (last < 0 || !view.valid || range.isIgnored())
+        return std::min(last, 0);
     const SbVec3f place = SoModelMatrixElement::get(state).point(center.getValue());
     const float distance = (place - view.volume.getProjectionPoint()).length();
     const auto ranges = range.values();
@@ -37,13 +38,15 @@ int SoLOD::chooseChild(SoState *state) const
     return std::min(last, static_cast<int>(at - ranges.begin()));
 }
 
-void SoLOD::doAction(SoAction *action)
+void SoLOD::doAction(SoAction* action)
 {
     int next = -1;
     if (action->isOnPath(next)) {
-        if (next >= 0 && next < getNumChildren()) action->traverse(m_children[next], next);
+        if (next >= 0 && next < getNumChildren())
+            action->traverse(m_children[next], next);
         return;
     }
     const int chosen = chooseChild(action->getState());
-    if (chosen >= 0) action->traverse(m_children[chosen], chosen);
+    if (chosen >= 0)
+        action->traverse(m_children[chosen], chosen);
 }

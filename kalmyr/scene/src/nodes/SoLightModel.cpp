@@ -28,11 +28,14 @@ void SoLightModel::initClass()
     SO_NODE_INIT_CLASS(SoLightModel, SoNode, "LightModel");
 }
 
-void SoLightModel::doAction(SoAction *action)
+void SoLightModel::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (model.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::LIGHT_MODEL)) return;
-    const auto v = model.getValue() == BASE_COLOR ? SoLightModelValue::BASE_COLOR : SoLightModelValue::PHONG;
+    SoState* state = action->getState();
+    if (model.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::LIGHT_MODEL))
+        return;
+    const auto v =
+        model.getValue() == BASE_COLOR ? SoLightModelValue::BASE_COLOR : SoLightModelValue::PHONG;
     state->write<SoLightModelElement>().set(this, {v});
 }

@@ -24,22 +24,27 @@ void SoMaterial::initClass()
     SO_NODE_INIT_CLASS(SoMaterial, SoNode, "Material");
 }
 
-void SoMaterial::doAction(SoAction *action)
+void SoMaterial::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) return;
-    auto &element = state->write<SoMaterialElement>();
-    auto &v = element.value();
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL))
+        return;
+    auto& element = state->write<SoMaterialElement>();
+    auto& v = element.value();
     bool complete = true;
-    const auto isSet = [&complete](const SoMField &field) {
+    const auto isSet = [&complete](const SoMField& field) {
         const bool set = !field.isIgnored() && field.getNum() > 0;
         complete = complete && set;
         return set;
     };
-    if (isSet(ambientColor)) v.ambient = ambientColor[0];
-    if (isSet(specularColor)) v.specular = specularColor[0];
-    if (isSet(emissiveColor)) v.emissive = emissiveColor[0];
-    if (isSet(shininess)) v.shininess = shininess[0];
+    if (isSet(ambientColor))
+        v.ambient = ambientColor[0];
+    if (isSet(specularColor))
+        v.specular = specularColor[0];
+    if (isSet(emissiveColor))
+        v.emissive = emissiveColor[0];
+    if (isSet(shininess))
+        v.shininess = shininess[0];
     if (isSet(diffuseColor)) {
         v.diffuse = diffuseColor.getValues();
         v.numDiffuse = diffuseColor.getNum();

@@ -35,11 +35,13 @@ void SoMaterialBinding::initClass()
     SO_NODE_INIT_CLASS(SoMaterialBinding, SoNode, "MaterialBinding");
 }
 
-void SoMaterialBinding::doAction(SoAction *action)
+void SoMaterialBinding::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (value.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL_BINDING)) return;
+    SoState* state = action->getState();
+    if (value.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL_BINDING))
+        return;
     const int binding = value.getValue() == DEFAULT ? OVERALL : value.getValue();
     state->write<SoMaterialBindingElement>().set(this, binding);
 }

@@ -18,7 +18,7 @@ void SoMatrixTransform::initClass()
     SO_NODE_INIT_CLASS(SoMatrixTransform, SoTransformation, "MatrixTransform");
 }
 
-void SoMatrixTransform::doAction(SoAction *action)
+void SoMatrixTransform::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }

@@ -41,7 +41,7 @@
 #include <kalmyr/nodes/SoTransformation.h>
 #include <kalmyr/nodes/SoTransformSeparator.h>
 #include <kalmyr/nodes/SoTranslation.h>
-#include <kalmyr/nodes/SoVertexProperty.h>
+#include <kalmyr/shapes/SoVertexProperty.h>
 
 void kalmyr::initNodes()
 {

@@ -19,10 +19,12 @@ void SoNormal::initClass()
     SO_NODE_INIT_CLASS(SoNormal, SoNode, "Normal");
 }
 
-void SoNormal::doAction(SoAction *action)
+void SoNormal::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (vector.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::NORMAL)) return;
+    SoState* state = action->getState();
+    if (vector.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::NORMAL))
+        return;
     state->write<SoNormalElement>().set(this, vector.values());
 }

@@ -35,11 +35,13 @@ void SoNormalBinding::initClass()
     SO_NODE_INIT_CLASS(SoNormalBinding, SoNode, "NormalBinding");
 }
 
-void SoNormalBinding::doAction(SoAction *action)
+void SoNormalBinding::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (value.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::NORMAL_BINDING)) return;
+    SoState* state = action->getState();
+    if (value.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::NORMAL_BINDING))
+        return;
     const int binding = value.getValue() == DEFAULT ? PER_VERTEX_INDEXED : value.getValue();
     state->write<SoNormalBindingElement>().set(this, binding);
 }

@@ -21,7 +21,8 @@ void SoPackedColor::initClass()
 
 void SoPackedColor::unpack()
 {
-    if (m_unpackedId == getChangeId()) return;
+    if (m_unpackedId == getChangeId())
+        return;
     const auto packed = orderedRGBA.values();
     m_colors.resize(packed.size());
     m_transparencies.resize(packed.size());
@@ -31,14 +32,16 @@ void SoPackedColor::unpack()
     m_unpackedId = getChangeId();
 }
 
-void SoPackedColor::doAction(SoAction *action)
+void SoPackedColor::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (orderedRGBA.isIgnored() || orderedRGBA.getNum() == 0) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) return;
+    SoState* state = action->getState();
+    if (orderedRGBA.isIgnored() || orderedRGBA.getNum() == 0)
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL))
+        return;
     unpack();
-    auto &element = state->write<SoMaterialElement>();
-    auto &v = element.value();
+    auto& element = state->write<SoMaterialElement>();
+    auto& v = element.value();
     v.diffuse = m_colors.data();
     v.transparency = m_transparencies.data();
     v.numDiffuse = v.numTransparency = static_cast<int>(m_colors.size());

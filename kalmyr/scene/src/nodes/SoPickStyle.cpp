@@ -29,11 +29,13 @@ void SoPickStyle::initClass()
     SO_NODE_INIT_CLASS(SoPickStyle, SoNode, "PickStyle");
 }
 
-void SoPickStyle::doAction(SoAction *action)
+void SoPickStyle::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (style.isIgnored()) return;
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::PICK_STYLE)) return;
+    SoState* state = action->getState();
+    if (style.isIgnored())
+        return;
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::PICK_STYLE))
+        return;
     const auto v = static_cast<SoPickStyleValue::Style>(style.getValue());
     state->write<SoPickStyleElement>().set(this, {v});
 }

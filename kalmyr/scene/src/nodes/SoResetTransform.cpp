@@ -29,12 +29,13 @@ void SoResetTransform::initClass()
     SO_NODE_INIT_CLASS(SoResetTransform, SoTransformation, "ResetTransform");
 }
 
-void SoResetTransform::doAction(SoAction *action)
+void SoResetTransform::doAction(SoAction* action)
 {
-    if (whatToReset.isIgnored()) return;
+    if (whatToReset.isIgnored())
+        return;
     // While measuring, matrices are relative to the separator around: the action knows to what.
-    SoGetBoundingBoxAction *measure = action->isOfType(SoGetBoundingBoxAction::getClassTypeId())
-                                          ? static_cast<SoGetBoundingBoxAction *>(action)
+    SoGetBoundingBoxAction* measure = action->isOfType(SoGetBoundingBoxAction::getClassTypeId())
+                                          ? static_cast<SoGetBoundingBoxAction*>(action)
                                           : nullptr;
     if (whatToReset.getValue() & TRANSFORM) {
         if (measure)
@@ -42,5 +43,6 @@ void SoResetTransform::doAction(SoAction *action)
         else
             SoModelMatrixElement::makeIdentity(action->getState(), this);
     }
-    if ((whatToReset.getValue() & BBOX) && measure) measure->resetBox();
+    if ((whatToReset.getValue() & BBOX) && measure)
+        measure->resetBox();
 }

@@ -18,7 +18,7 @@ void SoRotation::initClass()
     SO_NODE_INIT_CLASS(SoRotation, SoTransformation, "Rotation");
 }
 
-void SoRotation::doAction(SoAction *action)
+void SoRotation::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }
@@ -26,6 +26,7 @@ void SoRotation::doAction(SoAction *action)
 SbMatrix SoRotation::getLocalMatrix() const
 {
     SbMatrix matrix;
-    if (!rotation.isIgnored()) matrix.setRotate(rotation.getValue());
+    if (!rotation.isIgnored())
+        matrix.setRotate(rotation.getValue());
     return matrix;
 }

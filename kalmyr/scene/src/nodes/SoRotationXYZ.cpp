@@ -30,7 +30,7 @@ void SoRotationXYZ::initClass()
     SO_NODE_INIT_CLASS(SoRotationXYZ, SoTransformation, "RotationXYZ");
 }
 
-void SoRotationXYZ::doAction(SoAction *action)
+void SoRotationXYZ::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }
@@ -38,7 +38,8 @@ void SoRotationXYZ::doAction(SoAction *action)
 SbMatrix SoRotationXYZ::getLocalMatrix() const
 {
     SbMatrix matrix;
-    if (!angle.isIgnored()) matrix.setRotate(getRotation());
+    if (!angle.isIgnored())
+        matrix.setRotate(getRotation());
     return matrix;
 }
 

@@ -18,7 +18,7 @@ void SoScale::initClass()
     SO_NODE_INIT_CLASS(SoScale, SoTransformation, "Scale");
 }
 
-void SoScale::doAction(SoAction *action)
+void SoScale::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }
@@ -26,6 +26,7 @@ void SoScale::doAction(SoAction *action)
 SbMatrix SoScale::getLocalMatrix() const
 {
     SbMatrix matrix;
-    if (!scaleFactor.isIgnored()) matrix.setScale(scaleFactor.getValue());
+    if (!scaleFactor.isIgnored())
+        matrix.setScale(scaleFactor.getValue());
     return matrix;
 }

@@ -16,17 +16,20 @@ constexpr SoEnumEntry kPolicies[] = {
 };
 
 template <class List, class Function>
-void removeCallback(List &list, Function *function, void *userData)
+void removeCallback(List& list, Function* function, void* userData)
 {
     const typename List::value_type entry{function, userData};
     const auto at = std::find(list.begin(), list.end(), entry);
-    if (at != list.end()) list.erase(at);
+    if (at != list.end())
+        list.erase(at);
 }
 
 /// Calls a copy of the list, since callbacks may add and remove callbacks.
-template <class List, class Argument> void callAll(const List &list, Argument *argument)
+template <class List, class Argument>
+void callAll(const List& list, Argument* argument)
 {
-    for (const auto &callback : List(list)) callback.function(callback.userData, argument);
+    for (const auto& callback : List(list))
+        callback.function(callback.userData, argument);
 }
 
 } // namespace
@@ -45,22 +48,23 @@ SoSelection::~SoSelection() = default;
 void SoSelection::initClass()
 {
     SO_NODE_INIT_CLASS(SoSelection, SoSeparator, "Selection");
-    SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoSelection *>(node)->handleEvent(static_cast<SoHandleEventAction *>(action));
+    SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoSelection*>(node)->handleEvent(static_cast<SoHandleEventAction*>(action));
     });
 }
 
-SoRef<SoPath> SoSelection::ownPath(const SoPath *path, const char *caller) const
+SoRef<SoPath> SoSelection::ownPath(const SoPath* path, const char* caller) const
 {
     for (int i = 0; path && i < path->getLength(); ++i) {
-        if (path->getNode(i) == this) return path->copy(i);
+        if (path->getNode(i) == this)
+            return path->copy(i);
     }
     SoDebugError::post(caller, path ? "the path does not lead through the selection node"
                                     : "a null path is refused");
     return nullptr;
 }
 
-SoRef<SoPath> SoSelection::pathTo(SoNode *node)
+SoRef<SoPath> SoSelection::pathTo(SoNode* node)
 {
     SoSearchAction search;
     search.setNode(node);
@@ -69,10 +73,10 @@ SoRef<SoPath> SoSelection::pathTo(SoNode *node)
     return search.getPath();
 }
 
-int SoSelection::find(const SoPath *path) const
+int SoSelection::find(const SoPath* path) const
 {
     const auto at = std::find_if(m_paths.begin(), m_paths.end(),
-                                 [path](const SoRef<SoPath> &p) { return *p == *path; });
+                                 [path](const SoRef<SoPath>& p) { return *p == *path; });
     return at == m_paths.end() ? -1 : static_cast<int>(at - m_paths.begin());
 }
 
@@ -97,55 +101,63 @@ void SoSelection::clear()
     std::vector<SoRef<SoPath>> old;
     old.swap(m_paths);
     m_selectionId += old.size();
-    for (const SoRef<SoPath> &path : old) callAll(m_onDeselect, path.get());
+    for (const SoRef<SoPath>& path : old)
+        callAll(m_onDeselect, path.get());
 }
 
 void SoSelection::announceChange(std::uint64_t before)
 {
-    if (before != m_selectionId) callAll(m_onChange, this);
+    if (before != m_selectionId)
+        callAll(m_onChange, this);
 }
 
-void SoSelection::select(const SoPath *path)
+void SoSelection::select(const SoPath* path)
 {
     const SoRef<SoSelection> self(this); // a callback may let go of the node
     const SoRef<SoPath> own = ownPath(path, "SoSelection::select");
-    if (!own || find(own.get()) >= 0) return;
+    if (!own || find(own.get()) >= 0)
+        return;
     const std::uint64_t before = m_selectionId;
     add(own);
     announceChange(before);
 }
 
-void SoSelection::select(SoNode *node)
+void SoSelection::select(SoNode* node)
 {
-    if (const SoRef<SoPath> path = pathTo(node)) select(path.get());
+    if (const SoRef<SoPath> path = pathTo(node))
+        select(path.get());
 }
 
-void SoSelection::deselect(const SoPath *path)
+void SoSelection::deselect(const SoPath* path)
 {
     const SoRef<SoPath> own = ownPath(path, "SoSelection::deselect");
-    if (own) deselect(find(own.get()));
+    if (own)
+        deselect(find(own.get()));
 }
 
 void SoSelection::deselect(int index)
 {
-    if (index < 0 || index >= getNumSelected()) return;
+    if (index < 0 || index >= getNumSelected())
+        return;
     const SoRef<SoSelection> self(this);
     const std::uint64_t before = m_selectionId;
     removeAt(index);
     announceChange(before);
 }
 
-void SoSelection::deselect(SoNode *node)
+void SoSelection::deselect(SoNode* node)
 {
     const auto at = std::find_if(m_paths.begin(), m_paths.end(),
-                                 [node](const SoRef<SoPath> &p) { return p->getTail() == node; });
-    if (at != m_paths.end()) deselect(static_cast<int>(at - m_paths.begin()));
+                                 [node](const SoRef<SoPath>& p) { return p->getTail() == node; });
+    if (at != m_paths.end())
+        deselect(static_cast<int>(at - m_paths.begin()));
 }
 
-void SoSelection::toggle(const SoPath *path)
+void SoSelection::toggle(const SoPath* path)
 {
     const SoRef<SoPath> own = ownPath(path, "SoSelection::toggle");
-    if (!own) return;
+    if (!own)
+        return;
     const int index = find(own.get());
     if (index >= 0)
         deselect(index);
@@ -153,9 +165,10 @@ void SoSelection::toggle(const SoPath *path)
         select(own.get());
 }
 
-void SoSelection::toggle(SoNode *node)
+void SoSelection::toggle(SoNode* node)
 {
-    if (const SoRef<SoPath> path = pathTo(node)) toggle(path.get());
+    if (const SoRef<SoPath> path = pathTo(node))
+        toggle(path.get());
 }
 
 void SoSelection::deselectAll()
@@ -166,87 +179,100 @@ void SoSelection::deselectAll()
     announceChange(before);
 }
 
-bool SoSelection::isSelected(const SoPath *path) const
+bool SoSelection::isSelected(const SoPath* path) const
 {
     const SoRef<SoPath> own = ownPath(path, "SoSelection::isSelected");
     return own && find(own.get()) >= 0;
 }
 
-bool SoSelection::isSelected(const SoNode *node) const
+bool SoSelection::isSelected(const SoNode* node) const
 {
     return std::any_of(m_paths.begin(), m_paths.end(),
-                       [node](const SoRef<SoPath> &p) { return p->getTail() == node; });
+                       [node](const SoRef<SoPath>& p) { return p->getTail() == node; });
 }
 
-SoPath *SoSelection::getPath(int index) const
+SoPath* SoSelection::getPath(int index) const
 {
-    return index >= 0 && index < getNumSelected() ? m_paths[static_cast<std::size_t>(index)].get() : nullptr;
+    return index >= 0 && index < getNumSelected() ? m_paths[static_cast<std::size_t>(index)].get()
+                                                  : nullptr;
 }
 
-void SoSelection::addSelectionCallback(PathFunction *function, void *userData)
+void SoSelection::addSelectionCallback(PathFunction* function, void* userData)
 {
-    if (function) m_onSelect.push_back({function, userData});
+    if (function)
+        m_onSelect.push_back({function, userData});
 }
 
-void SoSelection::removeSelectionCallback(PathFunction *function, void *userData)
+void SoSelection::removeSelectionCallback(PathFunction* function, void* userData)
 {
     removeCallback(m_onSelect, function, userData);
 }
 
-void SoSelection::addDeselectionCallback(PathFunction *function, void *userData)
+void SoSelection::addDeselectionCallback(PathFunction* function, void* userData)
 {
-    if (function) m_onDeselect.push_back({function, userData});
+    if (function)
+        m_onDeselect.push_back({function, userData});
 }
 
-void SoSelection::removeDeselectionCallback(PathFunction *function, void *userData)
+void SoSelection::removeDeselectionCallback(PathFunction* function, void* userData)
 {
     removeCallback(m_onDeselect, function, userData);
 }
 
-void SoSelection::addChangeCallback(ChangeFunction *function, void *userData)
+void SoSelection::addChangeCallback(ChangeFunction* function, void* userData)
 {
-    if (function) m_onChange.push_back({function, userData});
+    if (function)
+        m_onChange.push_back({function, userData});
 }
 
-void SoSelection::removeChangeCallback(ChangeFunction *function, void *userData)
+void SoSelection::removeChangeCallback(ChangeFunction* function, void* userData)
 {
     removeCallback(m_onChange, function, userData);
 }
 
-void SoSelection::setPickFilterCallback(PickFilter *function, void *userData)
+void SoSelection::setPickFilterCallback(PickFilter* function, void* userData)
 {
     m_filter = function;
     m_filterData = userData;
 }
 
-void SoSelection::applyPick(const SoPath *picked, bool shiftDown)
+void SoSelection::applyPick(const SoPath* picked, bool shiftDown)
 {
     const SoRef<SoSelection> self(this);
     SoRef<SoPath> own = picked ? ownPath(picked, "SoSelection::applyPick") : SoRef<SoPath>();
     if (own && m_filter) {
         own = m_filter(m_filterData, own.get());
-        if (own) own = ownPath(own.get(), "SoSelection::applyPick");
-        if (!own) return; // the filter wants this pick to change nothing
+        if (own)
+            own = ownPath(own.get(), "SoSelection::applyPick");
+        if (!own)
+            return; // the filter wants this pick to change nothing
     }
     const bool toggling = policy.getValue() == TOGGLE || (policy.getValue() == SHIFT && shiftDown);
     if (toggling) {
-        if (own) toggle(own.get());
+        if (own)
+            toggle(own.get());
         return;
     }
-    if (own && getNumSelected() == 1 && find(own.get()) == 0) return;
+    if (own && getNumSelected() == 1 && find(own.get()) == 0)
+        return;
     const std::uint64_t before = m_selectionId;
     clear();
-    if (own && find(own.get()) < 0) add(own);
+    if (own && find(own.get()) < 0)
+        add(own);
     announceChange(before);
 }
 
-void SoSelection::handleEvent(SoHandleEventAction *action)
+void SoSelection::handleEvent(SoHandleEventAction* action)
 {
     doAction(action);
-    const SoEvent *event = action->getEvent();
-    if (action->isHandled() || !SoMouseButtonEvent::isPressEvent(event, SoMouseButtonEvent::BUTTON1)) return;
-    const SoPickedPoint *point = action->getPickedPoint();
-    const SoPath *picked = point && point->getPath()->containsNode(this) ? point->getPath() : nullptr;
+    const SoEvent* event = action->getEvent();
+    if (action->isHandled()
+        || !SoMouseButtonEvent::isPressEvent(event, SoMouseButtonEvent::BUTTON1))
+        return;
+    const SoPickedPoint* point = action->getPickedPoint();
+    const SoPath* picked =
+        point && point->getPath()->containsNode(this) ? point->getPath() : nullptr;
     applyPick(picked, event->wasShiftDown());
-    if (picked) action->setHandled();
+    if (picked)
+        action->setHandled();
 }

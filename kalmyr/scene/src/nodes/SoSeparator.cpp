@@ -13,14 +13,14 @@ constexpr SoEnumEntry kCacheEnabled[] = {
     {"AUTO", SoSeparator::AUTO},
 };
 
-void measureSeparator(SoAction *action, SoNode *node)
+void measureSeparator(SoAction* action, SoNode* node)
 {
-    static_cast<SoSeparator *>(node)->measure(static_cast<SoGetBoundingBoxAction *>(action));
+    static_cast<SoSeparator*>(node)->measure(static_cast<SoGetBoundingBoxAction*>(action));
 }
 
-void pickSeparator(SoAction *action, SoNode *node)
+void pickSeparator(SoAction* action, SoNode* node)
 {
-    static_cast<SoSeparator *>(node)->rayPick(static_cast<SoRayPickAction *>(action));
+    static_cast<SoSeparator*>(node)->rayPick(static_cast<SoRayPickAction*>(action));
 }
 
 } // namespace
@@ -54,25 +54,27 @@ void SoSeparator::initClass()
     SoRayPickAction::addMethod(getClassTypeId(), pickSeparator);
 }
 
-void SoSeparator::doAction(SoAction *action)
+void SoSeparator::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     state->push();
     action->traverseChildren(m_children);
     state->pop();
 }
 
-void SoSeparator::measure(SoGetBoundingBoxAction *action)
+void SoSeparator::measure(SoGetBoundingBoxAction* action)
 {
     const bool caching = boundingBoxCaching.getValue() != OFF;
-    if (!action->open(this, caching ? m_boxCache.get() : nullptr)) return;
+    if (!action->open(this, caching ? m_boxCache.get() : nullptr))
+        return;
     action->traverseChildren(m_children);
     action->close(this, caching ? &m_boxCache : nullptr);
 }
 
-void SoSeparator::rayPick(SoRayPickAction *action)
+void SoSeparator::rayPick(SoRayPickAction* action)
 {
     const bool culling = pickCulling.getValue() != OFF;
-    if (culling && action->isCulled(this, m_boxCache.get())) return;
+    if (culling && action->isCulled(this, m_boxCache.get()))
+        return;
     doAction(action);
 }

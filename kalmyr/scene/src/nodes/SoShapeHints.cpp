@@ -44,16 +44,21 @@ void SoShapeHints::initClass()
     SO_NODE_INIT_CLASS(SoShapeHints, SoNode, "ShapeHints");
 }
 
-void SoShapeHints::doAction(SoAction *action)
+void SoShapeHints::doAction(SoAction* action)
 {
     using Values = SoShapeHintsValues;
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::SHAPE_HINTS)) return;
-    auto &element = state->write<SoShapeHintsElement>();
-    auto &v = element.value();
-    if (!vertexOrdering.isIgnored()) v.vertexOrdering = static_cast<Values::VertexOrdering>(vertexOrdering.getValue());
-    if (!shapeType.isIgnored()) v.shapeType = static_cast<Values::ShapeType>(shapeType.getValue());
-    if (!faceType.isIgnored()) v.faceType = static_cast<Values::FaceType>(faceType.getValue());
-    if (!creaseAngle.isIgnored()) v.creaseAngle = creaseAngle.getValue();
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::SHAPE_HINTS))
+        return;
+    auto& element = state->write<SoShapeHintsElement>();
+    auto& v = element.value();
+    if (!vertexOrdering.isIgnored())
+        v.vertexOrdering = static_cast<Values::VertexOrdering>(vertexOrdering.getValue());
+    if (!shapeType.isIgnored())
+        v.shapeType = static_cast<Values::ShapeType>(shapeType.getValue());
+    if (!faceType.isIgnored())
+        v.faceType = static_cast<Values::FaceType>(faceType.getValue());
+    if (!creaseAngle.isIgnored())
+        v.creaseAngle = creaseAngle.getValue();
     element.accumulatedBy(this);
 }

@@ -46,23 +46,25 @@ void SoTexture2::initClass()
     SO_NODE_INIT_CLASS(SoTexture2, SoNode, "Texture2");
 }
 
-void SoTexture2::setDirectory(const SbString &directory)
+void SoTexture2::setDirectory(const SbString& directory)
 {
     m_directory = directory;
     m_loadedName.makeEmpty();
 }
 
-void SoTexture2::copyContents(const SoNode *from, SoNodeCopier &copier)
+void SoTexture2::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoNode::copyContents(from, copier);
-    setDirectory(static_cast<const SoTexture2 *>(from)->m_directory);
+    setDirectory(static_cast<const SoTexture2*>(from)->m_directory);
 }
 
-const SbImage &SoTexture2::getPicture()
+const SbImage& SoTexture2::getPicture()
 {
-    const SbString &name = filename.getValue();
-    if (filename.isIgnored() || name.isEmpty()) return image.getValue();
-    if (name == m_loadedName) return m_loaded;
+    const SbString& name = filename.getValue();
+    if (filename.isIgnored() || name.isEmpty())
+        return image.getValue();
+    if (name == m_loadedName)
+        return m_loaded;
     m_loadedName = name;
     SbString error;
     const SbString path = SoImageFile::findFile(name, m_directory);
@@ -72,12 +74,13 @@ const SbImage &SoTexture2::getPicture()
     return m_loaded;
 }
 
-void SoTexture2::doAction(SoAction *action)
+void SoTexture2::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE)) return;
-    auto &element = state->write<SoTextureElement>();
-    auto &v = element.value();
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE))
+        return;
+    auto& element = state->write<SoTextureElement>();
+    auto& v = element.value();
     v.image = getPicture();
     v.wrapS = static_cast<SoTextureValues::Wrap>(wrapS.getValue());
     v.wrapT = static_cast<SoTextureValues::Wrap>(wrapT.getValue());

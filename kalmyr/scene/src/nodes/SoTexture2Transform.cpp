@@ -21,14 +21,14 @@ void SoTexture2Transform::initClass()
     SO_NODE_INIT_CLASS(SoTexture2Transform, SoNode, "Texture2Transform");
 }
 
-void SoTexture2Transform::doAction(SoAction *action)
+void SoTexture2Transform::doAction(SoAction* action)
 {
     const SbVec2f move = translation.isIgnored() ? SbVec2f() : translation.getValue();
     const SbVec2f size = scaleFactor.isIgnored() ? SbVec2f(1, 1) : scaleFactor.getValue();
     const SbVec2f pivot = center.isIgnored() ? SbVec2f() : center.getValue();
     const float angle = rotation.isIgnored() ? 0.0f : rotation.getValue();
     SbMatrix matrix;
-    matrix.setTransform({move[0], move[1], 0}, SbRotation(SbVec3f(0, 0, 1), angle), {size[0], size[1], 1},
-                        SbRotation(), {pivot[0], pivot[1], 0});
+    matrix.setTransform({move[0], move[1], 0}, SbRotation(SbVec3f(0, 0, 1), angle),
+                        {size[0], size[1], 1}, SbRotation(), {pivot[0], pivot[1], 0});
     SoTextureMatrixElement::mult(action->getState(), this, matrix);
 }

@@ -18,9 +18,10 @@ void SoTextureCoordinate2::initClass()
     SO_NODE_INIT_CLASS(SoTextureCoordinate2, SoNode, "TextureCoordinate2");
 }
 
-void SoTextureCoordinate2::doAction(SoAction *action)
+void SoTextureCoordinate2::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (point.isIgnored()) return;
+    SoState* state = action->getState();
+    if (point.isIgnored())
+        return;
     state->write<SoTextureCoordinateElement>().set(this, point.values());
 }

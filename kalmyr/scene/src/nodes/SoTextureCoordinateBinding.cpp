@@ -29,9 +29,10 @@ void SoTextureCoordinateBinding::initClass()
     SO_NODE_INIT_CLASS(SoTextureCoordinateBinding, SoNode, "TextureCoordinateBinding");
 }
 
-void SoTextureCoordinateBinding::doAction(SoAction *action)
+void SoTextureCoordinateBinding::doAction(SoAction* action)
 {
-    if (value.isIgnored()) return;
+    if (value.isIgnored())
+        return;
     const int binding = value.getValue() == DEFAULT ? PER_VERTEX_INDEXED : value.getValue();
     action->getState()->write<SoTextureCoordinateBindingElement>().set(this, binding);
 }

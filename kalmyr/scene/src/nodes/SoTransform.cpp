@@ -22,7 +22,7 @@ void SoTransform::initClass()
     SO_NODE_INIT_CLASS(SoTransform, SoTransformation, "Transform");
 }
 
-void SoTransform::doAction(SoAction *action)
+void SoTransform::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }
@@ -38,17 +38,19 @@ SbMatrix SoTransform::getLocalMatrix() const
         matrix.setTranslate(move);
         return matrix;
     }
-    const SbRotation axes = scaleOrientation.isIgnored() ? SbRotation() : scaleOrientation.getValue();
+    const SbRotation axes =
+        scaleOrientation.isIgnored() ? SbRotation() : scaleOrientation.getValue();
     const SbVec3f pivot = center.isIgnored() ? SbVec3f() : center.getValue();
     matrix.setTransform(move, turn, size, axes, pivot);
     return matrix;
 }
 
-bool SoTransform::setMatrix(const SbMatrix &matrix)
+bool SoTransform::setMatrix(const SbMatrix& matrix)
 {
     SbVec3f move, size;
     SbRotation turn, axes;
-    if (!matrix.getTransform(move, turn, size, axes, center.getValue())) return false;
+    if (!matrix.getTransform(move, turn, size, axes, center.getValue()))
+        return false;
     translation.setValue(move);
     rotation.setValue(turn);
     scaleFactor.setValue(size);
@@ -56,7 +58,7 @@ bool SoTransform::setMatrix(const SbMatrix &matrix)
     return true;
 }
 
-void SoTransform::recenter(const SbVec3f &newCenter)
+void SoTransform::recenter(const SbVec3f& newCenter)
 {
     const SbMatrix matrix = getLocalMatrix();
     center.setValue(newCenter);

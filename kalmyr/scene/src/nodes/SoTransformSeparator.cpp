@@ -17,10 +17,10 @@ void SoTransformSeparator::initClass()
     SO_NODE_INIT_CLASS(SoTransformSeparator, SoGroup, "TransformSeparator");
 }
 
-void SoTransformSeparator::doAction(SoAction *action)
+void SoTransformSeparator::doAction(SoAction* action)
 {
     // The whole element comes back, not just its value: caches know the old matrix by its id.
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     SoModelMatrixElement before;
     before.copyFrom(state->get<SoModelMatrixElement>());
     action->traverseChildren(m_children);

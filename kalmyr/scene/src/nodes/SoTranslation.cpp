@@ -18,7 +18,7 @@ void SoTranslation::initClass()
     SO_NODE_INIT_CLASS(SoTranslation, SoTransformation, "Translation");
 }
 
-void SoTranslation::doAction(SoAction *action)
+void SoTranslation::doAction(SoAction* action)
 {
     SoModelMatrixElement::mult(action->getState(), this, getLocalMatrix());
 }
@@ -26,6 +26,7 @@ void SoTranslation::doAction(SoAction *action)
 SbMatrix SoTranslation::getLocalMatrix() const
 {
     SbMatrix matrix;
-    if (!translation.isIgnored()) matrix.setTranslate(translation.getValue());
+    if (!translation.isIgnored())
+        matrix.setTranslate(translation.getValue());
     return matrix;
 }

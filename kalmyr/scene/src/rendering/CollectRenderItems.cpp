@@ -1,8 +1,8 @@
 #include "rendering/RenderTraversal.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
-#include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
+#include <kalmyr/rendering/SoRenderItem.h>
 
 namespace kalmyr {
 

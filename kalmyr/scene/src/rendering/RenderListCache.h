@@ -19,7 +19,7 @@ public:
         std::uint64_t changeId = 0;
         std::uint64_t frame = 0; ///< when it was last met
         std::uint64_t since = 0; ///< when it was first met with that change id
-        int lists = 0; ///< registered for the node
+        int lists = 0;           ///< registered for the node
         bool viewDependent = false;
     };
 

@@ -110,8 +110,8 @@ void addByName(const char* const (&names)[N], SoActionMethod method)
 
 void initRendering()
 {
-    // Types are only ever added, so their number tells whether there is anything to do. An action may be
-    // made before the toolkit was started; it is applied later.
+    // Types are only ever added, so their number tells whether there is anything to do. An action
+    // may be made before the toolkit was started; it is applied later.
     static int knownTypes = -1;
     if (SoSelection::getClassTypeId().isBad() || knownTypes == SoType::getNumTypes()) {
         return;

@@ -9,41 +9,42 @@
 namespace {
 
 /// Index of the node below on the way of a change, where it is a child; -1 for a field's node.
-int indexBelow(const SoNode *parent, const SoNode *below)
+int indexBelow(const SoNode* parent, const SoNode* below)
 {
-    const SoChildList *children = parent->getInternalChildren();
+    const SoChildList* children = parent->getInternalChildren();
     return children ? children->find(below) : -1;
 }
 
-SoNode *asNode(SoFieldContainer *container)
+SoNode* asNode(SoFieldContainer* container)
 {
-    return container && container->isOfType(SoNode::getClassTypeId()) ? static_cast<SoNode *>(container)
-                                                                      : nullptr;
+    return container && container->isOfType(SoNode::getClassTypeId())
+               ? static_cast<SoNode*>(container)
+               : nullptr;
 }
 
 } // namespace
 
-SoDataSensor::SoDataSensor(SoSensorCB *function, void *data) : SoDelayQueueSensor(function, data) {}
+SoDataSensor::SoDataSensor(SoSensorCB* function, void* data) : SoDelayQueueSensor(function, data) {}
 
 SoDataSensor::~SoDataSensor() = default;
 
-void SoDataSensor::setDeleteCallback(SoSensorCB *function, void *data)
+void SoDataSensor::setDeleteCallback(SoSensorCB* function, void* data)
 {
     m_deleteFunction = function;
     m_deleteData = data;
 }
 
-SoNode *SoDataSensor::getTriggerNode() const
+SoNode* SoDataSensor::getTriggerNode() const
 {
     return asNode(m_container);
 }
 
-const SoPath *SoDataSensor::getTriggerPath() const
+const SoPath* SoDataSensor::getTriggerPath() const
 {
     return m_path.get();
 }
 
-void SoDataSensor::record(const SoNotification &notification)
+void SoDataSensor::record(const SoNotification& notification)
 {
     m_kind = notification.kind;
     m_index = notification.index;
@@ -51,13 +52,16 @@ void SoDataSensor::record(const SoNotification &notification)
     m_field = notification.field;
     m_child = notification.child;
     m_path = nullptr;
-    if (getPriority() != 0) hold();
-    if (!m_wantsPath) return;
-    SoNode *above = nullptr;
+    if (getPriority() != 0)
+        hold();
+    if (!m_wantsPath)
+        return;
+    SoNode* above = nullptr;
     SoRef<SoPath> path;
-    for (const auto *link = notification.chain; link; link = link->below) {
-        SoNode *node = asNode(link->container);
-        if (!node || node->getRefCount() == 0) continue;
+    for (const auto* link = notification.chain; link; link = link->below) {
+        SoNode* node = asNode(link->container);
+        if (!node || node->getRefCount() == 0)
+            continue;
         if (!path)
             path = SoRef<SoPath>(new SoPath(node));
         else
@@ -76,7 +80,8 @@ void SoDataSensor::hold()
         m_container = nullptr;
         m_field = nullptr;
     }
-    if (!m_heldChild) m_child = nullptr;
+    if (!m_heldChild)
+        m_child = nullptr;
 }
 
 void SoDataSensor::forgetTrigger()
@@ -91,7 +96,7 @@ void SoDataSensor::forgetTrigger()
     m_path = nullptr;
 }
 
-void SoDataSensor::auditedChanged(SoNotification &notification)
+void SoDataSensor::auditedChanged(SoNotification& notification)
 {
     record(notification);
     schedule();
@@ -101,7 +106,8 @@ void SoDataSensor::auditedDying()
 {
     unschedule();
     forgetTrigger();
-    if (m_deleteFunction) m_deleteFunction(m_deleteData, this);
+    if (m_deleteFunction)
+        m_deleteFunction(m_deleteData, this);
 }
 
 void SoDataSensor::trigger()

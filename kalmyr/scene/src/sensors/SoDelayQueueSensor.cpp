@@ -9,14 +9,16 @@ SoDelayQueueSensor::~SoDelayQueueSensor()
 
 void SoDelayQueueSensor::schedule()
 {
-    if (m_scheduled) return;
+    if (m_scheduled)
+        return;
     m_scheduled = true;
     SoSensorManager::insert(this);
 }
 
 void SoDelayQueueSensor::unschedule()
 {
-    if (!m_scheduled) return;
+    if (!m_scheduled)
+        return;
     m_scheduled = false;
     SoSensorManager::remove(this);
 }

@@ -9,23 +9,25 @@ SoFieldSensor::~SoFieldSensor()
     detach();
 }
 
-void SoFieldSensor::attach(SoField *field)
+void SoFieldSensor::attach(SoField* field)
 {
     detach();
     m_attached = field;
-    if (field) field->addAuditor(this, SoAuditor::SENSOR);
+    if (field)
+        field->addAuditor(this, SoAuditor::SENSOR);
 }
 
 void SoFieldSensor::detach()
 {
     unschedule();
     forgetTrigger();
-    if (!m_attached) return;
+    if (!m_attached)
+        return;
     m_attached->removeAuditor(this);
     m_attached = nullptr;
 }
 
-SoField *SoFieldSensor::getTriggerField() const
+SoField* SoFieldSensor::getTriggerField() const
 {
     return isRecorded() ? m_attached : nullptr;
 }

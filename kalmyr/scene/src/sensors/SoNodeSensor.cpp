@@ -8,18 +8,20 @@ SoNodeSensor::~SoNodeSensor()
     detach();
 }
 
-void SoNodeSensor::attach(SoNode *node)
+void SoNodeSensor::attach(SoNode* node)
 {
     detach();
     m_node = node;
-    if (node) node->addAuditor(this, SoAuditor::SENSOR);
+    if (node)
+        node->addAuditor(this, SoAuditor::SENSOR);
 }
 
 void SoNodeSensor::detach()
 {
     unschedule();
     forgetTrigger();
-    if (!m_node) return;
+    if (!m_node)
+        return;
     m_node->removeAuditor(this);
     m_node = nullptr;
 }

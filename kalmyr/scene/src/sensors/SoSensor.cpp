@@ -2,5 +2,6 @@
 
 void SoSensor::trigger()
 {
-    if (m_function) m_function(m_data, this);
+    if (m_function)
+        m_function(m_data, this);
 }

@@ -7,7 +7,7 @@ SoTimerQueueSensor::~SoTimerQueueSensor()
     unschedule();
 }
 
-void SoTimerQueueSensor::enqueue(const SbTime &when)
+void SoTimerQueueSensor::enqueue(const SbTime& when)
 {
     unschedule();
     m_time = when;
@@ -17,7 +17,8 @@ void SoTimerQueueSensor::enqueue(const SbTime &when)
 
 void SoTimerQueueSensor::unschedule()
 {
-    if (!m_scheduled) return;
+    if (!m_scheduled)
+        return;
     m_scheduled = false;
     SoSensorManager::remove(this);
 }

@@ -19,57 +19,68 @@ using detail::VertexTable;
 
 /// Everything that is known while one geometry is built.
 struct Build {
-    const FaceInput &input;
+    const FaceInput& input;
     AttributeLookup normals, colors, texCoords;
     FaceMesh mesh;
     FaceNormals made;
 
-    explicit Build(const FaceInput &in)
-        : input(in), normals(in.normals, in.coordIndex), colors(in.colors, in.coordIndex),
+    explicit Build(const FaceInput& in)
+        : input(in),
+          normals(in.normals, in.coordIndex),
+          colors(in.colors, in.coordIndex),
           texCoords(in.texCoords, in.coordIndex)
     {
     }
 
     void read();
-    void makeIndices(SoGeometry &geometry) const;
-    std::int32_t normalOf(std::uint32_t corner, const detail::Place &place) const;
+    void makeIndices(SoGeometry& geometry) const;
+    std::int32_t normalOf(std::uint32_t corner, const detail::Place& place) const;
 };
 
 void Build::read()
 {
-    const AttributeLookup *checked[3];
+    const AttributeLookup* checked[3];
     int count = 0;
-    for (const AttributeLookup *a : {&normals, &colors, &texCoords}) {
-        if (!a->isConstant()) checked[count++] = a;
+    for (const AttributeLookup* a : {&normals, &colors, &texCoords}) {
+        if (!a->isConstant())
+            checked[count++] = a;
     }
     mesh.read(input, checked, count);
     detail::warnOf(mesh.fault, input.node);
     // Too few values without indices of their own: generated ones show more than repeated ones.
-    if (!normals.hasEnough(mesh.counts)) normals.drop();
-    if (!texCoords.hasEnough(mesh.counts)) texCoords.drop();
+    if (!normals.hasEnough(mesh.counts))
+        normals.drop();
+    if (!texCoords.hasEnough(mesh.counts))
+        texCoords.drop();
     mesh.triangulate(input);
-    if (!normals.isGiven() && input.makeNormals) made.compute(mesh, input);
+    if (!normals.isGiven() && input.makeNormals)
+        made.compute(mesh, input);
 }
 
-std::int32_t Build::normalOf(std::uint32_t corner, const detail::Place &place) const
+std::int32_t Build::normalOf(std::uint32_t corner, const detail::Place& place) const
 {
     detail::Fault ignored; // indices were checked when the faces were read
-    if (normals.isGiven()) return static_cast<std::int32_t>(normals.at(place, ignored));
+    if (normals.isGiven())
+        return static_cast<std::int32_t>(normals.at(place, ignored));
     switch (made.mode) {
-    case FaceNormals::BY_CORNER: return made.ofCorner[corner];
-    case FaceNormals::BY_POSITION: return input.coordIndex[place.slot];
-    default: return -1; // filled in by the caller, who knows the face
+    case FaceNormals::BY_CORNER:
+        return made.ofCorner[corner];
+    case FaceNormals::BY_POSITION:
+        return input.coordIndex[place.slot];
+    default:
+        return -1; // filled in by the caller, who knows the face
     }
 }
 
-void Build::makeIndices(SoGeometry &geometry) const
+void Build::makeIndices(SoGeometry& geometry) const
 {
     const std::size_t numCorners = mesh.numTriangles() * 3;
     const auto numPositions = static_cast<std::uint32_t>(input.positions.size());
     const bool hasMade = !normals.isGiven() && input.makeNormals;
     const bool byFace = hasMade && made.mode == FaceNormals::BY_FACE;
     const auto numGiven = static_cast<std::uint32_t>(mesh.slots.size());
-    const std::size_t expected = byFace ? std::min(numCorners, std::size_t(numGiven)) : input.positions.size();
+    const std::size_t expected =
+        byFace ? std::min(numCorners, std::size_t(numGiven)) : input.positions.size();
     VertexTable table(numPositions + mesh.extra.size(), expected);
     geometry.triangles.resize(numCorners);
     detail::Fault ignored;
@@ -78,7 +89,7 @@ void Build::makeIndices(SoGeometry &geometry) const
         const std::uint32_t corner = mesh.cornerOf(i);
         const bool isExtra = corner >= numGiven;
         const std::uint32_t like = isExtra ? mesh.extra[corner - numGiven].like : corner;
-        const FaceMesh::Face &f = mesh.faces[face];
+        const FaceMesh::Face& f = mesh.faces[face];
         const detail::Place place{mesh.slots[like], f.run, f.number, f.run};
         VertexTable::Key key{};
         key.position = isExtra ? numPositions + corner - numGiven
@@ -87,31 +98,38 @@ void Build::makeIndices(SoGeometry &geometry) const
             key.normal = static_cast<std::int32_t>(face);
         else if (hasMade || !normals.isConstant())
             key.normal = normalOf(like, place);
-        if (!colors.isConstant()) key.color = static_cast<std::int32_t>(colors.at(place, ignored));
-        if (!texCoords.isConstant()) key.texCoord = static_cast<std::int32_t>(texCoords.at(place, ignored));
+        if (!colors.isConstant())
+            key.color = static_cast<std::int32_t>(colors.at(place, ignored));
+        if (!texCoords.isConstant())
+            key.texCoord = static_cast<std::int32_t>(texCoords.at(place, ignored));
         geometry.triangles[i] = table.add(key);
     }
     detail::VertexSources sources;
     sources.positions = input.positions;
-    sources.normals = normals.isGiven() ? input.normals.values : std::span<const SbVec3f>(made.values);
+    sources.normals =
+        normals.isGiven() ? input.normals.values : std::span<const SbVec3f>(made.values);
     sources.unitNormals = hasMade;
-    if (colors.isGiven()) sources.colors = input.colors.values;
-    if (texCoords.isGiven()) sources.texCoords = input.texCoords.values;
-    for (const auto &extra : mesh.extra) sources.morePositions.push_back(extra.position);
+    if (colors.isGiven())
+        sources.colors = input.colors.values;
+    if (texCoords.isGiven())
+        sources.texCoords = input.texCoords.values;
+    for (const auto& extra : mesh.extra)
+        sources.morePositions.push_back(extra.position);
     detail::writeVertices(table, sources, geometry);
 }
 
-void flipTriangles(SoGeometry &geometry)
+void flipTriangles(SoGeometry& geometry)
 {
     for (std::size_t i = 0; i + 2 < geometry.triangles.size(); i += 3) {
         std::swap(geometry.triangles[i + 1], geometry.triangles[i + 2]);
     }
 }
 
-void writeFaces(const FaceMesh &mesh, SoGeometry &geometry)
+void writeFaces(const FaceMesh& mesh, SoGeometry& geometry)
 {
     // Without gaps and with one triangle a face the numbers go without saying.
-    if (mesh.onlyTriangles && mesh.counts.faces == mesh.numFaces()) return;
+    if (mesh.onlyTriangles && mesh.counts.faces == mesh.numFaces())
+        return;
     geometry.triangleFaces.resize(mesh.numTriangles());
     for (std::size_t t = 0; t < mesh.numTriangles(); ++t) {
         geometry.triangleFaces[t] = static_cast<std::int32_t>(mesh.faces[mesh.faceOf(t)].number);
@@ -120,14 +138,16 @@ void writeFaces(const FaceMesh &mesh, SoGeometry &geometry)
 
 } // namespace
 
-void FaceBuilder::build(SoGeometry &geometry) const
+void FaceBuilder::build(SoGeometry& geometry) const
 {
     Build build(m_input);
     build.read();
     build.makeIndices(geometry);
     writeFaces(build.mesh, geometry);
-    if (m_input.clockwise) flipTriangles(geometry);
-    if (geometry.texCoords.empty() && m_input.makeTexCoords) detail::makeTexCoords(geometry);
+    if (m_input.clockwise)
+        flipTriangles(geometry);
+    if (geometry.texCoords.empty() && m_input.makeTexCoords)
+        detail::makeTexCoords(geometry);
     geometry.solid = m_input.solid;
     geometry.twoSided = !m_input.solid;
 }

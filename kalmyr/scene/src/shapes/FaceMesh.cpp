@@ -9,9 +9,9 @@ namespace kalmyr::detail {
 
 /// One pass over the coordinate indices.
 struct FaceMesh::Reader {
-    FaceMesh &mesh;
-    const FaceInput &input;
-    const AttributeLookup *const *attributes;
+    FaceMesh& mesh;
+    const FaceInput& input;
+    const AttributeLookup* const* attributes;
     int numAttributes;
 
     std::uint32_t run = 0;
@@ -23,11 +23,11 @@ struct FaceMesh::Reader {
     void addStrip(std::uint32_t begin, std::uint32_t end);
     void addQuads(std::uint32_t begin, std::uint32_t end);
     void addFace(std::initializer_list<std::uint32_t> corners);
-    bool isUsable(std::size_t firstCorner, const Face &face);
+    bool isUsable(std::size_t firstCorner, const Face& face);
     void finishFace(std::uint32_t first);
 };
 
-bool FaceMesh::Reader::isUsable(std::size_t firstCorner, const Face &face)
+bool FaceMesh::Reader::isUsable(std::size_t firstCorner, const Face& face)
 {
     for (std::size_t c = firstCorner; c < mesh.slots.size(); ++c) {
         const std::uint32_t slot = mesh.slots[c];
@@ -38,7 +38,8 @@ bool FaceMesh::Reader::isUsable(std::size_t firstCorner, const Face &face)
         }
         highest = std::max(highest, index);
         for (int a = 0; a < numAttributes; ++a) {
-            if (attributes[a]->at({slot, run, face.number, run}, mesh.fault) < 0) return false;
+            if (attributes[a]->at({slot, run, face.number, run}, mesh.fault) < 0)
+                return false;
         }
     }
     return true;
@@ -58,7 +59,8 @@ void FaceMesh::Reader::finishFace(std::uint32_t first)
 void FaceMesh::Reader::addPolygon(std::uint32_t begin, std::uint32_t end)
 {
     const auto first = static_cast<std::uint32_t>(mesh.slots.size());
-    for (std::uint32_t slot = begin; slot < end; ++slot) mesh.slots.push_back(slot);
+    for (std::uint32_t slot = begin; slot < end; ++slot)
+        mesh.slots.push_back(slot);
     finishFace(first);
 }
 
@@ -81,7 +83,8 @@ void FaceMesh::Reader::addStrip(std::uint32_t begin, std::uint32_t end)
 
 void FaceMesh::Reader::addQuads(std::uint32_t begin, std::uint32_t end)
 {
-    for (std::uint32_t s = begin; s + 3 < end; s += 2) addFace({s, s + 1, s + 3, s + 2});
+    for (std::uint32_t s = begin; s + 3 < end; s += 2)
+        addFace({s, s + 1, s + 3, s + 2});
 }
 
 void FaceMesh::Reader::readRun(std::uint32_t begin, std::uint32_t end)
@@ -95,7 +98,8 @@ void FaceMesh::Reader::readRun(std::uint32_t begin, std::uint32_t end)
     ++run;
 }
 
-void FaceMesh::read(const FaceInput &input, const AttributeLookup *const *attributes, int numAttributes)
+void FaceMesh::read(const FaceInput& input, const AttributeLookup* const* attributes,
+                    int numAttributes)
 {
     Reader reader{*this, input, attributes, numAttributes};
     const auto size = static_cast<std::uint32_t>(input.coordIndex.size());
@@ -103,11 +107,13 @@ void FaceMesh::read(const FaceInput &input, const AttributeLookup *const *attrib
     faces.reserve(size / 4 + 2);
     std::uint32_t begin = 0;
     for (std::uint32_t s = 0; s < size; ++s) {
-        if (input.coordIndex[s] != -1) continue;
+        if (input.coordIndex[s] != -1)
+            continue;
         reader.readRun(begin, s);
         begin = s + 1;
     }
-    if (begin < size) reader.readRun(begin, size);
+    if (begin < size)
+        reader.readRun(begin, size);
     counts.parts = reader.run;
     counts.faces = reader.faceNumber;
     counts.corners = reader.run > 0 ? size - reader.run + (begin < size ? 1 : 0) : 0;
@@ -129,13 +135,14 @@ SbVec3f newellNormal(std::span<const SbVec3f> polygon)
 namespace {
 
 /// Whether a polygon turns only one way, and only once around.
-bool isConvex(std::span<const SbVec3f> polygon, const SbVec3f &normal)
+bool isConvex(std::span<const SbVec3f> polygon, const SbVec3f& normal)
 {
     const std::size_t n = polygon.size();
     // A polygon that turns one way is convex when it goes up and down just once along some axis.
     int axis = 0;
     for (int k = 1; k < 3; ++k) {
-        if (std::abs(normal[k]) < std::abs(normal[axis])) axis = k;
+        if (std::abs(normal[k]) < std::abs(normal[axis]))
+            axis = k;
     }
     const float tolerance = -1e-6f * normal.length();
     int changes = 0;
@@ -143,27 +150,34 @@ bool isConvex(std::span<const SbVec3f> polygon, const SbVec3f &normal)
     for (std::size_t i = 0; i < n; ++i) {
         const SbVec3f &a = polygon[i], &b = polygon[(i + 1) % n], &c = polygon[(i + 2) % n];
         const SbVec3f ab = b - a;
-        if (ab.cross(c - b).dot(normal) < tolerance * normal.length()) return false;
+        if (ab.cross(c - b).dot(normal) < tolerance * normal.length())
+            return false;
         const float step = ab[axis];
-        if (step == 0) continue;
-        if (firstStep == 0) firstStep = step;
-        if (lastStep != 0 && (step > 0) != (lastStep > 0)) ++changes;
+        if (step == 0)
+            continue;
+        if (firstStep == 0)
+            firstStep = step;
+        if (lastStep != 0 && (step > 0) != (lastStep > 0))
+            ++changes;
         lastStep = step;
     }
-    if (lastStep != 0 && (firstStep > 0) != (lastStep > 0)) ++changes;
+    if (lastStep != 0 && (firstStep > 0) != (lastStep > 0))
+        ++changes;
     return changes <= 2;
 }
 
 class Triangulator {
 public:
-    Triangulator(FaceMesh &mesh, const FaceInput &input) : m_mesh(mesh), m_input(input) {}
+    Triangulator(FaceMesh& mesh, const FaceInput& input) : m_mesh(mesh), m_input(input) {}
 
     void addFace(std::uint32_t face)
     {
         const std::uint32_t first = m_mesh.faces[face].first;
         const std::uint32_t count = m_mesh.faces[face + 1].first - first;
-        if (count > 3 && !m_input.convex && tessellate(face, first, count)) return;
-        for (std::uint32_t i = 1; i + 1 < count; ++i) add(face, first, first + i, first + i + 1);
+        if (count > 3 && !m_input.convex && tessellate(face, first, count))
+            return;
+        for (std::uint32_t i = 1; i + 1 < count; ++i)
+            add(face, first, first + i, first + i + 1);
     }
 
 private:
@@ -178,38 +192,47 @@ private:
     {
         m_polygon.clear();
         for (std::uint32_t c = first; c < first + count; ++c) {
-            m_polygon.push_back(m_input.positions[static_cast<std::size_t>(m_input.coordIndex[m_mesh.slots[c]])]);
+            m_polygon.push_back(
+                m_input.positions[static_cast<std::size_t>(m_input.coordIndex[m_mesh.slots[c]])]);
         }
         const SbVec3f normal = newellNormal(m_polygon);
-        if (!(normal.length() > 0) || isConvex(m_polygon, normal)) return false;
-        if (!m_tessellator) m_tessellator.emplace();
-        if (!m_tessellator->tessellate(m_polygon, normal)) return false;
+        if (!(normal.length() > 0) || isConvex(m_polygon, normal))
+            return false;
+        if (!m_tessellator)
+            m_tessellator.emplace();
+        if (!m_tessellator->tessellate(m_polygon, normal))
+            return false;
         const auto base = static_cast<std::uint32_t>(m_mesh.slots.size() + m_mesh.extra.size());
-        for (const auto &point : m_tessellator->getNewPoints()) {
+        for (const auto& point : m_tessellator->getNewPoints()) {
             m_mesh.extra.push_back({point.position, first + point.like});
         }
-        const auto corner = [&](std::uint32_t i) { return i < count ? first + i : base + i - count; };
-        const auto &t = m_tessellator->getTriangles();
-        for (std::size_t i = 0; i < t.size(); i += 3) add(face, corner(t[i]), corner(t[i + 1]), corner(t[i + 2]));
+        const auto corner = [&](std::uint32_t i) {
+            return i < count ? first + i : base + i - count;
+        };
+        const auto& t = m_tessellator->getTriangles();
+        for (std::size_t i = 0; i < t.size(); i += 3)
+            add(face, corner(t[i]), corner(t[i + 1]), corner(t[i + 2]));
         return true;
     }
 
-    FaceMesh &m_mesh;
-    const FaceInput &m_input;
+    FaceMesh& m_mesh;
+    const FaceInput& m_input;
     std::vector<SbVec3f> m_polygon;
     std::optional<FaceTessellator> m_tessellator;
 };
 
 } // namespace
 
-void FaceMesh::triangulate(const FaceInput &input)
+void FaceMesh::triangulate(const FaceInput& input)
 {
-    if (onlyTriangles) return;
+    if (onlyTriangles)
+        return;
     const std::size_t expected = slots.size() - 2 * numFaces();
     triangles.reserve(expected * 3);
     triangleFaces.reserve(expected);
     Triangulator triangulator(*this, input);
-    for (std::uint32_t f = 0; f < numFaces(); ++f) triangulator.addFace(f);
+    for (std::uint32_t f = 0; f < numFaces(); ++f)
+        triangulator.addFace(f);
 }
 
 } // namespace kalmyr::detail

@@ -12,7 +12,7 @@ namespace kalmyr::detail {
 /// themselves, and stand in `extra`.
 struct FaceMesh {
     struct Face {
-        std::uint32_t first; ///< corner
+        std::uint32_t first;  ///< corner
         std::uint32_t number; ///< PER_FACE
         std::uint32_t run;    ///< PER_PART, and the runs before its corners
     };
@@ -24,7 +24,7 @@ struct FaceMesh {
     std::vector<std::uint32_t> slots;
     std::vector<Face> faces; ///< and one more that ends the last
     std::vector<ExtraCorner> extra;
-    bool onlyTriangles = true; ///< face f is the triangle of corners 3f, 3f+1, 3f+2
+    bool onlyTriangles = true;                ///< face f is the triangle of corners 3f, 3f+1, 3f+2
     std::vector<std::uint32_t> triangles;     ///< corners; empty when onlyTriangles
     std::vector<std::uint32_t> triangleFaces; ///< index into faces; empty when onlyTriangles
     Counts counts;
@@ -42,9 +42,9 @@ struct FaceMesh {
     }
 
     /// Reads faces or strips; leaves out those with a fault or fewer than three corners.
-    void read(const FaceInput &input, const AttributeLookup *const *attributes, int numAttributes);
+    void read(const FaceInput& input, const AttributeLookup* const* attributes, int numAttributes);
     /// Makes the triangles.
-    void triangulate(const FaceInput &input);
+    void triangulate(const FaceInput& input);
 
 private:
     struct Reader;

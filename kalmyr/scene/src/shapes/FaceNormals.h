@@ -14,7 +14,7 @@ struct FaceNormals {
     std::vector<SbVec3f> values;
     std::vector<std::int32_t> ofCorner; ///< BY_CORNER only
 
-    void compute(const FaceMesh &mesh, const FaceInput &input);
+    void compute(const FaceMesh& mesh, const FaceInput& input);
 };
 
 } // namespace kalmyr::detail

@@ -14,20 +14,22 @@ struct FaceTessellator::Glu {
         std::uint32_t number;
     };
 
-    FaceTessellator *owner = nullptr;
-    GLUtesselator *tess = gluNewTess();
+    FaceTessellator* owner = nullptr;
+    GLUtesselator* tess = gluNewTess();
     std::deque<Corner> corners; // addresses are handed to the tessellator and must stay
     std::uint32_t numGiven = 0;
     bool failed = false;
 
     ~Glu()
     {
-        if (tess) gluDeleteTess(tess);
+        if (tess)
+            gluDeleteTess(tess);
     }
 
-    void *add(const double *position)
+    void* add(const double* position)
     {
-        corners.push_back({{position[0], position[1], position[2]}, static_cast<std::uint32_t>(corners.size())});
+        corners.push_back(
+            {{position[0], position[1], position[2]}, static_cast<std::uint32_t>(corners.size())});
         return &corners.back();
     }
 };
@@ -41,24 +43,30 @@ using Callback = void (*)();
 FaceTessellator::FaceTessellator() : m_glu(std::make_unique<Glu>())
 {
     m_glu->owner = this;
-    GLUtesselator *tess = m_glu->tess;
-    if (!tess) return;
-    void (*vertex)(void *, void *) = [](void *corner, void *glu) {
-        static_cast<Glu *>(glu)->owner->m_triangles.push_back(static_cast<Glu::Corner *>(corner)->number);
+    GLUtesselator* tess = m_glu->tess;
+    if (!tess)
+        return;
+    void (*vertex)(void*, void*) = [](void* corner, void* glu) {
+        static_cast<Glu*>(glu)->owner->m_triangles.push_back(
+            static_cast<Glu::Corner*>(corner)->number);
     };
-    void (*combine)(GLdouble *, void **, GLfloat *, void **, void *) =
-        [](GLdouble *position, void **from, GLfloat *weights, void **out, void *data) {
-            auto *glu = static_cast<Glu *>(data);
-            const auto heaviest = std::max_element(weights, weights + 4) - weights;
-            std::uint32_t like = from[heaviest] ? static_cast<Glu::Corner *>(from[heaviest])->number : 0;
-            auto &made = glu->owner->m_newPoints;
-            if (like >= glu->numGiven) like = made[like - glu->numGiven].like;
-            *out = glu->add(position);
-            made.push_back({SbVec3f(position[0], position[1], position[2]), like});
-        };
-    void (*error)(GLenum, void *) = [](GLenum, void *data) { static_cast<Glu *>(data)->failed = true; };
+    void (*combine)(GLdouble*, void**, GLfloat*, void**, void*) = [](GLdouble* position,
+                                                                     void** from, GLfloat* weights,
+                                                                     void** out, void* data) {
+        auto* glu = static_cast<Glu*>(data);
+        const auto heaviest = std::max_element(weights, weights + 4) - weights;
+        std::uint32_t like = from[heaviest] ? static_cast<Glu::Corner*>(from[heaviest])->number : 0;
+        auto& made = glu->owner->m_newPoints;
+        if (like >= glu->numGiven)
+            like = made[like - glu->numGiven].like;
+        *out = glu->add(position);
+        made.push_back({SbVec3f(position[0], position[1], position[2]), like});
+    };
+    void (*error)(GLenum, void*) = [](GLenum, void* data) {
+        static_cast<Glu*>(data)->failed = true;
+    };
     // Asking for edge flags makes it hand out single triangles instead of fans and strips.
-    void (*edge)(GLboolean, void *) = [](GLboolean, void *) {};
+    void (*edge)(GLboolean, void*) = [](GLboolean, void*) {};
     gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<Callback>(vertex));
     gluTessCallback(tess, GLU_TESS_COMBINE_DATA, reinterpret_cast<Callback>(combine));
     gluTessCallback(tess, GLU_TESS_ERROR_DATA, reinterpret_cast<Callback>(error));
@@ -68,26 +76,28 @@ FaceTessellator::FaceTessellator() : m_glu(std::make_unique<Glu>())
 
 FaceTessellator::~FaceTessellator() = default;
 
-bool FaceTessellator::tessellate(std::span<const SbVec3f> polygon, const SbVec3f &normal)
+bool FaceTessellator::tessellate(std::span<const SbVec3f> polygon, const SbVec3f& normal)
 {
     m_triangles.clear();
     m_newPoints.clear();
     m_glu->corners.clear();
     m_glu->numGiven = static_cast<std::uint32_t>(polygon.size());
     m_glu->failed = !m_glu->tess;
-    if (m_glu->failed) return false;
-    GLUtesselator *tess = m_glu->tess;
+    if (m_glu->failed)
+        return false;
+    GLUtesselator* tess = m_glu->tess;
     gluTessNormal(tess, normal[0], normal[1], normal[2]);
     gluTessBeginPolygon(tess, m_glu.get());
     gluTessBeginContour(tess);
-    for (const SbVec3f &p : polygon) {
+    for (const SbVec3f& p : polygon) {
         const double position[3] = {p[0], p[1], p[2]};
-        void *corner = m_glu->add(position);
-        gluTessVertex(tess, static_cast<Glu::Corner *>(corner)->position.data(), corner);
+        void* corner = m_glu->add(position);
+        gluTessVertex(tess, static_cast<Glu::Corner*>(corner)->position.data(), corner);
     }
     gluTessEndContour(tess);
     gluTessEndPolygon(tess);
-    if (m_glu->failed || m_triangles.size() % 3) m_triangles.clear();
+    if (m_glu->failed || m_triangles.size() % 3)
+        m_triangles.clear();
     return !m_triangles.empty();
 }
 

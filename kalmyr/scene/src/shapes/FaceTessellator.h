@@ -20,14 +20,14 @@ public:
 
     FaceTessellator();
     ~FaceTessellator();
-    FaceTessellator(const FaceTessellator &) = delete;
-    FaceTessellator &operator=(const FaceTessellator &) = delete;
+    FaceTessellator(const FaceTessellator&) = delete;
+    FaceTessellator& operator=(const FaceTessellator&) = delete;
 
     /// Corners of triangles as indices into `polygon`, new points behind its last corner. Triangles
     /// turn the way the polygon turns about `normal`. False, and no triangle, when it cannot.
-    bool tessellate(std::span<const SbVec3f> polygon, const SbVec3f &normal);
-    const std::vector<std::uint32_t> &getTriangles() const { return m_triangles; }
-    const std::vector<NewPoint> &getNewPoints() const { return m_newPoints; }
+    bool tessellate(std::span<const SbVec3f> polygon, const SbVec3f& normal);
+    const std::vector<std::uint32_t>& getTriangles() const { return m_triangles; }
+    const std::vector<NewPoint>& getNewPoints() const { return m_newPoints; }
 
 private:
     struct Glu;

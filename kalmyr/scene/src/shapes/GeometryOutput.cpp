@@ -7,31 +7,36 @@
 
 namespace kalmyr::detail {
 
-void writeVertices(const VertexTable &table, const VertexSources &sources, SoGeometry &geometry)
+void writeVertices(const VertexTable& table, const VertexSources& sources, SoGeometry& geometry)
 {
     const std::size_t count = table.size();
     const std::size_t numGiven = sources.positions.size();
     geometry.positions.resize(count);
-    if (!sources.normals.empty()) geometry.normals.resize(count);
-    if (!sources.colors.empty()) geometry.colors.resize(count);
-    if (!sources.texCoords.empty()) geometry.texCoords.resize(count);
+    if (!sources.normals.empty())
+        geometry.normals.resize(count);
+    if (!sources.colors.empty())
+        geometry.colors.resize(count);
+    if (!sources.texCoords.empty())
+        geometry.texCoords.resize(count);
     for (std::size_t v = 0; v < count; ++v) {
-        const VertexTable::Key &key = table[v];
-        geometry.positions[v] = key.position < numGiven ? sources.positions[key.position]
-                                                        : sources.morePositions[key.position - numGiven];
+        const VertexTable::Key& key = table[v];
+        geometry.positions[v] = key.position < numGiven
+                                    ? sources.positions[key.position]
+                                    : sources.morePositions[key.position - numGiven];
         if (!sources.normals.empty()) {
-            const SbVec3f &n = sources.normals[static_cast<std::size_t>(key.normal)];
+            const SbVec3f& n = sources.normals[static_cast<std::size_t>(key.normal)];
             geometry.normals[v] = sources.unitNormals ? n : n.normalized();
         }
-        if (!sources.colors.empty()) geometry.colors[v] = sources.colors[static_cast<std::size_t>(key.color)];
+        if (!sources.colors.empty())
+            geometry.colors[v] = sources.colors[static_cast<std::size_t>(key.color)];
         if (!sources.texCoords.empty())
             geometry.texCoords[v] = sources.texCoords[static_cast<std::size_t>(key.texCoord)];
     }
 }
 
-void makeTexCoords(SoGeometry &geometry)
+void makeTexCoords(SoGeometry& geometry)
 {
-    const SbBox3f &box = geometry.getBox();
+    const SbBox3f& box = geometry.getBox();
     const SbVec3f size = box.getSize();
     std::array<int, 3> axes{0, 1, 2};
     // Equal sides keep the order x, y, z.
@@ -39,7 +44,7 @@ void makeTexCoords(SoGeometry &geometry)
     const float longest = size[axes[0]];
     const float scale = longest > 0 ? 1 / longest : 0;
     geometry.texCoords.reserve(geometry.positions.size());
-    for (const SbVec3f &p : geometry.positions) {
+    for (const SbVec3f& p : geometry.positions) {
         const SbVec3f from = (p - box.getMin()) * scale;
         geometry.texCoords.emplace_back(from[axes[0]], from[axes[1]]);
     }

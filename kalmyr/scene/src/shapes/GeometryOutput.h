@@ -20,10 +20,10 @@ struct VertexSources {
     std::span<const SbVec2f> texCoords;
 };
 
-void writeVertices(const VertexTable &table, const VertexSources &sources, SoGeometry &geometry);
+void writeVertices(const VertexTable& table, const VertexSources& sources, SoGeometry& geometry);
 
 /// Texture coordinates from positions: s along the longest side of the box from 0 to 1, t along the
 /// second longest in the same measure.
-void makeTexCoords(SoGeometry &geometry);
+void makeTexCoords(SoGeometry& geometry);
 
 } // namespace kalmyr::detail

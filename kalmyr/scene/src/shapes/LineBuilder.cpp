@@ -17,18 +17,24 @@ using detail::VertexTable;
 /// Looks attributes up and collects vertices, for lines and points alike.
 class VertexCollector {
 public:
-    VertexCollector(const VertexInput &input, const detail::Counts &counts, std::size_t expected)
-        : m_input(input), m_normals(input.normals, input.coordIndex), m_colors(input.colors, input.coordIndex),
-          m_texCoords(input.texCoords, input.coordIndex), m_table(input.positions.size(), expected)
+    VertexCollector(const VertexInput& input, const detail::Counts& counts, std::size_t expected)
+        : m_input(input),
+          m_normals(input.normals, input.coordIndex),
+          m_colors(input.colors, input.coordIndex),
+          m_texCoords(input.texCoords, input.coordIndex),
+          m_table(input.positions.size(), expected)
     {
-        if (!m_normals.hasEnough(counts)) m_normals.drop();
-        if (!m_texCoords.hasEnough(counts)) m_texCoords.drop();
+        if (!m_normals.hasEnough(counts))
+            m_normals.drop();
+        if (!m_texCoords.hasEnough(counts))
+            m_texCoords.drop();
     }
 
     /// False for a corner with an index that is out of range.
-    bool add(const Place &place, std::int32_t index, std::uint32_t &vertex)
+    bool add(const Place& place, std::int32_t index, std::uint32_t& vertex)
     {
-        if (static_cast<std::size_t>(static_cast<std::uint32_t>(index)) >= m_input.positions.size()) {
+        if (static_cast<std::size_t>(static_cast<std::uint32_t>(index))
+            >= m_input.positions.size()) {
             m_fault.record(m_input.coordField, index, m_input.positions.size(), place.slot);
             return false;
         }
@@ -41,52 +47,60 @@ public:
         return true;
     }
 
-    void finish(SoGeometry &geometry) const
+    void finish(SoGeometry& geometry) const
     {
         detail::warnOf(m_fault, m_input.node);
         detail::VertexSources sources;
         sources.positions = m_input.positions;
-        if (m_normals.isGiven()) sources.normals = m_input.normals.values;
-        if (m_colors.isGiven()) sources.colors = m_input.colors.values;
-        if (m_texCoords.isGiven()) sources.texCoords = m_input.texCoords.values;
+        if (m_normals.isGiven())
+            sources.normals = m_input.normals.values;
+        if (m_colors.isGiven())
+            sources.colors = m_input.colors.values;
+        if (m_texCoords.isGiven())
+            sources.texCoords = m_input.texCoords.values;
         detail::writeVertices(m_table, sources, geometry);
         geometry.solid = false;
         geometry.twoSided = true;
     }
 
 private:
-    bool look(const AttributeLookup &attribute, const Place &place, std::int32_t &number)
+    bool look(const AttributeLookup& attribute, const Place& place, std::int32_t& number)
     {
-        if (attribute.isConstant()) return true;
+        if (attribute.isConstant())
+            return true;
         number = static_cast<std::int32_t>(attribute.at(place, m_fault));
         return number >= 0;
     }
 
-    const VertexInput &m_input;
+    const VertexInput& m_input;
     AttributeLookup m_normals, m_colors, m_texCoords;
     VertexTable m_table;
     detail::Fault m_fault;
 };
 
 /// Runs of indices between the -1s: calls back with begin and end of each.
-template <class F> void forRuns(std::span<const std::int32_t> indices, F &&function)
+template <class F>
+void forRuns(std::span<const std::int32_t> indices, F&& function)
 {
     std::size_t begin = 0;
     for (std::size_t s = 0; s < indices.size(); ++s) {
-        if (indices[s] != -1) continue;
+        if (indices[s] != -1)
+            continue;
         function(begin, s);
         begin = s + 1;
     }
-    if (begin < indices.size()) function(begin, indices.size());
+    if (begin < indices.size())
+        function(begin, indices.size());
 }
 
-detail::Counts countLines(const VertexInput &input)
+detail::Counts countLines(const VertexInput& input)
 {
     detail::Counts counts;
     forRuns(input.coordIndex, [&](std::size_t begin, std::size_t end) {
         ++counts.faces;
         counts.corners += static_cast<std::uint32_t>(end - begin);
-        if (end - begin > 1) counts.parts += static_cast<std::uint32_t>(end - begin - 1);
+        if (end - begin > 1)
+            counts.parts += static_cast<std::uint32_t>(end - begin - 1);
     });
     for (const std::int32_t i : input.coordIndex) {
         if (i >= 0 && static_cast<std::size_t>(i) < input.positions.size())
@@ -97,7 +111,7 @@ detail::Counts countLines(const VertexInput &input)
 
 } // namespace
 
-void LineBuilder::build(SoGeometry &geometry) const
+void LineBuilder::build(SoGeometry& geometry) const
 {
     VertexCollector vertices(m_input, countLines(m_input), m_input.coordIndex.size());
     std::uint32_t line = 0, firstSegment = 0;
@@ -113,28 +127,34 @@ void LineBuilder::build(SoGeometry &geometry) const
                 geometry.lines.push_back(vertex);
             }
         }
-        if (!usable) geometry.lines.resize(before);
-        if (end - begin > 1) firstSegment += static_cast<std::uint32_t>(end - begin - 1);
+        if (!usable)
+            geometry.lines.resize(before);
+        if (end - begin > 1)
+            firstSegment += static_cast<std::uint32_t>(end - begin - 1);
         ++line;
     });
     vertices.finish(geometry);
 }
 
-void PointBuilder::build(SoGeometry &geometry) const
+void PointBuilder::build(SoGeometry& geometry) const
 {
     const bool all = m_input.coordIndex.empty();
     const std::size_t count = all ? m_input.positions.size() : m_input.coordIndex.size();
     detail::Counts counts;
-    counts.positions = counts.corners = counts.faces = counts.parts = static_cast<std::uint32_t>(count);
+    counts.positions = counts.corners = counts.faces = counts.parts =
+        static_cast<std::uint32_t>(count);
     VertexCollector vertices(m_input, counts, count);
     std::uint32_t number = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::int32_t index = all ? static_cast<std::int32_t>(i) : m_input.coordIndex[i];
-        if (index == -1) continue;
+        if (index == -1)
+            continue;
         // Points count by themselves: ends of runs take no number.
-        const Place place{static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(i) - number, number, number};
+        const Place place{static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(i) - number,
+                          number, number};
         std::uint32_t vertex = 0;
-        if (vertices.add(place, index, vertex)) geometry.points.push_back(vertex);
+        if (vertices.add(place, index, vertex))
+            geometry.points.push_back(vertex);
         ++number;
     }
     vertices.finish(geometry);

@@ -13,19 +13,20 @@
 
 namespace {
 
-void measureShape(SoAction *action, SoNode *node)
+void measureShape(SoAction* action, SoNode* node)
 {
     SbBox3f box;
     SbVec3f center;
-    static_cast<SoShape *>(node)->computeBBox(action->getState(), box, center);
-    static_cast<SoGetBoundingBoxAction *>(action)->extendBy(box, center);
+    static_cast<SoShape*>(node)->computeBBox(action->getState(), box, center);
+    static_cast<SoGetBoundingBoxAction*>(action)->extendBy(box, center);
 }
 
-void countShape(SoAction *action, SoNode *node)
+void countShape(SoAction* action, SoNode* node)
 {
-    auto *count = static_cast<SoGetPrimitiveCountAction *>(action);
-    const SoRef<SoGeometry> geometry = static_cast<SoShape *>(node)->getGeometry(action->getState());
-    if (!geometry) return;
+    auto* count = static_cast<SoGetPrimitiveCountAction*>(action);
+    const SoRef<SoGeometry> geometry = static_cast<SoShape*>(node)->getGeometry(action->getState());
+    if (!geometry)
+        return;
     count->addTriangles(geometry->getNumTriangles());
     count->addLines(geometry->getNumLines());
     count->addPoints(geometry->points.size());
@@ -33,28 +34,32 @@ void countShape(SoAction *action, SoNode *node)
 
 // ---- picking
 
-SbVec3f faceNormal(const SoGeometry &g, const std::uint32_t *corners)
+SbVec3f faceNormal(const SoGeometry& g, const std::uint32_t* corners)
 {
-    const SbVec3f &a = g.positions[corners[0]];
+    const SbVec3f& a = g.positions[corners[0]];
     return (g.positions[corners[1]] - a).cross(g.positions[corners[2]] - a).normalized();
 }
 
-void addTriangleHit(SoRayPickAction *action, const SoGeometry &g, const SoPickRay &ray,
-                    const kalmyr::TriangleTree::Hit &met)
+void addTriangleHit(SoRayPickAction* action, const SoGeometry& g, const SoPickRay& ray,
+                    const kalmyr::TriangleTree::Hit& met)
 {
-    const std::uint32_t *corners = &g.triangles[met.triangle * 3];
+    const std::uint32_t* corners = &g.triangles[met.triangle * 3];
     SoPickHit hit;
     hit.t = met.t;
     hit.point = ray.origin + ray.direction * met.t;
     SbVec2f texCoord;
     hit.normal = SbVec3f();
     for (int i = 0; i < 3; ++i) {
-        if (!g.normals.empty()) hit.normal += g.normals[corners[i]] * met.barycentric[i];
-        if (!g.texCoords.empty()) texCoord += g.texCoords[corners[i]] * met.barycentric[i];
+        if (!g.normals.empty())
+            hit.normal += g.normals[corners[i]] * met.barycentric[i];
+        if (!g.texCoords.empty())
+            texCoord += g.texCoords[corners[i]] * met.barycentric[i];
     }
-    if (hit.normal.normalize() == 0) hit.normal = faceNormal(g, corners);
-    SoPickedPoint *picked = action->addHit(hit);
-    if (!picked) return;
+    if (hit.normal.normalize() == 0)
+        hit.normal = faceNormal(g, corners);
+    SoPickedPoint* picked = action->addHit(hit);
+    if (!picked)
+        return;
     picked->setTextureCoords(texCoord);
     auto detail = std::make_unique<SoFaceDetail>();
     detail->setFaceIndex(g.triangleFaces.empty() ? static_cast<int>(met.triangle)
@@ -62,13 +67,15 @@ void addTriangleHit(SoRayPickAction *action, const SoGeometry &g, const SoPickRa
     picked->setDetail(std::move(detail));
 }
 
-void pickTriangles(SoRayPickAction *action, const SoGeometry &g)
+void pickTriangles(SoRayPickAction* action, const SoGeometry& g)
 {
-    if (g.triangles.empty()) return;
+    if (g.triangles.empty())
+        return;
     const SoPickRay ray = action->getObjectRay();
-    if (ray.tMin > ray.tMax) return;
-    const kalmyr::TriangleTree &tree = g.getTriangleTree();
-    const auto add = [&](const kalmyr::TriangleTree::Hit &met) {
+    if (ray.tMin > ray.tMax)
+        return;
+    const kalmyr::TriangleTree& tree = g.getTriangleTree();
+    const auto add = [&](const kalmyr::TriangleTree::Hit& met) {
         addTriangleHit(action, g, ray, met);
         return true;
     };
@@ -79,72 +86,84 @@ void pickTriangles(SoRayPickAction *action, const SoGeometry &g)
         add(nearest);
 }
 
-void pickLinesAndPoints(SoRayPickAction *action, const SoGeometry &g)
+void pickLinesAndPoints(SoRayPickAction* action, const SoGeometry& g)
 {
     SoPickHit hit;
     for (std::size_t i = 0; i + 1 < g.lines.size(); i += 2) {
-        if (!action->intersectLine(g.positions[g.lines[i]], g.positions[g.lines[i + 1]], hit)) continue;
-        SoPickedPoint *picked = action->addHit(hit);
-        if (!picked) continue;
+        if (!action->intersectLine(g.positions[g.lines[i]], g.positions[g.lines[i + 1]], hit))
+            continue;
+        SoPickedPoint* picked = action->addHit(hit);
+        if (!picked)
+            continue;
         auto detail = std::make_unique<SoLineDetail>();
         detail->setPartIndex(static_cast<int>(i / 2));
         picked->setDetail(std::move(detail));
     }
     for (std::size_t i = 0; i < g.points.size(); ++i) {
-        if (!action->intersectPoint(g.positions[g.points[i]], hit)) continue;
-        SoPickedPoint *picked = action->addHit(hit);
-        if (!picked) continue;
+        if (!action->intersectPoint(g.positions[g.points[i]], hit))
+            continue;
+        SoPickedPoint* picked = action->addHit(hit);
+        if (!picked)
+            continue;
         auto detail = std::make_unique<SoPointDetail>();
         detail->setCoordinateIndex(static_cast<int>(i));
         picked->setDetail(std::move(detail));
     }
 }
 
-void pickShape(SoAction *action, SoNode *node)
+void pickShape(SoAction* action, SoNode* node)
 {
-    auto *pick = static_cast<SoRayPickAction *>(action);
-    auto *shape = static_cast<SoShape *>(node);
-    SoState *state = action->getState();
+    auto* pick = static_cast<SoRayPickAction*>(action);
+    auto* shape = static_cast<SoShape*>(node);
+    SoState* state = action->getState();
     const auto style = state->get<SoPickStyleElement>().value().style;
-    if (style == SoPickStyleValue::UNPICKABLE || !pick->hasRay()) return;
+    if (style == SoPickStyleValue::UNPICKABLE || !pick->hasRay())
+        return;
     SbBox3f box;
     SbVec3f center;
     shape->computeBBox(state, box, center);
-    if (box.isEmpty() || !pick->mayHit(box)) return;
+    if (box.isEmpty() || !pick->mayHit(box))
+        return;
     if (style == SoPickStyleValue::BOUNDING_BOX) {
         SoPickHit hit;
-        if (pick->intersectBox(box, hit)) pick->addHit(hit);
+        if (pick->intersectBox(box, hit))
+            pick->addHit(hit);
         return;
     }
     const SoRef<SoGeometry> geometry = shape->getGeometry(state);
-    if (!geometry) return;
+    if (!geometry)
+        return;
     pickTriangles(pick, *geometry);
     pickLinesAndPoints(pick, *geometry);
 }
 
 // ---- primitives
 
-SoPrimitiveVertex vertexAt(const SoGeometry &g, std::uint32_t i, std::uint32_t color)
+SoPrimitiveVertex vertexAt(const SoGeometry& g, std::uint32_t i, std::uint32_t color)
 {
     SoPrimitiveVertex v;
     v.point = g.positions[i];
-    if (!g.normals.empty()) v.normal = g.normals[i];
-    if (!g.texCoords.empty()) v.texCoord = g.texCoords[i];
+    if (!g.normals.empty())
+        v.normal = g.normals[i];
+    if (!g.texCoords.empty())
+        v.texCoord = g.texCoords[i];
     v.color = g.colors.empty() ? color : g.colors[i];
     return v;
 }
 
-void handOut(SoAction *action, SoNode *node)
+void handOut(SoAction* action, SoNode* node)
 {
-    auto *out = static_cast<SoCallbackAction *>(action);
+    auto* out = static_cast<SoCallbackAction*>(action);
     const bool triangles = out->wantsTriangles(node);
     const bool lines = out->wantsLines(node);
     const bool points = out->wantsPoints(node);
-    if (!triangles && !lines && !points) return;
-    const SoRef<SoGeometry> held = static_cast<SoShape *>(node)->getGeometry(action->getState());
-    if (!held) return;
-    const SoGeometry &g = *held;
-    const SoMaterialValues &material = SoMaterialElement::get(action->getState());
+    if (!triangles && !lines && !points)
+        return;
+    const SoRef<SoGeometry> held = static_cast<SoShape*>(node)->getGeometry(action->getState());
+    if (!held)
+        return;
+    const SoGeometry& g = *held;
+    const SoMaterialValues& material = SoMaterialElement::get(action->getState());
     const std::uint32_t color = material.getDiffuse().getPackedValue(material.getTransparency());
     const auto vertex = [&](std::uint32_t i) { return vertexAt(g, i, color); };
     for (std::size_t i = 0; triangles && i + 2 < g.triangles.size(); i += 3) {

@@ -14,13 +14,14 @@ struct SharedKey {
     Kind kind = CUBE;
     int parts = 0;
     int segments = 0;
-    std::array<std::uint32_t, 3> sizes{}; ///< bits of the floats, so that not-a-number has its place
-    auto operator<=>(const SharedKey &) const = default;
+    std::array<std::uint32_t, 3>
+        sizes{}; ///< bits of the floats, so that not-a-number has its place
+    auto operator<=>(const SharedKey&) const = default;
 };
 
-using BuildFunction = void (*)(const SharedKey &key, SoGeometry &geometry);
+using BuildFunction = void (*)(const SharedKey& key, SoGeometry& geometry);
 
 /// The geometry of that key: the living one, or a new one. It is forgotten with its last user.
-SoRef<SoGeometry> sharedGeometry(const SharedKey &key, BuildFunction build);
+SoRef<SoGeometry> sharedGeometry(const SharedKey& key, BuildFunction build);
 
 } // namespace kalmyr::detail

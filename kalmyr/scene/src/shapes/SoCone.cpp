@@ -32,7 +32,7 @@ void SoCone::initClass()
     SO_NODE_INIT_CLASS(SoCone, SoShape, "Cone");
 }
 
-kalmyr::detail::SharedKey SoCone::getKey(SoState *state) const
+kalmyr::detail::SharedKey SoCone::getKey(SoState* state) const
 {
     using kalmyr::detail::sizeBits;
     kalmyr::detail::SharedKey key;
@@ -43,27 +43,30 @@ kalmyr::detail::SharedKey SoCone::getKey(SoState *state) const
     return key;
 }
 
-void SoCone::computeBBox(SoState *, SbBox3f &box, SbVec3f &center)
+void SoCone::computeBBox(SoState*, SbBox3f& box, SbVec3f& center)
 {
     const float r = std::abs(bottomRadius.getValue()), h = std::abs(height.getValue()) / 2;
     box.makeEmpty();
-    if (parts.getValue() & ALL) box.setBounds({-r, -h, -r}, {r, parts.getValue() & SIDES ? h : -h, r});
+    if (parts.getValue() & ALL)
+        box.setBounds({-r, -h, -r}, {r, parts.getValue() & SIDES ? h : -h, r});
     center = box.getCenter();
 }
 
-std::uint64_t SoCone::stateKey(SoState *state) const
+std::uint64_t SoCone::stateKey(SoState* state) const
 {
     return kalmyr::detail::primitiveStateKey(state, kalmyr::detail::segmentsOf(state), true);
 }
 
-SoRef<SoGeometry> SoCone::findShared(SoState *state)
+SoRef<SoGeometry> SoCone::findShared(SoState* state)
 {
-    if (kalmyr::detail::hasPartColors(state)) return nullptr;
+    if (kalmyr::detail::hasPartColors(state))
+        return nullptr;
     return kalmyr::detail::sharedGeometry(getKey(state), kalmyr::detail::buildPrimitive);
 }
 
-void SoCone::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoCone::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::detail::buildPrimitive(getKey(state), geometry);
-    if (kalmyr::detail::hasPartColors(state)) kalmyr::detail::applyPartColors(state, geometry);
+    if (kalmyr::detail::hasPartColors(state))
+        kalmyr::detail::applyPartColors(state, geometry);
 }

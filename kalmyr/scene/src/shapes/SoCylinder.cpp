@@ -33,7 +33,7 @@ void SoCylinder::initClass()
     SO_NODE_INIT_CLASS(SoCylinder, SoShape, "Cylinder");
 }
 
-kalmyr::detail::SharedKey SoCylinder::getKey(SoState *state) const
+kalmyr::detail::SharedKey SoCylinder::getKey(SoState* state) const
 {
     using kalmyr::detail::sizeBits;
     kalmyr::detail::SharedKey key;
@@ -44,28 +44,32 @@ kalmyr::detail::SharedKey SoCylinder::getKey(SoState *state) const
     return key;
 }
 
-void SoCylinder::computeBBox(SoState *, SbBox3f &box, SbVec3f &center)
+void SoCylinder::computeBBox(SoState*, SbBox3f& box, SbVec3f& center)
 {
     const float r = std::abs(radius.getValue()), h = std::abs(height.getValue()) / 2;
     const int shown = parts.getValue();
     box.makeEmpty();
-    if (shown & ALL) box.setBounds({-r, shown & (SIDES | BOTTOM) ? -h : h, -r}, {r, shown & (SIDES | TOP) ? h : -h, r});
+    if (shown & ALL)
+        box.setBounds({-r, shown & (SIDES | BOTTOM) ? -h : h, -r},
+                      {r, shown & (SIDES | TOP) ? h : -h, r});
     center = box.getCenter();
 }
 
-std::uint64_t SoCylinder::stateKey(SoState *state) const
+std::uint64_t SoCylinder::stateKey(SoState* state) const
 {
     return kalmyr::detail::primitiveStateKey(state, kalmyr::detail::segmentsOf(state), true);
 }
 
-SoRef<SoGeometry> SoCylinder::findShared(SoState *state)
+SoRef<SoGeometry> SoCylinder::findShared(SoState* state)
 {
-    if (kalmyr::detail::hasPartColors(state)) return nullptr;
+    if (kalmyr::detail::hasPartColors(state))
+        return nullptr;
     return kalmyr::detail::sharedGeometry(getKey(state), kalmyr::detail::buildPrimitive);
 }
 
-void SoCylinder::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoCylinder::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::detail::buildPrimitive(getKey(state), geometry);
-    if (kalmyr::detail::hasPartColors(state)) kalmyr::detail::applyPartColors(state, geometry);
+    if (kalmyr::detail::hasPartColors(state))
+        kalmyr::detail::applyPartColors(state, geometry);
 }

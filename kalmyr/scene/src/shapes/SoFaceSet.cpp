@@ -15,7 +15,7 @@ void SoFaceSet::initClass()
     SO_NODE_INIT_CLASS(SoFaceSet, SoNonIndexedShape, "FaceSet");
 }
 
-void SoFaceSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::FaceInput input;
     std::vector<std::uint32_t> colors;

@@ -20,8 +20,10 @@ SoGeometry::SoGeometry() : m_id(nextGeometryId()) {}
 
 SoGeometry::~SoGeometry()
 {
-    if (m_onDeath) m_onDeath(this);
-    if (s_deathObserver) s_deathObserver(m_id);
+    if (m_onDeath)
+        m_onDeath(this);
+    if (s_deathObserver)
+        s_deathObserver(m_id);
 }
 
 void SoGeometry::setDeathObserver(DeathObserver observer)
@@ -29,17 +31,19 @@ void SoGeometry::setDeathObserver(DeathObserver observer)
     s_deathObserver = observer;
 }
 
-const SbBox3f &SoGeometry::getBox() const
+const SbBox3f& SoGeometry::getBox() const
 {
     if (!m_boxKnown) {
-        for (const SbVec3f &p : positions) m_box.extendBy(p);
+        for (const SbVec3f& p : positions)
+            m_box.extendBy(p);
         m_boxKnown = true;
     }
     return m_box;
 }
 
-const kalmyr::TriangleTree &SoGeometry::getTriangleTree() const
+const kalmyr::TriangleTree& SoGeometry::getTriangleTree() const
 {
-    if (!m_tree) m_tree = std::make_unique<kalmyr::TriangleTree>(positions, triangles);
+    if (!m_tree)
+        m_tree = std::make_unique<kalmyr::TriangleTree>(positions, triangles);
     return *m_tree;
 }

@@ -14,7 +14,7 @@ void SoIndexedFaceSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedFaceSet, SoIndexedShape, "IndexedFaceSet");
 }
 
-void SoIndexedFaceSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoIndexedFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::FaceInput input;
     std::vector<std::uint32_t> colors;

@@ -14,7 +14,7 @@ void SoIndexedLineSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedLineSet, SoIndexedShape, "IndexedLineSet");
 }
 
-void SoIndexedLineSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoIndexedLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::VertexInput input;
     std::vector<std::uint32_t> colors;

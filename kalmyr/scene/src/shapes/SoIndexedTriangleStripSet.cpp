@@ -14,7 +14,7 @@ void SoIndexedTriangleStripSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedTriangleStripSet, SoIndexedShape, "IndexedTriangleStripSet");
 }
 
-void SoIndexedTriangleStripSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoIndexedTriangleStripSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::FaceInput input;
     std::vector<std::uint32_t> colors;

@@ -15,7 +15,7 @@ void SoLineSet::initClass()
     SO_NODE_INIT_CLASS(SoLineSet, SoNonIndexedShape, "LineSet");
 }
 
-void SoLineSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::VertexInput input;
     std::vector<std::uint32_t> colors;

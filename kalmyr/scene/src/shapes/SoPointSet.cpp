@@ -15,7 +15,7 @@ void SoPointSet::initClass()
     SO_NODE_INIT_CLASS(SoPointSet, SoNonIndexedShape, "PointSet");
 }
 
-void SoPointSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoPointSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::VertexInput input;
     std::vector<std::uint32_t> colors;
@@ -23,7 +23,8 @@ void SoPointSet::buildGeometry(SoState *state, SoGeometry &geometry)
     const std::int32_t count = numPoints.getValue();
     const std::vector<std::int32_t> indices =
         makeIndices({&count, 1}, static_cast<int>(input.positions.size()));
-    if (indices.size() <= 1) return; // no indices would mean all positions to the builder
+    if (indices.size() <= 1)
+        return; // no indices would mean all positions to the builder
     input.coordIndex = indices;
     input.coordField = "numPoints: position";
     kalmyr::PointBuilder(input).build(geometry);

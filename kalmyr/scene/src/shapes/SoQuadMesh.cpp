@@ -4,9 +4,11 @@
 
 namespace {
 
-template <class T> void countByGrid(kalmyr::Attribute<T> &attribute, std::span<const std::int32_t> indices)
+template <class T>
+void countByGrid(kalmyr::Attribute<T>& attribute, std::span<const std::int32_t> indices)
 {
-    if (attribute.binding != SoBinding::PER_VERTEX) return;
+    if (attribute.binding != SoBinding::PER_VERTEX)
+        return;
     attribute.binding = SoBinding::PER_VERTEX_INDEXED;
     attribute.indices = indices;
     attribute.indexField = "value of vertex";
@@ -30,17 +32,20 @@ void SoQuadMesh::initClass()
     SO_NODE_INIT_CLASS(SoQuadMesh, SoNonIndexedShape, "QuadMesh");
 }
 
-void SoQuadMesh::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoQuadMesh::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::FaceInput input;
     std::vector<std::uint32_t> colors;
     fillInput(state, {}, input, colors);
     fillHints(state, input);
     const auto numPositions = static_cast<std::int64_t>(input.positions.size());
-    const std::int64_t columns = std::min<std::int64_t>(verticesPerRow.getValue(), numPositions + 1);
-    if (columns < 2 || verticesPerColumn.getValue() < 2) return;
+    const std::int64_t columns =
+        std::min<std::int64_t>(verticesPerRow.getValue(), numPositions + 1);
+    if (columns < 2 || verticesPerColumn.getValue() < 2)
+        return;
     // One row beyond the positions is enough for the builder to complain.
-    const std::int64_t rows = std::min<std::int64_t>(verticesPerColumn.getValue(), numPositions / columns + 2);
+    const std::int64_t rows =
+        std::min<std::int64_t>(verticesPerColumn.getValue(), numPositions / columns + 2);
     const std::int64_t first = startIndex.getValue();
     std::vector<std::int32_t> positions, values;
     for (std::int64_t r = 0; r + 1 < rows; ++r) {

@@ -19,36 +19,41 @@ void SoShape::initClass()
     kalmyr::detail::addShapeMethods(getClassTypeId());
 }
 
-std::uint64_t SoShape::stateKey(SoState *) const
+std::uint64_t SoShape::stateKey(SoState*) const
 {
     return 0;
 }
 
-SoRef<SoGeometry> SoShape::findShared(SoState *)
+SoRef<SoGeometry> SoShape::findShared(SoState*)
 {
     return nullptr;
 }
 
-SoShape::Cached *SoShape::findCached(std::uint64_t key)
+SoShape::Cached* SoShape::findCached(std::uint64_t key)
 {
-    if (m_first.filled && m_first.key == key) return &m_first;
-    if (!m_more) return nullptr;
-    for (Cached &result : m_more->results) {
-        if (result.filled && result.key == key) return &result;
+    if (m_first.filled && m_first.key == key)
+        return &m_first;
+    if (!m_more)
+        return nullptr;
+    for (Cached& result : m_more->results) {
+        if (result.filled && result.key == key)
+            return &result;
     }
     return nullptr;
 }
 
-SoShape::Cached &SoShape::slotForNew()
+SoShape::Cached& SoShape::slotForNew()
 {
-    if (!m_first.filled) return m_first;
-    if (!m_more) m_more = std::make_unique<More>();
-    Cached &slot = m_more->results[static_cast<std::size_t>(m_more->next)];
+    if (!m_first.filled)
+        return m_first;
+    if (!m_more)
+        m_more = std::make_unique<More>();
+    Cached& slot = m_more->results[static_cast<std::size_t>(m_more->next)];
     m_more->next = (m_more->next + 1) % kMoreResults;
     return slot;
 }
 
-SoRef<SoGeometry> SoShape::getGeometry(SoState *state)
+SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
 {
     if (m_builtFrom != getNodeId()) {
         m_first = {};
@@ -56,18 +61,20 @@ SoRef<SoGeometry> SoShape::getGeometry(SoState *state)
         m_builtFrom = getNodeId();
     }
     const std::uint64_t key = stateKey(state);
-    if (const Cached *known = findCached(key)) return known->geometry;
+    if (const Cached* known = findCached(key))
+        return known->geometry;
     SoRef<SoGeometry> geometry = findShared(state);
     if (!geometry) {
         geometry = new SoGeometry;
         buildGeometry(state, *geometry);
     }
-    if (geometry->isEmpty()) geometry.reset();
+    if (geometry->isEmpty())
+        geometry.reset();
     slotForNew() = {key, true, geometry};
     return geometry;
 }
 
-void SoShape::computeBBox(SoState *state, SbBox3f &box, SbVec3f &center)
+void SoShape::computeBBox(SoState* state, SbBox3f& box, SbVec3f& center)
 {
     const SoRef<SoGeometry> geometry = getGeometry(state);
     box = geometry ? geometry->getBox() : SbBox3f();

@@ -19,7 +19,7 @@ void SoSphere::initClass()
     SO_NODE_INIT_CLASS(SoSphere, SoShape, "Sphere");
 }
 
-kalmyr::detail::SharedKey SoSphere::getKey(SoState *state) const
+kalmyr::detail::SharedKey SoSphere::getKey(SoState* state) const
 {
     using kalmyr::detail::sizeBits;
     kalmyr::detail::SharedKey key;
@@ -29,24 +29,24 @@ kalmyr::detail::SharedKey SoSphere::getKey(SoState *state) const
     return key;
 }
 
-void SoSphere::computeBBox(SoState *, SbBox3f &box, SbVec3f &center)
+void SoSphere::computeBBox(SoState*, SbBox3f& box, SbVec3f& center)
 {
     const float r = std::abs(radius.getValue());
     box.setBounds({-r, -r, -r}, {r, r, r});
     center = box.getCenter();
 }
 
-std::uint64_t SoSphere::stateKey(SoState *state) const
+std::uint64_t SoSphere::stateKey(SoState* state) const
 {
     return kalmyr::detail::primitiveStateKey(state, kalmyr::detail::segmentsOf(state), false);
 }
 
-SoRef<SoGeometry> SoSphere::findShared(SoState *state)
+SoRef<SoGeometry> SoSphere::findShared(SoState* state)
 {
     return kalmyr::detail::sharedGeometry(getKey(state), kalmyr::detail::buildPrimitive);
 }
 
-void SoSphere::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoSphere::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::detail::buildPrimitive(getKey(state), geometry);
 }

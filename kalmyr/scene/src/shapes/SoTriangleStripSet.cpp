@@ -15,7 +15,7 @@ void SoTriangleStripSet::initClass()
     SO_NODE_INIT_CLASS(SoTriangleStripSet, SoNonIndexedShape, "TriangleStripSet");
 }
 
-void SoTriangleStripSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoTriangleStripSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     kalmyr::FaceInput input;
     std::vector<std::uint32_t> colors;

@@ -5,11 +5,11 @@
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoTextureElement.h>
-#include <kalmyr/nodes/SoVertexProperty.h>
+#include <kalmyr/shapes/SoVertexProperty.h>
 
 namespace {
 
-bool isTextured(SoState *state)
+bool isTextured(SoState* state)
 {
     return !state->get<SoTextureElement>().value().image.isNull();
 }
@@ -19,7 +19,7 @@ int orIndexedVertex(int binding)
     return binding ? binding : SoBinding::PER_VERTEX_INDEXED;
 }
 
-void fillNormals(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<SbVec3f> &normals)
+void fillNormals(SoState* state, const SoVertexProperty* own, kalmyr::Attribute<SbVec3f>& normals)
 {
     if (own && own->normal.getNum() > 0) {
         normals.values = own->normal.values();
@@ -30,9 +30,11 @@ void fillNormals(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<
     normals.binding = orIndexedVertex(state->get<SoNormalBindingElement>().get());
 }
 
-void fillTexCoords(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<SbVec2f> &texCoords)
+void fillTexCoords(SoState* state, const SoVertexProperty* own,
+                   kalmyr::Attribute<SbVec2f>& texCoords)
 {
-    if (!isTextured(state)) return;
+    if (!isTextured(state))
+        return;
     texCoords.binding = SoBinding::PER_VERTEX_INDEXED;
     if (own && own->texCoord.getNum() > 0) {
         texCoords.values = own->texCoord.values();
@@ -42,8 +44,8 @@ void fillTexCoords(SoState *state, const SoVertexProperty *own, kalmyr::Attribut
     texCoords.binding = orIndexedVertex(state->get<SoTextureCoordinateBindingElement>().get());
 }
 
-void fillColors(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<std::uint32_t> &colors,
-                std::vector<std::uint32_t> &packed)
+void fillColors(SoState* state, const SoVertexProperty* own,
+                kalmyr::Attribute<std::uint32_t>& colors, std::vector<std::uint32_t>& packed)
 {
     if (own && own->orderedRGBA.getNum() > 0) {
         colors.values = own->orderedRGBA.values();
@@ -51,8 +53,9 @@ void fillColors(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<s
         return;
     }
     colors.binding = SoMaterialBindingElement::get(state);
-    if (colors.binding == SoBinding::OVERALL) return;
-    const SoMaterialValues &material = SoMaterialElement::get(state);
+    if (colors.binding == SoBinding::OVERALL)
+        return;
+    const SoMaterialValues& material = SoMaterialElement::get(state);
     const int count = std::max({material.numDiffuse, material.numTransparency, 1});
     packed.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
@@ -65,16 +68,20 @@ void fillColors(SoState *state, const SoVertexProperty *own, kalmyr::Attribute<s
 int withoutIndices(int binding)
 {
     switch (binding) {
-    case SoBinding::PER_PART_INDEXED: return SoBinding::PER_PART;
-    case SoBinding::PER_FACE_INDEXED: return SoBinding::PER_FACE;
-    case SoBinding::PER_VERTEX_INDEXED: return SoBinding::PER_VERTEX;
-    default: return binding;
+    case SoBinding::PER_PART_INDEXED:
+        return SoBinding::PER_PART;
+    case SoBinding::PER_FACE_INDEXED:
+        return SoBinding::PER_FACE;
+    case SoBinding::PER_VERTEX_INDEXED:
+        return SoBinding::PER_VERTEX;
+    default:
+        return binding;
     }
 }
 
 template <class T, class Indices>
-void setIndices(kalmyr::Attribute<T> &attribute, const Indices &all, std::span<const std::int32_t> indices,
-                const char *field)
+void setIndices(kalmyr::Attribute<T>& attribute, const Indices& all,
+                std::span<const std::int32_t> indices, const char* field)
 {
     if (!all.indexed) {
         attribute.binding = withoutIndices(attribute.binding);
@@ -101,10 +108,10 @@ void SoVertexShape::initClass()
     SO_NODE_INIT_ABSTRACT_CLASS(SoVertexShape, SoShape, "VertexShape");
 }
 
-void SoVertexShape::fillInput(SoState *state, const Indices &indices, kalmyr::VertexInput &input,
-                              std::vector<std::uint32_t> &packedColors) const
+void SoVertexShape::fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
+                              std::vector<std::uint32_t>& packedColors) const
 {
-    const SoVertexProperty *own = getProperty();
+    const SoVertexProperty* own = getProperty();
     input.node = this;
     input.positions = own && own->vertex.getNum() > 0 ? own->vertex.values()
                                                       : state->get<SoCoordinateElement>().get();
@@ -116,16 +123,17 @@ void SoVertexShape::fillInput(SoState *state, const Indices &indices, kalmyr::Ve
     setIndices(input.colors, indices, indices.material, "materialIndex");
 }
 
-const SoVertexProperty *SoVertexShape::getProperty() const
+const SoVertexProperty* SoVertexShape::getProperty() const
 {
-    const SoNode *node = vertexProperty.isIgnored() ? nullptr : vertexProperty.getValue();
-    if (!node || !node->isOfType(SoVertexProperty::getClassTypeId())) return nullptr;
-    return static_cast<const SoVertexProperty *>(node);
+    const SoNode* node = vertexProperty.isIgnored() ? nullptr : vertexProperty.getValue();
+    if (!node || !node->isOfType(SoVertexProperty::getClassTypeId()))
+        return nullptr;
+    return static_cast<const SoVertexProperty*>(node);
 }
 
-void SoVertexShape::fillHints(SoState *state, kalmyr::FaceInput &input)
+void SoVertexShape::fillHints(SoState* state, kalmyr::FaceInput& input)
 {
-    const SoShapeHintsValues &hints = SoShapeHintsElement::get(state);
+    const SoShapeHintsValues& hints = SoShapeHintsElement::get(state);
     input.convex = hints.faceType == SoShapeHintsValues::CONVEX;
     input.clockwise = hints.vertexOrdering == SoShapeHintsValues::CLOCKWISE;
     input.solid = hints.shapeType == SoShapeHintsValues::SOLID
@@ -134,7 +142,7 @@ void SoVertexShape::fillHints(SoState *state, kalmyr::FaceInput &input)
     input.makeTexCoords = isTextured(state);
 }
 
-std::uint64_t SoVertexShape::stateKey(SoState *state) const
+std::uint64_t SoVertexShape::stateKey(SoState* state) const
 {
     using kalmyr::detail::addToKey;
     // The property is below the shape and counts by the shape's own id.
@@ -144,8 +152,10 @@ std::uint64_t SoVertexShape::stateKey(SoState *state) const
     key = addToKey(key, state->get<SoShapeHintsElement>().getValueId());
     const int binding = SoMaterialBindingElement::get(state);
     key = addToKey(key, static_cast<std::uint64_t>(binding));
-    if (binding != SoBinding::OVERALL) key = addToKey(key, state->get<SoMaterialElement>().getValueId());
-    if (!isTextured(state)) return key;
+    if (binding != SoBinding::OVERALL)
+        key = addToKey(key, state->get<SoMaterialElement>().getValueId());
+    if (!isTextured(state))
+        return key;
     key = addToKey(key, state->get<SoTextureCoordinateElement>().getValueId());
     return addToKey(key, state->get<SoTextureCoordinateBindingElement>().getValueId());
 }

@@ -32,7 +32,7 @@ struct Box {
         lo = min(lo, l);
         hi = max(hi, h);
     }
-    void add(const Box &b) { add(b.lo, b.hi); }
+    void add(const Box& b) { add(b.lo, b.hi); }
     float halfArea() const
     {
         const Float4 d = hi - lo;
@@ -64,16 +64,18 @@ struct Binning {
     float low = 0;
     float scale = 0;
 
-    Binning(const Box &centers, int along, std::uint32_t triangles) : axis(along)
+    Binning(const Box& centers, int along, std::uint32_t triangles) : axis(along)
     {
         // A few triangles do not fill many bins.
-        if (triangles < kFewTriangles) count = kFewBins;
+        if (triangles < kFewTriangles)
+            count = kFewBins;
         const float extent = centers.hi[axis] - centers.lo[axis];
         low = centers.lo[axis];
-        if (extent > 0) scale = static_cast<float>(count) * 0.9999f / extent;
+        if (extent > 0)
+            scale = static_cast<float>(count) * 0.9999f / extent;
     }
     bool isUsable() const { return scale > 0; }
-    int binOf(const Ref &ref) const
+    int binOf(const Ref& ref) const
     {
         const int bin = static_cast<int>((ref.lo[axis] + ref.hi[axis] - low) * scale);
         return bin < 0 ? 0 : bin >= count ? count - 1 : bin;
@@ -88,7 +90,7 @@ struct Run {
     Box centers; ///< of twice the middles of the boxes
 
     std::uint32_t count() const { return end - begin; }
-    void add(const Ref &ref)
+    void add(const Ref& ref)
     {
         box.add(ref.lo, ref.hi);
         const Float4 center = ref.lo + ref.hi;
@@ -105,31 +107,34 @@ struct Run {
 } // namespace
 
 struct TriangleTree::Builder {
-    TriangleTree &tree;
+    TriangleTree& tree;
     std::vector<Ref> refs;
 
     void collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
     void build();
-    void fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
+    void fillTriangles(std::span<const SbVec3f> positions,
+                       std::span<const std::uint32_t> triangles);
 
 private:
-    Split findSplit(const Run &run) const;
-    void divide(const Run &run, const Split &split, Run &left, Run &right);
-    bool makeLeafOrSplit(const Run &run, Split &split);
+    Split findSplit(const Run& run) const;
+    void divide(const Run& run, const Split& split, Run& left, Run& right);
+    bool makeLeafOrSplit(const Run& run, Split& split);
 };
 
-void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+void TriangleTree::Builder::collect(std::span<const SbVec3f> positions,
+                                    std::span<const std::uint32_t> triangles)
 {
     const auto count = static_cast<std::uint32_t>(triangles.size() / 3);
     refs.reserve(count);
     const auto corner = [&](std::size_t i) {
-        const SbVec3f &p = positions[triangles[i]];
+        const SbVec3f& p = positions[triangles[i]];
         return Float4::of(p[0], p[1], p[2], 0);
     };
     for (std::uint32_t i = 0; i < count; ++i) {
         const Float4 a = corner(i * 3UL), b = corner(i * 3UL + 1), c = corner(i * 3UL + 2);
         // A sum is not finite when one of its parts is not: min and max may lose a not-a-number.
-        if (!isFinite(a + b + c)) continue;
+        if (!isFinite(a + b + c))
+            continue;
         Ref ref{min(min(a, b), c), max(max(a, b), c)};
         ref.lo[3] = std::bit_cast<float>(i);
         ref.hi[3] = 0;
@@ -138,10 +143,11 @@ void TriangleTree::Builder::collect(std::span<const SbVec3f> positions, std::spa
 }
 
 /// The cheapest division along the longest axis; the others are hardly ever better.
-Split TriangleTree::Builder::findSplit(const Run &run) const
+Split TriangleTree::Builder::findSplit(const Run& run) const
 {
     const Binning binning(run.centers, run.longestAxis(), run.count());
-    if (!binning.isUsable()) return {};
+    if (!binning.isUsable())
+        return {};
     const auto bins = static_cast<std::size_t>(binning.count);
     std::array<Box, kBins> boxes;
     std::array<std::uint32_t, kBins> counts{};
@@ -164,21 +170,25 @@ Split TriangleTree::Builder::findSplit(const Run &run) const
     for (std::size_t b = 1; b < bins; ++b) {
         side.add(boxes[b - 1]);
         number += counts[b - 1];
-        if (!number || number == run.count()) continue;
+        if (!number || number == run.count())
+            continue;
         const float cost = side.halfArea() * static_cast<float>(number) + rightCost[b];
-        if (cost < best.cost) best = {cost, binning.axis, static_cast<int>(b)};
+        if (cost < best.cost)
+            best = {cost, binning.axis, static_cast<int>(b)};
     }
     return best;
 }
 
-void TriangleTree::Builder::divide(const Run &run, const Split &split, Run &left, Run &right)
+void TriangleTree::Builder::divide(const Run& run, const Split& split, Run& left, Run& right)
 {
     std::uint32_t i = run.begin, j = run.end;
     if (split.axis < 0) {
         // Nothing tells them apart: half of them each.
         const std::uint32_t middle = i + run.count() / 2;
-        for (; i < middle; ++i) left.add(refs[i]);
-        for (std::uint32_t k = middle; k < run.end; ++k) right.add(refs[k]);
+        for (; i < middle; ++i)
+            left.add(refs[i]);
+        for (std::uint32_t k = middle; k < run.end; ++k)
+            right.add(refs[k]);
     } else {
         const Binning binning(run.centers, split.axis, run.count());
         while (i < j) {
@@ -196,16 +206,17 @@ void TriangleTree::Builder::divide(const Run &run, const Split &split, Run &left
     left.depth = right.depth = run.depth + 1;
 }
 
-bool TriangleTree::Builder::makeLeafOrSplit(const Run &run, Split &split)
+bool TriangleTree::Builder::makeLeafOrSplit(const Run& run, Split& split)
 {
-    Node &node = tree.m_nodes[run.node];
+    Node& node = tree.m_nodes[run.node];
     for (int k = 0; k < 3; ++k) {
         node.min[k] = run.box.lo[k];
         node.max[k] = run.box.hi[k];
     }
     // Comparing the costs of so few would take longer than it ever saves.
     const bool isLeaf = run.count() <= kMaxLeaf;
-    if (!isLeaf && run.depth < kMaxSahDepth) split = findSplit(run);
+    if (!isLeaf && run.depth < kMaxSahDepth)
+        split = findSplit(run);
     node.first = isLeaf ? run.begin : static_cast<std::uint32_t>(tree.m_nodes.size());
     node.count = isLeaf ? run.count() : 0;
     return isLeaf;
@@ -218,12 +229,14 @@ void TriangleTree::Builder::build()
     tree.m_nodes.emplace_back();
     std::vector<Run> open(1);
     open[0].end = total;
-    for (const Ref &ref : refs) open[0].add(ref);
+    for (const Ref& ref : refs)
+        open[0].add(ref);
     while (!open.empty()) {
         const Run run = open.back();
         open.pop_back();
         Split split;
-        if (makeLeafOrSplit(run, split)) continue;
+        if (makeLeafOrSplit(run, split))
+            continue;
         Run left, right;
         left.node = static_cast<std::uint32_t>(tree.m_nodes.size());
         right.node = left.node + 1;
@@ -235,16 +248,17 @@ void TriangleTree::Builder::build()
     tree.m_nodes.shrink_to_fit();
 }
 
-void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions,
+                                          std::span<const std::uint32_t> triangles)
 {
     tree.m_order.resize(refs.size());
     tree.m_triangles.resize(refs.size());
     for (std::size_t i = 0; i < refs.size(); ++i) {
         const std::uint32_t number = refs[i].number();
-        const SbVec3f &a = positions[triangles[number * 3UL]];
+        const SbVec3f& a = positions[triangles[number * 3UL]];
         const SbVec3f e1 = positions[triangles[number * 3UL + 1]] - a;
         const SbVec3f e2 = positions[triangles[number * 3UL + 2]] - a;
-        Triangle &t = tree.m_triangles[i];
+        Triangle& t = tree.m_triangles[i];
         for (int k = 0; k < 3; ++k) {
             t.v0[k] = a[k];
             t.e1[k] = e1[k];
@@ -254,11 +268,13 @@ void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions, st
     }
 }
 
-TriangleTree::TriangleTree(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles)
+TriangleTree::TriangleTree(std::span<const SbVec3f> positions,
+                           std::span<const std::uint32_t> triangles)
 {
     Builder builder{*this, {}};
     builder.collect(positions, triangles);
-    if (builder.refs.empty()) return;
+    if (builder.refs.empty())
+        return;
     builder.build();
     builder.fillTriangles(positions, triangles);
 }
@@ -278,7 +294,7 @@ struct PreparedRay {
     SbVec3f o, d;
 };
 
-PreparedRay prepare(const SbVec3f &origin, const SbVec3f &direction)
+PreparedRay prepare(const SbVec3f& origin, const SbVec3f& direction)
 {
     PreparedRay ray;
     ray.o = origin;
@@ -297,19 +313,20 @@ struct Triple {
     float x, y, z;
 };
 
-inline float dot(const Triple &a, const Triple &b)
+inline float dot(const Triple& a, const Triple& b)
 {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-inline Triple cross(const Triple &a, const Triple &b)
+inline Triple cross(const Triple& a, const Triple& b)
 {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
 // Both tests are inlined by force: the search spends all its time in them.
 template <class Node>
-[[gnu::always_inline]] inline bool meetsBox(const PreparedRay &ray, const Node &node, float tMin, float tMax, float &enter)
+[[gnu::always_inline]] inline bool meetsBox(const PreparedRay& ray, const Node& node, float tMin,
+                                            float tMax, float& enter)
 {
     // The fourth values are the node's two integers: whatever they read as is never looked at.
     const Float4 t0 = (Float4::load(node.min) - ray.origin) * ray.inverse;
@@ -322,22 +339,28 @@ template <class Node>
 }
 
 template <class Triangle>
-[[gnu::always_inline]] inline bool meetsTriangle(const PreparedRay &ray, const Triangle &t, float tMin, float tMax, TriangleTree::Hit &hit)
+[[gnu::always_inline]] inline bool meetsTriangle(const PreparedRay& ray, const Triangle& t,
+                                                 float tMin, float tMax, TriangleTree::Hit& hit)
 {
     // Written out: loops over three components stay loops in a plain optimised build.
-    const Triple d{ray.d[0], ray.d[1], ray.d[2]}, e1{t.e1[0], t.e1[1], t.e1[2]}, e2{t.e2[0], t.e2[1], t.e2[2]};
+    const Triple d{ray.d[0], ray.d[1], ray.d[2]}, e1{t.e1[0], t.e1[1], t.e1[2]},
+        e2{t.e2[0], t.e2[1], t.e2[2]};
     const Triple p = cross(d, e2);
     const float det = dot(e1, p);
-    if (det == 0) return false;
+    if (det == 0)
+        return false;
     const float inverse = 1 / det;
     const Triple s{ray.o[0] - t.v0[0], ray.o[1] - t.v0[1], ray.o[2] - t.v0[2]};
     const float u = dot(s, p) * inverse;
-    if (!(u >= -kEdgeTolerance && u <= 1 + kEdgeTolerance)) return false;
+    if (!(u >= -kEdgeTolerance && u <= 1 + kEdgeTolerance))
+        return false;
     const Triple q = cross(s, e1);
     const float v = dot(d, q) * inverse;
-    if (!(v >= -kEdgeTolerance && u + v <= 1 + kEdgeTolerance)) return false;
+    if (!(v >= -kEdgeTolerance && u + v <= 1 + kEdgeTolerance))
+        return false;
     const float at = dot(e2, q) * inverse;
-    if (!(at >= tMin && at <= tMax)) return false;
+    if (!(at >= tMin && at <= tMax))
+        return false;
     hit.t = at;
     hit.barycentric = SbVec3f(1 - u - v, u, v);
     hit.front = det > 0;
@@ -347,10 +370,11 @@ template <class Triangle>
 } // namespace
 
 template <class Visit>
-void TriangleTree::walk(const SbVec3f &origin, const SbVec3f &direction, float tMin, float &tMax,
-                        Visit &&visit) const
+void TriangleTree::walk(const SbVec3f& origin, const SbVec3f& direction, float tMin, float& tMax,
+                        Visit&& visit) const
 {
-    if (m_nodes.empty()) return;
+    if (m_nodes.empty())
+        return;
     const PreparedRay ray = prepare(origin, direction);
     struct Entry {
         std::uint32_t node;
@@ -359,16 +383,19 @@ void TriangleTree::walk(const SbVec3f &origin, const SbVec3f &direction, float t
     std::array<Entry, kStackSize> stack;
     int depth = 0;
     float enter = 0;
-    if (!meetsBox(ray, m_nodes[0], tMin, tMax, enter)) return;
+    if (!meetsBox(ray, m_nodes[0], tMin, tMax, enter))
+        return;
     std::uint32_t at = 0;
     for (;;) {
-        const Node &node = m_nodes[at];
+        const Node& node = m_nodes[at];
         if (node.count) {
             for (std::uint32_t i = node.first; i < node.first + node.count; ++i) {
                 Hit hit;
-                if (!meetsTriangle(ray, m_triangles[i], tMin, tMax, hit)) continue;
+                if (!meetsTriangle(ray, m_triangles[i], tMin, tMax, hit))
+                    continue;
                 hit.triangle = m_order[i];
-                if (!visit(hit)) return;
+                if (!visit(hit))
+                    return;
             }
         } else {
             float e0, e1;
@@ -386,20 +413,22 @@ void TriangleTree::walk(const SbVec3f &origin, const SbVec3f &direction, float t
             }
         }
         do {
-            if (depth == 0) return;
+            if (depth == 0)
+                return;
             --depth;
         } while (stack[static_cast<std::size_t>(depth)].enter > tMax);
         at = stack[static_cast<std::size_t>(depth)].node;
     }
 }
 
-bool TriangleTree::intersect(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
-                             Hit &nearest) const
+bool TriangleTree::intersect(const SbVec3f& origin, const SbVec3f& direction, float tMin,
+                             float tMax, Hit& nearest) const
 {
     bool found = false;
-    walk(origin, direction, tMin, tMax, [&](const Hit &hit) {
+    walk(origin, direction, tMin, tMax, [&](const Hit& hit) {
         // Of two at one distance the one of the lower number, whatever the tree looks like.
-        if (!found || hit.t < nearest.t || (hit.t == nearest.t && hit.triangle < nearest.triangle)) nearest = hit;
+        if (!found || hit.t < nearest.t || (hit.t == nearest.t && hit.triangle < nearest.triangle))
+            nearest = hit;
         tMax = nearest.t;
         found = true;
         return true;
@@ -407,10 +436,10 @@ bool TriangleTree::intersect(const SbVec3f &origin, const SbVec3f &direction, fl
     return found;
 }
 
-void TriangleTree::intersectAll(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
-                                HitFunction function, void *userData) const
+void TriangleTree::intersectAll(const SbVec3f& origin, const SbVec3f& direction, float tMin,
+                                float tMax, HitFunction function, void* userData) const
 {
-    walk(origin, direction, tMin, tMax, [&](const Hit &hit) { return function(userData, hit); });
+    walk(origin, direction, tMin, tMax, [&](const Hit& hit) { return function(userData, hit); });
 }
 
 } // namespace kalmyr

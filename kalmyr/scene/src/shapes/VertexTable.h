@@ -22,13 +22,15 @@ public:
         m_vertices.reserve(expected);
     }
 
-    std::uint32_t add(const Key &key)
+    std::uint32_t add(const Key& key)
     {
-        std::uint32_t &head = m_head[key.position];
+        std::uint32_t& head = m_head[key.position];
         int steps = 0;
-        for (std::uint32_t v = head; v != kNone && steps < kMaxSteps; v = m_vertices[v].next, ++steps) {
-            const Key &k = m_vertices[v].key;
-            if (k.normal == key.normal && k.texCoord == key.texCoord && k.color == key.color) return v;
+        for (std::uint32_t v = head; v != kNone && steps < kMaxSteps;
+             v = m_vertices[v].next, ++steps) {
+            const Key& k = m_vertices[v].key;
+            if (k.normal == key.normal && k.texCoord == key.texCoord && k.color == key.color)
+                return v;
         }
         const auto v = static_cast<std::uint32_t>(m_vertices.size());
         m_vertices.push_back({key, head});
@@ -37,7 +39,7 @@ public:
     }
 
     std::size_t size() const { return m_vertices.size(); }
-    const Key &operator[](std::size_t i) const { return m_vertices[i].key; }
+    const Key& operator[](std::size_t i) const { return m_vertices[i].key; }
 
 private:
     static constexpr std::uint32_t kNone = 0xffffffff;

@@ -23,7 +23,7 @@ float part(int i, int of)
 
 } // namespace
 
-void BodyBuilder::vertex(const SbVec3f &position, const SbVec3f &normal, const SbVec2f &texCoord)
+void BodyBuilder::vertex(const SbVec3f& position, const SbVec3f& normal, const SbVec2f& texCoord)
 {
     m_geometry.positions.push_back(position);
     m_geometry.normals.push_back(normal);
@@ -44,10 +44,10 @@ void BodyBuilder::rows(unsigned first, int count)
     }
 }
 
-void BodyBuilder::side(const Ring &lower, const Ring &upper, const SbVec2f &slope)
+void BodyBuilder::side(const Ring& lower, const Ring& upper, const SbVec2f& slope)
 {
     const auto first = static_cast<unsigned>(m_geometry.positions.size());
-    for (const Ring &ring : {lower, upper}) {
+    for (const Ring& ring : {lower, upper}) {
         for (int i = 0; i <= kSteps; ++i) {
             const float u = part(i, kSteps);
             SbVec3f normal = around(u) * slope[0] + SbVec3f(0, slope[1], 0);
@@ -91,7 +91,7 @@ void BodyBuilder::sphere(float radius)
     rows(first, kRows + 1);
 }
 
-void buildBox(SoGeometry &geometry, const SbVec3f &size)
+void buildBox(SoGeometry& geometry, const SbVec3f& size)
 {
     for (int face = 0; face < 6; ++face) {
         const int axis = face / 2;
@@ -102,14 +102,17 @@ void buildBox(SoGeometry &geometry, const SbVec3f &size)
         const SbVec3f up(0, axis == 1 ? 0.0f : 1.0f, axis == 1 ? -sign : 0.0f);
         const SbVec3f right = up.cross(normal);
         const auto first = static_cast<unsigned>(geometry.positions.size());
-        for (const SbVec2f &at : {SbVec2f(0, 0), SbVec2f(1, 0), SbVec2f(1, 1), SbVec2f(0, 1)}) {
+        for (const SbVec2f& at : {SbVec2f(0, 0), SbVec2f(1, 0), SbVec2f(1, 1), SbVec2f(0, 1)}) {
             const SbVec3f corner = normal + right * (2 * at[0] - 1) + up * (2 * at[1] - 1);
-            geometry.positions.emplace_back(corner[0] * size[0] / 2, corner[1] * size[1] / 2, corner[2] * size[2] / 2);
+            geometry.positions.emplace_back(corner[0] * size[0] / 2, corner[1] * size[1] / 2,
+                                            corner[2] * size[2] / 2);
             geometry.normals.push_back(normal);
             geometry.texCoords.push_back(at);
         }
-        for (const unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) geometry.triangles.push_back(first + corner);
-        for (int i = 0; i < 2; ++i) geometry.triangleFaces.push_back(face);
+        for (const unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u})
+            geometry.triangles.push_back(first + corner);
+        for (int i = 0; i < 2; ++i)
+            geometry.triangleFaces.push_back(face);
     }
     geometry.solid = true;
     geometry.twoSided = false;

@@ -14,7 +14,7 @@ public:
     static constexpr int kSteps = 32;
 
     /// Appends to `geometry`.
-    explicit BodyBuilder(SoGeometry &geometry) : m_geometry(geometry) {}
+    explicit BodyBuilder(SoGeometry& geometry) : m_geometry(geometry) {}
 
     /// A ring of the surface.
     struct Ring {
@@ -22,8 +22,9 @@ public:
         float y;
         float v; ///< texture coordinate
     };
-    /// The wall between two rings, `lower` below. `slope` is the normal's share outwards and upwards.
-    void side(const Ring &lower, const Ring &upper, const SbVec2f &slope);
+    /// The wall between two rings, `lower` below. `slope` is the normal's share outwards and
+    /// upwards.
+    void side(const Ring& lower, const Ring& upper, const SbVec2f& slope);
     /// A flat end.
     void disk(float radius, float y, bool up);
     void sphere(float radius);
@@ -31,12 +32,12 @@ public:
 private:
     /// Rows of kSteps + 1 vertices each, joined by triangles.
     void rows(unsigned first, int count);
-    void vertex(const SbVec3f &position, const SbVec3f &normal, const SbVec2f &texCoord);
+    void vertex(const SbVec3f& position, const SbVec3f& normal, const SbVec2f& texCoord);
 
-    SoGeometry &m_geometry;
+    SoGeometry& m_geometry;
 };
 
 /// A box about the origin, each face with the whole picture.
-void buildBox(SoGeometry &geometry, const SbVec3f &size);
+void buildBox(SoGeometry& geometry, const SbVec3f& size);
 
 } // namespace kalmyr::detail

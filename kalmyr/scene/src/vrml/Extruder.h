@@ -14,7 +14,7 @@ class Extruder {
 public:
     std::span<const SbVec2f> crossSection;
     std::span<const SbVec3f> spine;
-    std::span<const SbVec2f> scale;          ///< one, or one a spine point; missing ones take the last
+    std::span<const SbVec2f> scale; ///< one, or one a spine point; missing ones take the last
     std::span<const SbRotation> orientation; ///< the same
     bool beginCap = true;
     bool endCap = true;

@@ -11,53 +11,56 @@ namespace kalmyr::detail {
 namespace {
 
 template <class T>
-const T *nodeOf(const SoSFNode &field)
+const T* nodeOf(const SoSFNode& field)
 {
-    SoNode *node = field.isIgnored() ? nullptr : field.getValue();
-    return node && node->isOfType(T::getClassTypeId()) ? static_cast<T *>(node) : nullptr;
+    SoNode* node = field.isIgnored() ? nullptr : field.getValue();
+    return node && node->isOfType(T::getClassTypeId()) ? static_cast<T*>(node) : nullptr;
 }
 
 } // namespace
 
-std::span<const SbVec3f> pointsOf(const SoSFNode &field)
+std::span<const SbVec3f> pointsOf(const SoSFNode& field)
 {
-    const auto *node = nodeOf<SoVRMLCoordinate>(field);
+    const auto* node = nodeOf<SoVRMLCoordinate>(field);
     return node ? node->point.values() : std::span<const SbVec3f>();
 }
 
-std::span<const SbVec3f> normalsOf(const SoSFNode &field)
+std::span<const SbVec3f> normalsOf(const SoSFNode& field)
 {
-    const auto *node = nodeOf<SoVRMLNormal>(field);
+    const auto* node = nodeOf<SoVRMLNormal>(field);
     return node ? node->vector.values() : std::span<const SbVec3f>();
 }
 
-std::span<const SbVec2f> texCoordsOf(const SoSFNode &field)
+std::span<const SbVec2f> texCoordsOf(const SoSFNode& field)
 {
-    const auto *node = nodeOf<SoVRMLTextureCoordinate>(field);
+    const auto* node = nodeOf<SoVRMLTextureCoordinate>(field);
     return node ? node->point.values() : std::span<const SbVec2f>();
 }
 
-std::vector<std::uint32_t> packedColors(SoState *state, const SoSFNode &field)
+std::vector<std::uint32_t> packedColors(SoState* state, const SoSFNode& field)
 {
     std::vector<std::uint32_t> packed;
-    const auto *node = nodeOf<SoVRMLColor>(field);
-    if (!node) return packed;
+    const auto* node = nodeOf<SoVRMLColor>(field);
+    if (!node)
+        return packed;
     const float transparency = SoMaterialElement::get(state).getTransparency();
     packed.reserve(static_cast<std::size_t>(node->color.getNum()));
-    for (const SbColor &color : node->color.values()) packed.push_back(color.getPackedValue(transparency));
+    for (const SbColor& color : node->color.values())
+        packed.push_back(color.getPackedValue(transparency));
     return packed;
 }
 
-bool hasTexture(SoState *state)
+bool hasTexture(SoState* state)
 {
     return !state->get<SoTextureElement>().value().image.isNull();
 }
 
-std::uint64_t lookKey(SoState *state, const SoSFNode &color)
+std::uint64_t lookKey(SoState* state, const SoSFNode& color)
 {
     constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15ull;
     const std::uint64_t texture = hasTexture(state) ? 2 : 1;
-    if (!color.getValue()) return texture;
+    if (!color.getValue())
+        return texture;
     return (state->get<SoMaterialElement>().getValueId() + 1) * kMix + texture;
 }
 

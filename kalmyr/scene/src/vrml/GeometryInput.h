@@ -13,20 +13,23 @@ class SoState;
 
 namespace kalmyr::detail {
 
-/// The values of the node in a field; nothing when it is ignored, empty or holds another kind of node.
-std::span<const SbVec3f> pointsOf(const SoSFNode &field);
-std::span<const SbVec3f> normalsOf(const SoSFNode &field);
-std::span<const SbVec2f> texCoordsOf(const SoSFNode &field);
+/// The values of the node in a field; nothing when it is ignored, empty or holds another kind of
+/// node.
+std::span<const SbVec3f> pointsOf(const SoSFNode& field);
+std::span<const SbVec3f> normalsOf(const SoSFNode& field);
+std::span<const SbVec2f> texCoordsOf(const SoSFNode& field);
 /// The colours with the transparency of the state.
-std::vector<std::uint32_t> packedColors(SoState *state, const SoSFNode &field);
+std::vector<std::uint32_t> packedColors(SoState* state, const SoSFNode& field);
 
-bool hasTexture(SoState *state);
-/// Key of what geometry takes from the state: whether there is a texture, and the transparency of its colours.
-std::uint64_t lookKey(SoState *state, const SoSFNode &color);
+bool hasTexture(SoState* state);
+/// Key of what geometry takes from the state: whether there is a texture, and the transparency of
+/// its colours.
+std::uint64_t lookKey(SoState* state, const SoSFNode& color);
 
 /// Values with the binding that VRML97 gives them.
 template <class T>
-Attribute<T> attribute(std::span<const T> values, const SoMFInt32 &index, bool perVertex, const char *indexField)
+Attribute<T> attribute(std::span<const T> values, const SoMFInt32& index, bool perVertex,
+                       const char* indexField)
 {
     Attribute<T> result;
     result.values = values;

@@ -9,14 +9,16 @@ namespace {
 
 bool isSchemeChar(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+'
+           || c == '-' || c == '.';
 }
 
 /// Length of "scheme:", or 0. A single letter is a drive.
 std::size_t schemeLength(std::string_view url)
 {
     std::size_t n = 0;
-    while (n < url.size() && isSchemeChar(url[n])) ++n;
+    while (n < url.size() && isSchemeChar(url[n]))
+        ++n;
     return n > 1 && n < url.size() && url[n] == ':' ? n + 1 : 0;
 }
 
@@ -25,8 +27,9 @@ std::string decoded(std::string_view text)
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         unsigned char byte = 0;
-        const char *digits = text.data() + i + 1;
-        if (text[i] == '%' && i + 3 <= text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+        const char* digits = text.data() + i + 1;
+        if (text[i] == '%' && i + 3 <= text.size()
+            && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
             result += static_cast<char>(byte);
             i += 2;
         } else {
@@ -38,15 +41,19 @@ std::string decoded(std::string_view text)
 
 } // namespace
 
-SbString localFileName(const SbString &url)
+SbString localFileName(const SbString& url)
 {
     std::string_view rest = url.view();
     const std::size_t scheme = schemeLength(rest);
-    if (scheme == 0) return url;
-    if (rest.substr(0, scheme) != "file:") return {};
+    if (scheme == 0)
+        return url;
+    if (rest.substr(0, scheme) != "file:")
+        return {};
     rest.remove_prefix(scheme);
-    if (rest.starts_with("//localhost/")) rest.remove_prefix(11);
-    if (rest.starts_with("///")) rest.remove_prefix(2);
+    if (rest.starts_with("//localhost/"))
+        rest.remove_prefix(11);
+    if (rest.starts_with("///"))
+        rest.remove_prefix(2);
     return SbString(decoded(rest));
 }
 

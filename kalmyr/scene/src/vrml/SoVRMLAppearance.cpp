@@ -11,7 +11,7 @@ namespace {
 constexpr SbColor kWhite(1, 1, 1);
 constexpr int kColouredComponents = 3;
 
-SoNode *valueOf(const SoSFNode &field)
+SoNode* valueOf(const SoSFNode& field)
 {
     return field.isIgnored() ? nullptr : field.getValue();
 }
@@ -35,23 +35,25 @@ void SoVRMLAppearance::initClass()
     SO_NODE_INIT_CLASS(SoVRMLAppearance, SoNode, "VRMLAppearance");
 }
 
-void SoVRMLAppearance::doAction(SoAction *action)
+void SoVRMLAppearance::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (SoNode *node = valueOf(material)) {
+    SoState* state = action->getState();
+    if (SoNode* node = valueOf(material)) {
         if (SoOverrideElement::maySet(state, this, SoOverrideElement::LIGHT_MODEL))
             state->write<SoLightModelElement>().set(this, {SoLightModelValue::PHONG});
         action->traverse(node, -1);
     }
-    if (SoNode *node = valueOf(texture)) {
+    if (SoNode* node = valueOf(texture)) {
         action->traverse(node, -1);
-        const bool coloured = state->get<SoTextureElement>().value().image.getComponents() >= kColouredComponents;
+        const bool coloured =
+            state->get<SoTextureElement>().value().image.getComponents() >= kColouredComponents;
         if (coloured && SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) {
-            auto &element = state->write<SoMaterialElement>();
+            auto& element = state->write<SoMaterialElement>();
             element.value().diffuse = &kWhite;
             element.value().numDiffuse = 1;
             element.accumulatedBy(this);
         }
     }
-    if (SoNode *node = valueOf(textureTransform)) action->traverse(node, -1);
+    if (SoNode* node = valueOf(textureTransform))
+        action->traverse(node, -1);
 }

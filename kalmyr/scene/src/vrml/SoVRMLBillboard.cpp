@@ -12,20 +12,22 @@ namespace {
 constexpr float kTiny = 1e-12f;
 
 /// The rotation about a unit axis that turns z as far towards the eye as it can.
-SbRotation aboutAxis(const SbVec3f &axis, const SbVec3f &eye)
+SbRotation aboutAxis(const SbVec3f& axis, const SbVec3f& eye)
 {
     const SbVec3f front = SbVec3f(0, 0, 1) - axis * axis[2];
     const SbVec3f wanted = eye - axis * axis.dot(eye);
-    if (front.sqrLength() < kTiny || wanted.sqrLength() < kTiny) return SbRotation();
+    if (front.sqrLength() < kTiny || wanted.sqrLength() < kTiny)
+        return SbRotation();
     return SbRotation(axis, std::atan2(front.cross(wanted).dot(axis), front.dot(wanted)));
 }
 
 /// Faces the eye, and stands upright in the picture.
-SbRotation towardsEye(const SbVec3f &eye, const SbVec3f &up)
+SbRotation towardsEye(const SbVec3f& eye, const SbVec3f& up)
 {
     SbVec3f z = eye;
     SbVec3f x = up.cross(z);
-    if (z.normalize() == 0 || x.normalize() == 0) return SbRotation();
+    if (z.normalize() == 0 || x.normalize() == 0)
+        return SbRotation();
     const SbVec3f y = z.cross(x);
     SbMatrix axes;
     for (int i = 0; i < 3; ++i) {
@@ -51,20 +53,22 @@ SoVRMLBillboard::~SoVRMLBillboard() = default;
 void SoVRMLBillboard::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLBillboard, SoVRMLParent, "VRMLBillboard");
-    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        auto *measuring = static_cast<SoGetBoundingBoxAction *>(action);
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        auto* measuring = static_cast<SoGetBoundingBoxAction*>(action);
         measuring->doNotCache();
-        static_cast<SoVRMLParent *>(node)->measure(measuring);
+        static_cast<SoVRMLParent*>(node)->measure(measuring);
     });
 }
 
-void SoVRMLBillboard::setState(SoState *state)
+void SoVRMLBillboard::setState(SoState* state)
 {
-    const SoView &view = SoViewElement::get(state);
-    if (!view.valid) return;
+    const SoView& view = SoViewElement::get(state);
+    if (!view.valid)
+        return;
     bool invertible = false;
     const SbMatrix toLocal = SoModelMatrixElement::get(state).inverse(&invertible);
-    if (!invertible) return;
+    if (!invertible)
+        return;
     const SbVec3f eye = toLocal.point(view.volume.getProjectionPoint());
     SbVec3f axis = axisOfRotation.getValue();
     const SbVec3f up = toLocal.direction(view.volume.getViewUp());

@@ -19,7 +19,7 @@ void SoVRMLBox::initClass()
     SO_NODE_INIT_CLASS(SoVRMLBox, SoVRMLGeometry, "VRMLBox");
 }
 
-void SoVRMLBox::buildGeometry(SoState *, SoGeometry &geometry)
+void SoVRMLBox::buildGeometry(SoState*, SoGeometry& geometry)
 {
     kalmyr::detail::buildBox(geometry, size.getValue());
 }

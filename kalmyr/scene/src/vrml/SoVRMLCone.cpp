@@ -22,11 +22,13 @@ void SoVRMLCone::initClass()
     SO_NODE_INIT_CLASS(SoVRMLCone, SoVRMLGeometry, "VRMLCone");
 }
 
-void SoVRMLCone::buildGeometry(SoState *, SoGeometry &geometry)
+void SoVRMLCone::buildGeometry(SoState*, SoGeometry& geometry)
 {
     const float r = bottomRadius.getValue();
     const float h = height.getValue();
     kalmyr::detail::BodyBuilder body(geometry);
-    if (side.getValue()) body.side({r, -h / 2, 0}, {0, h / 2, 1}, SbVec2f(h, r));
-    if (bottom.getValue()) body.disk(r, -h / 2, false);
+    if (side.getValue())
+        body.side({r, -h / 2, 0}, {0, h / 2, 1}, SbVec2f(h, r));
+    if (bottom.getValue())
+        body.disk(r, -h / 2, false);
 }

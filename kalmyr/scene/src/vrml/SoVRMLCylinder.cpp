@@ -23,12 +23,15 @@ void SoVRMLCylinder::initClass()
     SO_NODE_INIT_CLASS(SoVRMLCylinder, SoVRMLGeometry, "VRMLCylinder");
 }
 
-void SoVRMLCylinder::buildGeometry(SoState *, SoGeometry &geometry)
+void SoVRMLCylinder::buildGeometry(SoState*, SoGeometry& geometry)
 {
     const float r = radius.getValue();
     const float h = height.getValue();
     kalmyr::detail::BodyBuilder body(geometry);
-    if (side.getValue()) body.side({r, -h / 2, 0}, {r, h / 2, 1}, SbVec2f(1, 0));
-    if (top.getValue()) body.disk(r, h / 2, true);
-    if (bottom.getValue()) body.disk(r, -h / 2, false);
+    if (side.getValue())
+        body.side({r, -h / 2, 0}, {r, h / 2, 1}, SbVec2f(1, 0));
+    if (top.getValue())
+        body.disk(r, h / 2, true);
+    if (bottom.getValue())
+        body.disk(r, -h / 2, false);
 }

@@ -17,7 +17,7 @@ void SoVRMLDirectionalLight::initClass()
     SO_NODE_INIT_CLASS(SoVRMLDirectionalLight, SoVRMLLight, "VRMLDirectionalLight");
 }
 
-void SoVRMLDirectionalLight::describe(SoLightRecord &record) const
+void SoVRMLDirectionalLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::DIRECTIONAL;
     record.direction = direction.getValue();

@@ -36,18 +36,20 @@ void SoVRMLElevationGrid::initClass()
     SO_NODE_INIT_CLASS(SoVRMLElevationGrid, SoVRMLGeometry, "VRMLElevationGrid");
 }
 
-std::uint64_t SoVRMLElevationGrid::stateKey(SoState *state) const
+std::uint64_t SoVRMLElevationGrid::stateKey(SoState* state) const
 {
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLElevationGrid::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoVRMLElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     const int nx = xDimension.getValue();
     const int nz = zDimension.getValue();
-    if (nx < 2 || nz < 2) return;
+    if (nx < 2 || nz < 2)
+        return;
     if (height.getNum() / nx < nz) {
-        SoDebugError::postWarning("SoVRMLElevationGrid", "%s: height has %d values, a grid of %d by %d needs more",
+        SoDebugError::postWarning("SoVRMLElevationGrid",
+                                  "%s: height has %d values, a grid of %d by %d needs more",
                                   getName().getString(), height.getNum(), nx, nz);
         return;
     }
@@ -61,9 +63,12 @@ void SoVRMLElevationGrid::buildGeometry(SoState *state, SoGeometry &geometry)
     for (int z = 0; z < nz; ++z) {
         for (int x = 0; x < nx; ++x) {
             const std::int32_t at = z * nx + x;
-            points.emplace_back(static_cast<float>(x) * xSpacing.getValue(), height[at], static_cast<float>(z) * zSpacing.getValue());
-            across.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1), static_cast<float>(z) / static_cast<float>(nz - 1));
-            if (x + 1 < nx && z + 1 < nz) corners.insert(corners.end(), {at, at + nx, at + nx + 1, at + 1, -1});
+            points.emplace_back(static_cast<float>(x) * xSpacing.getValue(), height[at],
+                                static_cast<float>(z) * zSpacing.getValue());
+            across.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
+                                static_cast<float>(z) / static_cast<float>(nz - 1));
+            if (x + 1 < nx && z + 1 < nz)
+                corners.insert(corners.end(), {at, at + nx, at + nx + 1, at + 1, -1});
         }
     }
     const auto colors = kalmyr::detail::packedColors(state, color);
@@ -73,9 +78,12 @@ void SoVRMLElevationGrid::buildGeometry(SoState *state, SoGeometry &geometry)
     in.node = this;
     in.positions = points;
     in.coordIndex = corners;
-    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), none, normalPerVertex.getValue(), "normal");
-    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, none, colorPerVertex.getValue(), "color");
-    in.texCoords = kalmyr::detail::attribute<SbVec2f>(given.empty() ? std::span<const SbVec2f>(across) : given, none, true, "texCoord");
+    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), none,
+                                                    normalPerVertex.getValue(), "normal");
+    in.colors =
+        kalmyr::detail::attribute<std::uint32_t>(colors, none, colorPerVertex.getValue(), "color");
+    in.texCoords = kalmyr::detail::attribute<SbVec2f>(
+        given.empty() ? std::span<const SbVec2f>(across) : given, none, true, "texCoord");
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();
     in.creaseAngle = creaseAngle.getValue();

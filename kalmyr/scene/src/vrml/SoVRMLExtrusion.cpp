@@ -37,7 +37,7 @@ void SoVRMLExtrusion::initClass()
     SO_NODE_INIT_CLASS(SoVRMLExtrusion, SoVRMLGeometry, "VRMLExtrusion");
 }
 
-void SoVRMLExtrusion::buildGeometry(SoState *, SoGeometry &geometry)
+void SoVRMLExtrusion::buildGeometry(SoState*, SoGeometry& geometry)
 {
     kalmyr::detail::Extruder extruder;
     extruder.crossSection = crossSection.values();
@@ -46,7 +46,8 @@ void SoVRMLExtrusion::buildGeometry(SoState *, SoGeometry &geometry)
     extruder.orientation = orientation.values();
     extruder.beginCap = beginCap.getValue();
     extruder.endCap = endCap.getValue();
-    if (!extruder.run()) return;
+    if (!extruder.run())
+        return;
     kalmyr::FaceInput in;
     in.node = this;
     in.coordField = "spine";

@@ -23,13 +23,14 @@ void SoVRMLFog::initClass()
     SO_NODE_INIT_CLASS(SoVRMLFog, SoNode, "VRMLFog");
 }
 
-void SoVRMLFog::doAction(SoAction *action)
+void SoVRMLFog::doAction(SoAction* action)
 {
-    auto &element = action->getState()->write<SoEnvironmentElement>();
+    auto& element = action->getState()->write<SoEnvironmentElement>();
     SoEnvironmentValues values = element.value();
     const bool even = fogType.getValue() != "EXPONENTIAL";
     values.fogType = even ? SoEnvironmentValues::HAZE : SoEnvironmentValues::FOG;
-    if (visibilityRange.getValue() <= 0) values.fogType = SoEnvironmentValues::NONE;
+    if (visibilityRange.getValue() <= 0)
+        values.fogType = SoEnvironmentValues::NONE;
     values.fogColor = color.getValue();
     values.fogVisibility = visibilityRange.getValue();
     element.set(this, values);

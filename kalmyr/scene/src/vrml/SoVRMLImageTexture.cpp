@@ -23,26 +23,30 @@ void SoVRMLImageTexture::initClass()
     SO_NODE_INIT_CLASS(SoVRMLImageTexture, SoVRMLTexture, "VRMLImageTexture");
 }
 
-void SoVRMLImageTexture::setDirectory(const SbString &directory)
+void SoVRMLImageTexture::setDirectory(const SbString& directory)
 {
     m_directory = directory;
     m_tried = false;
 }
 
-const SbImage &SoVRMLImageTexture::getPicture()
+const SbImage& SoVRMLImageTexture::getPicture()
 {
     const auto urls = url.values();
-    if (m_tried && std::equal(urls.begin(), urls.end(), m_loadedUrls.begin(), m_loadedUrls.end())) return m_loaded;
+    if (m_tried && std::equal(urls.begin(), urls.end(), m_loadedUrls.begin(), m_loadedUrls.end()))
+        return m_loaded;
     m_tried = true;
     m_loadedUrls.assign(urls.begin(), urls.end());
     m_loaded.makeNull();
     SbString reason;
-    for (const SbString &one : urls) {
+    for (const SbString& one : urls) {
         const SbString name = kalmyr::detail::localFileName(one);
-        if (name.isEmpty()) continue;
+        if (name.isEmpty())
+            continue;
         SbString error;
-        if (SoImageFile::read(SoImageFile::findFile(name, m_directory), m_loaded, &error)) return m_loaded;
-        if (reason.isEmpty()) reason = error;
+        if (SoImageFile::read(SoImageFile::findFile(name, m_directory), m_loaded, &error))
+            return m_loaded;
+        if (reason.isEmpty())
+            reason = error;
     }
     if (!urls.empty())
         SoError::post("texture \"%s\": %s", urls[0].getString(),
@@ -50,8 +54,8 @@ const SbImage &SoVRMLImageTexture::getPicture()
     return m_loaded;
 }
 
-void SoVRMLImageTexture::copyContents(const SoNode *from, SoNodeCopier &copier)
+void SoVRMLImageTexture::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoVRMLTexture::copyContents(from, copier);
-    setDirectory(static_cast<const SoVRMLImageTexture *>(from)->m_directory);
+    setDirectory(static_cast<const SoVRMLImageTexture*>(from)->m_directory);
 }

@@ -37,21 +37,24 @@ void SoVRMLIndexedFaceSet::initClass()
     SO_NODE_INIT_CLASS(SoVRMLIndexedFaceSet, SoVRMLGeometry, "VRMLIndexedFaceSet");
 }
 
-std::uint64_t SoVRMLIndexedFaceSet::stateKey(SoState *state) const
+std::uint64_t SoVRMLIndexedFaceSet::stateKey(SoState* state) const
 {
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLIndexedFaceSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoVRMLIndexedFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     const auto colors = kalmyr::detail::packedColors(state, color);
     kalmyr::FaceInput in;
     in.node = this;
     in.positions = kalmyr::detail::pointsOf(coord);
     in.coordIndex = coordIndex.values();
-    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), normalIndex, normalPerVertex.getValue(), "normalIndex");
-    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex, colorPerVertex.getValue(), "colorIndex");
-    in.texCoords = kalmyr::detail::attribute<SbVec2f>(kalmyr::detail::texCoordsOf(texCoord), texCoordIndex, true, "texCoordIndex");
+    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), normalIndex,
+                                                    normalPerVertex.getValue(), "normalIndex");
+    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex,
+                                                         colorPerVertex.getValue(), "colorIndex");
+    in.texCoords = kalmyr::detail::attribute<SbVec2f>(kalmyr::detail::texCoordsOf(texCoord),
+                                                      texCoordIndex, true, "texCoordIndex");
     in.convex = convex.getValue();
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();

@@ -26,18 +26,19 @@ void SoVRMLIndexedLineSet::initClass()
     SO_NODE_INIT_CLASS(SoVRMLIndexedLineSet, SoVRMLGeometry, "VRMLIndexedLineSet");
 }
 
-std::uint64_t SoVRMLIndexedLineSet::stateKey(SoState *state) const
+std::uint64_t SoVRMLIndexedLineSet::stateKey(SoState* state) const
 {
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLIndexedLineSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoVRMLIndexedLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     const auto colors = kalmyr::detail::packedColors(state, color);
     kalmyr::VertexInput in;
     in.node = this;
     in.positions = kalmyr::detail::pointsOf(coord);
     in.coordIndex = coordIndex.values();
-    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex, colorPerVertex.getValue(), "colorIndex");
+    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex,
+                                                         colorPerVertex.getValue(), "colorIndex");
     kalmyr::LineBuilder(in).build(geometry);
 }

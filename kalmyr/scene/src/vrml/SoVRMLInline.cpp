@@ -8,17 +8,18 @@
 
 namespace {
 
-SoVRMLInline::FetchURLCallBack *s_fetch = nullptr;
-void *s_fetchData = nullptr;
-SoVRMLInline::Loader *s_loader = nullptr;
+SoVRMLInline::FetchURLCallBack* s_fetch = nullptr;
+void* s_fetchData = nullptr;
+SoVRMLInline::Loader* s_loader = nullptr;
 
-void measureInline(SoAction *action, SoNode *node)
+void measureInline(SoAction* action, SoNode* node)
 {
-    auto *box = static_cast<SoVRMLInline *>(node);
+    auto* box = static_cast<SoVRMLInline*>(node);
     const SbVec3f size = box->bboxSize.getValue();
     if (!box->getChildData() && size[0] >= 0 && size[1] >= 0 && size[2] >= 0) {
         const SbVec3f center = box->bboxCenter.getValue();
-        static_cast<SoGetBoundingBoxAction *>(action)->extendBy(SbBox3f(center - size / 2, center + size / 2));
+        static_cast<SoGetBoundingBoxAction*>(action)->extendBy(
+            SbBox3f(center - size / 2, center + size / 2));
         return;
     }
     node->doAction(action);
@@ -48,36 +49,38 @@ void SoVRMLInline::initClass()
     SoGetBoundingBoxAction::addMethod(getClassTypeId(), measureInline);
 }
 
-void SoVRMLInline::setFetchURLCallBack(FetchURLCallBack *callback, void *data)
+void SoVRMLInline::setFetchURLCallBack(FetchURLCallBack* callback, void* data)
 {
     s_fetch = callback;
     s_fetchData = data;
 }
 
-bool SoVRMLInline::fetch(const SbString &url, SoVRMLInline *node)
+bool SoVRMLInline::fetch(const SbString& url, SoVRMLInline* node)
 {
-    if (s_fetch) s_fetch(url, s_fetchData, node);
+    if (s_fetch)
+        s_fetch(url, s_fetchData, node);
     return s_fetch != nullptr;
 }
 
-void SoVRMLInline::setLoader(Loader *loader)
+void SoVRMLInline::setLoader(Loader* loader)
 {
     s_loader = loader;
 }
 
 bool SoVRMLInline::requestChildrenFromURL()
 {
-    if (s_loader) return s_loader(this);
+    if (s_loader)
+        return s_loader(this);
     SoDebugError::post("SoVRMLInline::requestChildrenFromURL", "nothing can read scene files yet");
     return false;
 }
 
-SoNode *SoVRMLInline::getChildData() const
+SoNode* SoVRMLInline::getChildData() const
 {
     return m_children.getLength() > 1 ? m_children[1] : nullptr;
 }
 
-void SoVRMLInline::setChildData(SoNode *data)
+void SoVRMLInline::setChildData(SoNode* data)
 {
     if (getChildData() && data) {
         m_children.set(1, data);
@@ -88,18 +91,19 @@ void SoVRMLInline::setChildData(SoNode *data)
     }
 }
 
-void SoVRMLInline::doAction(SoAction *action)
+void SoVRMLInline::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     state->push();
     action->traverseChildren(m_children);
     state->pop();
 }
 
-void SoVRMLInline::copyContents(const SoNode *from, SoNodeCopier &copier)
+void SoVRMLInline::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoNode::copyContents(from, copier);
     // The copy brought a box of its own and was given that of the original as well.
-    if (m_children.getLength() > 2) m_children.remove(1);
-    m_directory = static_cast<const SoVRMLInline *>(from)->m_directory;
+    if (m_children.getLength() > 2)
+        m_children.remove(1);
+    m_directory = static_cast<const SoVRMLInline*>(from)->m_directory;
 }

@@ -23,16 +23,17 @@ SoVRMLLOD::~SoVRMLLOD() = default;
 void SoVRMLLOD::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLLOD, SoGroup, "VRMLLOD");
-    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoVRMLLOD *>(node)->SoGroup::doAction(action);
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoVRMLLOD*>(node)->SoGroup::doAction(action);
     });
 }
 
-int SoVRMLLOD::chooseChild(SoState *state) const
+int SoVRMLLOD::chooseChild(SoState* state) const
 {
     const int last = getNumChildren() - 1;
-    const SoView &view = SoViewElement::get(state);
-    if (last < 0 || !view.valid || range.isIgnored()) return std::min(last, 0);
+    const SoView& view = SoViewElement::get(state);
+    if (last < 0 || !view.valid || range.isIgnored())
+        return std::min(last, 0);
     const SbVec3f place = SoModelMatrixElement::get(state).point(center.getValue());
     const float distance = (place - view.volume.getProjectionPoint()).length();
     const auto ranges = range.values();
@@ -40,13 +41,15 @@ int SoVRMLLOD::chooseChild(SoState *state) const
     return std::min(last, static_cast<int>(at - ranges.begin()));
 }
 
-void SoVRMLLOD::doAction(SoAction *action)
+void SoVRMLLOD::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     int chosen = chooseChild(state);
     int next = -1;
-    if (action->isOnPath(next) && next >= 0) chosen = next;
-    if (chosen < 0 || chosen >= getNumChildren()) return;
+    if (action->isOnPath(next) && next >= 0)
+        chosen = next;
+    if (chosen < 0 || chosen >= getNumChildren())
+        return;
     state->push();
     action->traverse(m_children[chosen], chosen);
     state->pop();

@@ -22,15 +22,19 @@ void SoVRMLLight::initClass()
     SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLLight, SoNode, "VRMLLight");
 }
 
-void SoVRMLLight::doAction(SoAction *action)
+void SoVRMLLight::doAction(SoAction* action)
 {
-    if (!on.isIgnored() && !on.getValue()) return;
-    SoState *state = action->getState();
+    if (!on.isIgnored() && !on.getValue())
+        return;
+    SoState* state = action->getState();
     SoLightRecord record;
     record.toWorld = SoModelMatrixElement::get(state);
-    if (!color.isIgnored()) record.color = color.getValue();
-    if (!intensity.isIgnored()) record.intensity = intensity.getValue();
-    if (!ambientIntensity.isIgnored()) record.ambientIntensity = ambientIntensity.getValue();
+    if (!color.isIgnored())
+        record.color = color.getValue();
+    if (!intensity.isIgnored())
+        record.intensity = intensity.getValue();
+    if (!ambientIntensity.isIgnored())
+        record.ambientIntensity = ambientIntensity.getValue();
     describe(record);
     SoLightElement::add(state, this, record);
 }

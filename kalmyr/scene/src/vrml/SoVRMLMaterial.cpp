@@ -25,17 +25,23 @@ void SoVRMLMaterial::initClass()
     SO_NODE_INIT_CLASS(SoVRMLMaterial, SoNode, "VRMLMaterial");
 }
 
-void SoVRMLMaterial::doAction(SoAction *action)
+void SoVRMLMaterial::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) return;
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL))
+        return;
     const SoMaterialValues defaults;
     SoMaterialValues values;
-    const SbColor diffuse = diffuseColor.isIgnored() ? defaults.getDiffuse() : diffuseColor.getValue();
-    if (!ambientIntensity.isIgnored()) values.ambient = diffuse * ambientIntensity.getValue();
-    if (!emissiveColor.isIgnored()) values.emissive = emissiveColor.getValue();
-    if (!specularColor.isIgnored()) values.specular = specularColor.getValue();
-    if (!shininess.isIgnored()) values.shininess = shininess.getValue();
+    const SbColor diffuse =
+        diffuseColor.isIgnored() ? defaults.getDiffuse() : diffuseColor.getValue();
+    if (!ambientIntensity.isIgnored())
+        values.ambient = diffuse * ambientIntensity.getValue();
+    if (!emissiveColor.isIgnored())
+        values.emissive = emissiveColor.getValue();
+    if (!specularColor.isIgnored())
+        values.specular = specularColor.getValue();
+    if (!shininess.isIgnored())
+        values.shininess = shininess.getValue();
     if (!diffuseColor.isIgnored()) {
         values.diffuse = &diffuseColor.getValue();
         values.numDiffuse = 1;

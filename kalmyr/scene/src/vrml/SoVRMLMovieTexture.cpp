@@ -23,7 +23,7 @@ void SoVRMLMovieTexture::initClass()
     SO_NODE_INIT_CLASS(SoVRMLMovieTexture, SoVRMLTexture, "VRMLMovieTexture");
 }
 
-const SbImage &SoVRMLMovieTexture::getPicture()
+const SbImage& SoVRMLMovieTexture::getPicture()
 {
     static const SbImage none;
     return none;

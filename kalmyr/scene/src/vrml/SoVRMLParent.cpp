@@ -23,37 +23,39 @@ SoVRMLParent::~SoVRMLParent() = default;
 void SoVRMLParent::initClass()
 {
     SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLParent, SoGroup, "VRMLParent");
-    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoVRMLParent *>(node)->measure(static_cast<SoGetBoundingBoxAction *>(action));
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoVRMLParent*>(node)->measure(static_cast<SoGetBoundingBoxAction*>(action));
     });
-    SoRayPickAction::addMethod(getClassTypeId(), [](SoAction *action, SoNode *node) {
-        static_cast<SoVRMLParent *>(node)->rayPick(static_cast<SoRayPickAction *>(action));
+    SoRayPickAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<SoVRMLParent*>(node)->rayPick(static_cast<SoRayPickAction*>(action));
     });
 }
 
-void SoVRMLParent::traverseChildren(SoAction *action)
+void SoVRMLParent::traverseChildren(SoAction* action)
 {
     action->traverseChildren(m_children);
 }
 
-void SoVRMLParent::doAction(SoAction *action)
+void SoVRMLParent::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     state->push();
     setState(state);
     traverseChildren(action);
     state->pop();
 }
 
-void SoVRMLParent::measure(SoGetBoundingBoxAction *action)
+void SoVRMLParent::measure(SoGetBoundingBoxAction* action)
 {
-    if (!action->open(this, m_boxCache.get())) return;
+    if (!action->open(this, m_boxCache.get()))
+        return;
     setState(action->getState());
     traverseChildren(action);
     action->close(this, &m_boxCache);
 }
 
-void SoVRMLParent::rayPick(SoRayPickAction *action)
+void SoVRMLParent::rayPick(SoRayPickAction* action)
 {
-    if (!action->isCulled(this, m_boxCache.get())) doAction(action);
+    if (!action->isCulled(this, m_boxCache.get()))
+        doAction(action);
 }

@@ -19,7 +19,7 @@ void SoVRMLPointLight::initClass()
     SO_NODE_INIT_CLASS(SoVRMLPointLight, SoVRMLLight, "VRMLPointLight");
 }
 
-void SoVRMLPointLight::describe(SoLightRecord &record) const
+void SoVRMLPointLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::POINT;
     record.position = location.getValue();

@@ -21,12 +21,12 @@ void SoVRMLPointSet::initClass()
     SO_NODE_INIT_CLASS(SoVRMLPointSet, SoVRMLGeometry, "VRMLPointSet");
 }
 
-std::uint64_t SoVRMLPointSet::stateKey(SoState *state) const
+std::uint64_t SoVRMLPointSet::stateKey(SoState* state) const
 {
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLPointSet::buildGeometry(SoState *state, SoGeometry &geometry)
+void SoVRMLPointSet::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     const auto colors = kalmyr::detail::packedColors(state, color);
     kalmyr::VertexInput in;

@@ -18,13 +18,14 @@ SoLightModelValue unlit()
 }
 
 /// What a shape looks like before its appearance says otherwise.
-void setPlainLook(SoState *state, const SoNode *shape)
+void setPlainLook(SoState* state, const SoNode* shape)
 {
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::LIGHT_MODEL))
         state->write<SoLightModelElement>().set(shape, unlit());
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::TEXTURE))
         state->write<SoTextureElement>().set(shape, {});
-    if (!SoOverrideElement::maySet(state, shape, SoOverrideElement::MATERIAL)) return;
+    if (!SoOverrideElement::maySet(state, shape, SoOverrideElement::MATERIAL))
+        return;
     SoMaterialValues plain;
     plain.diffuse = &kWhite;
     plain.numDiffuse = 1;
@@ -32,15 +33,17 @@ void setPlainLook(SoState *state, const SoNode *shape)
 }
 
 /// Lines and points shine by themselves.
-void setLineLook(SoState *state, const SoNode *shape)
+void setLineLook(SoState* state, const SoNode* shape)
 {
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::LIGHT_MODEL))
         state->write<SoLightModelElement>().set(shape, unlit());
-    if (!SoOverrideElement::maySet(state, shape, SoOverrideElement::MATERIAL)) return;
-    auto &material = state->write<SoMaterialElement>();
-    if (material.value().diffuse == &kWhite) return;
+    if (!SoOverrideElement::maySet(state, shape, SoOverrideElement::MATERIAL))
+        return;
+    auto& material = state->write<SoMaterialElement>();
+    if (material.value().diffuse == &kWhite)
+        return;
     // The element itself keeps the colour that its value points to.
-    auto &values = material.value();
+    auto& values = material.value();
     values.diffuse = &values.emissive;
     values.numDiffuse = 1;
     material.accumulatedBy(shape);
@@ -64,16 +67,18 @@ void SoVRMLShape::initClass()
     SO_NODE_INIT_CLASS(SoVRMLShape, SoNode, "VRMLShape");
 }
 
-void SoVRMLShape::doAction(SoAction *action)
+void SoVRMLShape::doAction(SoAction* action)
 {
-    SoNode *shown = geometry.isIgnored() ? nullptr : geometry.getValue();
-    SoNode *look = appearance.isIgnored() ? nullptr : appearance.getValue();
-    SoState *state = action->getState();
+    SoNode* shown = geometry.isIgnored() ? nullptr : geometry.getValue();
+    SoNode* look = appearance.isIgnored() ? nullptr : appearance.getValue();
+    SoState* state = action->getState();
     state->push();
     setPlainLook(state, this);
-    if (look) action->traverse(look, -1);
+    if (look)
+        action->traverse(look, -1);
     if (shown) {
-        if (shown->isOfType(SoVRMLGeometry::getClassTypeId()) && !static_cast<SoVRMLGeometry *>(shown)->isLit())
+        if (shown->isOfType(SoVRMLGeometry::getClassTypeId())
+            && !static_cast<SoVRMLGeometry*>(shown)->isLit())
             setLineLook(state, this);
         action->traverse(shown, -1);
     }

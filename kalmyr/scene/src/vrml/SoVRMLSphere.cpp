@@ -19,7 +19,7 @@ void SoVRMLSphere::initClass()
     SO_NODE_INIT_CLASS(SoVRMLSphere, SoVRMLGeometry, "VRMLSphere");
 }
 
-void SoVRMLSphere::buildGeometry(SoState *, SoGeometry &geometry)
+void SoVRMLSphere::buildGeometry(SoState*, SoGeometry& geometry)
 {
     kalmyr::detail::BodyBuilder(geometry).sphere(radius.getValue());
 }

@@ -24,7 +24,7 @@ void SoVRMLSpotLight::initClass()
     SO_NODE_INIT_CLASS(SoVRMLSpotLight, SoVRMLLight, "VRMLSpotLight");
 }
 
-void SoVRMLSpotLight::describe(SoLightRecord &record) const
+void SoVRMLSpotLight::describe(SoLightRecord& record) const
 {
     record.kind = SoLightRecord::SPOT;
     record.position = location.getValue();

@@ -20,14 +20,16 @@ void SoVRMLSwitch::initClass()
     SO_NODE_INIT_CLASS(SoVRMLSwitch, SoGroup, "VRMLSwitch");
 }
 
-void SoVRMLSwitch::doAction(SoAction *action)
+void SoVRMLSwitch::doAction(SoAction* action)
 {
     int chosen = whichChoice.isIgnored() ? -1 : whichChoice.getValue();
     // On a path the way leads through that child even where the switch shows another.
     int next = -1;
-    if (action->isOnPath(next) && next >= 0) chosen = next;
-    if (chosen < 0 || chosen >= getNumChildren()) return;
-    SoState *state = action->getState();
+    if (action->isOnPath(next) && next >= 0)
+        chosen = next;
+    if (chosen < 0 || chosen >= getNumChildren())
+        return;
+    SoState* state = action->getState();
     state->push();
     action->traverse(m_children[chosen], chosen);
     state->pop();

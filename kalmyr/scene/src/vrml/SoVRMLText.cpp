@@ -20,4 +20,4 @@ void SoVRMLText::initClass()
     SO_NODE_INIT_CLASS(SoVRMLText, SoVRMLGeometry, "VRMLText");
 }
 
-void SoVRMLText::buildGeometry(SoState *, SoGeometry &) {}
+void SoVRMLText::buildGeometry(SoState*, SoGeometry&) {}

@@ -21,10 +21,11 @@ void SoVRMLTexture::initClass()
     SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLTexture, SoNode, "VRMLTexture");
 }
 
-void SoVRMLTexture::doAction(SoAction *action)
+void SoVRMLTexture::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
-    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE)) return;
+    SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE))
+        return;
     SoTextureValues values;
     values.image = getPicture();
     values.wrapS = repeatS.getValue() ? SoTextureValues::REPEAT : SoTextureValues::CLAMP;

@@ -22,9 +22,9 @@ void SoVRMLTextureTransform::initClass()
     SO_NODE_INIT_CLASS(SoVRMLTextureTransform, SoNode, "VRMLTextureTransform");
 }
 
-void SoVRMLTextureTransform::doAction(SoAction *action)
+void SoVRMLTextureTransform::doAction(SoAction* action)
 {
-    const auto moved = [](const SbVec2f &by) {
+    const auto moved = [](const SbVec2f& by) {
         SbMatrix matrix;
         matrix.setTranslate(SbVec3f(by[0], by[1], 0));
         return matrix;
@@ -34,5 +34,6 @@ void SoVRMLTextureTransform::doAction(SoAction *action)
     size.setScale(SbVec3f(scale.getValue()[0], scale.getValue()[1], 1));
     const SbVec2f pivot = center.getValue();
     SoTextureMatrixElement::mult(action->getState(), this,
-                                 moved(translation.getValue()) * moved(pivot) * turn * size * moved(-pivot));
+                                 moved(translation.getValue()) * moved(pivot) * turn * size
+                                     * moved(-pivot));
 }

@@ -33,13 +33,14 @@ SbMatrix SoVRMLTransform::getLocalMatrix() const
         matrix.setTranslate(move);
         return matrix;
     }
-    const SbRotation axes = scaleOrientation.isIgnored() ? SbRotation() : scaleOrientation.getValue();
+    const SbRotation axes =
+        scaleOrientation.isIgnored() ? SbRotation() : scaleOrientation.getValue();
     const SbVec3f pivot = center.isIgnored() ? SbVec3f() : center.getValue();
     matrix.setTransform(move, turn, size, axes, pivot);
     return matrix;
 }
 
-void SoVRMLTransform::setState(SoState *state)
+void SoVRMLTransform::setState(SoState* state)
 {
     SoModelMatrixElement::mult(state, this, getLocalMatrix());
 }

@@ -27,12 +27,12 @@ void SoVRMLViewpoint::initClass()
     SO_NODE_INIT_CLASS(SoVRMLViewpoint, SoNode, "VRMLViewpoint");
 }
 
-SbVec3f SoVRMLViewpoint::getPosition(const SbMatrix &toWorld) const
+SbVec3f SoVRMLViewpoint::getPosition(const SbMatrix& toWorld) const
 {
     return toWorld.point(position.getValue());
 }
 
-SbRotation SoVRMLViewpoint::getOrientation(const SbMatrix &toWorld) const
+SbRotation SoVRMLViewpoint::getOrientation(const SbMatrix& toWorld) const
 {
     return orientation.getValue() * SbRotation(toWorld);
 }
@@ -42,6 +42,7 @@ float SoVRMLViewpoint::getHeightAngle(float aspect) const
     constexpr float kSmallest = 1e-3f;
     constexpr float kLargest = 3.14f;
     const float angle = std::clamp(fieldOfView.getValue(), kSmallest, kLargest);
-    if (aspect >= 1 || aspect <= 0) return angle;
+    if (aspect >= 1 || aspect <= 0)
+        return angle;
     return 2 * std::atan(std::tan(angle / 2) / aspect);
 }

@@ -22,8 +22,8 @@
 #include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLInterpolators.h>
-#include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLLight.h>
+#include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLMaterial.h>
 #include <kalmyr/vrml/SoVRMLMovieTexture.h>
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
@@ -126,10 +126,12 @@ constexpr Class kClasses[] = {
 
 void kalmyr::initVrml()
 {
-    for (const Class &one : kClasses) one.init();
+    for (const Class& one : kClasses)
+        one.init();
 }
 
 void kalmyr::finishVrml()
 {
-    for (auto one = std::rbegin(kClasses); one != std::rend(kClasses); ++one) SoType::removeType(one->type());
+    for (auto one = std::rbegin(kClasses); one != std::rend(kClasses); ++one)
+        SoType::removeType(one->type());
 }

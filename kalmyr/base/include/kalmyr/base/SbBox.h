@@ -6,8 +6,8 @@
 
 #include <limits>
 
-/// An axis-parallel box in N dimensions, closed. A box whose minimum exceeds its maximum is empty; a new
-/// box is empty, and extending it starts at the first point.
+/// An axis-parallel box in N dimensions, closed. A box whose minimum exceeds its maximum is empty;
+/// a new box is empty, and extending it starts at the first point.
 template <typename T, int N>
 class SbBox {
 public:
@@ -109,7 +109,10 @@ public:
         return c;
     }
 
-    friend constexpr bool operator==(const SbBox& a, const SbBox& b) { return a.m_min == b.m_min && a.m_max == b.m_max; }
+    friend constexpr bool operator==(const SbBox& a, const SbBox& b)
+    {
+        return a.m_min == b.m_min && a.m_max == b.m_max;
+    }
 
 protected:
     Vec m_min;
@@ -160,7 +163,10 @@ public:
     SbXfBox3f() = default;
     SbXfBox3f(const SbVec3f& min, const SbVec3f& max) : SbBox3f(min, max) {}
     SbXfBox3f(const SbBox3f& box) : SbBox3f(box) {}
-    SbXfBox3f(const SbBox3f& box, const SbMatrix& transform) : SbBox3f(box) { setTransform(transform); }
+    SbXfBox3f(const SbBox3f& box, const SbMatrix& transform) : SbBox3f(box)
+    {
+        setTransform(transform);
+    }
 
     KALMYRBASE_API void setTransform(const SbMatrix& m);
     const SbMatrix& getTransform() const { return m_matrix; }
@@ -187,7 +193,8 @@ public:
 
     friend bool operator==(const SbXfBox3f& a, const SbXfBox3f& b)
     {
-        return static_cast<const SbBox3f&>(a) == static_cast<const SbBox3f&>(b) && a.m_matrix == b.m_matrix;
+        return static_cast<const SbBox3f&>(a) == static_cast<const SbBox3f&>(b)
+               && a.m_matrix == b.m_matrix;
     }
 
 private:

@@ -18,7 +18,8 @@ public:
 
     SbFileHelper() = delete;
 
-    /// Replaces `$NAME`, `${NAME}` (as preferences know them) and a leading `~`. Unknown names stay as they are.
+    /// Replaces `$NAME`, `${NAME}` (as preferences know them) and a leading `~`. Unknown names stay
+    /// as they are.
     static SbString expandString(const SbString& text);
     static bool isAccessible(const SbString& path, int access = READABLE);
     static bool isDirectory(const SbString& path);
@@ -27,7 +28,8 @@ public:
     static SbString getDirName(const SbString& path);
     /// The file part.
     static SbString getBaseName(const SbString& path);
-    /// What follows the last dot of the file part; empty without one, and for names that only begin with a dot.
+    /// What follows the last dot of the file part; empty without one, and for names that only begin
+    /// with a dot.
     static SbString getExtension(const SbString& path);
     /// With `/` for every separator of the system.
     static SbString toUnixPath(const SbString& path);
@@ -41,12 +43,14 @@ public:
     static std::FILE* open(const SbString& path, const char* mode, SbString* error = nullptr);
     /// The whole file. False when it fails; `bytes` is then empty.
     static bool readFile(const SbString& path, std::vector<char>& bytes, SbString* error = nullptr);
-    /// Replaces the file's content. Written beside it and renamed, so that no half file is left behind.
+    /// Replaces the file's content. Written beside it and renamed, so that no half file is left
+    /// behind.
     static bool writeFile(const SbString& path, std::string_view bytes, SbString* error = nullptr);
 };
 
 /// A file's bytes, read-only, mapped into memory where the system can and read where it cannot.
-/// Another program that shortens the file while it is mapped ends this process: a rule of the system.
+/// Another program that shortens the file while it is mapped ends this process: a rule of the
+/// system.
 class KALMYRBASE_API SbFileMapping {
 public:
     SbFileMapping() = default;

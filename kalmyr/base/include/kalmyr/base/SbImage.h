@@ -7,8 +7,9 @@
 #include <memory>
 #include <vector>
 
-/// A picture in memory: 1 (grey), 2 (grey, alpha), 3 (RGB) or 4 (RGBA) bytes a pixel, rows from bottom to
-/// top without padding, slices of a volume one after another. Copies share their pixels until one is edited.
+/// A picture in memory: 1 (grey), 2 (grey, alpha), 3 (RGB) or 4 (RGBA) bytes a pixel, rows from
+/// bottom to top without padding, slices of a volume one after another. Copies share their pixels
+/// until one is edited.
 class SbImage {
 public:
     /// More bytes than this are refused.
@@ -21,13 +22,17 @@ public:
         setValue(size, components, bytes);
     }
 
-    /// Copies the pixels; without `bytes` they become 0. False, and a null image, for negative sizes, other
-    /// numbers of components, or too many bytes. A size of 0 gives a null image and is no mistake.
-    KALMYRBASE_API bool setValue(const SbVec2i32& size, int components, const unsigned char* bytes = nullptr);
+    /// Copies the pixels; without `bytes` they become 0. False, and a null image, for negative
+    /// sizes, other numbers of components, or too many bytes. A size of 0 gives a null image and is
+    /// no mistake.
+    KALMYRBASE_API bool setValue(const SbVec2i32& size, int components,
+                                 const unsigned char* bytes = nullptr);
     /// A volume; depth 0 means a flat picture.
-    KALMYRBASE_API bool setValue(const SbVec3i32& size, int components, const unsigned char* bytes = nullptr);
+    KALMYRBASE_API bool setValue(const SbVec3i32& size, int components,
+                                 const unsigned char* bytes = nullptr);
     /// Takes over pixels that are there already; their number must fit the size.
-    KALMYRBASE_API bool adopt(const SbVec3i32& size, int components, std::vector<unsigned char>&& bytes);
+    KALMYRBASE_API bool adopt(const SbVec3i32& size, int components,
+                              std::vector<unsigned char>&& bytes);
 
     bool isNull() const { return !m_bytes; }
     void makeNull() { *this = SbImage(); }

@@ -5,9 +5,9 @@
 
 class SbRotation;
 
-/// A 4x4 matrix of floats for row vectors: a point is transformed by `point * matrix`, a translation
-/// stands in row 3, and in `a * b` the transformation a happens first.
-/// Products and inverses are computed in double where cancellation would hurt.
+/// A 4x4 matrix of floats for row vectors: a point is transformed by `point * matrix`, a
+/// translation stands in row 3, and in `a * b` the transformation a happens first. Products and
+/// inverses are computed in double where cancellation would hurt.
 class SbMatrix {
 public:
     using Values = float[4][4];
@@ -15,9 +15,11 @@ public:
     /// The identity.
     constexpr SbMatrix() : m_v{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}} {}
     /// Row by row.
-    constexpr SbMatrix(float a11, float a12, float a13, float a14, float a21, float a22, float a23, float a24,
-                       float a31, float a32, float a33, float a34, float a41, float a42, float a43, float a44)
-        : m_v{{a11, a12, a13, a14}, {a21, a22, a23, a24}, {a31, a32, a33, a34}, {a41, a42, a43, a44}}
+    constexpr SbMatrix(float a11, float a12, float a13, float a14, float a21, float a22, float a23,
+                       float a24, float a31, float a32, float a33, float a34, float a41, float a42,
+                       float a43, float a44)
+        : m_v{
+            {a11, a12, a13, a14}, {a21, a22, a23, a24}, {a31, a32, a33, a34}, {a41, a42, a43, a44}}
     {
     }
     explicit SbMatrix(const Values& values) { setValue(&values[0][0]); }
@@ -43,23 +45,26 @@ public:
     KALMYRBASE_API void setScale(float s);
     KALMYRBASE_API void setScale(const SbVec3f& s);
     KALMYRBASE_API void setRotate(const SbRotation& r);
-    /// Moves `center` to the origin, scales by `s` along the axes of `scaleOrientation`, rotates, moves
-    /// back, translates; in this order.
+    /// Moves `center` to the origin, scales by `s` along the axes of `scaleOrientation`, rotates,
+    /// moves back, translates; in this order.
     KALMYRBASE_API void setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f& s,
                                      const SbRotation& scaleOrientation, const SbVec3f& center);
     KALMYRBASE_API void setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f& s,
                                      const SbRotation& scaleOrientation);
     KALMYRBASE_API void setTransform(const SbVec3f& t, const SbRotation& r, const SbVec3f& s);
 
-    /// Splits the affine part so that setTransform() with the results gives it back; works for singular and
-    /// mirroring matrices too. Mirroring shows as negative scale factors.
-    /// False when the matrix is projective or has values that are not finite; the results are then those of
+    /// Splits the affine part so that setTransform() with the results gives it back; works for
+    /// singular and mirroring matrices too. Mirroring shows as negative scale factors. False when
+    /// the matrix is projective or has values that are not finite; the results are then those of
     /// the identity.
-    KALMYRBASE_API bool getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s, SbRotation& scaleOrientation) const;
-    KALMYRBASE_API bool getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s, SbRotation& scaleOrientation,
-                                     const SbVec3f& center) const;
-    /// As getTransform(), as matrices: this = inverse(orientation) * scale * orientation * rotation * translation.
-    KALMYRBASE_API bool factor(SbMatrix& orientation, SbVec3f& scale, SbMatrix& rotation, SbVec3f& translation) const;
+    KALMYRBASE_API bool getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s,
+                                     SbRotation& scaleOrientation) const;
+    KALMYRBASE_API bool getTransform(SbVec3f& t, SbRotation& r, SbVec3f& s,
+                                     SbRotation& scaleOrientation, const SbVec3f& center) const;
+    /// As getTransform(), as matrices: this = inverse(orientation) * scale * orientation * rotation
+    /// * translation.
+    KALMYRBASE_API bool factor(SbMatrix& orientation, SbVec3f& scale, SbMatrix& rotation,
+                               SbVec3f& translation) const;
 
     KALMYRBASE_API float det3() const;
     KALMYRBASE_API float det4() const;
@@ -67,7 +72,10 @@ public:
     /// The inverse, or the identity when there is none; `invertible` then becomes false.
     KALMYRBASE_API SbMatrix inverse(bool* invertible = nullptr) const;
     /// True when the last column is 0 0 0 1, so that no division by w is needed.
-    constexpr bool isAffine() const { return m_v[0][3] == 0 && m_v[1][3] == 0 && m_v[2][3] == 0 && m_v[3][3] == 1; }
+    constexpr bool isAffine() const
+    {
+        return m_v[0][3] == 0 && m_v[1][3] == 0 && m_v[2][3] == 0 && m_v[3][3] == 1;
+    }
 
     /// this = m * this: m happens before what this matrix does.
     SbMatrix& multLeft(const SbMatrix& m) { return *this = m * *this; }

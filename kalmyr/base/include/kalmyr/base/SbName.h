@@ -20,8 +20,8 @@ public:
     SbName(const char* text) : m_entry(intern(kalmyr::detail::viewOf(text))) {}
     SbName(const SbString& text) : m_entry(intern(text.view())) {}
     template <kalmyr::detail::TextClass S>
-        requires(!std::is_same_v<S, SbName>)
-    SbName(const S& text) : m_entry(intern(std::string_view(text)))
+    requires(!std::is_same_v<S, SbName>) SbName(const S& text)
+        : m_entry(intern(std::string_view(text)))
     {
     }
 
@@ -37,42 +37,56 @@ public:
     bool isEmpty() const { return !m_entry; }
     /// True for a name that is not empty.
     explicit operator bool() const { return m_entry; }
-    std::string_view view() const { return m_entry ? std::string_view(m_entry->text(), m_entry->length) : std::string_view(""); }
+    std::string_view view() const
+    {
+        return m_entry ? std::string_view(m_entry->text(), m_entry->length) : std::string_view("");
+    }
     operator std::string_view() const { return view(); }
 
-    /// Characters of identifiers such as type, field and part names: letters, digits (not first), underscore.
+    /// Characters of identifiers such as type, field and part names: letters, digits (not first),
+    /// underscore.
     static constexpr bool isIdentStartChar(char c)
     {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
     }
     static constexpr bool isIdentChar(char c) { return isIdentStartChar(c) || isDigit(c); }
-    /// Characters of names given to nodes, as files can carry them: anything visible except digits (not
-    /// first) and `" # ' + , - . \ [ ] { }`, of which `+ -` are allowed after the first.
-    /// Bytes of multi-byte UTF-8 characters are allowed.
-    static constexpr bool isBaseNameStartChar(char c) { return isBaseNameChar(c) && !isDigit(c) && c != '+' && c != '-'; }
+    /// Characters of names given to nodes, as files can carry them: anything visible except digits
+    /// (not first) and `" # ' + , - . \ [ ] { }`, of which `+ -` are allowed after the first. Bytes
+    /// of multi-byte UTF-8 characters are allowed.
+    static constexpr bool isBaseNameStartChar(char c)
+    {
+        return isBaseNameChar(c) && !isDigit(c) && c != '+' && c != '-';
+    }
     static constexpr bool isBaseNameChar(char c)
     {
         const auto u = static_cast<unsigned char>(c);
-        return u > 0x20 && u != 0x7f && std::string_view("\"#',.\\[]{}").find(c) == std::string_view::npos;
+        return u > 0x20 && u != 0x7f
+               && std::string_view("\"#',.\\[]{}").find(c) == std::string_view::npos;
     }
 
     /// A number that is equal for equal names, stable while the process lives.
     std::size_t hash() const { return m_entry ? m_entry->hash : 0; }
 
     friend constexpr bool operator==(SbName a, SbName b) { return a.m_entry == b.m_entry; }
-    friend bool operator==(SbName a, const char* b) { return a.view() == kalmyr::detail::viewOf(b); }
+    friend bool operator==(SbName a, const char* b)
+    {
+        return a.view() == kalmyr::detail::viewOf(b);
+    }
     friend bool operator==(SbName a, const SbString& b) { return a.view() == b.view(); }
     template <kalmyr::detail::TextClass S>
-        requires(!std::is_same_v<S, SbName>)
-    friend bool operator==(SbName a, const S& b)
+    requires(!std::is_same_v<S, SbName>) friend bool operator==(SbName a, const S& b)
     {
         return a.view() == std::string_view(b);
     }
     /// Alphabetical order by byte values, the same in every run.
-    friend bool operator<(SbName a, SbName b) { return a.m_entry != b.m_entry && a.view() < b.view(); }
+    friend bool operator<(SbName a, SbName b)
+    {
+        return a.m_entry != b.m_entry && a.view() < b.view();
+    }
 
     template <typename Traits>
-    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out, SbName n)
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
+                                                        SbName n)
     {
         return out << n.view();
     }

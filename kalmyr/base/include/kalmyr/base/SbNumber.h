@@ -17,7 +17,8 @@ enum class Status : std::uint8_t {
     Ok,
     /// The text does not start with a number; the value is untouched.
     NotANumber,
-    /// The number does not fit; the value is the nearest one (an infinity, a zero, or a whole-number limit).
+    /// The number does not fit; the value is the nearest one (an infinity, a zero, or a
+    /// whole-number limit).
     OutOfRange
 };
 
@@ -33,8 +34,10 @@ struct Result {
 namespace detail {
 
 // The rare cases, kept out of line.
-KALMYRBASE_API Result finishFloat(const char* first, const char* last, const char* end, float& value);
-KALMYRBASE_API Result finishFloat(const char* first, const char* last, const char* end, double& value);
+KALMYRBASE_API Result finishFloat(const char* first, const char* last, const char* end,
+                                  float& value);
+KALMYRBASE_API Result finishFloat(const char* first, const char* last, const char* end,
+                                  double& value);
 
 template <typename T>
 Result parseFloating(const char* first, const char* last, T& value)
@@ -58,8 +61,8 @@ Result parseFloating(const char* first, const char* last, T& value)
 
 } // namespace detail
 
-/// Decimal numbers with an optional sign (`+` too), fraction and exponent, and `inf`, `infinity` and `nan`
-/// in any case.
+/// Decimal numbers with an optional sign (`+` too), fraction and exponent, and `inf`, `infinity`
+/// and `nan` in any case.
 inline Result parseFloat(const char* first, const char* last, float& value)
 {
     return detail::parseFloating(first, last, value);
@@ -69,8 +72,9 @@ inline Result parseDouble(const char* first, const char* last, double& value)
     return detail::parseFloating(first, last, value);
 }
 
-/// Whole numbers, decimal or hexadecimal (`0x1F`), with an optional sign. A hexadecimal number without a sign may
-/// use all bits of the type: 0xFFFFFFFF is -1 as a signed 32-bit number. An unsigned type refuses `-`.
+/// Whole numbers, decimal or hexadecimal (`0x1F`), with an optional sign. A hexadecimal number
+/// without a sign may use all bits of the type: 0xFFFFFFFF is -1 as a signed 32-bit number. An
+/// unsigned type refuses `-`.
 KALMYRBASE_API Result parseInt(const char* first, const char* last, std::int32_t& value);
 KALMYRBASE_API Result parseInt(const char* first, const char* last, std::int64_t& value);
 KALMYRBASE_API Result parseUInt(const char* first, const char* last, std::uint32_t& value);
@@ -96,10 +100,11 @@ inline bool toInt(std::string_view text, std::int32_t& value)
 /// Enough room for any number that the writers below make.
 inline constexpr int kMaxChars = 32;
 
-/// Writes the shortest text that reads back as the same number, at most kMaxChars bytes and no final zero;
-/// returns its end. Not-a-number is `nan` (sign and payload are lost), infinities are `inf` and `-inf`.
+/// Writes the shortest text that reads back as the same number, at most kMaxChars bytes and no
+/// final zero; returns its end. Not-a-number is `nan` (sign and payload are lost), infinities are
+/// `inf` and `-inf`.
 template <typename T>
-    requires std::is_floating_point_v<T>
+requires std::is_floating_point_v<T>
 char* write(char* to, T value)
 {
     if (value != value) {
@@ -108,7 +113,7 @@ char* write(char* to, T value)
     return std::to_chars(to, to + kMaxChars, value).ptr;
 }
 template <typename T>
-    requires std::is_integral_v<T>
+requires std::is_integral_v<T>
 char* write(char* to, T value)
 {
     return std::to_chars(to, to + kMaxChars, value).ptr;

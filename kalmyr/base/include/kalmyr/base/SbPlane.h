@@ -6,7 +6,8 @@
 class SbLine;
 class SbMatrix;
 
-/// An oriented plane: the points with normal . p = distance from the origin. The normal has length 1.
+/// An oriented plane: the points with normal . p = distance from the origin. The normal has
+/// length 1.
 class SbPlane {
 public:
     /// z = 0, facing +z.

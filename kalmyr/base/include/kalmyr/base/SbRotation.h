@@ -13,8 +13,8 @@ public:
     constexpr SbRotation() = default;
     /// About an axis of any length; a zero axis gives no rotation.
     SbRotation(const SbVec3f& axis, float radians) { setValue(axis, radians); }
-    /// The shortest rotation that turns one direction into the other. Opposite directions turn about
-    /// some axis square to them; a zero direction gives no rotation.
+    /// The shortest rotation that turns one direction into the other. Opposite directions turn
+    /// about some axis square to them; a zero direction gives no rotation.
     SbRotation(const SbVec3f& from, const SbVec3f& to) { setValue(from, to); }
     /// From a quaternion of any length; zero length gives no rotation.
     SbRotation(float x, float y, float z, float w) { setValue(x, y, z, w); }
@@ -59,7 +59,10 @@ public:
     /// The same rotation within a tolerance on the quaternion; q and -q are one rotation.
     KALMYRBASE_API bool equals(const SbRotation& o, float tolerance) const;
     /// The same four numbers.
-    friend constexpr bool operator==(const SbRotation& a, const SbRotation& b) { return a.m_q == b.m_q; }
+    friend constexpr bool operator==(const SbRotation& a, const SbRotation& b)
+    {
+        return a.m_q == b.m_q;
+    }
 
 private:
     SbVec4f m_q{0, 0, 0, 1};

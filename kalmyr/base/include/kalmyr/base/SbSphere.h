@@ -20,7 +20,10 @@ public:
     /// The smallest ball around the box's centre that holds the box; radius 0 for an empty box.
     KALMYRBASE_API void circumscribe(const SbBox3f& box);
 
-    bool pointInside(const SbVec3f& p) const { return (p - m_center).sqrLength() <= m_radius * m_radius; }
+    bool pointInside(const SbVec3f& p) const
+    {
+        return (p - m_center).sqrLength() <= m_radius * m_radius;
+    }
     /// Where the line enters and leaves.
     KALMYRBASE_API bool intersect(const SbLine& line, SbVec3f& enter, SbVec3f& exit) const;
 

@@ -17,8 +17,8 @@ namespace kalmyr::detail {
 
 /// Class types that hand out their text as a std::string_view, SbString itself excepted.
 template <typename S>
-concept TextClass = std::is_class_v<S> && !std::is_base_of_v<SbString, S>
-                    && std::is_convertible_v<const S&, std::string_view>;
+concept TextClass = std::is_class_v<S> && !std::is_base_of_v<
+                        SbString, S> && std::is_convertible_v<const S&, std::string_view>;
 
 constexpr std::string_view viewOf(const char* text)
 {
@@ -39,8 +39,8 @@ public:
     SbString(const char* text) : m_text(kalmyr::detail::viewOf(text)) {}
     SbString(std::string text) : m_text(std::move(text)) {}
     template <kalmyr::detail::TextClass S>
-        requires(!std::is_same_v<S, std::string>)
-    SbString(const S& text) : m_text(std::string_view(text))
+    requires(!std::is_same_v<S, std::string>) SbString(const S& text)
+        : m_text(std::string_view(text))
     {
     }
     /// `length` bytes starting at `text`; they may contain zeros.
@@ -76,7 +76,10 @@ public:
     KALMYRBASE_API void deleteSubString(std::size_t start, std::size_t end = npos);
 
     /// First position of `part` at or after `start`, or npos.
-    std::size_t find(std::string_view part, std::size_t start = 0) const { return m_text.find(part, start); }
+    std::size_t find(std::string_view part, std::size_t start = 0) const
+    {
+        return m_text.find(part, start);
+    }
     /// Last position of `part`, or npos.
     std::size_t rfind(std::string_view part) const { return m_text.rfind(part); }
     bool contains(std::string_view part) const { return find(part) != npos; }
@@ -101,8 +104,8 @@ public:
     /// Whether the bytes are well-formed UTF-8.
     KALMYRBASE_API bool isValidUtf8() const;
 
-    /// A text written as by printf, of any length. Numbers follow the C locale's rules of the process;
-    /// use SbNumber for numbers that go into files.
+    /// A text written as by printf, of any length. Numbers follow the C locale's rules of the
+    /// process; use SbNumber for numbers that go into files.
     KALMYRBASE_API static SbString format(const char* pattern, ...)
 #if defined(__GNUC__)
         __attribute__((format(printf, 1, 2)))
@@ -120,17 +123,32 @@ public:
         m_text += std::string_view(other);
         return *this;
     }
-    SbString& operator+=(const char* other) { return *this += kalmyr::detail::viewOf(other); }
+    SbString& operator+=(const char* other)
+    {
+        return *this += kalmyr::detail::viewOf(other);
+    }
     SbString& operator+=(char c)
     {
         m_text += c;
         return *this;
     }
 
-    friend SbString operator+(SbString a, const SbString& b) { return std::move(a += b); }
-    friend SbString operator+(SbString a, const char* b) { return std::move(a += b); }
-    friend SbString operator+(const char* a, const SbString& b) { return SbString(a) + b; }
-    friend SbString operator+(SbString a, char b) { return std::move(a += b); }
+    friend SbString operator+(SbString a, const SbString& b)
+    {
+        return std::move(a += b);
+    }
+    friend SbString operator+(SbString a, const char* b)
+    {
+        return std::move(a += b);
+    }
+    friend SbString operator+(const char* a, const SbString& b)
+    {
+        return SbString(a) + b;
+    }
+    friend SbString operator+(SbString a, char b)
+    {
+        return std::move(a += b);
+    }
     template <kalmyr::detail::TextClass S>
     friend SbString operator+(SbString a, const S& b)
     {
@@ -142,19 +160,28 @@ public:
         return SbString(std::string_view(a)) + b;
     }
 
-    friend bool operator==(const SbString& a, const SbString& b) { return a.m_text == b.m_text; }
-    friend bool operator==(const SbString& a, const char* b) { return a.m_text == kalmyr::detail::viewOf(b); }
+    friend bool operator==(const SbString& a, const SbString& b)
+    {
+        return a.m_text == b.m_text;
+    }
+    friend bool operator==(const SbString& a, const char* b)
+    {
+        return a.m_text == kalmyr::detail::viewOf(b);
+    }
     template <kalmyr::detail::TextClass S>
-        requires(!std::is_same_v<S, SbName>)
-    friend bool operator==(const SbString& a, const S& b)
+    requires(!std::is_same_v<S, SbName>) friend bool operator==(const SbString& a, const S& b)
     {
         return a.view() == std::string_view(b);
     }
     /// Order by byte values.
-    friend std::strong_ordering operator<=>(const SbString& a, const SbString& b) { return a.m_text <=> b.m_text; }
+    friend std::strong_ordering operator<=>(const SbString& a, const SbString& b)
+    {
+        return a.m_text <=> b.m_text;
+    }
 
     template <typename Traits>
-    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out, const SbString& s)
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
+                                                        const SbString& s)
     {
         return out << s.view();
     }
@@ -165,5 +192,8 @@ private:
 
 template <>
 struct std::hash<SbString> {
-    std::size_t operator()(const SbString& s) const noexcept { return std::hash<std::string_view>()(s.view()); }
+    std::size_t operator()(const SbString& s) const noexcept
+    {
+        return std::hash<std::string_view>()(s.view());
+    }
 };

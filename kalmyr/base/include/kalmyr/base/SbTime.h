@@ -5,7 +5,8 @@
 
 #include <compare>
 
-/// A point in time (seconds since the start of 1970, UTC) or a span of time, in seconds as a double.
+/// A point in time (seconds since the start of 1970, UTC) or a span of time, in seconds as a
+/// double.
 class SbTime {
 public:
     constexpr SbTime() = default;
@@ -26,9 +27,9 @@ public:
     constexpr double getValue() const { return m_seconds; }
     constexpr double getMsecValue() const { return m_seconds * 1e3; }
 
-    /// A span as text: %D days, %H hours, %M minutes, %S seconds, %I milliseconds, %U microseconds, %% a
-    /// percent sign. The largest unit in the pattern counts everything, each other one what the next larger
-    /// unit of the pattern leaves, with leading zeros.
+    /// A span as text: %D days, %H hours, %M minutes, %S seconds, %I milliseconds, %U microseconds,
+    /// %% a percent sign. The largest unit in the pattern counts everything, each other one what
+    /// the next larger unit of the pattern leaves, with leading zeros.
     KALMYRBASE_API SbString format(const char* pattern = "%S.%I") const;
     /// A point in time as local date and time, by a strftime pattern.
     KALMYRBASE_API SbString formatDate(const char* pattern = "%Y-%m-%d %H:%M:%S") const;
@@ -51,7 +52,10 @@ public:
     friend constexpr SbTime operator/(SbTime a, double f) { return SbTime(a.m_seconds / f); }
     friend constexpr double operator/(SbTime a, SbTime b) { return a.m_seconds / b.m_seconds; }
     friend constexpr bool operator==(SbTime a, SbTime b) { return a.m_seconds == b.m_seconds; }
-    friend constexpr std::partial_ordering operator<=>(SbTime a, SbTime b) { return a.m_seconds <=> b.m_seconds; }
+    friend constexpr std::partial_ordering operator<=>(SbTime a, SbTime b)
+    {
+        return a.m_seconds <=> b.m_seconds;
+    }
 
 private:
     double m_seconds = 0;

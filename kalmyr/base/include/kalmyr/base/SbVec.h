@@ -22,14 +22,14 @@ public:
 
     /// One value per component.
     template <typename... A>
-        requires(sizeof...(A) == N && (std::is_convertible_v<A, T> && ...))
-    constexpr SbVec(A... components) : m_v{static_cast<T>(components)...}
+    requires(sizeof...(A) == N
+             && (std::is_convertible_v<A, T> && ...)) constexpr SbVec(A... components)
+        : m_v{static_cast<T>(components)...}
     {
     }
 
     /// A vector one component shorter and the last component.
-    constexpr SbVec(const SbVec<T, (N > 2 ? N - 1 : N)>& head, T last)
-        requires(N > 2)
+    constexpr SbVec(const SbVec<T, (N > 2 ? N - 1 : N)>& head, T last) requires(N > 2)
     {
         for (int i = 0; i < N - 1; ++i) {
             m_v[i] = head[i];
@@ -43,15 +43,14 @@ public:
 
     /// Converts the components; fractions are cut off when T is a whole number.
     template <typename U>
-        requires(!std::is_same_v<U, T>)
-    explicit constexpr SbVec(const SbVec<U, N>& other)
+    requires(!std::is_same_v<U, T>) explicit constexpr SbVec(const SbVec<U, N>& other)
     {
         setValue(other);
     }
 
     template <typename... A>
-        requires(sizeof...(A) == N && (std::is_convertible_v<A, T> && ...))
-    constexpr SbVec& setValue(A... components)
+    requires(sizeof...(A) == N
+             && (std::is_convertible_v<A, T> && ...)) constexpr SbVec& setValue(A... components)
     {
         return *this = SbVec(components...);
     }
@@ -79,8 +78,8 @@ public:
 
     /// Copies the components into N variables.
     template <typename... A>
-        requires(sizeof...(A) == N && (std::is_same_v<A, T> && ...))
-    constexpr void getValue(A&... out) const
+    requires(sizeof...(A) == N
+             && (std::is_same_v<A, T> && ...)) constexpr void getValue(A&... out) const
     {
         int i = 0;
         ((out = m_v[i++]), ...);
@@ -99,8 +98,7 @@ public:
         return sum;
     }
 
-    constexpr SbVec cross(const SbVec& o) const
-        requires(N == 3)
+    constexpr SbVec cross(const SbVec& o) const requires(N == 3)
     {
         return SbVec(m_v[1] * o.m_v[2] - m_v[2] * o.m_v[1], m_v[2] * o.m_v[0] - m_v[0] * o.m_v[2],
                      m_v[0] * o.m_v[1] - m_v[1] * o.m_v[0]);
@@ -119,8 +117,7 @@ public:
     Real length() const { return static_cast<Real>(std::sqrt(sqrLengthInDouble())); }
 
     /// Makes the length 1 and returns the old one. A zero vector is left alone.
-    Real normalize()
-        requires std::is_floating_point_v<T>
+    Real normalize() requires std::is_floating_point_v<T>
     {
         const double old = std::sqrt(sqrLengthInDouble());
         if (old > 0) {
@@ -132,8 +129,7 @@ public:
     }
 
     /// The vector of length 1 in the same direction; zero for zero.
-    SbVec normalized() const
-        requires std::is_floating_point_v<T>
+    SbVec normalized() const requires std::is_floating_point_v<T>
     {
         SbVec r = *this;
         r.normalize();
@@ -154,7 +150,8 @@ public:
         return true;
     }
 
-    /// The point that these homogeneous coordinates stand for. A last component of 0 is not divided by.
+    /// The point that these homogeneous coordinates stand for. A last component of 0 is not divided
+    /// by.
     constexpr void getReal(SbVec<T, (N > 2 ? N - 1 : N)>& out) const
         requires(N > 2 && std::is_floating_point_v<T>)
     {

@@ -11,29 +11,35 @@
 #include <array>
 
 /// What a camera sees: a box (orthographic) or a truncated pyramid (perspective) in space.
-/// Kept in double, so that small windows far away stay exact. A new volume is the cube from -1 to 1 seen
-/// along -z. "Normalised" screen positions run from 0 0 (lower left) to 1 1; depth from 0 (near) to 1 (far).
+/// Kept in double, so that small windows far away stay exact. A new volume is the cube from -1 to 1
+/// seen along -z. "Normalised" screen positions run from 0 0 (lower left) to 1 1; depth from 0
+/// (near) to 1 (far).
 class SbViewVolume {
 public:
     enum ProjectionType { ORTHOGRAPHIC = 0, PERSPECTIVE = 1 };
 
     SbViewVolume() = default;
 
-    /// Bounds in camera space; `near` and `far` are distances in front of the eye, negative ones behind it.
-    KALMYRBASE_API void ortho(double left, double right, double bottom, double top, double nearDist, double farDist);
+    /// Bounds in camera space; `near` and `far` are distances in front of the eye, negative ones
+    /// behind it.
+    KALMYRBASE_API void ortho(double left, double right, double bottom, double top, double nearDist,
+                              double farDist);
     /// `fovy` is the whole vertical angle in radians, `aspect` width divided by height.
     KALMYRBASE_API void perspective(double fovy, double aspect, double nearDist, double farDist);
     /// Bounds on the near plane; 0 < near < far.
-    KALMYRBASE_API void frustum(double left, double right, double bottom, double top, double nearDist, double farDist);
+    KALMYRBASE_API void frustum(double left, double right, double bottom, double top,
+                                double nearDist, double farDist);
 
-    /// New near and far distances; the lines of sight stay as they are. A perspective near distance that is
-    /// not positive becomes a small part of the far distance, here as above.
+    /// New near and far distances; the lines of sight stay as they are. A perspective near distance
+    /// that is not positive becomes a small part of the far distance, here as above.
     KALMYRBASE_API void zSet(double nearDist, double farDist);
 
-    /// Turns the camera about the eye's position. The rotation is applied after those that came before.
+    /// Turns the camera about the eye's position. The rotation is applied after those that came
+    /// before.
     KALMYRBASE_API void rotateCamera(const SbRotation& rotation);
     KALMYRBASE_API void translateCamera(const SbVec3f& translation);
-    /// Carries the whole volume through the affine part of a matrix; shear and uneven scale included.
+    /// Carries the whole volume through the affine part of a matrix; shear and uneven scale
+    /// included.
     KALMYRBASE_API void transform(const SbMatrix& m);
     /// Multiplies the width and height of the window.
     KALMYRBASE_API void scale(double factor);
@@ -56,30 +62,35 @@ public:
     /// Far distance minus near distance.
     KALMYRBASE_API float getDepth() const;
 
-    /// World to eye space, and eye to clip space with the clip conventions of OpenGL (-w to w on all axes).
+    /// World to eye space, and eye to clip space with the clip conventions of OpenGL (-w to w on
+    /// all axes).
     KALMYRBASE_API void getMatrices(SbMatrix& affine, SbMatrix& projection) const;
     /// World to clip space: affine * projection, multiplied in double.
     KALMYRBASE_API SbMatrix getMatrix() const;
     /// Eye to world space.
     KALMYRBASE_API SbMatrix getCameraSpaceMatrix() const;
 
-    /// World point to normalised screen position and depth. Points at the eye's own depth give no sensible result.
+    /// World point to normalised screen position and depth. Points at the eye's own depth give no
+    /// sensible result.
     KALMYRBASE_API void projectToScreen(const SbVec3f& src, SbVec3f& dst) const;
     /// The line of sight through a normalised screen position, from near to far.
     KALMYRBASE_API void projectPointToLine(const SbVec2f& pt, SbLine& line) const;
     /// The points of that line on the near and on the far plane.
-    KALMYRBASE_API void projectPointToLine(const SbVec2f& pt, SbVec3f& nearPoint, SbVec3f& farPoint) const;
+    KALMYRBASE_API void projectPointToLine(const SbVec2f& pt, SbVec3f& nearPoint,
+                                           SbVec3f& farPoint) const;
     /// The plane at a distance in front of the eye; its normal points at the eye.
     KALMYRBASE_API SbPlane getPlane(float distFromEye) const;
     /// The point straight ahead of the eye.
     KALMYRBASE_API SbVec3f getSightPoint(float distFromEye) const;
     /// The point at a distance in front of the eye that a normalised screen position shows.
     KALMYRBASE_API SbVec3f getPlanePoint(float distFromEye, const SbVec2f& normPoint) const;
-    /// The rotation that turns x to the right and y up on the screen; to the nearest right angles on request.
+    /// The rotation that turns x to the right and y up on the screen; to the nearest right angles
+    /// on request.
     KALMYRBASE_API SbRotation getAlignRotation(bool rightAngleOnly = false) const;
     /// The world radius at `worldCenter` that covers `normRadius` of the screen's smaller side.
     KALMYRBASE_API float getWorldToScreenScale(const SbVec3f& worldCenter, float normRadius) const;
-    /// Size of the screen rectangle that a box covers, in fractions of the screen; 1 1 when it reaches behind the eye.
+    /// Size of the screen rectangle that a box covers, in fractions of the screen; 1 1 when it
+    /// reaches behind the eye.
     KALMYRBASE_API SbVec2f projectBox(const SbBox3f& box) const;
 
     /// The part of the volume behind a rectangle of the normalised screen.
@@ -90,7 +101,8 @@ public:
     /// Left, right, bottom, top, near, far; all face inwards.
     KALMYRBASE_API std::array<SbPlane, 6> getPlanes() const;
     KALMYRBASE_API bool intersect(const SbVec3f& p) const;
-    /// False when the box is certainly outside. May say true for a box that passes close to an edge.
+    /// False when the box is certainly outside. May say true for a box that passes close to an
+    /// edge.
     KALMYRBASE_API bool intersect(const SbBox3f& box) const;
     /// The axis-parallel box around the volume.
     KALMYRBASE_API SbBox3f getBoundingBox() const;
@@ -105,7 +117,8 @@ private:
     void setWindow(double left, double right, double bottom, double top);
 
     ProjectionType m_type = ORTHOGRAPHIC;
-    // Eye space: world = origin + x * right + y * up + z * back; the axes are unit and square until transform().
+    // Eye space: world = origin + x * right + y * up + z * back; the axes are unit and square until
+    // transform().
     SbVec3d m_origin{0, 0, 0};
     SbVec3d m_right{1, 0, 0};
     SbVec3d m_up{0, 1, 0};

@@ -3,8 +3,8 @@
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbVec.h>
 
-/// The part of a window that is drawn into: window size and viewport in pixels, origin at the lower left,
-/// and how many pixels make an inch. A viewport set in fractions follows the window's size.
+/// The part of a window that is drawn into: window size and viewport in pixels, origin at the lower
+/// left, and how many pixels make an inch. A viewport set in fractions follows the window's size.
 class SbViewportRegion {
 public:
     static constexpr float kDefaultPixelsPerInch = 72;

@@ -24,7 +24,8 @@ public:
 private:
     static kalmyr::detail::ErrorHandlerSlot& slot();
     SoDebugError(Severity severity, const char* source, SbString text);
-    static void send(Severity severity, const char* source, const char* pattern, std::va_list arguments);
+    static void send(Severity severity, const char* source, const char* pattern,
+                     std::va_list arguments);
 
     Severity m_severity;
     SbString m_source;

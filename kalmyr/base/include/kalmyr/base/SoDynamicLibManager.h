@@ -11,8 +11,8 @@ public:
 
     SoDynamicLibManager() = delete;
 
-    /// Opens a library by path or by a name for the system's search. Null when that fails; `error` then says why.
-    /// Every success wants its own close().
+    /// Opens a library by path or by a name for the system's search. Null when that fails; `error`
+    /// then says why. Every success wants its own close().
     static Handle open(const SbString& name, SbString* error = nullptr);
     static bool close(Handle library, SbString* error = nullptr);
     /// The address of an exported symbol, or null.
@@ -23,7 +23,8 @@ public:
         return reinterpret_cast<Function*>(symbol(library, name, error));
     }
 
-    /// The path of the library or program that a function or global of this process is in; empty when unknown.
+    /// The path of the library or program that a function or global of this process is in; empty
+    /// when unknown.
     static SbString getLibraryFromSymbol(const void* address);
     template <typename R, typename... A>
     static SbString getLibraryFromSymbol(R (*function)(A...))

@@ -7,7 +7,8 @@
 
 class SoError;
 
-/// Receives an error while it is being posted, in the thread that posted it. The error lives for this call only.
+/// Receives an error while it is being posted, in the thread that posted it. The error lives for
+/// this call only.
 using SoErrorCB = void(const SoError* error, void* userData);
 
 #if defined(__GNUC__)
@@ -25,7 +26,8 @@ KALMYRBASE_API SbString formatArguments(const char* pattern, std::va_list argume
 class KALMYRBASE_API ErrorHandlerSlot {
 public:
     /// A slot without a callback uses its parent's.
-    explicit constexpr ErrorHandlerSlot(const ErrorHandlerSlot* parent, SoErrorCB* fallback = nullptr)
+    explicit constexpr ErrorHandlerSlot(const ErrorHandlerSlot* parent,
+                                        SoErrorCB* fallback = nullptr)
         : m_parent(parent), m_callback(fallback), m_fallback(fallback)
     {
     }
@@ -44,8 +46,8 @@ private:
 } // namespace kalmyr::detail
 
 /// A failed operation, posted to a handler as text.
-/// Each error class has its own handler; a class without one uses the handler of its base class. The default
-/// handler of SoError prints to the standard error stream.
+/// Each error class has its own handler; a class without one uses the handler of its base class.
+/// The default handler of SoError prints to the standard error stream.
 class KALMYRBASE_API SoError {
 public:
     virtual ~SoError() = default;

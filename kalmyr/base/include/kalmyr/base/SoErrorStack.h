@@ -3,8 +3,9 @@
 #include <kalmyr/base/SoError.h>
 
 /// A critical error that knows the calls that led to it.
-/// Only errors posted here reach this class's handler; plain SoError and SoDebugError posts never do.
-/// Calls are recorded while the preference KMR_DEBUG_STACKERROR is true, else the stack is empty.
+/// Only errors posted here reach this class's handler; plain SoError and SoDebugError posts never
+/// do. Calls are recorded while the preference KMR_DEBUG_STACKERROR is true, else the stack is
+/// empty.
 class KALMYRBASE_API SoErrorStack final : public SoError {
 public:
     /// Deeper stacks are cut off.
@@ -16,7 +17,8 @@ public:
     static SoErrorCB* getHandlerCallback();
     static void* getHandlerData();
 
-    /// One call a line, innermost first: `#N function (file:line)`, or the library where no line is known.
+    /// One call a line, innermost first: `#N function (file:line)`, or the library where no line is
+    /// known.
     const SbString& getStack() const { return m_stack; }
     const char* getTypeName() const override;
     SbString getPrintedText() const override;

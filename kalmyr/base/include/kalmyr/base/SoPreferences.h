@@ -5,9 +5,10 @@
 
 #include <optional>
 
-/// Settings by name. A value is looked for in the environment, then in the file that the environment
-/// variable KMR_PREFERENCES_FILE names (lines of `NAME=VALUE`, `#` begins a comment line), then among
-/// the values set by the program. Safe in any thread as long as nobody changes the environment meanwhile.
+/// Settings by name. A value is looked for in the environment, then in the file that the
+/// environment variable KMR_PREFERENCES_FILE names (lines of `NAME=VALUE`, `#` begins a comment
+/// line), then among the values set by the program. Safe in any thread as long as nobody changes
+/// the environment meanwhile.
 class KALMYRBASE_API SoPreferences {
 public:
     SoPreferences() = delete;
@@ -25,7 +26,8 @@ public:
     static int getInt(const SbString& name, int fallback);
     static float getFloat(const SbString& name, float fallback);
 
-    /// Sets a value for this process. It is hidden as long as the environment or the file has one of that name.
+    /// Sets a value for this process. It is hidden as long as the environment or the file has one
+    /// of that name.
     static void setValue(const SbString& name, const SbString& value);
     static void setBool(const SbString& name, bool value) { setValue(name, value ? "1" : "0"); }
     static void setInt(const SbString& name, int value) { setValue(name, SbString(value)); }

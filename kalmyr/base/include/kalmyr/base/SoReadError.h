@@ -6,8 +6,10 @@
 /// The text is `FILE:LINE:COLUMN: error: MESSAGE`, or `FILE: error: MESSAGE` without a line.
 class KALMYRBASE_API SoReadError final : public SoError {
 public:
-    /// Lines and columns count from 1; 0 means unknown. An empty file name stands for memory and shows as "<memory>".
-    static void post(const SbString& fileName, int line, int column, const char* pattern, ...) KALMYR_PRINTF(4, 5);
+    /// Lines and columns count from 1; 0 means unknown. An empty file name stands for memory and
+    /// shows as "<memory>".
+    static void post(const SbString& fileName, int line, int column, const char* pattern, ...)
+        KALMYR_PRINTF(4, 5);
 
     static void setHandlerCallback(SoErrorCB* callback, void* userData = nullptr);
     static SoErrorCB* getHandlerCallback();

@@ -6,7 +6,8 @@
 #include <utility>
 
 /// Holds one reference on an object derived from SoRefCounter.
-/// The pointer may be null. The object's type must be complete only where references are taken or released.
+/// The pointer may be null. The object's type must be complete only where references are taken or
+/// released.
 template <typename T>
 class SoRef {
 public:
@@ -21,8 +22,8 @@ public:
     SoRef(const SoRef& other) : SoRef(other.m_object) {}
     SoRef(SoRef&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
     template <typename U>
-        requires(std::is_convertible_v<U*, T*> && !std::is_same_v<U, T>)
-    SoRef(const SoRef<U>& other) : SoRef(other.get())
+    requires(std::is_convertible_v<U*, T*> && !std::is_same_v<U, T>) SoRef(const SoRef<U>& other)
+        : SoRef(other.get())
     {
     }
     ~SoRef()
@@ -83,7 +84,10 @@ public:
     }
     friend bool operator==(const SoRef& a, const T* b) { return a.m_object == b; }
     friend bool operator==(const SoRef& a, std::nullptr_t) { return !a.m_object; }
-    friend bool operator<(const SoRef& a, const SoRef& b) { return std::less<const T*>()(a.m_object, b.m_object); }
+    friend bool operator<(const SoRef& a, const SoRef& b)
+    {
+        return std::less<const T*>()(a.m_object, b.m_object);
+    }
 
 private:
     T* m_object = nullptr;
@@ -91,5 +95,8 @@ private:
 
 template <typename T>
 struct std::hash<SoRef<T>> {
-    std::size_t operator()(const SoRef<T>& r) const noexcept { return std::hash<const T*>()(r.get()); }
+    std::size_t operator()(const SoRef<T>& r) const noexcept
+    {
+        return std::hash<const T*>()(r.get());
+    }
 };

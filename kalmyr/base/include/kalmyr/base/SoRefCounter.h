@@ -4,8 +4,8 @@
 
 /// Base of objects that live as long as somebody holds a reference on them.
 /// A new object has no reference; the release of the last one destroys it.
-/// Threads: counts are plain numbers. Change them in the thread that owns the scene graph, or under the
-/// scene database's write lock.
+/// Threads: counts are plain numbers. Change them in the thread that owns the scene graph, or under
+/// the scene database's write lock.
 class KALMYRBASE_API SoRefCounter {
 public:
     SoRefCounter(const SoRefCounter&) = delete;
@@ -22,7 +22,8 @@ public:
             releaseLast();
         }
     }
-    /// Releases a reference and keeps the object alive even without any. For handing out new objects.
+    /// Releases a reference and keeps the object alive even without any. For handing out new
+    /// objects.
     void unrefNoDelete() const;
     int getRefCount() const { return m_refCount; }
 
@@ -30,7 +31,8 @@ protected:
     SoRefCounter() = default;
     virtual ~SoRefCounter();
 
-    /// Called once when the last reference is gone; the count is 0. Deletes the object unless overridden.
+    /// Called once when the last reference is gone; the count is 0. Deletes the object unless
+    /// overridden.
     virtual void destroy();
 
 private:

@@ -22,19 +22,19 @@ public:
     static SoType getClassTypeId();
     static void initClass();
     SoType getTypeId() const override;
-    const SoFieldData *getFieldData() const override;
+    const SoFieldData* getFieldData() const override;
 
     /// Holds the scene manager; among the auditors of its root field (SoSceneManagerImpl).
     SoSFFieldContainer sceneManager;
 
-    SoSceneManager *getSceneManager() const override { return m_manager.get(); }
-    virtual void setSceneGraph(SoNode *root);
+    SoSceneManager* getSceneManager() const override { return m_manager.get(); }
+    virtual void setSceneGraph(SoNode* root);
     /// The graph given to setSceneGraph(), without what a viewer adds around it.
-    virtual SoNode *getSceneGraph() const;
-    void setBackgroundColor(const SbColor &color) { m_manager->setBackgroundColor(color); }
+    virtual SoNode* getSceneGraph() const;
+    void setBackgroundColor(const SbColor& color) { m_manager->setBackgroundColor(color); }
 
     /// In device pixels; below 1 counts as 1.
-    void setSize(const SbVec2i32 &size);
+    void setSize(const SbVec2i32& size);
     SbVec2i32 getSize() const;
 
     /// Brings everything up to date that a frame needs (a viewer's camera); the two below call it.
@@ -42,10 +42,10 @@ public:
     /// Draws into the current OpenGL context; false when it could not.
     bool render();
     /// Draws into memory, with the scene manager's action and background, at the area's size.
-    bool renderOffscreen(SoOffscreenRenderer &renderer);
+    bool renderOffscreen(SoOffscreenRenderer& renderer);
 
     /// True when somebody used the event.
-    virtual bool processEvent(const SoEvent *event);
+    virtual bool processEvent(const SoEvent* event);
 
 protected:
     ~SoGuiRenderArea() override;

@@ -32,13 +32,13 @@ public:
     SoType getTypeId() const override;
 
     /// Also when it is the present one the camera is placed anew.
-    void setSceneGraph(SoNode *root) override;
-    SoNode *getSceneGraph() const override;
+    void setSceneGraph(SoNode* root) override;
+    SoNode* getSceneGraph() const override;
 
     bool isViewing() const { return m_viewing; }
     virtual void setViewing(bool on);
 
-    SoCamera *getCamera() const { return m_camera.get(); }
+    SoCamera* getCamera() const { return m_camera.get(); }
     /// Replaces the viewer's own camera by one of the other kind that shows the same. A scene's
     /// camera stays what it is (returns false).
     bool setCameraType(CameraType type);
@@ -60,7 +60,7 @@ public:
     bool isSeekMode() const { return m_seekMode; }
     /// Flies half the way to the point under a window position (pixels, origin lower left), which
     /// becomes the middle of the view; false when there is nothing.
-    bool seekToPoint(const SbVec2s &position);
+    bool seekToPoint(const SbVec2s& position);
     /// Seconds that a flight to a point or home takes, 0.6 at first; 0 jumps.
     void setSeekTime(float seconds) { m_seekTime = seconds; }
     float getSeekTime() const { return m_seekTime; }
@@ -71,18 +71,18 @@ public:
     bool isAutoClipping() const { return m_autoClipping; }
 
     void prepareFrame() override;
-    bool processEvent(const SoEvent *event) override;
+    bool processEvent(const SoEvent* event) override;
 
     /// Called when mode, kind of camera, headlight or seek mode changed, for the decoration around
     /// the viewer.
-    using StateCallback = void(void *data, SoGuiViewer *viewer);
-    void setStateCallback(StateCallback *function, void *data);
+    using StateCallback = void(void* data, SoGuiViewer* viewer);
+    void setStateCallback(StateCallback* function, void* data);
 
 protected:
     ~SoGuiViewer() override;
 
     /// Pointer and keys in viewing mode; true when used. The base knows the keys.
-    virtual bool processViewingEvent(const SoEvent *event);
+    virtual bool processViewingEvent(const SoEvent* event);
     /// Ends a flight where it is.
     void stopAnimation();
     /// The part of the window that the camera fills.
@@ -91,12 +91,12 @@ protected:
 private:
     struct View;
     View currentView() const;
-    void applyView(const View &view);
-    void flyTo(const View &view);
-    static void flightStep(void *data, SoSensor *sensor);
+    void applyView(const View& view);
+    void flyTo(const View& view);
+    static void flightStep(void* data, SoSensor* sensor);
 
     void stateChanged();
-    void useCamera(SoCamera *sceneCamera, CameraType ownType);
+    void useCamera(SoCamera* sceneCamera, CameraType ownType);
     void placeCamera();
     bool placeByViewpoint();
     void followSceneCamera();
@@ -125,6 +125,6 @@ private:
     bool m_viewing = true;
     bool m_seekMode = false;
     bool m_autoClipping = true;
-    StateCallback *m_stateCallback = nullptr;
-    void *m_stateData = nullptr;
+    StateCallback* m_stateCallback = nullptr;
+    void* m_stateData = nullptr;
 };

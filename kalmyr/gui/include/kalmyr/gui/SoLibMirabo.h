@@ -20,7 +20,7 @@ public:
     static bool isAvailable() { return s_instance != nullptr; }
     /// Loads the library if need be; null, with a debug error that says where it was looked for,
     /// when it cannot be loaded.
-    static SoLibMirabo *instance();
+    static SoLibMirabo* instance();
     /// Lets the library go. The inspector must not be running.
     static void finish();
 
@@ -28,16 +28,16 @@ public:
     static SoKeyboardEvent::Key getShortcutValue();
     static void setShortcutValue(SoKeyboardEvent::Key key);
 
-    void (*m_mirabo_startNode)(SoNode *root) = nullptr;
-    void (*m_mirabo_startSceneManager)(SoSceneManager *manager) = nullptr;
+    void (*m_mirabo_startNode)(SoNode* root) = nullptr;
+    void (*m_mirabo_startSceneManager)(SoSceneManager* manager) = nullptr;
     /// Takes an SoRenderAreaCore.
-    void (*m_mirabo_startRenderArea)(void *renderArea) = nullptr;
-    void (*m_mirabo_startStandalone)(int argc, char **argv) = nullptr;
+    void (*m_mirabo_startRenderArea)(void* renderArea) = nullptr;
+    void (*m_mirabo_startStandalone)(int argc, char** argv) = nullptr;
     void (*m_mirabo_stop)() = nullptr;
     bool (*m_mirabo_isRunning)() = nullptr;
     bool (*m_mirabo_processEvents)() = nullptr;
-    void (*m_mirabo_setPickAction)(const SbViewportRegion &region, SbVec2s cursor) = nullptr;
-    void (*m_mirabo_setSceneGraph)(SoNode *root) = nullptr;
+    void (*m_mirabo_setPickAction)(const SbViewportRegion& region, SbVec2s cursor) = nullptr;
+    void (*m_mirabo_setSceneGraph)(SoNode* root) = nullptr;
 
 private:
     SoLibMirabo() = default;
@@ -45,8 +45,9 @@ private:
     bool load();
     bool loadFromProcess();
     /// Fills all members by a function from symbol name to address; false when one is missing.
-    template <class Find> bool resolve(Find find);
+    template <class Find>
+    bool resolve(Find find);
 
-    void *m_library = nullptr; ///< null when the exports are those of the program itself
-    static SoLibMirabo *s_instance;
+    void* m_library = nullptr; ///< null when the exports are those of the program itself
+    static SoLibMirabo* s_instance;
 };

@@ -11,5 +11,5 @@ public:
     static SoType getClassTypeId();
     static void initClass();
 
-    virtual SoSceneManager *getSceneManager() const = 0;
+    virtual SoSceneManager* getSceneManager() const = 0;
 };

@@ -24,23 +24,23 @@ public:
     static void initClass();
     SoType getTypeId() const override;
 
-    void setSceneGraph(SoNode *root);
-    SoNode *getSceneGraph() const;
+    void setSceneGraph(SoNode* root);
+    SoNode* getSceneGraph() const;
 
     /// The action that renders. Not owned: whoever sets one keeps it alive; null goes back to the
     /// manager's own. Viewport region, background and clearing are set on it before each frame.
-    void setGLRenderAction(SoGLRenderAction *action);
-    SoGLRenderAction *getGLRenderAction() const;
+    void setGLRenderAction(SoGLRenderAction* action);
+    SoGLRenderAction* getGLRenderAction() const;
 
-    void setBackgroundColor(const SbColor &color);
-    const SbColor &getBackgroundColor() const;
-    void setViewportRegion(const SbViewportRegion &region);
-    const SbViewportRegion &getViewportRegion() const;
+    void setBackgroundColor(const SbColor& color);
+    const SbColor& getBackgroundColor() const;
+    void setViewportRegion(const SbViewportRegion& region);
+    const SbViewportRegion& getViewportRegion() const;
 
     /// Called when the scene wants to be drawn again: at most once between two calls of render(),
     /// when the delay queue is processed. The callee draws, or arranges to.
-    using RenderCallback = void(void *data, SoSceneManager *manager);
-    void setRenderCallback(RenderCallback *function, void *data);
+    using RenderCallback = void(void* data, SoSceneManager* manager);
+    void setRenderCallback(RenderCallback* function, void* data);
     /// Asks for a redraw as a change of the scene would.
     void scheduleRedraw();
     /// True from the change until the callback is called or the scene drawn.
@@ -49,9 +49,9 @@ public:
     /// Clears, and draws the scene into the current OpenGL context; true when it did.
     bool render();
     /// Passes an event to the scene; true when a node handled it.
-    bool processEvent(const SoEvent *event);
+    bool processEvent(const SoEvent* event);
 
-    SoSceneManagerImpl *getImpl() const { return m_impl.get(); }
+    SoSceneManagerImpl* getImpl() const { return m_impl.get(); }
 
 protected:
     ~SoSceneManager() override;

@@ -34,7 +34,8 @@ public:
 
     /// Makes the widget inside `parent`, or, with `embed` off or without a parent, as a window of
     /// its own. `name` becomes the widget's object name and, of a window, its title.
-    explicit SoQtRenderArea(QWidget* parent = nullptr, const char* name = nullptr, bool embed = true);
+    explicit SoQtRenderArea(QWidget* parent = nullptr, const char* name = nullptr,
+                            bool embed = true);
     virtual ~SoQtRenderArea();
     SoQtRenderArea(const SoQtRenderArea&) = delete;
     SoQtRenderArea& operator=(const SoQtRenderArea&) = delete;
@@ -77,7 +78,8 @@ public:
 
 protected:
     struct Impl;
-    /// For viewers: with a render area of their own kind, and a whole widget that is filled in later.
+    /// For viewers: with a render area of their own kind, and a whole widget that is filled in
+    /// later.
     SoQtRenderArea(SoGuiRenderArea* area, QWidget* parent, const char* name, bool embed);
     Impl& impl() const { return *m_impl; }
 

@@ -47,7 +47,7 @@ private:
 
     std::vector<SoActionMethod> m_own;
     mutable std::vector<SoActionMethod> m_resolved; ///< by type index; null for what is no node
-    mutable std::atomic<int> m_preparedFor = 0;     ///< number of types when last brought up to date
+    mutable std::atomic<int> m_preparedFor = 0; ///< number of types when last brought up to date
     mutable std::mutex m_mutex;
 };
 
@@ -164,7 +164,7 @@ private:
     std::unique_ptr<SoState> m_state;
     std::vector<Place> m_stack;
     const SoActionMethods* m_methods = nullptr;
-    const SoPath* m_path = nullptr; // Not owned; held while applied.
+    const SoPath* m_path = nullptr;     // Not owned; held while applied.
     const char* m_stackLimit = nullptr; ///< the traversal changes stacks below this address
     std::uint64_t m_numVisits = 0;
     PathMode m_pathMode = NO_PATH;
@@ -178,14 +178,26 @@ private:
 /// the methods that it brings along, and ends its source with SO_ACTION_SOURCE.
 #define SO_ACTION_HEADER(Class)                                                                    \
 public:                                                                                            \
-    static SoType getClassTypeId() { return s_typeId; }                                            \
-    SoType getTypeId() const override { return s_typeId; }                                         \
+    static SoType getClassTypeId()                                                                 \
+    {                                                                                              \
+        return s_typeId;                                                                           \
+    }                                                                                              \
+    SoType getTypeId() const override                                                              \
+    {                                                                                              \
+        return s_typeId;                                                                           \
+    }                                                                                              \
     /** Tells what the action does at nodes of a type. */                                          \
-    static void addMethod(SoType type, SoActionMethod method) { s_methods.add(type, method); }     \
+    static void addMethod(SoType type, SoActionMethod method)                                      \
+    {                                                                                              \
+        s_methods.add(type, method);                                                               \
+    }                                                                                              \
     static void initClass();                                                                       \
                                                                                                    \
 protected:                                                                                         \
-    const SoActionMethods& methods() const override { return s_methods; }                          \
+    const SoActionMethods& methods() const override                                                \
+    {                                                                                              \
+        return s_methods;                                                                          \
+    }                                                                                              \
                                                                                                    \
 private:                                                                                           \
     static void initMethods();                                                                     \
@@ -204,8 +216,14 @@ private:                                                                        
 /// For a class derived from a concrete action: a type of its own, the table of its parent.
 #define SO_DERIVED_ACTION_HEADER(Class)                                                            \
 public:                                                                                            \
-    static SoType getClassTypeId() { return s_typeId; }                                            \
-    SoType getTypeId() const override { return s_typeId; }                                         \
+    static SoType getClassTypeId()                                                                 \
+    {                                                                                              \
+        return s_typeId;                                                                           \
+    }                                                                                              \
+    SoType getTypeId() const override                                                              \
+    {                                                                                              \
+        return s_typeId;                                                                           \
+    }                                                                                              \
     static void initClass();                                                                       \
                                                                                                    \
 private:                                                                                           \

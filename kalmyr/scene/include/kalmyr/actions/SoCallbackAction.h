@@ -74,8 +74,8 @@ private:
     template <class F>
     void add(std::deque<Entry<F>>& list, SoType type, F&& callback);
     template <class F, class Call>
-    void callEach(const SoNode* node, std::deque<Entry<F>>& list,
-                  std::vector<int> OfType::*which, Call call);
+    void callEach(const SoNode* node, std::deque<Entry<F>>& list, std::vector<int> OfType::*which,
+                  Call call);
 
     SbViewportRegion m_region;
     // Queues, for they may grow while one of their functions runs.

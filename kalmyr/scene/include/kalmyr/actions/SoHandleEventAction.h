@@ -61,7 +61,7 @@ private:
 
     SbViewportRegion m_region;
     const SoEvent* m_event = nullptr; // Not owned.
-    SoRef<SoPath> m_grabPath; ///< way to the grabber, or the grabber alone
+    SoRef<SoPath> m_grabPath;         ///< way to the grabber, or the grabber alone
     SoRef<SoNode> m_pickRoot;
     SoNode* m_root = nullptr; // Not owned; of the present application.
     std::unique_ptr<SoRayPickAction> m_pick;

@@ -18,5 +18,5 @@ public:
 
 protected:
     ~SoOrthographicCamera() override;
-    void viewSphere(const SbVec3f &center, float radius, float aspect) override;
+    void viewSphere(const SbVec3f& center, float radius, float aspect) override;
 };

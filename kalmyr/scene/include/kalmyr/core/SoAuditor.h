@@ -24,7 +24,7 @@ public:
     };
 
     /// A change passes by; called during the notification walk. Must not edit the graph.
-    virtual void auditedChanged(SoNotification &notification) = 0;
+    virtual void auditedChanged(SoNotification& notification) = 0;
 
     /// The audited object is being destroyed. The auditor must forget it; it is removed from the
     /// list already.
@@ -42,7 +42,7 @@ protected:
 class KALMYR_API SoAuditorList {
 public:
     struct Entry {
-        SoAuditor *auditor = nullptr;
+        SoAuditor* auditor = nullptr;
         SoAuditor::Type type = SoAuditor::SENSOR;
         int multiplicity = 0; ///< how often the auditor holds the object (same child twice: 2)
     };
@@ -51,24 +51,24 @@ public:
 
     SoAuditorList() = default;
     ~SoAuditorList();
-    SoAuditorList(const SoAuditorList &) = delete;
-    SoAuditorList &operator=(const SoAuditorList &) = delete;
+    SoAuditorList(const SoAuditorList&) = delete;
+    SoAuditorList& operator=(const SoAuditorList&) = delete;
 
     /// Adds an auditor or raises its multiplicity.
-    void append(SoAuditor *auditor, SoAuditor::Type type);
+    void append(SoAuditor* auditor, SoAuditor::Type type);
 
     /// Lowers the multiplicity, removing the entry when it falls to zero. Unknown: ignored.
-    void remove(SoAuditor *auditor);
+    void remove(SoAuditor* auditor);
 
     /// Number of distinct auditors.
     int getLength() const;
-    const Entry &operator[](int i) const;
-    SoAuditor *getObject(int i) const { return (*this)[i].auditor; }
+    const Entry& operator[](int i) const;
+    SoAuditor* getObject(int i) const { return (*this)[i].auditor; }
     SoAuditor::Type getType(int i) const { return (*this)[i].type; }
 
     /// Tells every auditor. An auditor may remove itself or others meanwhile; those removed are
     /// not called, those added are called with the next change.
-    void notify(SoNotification &notification) const;
+    void notify(SoNotification& notification) const;
 
     /// Takes every entry out, then tells each auditor that the object dies.
     void announceDeath();
@@ -76,10 +76,10 @@ public:
 private:
     struct Many {
         std::vector<Entry> entries;
-        std::unordered_map<SoAuditor *, int> index; ///< filled beyond kIndexThreshold
+        std::unordered_map<SoAuditor*, int> index; ///< filled beyond kIndexThreshold
     };
-    int find(SoAuditor *auditor) const;
+    int find(SoAuditor* auditor) const;
 
-    Entry m_one;                   ///< the only entry while m_many is null
-    std::unique_ptr<Many> m_many;  ///< all entries once there were two
+    Entry m_one;                  ///< the only entry while m_many is null
+    std::unique_ptr<Many> m_many; ///< all entries once there were two
 };

@@ -24,20 +24,20 @@ public:
 
     /// Sets the name. Characters that a scene file cannot hold are replaced by '_', a leading
     /// digit gets one in front; the empty name removes it.
-    virtual void setName(const SbName &name);
+    virtual void setName(const SbName& name);
 
     /// The object most recently given that name whose type derives from `type`; null when none.
-    static SoBase *getNamedBase(const SbName &name, SoType type);
+    static SoBase* getNamedBase(const SbName& name, SoType type);
     /// All of them, oldest first.
-    static std::vector<SoBase *> getNamedBases(const SbName &name, SoType type);
+    static std::vector<SoBase*> getNamedBases(const SbName& name, SoType type);
 
-    void addAuditor(SoAuditor *auditor, SoAuditor::Type type) { m_auditors.append(auditor, type); }
-    void removeAuditor(SoAuditor *auditor) { m_auditors.remove(auditor); }
-    const SoAuditorList &getAuditors() const { return m_auditors; }
+    void addAuditor(SoAuditor* auditor, SoAuditor::Type type) { m_auditors.append(auditor, type); }
+    void removeAuditor(SoAuditor* auditor) { m_auditors.remove(auditor); }
+    const SoAuditorList& getAuditors() const { return m_auditors; }
 
     /// Written in front of the number that distinguishes objects of one name in a file ("+").
-    static void setInstancePrefix(const SbString &prefix);
-    static const SbString &getInstancePrefix();
+    static void setInstancePrefix(const SbString& prefix);
+    static const SbString& getInstancePrefix();
 
 protected:
     SoBase() = default;

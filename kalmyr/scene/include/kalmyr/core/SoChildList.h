@@ -17,47 +17,47 @@ class SoNode;
 class KALMYR_API SoChildList final : public SoAuditor {
 public:
     /// `parent` owns the list and is told of its edits.
-    explicit SoChildList(SoNode *parent) : m_parent(parent) {}
+    explicit SoChildList(SoNode* parent) : m_parent(parent) {}
     ~SoChildList();
-    SoChildList(const SoChildList &) = delete;
-    SoChildList &operator=(const SoChildList &) = delete;
+    SoChildList(const SoChildList&) = delete;
+    SoChildList& operator=(const SoChildList&) = delete;
 
-    SoNode *getParent() const { return m_parent; }
+    SoNode* getParent() const { return m_parent; }
     int getLength() const { return static_cast<int>(m_nodes.size()); }
-    SoNode *operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
-    const std::vector<SoNode *> &getNodes() const { return m_nodes; }
+    SoNode* operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+    const std::vector<SoNode*>& getNodes() const { return m_nodes; }
 
     /// Index of the first place of `child`, or -1.
-    int find(const SoNode *child) const;
+    int find(const SoNode* child) const;
 
     /// The edits return false, and change nothing, for a null child, an index out of range or a
     /// cycle.
-    bool append(SoNode *child);
+    bool append(SoNode* child);
     /// `index` from 0 to getLength(), the latter appends.
-    bool insert(SoNode *child, int index);
+    bool insert(SoNode* child, int index);
     bool remove(int index);
-    bool set(int index, SoNode *child);
+    bool set(int index, SoNode* child);
     /// Removes all, with one notification (none when empty already).
     void truncate();
     /// Replaces the whole list with one notification of kind ALL_REMOVED (intended: whoever
     /// mirrors the list reads it again).
-    bool assign(const std::vector<SoNode *> &children);
+    bool assign(const std::vector<SoNode*>& children);
     /// Reserves memory for that many children.
     void reserve(int count) { m_nodes.reserve(static_cast<std::size_t>(count)); }
 
     /// Lets a field stand for the list: its listeners hear of every change before the parent does,
     /// and it stops being default with the first edit. The field lives as long as the list.
-    void setField(SoField *field) { m_field = field; }
+    void setField(SoField* field) { m_field = field; }
 
-    void auditedChanged(SoNotification &notification) override;
+    void auditedChanged(SoNotification& notification) override;
 
 private:
-    bool accepts(const SoNode *child) const;
-    void adopt(SoNode *child);
-    void abandon(SoNode *child);
-    void tell(SoNotification::Kind kind, SoNode *child, int index);
+    bool accepts(const SoNode* child) const;
+    void adopt(SoNode* child);
+    void abandon(SoNode* child);
+    void tell(SoNotification::Kind kind, SoNode* child, int index);
 
-    SoNode *m_parent; // Not owned; it owns us.
-    SoField *m_field = nullptr; // Not owned; the parent's.
-    std::vector<SoNode *> m_nodes;
+    SoNode* m_parent;           // Not owned; it owns us.
+    SoField* m_field = nullptr; // Not owned; the parent's.
+    std::vector<SoNode*> m_nodes;
 };

@@ -25,22 +25,22 @@ public:
         EVENT_IN = 1,  ///< carries no value
         EVENT_OUT = 2, ///< read-only to the outside
         EXPOSED = 3,
-        INTERNAL = 6   ///< the toolkit's own, never shown
+        INTERNAL = 6 ///< the toolkit's own, never shown
     };
 
     static SoType getClassTypeId();
     static void initClass();
 
     virtual ~SoField();
-    SoField(const SoField &) = delete;
-    SoField &operator=(const SoField &) = delete;
+    SoField(const SoField&) = delete;
+    SoField& operator=(const SoField&) = delete;
 
     virtual SoType getTypeId() const = 0;
     bool isOfType(SoType type) const { return getTypeId().isDerivedFrom(type); }
 
-    SoFieldContainer *getContainer() const { return m_container; }
+    SoFieldContainer* getContainer() const { return m_container; }
     /// Called once, by the container's constructor.
-    void setContainer(SoFieldContainer *container) { m_container = container; }
+    void setContainer(SoFieldContainer* container) { m_container = container; }
 
     /// True while the field holds the value it was created with.
     bool isDefault() const { return (m_flags & kDefault) != 0; }
@@ -52,46 +52,48 @@ public:
     void setFieldType(FieldType type);
 
     /// The value as scene text; exact: set() of it restores the value to the bit.
-    void get(SbString &text) const;
+    void get(SbString& text) const;
     /// Sets the value from text. False, with the value unchanged and an error posted as a read
     /// error, for text that is no value of this type.
-    bool set(const char *text);
+    bool set(const char* text);
 
     /// Value from and to scene text; the value is unspecified after a failed read.
-    virtual bool readValue(SoFieldReader &in) = 0;
-    virtual void writeValue(SoFieldWriter &out) const = 0;
+    virtual bool readValue(SoFieldReader& in) = 0;
+    virtual void writeValue(SoFieldWriter& out) const = 0;
 
-    virtual bool isSame(const SoField &other) const = 0;
+    virtual bool isSame(const SoField& other) const = 0;
     /// Copies value, not flags, from a field of the same type, and notifies.
-    virtual void copyFrom(const SoField &other) = 0;
+    virtual void copyFrom(const SoField& other) = 0;
     /// Copies from a field of the same type inside a copied graph: nodes held are replaced by
     /// their copies.
-    virtual void copyWith(SoNodeCopier &copier, const SoField &other);
+    virtual void copyWith(SoNodeCopier& copier, const SoField& other);
     /// Puts the default value of the containing class back: copies from `pristine`.
-    void resetTo(const SoField &pristine);
+    void resetTo(const SoField& pristine);
 
     /// Tells auditors and container that the value changed.
     void touch() { valueChanged(false); }
 
     /// Makes this field follow `master`, a field of the same type. Refused with an error for
     /// a different type or when it would close a cycle. Replaces an earlier connection.
-    bool connectFrom(SoField *master);
+    bool connectFrom(SoField* master);
     void disconnect();
     bool isConnected() const;
-    SoField *getConnectedField() const;
+    SoField* getConnectedField() const;
     /// Brings a connected field up to date. Every reader of a value calls it.
     void evaluate() const
     {
-        if (m_flags & kDirty) pull();
+        if (m_flags & kDirty)
+            pull();
     }
 
-    void addAuditor(SoAuditor *auditor, SoAuditor::Type type);
-    void removeAuditor(SoAuditor *auditor);
+    void addAuditor(SoAuditor* auditor, SoAuditor::Type type);
+    void removeAuditor(SoAuditor* auditor);
     /// Sensors and connections on this field; an empty list when there are none.
-    const SoAuditorList &getAuditors() const;
+    const SoAuditorList& getAuditors() const;
 
-    void auditedChanged(SoNotification &notification) override; ///< a held object or a master changed
-    void auditedDying() override;                               ///< the master dies
+    void
+    auditedChanged(SoNotification& notification) override; ///< a held object or a master changed
+    void auditedDying() override;                          ///< the master dies
 
 protected:
     SoField() = default;
@@ -100,13 +102,13 @@ protected:
     /// the notification (walks to auditors, then container).
     void valueChanged(bool clearDefault = true);
     /// Gives a twin made by set() what it needs to read a value (the names of an enum field).
-    virtual void prepareTwin(SoField &) const {}
+    virtual void prepareTwin(SoField&) const {}
     /// The same as valueChanged() for an edit of a node list that has a kind of its own.
-    void notifyChange(SoNotification &notification);
+    void notifyChange(SoNotification& notification);
 
     static constexpr std::uint32_t kDefault = 1;
     static constexpr std::uint32_t kIgnored = 2;
-    static constexpr std::uint32_t kDirty = 4;    ///< connected, and the master changed since
+    static constexpr std::uint32_t kDirty = 4; ///< connected, and the master changed since
     static constexpr std::uint32_t kPulling = 8;
     static constexpr int kTypeShift = 4;
 
@@ -114,12 +116,12 @@ private:
     struct Extra;
     friend class SoNotification;
     void pull() const;
-    Extra &extra();
+    Extra& extra();
     /// Sends a walk on to auditors and container.
-    void pass(SoNotification &notification);
+    void pass(SoNotification& notification);
 
-    SoFieldContainer *m_container = nullptr; // Not owned; owns us.
-    Extra *m_extra = nullptr;                // Owned: auditors and connection; null mostly.
+    SoFieldContainer* m_container = nullptr; // Not owned; owns us.
+    Extra* m_extra = nullptr;                // Owned: auditors and connection; null mostly.
 
 protected:
     mutable std::uint32_t m_flags = kDefault;
@@ -145,16 +147,16 @@ public:
     virtual void insertSpace(int start, int count) = 0;
 
     /// One value as text; set1 grows the field when needed. False for text that is no value.
-    void get1(int index, SbString &text) const;
-    bool set1(int index, const char *text);
-    virtual bool read1Value(int index, SoFieldReader &in) = 0;
-    virtual void write1Value(int index, SoFieldWriter &out) const = 0;
+    void get1(int index, SbString& text) const;
+    bool set1(int index, const char* text);
+    virtual bool read1Value(int index, SoFieldReader& in) = 0;
+    virtual void write1Value(int index, SoFieldWriter& out) const = 0;
 
     /// "[ a, b ]", or the bare value when there is exactly one.
-    bool readValue(SoFieldReader &in) override;
-    void writeValue(SoFieldWriter &out) const override;
+    bool readValue(SoFieldReader& in) override;
+    void writeValue(SoFieldWriter& out) const override;
 
 protected:
     /// Reads values up to the closing bracket; the typed fields override with their fast path.
-    virtual bool readList(SoFieldReader &in) = 0;
+    virtual bool readList(SoFieldReader& in) = 0;
 };

@@ -18,16 +18,16 @@ public:
     static void initClass();
 
     /// Names and places of the fields; null when the class has none.
-    virtual const SoFieldData *getFieldData() const { return nullptr; }
+    virtual const SoFieldData* getFieldData() const { return nullptr; }
 
     /// The field of that name, or null.
-    SoField *getField(const SbName &name) const;
+    SoField* getField(const SbName& name) const;
     /// Its name, or the empty name when the field is not one of this container's.
-    SbName getFieldName(const SoField *field) const;
-    std::vector<SoField *> getFields() const;
+    SbName getFieldName(const SoField* field) const;
+    std::vector<SoField*> getFields() const;
 
     /// A new default instance of the same type (reference count 0), or null when the type has none.
-    virtual SoFieldContainer *createTwin() const { return nullptr; }
+    virtual SoFieldContainer* createTwin() const { return nullptr; }
 
     /// Sets every field to its default value, with one notification.
     void setToDefaults();
@@ -37,13 +37,13 @@ public:
 
     /// Sets fields from text such as "radius 2 height 3". False, with nothing further set, at the
     /// first fault.
-    bool set(const char *text);
+    bool set(const char* text);
     /// All fields that do not hold their default, as text that set() takes.
-    void get(SbString &text) const;
+    void get(SbString& text) const;
 
     /// Copies all field values (and, with `copyConnections`, connections) from a container of
     /// the same type; one notification.
-    virtual void copyFieldValues(const SoFieldContainer *from, bool copyConnections = false);
+    virtual void copyFieldValues(const SoFieldContainer* from, bool copyConnections = false);
 
     /// Switches notification of this container on or off; returns what it was. While off, changes
     /// reach nobody; touch() afterwards tells them once.
@@ -58,7 +58,7 @@ public:
     std::uint64_t getChangeId() const { return m_changeId; }
 
     /// Continues a walk: visits this container unless the change came by already.
-    virtual void notify(SoNotification &notification);
+    virtual void notify(SoNotification& notification);
 
 protected:
     SoFieldContainer();

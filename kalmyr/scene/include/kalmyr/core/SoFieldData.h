@@ -17,19 +17,22 @@ class SoFieldContainer;
 class KALMYR_API SoFieldData {
 public:
     SoFieldData() = default;
-    SoFieldData(const SoFieldData &) = default;
+    SoFieldData(const SoFieldData&) = default;
 
     /// Adds a field that lives in, or is owned by, `container`.
-    void addField(const SoFieldContainer *container, const SbName &name, const SoField *field);
+    void addField(const SoFieldContainer* container, const SbName& name, const SoField* field);
 
     int getNumFields() const { return static_cast<int>(m_entries.size()); }
-    const SbName &getFieldName(int index) const { return m_entries[static_cast<std::size_t>(index)].name; }
-    SoField *getField(const SoFieldContainer *container, int index) const;
+    const SbName& getFieldName(int index) const
+    {
+        return m_entries[static_cast<std::size_t>(index)].name;
+    }
+    SoField* getField(const SoFieldContainer* container, int index) const;
 
     /// Index of the field of that name, or -1. Constant time for tables of any size.
-    int getIndex(const SbName &name) const;
+    int getIndex(const SbName& name) const;
     /// Index of `field` within `container`, or -1.
-    int getIndex(const SoFieldContainer *container, const SoField *field) const;
+    int getIndex(const SoFieldContainer* container, const SoField* field) const;
 
 private:
     struct Entry {

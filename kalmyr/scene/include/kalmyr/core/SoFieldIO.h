@@ -11,28 +11,28 @@ class SoPath;
 /// What a field reads its value from: the tokenizer, and, for node values, whoever can read nodes.
 class KALMYR_API SoFieldReader {
 public:
-    explicit SoFieldReader(SoTokenizer &tokens) : text(tokens) {}
+    explicit SoFieldReader(SoTokenizer& tokens) : text(tokens) {}
     virtual ~SoFieldReader() = default;
 
     /// Reads a node ("NULL", "USE x", "DEF x Type { }", "Type { }") with reference count 0 if new.
     /// False after an error. The plain reader knows NULL only.
-    virtual bool readNode(SoNode *&node);
+    virtual bool readNode(SoNode*& node);
 
-    SoTokenizer &text;
+    SoTokenizer& text;
 };
 
 /// Where a field writes its value: text with the layout of scene files, and nodes by callback.
 class KALMYR_API SoFieldWriter {
 public:
-    explicit SoFieldWriter(std::string &target) : text(target) {}
+    explicit SoFieldWriter(std::string& target) : text(target) {}
     virtual ~SoFieldWriter() = default;
 
     /// Writes a node, or NULL. The plain writer writes the node's name or "<TypeName>" form only.
-    virtual void writeNode(const SoNode *node);
+    virtual void writeNode(const SoNode* node);
     /// Breaks the line inside long lists; the plain writer writes a blank.
     virtual void breakLine() { text += ' '; }
     /// Gives the buffer to its target when it has grown; called between values of long fields.
     virtual void flushIfLarge() {}
 
-    std::string &text;
+    std::string& text;
 };

@@ -19,14 +19,15 @@ public:
     static Format detect(std::span<const unsigned char> bytes);
 
     /// Reads a picture. False, `image` null and the reason in `error`, when it cannot.
-    static bool read(const SbString &path, SbImage &image, SbString *error = nullptr);
-    static bool readMemory(std::span<const unsigned char> bytes, SbImage &image, SbString *error = nullptr);
+    static bool read(const SbString& path, SbImage& image, SbString* error = nullptr);
+    static bool readMemory(std::span<const unsigned char> bytes, SbImage& image,
+                           SbString* error = nullptr);
 
     /// Writes a PNG of the image's components. False, with the reason, when it cannot.
-    static bool writePng(const SbString &path, const SbImage &image, SbString *error = nullptr);
+    static bool writePng(const SbString& path, const SbImage& image, SbString* error = nullptr);
 
     /// `name` when there is such a file or it is absolute, else the same name inside `directory`.
-    static SbString findFile(const SbString &name, const SbString &directory);
+    static SbString findFile(const SbString& name, const SbString& directory);
 
     SoImageFile() = delete;
 };

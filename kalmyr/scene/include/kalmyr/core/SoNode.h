@@ -28,41 +28,41 @@ public:
 
     /// The children that the node lets everybody see, or null. Groups, inline and file nodes and
     /// node kits that expose theirs.
-    virtual SoChildList *getChildren() const { return nullptr; }
+    virtual SoChildList* getChildren() const { return nullptr; }
 
     /// Children that are the node's own business (parts of a kit, expansion of a prototype), or
     /// null; the same list as getChildren() for those that expose theirs.
-    virtual SoChildList *getInternalChildren() const { return getChildren(); }
+    virtual SoChildList* getInternalChildren() const { return getChildren(); }
 
     /// False for a node that shields what follows it from its effects (separators).
     virtual bool affectsState() const { return true; }
 
     /// Generic behaviour in every traversing action: property nodes set elements, groups traverse.
-    virtual void doAction(SoAction *) {}
+    virtual void doAction(SoAction*) {}
 
-    SoFieldContainer *createTwin() const override;
+    SoFieldContainer* createTwin() const override;
 
     /// Whether `ancestor` is this node or holds it, directly or further up, as a child or by a
     /// field. Cost: the number of distinct ancestors of this node.
-    bool isAtOrBelow(const SoNode *ancestor) const;
+    bool isAtOrBelow(const SoNode* ancestor) const;
 
     /// A copy of the node with copies of everything below it; what is shared below stays shared in
     /// the copy. Reference count 0.
-    SoNode *copy() const;
+    SoNode* copy() const;
 
     /// Fills a new copy from `from`: fields, children, name, override. Nodes that keep state
     /// outside their fields override it.
-    virtual void copyContents(const SoNode *from, SoNodeCopier &copier);
+    virtual void copyContents(const SoNode* from, SoNodeCopier& copier);
 
     /// A name that identifies the node across processes of a distributed host; empty when none.
-    const SbName &getNetName() const;
-    void setNetName(const SbName &name);
+    const SbName& getNetName() const;
+    void setNetName(const SbName& name);
 
     /// New node of the registered type (reference count 0); null when abstract or not a node type.
-    static SoNode *create(SoType type);
+    static SoNode* create(SoType type);
 
     /// The most recently named node of that name, or null.
-    static SoNode *getByName(const SbName &name);
+    static SoNode* getByName(const SbName& name);
 
 protected:
     SoNode() = default;

@@ -10,10 +10,10 @@ class SoNode;
 class KALMYR_API SoNodeCopier {
 public:
     /// The copy of `original` (reference count 0 when made now); null for null.
-    SoNode *copyOf(const SoNode *original);
+    SoNode* copyOf(const SoNode* original);
     /// The copy if one was made already, else the original.
-    SoNode *resolve(SoNode *original) const;
+    SoNode* resolve(SoNode* original) const;
 
 private:
-    std::unordered_map<const SoNode *, SoNode *> m_copies;
+    std::unordered_map<const SoNode*, SoNode*> m_copies;
 };

@@ -26,26 +26,38 @@
 
 #define SO_NODE_HEADER(Class)                                                                      \
 public:                                                                                            \
-    static SoType getClassTypeId() { return s_classTypeId; }                                       \
-    SoType getTypeId() const override { return s_classTypeId; }                                    \
-    const SoFieldData *getFieldData() const override;                                              \
+    static SoType getClassTypeId()                                                                 \
+    {                                                                                              \
+        return s_classTypeId;                                                                      \
+    }                                                                                              \
+    SoType getTypeId() const override                                                              \
+    {                                                                                              \
+        return s_classTypeId;                                                                      \
+    }                                                                                              \
+    const SoFieldData* getFieldData() const override;                                              \
     /** Field table of the class; null until the first instance exists. */                         \
-    static const SoFieldData *getClassFieldData() { return s_classFieldData; }                     \
+    static const SoFieldData* getClassFieldData()                                                  \
+    {                                                                                              \
+        return s_classFieldData;                                                                   \
+    }                                                                                              \
                                                                                                    \
 private:                                                                                           \
     static SoType s_classTypeId;                                                                   \
-    static SoFieldData *s_classFieldData;
+    static SoFieldData* s_classFieldData;
 
 #define SO_NODE_SOURCE(Class)                                                                      \
     SoType Class::s_classTypeId;                                                                   \
-    SoFieldData *Class::s_classFieldData = nullptr;                                                \
-    const SoFieldData *Class::getFieldData() const { return s_classFieldData; }
+    SoFieldData* Class::s_classFieldData = nullptr;                                                \
+    const SoFieldData* Class::getFieldData() const                                                 \
+    {                                                                                              \
+        return s_classFieldData;                                                                   \
+    }
 
 /// First statement of a constructor. `Parent` is the parent class of the node's own class.
 #define SO_NODE_CONSTRUCTOR(Parent)                                                                \
-    SoFieldData *soFirstInstance = nullptr;                                                        \
+    SoFieldData* soFirstInstance = nullptr;                                                        \
     if (!s_classFieldData) {                                                                       \
-        const SoFieldData *soInherited = Parent::getFieldData();                                   \
+        const SoFieldData* soInherited = Parent::getFieldData();                                   \
         soFirstInstance = soInherited ? new SoFieldData(*soInherited) : new SoFieldData;           \
         s_classFieldData = soFirstInstance;                                                        \
     }                                                                                              \
@@ -55,16 +67,18 @@ private:                                                                        
 #define SO_ADD_FIELD(field, defaultValue)                                                          \
     (field).setContainer(this);                                                                    \
     (field).initValue defaultValue;                                                                \
-    if (soFirstInstance) soFirstInstance->addField(this, SbName(#field), &(field))
+    if (soFirstInstance)                                                                           \
+    soFirstInstance->addField(this, SbName(#field), &(field))
 
 /// A multiple-value field without values, or a field whose default is its type's own.
 #define SO_ADD_EMPTY_FIELD(field)                                                                  \
     (field).setContainer(this);                                                                    \
-    if (soFirstInstance) soFirstInstance->addField(this, SbName(#field), &(field))
+    if (soFirstInstance)                                                                           \
+    soFirstInstance->addField(this, SbName(#field), &(field))
 
 #define SO_NODE_INIT_CLASS(Class, Parent, name)                                                    \
     s_classTypeId = SoType::createType(Parent::getClassTypeId(), SbName(name),                     \
-                                       []() -> void * { return static_cast<SoNode *>(new Class); })
+                                       []() -> void* { return static_cast<SoNode*>(new Class); })
 
 #define SO_NODE_INIT_ABSTRACT_CLASS(Class, Parent, name)                                           \
     s_classTypeId = SoType::createType(Parent::getClassTypeId(), SbName(name))

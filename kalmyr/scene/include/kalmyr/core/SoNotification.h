@@ -18,8 +18,8 @@ class KALMYR_API SoNotification {
 public:
     /// What happened; the numbers are part of the interface.
     enum Kind : std::uint8_t {
-        UNSPECIFIED = 0,  ///< a field value, or touch()
-        CHILD_ADDED = 1,  ///< appended as last child
+        UNSPECIFIED = 0, ///< a field value, or touch()
+        CHILD_ADDED = 1, ///< appended as last child
         CHILD_INSERTED = 2,
         CHILD_REPLACED = 3,
         CHILD_REMOVED = 4, ///< sent after the removal; the child is still alive
@@ -29,23 +29,23 @@ public:
 
     /// One container on the way from the change to the container being told now.
     struct Link {
-        SoFieldContainer *container;
-        const Link *below; ///< next one towards the change; null at the change itself
+        SoFieldContainer* container;
+        const Link* below; ///< next one towards the change; null at the change itself
     };
 
     Kind kind = UNSPECIFIED;
-    SoFieldContainer *container = nullptr; ///< where the change happened
-    SoField *field = nullptr;              ///< the changed field, or null
-    SoNode *child = nullptr;               ///< the child concerned, or null
+    SoFieldContainer* container = nullptr; ///< where the change happened
+    SoField* field = nullptr;              ///< the changed field, or null
+    SoNode* child = nullptr;               ///< the child concerned, or null
     int index = -1;                        ///< its index, or -1
     std::uint64_t stamp = 0;               ///< unique, rising; becomes the id of every visited node
-    const Link *chain = nullptr;           ///< where the walk is now, down to the change
+    const Link* chain = nullptr;           ///< where the walk is now, down to the change
 
     /// Sends the change from `start` upwards and then runs the immediate sensors, unless this is
     /// a change made during another change's walk.
-    void send(SoFieldContainer *start);
+    void send(SoFieldContainer* start);
     /// The same from a field: first its own auditors, then its container.
-    void sendFrom(SoField *field);
+    void sendFrom(SoField* field);
 
     /// A new stamp, greater than every one before it in this process. Also the source of node ids.
     static std::uint64_t nextStamp();

@@ -16,31 +16,31 @@ public:
     SoType getTypeId() const override;
 
     SoPath() = default;
-    explicit SoPath(SoNode *head);
+    explicit SoPath(SoNode* head);
 
-    void setHead(SoNode *head);
+    void setHead(SoNode* head);
     /// Appends a child of the tail by its index in the tail's (internal) children, or -1 when the
     /// node is reached by a field.
-    void append(SoNode *node, int index);
+    void append(SoNode* node, int index);
     void append(int childIndex);
     void truncate(int length);
     void pop() { truncate(getLength() - 1); }
 
     int getLength() const { return static_cast<int>(m_nodes.size()); }
     bool isEmpty() const { return m_nodes.empty(); }
-    SoNode *getHead() const { return m_nodes.empty() ? nullptr : m_nodes.front(); }
-    SoNode *getTail() const { return m_nodes.empty() ? nullptr : m_nodes.back(); }
-    SoNode *getNode(int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
-    SoNode *getNodeFromTail(int i) const { return getNode(getLength() - 1 - i); }
+    SoNode* getHead() const { return m_nodes.empty() ? nullptr : m_nodes.front(); }
+    SoNode* getTail() const { return m_nodes.empty() ? nullptr : m_nodes.back(); }
+    SoNode* getNode(int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+    SoNode* getNodeFromTail(int i) const { return getNode(getLength() - 1 - i); }
     /// Index of node i in its parent on the path; -1 for the head and nodes reached by a field.
     int getIndex(int i) const { return m_indices[static_cast<std::size_t>(i)]; }
     int getIndexFromTail(int i) const { return getIndex(getLength() - 1 - i); }
 
-    bool containsNode(const SoNode *node) const;
-    bool containsPath(const SoPath *path) const;
-    SoPath *copy(int startFromNodeIndex = 0, int numNodes = 0) const;
+    bool containsNode(const SoNode* node) const;
+    bool containsPath(const SoPath* path) const;
+    SoPath* copy(int startFromNodeIndex = 0, int numNodes = 0) const;
 
-    friend bool operator==(const SoPath &a, const SoPath &b)
+    friend bool operator==(const SoPath& a, const SoPath& b)
     {
         return a.m_nodes == b.m_nodes && a.m_indices == b.m_indices;
     }
@@ -48,6 +48,6 @@ public:
 private:
     ~SoPath() override;
 
-    std::vector<SoNode *> m_nodes;
+    std::vector<SoNode*> m_nodes;
     std::vector<int> m_indices;
 };

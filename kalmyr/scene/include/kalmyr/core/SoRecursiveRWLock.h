@@ -15,8 +15,8 @@
 class KALMYR_API SoRecursiveRWLock {
 public:
     SoRecursiveRWLock() = default;
-    SoRecursiveRWLock(const SoRecursiveRWLock &) = delete;
-    SoRecursiveRWLock &operator=(const SoRecursiveRWLock &) = delete;
+    SoRecursiveRWLock(const SoRecursiveRWLock&) = delete;
+    SoRecursiveRWLock& operator=(const SoRecursiveRWLock&) = delete;
 
     void readLock();
     /// False, with nothing changed, when the thread does not hold the lock.

@@ -15,7 +15,7 @@
 class KALMYR_API SoType {
 public:
     /// Makes a default instance; null for abstract types.
-    using Creator = void *(*)();
+    using Creator = void* (*)();
 
     constexpr SoType() = default;
 
@@ -24,10 +24,10 @@ public:
 
     /// Registers a type below `parent` (badType() for a root). A name that is registered already
     /// gives that type back, with a debug error when the parent differs.
-    static SoType createType(SoType parent, const SbName &name, Creator creator = nullptr);
+    static SoType createType(SoType parent, const SbName& name, Creator creator = nullptr);
 
     /// Type of that registered name, with or without the "So" prefix; badType() when unknown.
-    static SoType fromName(const SbName &name);
+    static SoType fromName(const SbName& name);
 
     /// Unregisters a type that an optional module had registered. Its index is not used again.
     static void removeType(SoType type);
@@ -50,7 +50,7 @@ public:
     /// A new default instance (reference count 0), or null for an abstract type.
     /// The pointer is that of the registered class; cast it from `void *` to the family's base
     /// (SoNode, SoField, ...) with the family's own factory where there is one.
-    void *createInstance() const;
+    void* createInstance() const;
 
     /// Index in the registry, 0 for badType(); dense, so tables can be indexed by it.
     int getIndex() const { return m_index; }

@@ -28,7 +28,13 @@ protected:
 public:                                                                                            \
     static SoType getClassTypeId();                                                                \
     static void initClass();                                                                       \
-    SoType getTypeId() const override { return getClassTypeId(); }                                 \
-    std::unique_ptr<SoDetail> clone() const override { return std::make_unique<Class>(*this); }    \
+    SoType getTypeId() const override                                                              \
+    {                                                                                              \
+        return getClassTypeId();                                                                   \
+    }                                                                                              \
+    std::unique_ptr<SoDetail> clone() const override                                               \
+    {                                                                                              \
+        return std::make_unique<Class>(*this);                                                     \
+    }                                                                                              \
                                                                                                    \
 private:

@@ -15,7 +15,7 @@ class KALMYR_API SoDrawStyleElement final
     : public SoValueElement<SoDrawStyleElement, SoDrawStyleValues> {
 public:
     static int getStackIndex();
-    static const SoDrawStyleValues &get(SoState *state)
+    static const SoDrawStyleValues& get(SoState* state)
     {
         return state->get<SoDrawStyleElement>().value();
     }
@@ -35,19 +35,21 @@ class KALMYR_API SoShapeHintsElement final
     : public SoValueElement<SoShapeHintsElement, SoShapeHintsValues> {
 public:
     static int getStackIndex();
-    static const SoShapeHintsValues &get(SoState *state)
+    static const SoShapeHintsValues& get(SoState* state)
     {
         return state->get<SoShapeHintsElement>().value();
     }
 };
 
 /// Tessellation effort of curved shapes, 0 to 1; negative: not set, taken as 0.5.
-struct SoComplexityValue { float value = -1; };
+struct SoComplexityValue {
+    float value = -1;
+};
 class KALMYR_API SoComplexityElement final
     : public SoValueElement<SoComplexityElement, SoComplexityValue> {
 public:
     static int getStackIndex();
-    static float get(SoState *state)
+    static float get(SoState* state)
     {
         const float v = state->get<SoComplexityElement>().value().value;
         return v < 0 ? 0.5f : v;
@@ -55,7 +57,10 @@ public:
 };
 
 /// Lighting on (PHONG) or colours as they are (BASE_COLOR).
-struct SoLightModelValue { enum Model { BASE_COLOR = 0, PHONG = 1 }; Model model = PHONG; };
+struct SoLightModelValue {
+    enum Model { BASE_COLOR = 0, PHONG = 1 };
+    Model model = PHONG;
+};
 class KALMYR_API SoLightModelElement final
     : public SoValueElement<SoLightModelElement, SoLightModelValue> {
 public:
@@ -63,7 +68,10 @@ public:
 };
 
 /// How shapes are picked; numbers as in scene files.
-struct SoPickStyleValue { enum Style { SHAPE = 0, BOUNDING_BOX = 1, UNPICKABLE = 2 }; Style style = SHAPE; };
+struct SoPickStyleValue {
+    enum Style { SHAPE = 0, BOUNDING_BOX = 1, UNPICKABLE = 2 };
+    Style style = SHAPE;
+};
 class KALMYR_API SoPickStyleElement final
     : public SoValueElement<SoPickStyleElement, SoPickStyleValue> {
 public:
@@ -79,10 +87,20 @@ public:
 /// Elements that a node with its override flag set has locked, as bits.
 class KALMYR_API SoOverrideElement final : public SoValueElement<SoOverrideElement, unsigned> {
 public:
-    enum Bit { MATERIAL = 1, DRAW_STYLE = 2, SHAPE_HINTS = 4, COMPLEXITY = 8, LIGHT_MODEL = 16,
-               MATERIAL_BINDING = 32, NORMAL_BINDING = 64, PICK_STYLE = 128, TEXTURE = 256, NORMAL = 512 };
+    enum Bit {
+        MATERIAL = 1,
+        DRAW_STYLE = 2,
+        SHAPE_HINTS = 4,
+        COMPLEXITY = 8,
+        LIGHT_MODEL = 16,
+        MATERIAL_BINDING = 32,
+        NORMAL_BINDING = 64,
+        PICK_STYLE = 128,
+        TEXTURE = 256,
+        NORMAL = 512
+    };
     static int getStackIndex();
     /// True when `node` may set the element: it is not locked, or the node overrides itself.
     /// Locks it when the node has its override flag set.
-    static bool maySet(SoState *state, const SoNode *node, Bit bit);
+    static bool maySet(SoState* state, const SoNode* node, Bit bit);
 };

@@ -29,9 +29,9 @@ class KALMYR_API SoLightElement final
 public:
     static int getStackIndex();
     /// The value id covers the present model matrix, too.
-    static void add(SoState *state, const SoNode *node, const SoLightRecord &light);
+    static void add(SoState* state, const SoNode* node, const SoLightRecord& light);
     /// Empty when there are none.
-    static const std::vector<SoLightRecord> &get(SoState *state);
+    static const std::vector<SoLightRecord>& get(SoState* state);
 };
 
 /// Ambient light and fog.

@@ -9,19 +9,21 @@ struct SoMaterialValues {
     SbColor ambient{0.2f, 0.2f, 0.2f};
     SbColor specular{0, 0, 0};
     SbColor emissive{0, 0, 0};
-    float shininess = 0.2f; ///< 0 to 1
-    const SbColor *diffuse = nullptr;        ///< null: the default (0.8, 0.8, 0.8)
+    float shininess = 0.2f;           ///< 0 to 1
+    const SbColor* diffuse = nullptr; ///< null: the default (0.8, 0.8, 0.8)
     int numDiffuse = 0;
-    const float *transparency = nullptr;     ///< 0 opaque to 1; null: opaque
+    const float* transparency = nullptr; ///< 0 opaque to 1; null: opaque
     int numTransparency = 0;
 
     SbColor getDiffuse(int i = 0) const
     {
-        return numDiffuse > 0 ? diffuse[i < numDiffuse ? i : numDiffuse - 1] : SbColor(0.8f, 0.8f, 0.8f);
+        return numDiffuse > 0 ? diffuse[i < numDiffuse ? i : numDiffuse - 1]
+                              : SbColor(0.8f, 0.8f, 0.8f);
     }
     float getTransparency(int i = 0) const
     {
-        return numTransparency > 0 ? transparency[i < numTransparency ? i : numTransparency - 1] : 0.0f;
+        return numTransparency > 0 ? transparency[i < numTransparency ? i : numTransparency - 1]
+                                   : 0.0f;
     }
 };
 
@@ -29,7 +31,7 @@ class KALMYR_API SoMaterialElement final
     : public SoValueElement<SoMaterialElement, SoMaterialValues> {
 public:
     static int getStackIndex();
-    static const SoMaterialValues &get(SoState *state)
+    static const SoMaterialValues& get(SoState* state)
     {
         return state->get<SoMaterialElement>().value();
     }
@@ -37,15 +39,22 @@ public:
 
 /// How material (or colour) indices go to parts of a shape; numbers as in scene files.
 struct SoBinding {
-    enum Value { OVERALL = 2, PER_PART = 3, PER_PART_INDEXED = 4, PER_FACE = 5, PER_FACE_INDEXED = 6,
-                 PER_VERTEX = 7, PER_VERTEX_INDEXED = 8 };
+    enum Value {
+        OVERALL = 2,
+        PER_PART = 3,
+        PER_PART_INDEXED = 4,
+        PER_FACE = 5,
+        PER_FACE_INDEXED = 6,
+        PER_VERTEX = 7,
+        PER_VERTEX_INDEXED = 8
+    };
 };
 class KALMYR_API SoMaterialBindingElement final
     : public SoValueElement<SoMaterialBindingElement, int> {
 public:
     static int getStackIndex();
     /// OVERALL until a node sets another.
-    static int get(SoState *state)
+    static int get(SoState* state)
     {
         const int v = state->get<SoMaterialBindingElement>().value();
         return v ? v : SoBinding::OVERALL;

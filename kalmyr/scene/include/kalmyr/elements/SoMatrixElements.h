@@ -8,12 +8,15 @@ class KALMYR_API SoModelMatrixElement final
     : public SoValueElement<SoModelMatrixElement, SbMatrix> {
 public:
     static int getStackIndex();
-    static void makeIdentity(SoState *state, const SoNode *node);
+    static void makeIdentity(SoState* state, const SoNode* node);
     using SoValueElement::set;
-    static void set(SoState *state, const SoNode *node, const SbMatrix &matrix);
+    static void set(SoState* state, const SoNode* node, const SbMatrix& matrix);
     /// matrix * present: the new transformation applies first.
-    static void mult(SoState *state, const SoNode *node, const SbMatrix &matrix);
-    static const SbMatrix &get(SoState *state) { return state->get<SoModelMatrixElement>().value(); }
+    static void mult(SoState* state, const SoNode* node, const SbMatrix& matrix);
+    static const SbMatrix& get(SoState* state)
+    {
+        return state->get<SoModelMatrixElement>().value();
+    }
 };
 
 /// Applied to texture coordinates.
@@ -21,6 +24,9 @@ class KALMYR_API SoTextureMatrixElement final
     : public SoValueElement<SoTextureMatrixElement, SbMatrix> {
 public:
     static int getStackIndex();
-    static void mult(SoState *state, const SoNode *node, const SbMatrix &matrix);
-    static const SbMatrix &get(SoState *state) { return state->get<SoTextureMatrixElement>().value(); }
+    static void mult(SoState* state, const SoNode* node, const SbMatrix& matrix);
+    static const SbMatrix& get(SoState* state)
+    {
+        return state->get<SoTextureMatrixElement>().value();
+    }
 };

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <kalmyr/base/SbMatrix.h>
-#include <kalmyr/base/SbViewVolume.h>
 #include <kalmyr/base/SbViewportRegion.h>
+#include <kalmyr/base/SbViewVolume.h>
 #include <kalmyr/elements/SoState.h>
 
 class SoCamera;
@@ -19,14 +19,14 @@ struct SoView {
 class KALMYR_API SoViewElement final : public SoValueElement<SoViewElement, SoView> {
 public:
     static int getStackIndex();
-    static const SoView &get(SoState *state) { return state->get<SoViewElement>().value(); }
+    static const SoView& get(SoState* state) { return state->get<SoViewElement>().value(); }
 };
 
 class KALMYR_API SoViewportRegionElement final
     : public SoValueElement<SoViewportRegionElement, SbViewportRegion> {
 public:
     static int getStackIndex();
-    static const SbViewportRegion &get(SoState *state)
+    static const SbViewportRegion& get(SoState* state)
     {
         return state->get<SoViewportRegionElement>().value();
     }

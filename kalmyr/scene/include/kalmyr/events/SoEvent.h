@@ -54,6 +54,9 @@ private:
 public:                                                                                            \
     static SoType getClassTypeId();                                                                \
     static void initClass();                                                                       \
-    SoType getTypeId() const override { return getClassTypeId(); }                                 \
+    SoType getTypeId() const override                                                              \
+    {                                                                                              \
+        return getClassTypeId();                                                                   \
+    }                                                                                              \
                                                                                                    \
 private:

@@ -19,8 +19,8 @@ class KALMYR_API SoDB {
 public:
     SoDB() = delete;
 
-    /// Registers all classes of the toolkit, lower areas first. Repeatable. What draws is started by
-    /// its own users, so that a program without graphics does not need it.
+    /// Registers all classes of the toolkit, lower areas first. Repeatable. What draws is started
+    /// by its own users, so that a program without graphics does not need it.
     static void init();
     /// Undoes one init(); with the last one optional modules are finished in reverse order.
     static void finish();
@@ -35,19 +35,19 @@ public:
     /// Reads everything in a scene file of any known format: the file's one separator, or a new
     /// separator around all of it. Reference count 0. Null after the first fatal error, which is
     /// posted as a read error with its place; nothing that was read remains then.
-    static SoSeparator *readAll(SoInput *in);
+    static SoSeparator* readAll(SoInput* in);
     /// The same for VRML97 files only: a group around everything in the file.
-    static SoVRMLGroup *readAllVRML(SoInput *in);
+    static SoVRMLGroup* readAllVRML(SoInput* in);
 
     /// Reads the next node; null with `true` at the end of the file. Header as in readAll(); text
     /// in memory may lack one, it is then Kalmyr text.
-    static bool read(SoInput *in, SoNode *&node);
+    static bool read(SoInput* in, SoNode*& node);
     /// Reads a path as written by a write action; a new path, reference count 0.
-    static bool read(SoInput *in, SoPath *&path);
+    static bool read(SoInput* in, SoPath*& path);
 
     /// Something to be done with every node of exactly that type right after it was read, while its
     /// file is open; one function a type.
-    using ReadHook = void (*)(SoInput *in, SoNode *node);
+    using ReadHook = void (*)(SoInput* in, SoNode* node);
     static void setReadHook(SoType type, ReadHook hook);
     static ReadHook getReadHook(SoType type);
 
@@ -60,5 +60,5 @@ public:
     static void writeunlock();
 
 private:
-    static kalmyr::detail::SceneReader *readerOf(SoInput *in, bool headerNeeded);
+    static kalmyr::detail::SceneReader* readerOf(SoInput* in, bool headerNeeded);
 };

@@ -30,27 +30,27 @@ public:
 
     SoInput();
     /// An input for a file that `parent`'s file refers to; `parent` must outlive it.
-    explicit SoInput(SoInput *parent);
+    explicit SoInput(SoInput* parent);
     virtual ~SoInput();
-    SoInput(const SoInput &) = delete;
-    SoInput &operator=(const SoInput &) = delete;
+    SoInput(const SoInput&) = delete;
+    SoInput& operator=(const SoInput&) = delete;
 
     /// Opens a file, plain or compressed; what was open before is closed. In-memory text files come
-    /// first, then the folder of the parent's file, the name as it stands and the search directories.
-    /// False and a read error when it cannot be read or inflated; a file that does not exist is no
-    /// error with `okIfNotFound`.
-    bool openFile(const SbString &name, bool okIfNotFound = false);
+    /// first, then the folder of the parent's file, the name as it stands and the search
+    /// directories. False and a read error when it cannot be read or inflated; a file that does not
+    /// exist is no error with `okIfNotFound`.
+    bool openFile(const SbString& name, bool okIfNotFound = false);
 
     /// Reads from a copy of these bytes. False and a read error for a broken compressed text.
-    bool setBuffer(const void *bytes, std::size_t size);
+    bool setBuffer(const void* bytes, std::size_t size);
 
     /// Ends reading. The header, the format and the file name stay known until the next opening.
     void closeFile();
     bool isOpen() const { return m_open; }
 
-    /// The header line: one of the known ones when the first line begins with it, else the first line
-    /// if it begins with '#', else nothing.
-    const SbString &getHeader() const { return m_header; }
+    /// The header line: one of the known ones when the first line begins with it, else the first
+    /// line if it begins with '#', else nothing.
+    const SbString& getHeader() const { return m_header; }
     Format getFormat() const { return m_format; }
     bool isFileVRML1() const { return m_format == VRML1; }
     bool isFileVRML2() const { return m_format == VRML2; }
@@ -58,20 +58,20 @@ public:
     bool isCompressed() const { return m_compressed; }
 
     /// The file as it was found, with its folder; empty for memory.
-    const SbString &getCurFileName() const { return m_fileName; }
+    const SbString& getCurFileName() const { return m_fileName; }
 
     /// The text, standing behind the header at first. Valid until the next opening or closing.
-    SoTokenizer &getTokenizer() { return m_tokens; }
+    SoTokenizer& getTokenizer() { return m_tokens; }
     /// Size of the whole text, inflated (bytes).
     std::size_t getSize() const { return m_size; }
 
-    SoInput *getParent() const { return m_parent; }
+    SoInput* getParent() const { return m_parent; }
     /// The folder that relative names start from: that of the file, or the one set here, or the
     /// parent's.
     SbString getFolder() const;
-    void setFolder(const SbString &folder) { m_folder = folder; }
+    void setFolder(const SbString& folder) { m_folder = folder; }
     /// Whether this input or one of its parents reads that file.
-    bool isReading(const SbString &fileName) const;
+    bool isReading(const SbString& fileName) const;
     /// Counts a file that this one or one below it brings in. False when there are too many.
     bool countFile();
     /// Files that one scene may bring in.
@@ -83,26 +83,27 @@ public:
 
     /// Something in the file that is left out or read differently, with its place (from 1). The
     /// default posts a debug warning "FILE:LINE:COLUMN: TEXT".
-    virtual void warn(int line, int column, const SbString &text);
+    virtual void warn(int line, int column, const SbString& text);
     /// The same at the place that was reached; only the first kMaxWarnings of a file are given.
-    void warnHere(const SbString &text);
+    void warnHere(const SbString& text);
     static constexpr int kMaxWarnings = 50;
 
     /// A name as a scene has it, looked up as openFile() does. Empty when there is no such file.
-    SbString findFile(const SbString &name) const;
+    SbString findFile(const SbString& name) const;
 
     /// Folders in which files are looked for, in their order; process-wide.
-    static void addDirectoryFirst(const SbString &directory);
-    static void addDirectoryLast(const SbString &directory);
-    static void removeDirectory(const SbString &directory);
+    static void addDirectoryFirst(const SbString& directory);
+    static void addDirectoryLast(const SbString& directory);
+    static void removeDirectory(const SbString& directory);
     static void clearDirectories();
-    static const std::vector<SbString> &getDirectories();
+    static const std::vector<SbString>& getDirectories();
 
-    /// Keeps a text under a file name for the life of the process; a second text replaces the first.
-    static void addInMemoryTextFile(const SbString &name, const SbString &text);
-    static void removeInMemoryTextFile(const SbString &name);
+    /// Keeps a text under a file name for the life of the process; a second text replaces the
+    /// first.
+    static void addInMemoryTextFile(const SbString& name, const SbString& text);
+    static void removeInMemoryTextFile(const SbString& name);
     /// The content of an in-memory text file or of a file on disk. False when there is neither.
-    static bool readTextFile(const SbString &name, SbString &text);
+    static bool readTextFile(const SbString& name, SbString& text);
 
     /// The format that a header line stands for; surrounding white space does not matter.
     static Format formatOfHeader(std::string_view header);
@@ -111,13 +112,13 @@ public:
 
 private:
     struct Bytes;
-    bool load(const SbString &name);
+    bool load(const SbString& name);
     bool inflateText(std::string_view packed);
     bool adopt(std::unique_ptr<Bytes> bytes);
     void readHeader();
-    bool refuse(const char *reason);
+    bool refuse(const char* reason);
 
-    SoInput *m_parent = nullptr; // Not owned; reads the file that refers to ours.
+    SoInput* m_parent = nullptr; // Not owned; reads the file that refers to ours.
     SbString m_fileName;
     SbString m_folder;
     SbString m_header;

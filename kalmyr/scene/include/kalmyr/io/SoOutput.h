@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Enlarges a memory block as std::realloc() does.
-using SoOutputReallocCB = void *(void *bytes, std::size_t size);
+using SoOutputReallocCB = void*(void* bytes, std::size_t size);
 
 /// Where scenes are written to: the standard output, a file, or memory; compressed if asked for.
 ///
@@ -19,28 +19,29 @@ public:
     SoOutput();
     /// Closes; an error is then only posted.
     virtual ~SoOutput();
-    SoOutput(const SoOutput &) = delete;
-    SoOutput &operator=(const SoOutput &) = delete;
+    SoOutput(const SoOutput&) = delete;
+    SoOutput& operator=(const SoOutput&) = delete;
 
     /// Begins a file. False and an error when it cannot be created; nothing has changed then.
-    bool openFile(const SbString &name);
+    bool openFile(const SbString& name);
     /// Ends the file. False and an error when any part of it could not be written.
     bool closeFile();
     bool isFileOpen() const;
 
     /// Writes to a memory block from `offset` on. A block that is too small is enlarged by
     /// `reallocate`, without which writing fails. A zero byte that does not count follows the text.
-    void setBuffer(void *bytes, std::size_t size, SoOutputReallocCB *reallocate = nullptr,
+    void setBuffer(void* bytes, std::size_t size, SoOutputReallocCB* reallocate = nullptr,
                    std::size_t offset = 0);
     /// Writes to memory that the output owns.
     void setBuffer();
-    /// The memory block as it is now, and how many bytes were written. False when not writing to memory
-    /// or after a failure. Compressed text is complete after closeFile() only.
-    bool getBuffer(void *&bytes, std::size_t &count) const;
+    /// The memory block as it is now, and how many bytes were written. False when not writing to
+    /// memory or after a failure. Compressed text is complete after closeFile() only.
+    bool getBuffer(void*& bytes, std::size_t& count) const;
     std::string_view getText() const;
 
-    /// Replaces the header line; it is not checked, and an empty one is left out. Takes effect until resetHeader().
-    void setHeaderString(const SbString &header);
+    /// Replaces the header line; it is not checked, and an empty one is left out. Takes effect
+    /// until resetHeader().
+    void setHeaderString(const SbString& header);
     /// Back to the default header of the chosen form.
     void resetHeader();
     SbString getHeaderString() const;
@@ -65,10 +66,10 @@ private:
     class MemoryTarget;
     class ZipTarget;
     void begin(std::unique_ptr<Target> target);
-    void noteFailure(const SbString &reason);
+    void noteFailure(const SbString& reason);
 
     std::unique_ptr<Target> m_target;
-    MemoryTarget *m_memory = nullptr; // Not owned; part of m_target.
+    MemoryTarget* m_memory = nullptr; // Not owned; part of m_target.
     SbString m_header;
     SbString m_fileName;
     int m_level = 6;

@@ -21,24 +21,24 @@ public:
     static SoType getClassTypeId();
     SoType getTypeId() const override { return getClassTypeId(); }
     /// Each node has a table of its own.
-    const SoFieldData *getFieldData() const override { return m_data.get(); }
+    const SoFieldData* getFieldData() const override { return m_data.get(); }
 
     /// The type name as written in the file.
-    const SbName &getUnknownTypeName() const { return m_typeName; }
-    void setUnknownTypeName(const SbName &name) { m_typeName = name; }
+    const SbName& getUnknownTypeName() const { return m_typeName; }
+    void setUnknownTypeName(const SbName& name) { m_typeName = name; }
 
-    /// Adds a field of a registered field type. Null when there is no such type, or when the node has a field
-    /// of that name already. The node owns it.
-    SoField *declareField(const SbName &type, const SbName &name);
+    /// Adds a field of a registered field type. Null when there is no such type, or when the node
+    /// has a field of that name already. The node owns it.
+    SoField* declareField(const SbName& type, const SbName& name);
     /// Whether the file declared the fields, be it none.
     bool hasDeclaration() const { return m_declared; }
     void setDeclaration(bool on) { m_declared = on; }
 
     /// What stands between the braces, when it is kept as text.
-    const std::string &getBody() const { return m_body; }
+    const std::string& getBody() const { return m_body; }
     void setBody(std::string body) { m_body = std::move(body); }
 
-    void copyContents(const SoNode *from, SoNodeCopier &copier) override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoUnknownNode() override;

@@ -28,30 +28,30 @@ public:
     /// Writes to an output of its own: the standard output.
     SoWriteAction();
     /// `out` must outlive the action.
-    explicit SoWriteAction(SoOutput *out);
+    explicit SoWriteAction(SoOutput* out);
     ~SoWriteAction() override;
 
-    SoOutput *getOutput() const { return m_out; }
+    SoOutput* getOutput() const { return m_out; }
 
-    void apply(SoNode *root) override;
-    void apply(SoPath *path) override;
+    void apply(SoNode* root) override;
+    void apply(SoPath* path) override;
 
     /// For the methods of node types: the node's fields, and its children. The method of SoNode
     /// calls both.
-    void writeFields(SoNode *node);
-    void writeChildren(SoNode *node);
+    void writeFields(SoNode* node);
+    void writeChildren(SoNode* node);
     /// The declaration, or the text, of a node of unknown type, and its fields and children.
-    void writeUnknown(SoUnknownNode *node);
+    void writeUnknown(SoUnknownNode* node);
 
 protected:
-    bool beforeNode(SoNode *node) override;
-    void afterNode(SoNode *node) override;
+    bool beforeNode(SoNode* node) override;
+    void afterNode(SoNode* node) override;
 
 private:
     friend class kalmyr::detail::SceneWriter;
-    void write(SoNode *root, const SoPath *path);
+    void write(SoNode* root, const SoPath* path);
 
     std::unique_ptr<SoOutput> m_ownOutput;
-    SoOutput *m_out; // Not owned unless it is m_ownOutput.
+    SoOutput* m_out; // Not owned unless it is m_ownOutput.
     std::unique_ptr<kalmyr::detail::SceneWriter> m_writer;
 };

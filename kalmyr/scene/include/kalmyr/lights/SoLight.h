@@ -17,12 +17,12 @@ public:
     SoSFColor color;
 
     /// Appends the light's parameters to those of the state unless it is off.
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     SoLight();
     ~SoLight() override;
 
     /// Kind, position, direction and what else is the concrete light's own.
-    virtual void describe(SoLightRecord &record) const = 0;
+    virtual void describe(SoLightRecord& record) const = 0;
 };

@@ -17,5 +17,5 @@ public:
 protected:
     ~SoPointLight() override;
 
-    void describe(SoLightRecord &record) const override;
+    void describe(SoLightRecord& record) const override;
 };

@@ -13,12 +13,12 @@ public:
     static void initClass();
 
     SoSFVec3f location;
-    SoSFVec3f direction; ///< axis of the cone
+    SoSFVec3f direction;   ///< axis of the cone
     SoSFFloat dropOffRate; ///< 0 even across the cone, to 1 weaker towards its border
     SoSFFloat cutOffAngle; ///< radians between axis and border
 
 protected:
     ~SoSpotLight() override;
 
-    void describe(SoLightRecord &record) const override;
+    void describe(SoLightRecord& record) const override;
 };

@@ -14,7 +14,7 @@ public:
 
     SoMFColor rgb;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoBaseColor() override;

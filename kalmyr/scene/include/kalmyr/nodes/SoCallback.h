@@ -9,20 +9,20 @@ class KALMYR_API SoCallback : public SoNode {
 
 public:
     /// `action` is the one that traverses, with its state.
-    using Function = void(void *userData, SoAction *action);
+    using Function = void(void* userData, SoAction* action);
 
     SoCallback();
     static void initClass();
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
     /// Null switches it off. The data stay the caller's.
-    void setCallback(Function *function, void *userData = nullptr);
+    void setCallback(Function* function, void* userData = nullptr);
 
 protected:
     ~SoCallback() override;
 
 private:
-    Function *m_function = nullptr;
-    void *m_userData = nullptr;
+    Function* m_function = nullptr;
+    void* m_userData = nullptr;
 };

@@ -14,7 +14,7 @@ public:
 
     SoSFFloat value; ///< 0 coarsest to 1 finest
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoComplexity() override;

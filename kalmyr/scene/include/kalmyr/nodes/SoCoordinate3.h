@@ -14,7 +14,7 @@ public:
 
     SoMFVec3f point;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoCoordinate3() override;

@@ -15,7 +15,7 @@ public:
 
     SoMFVec4f point;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoCoordinate4() override;

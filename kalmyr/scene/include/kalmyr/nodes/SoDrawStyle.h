@@ -16,11 +16,11 @@ public:
     static void initClass();
 
     SoSFEnum style;
-    SoSFFloat pointSize; ///< pixels; 0: the default of 1
-    SoSFFloat lineWidth; ///< pixels; 0: the default of 1
+    SoSFFloat pointSize;    ///< pixels; 0: the default of 1
+    SoSFFloat lineWidth;    ///< pixels; 0: the default of 1
     SoSFUShort linePattern; ///< bit 0 first; set bits are drawn
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoDrawStyle() override;

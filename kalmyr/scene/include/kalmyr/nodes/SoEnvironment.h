@@ -22,7 +22,7 @@ public:
     SoSFColor fogColor;
     SoSFFloat fogVisibility; ///< distance of full fog in world units; 0: the far plane
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoEnvironment() override;

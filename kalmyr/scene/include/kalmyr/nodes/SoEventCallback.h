@@ -17,29 +17,29 @@ class KALMYR_API SoEventCallback : public SoNode {
 
 public:
     /// Inside the call getEvent() and getAction() are set.
-    using Function = void(void *userData, SoEventCallback *node);
+    using Function = void(void* userData, SoEventCallback* node);
 
     SoEventCallback();
     static void initClass();
 
     /// Calls the function for events of the type and below it. The data stay the caller's.
-    void addEventCallback(SoType eventType, Function *function, void *userData = nullptr);
+    void addEventCallback(SoType eventType, Function* function, void* userData = nullptr);
     /// Removes what was added with the same three values.
-    void removeEventCallback(SoType eventType, Function *function, void *userData = nullptr);
+    void removeEventCallback(SoType eventType, Function* function, void* userData = nullptr);
 
     /// Only events over the path's objects count. The node holds a copy; null takes every event.
-    void setPath(const SoPath *path);
-    const SoPath *getPath() const { return m_path.get(); }
+    void setPath(const SoPath* path);
+    const SoPath* getPath() const { return m_path.get(); }
 
     /// Null outside of a callback.
-    const SoEvent *getEvent() const { return m_event; }
-    SoHandleEventAction *getAction() const { return m_action; }
+    const SoEvent* getEvent() const { return m_event; }
+    SoHandleEventAction* getAction() const { return m_action; }
     /// Stops the event from going further.
     void setHandled();
     bool isHandled() const;
 
     /// Called by the event action.
-    void handleEvent(SoHandleEventAction *action);
+    void handleEvent(SoHandleEventAction* action);
 
 protected:
     ~SoEventCallback() override;
@@ -47,14 +47,14 @@ protected:
 private:
     struct Entry {
         SoType type;
-        Function *function;
-        void *userData;
-        bool operator==(const Entry &) const = default;
+        Function* function;
+        void* userData;
+        bool operator==(const Entry&) const = default;
     };
-    bool concerns(SoHandleEventAction *action) const;
+    bool concerns(SoHandleEventAction* action) const;
 
     std::vector<Entry> m_entries;
     SoRef<SoPath> m_path;
-    const SoEvent *m_event = nullptr;
-    SoHandleEventAction *m_action = nullptr;
+    const SoEvent* m_event = nullptr;
+    SoHandleEventAction* m_action = nullptr;
 };

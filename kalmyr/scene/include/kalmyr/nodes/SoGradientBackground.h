@@ -13,13 +13,13 @@ public:
     SoGradientBackground();
     static void initClass();
 
-    SoSFColor color0; ///< at the top
-    SoSFColor color1; ///< at the bottom
+    SoSFColor color0;    ///< at the top
+    SoSFColor color1;    ///< at the bottom
     SoSFBool swapColors; ///< exchanges top and bottom
 
     /// The colours as they are shown.
-    const SbColor &getTopColor() const;
-    const SbColor &getBottomColor() const;
+    const SbColor& getTopColor() const;
+    const SbColor& getBottomColor() const;
 
 protected:
     ~SoGradientBackground() override;

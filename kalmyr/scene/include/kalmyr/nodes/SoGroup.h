@@ -21,29 +21,29 @@ public:
 
     /// Appends. The edits return false, and change nothing, for null, a cycle, or an index or
     /// child that is not there (with a debug error).
-    virtual bool addChild(SoNode *child);
+    virtual bool addChild(SoNode* child);
     /// `index` from 0 to getNumChildren(), the latter appends.
-    virtual bool insertChild(SoNode *child, int index);
+    virtual bool insertChild(SoNode* child, int index);
     virtual bool removeChild(int index);
     /// Removes the first place of the child.
-    bool removeChild(SoNode *child);
-    virtual bool replaceChild(int index, SoNode *child);
-    bool replaceChild(SoNode *oldChild, SoNode *newChild);
+    bool removeChild(SoNode* child);
+    virtual bool replaceChild(int index, SoNode* child);
+    bool replaceChild(SoNode* oldChild, SoNode* newChild);
     /// One notification; none when there is no child.
     virtual void removeAllChildren();
     /// Replaces all children at once, with one notification.
-    virtual bool setChildren(const std::vector<SoNode *> &children);
+    virtual bool setChildren(const std::vector<SoNode*>& children);
 
     int getNumChildren() const { return m_children.getLength(); }
     /// Null for an index out of range.
-    SoNode *getChild(int index) const;
+    SoNode* getChild(int index) const;
     /// Index of the first place of `child`, or -1.
-    int findChild(const SoNode *child) const { return m_children.find(child); }
+    int findChild(const SoNode* child) const { return m_children.find(child); }
 
-    SoChildList *getChildren() const override { return &m_children; }
+    SoChildList* getChildren() const override { return &m_children; }
 
     /// Traverses the children.
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoGroup() override;

@@ -21,8 +21,8 @@ public:
     SoSFVec3f center; ///< in object space
 
     /// Index of the child that the state's camera selects, or -1 without children.
-    int chooseChild(SoState *state) const;
-    void doAction(SoAction *action) override;
+    int chooseChild(SoState* state) const;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoLOD() override;

@@ -16,7 +16,7 @@ public:
 
     SoSFEnum model;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoLightModel() override;

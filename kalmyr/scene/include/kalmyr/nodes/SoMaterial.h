@@ -17,10 +17,10 @@ public:
     SoMFColor diffuseColor;
     SoMFColor specularColor;
     SoMFColor emissiveColor;
-    SoMFFloat shininess; ///< 0 to 1
+    SoMFFloat shininess;    ///< 0 to 1
     SoMFFloat transparency; ///< 0 opaque to 1
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoMaterial() override;

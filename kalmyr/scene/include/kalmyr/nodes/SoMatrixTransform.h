@@ -15,9 +15,10 @@ public:
 
     SoSFMatrix matrix;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
-    /// From the space of what follows to the space around; ignored fields count as their neutral value.
+    /// From the space of what follows to the space around; ignored fields count as their neutral
+    /// value.
     SbMatrix getLocalMatrix() const;
 
 protected:

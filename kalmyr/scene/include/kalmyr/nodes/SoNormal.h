@@ -14,7 +14,7 @@ public:
 
     SoMFVec3f vector;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoNormal() override;

@@ -25,7 +25,7 @@ public:
 
     SoSFEnum value;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoNormalBinding() override;

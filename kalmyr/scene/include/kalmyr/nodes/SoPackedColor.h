@@ -15,7 +15,7 @@ public:
 
     SoMFUInt32 orderedRGBA;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoPackedColor() override;

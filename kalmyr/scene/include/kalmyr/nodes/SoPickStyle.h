@@ -16,7 +16,7 @@ public:
 
     SoSFEnum style;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoPickStyle() override;

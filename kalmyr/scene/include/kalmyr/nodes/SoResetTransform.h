@@ -16,7 +16,7 @@ public:
 
     SoSFBitMask whatToReset;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoResetTransform() override;

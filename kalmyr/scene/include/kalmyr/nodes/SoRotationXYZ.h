@@ -19,9 +19,10 @@ public:
     SoSFEnum axis;
     SoSFFloat angle; ///< radians, right-handed
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
-    /// From the space of what follows to the space around; ignored fields count as their neutral value.
+    /// From the space of what follows to the space around; ignored fields count as their neutral
+    /// value.
     SbMatrix getLocalMatrix() const;
     /// Axis and angle as a rotation.
     SbRotation getRotation() const;

@@ -30,11 +30,11 @@ public:
 
     bool affectsState() const override { return false; }
     /// Traverses the children between a push and a pop of the state.
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
     /// For the actions: measures from the cache or the children, and passes rays that meet the box.
-    void measure(SoGetBoundingBoxAction *action);
-    void rayPick(SoRayPickAction *action);
+    void measure(SoGetBoundingBoxAction* action);
+    void rayPick(SoRayPickAction* action);
 
 protected:
     ~SoSeparator() override;

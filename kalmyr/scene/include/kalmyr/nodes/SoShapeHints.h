@@ -22,7 +22,7 @@ public:
     SoSFEnum faceType;
     SoSFFloat creaseAngle; ///< radians; edges between faces at a smaller angle are shaded smooth
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoShapeHints() override;

@@ -21,8 +21,8 @@ public:
     SoSFInt32 whichChild;
 
     /// The index or SO_SWITCH_ value in force under the state; never SO_SWITCH_INHERIT.
-    int chooseChild(SoState *state) const;
-    void doAction(SoAction *action) override;
+    int chooseChild(SoState* state) const;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoSwitch() override;

@@ -28,14 +28,14 @@ public:
     SoSFEnum model;
     SoSFColor blendColor;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
     /// The picture that the node shows now; a null image when there is none.
-    const SbImage &getPicture();
+    const SbImage& getPicture();
     /// The folder in which relative file names are looked for; set by readers of scene files.
-    void setDirectory(const SbString &directory);
-    const SbString &getDirectory() const { return m_directory; }
-    void copyContents(const SoNode *from, SoNodeCopier &copier) override;
+    void setDirectory(const SbString& directory);
+    const SbString& getDirectory() const { return m_directory; }
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoTexture2() override;

@@ -17,7 +17,7 @@ public:
     SoSFVec2f scaleFactor;
     SoSFVec2f center;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoTexture2Transform() override;

@@ -14,7 +14,7 @@ public:
 
     SoMFVec2f point;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoTextureCoordinate2() override;

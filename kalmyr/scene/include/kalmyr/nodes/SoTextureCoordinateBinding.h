@@ -16,7 +16,7 @@ public:
 
     SoSFEnum value;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoTextureCoordinateBinding() override;

@@ -17,18 +17,19 @@ public:
     SoSFRotation rotation;
     SoSFVec3f scaleFactor;
     SoSFRotation scaleOrientation; ///< axes of the scaling
-    SoSFVec3f center; ///< fixed point of rotation and scaling
+    SoSFVec3f center;              ///< fixed point of rotation and scaling
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
-    /// From the space of what follows to the space around; ignored fields count as their neutral value.
+    /// From the space of what follows to the space around; ignored fields count as their neutral
+    /// value.
     SbMatrix getLocalMatrix() const;
 
     /// Sets the fields so that the local matrix becomes `matrix`; the centre stays as it is.
     /// False, and nothing changed, for a projective matrix.
-    bool setMatrix(const SbMatrix &matrix);
+    bool setMatrix(const SbMatrix& matrix);
     /// Moves the centre without changing the local matrix.
-    void recenter(const SbVec3f &newCenter);
+    void recenter(const SbVec3f& newCenter);
 
 protected:
     ~SoTransform() override;

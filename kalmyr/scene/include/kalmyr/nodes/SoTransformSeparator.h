@@ -10,7 +10,7 @@ public:
     SoTransformSeparator();
     static void initClass();
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoTransformSeparator() override;

@@ -8,13 +8,13 @@ public:
     using SoDataSensor::SoDataSensor;
     ~SoFieldSensor() override;
 
-    void attach(SoField *field);
+    void attach(SoField* field);
     void detach() override;
-    SoField *getAttachedField() const { return m_attached; }
-    SoField *getTriggerField() const override;
+    SoField* getAttachedField() const { return m_attached; }
+    SoField* getTriggerField() const override;
 
     void auditedDying() override;
 
 private:
-    SoField *m_attached = nullptr; // Not owned; forgotten when it dies.
+    SoField* m_attached = nullptr; // Not owned; forgotten when it dies.
 };

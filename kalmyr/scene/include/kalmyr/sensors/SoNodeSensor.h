@@ -9,12 +9,12 @@ public:
     ~SoNodeSensor() override;
 
     /// Detaches from an earlier node first. Null detaches.
-    void attach(SoNode *node);
+    void attach(SoNode* node);
     void detach() override;
-    SoNode *getAttachedNode() const { return m_node; }
+    SoNode* getAttachedNode() const { return m_node; }
 
     void auditedDying() override;
 
 private:
-    SoNode *m_node = nullptr; // Not owned; forgotten when it dies.
+    SoNode* m_node = nullptr; // Not owned; forgotten when it dies.
 };

@@ -5,7 +5,7 @@
 class SoSensor;
 
 /// Called when a sensor triggers, with the data given at its construction.
-using SoSensorCB = void(void *data, SoSensor *sensor);
+using SoSensorCB = void(void* data, SoSensor* sensor);
 
 /// Something that calls back when an event happens: a change of data, or a time.
 ///
@@ -13,18 +13,18 @@ using SoSensorCB = void(void *data, SoSensor *sensor);
 /// or deleted inside any callback, its own included.
 class KALMYR_API SoSensor {
 public:
-    explicit SoSensor(SoSensorCB *function = nullptr, void *data = nullptr)
+    explicit SoSensor(SoSensorCB* function = nullptr, void* data = nullptr)
         : m_function(function), m_data(data)
     {
     }
     virtual ~SoSensor() = default;
-    SoSensor(const SoSensor &) = delete;
-    SoSensor &operator=(const SoSensor &) = delete;
+    SoSensor(const SoSensor&) = delete;
+    SoSensor& operator=(const SoSensor&) = delete;
 
-    void setFunction(SoSensorCB *function) { m_function = function; }
-    SoSensorCB *getFunction() const { return m_function; }
-    void setData(void *data) { m_data = data; }
-    void *getData() const { return m_data; }
+    void setFunction(SoSensorCB* function) { m_function = function; }
+    SoSensorCB* getFunction() const { return m_function; }
+    void setData(void* data) { m_data = data; }
+    void* getData() const { return m_data; }
 
     /// Puts the sensor into its queue (idempotent); takes it out.
     virtual void schedule() = 0;
@@ -35,6 +35,6 @@ public:
     virtual void trigger();
 
 protected:
-    SoSensorCB *m_function;
-    void *m_data;
+    SoSensorCB* m_function;
+    void* m_data;
 };

@@ -12,12 +12,12 @@ class KALMYR_API SoSensorManager {
 public:
     /// Called when a sensor was queued or a queue's next time changed. May be called inside a
     /// notification walk: only arm a timer there.
-    static void setChangedCallback(void (*function)(void *data), void *data);
+    static void setChangedCallback(void (*function)(void* data), void* data);
 
     static bool isDelaySensorPending();
     static bool isIdleSensorPending();
     /// True with the time of the next timer when one is scheduled.
-    static bool isTimerSensorPending(SbTime &next);
+    static bool isTimerSensorPending(SbTime& next);
 
     /// Runs the delay queue by priority; sensors scheduled meanwhile with the same or a lower
     /// priority run in the same pass at most once each. `idle` also runs the idle sensors.
@@ -32,8 +32,8 @@ public:
 private:
     friend class SoDelayQueueSensor;
     friend class SoTimerQueueSensor;
-    static void insert(SoDelayQueueSensor *sensor);
-    static void remove(SoDelayQueueSensor *sensor);
-    static void insert(SoTimerQueueSensor *sensor);
-    static void remove(SoTimerQueueSensor *sensor);
+    static void insert(SoDelayQueueSensor* sensor);
+    static void remove(SoDelayQueueSensor* sensor);
+    static void insert(SoTimerQueueSensor* sensor);
+    static void remove(SoTimerQueueSensor* sensor);
 };

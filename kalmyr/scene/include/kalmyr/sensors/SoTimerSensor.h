@@ -9,13 +9,13 @@ public:
     using SoSensor::SoSensor;
     ~SoTimerQueueSensor() override;
 
-    const SbTime &getTriggerTime() const { return m_time; }
+    const SbTime& getTriggerTime() const { return m_time; }
     void unschedule() override;
     bool isScheduled() const override { return m_scheduled; }
 
 protected:
     friend class SoSensorManager;
-    void enqueue(const SbTime &when);
+    void enqueue(const SbTime& when);
     SbTime m_time;
     bool m_scheduled = false;
 };
@@ -24,8 +24,8 @@ protected:
 class KALMYR_API SoAlarmSensor final : public SoTimerQueueSensor {
 public:
     using SoTimerQueueSensor::SoTimerQueueSensor;
-    void setTime(const SbTime &absolute) { m_alarm = absolute; }
-    void setTimeFromNow(const SbTime &relative) { m_alarm = SbTime::getTimeOfDay() + relative; }
+    void setTime(const SbTime& absolute) { m_alarm = absolute; }
+    void setTimeFromNow(const SbTime& relative) { m_alarm = SbTime::getTimeOfDay() + relative; }
     void schedule() override { enqueue(m_alarm); }
 
 private:
@@ -36,8 +36,8 @@ private:
 class KALMYR_API SoTimerSensor final : public SoTimerQueueSensor {
 public:
     using SoTimerQueueSensor::SoTimerQueueSensor;
-    void setInterval(const SbTime &interval) { m_interval = interval; }
-    const SbTime &getInterval() const { return m_interval; }
+    void setInterval(const SbTime& interval) { m_interval = interval; }
+    const SbTime& getInterval() const { return m_interval; }
     void schedule() override { enqueue(SbTime::getTimeOfDay() + m_interval); }
     void trigger() override;
 

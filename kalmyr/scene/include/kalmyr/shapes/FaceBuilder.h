@@ -19,34 +19,36 @@ namespace kalmyr {
 /// segment or face; PER_FACE one value a face or line; PER_VERTEX one value a corner in order. The
 /// indexed forms look the number up in `indices`, PER_VERTEX_INDEXED at the corner's place in the
 /// coordinate indices, and take the coordinate index itself when there are no indices.
-template <class T> struct Attribute {
+template <class T>
+struct Attribute {
     std::span<const T> values;
     std::span<const std::int32_t> indices;
     int binding = SoBinding::OVERALL;
-    const char *indexField = "coordIndex"; ///< name for messages
+    const char* indexField = "coordIndex"; ///< name for messages
     bool isGiven() const { return !values.empty(); }
 };
 
 /// What all kinds of vertex shapes are built from. The arrays are the caller's.
 struct VertexInput {
-    const SoNode *node = nullptr; ///< named in warnings
+    const SoNode* node = nullptr; ///< named in warnings
     std::span<const SbVec3f> positions;
     /// Faces, strips or lines as indices of positions, each ended by -1 (the last one may lack it).
     std::span<const std::int32_t> coordIndex;
-    const char *coordField = "coordIndex"; ///< name for messages
+    const char* coordField = "coordIndex"; ///< name for messages
     Attribute<SbVec3f> normals;            ///< of any length
     Attribute<std::uint32_t> colors;       ///< 0xRRGGBBAA; not given: the geometry has none
     Attribute<SbVec2f> texCoords;
 };
 
 struct FaceInput : VertexInput {
-    bool strips = false;       ///< coordIndex holds triangle strips
-    bool quadStrips = false;   ///< coordIndex holds strips of quadrilaterals: two corners a step
-    bool convex = true;        ///< every face is convex; otherwise it is tested and tessellated
-    bool clockwise = false;    ///< corners run clockwise seen from outside
-    bool solid = false;        ///< closed: back faces may be left out
-    float creaseAngle = 0;     ///< radians; edges at smaller angles are smooth, when normals are not given
-    bool makeNormals = true;   ///< generate normals when none are given
+    bool strips = false;     ///< coordIndex holds triangle strips
+    bool quadStrips = false; ///< coordIndex holds strips of quadrilaterals: two corners a step
+    bool convex = true;      ///< every face is convex; otherwise it is tested and tessellated
+    bool clockwise = false;  ///< corners run clockwise seen from outside
+    bool solid = false;      ///< closed: back faces may be left out
+    float creaseAngle =
+        0; ///< radians; edges at smaller angles are smooth, when normals are not given
+    bool makeNormals = true;    ///< generate normals when none are given
     bool makeTexCoords = false; ///< generate texture coordinates when none are given
 };
 
@@ -57,33 +59,33 @@ struct FaceInput : VertexInput {
 /// fewer than three corners are left out silently.
 class KALMYR_API FaceBuilder {
 public:
-    explicit FaceBuilder(const FaceInput &input) : m_input(input) {}
+    explicit FaceBuilder(const FaceInput& input) : m_input(input) {}
     /// Appends nothing to `geometry` but replaces its triangles and vertices.
-    void build(SoGeometry &geometry) const;
+    void build(SoGeometry& geometry) const;
 
 private:
-    const FaceInput &m_input; // Not owned.
+    const FaceInput& m_input; // Not owned.
 };
 
 /// Turns polylines into indexed segments. PER_FACE bindings count lines, PER_PART segments.
 /// Texture coordinates are taken along; normals when given.
 class KALMYR_API LineBuilder {
 public:
-    explicit LineBuilder(const VertexInput &input) : m_input(input) {}
-    void build(SoGeometry &geometry) const;
+    explicit LineBuilder(const VertexInput& input) : m_input(input) {}
+    void build(SoGeometry& geometry) const;
 
 private:
-    const VertexInput &m_input; // Not owned.
+    const VertexInput& m_input; // Not owned.
 };
 
 /// Turns single positions into points; without coordIndex all positions in order.
 class KALMYR_API PointBuilder {
 public:
-    explicit PointBuilder(const VertexInput &input) : m_input(input) {}
-    void build(SoGeometry &geometry) const;
+    explicit PointBuilder(const VertexInput& input) : m_input(input) {}
+    void build(SoGeometry& geometry) const;
 
 private:
-    const VertexInput &m_input; // Not owned.
+    const VertexInput& m_input; // Not owned.
 };
 
 } // namespace kalmyr

@@ -17,19 +17,19 @@ public:
     SoCube();
     static void initClass();
 
-    SoSFFloat width; ///< along x
+    SoSFFloat width;  ///< along x
     SoSFFloat height; ///< along y
-    SoSFFloat depth; ///< along z
+    SoSFFloat depth;  ///< along z
 
-    void computeBBox(SoState *state, SbBox3f &box, SbVec3f &center) override;
+    void computeBBox(SoState* state, SbBox3f& box, SbVec3f& center) override;
 
 protected:
     ~SoCube() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
-    std::uint64_t stateKey(SoState *state) const override;
-    SoRef<SoGeometry> findShared(SoState *state) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    std::uint64_t stateKey(SoState* state) const override;
+    SoRef<SoGeometry> findShared(SoState* state) override;
 
 private:
-    kalmyr::detail::SharedKey getKey(SoState *state) const;
+    kalmyr::detail::SharedKey getKey(SoState* state) const;
 };

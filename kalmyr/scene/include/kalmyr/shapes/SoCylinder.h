@@ -23,15 +23,15 @@ public:
     SoSFFloat radius;
     SoSFFloat height;
 
-    void computeBBox(SoState *state, SbBox3f &box, SbVec3f &center) override;
+    void computeBBox(SoState* state, SbBox3f& box, SbVec3f& center) override;
 
 protected:
     ~SoCylinder() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
-    std::uint64_t stateKey(SoState *state) const override;
-    SoRef<SoGeometry> findShared(SoState *state) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    std::uint64_t stateKey(SoState* state) const override;
+    SoRef<SoGeometry> findShared(SoState* state) override;
 
 private:
-    kalmyr::detail::SharedKey getKey(SoState *state) const;
+    kalmyr::detail::SharedKey getKey(SoState* state) const;
 };

@@ -23,15 +23,15 @@ public:
     SoGeometry();
 
     std::vector<SbVec3f> positions;
-    std::vector<SbVec3f> normals;      ///< per vertex, unit length; empty: unlit
-    std::vector<SbVec2f> texCoords;    ///< per vertex; empty: none
-    std::vector<std::uint32_t> colors; ///< per vertex diffuse 0xRRGGBBAA; empty: the material's
+    std::vector<SbVec3f> normals;         ///< per vertex, unit length; empty: unlit
+    std::vector<SbVec2f> texCoords;       ///< per vertex; empty: none
+    std::vector<std::uint32_t> colors;    ///< per vertex diffuse 0xRRGGBBAA; empty: the material's
     std::vector<std::uint32_t> triangles; ///< three indices each, counter-clockwise outside
     std::vector<std::uint32_t> lines;     ///< two indices each
     std::vector<std::uint32_t> points;
     std::vector<std::int32_t> triangleFaces; ///< face of each triangle; empty: the triangle's index
-    bool solid = false;  ///< back faces may be culled
-    bool twoSided = true; ///< back faces are lit with the reversed normal
+    bool solid = false;                      ///< back faces may be culled
+    bool twoSided = true;                    ///< back faces are lit with the reversed normal
 
     std::size_t getNumTriangles() const { return triangles.size() / 3; }
     std::size_t getNumLines() const { return lines.size() / 2; }
@@ -39,13 +39,13 @@ public:
 
     /// Unique in the process; buffers on the graphics card are kept under it.
     std::uint64_t getId() const { return m_id; }
-    const SbBox3f &getBox() const; ///< of all positions used; computed on first use
+    const SbBox3f& getBox() const; ///< of all positions used; computed on first use
 
     /// Search tree over the triangles, built on first use.
-    const kalmyr::TriangleTree &getTriangleTree() const;
+    const kalmyr::TriangleTree& getTriangleTree() const;
 
     /// Called when a geometry that others share by its parameters dies; null for the others.
-    using DeathFunction = void (*)(const SoGeometry *geometry);
+    using DeathFunction = void (*)(const SoGeometry* geometry);
     void setDeathFunction(DeathFunction function) { m_onDeath = function; }
 
     /// Told the id of every geometry that dies, for those who keep things by id; null for nobody.

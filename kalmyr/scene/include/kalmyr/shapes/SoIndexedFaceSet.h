@@ -14,5 +14,5 @@ public:
 protected:
     ~SoIndexedFaceSet() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

@@ -14,5 +14,5 @@ public:
 protected:
     ~SoIndexedLineSet() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

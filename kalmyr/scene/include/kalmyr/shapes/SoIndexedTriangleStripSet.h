@@ -14,5 +14,5 @@ public:
 protected:
     ~SoIndexedTriangleStripSet() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

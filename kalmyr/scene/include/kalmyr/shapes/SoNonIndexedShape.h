@@ -21,5 +21,6 @@ protected:
     /// Coordinate indices for runs of `counts` positions from startIndex, each ended by -1. A count
     /// of -1 as the last takes all that remain. Runs beyond the positions stay as they are, for the
     /// builder to complain.
-    std::vector<std::int32_t> makeIndices(std::span<const std::int32_t> counts, int numPositions) const;
+    std::vector<std::int32_t> makeIndices(std::span<const std::int32_t> counts,
+                                          int numPositions) const;
 };

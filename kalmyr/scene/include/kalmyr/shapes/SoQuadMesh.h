@@ -4,7 +4,8 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoNonIndexedShape.h>
 
-/// A grid of quadrilaterals over positions given row by row. PER_PART counts rows, PER_FACE quadrilaterals.
+/// A grid of quadrilaterals over positions given row by row. PER_PART counts rows, PER_FACE
+/// quadrilaterals.
 class KALMYR_API SoQuadMesh : public SoNonIndexedShape {
     SO_NODE_HEADER(SoQuadMesh)
 
@@ -18,5 +19,5 @@ public:
 protected:
     ~SoQuadMesh() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

@@ -23,11 +23,11 @@ public:
 
     /// The geometry under the present state; from the cache when node and state are unchanged.
     /// Null for a shape without any primitive.
-    SoRef<SoGeometry> getGeometry(SoState *state);
+    SoRef<SoGeometry> getGeometry(SoState* state);
 
     /// Box and centre in object space; by default of the geometry. A shape that knows better
     /// without building it overrides.
-    virtual void computeBBox(SoState *state, SbBox3f &box, SbVec3f &center);
+    virtual void computeBBox(SoState* state, SbBox3f& box, SbVec3f& center);
 
     bool affectsState() const override { return false; }
 
@@ -37,11 +37,11 @@ protected:
 
     /// Builds triangles, lines and points. Faults of the data (an index out of range) are posted
     /// once as read-time style warnings and the face is left out.
-    virtual void buildGeometry(SoState *state, SoGeometry &geometry) = 0;
+    virtual void buildGeometry(SoState* state, SoGeometry& geometry) = 0;
     /// Mixes the ids of the state values that buildGeometry() looks at; 0 when it looks at none.
-    virtual std::uint64_t stateKey(SoState *state) const;
+    virtual std::uint64_t stateKey(SoState* state) const;
     /// A geometry that equal shapes share, or null to have one of its own built.
-    virtual SoRef<SoGeometry> findShared(SoState *state);
+    virtual SoRef<SoGeometry> findShared(SoState* state);
 
 private:
     struct Cached {
@@ -55,8 +55,8 @@ private:
         std::array<Cached, kMoreResults> results;
         int next = 0;
     };
-    Cached *findCached(std::uint64_t key);
-    Cached &slotForNew();
+    Cached* findCached(std::uint64_t key);
+    Cached& slotForNew();
 
     std::uint64_t m_builtFrom = 0; ///< node id that the results belong to
     Cached m_first;

@@ -28,12 +28,12 @@ protected:
         bool indexed = false;
     };
     /// Positions and attributes for the builders; spans point to nodes and to `packedColors`.
-    void fillInput(SoState *state, const Indices &indices, kalmyr::VertexInput &input,
-                   std::vector<std::uint32_t> &packedColors) const;
+    void fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
+                   std::vector<std::uint32_t>& packedColors) const;
     /// The shape hints of the state, and whether texture coordinates are needed.
-    static void fillHints(SoState *state, kalmyr::FaceInput &input);
-    std::uint64_t stateKey(SoState *state) const override;
+    static void fillHints(SoState* state, kalmyr::FaceInput& input);
+    std::uint64_t stateKey(SoState* state) const override;
 
 private:
-    const SoVertexProperty *getProperty() const;
+    const SoVertexProperty* getProperty() const;
 };

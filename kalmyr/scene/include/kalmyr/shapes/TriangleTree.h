@@ -24,27 +24,27 @@ public:
         bool front = true;          ///< met from the side where the corners run counter-clockwise
     };
     /// Receives every triangle met, in no order; false ends the search.
-    using HitFunction = bool (*)(void *userData, const Hit &hit);
+    using HitFunction = bool (*)(void* userData, const Hit& hit);
 
     /// Three indices a triangle, all below positions.size().
     TriangleTree(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
 
     /// The nearest triangle between `tMin` and `tMax`, from either side; false when there is none.
     /// The direction may have any length but zero.
-    bool intersect(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
-                   Hit &nearest) const;
+    bool intersect(const SbVec3f& origin, const SbVec3f& direction, float tMin, float tMax,
+                   Hit& nearest) const;
     /// All of them.
-    void intersectAll(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
-                      HitFunction function, void *userData) const;
+    void intersectAll(const SbVec3f& origin, const SbVec3f& direction, float tMin, float tMax,
+                      HitFunction function, void* userData) const;
     /// The same for anything callable as bool(const Hit &).
     template <class F>
-    void intersectAll(const SbVec3f &origin, const SbVec3f &direction, float tMin, float tMax,
-                      F &&function) const
+    void intersectAll(const SbVec3f& origin, const SbVec3f& direction, float tMin, float tMax,
+                      F&& function) const
     {
-        const HitFunction call = [](void *data, const Hit &hit) -> bool {
-            return (*static_cast<std::remove_reference_t<F> *>(data))(hit);
+        const HitFunction call = [](void* data, const Hit& hit) -> bool {
+            return (*static_cast<std::remove_reference_t<F>*>(data))(hit);
         };
-        void *data = const_cast<void *>(static_cast<const void *>(&function));
+        void* data = const_cast<void*>(static_cast<const void*>(&function));
         intersectAll(origin, direction, tMin, tMax, call, data);
     }
 
@@ -64,10 +64,11 @@ private:
     };
     struct Builder;
     template <class Visit>
-    void walk(const SbVec3f &origin, const SbVec3f &direction, float tMin, float &tMax, Visit &&visit) const;
+    void walk(const SbVec3f& origin, const SbVec3f& direction, float tMin, float& tMax,
+              Visit&& visit) const;
 
     std::vector<Node> m_nodes;
-    std::vector<Triangle> m_triangles; ///< in the order of the leaves
+    std::vector<Triangle> m_triangles;  ///< in the order of the leaves
     std::vector<std::uint32_t> m_order; ///< number in the index list of each of them
 };
 

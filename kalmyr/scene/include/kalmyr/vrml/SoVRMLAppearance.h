@@ -16,7 +16,7 @@ public:
     SoSFNode texture;
     SoSFNode textureTransform;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLAppearance() override;

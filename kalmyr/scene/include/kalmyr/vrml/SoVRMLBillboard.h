@@ -15,5 +15,5 @@ public:
 protected:
     ~SoVRMLBillboard() override;
 
-    void setState(SoState *state) override;
+    void setState(SoState* state) override;
 };

@@ -19,5 +19,5 @@ public:
 protected:
     ~SoVRMLCone() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

@@ -20,5 +20,5 @@ public:
 protected:
     ~SoVRMLCylinder() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

@@ -15,5 +15,5 @@ public:
 protected:
     ~SoVRMLDirectionalLight() override;
 
-    void describe(SoLightRecord &record) const override;
+    void describe(SoLightRecord& record) const override;
 };

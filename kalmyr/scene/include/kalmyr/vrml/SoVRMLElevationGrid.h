@@ -18,7 +18,7 @@ public:
     SoSFBool ccw;
     SoSFBool colorPerVertex;
     SoSFFloat creaseAngle; ///< radians
-    SoMFFloat height; ///< y, row by row along x
+    SoMFFloat height;      ///< y, row by row along x
     SoSFBool normalPerVertex;
     SoSFBool solid;
     SoSFInt32 xDimension;
@@ -30,6 +30,6 @@ public:
 protected:
     ~SoVRMLElevationGrid() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
-    std::uint64_t stateKey(SoState *state) const override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    std::uint64_t stateKey(SoState* state) const override;
 };

@@ -22,13 +22,13 @@ public:
     SoMFVec2f scale;
     SoSFBool solid;
     SoMFVec3f spine;
-    SoMFVec2f set_crossSection; ///< event in
+    SoMFVec2f set_crossSection;   ///< event in
     SoMFRotation set_orientation; ///< event in
-    SoMFVec2f set_scale; ///< event in
-    SoMFVec3f set_spine; ///< event in
+    SoMFVec2f set_scale;          ///< event in
+    SoMFVec3f set_spine;          ///< event in
 
 protected:
     ~SoVRMLExtrusion() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

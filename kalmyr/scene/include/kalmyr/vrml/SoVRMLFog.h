@@ -16,9 +16,9 @@ public:
     SoSFColor color;
     SoSFString fogType;
     SoSFFloat visibilityRange; ///< 0: no fog
-    SoSFBool isBound; ///< event out
+    SoSFBool isBound;          ///< event out
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLFog() override;

@@ -6,8 +6,8 @@
 
 class SoNodeCopier;
 
-/// A picture from the first of its files that can be read. It is read when it is first needed; when no
-/// file can be read an error is posted once, and the shape shows no texture.
+/// A picture from the first of its files that can be read. It is read when it is first needed; when
+/// no file can be read an error is posted once, and the shape shows no texture.
 class KALMYR_API SoVRMLImageTexture : public SoVRMLTexture {
     SO_NODE_HEADER(SoVRMLImageTexture)
 
@@ -17,11 +17,11 @@ public:
 
     SoMFString url;
 
-    const SbImage &getPicture() override;
+    const SbImage& getPicture() override;
     /// The folder that relative urls start from; set by readers of scene files.
-    void setDirectory(const SbString &directory);
-    const SbString &getDirectory() const { return m_directory; }
-    void copyContents(const SoNode *from, SoNodeCopier &copier) override;
+    void setDirectory(const SbString& directory);
+    const SbString& getDirectory() const { return m_directory; }
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoVRMLImageTexture() override;

@@ -26,14 +26,14 @@ public:
     SoSFBool normalPerVertex;
     SoSFBool solid;
     SoMFInt32 texCoordIndex;
-    SoMFInt32 set_colorIndex; ///< event in
-    SoMFInt32 set_coordIndex; ///< event in
-    SoMFInt32 set_normalIndex; ///< event in
+    SoMFInt32 set_colorIndex;    ///< event in
+    SoMFInt32 set_coordIndex;    ///< event in
+    SoMFInt32 set_normalIndex;   ///< event in
     SoMFInt32 set_texCoordIndex; ///< event in
 
 protected:
     ~SoVRMLIndexedFaceSet() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
-    std::uint64_t stateKey(SoState *state) const override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    std::uint64_t stateKey(SoState* state) const override;
 };

@@ -23,29 +23,29 @@ public:
     SoSFVec3f bboxSize; ///< -1: unknown
 
     /// Gets the content of a url that is no local file; hands it to setChildData() when it has it.
-    using FetchURLCallBack = void (const SbString &url, void *data, SoVRMLInline *node);
-    static void setFetchURLCallBack(FetchURLCallBack *callback, void *data);
+    using FetchURLCallBack = void(const SbString& url, void* data, SoVRMLInline* node);
+    static void setFetchURLCallBack(FetchURLCallBack* callback, void* data);
     /// Asks the callback. False when there is none.
-    static bool fetch(const SbString &url, SoVRMLInline *node);
+    static bool fetch(const SbString& url, SoVRMLInline* node);
 
     /// Reads the local file of an inline; installed by whoever reads scene files.
-    using Loader = bool (SoVRMLInline *node);
-    static void setLoader(Loader *loader);
+    using Loader = bool(SoVRMLInline* node);
+    static void setLoader(Loader* loader);
     /// Reads the content again. False, with an error posted, when it cannot be had.
     bool requestChildrenFromURL();
 
     /// The content, or null.
-    SoNode *getChildData() const;
-    void setChildData(SoNode *data);
+    SoNode* getChildData() const;
+    void setChildData(SoNode* data);
 
     /// The folder that relative urls start from; set by readers of scene files.
-    void setDirectory(const SbString &directory) { m_directory = directory; }
-    const SbString &getDirectory() const { return m_directory; }
+    void setDirectory(const SbString& directory) { m_directory = directory; }
+    const SbString& getDirectory() const { return m_directory; }
 
-    SoChildList *getChildren() const override { return &m_children; }
+    SoChildList* getChildren() const override { return &m_children; }
     bool affectsState() const override { return false; }
-    void doAction(SoAction *action) override;
-    void copyContents(const SoNode *from, SoNodeCopier &copier) override;
+    void doAction(SoAction* action) override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoVRMLInline() override;

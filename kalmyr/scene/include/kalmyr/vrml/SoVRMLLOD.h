@@ -20,9 +20,9 @@ public:
     SoMFFloat range; ///< rising distances
 
     /// Index of the child that the state's camera selects, or -1 without children.
-    int chooseChild(SoState *state) const;
+    int chooseChild(SoState* state) const;
     bool affectsState() const override { return false; }
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLLOD() override;

@@ -18,11 +18,11 @@ public:
     SoSFBool on;
 
     /// Appends the light's parameters to those of the state unless it is off.
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLLight() override;
     SoVRMLLight();
     /// Kind, position, direction and what else is the concrete light's own.
-    virtual void describe(SoLightRecord &record) const = 0;
+    virtual void describe(SoLightRecord& record) const = 0;
 };

@@ -19,7 +19,7 @@ public:
     SoSFColor specularColor;
     SoSFFloat transparency; ///< 0 opaque to 1
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLMaterial() override;

@@ -16,9 +16,9 @@ public:
     SoSFTime stopTime;
     SoMFString url;
     SoSFTime duration_changed; ///< event out
-    SoSFBool isActive; ///< event out
+    SoSFBool isActive;         ///< event out
 
-    const SbImage &getPicture() override;
+    const SbImage& getPicture() override;
 
 protected:
     ~SoVRMLMovieTexture() override;

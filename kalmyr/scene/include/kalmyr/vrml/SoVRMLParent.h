@@ -21,7 +21,7 @@ public:
     static void initClass();
 
     SoMFNode children;
-    SoMFNode addChildren; ///< event in
+    SoMFNode addChildren;    ///< event in
     SoMFNode removeChildren; ///< event in
     SoSFVec3f bboxCenter;
     SoSFVec3f bboxSize; ///< -1: to be computed
@@ -29,19 +29,19 @@ public:
     bool affectsState() const override { return false; }
     /// Traverses the children between a push and a pop of the state, below what the group itself
     /// sets.
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
     /// For the actions: measures from the cache or the children, and passes rays that meet the box.
-    void measure(SoGetBoundingBoxAction *action);
-    void rayPick(SoRayPickAction *action);
+    void measure(SoGetBoundingBoxAction* action);
+    void rayPick(SoRayPickAction* action);
 
 protected:
     ~SoVRMLParent() override;
     SoVRMLParent();
     /// What a concrete group does to the state of its children.
-    virtual void setState(SoState *) {}
+    virtual void setState(SoState*) {}
     /// The children that count; all of them unless overridden.
-    virtual void traverseChildren(SoAction *action);
+    virtual void traverseChildren(SoAction* action);
 
 private:
     std::unique_ptr<SoBoundingBoxCache> m_boxCache;

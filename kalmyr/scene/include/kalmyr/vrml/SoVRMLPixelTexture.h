@@ -12,7 +12,7 @@ public:
 
     SoSFImage image;
 
-    const SbImage &getPicture() override { return image.getValue(); }
+    const SbImage& getPicture() override { return image.getValue(); }
 
 protected:
     ~SoVRMLPixelTexture() override;

@@ -17,5 +17,5 @@ public:
 protected:
     ~SoVRMLPointLight() override;
 
-    void describe(SoLightRecord &record) const override;
+    void describe(SoLightRecord& record) const override;
 };

@@ -20,6 +20,6 @@ public:
 protected:
     ~SoVRMLPointSet() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
-    std::uint64_t stateKey(SoState *state) const override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    std::uint64_t stateKey(SoState* state) const override;
 };

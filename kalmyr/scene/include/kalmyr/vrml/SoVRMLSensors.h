@@ -21,9 +21,9 @@ public:
     SoSFFloat maxAngle;
     SoSFFloat minAngle;
     SoSFFloat offset;
-    SoSFBool isActive; ///< event out
+    SoSFBool isActive;             ///< event out
     SoSFRotation rotation_changed; ///< event out
-    SoSFVec3f trackPoint_changed; ///< event out
+    SoSFVec3f trackPoint_changed;  ///< event out
 
 protected:
     ~SoVRMLCylinderSensor() override;
@@ -42,8 +42,8 @@ public:
     SoSFVec2f maxPosition;
     SoSFVec2f minPosition;
     SoSFVec3f offset;
-    SoSFBool isActive; ///< event out
-    SoSFVec3f trackPoint_changed; ///< event out
+    SoSFBool isActive;             ///< event out
+    SoSFVec3f trackPoint_changed;  ///< event out
     SoSFVec3f translation_changed; ///< event out
 
 protected:
@@ -61,11 +61,11 @@ public:
     SoSFVec3f center;
     SoSFVec3f size;
     SoSFBool enabled;
-    SoSFBool isActive; ///< event out
-    SoSFVec3f position_changed; ///< event out
+    SoSFBool isActive;                ///< event out
+    SoSFVec3f position_changed;       ///< event out
     SoSFRotation orientation_changed; ///< event out
-    SoSFTime enterTime; ///< event out
-    SoSFTime exitTime; ///< event out
+    SoSFTime enterTime;               ///< event out
+    SoSFTime exitTime;                ///< event out
 
 protected:
     ~SoVRMLProximitySensor() override;
@@ -82,9 +82,9 @@ public:
     SoSFBool autoOffset;
     SoSFBool enabled;
     SoSFRotation offset;
-    SoSFBool isActive; ///< event out
+    SoSFBool isActive;             ///< event out
     SoSFRotation rotation_changed; ///< event out
-    SoSFVec3f trackPoint_changed; ///< event out
+    SoSFVec3f trackPoint_changed;  ///< event out
 
 protected:
     ~SoVRMLSphereSensor() override;
@@ -103,10 +103,10 @@ public:
     SoSFBool loop;
     SoSFTime startTime;
     SoSFTime stopTime;
-    SoSFTime cycleTime; ///< event out
+    SoSFTime cycleTime;         ///< event out
     SoSFFloat fraction_changed; ///< event out
-    SoSFBool isActive; ///< event out
-    SoSFTime time; ///< event out
+    SoSFBool isActive;          ///< event out
+    SoSFTime time;              ///< event out
 
 protected:
     ~SoVRMLTimeSensor() override;
@@ -121,12 +121,12 @@ public:
     static void initClass();
 
     SoSFBool enabled;
-    SoSFVec3f hitNormal_changed; ///< event out
-    SoSFVec3f hitPoint_changed; ///< event out
+    SoSFVec3f hitNormal_changed;   ///< event out
+    SoSFVec3f hitPoint_changed;    ///< event out
     SoSFVec2f hitTexCoord_changed; ///< event out
-    SoSFBool isActive; ///< event out
-    SoSFBool isOver; ///< event out
-    SoSFTime touchTime; ///< event out
+    SoSFBool isActive;             ///< event out
+    SoSFBool isOver;               ///< event out
+    SoSFTime touchTime;            ///< event out
 
 protected:
     ~SoVRMLTouchSensor() override;
@@ -144,8 +144,8 @@ public:
     SoSFBool enabled;
     SoSFVec3f size;
     SoSFTime enterTime; ///< event out
-    SoSFTime exitTime; ///< event out
-    SoSFBool isActive; ///< event out
+    SoSFTime exitTime;  ///< event out
+    SoSFBool isActive;  ///< event out
 
 protected:
     ~SoVRMLVisibilitySensor() override;

@@ -4,7 +4,8 @@
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoSFNode.h>
 
-/// One visible thing: a geometry with its appearance. Without a material it is drawn unlit in white.
+/// One visible thing: a geometry with its appearance. Without a material it is drawn unlit in
+/// white.
 class KALMYR_API SoVRMLShape : public SoNode {
     SO_NODE_HEADER(SoVRMLShape)
 
@@ -16,7 +17,7 @@ public:
     SoSFNode geometry;
 
     bool affectsState() const override { return false; }
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLShape() override;

@@ -43,7 +43,7 @@ public:
     SoSFTime stopTime;
     SoMFString url;
     SoSFTime duration_changed; ///< event out
-    SoSFBool isActive; ///< event out
+    SoSFBool isActive;         ///< event out
 
 protected:
     ~SoVRMLAudioClip() override;

@@ -16,5 +16,5 @@ public:
 protected:
     ~SoVRMLSphere() override;
 
-    void buildGeometry(SoState *state, SoGeometry &geometry) override;
+    void buildGeometry(SoState* state, SoGeometry& geometry) override;
 };

@@ -11,7 +11,7 @@ public:
     static void initClass();
 
     SoSFVec3f attenuation; ///< constant, linear, quadratic
-    SoSFFloat beamWidth; ///< radians; full intensity inside
+    SoSFFloat beamWidth;   ///< radians; full intensity inside
     SoSFFloat cutOffAngle; ///< radians
     SoSFVec3f direction;
     SoSFVec3f location;
@@ -20,5 +20,5 @@ public:
 protected:
     ~SoVRMLSpotLight() override;
 
-    void describe(SoLightRecord &record) const override;
+    void describe(SoLightRecord& record) const override;
 };

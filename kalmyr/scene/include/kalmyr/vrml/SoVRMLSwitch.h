@@ -16,7 +16,7 @@ public:
     SoSFInt32 whichChoice;
 
     bool affectsState() const override { return false; }
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLSwitch() override;

@@ -16,8 +16,8 @@ public:
     SoSFBool repeatT;
 
     /// The picture that the node shows now; a null image when there is none.
-    virtual const SbImage &getPicture() = 0;
-    void doAction(SoAction *action) override;
+    virtual const SbImage& getPicture() = 0;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLTexture() override;

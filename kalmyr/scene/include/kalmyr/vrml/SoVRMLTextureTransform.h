@@ -17,7 +17,7 @@ public:
     SoSFVec2f scale;
     SoSFVec2f translation;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLTextureTransform() override;

@@ -23,5 +23,5 @@ public:
 protected:
     ~SoVRMLTransform() override;
 
-    void setState(SoState *state) override;
+    void setState(SoState* state) override;
 };

@@ -14,18 +14,18 @@ public:
     SoVRMLViewpoint();
     static void initClass();
 
-    SoSFBool set_bind; ///< event in
+    SoSFBool set_bind;     ///< event in
     SoSFFloat fieldOfView; ///< radians, of the smaller side of the view
     SoSFBool jump;
     SoSFRotation orientation;
     SoSFVec3f position;
     SoSFString description;
     SoSFTime bindTime; ///< event out
-    SoSFBool isBound; ///< event out
+    SoSFBool isBound;  ///< event out
 
     /// Place and direction in the world, for a viewpoint that stands below `toWorld`.
-    SbVec3f getPosition(const SbMatrix &toWorld) const;
-    SbRotation getOrientation(const SbMatrix &toWorld) const;
+    SbVec3f getPosition(const SbMatrix& toWorld) const;
+    SbRotation getOrientation(const SbMatrix& toWorld) const;
     /// Angle of the height of a view of that aspect ratio (width by height), radians.
     float getHeightAngle(float aspect) const;
 

@@ -14,12 +14,12 @@ public:
     TvSymTool() = delete;
 
     /// False, with a debug error that names it, for a module that is not known.
-    static bool initModule(const SbName &name);
+    static bool initModule(const SbName& name);
     /// False for an unknown module; one that was not started is left alone.
-    static bool finishModule(const SbName &name);
-    static bool isInitialized(const SbName &name);
+    static bool finishModule(const SbName& name);
+    static bool isInitialized(const SbName& name);
 
     /// Makes a module known; one known already by that name is replaced while it is not started.
-    static bool registerModule(const SbName &name, Function init, Function finish);
+    static bool registerModule(const SbName& name, Function init, Function finish);
     static std::vector<SbName> getModuleNames();
 };

@@ -35,13 +35,13 @@ public:
     SoSFEnum normalBinding;
     SoSFEnum materialBinding;
 
-    void doAction(SoAction *action) override;
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVertexProperty() override;
 
 private:
-    void setColors(SoState *state);
+    void setColors(SoState* state);
 
     std::uint64_t m_unpackedId = 0; ///< change id that the arrays belong to
     std::vector<SbColor> m_colors;

@@ -1,4 +1,4 @@
-#include <kalmyr/nodes/SoVertexProperty.h>
+#include <kalmyr/shapes/SoVertexProperty.h>
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
@@ -41,9 +41,9 @@ void SoVertexProperty::initClass()
     SO_NODE_INIT_CLASS(SoVertexProperty, SoNode, "VertexProperty");
 }
 
-void SoVertexProperty::doAction(SoAction *action)
+void SoVertexProperty::doAction(SoAction* action)
 {
-    SoState *state = action->getState();
+    SoState* state = action->getState();
     if (vertex.getNum() > 0 && !vertex.isIgnored()) {
         state->write<SoCoordinateElement>().set(this, vertex.values());
     }
@@ -61,7 +61,7 @@ void SoVertexProperty::doAction(SoAction *action)
     }
 }
 
-void SoVertexProperty::setColors(SoState *state)
+void SoVertexProperty::setColors(SoState* state)
 {
     if (m_unpackedId != getChangeId()) {
         const auto packed = orderedRGBA.values();
@@ -72,8 +72,8 @@ void SoVertexProperty::setColors(SoState *state)
         }
         m_unpackedId = getChangeId();
     }
-    auto &element = state->write<SoMaterialElement>();
-    auto &v = element.value();
+    auto& element = state->write<SoMaterialElement>();
+    auto& v = element.value();
     v.diffuse = m_colors.data();
     v.transparency = m_transparencies.data();
     v.numDiffuse = v.numTransparency = static_cast<int>(m_colors.size());

@@ -1,3 +1,0 @@
-#pragma once
-
-#include <kalmyr/core/SoFieldIO.h>
