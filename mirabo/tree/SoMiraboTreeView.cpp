@@ -49,6 +49,14 @@ std::vector<int> placeOf(const SoTreeViewItem* item)
     return place;
 }
 
+/// The types of signal arguments, so that they can be queued and recorded.
+void registerArgumentTypes()
+{
+    qRegisterMetaType<SoNode*>("SoNode*");
+    qRegisterMetaType<SoTreeViewItem*>("SoTreeViewItem*");
+    qRegisterMetaType<const SoPath*>("const SoPath*");
+}
+
 } // namespace
 
 SoMiraboTreeView::PatchScope::PatchScope(SoMiraboTreeView& view) : m_view(view)
@@ -64,6 +72,7 @@ SoMiraboTreeView::PatchScope::~PatchScope()
 
 SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
 {
+    registerArgumentTypes();
     m_context.readEnvironment();
     m_patcher = std::make_unique<mirabo::TreePatcher>(*this);
     m_topology = std::make_unique<SoGraphTopologyManager>(this);

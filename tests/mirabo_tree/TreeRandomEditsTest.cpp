@@ -1,4 +1,3 @@
-#include "support/ErrorGuard.h"
 #include "TreeTestScene.h"
 
 #include <kalmyr/nodes/SoSeparator.h>
@@ -6,6 +5,7 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <QAbstractItemModelTester>
+#include <QIdentityProxyModel>
 
 #include <cstdlib>
 #include <random>
@@ -168,16 +168,37 @@ TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
 
 INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u));
 
+namespace {
+
+/// The model of a tree widget gives the cells of all columns the children of the first, against the
+/// rules; this one does not, so that the remaining rules can be held to account.
+class FirstColumnModel : public QIdentityProxyModel {
+public:
+    explicit FirstColumnModel(QAbstractItemModel* model) { setSourceModel(model); }
+    int rowCount(const QModelIndex& parent) const override
+    {
+        return parent.column() > 0 ? 0 : QIdentityProxyModel::rowCount(parent);
+    }
+    bool hasChildren(const QModelIndex& parent) const override
+    {
+        return parent.column() <= 0 && QIdentityProxyModel::hasChildren(parent);
+    }
+    QModelIndex index(int row, int column, const QModelIndex& parent) const override
+    {
+        return parent.column() > 0 ? QModelIndex()
+                                   : QIdentityProxyModel::index(row, column, parent);
+    }
+};
+
+} // namespace
+
 TEST_F(TreeTest, KeepsTheRulesOfAnItemModelWhileEdited)
 {
-    const QAbstractItemModelTester tester(view.model(),
+    FirstColumnModel model(view.model());
+    const QAbstractItemModelTester tester(&model,
                                           QAbstractItemModelTester::FailureReportingMode::Warning);
     Script script(root.get(), 9);
-    auto errors = support::expectErrors();
     for (int i = 0; i < 200; ++i)
         script.step();
     EXPECT_EQ(check(), "");
-    // The one rule that every tree widget breaks: other columns have the children of the first.
-    for (const std::string& text : errors.texts())
-        EXPECT_NE(text.find("childIndex != childIndex1"), std::string::npos) << text;
 }
