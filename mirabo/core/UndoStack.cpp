@@ -2,6 +2,8 @@
 
 #include "mirabo/extender/MrbCommand.h"
 
+#include <algorithm>
+
 namespace mirabo {
 
 /// Counts running commands; a clear asked for meanwhile happens when the last one ends.
@@ -68,6 +70,30 @@ void UndoStack::clear()
     m_clearRequested = false;
     m_current = -1;
     tellState();
+}
+
+void UndoStack::remove(const std::function<bool(const MrbCommand*)>& test)
+{
+    const int done = std::min(m_current + 1, count());
+    int to = done; // what is undone stays up to the first command that goes
+    while (to < count() && !test(m_commands[static_cast<std::size_t>(to)]))
+        ++to;
+    int from = done; // what is executed stays behind the last command that goes
+    while (from > 0 && !test(m_commands[static_cast<std::size_t>(from - 1)]))
+        --from;
+    if (from == 0 && to == count())
+        return;
+    erase(to, count());
+    erase(0, from);
+    m_current -= from;
+    tellState();
+}
+
+void UndoStack::erase(int from, int to)
+{
+    const auto begin = m_commands.begin();
+    std::for_each(begin + from, begin + to, [](MrbCommand* command) { delete command; });
+    m_commands.erase(begin + from, begin + to);
 }
 
 void UndoStack::tellState()

@@ -32,6 +32,11 @@ public:
     /// While a command runs the clear waits until it has ended.
     void clear();
 
+    /// Removes and deletes the commands that the test names, and what can no longer be undone or
+    /// redone across the gaps: executed commands older, undone ones younger. Not while a command
+    /// runs.
+    void remove(const std::function<bool(const MrbCommand*)>& test);
+
     /// True while a command is executed, undone or redone.
     bool isBusy() const { return m_busyDepth > 0; }
     /// A command was pushed since the last clear.
@@ -45,6 +50,7 @@ public:
 private:
     class Busy;
     void dropRedoTail();
+    void erase(int from, int to);
     void tellState();
 
     bool m_modified = false;

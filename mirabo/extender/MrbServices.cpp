@@ -1,5 +1,7 @@
 #include "mirabo/extender/MrbServices.h"
 
+#include "mirabo/extender/private/HostedExtension.h"
+
 namespace {
 
 MrbServices* s_instance = nullptr;
@@ -7,6 +9,12 @@ MrbServices* s_instance = nullptr;
 } // namespace
 
 MrbServices* MrbServices::getInstance()
+{
+    const auto* caller = mirabo::HostedExtension::current();
+    return caller ? caller->services() : s_instance;
+}
+
+MrbServices* MrbServices::getToolInstance()
 {
     return s_instance;
 }

@@ -1,5 +1,9 @@
 #include "mirabo/extender/MrbShell.h"
 
+#include "mirabo/extender/private/HostedExtension.h"
+
+#include <kalmyr/core/SoType.h>
+
 namespace {
 
 MrbShell* s_instance = nullptr;
@@ -7,6 +11,12 @@ MrbShell* s_instance = nullptr;
 } // namespace
 
 MrbShell* MrbShell::getInstance()
+{
+    const auto* caller = mirabo::HostedExtension::current();
+    return caller ? caller->shell() : s_instance;
+}
+
+MrbShell* MrbShell::getToolInstance()
 {
     return s_instance;
 }
@@ -20,4 +30,19 @@ MrbShell::~MrbShell()
 {
     if (s_instance == this)
         s_instance = nullptr;
+}
+
+void MrbShell::addContextMenu(SoType type, bool derivedToo, QMenu* menu)
+{
+    addContextMenu(type.getIndex(), derivedToo, menu);
+}
+
+QList<QMenu*> MrbShell::contextMenusFor(SoType type) const
+{
+    QList<QMenu*> menus = getContextMenus(type.getIndex()).exact;
+    for (; !type.isBad(); type = type.getParent())
+        for (QMenu* menu : getContextMenus(type.getIndex()).inherited)
+            if (!menus.contains(menu))
+                menus << menu;
+    return menus;
 }
