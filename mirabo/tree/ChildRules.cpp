@@ -8,7 +8,10 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMFUniformShaderParameter.h>
+#include <kalmyr/fields/SoSFBufferObject.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/nodekits/SoBaseKit.h>
 
 #include <algorithm>
 
@@ -37,12 +40,48 @@ void appendNodes(SoField* field, std::vector<PlacedNode>& out)
             out.push_back({field, node});
         return;
     }
-    const auto* list = static_cast<SoMFNode*>(field);
+    const auto* list = static_cast<SoMNodeField*>(field);
     if (list->isBound())
         return; // stands for the child list, which is shown already
     for (SoNode* node : list->getValues())
         if (node)
             out.push_back({field, node});
+}
+
+/// A part that hangs below another part has its row there, and so have all that follow.
+bool hangsBelowAPart(const SoBaseKit* kit, const SoNode* node)
+{
+    const SbString part = kit->getPartString(node);
+    return part.getLength() > 0
+           && kit->getNodekitCatalog()->getParentPartNumber(SbName(part.getString())) != 0;
+}
+
+bool endsWalkOfKit(const SoBaseKit* kit, SoField* field)
+{
+    if (endsWalk(field))
+        return true;
+    return field->isOfType(SoSFBufferObject::getClassTypeId())
+           && static_cast<SoSFBufferObject*>(field)->getValue()
+           && kit->getNodekitCatalog()->getParentPartNumber("SoBufferObject") != 0;
+}
+
+void appendNodesOfKit(const SoBaseKit* kit, const SoFieldData* data, std::vector<PlacedNode>& out)
+{
+    std::vector<PlacedNode> places;
+    for (int i = 0; i < data->getNumFields(); ++i) {
+        SoField* field = data->getField(kit, i);
+        if (endsWalkOfKit(kit, field))
+            return;
+        if (!isNodeField(field))
+            continue;
+        places.clear();
+        appendNodes(field, places);
+        for (const PlacedNode& place : places) {
+            if (hangsBelowAPart(kit, place.node))
+                return;
+            out.push_back(place);
+        }
+    }
 }
 
 } // namespace
@@ -82,7 +121,8 @@ ShownChildren shownChildren(const SoNode* node, const TreeContext& context)
 bool isNodeField(const SoField* field)
 {
     const SoType type = field->getTypeId();
-    return type == SoSFNode::getClassTypeId() || type.isDerivedFrom(SoMFNode::getClassTypeId());
+    return type == SoSFNode::getClassTypeId() || type == SoMFNode::getClassTypeId()
+           || type == SoMFUniformShaderParameter::getClassTypeId();
 }
 
 const FieldNodes::Plan& FieldNodes::planOf(const SoNode* node, const SoFieldData* data)
@@ -108,11 +148,14 @@ const FieldNodes::Plan& FieldNodes::planOf(const SoNode* node, const SoFieldData
 
 void FieldNodes::collect(const SoNode* node, std::vector<PlacedNode>& out)
 {
-    if (traitsOf(node->getTypeId()).isVrmlParent)
-        return;
-    const SoFieldData* data = node->getFieldData();
+    const NodeTraits& traits = traitsOf(node->getTypeId());
+    const SoFieldData* data = traits.isVrmlParent ? nullptr : node->getFieldData();
     if (!data)
         return;
+    if (traits.isKit) {
+        appendNodesOfKit(static_cast<const SoBaseKit*>(node), data, out);
+        return;
+    }
     for (const int index : planOf(node, data).fields)
         appendNodes(data->getField(node, index), out);
 }

@@ -10,7 +10,9 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
 
+#include <QScopedValueRollback>
 #include <QThread>
 
 #include <algorithm>
@@ -27,9 +29,18 @@ SoNode* asNode(SoFieldContainer* container)
                : nullptr;
 }
 
-bool isRemoval(SoNotification::Kind kind)
+bool isAddition(SoNotification::Kind kind)
 {
-    return kind == SoNotification::CHILD_REMOVED || kind == SoNotification::ALL_REMOVED;
+    return kind == SoNotification::CHILD_ADDED || kind == SoNotification::CHILD_INSERTED
+           || kind == SoNotification::CHILD_REPLACED;
+}
+
+/// The nodes from the watched one down to the change.
+void followChain(const SoNotification& notification, std::vector<const SoNode*>& nodes)
+{
+    nodes.clear();
+    for (const auto* link = notification.chain; link; link = link->below)
+        nodes.push_back(asNode(link->container));
 }
 
 /// A list that is replaced by another is reported as removed, too.
@@ -81,6 +92,8 @@ void SoGraphTopologyManager::attach(SoNode* node)
         m_attached->removeAuditor(&m_recorder);
     m_attached = node;
     m_changes.clear();
+    m_lastChange.clear();
+    m_recent.begin();
     m_sensor.attach(node);
     if (node)
         node->addAuditor(&m_recorder, SoAuditor::SENSOR);
@@ -113,8 +126,10 @@ void SoGraphTopologyManager::record(const SoNotification& notification)
     if (!isEdit) {
         if (notification.kind != SoNotification::UNSPECIFIED)
             return;
-        if (notification.field && !mirabo::isNodeField(notification.field))
+        if (notification.field && !mirabo::isNodeField(notification.field)) {
+            recordValue(notification);
             return;
+        }
     }
     if (isOtherThread()) {
         changedElsewhere();
@@ -129,10 +144,18 @@ void SoGraphTopologyManager::record(const SoNotification& notification)
                          notification.child,
                          notification.field != nullptr,
                          {}});
-    if (!isRemoval(notification.kind))
+    if (!isAddition(notification.kind))
+        followChain(notification, m_changes.back().chain);
+}
+
+/// A value that no row depends on; this may happen very often.
+void SoGraphTopologyManager::recordValue(const SoNotification& notification)
+{
+    if (m_highlighting || isOtherThread())
         return;
-    for (const auto* link = notification.chain; link; link = link->below)
-        m_changes.back().chain.push_back(asNode(link->container));
+    followChain(notification, m_lastChange);
+    m_view->showLater(nullptr);
+    requestUpdate();
 }
 
 /// Runs right after the walk, still inside the call that made the change.
@@ -165,18 +188,65 @@ void SoGraphTopologyManager::apply(const Change& change)
         applyToContainer(change);
         return;
     }
+    m_view->graphChanged();
     bool rowsChanged = false;
     for (SoTreeViewItem* item : m_view->itemsOf(change.node.get()))
-        rowsChanged = applyTo(item, change) || rowsChanged;
-    if (!rowsChanged && change.kind == SoNotification::UNSPECIFIED)
-        return;
-    m_structureChanged = true;
+        if (!item->isDisabledNode())
+            rowsChanged = applyTo(item, change) || rowsChanged;
+    tellWhere(change);
     const mirabo::NodeTraits& traits = mirabo::traitsOf(change.node->getTypeId());
-    if ((traits.isFile || traits.isInline) && !change.fromField)
+    if ((traits.isFile || traits.isInline) && !change.fromField) {
         m_contentReplaced = true;
-    if (change.kind == SoNotification::CHILD_REMOVED || isEmptied(change.kind, *change.node))
-        m_view->showLater(itemAt(change));
+        if (change.kind == SoNotification::UNSPECIFIED && !m_fetching)
+            m_toFetch.push_back(change.node);
+    }
+    if (rowsChanged || change.kind != SoNotification::UNSPECIFIED)
+        m_structureChanged = true;
+}
+
+/// What was added is in sight when its parent is; removals and other changes are gone to.
+void SoGraphTopologyManager::tellWhere(const Change& change)
+{
     requestUpdate();
+    if (m_highlighting || isAddition(change.kind))
+        return;
+    const bool isEdit = change.kind != SoNotification::UNSPECIFIED;
+    if (isEdit && change.kind != SoNotification::CHILD_REMOVED
+        && !isEmptied(change.kind, *change.node))
+        return;
+    m_lastChange.clear();
+    m_view->showLater(nullptr);
+    if (isEdit)
+        m_view->showLater(itemAt(change.chain));
+    else
+        m_lastChange = change.chain;
+}
+
+SoTreeViewItem* SoGraphTopologyManager::takeChangedItem()
+{
+    const std::vector<const SoNode*> chain = std::exchange(m_lastChange, {});
+    SoTreeViewItem* item = chain.empty() ? nullptr : itemAt(chain);
+    if (!item || item->isDisabledNode())
+        return nullptr;
+    // Looking around in the scene moves its camera all the time.
+    if (mirabo::categoryOf(item->getNode()->getTypeId()) == mirabo::NodeCategory::Camera)
+        return nullptr;
+    return m_recent.isNews(item->getNode()) ? item : nullptr;
+}
+
+void SoGraphTopologyManager::fetchInlines()
+{
+    const std::vector<SoRef<SoNode>> nodes = std::exchange(m_toFetch, {});
+    if (isVrmlScene())
+        return;
+    const QScopedValueRollback<bool> fetching(m_fetching, true);
+    for (const SoRef<SoNode>& node : nodes) {
+        if (!node->isOfType(SoVRMLInline::getClassTypeId()))
+            continue;
+        auto* link = static_cast<SoVRMLInline*>(node.get());
+        if (!link->getChildData() && link->url.getNum() > 0)
+            link->requestChildrenFromURL();
+    }
 }
 
 bool SoGraphTopologyManager::applyTo(SoTreeViewItem* item, const Change& change)
@@ -216,15 +286,15 @@ void SoGraphTopologyManager::applyToContainer(const Change& change)
 }
 
 /// The occurrence in which the change came by: the one whose ancestors are the chain's nodes.
-SoTreeViewItem* SoGraphTopologyManager::itemAt(const Change& change) const
+SoTreeViewItem* SoGraphTopologyManager::itemAt(const std::vector<const SoNode*>& chain) const
 {
-    const std::vector<SoTreeViewItem*> items = m_view->itemsOf(change.node.get());
+    const std::vector<SoTreeViewItem*> items = m_view->itemsOf(chain.back());
     for (SoTreeViewItem* item : items) {
         if (items.size() == 1)
             return item;
         const SoTreeViewItem* at = item;
-        auto link = change.chain.rbegin();
-        while (at && link != change.chain.rend() && at->getNode() == *link) {
+        auto link = chain.rbegin();
+        while (at && link != chain.rend() && at->getNode() == *link) {
             at = at->parentItem();
             ++link;
         }
@@ -269,6 +339,7 @@ void SoGraphTopologyManager::compareAll()
         m_rootDied = false;
     } else {
         const SoMiraboTreeView::PatchScope scope(*m_view);
+        m_view->graphChanged();
         m_view->patcher().syncTree();
     }
     SoDB::readunlock();

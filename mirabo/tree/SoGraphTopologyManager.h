@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mirabo/tree/RecentChanges.h"
+
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoAuditor.h>
 #include <kalmyr/core/SoNode.h>
@@ -50,6 +52,15 @@ public:
 
     /// Work for the next pass of the event loop has come up.
     void requestUpdate();
+    /// The row of the last change of this pass, if the change is one to be shown. Asked once a
+    /// pass.
+    SoTreeViewItem* takeChangedItem();
+    /// Fetches the content of inlines that were told to have changed but have none.
+    void fetchInlines();
+    /// While on, changes are the tool's own marking of what is selected: rows follow, but nothing
+    /// is shown on account of them.
+    void setHighlighting(bool on) { m_highlighting = on; }
+    RecentChanges& recentChanges() { return m_recent; }
     /// False from the death of the root in another thread until the tree is cleared.
     bool isRootAlive() const { return !m_rootDied; }
 
@@ -71,7 +82,7 @@ private:
         SoRef<SoNode> node;
         const SoNode* child; ///< only compared
         bool fromField;
-        std::vector<const SoNode*> chain; ///< from the watched node; for removals only
+        std::vector<const SoNode*> chain; ///< from the watched node; not for additions
     };
 
     class Recorder final : public SoAuditor {
@@ -88,11 +99,13 @@ private:
 
     bool isOtherThread() const;
     void record(const SoNotification& notification);
+    void recordValue(const SoNotification& notification);
     void changed();
     void apply(const Change& change);
     void applyToContainer(const Change& change);
     bool applyTo(SoTreeViewItem* item, const Change& change);
-    SoTreeViewItem* itemAt(const Change& change) const;
+    void tellWhere(const Change& change);
+    SoTreeViewItem* itemAt(const std::vector<const SoNode*>& chain) const;
     void watchedDied();
     void changedElsewhere();
     void compareAll();
@@ -103,6 +116,11 @@ private:
     SoNodeSensor m_sensor;
     SoNode* m_attached = nullptr; // Not owned; forgotten when it dies.
     std::vector<Change> m_changes;
+    std::vector<const SoNode*> m_lastChange; ///< down to the node; only compared
+    RecentChanges m_recent;
+    std::vector<SoRef<SoNode>> m_toFetch;
+    bool m_fetching = false;
+    bool m_highlighting = false;
     bool m_applying = false;
     bool m_structureChanged = false;
     bool m_contentReplaced = false;

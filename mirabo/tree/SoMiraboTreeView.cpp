@@ -1,10 +1,13 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 
+#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContextMenu.h"
+#include "mirabo/tree/TreeIgnoreCommands.h"
 #include "mirabo/tree/TreePatcher.h"
 #include "mirabo/tree/TreeStyle.h"
 
@@ -15,6 +18,8 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMetaMethod>
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <utility>
@@ -34,9 +39,12 @@ int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
     if (item->isDirectlyFromField())
         return -1;
-    const SoTreeViewItem* above = item->parentItem();
-    const int row = above->indexOfChild(const_cast<SoTreeViewItem*>(item));
-    return row + mirabo::shownChildren(above->getNode(), context).first;
+    const mirabo::ShownChildren children = mirabo::shownChildren(item->getParentNode(), context);
+    int row = item->childIndexValue();
+    if (row < 0 || row >= children.count() || children[row] != item->getNode())
+        for (row = 0; row < children.count() && children[row] != item->getNode();)
+            ++row;
+    return row + children.first;
 }
 
 /// Rows of all levels from the top to an item: sorts like the rows do from top to bottom.
@@ -55,6 +63,7 @@ void registerArgumentTypes()
     qRegisterMetaType<SoNode*>("SoNode*");
     qRegisterMetaType<SoTreeViewItem*>("SoTreeViewItem*");
     qRegisterMetaType<const SoPath*>("const SoPath*");
+    qRegisterMetaType<MrbCommand*>("MrbCommand*");
 }
 
 } // namespace
@@ -87,7 +96,7 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     viewport()->setAcceptDrops(true);
     setDragDropMode(DropOnly); // drags are started by hand
     setContextMenuPolicy(Qt::CustomContextMenu);
-    setPreferences();
+    initPreferences();
 
     connect(this, &QTreeWidget::currentItemChanged, this, &SoMiraboTreeView::selectChange);
     connect(this, &QTreeWidget::itemClicked, this, &SoMiraboTreeView::onItemClicked);
@@ -129,7 +138,7 @@ void SoMiraboTreeView::applyLook()
         setStyleSheet(sheet);
 }
 
-void SoMiraboTreeView::setPreferences()
+void SoMiraboTreeView::initPreferences()
 {
     mirabo::StyleTable styles = mirabo::defaultTreeStyles();
     mirabo::readStyles(mirabo::kTreeGroup, styles);
@@ -140,7 +149,14 @@ void SoMiraboTreeView::setPreferences()
     m_context.realVrmlCounter = mirabo::readRealVrmlCounter();
     setColumnHidden(SoTreeViewItem::Name, !styles["Node/Part Name"].show);
     setColumnHidden(SoTreeViewItem::ReferenceCount, !styles["Reference Count"].show);
+}
+
+void SoMiraboTreeView::setPreferences()
+{
+    initPreferences();
     scheduleDelayedItemsLayout();
+    viewport()->update();
+    resizeAllColumns();
 }
 
 SoTreeViewItem* SoMiraboTreeView::rootItem() const
@@ -152,6 +168,14 @@ void SoMiraboTreeView::rowsAboutToChange()
 {
     // With a layout pending the view does nothing of its own for each row.
     scheduleDelayedItemsLayout();
+    graphChanged();
+}
+
+void SoMiraboTreeView::graphChanged()
+{
+    m_lookPending = true;
+    if (++m_context.changes == 0)
+        m_context.changes = 1;
 }
 
 void SoMiraboTreeView::clearRows()
@@ -160,6 +184,7 @@ void SoMiraboTreeView::clearRows()
     while (topLevelItemCount() > 0)
         mirabo::destroyRows(asItem(takeTopLevelItem(0)));
     m_context.index.endDiscard();
+    m_context.disabled.clear();
     m_markedNode = nullptr;
 }
 
@@ -240,6 +265,7 @@ void SoMiraboTreeView::choose(SoTreeViewItem* item)
     }
     requestHighlight(item);
     announceReferences();
+    Q_EMIT ignoreEnableChanged(canIgnoreOrEnable());
     if (item)
         Q_EMIT itemChosen(item, m_shiftPressed);
 }
@@ -256,7 +282,9 @@ void SoMiraboTreeView::requestHighlight(SoTreeViewItem* item)
 {
     if (!m_context.autoHighlight)
         return;
-    if (!item || (item->isFromField() && !item->isNamedPart())) {
+    m_topology->setHighlighting(true);
+    const auto over = qScopeGuard([this] { m_topology->setHighlighting(false); });
+    if (!item || item->isDisabledNode() || (item->isFromField() && !item->isNamedPart())) {
         Q_EMIT highlightRequested(nullptr);
         return;
     }
@@ -284,13 +312,41 @@ bool SoMiraboTreeView::isUserBusy() const
            || qobject_cast<QLineEdit*>(QApplication::focusWidget());
 }
 
+/// At most one row a pass, for the last change, and none under the user's hands.
+void SoMiraboTreeView::showWhatChanged()
+{
+    SoTreeViewItem* changed = m_topology->takeChangedItem();
+    SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
+    if (changed)
+        item = changed;
+    if (!item || item == currentItem() || isUserBusy())
+        return;
+    m_currentMoved = false;
+    showItem(item);
+}
+
+/// Disabled nodes whose last grey row went with what was around it.
+void SoMiraboTreeView::forgetDisabledNodes()
+{
+    std::vector<mirabo::SavedLinks> gone; // nodes may die, and that may come back to us
+    for (auto at = m_context.disabled.begin(); at != m_context.disabled.end();) {
+        const std::vector<SoTreeViewItem*> items = itemsOf(at->first);
+        const bool isKept = std::any_of(items.begin(), items.end(),
+                                        [](const auto* item) { return item->isDisabledNode(); });
+        if (isKept) {
+            ++at;
+            continue;
+        }
+        gone.push_back(std::move(at->second));
+        at = m_context.disabled.erase(at);
+    }
+}
+
 void SoMiraboTreeView::catchUp()
 {
-    SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
-    if (item && item != currentItem() && !isUserBusy()) {
-        m_currentMoved = false;
-        showItem(item);
-    }
+    forgetDisabledNodes();
+    m_topology->fetchInlines();
+    showWhatChanged();
     if (std::exchange(m_currentMoved, false)) {
         SoTreeViewItem* current = asItem(currentItem());
         if (!current || verify(current))
@@ -298,9 +354,42 @@ void SoMiraboTreeView::catchUp()
     }
     if (std::exchange(m_fitPending, false))
         fitColumns();
+    if (m_menu->isVisible() && !m_context.menuRow)
+        m_menu->close();
+    if (!std::exchange(m_lookPending, false))
+        return;
     for (SoTreeViewItem* marked : itemsOf(m_markedNode))
         marked->updateReferenceMark(true);
     viewport()->update();
+}
+
+bool SoMiraboTreeView::canAddNodes() const
+{
+    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::addNodeRequested));
+}
+
+bool SoMiraboTreeView::canSaveSubGraphs() const
+{
+    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::saveSubGraphRequested));
+}
+
+bool SoMiraboTreeView::canIgnoreOrEnable() const
+{
+    const SoTreeViewItem* item = asItem(currentItem());
+    return item
+           && (item->isDirectlyFromField() || item->isDisabledNode() || mirabo::mayDisable(item));
+}
+
+void SoMiraboTreeView::ignoreEnable()
+{
+    SoTreeViewItem* item = asItem(currentItem());
+    if (!item || !canIgnoreOrEnable() || !verify(item))
+        return;
+    if (item->isDirectlyFromField())
+        Q_EMIT commandReady(new SoTreeIgnoreFieldCommand(item->getSourceField()));
+    else
+        Q_EMIT commandReady(
+            new SoTreeDisableNodeCommand(this, item->getNode(), !item->isDisabledNode()));
 }
 
 void SoMiraboTreeView::resizeAllColumns()
@@ -380,7 +469,7 @@ void SoMiraboTreeView::hideReferences()
 void SoMiraboTreeView::announceReferences()
 {
     const bool shared = itemsOf(getCurrentNode()).size() > 1;
-    Q_EMIT currentReferencesChanged(shared, m_context.index.contains(m_markedNode));
+    Q_EMIT currentReferencesChanged(shared, hasMarkedReferences());
 }
 
 /// From occurrence to occurrence of the marked node, else of the current one, around the end.

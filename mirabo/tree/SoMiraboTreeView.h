@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+class MrbCommand;
 class QMenu;
 class QUrl;
 class SoField;
@@ -68,6 +69,7 @@ public:
 
     /// Marks all occurrences of the item's node (null: none), if there are several.
     void showReferences(SoTreeViewItem* item);
+    bool hasMarkedReferences() const { return m_context.index.contains(m_markedNode); }
 
     /// Menus that extensions offer for a node type, appended to the context menu.
     void setContextMenuExtension(std::function<QList<QMenu*>(SoType)> extension);
@@ -99,14 +101,27 @@ public:
 
     /// For the patcher: rows come or go; the layout is made once, later.
     void rowsAboutToChange();
+    /// For the topology manager: texts and icons may have changed with the graph.
+    void graphChanged();
     /// For the topology manager: what was put off until the changes of this pass are over.
     void catchUp();
+
+    /// Whether anybody would do what the context menu offers to ask for.
+    bool canAddNodes() const;
+    bool canSaveSubGraphs() const;
+    /// Whether ignoreEnable() has something to do for the current row.
+    bool canIgnoreOrEnable() const;
 
 public Q_SLOTS:
     /// Shows the graph below `root`; null empties the tree.
     void setSceneGraph(SoNode* root);
     /// Reads fonts and counters from the preferences again.
     void setPreferences();
+    /// Reads them for the first time.
+    void initPreferences();
+    /// Turns the ignore flag of the field around that holds the current row's node. For other rows,
+    /// takes the node out of the graph, its rows staying grey, or puts it back.
+    void ignoreEnable();
     void selectChange(QTreeWidgetItem* item, QTreeWidgetItem* previous);
     void onItemClicked(QTreeWidgetItem* item, int column);
     void onCustomContextMenu(const QPoint& point);
@@ -122,6 +137,10 @@ Q_SIGNALS:
     void highlightRequested(const SoPath* path);
     /// Whether the current node occurs several times, and whether occurrences are marked.
     void currentReferencesChanged(bool canShow, bool shown);
+    /// An edit to be executed and kept for undo; the receiver owns it.
+    void commandReady(MrbCommand* command);
+    /// Whether ignoreEnable() has something to do.
+    void ignoreEnableChanged(bool possible);
     void deleteRequested();
     void addNodeRequested();
     void saveSubGraphRequested();
@@ -154,6 +173,9 @@ private:
     void choose(SoTreeViewItem* item);
     void requestHighlight(SoTreeViewItem* item);
     void announceReferences();
+    void showWhatChanged();
+    void forgetDisabledNodes();
+    void reportCheck();
     void stepReference(int direction);
     bool mayExpand(SoTreeViewItem* top);
     void expandRows(SoTreeViewItem* top);
@@ -173,6 +195,7 @@ private:
     int m_patchDepth = 0;
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;
+    bool m_lookPending = false;
     bool m_shiftPressed = false;
     bool m_pressChose = false; ///< the press being handled has told the panels already
     bool m_spaceHeld = false;

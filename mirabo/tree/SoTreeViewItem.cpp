@@ -4,6 +4,7 @@
 #include "mirabo/tree/TreeContext.h"
 
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/nodekits/SoBaseKit.h>
 
 #include <QBrush>
 #include <QTreeWidget>
@@ -18,13 +19,13 @@ QString toQString(SbName name)
 }
 
 /// The kit against which a row below `parent` names itself, or null.
-SoNode* kitFor(const SoTreeViewItem* parent)
+SoBaseKit* kitFor(const SoTreeViewItem* parent)
 {
     if (!parent)
         return nullptr;
     if (mirabo::traitsOf(parent->getNode()->getTypeId()).isKit)
-        return parent->getNode();
-    return parent->getPartKit();
+        return static_cast<SoBaseKit*>(parent->getNode());
+    return static_cast<SoBaseKit*>(parent->getPartKit());
 }
 
 int countHolders(const SoNode* node)
@@ -48,12 +49,13 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
       m_childrenNumbered(false),
       m_fromField(source || (parent && parent->m_fromField)),
       m_disabled(false),
+      m_hasDisabledChildren(false),
       m_bookmarked(false),
       m_fresh(true),
       m_shown(true),
       m_referenceMark(false)
 {
-    if (SoNode* kit = kitFor(parent)) {
+    if (SoBaseKit* kit = kitFor(parent)) {
         m_partInfo = std::make_unique<PartInfo>();
         m_partInfo->kit = kit;
     }
@@ -63,10 +65,9 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
 SoTreeViewItem::~SoTreeViewItem()
 {
     m_disabled = true;
-    if (m_context->pressed == this)
-        m_context->pressed = nullptr;
-    if (m_context->toShow == this)
-        m_context->toShow = nullptr;
+    for (SoTreeViewItem** kept : m_context->remembered())
+        if (*kept == this)
+            *kept = nullptr;
     m_context->index.remove(this);
 }
 
@@ -74,6 +75,41 @@ SoNode* SoTreeViewItem::getParentNode() const
 {
     const SoTreeViewItem* above = parentItem();
     return above ? above->m_node : nullptr;
+}
+
+const PartInfo& SoTreeViewItem::partInfo() const
+{
+    static const PartInfo kNone;
+    if (!m_partInfo)
+        return kNone;
+    PartInfo& info = *m_partInfo;
+    if (info.asOf == m_context->changes)
+        return info;
+    info.asOf = m_context->changes;
+    info.partName = SbName(info.kit->getPartString(m_node).getString());
+    info.partKind = PartInfo::NotAPart;
+    info.partNumber = -1;
+    if (info.isNamedPart()) {
+        info.partKind = info.partName == "topSeparator" ? PartInfo::TopSeparator : PartInfo::Part;
+        info.partNumber = info.kit->getNodekitCatalog()->getPartNumber(info.partName);
+    }
+    return info;
+}
+
+SbName SoTreeViewItem::getPartParentName() const
+{
+    return isNamedPart() ? m_partInfo->kit->getNodekitCatalog()->getParentName(getPartNumber())
+                         : SbName::empty();
+}
+
+bool SoTreeViewItem::isPublicPart() const
+{
+    return isNamedPart() && m_partInfo->kit->getNodekitCatalog()->isPublic(getPartNumber());
+}
+
+SoNode* SoTreeViewItem::getPartKit() const
+{
+    return m_partInfo ? m_partInfo->kit : nullptr;
 }
 
 void SoTreeViewItem::setDisabledNode(bool on)
@@ -140,7 +176,7 @@ QVariant SoTreeViewItem::text(int column) const
     case Type:
         return toQString(m_node->getTypeId().getName());
     case Name:
-        return toQString(isNamedPart() ? m_partInfo->partName : m_node->getName());
+        return toQString(isNamedPart() ? getPartName() : m_node->getName());
     case ReferenceCount:
         return QString::number(shownReferenceCount());
     default:

@@ -2,11 +2,13 @@
 
 #include <kalmyr/base/SbName.h>
 
+#include <QMetaType>
 #include <QTreeWidgetItem>
 
 #include <cstdint>
 #include <memory>
 
+class SoBaseKit;
 class SoField;
 class SoNode;
 
@@ -19,10 +21,11 @@ struct TreeContext;
 struct PartInfo {
     enum Kind : std::int32_t { NotAPart = 0, Part = 1, TopSeparator = 2 };
 
-    SoNode* kit = nullptr; ///< Not owned; an ancestor in the tree.
-    SbName partName;       ///< empty when the kit does not know the node
+    SoBaseKit* kit = nullptr; ///< Not owned; an ancestor in the tree.
+    SbName partName;          ///< empty when the kit does not know the node
     Kind partKind = NotAPart;
-    std::int32_t partNumber = -1; ///< in the kit's catalogue
+    std::int32_t partNumber = -1; ///< in the kit's catalogue; -1 also for parts of parts
+    std::uint32_t asOf = 0;       ///< change of the tree after which it was looked up; 0: never
     bool isNamedPart() const { return !partName.isEmpty(); }
 };
 
@@ -52,18 +55,27 @@ public:
     SoTreeViewItem* childItem(int n) const { return static_cast<SoTreeViewItem*>(child(n)); }
 
     bool isPart() const { return m_partInfo != nullptr; }
-    bool isNamedPart() const { return m_partInfo && m_partInfo->isNamedPart(); }
-    int getPartNumber() const { return isNamedPart() ? m_partInfo->partNumber : -1; }
-    SbName getPartName() const { return isNamedPart() ? m_partInfo->partName : SbName::empty(); }
+    /// The name that the kit has for the node now: entries of lists change theirs.
+    bool isNamedPart() const { return partInfo().isNamedPart(); }
+    int getPartNumber() const { return partInfo().partNumber; }
+    SbName getPartName() const { return partInfo().partName; }
+    PartInfo::Kind getPartKind() const { return partInfo().partKind; }
+    /// Name of the part that it hangs below; empty for what is no part.
+    SbName getPartParentName() const;
+    bool isPublicPart() const;
     /// The kit that the part belongs to, or null.
-    SoNode* getPartKit() const { return m_partInfo ? m_partInfo->kit : nullptr; }
+    SoNode* getPartKit() const;
 
     /// Reached by a field, or below a row that is.
     bool isFromField() const { return m_fromField; }
     bool isDirectlyFromField() const { return m_sourceField != nullptr; }
+    /// The node was taken out of the graph; its row stays, grey and with nothing below it.
     bool isDisabledNode() const { return m_disabled; }
-    /// A disabled row is not shown, an enabled one is.
+    /// A disabled row has no number among its siblings, an enabled one has.
     void setDisabledNode(bool on);
+    /// Whether rows of disabled nodes stand directly below.
+    bool hasDisabledChildren() const { return m_hasDisabledChildren; }
+    void setHasDisabledChildren(bool on) { m_hasDisabledChildren = on; }
     bool isBookmarked() const { return m_bookmarked; }
     void setBookmarked(bool on) { m_bookmarked = on; }
     bool isFresh() const { return m_fresh; }
@@ -92,6 +104,7 @@ public:
 private:
     friend class mirabo::NodeIndex;
 
+    const PartInfo& partInfo() const;
     QVariant text(int column) const;
     QVariant decoration(int column) const;
     QVariant foreground(int column) const;
@@ -108,8 +121,11 @@ private:
     mutable bool m_childrenNumbered : 1;
     bool m_fromField : 1;
     bool m_disabled : 1;
+    bool m_hasDisabledChildren : 1;
     bool m_bookmarked : 1;
     bool m_fresh : 1;
     bool m_shown : 1;
     bool m_referenceMark : 1;
 };
+
+Q_DECLARE_METATYPE(SoTreeViewItem*)

@@ -55,28 +55,49 @@ private:
 
     void checkBelow(const SoTreeViewItem* item)
     {
-        const std::vector<PlacedNode> places = m_builder.placesBelow(item->getNode());
-        if (static_cast<int>(places.size()) != item->childCount()) {
-            m_fault = QString("%1: %2 rows for %3 nodes")
-                          .arg(describe(item))
-                          .arg(item->childCount())
-                          .arg(places.size());
-            return;
-        }
+        const std::vector<PlacedNode> places = placesBelow(item);
+        std::size_t place = 0;
         int number = 0;
         for (int i = 0; i < item->childCount(); ++i) {
             const SoTreeViewItem* child = item->childItem(i);
-            const PlacedNode& place = places[static_cast<std::size_t>(i)];
-            const bool fromField = place.field || item->isFromField();
-            const int expected = child->isShown() ? number++ : -1;
-            if (child->getNode() != place.node || child->getSourceField() != place.field)
-                fail(item, i, "another node");
-            else if (child->isFromField() != fromField)
-                fail(item, i, "wrong field flag");
-            else if (child->data(0, Qt::UserRole).toInt() != expected)
-                fail(item, i, "wrong number");
             m_open.push_back(child);
+            if (child->data(0, Qt::UserRole).toInt() != (child->isShown() ? number++ : -1))
+                fail(item, i, "wrong number");
+            if (child->isDisabledNode())
+                checkDisabled(item, i);
+            else if (place < places.size())
+                checkPlace(item, i, places[place++]);
+            else
+                fail(item, i, "one row too many");
         }
+        if (place != places.size())
+            fail(item, item->childCount(), "a node has no row");
+    }
+
+    std::vector<PlacedNode> placesBelow(const SoTreeViewItem* item)
+    {
+        return item->isDisabledNode() ? std::vector<PlacedNode>()
+                                      : m_builder.placesBelow(item->getNode());
+    }
+
+    void checkPlace(const SoTreeViewItem* item, int row, const PlacedNode& place)
+    {
+        const SoTreeViewItem* child = item->childItem(row);
+        if (child->getNode() != place.node || child->getSourceField() != place.field)
+            fail(item, row, "another node");
+        else if (child->isFromField() != (place.field || item->isFromField()))
+            fail(item, row, "wrong field flag");
+    }
+
+    void checkDisabled(const SoTreeViewItem* item, int row)
+    {
+        const SoTreeViewItem* child = item->childItem(row);
+        if (!item->hasDisabledChildren())
+            fail(item, row, "a disabled row that its parent does not know of");
+        if (child->childCount() > 0)
+            fail(item, row, "something below a disabled row");
+        if (m_view.context().disabled.count(child->getNode()) == 0)
+            fail(item, row, "a disabled row whose node nobody keeps");
     }
 
     void checkIndex()

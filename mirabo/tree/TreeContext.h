@@ -2,12 +2,31 @@
 
 #include "mirabo/tree/NodeIndex.h"
 
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+
 #include <QFont>
 
-class SoNode;
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
 class SoTreeViewItem;
 
 namespace mirabo {
+
+/// A place in a child list from which a node was taken.
+struct ParentLink {
+    SoRef<SoNode> parent;
+    int index;
+};
+
+/// A disabled node and where it belongs; the places in rising order for each parent.
+struct SavedLinks {
+    SoRef<SoNode> node;
+    std::vector<ParentLink> links;
+};
 
 /// What the rows of one tree share. Outlives all of them.
 struct TreeContext {
@@ -27,6 +46,14 @@ struct TreeContext {
     /// Rows that somebody remembers; set to null when the row goes.
     SoTreeViewItem* pressed = nullptr;
     SoTreeViewItem* toShow = nullptr;
+    SoTreeViewItem* menuRow = nullptr; ///< the one that the open context menu is about
+    std::array<SoTreeViewItem**, 3> remembered() { return {&pressed, &toShow, &menuRow}; }
+
+    /// Counts what may give parts of kits other names; never 0.
+    std::uint32_t changes = 1;
+
+    /// Nodes that are out of the graph but still have rows.
+    std::unordered_map<const SoNode*, SavedLinks> disabled;
 
     /// The launch flags and preferences above, read now.
     void readEnvironment();

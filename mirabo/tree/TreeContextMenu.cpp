@@ -2,6 +2,7 @@
 
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -10,40 +11,65 @@ TreeContextMenu::TreeContextMenu(SoMiraboTreeView* view) : QMenu(view), m_view(v
     addFixedEntries();
 }
 
-void TreeContextMenu::addFixedEntries()
+QAction* TreeContextMenu::add(const char* text, const char* icon, std::function<void()> function)
 {
-    addAction("Expand All", m_view, &SoMiraboTreeView::expandAllRequested);
-    addAction("Add to Node Overview", m_view, &SoMiraboTreeView::overviewRequested);
-    // Editing and saving of subgraphs are requests that nobody answers yet.
-    addAction("Add Node", m_view, &SoMiraboTreeView::addNodeRequested)->setEnabled(false);
-    addAction(mirabo::namedIcon("filesave"), "&Save scene graph", m_view,
-              &SoMiraboTreeView::saveSubGraphRequested)
-        ->setEnabled(false);
-    addAction(mirabo::namedIcon("editdelete"), "&Delete", m_view,
-              &SoMiraboTreeView::deleteRequested)
-        ->setEnabled(false);
-    m_referenceEntries = {
-        addSeparator(),
-        addAction("Show &All References", m_view, [this] { m_view->showReferencesOfCurrent(); }),
-        addAction("&Hide All References", m_view, [this] { m_view->hideReferences(); }),
-        addSeparator(),
-        addAction("Ne&xt Reference", m_view, [this] { m_view->nextReference(); }),
-        addAction("Pre&vious Reference", m_view, [this] { m_view->previousReference(); }),
-    };
+    QAction* action = addAction(mirabo::namedIcon(icon), QString::fromLatin1(text));
+    connect(action, &QAction::triggered, this, [this, function = std::move(function)] {
+        // The row may have died, or the current row moved on, since the menu was opened.
+        SoTreeViewItem* row = m_view->context().menuRow;
+        if (!row)
+            return;
+        m_view->setCurrentItem(row);
+        function();
+    });
+    return action;
 }
 
-void TreeContextMenu::prepare(SoType type)
+void TreeContextMenu::addFixedEntries()
 {
-    const SoNode* node = m_view->getCurrentNode();
-    const bool shared = node && m_view->itemsOf(node).size() > 1;
-    for (QAction* action : qAsConst(m_referenceEntries))
-        action->setVisible(shared);
-    for (QAction* action : qAsConst(m_extensionEntries)) {
+    add("Expand All", "", [this] { Q_EMIT m_view->expandAllRequested(); });
+    add("Add to Node Overview", "", [this] { Q_EMIT m_view->overviewRequested(); });
+    m_addNode = add("Add Node", "", [this] { Q_EMIT m_view->addNodeRequested(); });
+    m_save =
+        add("&Save scene graph", "filesave", [this] { Q_EMIT m_view->saveSubGraphRequested(); });
+    m_firstSeparator = addSeparator();
+    m_ignore = add("Set &Ignored/Enable", "", [this] { m_view->ignoreEnable(); });
+    m_secondSeparator = addSeparator();
+    m_showReferences =
+        add("Show &All References", "", [this] { m_view->showReferencesOfCurrent(); });
+    m_hideReferences = add("&Hide All References", "", [this] { m_view->hideReferences(); });
+    m_steps = {add("Ne&xt Reference", "", [this] { m_view->nextReference(); }),
+               add("Pre&vious Reference", "", [this] { m_view->previousReference(); })};
+}
+
+void TreeContextMenu::removeExtensionEntries()
+{
+    for (const QPointer<QAction>& action : qAsConst(m_extensionEntries)) {
+        if (!action)
+            continue; // the extension deleted its menu
         removeAction(action);
         if (action->isSeparator())
             delete action; // menus keep their own actions
     }
     m_extensionEntries.clear();
+}
+
+void TreeContextMenu::prepare(SoType type)
+{
+    const bool isShared = m_view->itemsOf(m_view->getCurrentNode()).size() > 1;
+    const bool isMarked = m_view->hasMarkedReferences();
+    const bool canIgnore = m_view->canIgnoreOrEnable();
+    m_addNode->setEnabled(m_view->canAddNodes());
+    m_save->setEnabled(m_view->canSaveSubGraphs());
+    m_ignore->setVisible(canIgnore);
+    m_firstSeparator->setVisible(canIgnore);
+    m_secondSeparator->setVisible(isShared || isMarked);
+    m_showReferences->setVisible(isShared);
+    m_hideReferences->setVisible(isMarked);
+    for (QAction* action : qAsConst(m_steps))
+        action->setVisible(isShared || isMarked);
+
+    removeExtensionEntries();
     const QList<QMenu*> menus = m_extension && !type.isBad() ? m_extension(type) : QList<QMenu*>();
     if (menus.isEmpty())
         return;

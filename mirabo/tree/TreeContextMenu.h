@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QMenu>
+#include <QPointer>
 
 #include <functional>
 
@@ -9,7 +10,7 @@ class SoMiraboTreeView;
 class SoType;
 
 /// The context menu of the scene tree: fixed entries, then what extensions offer for the type of
-/// the node that was clicked.
+/// the node that was clicked. Its entries do nothing once the row is gone that it was opened for.
 class TreeContextMenu final : public QMenu {
     Q_OBJECT
 
@@ -26,10 +27,19 @@ public:
     QAction* entry(const QString& text) const;
 
 private:
+    QAction* add(const char* text, const char* icon, std::function<void()> function);
     void addFixedEntries();
+    void removeExtensionEntries();
 
     SoMiraboTreeView* m_view; // Not owned; owns us.
     std::function<QList<QMenu*>(SoType)> m_extension;
-    QList<QAction*> m_referenceEntries; ///< with their separator
-    QList<QAction*> m_extensionEntries; ///< of the last request
+    QAction* m_addNode = nullptr;
+    QAction* m_save = nullptr;
+    QAction* m_ignore = nullptr;
+    QAction* m_showReferences = nullptr;
+    QAction* m_hideReferences = nullptr;
+    QList<QAction*> m_steps; ///< from reference to reference
+    QAction* m_firstSeparator = nullptr;
+    QAction* m_secondSeparator = nullptr;
+    QList<QPointer<QAction>> m_extensionEntries; ///< of the last request
 };

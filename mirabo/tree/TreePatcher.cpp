@@ -210,8 +210,63 @@ bool TreePatcher::syncRows(SoTreeViewItem* item, int begin, int end,
     return true;
 }
 
+/// Whether the rows that are not disabled are those of the children.
+bool TreePatcher::isInLine(const SoTreeViewItem* item) const
+{
+    const ShownChildren children = shownChildren(item->getNode(), m_context);
+    int entry = 0;
+    for (int row = 0, rows = childRowCount(item); row < rows; ++row) {
+        const SoTreeViewItem* child = item->childItem(row);
+        if (child->isDisabledNode())
+            continue;
+        if (entry >= children.count() || children[entry] != child->getNode())
+            return false;
+        ++entry;
+    }
+    return entry == children.count();
+}
+
+/// Takes the rows of disabled nodes aside and puts them back behind the rows that they followed.
+bool TreePatcher::syncAroundDisabled(SoTreeViewItem* item)
+{
+    if (isInLine(item))
+        return false;
+    struct Aside {
+        QTreeWidgetItem* row;
+        QTreeWidgetItem* before; ///< only compared
+    };
+    const QTreeWidgetItem* current = m_view.currentItem();
+    std::vector<Aside> aside;
+    QTreeWidgetItem* before = nullptr;
+    for (int row = 0; row < childRowCount(item);) {
+        if (!item->childItem(row)->isDisabledNode()) {
+            before = item->child(row++);
+            continue;
+        }
+        m_view.rowsAboutToChange();
+        aside.push_back({item->takeChild(row), before});
+    }
+    item->setHasDisabledChildren(false);
+    syncChildren(item);
+    std::unordered_map<const QTreeWidgetItem*, int> rows;
+    for (int row = 0; row < childRowCount(item); ++row)
+        rows.emplace(item->child(row), row);
+    // From behind, so that the rows found stay right; what lost its place goes to the front.
+    for (auto at = aside.rbegin(); at != aside.rend(); ++at) {
+        const auto found = rows.find(at->before);
+        item->insertChild(found == rows.end() ? 0 : found->second + 1, at->row);
+        if (at->row == current)
+            m_view.setCurrentItem(at->row);
+    }
+    item->setHasDisabledChildren(!aside.empty());
+    item->childrenChanged();
+    return true;
+}
+
 bool TreePatcher::childInserted(SoTreeViewItem* item, const SoNode* child, int index)
 {
+    if (item->hasDisabledChildren())
+        return syncAroundDisabled(item);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
     const int row = index - children.first;
     const int rows = childRowCount(item);
@@ -227,6 +282,8 @@ bool TreePatcher::childInserted(SoTreeViewItem* item, const SoNode* child, int i
 
 bool TreePatcher::childRemoved(SoTreeViewItem* item, const SoNode* child, int index)
 {
+    if (item->hasDisabledChildren())
+        return syncAroundDisabled(item);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
     const int row = index - children.first;
     const int rows = childRowCount(item);
@@ -242,6 +299,8 @@ bool TreePatcher::childRemoved(SoTreeViewItem* item, const SoNode* child, int in
 
 bool TreePatcher::childReplaced(SoTreeViewItem* item, const SoNode* child, int index)
 {
+    if (item->hasDisabledChildren())
+        return syncAroundDisabled(item);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
     const int row = index - children.first;
     const int rows = childRowCount(item);
@@ -258,6 +317,8 @@ bool TreePatcher::childReplaced(SoTreeViewItem* item, const SoNode* child, int i
 
 bool TreePatcher::syncChildren(SoTreeViewItem* item)
 {
+    if (item->hasDisabledChildren())
+        return syncAroundDisabled(item);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
     std::vector<PlacedNode> wanted(static_cast<std::size_t>(children.count()));
     for (int i = 0; i < children.count(); ++i)
@@ -287,6 +348,8 @@ bool TreePatcher::syncTree()
     while (!open.empty()) {
         SoTreeViewItem* item = open.back();
         open.pop_back();
+        if (item->isDisabledNode())
+            continue;
         changed = sync(item) || changed;
         for (int i = 0; i < item->childCount(); ++i)
             open.push_back(item->childItem(i));

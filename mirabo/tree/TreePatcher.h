@@ -32,6 +32,8 @@ public:
     bool syncTree();
 
 private:
+    bool isInLine(const SoTreeViewItem* item) const;
+    bool syncAroundDisabled(SoTreeViewItem* item);
     bool syncRows(SoTreeViewItem* item, int begin, int end, const std::vector<PlacedNode>& wanted);
     void insertRow(SoTreeViewItem* item, int row, const PlacedNode& place);
     void insertRows(SoTreeViewItem* item, int row, const PlacedNode* first, int count);
@@ -44,7 +46,8 @@ private:
     TreeBuilder m_builder;
 };
 
-/// Number of rows below `item` that stand for children; those for nodes of fields come after them.
+/// Number of rows below `item` that stand for children, disabled ones included; those for nodes of
+/// fields come after them.
 int childRowCount(const SoTreeViewItem* item);
 
 } // namespace mirabo

@@ -4,9 +4,11 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeCheck.h"
 #include "mirabo/tree/TreeContextMenu.h"
 #include "mirabo/tree/TreePatcher.h"
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QApplication>
@@ -59,6 +61,8 @@ int countRows(const QTreeWidgetItem* top, int limit)
 bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
     const SoNode* parent = item->getParentNode();
+    if (item->isDisabledNode())
+        return true; // kept alive by the tree
     if (item->isDirectlyFromField()) {
         std::vector<mirabo::PlacedNode> places;
         mirabo::FieldNodes().collect(parent, places);
@@ -74,7 +78,28 @@ bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& contex
                   != children.nodes->end();
 }
 
+/// Ctrl+Alt+Shift+T, in debug builds only.
+bool isCheckShortcut(const QKeyEvent* event)
+{
+#ifdef NDEBUG
+    Q_UNUSED(event)
+    return false;
+#else
+    return event->key() == Qt::Key_T
+           && event->modifiers() == (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
+#endif
+}
+
 } // namespace
+
+/// Tells on the error channel whether the rows are what the graph is.
+void SoMiraboTreeView::reportCheck()
+{
+    const QString fault = mirabo::checkTree(*this);
+    const QByteArray text =
+        (fault.isEmpty() ? QString("the tree agrees with the graph") : fault).toUtf8();
+    SoDebugError::postInfo("SoMiraboTreeView", "%s", text.constData());
+}
 
 void SoMiraboTreeView::changeEvent(QEvent* event)
 {
@@ -149,6 +174,10 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
 
 void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 {
+    if (isCheckShortcut(event)) {
+        reportCheck();
+        return;
+    }
     switch (event->key()) {
     case Qt::Key_Space:
         m_spaceHeld = true;
@@ -251,7 +280,8 @@ void SoMiraboTreeView::dropEvent(QDropEvent* event)
     SoTreeViewItem* target = asItem(itemAt(event->pos()));
     m_context.pressed = nullptr;
     event->accept();
-    if (!dragged || !target || dragged == target)
+    if (!dragged || !target || dragged == target || dragged->isDisabledNode()
+        || target->isDisabledNode())
         return;
     // Nothing can be moved below itself, by whatever way the target is reached.
     if (target->getNode()->isAtOrBelow(dragged->getNode()))
@@ -267,6 +297,7 @@ void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
     if (!item || !verify(item))
         return;
     setCurrentItem(item);
+    m_context.menuRow = item;
     m_menu->prepare(item->getNode()->getTypeId());
     m_menu->popup(viewport()->mapToGlobal(point));
 }

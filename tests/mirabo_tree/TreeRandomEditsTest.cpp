@@ -58,12 +58,12 @@ public:
             shuffle(group);
             break;
         case 11:
-            if (SoNode* node = pick(holder))
-                holder->one = below(3) ? node : nullptr;
+            if (const SoRef<SoNode> node = pick(holder))
+                holder->one = below(3) ? node.get() : nullptr;
             break;
         case 12:
-            if (SoNode* node = pick(holder))
-                holder->many.insertNode(node, below(holder->many.getNum() + 1));
+            if (const SoRef<SoNode> node = pick(holder))
+                holder->many.insertNode(node.get(), below(holder->many.getNum() + 1));
             break;
         default:
             if (int n = holder->many.getNum())
@@ -80,45 +80,45 @@ private:
     }
 
     /// Any node that `parent` may hold, or null.
-    SoNode* pick(const SoNode* parent)
+    SoRef<SoNode> pick(const SoNode* parent)
     {
-        SoNode* node = nullptr;
+        SoRef<SoNode> node;
         switch (below(6)) {
         case 0:
         case 1:
-            node = m_groups[below(m_groups.size())].get();
+            node = m_groups[below(m_groups.size())];
             break;
         case 2:
-            node = m_holders[below(m_holders.size())].get();
+            node = m_holders[below(m_holders.size())];
             break;
         case 3:
-            node = new SoCube;
+            node.reset(new SoCube);
             break;
         default:
-            node = m_leaves[below(m_leaves.size())].get();
+            node = m_leaves[below(m_leaves.size())];
         }
-        return parent->isAtOrBelow(node) ? nullptr : node;
+        return parent->isAtOrBelow(node.get()) ? nullptr : node;
     }
     void add(SoGroup* group)
     {
         if (group->getNumChildren() > kWidest)
             return;
-        if (SoNode* node = pick(group))
-            group->addChild(node);
+        if (const SoRef<SoNode> node = pick(group))
+            group->addChild(node.get());
     }
     void insert(SoGroup* group)
     {
         if (group->getNumChildren() > kWidest)
             return;
-        if (SoNode* node = pick(group))
-            group->insertChild(node, below(group->getNumChildren() + 1));
+        if (const SoRef<SoNode> node = pick(group))
+            group->insertChild(node.get(), below(group->getNumChildren() + 1));
     }
     void replace(SoGroup* group)
     {
         if (group->getNumChildren() == 0)
             return;
-        if (SoNode* node = pick(group))
-            group->replaceChild(below(group->getNumChildren()), node);
+        if (const SoRef<SoNode> node = pick(group))
+            group->replaceChild(below(group->getNumChildren()), node.get());
     }
     void shuffle(SoGroup* group)
     {

@@ -44,6 +44,10 @@ protected:
         const auto items = view.occurrencesOf(node);
         return items.empty() ? nullptr : items.front();
     }
+    static SoTreeViewItem* asRow(QTreeWidgetItem* item)
+    {
+        return static_cast<SoTreeViewItem*>(item);
+    }
     int rowsOf(const SoNode* node) const { return static_cast<int>(view.itemsOf(node).size()); }
     std::string check() const { return mirabo::checkTree(view).toStdString(); }
     static void pass() { QCoreApplication::processEvents(); }

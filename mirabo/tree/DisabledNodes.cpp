@@ -1,0 +1,163 @@
+#include "mirabo/tree/DisabledNodes.h"
+
+#include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeBuilder.h"
+
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoGroup.h>
+
+#include <algorithm>
+#include <map>
+#include <unordered_set>
+
+namespace mirabo {
+
+namespace {
+
+/// Indices in child lists by the nodes that hold them, in rising order.
+using Places = std::map<SoNode*, std::vector<int>>;
+
+SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node)
+{
+    SavedLinks saved{node, {}};
+    std::unordered_set<const SoNode*> seen;
+    for (const SoTreeViewItem* row : rows) {
+        SoNode* parent = row->getParentNode();
+        if (!seen.insert(parent).second)
+            continue;
+        const std::vector<SoNode*>& children = parent->getChildren()->getNodes();
+        for (std::size_t i = 0; i < children.size(); ++i)
+            if (children[i] == node)
+                saved.links.push_back({parent, static_cast<int>(i)});
+    }
+    return saved;
+}
+
+bool isBelow(const QTreeWidgetItem* item, const QTreeWidgetItem* above)
+{
+    while (item && item != above)
+        item = item->parent();
+    return item;
+}
+
+void grey(SoMiraboTreeView& view, SoTreeViewItem* row)
+{
+    row->setFresh(false);
+    if (isBelow(view.currentItem(), row))
+        view.setCurrentItem(row);
+    view.rowsAboutToChange();
+    // Nobody would tell of changes below: nothing is shown there.
+    for (QTreeWidgetItem* child : row->takeChildren())
+        destroyRows(static_cast<SoTreeViewItem*>(child));
+    row->setDisabledNode(true);
+    row->parentItem()->setHasDisabledChildren(true);
+}
+
+/// Where the node would have to stand in the child list for its grey rows to be in place.
+std::vector<int> placesIn(const SoTreeViewItem* parent, const SoNode* node)
+{
+    std::vector<int> places;
+    int index = 0;
+    for (int i = 0; i < parent->childCount(); ++i) {
+        const SoTreeViewItem* row = parent->childItem(i);
+        if (row->isDirectlyFromField())
+            break;
+        const bool isPlace = row->isDisabledNode() && row->getNode() == node;
+        if (isPlace)
+            places.push_back(index);
+        if (isPlace || !row->isDisabledNode())
+            ++index;
+    }
+    return places;
+}
+
+void dropRow(SoMiraboTreeView& view, SoTreeViewItem* row)
+{
+    SoTreeViewItem* parent = row->parentItem();
+    view.rowsAboutToChange();
+    destroyRows(static_cast<SoTreeViewItem*>(parent->takeChild(parent->indexOfChild(row))));
+    parent->childrenChanged();
+    bool others = false;
+    for (int i = 0; i < parent->childCount() && !others; ++i)
+        others = parent->childItem(i)->isDisabledNode();
+    parent->setHasDisabledChildren(others);
+}
+
+void putBack(const Places& places, SoNode* node)
+{
+    SoDB::writelock();
+    for (const auto& [parent, indices] : places) {
+        if (parent->isAtOrBelow(node))
+            continue;
+        auto* group = static_cast<SoGroup*>(parent);
+        for (const int index : indices)
+            group->insertChild(node, std::min(index, group->getNumChildren()));
+    }
+    SoDB::writeunlock();
+}
+
+} // namespace
+
+bool mayDisable(const SoTreeViewItem* item)
+{
+    const SoNode* parent = item->getParentNode();
+    return parent && !item->isDirectlyFromField() && !item->isNamedPart()
+           && traitsOf(parent->getTypeId()).isGroup;
+}
+
+SavedLinks disableNode(SoMiraboTreeView& view, SoNode* node)
+{
+    std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
+    std::erase_if(
+        rows, [](const SoTreeViewItem* row) { return row->isDisabledNode() || !mayDisable(row); });
+    const SavedLinks saved = linksOf(rows, node);
+    if (saved.links.empty())
+        return saved;
+    {
+        const SoMiraboTreeView::PatchScope scope(view);
+        for (SoTreeViewItem* row : rows)
+            grey(view, row);
+    }
+    view.context().disabled[node] = saved;
+    SoDB::writelock();
+    for (auto link = saved.links.rbegin(); link != saved.links.rend(); ++link)
+        static_cast<SoGroup*>(link->parent.get())->removeChild(link->index);
+    SoDB::writeunlock();
+    for (SoTreeViewItem* row : view.itemsOf(node))
+        row->setFresh(true);
+    view.showLater(nullptr); // the row itself stays the current one
+    return saved;
+}
+
+void enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
+{
+    const SavedLinks kept = saved; // the caller's may be the one that is erased
+    SoNode* node = kept.node.get();
+    Places places;
+    for (const ParentLink& link : kept.links)
+        places[link.parent.get()].push_back(link.index);
+    SoNode* chosenBelow = nullptr;
+    std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
+    std::erase_if(rows, [](const SoTreeViewItem* row) { return !row->isDisabledNode(); });
+    for (const SoTreeViewItem* row : rows) {
+        places[row->getParentNode()] = placesIn(row->parentItem(), node);
+        if (row == view.currentItem())
+            chosenBelow = row->getParentNode();
+    }
+    const SoMiraboTreeView::PatchScope scope(view);
+    for (SoTreeViewItem* row : rows)
+        dropRow(view, row);
+    view.context().disabled.erase(node);
+    putBack(places, node);
+    if (!chosenBelow)
+        return;
+    for (SoTreeViewItem* row : view.itemsOf(node))
+        if (row->getParentNode() == chosenBelow) {
+            view.setCurrentItem(row);
+            return;
+        }
+}
+
+} // namespace mirabo

@@ -1,0 +1,47 @@
+#include "mirabo/tree/TreeIgnoreCommands.h"
+
+#include "mirabo/tree/DisabledNodes.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/io/SoDB.h>
+
+SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoField* field) : m_field(field)
+{
+    SoFieldContainer* container = field->getContainer();
+    if (container && container->isOfType(SoNode::getClassTypeId()))
+        m_container = static_cast<SoNode*>(container);
+}
+
+bool SoTreeIgnoreFieldCommand::execute()
+{
+    if (!m_container)
+        return false;
+    SoDB::writelock();
+    m_field->setIgnored(!m_field->isIgnored());
+    SoDB::writeunlock();
+    return true;
+}
+
+SoTreeDisableNodeCommand::SoTreeDisableNodeCommand(SoMiraboTreeView* view, SoNode* node,
+                                                   bool disable)
+    : m_view(view), m_saved{node, {}}, m_disable(disable)
+{
+    const auto& disabled = view->context().disabled;
+    const auto known = disabled.find(node);
+    if (known != disabled.end())
+        m_saved = known->second;
+}
+
+bool SoTreeDisableNodeCommand::apply(bool disable)
+{
+    if (!m_view)
+        return false;
+    if (disable)
+        m_saved = mirabo::disableNode(*m_view, m_saved.node.get());
+    if (m_saved.links.empty())
+        return false;
+    if (!disable)
+        mirabo::enableNode(*m_view, m_saved);
+    return true;
+}

@@ -1,0 +1,295 @@
+#include "TreeTestScene.h"
+
+#include "mirabo/tree/SoGraphTopologyManager.h"
+#include "mirabo/tree/TreeContextMenu.h"
+
+#include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoMaterial.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/shapes/SoCube.h>
+
+#include <QDropEvent>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+/// A tree with its rows in sight, to be worked with mouse and keys.
+class TreeInteraction : public TreeTest {
+protected:
+    TreeInteraction()
+    {
+        view.topologyManager().recentChanges().setQuietTime(0);
+        group = new SoSeparator;
+        material = new SoMaterial;
+        cube = new SoCube;
+        group->addChild(material);
+        root->addChild(group);
+        root->addChild(cube);
+        view.show();
+        view.expandAll();
+        pass();
+    }
+    QPoint pointOf(const SoTreeViewItem* item) const
+    {
+        return view.visualItemRect(const_cast<SoTreeViewItem*>(item)).center();
+    }
+    void press(const SoNode* node, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::mousePress(view.viewport(), Qt::LeftButton, modifiers, pointOf(row(node)));
+    }
+    void release() { QTest::mouseRelease(view.viewport(), Qt::LeftButton); }
+    /// Drops what was pressed last; whether the tree took it.
+    bool drop(const SoNode* target, const QString& text = "Mirabo/Drop")
+    {
+        QMimeData data;
+        data.setText(text);
+        const QPoint point = pointOf(row(target));
+        QDragEnterEvent enter(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view.viewport(), &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent event(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view.viewport(), &event);
+        return event.isAccepted();
+    }
+
+    SoSeparator* group;
+    SoMaterial* material;
+    SoCube* cube;
+};
+
+} // namespace
+
+TEST_F(TreeInteraction, ChoosesByMouseAndTellsTheShiftKey)
+{
+    QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
+    press(cube);
+    release();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    ASSERT_EQ(chosen.size(), 1);
+    EXPECT_FALSE(chosen[0][1].toBool());
+    press(material, Qt::ShiftModifier);
+    release();
+    ASSERT_EQ(chosen.size(), 2);
+    EXPECT_TRUE(chosen[1][1].toBool());
+}
+
+TEST_F(TreeInteraction, AsksForAMoveWhenARowIsDropped)
+{
+    QSignalSpy moves(&view, &SoMiraboTreeView::moveRequested);
+    press(cube);
+    EXPECT_TRUE(drop(group));
+    ASSERT_EQ(moves.size(), 1);
+    EXPECT_EQ(moves[0][0].value<SoTreeViewItem*>(), row(cube));
+    EXPECT_EQ(moves[0][1].value<SoTreeViewItem*>(), row(group));
+    EXPECT_FALSE(moves[0][2].toBool());
+    drop(group); // nothing is dragged any more
+    EXPECT_EQ(moves.size(), 1);
+
+    press(group);
+    drop(group);
+    press(group);
+    drop(material); // below itself
+    press(cube);
+    EXPECT_FALSE(drop(group, "Mirabo/Drop "));
+    EXPECT_EQ(moves.size(), 1);
+
+    QTest::keyPress(&view, Qt::Key_Space);
+    press(cube);
+    drop(material);
+    QTest::keyRelease(&view, Qt::Key_Space);
+    ASSERT_EQ(moves.size(), 2);
+    EXPECT_TRUE(moves[1][2].toBool());
+    release();
+}
+
+TEST_F(TreeInteraction, DropsNothingThatDiedMeanwhile)
+{
+    QSignalSpy moves(&view, &SoMiraboTreeView::moveRequested);
+    press(cube);
+    root->removeChild(1);
+    EXPECT_TRUE(drop(group));
+    EXPECT_EQ(moves.size(), 0);
+    release();
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeInteraction, AnswersItsKeys)
+{
+    QSignalSpy deletions(&view, &SoMiraboTreeView::deleteRequested);
+    QSignalSpy expansions(&view, &SoMiraboTreeView::expandAllRequested);
+    QSignalSpy help(&view, &SoMiraboTreeView::helpRequested);
+    view.setCurrentItem(row(cube));
+    QTest::keyPress(&view, Qt::Key_Delete);
+    EXPECT_EQ(deletions.size(), 0);
+    QTest::keyRelease(&view, Qt::Key_Delete);
+    EXPECT_EQ(deletions.size(), 1);
+    QTest::keyClick(&view, Qt::Key_Asterisk);
+    EXPECT_EQ(expansions.size(), 1);
+    QTest::keyClick(&view, Qt::Key_F1);
+    ASSERT_EQ(help.size(), 1);
+    EXPECT_TRUE(help[0][0].toUrl().toString().contains("class_so_cube"));
+    QTest::keyClick(&view, Qt::Key_Up);
+    EXPECT_EQ(view.getCurrentNode(), material);
+
+    view.setSceneGraph(nullptr);
+    QTest::keyClick(&view, Qt::Key_Delete);
+    QTest::keyClick(&view, Qt::Key_F1);
+    EXPECT_EQ(deletions.size(), 1);
+}
+
+TEST_F(TreeInteraction, OffersInTheMenuWhatApplies)
+{
+    TreeContextMenu& menu = view.contextMenu();
+    const auto offers = [&menu](const char* text) {
+        const QAction* entry = menu.entry(text);
+        return entry && entry->isVisible() && entry->isEnabled();
+    };
+    auto* extra = new QMenu("Extra", &view);
+    SoType asked;
+    view.setContextMenuExtension([&](SoType type) {
+        asked = type;
+        return type == SoCube::getClassTypeId() && extra ? QList<QMenu*>{extra} : QList<QMenu*>();
+    });
+    view.onCustomContextMenu(pointOf(row(cube)));
+    EXPECT_EQ(asked, SoCube::getClassTypeId());
+    EXPECT_TRUE(offers("Expand All") && offers("Add to Node Overview") && offers("Extra"));
+    EXPECT_TRUE(offers("Set &Ignored/Enable"));
+    EXPECT_FALSE(offers("Ne&xt Reference") || offers("Add Node"));
+    menu.close();
+
+    delete extra;
+    extra = nullptr;
+    root->addChild(cube);
+    pass();
+    QSignalSpy additions(&view, &SoMiraboTreeView::addNodeRequested);
+    view.onCustomContextMenu(pointOf(row(cube)));
+    EXPECT_FALSE(offers("Extra"));
+    EXPECT_TRUE(offers("Ne&xt Reference") && offers("Show &All References"));
+    EXPECT_FALSE(offers("&Hide All References"));
+    EXPECT_TRUE(offers("Add Node"));
+    menu.entry("Add Node")->trigger();
+    EXPECT_EQ(additions.size(), 1);
+    menu.close();
+    view.onCustomContextMenu(pointOf(view.rootItem()));
+    EXPECT_FALSE(offers("Set &Ignored/Enable"));
+    menu.close();
+}
+
+TEST_F(TreeInteraction, DoesNothingFromAMenuWhoseRowDied)
+{
+    QSignalSpy additions(&view, &SoMiraboTreeView::addNodeRequested);
+    view.onCustomContextMenu(pointOf(row(cube)));
+    ASSERT_TRUE(view.contextMenu().isVisible());
+    root->removeChild(1);
+    view.contextMenu().entry("Add Node")->trigger();
+    EXPECT_EQ(additions.size(), 0);
+    pass();
+    EXPECT_FALSE(view.contextMenu().isVisible());
+}
+
+TEST_F(TreeInteraction, ShowsTheLastChangeOfAPass)
+{
+    QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
+    cube->width = 3;
+    material->shininess.set1Value(0, .5f);
+    EXPECT_EQ(view.getCurrentNode(), root.get()); // not inside the change
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    EXPECT_EQ(chosen.size(), 1);
+    material->shininess.set1Value(0, .6f);
+    pass();
+    EXPECT_EQ(chosen.size(), 1); // it is current already
+    cube->touch();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+
+    // Additions leave the user alone, removals show where something went.
+    view.setCurrentItem(row(material));
+    group->addChild(new SoCube);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    group->removeChild(1);
+    group->removeChild(0);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), group);
+}
+
+TEST_F(TreeInteraction, FollowsNoSteadyStreamOfChanges)
+{
+    view.topologyManager().recentChanges().setQuietTime(60000);
+    cube->width = 3; // from the beginning on, too
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), root.get());
+    view.topologyManager().recentChanges().setQuietTime(0);
+    cube->width = 4;
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    view.topologyManager().recentChanges().setQuietTime(60000);
+    view.setCurrentItem(row(material));
+    for (int i = 0; i < 10; ++i) {
+        cube->width = static_cast<float>(i);
+        pass();
+    }
+    EXPECT_EQ(view.getCurrentNode(), material);
+
+    view.topologyManager().recentChanges().setQuietTime(0);
+    auto* camera = new SoPerspectiveCamera;
+    root->addChild(camera);
+    camera->heightAngle = 1; // looking around
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+}
+
+TEST_F(TreeInteraction, StaysPutUnderTheUsersHandsAndItsOwnHighlight)
+{
+    for (int i = 0; i < 100; ++i)
+        root->addChild(new SoCube);
+    pass();
+    SoNode* far = root->getChild(90);
+    press(cube);
+    const int scrolled = view.verticalScrollBar()->value();
+    for (int i = 0; i < 100000; ++i)
+        static_cast<SoCube*>(far)->width = static_cast<float>(i);
+    root->removeChild(101);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    EXPECT_EQ(view.verticalScrollBar()->value(), scrolled);
+    release();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube); // nor afterwards
+
+    view.onCustomContextMenu(pointOf(row(cube)));
+    far->touch();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    view.contextMenu().close();
+
+    QObject::connect(&view, &SoMiraboTreeView::highlightRequested, &view,
+                     [far](const SoPath*) { far->touch(); });
+    view.setCurrentItem(row(material));
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    far->touch();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), far);
+}
+
+TEST_F(TreeInteraction, SurvivesTheDeathOfTheCurrentNode)
+{
+    view.setCurrentItem(row(material));
+    QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
+    root->removeChild(group);
+    EXPECT_EQ(check(), "");
+    view.grab();
+    pass();
+    ASSERT_GE(chosen.size(), 1);
+    EXPECT_NE(view.getCurrentNode(), nullptr);
+    root.reset();
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), nullptr);
+}
