@@ -1,5 +1,6 @@
 #include <kalmyr/core/SoCoreInit.h>
 
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
@@ -10,6 +11,7 @@ void kalmyr::initCore()
     SoPath::initClass();
     SoFieldContainer::initClass();
     SoNode::initClass();
+    SoEngine::initClass();
     SoField::initClass();
     SoSField::initClass();
     SoMField::initClass();

@@ -5,6 +5,8 @@
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoFieldIO.h>
 
+#include "SoFieldExtra.h"
+
 #include <string>
 
 namespace {
@@ -14,12 +16,6 @@ SoType s_singleType;
 SoType s_multipleType;
 
 } // namespace
-
-/// What few fields have: listeners of their own and a connection.
-struct SoField::Extra {
-    SoAuditorList auditors;
-    SoField* master = nullptr; // Not owned; it tells us when it dies.
-};
 
 SoType SoField::getClassTypeId()
 {
@@ -53,10 +49,11 @@ void SoMField::initClass()
 
 SoField::~SoField()
 {
+    if (m_flags & kDeferred)
+        SoNotification::forget(this);
     if (!m_extra)
         return;
-    if (m_extra->master)
-        m_extra->master->removeAuditor(this);
+    letGoOfMaster();
     m_extra->auditors.announceDeath();
     delete m_extra;
 }
@@ -127,12 +124,19 @@ void SoField::resetTo(const SoField& pristine)
     setIgnored(false);
 }
 
+bool SoField::enableNotify(bool on)
+{
+    const bool was = isNotifyEnabled();
+    m_flags = on ? m_flags & ~kQuiet : m_flags | kQuiet;
+    return was;
+}
+
 void SoField::valueChanged(bool clearDefault)
 {
     if (clearDefault)
-        m_flags &= ~kDefault;
-    if (m_flags & kPulling)
-        return; // told when the master changed
+        m_flags &= ~(kDefault | kDirty); // a value that was set stays until the master changes
+    if (m_flags & (kPulling | kQuiet))
+        return; // told when the master changed, or not to be told
     SoNotification notification;
     notifyChange(notification);
 }
@@ -142,13 +146,13 @@ void SoField::notifyChange(SoNotification& notification)
     const bool heard = m_extra && m_extra->auditors.getLength() > 0;
     if (!m_container && !heard)
         return;
+    notification.container = m_container;
+    notification.field = this;
     if (m_container && !m_container->isNotifyEnabled() && !heard) {
         notification.stamp = SoNotification::nextStamp();
         m_container->notify(notification); // only moves the change id on
         return;
     }
-    notification.container = m_container;
-    notification.field = this;
     notification.sendFrom(this);
 }
 
@@ -162,21 +166,41 @@ void SoField::pass(SoNotification& notification)
 
 void SoField::auditedChanged(SoNotification& notification)
 {
-    if (m_extra && m_extra->master) {
-        if (m_flags & kDirty)
-            return; // whoever listens knows already
-        m_flags |= kDirty;
-        m_flags &= ~kDefault;
-        SoNotification own = notification;
-        own.container = m_container;
-        own.field = this;
-        own.child = nullptr;
-        own.kind = SoNotification::UNSPECIFIED;
-        own.chain = nullptr;
-        pass(own);
+    if (!isConnected() || notification.field != m_extra->master) {
+        pass(notification); // an object that the field holds
         return;
     }
-    pass(notification);
+    if (m_flags & kConnectionOff)
+        return;
+    m_flags |= kDirty;
+    m_flags &= ~kDefault;
+    if (m_flags & (kDeferred | kQuiet))
+        return;
+    m_flags |= kDeferred;
+    SoNotification::defer(this, notification.origin);
+}
+
+void SoField::becomeStale(std::uint64_t origin)
+{
+    m_flags |= kDirty;
+    if (!m_extra || (m_flags & kQuiet))
+        return;
+    SoNotification own;
+    own.container = m_container;
+    own.field = this;
+    own.stamp = own.origin = origin;
+    m_extra->auditors.notify(own);
+}
+
+void SoField::tellFollowing(std::uint64_t origin)
+{
+    m_flags &= ~kDeferred;
+    SoNotification own;
+    own.container = m_container;
+    own.field = this;
+    own.stamp = SoNotification::nextStamp();
+    own.origin = origin;
+    pass(own);
 }
 
 void SoField::auditedDying()
@@ -187,71 +211,22 @@ void SoField::auditedDying()
     m_flags &= ~kDirty;
 }
 
-bool SoField::connectFrom(SoField* master)
-{
-    if (!master || master == this || master->getTypeId() != getTypeId()) {
-        SoDebugError::post("SoField::connectFrom", "a %s cannot follow %s",
-                           getTypeId().getName().getString(),
-                           master == this ? "itself"
-                           : master       ? master->getTypeId().getName().getString()
-                                          : "nothing");
-        return false;
-    }
-    for (const SoField* at = master; at; at = at->getConnectedField())
-        if (at == this) {
-            SoDebugError::post("SoField::connectFrom", "the connection would close a cycle");
-            return false;
-        }
-    disconnect();
-    extra().master = master;
-    master->addAuditor(this, SoAuditor::FIELD);
-    m_flags |= kDirty;
-    valueChanged();
-    return true;
-}
-
-void SoField::disconnect()
-{
-    if (!isConnected())
-        return;
-    evaluate();
-    m_extra->master->removeAuditor(this);
-    m_extra->master = nullptr;
-    valueChanged(false);
-}
-
-bool SoField::isConnected() const
-{
-    return m_extra && m_extra->master;
-}
-
-SoField* SoField::getConnectedField() const
-{
-    return m_extra ? m_extra->master : nullptr;
-}
-
-void SoField::pull() const
-{
-    // Logically constant: the value is what the connection says it is.
-    auto* self = const_cast<SoField*>(this);
-    self->m_flags &= ~kDirty;
-    if (!isConnected())
-        return;
-    m_extra->master->evaluate();
-    self->m_flags |= kPulling;
-    self->copyFrom(*m_extra->master);
-    self->m_flags &= ~kPulling;
-}
-
 void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)
 {
-    extra().auditors.append(auditor, type);
+    SoAuditorList& auditors = extra().auditors;
+    const bool first = auditors.getLength() == 0;
+    auditors.append(auditor, type);
+    if (first && m_container)
+        m_container->listenersChanged(this);
 }
 
 void SoField::removeAuditor(SoAuditor* auditor)
 {
-    if (m_extra)
-        m_extra->auditors.remove(auditor);
+    if (!m_extra || m_extra->auditors.getLength() == 0)
+        return;
+    m_extra->auditors.remove(auditor);
+    if (m_container && m_extra->auditors.getLength() == 0)
+        m_container->listenersChanged(this);
 }
 
 const SoAuditorList& SoField::getAuditors() const

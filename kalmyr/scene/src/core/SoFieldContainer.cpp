@@ -84,6 +84,11 @@ bool SoFieldContainer::hasDefaultValues() const
     return true;
 }
 
+bool SoFieldContainer::isFieldWritten(const SoField& field) const
+{
+    return !field.isDefault() || field.isIgnored() || field.isConnected();
+}
+
 bool SoFieldContainer::set(const char* text)
 {
     SoTokenizer tokens(text, std::string_view(text).size());
@@ -115,7 +120,8 @@ void SoFieldContainer::get(SbString& text) const
     const SoFieldData* data = getFieldData();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         const SoField* field = data->getField(this, i);
-        if (field->isDefault())
+        const SoField::FieldType kind = field->getFieldType();
+        if (field->isDefault() || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT)
             continue;
         if (!result.empty())
             result += ' ';
@@ -146,6 +152,15 @@ void SoFieldContainer::copyFieldValues(const SoFieldContainer* from, bool copyCo
         }
     }
     touch();
+}
+
+void SoFieldContainer::destroy()
+{
+    // While the values still exist.
+    if (m_feeds)
+        for (SoField* field : getFields())
+            field->releaseFollowers();
+    SoBase::destroy();
 }
 
 bool SoFieldContainer::enableNotify(bool on)

@@ -1,5 +1,6 @@
 #include <kalmyr/core/SoFieldIO.h>
 
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoNode.h>
 
 bool SoFieldReader::readNode(SoNode*& node)
@@ -8,15 +9,35 @@ bool SoFieldReader::readNode(SoNode*& node)
     return text.acceptWord("NULL") || text.fail("expected NULL");
 }
 
-void SoFieldWriter::writeNode(const SoNode* node)
+bool SoFieldReader::readEngine(SoEngine*& engine)
 {
-    if (!node) {
+    engine = nullptr;
+    return text.acceptWord("NULL") || text.fail("expected NULL");
+}
+
+namespace {
+
+void writeReference(std::string& text, const SoBase* base)
+{
+    if (!base) {
         text += "NULL";
-    } else if (node->getName().isEmpty()) {
+    } else if (base->getName().isEmpty()) {
         text += '<';
-        text += node->getTypeId().getName().view();
+        text += base->getTypeId().getName().view();
         text += '>';
     } else {
-        text += node->getName().view();
+        text += base->getName().view();
     }
+}
+
+} // namespace
+
+void SoFieldWriter::writeNode(const SoNode* node)
+{
+    writeReference(text, node);
+}
+
+void SoFieldWriter::writeEngine(const SoEngine* engine)
+{
+    writeReference(text, engine);
 }

@@ -1,14 +1,36 @@
 #include <kalmyr/core/SoNotification.h>
 
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
 #include <atomic>
+#include <cstddef>
+#include <vector>
 
 namespace {
 
+struct Follower {
+    SoField* field; ///< null once it died
+    std::uint64_t origin;
+};
+
+struct Input {
+    SoEngine* engine; ///< null once it died
+    SoField* field;   ///< null where it is not known, or died
+};
+
+/// What is told after the walk proper; in a fixed order, first come first served.
+struct Deferred {
+    std::vector<Follower> followers;
+    std::vector<Input> inputs;
+    std::size_t nextFollower = 0;
+    std::size_t nextInput = 0;
+};
+
 std::atomic<std::uint64_t> s_stamp{0};
 thread_local int t_walks = 0;
+thread_local Deferred t_deferred;
 void (*s_afterWalk)() = nullptr;
 
 } // namespace
@@ -28,24 +50,87 @@ void SoNotification::setAfterWalk(void (*function)())
     s_afterWalk = function;
 }
 
+void SoNotification::defer(SoField* follower, std::uint64_t origin)
+{
+    t_deferred.followers.push_back({follower, origin});
+}
+
+void SoNotification::defer(SoEngine* engine, SoField* input)
+{
+    t_deferred.inputs.push_back({engine, input});
+}
+
+void SoNotification::forget(const SoField* field)
+{
+    for (Follower& follower : t_deferred.followers)
+        if (follower.field == field)
+            follower.field = nullptr;
+    for (Input& input : t_deferred.inputs)
+        if (input.field == field)
+            input.field = nullptr;
+}
+
+void SoNotification::forget(const SoEngine* engine)
+{
+    for (Input& input : t_deferred.inputs)
+        if (input.engine == engine)
+            input.engine = nullptr;
+}
+
+/// Followers first: an engine that reacts finds everything told that its inputs depend on.
+void SoNotification::tellDeferred()
+{
+    Deferred& d = t_deferred;
+    for (;;) {
+        if (d.nextFollower < d.followers.size()) {
+            const Follower next = d.followers[d.nextFollower++];
+            if (next.field)
+                next.field->tellFollowing(next.origin);
+        } else if (d.nextInput < d.inputs.size()) {
+            const Input next = d.inputs[d.nextInput++];
+            if (next.engine)
+                next.engine->inputChanged(next.field);
+        } else {
+            break;
+        }
+    }
+    d.followers.clear();
+    d.inputs.clear();
+    d.nextFollower = d.nextInput = 0;
+}
+
+void SoNotification::finishWalk()
+{
+    const bool outermost = t_walks == 1;
+    if (outermost && !(t_deferred.followers.empty() && t_deferred.inputs.empty()))
+        tellDeferred();
+    --t_walks;
+    if (outermost && s_afterWalk)
+        s_afterWalk();
+}
+
 void SoNotification::send(SoFieldContainer* start)
 {
     if (!start)
         return;
-    stamp = nextStamp();
+    origin = stamp = nextStamp();
     ++t_walks;
     start->notify(*this);
-    --t_walks;
-    if (t_walks == 0 && s_afterWalk)
-        s_afterWalk();
+    finishWalk();
 }
 
 void SoNotification::sendFrom(SoField* start)
 {
-    stamp = nextStamp();
+    origin = stamp = nextStamp();
     ++t_walks;
     start->pass(*this);
-    --t_walks;
-    if (t_walks == 0 && s_afterWalk)
-        s_afterWalk();
+    finishWalk();
+}
+
+void SoNotification::sendOutputs(SoEngine* engine)
+{
+    origin = stamp = nextStamp();
+    ++t_walks;
+    engine->tellOutputs(origin);
+    finishWalk();
 }

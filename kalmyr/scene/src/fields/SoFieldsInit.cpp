@@ -6,12 +6,15 @@
 #include <kalmyr/fields/SoMFUniformShaderParameter.h>
 #include <kalmyr/fields/SoSFArray.h>
 #include <kalmyr/fields/SoSFBufferObject.h>
+#include <kalmyr/fields/SoSFEngine.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoSFFieldContainer.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoSFPath.h>
 #include <kalmyr/fields/SoSFTrigger.h>
 #include <kalmyr/fields/SoValueFields.h>
+
+#include "Converters.h"
 
 namespace {
 
@@ -45,8 +48,9 @@ void initCompounds()
 
 void initHolders()
 {
-    initClasses<SoBufferObject, SoSFBufferObject, SoSFNode, SoMFNode, SoMFUniformShaderParameter,
-                SoMFInstanceParameter, SoSFPath, SoMFPath, SoSFFieldContainer>();
+    initClasses<SoBufferObject, SoSFBufferObject, SoSFNode, SoMNodeField, SoMFNode,
+                SoMFUniformShaderParameter, SoMFInstanceParameter, SoSFPath, SoMFPath,
+                SoSFFieldContainer, SoSFEngine, SoMFEngine>();
 }
 
 } // namespace
@@ -57,4 +61,5 @@ void kalmyr::initFields()
     initVectors();
     initCompounds();
     initHolders();
+    kalmyr::detail::initConverters();
 }

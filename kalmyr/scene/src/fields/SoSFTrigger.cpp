@@ -19,10 +19,3 @@ bool SoSFTrigger::readValue(SoFieldReader&)
 }
 
 void SoSFTrigger::writeValue(SoFieldWriter&) const {}
-
-void SoSFTrigger::auditedChanged(SoNotification& notification)
-{
-    m_flags &= ~kDirty;
-    SoField::auditedChanged(notification);
-    m_flags &= ~kDirty;
-}

@@ -6,6 +6,8 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 
+#include <utility>
+
 namespace {
 
 /// Index of the node below on the way of a change, where it is a child; -1 for a field's node.
@@ -22,6 +24,23 @@ SoNode* asNode(SoFieldContainer* container)
                : nullptr;
 }
 
+SoRef<SoPath> pathOf(const SoNotification& notification)
+{
+    SoNode* above = nullptr;
+    SoRef<SoPath> path;
+    for (const auto* link = notification.chain; link; link = link->below) {
+        SoNode* node = asNode(link->container);
+        if (!node || node->getRefCount() == 0)
+            continue;
+        if (!path)
+            path = SoRef<SoPath>(new SoPath(node));
+        else
+            path->append(node, indexBelow(above, node));
+        above = node;
+    }
+    return path;
+}
+
 } // namespace
 
 SoDataSensor::SoDataSensor(SoSensorCB* function, void* data) : SoDelayQueueSensor(function, data) {}
@@ -36,69 +55,60 @@ void SoDataSensor::setDeleteCallback(SoSensorCB* function, void* data)
 
 SoNode* SoDataSensor::getTriggerNode() const
 {
-    return asNode(m_container);
+    return asNode(m_record.container);
 }
 
 const SoPath* SoDataSensor::getTriggerPath() const
 {
-    return m_path.get();
+    return m_record.path.get();
 }
 
-void SoDataSensor::record(const SoNotification& notification)
+SoDataSensor::Record SoDataSensor::recordOf(const SoNotification& notification) const
 {
-    m_kind = notification.kind;
-    m_index = notification.index;
-    m_container = notification.container;
-    m_field = notification.field;
-    m_child = notification.child;
-    m_path = nullptr;
-    if (getPriority() != 0)
-        hold();
-    if (!m_wantsPath)
-        return;
-    SoNode* above = nullptr;
-    SoRef<SoPath> path;
-    for (const auto* link = notification.chain; link; link = link->below) {
-        SoNode* node = asNode(link->container);
-        if (!node || node->getRefCount() == 0)
-            continue;
-        if (!path)
-            path = SoRef<SoPath>(new SoPath(node));
-        else
-            path->append(node, indexBelow(above, node));
-        above = node;
-    }
-    m_path = path;
+    Record record;
+    record.kind = notification.kind;
+    record.index = notification.index;
+    record.container = notification.container;
+    record.field = notification.field;
+    record.child = notification.child;
+    if (m_wantsPath)
+        record.path = pathOf(notification);
+    hold(record);
+    return record;
 }
 
-void SoDataSensor::hold()
+void SoDataSensor::hold(Record& record)
 {
     // An object that is being destroyed has no references left and must not get new ones.
-    m_heldContainer = m_container && m_container->getRefCount() > 0 ? m_container : nullptr;
-    m_heldChild = m_child && m_child->getRefCount() > 0 ? m_child : nullptr;
-    if (!m_heldContainer) {
-        m_container = nullptr;
-        m_field = nullptr;
+    const auto alive = [](const SoBase* object) { return object && object->getRefCount() > 0; };
+    record.heldContainer = alive(record.container) ? record.container : nullptr;
+    record.heldChild = alive(record.child) ? record.child : nullptr;
+}
+
+void SoDataSensor::dropWhatMayDie(Record& record)
+{
+    if (!record.heldContainer) {
+        record.container = nullptr;
+        record.field = nullptr;
     }
-    if (!m_heldChild)
-        m_child = nullptr;
+    if (!record.heldChild)
+        record.child = nullptr;
 }
 
 void SoDataSensor::forgetTrigger()
 {
-    m_kind = SoNotification::UNSPECIFIED;
-    m_index = -1;
-    m_container = nullptr;
-    m_field = nullptr;
-    m_child = nullptr;
-    m_heldContainer = nullptr;
-    m_heldChild = nullptr;
-    m_path = nullptr;
+    m_record = {};
+    m_waiting.clear();
 }
 
 void SoDataSensor::auditedChanged(SoNotification& notification)
 {
-    record(notification);
+    if (getPriority() != 0) {
+        m_record = recordOf(notification);
+        dropWhatMayDie(m_record);
+    } else {
+        m_waiting.push_back(recordOf(notification));
+    }
     schedule();
 }
 
@@ -112,7 +122,18 @@ void SoDataSensor::auditedDying()
 
 void SoDataSensor::trigger()
 {
-    // The callback may delete the sensor: nothing of it is touched afterwards. What the last
-    // trigger reported is let go with the next record, detach() or death.
-    SoDelayQueueSensor::trigger();
+    unschedule();
+    SoRef<SoFieldContainer> container;
+    SoRef<SoNode> child;
+    if (!m_waiting.empty()) {
+        m_record = std::move(m_waiting.front());
+        m_waiting.erase(m_waiting.begin());
+        if (!m_waiting.empty())
+            schedule();
+        container.swap(m_record.heldContainer);
+        child.swap(m_record.heldChild);
+    }
+    // The callback may delete the sensor: nothing of it is touched afterwards. What a queued sensor
+    // reported is let go with the next record, detach() or death.
+    SoSensor::trigger();
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class SoFieldContainer;
 class SoFieldReader;
@@ -73,13 +74,32 @@ public:
     /// Tells auditors and container that the value changed.
     void touch() { valueChanged(false); }
 
-    /// Makes this field follow `master`, a field of the same type. Refused with an error for
-    /// a different type or when it would close a cycle. Replaces an earlier connection.
+    /// Switches notification of this field on or off; returns what it was. While off, changes of
+    /// its value reach nobody; touch() afterwards tells them once.
+    bool enableNotify(bool on);
+    bool isNotifyEnabled() const { return (m_flags & kQuiet) == 0; }
+
+    /// Makes this field follow `master`: another field, or an output of an engine, which is a field
+    /// of the engine. The value is taken over, converted where the types differ, when it is next
+    /// read; every change of the master is told to this field's listeners at once. Any number of
+    /// fields may follow one master. Replaces an earlier connection.
+    ///
+    /// Refused, with an error that names the fields, where there is no conversion between the types
+    /// and where it would close a cycle. An output's engine is kept alive by its followers.
+    /// A value set on a connected field stays until the master changes.
     bool connectFrom(SoField* master);
+    /// Keeps the present value of the master.
     void disconnect();
     bool isConnected() const;
+    /// The field or engine output that this one follows, or null.
     SoField* getConnectedField() const;
-    /// Brings a connected field up to date. Every reader of a value calls it.
+    /// Fields that follow this one.
+    std::vector<SoField*> getFollowers() const;
+    /// A connection that is switched off stays, but passes nothing on; switched on again, the
+    /// field takes the master's value.
+    void enableConnection(bool on);
+    bool isConnectionEnabled() const { return (m_flags & kConnectionOff) == 0; }
+    /// Brings a connected field or an output up to date. Every reader of a value calls it.
     void evaluate() const
     {
         if (m_flags & kDirty)
@@ -101,6 +121,8 @@ protected:
     /// After every change of the value: clears the default flag unless told otherwise, and sends
     /// the notification (walks to auditors, then container).
     void valueChanged(bool clearDefault = true);
+    /// False for a field that must not be fed by a connection; posts no error.
+    virtual bool mayFollow() const { return true; }
     /// Gives a twin made by set() what it needs to read a value (the names of an enum field).
     virtual void prepareTwin(SoField&) const {}
     /// The same as valueChanged() for an edit of a node list that has a kind of its own.
@@ -108,15 +130,30 @@ protected:
 
     static constexpr std::uint32_t kDefault = 1;
     static constexpr std::uint32_t kIgnored = 2;
-    static constexpr std::uint32_t kDirty = 4; ///< connected, and the master changed since
+    static constexpr std::uint32_t kDirty = 4; ///< what the value comes from changed since
     static constexpr std::uint32_t kPulling = 8;
     static constexpr int kTypeShift = 4;
+    static constexpr std::uint32_t kQuiet = 1 << 7;
+    static constexpr std::uint32_t kConnectionOff = 1 << 8;
+    static constexpr std::uint32_t kDeferred = 1 << 9; ///< waits to be told by the walk under way
 
 private:
     struct Extra;
+    friend class SoEngine;
+    friend class SoFieldContainer;
     friend class SoNotification;
     void pull() const;
+    void pullFrom(const SoField* master);
     Extra& extra();
+    bool canFollow(const SoField* master) const;
+    /// Leaves the master without telling anybody; the value stays as it was last read.
+    void letGoOfMaster();
+    /// Every follower takes the value a last time and is disconnected.
+    void releaseFollowers();
+    /// The value is out of date: tells the listeners.
+    void becomeStale(std::uint64_t origin);
+    /// The same with the container; what the walk does with a field that it deferred.
+    void tellFollowing(std::uint64_t origin);
     /// Sends a walk on to auditors and container.
     void pass(SoNotification& notification);
 

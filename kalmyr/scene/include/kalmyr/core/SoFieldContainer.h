@@ -30,10 +30,14 @@ public:
     virtual SoFieldContainer* createTwin() const { return nullptr; }
 
     /// Sets every field to its default value, with one notification.
-    void setToDefaults();
+    virtual void setToDefaults();
 
     /// True when every field holds its default value.
     bool hasDefaultValues() const;
+
+    /// Whether scene text has to mention the field: it does not hold its default, is ignored or
+    /// follows another field.
+    virtual bool isFieldWritten(const SoField& field) const;
 
     /// Sets fields from text such as "radius 2 height 3". False, with nothing further set, at the
     /// first fault.
@@ -60,13 +64,26 @@ public:
     /// Continues a walk: visits this container unless the change came by already.
     virtual void notify(SoNotification& notification);
 
+    /// Whether the value of that field is computed from the others when it is read, as the outputs
+    /// of an engine are. Fields that follow such a field keep the container alive.
+    virtual bool computes(const SoField*) const { return false; }
+
 protected:
     SoFieldContainer();
     ~SoFieldContainer() override = default;
 
+    /// A computed field that is out of date is about to be read.
+    virtual void compute(SoField*) {}
+    /// A field got its first listener or lost its last one.
+    virtual void listenersChanged(SoField*) {}
+    void destroy() override;
+
 private:
+    friend class SoField;
+
     std::uint64_t m_changeId;
     bool m_notifyEnabled = true;
+    bool m_feeds = false; ///< other fields follow, or followed, one of these
 
 protected:
     std::uint8_t m_nodeFlags = 0; ///< bits for SoNode and below (override and such)

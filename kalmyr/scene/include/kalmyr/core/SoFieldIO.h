@@ -5,6 +5,7 @@
 
 #include <string>
 
+class SoEngine;
 class SoNode;
 class SoPath;
 
@@ -17,6 +18,8 @@ public:
     /// Reads a node ("NULL", "USE x", "DEF x Type { }", "Type { }") with reference count 0 if new.
     /// False after an error. The plain reader knows NULL only.
     virtual bool readNode(SoNode*& node);
+    /// The same for an engine.
+    virtual bool readEngine(SoEngine*& engine);
 
     SoTokenizer& text;
 };
@@ -29,6 +32,8 @@ public:
 
     /// Writes a node, or NULL. The plain writer writes the node's name or "<TypeName>" form only.
     virtual void writeNode(const SoNode* node);
+    /// The same for an engine.
+    virtual void writeEngine(const SoEngine* engine);
     /// Breaks the line inside long lists; the plain writer writes a blank.
     virtual void breakLine() { text += ' '; }
     /// Gives the buffer to its target when it has grown; called between values of long fields.

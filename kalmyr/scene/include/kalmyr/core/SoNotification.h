@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+class SoEngine;
 class SoField;
 class SoFieldContainer;
 class SoNode;
@@ -12,8 +13,10 @@ class SoNode;
 ///
 /// There is one walk per change. A container that is reached by several parents is visited once
 /// (it remembers the stamp of the change), so the cost is proportional to the number of distinct
-/// ancestors. Sensors of priority 0 are collected on the walk and triggered right after it, still
-/// inside the call that made the change.
+/// ancestors. Fields that follow the changed one are told after its ancestors, each by a walk of
+/// its own and one after the other, so that chains of connections may have any length; then come
+/// engines that react to their inputs. Sensors of priority 0 are collected on the walk and
+/// triggered right after it, still inside the call that made the change.
 class KALMYR_API SoNotification {
 public:
     /// What happened; the numbers are part of the interface.
@@ -39,6 +42,7 @@ public:
     SoNode* child = nullptr;               ///< the child concerned, or null
     int index = -1;                        ///< its index, or -1
     std::uint64_t stamp = 0;               ///< unique, rising; becomes the id of every visited node
+    std::uint64_t origin = 0;              ///< stamp of the change that this one follows from
     const Link* chain = nullptr;           ///< where the walk is now, down to the change
 
     /// Sends the change from `start` upwards and then runs the immediate sensors, unless this is
@@ -46,6 +50,8 @@ public:
     void send(SoFieldContainer* start);
     /// The same from a field: first its own auditors, then its container.
     void sendFrom(SoField* field);
+    /// From the outputs of an engine to those who follow them.
+    void sendOutputs(SoEngine* engine);
 
     /// A new stamp, greater than every one before it in this process. Also the source of node ids.
     static std::uint64_t nextStamp();
@@ -53,6 +59,17 @@ public:
     /// True while a walk is under way on this thread: editing the graph is not allowed.
     static bool isWalking();
 
+    /// For fields and engines: to be told, or to react, later on the walk under way.
+    static void defer(SoField* follower, std::uint64_t origin);
+    static void defer(SoEngine* engine, SoField* input);
+    /// A field or an engine dies: it is not to be told.
+    static void forget(const SoField* field);
+    static void forget(const SoEngine* engine);
+
     /// Installed by the sensor manager: runs the immediate sensors collected on the walk.
     static void setAfterWalk(void (*function)());
+
+private:
+    static void finishWalk();
+    static void tellDeferred();
 };

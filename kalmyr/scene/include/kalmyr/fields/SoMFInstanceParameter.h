@@ -1,9 +1,9 @@
 #pragma once
 
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
 /// The parameters that differ from instance to instance of one shape, each a node with a name and
 /// a list of values.
-class KALMYR_API SoMFInstanceParameter final : public SoMFNode {
+class KALMYR_API SoMFInstanceParameter final : public SoMNodeField {
     SO_FIELD_HEADER(SoMFInstanceParameter)
 };

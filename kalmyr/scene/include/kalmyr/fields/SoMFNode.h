@@ -1,90 +1,9 @@
 #pragma once
 
-#include <kalmyr/base/Export.h>
-#include <kalmyr/fields/SoFieldMacros.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
-#include <span>
-#include <vector>
-
-class SoChildList;
-class SoNode;
-
-/// Holds any number of nodes, null among them, each with a reference and a listener.
-///
-/// A field may be bound to the child list of its container: the list then is the value, whichever
-/// side edits it, and edits notify with the kinds of a child list. A bound field holds no nulls.
-/// Nodes that hold the container are refused with an error.
-class KALMYR_API SoMFNode : public SoMField {
+/// Any number of nodes.
+class KALMYR_API SoMFNode final : public SoMNodeField {
     SO_FIELD_HEADER(SoMFNode)
-
-    SoMFNode() = default;
-    ~SoMFNode() override;
-
-    /// Makes `list` the field's value; once, in the container's constructor, before any value is
-    /// set. The list belongs to the container and must outlive every use of the field.
-    void bindTo(SoChildList* list);
-    bool isBound() const { return m_list; }
-
-    int getNum() const override { return static_cast<int>(getValues().size()); }
-    const std::vector<SoNode*>& getValues() const;
-    SoNode* operator[](int i) const { return getValues()[static_cast<std::size_t>(i)]; }
-    SoNode* getNode(int i) const { return (*this)[i]; }
-    int getNumNodes() const { return getNum(); }
-    /// Index of the first place of `node`, or -1.
-    int find(const SoNode* node) const;
-
-    /// The edits return false, and change nothing, for an index out of range or a refused node.
-    bool addNode(SoNode* node) { return insertNode(node, getNum()); }
-    bool insertNode(SoNode* node, int index);
-    /// Removes the first place of the node.
-    bool removeNode(const SoNode* node) { return removeNode(find(node)); }
-    bool removeNode(int index);
-    bool removeAllNodes();
-    bool replaceNode(int index, SoNode* node) { return set1Value(index, node); }
-    bool replaceNode(const SoNode* old, SoNode* node);
-
-    /// Makes the field hold exactly one node.
-    bool setValue(SoNode* node);
-    /// Replaces one node; at or beyond the end the field grows by nulls.
-    bool set1Value(int index, SoNode* node);
-    /// Replaces everything with one notification.
-    bool setValues(std::span<SoNode* const> nodes);
-    /// Replaces `nodes.size()` nodes from `start`, growing when needed, with one notification.
-    bool setValues(int start, std::span<SoNode* const> nodes);
-    bool setValues(int start, int num, SoNode* const* nodes)
-    {
-        return setValues(start, {nodes, static_cast<std::size_t>(num)});
-    }
-    SoMFNode& operator=(const SoMFNode& other)
-    {
-        copyFrom(other);
-        return *this;
-    }
-
-    /// A bound field only shrinks: new entries would be null.
-    void setNum(int num) override;
-    void deleteValues(int start, int count = -1) override;
-    /// Does nothing in a bound field.
-    void insertSpace(int start, int count) override;
-
-    bool isSame(const SoField& other) const override;
-    void copyFrom(const SoField& other) override;
-    void copyWith(SoNodeCopier& copier, const SoField& other) override;
-    bool readValue(SoFieldReader& in) override;
-    bool read1Value(int index, SoFieldReader& in) override;
-    void write1Value(int index, SoFieldWriter& out) const override;
-
-protected:
-    bool readList(SoFieldReader& in) override;
-    /// What may stand in the field, besides being no holder of the container; posts an error.
-    virtual bool accepts(const SoNode* node) const;
-
-private:
-    bool acceptsAll(std::span<SoNode* const> nodes) const;
-    void hold(SoNode* node);
-    void letGo(SoNode* node);
-    bool assign(std::vector<SoNode*> nodes);
-
-    std::vector<SoNode*> m_nodes;  ///< with references; empty in a bound field
-    SoChildList* m_list = nullptr; // Not owned; the container's.
+    SO_FIELD_ASSIGNMENT(SoMFNode, SoMNodeField)
 };

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
 /// The parameters of a shader object, each a node with a name and a value.
-class KALMYR_API SoMFUniformShaderParameter final : public SoMFNode {
+class KALMYR_API SoMFUniformShaderParameter final : public SoMNodeField {
     SO_FIELD_HEADER(SoMFUniformShaderParameter)
 
     bool addShaderParameter(SoNode* parameter) { return addNode(parameter); }

@@ -16,7 +16,4 @@ class KALMYR_API SoSFTrigger final : public SoSField {
     /// The text is empty; reading it triggers.
     bool readValue(SoFieldReader& in) override;
     void writeValue(SoFieldWriter& out) const override;
-
-    /// Passes every event of a master on: there is no value to wait for.
-    void auditedChanged(SoNotification& notification) override;
 };

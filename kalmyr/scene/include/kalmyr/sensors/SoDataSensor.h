@@ -5,6 +5,8 @@
 #include <kalmyr/core/SoNotification.h>
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
 
+#include <vector>
+
 class SoField;
 class SoFieldContainer;
 class SoNode;
@@ -13,9 +15,9 @@ class SoPath;
 /// A sensor on scene data. It reports what changed: kind, node, field, child, index, and on
 /// request the path from the watched node to the change.
 ///
-/// Several changes before one trigger are reported as the last one. The reported pointers are
-/// valid inside the callback. A priority 0 sensor holds no reference on them; a queued sensor keeps
-/// the container and child that it will report alive until it is triggered the next time.
+/// A sensor of priority 0 reports every change, in order. One that waits in the queue reports the
+/// last of several changes before its turn. The reported pointers are valid inside the callback. A
+/// sensor keeps the container and child that it is still to report alive.
 class KALMYR_API SoDataSensor : public SoDelayQueueSensor, public SoAuditor {
 public:
     explicit SoDataSensor(SoSensorCB* function = nullptr, void* data = nullptr);
@@ -26,13 +28,13 @@ public:
 
     virtual void detach() = 0;
 
-    SoNotification::Kind getTriggerOperation() const { return m_kind; }
+    SoNotification::Kind getTriggerOperation() const { return m_record.kind; }
     /// Container in which the change happened; null when unknown or dead.
-    SoFieldContainer* getTriggerContainer() const { return m_container; }
+    SoFieldContainer* getTriggerContainer() const { return m_record.container; }
     SoNode* getTriggerNode() const;
-    virtual SoField* getTriggerField() const { return m_field; }
-    SoNode* getTriggerChild() const { return m_child; }
-    int getTriggerIndex() const { return m_index; }
+    virtual SoField* getTriggerField() const { return m_record.field; }
+    SoNode* getTriggerChild() const { return m_record.child; }
+    int getTriggerIndex() const { return m_record.index; }
     /// Whether the path is recorded; off by default, since it costs an allocation a change.
     void setTriggerPathFlag(bool on) { m_wantsPath = on; }
     bool getTriggerPathFlag() const { return m_wantsPath; }
@@ -46,21 +48,28 @@ public:
 protected:
     void forgetTrigger();
     /// True once a change has been recorded since the sensor was attached.
-    bool isRecorded() const { return m_container || m_field; }
+    bool isRecorded() const { return m_record.container || m_record.field; }
 
 private:
-    void record(const SoNotification& notification);
-    void hold();
+    /// A change as it will be reported.
+    struct Record {
+        SoNotification::Kind kind = SoNotification::UNSPECIFIED;
+        int index = -1;
+        SoFieldContainer* container = nullptr;
+        SoField* field = nullptr;
+        SoNode* child = nullptr;
+        SoRef<SoFieldContainer> heldContainer;
+        SoRef<SoNode> heldChild;
+        SoRef<SoPath> path;
+    };
+    Record recordOf(const SoNotification& notification) const;
+    static void hold(Record& record);
+    /// Forgets what was not to be held: it may be gone when its turn comes.
+    static void dropWhatMayDie(Record& record);
 
     SoSensorCB* m_deleteFunction = nullptr;
     void* m_deleteData = nullptr;
-    SoNotification::Kind m_kind = SoNotification::UNSPECIFIED;
-    SoFieldContainer* m_container = nullptr;
-    SoField* m_field = nullptr;
-    SoNode* m_child = nullptr;
-    SoRef<SoFieldContainer> m_heldContainer; ///< queued sensors keep what they will report alive
-    SoRef<SoNode> m_heldChild;
-    int m_index = -1;
+    Record m_record;
+    std::vector<Record> m_waiting; ///< changes not yet reported by a sensor of priority 0
     bool m_wantsPath = false;
-    SoRef<SoPath> m_path;
 };

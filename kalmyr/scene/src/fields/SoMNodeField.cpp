@@ -1,4 +1,4 @@
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
@@ -14,7 +14,21 @@
 #include <limits>
 #include <utility>
 
-SO_FIELD_SOURCE(SoMFNode, SoMField, "MFNode")
+namespace {
+
+SoType s_nodeFieldType;
+
+} // namespace
+
+SoType SoMNodeField::getClassTypeId()
+{
+    return s_nodeFieldType;
+}
+
+void SoMNodeField::initClass()
+{
+    s_nodeFieldType = SoType::createType(SoMField::getClassTypeId(), SbName("MNodeField"));
+}
 
 namespace {
 
@@ -34,44 +48,44 @@ auto at(std::vector<SoNode*>& nodes, int index)
 
 } // namespace
 
-SoMFNode::~SoMFNode()
+SoMNodeField::~SoMNodeField()
 {
     for (SoNode* node : m_nodes) {
         letGo(node);
     }
 }
 
-void SoMFNode::bindTo(SoChildList* list)
+void SoMNodeField::bindTo(SoChildList* list)
 {
     assert(m_nodes.empty() && !m_list);
     m_list = list;
     list->setField(this);
 }
 
-const std::vector<SoNode*>& SoMFNode::getValues() const
+const std::vector<SoNode*>& SoMNodeField::getValues() const
 {
     evaluate();
     return m_list ? m_list->getNodes() : m_nodes;
 }
 
-int SoMFNode::find(const SoNode* node) const
+int SoMNodeField::find(const SoNode* node) const
 {
     const auto& nodes = getValues();
     const auto place = std::find(nodes.begin(), nodes.end(), node);
     return place == nodes.end() ? -1 : static_cast<int>(place - nodes.begin());
 }
 
-bool SoMFNode::accepts(const SoNode* node) const
+bool SoMNodeField::accepts(const SoNode* node) const
 {
     return kalmyr::detail::mayHold(*this, node);
 }
 
-bool SoMFNode::acceptsAll(std::span<SoNode* const> nodes) const
+bool SoMNodeField::acceptsAll(std::span<SoNode* const> nodes) const
 {
     return std::all_of(nodes.begin(), nodes.end(), [this](SoNode* n) { return accepts(n); });
 }
 
-void SoMFNode::hold(SoNode* node)
+void SoMNodeField::hold(SoNode* node)
 {
     if (node) {
         node->ref();
@@ -79,7 +93,7 @@ void SoMFNode::hold(SoNode* node)
     }
 }
 
-void SoMFNode::letGo(SoNode* node)
+void SoMNodeField::letGo(SoNode* node)
 {
     if (node) {
         node->removeAuditor(this);
@@ -89,7 +103,7 @@ void SoMFNode::letGo(SoNode* node)
 
 /// Everything else than single edits of bound fields ends here: one notification, and nodes that
 /// go live until everybody has heard of it.
-bool SoMFNode::assign(std::vector<SoNode*> nodes)
+bool SoMNodeField::assign(std::vector<SoNode*> nodes)
 {
     if (m_list) {
         nodes.erase(std::remove(nodes.begin(), nodes.end(), nullptr), nodes.end());
@@ -109,13 +123,13 @@ bool SoMFNode::assign(std::vector<SoNode*> nodes)
     return true;
 }
 
-bool SoMFNode::insertNode(SoNode* node, int index)
+bool SoMNodeField::insertNode(SoNode* node, int index)
 {
     evaluate();
     if (m_list) {
         return m_list->insert(node, index);
     }
-    if (!isInRange("SoMFNode::insertNode", index, getNum() + 1) || !accepts(node)) {
+    if (!isInRange("SoMNodeField::insertNode", index, getNum() + 1) || !accepts(node)) {
         return false;
     }
     hold(node);
@@ -124,13 +138,13 @@ bool SoMFNode::insertNode(SoNode* node, int index)
     return true;
 }
 
-bool SoMFNode::removeNode(int index)
+bool SoMNodeField::removeNode(int index)
 {
     evaluate();
     if (m_list) {
         return m_list->remove(index);
     }
-    if (!isInRange("SoMFNode::removeNode", index, getNum())) {
+    if (!isInRange("SoMNodeField::removeNode", index, getNum())) {
         return false;
     }
     SoNode* node = m_nodes[static_cast<std::size_t>(index)];
@@ -140,29 +154,29 @@ bool SoMFNode::removeNode(int index)
     return true;
 }
 
-bool SoMFNode::removeAllNodes()
+bool SoMNodeField::removeAllNodes()
 {
     return getNum() == 0 || assign({});
 }
 
-bool SoMFNode::replaceNode(const SoNode* old, SoNode* node)
+bool SoMNodeField::replaceNode(const SoNode* old, SoNode* node)
 {
     const int index = find(old);
-    return isInRange("SoMFNode::replaceNode", index, getNum()) && set1Value(index, node);
+    return isInRange("SoMNodeField::replaceNode", index, getNum()) && set1Value(index, node);
 }
 
-bool SoMFNode::setValue(SoNode* node)
+bool SoMNodeField::setValue(SoNode* node)
 {
     return assign({node});
 }
 
-bool SoMFNode::set1Value(int index, SoNode* node)
+bool SoMNodeField::set1Value(int index, SoNode* node)
 {
     evaluate();
     if (m_list) {
         return index == m_list->getLength() ? m_list->append(node) : m_list->set(index, node);
     }
-    if (!isInRange("SoMFNode::set1Value", index, std::numeric_limits<int>::max())
+    if (!isInRange("SoMNodeField::set1Value", index, std::numeric_limits<int>::max())
         || !accepts(node)) {
         return false;
     }
@@ -176,14 +190,14 @@ bool SoMFNode::set1Value(int index, SoNode* node)
     return true;
 }
 
-bool SoMFNode::setValues(std::span<SoNode* const> nodes)
+bool SoMNodeField::setValues(std::span<SoNode* const> nodes)
 {
     return assign({nodes.begin(), nodes.end()});
 }
 
-bool SoMFNode::setValues(int start, std::span<SoNode* const> nodes)
+bool SoMNodeField::setValues(int start, std::span<SoNode* const> nodes)
 {
-    if (!isInRange("SoMFNode::setValues", start, std::numeric_limits<int>::max())) {
+    if (!isInRange("SoMNodeField::setValues", start, std::numeric_limits<int>::max())) {
         return false;
     }
     std::vector<SoNode*> all = getValues();
@@ -192,7 +206,7 @@ bool SoMFNode::setValues(int start, std::span<SoNode* const> nodes)
     return assign(std::move(all));
 }
 
-void SoMFNode::setNum(int num)
+void SoMNodeField::setNum(int num)
 {
     if (m_list && num >= getNum()) {
         return;
@@ -202,7 +216,7 @@ void SoMFNode::setNum(int num)
     assign(std::move(all));
 }
 
-void SoMFNode::deleteValues(int start, int count)
+void SoMNodeField::deleteValues(int start, int count)
 {
     const int num = getNum();
     if (start < 0 || start >= num || count == 0) {
@@ -218,7 +232,7 @@ void SoMFNode::deleteValues(int start, int count)
     assign(std::move(all));
 }
 
-void SoMFNode::insertSpace(int start, int count)
+void SoMNodeField::insertSpace(int start, int count)
 {
     if (m_list || start < 0 || count <= 0) {
         return;
@@ -229,29 +243,29 @@ void SoMFNode::insertSpace(int start, int count)
     assign(std::move(all));
 }
 
-bool SoMFNode::isSame(const SoField& other) const
+bool SoMNodeField::isSame(const SoField& other) const
 {
     return other.getTypeId() == getTypeId()
-           && static_cast<const SoMFNode&>(other).getValues() == getValues();
+           && static_cast<const SoMNodeField&>(other).getValues() == getValues();
 }
 
-void SoMFNode::copyFrom(const SoField& other)
+void SoMNodeField::copyFrom(const SoField& other)
 {
     if (&other != this) {
-        assign(static_cast<const SoMFNode&>(other).getValues());
+        assign(static_cast<const SoMNodeField&>(other).getValues());
     }
 }
 
-void SoMFNode::copyWith(SoNodeCopier& copier, const SoField& other)
+void SoMNodeField::copyWith(SoNodeCopier& copier, const SoField& other)
 {
     std::vector<SoNode*> copies;
-    for (SoNode* node : static_cast<const SoMFNode&>(other).getValues()) {
+    for (SoNode* node : static_cast<const SoMNodeField&>(other).getValues()) {
         copies.push_back(copier.copyOf(node));
     }
     assign(std::move(copies));
 }
 
-bool SoMFNode::readValue(SoFieldReader& in)
+bool SoMNodeField::readValue(SoFieldReader& in)
 {
     if (in.text.accept('[')) {
         return readList(in);
@@ -266,7 +280,7 @@ bool SoMFNode::readValue(SoFieldReader& in)
            || in.text.fail("expected a node that does not hold this one");
 }
 
-bool SoMFNode::readList(SoFieldReader& in)
+bool SoMNodeField::readList(SoFieldReader& in)
 {
     std::vector<SoRef<SoNode>> read;
     while (!in.text.accept(']')) {
@@ -282,7 +296,7 @@ bool SoMFNode::readList(SoFieldReader& in)
     return assign(std::move(nodes)) || in.text.fail("expected nodes that do not hold this one");
 }
 
-bool SoMFNode::read1Value(int index, SoFieldReader& in)
+bool SoMNodeField::read1Value(int index, SoFieldReader& in)
 {
     SoNode* node = nullptr;
     if (!in.readNode(node)) {
@@ -292,7 +306,7 @@ bool SoMFNode::read1Value(int index, SoFieldReader& in)
     return set1Value(index, node) || in.text.fail("expected a node that does not hold this one");
 }
 
-void SoMFNode::write1Value(int index, SoFieldWriter& out) const
+void SoMNodeField::write1Value(int index, SoFieldWriter& out) const
 {
     out.writeNode((*this)[index]);
 }

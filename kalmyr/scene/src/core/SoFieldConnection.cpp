@@ -1,0 +1,241 @@
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldContainer.h>
+#include <kalmyr/core/SoFieldData.h>
+
+#include "SoFieldExtra.h"
+
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+/// Errors name at most this many fields of a cycle.
+constexpr std::size_t kMaxNamed = 8;
+
+/// 'Cube "a".width', as far as these are known.
+std::string nameOf(const SoField& field)
+{
+    const SoFieldContainer* container = field.getContainer();
+    if (!container)
+        return std::string(field.getTypeId().getName().view());
+    std::string name(container->getTypeId().getName().view());
+    if (!container->getName().isEmpty())
+        name += " \"" + std::string(container->getName().view()) + '"';
+    return name + '.' + std::string(container->getFieldName(&field).view());
+}
+
+/// The search for what a value is made of: a field, and the search step that led to it.
+struct Step {
+    const SoField* field;
+    std::size_t from;
+};
+
+/// Adds the fields that `field` gets its value from.
+void addSources(const SoField& field, std::size_t step, std::vector<Step>& steps)
+{
+    if (const SoField* master = field.getConnectedField()) {
+        steps.push_back({master, step});
+        return;
+    }
+    const SoFieldContainer* container = field.getContainer();
+    if (!container || !container->computes(&field))
+        return;
+    const SoFieldData* data = container->getFieldData();
+    for (int i = 0; data && i < data->getNumFields(); ++i) {
+        const SoField* input = data->getField(container, i);
+        if (!container->computes(input) && input->isConnected())
+            steps.push_back({input, step});
+    }
+}
+
+/// The fields from `follower` back to itself if it is a source of `master`, else nothing.
+std::vector<const SoField*> findCycle(const SoField* follower, const SoField* master)
+{
+    std::vector<Step> steps{{master, 0}};
+    std::unordered_set<const SoField*> seen;
+    const SoFieldContainer* computer = follower->getContainer();
+    for (std::size_t at = 0; at < steps.size(); ++at) {
+        const SoField* field = steps[at].field;
+        const bool ownOutput = computer && field->getContainer() == computer
+                               && computer->computes(field) && !computer->computes(follower);
+        if (field != follower && !ownOutput) {
+            if (seen.insert(field).second)
+                addSources(*field, at, steps);
+            continue;
+        }
+        std::vector<const SoField*> cycle{follower};
+        for (std::size_t back = at; steps[back].field != follower || back != at;
+             back = steps[back].from) {
+            cycle.push_back(steps[back].field);
+            if (back == 0)
+                break;
+        }
+        return cycle;
+    }
+    return {};
+}
+
+std::string describe(const std::vector<const SoField*>& cycle)
+{
+    std::string text;
+    for (std::size_t i = 0; i < cycle.size() && i < kMaxNamed; ++i)
+        text += (i ? " -> " : "") + nameOf(*cycle[i]);
+    return text + (cycle.size() > kMaxNamed ? " -> ..." : " -> " + nameOf(*cycle.front()));
+}
+
+} // namespace
+
+bool SoField::canFollow(const SoField* master) const
+{
+    if (!master) {
+        SoDebugError::post("SoField::connectFrom", "%s cannot follow nothing",
+                           nameOf(*this).c_str());
+        return false;
+    }
+    const SoFieldContainer* container = getContainer();
+    const char* reason = nullptr;
+    if (!SoFieldConverter::canConvert(master->getTypeId(), getTypeId()))
+        reason = "there is no conversion between their types";
+    else if (!mayFollow() || (container && container->computes(this)))
+        reason = "its value comes from elsewhere";
+    if (reason) {
+        SoDebugError::post("SoField::connectFrom", "%s (%s) cannot follow %s (%s): %s",
+                           nameOf(*this).c_str(), getTypeId().getName().getString(),
+                           nameOf(*master).c_str(), master->getTypeId().getName().getString(),
+                           reason);
+        return false;
+    }
+    const auto cycle = findCycle(this, master);
+    if (cycle.empty())
+        return true;
+    SoDebugError::post("SoField::connectFrom", "%s cannot follow %s: a cycle would close, %s",
+                       nameOf(*this).c_str(), nameOf(*master).c_str(), describe(cycle).c_str());
+    return false;
+}
+
+bool SoField::connectFrom(SoField* master)
+{
+    if (!canFollow(master))
+        return false;
+    // What both the old and the new connection keep alive must survive the change.
+    SoFieldContainer* source = master->getContainer();
+    if (source && source->computes(master))
+        source->ref();
+    if (m_extra)
+        letGoOfMaster();
+    Extra& own = extra();
+    own.master = master;
+    own.convert = master->getTypeId() == getTypeId()
+                      ? nullptr
+                      : SoFieldConverter::find(master->getTypeId(), getTypeId());
+    if (source)
+        source->m_feeds = true;
+    master->addAuditor(this, SoAuditor::FIELD);
+    m_flags = (m_flags | kDirty) & ~(kDefault | kConnectionOff);
+    valueChanged(false);
+    return true;
+}
+
+void SoField::letGoOfMaster()
+{
+    SoField* master = m_extra->master;
+    if (!master)
+        return;
+    m_extra->master = nullptr;
+    m_extra->convert = nullptr;
+    m_flags &= ~kDirty;
+    SoFieldContainer* source = master->getContainer();
+    const bool kept = source && source->computes(master);
+    master->removeAuditor(this);
+    if (kept)
+        source->unref();
+}
+
+void SoField::disconnect()
+{
+    if (!isConnected())
+        return;
+    evaluate();
+    letGoOfMaster();
+    m_flags &= ~kConnectionOff;
+    valueChanged(false);
+}
+
+void SoField::releaseFollowers()
+{
+    for (SoField* follower : getFollowers())
+        follower->disconnect();
+}
+
+std::vector<SoField*> SoField::getFollowers() const
+{
+    std::vector<SoField*> followers;
+    const SoAuditorList& auditors = getAuditors();
+    for (int i = 0; i < auditors.getLength(); ++i) {
+        if (auditors.getType(i) != SoAuditor::FIELD)
+            continue;
+        auto* field = static_cast<SoField*>(auditors.getObject(i));
+        if (field->getConnectedField() == this)
+            followers.push_back(field);
+    }
+    return followers;
+}
+
+bool SoField::isConnected() const
+{
+    return m_extra && m_extra->master;
+}
+
+SoField* SoField::getConnectedField() const
+{
+    return m_extra ? m_extra->master : nullptr;
+}
+
+void SoField::enableConnection(bool on)
+{
+    if (on == isConnectionEnabled())
+        return;
+    if (!on) {
+        evaluate();
+        m_flags |= kConnectionOff;
+        return;
+    }
+    m_flags &= ~kConnectionOff;
+    if (!isConnected())
+        return;
+    m_flags |= kDirty;
+    valueChanged(false);
+}
+
+/// Logically constant: the value is what the connection says it is.
+void SoField::pull() const
+{
+    auto* self = const_cast<SoField*>(this);
+    if (!isConnected()) {
+        self->m_flags &= ~kDirty;
+        if (m_container)
+            m_container->compute(self);
+        return;
+    }
+    // From the top of a chain down, so that its length costs no stack.
+    std::vector<SoField*> stale{self};
+    SoField* master = m_extra->master;
+    for (; (master->m_flags & kDirty) && master->isConnected(); master = master->m_extra->master)
+        stale.push_back(master);
+    master->evaluate();
+    for (auto at = stale.rbegin(); at != stale.rend(); ++at)
+        (*at)->pullFrom((*at)->m_extra->master);
+}
+
+void SoField::pullFrom(const SoField* master)
+{
+    m_flags = (m_flags & ~kDirty) | kPulling;
+    if (m_extra->convert)
+        m_extra->convert(*master, *this);
+    else
+        copyFrom(*master);
+    m_flags &= ~(kPulling | kDefault);
+}
