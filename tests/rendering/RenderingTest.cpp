@@ -1,6 +1,7 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
+#include <kalmyr/nodes/SoCoordinate3.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoMaterial.h>
@@ -13,6 +14,9 @@
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 #include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/shapes/SoQuadMesh.h>
+#include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/vrml/SoVRMLBackground.h>
 
 #include "support/ErrorGuard.h"
 
@@ -176,33 +180,107 @@ TEST_F(Rendering, PaintsTexturesAndFreesThemAndBuffersAgain)
     expectPixel(32, 32, {0, 0, 0});
 }
 
-TEST_F(Rendering, OutlinesTheSelection)
-{
-    needContext();
-    SoRef<SoSelection> selection(new SoSelection);
-    selection->addChild(m_root.get());
-    unlit();
-    SoSeparator* one = addCube(SbColor(0, 1, 0), 0);
-    SoLineHighlightRenderAction action;
-    action.setColor(SbColor(1, 0, 1));
-    m_renderer.setGLRenderAction(&action);
-    const auto countLines = [&] {
-        EXPECT_TRUE(m_renderer.render(selection.get()));
+/// Outlines in magenta what is selected in a scene of green shapes.
+class Outlines : public Rendering {
+protected:
+    void SetUp() override
+    {
+        Rendering::SetUp();
+        needContext();
+        m_selection->addChild(m_root.get());
+        unlit();
+        auto* material = new SoMaterial;
+        material->diffuseColor.setValue(SbColor(0, 1, 0));
+        m_root->addChild(material);
+        m_action.setColor(SbColor(1, 0, 1));
+        m_renderer.setGLRenderAction(&m_action);
+    }
+    void TearDown() override
+    {
+        m_renderer.setGLRenderAction(nullptr);
+        m_selection->deselectAll(); // its paths hold the node itself
+    }
+    int countLines()
+    {
+        EXPECT_TRUE(m_renderer.render(m_selection.get()));
         int count = 0;
         for (int i = 0; i < kSize * kSize; ++i) {
             const auto p = pixel(i % kSize, i / kSize);
             count += p[0] > 200 && p[1] < 50 && p[2] > 200 ? 1 : 0;
         }
         return count;
-    };
+    }
+    void select(SoNode* node)
+    {
+        m_root->addChild(node);
+        m_selection->select(node);
+    }
+
+    SoRef<SoSelection> m_selection{new SoSelection};
+    SoLineHighlightRenderAction m_action;
+};
+
+TEST_F(Outlines, AreDrawnAroundTheSelectionOnly)
+{
+    SoSeparator* one = addCube(SbColor(0, 1, 0), 0);
     EXPECT_EQ(countLines(), 0);
-    selection->select(one);
+    m_selection->select(one);
     EXPECT_GT(countLines(), 200); // 4 edges of 32 pixels, 3 wide
     EXPECT_LT(countLines(), 600);
-    action.setVisible(false);
+    m_action.setVisible(false);
     EXPECT_EQ(countLines(), 0);
-    m_renderer.setGLRenderAction(nullptr);
-    selection->deselectAll(); // its paths hold the node itself
+}
+
+TEST_F(Outlines, FollowTheContourOfARoundShape)
+{
+    select(new SoSphere); // a circle of 32 pixels, 3 wide
+    const int count = countLines();
+    EXPECT_GT(count, 150);
+    EXPECT_LT(count, 450);
+    expectPixel(32, 32, {0, 255, 0});
+    expectPixel(24, 36, {0, 255, 0});
+}
+
+TEST_F(Outlines, LeaveTheEdgesWithinAPlaneOut)
+{
+    auto* grid = new SoSeparator;
+    auto* points = new SoCoordinate3;
+    for (int i = 0; i < 21 * 21; ++i) {
+        const float x = static_cast<float>(i % 21) / 10 - 1;
+        const float y = static_cast<float>(i / 21) / 10 - 1;
+        points->point.set1Value(i, SbVec3f(x, y, 0));
+    }
+    auto* mesh = new SoQuadMesh;
+    mesh->verticesPerRow.setValue(21);
+    mesh->verticesPerColumn.setValue(21);
+    grid->addChild(points);
+    grid->addChild(mesh);
+    select(grid);
+    EXPECT_GT(countLines(), 200);
+    EXPECT_LT(countLines(), 600);
+    expectPixel(32, 32, {0, 255, 0});
+}
+
+TEST_F(Rendering, ShowsTheSkyInItsDirection)
+{
+    needContext();
+    auto* sky = new SoVRMLBackground;
+    sky->skyColor.setValue(SbColor(0, 0, 1));
+    sky->groundAngle.setValue(1.5708f);
+    sky->groundColor.set1Value(0, SbColor(1, 0, 0));
+    sky->groundColor.set1Value(1, SbColor(1, 0, 0));
+    m_root->addChild(sky);
+    m_root->addChild(new SoGradientBackground); // the sky comes first
+    ASSERT_TRUE(m_renderer.render(m_root.get()));
+    expectPixel(32, kSize - 4, {0, 0, 255});
+    expectPixel(32, 4, {255, 0, 0});
+    m_camera->orientation.setValue(SbRotation(SbVec3f(0, 0, 1), 3.14159f));
+    ASSERT_TRUE(m_renderer.render(m_root.get()));
+    expectPixel(32, kSize - 4, {255, 0, 0});
+    m_camera->orientation.setValue(SbRotation(SbVec3f(1, 0, 0), 1.5f));
+    ASSERT_TRUE(m_renderer.render(m_root.get()));
+    expectPixel(32, 4, {0, 0, 255});
+    expectPixel(32, kSize - 4, {0, 0, 255});
 }
 
 TEST_F(Rendering, SaysSoOnceWithoutAContext)

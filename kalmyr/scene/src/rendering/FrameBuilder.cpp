@@ -157,6 +157,7 @@ private:
     Side test(const RenderList::Entry& entry, const Place& outer, Scope& scope) const;
     void addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope);
     void addSelection(const RenderList::Entry& entry, const Place& outer);
+    void setBackground(const RenderList::Background& background, const Place& place);
 
     Frame& m_frame;
 };
@@ -231,13 +232,22 @@ void Builder::addSelection(const RenderList::Entry& entry, const Place& outer)
     m_frame.selections.push_back({entry.node, toWorld, outer.view});
 }
 
+/// The last gradient counts, but the first sky, which gradients do not cover.
+void Builder::setBackground(const RenderList::Background& background, const Place& place)
+{
+    if (m_frame.hasBackground && m_frame.background.isSky())
+        return;
+    m_frame.background = background;
+    m_frame.background.up = place.toWorld.direction(background.up);
+    m_frame.hasBackground = true;
+}
+
 void Builder::walk(const RenderList& list, const Place& place, bool isTop)
 {
     Scope scope{place, {}};
     for (const RenderList::Entry& entry : list.getEntries()) {
         if (entry.kind == RenderList::BACKGROUND) {
-            m_frame.background = list.getBackground(entry);
-            m_frame.hasBackground = true;
+            setBackground(list.getBackground(entry), place);
             continue;
         }
         Place outer = placeOf(entry, scope, isTop);

@@ -1,5 +1,6 @@
 #include "rendering/GLDevice.h"
 
+#include "rendering/FaceEdges.h"
 #include "rendering/GLCurrent.h"
 
 #include <kalmyr/base/SoError.h>
@@ -285,7 +286,8 @@ void GLDevice::freeOldTextures()
 void GLDevice::free(const GLGeometry& buffers)
 {
     glDeleteVertexArrays(1, &buffers.vertexArray);
-    for (const GLuint buffer : {buffers.vertices, buffers.indices, buffers.edges}) {
+    for (const GLuint buffer :
+         {buffers.vertices, buffers.indices, buffers.edges, buffers.outline}) {
         glDeleteBuffers(1, &buffer);
     }
 }
@@ -308,7 +310,22 @@ const GLGeometry& GLDevice::geometryWithEdges(const SoGeometry& geometry)
 {
     GLGeometry& buffers = find(geometry);
     if (!buffers.edges && buffers.numTriangleIndices) {
-        uploadEdges(geometry, buffers);
+        const std::vector<std::uint32_t> edges = faceEdges(geometry);
+        buffers.numEdgeIndices = static_cast<GLsizei>(edges.size());
+        buffers.edges = uploadIndices(edges);
+    }
+    return buffers;
+}
+
+const GLGeometry& GLDevice::geometryWithOutline(const SoGeometry& geometry)
+{
+    GLGeometry& buffers = find(geometry);
+    if (!buffers.outline && buffers.numTriangleIndices) {
+        OutlineEdges edges = outlineEdges(geometry);
+        buffers.numSharpIndices = static_cast<GLsizei>(edges.sharp.size());
+        buffers.numSmoothIndices = static_cast<GLsizei>(edges.smooth.size());
+        edges.sharp.insert(edges.sharp.end(), edges.smooth.begin(), edges.smooth.end());
+        buffers.outline = uploadIndices(edges.sharp);
     }
     return buffers;
 }
@@ -354,15 +371,15 @@ GLGeometry GLDevice::upload(const SoGeometry& geometry)
     return buffers;
 }
 
-void GLDevice::uploadEdges(const SoGeometry& geometry, GLGeometry& buffers)
+GLuint GLDevice::uploadIndices(const std::vector<std::uint32_t>& indices)
 {
-    const std::vector<std::uint32_t> edges = faceEdges(geometry);
-    buffers.numEdgeIndices = static_cast<GLsizei>(edges.size());
-    glGenBuffers(1, &buffers.edges);
-    glBindBuffer(GL_COPY_WRITE_BUFFER, buffers.edges);
-    glBufferData(GL_COPY_WRITE_BUFFER, static_cast<GLsizeiptr>(bytesOf(edges)), edges.data(),
+    GLuint buffer = 0;
+    glGenBuffers(1, &buffer);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, buffer);
+    glBufferData(GL_COPY_WRITE_BUFFER, static_cast<GLsizeiptr>(bytesOf(indices)), indices.data(),
                  GL_STATIC_DRAW);
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+    return buffer;
 }
 
 GLuint GLDevice::texture(const SoTextureValues& values)
@@ -408,42 +425,6 @@ GLuint GLDevice::streamIndices(const std::vector<std::uint32_t>& indices)
                  GL_STREAM_DRAW);
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
     return m_streamBuffer;
-}
-
-std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry)
-{
-    struct Side {
-        std::uint64_t key;
-        std::int32_t face;
-    };
-    std::vector<Side> sides;
-    sides.reserve(geometry.triangles.size());
-    const bool hasFaces = geometry.triangleFaces.size() >= geometry.getNumTriangles();
-    for (std::size_t t = 0; t < geometry.getNumTriangles(); ++t) {
-        const std::int32_t face =
-            hasFaces ? geometry.triangleFaces[t] : static_cast<std::int32_t>(t);
-        for (std::size_t k = 0; k < 3; ++k) {
-            const std::uint64_t a = geometry.triangles[3 * t + k];
-            const std::uint64_t b = geometry.triangles[3 * t + (k + 1) % 3];
-            sides.push_back({std::min(a, b) << 32 | std::max(a, b), face});
-        }
-    }
-    std::sort(sides.begin(), sides.end(),
-              [](const Side& x, const Side& y) { return x.key < y.key; });
-    std::vector<std::uint32_t> edges;
-    for (std::size_t i = 0; i < sides.size();) {
-        std::size_t next = i + 1;
-        bool inside = false;
-        for (; next < sides.size() && sides[next].key == sides[i].key; ++next) {
-            inside = inside || sides[next].face == sides[i].face;
-        }
-        if (!inside) {
-            edges.push_back(static_cast<std::uint32_t>(sides[i].key >> 32));
-            edges.push_back(static_cast<std::uint32_t>(sides[i].key));
-        }
-        i = next;
-    }
-    return edges;
 }
 
 } // namespace kalmyr::detail

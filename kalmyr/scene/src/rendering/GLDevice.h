@@ -22,11 +22,14 @@ struct GLGeometry {
     GLuint vertexArray = 0;
     GLuint vertices = 0;
     GLuint indices = 0;
-    GLuint edges = 0; ///< made when first asked for
+    GLuint edges = 0;   ///< made when first asked for
+    GLuint outline = 0; ///< pairs of sharp edges, then fours of smooth ones; the same
     GLsizei numTriangleIndices = 0;
     GLsizei numLineIndices = 0;
     GLsizei numPointIndices = 0;
     GLsizei numEdgeIndices = 0;
+    GLsizei numSharpIndices = 0;
+    GLsizei numSmoothIndices = 0;
     GLsizei numVertices = 0;
 };
 
@@ -60,6 +63,7 @@ public:
     const GLGeometry& geometry(const SoGeometry& geometry);
     /// The same with the edge buffer.
     const GLGeometry& geometryWithEdges(const SoGeometry& geometry);
+    const GLGeometry& geometryWithOutline(const SoGeometry& geometry);
     /// The texture object of an image; 0 for images that cannot be textures.
     GLuint texture(const SoTextureValues& values);
     /// Null, with an error posted, when the driver refuses the program.
@@ -95,7 +99,7 @@ private:
     void abandon() { m_abandoned = true; }
     GLGeometry& find(const SoGeometry& geometry);
     static GLGeometry upload(const SoGeometry& geometry);
-    static void uploadEdges(const SoGeometry& geometry, GLGeometry& buffers);
+    static GLuint uploadIndices(const std::vector<std::uint32_t>& indices);
     static void free(const GLGeometry& buffers);
     void freeDead();
     void freeOldTextures();
@@ -114,9 +118,5 @@ private:
     GLint m_uniformAlignment = 256;
     bool m_abandoned = false; ///< the context is gone: nothing to free
 };
-
-/// Index pairs of the edges between faces, or at the border: edges inside a face that was split
-/// into triangles are left out.
-std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry);
 
 } // namespace kalmyr::detail

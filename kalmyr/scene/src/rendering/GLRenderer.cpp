@@ -102,6 +102,31 @@ void setViewport(const SbViewportRegion& region)
     glViewport(origin[0], origin[1], size[0], size[1]);
 }
 
+/// Angle of view of a sky when nothing is seen in perspective.
+constexpr float kParallelSkyTangent = 0.414f;
+
+/// What the program of the background wants to know; returns how many vectors it takes.
+int backgroundValues(const Frame& frame, float (&values)[kMaxBackgroundStops + 2][4])
+{
+    const SoView& view = frame.views.back().view;
+    const bool parallel = view.projection[2][3] == 0;
+    const auto& stops = frame.background.stops;
+    const int count = std::min(static_cast<int>(stops.size()), kMaxBackgroundStops);
+    values[0][0] = static_cast<float>(count);
+    for (int axis = 0; axis < 2; ++axis) {
+        const float scale = view.projection[axis][axis];
+        values[0][1 + axis] = parallel || scale == 0 ? kParallelSkyTangent : 1 / scale;
+    }
+    SbVec3f up = view.viewing.direction(frame.background.up);
+    up.normalize();
+    std::copy_n(up.getValue(), 3, values[1]);
+    for (int i = 0; i < count; ++i) {
+        const BackgroundStop& stop = stops[static_cast<std::size_t>(i)];
+        setVector(values[2 + i], stop.color, stop.angle);
+    }
+    return count + 2;
+}
+
 const void* indexOffset(std::size_t firstIndex)
 {
     return reinterpret_cast<const void*>(firstIndex * sizeof(std::uint32_t));
@@ -190,12 +215,11 @@ void GLRenderer::drawBackground()
     if (!program) {
         return;
     }
-    float colors[8];
-    setVector(colors, m_frame.background.top, 1);
-    setVector(colors + 4, m_frame.background.bottom, 1);
+    float values[kMaxBackgroundStops + 2][4] = {};
+    const int count = backgroundValues(m_frame, values);
     glDisable(GL_DEPTH_TEST);
     glUseProgram(program->program);
-    glUniform4fv(program->material, 2, colors);
+    glUniform4fv(program->material, count, values[0]);
     glBindVertexArray(m_device.emptyVertexArray());
     glDrawArrays(GL_TRIANGLES, 0, 3);
     glEnable(GL_DEPTH_TEST);
@@ -385,6 +409,24 @@ void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, 
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.edges);
     submit(GL_LINES, buffers.numEdgeIndices, 0);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
+}
+
+/// Sharp edges wherever they are, smooth ones where the surface turns away from the eye.
+void GLRenderer::drawContours(const FrameItem& item, const GLGeometry& buffers)
+{
+    const unsigned features = featuresOf(item) | SHADER_WIDE_LINES;
+    setCulling(GL_NONE);
+    if (buffers.numSharpIndices && prepare(item, buffers, features)) {
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.outline);
+        submit(GL_LINES, buffers.numSharpIndices, 0);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
+    }
+    if (buffers.numSmoothIndices && prepare(item, buffers, features | SHADER_SILHOUETTE)) {
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.outline);
+        submit(GL_LINES_ADJACENCY, buffers.numSmoothIndices,
+               static_cast<std::size_t>(buffers.numSharpIndices));
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
+    }
 }
 
 void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices)
@@ -600,10 +642,8 @@ void GLRenderer::drawOutlines(const GLOutlineStyle& style)
         entry.appearance = look;
         FrameItem outlined = item;
         outlined.entry = &entry;
-        const GLGeometry& buffers = m_device.geometryWithEdges(*entry.geometry);
-        if (buffers.numEdgeIndices) {
-            drawSegments(outlined, buffers, true);
-        }
+        const GLGeometry& buffers = m_device.geometryWithOutline(*entry.geometry);
+        drawContours(outlined, buffers);
         if (buffers.numLineIndices) {
             drawSegments(outlined, buffers, false);
         }

@@ -68,6 +68,7 @@ private:
     void drawItem(const FrameItem& item, bool withFaces = true);
     void drawFaces(const FrameItem& item, const GLGeometry& buffers);
     void drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges);
+    void drawContours(const FrameItem& item, const GLGeometry& buffers);
     void drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices);
     void submit(GLenum mode, GLsizei count, std::size_t firstIndex);
 

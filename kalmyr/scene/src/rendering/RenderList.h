@@ -31,6 +31,12 @@ struct Surroundings final : SoRefCounter {
     std::vector<SbVec4f> clipPlanes;
 };
 
+/// A colour at an angle from the zenith, in radians.
+struct BackgroundStop {
+    SbColor color;
+    float angle = 0;
+};
+
 /// What stands below one separator, in the order of traversal and in the separator's own space.
 ///
 /// Lists are shared by all places where the separator is seen under equal state, and nest.
@@ -54,8 +60,10 @@ public:
         const SoNode* node = nullptr; ///< not owned; the list is dropped when it may be gone
     };
     struct Background {
-        SbColor top;
-        SbColor bottom;
+        SbVec3f
+            up; ///< in the list's space; zero: the picture's own, angles are shares from its top
+        std::vector<BackgroundStop> stops; ///< rising angles
+        bool isSky() const { return up != SbVec3f(0, 0, 0); }
     };
 
     RenderList() = default;

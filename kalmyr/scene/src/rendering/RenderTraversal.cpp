@@ -267,7 +267,14 @@ void RenderTraversal::shape(SoShape* shape)
 
 void RenderTraversal::background(const SbColor& top, const SbColor& bottom)
 {
-    m_list->addBackground({top, bottom});
+    m_list->addBackground({SbVec3f(0, 0, 0), {{top, 0}, {bottom, 1}}});
+}
+
+void RenderTraversal::sky(std::vector<BackgroundStop> stops)
+{
+    const SbVec3f up = SoModelMatrixElement::get(m_state).direction(SbVec3f(0, 1, 0));
+    currentView(); // what the sky is seen by, should nothing else be
+    m_list->addBackground({up, std::move(stops)});
 }
 
 void RenderTraversal::selection(const SoNode* node)

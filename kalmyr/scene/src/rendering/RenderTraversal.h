@@ -35,6 +35,7 @@ public:
     void annotation(SoNode* node);
     void shape(SoShape* shape);
     void background(const SbColor& top, const SbColor& bottom);
+    void sky(std::vector<BackgroundStop> stops);
     void selection(const SoNode* node);
     void clipPlane(const SoNode* node, const SbVec4f& plane);
     void setViewDependent() { m_viewDependent = true; }

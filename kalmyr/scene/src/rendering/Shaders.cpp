@@ -68,7 +68,15 @@ void main()
 
 // Turns a segment into a quad of the wanted width on the screen.
 constexpr const char* kGeometry = R"(
+#ifdef SILHOUETTE
+layout(lines_adjacency) in;
+#define A 1
+#define B 2
+#else
 layout(lines) in;
+#define A 0
+#define B 1
+#endif
 layout(triangle_strip, max_vertices = 4) out;
 in Vertex {
     vec3 eye;
@@ -100,15 +108,15 @@ out float gl_ClipDistance[6];
 #endif
 void corner(float t, vec4 place, vec2 side, float distance)
 {
-    o.eye = mix(i[0].eye, i[1].eye, t);
+    o.eye = mix(i[A].eye, i[B].eye, t);
 #ifdef LIT
-    o.normal = mix(i[0].normal, i[1].normal, t);
+    o.normal = mix(i[A].normal, i[B].normal, t);
 #endif
 #ifdef TEXTURE
-    o.texCoord = mix(i[0].texCoord, i[1].texCoord, t);
+    o.texCoord = mix(i[A].texCoord, i[B].texCoord, t);
 #endif
 #ifdef COLORS
-    o.color = mix(i[0].color, i[1].color, t);
+    o.color = mix(i[A].color, i[B].color, t);
 #endif
 #ifdef CLIP
     CUT(o.eye);
@@ -117,10 +125,20 @@ void corner(float t, vec4 place, vec2 side, float distance)
     gl_Position = vec4(place.xy + side * place.w, place.z, place.w);
     EmitVertex();
 }
+#ifdef SILHOUETTE
+bool facing(vec3 a, vec3 b, vec3 c)
+{
+    vec3 toEye = viewport.z > 0.5 ? vec3(0.0, 0.0, 1.0) : -a;
+    return dot(cross(b - a, c - a), toEye) > 0.0;
+}
+#endif
 void main()
 {
-    vec4 a = gl_in[0].gl_Position;
-    vec4 b = gl_in[1].gl_Position;
+#ifdef SILHOUETTE
+    if (facing(i[1].eye, i[2].eye, i[0].eye) == facing(i[2].eye, i[1].eye, i[3].eye)) return;
+#endif
+    vec4 a = gl_in[A].gl_Position;
+    vec4 b = gl_in[B].gl_Position;
     // The part in front of the eye: points behind it have no place on the screen.
     float da = a.z + a.w;
     float db = b.z + b.w;
@@ -268,21 +286,35 @@ void main()
 }
 )";
 
-// A triangle that covers the viewport, without any vertex data.
+// A triangle that covers the viewport, without any vertex data. Stops go by the angle from the
+// zenith or, when no direction is up, by the share of the picture from its top.
 constexpr const char* kBackgroundVertex = R"(
-uniform vec4 material[2];
-out vec3 mixed;
+out vec2 place;
 void main()
 {
-    vec2 p = vec2(gl_VertexID == 1 ? 3.0 : -1.0, gl_VertexID == 2 ? 3.0 : -1.0);
-    mixed = mix(material[1].rgb, material[0].rgb, p.y * 0.5 + 0.5);
-    gl_Position = vec4(p, 0.0, 1.0);
+    place = vec2(gl_VertexID == 1 ? 3.0 : -1.0, gl_VertexID == 2 ? 3.0 : -1.0);
+    gl_Position = vec4(place, 0.0, 1.0);
 }
 )";
 constexpr const char* kBackgroundFragment = R"(
-in vec3 mixed;
+uniform vec4 material[26]; // number of stops and tangents of the view; up; stops
+in vec2 place;
 out vec4 fragment;
-void main() { fragment = vec4(mixed, 1.0); }
+void main()
+{
+    int count = int(material[0].x);
+    vec3 towards = normalize(vec3(place * material[0].yz, -1.0));
+    float angle = material[1].xyz == vec3(0.0) ? 0.5 - 0.5 * place.y
+                : acos(clamp(dot(towards, material[1].xyz), -1.0, 1.0));
+    vec3 color = material[2].rgb;
+    for (int i = 3; i < count + 2; ++i) {
+        float from = material[i - 1].a;
+        float size = material[i].a - from;
+        float t = size > 0.0 ? clamp((angle - from) / size, 0.0, 1.0) : float(angle >= from);
+        color = mix(color, material[i].rgb, t);
+    }
+    fragment = vec4(color, 1.0);
+}
 )";
 
 std::string header(unsigned features)
@@ -299,7 +331,8 @@ std::string header(unsigned features)
                   {SHADER_FOG, "FOG"},
                   {SHADER_SCREEN_DOOR, "SCREEN_DOOR"},
                   {SHADER_WIDE_LINES, "WIDE_LINES"},
-                  {SHADER_CLIP, "CLIP"}};
+                  {SHADER_CLIP, "CLIP"},
+                  {SHADER_SILHOUETTE, "SILHOUETTE"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {
         if (features & entry.feature) {

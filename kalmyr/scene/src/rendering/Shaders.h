@@ -16,13 +16,15 @@ enum ShaderFeature : unsigned {
     SHADER_SCREEN_DOOR = 128,
     SHADER_WIDE_LINES = 256, ///< lines as quads, with width and pattern
     SHADER_CLIP = 512,
-    SHADER_BACKGROUND = 1024 ///< stands alone
+    SHADER_SILHOUETTE = 1024, ///< with wide lines: of edges with their two triangles' corners
+    SHADER_BACKGROUND = 2048  ///< stands alone
 };
-constexpr unsigned kNumShaderVariants = 2048;
+constexpr unsigned kNumShaderVariants = 4096;
 
 /// Limits of the uniform block of lights and planes; what is beyond them is left out.
 constexpr int kMaxLights = 16;
 constexpr int kMaxClipPlanes = 6;
+constexpr int kMaxBackgroundStops = 24;
 
 /// Places in the array of vectors that describe one appearance.
 enum MaterialSlot : int {

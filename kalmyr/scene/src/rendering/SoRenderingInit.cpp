@@ -14,6 +14,10 @@
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/shapes/SoShape.h>
+#include <kalmyr/vrml/SoVRMLBackground.h>
+
+#include <algorithm>
+#include <numbers>
 
 namespace kalmyr {
 
@@ -78,6 +82,40 @@ void renderGradient(SoAction* action, SoNode* node)
                                             background->getBottomColor());
 }
 
+/// The sky from the zenith down, then the ground from its edge to the nadir. Angles that do not
+/// rise are taken as far as they do.
+std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
+{
+    constexpr float kNadir = std::numbers::pi_v<float>;
+    std::vector<detail::BackgroundStop> stops;
+    float angle = 0;
+    for (int i = 0; i < node.skyColor.getNum(); ++i) {
+        if (i > 0 && i <= node.skyAngle.getNum())
+            angle = std::clamp(node.skyAngle[i - 1], angle, kNadir);
+        stops.push_back({node.skyColor[i], angle});
+    }
+    const int rings = std::min(node.groundColor.getNum(), node.groundAngle.getNum() + 1);
+    if (rings == 0)
+        return stops;
+    const float horizon = kNadir - (rings > 1 ? node.groundAngle[rings - 2] : 0);
+    std::erase_if(stops, [horizon](const auto& stop) { return stop.angle > horizon; });
+    angle = stops.empty() ? 0 : stops.back().angle;
+    if (!stops.empty())
+        stops.push_back({stops.back().color, std::max(horizon, angle)});
+    for (int i = rings - 1; i >= 0; --i) {
+        angle = std::clamp(kNadir - (i > 0 ? node.groundAngle[i - 1] : 0), angle, kNadir);
+        stops.push_back({node.groundColor[i], angle});
+    }
+    return stops;
+}
+
+void renderSky(SoAction* action, SoNode* node)
+{
+    const auto& background = *static_cast<SoVRMLBackground*>(node);
+    if (background.skyColor.getNum() > 0)
+        actionOf(action).traversal().sky(skyStops(background));
+}
+
 void renderClipPlane(SoAction* action, SoNode* node)
 {
     const auto* clip = static_cast<SoClipPlane*>(node);
@@ -125,6 +163,7 @@ void initRendering()
     SoGLRenderAction::addMethod(SoShape::getClassTypeId(), renderShape);
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
+    addByName({"VRMLBackground"}, renderSky);
     addByName(kViewDependent, renderViewDependent);
     addByName(kViewDependentShapes, renderViewDependentShape);
     SoGeometry::setDeathObserver(&detail::GLDevice::geometryDied);

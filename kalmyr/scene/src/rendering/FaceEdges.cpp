@@ -1,0 +1,168 @@
+#include "rendering/FaceEdges.h"
+
+#include <kalmyr/shapes/SoGeometry.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace kalmyr::detail {
+
+namespace {
+
+constexpr float kSharpCosine = 0.77f; // bends of 40 degrees and more
+constexpr float kFlatCosine = 0.99999f;
+
+/// One side of a triangle, listed under the lower of its two vertices.
+struct Side {
+    std::uint32_t other;
+    std::uint32_t corner; ///< index of the side's first corner in the triangles
+};
+
+/// Sides listed by vertex: those of vertex v are at starts[v] up to starts[v + 1], by `other`.
+struct Sides {
+    std::vector<std::uint32_t> starts;
+    std::vector<Side> list;
+};
+
+std::uint32_t nextCorner(std::uint32_t corner)
+{
+    return corner % 3 == 2 ? corner - 2 : corner + 1;
+}
+
+std::uint32_t thirdCorner(std::uint32_t corner)
+{
+    return nextCorner(nextCorner(corner));
+}
+
+Sides listSides(const std::vector<std::uint32_t>& triangles, std::size_t numVertices)
+{
+    Sides sides;
+    sides.starts.assign(numVertices + 1, 0);
+    const auto each = [&triangles](auto&& visit) {
+        for (std::uint32_t c = 0; c < triangles.size(); ++c) {
+            const std::uint32_t a = triangles[c];
+            const std::uint32_t b = triangles[nextCorner(c)];
+            if (a != b)
+                visit(std::min(a, b), Side{std::max(a, b), c});
+        }
+    };
+    each([&](std::uint32_t low, const Side&) { ++sides.starts[low + 1]; });
+    for (std::size_t v = 0; v < numVertices; ++v)
+        sides.starts[v + 1] += sides.starts[v];
+    std::vector<std::uint32_t> next(sides.starts.begin(), sides.starts.end() - 1);
+    sides.list.resize(sides.starts.back());
+    each([&](std::uint32_t low, const Side& side) { sides.list[next[low]++] = side; });
+    for (std::size_t v = 0; v < numVertices; ++v) {
+        std::sort(sides.list.begin() + sides.starts[v], sides.list.begin() + sides.starts[v + 1],
+                  [](const Side& x, const Side& y) { return x.other < y.other; });
+    }
+    return sides;
+}
+
+/// Calls visit(vertex, first side, end of sides) for every edge.
+template <class Visit>
+void eachEdge(const Sides& sides, Visit&& visit)
+{
+    for (std::uint32_t v = 0; v + 1 < sides.starts.size(); ++v) {
+        const Side* side = sides.list.data() + sides.starts[v];
+        const Side* const end = sides.list.data() + sides.starts[v + 1];
+        while (side != end) {
+            const Side* const next = std::find_if(
+                side, end, [other = side->other](const Side& s) { return s.other != other; });
+            visit(v, side, next);
+            side = next;
+        }
+    }
+}
+
+std::uint64_t hashOf(const std::array<std::uint32_t, 3>& bits)
+{
+    std::uint64_t hash = bits[0];
+    hash = (hash ^ bits[1] * 0x9E3779B97F4A7C15ull) * 0xBF58476D1CE4E5B9ull;
+    hash = (hash ^ hash >> 29 ^ bits[2]) * 0x94D049BB133111EBull;
+    return hash ^ hash >> 32;
+}
+
+/// For each vertex the first one at the same place.
+std::vector<std::uint32_t> firstAtPlace(const std::vector<SbVec3f>& positions)
+{
+    constexpr std::uint32_t kNone = 0xffffffff;
+    const std::size_t size = std::bit_ceil(2 * positions.size() + 1);
+    std::vector<std::uint32_t> table(size, kNone);
+    std::vector<std::uint32_t> first(positions.size());
+    for (std::uint32_t i = 0; i < positions.size(); ++i) {
+        const SbVec3f& p = positions[i];
+        // Adding zero makes both zeros one.
+        const std::array<std::uint32_t, 3> bits{std::bit_cast<std::uint32_t>(p[0] + 0.0f),
+                                                std::bit_cast<std::uint32_t>(p[1] + 0.0f),
+                                                std::bit_cast<std::uint32_t>(p[2] + 0.0f)};
+        std::size_t slot = hashOf(bits) & (size - 1);
+        while (table[slot] != kNone && !(positions[table[slot]] == p))
+            slot = (slot + 1) & (size - 1);
+        if (table[slot] == kNone)
+            table[slot] = i;
+        first[i] = table[slot];
+    }
+    return first;
+}
+
+SbVec3f normalOf(const std::vector<SbVec3f>& positions, const std::vector<std::uint32_t>& triangles,
+                 std::uint32_t corner)
+{
+    const std::uint32_t t = corner - corner % 3;
+    const SbVec3f& p = positions[triangles[t]];
+    SbVec3f n = (positions[triangles[t + 1]] - p).cross(positions[triangles[t + 2]] - p);
+    n.normalize();
+    return n;
+}
+
+} // namespace
+
+std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry)
+{
+    const bool hasFaces = geometry.triangleFaces.size() >= geometry.getNumTriangles();
+    const auto faceOf = [&](const Side& side) {
+        const std::uint32_t triangle = side.corner / 3;
+        return hasFaces ? geometry.triangleFaces[triangle] : static_cast<std::int32_t>(triangle);
+    };
+    std::vector<std::uint32_t> edges;
+    eachEdge(listSides(geometry.triangles, geometry.positions.size()),
+             [&](std::uint32_t vertex, const Side* side, const Side* end) {
+                 const auto sameFace = [&](const Side& s) { return faceOf(s) == faceOf(*side); };
+                 if (!std::any_of(side + 1, end, sameFace)) {
+                     edges.push_back(vertex);
+                     edges.push_back(side->other);
+                 }
+             });
+    return edges;
+}
+
+OutlineEdges outlineEdges(const SoGeometry& geometry)
+{
+    const std::vector<SbVec3f>& positions = geometry.positions;
+    const std::vector<std::uint32_t> first = firstAtPlace(positions);
+    std::vector<std::uint32_t> triangles(geometry.triangles.size());
+    std::transform(geometry.triangles.begin(), geometry.triangles.end(), triangles.begin(),
+                   [&first](std::uint32_t i) { return first[i]; });
+    OutlineEdges edges;
+    eachEdge(listSides(triangles, positions.size()),
+             [&](std::uint32_t vertex, const Side* side, const Side* end) {
+                 const float bend = end - side == 2
+                                        ? normalOf(positions, triangles, side[0].corner)
+                                              .dot(normalOf(positions, triangles, side[1].corner))
+                                        : -1.0f;
+                 if (bend > kFlatCosine)
+                     return;
+                 if (bend < kSharpCosine) {
+                     edges.sharp.insert(edges.sharp.end(), {vertex, side->other});
+                     return;
+                 }
+                 edges.smooth.insert(edges.smooth.end(),
+                                     {triangles[thirdCorner(side[0].corner)], vertex, side->other,
+                                      triangles[thirdCorner(side[1].corner)]});
+             });
+    return edges;
+}
+
+} // namespace kalmyr::detail

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class SoGeometry;
+
+namespace kalmyr::detail {
+
+/// Index pairs of the edges between faces, or at the border: edges inside a face that was split
+/// into triangles are left out.
+std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry);
+
+/// The edges that an outline may consist of. Vertices at one place count as one.
+struct OutlineEdges {
+    /// Pairs: edges at the border, between more than two triangles, or with a sharp bend.
+    std::vector<std::uint32_t> sharp;
+    /// Fours: corner of one triangle, the edge, corner of the other triangle. Seen only where one
+    /// of the two faces the eye and the other does not.
+    std::vector<std::uint32_t> smooth;
+};
+OutlineEdges outlineEdges(const SoGeometry& geometry);
+
+} // namespace kalmyr::detail
