@@ -80,6 +80,7 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
         m_structureSensor.attach(root);
     }
     placeCamera();
+    followNavigationInfo();
     stateChanged();
 }
 

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -156,6 +157,22 @@ bool SoGuiViewer::placeByViewpoint()
         static_cast<SoOrthographicCamera*>(m_camera.get())->height =
             m_camera->focalDistance.getValue() * 2 * std::tan(m_heightAngle / 2);
     return true;
+}
+
+void SoGuiViewer::followNavigationInfo()
+{
+    const SoType type = SoType::fromName(SbName("VRMLNavigationInfo"));
+    bool wanted = true;
+    if (!type.isBad() && m_scene) {
+        SoSearchAction search;
+        search.setType(type);
+        search.apply(m_scene.get());
+        if (const SoPath* path = search.getPath())
+            wanted = valueOf<SoSFBool>(*path->getTail(), "headlight", true);
+    }
+    // What the user switched stays between scenes that want the same.
+    if (wanted != std::exchange(m_sceneWantsHeadlight, wanted))
+        setHeadlight(wanted);
 }
 
 void SoGuiViewer::followSceneCamera()

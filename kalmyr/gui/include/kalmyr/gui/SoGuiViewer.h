@@ -31,7 +31,8 @@ public:
     static void initClass();
     SoType getTypeId() const override;
 
-    /// Also when it is the present one the camera is placed anew.
+    /// Also when it is the present one the camera is placed anew. The headlight goes off when the
+    /// scene's navigation info says so, and on again with the next scene that does not.
     void setSceneGraph(SoNode* root) override;
     SoNode* getSceneGraph() const override;
 
@@ -100,6 +101,7 @@ private:
     void placeCamera();
     bool placeByViewpoint();
     void followSceneCamera();
+    void followNavigationInfo();
     SbMatrix cameraSpace() const;
     void adjustClippingPlanes();
     void aimHeadlight();
@@ -122,6 +124,7 @@ private:
     std::uint64_t m_placedProvisionally = 0;
     bool m_ownCamera = true;
     bool m_structureChanged = false;
+    bool m_sceneWantsHeadlight = true;
     bool m_viewing = true;
     bool m_seekMode = false;
     bool m_autoClipping = true;
