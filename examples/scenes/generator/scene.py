@@ -127,7 +127,7 @@ class Writer:
         for value in values:
             word.append(one_value(value))
             if not isinstance(value, int) or value == -1 or len(values) < 8:
-                words.append(" ".join(word) if isinstance(value, int) else word[0])
+                words.append(" ".join(word))
                 word = []
         if word:
             words += word

@@ -74,7 +74,7 @@ def on_board(looks, blocks):
     pines = [(-6.5, -.9, .85), (-5.9, .3, .7), (-6.2, 1.0, .55), (6.3, -1.1, .7), (6.4, .9, .8), (.2, -1.75, .8),
              (-.5, -1.9, .6), (5.9, .1, .5), (1.0, -1.95, .55)]
     return transform("Landscape", (0, BOARD_TOP, BOARD_Z), kids=[
-        track(looks), Train(looks).node(),
+        Train(looks).node(), track(looks),
         transform("LighthousePlace", (3.7, 0, -.75), kids=[toys.lighthouse(looks)]),
         transform("RobotPlace", (-4.2, 0, -.55), kids=[toys.robot_arm(looks, blocks)]),
         blocks.tower(looks, (-1.25, 0, .45)),
@@ -170,9 +170,9 @@ def lights():
     return [Node("NavigationInfo", type=["EXAMINE", "ANY"], headlight=False),
             Node("Background", skyColor=[(.30, .36, .44), (.12, .14, .18)], skyAngle=[1.571],
                  groundColor=[(.05, .05, .06), (.12, .14, .18)], groundAngle=[1.571]),
-            Node("DirectionalLight", "KeyLight", direction=away, color=(1., .955, .87), intensity=.9,
+            Node("DirectionalLight", "KeyLight", direction=away, color=(1., .955, .87), intensity=1.,
                  ambientIntensity=.5),
-            Node("DirectionalLight", "FillLight", direction=(-.8, -.35, -.45), color=(.68, .80, 1.), intensity=.34,
+            Node("DirectionalLight", "FillLight", direction=(-.8, -.35, -.45), color=(.68, .80, 1.), intensity=.45,
                  ambientIntensity=.12),
             Node("SpotLight", "LampLight", location=(-8.3, 4.0, -3.2), direction=(.75, -1., .3),
                  color=(1., .80, .50), intensity=.5, cutOffAngle=1.05, beamWidth=.35, attenuation=(1., .03, .012),
@@ -187,7 +187,8 @@ def build():
     the_board = board(looks, picture("BoardPaint", "BoardPicture", "workshop_board.png"))
     pegs = room(picture("PegboardPaint", "PegboardPicture", "workshop_pegboard.png"), looks)
     scene = transform("Workshop", kids=[
-        pegs, bench(looks, picture("BenchWood", "BenchPicture", "workshop_bench.png")), the_board, landscape, things, hung])
+        landscape, the_board, things, bench(looks, picture("BenchWood", "BenchPicture", "workshop_bench.png")),
+        hung, pegs])
     viewpoint = Node("Viewpoint", "Entrance", position=VIEW[0], orientation=VIEW[1], fieldOfView=VIEW[2],
                      description="At the bench")
     info = Node("WorldInfo", title="Workshop", info=["A model railway on a workbench."])
