@@ -1,0 +1,109 @@
+#include "QtTestTools.h"
+
+#include <kalmyr/sensors/SoDelayQueueSensor.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
+#include <kalmyr/sensors/SoTimerSensor.h>
+
+#include "support/ErrorGuard.h"
+
+#include <QTimer>
+
+namespace {
+
+struct Counter {
+    int count = 0;
+    static void add(void* data, SoSensor*) { ++static_cast<Counter*>(data)->count; }
+};
+
+} // namespace
+
+TEST(SoQt, CountsItsInits)
+{
+    EXPECT_FALSE(SoQt::isInitialized());
+    auto* top = new QWidget;
+    SoQt::init(top);
+    SoQt::init(nullptr);
+    EXPECT_EQ(SoQt::getTopLevelWidget(), top);
+    SoQt::finish();
+    EXPECT_TRUE(SoQt::isInitialized());
+    delete top;
+    EXPECT_EQ(SoQt::getTopLevelWidget(), nullptr);
+    SoQt::finish();
+    EXPECT_FALSE(SoQt::isInitialized());
+    SoQt::finish();
+    EXPECT_FALSE(SoQt::isInitialized());
+}
+
+TEST(SoQt, ServesSensorsInTheEventLoop)
+{
+    SoQt::init(nullptr);
+    Counter changes;
+    Counter ticks;
+    Counter once;
+    FlatCube scene;
+    SoNodeSensor sensor(&Counter::add, &changes);
+    sensor.attach(scene.root.get());
+    for (int i = 1; i <= 10; ++i)
+        scene.cube->width.setValue(static_cast<float>(i));
+    EXPECT_EQ(changes.count, 0) << "the queue waits for the loop";
+    QTest::qWait(1);
+    EXPECT_EQ(changes.count, 1) << "and coalesces";
+
+    SoTimerSensor timer(&Counter::add, &ticks);
+    timer.setInterval(SbTime(0.005));
+    timer.schedule();
+    SoAlarmSensor alarm(&Counter::add, &once);
+    alarm.setTimeFromNow(SbTime(0.01));
+    alarm.schedule();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return ticks.count >= 3 && once.count == 1; }, 5000));
+    timer.unschedule();
+    const int before = ticks.count;
+    QTest::qWait(20);
+    EXPECT_EQ(ticks.count, before);
+    SoQt::finish();
+
+    scene.cube->width.setValue(99);
+    QTest::qWait(5);
+    EXPECT_EQ(changes.count, 1) << "nobody serves the queue after finish()";
+    SoQt::init(nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changes.count == 2; }, 5000));
+    SoQt::finish();
+}
+
+TEST(SoQt, DoesNotServeSensorsFromWithinTheirOwnCallback)
+{
+    SoQt::init(nullptr);
+    struct Nested {
+        int depth = 0;
+        int deepest = 0;
+        int calls = 0;
+        FlatCube scene;
+    } nested;
+    SoNodeSensor sensor(
+        [](void* data, SoSensor*) {
+            auto& n = *static_cast<Nested*>(data);
+            n.deepest = std::max(n.deepest, ++n.depth);
+            if (++n.calls < 3) {
+                n.scene.cube->width.setValue(10.0f + static_cast<float>(n.calls));
+                QTest::qWait(5); // as a dialog would
+                SoQt::processSensors();
+            }
+            --n.depth;
+        },
+        &nested);
+    sensor.attach(nested.scene.root.get());
+    nested.scene.cube->width.setValue(7);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return nested.calls == 3; }, 5000));
+    EXPECT_EQ(nested.deepest, 1);
+    SoQt::finish();
+}
+
+TEST(SoQt, LetsASensorFinishTheBinding)
+{
+    SoQt::init(nullptr);
+    FlatCube scene;
+    SoNodeSensor sensor([](void*, SoSensor*) { SoQt::finish(); }, nullptr);
+    sensor.attach(scene.root.get());
+    scene.cube->width.setValue(3);
+    EXPECT_TRUE(QTest::qWaitFor([] { return !SoQt::isInitialized(); }, 5000));
+}

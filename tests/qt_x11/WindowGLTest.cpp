@@ -1,0 +1,118 @@
+// The same widgets with the window system's own OpenGL, under an X server.
+#include "qt/QtTestTools.h"
+
+#include <kalmyr/rendering/SoOffscreenRenderer.h>
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+
+class WindowGL : public QtViewerTest {
+protected:
+    void SetUp() override
+    {
+        if (QGuiApplication::platformName() != QLatin1String("xcb"))
+            GTEST_SKIP() << "needs an X server";
+        QtViewerTest::SetUp();
+        if (!IsSkipped() && viewer->getDrawing() != SoQtRenderArea::WINDOW_GL)
+            GTEST_SKIP() << "no OpenGL 3.3 in windows here";
+    }
+
+    /// What stands on the screen where the scene is.
+    QImage onScreen(QWidget* widget) const
+    {
+        QTest::qWait(20);
+        const QPoint at = widget->mapToGlobal(QPoint(0, 0));
+        return widget->screen()
+            ->grabWindow(0, at.x(), at.y(), widget->width(), widget->height())
+            .toImage();
+    }
+    bool showsSoon(QWidget* widget, const QColor& color, double least) const
+    {
+        return QTest::qWaitFor([&] { return shareOf(onScreen(widget), color) > least; }, 5000);
+    }
+};
+
+} // namespace
+
+TEST_F(WindowGL, ShowsTheSceneOnTheScreen)
+{
+    EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.1));
+    scene.material->diffuseColor.setValue(SbColor(0, 0, 1));
+    EXPECT_TRUE(showsSoon(surface(), Qt::blue, 0.1));
+    EXPECT_GT(shareOf(viewer->grabImage(), Qt::blue), 0.1);
+}
+
+TEST_F(WindowGL, MouseMovesTheCamera)
+{
+    const SbRotation before = camera().orientation.getValue();
+    drag(Qt::LeftButton, QPoint(40, 10));
+    EXPECT_FALSE(camera().orientation.getValue().equals(before, 0.01f));
+    const std::uint64_t frames = viewer->getFrameCount();
+    wheel(middle(), -1200);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return viewer->getFrameCount() > frames; }, 5000));
+    EXPECT_LT(shareOf(onScreen(surface()), Qt::green), 0.1);
+}
+
+TEST_F(WindowGL, FollowsTheSizeOfTheWindow)
+{
+    viewer->getWidget()->resize(300, 120);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return surface()->height() == 120; }, 5000));
+    viewer->viewAll();
+    const QImage picture = viewer->grabImage();
+    EXPECT_EQ(picture.height(), 120);
+    EXPECT_GT(shareOf(picture, Qt::green), 0.05);
+}
+
+/// Moving to another window ends the context that all buffers belong to.
+TEST_F(WindowGL, SurvivesTheLossOfItsContext)
+{
+    QWidget other;
+    auto* layout = new QVBoxLayout(&other);
+    other.resize(200, 160);
+    other.move(300, 0);
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    for (int i = 0; i < 3; ++i) {
+        layout->addWidget(viewer->getWidget());
+        viewer->show();
+        EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.05)) << "round " << i;
+        viewer->getWidget()->setParent(nullptr);
+        viewer->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer->getWidget()));
+        EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.05)) << "round " << i;
+    }
+}
+
+TEST_F(WindowGL, TwoViewersShowOneScene)
+{
+    auto second = std::make_unique<SoQtExaminerViewer>(nullptr, "second");
+    second->setSceneGraph(scene.root.get());
+    second->getWidget()->setGeometry(400, 0, 200, 160);
+    second->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(second->getWidget()));
+    EXPECT_TRUE(showsSoon(second->getRenderWidget(), Qt::green, 0.1));
+    scene.material->diffuseColor.setValue(SbColor(1, 0, 0));
+    EXPECT_TRUE(showsSoon(second->getRenderWidget(), Qt::red, 0.1));
+    EXPECT_TRUE(showsSoon(surface(), Qt::red, 0.1));
+    second.reset();
+    scene.material->diffuseColor.setValue(SbColor(0, 0, 1));
+    EXPECT_TRUE(showsSoon(surface(), Qt::blue, 0.1));
+}
+
+TEST_F(WindowGL, WindowAndOffscreenContextsLiveTogether)
+{
+    ASSERT_TRUE(SoOffscreenContext::shared().isValid());
+    SoOffscreenRenderer renderer(SbViewportRegion(32, 32));
+    renderer.setDefaultCamera(true);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(renderer.render(scene.root.get()));
+        EXPECT_TRUE(viewer->redraw());
+        const unsigned char* p = renderer.getBuffer() + 3 * (16 * 32 + 16);
+        EXPECT_GT(p[1], 200);
+        EXPECT_LT(p[0], 20);
+        EXPECT_GT(shareOf(viewer->grabImage(), Qt::green), 0.1);
+    }
+}
