@@ -2,12 +2,14 @@
 
 #include "mirabo/overview/FieldText.h"
 #include "mirabo/overview/SoMiraboList.h"
+#include "mirabo/overview/ValueOrder.h"
 
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QIcon>
+#include <QPixmap>
 
 namespace {
 
@@ -16,23 +18,20 @@ QString toText(const SbName& name)
     return QString::fromUtf8(name.getString());
 }
 
-const QIcon& ignoreIcon()
+/// A tool tip that Qt wraps and does not take for markup.
+QString plainToolTip(const QString& text)
 {
-    static const QIcon icon(":/Mirabo_icons/Icons/ignore.png");
-    return icon;
-}
-
-const QIcon& connectionIcon()
-{
-    static const QIcon icon(":/Mirabo_icons/Icons/connection.png");
-    return icon;
+    QString html = text.toHtmlEscaped();
+    return "<qt>" + html.replace('\n', "<br>") + "</qt>";
 }
 
 } // namespace
 
-SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, const SoNode* twin, int index, bool part)
-    : m_node(node),
+SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, SoNode* twin, int index, bool part)
+    : m_list(list),
+      m_node(node),
       m_field(node->getFieldData()->getField(node, index)),
+      m_twin(twin),
       m_defaultField(twin ? twin->getFieldData()->getField(twin, index) : nullptr),
       m_sensor(&SoFieldItem::fieldChanged, this),
       m_part(part)
@@ -43,61 +42,95 @@ SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, const SoNode* twin, i
     setText(SoMiraboList::FieldName, toText(node->getFieldData()->getFieldName(index)));
     if (SoMiraboList::isNetNameMode())
         setText(SoMiraboList::NodeNetName, toText(node->getNetName()));
-    watch();
-    list->addTopLevelItem(this); // last: a text set on an attached row looks its row up
+    startWatching();
 }
 
 SoFieldItem::SoFieldItem(SoMiraboList* list, const SoFieldItem& other)
-    : m_node(other.m_node),
+    : m_list(list),
+      m_node(other.m_node),
       m_field(other.m_field),
+      m_twin(other.m_twin),
       m_defaultField(other.m_defaultField),
       m_sensor(&SoFieldItem::fieldChanged, this),
       m_part(other.m_part)
 {
     for (int column = 0; column < list->columnCount(); ++column)
-        setText(column, other.text(column));
-    watch();
-    list->addTopLevelItem(this);
+        if (column != SoMiraboList::FieldValue)
+            setText(column, other.text(column));
+    startWatching();
 }
 
 SoFieldItem::~SoFieldItem()
 {
     m_sensor.detach();
+    if (m_list)
+        m_list->forgetRow(this);
 }
 
-void SoFieldItem::watch()
+void SoFieldItem::startWatching()
 {
     m_sensor.setDeleteCallback(&SoFieldItem::fieldDied, this);
-    if (m_field)
-        m_sensor.attach(m_field);
+    m_list->lookAfter(this);
+    setLive(m_list->isInView());
+    updateEnabled();
 }
 
-SoMiraboList* SoFieldItem::list() const
+void SoFieldItem::setLive(bool on)
 {
-    return static_cast<SoMiraboList*>(treeWidget());
+    if (!m_field)
+        return;
+    m_stale = true; // nobody told what happened before
+    m_sensor.attach(on ? m_field : nullptr);
 }
 
 void SoFieldItem::fieldChanged(void* data, SoSensor*)
 {
     auto* item = static_cast<SoFieldItem*>(data);
-    item->invalidate();
-    if (SoMiraboList* owner = item->list())
-        owner->rowChanged(item);
+    item->letGo();
+    if (item->m_list)
+        item->m_list->rowChanged(item);
+    else
+        item->invalidate();
+}
+
+void SoFieldItem::letGo()
+{
+    // A queued sensor keeps the node that it reported alive until it hears of something else; a
+    // row must not.
+    m_sensor.detach();
+    if (m_field)
+        m_sensor.attach(m_field);
 }
 
 void SoFieldItem::fieldDied(void* data, SoSensor*)
 {
-    auto* item = static_cast<SoFieldItem*>(data);
-    item->m_field = nullptr;
-    item->m_node = nullptr;
-    item->m_stale = false;
-    item->setText(SoMiraboList::NodeName, QStringLiteral("(deleted)"));
-    item->setDisabled(true);
+    static_cast<SoFieldItem*>(data)->fieldGone(false);
+}
+
+void SoFieldItem::fieldGone(bool stillWhole)
+{
+    if (!m_field)
+        return;
+    if (stillWhole) {
+        m_wasDefault = m_field->isDefault();
+        m_wasIgnored = m_field->isIgnored();
+        m_wasConnected = m_field->isConnected();
+        refreshText();
+    }
+    m_sensor.detach();
+    m_field = nullptr;
+    m_node = nullptr;
+    m_defaultField = nullptr;
+    m_stale = false;
+    const QString name = text(SoMiraboList::NodeName);
+    setText(SoMiraboList::NodeName,
+            name.isEmpty() ? QStringLiteral("(deleted)") : name + " (deleted)");
+    setDisabled(true);
 }
 
 bool SoFieldItem::isFieldDefault() const
 {
-    return !m_field || m_field->isDefault();
+    return m_field ? m_field->isDefault() : m_wasDefault;
 }
 
 void SoFieldItem::updateNodeName()
@@ -106,29 +139,81 @@ void SoFieldItem::updateNodeName()
         setText(SoMiraboList::NodeName, toText(m_node->getName()));
 }
 
+void SoFieldItem::updateEnabled()
+{
+    if (m_field && !isDisabled() && !mirabo::isEditedInPlace(*m_field))
+        setDisabled(true);
+}
+
 void SoFieldItem::updateValue()
 {
-    m_stale = false;
     if (!m_field)
         return;
-    const mirabo::FieldText value = mirabo::fieldText(*m_field);
-    if (value.isImage)
-        setIcon(SoMiraboList::FieldValue, QIcon(QPixmap()));
-    else
-        setText(SoMiraboList::FieldValue, value.text);
-    // A row once disabled stays so: it tells that the value is not edited in place.
-    if (!value.editable)
-        setDisabled(true);
-    setIcon(SoMiraboList::Ignored, m_field->isIgnored() ? ignoreIcon() : QIcon());
-    setIcon(SoMiraboList::Connected, m_field->isConnected() ? connectionIcon() : QIcon());
+    refreshText();
+    updateEnabled();
+    emitDataChanged();
+}
+
+void SoFieldItem::refreshText() const
+{
+    mirabo::FieldText value = mirabo::fieldText(*m_field);
+    m_value = std::move(value.text);
+    m_isImage = value.isImage;
+    m_stale = m_sensor.getAttachedField() == nullptr; // unwatched: may change unheard
+}
+
+QString SoFieldItem::copiedValue() const
+{
+    return m_field ? mirabo::copiedText(*m_field) : m_value;
+}
+
+QString SoFieldItem::placeText() const
+{
+    const QString place = m_node && m_list ? m_list->placeOf(m_node) : QString();
+    const QString name = text(SoMiraboList::FieldName);
+    return place.isEmpty() ? name : place + '.' + name;
+}
+
+QVariant SoFieldItem::valueData(int role) const
+{
+    const bool shows =
+        role == Qt::DisplayRole || role == Qt::DecorationRole || role == Qt::ToolTipRole;
+    if (shows && m_stale && m_field)
+        refreshText();
+    switch (role) {
+    case Qt::DisplayRole:
+        return m_isImage ? QVariant() : QVariant(m_value);
+    case Qt::DecorationRole:
+        return m_isImage ? QVariant(QIcon(QPixmap())) : QVariant();
+    case Qt::ToolTipRole:
+        return plainToolTip(m_field ? mirabo::toolTipText(*m_field, m_value) : m_value);
+    default:
+        return QTreeWidgetItem::data(SoMiraboList::FieldValue, role);
+    }
+}
+
+bool SoFieldItem::hasFlag(int column) const
+{
+    if (column == SoMiraboList::Ignored)
+        return m_field ? m_field->isIgnored() : m_wasIgnored;
+    return column == SoMiraboList::Connected && (m_field ? m_field->isConnected() : m_wasConnected);
 }
 
 QVariant SoFieldItem::data(int column, int role) const
 {
-    if (m_stale
-        && (role == Qt::DisplayRole || role == Qt::DecorationRole || role == Qt::ToolTipRole))
-        const_cast<SoFieldItem*>(this)->updateValue(); // a cache of what the field holds
-    if (role == Qt::ToolTipRole && column == SoMiraboList::FieldValue)
-        return text(column);
+    if (column == SoMiraboList::FieldValue)
+        return valueData(role);
+    if (role == Qt::ToolTipRole)
+        return plainToolTip(placeText());
+    if (role == Qt::DecorationRole && m_list && hasFlag(column))
+        return m_list->headerItem()->icon(column);
     return QTreeWidgetItem::data(column, role);
+}
+
+bool SoFieldItem::operator<(const QTreeWidgetItem& other) const
+{
+    const int column = m_list ? m_list->sortColumn() : 0;
+    if (column == SoMiraboList::Ignored || column == SoMiraboList::Connected)
+        return hasFlag(column) && !static_cast<const SoFieldItem&>(other).hasFlag(column);
+    return column >= 0 && mirabo::valueLess(text(column), other.text(column));
 }

@@ -1,42 +1,88 @@
 #include "mirabo/overview/SoFieldWatch.h"
 
+#include "mirabo/overview/FieldText.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/preferences/Settings.h"
 
 #include <kalmyr/core/SoField.h>
-#include <kalmyr/fields/SoMFNode.h>
-#include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/core/SoNode.h>
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 
 SoFieldWatch::SoFieldWatch(QWidget* parent) : SoMiraboList(parent)
 {
     setObjectName("SoFieldWatch");
     setAccessibleName("Watched fields");
     setEmptyHint(tr("Select a field in the node overview and press \"Watch\" to keep it in view."));
-    for (int i = 0; i + 1 < columnCount(); ++i) {
-        const int width = mirabo::readListColumnWidth(mirabo::kFieldWatchGroup, i);
-        if (width == -1)
-            continue;
-        header()->setSectionResizeMode(i + 1, QHeaderView::Interactive);
-        setColumnWidth(i + 1, width);
-    }
+    setMinimumHeight(mirabo::readFieldWatchHeight());
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    applyStoredWidths();
     connect(this, &QTreeWidget::itemSelectionChanged, this, &SoFieldWatch::fieldSelectionChanged);
     connect(this, &QTreeWidget::itemDoubleClicked, this, &SoFieldWatch::revealRequested);
+    connect(this, &QWidget::customContextMenuRequested, this, &SoFieldWatch::showContextMenu);
+    connect(model(), &QAbstractItemModel::rowsInserted, this, &SoFieldWatch::countRows);
+    connect(model(), &QAbstractItemModel::rowsRemoved, this, &SoFieldWatch::countRows);
+    connect(model(), &QAbstractItemModel::modelReset, this, &SoFieldWatch::countRows);
     initPreferences();
+}
+
+SoFieldWatch::~SoFieldWatch()
+{
+    model()->disconnect(this);
+}
+
+void SoFieldWatch::applyStoredWidths()
+{
+    // Rows of many nodes say little without the node's name: unlike the overview's, its column is
+    // open until the user closes it.
+    const int natural = columnWidth(NodeName);
+    restoreColumnWidths(mirabo::kFieldWatchGroup);
+    if (!mirabo::hasListColumnWidth(mirabo::kFieldWatchGroup, NodeName - 1))
+        setColumnWidth(NodeName, natural);
+}
+
+void SoFieldWatch::countRows()
+{
+    const bool has = topLevelItemCount() > 0;
+    if (m_hadRows && !has)
+        Q_EMIT listCleared();
+    m_hadRows = has;
 }
 
 SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 {
     const SoField* field = row.getField();
-    if (!field || findFieldItem(field))
+    if (!field || !mirabo::isWatchable(*field) || findFieldItem(field))
         return nullptr;
-    if (field->isOfType(SoSFNode::getClassTypeId()) || field->isOfType(SoMFNode::getClassTypeId()))
-        return nullptr; // nodes are looked at in the overview
     auto* added = new SoFieldItem(this, row);
-    added->updateValue();
+    labelRow(added);
+    addTopLevelItem(added);
     return added;
+}
+
+void SoFieldWatch::labelRow(SoFieldItem* row)
+{
+    if (row->getNode() && row->getNode()->getName().isEmpty())
+        row->setText(NodeName, placeOf(row->getNode()));
+}
+
+void SoFieldWatch::updateNodeName(const SoNode* node)
+{
+    for (int row = 0; row < topLevelItemCount(); ++row) {
+        SoFieldItem* item = fieldItem(row);
+        if (!item->getNode() || (node && item->getNode() != node))
+            continue;
+        item->updateNodeName();
+        labelRow(item);
+    }
+}
+
+void SoFieldWatch::updateNodeNames()
+{
+    updateNodeName(nullptr);
 }
 
 void SoFieldWatch::fieldSelectionChanged()
@@ -52,8 +98,20 @@ void SoFieldWatch::deleteCurrent()
         return;
     removeFieldItem(row);
     delete row;
-    if (topLevelItemCount() == 0)
-        Q_EMIT listCleared();
+}
+
+void SoFieldWatch::showContextMenu(const QPoint& position)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, position, viewport()->mapToGlobal(position));
+    if (m_menuHandler) {
+        m_menuHandler(&event);
+        return;
+    }
+    if (!itemAt(position))
+        return;
+    QMenu menu;
+    connect(menu.addAction(tr("&Delete")), &QAction::triggered, this, &SoFieldWatch::deleteCurrent);
+    menu.exec(event.globalPos());
 }
 
 void SoFieldWatch::initPreferences()
@@ -71,7 +129,7 @@ void SoFieldWatch::setPreferences()
 void SoFieldWatch::saveColumnWidths()
 {
     for (int i = 0; i + 1 < columnCount(); ++i)
-        mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, i, columnWidth(i + 1));
+        mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, i, storedWidth(i + 1));
 }
 
 void SoFieldWatch::keyReleaseEvent(QKeyEvent* event)
@@ -79,4 +137,10 @@ void SoFieldWatch::keyReleaseEvent(QKeyEvent* event)
     if (event->key() == Qt::Key_Delete)
         deleteCurrent();
     SoMiraboList::keyReleaseEvent(event);
+}
+
+void SoFieldWatch::focusInEvent(QFocusEvent* event)
+{
+    Q_EMIT focused();
+    SoMiraboList::focusInEvent(event);
 }

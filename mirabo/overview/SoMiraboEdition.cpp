@@ -1,11 +1,14 @@
 #include "mirabo/overview/SoMiraboEdition.h"
 
+#include "mirabo/overview/SoFieldIgnoreCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
+#include "mirabo/overview/SoNodeOverrideCommand.h"
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
 
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QDockWidget>
@@ -19,23 +22,41 @@ SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDo
     m_watch->setObjectName("m_fieldWatch");
     overviewDock->setWidget(m_tabs);
     watchDock->setWidget(m_watch);
-    connect(m_tabs, &SoTabNodeOverview::currentRowChanged, this, &SoMiraboEdition::setField);
-    connect(m_tabs, &SoTabNodeOverview::clearFieldEditorEvent, this,
-            &SoMiraboEdition::clearFieldEditorEvent);
-    connect(m_tabs, &SoTabNodeOverview::overrideRequested, this,
-            &SoMiraboEdition::overrideRequested);
-    connect(m_tabs, &SoTabNodeOverview::watchRequested, this, &SoMiraboEdition::addFieldWatch);
-    connect(m_tabs, &SoTabNodeOverview::renamed, this, [this](SoNode* node) {
-        m_tabs->nodeRenamed(node);
-        Q_EMIT nodeRenamed(node);
+    connectTabs();
+    connect(m_watch, &SoFieldWatch::rowChosen, this, [this](QTreeWidgetItem* row) {
+        selectField(static_cast<SoFieldItem*>(row)->getField());
     });
+    connect(m_watch, &SoMiraboList::fieldDied, this, &SoMiraboEdition::forgetField);
 }
 
 SoMiraboEdition::~SoMiraboEdition() = default;
 
+void SoMiraboEdition::connectTabs()
+{
+    connect(m_tabs, &SoTabNodeOverview::currentRowChanged, this, &SoMiraboEdition::setField);
+    connect(m_tabs, &SoTabNodeOverview::fieldDied, this, &SoMiraboEdition::forgetField);
+    connect(m_tabs, &SoTabNodeOverview::clearFieldEditorEvent, this,
+            &SoMiraboEdition::clearFieldEditorEvent);
+    connect(m_tabs, &SoTabNodeOverview::overrideRequested, this,
+            &SoMiraboEdition::overrideRequested);
+    connect(m_tabs, &SoTabNodeOverview::ignoreRequested, this, &SoMiraboEdition::ignoreRequested);
+    connect(m_tabs, &SoTabNodeOverview::watchRequested, this, &SoMiraboEdition::addFieldWatch);
+    connect(m_tabs, &SoTabNodeOverview::renamed, this, [this](SoNode* node) {
+        m_tabs->nodeRenamed(node);
+        m_watch->updateNodeName(node);
+        Q_EMIT nodeRenamed(node);
+    });
+}
+
+void SoMiraboEdition::setPlaceProvider(const PlaceProvider& provider)
+{
+    m_tabs->setPlaceProvider(provider);
+    m_watch->setPlaceProvider(provider);
+}
+
 void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
 {
-    if (!node)
+    if (!node || !m_tabs)
         return;
     m_overviewDock->show();
     m_watchDock->show();
@@ -44,43 +65,90 @@ void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
     showInCurrentTab(node, kit);
 }
 
+void SoMiraboEdition::bringUp(SoNode* node)
+{
+    const int shown = node && m_tabs ? m_tabs->indexOfNode(node) : -1;
+    if (shown < 0) {
+        showNode(node, nullptr, false);
+        return;
+    }
+    m_overviewDock->show();
+    m_tabs->setCurrentIndex(shown);
+}
+
 void SoMiraboEdition::showInCurrentTab(SoNode* node, SoNode* kit)
 {
     SoNodeOverview* overview = m_tabs->currentOverview();
     overview->setNode(node, kit);
-    if (!overview->getList()->firstEnabledItem())
+    m_tabs->showTabTitle(m_tabs->currentIndex(), m_icons ? m_icons(node->getTypeId()) : QIcon());
+    if (SoFieldItem* first = overview->getList()->firstEnabledItem())
+        overview->getList()->chooseRow(first);
+    else
         Q_EMIT m_tabs->clearFieldEditorEvent();
-    const int tab = m_tabs->currentIndex();
-    if (m_icons)
-        m_tabs->setTabIcon(tab, m_icons(node->getTypeId()));
-    m_tabs->setTabText(tab, QString::fromUtf8(node->getTypeId().getName().getString()));
 }
 
 SoNode* SoMiraboEdition::getNode() const
 {
-    const SoNodeOverview* overview = m_tabs->currentOverview();
+    const SoNodeOverview* overview = m_tabs ? m_tabs->currentOverview() : nullptr;
     return overview ? overview->getNode() : nullptr;
 }
 
 void SoMiraboEdition::clear()
 {
-    m_watch->clear();
-    m_tabs->reset();
+    if (m_watch)
+        m_watch->setNode(nullptr);
+    if (m_tabs)
+        m_tabs->reset();
+}
+
+void SoMiraboEdition::refresh()
+{
+    for (int i = 0; m_tabs && i < m_tabs->count(); ++i)
+        m_tabs->overview(i)->refreshName();
+    if (m_watch)
+        m_watch->updateNodeNames();
+}
+
+void SoMiraboEdition::selectField(SoField* field)
+{
+    m_selectedField = field;
+    Q_EMIT fieldSelected(field);
+}
+
+void SoMiraboEdition::forgetField(const SoField* field)
+{
+    if (field && field == m_selectedField)
+        selectField(nullptr);
 }
 
 void SoMiraboEdition::setField(QTreeWidgetItem* current, QTreeWidgetItem*)
 {
     if (!current) {
-        Q_EMIT fieldSelected(nullptr);
+        selectField(nullptr);
         return;
     }
     if (SoNodeOverview* overview = m_tabs->currentOverview())
         overview->setWatchEnabled(true);
-    Q_EMIT fieldSelected(static_cast<SoFieldItem*>(current)->getField());
+    selectField(static_cast<SoFieldItem*>(current)->getField());
 }
 
 void SoMiraboEdition::addFieldWatch()
 {
+    if (!m_tabs || !m_watch)
+        return;
     if (const auto* row = static_cast<SoFieldItem*>(m_tabs->currentListItem()))
         m_watch->addField(*row);
+}
+
+MrbCommand* SoMiraboEdition::makeOverrideCommand(bool on) const
+{
+    SoNode* node = getNode();
+    return node ? new SoNodeOverrideCommand(node, on) : nullptr;
+}
+
+MrbCommand* SoMiraboEdition::makeIgnoreCommand() const
+{
+    if (!m_selectedField || !m_selectedField->getContainer())
+        return nullptr;
+    return new SoFieldIgnoreCommand(m_selectedField, !m_selectedField->isIgnored());
 }

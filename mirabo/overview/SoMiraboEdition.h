@@ -2,9 +2,11 @@
 
 #include <QIcon>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 
+class MrbCommand;
 class QDockWidget;
 class QTreeWidgetItem;
 class SoField;
@@ -13,12 +15,15 @@ class SoNode;
 class SoTabNodeOverview;
 class SoType;
 
-/// Controller of the node overview tabs and the field watch: puts nodes into tabs and tells which
-/// field is selected.
+/// Controller of the node overview tabs and the field watch: puts nodes into tabs, tells which
+/// field is selected, and makes the commands that the panels ask for.
 class SoMiraboEdition final : public QObject {
     Q_OBJECT
 
 public:
+    /// Says where a node stands in the scene, for people.
+    using PlaceProvider = std::function<QString(const SoNode*)>;
+
     /// Creates both panels in their docks, which the main window owns.
     SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDock);
     ~SoMiraboEdition() override;
@@ -26,21 +31,36 @@ public:
     /// Shows a node in the current tab, or in a new one. `kit` may hold it as a part, or is null.
     /// Shows the docks. Nothing for a null node.
     void showNode(SoNode* node, SoNode* kit, bool newTab);
+    /// Brings up the tab that shows the node already; without one, shows it in the current tab.
+    void bringUp(SoNode* node);
     /// Node of the current tab, or null.
     SoNode* getNode() const;
+    /// The field told last by fieldSelected(), or null; never one that has died.
+    SoField* getSelectedField() const { return m_selectedField; }
     void clear();
+    /// Takes over what the rows do not follow by themselves: names.
+    void refresh();
 
     SoTabNodeOverview* getTabs() const { return m_tabs; }
     SoFieldWatch* getWatch() const { return m_watch; }
 
     /// Gives the icon of a node type for the tabs.
     void setIconProvider(std::function<QIcon(SoType)> provider) { m_icons = std::move(provider); }
+    /// For tool tips, and the labels of watched nodes without a name.
+    void setPlaceProvider(const PlaceProvider& provider);
+
+    /// A new command for the node of the current tab; null when it shows none.
+    MrbCommand* makeOverrideCommand(bool on) const;
+    /// A new command that switches the selected field's ignored flag; null when there is no field.
+    MrbCommand* makeIgnoreCommand() const;
 
 Q_SIGNALS:
     /// Null when no field is selected any more.
     void fieldSelected(SoField* field);
     void clearFieldEditorEvent();
     void overrideRequested(bool on);
+    /// The selected field's ignored flag is to be switched.
+    void ignoreRequested();
     void nodeRenamed(SoNode* node);
 
 public Q_SLOTS:
@@ -49,11 +69,15 @@ public Q_SLOTS:
     void addFieldWatch();
 
 private:
+    void connectTabs();
     void showInCurrentTab(SoNode* node, SoNode* kit);
+    void selectField(SoField* field);
+    void forgetField(const SoField* field);
 
-    QDockWidget* m_overviewDock; // Not owned; the main window's.
-    QDockWidget* m_watchDock;    // Not owned; the main window's.
-    SoTabNodeOverview* m_tabs;   // Not owned; its dock's.
-    SoFieldWatch* m_watch;       // Not owned; its dock's.
+    QPointer<QDockWidget> m_overviewDock; // Not owned; the main window's.
+    QPointer<QDockWidget> m_watchDock;    // Not owned; the main window's.
+    QPointer<SoTabNodeOverview> m_tabs;   // Not owned; its dock's.
+    QPointer<SoFieldWatch> m_watch;       // Not owned; its dock's.
+    SoField* m_selectedField = nullptr;   // Not owned; forgotten when it dies.
     std::function<QIcon(SoType)> m_icons;
 };

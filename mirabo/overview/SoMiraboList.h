@@ -1,14 +1,19 @@
 #pragma once
 
+#include "mirabo/overview/NodeGuard.h"
+#include "mirabo/preferences/TextStyle.h"
+
 #include <kalmyr/base/SoRef.h>
 
 #include <QColor>
 #include <QFont>
 #include <QTreeWidget>
 
+#include <functional>
 #include <map>
-
-#include "mirabo/preferences/TextStyle.h"
+#include <memory>
+#include <unordered_map>
+#include <vector>
 
 class QAction;
 class SoField;
@@ -19,7 +24,8 @@ class SoNode;
 /// Base of the node overview's list and of the field watch.
 ///
 /// Values follow the scene by field sensors. However many changes come in one pass of the event
-/// loop, they cost one repaint of the rows in view.
+/// loop, they cost one repaint of the changed cells in view. A hidden list has no sensors; it only
+/// hears when its nodes die.
 class SoMiraboList : public QTreeWidget {
     Q_OBJECT
 
@@ -35,6 +41,8 @@ public:
         FieldValue = 7,
         NodeNetName = 8 ///< in the net-name mode only
     };
+    /// Says where a node stands in the scene, for people.
+    using PlaceProvider = std::function<QString(const SoNode*)>;
 
     explicit SoMiraboList(QWidget* parent = nullptr);
     ~SoMiraboList() override;
@@ -48,12 +56,17 @@ public:
     void updateFieldValue(SoFieldItem* item);
     /// Updates the first row of `field`; every row for null.
     void updateField(SoField* field);
+    /// Takes over the node's present name in its rows.
+    virtual void updateNodeName(const SoNode* node);
     SoFieldItem* findFieldItem(const SoField* field) const;
     /// First row that is not disabled, or null.
     SoFieldItem* firstEnabledItem() const;
-    /// Takes a row out; the caller deletes it.
+    /// Takes a row out; the caller deletes it. Nothing for a row of another list.
     void removeFieldItem(QTreeWidgetItem* item);
     SoFieldItem* fieldItem(int row) const;
+    SoFieldItem* currentFieldItem() const;
+    /// Makes a row current and selects it, a disabled one too.
+    void chooseRow(QTreeWidgetItem* item);
 
     void setShowCatalogParts(bool on);
     bool isShowingCatalogParts() const { return m_showCatalogParts; }
@@ -61,6 +74,8 @@ public:
 
     /// Every width of this list is set here; tells when it really changed.
     virtual void setColumnWidth(int column, int width);
+    /// The width to store for a column: -1 for the value column while it fills the list.
+    int storedWidth(int column) const;
 
     /// Styles of default and changed values, painted in the value column.
     void setStyles(const mirabo::StyleTable& styles);
@@ -69,9 +84,20 @@ public:
 
     /// Grey line shown while the list is empty.
     void setEmptyHint(const QString& hint) { m_emptyHint = hint; }
+    void setPlaceProvider(PlaceProvider provider) { m_place = std::move(provider); }
+    /// Where a node stands, or the empty text when nobody knows.
+    QString placeOf(const SoNode* node) const { return m_place ? m_place(node) : QString(); }
 
+    /// \name For the rows
+    /// @{
+    /// True while the list is on the screen: rows follow their fields.
+    bool isInView() const { return m_inView; }
+    /// A row came: it is told when its node dies.
+    void lookAfter(SoFieldItem* item);
+    void forgetRow(SoFieldItem* item);
     /// A row's value changed: repaints once, at the end of the pass.
     void rowChanged(SoFieldItem* item);
+    /// @}
 
 public Q_SLOTS:
     /// Hides the rows whose field has its default value, or shows them again.
@@ -79,18 +105,45 @@ public Q_SLOTS:
     void headerRightClicked(const QPoint& position);
     /// Shows or hides the column that the action's text names.
     void toggleHeaderColumnVisibility(QAction* toggledAction);
+    /// Puts the current row's value on the clipboard.
+    void copyCurrentValue();
 
 Q_SIGNALS:
     void columnWidthChanged(int column, int newWidth);
+    /// The field of a row is dying, inside the change that kills its node. The pointer is good for
+    /// comparison only.
+    void fieldDied(const SoField* field);
 
 protected:
+    void restoreColumnWidths(const QString& group);
+
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) const override;
 
 private:
+    struct NodeRows {
+        std::unique_ptr<mirabo::NodeGuard> guard;
+        std::vector<SoFieldItem*> rows; // Not owned; the list's.
+    };
+
+    void setUpColumns();
+    void applyNaturalWidths();
+    void fillWidth();
     SoNode* twinOf(const SoNode* node);
-    void fill(SoNode* node);
+    QList<QTreeWidgetItem*> makeRows(SoNode* node);
+    void nodeDied(const SoNode* node);
+    void setInView(bool on);
+    bool isWanted(const SoFieldItem* item) const;
     void repaintRows();
+    bool moveByKey(int key);
 
     QColor m_defaultColor;
     QColor m_changedColor;
@@ -98,8 +151,13 @@ private:
     QFont m_changedFont;
     bool m_showCatalogParts = true;
     bool m_showChangedOnly = false;
-    /// Default-valued twins by type, kept as long as rows may compare with them.
+    /// Default-valued twins by type, kept as long as the list.
     std::map<int, SoRef<SoNode>> m_referenceNodes;
+    std::unordered_map<const SoNode*, NodeRows> m_nodes;
     QString m_emptyHint;
+    PlaceProvider m_place;
     bool m_repaintPending = false;
+    bool m_inView = false;
+    bool m_valueFills = true; ///< the value column takes what the others leave
+    bool m_filling = false;
 };

@@ -1,6 +1,18 @@
 #include "mirabo/overview/SoNodeOverrideCommand.h"
 
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoDB.h>
+
+namespace {
+
+void apply(SoNode* node, bool state)
+{
+    SoDB::writelock();
+    node->setOverride(state);
+    SoDB::writeunlock();
+}
+
+} // namespace
 
 SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
     : m_node(node), m_state(state)
@@ -9,13 +21,13 @@ SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
 
 bool SoNodeOverrideCommand::execute()
 {
-    m_node->setOverride(m_state);
+    apply(m_node.get(), m_state);
     return true;
 }
 
 void SoNodeOverrideCommand::undo()
 {
-    m_node->setOverride(!m_state);
+    apply(m_node.get(), !m_state);
 }
 
 void SoNodeOverrideCommand::redo()

@@ -1,11 +1,17 @@
 #include "mirabo/overview/SoNodeOverview.h"
 
+#include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 
+#include <kalmyr/cameras/SoCamera.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/lights/SoLight.h>
+#include <kalmyr/nodes/SoTransformation.h>
+#include <kalmyr/shapes/SoShape.h>
 
 #include <QCheckBox>
+#include <QEvent>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -21,6 +27,18 @@ namespace {
 QString addressText(const SoNode* node)
 {
     return "0x" + QString::number(reinterpret_cast<std::uintptr_t>(node), 16);
+}
+
+/// Whether a node's properties can hold for what comes after it: its flag says so by a field, or
+/// it is a property that traversals keep in their state.
+bool canOverride(const SoNode* node)
+{
+    if (node->getField("override"))
+        return true;
+    return !node->getInternalChildren() && !node->isOfType(SoShape::getClassTypeId())
+           && !node->isOfType(SoTransformation::getClassTypeId())
+           && !node->isOfType(SoCamera::getClassTypeId())
+           && !node->isOfType(SoLight::getClassTypeId());
 }
 
 template <class Widget>
@@ -43,7 +61,6 @@ SoNodeOverview::SoNodeOverview(QWidget* parent, bool withCloseButton)
     : QWidget(parent), m_sensor(&SoNodeOverview::nodeChanged, this)
 {
     setObjectName("SoNodeOverview");
-    m_sensor.setDeleteCallback(&SoNodeOverview::nodeDied, this);
     buildWidgets(withCloseButton);
     connectWidgets();
     languageChange();
@@ -89,6 +106,11 @@ void SoNodeOverview::buildHeader(bool withCloseButton)
     }
     auto* checks = named(new QHBoxLayout, "m_checkLayout");
     upper->addLayout(checks);
+    buildChecks(checks, withCloseButton);
+}
+
+void SoNodeOverview::buildChecks(QHBoxLayout* checks, bool withCloseButton)
+{
     m_overrideCheckBox = named(new QCheckBox(m_upperFrame), "m_overrideCheckBox");
     m_showChangedCheckBox = named(new QCheckBox(m_upperFrame), "m_showChangedCheckBox");
     m_watchButton = named(new QPushButton(m_upperFrame), "m_watchButton");
@@ -133,33 +155,70 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
         clear();
         return;
     }
-    m_sensor.detach();
+    forgetNode();
     m_node = node;
+    m_guard = std::make_unique<mirabo::NodeGuard>(node, [this] {
+        m_node = nullptr;
+        m_dead = true;
+        m_sensor.detach();
+        m_nodeNameValue->setText((m_nodeNameValue->text() + ' ' + tr("(deleted)")).trimmed());
+        enableWidgets();
+        Q_EMIT nodeDied();
+    });
     m_list->setNode(node);
-    m_sensor.attach(node);
+    if (isVisible())
+        m_sensor.attach(node);
     showName(kit);
     showIdentity();
     m_list->updateField(nullptr);
-    m_nodeNameValue->setEnabled(true);
-    m_showChangedCheckBox->setEnabled(true);
-    m_overrideCheckBox->setEnabled(node->getField("override") != nullptr);
+    enableWidgets();
     m_overrideCheckBox->setChecked(node->isOverride());
     m_showChangedCheckBox->setChecked(false);
     m_list->showChangedValues(false);
     m_watchButton->setEnabled(false);
 }
 
-void SoNodeOverview::showName(SoNode*)
+void SoNodeOverview::forgetNode()
 {
-    m_nodeNameLabel->setText(tr("<b> Node Name </b>:"));
-    m_nodeNameValue->setReadOnly(false);
-    m_nodeNameValue->setText(QString::fromUtf8(m_node->getName().getString()));
+    m_sensor.detach();
+    m_guard.reset();
+    m_node = nullptr;
+    m_dead = false;
+}
+
+void SoNodeOverview::enableWidgets()
+{
+    m_nodeNameValue->setEnabled(m_node);
+    m_showChangedCheckBox->setEnabled(m_node);
+    m_overrideCheckBox->setEnabled(m_node && canOverride(m_node));
+    if (!m_node)
+        m_watchButton->setEnabled(false);
+    // What a dead node said last stays, greyed.
+    for (QLabel* label : {m_nodeNameLabel, m_nodeIdLabel, m_addressLabel, m_nodeNetNameLabel})
+        if (label)
+            label->setEnabled(!m_dead);
+}
+
+void SoNodeOverview::showName(SoNode* kit)
+{
+    const QString part = mirabo::partName(kit, m_node);
+    const bool isPart = !part.isEmpty();
+    m_nodeNameLabel->setText(isPart ? tr("<b> Part Name </b>:") : tr("<b> Node Name </b>:"));
+    m_nodeNameValue->setReadOnly(isPart);
+    m_nodeNameValue->setText(isPart ? part : QString::fromUtf8(m_node->getName().getString()));
+    m_nodeNameValue->setCursorPosition(0);
+    showNetName();
+}
+
+void SoNodeOverview::showNetName()
+{
     if (!m_nodeNetNameLabel)
         return;
     const SbName net = m_node->getNetName();
     m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: %1")
-                                    .arg(net.isEmpty() ? QString("&lt No NetName&gt ")
-                                                       : QString::fromUtf8(net.getString())));
+                                    .arg(net.isEmpty()
+                                             ? QString("&lt No NetName&gt ")
+                                             : QString::fromUtf8(net.getString()).toHtmlEscaped()));
 }
 
 void SoNodeOverview::showIdentity()
@@ -170,25 +229,22 @@ void SoNodeOverview::showIdentity()
 
 void SoNodeOverview::clear()
 {
-    m_sensor.detach();
-    m_node = nullptr;
-    m_list->clear();
+    forgetNode();
+    m_list->setNode(nullptr);
     m_nodeNameLabel->setText(tr("<b> Node Name </b>: "));
     m_nodeNameValue->clear();
-    m_nodeNameValue->setEnabled(false);
+    m_nodeNameValue->setReadOnly(false);
     if (m_nodeNetNameLabel)
         m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: "));
     m_nodeIdLabel->setText(tr("<b> Node Id </b>: "));
     m_addressLabel->setText(tr("<b> Node Address </b>: "));
-    m_overrideCheckBox->setEnabled(false);
     m_overrideCheckBox->setChecked(false);
-    m_showChangedCheckBox->setEnabled(false);
-    m_watchButton->setEnabled(false);
+    enableWidgets();
 }
 
 void SoNodeOverview::setWatchEnabled(bool on)
 {
-    m_watchButton->setEnabled(on);
+    m_watchButton->setEnabled(on && m_node);
 }
 
 void SoNodeOverview::refresh()
@@ -201,17 +257,34 @@ void SoNodeOverview::refresh()
 
 void SoNodeOverview::nodeChanged(void* data, SoSensor*)
 {
-    static_cast<SoNodeOverview*>(data)->refresh();
+    auto* panel = static_cast<SoNodeOverview*>(data);
+    // Lets go of what the sensor keeps alive to report it, which may have been the node itself.
+    panel->m_sensor.detach();
+    if (panel->m_node)
+        panel->m_sensor.attach(panel->m_node);
+    panel->refresh();
 }
 
-void SoNodeOverview::nodeDied(void* data, SoSensor*)
+void SoNodeOverview::showEvent(QShowEvent* event)
 {
-    auto* panel = static_cast<SoNodeOverview*>(data);
-    panel->m_node = nullptr;
-    panel->m_nodeNameValue->setText(tr("(deleted)"));
-    panel->m_nodeNameValue->setEnabled(false);
-    panel->m_overrideCheckBox->setEnabled(false);
-    panel->m_watchButton->setEnabled(false);
+    if (m_node) {
+        m_sensor.attach(m_node);
+        refresh();
+    }
+    QWidget::showEvent(event);
+}
+
+void SoNodeOverview::hideEvent(QHideEvent* event)
+{
+    m_sensor.detach();
+    QWidget::hideEvent(event);
+}
+
+void SoNodeOverview::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        languageChange();
+    QWidget::changeEvent(event);
 }
 
 void SoNodeOverview::nameEdited(QString text)
@@ -220,21 +293,27 @@ void SoNodeOverview::nameEdited(QString text)
         return;
     m_node->setName(SbName(text.toUtf8().constData()));
     Q_EMIT nodeRenamed(m_node);
-    nodeNameChanged(m_node);
+    refreshName();
 }
 
 void SoNodeOverview::nodeNameChanged(SoNode* node)
 {
-    if (!m_node || node != m_node)
+    if (m_node && node == m_node)
+        refreshName();
+}
+
+void SoNodeOverview::refreshName()
+{
+    if (!m_node)
         return;
     const QString accepted = QString::fromUtf8(m_node->getName().getString());
-    if (m_nodeNameValue->text() != accepted) {
+    if (!m_nodeNameValue->isReadOnly() && m_nodeNameValue->text() != accepted) {
         const int cursor = m_nodeNameValue->cursorPosition();
         m_nodeNameValue->setText(accepted);
         m_nodeNameValue->setCursorPosition(cursor);
     }
-    for (int row = 0; row < m_list->topLevelItemCount(); ++row)
-        m_list->fieldItem(row)->updateNodeName();
+    showNetName();
+    m_list->updateNodeName(m_node);
 }
 
 void SoNodeOverview::overrideButtonStateChanged()

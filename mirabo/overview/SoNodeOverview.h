@@ -1,11 +1,16 @@
 #pragma once
 
+#include "mirabo/overview/NodeGuard.h"
+
 #include <kalmyr/sensors/SoNodeSensor.h>
 
 #include <QWidget>
 
+#include <memory>
+
 class QCheckBox;
 class QFrame;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -14,7 +19,8 @@ class SoNodeOverviewList;
 
 /// Shows one node: name, id, address, override flag, and its fields.
 ///
-/// Takes no reference on the node: when it dies the panel empties itself and says so.
+/// Takes no reference on the node: when it dies the panel keeps what it showed last, greyed, and
+/// says "(deleted)". A hidden panel only hears of that death.
 class SoNodeOverview final : public QWidget {
     Q_OBJECT
 
@@ -25,7 +31,11 @@ public:
     /// Shows a node; `kit` is the node kit that may hold it as a part, or null.
     void setNode(SoNode* node, SoNode* kit);
     void clear();
+    /// Null when nothing is shown, and once the node has died.
     SoNode* getNode() const { return m_node; }
+    bool isNodeDead() const { return m_dead; }
+    /// Takes over what no sensor tells of: the name.
+    void refreshName();
     SoNodeOverviewList* getList() const { return m_list; }
 
     /// Allows watching the current row.
@@ -37,6 +47,8 @@ Q_SIGNALS:
     void watchRequested();
     void closeRequested();
     void nodeRenamed(SoNode* node);
+    /// The shown node is dying, inside the change that kills it.
+    void nodeDied();
 
 public Q_SLOTS:
     void nameEdited(QString text);
@@ -45,17 +57,27 @@ public Q_SLOTS:
     /// Somebody else renamed the node.
     void nodeNameChanged(SoNode* node);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
 private:
     void buildWidgets(bool withCloseButton);
     void buildHeader(bool withCloseButton);
     void connectWidgets();
+    void buildChecks(QHBoxLayout* checks, bool withCloseButton);
+    void enableWidgets();
     void showName(SoNode* kit);
+    void showNetName();
     void showIdentity();
     void refresh();
+    void forgetNode();
     static void nodeChanged(void* data, SoSensor* sensor);
-    static void nodeDied(void* data, SoSensor* sensor);
 
     SoNode* m_node = nullptr; // Not owned; forgotten when it dies.
+    bool m_dead = false;
+    std::unique_ptr<mirabo::NodeGuard> m_guard;
     SoNodeSensor m_sensor;
     QFrame* m_upperFrame = nullptr;
     QLabel* m_nodeNameLabel = nullptr;

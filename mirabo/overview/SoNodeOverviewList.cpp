@@ -1,37 +1,38 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 
+#include "mirabo/overview/FieldText.h"
+#include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/preferences/Settings.h"
 
-#include <QHeaderView>
+#include <kalmyr/core/SoField.h>
+
+#include <QContextMenuEvent>
+#include <QMenu>
 
 SoNodeOverviewList::SoNodeOverviewList(QWidget* parent) : SoMiraboList(parent)
 {
     setObjectName("m_nodeOverviewList");
     setEmptyHint(tr("Select a node in the tree to see its fields."));
-    applyNaturalWidths();
-    restoreColumnWidths();
+    restoreColumnWidths(mirabo::kNodeOverviewGroup);
 }
 
-void SoNodeOverviewList::applyNaturalWidths()
+void SoNodeOverviewList::contextMenuEvent(QContextMenuEvent* event)
 {
-    const QFontMetrics metrics = fontMetrics();
-    const auto fit = [&](int column, const char* sample) {
-        QTreeWidget::setColumnWidth(column, metrics.horizontalAdvance(sample) + 16);
-    };
-    fit(NodeType, "PerspectiveCamera");
-    fit(NodeName, "Node Name (long)");
-    fit(FieldTypeColumn, "MFUniformShader");
-    fit(FieldName, "scaleOrientation M");
-    fit(FieldValue, "0.123456, 0.123456, 0.123456");
-}
-
-void SoNodeOverviewList::restoreColumnWidths()
-{
-    for (int i = 0; i + 1 < columnCount(); ++i) {
-        const int width = mirabo::readListColumnWidth(mirabo::kNodeOverviewGroup, i);
-        if (width == -1)
-            continue;
-        header()->setSectionResizeMode(i + 1, QHeaderView::Interactive);
-        setColumnWidth(i + 1, width);
+    QMenu menu;
+    if (const SoFieldItem* item = currentFieldItem(); item && itemAt(event->pos()) == item) {
+        connect(menu.addAction(tr("&Copy Value")), &QAction::triggered, this,
+                &SoNodeOverviewList::copyCurrentValue);
+        QAction* watch = menu.addAction(tr("&Watch"));
+        watch->setEnabled(item->getField() && mirabo::isWatchable(*item->getField()));
+        connect(watch, &QAction::triggered, this, &SoNodeOverviewList::watchRequested);
+        QAction* ignore = menu.addAction(tr("&Set Ignored/Enable"));
+        ignore->setEnabled(item->getField());
+        connect(ignore, &QAction::triggered, this, &SoNodeOverviewList::ignoreRequested);
+        menu.addSeparator();
     }
+    QAction* parts = menu.addAction(tr("Show &Catalog Parts"));
+    parts->setCheckable(true);
+    parts->setChecked(isShowingCatalogParts());
+    connect(parts, &QAction::triggered, this, &SoNodeOverviewList::catalogPartsRequested);
+    menu.exec(event->globalPos());
 }

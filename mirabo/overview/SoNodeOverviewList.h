@@ -9,7 +9,12 @@ class SoNodeOverviewList final : public SoMiraboList {
 public:
     explicit SoNodeOverviewList(QWidget* parent = nullptr);
 
-private:
-    void applyNaturalWidths();
-    void restoreColumnWidths();
+Q_SIGNALS:
+    /// Asked for from the context menu.
+    void watchRequested();
+    void ignoreRequested();
+    void catalogPartsRequested(bool show);
+
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
 };

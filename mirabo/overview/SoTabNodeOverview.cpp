@@ -4,9 +4,11 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/preferences/Settings.h"
 
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QTabBar>
 
@@ -27,18 +29,33 @@ SoTabNodeOverview::SoTabNodeOverview(QWidget* parent) : QTabWidget(parent)
 
 SoNodeOverview* SoTabNodeOverview::addOverview()
 {
+    const SoNodeOverview* previous = currentOverview();
     auto* added = new SoNodeOverview(this);
     applyPreferences(added);
+    added->getList()->setPlaceProvider(m_place);
+    if (previous) // as wide as the user has made them
+        added->getList()->header()->restoreState(previous->getList()->header()->saveState());
     setCurrentIndex(addTab(added, QString()));
-    connect(added->getList(), &QTreeWidget::currentItemChanged, this,
-            &SoTabNodeOverview::currentRowChanged);
-    connect(added->getList(), &SoMiraboList::columnWidthChanged, this,
+    connectOverview(added);
+    tabNodeOverviewChanged(currentIndex());
+    return added;
+}
+
+void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
+{
+    SoNodeOverviewList* list = added->getList();
+    connect(list, &QTreeWidget::currentItemChanged, this, &SoTabNodeOverview::currentRowChanged);
+    connect(list, &SoMiraboList::columnWidthChanged, this,
             &SoTabNodeOverview::overviewColumnListChanged);
+    connect(list, &SoMiraboList::fieldDied, this, &SoTabNodeOverview::fieldDied);
+    connect(list, &SoNodeOverviewList::watchRequested, this, &SoTabNodeOverview::watchRequested);
+    connect(list, &SoNodeOverviewList::ignoreRequested, this, &SoTabNodeOverview::ignoreRequested);
+    connect(list, &SoNodeOverviewList::catalogPartsRequested, this,
+            &SoTabNodeOverview::setShowCatalogParts);
     connect(added, &SoNodeOverview::overrideRequested, this, &SoTabNodeOverview::overrideRequested);
     connect(added, &SoNodeOverview::watchRequested, this, &SoTabNodeOverview::watchRequested);
     connect(added, &SoNodeOverview::nodeRenamed, this, &SoTabNodeOverview::renamed);
-    tabNodeOverviewChanged(currentIndex());
-    return added;
+    connect(added, &SoNodeOverview::nodeDied, this, [this, added] { showDeath(added); });
 }
 
 SoNodeOverview* SoTabNodeOverview::overview(int index) const
@@ -51,13 +68,60 @@ SoNodeOverview* SoTabNodeOverview::currentOverview() const
     return qobject_cast<SoNodeOverview*>(currentWidget());
 }
 
+int SoTabNodeOverview::indexOfNode(const SoNode* node) const
+{
+    for (int i = 0; i < count(); ++i)
+        if (overview(i)->getNode() == node)
+            return i;
+    return -1;
+}
+
+void SoTabNodeOverview::showTabTitle(int index, const QIcon& icon)
+{
+    const SoNode* node = overview(index)->getNode();
+    if (!icon.isNull())
+        setTabIcon(index, icon);
+    tabBar()->setTabTextColor(index, QColor()); // the palette's
+    setTabText(index,
+               node ? QString::fromUtf8(node->getTypeId().getName().getString()) : QString());
+    showPlace(index);
+}
+
+void SoTabNodeOverview::showDeath(SoNodeOverview* page)
+{
+    const int index = indexOf(page);
+    if (index < 0)
+        return;
+    setTabText(index, tabText(index) + ' ' + tr("(deleted)"));
+    setTabToolTip(index, tabText(index));
+    tabBar()->setTabTextColor(index, palette().color(QPalette::Disabled, QPalette::WindowText));
+}
+
+void SoTabNodeOverview::showPlace(int index)
+{
+    const SoNodeOverview* page = index < 0 ? nullptr : overview(index);
+    const SoNode* node = page ? page->getNode() : nullptr;
+    if (!node)
+        return;
+    const QString place = m_place ? m_place(node) : QString();
+    setTabToolTip(index, (place.isEmpty() ? tabText(index) : place).toHtmlEscaped());
+}
+
+void SoTabNodeOverview::setPlaceProvider(const PlaceProvider& provider)
+{
+    m_place = provider;
+    for (int i = 0; i < count(); ++i)
+        overview(i)->getList()->setPlaceProvider(provider);
+}
+
 void SoTabNodeOverview::reset()
 {
     while (count() > 1)
         tabClose(count() - 1);
     overview(0)->clear();
-    setTabText(0, QString());
+    showTabTitle(0, QIcon());
     setTabIcon(0, QIcon());
+    setTabToolTip(0, QString());
 }
 
 QTreeWidgetItem* SoTabNodeOverview::currentListItem() const
@@ -92,8 +156,7 @@ void SoTabNodeOverview::tabNodeOverviewChanged(int)
     const bool closable = count() > 1;
     if (tabsClosable() != closable)
         setTabsClosable(closable);
-    if (QTreeWidgetItem* row = currentListItem())
-        Q_EMIT currentRowChanged(row, nullptr);
+    Q_EMIT currentRowChanged(currentListItem(), nullptr);
 }
 
 void SoTabNodeOverview::overviewColumnListChanged(int column, int width)
@@ -121,6 +184,13 @@ void SoTabNodeOverview::applyPreferences(SoNodeOverview* target)
     target->getList()->setShowCatalogParts(mirabo::readShowCatalogPart());
 }
 
+void SoTabNodeOverview::setShowCatalogParts(bool on)
+{
+    mirabo::writeShowCatalogPart(on);
+    for (int i = 0; i < count(); ++i)
+        overview(i)->getList()->setShowCatalogParts(on);
+}
+
 void SoTabNodeOverview::initPreferences()
 {
     setPreferences();
@@ -134,11 +204,15 @@ void SoTabNodeOverview::setPreferences()
 
 bool SoTabNodeOverview::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == tabBar() && event->type() == QEvent::MouseButtonRelease) {
+    if (watched != tabBar())
+        return QTabWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::MouseButtonRelease) {
         const auto* mouse = static_cast<QMouseEvent*>(event);
         const int tab = tabBar()->tabAt(mouse->pos());
         if (mouse->button() == Qt::MiddleButton && tab >= 0)
             tabClose(tab);
     }
+    if (event->type() == QEvent::ToolTip) // the node may stand elsewhere by now
+        showPlace(tabBar()->tabAt(static_cast<QHelpEvent*>(event)->pos()));
     return QTabWidget::eventFilter(watched, event);
 }

@@ -2,7 +2,10 @@
 
 #include <QTabWidget>
 
+#include <functional>
+
 class QTreeWidgetItem;
+class SoField;
 class SoNode;
 class SoNodeOverview;
 
@@ -11,26 +14,38 @@ class SoTabNodeOverview final : public QTabWidget {
     Q_OBJECT
 
 public:
+    /// Says where a node stands in the scene, for people.
+    using PlaceProvider = std::function<QString(const SoNode*)>;
+
     explicit SoTabNodeOverview(QWidget* parent = nullptr);
 
     /// Adds an empty overview and makes it current.
     SoNodeOverview* addOverview();
     SoNodeOverview* overview(int index) const;
     SoNodeOverview* currentOverview() const;
+    /// Index of the first tab that shows the node, or -1.
+    int indexOfNode(const SoNode* node) const;
+    /// Names the tab after what its overview shows.
+    void showTabTitle(int index, const QIcon& icon);
     /// Removes every tab but the first and clears that.
     void reset();
     /// Current row of the current tab's list, or null.
     QTreeWidgetItem* currentListItem() const;
     /// Tells every tab that a node was renamed.
     void nodeRenamed(SoNode* node);
+    /// For the tool tips of tabs and rows.
+    void setPlaceProvider(const PlaceProvider& provider);
 
 Q_SIGNALS:
     /// The current tab shows no field that could be edited.
     void clearFieldEditorEvent();
     void closeNodeOverview(int index);
     void currentRowChanged(QTreeWidgetItem* current, QTreeWidgetItem* previous);
+    /// The field of some tab's row is dying; see SoMiraboList.
+    void fieldDied(const SoField* field);
     void overrideRequested(bool on);
     void watchRequested();
+    void ignoreRequested();
     void renamed(SoNode* node);
 
 public Q_SLOTS:
@@ -39,12 +54,18 @@ public Q_SLOTS:
     void tabNodeOverviewChanged(int index);
     /// Gives the column the same width in every tab, and stores it.
     void overviewColumnListChanged(int column, int width);
+    /// Shows or hides the parts of node kits in every tab, and stores the choice.
+    void setShowCatalogParts(bool on);
     void initPreferences();
     void setPreferences();
 
 private:
+    void connectOverview(SoNodeOverview* added);
     void applyPreferences(SoNodeOverview* overview);
+    void showDeath(SoNodeOverview* page);
+    void showPlace(int index);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    PlaceProvider m_place;
     bool m_applyingWidth = false;
 };

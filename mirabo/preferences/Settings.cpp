@@ -45,7 +45,13 @@ bool hasShowKey(const QString& group)
 void readStyle(const QString& key, bool withShow, TextStyle& style)
 {
     QFont font(readText(key + "/family", style.font.family()));
-    font.setPointSize(readInt(key + "/size", style.font.pointSize()));
+    const int size = readInt(key + "/size", style.font.pointSize());
+    if (size > 0)
+        font.setPointSize(size);
+    else if (style.font.pointSize() > 0)
+        font.setPointSize(style.font.pointSize());
+    else // a font given in pixels has no size in points
+        font.setPixelSize(style.font.pixelSize());
     font.setWeight(readBool(key + "/bold", style.font.bold()) ? QFont::Bold : QFont::Normal);
     font.setItalic(readBool(key + "/italic", style.font.italic()));
     font.setUnderline(readBool(key + "/underline", style.font.underline()));
@@ -198,6 +204,21 @@ bool readShowCatalogPart()
 void writeShowCatalogPart(bool on)
 {
     settings().setValue(QString(kNodeOverviewGroup) + "/ShowCatalogPart", on);
+}
+
+int readFieldWatchHeight()
+{
+    return std::max(0, readInt(QString(kFieldWatchGroup) + "/FieldWatchHeight", 0));
+}
+
+void writeFieldWatchHeight(int height)
+{
+    settings().setValue(QString(kFieldWatchGroup) + "/FieldWatchHeight", height);
+}
+
+bool hasListColumnWidth(const QString& group, int column)
+{
+    return settings().contains(columnWidthKey(group, column));
 }
 
 int readListColumnWidth(const QString& group, int column)

@@ -47,8 +47,14 @@ void writeRealVrmlCounter(bool on);
 bool readShowCatalogPart();
 void writeShowCatalogPart(bool on);
 
+/// Least height of the field watch in pixels (0: as the layout has it).
+int readFieldWatchHeight();
+void writeFieldWatchHeight(int height);
+
 /// Stored width of a field-list column in pixels; -1: none, its natural width.
 int readListColumnWidth(const QString& group, int column);
+/// Whether a width was ever stored: readListColumnWidth() then gives no default.
+bool hasListColumnWidth(const QString& group, int column);
 void writeListColumnWidth(const QString& group, int column, int width);
 
 } // namespace mirabo

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+class SoMiraboList;
+
+/// Paints the cells of a field list: values in the style of default or changed values, paths with
+/// their end in view.
+class FieldDelegate final : public QStyledItemDelegate {
+public:
+    explicit FieldDelegate(SoMiraboList* list);
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+private:
+    void styleValue(QStyleOptionViewItem* option, bool changed) const;
+
+    SoMiraboList* m_list; // Not owned; it is our parent.
+};
