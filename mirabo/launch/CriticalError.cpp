@@ -1,0 +1,130 @@
+#include "mirabo/launch/CriticalError.h"
+
+#include "mirabo/core/Messages.h"
+
+#include <kalmyr/base/SoErrorStack.h>
+
+#include <QApplication>
+#include <QDialog>
+#include <QFontDatabase>
+#include <QMessageBox>
+#include <QScopedValueRollback>
+#include <QTextEdit>
+#include <QThread>
+#include <QVBoxLayout>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace mirabo {
+
+namespace {
+
+constexpr char kQuestion[] =
+    "The application produced a critical error, click the ignore button to debug the "
+    "application, ok to exit and help to view the callstack.";
+constexpr char kNoStack[] = "------- No callstack information -------";
+constexpr int kReportWidth = 500;
+constexpr int kReportHeight = 800;
+constexpr int kExitStatus = 1;
+
+struct Handler {
+    SoErrorCB* callback = nullptr;
+    void* data = nullptr;
+};
+
+Handler s_before;
+bool s_installed = false;
+bool s_showing = false;
+
+[[noreturn]] void endProcess()
+{
+    std::fflush(nullptr);
+    std::_Exit(kExitStatus);
+}
+
+void showReport(const QString& report)
+{
+    QDialog dialog;
+    dialog.setObjectName("errorReport");
+    dialog.setWindowTitle("Error report");
+    dialog.resize(kReportWidth, kReportHeight);
+    auto* text = new QTextEdit(&dialog);
+    text->setReadOnly(true);
+    text->setAccessibleName("Call stack");
+    text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    text->setLineWrapMode(QTextEdit::NoWrap);
+    text->setPlainText(report);
+    (new QVBoxLayout(&dialog))->addWidget(text);
+    dialog.exec();
+}
+
+void ask(const QString& message, const QString& report)
+{
+    if (s_showing)
+        return; // printed; one question at a time
+    const QScopedValueRollback<bool> showing(s_showing, true);
+    QMessageBox box(QMessageBox::Critical, "Critical error", kQuestion,
+                    QMessageBox::Ok | QMessageBox::Ignore | QMessageBox::Help);
+    box.setObjectName("criticalError");
+    box.setInformativeText(message);
+    box.setDefaultButton(QMessageBox::Ok);
+    switch (box.exec()) {
+    case QMessageBox::Ok:
+        endProcess();
+    case QMessageBox::Help:
+        showReport(report);
+        endProcess();
+    default:
+        break; // the program goes on, under a debugger perhaps
+    }
+}
+
+void handle(const SoError* error, void*)
+{
+    std::fprintf(stderr, "%s\n", error->getPrintedText().getString());
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application)
+        return;
+    if (isBatch())
+        endProcess();
+    const QString message = QString::fromUtf8(error->getDebugString().getString());
+    const QString report = criticalErrorText(*error);
+    if (QThread::currentThread() == application->thread())
+        ask(message, report);
+    else
+        // Not waited for: the GUI thread may be waiting for a lock that this one holds.
+        QMetaObject::invokeMethod(
+            application, [message, report] { ask(message, report); }, Qt::QueuedConnection);
+}
+
+} // namespace
+
+QString criticalErrorText(const SoError& error)
+{
+    const auto* withStack = dynamic_cast<const SoErrorStack*>(&error);
+    return withStack && !withStack->getStack().isEmpty()
+               ? QString::fromUtf8(withStack->getStack().getString())
+               : QString(kNoStack);
+}
+
+void installCriticalErrorReport()
+{
+    if (s_installed)
+        return;
+    s_before = {SoErrorStack::getHandlerCallback(), SoErrorStack::getHandlerData()};
+    // What is inherited stays inherited when it is given back.
+    if (s_before.callback == SoError::getHandlerCallback())
+        s_before = {};
+    SoErrorStack::setHandlerCallback(&handle);
+    s_installed = true;
+}
+
+void removeCriticalErrorReport()
+{
+    if (s_installed && SoErrorStack::getHandlerCallback() == &handle)
+        SoErrorStack::setHandlerCallback(s_before.callback, s_before.data);
+    s_installed = false;
+}
+
+} // namespace mirabo
