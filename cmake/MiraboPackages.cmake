@@ -47,7 +47,8 @@ if(TARGET Mirabo)
         set(MIRABO_OPTIONAL_COMPONENTS Plotrel)
     endif()
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/mirabo/extender/"
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirabo/extender FILES_MATCHING PATTERN "*.h")
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirabo/extender FILES_MATCHING PATTERN "*.h"
+        PATTERN "private" EXCLUDE)
     install(FILES "${PROJECT_SOURCE_DIR}/mirabo/launch/SoMirabo.h"
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirabo/launch OPTIONAL)
     install(EXPORT MiraboTargets NAMESPACE Mirabo::

@@ -11,8 +11,8 @@ file(REMOVE_RECURSE "${WORK_DIR}")
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/installed")
 file(RENAME "${WORK_DIR}/installed" "${WORK_DIR}/moved")
 
-foreach(project scene inspector)
-    if(project STREQUAL "inspector"
+foreach(project scene inspector extension)
+    if(NOT project STREQUAL "scene"
             AND NOT EXISTS "${WORK_DIR}/moved/include/mirabo/launch/SoMirabo.h")
         message(STATUS "the inspector is not installed: its project is left out")
         continue()
