@@ -1,6 +1,7 @@
 #include <kalmyr/tilevex/TvSymTool.h>
 
 #include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/core/SoType.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
 #include <kalmyr/vrml/SoVrmlInit.h>
 
@@ -12,13 +13,15 @@ struct Module {
     SbName name;
     TvSymTool::Function init;
     TvSymTool::Function finish;
+    const char* type = nullptr; ///< a type that is registered while the module is started
     int users = 0;
+    bool started = false; ///< by us; what the toolkit started itself is its own to finish
 };
 
 std::vector<Module>& modules()
 {
     static std::vector<Module> known{
-        {SbName("Vrml97"), &kalmyr::initVrml, &kalmyr::finishVrml},
+        {SbName("Vrml97"), &kalmyr::initVrml, &kalmyr::finishVrml, "VRMLParent"},
         {SbName("Rendering"), &kalmyr::initRendering, nullptr},
     };
     return known;
@@ -47,7 +50,10 @@ bool TvSymTool::initModule(const SbName& name)
     Module* module = findOrComplain(name, "TvSymTool::initModule");
     if (!module)
         return false;
-    if (module->users++ == 0 && module->init)
+    if (module->users++ > 0)
+        return true;
+    module->started = !module->type || SoType::fromName(SbName(module->type)).isBad();
+    if (module->started && module->init)
         module->init();
     return true;
 }
@@ -57,8 +63,11 @@ bool TvSymTool::finishModule(const SbName& name)
     Module* module = findOrComplain(name, "TvSymTool::finishModule");
     if (!module)
         return false;
-    if (module->users > 0 && --module->users == 0 && module->finish)
+    if (module->users == 0 || --module->users > 0)
+        return true;
+    if (module->started && module->finish)
         module->finish();
+    module->started = false;
     return true;
 }
 
@@ -74,9 +83,9 @@ bool TvSymTool::registerModule(const SbName& name, Function init, Function finis
     if (module && module->users > 0)
         return false;
     if (module)
-        *module = {name, init, finish, 0};
+        *module = {name, init, finish};
     else
-        modules().push_back({name, init, finish, 0});
+        modules().push_back({name, init, finish});
     return true;
 }
 

@@ -6,7 +6,8 @@
 #include <vector>
 
 /// Starts and finishes the toolkit's optional modules by name. Each is counted: it starts with the
-/// first initModule() and finishes with the last finishModule().
+/// first initModule() and finishes with the last finishModule(). One that the toolkit has started
+/// by itself (SoDB::init()) is left to it.
 class TILEVEX_API TvSymTool {
 public:
     using Function = void (*)();
