@@ -4,8 +4,10 @@
 #include <QStringList>
 
 class QTreeWidgetItem;
+class SoFieldItem;
 class SoNode;
 class SoPath;
+class SoTreeViewItem;
 
 /// What the command hub asks of the panels; each panel implements its interface. The panels talk
 /// back by signals only, connected by the launch code.
@@ -63,9 +65,62 @@ public:
     /// themselves.
     virtual void refresh() = 0;
     virtual void saveColumnWidths() = 0;
+    virtual void closeOverview(int index) = 0;
+    /// Watches the selected field of the current tab.
+    virtual void watchSelectedField() = 0;
+    /// Watches the field of a row that was dragged or given by an extension.
+    virtual void watchField(SoFieldItem* row) = 0;
+    virtual void deleteWatchedField() = 0;
 
 protected:
     ~NodePanels() = default;
+};
+
+/// Saving, exporting and the clipboard of the document.
+class SceneStorage {
+public:
+    virtual void saveScene() = 0;
+    /// Asks for a name; null saves the whole scene, otherwise what hangs on the node.
+    virtual void saveSceneAs(SoNode* node) = 0;
+    virtual void exportScene() = 0;
+    virtual void printScene() = 0;
+    virtual void cutSelection() = 0;
+    virtual void copySelection() = 0;
+    virtual void pasteClipboard() = 0;
+
+protected:
+    ~SceneStorage() = default;
+};
+
+/// Edits of the graph through the tree, each an undoable command.
+class TreeEditing {
+public:
+    virtual void addNode() = 0;
+    virtual void deleteNode() = 0;
+    virtual void moveNode(SoTreeViewItem* item, SoTreeViewItem* target) = 0;
+    /// Ignores the selected field, or disables and enables the current node.
+    virtual void ignoreOrEnable() = 0;
+
+protected:
+    ~TreeEditing() = default;
+};
+
+/// Finding rows again: search, bookmarks, and the filter by category.
+class TreeNavigation {
+public:
+    virtual void showFindDialog() = 0;
+    /// Searches with the options of the dialog.
+    virtual void find() = 0;
+    virtual void findNext(bool backward) = 0;
+    virtual void toggleBookmark() = 0;
+    virtual void nextBookmark() = 0;
+    virtual void previousBookmark() = 0;
+    virtual void clearBookmarks() = 0;
+    /// Bits of the categories that are shown.
+    virtual void setFilter(int mask) = 0;
+
+protected:
+    ~TreeNavigation() = default;
 };
 
 } // namespace mirabo

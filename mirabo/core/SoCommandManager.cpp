@@ -32,12 +32,18 @@ void SoCommandManager::setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* do
     m_document = document;
     m_tree = tree;
     m_panels = panels;
-    m_undo.setStateCallback([this](bool canUndo, bool canRedo) {
-        if (!m_frame)
-            return;
-        m_frame->action(ActionId::Undo)->setEnabled(canUndo);
-        m_frame->action(ActionId::Redo)->setEnabled(canRedo);
-    });
+    m_undo.setStateCallback(
+        [this](bool canUndo, bool canRedo) { showUndoState(canUndo, canRedo); });
+}
+
+void SoCommandManager::setOverrideFactory(std::function<MrbCommand*(bool)> factory)
+{
+    m_overrideFactory = std::move(factory);
+}
+
+void SoCommandManager::setPreferencesHandler(std::function<void()> handler)
+{
+    m_preferencesHandler = std::move(handler);
 }
 
 void SoCommandManager::release()
@@ -46,6 +52,19 @@ void SoCommandManager::release()
     m_document = nullptr;
     m_tree = nullptr;
     m_panels = nullptr;
+    m_storage = nullptr;
+    m_editing = nullptr;
+    m_navigation = nullptr;
+    m_overrideFactory = {};
+    m_preferencesHandler = {};
+}
+
+void SoCommandManager::showUndoState(bool canUndo, bool canRedo)
+{
+    if (!m_frame)
+        return;
+    m_frame->action(ActionId::Undo)->setEnabled(canUndo);
+    m_frame->action(ActionId::Redo)->setEnabled(canRedo);
 }
 
 void SoCommandManager::reloadFile()
@@ -60,12 +79,24 @@ void SoCommandManager::closeApp()
         m_frame->close();
 }
 
+void SoCommandManager::printFile()
+{
+    if (m_storage)
+        m_storage->exportScene();
+}
+
+void SoCommandManager::printQt()
+{
+    if (m_storage)
+        m_storage->printScene();
+}
+
 void SoCommandManager::openFile()
 {
     const SbString directory = SbFileHelper::expandString("$KMRHOME/data/models");
-    const QString name = QFileDialog::getOpenFileName(
-        m_frame, "open file", QString::fromUtf8(directory.getString()),
-        "Kalmyr files (*.ky *.kyz *.ky.gz);;VRML files (*.wrl *.wrz *.wrl.gz);;All files (*.*)");
+    const QString name =
+        QFileDialog::getOpenFileName(m_frame, "open file", QString::fromUtf8(directory.getString()),
+                                     "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)");
     if (!name.isEmpty() && m_document)
         m_document->openSceneFile(name);
 }
@@ -79,8 +110,21 @@ void SoCommandManager::openFileRecent()
 
 void SoCommandManager::newFile()
 {
-    if (m_document)
-        m_document->setScene(nullptr, true);
+    setScene(nullptr);
+}
+
+void SoCommandManager::saveFile()
+{
+    m_undo.clear();
+    if (m_storage)
+        m_storage->saveScene();
+}
+
+void SoCommandManager::saveAsFile()
+{
+    m_undo.clear();
+    if (m_storage)
+        m_storage->saveSceneAs(nullptr);
 }
 
 void SoCommandManager::closeFile()
@@ -89,10 +133,45 @@ void SoCommandManager::closeFile()
         m_frame->action(ActionId::Reload)->setEnabled(false);
 }
 
+void SoCommandManager::copy()
+{
+    if (m_storage)
+        m_storage->copySelection();
+}
+
+void SoCommandManager::paste()
+{
+    if (m_storage)
+        m_storage->pasteClipboard();
+}
+
 void SoCommandManager::refreshView()
 {
     if (m_document)
         m_document->refresh();
+}
+
+void SoCommandManager::setFieldWatch(SoFieldItem* row)
+{
+    if (!m_panels)
+        return;
+    if (row)
+        m_panels->watchField(row);
+    else
+        m_panels->watchSelectedField();
+}
+
+void SoCommandManager::extensionsChanged()
+{
+    Q_EMIT extensionsDescribed();
+}
+
+void SoCommandManager::nodeSetOverride(bool on)
+{
+    if (!m_overrideFactory)
+        return;
+    if (MrbCommand* command = m_overrideFactory(on))
+        addCommand(command);
 }
 
 bool SoCommandManager::addCommand(MrbCommand* command)
@@ -119,6 +198,12 @@ void SoCommandManager::outsideStructureChange()
 {
     if (!m_undo.isBusy())
         m_undo.clear();
+}
+
+void SoCommandManager::setScene(SoNode* root)
+{
+    if (m_document)
+        m_document->setScene(root, true);
 }
 
 void SoCommandManager::nodeNameChanged(SoNode* node)
@@ -167,15 +252,34 @@ void SoCommandManager::setNodeOverview()
         m_panels->showNode(m_tree->getCurrentNode(), m_tree->getCurrentKit(), true);
 }
 
-void SoCommandManager::nodeSetOverride(bool on)
+void SoCommandManager::closeNodeOverview(int index)
 {
-    Q_EMIT overrideCommandRequested(on);
+    if (m_panels)
+        m_panels->closeOverview(index);
 }
 
-void SoCommandManager::expandAll()
+void SoCommandManager::refreshOverview()
+{
+    if (m_panels)
+        m_panels->refresh();
+}
+
+void SoCommandManager::deleteFieldWatch()
+{
+    if (m_panels)
+        m_panels->deleteWatchedField();
+}
+
+void SoCommandManager::highlightNodeItem(const SoPath* path)
+{
+    if (m_document)
+        m_document->highlight(path);
+}
+
+void SoCommandManager::expandAll(QTreeWidgetItem* startItem)
 {
     if (m_tree)
-        m_tree->expandBelow(nullptr);
+        m_tree->expandBelow(startItem);
 }
 
 void SoCommandManager::showAllReferences()
@@ -202,10 +306,100 @@ void SoCommandManager::previousReference()
         m_tree->previousReference();
 }
 
-void SoCommandManager::refreshOverview()
+void SoCommandManager::ignoreEnable()
 {
-    if (m_panels)
-        m_panels->refresh();
+    if (m_editing)
+        m_editing->ignoreOrEnable();
+}
+
+void SoCommandManager::treeAddNode()
+{
+    if (m_editing)
+        m_editing->addNode();
+}
+
+void SoCommandManager::treeDeleteNode()
+{
+    if (m_editing)
+        m_editing->deleteNode();
+}
+
+void SoCommandManager::treeMoveNode(SoTreeViewItem* itemToMove, SoTreeViewItem* itemInsertAfter)
+{
+    if (m_editing)
+        m_editing->moveNode(itemToMove, itemInsertAfter);
+}
+
+void SoCommandManager::saveSubSceneGraph()
+{
+    if (m_storage && m_tree && m_tree->getCurrentNode())
+        m_storage->saveSceneAs(m_tree->getCurrentNode());
+}
+
+void SoCommandManager::cutNode()
+{
+    if (m_storage)
+        m_storage->cutSelection();
+}
+
+void SoCommandManager::toggleBookmark()
+{
+    if (m_navigation)
+        m_navigation->toggleBookmark();
+}
+
+void SoCommandManager::nextBookmark()
+{
+    if (m_navigation)
+        m_navigation->nextBookmark();
+}
+
+void SoCommandManager::previousBookmark()
+{
+    if (m_navigation)
+        m_navigation->previousBookmark();
+}
+
+void SoCommandManager::clearBookmark()
+{
+    if (m_navigation)
+        m_navigation->clearBookmarks();
+}
+
+void SoCommandManager::showFindDialog()
+{
+    if (m_navigation)
+        m_navigation->showFindDialog();
+}
+
+void SoCommandManager::find()
+{
+    if (m_navigation)
+        m_navigation->find();
+}
+
+void SoCommandManager::findNext()
+{
+    if (m_navigation)
+        m_navigation->findNext(false);
+}
+
+void SoCommandManager::findPrevious()
+{
+    if (m_navigation)
+        m_navigation->findNext(true);
+}
+
+void SoCommandManager::setFilter(int filter)
+{
+    if (m_navigation)
+        m_navigation->setFilter(filter);
+}
+
+void SoCommandManager::editPreferences()
+{
+    if (m_preferencesHandler)
+        m_preferencesHandler();
 }
 
 void SoCommandManager::launchAboutMiraboFrame()

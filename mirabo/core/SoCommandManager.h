@@ -5,15 +5,17 @@
 
 #include <QObject>
 
+#include <functional>
+
 class MrbCommand;
-class QTreeWidgetItem;
 class SoFieldContainer;
 class SoField;
 class SoMiraboMainFrame;
-class SoNode;
 
 /// The hub: every menu action and most requests of the panels end in one of its slots. It does
 /// little itself; it asks the document, the tree and the panels, and keeps the undo stack.
+///
+/// A request for which nobody answers yet does nothing; its action is disabled.
 class SoCommandManager final : public QObject {
     Q_OBJECT
 
@@ -24,24 +26,46 @@ public:
     /// Once per start, when the window and the panels exist. None of them is owned.
     void setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document, mirabo::SceneTree* tree,
                mirabo::NodePanels* panels);
+    void setStorage(mirabo::SceneStorage* storage) { m_storage = storage; }
+    void setTreeEditing(mirabo::TreeEditing* editing) { m_editing = editing; }
+    void setTreeNavigation(mirabo::TreeNavigation* navigation) { m_navigation = navigation; }
+    /// Makes the command that switches the override flag of the node that the overview shows; null
+    /// when there is none to switch.
+    void setOverrideFactory(std::function<MrbCommand*(bool on)> factory);
+    /// Shows the preferences dialog.
+    void setPreferencesHandler(std::function<void()> handler);
     /// The panels are about to go; requests do nothing from now on.
     void release();
 
     const mirabo::UndoStack& undoStack() const { return m_undo; }
+    mirabo::UndoStack& undoStack() { return m_undo; }
     /// A command was pushed since the stack was cleared.
     bool isModified() const { return m_undo.isModified(); }
 
+    // The order of the virtual slots is part of the binary interface.
 public Q_SLOTS:
-    void reloadFile();
-    void closeApp();
-    void openFile();
+    virtual void reloadFile();
+    virtual void closeApp();
+    virtual void printFile();
+    virtual void printQt();
+    virtual void openFile();
     /// The sender is an action that holds the path as its data.
-    void openFileRecent();
-    void newFile();
-    void closeFile();
+    virtual void openFileRecent();
+    virtual void newFile();
+    virtual void saveFile();
+    virtual void saveAsFile();
+    virtual void closeFile();
+    virtual void copy();
+    virtual void paste();
     /// Draws the shown scene again.
-    void refreshView();
+    virtual void refreshView();
+    virtual void setFieldWatch(SoFieldItem* row);
+    /// The extensions that are active changed: their entries are shown anew.
+    virtual void extensionsChanged();
+    /// Switches the override flag of the node that the overview shows, undoably.
+    virtual void nodeSetOverride(bool on);
 
+public Q_SLOTS:
     /// Executes a command and keeps it for undo. Returns what it returned.
     bool addCommand(MrbCommand* command);
     void undo();
@@ -50,6 +74,7 @@ public Q_SLOTS:
     /// Somebody outside the tool changed the structure of the scene: what was done before it can
     /// no longer be undone. Ignored while one of our own commands is the cause.
     void outsideStructureChange();
+    void setScene(SoNode* root);
 
     void nodeNameChanged(SoNode* node);
     /// The user's choice in the tree: shown in the overview, announced to extensions.
@@ -57,29 +82,58 @@ public Q_SLOTS:
     /// An extension's choice: shown in tree and overview.
     void selectedNodeChanged(SoFieldContainer* node);
     void fieldSelected(SoField* field);
+    /// Shows the tree's current node in a new tab.
     void setNodeOverview();
-    void nodeSetOverride(bool on);
-    void expandAll();
+    void closeNodeOverview(int index);
+    void refreshOverview();
+    void deleteFieldWatch();
+    void highlightNodeItem(const SoPath* path);
+
+    void expandAll(QTreeWidgetItem* startItem = nullptr);
     void showAllReferences();
     void removeAllReferences();
     void nextReference();
     void previousReference();
-    void refreshOverview();
+    void ignoreEnable();
 
+    void treeAddNode();
+    void treeDeleteNode();
+    void treeMoveNode(SoTreeViewItem* itemToMove, SoTreeViewItem* itemInsertAfter);
+    void saveSubSceneGraph();
+    void cutNode();
+    void copyNode() { copy(); }
+    void pasteNode() { paste(); }
+
+    void toggleBookmark();
+    void nextBookmark();
+    void previousBookmark();
+    void clearBookmark();
+    void showFindDialog();
+    void find();
+    void findNext();
+    void findPrevious();
+    void setFilter(int filter);
+
+    void editPreferences();
     void launchAboutMiraboFrame();
     void launchMiraboHelpViewer();
 
 Q_SIGNALS:
-    /// An override command for the node that the overview shows is wanted.
-    void overrideCommandRequested(bool on);
+    void extensionsDescribed();
 
 private:
     void announce(SoNode* node);
+    void showUndoState(bool canUndo, bool canRedo);
 
     mirabo::UndoStack m_undo;
     SoMiraboMainFrame* m_frame = nullptr;
     mirabo::SceneDocument* m_document = nullptr;
     mirabo::SceneTree* m_tree = nullptr;
     mirabo::NodePanels* m_panels = nullptr;
+    mirabo::SceneStorage* m_storage = nullptr;
+    mirabo::TreeEditing* m_editing = nullptr;
+    mirabo::TreeNavigation* m_navigation = nullptr;
+    std::function<MrbCommand*(bool)> m_overrideFactory;
+    std::function<void()> m_preferencesHandler;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

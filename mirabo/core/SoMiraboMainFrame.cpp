@@ -8,6 +8,7 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -22,6 +23,7 @@ namespace {
 
 constexpr char kIconPrefix[] = ":/Mirabo_icons/Icons/";
 constexpr int kFindComboWidth = 150;
+constexpr int kCategoryCount = 14;
 /// Stands for a separator in a list of entries.
 constexpr ActionId kSeparator = ActionId::Count;
 
@@ -50,7 +52,11 @@ SoMiraboMainFrame::SoMiraboMainFrame(QWidget* parent, Qt::WindowFlags flags)
         setWindowFlags(Qt::Window | flags);
 }
 
-SoMiraboMainFrame::~SoMiraboMainFrame() = default;
+SoMiraboMainFrame::~SoMiraboMainFrame()
+{
+    if (m_deathHandler)
+        m_deathHandler();
+}
 
 void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
 {
@@ -99,9 +105,8 @@ void SoMiraboMainFrame::addEntries(QWidget* target, std::initializer_list<Action
 
 void SoMiraboMainFrame::addCategories(QWidget* target) const
 {
-    for (auto id = static_cast<int>(ActionId::Appearance);
-         id <= static_cast<int>(ActionId::Transform); ++id)
-        target->addAction(action(static_cast<ActionId>(id)));
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        target->addAction(categoryAction(bit));
 }
 
 QMenu* SoMiraboMainFrame::addNamedMenu(const QString& title)
@@ -119,6 +124,7 @@ void SoMiraboMainFrame::createMenus()
                       ActionId::Close, kSeparator, ActionId::Save, ActionId::SaveAs, kSeparator,
                       ActionId::Export, kSeparator, ActionId::Print});
     m_recentMenu = file->addMenu("Recent &Files");
+    m_recentMenu->setObjectName("RecentFilesMenu");
     for (QAction*& recent : m_recentActions) {
         recent = m_recentMenu->addAction(QString());
         recent->setVisible(false);
@@ -191,9 +197,25 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::Open, &SoCommandManager::openFile);
     run(ActionId::Reload, &SoCommandManager::reloadFile);
     run(ActionId::Close, &SoCommandManager::closeFile);
+    run(ActionId::Save, &SoCommandManager::saveFile);
+    run(ActionId::SaveAs, &SoCommandManager::saveAsFile);
+    run(ActionId::Print, &SoCommandManager::printQt);
+    run(ActionId::Export, &SoCommandManager::printFile);
     run(ActionId::Quit, &SoCommandManager::closeApp);
     run(ActionId::Undo, &SoCommandManager::undo);
     run(ActionId::Redo, &SoCommandManager::redo);
+    run(ActionId::Cut, &SoCommandManager::cutNode);
+    run(ActionId::Copy, &SoCommandManager::copyNode);
+    run(ActionId::Paste, &SoCommandManager::pasteNode);
+    run(ActionId::Find, &SoCommandManager::showFindDialog);
+    run(ActionId::FindNext, &SoCommandManager::findNext);
+    run(ActionId::FindPrevious, &SoCommandManager::findPrevious);
+    run(ActionId::ToggleBookmark, &SoCommandManager::toggleBookmark);
+    run(ActionId::NextBookmark, &SoCommandManager::nextBookmark);
+    run(ActionId::PreviousBookmark, &SoCommandManager::previousBookmark);
+    run(ActionId::ClearBookmarks, &SoCommandManager::clearBookmark);
+    run(ActionId::IgnoreEnable, &SoCommandManager::ignoreEnable);
+    run(ActionId::Preferences, &SoCommandManager::editPreferences);
     run(ActionId::ShowAllReferences, &SoCommandManager::showAllReferences);
     run(ActionId::HideAllReferences, &SoCommandManager::removeAllReferences);
     run(ActionId::NextReference, &SoCommandManager::nextReference);
@@ -202,6 +224,49 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
     for (QAction* recent : m_recentActions)
         connect(recent, &QAction::triggered, hub, &SoCommandManager::openFileRecent);
+    connect(m_findCombo->lineEdit(), &QLineEdit::returnPressed, hub, &SoCommandManager::find);
+    connectFilters(hub);
+}
+
+void SoMiraboMainFrame::connectFilters(SoCommandManager* hub)
+{
+    connect(this, &SoMiraboMainFrame::filterChanged, hub, &SoCommandManager::setFilter);
+    connect(action(ActionId::ToggleFilters), &QAction::toggled, this,
+            &SoMiraboMainFrame::on_toggleFilterAction_toggled);
+    connect(action(ActionId::CustomFilter), &QAction::toggled, this,
+            &SoMiraboMainFrame::on_customFilterAction_toggled);
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        connect(categoryAction(bit), &QAction::toggled, this, &SoMiraboMainFrame::on_filterChanged);
+}
+
+QAction* SoMiraboMainFrame::categoryAction(int bit) const
+{
+    return action(static_cast<ActionId>(static_cast<int>(ActionId::Appearance) + bit));
+}
+
+void SoMiraboMainFrame::on_toggleFilterAction_toggled(bool on)
+{
+    m_togglingAll = true;
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        categoryAction(bit)->setChecked(on);
+    m_togglingAll = false;
+    on_filterChanged();
+}
+
+void SoMiraboMainFrame::on_filterChanged()
+{
+    if (m_togglingAll)
+        return;
+    m_filterMask = 0;
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        if (categoryAction(bit)->isChecked())
+            m_filterMask |= 1 << bit;
+    Q_EMIT filterChanged(m_filterMask);
+}
+
+void SoMiraboMainFrame::on_customFilterAction_toggled(bool on)
+{
+    Q_EMIT customFilterToggled(on);
 }
 
 void SoMiraboMainFrame::fillViewMenu()
@@ -229,12 +294,6 @@ void SoMiraboMainFrame::showRecentFiles(const QStringList& paths)
     }
 }
 
-void SoMiraboMainFrame::openPath(const QString& path)
-{
-    if (m_openHandler)
-        m_openHandler(path);
-}
-
 void SoMiraboMainFrame::closeEvent(QCloseEvent* event)
 {
     if (m_closeHandler)
@@ -255,6 +314,6 @@ void SoMiraboMainFrame::dropEvent(QDropEvent* event)
         return;
     event->acceptProposedAction();
     const QString path = urls.first().toLocalFile();
-    if (!path.isEmpty())
-        openPath(path);
+    if (!path.isEmpty() && m_dropHandler)
+        m_dropHandler(path);
 }

@@ -35,12 +35,24 @@ public:
 
     /// Called when the user closes the window, before it is hidden.
     void setCloseHandler(std::function<void()> handler) { m_closeHandler = std::move(handler); }
-    /// Opens a file given by path; drops and the command line come here.
-    void setOpenHandler(std::function<void(const QString&)> handler)
+    /// Called when the window dies while its docks still live: a host may delete the parent.
+    void setDeathHandler(std::function<void()> handler) { m_deathHandler = std::move(handler); }
+    /// Opens a file that was dropped on the window.
+    void setDropHandler(std::function<void(const QString&)> handler)
     {
-        m_openHandler = std::move(handler);
+        m_dropHandler = std::move(handler);
     }
-    void openPath(const QString& path);
+
+public Q_SLOTS:
+    /// Checks or unchecks all categories.
+    void on_toggleFilterAction_toggled(bool on);
+    void on_filterChanged();
+    void on_customFilterAction_toggled(bool on);
+
+Q_SIGNALS:
+    /// One bit for each category that is checked, in the order of their actions.
+    void filterChanged(int mask);
+    void customFilterToggled(bool on);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -53,6 +65,8 @@ private:
     void createTreeViewMenu();
     void createToolBars();
     void connectActions(SoCommandManager* hub);
+    void connectFilters(SoCommandManager* hub);
+    QAction* categoryAction(int bit) const;
     void addEntries(QWidget* target, std::initializer_list<mirabo::ActionId> ids) const;
     void addCategories(QWidget* target) const;
     QMenu* addNamedMenu(const QString& title);
@@ -64,6 +78,8 @@ private:
     QMenu* m_viewMenu = nullptr;
     QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;
+    bool m_togglingAll = false; ///< the categories follow one action
     std::function<void()> m_closeHandler;
-    std::function<void(const QString&)> m_openHandler;
+    std::function<void()> m_deathHandler;
+    std::function<void(const QString&)> m_dropHandler;
 };

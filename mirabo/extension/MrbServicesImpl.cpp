@@ -2,12 +2,28 @@
 
 #include "mirabo/core/SoCommandManager.h"
 
-#include <kalmyr/gui/SoSceneManager.h>
+#include <kalmyr/base/SoError.h>
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/nodes/SoSelection.h>
+
+#include <exception>
 
 namespace {
 
 MrbServicesImpl* s_instance = nullptr;
+
+/// Slots of extensions that are connected past their own services are not told apart.
+template <typename Emission>
+void emitSafely(Emission emission)
+{
+    try {
+        emission();
+    } catch (const std::exception& error) {
+        SoError::post("Mirabo: a slot of an extension threw: %s", error.what());
+    } catch (...) {
+        SoError::post("Mirabo: a slot of an extension threw an exception of unknown type");
+    }
+}
 
 } // namespace
 
@@ -48,6 +64,16 @@ QMainWindow* MrbServicesImpl::getMainWindow()
     return m_mainWindow;
 }
 
+bool MrbServicesImpl::isRunningCommand() const
+{
+    return m_hub->undoStack().isBusy();
+}
+
+void MrbServicesImpl::removeCommands(const Test& test)
+{
+    m_hub->undoStack().remove(test);
+}
+
 void MrbServicesImpl::redo()
 {
     m_hub->redo();
@@ -60,30 +86,37 @@ void MrbServicesImpl::undo()
 
 void MrbServicesImpl::setSceneGraph(SoNode* root)
 {
-    m_sceneGraph = root;
+    m_sceneGraph.reset(root);
     if (m_sceneSetter)
         m_sceneSetter(root);
-    Q_EMIT sceneGraphChanged(root);
+    emitSafely([&] { Q_EMIT sceneGraphChanged(root); });
 }
 
 void MrbServicesImpl::announceSceneGraph(SoNode* root)
 {
-    m_sceneGraph = root;
-    m_selectedNode = nullptr;
+    m_sceneGraph.reset(root);
+    m_selectedNode.reset();
     m_selectedField = nullptr;
-    Q_EMIT sceneGraphChanged(root);
+    m_fieldContainer.reset();
+    emitSafely([&] { Q_EMIT sceneGraphChanged(root); });
+}
+
+SoField* MrbServicesImpl::getSelectedField() const
+{
+    return m_fieldContainer ? m_selectedField : nullptr;
 }
 
 void MrbServicesImpl::setSelectedField(SoField* field)
 {
     m_selectedField = field;
-    Q_EMIT selectedFieldChanged(field);
+    m_fieldContainer.reset(field ? field->getContainer() : nullptr);
+    emitSafely([&] { Q_EMIT selectedFieldChanged(field); });
 }
 
 void MrbServicesImpl::setSelectedNode(SoFieldContainer* node)
 {
-    m_selectedNode = node;
-    Q_EMIT selectedNodeChanged(node);
+    m_selectedNode.reset(node);
+    emitSafely([&] { Q_EMIT selectedNodeChanged(node); });
 }
 
 void MrbServicesImpl::watchSelection(SoSelection* selection)

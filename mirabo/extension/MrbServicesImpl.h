@@ -1,8 +1,11 @@
 #pragma once
 
+#include "mirabo/core/Observed.h"
 #include "mirabo/extender/MrbServices.h"
+#include "mirabo/extender/private/CommandStackAccess.h"
 
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/gui/SoGuiRenderArea.h>
 
 #include <functional>
 #include <memory>
@@ -11,7 +14,7 @@ class SoCommandManager;
 class SoSelection;
 
 /// The tool's services: what extensions see, and the launch context. Owns the command hub.
-class MrbServicesImpl final : public MrbServices {
+class MrbServicesImpl final : public MrbServices, public mirabo::CommandStackAccess {
     Q_OBJECT
 
 public:
@@ -24,27 +27,30 @@ public:
 
     bool pushCommand(MrbCommand* command) override;
     QMainWindow* getMainWindow() override;
-    SoField* getSelectedField() const override { return m_selectedField; }
-    SoFieldContainer* getSelectedNode() const override { return m_selectedNode; }
+    SoField* getSelectedField() const override;
+    SoFieldContainer* getSelectedNode() const override { return m_selectedNode.get(); }
     void redo() override;
     void setSceneGraph(SoNode* root) override;
     void setSelectedField(SoField* field) override;
     void setSelectedNode(SoFieldContainer* node) override;
     void undo() override;
-    SoSceneManager* getSceneManager() const override { return m_sceneManager; }
+    SoSceneManager* getSceneManager() const override { return m_sceneManager.get(); }
     int isStandalone() const override { return m_standalone; }
-    SoGuiRenderArea* getRenderArea() const override { return m_renderArea; }
+    SoGuiRenderArea* getRenderArea() const override { return m_renderArea.get(); }
+
+    bool isRunningCommand() const override;
+    void removeCommands(const Test& test) override;
 
     void setStandalone(int on) { m_standalone = on; }
-    void setRenderArea(SoGuiRenderArea* area) { m_renderArea = area; }
-    void setSceneManager(SoSceneManager* manager) { m_sceneManager = manager; }
+    void setRenderArea(SoGuiRenderArea* area) { m_renderArea.reset(area); }
+    void setSceneManager(SoSceneManager* manager) { m_sceneManager.reset(manager); }
     /// Who replaces the shown scene, and who is the main window; set once the window exists.
     void setSceneSetter(std::function<void(SoNode*)> setter) { m_sceneSetter = std::move(setter); }
     void setMainWindow(QMainWindow* window) { m_mainWindow = window; }
 
     /// The tree shows a new root: stored and told, without giving it to the viewer again.
     void announceSceneGraph(SoNode* root);
-    SoNode* getSceneGraph() const { return m_sceneGraph; }
+    SoNode* getSceneGraph() const { return m_sceneGraph.get(); }
     /// Redraws the host's scene whenever this selection changes; null watches none.
     void watchSelection(SoSelection* selection);
 
@@ -54,12 +60,13 @@ private:
     static void selectionChanged(void* data, SoSelection* selection);
 
     std::unique_ptr<SoCommandManager> m_hub;
-    SoField* m_selectedField = nullptr;         // Not owned.
-    SoFieldContainer* m_selectedNode = nullptr; // Not owned.
-    SoNode* m_sceneGraph = nullptr;             // Not owned; the viewer keeps it.
+    SoField* m_selectedField = nullptr; // Not owned; valid while its container lives.
+    mirabo::Observed<SoFieldContainer> m_fieldContainer;
+    mirabo::Observed<SoFieldContainer> m_selectedNode;
+    mirabo::Observed<SoNode> m_sceneGraph;
     SoRef<SoSelection> m_selection;
-    SoGuiRenderArea* m_renderArea = nullptr;  // Not owned; the host's or the viewer's.
-    SoSceneManager* m_sceneManager = nullptr; // Not owned; the host's or the viewer's.
+    mirabo::Observed<SoGuiRenderArea> m_renderArea;  ///< the host's or the viewer's
+    mirabo::Observed<SoSceneManager> m_sceneManager; ///< the host's or the viewer's
     int m_standalone = 0;
     std::function<void(SoNode*)> m_sceneSetter;
     QMainWindow* m_mainWindow = nullptr; // Not owned; the shell's.

@@ -2,13 +2,15 @@
 
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/MrbPluginsManager.h"
+#include "mirabo/extender/MrbShell.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
+#include "mirabo/launch/NodePlace.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
 #include "mirabo/overview/SoMiraboEdition.h"
-#include "mirabo/overview/SoNodeOverrideCommand.h"
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
@@ -26,6 +28,7 @@
 #include <QAction>
 #include <QDesktopServices>
 #include <QDockWidget>
+#include <QPointer>
 #include <QUrl>
 
 namespace mirabo {
@@ -39,7 +42,8 @@ SoCommandManager* hub()
 
 } // namespace
 
-Session::Session(SoMiraboMainFrame* frame, bool standalone) : m_frame(frame)
+Session::Session(SoMiraboMainFrame* frame, bool standalone)
+    : m_frame(frame), m_standalone(standalone)
 {
     frame->setUp(hub(), standalone);
     createPanels(standalone);
@@ -50,7 +54,9 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone) : m_frame(frame)
     connect(MrbServicesImpl::getInstance(), &MrbServices::selectedNodeChanged, hub(),
             &SoCommandManager::selectedNodeChanged);
     frame->setCloseHandler([this] { windowClosed(); });
-    frame->setOpenHandler([this](const QString& path) { openFile(path); });
+    frame->setDeathHandler([this] { windowDied(); });
+    frame->setDropHandler(
+        [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
     new Automation(frame, m_tree); // the window owns it
 }
 
@@ -62,6 +68,10 @@ void Session::createPanels(bool standalone)
     viewer->setUp(m_frame, standalone);
     m_tree = new SoMiraboTreeView(viewer->getTreeDock());
     viewer->getTreeDock()->setWidget(m_tree);
+    m_tree->setContextMenuExtension([](SoType type) {
+        const MrbShell* shell = MrbShell::getInstance();
+        return shell ? shell->contextMenusFor(type) : QList<QMenu*>();
+    });
     m_edition =
         std::make_unique<SoMiraboEdition>(viewer->getOverviewDock(), viewer->getWatchDock());
     m_edition->setIconProvider(&nodeIcon);
@@ -82,7 +92,7 @@ void Session::connectTree()
             [](SoNode* root) { MrbServicesImpl::getInstance()->announceSceneGraph(root); });
     connect(m_tree, &SoMiraboTreeView::highlightRequested, this,
             [](const SoPath* path) { SoMiraboViewer::instance()->highlight(path); });
-    connect(m_tree, &SoMiraboTreeView::expandAllRequested, hub(), &SoCommandManager::expandAll);
+    connect(m_tree, &SoMiraboTreeView::expandAllRequested, hub(), [] { hub()->expandAll(); });
     connect(m_tree, &SoMiraboTreeView::overviewRequested, hub(),
             &SoCommandManager::setNodeOverview);
     connect(m_tree, &SoMiraboTreeView::outsideStructureChange, hub(),
@@ -108,16 +118,29 @@ void Session::connectOverview()
             &SoCommandManager::nodeSetOverride);
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
-    connect(hub(), &SoCommandManager::overrideCommandRequested, this, [this](bool on) {
-        if (SoNode* node = m_edition->getNode())
-            hub()->addCommand(new SoNodeOverrideCommand(node, on));
-    });
+    hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
+    QAction* ignore = m_frame->action(ActionId::IgnoreEnable);
+    connect(ignore, &QAction::triggered, this, &Session::ignoreSelectedField);
+    connect(m_edition.get(), &SoMiraboEdition::ignoreRequested, this,
+            &Session::ignoreSelectedField);
+    connect(m_edition.get(), &SoMiraboEdition::fieldSelected, ignore,
+            [ignore](SoField* field) { ignore->setEnabled(field); });
+    m_edition->setPlaceProvider(
+        [tree = QPointer(m_tree)](const SoNode* node) { return tree ? placeOf(*tree, node) : ""; });
     connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, this,
             [this](QTreeWidgetItem* row) {
                 SoNode* node = static_cast<SoFieldItem*>(row)->getNode();
-                if (node && m_tree->revealNode(node))
-                    m_edition->showNode(node, nullptr, false);
+                if (!node)
+                    return;
+                m_edition->bringUp(node);
+                m_tree->revealNode(node);
             });
+}
+
+void Session::ignoreSelectedField()
+{
+    if (MrbCommand* command = m_edition->makeIgnoreCommand())
+        hub()->addCommand(command);
 }
 
 void Session::connectViewer()
@@ -138,6 +161,14 @@ void Session::windowClosed()
     SoMiraboImpl::requestFinish();
 }
 
+void Session::windowDied()
+{
+    MrbPluginsManager::releaseInstance(); // extensions end while their widgets live
+    MrbServicesImpl::getInstance()->setMainWindow(nullptr);
+    release();
+    SoMiraboImpl::requestFinish();
+}
+
 void Session::showScene(SoNode* root)
 {
     SoMiraboViewer::instance()->setScene(root, true);
@@ -155,7 +186,7 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
     if (services->isStandalone() || !area || !area->isOfType(SoGuiViewer::getClassTypeId()))
         return;
     auto* viewer = static_cast<SoGuiViewer*>(area);
-    if (viewer->isViewing())
+    if (viewer->isViewing() || !m_frame)
         return;
     const SoRef<SoSeparator> scene(new SoSeparator);
     scene->addChild(viewer->getCamera());
@@ -169,14 +200,20 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
 
 void Session::release()
 {
+    if (!m_frame)
+        return;
     m_frame->setCloseHandler({});
-    m_frame->setOpenHandler({});
+    m_frame->setDeathHandler({});
+    m_frame->setDropHandler({});
+    MrbServicesImpl::getInstance()->setSceneSetter({});
     hub()->release();
     m_tree->disconnect();
     SoMiraboViewer::instance()->disconnect();
     m_edition->clear();
     m_edition->disconnect();
     m_tree->setSceneGraph(nullptr);
+    m_edition.reset();
+    m_frame = nullptr;
 }
 
 void Session::showNode(SoNode* node, SoNode* kit, bool newTab)
@@ -196,8 +233,27 @@ void Session::clear()
 
 void Session::refresh()
 {
-    if (SoNode* node = m_edition->getNode())
-        m_edition->showNode(node, nullptr, false);
+    m_edition->refresh();
+}
+
+void Session::closeOverview(int index)
+{
+    m_edition->getTabs()->tabClose(index);
+}
+
+void Session::watchSelectedField()
+{
+    m_edition->addFieldWatch();
+}
+
+void Session::watchField(SoFieldItem* row)
+{
+    m_edition->getWatch()->addField(*row);
+}
+
+void Session::deleteWatchedField()
+{
+    m_edition->getWatch()->deleteCurrent();
 }
 
 void Session::saveColumnWidths()

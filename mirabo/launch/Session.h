@@ -27,6 +27,8 @@ public:
 
     void showScene(SoNode* root);
     bool openFile(const QString& path);
+    /// Whether a new start of this kind may go on with this session's window.
+    bool canServe(bool standalone) const { return m_frame && m_standalone == standalone; }
     /// Selects what lies under a window position of the host's viewer.
     void pick(const SbViewportRegion& region, SbVec2s cursor);
 
@@ -38,15 +40,22 @@ private:
     void connectTree();
     void connectOverview();
     void connectViewer();
+    void ignoreSelectedField();
     void windowClosed();
+    void windowDied();
 
     void showNode(SoNode* node, SoNode* kit, bool newTab) override;
     SoNode* getNode() const override;
     void clear() override;
     void refresh() override;
     void saveColumnWidths() override;
+    void closeOverview(int index) override;
+    void watchSelectedField() override;
+    void watchField(SoFieldItem* row) override;
+    void deleteWatchedField() override;
 
-    SoMiraboMainFrame* m_frame;         // Not owned; the shell's.
+    SoMiraboMainFrame* m_frame; // Not owned; the shell's. Null once the window has died.
+    const bool m_standalone;
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
 };

@@ -5,6 +5,7 @@
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/extension/MrbShellImpl.h"
 #include "mirabo/launch/Configuration.h"
+#include "mirabo/launch/CriticalError.h"
 #include "mirabo/launch/QtApplication.h"
 #include "mirabo/launch/RenderAreaFinder.h"
 #include "mirabo/launch/Session.h"
@@ -46,14 +47,36 @@ Run& run()
     return r;
 }
 
+void tearDown();
+
 /// False when the tool runs already.
-bool prepare()
+bool prepare(bool standalone)
 {
-    if (run().running)
+    Run& r = run();
+    if (r.running)
         return false;
     kalmyr::initGui();
     mirabo::registerBuiltInConfiguration();
+    // A run whose end is pending goes on with what it has. Where that is of no use everything is
+    // made anew, and the end stays pending all the same.
+    if (r.session && !r.session->canServe(standalone)) {
+        tearDown();
+        r.finishPending = true;
+    }
     return true;
+}
+
+/// Remembers the host's scene manager (null: none), which is told, as is the one it replaces.
+void attachTo(SoSceneManager* manager)
+{
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    SoSceneManager* old = services->getSceneManager();
+    if (old && old != manager && !services->isStandalone())
+        old->getImpl()->setOwnMirabo(0);
+    services->setStandalone(0);
+    services->setSceneManager(manager);
+    if (manager)
+        manager->getImpl()->setOwnMirabo(1);
 }
 
 void setPreferences()
@@ -76,11 +99,10 @@ void readConfiguration()
     MrbPluginsManager::getInstance()->read(configuration.pathOrText, configuration.isFile);
 }
 
-void commonStart(const QStringList& arguments, SoSceneManager* manager)
+/// What a run needs around its scene; a start while the end of the last run is pending finds it.
+void openSession()
 {
     Run& r = run();
-    r.running = true;
-    setPreferences();
     SoMiraboMainFrame* frame = MrbShellImpl::getInstance()->getMainFrame();
     // The sensors of a host's own loop are served by it; a tool that brings its own Qt, or runs
     // alone, sees to them.
@@ -90,9 +112,19 @@ void commonStart(const QStringList& arguments, SoSceneManager* manager)
         r.sensorsServed = true;
     }
     QLocale::setDefault(QLocale::c()); // numbers in field texts have a point
+    mirabo::installCriticalErrorReport();
     for (const char* module : kModules)
         TvSymTool::initModule(module);
     r.session = std::make_unique<mirabo::Session>(frame, standalone);
+}
+
+void commonStart(const QStringList& arguments, SoSceneManager* manager)
+{
+    Run& r = run();
+    r.running = true;
+    setPreferences();
+    if (!r.session)
+        openSession();
     if (!manager)
         r.session->showScene(defaultScene().get());
     if (arguments.size() > 1)
@@ -117,6 +149,7 @@ void tearDown()
     MrbShellImpl::destroyInstance();
     mirabo::releaseSettings();
     mirabo::forgetCategoryIcons();
+    mirabo::removeCriticalErrorReport();
     r.running = false;
     for (auto module = kModules.rbegin(); module != kModules.rend(); ++module)
         TvSymTool::finishModule(*module);
@@ -130,12 +163,10 @@ void tearDown()
 
 void SoMiraboImpl::startNode(SoNode* root, QWidget* parent)
 {
-    if (!prepare())
+    if (!prepare(false))
         return;
     const SoRef<SoNode> kept(root);
-    MrbServicesImpl* services = MrbServicesImpl::getInstance();
-    services->setStandalone(0);
-    services->setSceneManager(nullptr);
+    attachTo(nullptr);
     if (!run().application.obtain())
         return;
     MrbShellImpl::getInstance(parent);
@@ -146,13 +177,12 @@ void SoMiraboImpl::startNode(SoNode* root, QWidget* parent)
 
 void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
 {
-    if (!prepare())
+    if (!prepare(false))
         return;
-    manager->getImpl()->setOwnMirabo(1);
+    attachTo(manager);
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
-    services->setStandalone(0);
-    services->setSceneManager(manager);
-    if (!services->getRenderArea())
+    const SoGuiRenderArea* area = services->getRenderArea();
+    if (!area || area->getSceneManager() != manager)
         services->setRenderArea(mirabo::findRenderArea(manager));
     if (!run().application.obtain())
         return;
@@ -172,14 +202,16 @@ void SoMiraboImpl::startRenderArea(SoGuiRenderArea* area)
 
 void SoMiraboImpl::startStandalone(int& argc, char** argv)
 {
-    if (!prepare())
+    if (!prepare(true))
         return;
     if (!run().application.obtain(argc, argv))
         return;
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    if (!run().session) { // else both are those of the window that is still there
+        services->setRenderArea(nullptr);
+        services->setSceneManager(nullptr);
+    }
     services->setStandalone(1);
-    services->setRenderArea(nullptr);
-    services->setSceneManager(nullptr);
     if (!SoLibMirabo::isAvailable())
         SoLibMirabo::instance();
     commonStart(QCoreApplication::arguments(), nullptr);

@@ -5,6 +5,7 @@
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/viewer/FirstLayout.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoPreferences.h>
@@ -165,11 +166,12 @@ void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
     if (root) {
         m_root = root;
         m_selection->addChild(root);
-        m_selection->deselectAll();
         if (m_examiner)
             m_examiner->setSceneGraph(m_selection.get());
     }
     Q_EMIT sceneChanged(root);
+    // The tree has made its first row current; nobody has chosen the scene as a whole yet.
+    m_selection->deselectAll();
 }
 
 void SoMiraboViewer::setHighlightMode(HighlightMode mode)
@@ -207,16 +209,23 @@ void SoMiraboViewer::refresh()
         m_examiner->scheduleRedraw();
 }
 
+bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
+{
+    m_readError.clear();
+    const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    return input.openFile(fileName.toUtf8().constData());
+}
+
+bool SoMiraboViewer::openDroppedFile(const QString& fileName)
+{
+    LiveInput input(m_frame);
+    return open(input, fileName) && readScene(input);
+}
+
 bool SoMiraboViewer::openSceneFile(const QString& fileName)
 {
     LiveInput input(m_frame);
-    m_readError.clear();
-    bool opened = false;
-    {
-        const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
-        opened = input.openFile(fileName.toUtf8().constData());
-    }
-    if (opened)
+    if (open(input, fileName))
         return readScene(input);
     mirabo::showWarning(m_frame, "MiraboReadFile",
                         m_readError.isEmpty() ? tr("Can't load '%1'.").arg(fileName) : m_readError);
@@ -299,14 +308,6 @@ void SoMiraboViewer::addRecentFile(const QString& path)
     m_frame->showRecentFiles(m_recentFiles.paths());
 }
 
-void SoMiraboViewer::applyDefaultLayout()
-{
-    const int unit = m_frame->fontMetrics().averageCharWidth();
-    m_frame->resizeDocks({m_treeDock}, {unit * 62}, Qt::Horizontal);
-    m_frame->resizeDocks({m_overviewDock, m_watchDock}, {unit * 95, unit * 45}, Qt::Horizontal);
-    m_frame->resizeDocks({m_overviewDock}, {m_frame->fontMetrics().height() * 18}, Qt::Vertical);
-}
-
 void SoMiraboViewer::readSettings()
 {
     using namespace mirabo;
@@ -321,7 +322,7 @@ void SoMiraboViewer::readSettings()
     if (layout.isEmpty()) {
         m_frame->resize(1280, 900); // what "restore down" gives
         m_frame->setWindowState(Qt::WindowMaximized);
-        applyDefaultLayout();
+        new mirabo::FirstLayout(m_frame); // the window owns it
         return;
     }
     m_frame->resize(width, height);

@@ -47,6 +47,8 @@ public:
     void setScene(SoNode* root, bool resetCommands) override;
     SoNode* getScene() const override { return m_root; }
     bool openSceneFile(const QString& fileName) override;
+    /// As openSceneFile(), but a file that cannot be opened at all changes and shows nothing.
+    bool openDroppedFile(const QString& fileName);
     bool closeScene() override;
     void reopenRecentFile(int index) override;
     void highlight(const SoPath* path) override;
@@ -81,11 +83,11 @@ private:
     void createExaminer();
     void createDocks();
     QDockWidget* addDock(const char* name, const QString& title);
-    void applyDefaultLayout();
     void setCurrentFile(const QString& fileName);
     static void pathSelected(void* data, SoPath* path);
     static void readErrorPosted(const SoError* error, void* data);
     SoNode* read(LiveInput& input);
+    bool open(LiveInput& input, const QString& fileName);
 
     SoMiraboMainFrame* m_frame = nullptr; // Not owned; the shell's.
     SoNode* m_root = nullptr;             // Kept by the selection node.

@@ -1,0 +1,33 @@
+#include "mirabo/launch/NodePlace.h"
+
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+
+#include <kalmyr/core/SoNode.h>
+
+#include <QStringList>
+
+namespace mirabo {
+
+namespace {
+
+QString nameOf(const SoNode* node)
+{
+    const QString type = QString::fromUtf8(node->getTypeId().getName().getString());
+    const SbName name = node->getName();
+    return name.isEmpty() ? type : type + ' ' + QString::fromUtf8(name.getString());
+}
+
+} // namespace
+
+QString placeOf(const SoMiraboTreeView& tree, const SoNode* node)
+{
+    const auto items = tree.itemsOf(node);
+    QStringList steps;
+    for (const SoTreeViewItem* at = items.empty() ? nullptr : items.front(); at;
+         at = at->parentItem())
+        steps.prepend(nameOf(at->getNode()));
+    return steps.join(" > ");
+}
+
+} // namespace mirabo

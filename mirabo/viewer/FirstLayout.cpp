@@ -1,0 +1,74 @@
+#include "mirabo/viewer/FirstLayout.h"
+
+#include <QDockWidget>
+#include <QEvent>
+#include <QMainWindow>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace mirabo {
+
+namespace {
+
+/// How long after it was first shown a window still finds its size, in milliseconds.
+constexpr int kSettleMs = 1000;
+/// Width in which types, names and reference counts of a tree are readable, in characters.
+constexpr int kTreeWidth = 60;
+/// Shares of the window that the docks take at most.
+constexpr double kTreeShare = 0.42;
+constexpr double kOverviewShare = 0.36;
+constexpr int kOverviewLines = 19;
+
+} // namespace
+
+FirstLayout::FirstLayout(QMainWindow* window) : QObject(window), m_window(window)
+{
+    window->installEventFilter(this);
+}
+
+bool FirstLayout::eventFilter(QObject*, QEvent* event)
+{
+    if (event->type() == QEvent::Show && !m_ending) {
+        m_ending = true;
+        apply();
+        QTimer::singleShot(kSettleMs, this, &QObject::deleteLater);
+    }
+    if (event->type() == QEvent::Resize && m_ending)
+        applyLater();
+    return false;
+}
+
+void FirstLayout::applyLater()
+{
+    if (m_pending)
+        return;
+    m_pending = true;
+    QTimer::singleShot(0, this, [this] {
+        m_pending = false;
+        apply();
+    });
+}
+
+void FirstLayout::apply()
+{
+    const auto dock = [this](const char* name) {
+        return m_window->findChild<QDockWidget*>(name, Qt::FindDirectChildrenOnly);
+    };
+    QDockWidget* tree = dock("dockMainWin");
+    QDockWidget* overview = dock("dockNodeOverview");
+    QDockWidget* watch = dock("dockFieldWatch");
+    if (!tree || !overview || !watch)
+        return;
+    const QFontMetrics font = m_window->fontMetrics();
+    const int treeWidth =
+        std::min(font.averageCharWidth() * kTreeWidth, int(m_window->width() * kTreeShare));
+    const int rest = m_window->width() - treeWidth;
+    const int height =
+        std::min(font.height() * kOverviewLines, int(m_window->height() * kOverviewShare));
+    m_window->resizeDocks({tree}, {treeWidth}, Qt::Horizontal);
+    m_window->resizeDocks({overview, watch}, {rest * 2 / 3, rest / 3}, Qt::Horizontal);
+    m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
+}
+
+} // namespace mirabo

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+
+class QMainWindow;
+
+namespace mirabo {
+
+/// Gives the docks of a window that was never stored their places, for the size that the window
+/// gets when it is shown: a window manager, or whoever opens it, may settle that size only then.
+/// Owned by the window; ends itself soon after the window was shown.
+class FirstLayout final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit FirstLayout(QMainWindow* window);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void applyLater();
+    void apply();
+
+    QMainWindow* m_window; // Not owned; owns us.
+    bool m_pending = false;
+    bool m_ending = false;
+};
+
+} // namespace mirabo
