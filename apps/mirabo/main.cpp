@@ -22,6 +22,15 @@ constexpr char kUsage[] =
     "  --version             print the version\n"
     "  --help                print this text\n";
 
+/// A picture needs no display.
+void chooseOffscreenWithoutDisplay()
+{
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+        if (!qEnvironmentVariableIsEmpty(name))
+            return;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 QWidget* mainWindow()
 {
     for (QWidget* widget : QApplication::topLevelWidgets())
@@ -58,13 +67,17 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "mirabo: error: %s\n%s", options.error.c_str(), kUsage);
         return 2;
     }
+    const bool batch = !options.screenshot.empty();
+#if !defined(_WIN32)
+    if (batch)
+        chooseOffscreenWithoutDisplay();
+#endif
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // The tool opens the last argument that its application has: only the file is left to it.
     Arguments toolArguments(argv[0], options.file);
     QApplication application(toolArguments.count(), toolArguments.values());
     application.setQuitOnLastWindowClosed(false);
-    const bool batch = !options.screenshot.empty();
     application.setProperty("miraboBatch", batch);
     SoMiraboImpl::startStandalone(toolArguments.count(), toolArguments.values());
     QWidget* window = mainWindow();
