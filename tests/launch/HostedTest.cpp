@@ -1,0 +1,305 @@
+#include "LaunchSupport.h"
+
+#include <kalmyr/gui/SoGuiExaminerViewer.h>
+#include <kalmyr/gui/SoSceneManagerImpl.h>
+#include <kalmyr/qt/SoQtExaminerViewer.h>
+#include <kalmyr/qt/SoQtRenderArea.h>
+
+#include <mirabo/extender/MrbServices.h>
+#include <mirabo/launch/SoMirabo.h>
+
+#include <QAction>
+#include <QMenuBar>
+#include <QPixmapCache>
+#include <QTimer>
+
+#include <malloc.h>
+
+namespace {
+
+using HostedTest = LaunchTest;
+
+TEST_F(HostedTest, ShowsAHostsSceneAndLeavesItAsItWas)
+{
+    const std::string before = support::writeScene(scene.get());
+    const int references = scene->getRefCount();
+    const int auditors = scene->getAuditors().getLength();
+    EXPECT_FALSE(hooks().m_mirabo_isRunning());
+    hooks().m_mirabo_startNode(scene.get());
+    EXPECT_TRUE(hooks().m_mirabo_isRunning());
+    ASSERT_NE(window(), nullptr);
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(window()->windowTitle(), "Mirabo");
+    EXPECT_EQ(rowCount(), support::kHostSceneRows);
+    EXPECT_FALSE(action("&Open...")->isEnabled());
+    EXPECT_FALSE(action("&Close")->isEnabled());
+    EXPECT_EQ(window()->findChild<QDockWidget*>("dockSceneViewer"), nullptr);
+    tree()->setCurrentItem(tree()->topLevelItem(0)->child(4));
+    pass();
+
+    hooks().m_mirabo_stop();
+    EXPECT_EQ(window(), nullptr);
+    EXPECT_EQ(support::writeScene(scene.get()), before);
+    EXPECT_EQ(scene->getRefCount(), references);
+    EXPECT_EQ(scene->getAuditors().getLength(), auditors);
+}
+
+TEST_F(HostedTest, FollowsTheHostsEdits)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    scene->addChild(new SoCube);
+    EXPECT_EQ(rowCount(), support::kHostSceneRows + 1);
+    scene->removeChild(0);
+    EXPECT_EQ(rowCount(), support::kHostSceneRows - 2);
+    scene->removeAllChildren();
+    EXPECT_EQ(rowCount(), 1);
+    pass();
+}
+
+TEST_F(HostedTest, IgnoresASecondStart)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    const SoRef<SoNode> other(new SoCube);
+    hooks().m_mirabo_startNode(other.get());
+    EXPECT_EQ(rowCount(), support::kHostSceneRows);
+    const SoRef<SoGuiRenderArea> area(new SoGuiRenderArea);
+    area->setSceneGraph(other.get());
+    hooks().m_mirabo_startRenderArea(static_cast<SoRenderAreaCore*>(area.get()));
+    EXPECT_EQ(area->getSceneManager()->getImpl()->getOwnMirabo(), 0);
+    EXPECT_EQ(rowCount(), support::kHostSceneRows);
+    // The scene is not the host's to set by this hook.
+    hooks().m_mirabo_setSceneGraph(other.get());
+    EXPECT_EQ(rowCount(), support::kHostSceneRows);
+}
+
+TEST_F(HostedTest, AttachesToASceneManagerAndFindsItsRenderArea)
+{
+    SoQtExaminerViewer viewer(nullptr, "host", false);
+    viewer.setSceneGraph(scene.get());
+    SoSceneManager* manager = viewer.getSceneManager();
+    hooks().m_mirabo_startSceneManager(manager);
+    EXPECT_EQ(manager->getImpl()->getOwnMirabo(), 1);
+    EXPECT_EQ(MrbServices::getInstance()->getSceneManager(), manager);
+    EXPECT_EQ(MrbServices::getInstance()->getRenderArea(), viewer.getGuiRenderArea());
+    EXPECT_FALSE(MrbServices::getInstance()->isStandalone());
+    EXPECT_GE(rowCount(), support::kHostSceneRows); // what the viewer adds is shown as well
+
+    hooks().m_mirabo_stop();
+    EXPECT_EQ(manager->getImpl()->getOwnMirabo(), 0);
+    EXPECT_EQ(MrbServices::getInstance(), nullptr);
+}
+
+TEST_F(HostedTest, SelectsWhatTheHostPicks)
+{
+    const SoRef<SoGuiExaminerViewer> viewer(new SoGuiExaminerViewer);
+    viewer->setSize(SbVec2i32(200, 200));
+    const SoRef<SoSeparator> ball(new SoSeparator);
+    ball->addChild(new SoSphere);
+    viewer->setSceneGraph(ball.get());
+    viewer->viewAll();
+    hooks().m_mirabo_startRenderArea(static_cast<SoRenderAreaCore*>(viewer.get()));
+    EXPECT_EQ(MrbServices::getInstance()->getRenderArea(), viewer.get());
+    tree()->setCurrentItem(tree()->topLevelItem(0));
+    const auto pick = [&] {
+        hooks().m_mirabo_setPickAction(viewer->getSceneManager()->getViewportRegion(),
+                                       SbVec2s(100, 100));
+        return tree()->currentItem()->text(0);
+    };
+    viewer->setViewing(true);
+    EXPECT_NE(pick(), "Sphere") << "while viewing the pointer moves the camera";
+    viewer->setViewing(false);
+    EXPECT_EQ(pick(), "Sphere");
+    EXPECT_EQ(MrbServices::getInstance()->getSelectedNode(), ball->getChild(0));
+
+    hooks().m_mirabo_stop();
+    hooks().m_mirabo_setPickAction(viewer->getSceneManager()->getViewportRegion(), SbVec2s(9, 9));
+}
+
+TEST_F(HostedTest, LeavesTheEventLoopToAHostThatHasOne)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    pass();
+    bool fired = false;
+    QTimer::singleShot(0, [&fired] { fired = true; });
+    EXPECT_TRUE(hooks().m_mirabo_processEvents());
+    EXPECT_FALSE(fired);
+    pass();
+    EXPECT_TRUE(fired);
+}
+
+TEST_F(HostedTest, EndsWithTheNextPumpAfterTheUserClosedIt)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    window()->close();
+    EXPECT_FALSE(hooks().m_mirabo_isRunning());
+    ASSERT_NE(window(), nullptr) << "tear-down waits for the pump";
+    EXPECT_FALSE(hooks().m_mirabo_processEvents());
+    EXPECT_EQ(window(), nullptr);
+    EXPECT_FALSE(hooks().m_mirabo_processEvents());
+    EXPECT_NE(QCoreApplication::instance(), nullptr);
+}
+
+TEST_F(HostedTest, StartsAgainWhileTheEndIsPendingButStillEnds)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    const int menus = window()->menuBar()->actions().size();
+    const int actions = window()->findChildren<QAction*>().size();
+    window()->close();
+    const SoRef<SoNode> other(new SoCube);
+    hooks().m_mirabo_startNode(other.get());
+    EXPECT_TRUE(hooks().m_mirabo_isRunning());
+    ASSERT_NE(window(), nullptr);
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(rowCount(), 1);
+    EXPECT_EQ(window()->menuBar()->actions().size(), menus);
+    EXPECT_EQ(window()->findChildren<QAction*>().size(), actions);
+    EXPECT_FALSE(hooks().m_mirabo_processEvents());
+    EXPECT_EQ(window(), nullptr);
+}
+
+TEST_F(HostedTest, RestartsOnAnotherKindOfStartWhileTheEndIsPending)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    window()->close();
+    const SoRef<SoGuiRenderArea> area(new SoGuiRenderArea);
+    area->setSceneGraph(scene.get());
+    hooks().m_mirabo_startRenderArea(static_cast<SoRenderAreaCore*>(area.get()));
+    EXPECT_EQ(area->getSceneManager()->getImpl()->getOwnMirabo(), 1);
+    window()->close();
+    hooks().m_mirabo_startStandalone(0, nullptr);
+    EXPECT_TRUE(hooks().m_mirabo_isRunning());
+    EXPECT_NE(window()->findChild<QDockWidget*>("dockSceneViewer"), nullptr);
+    EXPECT_TRUE(action("&Open...")->isEnabled());
+    EXPECT_EQ(area->getSceneManager()->getImpl()->getOwnMirabo(), 0);
+    window()->close();
+    hooks().m_mirabo_startNode(scene.get());
+    EXPECT_EQ(window()->findChild<QDockWidget*>("dockSceneViewer"), nullptr);
+    EXPECT_FALSE(action("&Open...")->isEnabled());
+    EXPECT_FALSE(hooks().m_mirabo_processEvents());
+}
+
+TEST_F(HostedTest, OutlivesWhatTheHostDeletes)
+{
+    const auto selectBall = [this] {
+        tree()->setCurrentItem(tree()->topLevelItem(0)->child(4));
+        pass();
+    };
+    hooks().m_mirabo_startNode(scene.get());
+    selectBall();
+    EXPECT_NE(MrbServices::getInstance()->getSelectedNode(), nullptr);
+    scene->removeChild(4); // the selected node dies
+    tree()->setCurrentItem(nullptr);
+    EXPECT_NE(MrbServices::getInstance()->getSelectedNode(), scene->getChild(3));
+    pass();
+    scene = SoRef<SoSeparator>(); // and the host forgets its scene
+    EXPECT_GT(rowCount(), 1);
+    pass();
+    hooks().m_mirabo_stop();
+}
+
+TEST_F(HostedTest, ForgetsADeadSelection)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    MrbServices* services = MrbServices::getInstance();
+    SoRef<SoCube> loose(new SoCube);
+    services->setSelectedNode(loose.get());
+    services->setSelectedField(&loose->width);
+    EXPECT_EQ(services->getSelectedNode(), loose.get());
+    loose = SoRef<SoCube>();
+    EXPECT_EQ(services->getSelectedNode(), nullptr);
+    EXPECT_EQ(services->getSelectedField(), nullptr);
+    pass();
+}
+
+TEST_F(HostedTest, OutlivesAHostsViewer)
+{
+    auto viewer = std::make_unique<SoQtExaminerViewer>(nullptr, "host", false);
+    viewer->setSceneGraph(scene.get());
+    hooks().m_mirabo_startSceneManager(viewer->getSceneManager());
+    viewer.reset();
+    pass();
+    hooks().m_mirabo_setPickAction(SbViewportRegion(100, 100), SbVec2s(50, 50));
+    MrbServices::getInstance()->setSelectedNode(scene->getChild(0));
+    pass();
+    hooks().m_mirabo_stop();
+}
+
+TEST_F(HostedTest, EndsWithItsParentWindow)
+{
+    for (const bool pumped : {true, false}) {
+        auto host = std::make_unique<QWidget>();
+        SoMirabo::start(scene.get(), host.get());
+        ASSERT_NE(window(), nullptr);
+        EXPECT_EQ(window()->parentWidget(), host.get());
+        EXPECT_TRUE(window()->isWindow());
+        host.reset();
+        EXPECT_EQ(window(), nullptr);
+        EXPECT_FALSE(SoMirabo::isRunning());
+        scene->addChild(new SoCube); // nobody looks any more
+        pass();
+        if (pumped) {
+            EXPECT_FALSE(SoMirabo::processEvents());
+        }
+    }
+    // Started again without a pump between.
+    SoMirabo::start(scene.get());
+    EXPECT_TRUE(SoMirabo::isRunning());
+    EXPECT_EQ(rowCount(), support::kHostSceneRows + 2);
+}
+
+TEST_F(HostedTest, HundredRunsLeaveNothingBehind)
+{
+#ifdef __SANITIZE_ADDRESS__
+    constexpr int kRuns = 30; // freed memory is held back: the leak checker looks instead
+#else
+    constexpr int kRuns = 100;
+#endif
+    constexpr std::size_t kSlack = 200000; // bytes in all, for caches of the platform
+    const std::string before = support::writeScene(scene.get());
+    std::size_t inUse = 0;
+    for (int run = 0; run < kRuns; ++run) {
+        if (run == kRuns / 5)
+            inUse = mallinfo2().uordblks;
+        hooks().m_mirabo_startNode(scene.get());
+        tree()->setCurrentItem(tree()->topLevelItem(0)->child(0)->child(1));
+        pass();
+        hooks().m_mirabo_stop();
+        pass();
+        QPixmapCache::clear();
+    }
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LT(mallinfo2().uordblks, inUse + kSlack);
+#endif
+    EXPECT_EQ(scene->getRefCount(), 1);
+    EXPECT_EQ(scene->getAuditors().getLength(), 0);
+    EXPECT_EQ(support::writeScene(scene.get()), before);
+}
+
+TEST_F(HostedTest, StaticInterfaceGoesThroughTheHooks)
+{
+    EXPECT_EQ(SoMirabo::getShortcutValue(), SoKeyboardEvent::F12);
+    SoLibMirabo::finish();
+    EXPECT_FALSE(SoMirabo::isRunning());
+    EXPECT_EQ(SoMirabo::isInstance(), 0);
+    EXPECT_FALSE(SoMirabo::processEvents());
+    SoMirabo::setSceneGraph(scene.get());
+    SoMirabo::stop();
+    EXPECT_FALSE(SoLibMirabo::isAvailable()) << "none of these loads the library";
+    SoMirabo::setInstance(0, nullptr, scene.get(), true);
+    EXPECT_EQ(SoMirabo::isInstance(), 1);
+    EXPECT_TRUE(SoMirabo::processEvents());
+    window()->close();
+    EXPECT_FALSE(SoMirabo::processEvents());
+    EXPECT_FALSE(SoLibMirabo::isAvailable()) << "the hooks are let go with the tool";
+
+    const SoRef<SoGuiRenderArea> area(new SoGuiRenderArea);
+    area->setSceneGraph(scene.get());
+    SoMirabo::start(static_cast<const SoRenderAreaCore*>(area.get()));
+    EXPECT_EQ(MrbServices::getInstance()->getRenderArea(), area.get());
+    SoMirabo::stop();
+    EXPECT_FALSE(SoLibMirabo::isAvailable());
+    SoMirabo::launch(0, nullptr, area.get());
+    EXPECT_TRUE(SoMirabo::isRunning());
+}
+
+} // namespace

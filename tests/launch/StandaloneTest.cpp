@@ -1,0 +1,150 @@
+#include "LaunchSupport.h"
+
+#include <kalmyr/base/SoPreferences.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QSettings>
+#include <QStatusBar>
+
+namespace {
+
+constexpr const char* kGoodScene = "#Kalmyr V1.0 ascii\nSeparator {\n  Cube {}\n  Sphere {}\n}\n";
+
+class StandaloneTest : public LaunchTest {
+protected:
+    static void start() { hooks().m_mirabo_startStandalone(0, nullptr); }
+};
+
+TEST_F(StandaloneTest, ShowsAnEmptySceneOnABackground)
+{
+    start();
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(rowCount(), 2);
+    EXPECT_EQ(tree()->topLevelItem(0)->child(0)->text(0), "GradientBackground");
+    EXPECT_TRUE(action("&Open...")->isEnabled());
+    EXPECT_TRUE(action("&Close")->isEnabled());
+    EXPECT_FALSE(action("&Reload")->isEnabled());
+    for (const char* name : {"dockMainWin", "dockNodeOverview", "dockFieldWatch"})
+        EXPECT_NE(window()->findChild<QDockWidget*>(name), nullptr) << name;
+    EXPECT_EQ(window()->centralWidget()->windowTitle(), "Kalmyr SceneViewer");
+}
+
+TEST_F(StandaloneTest, StaysHiddenWhereTheMainLoopIsDisabled)
+{
+    SoPreferences::setValue("KMR_DISABLE_MAINLOOP", "1");
+    start();
+    EXPECT_TRUE(hooks().m_mirabo_isRunning());
+    ASSERT_NE(window(), nullptr);
+    EXPECT_FALSE(window()->isVisible());
+    SoPreferences::removeValue("KMR_DISABLE_MAINLOOP");
+}
+
+TEST_F(StandaloneTest, OpensReloadsAndClosesAFile)
+{
+    const std::string path = writeFile("a.ky", kGoodScene);
+    start();
+    drop(path);
+    EXPECT_EQ(rowCount(), 3);
+    EXPECT_EQ(window()->windowTitle(), QString("Mirabo -- %1").arg(path.c_str()));
+    EXPECT_TRUE(action("&Reload")->isEnabled());
+    writeFile("a.ky", "#Kalmyr V1.0 ascii\nSeparator { Cone {} }\n");
+    action("&Reload")->trigger();
+    EXPECT_EQ(rowCount(), 2);
+    action("&Close")->trigger();
+    EXPECT_EQ(rowCount(), 1);
+    EXPECT_EQ(window()->windowTitle(), "Mirabo");
+    EXPECT_FALSE(action("&Reload")->isEnabled());
+}
+
+TEST_F(StandaloneTest, KeepsTheOldSceneWhenAFileIsBad)
+{
+    const std::pair<const char*, std::string> kBad[] = {
+        {"1:1", writeFile("header.ky", "#Wrong V7 ascii\nSeparator {}\n")},
+        {"1:1", writeFile("garbage.ky", std::string("\x7f\x00\xff\xfe\x01zz\n", 8))},
+        {"2:", writeFile("truncated.ky", "#Kalmyr V1.0 ascii\nSeparator { Cube {")},
+        {"2:13", writeFile("number.ky", "#Kalmyr V1.0 ascii\nSeparator { 42 {} }\n")},
+        {"3:", writeFile("field.ky", "#Kalmyr V1.0 ascii\nSeparator {\n Cube { width no } }\n")},
+        {"1:1", writeFile("empty.ky", "")},
+    };
+    start();
+    drop(writeFile("good.ky", kGoodScene));
+    const QString title = window()->windowTitle();
+    for (const auto& [place, path] : kBad) {
+        const QString message = messageOf([&path = path] { openRecent(path); });
+        EXPECT_TRUE(message.startsWith("MiraboReadFile: ")) << path << message.toStdString();
+        EXPECT_TRUE(message.contains(QString("%1:%2").arg(path.c_str(), place)))
+            << message.toStdString();
+        EXPECT_EQ(rowCount(), 3) << path;
+        EXPECT_EQ(window()->windowTitle(), title);
+        pass();
+    }
+    const QString missing = messageOf([this] { openRecent(writeFile("x", "") + "/no.ky"); });
+    EXPECT_TRUE(missing.contains("no.ky")) << missing.toStdString();
+    EXPECT_EQ(rowCount(), 3);
+}
+
+TEST_F(StandaloneTest, ShowsWhatCanBeShownOfADamagedScene)
+{
+    start();
+    const std::string texture =
+        writeFile("texture.ky",
+                  "#Kalmyr V1.0 ascii\nSeparator { Texture2 { filename \"none.png\" } Cube {} }\n");
+    const std::string index = writeFile(
+        "index.wrl", "#VRML V2.0 utf8\nShape { geometry IndexedFaceSet {\n coord Coordinate {"
+                     " point [0 0 0, 1 0 0, 0 1 0] }\n coordIndex [0 1 2 -1 0 1 99 -1] } }\n");
+    auto errors = support::expectErrors();
+    errors.mayStayEmpty(); // a faulty index may be found when it is drawn only
+    for (const std::string& path : {texture, index}) {
+        messageOf([&path] { openRecent(path); });
+        EXPECT_EQ(window()->windowTitle(), QString("Mirabo -- %1").arg(path.c_str()));
+        for (int turn = 0; turn < 5; ++turn)
+            pass();
+    }
+    EXPECT_TRUE(hooks().m_mirabo_isRunning());
+}
+
+TEST_F(StandaloneTest, IgnoresADropOfWhatCannotBeOpened)
+{
+    start();
+    const QString message =
+        messageOf([this] { drop(folder.filePath("nothing.ky").toStdString()); });
+    EXPECT_TRUE(message.isEmpty()) << message.toStdString();
+    EXPECT_EQ(rowCount(), 2);
+}
+
+TEST_F(StandaloneTest, RemembersNineFilesAndTheWindow)
+{
+    start();
+    std::string last;
+    for (int i = 0; i < 10; ++i) {
+        last = writeFile(QString("%1.ky").arg(i), kGoodScene);
+        drop(last);
+    }
+    window()->setWindowState(Qt::WindowNoState);
+    window()->setGeometry(30, 40, 1001, 702);
+    pass();
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    QSettings store("Mirabo", "MiraboViewer");
+    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowWidth").toInt(), 1001);
+    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowHeight").toInt(), 702);
+
+    start();
+    EXPECT_EQ(window()->size(), QSize(1001, 702));
+    EXPECT_FALSE(window()->isMaximized());
+    const auto* menu = window()->findChild<QMenu*>("RecentFilesMenu");
+    ASSERT_EQ(menu->actions().size(), 9);
+    EXPECT_EQ(menu->actions()[0]->text(), QString("&1 %1").arg(last.c_str()));
+    EXPECT_TRUE(menu->actions()[8]->isVisible());
+    EXPECT_TRUE(menu->actions()[8]->text().endsWith("1.ky"));
+}
+
+TEST_F(StandaloneTest, OpensMaximisedTheFirstTime)
+{
+    start();
+    EXPECT_TRUE(window()->isMaximized());
+    EXPECT_TRUE(window()->statusBar()->isVisible());
+}
+
+} // namespace

@@ -1,0 +1,306 @@
+#include "mirabo/core/LiveInput.h"
+#include "mirabo/core/Observed.h"
+#include "mirabo/core/RecentFiles.h"
+#include "mirabo/core/SoCommandManager.h"
+#include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extension/MrbServicesImpl.h"
+#include "mirabo/preferences/Settings.h"
+#include "support/ErrorGuard.h"
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/shapes/SoCube.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QProgressDialog>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using mirabo::ActionId;
+
+namespace {
+
+/// Panels that write down what they are asked.
+struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mirabo::SceneStorage {
+    void setScene(SoNode* root, bool reset) override { note(root ? "scene" : "empty", reset); }
+    SoNode* getScene() const override { return nullptr; }
+    bool openSceneFile(const QString& name) override
+    {
+        log << "open " + name;
+        return true;
+    }
+    bool closeScene() override { return closes; }
+    void reopenRecentFile(int index) override { note("reopen", index); }
+    void highlight(const SoPath*) override { log << "highlight"; }
+    void saveWindowSettings() override {}
+    void refresh() override { log << "refresh"; }
+
+    SoNode* getCurrentNode() const override { return current; }
+    SoNode* getCurrentKit() const override { return nullptr; }
+    bool revealNode(const SoNode*) override
+    {
+        log << "reveal";
+        return true;
+    }
+    void expandBelow(QTreeWidgetItem*) override { log << "expand"; }
+    void showReferencesOfCurrent() override {}
+    void hideReferences() override {}
+    void nextReference() override { log << "next"; }
+    void previousReference() override {}
+    void nodeTextChanged(const SoNode*) override { log << "text"; }
+
+    void showNode(SoNode*, SoNode*, bool newTab) override { note("show", newTab); }
+    SoNode* getNode() const override { return current; }
+    void clear() override {}
+    void saveColumnWidths() override {}
+    void closeOverview(int index) override { note("closeTab", index); }
+    void watchSelectedField() override { log << "watch"; }
+    void watchField(SoFieldItem*) override {}
+    void deleteWatchedField() override {}
+
+    void saveScene() override { log << "save"; }
+    void saveSceneAs(SoNode* node) override { note("saveAs", node != nullptr); }
+    void exportScene() override {}
+    void printScene() override {}
+    void cutSelection() override {}
+    void copySelection() override {}
+    void pasteClipboard() override {}
+
+    void note(const QString& what, int number) { log << what + QString::number(number); }
+    QStringList taken()
+    {
+        QStringList all = log;
+        log.clear();
+        return all;
+    }
+
+    QStringList log;
+    SoNode* current = nullptr;
+    bool closes = true;
+};
+
+class Edit final : public MrbCommand {
+public:
+    explicit Edit(SoCommandManager* hub = nullptr) : m_hub(hub) {}
+    bool execute() override
+    {
+        if (m_hub)
+            m_hub->outsideStructureChange(); // our own change comes back from the tree
+        return true;
+    }
+    void undo() override {}
+    void redo() override {}
+
+private:
+    SoCommandManager* m_hub;
+};
+
+class HubTest : public testing::Test {
+protected:
+    HubTest()
+    {
+        SoDB::init();
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, store.path());
+        frame.setUp(&hub, true);
+        hub.setUp(&frame, &panels, &panels, &panels);
+        hub.clearUndoCommand();
+    }
+    ~HubTest() override
+    {
+        while (hub.undoStack().canUndo())
+            hub.undo();
+        if (hub.undoStack().canRedo())
+            hub.addCommand(last = new Edit); // deletes what was undone
+        hub.clearUndoCommand();
+        delete last;
+        MrbServicesImpl::destroyInstance();
+        mirabo::releaseSettings();
+    }
+    bool canUndo() const { return frame.action(ActionId::Undo)->isEnabled(); }
+    bool canRedo() const { return frame.action(ActionId::Redo)->isEnabled(); }
+
+    QTemporaryDir store;
+    Panels panels;
+    SoMiraboMainFrame frame;
+    SoCommandManager hub;
+    MrbCommand* last = nullptr;
+};
+
+TEST_F(HubTest, UndoAndRedoActionsFollowTheStack)
+{
+    EXPECT_FALSE(canUndo());
+    hub.addCommand(new Edit);
+    hub.addCommand(new Edit);
+    EXPECT_TRUE(canUndo());
+    EXPECT_FALSE(canRedo());
+    frame.action(ActionId::Undo)->trigger();
+    EXPECT_TRUE(canRedo());
+    hub.undo();
+    EXPECT_FALSE(canUndo());
+    frame.action(ActionId::Redo)->trigger();
+    EXPECT_TRUE(canUndo());
+}
+
+TEST_F(HubTest, OnlyChangesFromOutsideForgetWhatWasDone)
+{
+    hub.addCommand(new Edit(&hub));
+    EXPECT_TRUE(canUndo());
+    hub.undo();
+    last = new Edit;
+    hub.addCommand(last);
+    hub.outsideStructureChange();
+    EXPECT_FALSE(canUndo());
+    EXPECT_FALSE(hub.isModified());
+}
+
+TEST_F(HubTest, SavingForgetsWhatWasDone)
+{
+    hub.setStorage(&panels);
+    last = new Edit;
+    hub.addCommand(last);
+    hub.saveFile();
+    EXPECT_EQ(panels.taken(), QStringList("save"));
+    EXPECT_FALSE(canUndo());
+    EXPECT_FALSE(canRedo());
+    hub.saveAsFile();
+    EXPECT_EQ(panels.taken(), QStringList("saveAs0"));
+}
+
+TEST_F(HubTest, FileActionsReachTheDocument)
+{
+    frame.action(ActionId::Reload)->setEnabled(true);
+    frame.action(ActionId::Reload)->trigger();
+    EXPECT_EQ(panels.taken(), QStringList("reopen0"));
+    panels.closes = false;
+    frame.action(ActionId::New)->trigger();
+    EXPECT_TRUE(frame.action(ActionId::Reload)->isEnabled()) << "the user cancelled";
+    panels.closes = true;
+    frame.action(ActionId::Close)->trigger();
+    EXPECT_FALSE(frame.action(ActionId::Reload)->isEnabled());
+    frame.showRecentFiles({"/one.ky", "/two.ky"});
+    const auto* menu = frame.findChild<QMenu*>("RecentFilesMenu");
+    menu->actions()[1]->trigger();
+    EXPECT_EQ(panels.taken(), QStringList("open /two.ky"));
+    EXPECT_FALSE(menu->actions()[2]->isVisible());
+    hub.openFileRecent(); // not by an action
+    EXPECT_EQ(panels.taken(), QStringList());
+    hub.newFile();
+    EXPECT_EQ(panels.taken(), QStringList("empty1"));
+}
+
+TEST_F(HubTest, ASelectionIsAnnouncedOnceAndAnExtensionsIsFollowed)
+{
+    const SoRef<SoNode> node(new SoCube);
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    QObject::connect(services, &MrbServices::selectedNodeChanged, &hub,
+                     &SoCommandManager::selectedNodeChanged);
+    int announced = 0;
+    QObject::connect(services, &MrbServices::selectedNodeChanged, &hub,
+                     [&announced] { ++announced; });
+    hub.treeNodeChosen(node.get(), nullptr, true);
+    EXPECT_EQ(panels.taken(), QStringList("show1"));
+    EXPECT_EQ(announced, 1);
+    EXPECT_EQ(services->getSelectedNode(), node.get());
+    services->setSelectedNode(node.get());
+    EXPECT_EQ(panels.taken(), QStringList({"reveal", "show0"}));
+    EXPECT_EQ(announced, 2);
+    services->setSelectedNode(nullptr);
+    EXPECT_EQ(panels.taken(), QStringList());
+}
+
+TEST_F(HubTest, AsksNobodyOnceThePanelsAreGone)
+{
+    hub.release();
+    hub.reloadFile();
+    hub.closeFile();
+    hub.openFileRecent();
+    hub.setNodeOverview();
+    hub.expandAll();
+    hub.nodeSetOverride(true);
+    hub.setFieldWatch(nullptr);
+    hub.closeApp();
+    EXPECT_EQ(panels.taken(), QStringList());
+}
+
+TEST_F(HubTest, OverrideSwitchesThroughTheStack)
+{
+    hub.setOverrideFactory([](bool on) -> MrbCommand* { return on ? new Edit : nullptr; });
+    hub.nodeSetOverride(false);
+    EXPECT_FALSE(canUndo());
+    hub.nodeSetOverride(true);
+    EXPECT_TRUE(canUndo());
+}
+
+TEST_F(HubTest, RecentFilesMoveToTheFrontButTheOldestIsDoubled)
+{
+    mirabo::RecentFiles files;
+    for (const char* name : {"b", "a"})
+        files.add(name);
+    EXPECT_EQ(files.paths(), QStringList({"a", "b"}));
+    files.add("b");
+    EXPECT_EQ(files.paths(), QStringList({"b", "a", "b"}));
+    files.add("a");
+    EXPECT_EQ(files.paths(), QStringList({"a", "b", "b"}));
+    for (int i = 0; i < 9; ++i)
+        files.add(QString::number(i));
+    EXPECT_EQ(files.paths().size(), 9);
+    EXPECT_EQ(files.paths().first(), "8");
+    files.write();
+    mirabo::RecentFiles again;
+    again.read();
+    EXPECT_EQ(again.paths(), files.paths());
+}
+
+TEST_F(HubTest, ObservedForgetsWhatDied)
+{
+    SoRef<SoSeparator> node(new SoSeparator);
+    {
+        mirabo::Observed<SoNode> early;
+        early.reset(node.get());
+    }
+    EXPECT_EQ(node->getAuditors().getLength(), 0);
+    mirabo::Observed<SoNode> observed;
+    observed.reset(node.get());
+    observed.reset(node.get());
+    EXPECT_EQ(node->getRefCount(), 1);
+    node.reset();
+    EXPECT_EQ(observed.get(), nullptr);
+}
+
+TEST_F(HubTest, ProgressMovesAndLeavesTheWindowAlive)
+{
+    LiveInput input(&frame);
+    static constexpr char kScene[] = "#Kalmyr V1.0 ascii\nSeparator {}\n";
+    ASSERT_TRUE(input.setBuffer(kScene, sizeof kScene - 1));
+    input.progress(1, 100);
+    EXPECT_EQ(frame.findChild<QProgressDialog*>(), nullptr) << "a short read shows none";
+    QThread::msleep(350);
+    int timerFired = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &frame, [&timerFired] { ++timerFired; });
+    timer.start(0);
+    input.progress(25, 100);
+    auto* dialog = frame.findChild<QProgressDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->labelText().startsWith("Loading "));
+    EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(dialog->value(), 25);
+    EXPECT_EQ(dialog->maximum(), 100);
+    EXPECT_TRUE(dialog->findChildren<QAbstractButton*>().isEmpty()) << "it cannot be cancelled";
+    QThread::msleep(60);
+    input.progress(80, 100);
+    EXPECT_EQ(dialog->value(), 80);
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_GE(timerFired, 1);
+}
+
+} // namespace
