@@ -92,9 +92,9 @@ TEST_P(BadFile, IsRefusedWithTheFirstFault)
     SoInput in;
     ASSERT_TRUE(in.openFile(GetParam()));
     EXPECT_EQ(SoDB::readAll(&in), nullptr);
-    EXPECT_TRUE(errors.contains(GetParam() + ":" + expected)) << expected << "\n"
-                                                              << errors.texts().back();
     const auto texts = errors.texts();
+    ASSERT_FALSE(texts.empty());
+    EXPECT_TRUE(errors.contains(GetParam() + ":" + expected)) << expected << "\n" << texts.back();
     EXPECT_EQ(
         std::count_if(texts.begin(), texts.end(),
                       [](const std::string& t) { return t.find("error:") != std::string::npos; }),

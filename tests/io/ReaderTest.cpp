@@ -130,18 +130,19 @@ TEST_F(ReaderTest, WarnsOnceForEachKindOfThingLeftOut)
 {
     auto warnings = support::expectErrors();
     const auto root = io::read(text(io::kVrml97, R"(
-PROTO P [ ] { Group { } }
 P { } P { } Q { a [ 1 { } ] }
-Script { url "javascript:" }
-ROUTE a.b TO c.d ROUTE e.f TO g.h
-Group { children [ P { } Shape { } ROUTE a.b TO c.d ] })"));
+Box { depth 3 } Box { depth 4 }
+ROUTE a.b TO c.d ROUTE a.b TO c.d
+Group { children [ P { } Shape { } ROUTE a.b TO c.d USE Nothing ] })"));
     ASSERT_TRUE(root);
-    EXPECT_EQ(warnings.count(), 4u);
-    EXPECT_TRUE(warnings.contains("<memory>:4:1: prototype 'P' is not expanded"));
-    EXPECT_TRUE(warnings.contains("<memory>:4:13: node type 'Q' is unknown"));
-    EXPECT_TRUE(warnings.contains("<memory>:5:1: scripts are not run"));
-    EXPECT_TRUE(warnings.contains("<memory>:6:1: routes are not connected"));
-    EXPECT_EQ(child<SoVRMLGroup>(child<SoNode>(root.get(), 0), 4)->children.getNum(), 2);
+    EXPECT_EQ(warnings.count(), 6u);
+    EXPECT_TRUE(warnings.contains("<memory>:3:1: node type 'P' is unknown"));
+    EXPECT_TRUE(warnings.contains("<memory>:3:13: node type 'Q' is unknown"));
+    EXPECT_TRUE(warnings.contains("<memory>:4:7: 'depth' is no field of 'Box' and is left out"));
+    EXPECT_TRUE(warnings.contains("<memory>:5:7: a route names 'a', which is no node"));
+    EXPECT_TRUE(warnings.contains("<memory>:5:14: a route names 'c', which is no node"));
+    EXPECT_TRUE(warnings.contains("<memory>:6:57: expected a name that DEF gave before"));
+    EXPECT_EQ(child<SoVRMLGroup>(child<SoNode>(root.get(), 0), 5)->children.getNum(), 2);
     warnings.clear();
     std::string many = io::kVrml97;
     for (int i = 0; i < 1000; ++i)

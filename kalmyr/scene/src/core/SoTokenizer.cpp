@@ -151,6 +151,32 @@ inline const char* scanNumber(const char* p, const char*, T& value)
     return p;
 }
 
+/// The rest of a number that is none, from its '#' on. Null when it is something else.
+template <std::floating_point T>
+const char* scanOddNumber(const char* first, const char* p, T& value)
+{
+    using Limits = std::numeric_limits<T>;
+    const std::string_view kinds[] = {"#INF", "#IND", "#QNAN", "#SNAN"};
+    for (const std::string_view kind : kinds) {
+        std::size_t n = 0;
+        while (n < kind.size() && p[n] == kind[n]) {
+            ++n;
+        }
+        if (n < kind.size()) {
+            continue;
+        }
+        value = kind != "#INF"  ? Limits::quiet_NaN()
+                : *first == '-' ? -Limits::infinity()
+                                : Limits::infinity();
+        p += n;
+        while (*p >= '0' && *p <= '9') {
+            ++p;
+        }
+        return p;
+    }
+    return p; // a remark that touches a number
+}
+
 template <std::floating_point T>
 inline const char* scanNumber(const char* p, const char* end, T& value)
 {
@@ -159,6 +185,10 @@ inline const char* scanNumber(const char* p, const char* end, T& value)
         result = SbNumber::parseFloat(p, end, value);
     } else {
         result = SbNumber::parseDouble(p, end, value);
+    }
+    // Some programs write infinities and no numbers as "1.#INF" and "-1.#IND".
+    if (result && *result.end == '#' && result.end[-1] == '.') {
+        return scanOddNumber(p, result.end, value);
     }
     // "nan" and "inf" are numbers, "infrared" is a name.
     if (!result || (is(*p, kIdentStart) && is(*result.end, kWordRest))) {
@@ -307,8 +337,8 @@ bool SoTokenizer::readBool(bool& value)
     const char* start = m_at;
     std::string_view word;
     if (takeWhile(kIdentRest, kIdentRest, word)) {
-        value = word == "TRUE" || word == "1";
-        if (value || word == "FALSE" || word == "0") {
+        value = word == "TRUE" || word == "1" || word == "true";
+        if (value || word == "FALSE" || word == "0" || word == "false") {
             return true;
         }
     }

@@ -46,12 +46,20 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
+/// The known header that the line begins with; blanks count as one, whatever their number.
 const KnownHeader* findHeader(std::string_view line)
 {
     for (const KnownHeader& known : kKnownHeaders) {
-        if (!line.starts_with(known.text))
-            continue;
-        if (line.size() == known.text.size() || isBlank(line[known.text.size()]))
+        std::size_t at = 0;
+        bool same = true;
+        for (std::size_t i = 0; same && i < known.text.size(); ++i) {
+            same = at < line.size()
+                   && (known.text[i] == ' ' ? isBlank(line[at]) : line[at] == known.text[i]);
+            ++at;
+            while (known.text[i] == ' ' && at < line.size() && isBlank(line[at]))
+                ++at;
+        }
+        if (same && (at == line.size() || isBlank(line[at])))
             return &known;
     }
     return nullptr;

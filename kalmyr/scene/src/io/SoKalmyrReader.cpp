@@ -1,9 +1,11 @@
 #include "SoSceneReader.h"
 
+#include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
 
 #include <algorithm>
 
@@ -16,6 +18,12 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
+bool isNumber(std::string_view name)
+{
+    float ignored = 0;
+    return SbNumber::toFloat(name, ignored);
+}
+
 /// Field types under their names of VRML 1.0.
 SbName currentFieldType(std::string_view type)
 {
@@ -26,6 +34,25 @@ SbName currentFieldType(std::string_view type)
     return SbName(type);
 }
 
+/// Prototypes are called "proto:Name" here, so that they cannot be taken for classes.
+constexpr std::string_view kProtoPrefix = "proto:";
+
+bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField::FieldType kind)
+{
+    if (node->isOfType(SoUnknownNode::getClassTypeId())) {
+        auto* unknown = static_cast<SoUnknownNode*>(node);
+        unknown->setDeclaration(true);
+        SoField* field = unknown->declareField(type, name);
+        if (field)
+            field->setFieldType(kind);
+        return field != nullptr;
+    }
+    if (node->isOfType(SoVRMLScript::getClassTypeId()))
+        return static_cast<SoVRMLScript*>(node)->getDeclared().declare(type, name, kind) != nullptr;
+    // The fields of a known class may be declared for readers that do not know it.
+    return true;
+}
+
 } // namespace
 
 SoType KalmyrReader::findType(std::string_view name) const
@@ -34,8 +61,49 @@ SoType KalmyrReader::findType(std::string_view name) const
     return known.isEmpty() ? SoType() : SoType::fromName(known);
 }
 
+std::string_view KalmyrReader::protoName(std::string_view name) const
+{
+    return name.starts_with(kProtoPrefix) ? name.substr(kProtoPrefix.size()) : std::string_view();
+}
+
+int KalmyrReader::tryStatement(std::string_view word)
+{
+    if (word == "ROUTE")
+        return readRoute(word) ? 1 : -1;
+    if (word != "PROTO" && word != "EXTERNPROTO")
+        return 0;
+    return readProto(word == "EXTERNPROTO") ? 1 : -1;
+}
+
+bool KalmyrReader::readTop(SoNode*& node)
+{
+    node = nullptr;
+    while (!node && !text.hasFailed() && !text.atEnd()) {
+        std::string_view word;
+        if (!text.readWord(word))
+            return text.fail("expected a node");
+        const int statement = tryStatement(word);
+        if (statement < 0 || (statement == 0 && !readNodeFrom(word, node)))
+            return false;
+        text.reportProgress();
+    }
+    return !text.hasFailed();
+}
+
+bool KalmyrReader::isVrml1() const
+{
+    return m_in.getFormat() == SoInput::VRML1;
+}
+
+bool KalmyrReader::isNode(std::string_view word)
+{
+    return word == "DEF" || word == "USE" || text.peek() == '{' || text.peek() == '}';
+}
+
 bool KalmyrReader::isLegalName(std::string_view name) const
 {
+    if (isVrml1())
+        return !isNumber(name);
     return !isDigit(name[0]) && name[0] != '-';
 }
 
@@ -62,7 +130,17 @@ bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
         std::string_view word;
         if (!text.readWord(word))
             return failInBody(typeName, children ? "a field, a node or '}'" : "a field or '}'");
-        const int read = tryField(node, word, typeName);
+        int read = tryField(node, word, typeName);
+        if (read == 0)
+            read = tryStatement(word);
+        if (read == 0 && word == "fields")
+            read = readDeclaration(node) ? 1 : -1;
+        if (read == 0 && isVrml1() && !isNode(word)) {
+            warnOnce("field " + std::string(typeName) + "." + std::string(word), word.data(),
+                     "'" + std::string(word) + "' is no field of '" + std::string(typeName)
+                         + "' and is left out");
+            read = skipValue() ? 1 : -1;
+        }
         if (read < 0)
             return false;
         if (read > 0)
@@ -92,24 +170,30 @@ bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeNam
                  "node type '" + std::string(typeName) + "' is unknown; it is kept as text");
         return readSkippedBody(node, true);
     }
-    if (!readDeclaration(node))
-        return false;
-    return readBody(node, typeName);
+    text.acceptWord("fields");
+    return readDeclaration(node) && readBody(node, typeName);
 }
 
-bool KalmyrReader::readDeclaration(SoUnknownNode* node)
+bool KalmyrReader::readDeclaration(SoNode* node)
 {
-    text.acceptWord("fields");
-    node->setDeclaration(true);
     if (!text.expect('['))
         return false;
     while (!text.accept(']')) {
         std::string_view type, name;
         if (!text.readWord(type))
             return text.fail("expected a field type or ']'");
+        const SoField::FieldType* kind = findFieldKind(type);
+        if (kind && !text.readWord(type))
+            return text.fail("expected a field type");
         if (!text.readWord(name))
             return text.fail("expected a field name");
-        if (!node->declareField(currentFieldType(type), SbName(name)))
+        if (declareField(node, currentFieldType(type), SbName(name),
+                         kind ? *kind : SoField::ORDINARY))
+            continue;
+        if (isVrml1())
+            warnOnce("declaration " + std::string(type), type.data(),
+                     "the declaration of '" + std::string(name) + "' is left out");
+        else
             return text.failAt(static_cast<std::size_t>(type.data() - text.getText()),
                                "expected a known field type and a new name, not '"
                                    + std::string(type) + " " + std::string(name) + "'");

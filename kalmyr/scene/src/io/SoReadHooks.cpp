@@ -4,8 +4,10 @@
 
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
+#include <kalmyr/nodes/SoFile.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
@@ -14,16 +16,31 @@ namespace kalmyr::detail {
 
 namespace {
 
-bool readContent(SoInput& in, const SbString& file, SoVRMLInline* node)
+/// The scene in a file; null after a posted error.
+SoNode* readFile(SoInput& in, const SbString& file)
 {
     SoInput content(&in);
     if (!content.openFile(file))
-        return false;
-    SoNode* data = content.isFileVRML2() ? static_cast<SoNode*>(SoDB::readAllVRML(&content))
-                                         : SoDB::readAll(&content);
-    if (data)
-        node->setChildData(data);
-    return data != nullptr;
+        return nullptr;
+    return content.isFileVRML2() ? static_cast<SoNode*>(SoDB::readAllVRML(&content))
+                                 : SoDB::readAll(&content);
+}
+
+/// Looks a file up and reads it; null, with a remark, when it cannot be had.
+SoNode* readNamed(SoInput& in, const char* what, const SbString& name)
+{
+    const SbString file = in.findFile(localFileName(name));
+    const SbString title = SbString(what) + " '" + name + "' ";
+    if (file.isEmpty()) {
+        in.warnHere(title + "cannot be found and is left empty");
+    } else if (in.isReading(file)) {
+        in.warnHere(title + "holds itself and is left empty");
+    } else if (!in.countFile()) {
+        in.warnHere(title + "is left empty: the scene has too many files");
+    } else {
+        return readFile(in, file);
+    }
+    return nullptr;
 }
 
 /// From the first url that can be had.
@@ -36,44 +53,63 @@ bool fillInline(SoInput& in, SoVRMLInline* node)
                 return true;
             continue;
         }
-        const SbString file = in.findFile(name);
-        if (file.isEmpty())
+        if (in.findFile(name).isEmpty())
             continue;
-        if (in.isReading(file)) {
-            in.warnHere("inline '" + url + "' holds itself and is left empty");
-            return false;
-        }
-        if (!in.countFile()) {
-            in.warnHere("inline '" + url + "' is left empty: the scene has too many files");
-            return false;
-        }
-        return readContent(in, file, node);
+        SoNode* data = readNamed(in, "inline", url);
+        if (data)
+            node->setChildData(data);
+        return data != nullptr;
     }
     if (node->url.getNum() > 0)
         in.warnHere("inline '" + node->url[0] + "' cannot be found and is left empty");
     return false;
 }
 
+bool fillInline(SoInput& in, SoWWWInline* node)
+{
+    const SbString url = node->name.getValue();
+    if (url.isEmpty() || (localFileName(url).isEmpty() && SoWWWInline::fetch(url, node)))
+        return !url.isEmpty();
+    SoNode* data = readNamed(in, "inline", url);
+    if (data)
+        node->setChildData(data);
+    return data != nullptr;
+}
+
+template <class Inline>
 void readInline(SoInput* in, SoNode* node)
 {
-    auto* content = static_cast<SoVRMLInline*>(node);
+    auto* content = static_cast<Inline*>(node);
     content->setDirectory(in->getFolder());
     fillInline(*in, content);
 }
 
-bool loadInline(SoVRMLInline* node)
+template <class Inline>
+bool loadInline(Inline* node)
 {
     SoInput in;
     in.setFolder(node->getDirectory());
     return fillInline(in, node);
 }
 
+void readFileNode(SoInput* in, SoNode* node)
+{
+    auto* file = static_cast<SoFile*>(node);
+    if (file->name.getValue().isEmpty())
+        return;
+    if (SoNode* data = readNamed(*in, "file", file->name.getValue()))
+        file->setChildData(data);
+}
+
 } // namespace
 
 void installReadHooks()
 {
-    SoVRMLInline::setLoader(loadInline);
-    SoDB::setReadHook(SoVRMLInline::getClassTypeId(), readInline);
+    SoVRMLInline::setLoader(loadInline<SoVRMLInline>);
+    SoWWWInline::setLoader(loadInline<SoWWWInline>);
+    SoDB::setReadHook(SoVRMLInline::getClassTypeId(), readInline<SoVRMLInline>);
+    SoDB::setReadHook(SoWWWInline::getClassTypeId(), readInline<SoWWWInline>);
+    SoDB::setReadHook(SoFile::getClassTypeId(), readFileNode);
     SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), [](SoInput* in, SoNode* node) {
         static_cast<SoVRMLImageTexture*>(node)->setDirectory(in->getFolder());
     });

@@ -7,8 +7,10 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoPath.h>
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
 
 namespace kalmyr::detail {
 
@@ -60,6 +62,18 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
 }
 
 SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in) {}
+
+SceneReader::SceneReader(SoInput& in, SceneReader& outer, SoVRMLProto* protos)
+    : SoFieldReader(in.getTokenizer()),
+      m_in(in),
+      m_protos(protos),
+      m_stackLimit(outer.m_stackLimit),
+      m_depth(outer.m_depth),
+      m_protoDepth(outer.m_protoDepth + 1),
+      m_expanded(outer.m_expanded)
+{
+}
+
 SceneReader::~SceneReader() = default;
 
 void SceneReader::postError()
@@ -143,6 +157,15 @@ bool SceneReader::readName(std::string_view& name)
     const std::size_t at = text.getOffset();
     if (!text.readName(name) || !isLegalName(name))
         return text.failAt(at, "expected a name");
+    // Programs write names with dots, too, which otherwise stand between nodes and fields.
+    while (mayLeaveOutUse() && text.getText()[text.getOffset()] == '.') {
+        std::string_view rest;
+        text.setOffset(text.getOffset() + 1);
+        if (isWordChar(text.getText()[text.getOffset()]))
+            text.readName(rest);
+        name = {name.data(),
+                text.getOffset() - static_cast<std::size_t>(name.data() - text.getText())};
+    }
     return name.size() <= kMaxNameLength
            || text.failAt(at, "expected a name of at most " + std::to_string(kMaxNameLength)
                                   + " bytes");
@@ -155,19 +178,34 @@ bool SceneReader::readUse(SoNode*& node)
         return false;
     const auto at = static_cast<std::size_t>(name.data() - text.getText());
     const auto found = m_definitions.find(name);
-    if (found == m_definitions.end())
-        return text.failAt(at, "expected a name that DEF gave before, not " + quoted(name));
-    if (found->second.open)
-        return text.failAt(at, "expected a node other than " + quoted(name)
-                                   + ", which holds this place itself");
-    node = found->second.node.get();
+    const bool known = found != m_definitions.end();
+    if (known && !found->second.open) {
+        node = found->second.node.get();
+        return true;
+    }
+    const std::string wanted =
+        known ? "a node other than " + quoted(name) + ", which holds this place itself"
+              : "a name that DEF gave before, not " + quoted(name);
+    if (!mayLeaveOutUse())
+        return text.failAt(at, "expected " + wanted);
+    warnOnce("use " + std::string(name), name.data(),
+             "expected " + wanted + "; nothing is put in its place");
     return true;
+}
+
+SoNode* SceneReader::findDefinition(std::string_view name) const
+{
+    const auto found = m_definitions.find(name);
+    return found == m_definitions.end() ? nullptr : found->second.node.get();
 }
 
 const SceneReader::TypeEntry& SceneReader::entryOf(std::string_view type)
 {
     const auto [at, isNew] = m_types.try_emplace(type);
     if (isNew) {
+        at->second.proto = findProto(type);
+        if (at->second.proto)
+            return at->second;
         const SoType found = type.size() <= kMaxNameLength ? findType(type) : SoType();
         if (found.isDerivedFrom(SoNode::getClassTypeId()) && found.canCreateInstance())
             at->second = {found, SoDB::getReadHook(found)};
@@ -180,18 +218,17 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     const auto typeAt = static_cast<std::size_t>(type.data() - text.getText());
     const TypeEntry entry = entryOf(type);
     if (!text.accept('{')) {
-        return entry.type.isBad() ? text.failAt(
+        return entry.type.isBad() && !entry.proto ? text.failAt(
                    typeAt, "expected a node type or the name of a field, not " + quoted(type))
-                                  : text.fail("expected '{' after " + quoted(type));
+                                                  : text.fail("expected '{' after " + quoted(type));
     }
     if (m_depth >= kMaxNesting)
         return text.failAt(typeAt, "expected nodes nested at most " + std::to_string(kMaxNesting)
                                        + " deep");
     m_bodyAt = text.getOffset() - 1;
     ++m_depth;
-    const bool known = !entry.type.isBad();
-    SoRef<SoNode> holder(known ? static_cast<SoNode*>(entry.type.createInstance())
-                               : new SoUnknownNode);
+    const bool known = entry.proto || !entry.type.isBad();
+    SoRef<SoNode> holder(makeNode(entry));
     node = holder.get();
     // Nobody listens yet; the walk of every single value would only cost time.
     node->enableNotify(false);
@@ -206,13 +243,35 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     --m_depth;
     if (!name.empty())
         m_definitions[name].open = false;
-    if (!ok) {
+    if (!ok || !finishNode(node, entry, typeAt)) {
         node = nullptr;
         return false;
     }
+    node = holder.release();
+    return true;
+}
+
+SoNode* SceneReader::makeNode(const TypeEntry& entry)
+{
+    if (entry.proto) {
+        auto* instance = new SoVRMLProtoInstance;
+        instance->setProto(entry.proto);
+        return instance;
+    }
+    if (entry.type.isBad())
+        return new SoUnknownNode;
+    return static_cast<SoNode*>(entry.type.createInstance());
+}
+
+bool SceneReader::finishNode(SoNode* node, const TypeEntry& entry, std::size_t typeAt)
+{
+    if (m_protoDepth > 0 && ++*m_expanded > kMaxExpandedNodes)
+        return text.failAt(typeAt, "expected prototypes that expand to at most "
+                                       + std::to_string(kMaxExpandedNodes) + " nodes");
+    if (entry.proto)
+        return expand(static_cast<SoVRMLProtoInstance*>(node), typeAt);
     if (entry.hook)
         entry.hook(&m_in, node);
-    node = holder.release();
     return true;
 }
 
@@ -236,19 +295,25 @@ bool SceneReader::readBodySafely(SoNode* node, std::string_view type, bool known
 int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)
 {
     const SoFieldData* data = node->getFieldData();
-    const int index = data ? data->getIndex(SbName::find(word)) : -1;
+    int index = data ? data->getIndex(SbName::find(word)) : -1;
+    if (index < 0 && data) {
+        if (const std::string_view alias = fieldAlias(node, word); !alias.empty())
+            index = data->getIndex(SbName::find(alias));
+    }
     if (index < 0 || word.empty())
         return 0;
     SoField* field = data->getField(node, index);
     const SoField::FieldType kind = field->getFieldType();
-    if (kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT) {
+    const bool isEvent = kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT;
+    if (const int is = tryIs(node, *field, isEvent); is != 0)
+        return is;
+    if (isEvent) {
         text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
                     "expected a field; " + quoted(word) + " of " + quoted(typeName)
                         + " is an event and has no value");
         return -1;
     }
-    const bool list = field->isOfType(SoMFNode::getClassTypeId());
-    if (!(list ? readNodeList(*static_cast<SoMFNode*>(field)) : field->readValue(*this))) {
+    if (!readFieldValue(*field)) {
         text.fail("expected a value for " + quoted(word) + " of " + quoted(typeName));
         return -1;
     }
@@ -256,7 +321,14 @@ int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view 
     return text.hasFailed() ? -1 : 1;
 }
 
-bool SceneReader::readNodeList(SoMFNode& field)
+bool SceneReader::readFieldValue(SoField& field)
+{
+    return field.isOfType(SoMNodeField::getClassTypeId())
+               ? readNodeList(static_cast<SoMNodeField&>(field))
+               : field.readValue(*this);
+}
+
+bool SceneReader::readNodeList(SoMNodeField& field)
 {
     std::vector<SoRef<SoNode>> held;
     std::vector<SoNode*> nodes;
@@ -335,6 +407,32 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view* inside)
     if (inside)
         *inside = {begin, static_cast<std::size_t>(at - 1 - begin)};
     return true;
+}
+
+bool SceneReader::skipValue(bool keepNames)
+{
+    const char first = text.peek();
+    if (first == '[' || first == '{')
+        return skipBlock(first, keepNames);
+    if (first == '"') {
+        std::string ignored;
+        return text.readString(ignored);
+    }
+    std::string_view word;
+    double number = 0;
+    bool any = false;
+    while (text.readNumbers(&number, 1) > 0)
+        any = true;
+    if (any)
+        return true;
+    if (!text.readWord(word))
+        return text.fail("expected a value");
+    std::string_view name;
+    if ((word == "USE" || word == "IS" || word == "DEF") && !text.readName(name))
+        return text.fail("expected a name");
+    if (word == "DEF" && !text.readWord(word))
+        return text.fail("expected a node type");
+    return text.peek() != '{' || skipBlock('{', keepNames);
 }
 
 bool SceneReader::readSkippedBody(SoUnknownNode* node, bool keepNames)

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 
 #include <memory>
 #include <string_view>
@@ -12,10 +14,13 @@
 #include <unordered_set>
 #include <vector>
 
-class SoMFNode;
+class SoMNodeField;
 class SoUnknownNode;
+class SoVRMLScript;
 
 namespace kalmyr::detail {
+
+class Vrml97Reader;
 
 /// Reads the nodes of one file. A dialect says how type names are found and what a node's body is.
 ///
@@ -27,6 +32,10 @@ public:
     static constexpr int kMaxNesting = 6000;
     /// Longer names are refused (bytes).
     static constexpr std::size_t kMaxNameLength = 4096;
+    /// Instances of prototypes may stand in the bodies of others that deep.
+    static constexpr int kMaxProtoNesting = 200;
+    /// Nodes that all prototypes of a scene may expand to.
+    static constexpr int kMaxExpandedNodes = 1'000'000;
 
     /// The reader for the input's format; null after a posted error when there is none.
     /// A text without a header is Kalmyr text if `headerNeeded` is false.
@@ -49,11 +58,18 @@ protected:
     struct TypeEntry {
         SoType type; ///< bad when nobody knows it
         SoDB::ReadHook hook = nullptr;
+        SoVRMLProto* proto = nullptr; ///< held by m_protos and those before it
     };
 
     explicit SceneReader(SoInput& in);
+    /// Reads the text of a prototype, where the prototypes from `protos` on are known, on behalf of
+    /// `outer`.
+    SceneReader(SoInput& in, SceneReader& outer, SoVRMLProto* protos);
 
     virtual SoType findType(std::string_view name) const = 0;
+    /// Name under which VRML97 text knows the prototype that this file calls `name`; empty for
+    /// names that are no prototype's.
+    virtual std::string_view protoName(std::string_view name) const { return name; }
     /// Reads up to and including the closing brace.
     virtual bool readBody(SoNode* node, std::string_view typeName) = 0;
     /// The same for a node whose type is not known; `node` is new.
@@ -69,8 +85,29 @@ protected:
     virtual void afterValue(SoField&) {}
     /// 1 a statement that is no node was skipped, 0 `word` begins none, -1 fault.
     virtual int tryStatement(std::string_view) { return 0; }
+    /// What a field is called in the node, where the file calls it otherwise. Empty: no such field.
+    virtual std::string_view fieldAlias(SoNode*, std::string_view) const { return {}; }
+    /// Goes on behind the name of a field that takes its value from the prototype that is being
+    /// read. 1 it does, 0 it does not, -1 fault.
+    virtual int tryIs(SoNode*, SoField&, bool /*isEvent*/) { return 0; }
+    /// USE of a name that is not known, or of a node that is still open. True: it is left out.
+    virtual bool mayLeaveOutUse() const { return false; }
+    bool readFieldValue(SoField& field);
+    SoNode* findDefinition(std::string_view name) const;
+    bool isDefined(std::string_view name) const { return m_definitions.count(name) > 0; }
+    /// Skips one value of unknown type.
+    bool skipValue(bool keepNames = true);
+
+    /// PROTO or EXTERNPROTO, behind that word.
+    bool readProto(bool external);
+    void declare(SoRef<SoVRMLProto> proto);
+    /// ROUTE, behind that word.
+    bool readRoute(std::string_view word);
+    /// Whether routes may name fields that are no events, and convert between types.
+    virtual bool routesAnyField() const { return false; }
+    SoVRMLProto* findProto(std::string_view name) const;
     /// One node or a list; what is left out (NULL, statements) leaves no gap.
-    bool readNodeList(SoMFNode& field);
+    bool readNodeList(SoMNodeField& field);
     /// Records that the brace that closes `typeName` is missing, or what else stands there.
     bool failInBody(std::string_view typeName, const char* wanted);
     /// Skips "{ ... }" or "[ ... ]". DEF names inside stand for nothing afterwards if `keepNames`.
@@ -81,8 +118,10 @@ protected:
     void warnOnce(const std::string& key, const char* at, const std::string& message);
 
     SoInput& m_in;
+    SoRef<SoVRMLProto> m_protos; ///< the one declared last
 
 private:
+    friend class Vrml97Reader;
     struct Definition {
         SoRef<SoNode> node; ///< null for a node that was skipped
         bool open;          ///< its body is being read
@@ -94,6 +133,18 @@ private:
     bool readBodySafely(SoNode* node, std::string_view type, bool known);
     bool readUse(SoNode*& node);
     const TypeEntry& entryOf(std::string_view type);
+    static SoNode* makeNode(const TypeEntry& entry);
+    bool finishNode(SoNode* node, const TypeEntry& entry, std::size_t typeAt);
+
+    bool readInterface(SoVRMLProto& proto, std::size_t textAt);
+    bool readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt);
+    bool readRouteEnd(std::string_view& node, std::string_view& field);
+    SoField* findEvent(std::string_view node, std::string_view event, bool out);
+    bool readUrls(SoVRMLProto& proto);
+    SoVRMLProto* bodyOf(SoVRMLProto* proto);
+    SoRef<SoVRMLProto> findInFile(const SoVRMLProto& proto, const SbString& url);
+    bool expand(SoVRMLProtoInstance* instance, std::size_t at);
+    bool readDefaults(Vrml97Reader& reader, SoVRMLProtoInstance& instance);
 
     std::unordered_map<std::string_view, Definition> m_definitions; ///< names point into the text
     std::unordered_map<std::string_view, TypeEntry> m_types;
@@ -102,6 +153,9 @@ private:
         0; ///< the brace that opened the innermost body, before anything in it was read
     const char* m_stackLimit = nullptr; ///< reading changes stacks below this address
     int m_depth = 0;
+    int m_protoDepth = 0;
+    int m_ownExpanded = 0;
+    int* m_expanded = &m_ownExpanded; ///< nodes made of prototypes in the whole scene
     bool m_posted = false;
 };
 
@@ -109,8 +163,12 @@ private:
 class KalmyrReader final : public SceneReader {
 public:
     explicit KalmyrReader(SoInput& in) : SceneReader(in) {}
+    bool readTop(SoNode*& node) override;
 
 protected:
+    std::string_view protoName(std::string_view name) const override;
+    bool routesAnyField() const override { return true; }
+    int tryStatement(std::string_view word) override;
     SoType findType(std::string_view name) const override;
     bool readBody(SoNode* node, std::string_view typeName) override;
     bool readUnknownBody(SoUnknownNode* node, std::string_view typeName) override;
@@ -118,29 +176,60 @@ protected:
     std::string_view ownName(std::string_view name) const override;
     void afterValue(SoField& field) override;
 
+    bool mayLeaveOutUse() const override { return isVrml1(); }
+
 private:
-    bool readDeclaration(SoUnknownNode* node);
+    /// VRML 1.0 is read leniently: programs that write it take liberties.
+    bool isVrml1() const;
+    /// Whether `word`, which was just taken, begins a node.
+    bool isNode(std::string_view word);
+    /// Behind the word "fields".
+    bool readDeclaration(SoNode* node);
 };
 
-/// VRML97 (ISO/IEC 14772-1:1997), static content.
+/// VRML97 (ISO/IEC 14772-1:1997).
 class Vrml97Reader final : public SceneReader {
 public:
     explicit Vrml97Reader(SoInput& in) : SceneReader(in) {}
+    /// For the body and the default values of prototypes. `instance` may be null.
+    Vrml97Reader(SoInput& in, SceneReader& outer, SoVRMLProto* protos,
+                 SoVRMLProtoInstance* instance)
+        : SceneReader(in, outer, protos), m_instance(instance)
+    {
+    }
     bool readTop(SoNode*& node) override;
+    /// The nodes up to the brace that closes a prototype's body.
+    bool readProtoBody(SoVRMLProtoInstance& instance);
+    /// The prototype of that name in the file, or the first one for an empty name; null when there
+    /// is none.
+    SoRef<SoVRMLProto> readProtoNamed(std::string_view name);
 
 protected:
     SoType findType(std::string_view name) const override;
     bool readBody(SoNode* node, std::string_view typeName) override;
     bool readUnknownBody(SoUnknownNode* node, std::string_view typeName) override;
     bool isLegalName(std::string_view name) const override;
-
+    std::string_view fieldAlias(SoNode* node, std::string_view word) const override;
+    int tryIs(SoNode* node, SoField& field, bool isEvent) override;
     int tryStatement(std::string_view word) override;
+    bool mayLeaveOutUse() const override { return true; }
 
 private:
-    bool skipRoute(std::string_view word);
-    bool skipPrototype(bool external);
+    int tryDeclaration(SoVRMLScript* script, std::string_view word);
+    bool skipField(SoNode* node, std::string_view word, std::string_view typeName);
 
-    std::unordered_set<std::string_view> m_prototypes;
+    SoVRMLProtoInstance* m_instance = nullptr; // Not owned; the instance that is being made.
 };
+
+/// What "field", "eventOut" and such words declare; null for other words.
+const SoField::FieldType* findFieldKind(std::string_view word);
+
+/// The field that an event belongs to: its own, or the exposed field that it sets or reports. Null
+/// when there is none.
+SoField* fieldOfEvent(SoNode& node, std::string_view event, bool out);
+
+/// Lets `to` follow `from`. With `takeValue` it takes the value at once, else with the next change.
+/// False when there is no conversion, or when the way would lead in a circle.
+bool connectFields(SoField& from, SoField& to, bool takeValue);
 
 } // namespace kalmyr::detail

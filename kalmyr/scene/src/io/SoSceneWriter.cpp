@@ -6,16 +6,77 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoPath.h>
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
 
 namespace kalmyr::detail {
+
+namespace {
+
+constexpr std::string_view kVrmlPrefix = "VRML";
+constexpr std::string_view kProtoPrefix = "proto:";
+
+const char* kindWord(SoField::FieldType kind)
+{
+    switch (kind) {
+    case SoField::EVENT_IN:
+        return "eventIn ";
+    case SoField::EVENT_OUT:
+        return "eventOut ";
+    case SoField::EXPOSED:
+        return "exposedField ";
+    default:
+        return "field ";
+    }
+}
+
+bool hasValue(SoField::FieldType kind)
+{
+    return kind != SoField::EVENT_IN && kind != SoField::EVENT_OUT;
+}
+
+/// The words in front of braces: types of nodes.
+std::vector<std::string_view> typesIn(std::string_view text)
+{
+    std::vector<std::string_view> types;
+    const std::string copy(text);
+    SoTokenizer in(copy.c_str(), copy.size());
+    std::string_view word;
+    std::string ignored;
+    while (!in.atEnd() && !in.hasFailed()) {
+        if (in.readName(word)) {
+            if (in.peek() == '{')
+                types.push_back(
+                    text.substr(static_cast<std::size_t>(word.data() - copy.data()), word.size()));
+        } else if (in.peek() == '"') {
+            in.readString(ignored);
+        } else {
+            in.setOffset(in.getOffset() + 1);
+        }
+    }
+    return types;
+}
+
+const SoVRMLProto* protoOf(const SoNode* node)
+{
+    return node->isOfType(SoVRMLProtoInstance::getClassTypeId())
+               ? static_cast<const SoVRMLProtoInstance*>(node)->getProto()
+               : nullptr;
+}
+
+} // namespace
 
 SceneWriter::SceneWriter(SoAction& action, SoOutput& out)
     : SoFieldWriter(m_buffer), m_action(action), m_out(out)
 {
+    const SoInput::Format format = SoInput::formatOfHeader(out.getHeaderString().view());
+    m_dialect = format == SoInput::VRML2 ? VRML97 : format == SoInput::VRML1 ? VRML10 : KALMYR;
 }
 
 void SceneWriter::keepOnly(const SoPath& path)
@@ -27,11 +88,24 @@ void SceneWriter::keepOnly(const SoPath& path)
 void SceneWriter::startWriting()
 {
     m_counting = false;
+    std::erase_if(m_routes, [this](const SoField* field) {
+        const SoFieldContainer* master = field->getConnectedField()->getContainer();
+        return m_dialect == VRML10 || !master || !master->isOfType(SoNode::getClassTypeId())
+               || !m_nodes.count(static_cast<const SoNode*>(master));
+    });
+    for (const SoField* field : m_routes) {
+        m_nodes[static_cast<const SoNode*>(field->getContainer())].routed = true;
+        m_nodes[static_cast<const SoNode*>(field->getConnectedField()->getContainer())].routed =
+            true;
+    }
+    prototypes();
 }
 
 void SceneWriter::finish()
 {
-    m_buffer += '\n';
+    routes();
+    if (!m_buffer.empty() && m_buffer.back() != '\n')
+        m_buffer += '\n';
     m_out.write(m_buffer);
     m_buffer.clear();
 }
@@ -76,15 +150,21 @@ const std::string& SceneWriter::nameOf(const SoNode* node, Info& info)
 
 void SceneWriter::header(SoNode* node, Info& info)
 {
-    if (info.count > 1 || !node->getName().isEmpty()) {
+    if (info.count > 1 || info.routed || !node->getName().isEmpty()) {
         m_buffer += "DEF ";
         m_buffer += nameOf(node, info);
         m_buffer += ' ';
     }
     if (node->isOfType(SoUnknownNode::getClassTypeId())) {
         m_buffer += static_cast<SoUnknownNode*>(node)->getUnknownTypeName().view();
+    } else if (const SoVRMLProto* proto = protoOf(node)) {
+        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
+        m_buffer += proto->name.view();
     } else {
-        m_buffer += node->getTypeId().getName().view();
+        std::string_view type = node->getTypeId().getName().view();
+        if (isVrml97() && type.starts_with(kVrmlPrefix))
+            type.remove_prefix(kVrmlPrefix.size());
+        m_buffer += type;
     }
     m_buffer += " {";
 }
@@ -95,8 +175,12 @@ bool SceneWriter::enter(SoNode* node)
     if (m_counting) {
         if (++info.count == 1 && !node->getName().isEmpty())
             m_names.emplace(node->getName().view());
+        if (info.count == 1)
+            findRoutes(node);
         return info.count == 1;
     }
+    if (isWrapper(node))
+        return true;
     if (info.written) {
         m_buffer += "USE ";
         m_buffer += nameOf(node, info);
@@ -109,9 +193,9 @@ bool SceneWriter::enter(SoNode* node)
     return true;
 }
 
-void SceneWriter::leave()
+void SceneWriter::leave(const SoNode* node)
 {
-    if (m_counting)
+    if (m_counting || isWrapper(node))
         return;
     --m_indent;
     if (m_verbatim) {
@@ -130,8 +214,8 @@ bool SceneWriter::hasChildrenField(const SoNode* node)
     const SoFieldData* data = node->getChildren() ? node->getFieldData() : nullptr;
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         const SoField* field = data->getField(node, i);
-        if (field->isOfType(SoMFNode::getClassTypeId())
-            && static_cast<const SoMFNode*>(field)->isBound())
+        if (field->isOfType(SoMNodeField::getClassTypeId())
+            && static_cast<const SoMNodeField*>(field)->isBound())
             return true;
     }
     return false;
@@ -160,7 +244,7 @@ void SceneWriter::children(SoNode* node)
     }
 }
 
-void SceneWriter::nodeList(SoNode* node, const SoMFNode& field)
+void SceneWriter::nodeList(SoNode* node, const SoMNodeField& field)
 {
     if (!m_counting) {
         m_buffer += " [";
@@ -190,15 +274,25 @@ void SceneWriter::nodeList(SoNode* node, const SoMFNode& field)
 
 void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
 {
-    const bool list = field->isOfType(SoMFNode::getClassTypeId());
-    const bool bound = list && static_cast<SoMFNode*>(field)->isBound();
-    const bool unset = bound ? static_cast<SoMFNode*>(field)->getNum() == 0 : field->isDefault();
+    const bool list = field->isOfType(SoMNodeField::getClassTypeId());
+    const bool bound = list && static_cast<SoMNodeField*>(field)->isBound();
+    if (field->isIgnored() && m_dialect != KALMYR && field->isDefault())
+        return;
+    const bool unset =
+        bound ? static_cast<SoMNodeField*>(field)->getNum() == 0 : !node->isFieldWritten(*field);
     const SoField::FieldType kind = field->getFieldType();
     if ((unset && !field->isIgnored()) || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT)
         return;
+    if (!m_counting && isWrapper(node) && bound) {
+        for (SoNode* child : static_cast<SoMNodeField*>(field)->getValues()) {
+            writeNode(child);
+            m_buffer += '\n';
+        }
+        return;
+    }
     if (m_counting) {
         if (list)
-            nodeList(node, *static_cast<SoMFNode*>(field));
+            nodeList(node, *static_cast<SoMNodeField*>(field));
         else if (field->isOfType(SoSFNode::getClassTypeId()))
             writeNode(static_cast<SoSFNode*>(field)->getValue());
         return;
@@ -206,12 +300,12 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
     newLine();
     m_buffer += name.view();
     if (list) {
-        nodeList(node, *static_cast<SoMFNode*>(field));
+        nodeList(node, *static_cast<SoMNodeField*>(field));
     } else {
         m_buffer += ' ';
         field->writeValue(*this);
     }
-    if (field->isIgnored())
+    if (field->isIgnored() && m_dialect == KALMYR)
         m_buffer += " ~";
 }
 
@@ -222,20 +316,132 @@ void SceneWriter::fields(SoNode* node)
         field(node, data->getFieldName(i), data->getField(node, i));
 }
 
+void SceneWriter::declaration(const SoFieldData& data, const SoNode* node, int first)
+{
+    newLine();
+    m_buffer += "fields [";
+    for (int i = first; i < data.getNumFields(); ++i) {
+        const SoField* field = data.getField(node, i);
+        m_buffer += i > first ? ", " : " ";
+        if (field->getFieldType() != SoField::ORDINARY)
+            m_buffer += kindWord(field->getFieldType());
+        m_buffer += field->getTypeId().getName().view();
+        m_buffer += ' ';
+        m_buffer += data.getFieldName(i).view();
+    }
+    m_buffer += " ]";
+}
+
+void SceneWriter::script(SoVRMLScript* node)
+{
+    const int numOwn = node->getFieldData()->getNumFields() - node->getDeclared().getNumDeclared();
+    if (m_counting || !isVrml97()) {
+        if (!m_counting && node->getDeclared().getNumDeclared() > 0)
+            declaration(*node->getFieldData(), node, numOwn);
+        fields(node);
+        return;
+    }
+    const SoFieldData* data = node->getFieldData();
+    for (int i = 0; i < numOwn; ++i)
+        field(node, data->getFieldName(i), data->getField(node, i));
+    for (int i = numOwn; i < data->getNumFields(); ++i) {
+        SoField* one = data->getField(node, i);
+        newLine();
+        m_buffer += kindWord(one->getFieldType());
+        m_buffer += one->getTypeId().getName().view();
+        m_buffer += ' ';
+        m_buffer += data->getFieldName(i).view();
+        if (!hasValue(one->getFieldType()))
+            continue;
+        m_buffer += ' ';
+        if (one->isOfType(SoMNodeField::getClassTypeId())) {
+            nodeList(node, *static_cast<SoMNodeField*>(one));
+        } else {
+            one->writeValue(*this);
+        }
+    }
+}
+
+void SceneWriter::instance(SoVRMLProtoInstance* node)
+{
+    if (m_counting && node->getProto())
+        collect(node->getProto());
+    fields(node);
+}
+
+void SceneWriter::collect(SoVRMLProto* proto)
+{
+    if (!m_metProtos.insert(proto).second)
+        return;
+    std::unordered_set<std::string_view> seen;
+    for (const std::string_view type : typesIn(proto->text)) {
+        if (!seen.insert(type).second)
+            continue;
+        SoVRMLProto* used = proto->previous.get();
+        while (used && used->name != type)
+            used = used->previous.get();
+        if (used)
+            collect(used);
+    }
+    m_protos.push_back(proto);
+}
+
+void SceneWriter::prototypes()
+{
+    for (const SoVRMLProto* proto : m_protos) {
+        m_buffer += proto->external ? "EXTERNPROTO " : "PROTO ";
+        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
+        m_buffer += proto->name.view();
+        m_buffer += ' ';
+        m_buffer += proto->text;
+        m_buffer += '\n';
+        flushIfLarge();
+    }
+}
+
+bool SceneWriter::isWrapper(const SoNode* node) const
+{
+    return isVrml97() && node == m_root && node->getTypeId() == SoVRMLGroup::getClassTypeId()
+           && node->getName().isEmpty()
+           && static_cast<const SoVRMLGroup*>(node)->bboxSize.isDefault();
+}
+
+void SceneWriter::findRoutes(SoNode* node)
+{
+    if (!m_root)
+        m_root = node;
+    const SoFieldData* data = node->getFieldData();
+    for (int i = 0; data && i < data->getNumFields(); ++i) {
+        const SoField* one = data->getField(node, i);
+        if (one->isConnected())
+            m_routes.push_back(one);
+    }
+}
+
+void SceneWriter::routes()
+{
+    for (const SoField* field : m_routes) {
+        const SoField* master = field->getConnectedField();
+        const auto* from = static_cast<const SoNode*>(master->getContainer());
+        const auto* to = static_cast<const SoNode*>(field->getContainer());
+        if (m_buffer.empty() || m_buffer.back() != '\n')
+            m_buffer += '\n';
+        m_buffer += "ROUTE ";
+        m_buffer += nameOf(from, m_nodes[from]);
+        m_buffer += '.';
+        m_buffer += from->getFieldName(master).view();
+        m_buffer += " TO ";
+        m_buffer += nameOf(to, m_nodes[to]);
+        m_buffer += '.';
+        m_buffer += to->getFieldName(field).view();
+        flushIfLarge();
+    }
+}
+
 void SceneWriter::unknown(SoUnknownNode* node)
 {
-    if (!m_counting && node->hasDeclaration()) {
-        newLine();
-        m_buffer += "fields [";
-        const SoFieldData* data = node->getFieldData();
-        for (int i = 0; i < data->getNumFields(); ++i) {
-            m_buffer += i ? ", " : " ";
-            m_buffer += data->getField(node, i)->getTypeId().getName().view();
-            m_buffer += ' ';
-            m_buffer += data->getFieldName(i).view();
-        }
-        m_buffer += " ]";
-    }
+    if (!m_counting && node->hasDeclaration())
+        declaration(*node->getFieldData(), node, 0);
     if (!m_counting && !node->getBody().empty()) {
         // The text brings its own line breaks, also the one in front of the closing brace.
         m_buffer += node->getBody();

@@ -6,14 +6,19 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 class SoAction;
 class SoField;
-class SoMFNode;
+class SoFieldData;
+class SoMNodeField;
 class SoNode;
 class SoOutput;
 class SoPath;
 class SoUnknownNode;
+class SoVRMLProto;
+class SoVRMLProtoInstance;
+class SoVRMLScript;
 
 namespace kalmyr::detail {
 
@@ -30,13 +35,19 @@ public:
 
     /// Around the method of each node; false when the node was met before.
     bool enter(SoNode* node);
-    void leave();
+    void leave(const SoNode* node);
     /// Whether the children of a node are the values of one of its fields.
     static bool hasChildrenField(const SoNode* node);
 
     void fields(SoNode* node);
     void children(SoNode* node);
     void unknown(SoUnknownNode* node);
+    void script(SoVRMLScript* node);
+    void instance(SoVRMLProtoInstance* node);
+    /// Whether the text is VRML97, where types have other names and children are written in fields.
+    bool isVrml97() const { return m_dialect == VRML97; }
+    /// Whether the node only holds the nodes of a file, whose text has no node for it.
+    bool isWrapper(const SoNode* node) const;
     void beginPath();
     void endPath(const SoPath& path);
 
@@ -45,8 +56,10 @@ public:
     void flushIfLarge() override;
 
 private:
+    enum Dialect { KALMYR, VRML10, VRML97 };
     struct Info {
         int count = 0;
+        bool routed = false; ///< a route names it
         bool written = false;
         std::string name;
     };
@@ -55,7 +68,13 @@ private:
 
     void newLine();
     void field(SoNode* node, const SbName& name, SoField* field);
-    void nodeList(SoNode* node, const SoMFNode& field);
+    void declaration(const SoFieldData& data, const SoNode* node, int first);
+    /// Declarations of the prototypes that were met, those that they use in front of them.
+    void prototypes();
+    void collect(SoVRMLProto* proto);
+    void findRoutes(SoNode* node);
+    void routes();
+    void nodeList(SoNode* node, const SoMNodeField& field);
     void header(SoNode* node, Info& info);
     bool isKept(const SoNode* parent, const SoNode* child, int index) const;
     const std::string& nameOf(const SoNode* node, Info& info);
@@ -69,6 +88,11 @@ private:
     std::unordered_set<std::string> m_taken;
     int m_nextInstance = 0;
     int m_indent = 0;
+    std::vector<SoVRMLProto*> m_protos; // Not owned; the instances hold them.
+    std::unordered_set<const SoVRMLProto*> m_metProtos;
+    std::vector<const SoField*> m_routes; ///< fields that follow others
+    const SoNode* m_root = nullptr;
+    Dialect m_dialect = KALMYR;
     bool m_counting = true;
     bool m_empty = true;     ///< nothing stands yet in the innermost braces
     bool m_verbatim = false; ///< what stands there brings its own space in front of the brace

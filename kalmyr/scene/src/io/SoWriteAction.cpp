@@ -7,7 +7,11 @@
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/nodes/SoFile.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
 
 SO_ACTION_SOURCE(SoWriteAction, SoAction, "WriteAction")
 
@@ -27,9 +31,27 @@ void writeFieldsOnly(SoAction* action, SoNode* node)
     static_cast<SoWriteAction*>(action)->writeFields(node);
 }
 
+bool hasForeignChildren(const SoNode* node)
+{
+    return node->isOfType(SoVRMLInline::getClassTypeId())
+           || node->isOfType(SoWWWInline::getClassTypeId())
+           || node->isOfType(SoFile::getClassTypeId())
+           || node->isOfType(SoVRMLProtoInstance::getClassTypeId());
+}
+
 void writeUnknown(SoAction* action, SoNode* node)
 {
     static_cast<SoWriteAction*>(action)->writeUnknown(static_cast<SoUnknownNode*>(node));
+}
+
+void writeScript(SoAction* action, SoNode* node)
+{
+    static_cast<SoWriteAction*>(action)->writeScript(static_cast<SoVRMLScript*>(node));
+}
+
+void writeInstance(SoAction* action, SoNode* node)
+{
+    static_cast<SoWriteAction*>(action)->writeInstance(static_cast<SoVRMLProtoInstance*>(node));
 }
 
 } // namespace
@@ -38,7 +60,11 @@ void SoWriteAction::initMethods()
 {
     addMethod(SoNode::getClassTypeId(), writeAll);
     addMethod(SoVRMLInline::getClassTypeId(), writeFieldsOnly);
+    addMethod(SoWWWInline::getClassTypeId(), writeFieldsOnly);
+    addMethod(SoFile::getClassTypeId(), writeFieldsOnly);
     addMethod(SoUnknownNode::getClassTypeId(), ::writeUnknown);
+    addMethod(SoVRMLScript::getClassTypeId(), ::writeScript);
+    addMethod(SoVRMLProtoInstance::getClassTypeId(), ::writeInstance);
 }
 
 SoWriteAction::SoWriteAction() : m_ownOutput(std::make_unique<SoOutput>()), m_out(m_ownOutput.get())
@@ -63,11 +89,12 @@ void SoWriteAction::apply(SoPath* path)
 {
     if (!path || path->isEmpty())
         return;
-    // What hangs on a field or comes from another file has no index in the text; the path ends
-    // above it.
+    // What hangs on a field, stands inside a kit or comes from another file has no index in the
+    // text; the path ends above it.
     int length = 1;
     while (length < path->getLength() && path->getIndex(length) >= 0
-           && !path->getNode(length - 1)->isOfType(SoVRMLInline::getClassTypeId()))
+           && path->getNode(length - 1)->getChildren()
+           && !hasForeignChildren(path->getNode(length - 1)))
         ++length;
     const SoRef<SoPath> shown(path->copy(0, length));
     write(path->getHead(), shown.get());
@@ -95,9 +122,9 @@ bool SoWriteAction::beforeNode(SoNode* node)
     return m_writer->enter(node);
 }
 
-void SoWriteAction::afterNode(SoNode*)
+void SoWriteAction::afterNode(SoNode* node)
 {
-    m_writer->leave();
+    m_writer->leave(node);
 }
 
 void SoWriteAction::writeFields(SoNode* node)
@@ -113,4 +140,14 @@ void SoWriteAction::writeChildren(SoNode* node)
 void SoWriteAction::writeUnknown(SoUnknownNode* node)
 {
     m_writer->unknown(node);
+}
+
+void SoWriteAction::writeScript(SoVRMLScript* node)
+{
+    m_writer->script(node);
+}
+
+void SoWriteAction::writeInstance(SoVRMLProtoInstance* node)
+{
+    m_writer->instance(node);
 }

@@ -11,7 +11,9 @@
 #include <kalmyr/nodes/SoDrawStyle.h>
 #include <kalmyr/nodes/SoEnvironment.h>
 #include <kalmyr/nodes/SoEventCallback.h>
+#include <kalmyr/nodes/SoFile.h>
 #include <kalmyr/nodes/SoFont.h>
+#include <kalmyr/nodes/SoFontStyle.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/nodes/SoInfo.h>
@@ -41,6 +43,8 @@
 #include <kalmyr/nodes/SoTransformation.h>
 #include <kalmyr/nodes/SoTransformSeparator.h>
 #include <kalmyr/nodes/SoTranslation.h>
+#include <kalmyr/nodes/SoWWWAnchor.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/shapes/SoVertexProperty.h>
 
 void kalmyr::initNodes()
@@ -86,5 +90,9 @@ void kalmyr::initNodes()
     SoInfo::initClass();
     SoLabel::initClass();
     SoFont::initClass();
+    SoFontStyle::initClass();
+    SoFile::initClass();
+    SoWWWInline::initClass();
+    SoWWWAnchor::initClass();
     SoClipPlane::initClass();
 }

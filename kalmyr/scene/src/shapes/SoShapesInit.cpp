@@ -1,5 +1,6 @@
 #include <kalmyr/shapes/SoShapesInit.h>
 
+#include <kalmyr/shapes/SoAsciiText.h>
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoCylinder.h>
@@ -35,4 +36,5 @@ void kalmyr::initShapes()
     SoLineSet::initClass();
     SoIndexedLineSet::initClass();
     SoPointSet::initClass();
+    SoAsciiText::initClass();
 }

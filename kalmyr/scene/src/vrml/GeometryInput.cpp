@@ -4,6 +4,7 @@
 #include <kalmyr/vrml/SoVRMLColor.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
 #include <kalmyr/vrml/SoVRMLNormal.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLTextureCoordinate.h>
 
 namespace kalmyr::detail {
@@ -13,7 +14,8 @@ namespace {
 template <class T>
 const T* nodeOf(const SoSFNode& field)
 {
-    SoNode* node = field.isIgnored() ? nullptr : field.getValue();
+    SoNode* node =
+        field.isIgnored() ? nullptr : SoVRMLProtoInstance::resolve(field.getValue());
     return node && node->isOfType(T::getClassTypeId()) ? static_cast<T*>(node) : nullptr;
 }
 

@@ -7,6 +7,7 @@
 #include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLGeometry.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 
 namespace {
 
@@ -77,8 +78,9 @@ void SoVRMLShape::doAction(SoAction* action)
     if (look)
         action->traverse(look, -1);
     if (shown) {
-        if (shown->isOfType(SoVRMLGeometry::getClassTypeId())
-            && !static_cast<SoVRMLGeometry*>(shown)->isLit())
+        const SoNode* kind = SoVRMLProtoInstance::resolve(shown);
+        if (kind && kind->isOfType(SoVRMLGeometry::getClassTypeId())
+            && !static_cast<const SoVRMLGeometry*>(kind)->isLit())
             setLineLook(state, this);
         action->traverse(shown, -1);
     }

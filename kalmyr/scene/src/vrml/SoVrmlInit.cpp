@@ -12,6 +12,7 @@
 #include <kalmyr/vrml/SoVRMLCylinder.h>
 #include <kalmyr/vrml/SoVRMLDirectionalLight.h>
 #include <kalmyr/vrml/SoVRMLElevationGrid.h>
+#include <kalmyr/vrml/SoVRMLExtraNodes.h>
 #include <kalmyr/vrml/SoVRMLExtrusion.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
 #include <kalmyr/vrml/SoVRMLFontStyle.h>
@@ -23,6 +24,7 @@
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLInterpolators.h>
 #include <kalmyr/vrml/SoVRMLLight.h>
+#include <kalmyr/vrml/SoVRMLLineSet.h>
 #include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLMaterial.h>
 #include <kalmyr/vrml/SoVRMLMovieTexture.h>
@@ -32,6 +34,8 @@
 #include <kalmyr/vrml/SoVRMLPixelTexture.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
 #include <kalmyr/vrml/SoVRMLPointSet.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
 #include <kalmyr/vrml/SoVRMLSensors.h>
 #include <kalmyr/vrml/SoVRMLShape.h>
 #include <kalmyr/vrml/SoVRMLSound.h>
@@ -72,6 +76,8 @@ constexpr Class kClasses[] = {
     entry<SoVRMLSwitch>(),
     entry<SoVRMLLOD>(),
     entry<SoVRMLInline>(),
+    entry<SoVRMLScript>(),
+    entry<SoVRMLProtoInstance>(),
     entry<SoVRMLShape>(),
     entry<SoVRMLAppearance>(),
     entry<SoVRMLMaterial>(),
@@ -120,6 +126,12 @@ constexpr Class kClasses[] = {
     entry<SoVRMLOrientationInterpolator>(),
     entry<SoVRMLPositionInterpolator>(),
     entry<SoVRMLScalarInterpolator>(),
+    entry<SoVRMLLineSet>(),
+    entry<SoVRMLColorRGBA>(),
+    entry<SoVRMLMultiTexture>(),
+    entry<SoVRMLMultiTextureCoordinate>(),
+    entry<SoVRMLMultiTextureTransform>(),
+    entry<SoVRMLTextureBackground>(),
 };
 
 } // namespace

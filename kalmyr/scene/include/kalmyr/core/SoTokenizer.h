@@ -50,7 +50,7 @@ public:
     bool readUInt(std::uint32_t& value);
     bool readShort(std::int16_t& value);
     bool readUShort(std::uint16_t& value);
-    bool readBool(bool& value); ///< TRUE FALSE, or 1 and 0
+    bool readBool(bool& value); ///< TRUE FALSE, true false, or 1 and 0
     /// A double-quoted string with escapes \" and \\, or a bare word.
     bool readString(std::string& value);
 

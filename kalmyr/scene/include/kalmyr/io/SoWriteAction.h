@@ -7,12 +7,17 @@
 class SoOutput;
 class SoPath;
 class SoUnknownNode;
+class SoVRMLProtoInstance;
+class SoVRMLScript;
 
 namespace kalmyr::detail {
 class SceneWriter;
 }
 
-/// Writes a graph, or what hangs on a path, as Kalmyr text.
+/// Writes a graph, or what hangs on a path, as text: Kalmyr text, or what the header of the output
+/// says. In VRML97 text types lose their prefix, routes and prototypes are written in its own way,
+/// and an unnamed VRMLGroup at the top is left out. Nodes that the format does not know are written
+/// all the same: convert the graph before.
 ///
 /// Only fields that differ from their default, are ignored, or were set are written. A node that is
 /// named or met more than once gets a DEF name: its own, followed by the instance prefix and a
@@ -42,6 +47,9 @@ public:
     void writeChildren(SoNode* node);
     /// The declaration, or the text, of a node of unknown type, and its fields and children.
     void writeUnknown(SoUnknownNode* node);
+    /// What the file declared for a script, and the values of a prototype's instance.
+    void writeScript(SoVRMLScript* node);
+    void writeInstance(SoVRMLProtoInstance* node);
 
 protected:
     bool beforeNode(SoNode* node) override;

@@ -1,0 +1,230 @@
+#include "Commands.h"
+#include "Json.h"
+#include "Scene.h"
+
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoGetPrimitiveCountAction.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <unordered_map>
+
+namespace {
+
+/// Distinct nodes by type, and the places where they stand. Parts of nodes are nodes, too.
+class GraphCounter {
+public:
+    void add(const SoNode* node) { m_occurrences = sum(m_occurrences, visit(node)); }
+
+    const std::map<std::string, std::uint64_t>& types() const { return m_types; }
+    std::uint64_t instances() const { return m_known.size(); }
+    std::uint64_t occurrences() const { return m_occurrences; }
+
+private:
+    static std::uint64_t sum(std::uint64_t a, std::uint64_t b)
+    {
+        return a > std::numeric_limits<std::uint64_t>::max() - b
+                   ? std::numeric_limits<std::uint64_t>::max()
+                   : a + b;
+    }
+
+    static bool isInline(const SoNode* node)
+    {
+        return node->isOfType(SoVRMLInline::getClassTypeId())
+               || node->isOfType(SoWWWInline::getClassTypeId());
+    }
+
+    /// Occurrences of the node and what is below it, seen from one place of it.
+    std::uint64_t visit(const SoNode* node)
+    {
+        if (const auto found = m_known.find(node); found != m_known.end())
+            return found->second;
+        m_known.emplace(node, 1);
+        ++m_types[node->getTypeId().getName().getString()];
+        std::uint64_t result = 1;
+        const SoChildList* children = node->getInternalChildren();
+        // The first child of an inline only stands for its box.
+        for (int i = isInline(node) ? 1 : 0; children && i < children->getLength(); ++i)
+            result = sum(result, visit((*children)[i]));
+        const SoFieldData* data = node->getFieldData();
+        for (int i = 0; data && i < data->getNumFields(); ++i)
+            result = sum(result, visitField(*data->getField(node, i)));
+        m_known[node] = result;
+        return result;
+    }
+
+    std::uint64_t visitField(const SoField& field)
+    {
+        if (field.isOfType(SoSFNode::getClassTypeId())) {
+            const SoNode* node = static_cast<const SoSFNode&>(field).getValue();
+            return node ? visit(node) : 0;
+        }
+        std::uint64_t result = 0;
+        if (!field.isOfType(SoMNodeField::getClassTypeId()))
+            return result;
+        const auto& list = static_cast<const SoMNodeField&>(field);
+        if (list.isBound())
+            return result; // the children
+        for (const SoNode* node : list.getValues())
+            result = sum(result, node ? visit(node) : 0);
+        return result;
+    }
+
+    std::unordered_map<const SoNode*, std::uint64_t> m_known;
+    std::map<std::string, std::uint64_t> m_types;
+    std::uint64_t m_occurrences = 0;
+};
+
+/// What is told of a file besides what reading it gave.
+struct Facts {
+    GraphCounter graph;
+    std::uint64_t triangles = 0;
+    std::uint64_t lines = 0;
+    std::uint64_t points = 0;
+    bool hasBox = false;
+    SbBox3f box;
+};
+
+Facts measure(const Scene& scene)
+{
+    Facts facts;
+    for (const SoRef<SoNode>& node : scene.nodes)
+        facts.graph.add(node.get());
+    SoGetPrimitiveCountAction count;
+    count.apply(scene.root.get());
+    facts.triangles = count.getTriangleCount();
+    facts.lines = count.getLineCount();
+    facts.points = count.getPointCount();
+    SoGetBoundingBoxAction bounds{SbViewportRegion(640, 480)};
+    bounds.apply(scene.root.get());
+    facts.box = bounds.getBoundingBox();
+    facts.hasBox = !facts.box.isEmpty();
+    for (int i = 0; i < 3 && facts.hasBox; ++i)
+        facts.hasBox = std::isfinite(facts.box.getMin()[i]) && std::isfinite(facts.box.getMax()[i]);
+    return facts;
+}
+
+template <class Map>
+void addCounts(Json& json, const char* key, const Map& counts)
+{
+    json.key(key).beginObject();
+    for (const auto& [name, count] : counts)
+        json.key(name).value(count);
+    json.endObject();
+}
+
+void addRemarks(Json& json, const char* key, const Scene& scene, const std::vector<Remark>& remarks)
+{
+    json.key(key).beginArray();
+    for (const Remark& remark : remarks) {
+        json.beginObject().key("line").value(remark.line).key("column").value(remark.column);
+        json.key("message").value(remark.message);
+        if (remark.file != scene.file)
+            json.key("file").value(remark.file);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void addParsed(Json& json, const TextCounts& counts)
+{
+    json.key("parsed").beginObject();
+    addCounts(json, "nodes", counts.nodes);
+    addCounts(json, "proto_nodes", counts.protoNodes);
+    json.key("def").value(counts.def).key("use").value(counts.use);
+    json.key("route").value(counts.route).key("proto").value(counts.proto);
+    json.key("externproto").value(counts.externproto).endObject();
+}
+
+void printJson(const Scene& scene, const Facts& facts)
+{
+    Json json;
+    json.beginObject();
+    json.key("file").value(scene.file).key("ok").value(scene.ok);
+    json.key("format").value(formatName(scene.format));
+    json.key("compressed").value(scene.compressed).key("header").value(scene.header);
+    addCounts(json, "nodes", facts.graph.types());
+    json.key("instances").value(facts.graph.instances());
+    json.key("occurrences").value(facts.graph.occurrences());
+    json.key("triangles").value(facts.triangles).key("lines").value(facts.lines);
+    json.key("points").value(facts.points).key("bbox");
+    if (facts.hasBox) {
+        json.beginArray();
+        for (const SbVec3f& corner : {facts.box.getMin(), facts.box.getMax()})
+            for (int i = 0; i < 3; ++i)
+                json.value(static_cast<double>(corner[i]));
+        json.endArray();
+    } else {
+        json.null();
+    }
+    addRemarks(json, "errors", scene, scene.errors);
+    addRemarks(json, "warnings", scene, scene.warnings);
+    json.key("seconds").value(scene.seconds);
+    if (scene.parsed)
+        addParsed(json, *scene.parsed);
+    json.endObject();
+    std::printf("%s\n", json.text().c_str());
+}
+
+void printText(const Scene& scene, const Facts& facts)
+{
+    std::printf("%s\n", scene.file.c_str());
+    std::printf("  format       %s%s%s%s\n", formatName(scene.format),
+                scene.compressed ? ", compressed" : "", scene.header.empty() ? "" : ", header ",
+                scene.header.c_str());
+    std::printf("  read         %s, %.3f s\n", scene.ok ? "complete" : "FAILED", scene.seconds);
+    std::printf("  nodes        %llu distinct, %llu occurrences\n",
+                static_cast<unsigned long long>(facts.graph.instances()),
+                static_cast<unsigned long long>(facts.graph.occurrences()));
+    std::printf("  primitives   %llu triangles, %llu lines, %llu points\n",
+                static_cast<unsigned long long>(facts.triangles),
+                static_cast<unsigned long long>(facts.lines),
+                static_cast<unsigned long long>(facts.points));
+    if (facts.hasBox) {
+        const SbVec3f low = facts.box.getMin(), high = facts.box.getMax();
+        std::printf("  bounds       %g %g %g  to  %g %g %g\n", low[0], low[1], low[2], high[0],
+                    high[1], high[2]);
+    }
+    for (const auto& [name, count] : facts.graph.types())
+        std::printf("  %12llu %s\n", static_cast<unsigned long long>(count), name.c_str());
+    for (const Remark& warning : scene.warnings)
+        std::printf("  warning: %d:%d: %s\n", warning.line, warning.column,
+                    warning.message.c_str());
+}
+
+} // namespace
+
+int runInfo(const Arguments& given)
+{
+    Arguments arguments = given;
+    const bool json = takeFlag(arguments, "--json");
+    std::string option;
+    if (hasUnknownOption(arguments, option))
+        return wrongUsage("unknown option " + option);
+    if (arguments.empty())
+        return wrongUsage("info needs a file");
+    bool ok = true;
+    for (const std::string& file : arguments) {
+        Scene scene = readScene(file, json);
+        const Facts facts = measure(scene);
+        if (json) {
+            printJson(scene, facts);
+        } else {
+            printText(scene, facts);
+        }
+        printErrors(scene);
+        std::fflush(stdout);
+        ok = ok && scene.ok;
+    }
+    return ok ? 0 : 1;
+}

@@ -1,0 +1,186 @@
+#include "Scene.h"
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoReadError.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+
+#include <chrono>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+struct FormatName {
+    SoInput::Format format;
+    const char* name;
+};
+constexpr FormatName kFormats[] = {{SoInput::KALMYR_ASCII, "kalmyr-ascii"},
+                                   {SoInput::KALMYR_BINARY, "kalmyr-binary"},
+                                   {SoInput::VRML1, "vrml1"},
+                                   {SoInput::VRML2, "vrml2"}};
+
+/// An input that gathers remarks and shows its progress.
+class WatchedInput final : public SoInput {
+public:
+    explicit WatchedInput(Scene& scene) : m_scene(scene) {}
+    ~WatchedInput() override
+    {
+        if (m_shown)
+            std::fputs("\r\033[K", stderr);
+    }
+    void warn(int line, int column, const SbString& text) override
+    {
+        m_scene.warnings.push_back(
+            {getCurFileName().toStdString(), line, column, text.toStdString()});
+    }
+    void progress(std::size_t done, std::size_t total) override
+    {
+        constexpr int kWidth = 40;
+        if (!m_watched || total == 0 || secondsSince(m_start) < 1)
+            return;
+        const int filled = static_cast<int>(done * kWidth / total);
+        std::fprintf(stderr, "\r[%.*s%*s] %3d%%", filled,
+                     "########################################", kWidth - filled, "",
+                     static_cast<int>(done * 100 / total));
+        std::fflush(stderr);
+        m_shown = true;
+    }
+
+private:
+    Scene& m_scene;
+    const Clock::time_point m_start = Clock::now();
+    const bool m_watched = isatty(STDERR_FILENO);
+    bool m_shown = false;
+};
+
+/// Collects what is posted while it lives.
+class Listener {
+public:
+    explicit Listener(Scene& scene)
+    {
+        SoReadError::setHandlerCallback(onReadError, &scene);
+        SoError::setHandlerCallback(onError, &scene);
+        SoDebugError::setHandlerCallback(onDebugError, &scene);
+    }
+    ~Listener()
+    {
+        SoReadError::setHandlerCallback(nullptr);
+        SoError::setHandlerCallback(nullptr);
+        SoDebugError::setHandlerCallback(nullptr);
+    }
+
+private:
+    static void onReadError(const SoError* error, void* scene)
+    {
+        const auto* read = static_cast<const SoReadError*>(error);
+        static_cast<Scene*>(scene)->errors.push_back({read->getFileName().toStdString(),
+                                                      read->getLine(), read->getColumn(),
+                                                      read->getMessage().toStdString()});
+    }
+    static void onError(const SoError* error, void* scene)
+    {
+        auto* self = static_cast<Scene*>(scene);
+        self->errors.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
+    }
+    static void onDebugError(const SoError* error, void* scene)
+    {
+        auto* self = static_cast<Scene*>(scene);
+        self->warnings.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
+    }
+};
+
+template <class Group>
+SoRef<SoNode> groupOf(const std::vector<SoRef<SoNode>>& nodes)
+{
+    SoRef<Group> group(new Group);
+    for (const SoRef<SoNode>& node : nodes)
+        group->addChild(node.get());
+    return group;
+}
+
+bool readNodes(SoInput& in, std::vector<SoRef<SoNode>>& nodes)
+{
+    if (in.getFormat() == SoInput::UNKNOWN_FORMAT)
+        return SoDB::readAll(&in) != nullptr; // says what is wrong
+    for (;;) {
+        SoNode* node = nullptr;
+        if (!SoDB::read(&in, node))
+            return false;
+        if (!node)
+            return true;
+        nodes.emplace_back(node);
+    }
+}
+
+} // namespace
+
+Scene readScene(const std::string& file, bool countTextToo)
+{
+    Scene scene;
+    scene.file = file;
+    const Listener listener(scene);
+    WatchedInput in(scene);
+    const auto start = Clock::now();
+    const bool opened = in.openFile(SbString(file));
+    if (opened) {
+        scene.format = in.getFormat();
+        scene.compressed = in.isCompressed();
+        scene.header = in.getHeader().toStdString();
+        const SoTokenizer& text = in.getTokenizer();
+        const std::size_t begin = text.getOffset();
+        scene.ok = readNodes(in, scene.nodes);
+        scene.seconds = secondsSince(start);
+        const bool isText =
+            scene.format != SoInput::KALMYR_BINARY && scene.format != SoInput::UNKNOWN_FORMAT;
+        if (countTextToo && isText)
+            scene.parsed = countText({text.getText() + begin, text.getSize() - begin});
+    } else {
+        scene.seconds = secondsSince(start);
+    }
+    if (!scene.ok)
+        scene.nodes.clear();
+    scene.root =
+        scene.format == SoInput::VRML2 ? groupOf<SoVRMLGroup>(scene.nodes)
+        : scene.nodes.size() == 1 && scene.nodes[0]->isOfType(SoSeparator::getClassTypeId())
+            ? scene.nodes[0]
+            : groupOf<SoSeparator>(scene.nodes);
+    return scene;
+}
+
+const char* formatName(SoInput::Format format)
+{
+    for (const FormatName& one : kFormats)
+        if (one.format == format)
+            return one.name;
+    return "unknown";
+}
+
+SoInput::Format formatOfName(std::string_view name)
+{
+    for (const FormatName& one : kFormats)
+        if (one.name == name)
+            return one.format;
+    return SoInput::UNKNOWN_FORMAT;
+}
+
+void printErrors(const Scene& scene)
+{
+    for (const Remark& error : scene.errors) {
+        if (error.line > 0) {
+            std::fprintf(stderr, "%s:%d:%d: error: %s\n", error.file.c_str(), error.line,
+                         error.column, error.message.c_str());
+        } else {
+            std::fprintf(stderr, "%s: error: %s\n", error.file.c_str(), error.message.c_str());
+        }
+    }
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoInput.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TextCounts.h"
+
+/// One thing that the toolkit said about a file.
+struct Remark {
+    std::string file;
+    int line = 0;
+    int column = 0;
+    std::string message;
+};
+
+/// A scene file as it was read.
+struct Scene {
+    std::string file;
+    bool ok = false;
+    SoInput::Format format = SoInput::UNKNOWN_FORMAT;
+    bool compressed = false;
+    std::string header;
+    double seconds = 0;
+    std::vector<SoRef<SoNode>> nodes; ///< those of the file itself
+    SoRef<SoNode> root;               ///< a group around them
+    std::optional<TextCounts> parsed; ///< of text
+    std::vector<Remark> errors;
+    std::vector<Remark> warnings;
+};
+
+/// Reads a file; shows how far it got when that takes longer than a second and a person looks on.
+Scene readScene(const std::string& file, bool countText);
+
+/// "kalmyr-ascii" and so on; "unknown" for a file with no known header.
+const char* formatName(SoInput::Format format);
+/// UNKNOWN_FORMAT for a name that is none.
+SoInput::Format formatOfName(std::string_view name);
+
+/// Prints "FILE:LINE:COLUMN: error: MESSAGE" for each error.
+void printErrors(const Scene& scene);

@@ -1,0 +1,97 @@
+#include "Commands.h"
+
+#include <kalmyr/io/SoDB.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr char kUsage[] =
+    "usage: kmr COMMAND ...\n"
+    "\n"
+    "  kmr info [--json] FILE...\n"
+    "      Read scene files and tell what is in them; with --json one object a line.\n"
+    "  kmr convert IN OUT [--format kalmyr-ascii|kalmyr-binary|vrml1|vrml2]\n"
+    "      Write a scene again. Without --format the name of OUT decides: .ky Kalmyr text,\n"
+    "      .wrl VRML. Compressed when OUT ends in .gz, .kyz or .wrz.\n"
+    "  kmr render IN OUT [--size WxH] [--background R,G,B] [--transparency N]\n"
+    "      Draw a scene into a picture (png, jpg, bmp, tif, rgb, ps) through its camera, or all\n"
+    "      in view. Colours from 0 to 1. Needs no display.\n"
+    "\n"
+    "  --help, --version\n"
+    "\n"
+    "Ends with 0 when done, 1 when something cannot be read or written, 2 for wrong usage.\n";
+
+struct Command {
+    const char* name;
+    int (*run)(const Arguments& arguments);
+};
+constexpr Command kCommands[] = {{"info", runInfo}, {"convert", runConvert}, {"render", runRender}};
+
+} // namespace
+
+int wrongUsage(const std::string& reason)
+{
+    std::fprintf(stderr, "kmr: error: %s\n\n%s", reason.c_str(), kUsage);
+    return 2;
+}
+
+bool takeOption(Arguments& arguments, const std::string& name, std::string& value)
+{
+    const std::string joined = name + "=";
+    for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+        if (at->starts_with(joined)) {
+            value = at->substr(joined.size());
+            arguments.erase(at);
+            return !value.empty();
+        }
+        if (*at != name)
+            continue;
+        if (at + 1 == arguments.end())
+            return false;
+        value = *(at + 1);
+        arguments.erase(at, at + 2);
+        return !value.empty();
+    }
+    return true;
+}
+
+bool takeFlag(Arguments& arguments, const std::string& name)
+{
+    const auto at = std::find(arguments.begin(), arguments.end(), name);
+    if (at == arguments.end())
+        return false;
+    arguments.erase(at);
+    return true;
+}
+
+bool hasUnknownOption(const Arguments& arguments, std::string& option)
+{
+    const auto at = std::find_if(arguments.begin(), arguments.end(), [](const std::string& one) {
+        return one.size() > 1 && one[0] == '-';
+    });
+    if (at != arguments.end())
+        option = *at;
+    return at != arguments.end();
+}
+
+int main(int argc, char** argv)
+{
+    const Arguments all(argv + 1, argv + argc);
+    if (all.empty())
+        return wrongUsage("a command is missing");
+    if (std::find(all.begin(), all.end(), "--help") != all.end() || all[0] == "-h") {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    SoDB::init();
+    if (all[0] == "--version") {
+        std::printf("kmr (%s)\n", SoDB::getVersion().getString());
+        return 0;
+    }
+    for (const Command& command : kCommands)
+        if (all[0] == command.name)
+            return command.run(Arguments(all.begin() + 1, all.end()));
+    return wrongUsage("unknown command " + all[0]);
+}

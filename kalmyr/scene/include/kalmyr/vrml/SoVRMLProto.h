@@ -1,0 +1,81 @@
+#pragma once
+
+#include <kalmyr/base/SbString.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/base/SoRefCounter.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/fields/SoDeclaredFields.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A prototype as a file declares it: its interface, and its body as text.
+///
+/// The body is read once for each instance. Prototypes that it uses are found from `previous` on.
+class KALMYR_API SoVRMLProto final : public SoRefCounter {
+public:
+    /// A field or an event of the interface.
+    struct Entry {
+        SoField::FieldType kind;
+        SbName type;
+        SbName name;
+        std::size_t valueAt = 0; ///< where its default value stands in the text; 0 without one
+    };
+    static constexpr std::size_t kNoBody = static_cast<std::size_t>(-1);
+
+    SbName name;
+    std::string text; ///< from the bracket that opens the interface to the last of the declaration
+    std::vector<Entry> interface;
+    std::size_t bodyAt = kNoBody; ///< behind the brace that opens the body
+    bool external = false;        ///< the body stands in another file, one of `urls`
+    std::vector<SbString> urls;
+    SbString folder;             ///< that relative urls start from
+    SoRef<SoVRMLProto> previous; ///< declared before this one where this one is known
+    SoRef<SoVRMLProto> resolved; ///< the declaration in the other file, once it was found
+    bool resolving = false;      ///< it is being looked for, or was not found
+
+protected:
+    ~SoVRMLProto() override;
+};
+
+/// A node that a prototype describes: the fields of the interface, and nodes of its own that are
+/// made of the body.
+///
+/// It stands for the first of these nodes wherever it is used.
+class KALMYR_API SoVRMLProtoInstance : public SoNode {
+public:
+    SoVRMLProtoInstance();
+    static void initClass();
+    static SoType getClassTypeId();
+    SoType getTypeId() const override { return getClassTypeId(); }
+    const SoFieldData* getFieldData() const override { return m_declared.getData(); }
+
+    /// The prototype; null for an instance that was made by itself.
+    SoVRMLProto* getProto() const { return m_proto.get(); }
+    /// Declares the fields of the prototype's interface. Once, before any of them is set.
+    void setProto(SoVRMLProto* proto);
+
+    SoDeclaredFields& getDeclared() { return m_declared; }
+    const SoDeclaredFields& getDeclared() const { return m_declared; }
+
+    /// The nodes of the body.
+    SoChildList& getParts() const { return m_parts; }
+    SoChildList* getInternalChildren() const override { return &m_parts; }
+
+    /// The node that `node` stands for: itself unless it is an instance; null for an empty one.
+    static SoNode* resolve(SoNode* node);
+
+    bool affectsState() const override;
+    void doAction(SoAction* action) override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
+
+protected:
+    ~SoVRMLProtoInstance() override;
+
+private:
+    SoRef<SoVRMLProto> m_proto;
+    SoDeclaredFields m_declared;
+    mutable SoChildList m_parts;
+};

@@ -1,0 +1,264 @@
+// Prototypes of VRML97: their declarations, and instances of them.
+#include "SoSceneReader.h"
+
+#include "vrml/LocalUrl.h"
+
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+
+#include <algorithm>
+#include <array>
+
+namespace kalmyr::detail {
+
+namespace {
+
+struct Kind {
+    std::string_view word;
+    SoField::FieldType type;
+};
+constexpr std::array kKinds{
+    Kind{"field", SoField::ORDINARY},
+    Kind{"exposedField", SoField::EXPOSED},
+    Kind{"eventIn", SoField::EVENT_IN},
+    Kind{"eventOut", SoField::EVENT_OUT},
+    // As later versions of the language call them.
+    Kind{"initializeOnly", SoField::ORDINARY},
+    Kind{"inputOutput", SoField::EXPOSED},
+    Kind{"inputOnly", SoField::EVENT_IN},
+    Kind{"outputOnly", SoField::EVENT_OUT},
+};
+
+/// The text of a prototype. Remarks go to the file that has the instance.
+class ProtoInput final : public SoInput {
+public:
+    ProtoInput(SoInput* parent, const SoVRMLProto& proto) : SoInput(parent), m_proto(proto)
+    {
+        setFolder(proto.folder);
+    }
+    void warn(int, int, const SbString& text) override
+    {
+        getParent()->warnHere("in prototype '" + SbString(m_proto.name) + "': " + text);
+    }
+
+private:
+    const SoVRMLProto& m_proto;
+};
+
+bool isKnownFieldType(std::string_view name)
+{
+    const SbName known = SbName::find(name);
+    return !known.isEmpty() && SoType::fromName(known).isDerivedFrom(SoField::getClassTypeId());
+}
+
+} // namespace
+
+const SoField::FieldType* findFieldKind(std::string_view word)
+{
+    const auto found = std::find_if(kKinds.begin(), kKinds.end(),
+                                    [word](const Kind& kind) { return kind.word == word; });
+    return found == kKinds.end() ? nullptr : &found->type;
+}
+
+SoVRMLProto* SceneReader::findProto(std::string_view name) const
+{
+    name = protoName(name);
+    const SbName known = SbName::find(name);
+    if (known.isEmpty())
+        return nullptr;
+    SoVRMLProto* proto = m_protos.get();
+    while (proto && proto->name != known)
+        proto = proto->previous.get();
+    return proto;
+}
+
+void SceneReader::declare(SoRef<SoVRMLProto> proto)
+{
+    proto->previous = m_protos;
+    m_protos = std::move(proto);
+    m_types.clear(); // the name may have meant something else before
+}
+
+bool SceneReader::readProto(bool external)
+{
+    std::string_view name;
+    if (!text.readName(name) || !isLegalName(name) || protoName(name).empty())
+        return text.fail("expected the name of a prototype");
+    SoRef<SoVRMLProto> proto(new SoVRMLProto);
+    proto->name = SbName(protoName(name));
+    proto->external = external;
+    proto->folder = m_in.getFolder();
+    text.peek();
+    const std::size_t begin = text.getOffset();
+    if (!readInterface(*proto, begin))
+        return false;
+    if (external) {
+        if (!readUrls(*proto))
+            return false;
+    } else {
+        text.peek();
+        proto->bodyAt = text.getOffset() - begin + 1;
+        if (!skipBlock('{', false))
+            return false;
+    }
+    proto->text.assign(text.getText() + begin, text.getOffset() - begin);
+    declare(std::move(proto));
+    return true;
+}
+
+bool SceneReader::readInterface(SoVRMLProto& proto, std::size_t textAt)
+{
+    if (!text.expect('['))
+        return false;
+    while (!text.accept(']')) {
+        std::string_view kind;
+        if (!text.readWord(kind))
+            return text.fail("expected 'field', 'exposedField', 'eventIn', 'eventOut' or ']'");
+        if (!readInterfaceEntry(proto, kind, textAt))
+            return false;
+        text.reportProgress();
+    }
+    return true;
+}
+
+bool SceneReader::readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt)
+{
+    const SoField::FieldType* type = findFieldKind(kind);
+    if (!type)
+        return text.failAt(static_cast<std::size_t>(kind.data() - text.getText()),
+                           "expected 'field', 'exposedField', 'eventIn', 'eventOut' or ']'");
+    std::string_view fieldType, name;
+    if (!text.readWord(fieldType))
+        return text.fail("expected a field type");
+    if (!text.readName(name))
+        return text.fail("expected a field name");
+    SoVRMLProto::Entry entry{*type, SbName(fieldType), SbName(name), 0};
+    const bool hasValue =
+        !proto.external && (*type == SoField::ORDINARY || *type == SoField::EXPOSED);
+    if (hasValue) {
+        text.peek();
+        entry.valueAt = text.getOffset() - textAt;
+        std::string_view next = text.peekWord();
+        // A value that is missing is the default of the type.
+        if (text.peek() == ']' || (!next.empty() && findFieldKind(next)))
+            entry.valueAt = 0;
+        while (text.peek() != ']' && !((next = text.peekWord()).size() && findFieldKind(next)))
+            if (text.atEnd() || !skipValue(false))
+                return text.fail("expected a value for '" + std::string(name) + "'");
+    }
+    if (isKnownFieldType(fieldType)) {
+        proto.interface.push_back(entry);
+    } else {
+        warnOnce("type " + std::string(fieldType), fieldType.data(),
+                 "field type '" + std::string(fieldType)
+                     + "' is unknown; fields of it are left out");
+    }
+    return true;
+}
+
+bool SceneReader::readUrls(SoVRMLProto& proto)
+{
+    const bool many = text.accept('[');
+    std::string url;
+    do {
+        if (many && text.accept(']'))
+            return true;
+        if (text.peek() != '"')
+            return text.fail(many ? "expected a url in quotes or ']'" : "expected a url in quotes");
+        if (!text.readString(url))
+            return false;
+        proto.urls.emplace_back(url);
+    } while (many);
+    return true;
+}
+
+/// The declaration that has the body; null when it cannot be had.
+SoVRMLProto* SceneReader::bodyOf(SoVRMLProto* proto)
+{
+    constexpr int kMaxFiles = 50; // that pass an instance on from one to the next
+    for (int i = 0; i < kMaxFiles && proto && proto->external; ++i) {
+        if (!proto->resolved && !proto->resolving) {
+            proto->resolving = true;
+            for (const SbString& url : proto->urls) {
+                proto->resolved = findInFile(*proto, url);
+                if (proto->resolved)
+                    break;
+            }
+        }
+        proto = proto->resolved.get();
+    }
+    return proto && !proto->external ? proto : nullptr;
+}
+
+SoRef<SoVRMLProto> SceneReader::findInFile(const SoVRMLProto& proto, const SbString& url)
+{
+    SoInput origin(&m_in);
+    origin.setFolder(proto.folder);
+    const std::string address = url.toStdString();
+    const std::size_t hash = address.find('#');
+    const SbString name = localFileName(SbString(address.substr(0, hash)));
+    const SbString file = name.isEmpty() ? SbString() : origin.findFile(name);
+    if (file.isEmpty() || m_in.isReading(file) || !m_in.countFile())
+        return nullptr;
+    SoInput in(&origin);
+    if (!in.openFile(file) || !in.isFileVRML2())
+        return nullptr;
+    Vrml97Reader reader(in);
+    reader.m_protoDepth = m_protoDepth;
+    SoRef<SoVRMLProto> found = reader.readProtoNamed(
+        hash == std::string::npos ? std::string_view()
+                                  : std::string_view(address).substr(hash + 1));
+    if (!found)
+        reader.postError();
+    return found;
+}
+
+bool SceneReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
+{
+    SoVRMLProto* declared = instance->getProto();
+    const std::string name(declared->name.view());
+    if (m_protoDepth >= kMaxProtoNesting)
+        return text.failAt(at, "expected prototypes nested at most "
+                                   + std::to_string(kMaxProtoNesting) + " deep");
+    const SoRef<SoVRMLProto> proto(bodyOf(declared));
+    if (!proto) {
+        warnOnce("prototype " + name, text.getText() + at,
+                 "prototype '" + name + "' cannot be found; its instances stay empty");
+        return true;
+    }
+    ProtoInput in(&m_in, *proto);
+    in.m_tokens = SoTokenizer(proto->text.c_str(), proto->text.size(), name);
+    in.m_open = true;
+    Vrml97Reader reader(in, *this, proto->previous.get(), instance);
+    instance->enableNotify(false);
+    const bool ok = readDefaults(reader, *instance)
+                    && (reader.text.setOffset(proto->bodyAt), reader.readProtoBody(*instance));
+    instance->enableNotify(true);
+    if (ok)
+        return true;
+    return text.failAt(at, "prototype '" + name + "' cannot be made, line "
+                               + std::to_string(reader.text.getErrorLine())
+                               + " of its declaration: " + reader.text.getError());
+}
+
+bool SceneReader::readDefaults(Vrml97Reader& reader, SoVRMLProtoInstance& instance)
+{
+    const SoVRMLProto* proto = instance.getProto();
+    const SoVRMLProto* body = bodyOf(instance.getProto());
+    for (const SoVRMLProto::Entry& entry : body->interface) {
+        SoField* field = instance.getField(entry.name);
+        if (!field || !field->isDefault() || entry.valueAt == 0
+            || (body != proto && field->getTypeId() != SoType::fromName(entry.type)))
+            continue;
+        reader.text.setOffset(entry.valueAt);
+        if (!reader.readFieldValue(*field))
+            return reader.text.fail("expected a value");
+        field->setDefault(true);
+    }
+    // Names in default values are none of the body's.
+    reader.m_definitions.clear();
+    return true;
+}
+
+} // namespace kalmyr::detail
