@@ -53,7 +53,8 @@ public:
 
     /// Created on first use.
     static MrbPluginsManager* getInstance();
-    /// Ends all extensions and lets go of the plug-ins. Not from within an extension's code.
+    /// Ends all extensions and lets go of the plug-ins. An extension from whose code this is called
+    /// is only cut off, and left to its call.
     static void releaseInstance();
 
     /// Reads a configuration from a file, or from XML text (the built-in one), ends what ran
@@ -69,7 +70,8 @@ public:
     /// The profile in force; null when the configuration names none that exists.
     const Profile* getActiveProfile() const;
     /// Ends the extensions of the profile in force and starts those of this one. False, with
-    /// nothing done, for an unknown name. Not from within an extension's code.
+    /// nothing done, for an unknown name, or (posted) from within an extension's code; read()
+    /// neither.
     bool setActiveProfile(const QString& name);
 
     /// The running extensions, a controlling one before those that it controls. Not owned.

@@ -2,6 +2,7 @@
 
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/MrbShell.h"
 #include "mirabo/extension/MrbServicesImpl.h"
@@ -14,6 +15,7 @@
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
+#include "mirabo/preferences/SoMiraboPreferences.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -40,6 +42,16 @@ SoCommandManager* hub()
     return MrbServicesImpl::getInstance()->getCommandManager();
 }
 
+void editPreferences(QWidget* parent)
+{
+    // Not on the stack: the host may delete the window, and the dialog with it, meanwhile.
+    const QPointer<SoMiraboPreferences> dialog = new SoMiraboPreferences(parent);
+    for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
+        dialog->addPage(page);
+    dialog->exec();
+    delete dialog;
+}
+
 } // namespace
 
 Session::Session(SoMiraboMainFrame* frame, bool standalone)
@@ -57,6 +69,8 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     frame->setDeathHandler([this] { windowDied(); });
     frame->setDropHandler(
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
+    hub()->setPreferencesHandler([frame] { editPreferences(frame); });
+    frame->action(ActionId::Preferences)->setEnabled(true);
     new Automation(frame, m_tree); // the window owns it
 }
 
@@ -99,6 +113,9 @@ void Session::connectTree()
             &SoCommandManager::outsideStructureChange);
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
             &SoCommandManager::refreshOverview);
+    connect(m_tree, &SoMiraboTreeView::commandReady, hub(), &SoCommandManager::addCommand);
+    connect(m_tree, &SoMiraboTreeView::ignoreEnableChanged, m_frame->action(ActionId::IgnoreEnable),
+            &QAction::setEnabled);
     connect(m_tree, &SoMiraboTreeView::helpRequested, this,
             [](const QUrl& address) { QDesktopServices::openUrl(address); });
     connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
@@ -139,7 +156,9 @@ void Session::connectOverview()
 
 void Session::ignoreSelectedField()
 {
-    if (MrbCommand* command = m_edition->makeIgnoreCommand())
+    if (m_tree->hasFocus())
+        m_tree->ignoreEnable();
+    else if (MrbCommand* command = m_edition->makeIgnoreCommand())
         hub()->addCommand(command);
 }
 

@@ -1,11 +1,17 @@
 #include "ExtensionTool.h"
 
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/preferences/SoMiraboPreferences.h"
 
 #include <QFile>
-#include <QRegularExpression>
+#include <QListWidget>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <functional>
+
+Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 
@@ -133,6 +139,61 @@ TEST_F(Profile, OffersPreferencePages)
     ASSERT_TRUE(manager()->setActiveProfile("Off"));
     EXPECT_FALSE(page) << "its code may go";
     pages[0].load();
+}
+
+TEST_F(Profile, IsNotChangedFromWithinAnExtension)
+{
+    ASSERT_TRUE(manager()->read(configuration(active("Everything")), false));
+    const auto doWithin = [](const std::function<void()>& task) {
+        qApp->setProperty("task", QVariant::fromValue(task));
+        services()->setSelectedNode(nullptr);
+        qApp->setProperty("task", QVariant());
+    };
+    {
+        auto errors = support::expectErrors();
+        doWithin([] {
+            EXPECT_FALSE(manager()->setActiveProfile("Off"));
+            EXPECT_FALSE(manager()->read(configuration({}), false));
+        });
+        EXPECT_EQ(errors.count(), 2u);
+    }
+    const QPointer<MrbExtension> extension = find("Everything");
+    ASSERT_TRUE(extension);
+    // A host may stop the tool from anywhere.
+    doWithin([] { MrbPluginsManager::releaseInstance(); });
+    EXPECT_TRUE(extension) << "its code was still running";
+    takeLog();
+    services()->setSelectedNode(nullptr);
+    EXPECT_EQ(takeLog(), QStringList()) << "cut off";
+}
+
+TEST_F(Profile, PagesLiveInThePreferencesDialog)
+{
+    ASSERT_TRUE(manager()->read(configuration(active("Everything")), false));
+    SoMiraboPreferences dialog;
+    EXPECT_EQ(dialog.getPageCount(), 0);
+    for (const auto& page : manager()->createPreferencePages(&dialog))
+        dialog.addPage(page);
+    ASSERT_EQ(dialog.getPageCount(), 1);
+    auto* list = dialog.findChild<QListWidget*>("m_preferenceList");
+    EXPECT_EQ(list->currentItem()->text(), "Everything");
+    dialog.show();
+    takeLog();
+    const auto click = [&dialog](const char* button) {
+        dialog.findChild<QPushButton*>(button)->click();
+        return takeLog();
+    };
+    EXPECT_EQ(click("m_applyButton"), QStringList("save"));
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(click("m_cancelButton"), QStringList());
+    EXPECT_FALSE(dialog.isVisible());
+    dialog.show();
+    EXPECT_EQ(click("m_okButton"), QStringList("save"));
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    dialog.show();
+    ASSERT_TRUE(manager()->setActiveProfile("Off"));
+    EXPECT_EQ(dialog.getPageCount(), 0) << "its extension has ended";
+    EXPECT_EQ(list->count(), 0);
 }
 
 class Counting final : public MrbCommand {

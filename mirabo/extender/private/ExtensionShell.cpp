@@ -123,6 +123,8 @@ bool ExtensionShell::addEntry(QAction* entry, const QString& place, double posit
         return false;
     }
     keep(shown, &ExtensionShell::takeBack<QAction, &MrbShell::removeEntry>);
+    if (entry->menu())
+        m_guard.watch(entry->menu());
     return true;
 }
 

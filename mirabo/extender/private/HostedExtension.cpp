@@ -192,6 +192,24 @@ void HostedExtension::requestSwitchOff()
         Qt::QueuedConnection);
 }
 
+bool HostedExtension::isBusy() const
+{
+    return m_depth > 0
+           || std::any_of(m_controlled.begin(), m_controlled.end(),
+                          [](const auto& child) { return child->isBusy(); });
+}
+
+void HostedExtension::abandon()
+{
+    for (const auto& child : m_controlled)
+        child->abandon();
+    m_services->mute();
+    m_failed = true;
+    disconnect();
+    while (!m_commands.empty())
+        m_commands.back()->orphan();
+}
+
 std::unique_ptr<MrbCommand> HostedExtension::adopt(MrbCommand* command)
 {
     return std::make_unique<GuardedCommand>(*this, command);

@@ -41,8 +41,8 @@ public:
     bool isFailed() const { return m_failed; }
     /// The extension whose code the tool is calling; null for none.
     static const HostedExtension* current();
-    /// Some of its code is being run.
-    bool isBusy() const { return m_depth > 0; }
+    /// Some of its code, or of one that it controls, is being run.
+    bool isBusy() const;
 
     /// False when it failed or refused.
     bool activate();
@@ -58,6 +58,9 @@ public:
 
     /// Deletes an object of the extension at its end, if it still lives then.
     void keepUntilEnd(QObject* object) { m_kept.emplace_back(object); }
+
+    /// Cuts it off from the tool without ending it; for one that is busy when the tool goes.
+    void abandon();
 
     /// Wraps a command of the extension so that it can fail alone.
     std::unique_ptr<MrbCommand> adopt(MrbCommand* command);

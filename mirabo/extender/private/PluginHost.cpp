@@ -70,6 +70,14 @@ MrbExtension* make(MrbPlugin& plugin, const QString& name, QString& cause)
     return nullptr;
 }
 
+/// For the rest of the process.
+void abandon(std::unique_ptr<HostedExtension> extension)
+{
+    static std::vector<HostedExtension*> s_abandoned;
+    extension->abandon();
+    s_abandoned.push_back(extension.release());
+}
+
 } // namespace
 
 PluginHost::PluginHost() = default;
@@ -81,6 +89,8 @@ PluginHost::~PluginHost()
 
 bool PluginHost::read(const QString& pathOrText, bool isFile)
 {
+    if (refusesToChange())
+        return false;
     std::optional<PluginConfiguration> found = readConfiguration(pathOrText, isFile);
     if (!found)
         return false;
@@ -143,6 +153,8 @@ bool PluginHost::setActiveProfile(const QString& name)
     const auto& profiles = m_configuration.profiles;
     if (std::none_of(profiles.begin(), profiles.end(),
                      [&name](const Profile& profile) { return profile.name == name; }))
+        return false;
+    if (refusesToChange())
         return false;
     endAll();
     m_configuration.activeProfile = name;
@@ -232,9 +244,25 @@ void PluginHost::end(HostedExtension* extension)
 void PluginHost::endAll()
 {
     while (!m_extensions.empty()) {
-        const Owned leaving = std::move(m_extensions.back());
+        Owned leaving = std::move(m_extensions.back());
         m_extensions.pop_back();
+        // The tool is being stopped from within the extension: it has to be there when that call
+        // returns into it.
+        if (leaving->isBusy())
+            abandon(std::move(leaving));
     }
+}
+
+bool PluginHost::refusesToChange() const
+{
+    const std::vector<HostedExtension*> all = running();
+    const auto busy = std::find_if(all.begin(), all.end(),
+                                   [](const HostedExtension* hosted) { return hosted->isBusy(); });
+    if (busy == all.end())
+        return false;
+    SoError::post("Mirabo extension \"%s\" may not change the extensions while it runs",
+                  (*busy)->name().toUtf8().constData());
+    return true;
 }
 
 void PluginHost::collect(const std::vector<Owned>& from, std::vector<HostedExtension*>& to) const

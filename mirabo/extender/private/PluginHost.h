@@ -47,6 +47,7 @@ private:
     void startControlled(HostedExtension& parent, const Wanted& wanted);
     void end(HostedExtension* extension);
     void endAll();
+    bool refusesToChange() const;
     void collect(const std::vector<Owned>& from, std::vector<HostedExtension*>& to) const;
     std::vector<HostedExtension*> running() const;
     void addPage(HostedExtension* hosted, QWidget* parent,

@@ -17,9 +17,18 @@
 #include <QTimer>
 #include <QToolBar>
 
+#include <functional>
 #include <stdexcept>
 
+Q_DECLARE_METATYPE(std::function<void()>)
+
 namespace {
+
+/// What the test has done from within the extension's code.
+std::function<void()> taskOfTest()
+{
+    return qApp->property("task").value<std::function<void()>>();
+}
 
 /// Appends to the log that the test reads, and throws where the test wants it.
 void at(const QString& where)
@@ -112,8 +121,11 @@ public:
         placeWidgets();
         placeEntries();
         shell()->addView(this, Qt::RightDockWidgetArea);
-        connect(services(), &MrbServices::selectedNodeChanged, this,
-                [](SoFieldContainer*) { at("selectedNodeChanged"); });
+        connect(services(), &MrbServices::selectedNodeChanged, this, [](SoFieldContainer*) {
+            at("selectedNodeChanged");
+            if (const auto task = taskOfTest())
+                task();
+        });
         connect(services(), &MrbServices::selectedFieldChanged, this,
                 [](SoField*) { at("selectedFieldChanged"); });
         connect(services(), &MrbServices::sceneGraphChanged, this,
