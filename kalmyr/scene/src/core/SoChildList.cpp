@@ -3,13 +3,80 @@
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoPath.h>
+
+#include "core/NodeFields.h"
 
 #include <algorithm>
 
+namespace {
+
+/// Lets go of children of dying parents, one after the other instead of one inside the other, so
+/// that graphs of any depth die on a small stack.
+class LastRites {
+public:
+    void add(const std::vector<SoNode*>& nodes)
+    {
+        m_waiting.insert(m_waiting.end(), nodes.rbegin(), nodes.rend());
+        if (m_atWork)
+            return;
+        m_atWork = true;
+        while (!m_waiting.empty()) {
+            const SoNode* node = m_waiting.back();
+            m_waiting.pop_back();
+            node->unref();
+        }
+        m_atWork = false;
+        if (m_waiting.capacity() > kKept)
+            std::vector<SoNode*>().swap(m_waiting);
+    }
+
+private:
+    static constexpr std::size_t kKept = 4096;
+    std::vector<SoNode*> m_waiting; ///< each with the reference of its former parent
+    bool m_atWork = false;
+};
+
+/// Whether anything can be below the node; a leaf is nobody's ancestor.
+bool mayHoldAny(const SoNode* node)
+{
+    const SoChildList* children = node->getInternalChildren();
+    return (children && children->getLength() > 0) || kalmyr::detail::mayHoldNodesInFields(node);
+}
+
+} // namespace
+
 SoChildList::~SoChildList()
 {
+    if (m_nodes.empty())
+        return;
     for (SoNode* node : m_nodes)
-        abandon(node);
+        node->removeAuditor(this);
+    thread_local LastRites t_lastRites;
+    t_lastRites.add(m_nodes);
+}
+
+void SoChildList::addPath(SoPath* path)
+{
+    if (!m_paths)
+        m_paths = std::make_unique<SoAuditorList>();
+    m_paths->append(path, SoAuditor::PATH);
+}
+
+void SoChildList::removePath(SoPath* path)
+{
+    if (!m_paths)
+        return;
+    m_paths->remove(path);
+    if (m_paths->getLength() == 0)
+        m_paths.reset();
+}
+
+void SoChildList::tellPaths(PathMethod method, int index)
+{
+    // From the back: a path that ends here leaves the list, and the last entry takes its place.
+    for (int i = m_paths ? m_paths->getLength() - 1 : -1; m_paths && i >= 0; --i)
+        (static_cast<SoPath*>(m_paths->getObject(i))->*method)(*this, index);
 }
 
 int SoChildList::find(const SoNode* child) const
@@ -24,8 +91,25 @@ bool SoChildList::accepts(const SoNode* child) const
         SoDebugError::post("SoChildList", "a null child is refused");
         return false;
     }
+    if (!mayHoldAny(child) && child != m_parent)
+        return true;
     if (!m_parent->isAtOrBelow(child))
         return true;
+    return refuse(child);
+}
+
+bool SoChildList::acceptsAll(const std::vector<SoNode*>& children) const
+{
+    if (children.size() < 2)
+        return children.empty() || accepts(children.front());
+    const auto above = m_parent->getAllAtOrAbove();
+    return std::all_of(children.begin(), children.end(), [&](const SoNode* child) {
+        return child ? !above.count(child) || refuse(child) : accepts(child);
+    });
+}
+
+bool SoChildList::refuse(const SoNode* child) const
+{
     SoDebugError::post("SoChildList", "%s \"%s\" cannot be a child of %s \"%s\": it holds it",
                        child->getTypeId().getName().getString(), child->getName().getString(),
                        m_parent->getTypeId().getName().getString(),
@@ -37,12 +121,6 @@ void SoChildList::adopt(SoNode* child)
 {
     child->ref();
     child->addAuditor(this, SoAuditor::PARENT);
-}
-
-void SoChildList::abandon(SoNode* child)
-{
-    child->removeAuditor(this);
-    child->unref();
 }
 
 void SoChildList::tell(SoNotification::Kind kind, SoNode* child, int index)
@@ -84,6 +162,7 @@ bool SoChildList::insert(SoNode* child, int index)
         return false;
     adopt(child);
     m_nodes.insert(m_nodes.begin() + index, child);
+    tellPaths(&SoPath::childInserted, index);
     tell(SoNotification::CHILD_INSERTED, child, index);
     return true;
 }
@@ -98,6 +177,7 @@ bool SoChildList::remove(int index)
     SoNode* child = m_nodes[static_cast<std::size_t>(index)];
     m_nodes.erase(m_nodes.begin() + index);
     child->removeAuditor(this);
+    tellPaths(&SoPath::childRemoved, index);
     tell(SoNotification::CHILD_REMOVED, child, index);
     child->unref(); // after everybody heard of it
     return true;
@@ -116,6 +196,7 @@ bool SoChildList::set(int index, SoNode* child)
     adopt(child);
     m_nodes[static_cast<std::size_t>(index)] = child;
     old->removeAuditor(this);
+    tellPaths(&SoPath::childReplaced, index);
     tell(SoNotification::CHILD_REPLACED, child, index);
     old->unref();
     return true;
@@ -129,7 +210,7 @@ void SoChildList::truncate()
 
 bool SoChildList::assign(const std::vector<SoNode*>& children)
 {
-    if (!std::all_of(children.begin(), children.end(), [this](SoNode* c) { return accepts(c); }))
+    if (!acceptsAll(children))
         return false;
     for (SoNode* child : children)
         adopt(child);
@@ -137,6 +218,7 @@ bool SoChildList::assign(const std::vector<SoNode*>& children)
     old.swap(m_nodes);
     for (SoNode* node : old)
         node->removeAuditor(this);
+    tellPaths(&SoPath::childrenChanged, -1);
     tell(SoNotification::ALL_REMOVED, nullptr, -1);
     for (SoNode* node : old)
         node->unref();

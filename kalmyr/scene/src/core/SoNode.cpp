@@ -5,7 +5,8 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
-#include <unordered_set>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -79,14 +80,30 @@ bool SoNode::isAtOrBelow(const SoNode* ancestor) const
     return false;
 }
 
+std::unordered_set<const SoFieldContainer*> SoNode::getAllAtOrAbove() const
+{
+    std::unordered_set<const SoFieldContainer*> found{this};
+    std::vector<const SoFieldContainer*> open{this};
+    while (!open.empty()) {
+        const SoAuditorList& auditors = open.back()->getAuditors();
+        open.pop_back();
+        for (int i = 0; i < auditors.getLength(); ++i) {
+            const SoFieldContainer* holder = holderOf(auditors[i]);
+            if (holder && found.insert(holder).second)
+                open.push_back(holder);
+        }
+    }
+    return found;
+}
+
 SoFieldContainer* SoNode::createTwin() const
 {
     return create(getTypeId());
 }
 
-SoNode* SoNode::copy() const
+SoNode* SoNode::copy(bool copyConnections) const
 {
-    SoNodeCopier copier;
+    SoNodeCopier copier(copyConnections);
     return copier.copyOf(this);
 }
 
@@ -143,26 +160,4 @@ SoNode* SoNode::create(SoType type)
 SoNode* SoNode::getByName(const SbName& name)
 {
     return static_cast<SoNode*>(getNamedBase(name, getClassTypeId()));
-}
-
-SoNode* SoNodeCopier::copyOf(const SoNode* original)
-{
-    if (!original)
-        return nullptr;
-    if (const auto at = m_copies.find(original); at != m_copies.end())
-        return at->second;
-    auto* copy = static_cast<SoNode*>(original->createTwin());
-    m_copies.emplace(original, copy);
-    if (!copy)
-        return nullptr;
-    copy->ref(); // what the copying connects must not take the only reference with it
-    copy->copyContents(original, *this);
-    copy->unrefNoDelete();
-    return copy;
-}
-
-SoNode* SoNodeCopier::resolve(SoNode* original) const
-{
-    const auto at = m_copies.find(original);
-    return at == m_copies.end() ? original : at->second;
 }

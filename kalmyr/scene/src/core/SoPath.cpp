@@ -3,6 +3,8 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 
+#include "core/NodeFields.h"
+
 #include <algorithm>
 
 namespace {
@@ -52,6 +54,80 @@ void SoPath::append(SoNode* node, int index)
     node->ref();
     m_nodes.push_back(node);
     m_indices.push_back(m_nodes.size() == 1 ? -1 : index);
+    listen(true, getLength() - 1);
+}
+
+void SoPath::listen(bool on, int level)
+{
+    if (level == 0)
+        return;
+    SoNode* above = getNode(level - 1);
+    if (getIndex(level) < 0) {
+        on ? above->addAuditor(this, PATH) : above->removeAuditor(this);
+    } else if (SoChildList* list = above->getInternalChildren()) {
+        on ? list->addPath(this) : list->removePath(this);
+    }
+}
+
+int SoPath::levelIn(const SoChildList& list) const
+{
+    for (int i = 1; i < getLength(); ++i)
+        if (getIndex(i) >= 0 && getNode(i - 1)->getInternalChildren() == &list)
+            return i;
+    return 0;
+}
+
+void SoPath::childInserted(const SoChildList& list, int index)
+{
+    const int level = levelIn(list);
+    if (level > 0 && getIndex(level) >= index)
+        ++m_indices[static_cast<std::size_t>(level)];
+}
+
+void SoPath::childRemoved(const SoChildList& list, int index)
+{
+    const int level = levelIn(list);
+    if (level == 0)
+        return;
+    if (getIndex(level) == index)
+        truncate(level);
+    else if (getIndex(level) > index)
+        --m_indices[static_cast<std::size_t>(level)];
+}
+
+void SoPath::childReplaced(const SoChildList& list, int index)
+{
+    const int level = levelIn(list);
+    if (level > 0 && getIndex(level) == index && list[index] != getNode(level))
+        truncate(level);
+}
+
+void SoPath::childrenChanged(const SoChildList& list, int)
+{
+    const int level = levelIn(list);
+    if (level == 0)
+        return;
+    const int index = getIndex(level);
+    if (index < list.getLength() && list[index] == getNode(level))
+        return;
+    const int place = list.find(getNode(level));
+    if (place < 0)
+        truncate(level);
+    else
+        m_indices[static_cast<std::size_t>(level)] = place;
+}
+
+void SoPath::auditedChanged(SoNotification& notification)
+{
+    if (!notification.field)
+        return;
+    for (int i = 1; i < getLength(); ++i) {
+        if (getIndex(i) < 0 && getNode(i - 1) == notification.container
+            && !kalmyr::detail::findInNodeFields(getNode(i - 1), getNode(i))) {
+            truncate(i);
+            return;
+        }
+    }
 }
 
 void SoPath::append(int childIndex)
@@ -65,6 +141,7 @@ void SoPath::append(int childIndex)
 void SoPath::truncate(int length)
 {
     while (getLength() > std::max(length, 0)) {
+        listen(false, getLength() - 1);
         SoNode* node = m_nodes.back();
         m_nodes.pop_back();
         m_indices.pop_back();

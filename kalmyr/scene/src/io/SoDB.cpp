@@ -12,11 +12,14 @@
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/core/SoRecursiveRWLock.h>
 #include <kalmyr/details/SoDetailsInit.h>
+#include <kalmyr/engines/SoEnginesInit.h>
+#include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/events/SoEventsInit.h>
 #include <kalmyr/fields/SoFieldsInit.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/lights/SoLightsInit.h>
+#include <kalmyr/nodekits/SoNodekitsInit.h>
 #include <kalmyr/nodes/SoNodesInit.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/sensors/SoSensorsInit.h>
@@ -60,9 +63,19 @@ void initIo()
 
 /// Lower areas first. What draws stands above this library part and comes by addInit().
 constexpr void (*kInits[])() = {
-    kalmyr::initCore,    kalmyr::initFields,  kalmyr::initSensors, kalmyr::initActions,
-    kalmyr::initEvents,  kalmyr::initDetails, kalmyr::initNodes,   kalmyr::initLights,
-    kalmyr::initCameras, kalmyr::initShapes,  kalmyr::initVrml,    initIo,
+    kalmyr::initCore,
+    kalmyr::initFields,
+    kalmyr::initSensors,  kalmyr::initEngines,
+    kalmyr::initActions,
+    kalmyr::initEvents,
+    kalmyr::initDetails,
+    kalmyr::initNodes,
+    kalmyr::initLights,
+    kalmyr::initCameras,
+    kalmyr::initShapes,
+    kalmyr::initNodekits,
+    kalmyr::initVrml,
+    initIo,
 };
 
 /// All nodes of the file; false after a posted error, with none of them left.
@@ -103,8 +116,10 @@ void SoDB::finish()
         SoDebugError::post("SoDB::finish", "finished more often than started");
         return;
     }
-    if (--s_starts == 0)
+    if (--s_starts == 0) {
         kalmyr::finishVrml();
+        kalmyr::finishNodekits();
+    }
 }
 
 bool SoDB::isInitialized()
@@ -214,6 +229,26 @@ SoDB::ReadHook SoDB::getReadHook(SoType type)
 {
     const auto index = static_cast<std::size_t>(type.getIndex());
     return index < readHooks().size() ? readHooks()[index] : nullptr;
+}
+
+SoField* SoDB::getGlobalField(const SbName& name)
+{
+    return SoGlobalField::find(name);
+}
+
+SoField* SoDB::createGlobalField(const SbName& name, SoType type)
+{
+    return SoGlobalField::create(name, type);
+}
+
+void SoDB::setRealTimeInterval(const SbTime& interval)
+{
+    SoGlobalField::setRealTimeInterval(interval);
+}
+
+SbTime SoDB::getRealTimeInterval()
+{
+    return SoGlobalField::getRealTimeInterval();
 }
 
 void SoDB::readlock()

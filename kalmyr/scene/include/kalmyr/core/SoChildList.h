@@ -4,10 +4,12 @@
 #include <kalmyr/core/SoAuditor.h>
 #include <kalmyr/core/SoNotification.h>
 
+#include <memory>
 #include <vector>
 
 class SoField;
 class SoNode;
+class SoPath;
 
 /// The children of a node. Holds a reference on each child, listens to it, and tells the parent
 /// of every edit with its kind, child and index.
@@ -52,12 +54,22 @@ public:
     void auditedChanged(SoNotification& notification) override;
 
 private:
+    friend class SoPath;
+    using PathMethod = void (SoPath::*)(const SoChildList& list, int index);
+    /// Paths that lead through the list; told of its edits before anybody else.
+    void addPath(SoPath* path);
+    void removePath(SoPath* path);
+    void tellPaths(PathMethod method, int index);
+
     bool accepts(const SoNode* child) const;
+    bool acceptsAll(const std::vector<SoNode*>& children) const;
+    /// Posts that the child holds the parent; false.
+    bool refuse(const SoNode* child) const;
     void adopt(SoNode* child);
-    void abandon(SoNode* child);
     void tell(SoNotification::Kind kind, SoNode* child, int index);
 
     SoNode* m_parent;           // Not owned; it owns us.
     SoField* m_field = nullptr; // Not owned; the parent's.
     std::vector<SoNode*> m_nodes;
+    std::unique_ptr<SoAuditorList> m_paths; ///< null mostly
 };

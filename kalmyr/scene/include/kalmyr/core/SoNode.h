@@ -4,6 +4,8 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
+#include <unordered_set>
+
 class SoAction;
 class SoChildList;
 class SoNodeCopier;
@@ -45,10 +47,13 @@ public:
     /// Whether `ancestor` is this node or holds it, directly or further up, as a child or by a
     /// field. Cost: the number of distinct ancestors of this node.
     bool isAtOrBelow(const SoNode* ancestor) const;
+    /// This node and everything that isAtOrBelow() finds above it, for asking often.
+    std::unordered_set<const SoFieldContainer*> getAllAtOrAbove() const;
 
     /// A copy of the node with copies of everything below it; what is shared below stays shared in
-    /// the copy. Reference count 0.
-    SoNode* copy() const;
+    /// the copy. Reference count 0. Connections among what is copied are made among the copies, and
+    /// so are engines between them; connections from outside only if `copyConnections`.
+    SoNode* copy(bool copyConnections = false) const;
 
     /// Fills a new copy from `from`: fields, children, name, override. Nodes that keep state
     /// outside their fields override it.

@@ -5,11 +5,15 @@
 
 #include <vector>
 
+class SoChildList;
 class SoNode;
 
 /// A way down through the graph: the head node, then child indices. Holds a reference on every
 /// node it names.
-class KALMYR_API SoPath final : public SoBase {
+///
+/// It follows edits of the graph: indices change with the places of the nodes, and where a node is
+/// taken away from the one above it the path ends. SoLightPath costs less and follows when asked.
+class KALMYR_API SoPath final : public SoBase, private SoAuditor {
 public:
     static SoType getClassTypeId();
     static void initClass();
@@ -46,7 +50,17 @@ public:
     }
 
 private:
+    friend class SoChildList;
     ~SoPath() override;
+
+    void listen(bool on, int level);
+    /// Level of the node whose place in the list the path names; 0 when there is none.
+    int levelIn(const SoChildList& list) const;
+    void childInserted(const SoChildList& list, int index);
+    void childRemoved(const SoChildList& list, int index);
+    void childReplaced(const SoChildList& list, int index);
+    void childrenChanged(const SoChildList& list, int);
+    void auditedChanged(SoNotification& notification) override;
 
     std::vector<SoNode*> m_nodes;
     std::vector<int> m_indices;

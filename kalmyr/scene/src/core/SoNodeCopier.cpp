@@ -1,0 +1,129 @@
+#include <kalmyr/core/SoNodeCopier.h>
+
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/core/SoNode.h>
+
+#include "core/StackSwitch.h"
+
+SoNodeCopier::~SoNodeCopier() = default;
+
+SoNode* SoNodeCopier::copyOf(const SoNode* original)
+{
+    if (!original)
+        return nullptr;
+    if (SoFieldContainer* known = find(original))
+        return static_cast<SoNode*>(known);
+    if (m_depth++ == 0)
+        m_stackLimit = kalmyr::detail::stackLimit();
+    SoNode* copy = nullptr;
+    if (kalmyr::detail::isStackLow(m_stackLimit)) {
+        const char* before = m_stackLimit;
+        kalmyr::detail::callOnNewStack([&](const char* limit) {
+            m_stackLimit = limit;
+            copy = makeCopy(original);
+        });
+        m_stackLimit = before;
+    } else {
+        copy = makeCopy(original);
+    }
+    if (m_depth == 1 && copy) {
+        copy->ref();
+        connect();
+        copy->unrefNoDelete();
+    }
+    --m_depth;
+    return copy;
+}
+
+SoNode* SoNodeCopier::makeCopy(const SoNode* original)
+{
+    auto* copy = static_cast<SoNode*>(original->createTwin());
+    if (!copy)
+        return nullptr;
+    m_copies.emplace(original, copy);
+    m_unconnected.push_back(original);
+    copy->ref(); // what the copying connects must not take the only reference with it
+    copy->copyContents(original, *this);
+    copy->unrefNoDelete();
+    return copy;
+}
+
+SoFieldContainer* SoNodeCopier::find(const SoFieldContainer* original) const
+{
+    const auto at = m_copies.find(original);
+    return at == m_copies.end() ? nullptr : at->second;
+}
+
+SoNode* SoNodeCopier::resolve(SoNode* original) const
+{
+    SoFieldContainer* copy = find(original);
+    return copy ? static_cast<SoNode*>(copy) : original;
+}
+
+void SoNodeCopier::connect()
+{
+    // Copies of engines join the list while it is worked through.
+    for (std::size_t i = 0; i < m_unconnected.size(); ++i) {
+        const SoFieldContainer* original = m_unconnected[i];
+        connectFields(original, find(original));
+    }
+    m_unconnected.clear();
+    m_fed.clear();
+    m_engines.clear();
+}
+
+void SoNodeCopier::connectFields(const SoFieldContainer* original, SoFieldContainer* copy)
+{
+    const SoFieldData* data = original->getFieldData();
+    const SoFieldData* copyData = copy->getFieldData();
+    for (int i = 0; data && copyData && i < data->getNumFields(); ++i) {
+        const SoField* field = data->getField(original, i);
+        if (!field->isConnected() || i >= copyData->getNumFields())
+            continue;
+        SoField* master = masterFor(field->getConnectedField());
+        if (!master)
+            continue;
+        SoField* follower = copyData->getField(copy, i);
+        follower->connectFrom(master);
+        follower->enableConnection(field->isConnectionEnabled());
+    }
+}
+
+SoField* SoNodeCopier::masterFor(SoField* master)
+{
+    SoFieldContainer* container = master->getContainer();
+    SoFieldContainer* copy = container ? find(container) : nullptr;
+    if (!copy && container && !container->isOfType(SoNode::getClassTypeId())
+        && isFedFromInside(container)) {
+        copy = container->createTwin();
+        if (copy) {
+            m_engines.emplace_back(copy);
+            copy->copyFieldValues(container);
+            m_copies.emplace(container, copy);
+            m_unconnected.push_back(container);
+        }
+    }
+    if (copy)
+        return copy->getField(container->getFieldName(master));
+    return m_fromOutside ? master : nullptr;
+}
+
+bool SoNodeCopier::isFedFromInside(const SoFieldContainer* engine)
+{
+    // Not yet known counts as no, which ends circles.
+    const auto [at, isNew] = m_fed.emplace(engine, false);
+    if (!isNew)
+        return at->second;
+    for (const SoField* field : engine->getFields()) {
+        const SoField* master = field->isConnected() ? field->getConnectedField() : nullptr;
+        const SoFieldContainer* container = master ? master->getContainer() : nullptr;
+        if (!container)
+            continue;
+        const bool fed = container->isOfType(SoNode::getClassTypeId()) ? find(container) != nullptr
+                                                                       : isFedFromInside(container);
+        if (fed)
+            return m_fed[engine] = true;
+    }
+    return false;
+}

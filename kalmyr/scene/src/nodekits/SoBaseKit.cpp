@@ -1,0 +1,447 @@
+#include <kalmyr/nodekits/SoBaseKit.h>
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNodeCopier.h>
+#include <kalmyr/nodekits/SoNodeKitListPart.h>
+#include <kalmyr/nodes/SoCallback.h>
+#include <kalmyr/nodes/SoEventCallback.h>
+#include <kalmyr/nodes/SoSeparator.h>
+
+#include "PartName.h"
+
+#include <algorithm>
+
+SO_NODE_SOURCE(SoBaseKit)
+SoNodekitCatalog* SoBaseKit::s_catalog = nullptr;
+bool SoBaseKit::s_searchingChildren = false;
+
+namespace {
+
+void searchKit(SoAction* action, SoNode* node)
+{
+    auto* search = static_cast<SoSearchAction*>(action);
+    search->check(node);
+    if (!search->hasTerminated() && (search->isSearchingAll() || SoBaseKit::isSearchingChildren()))
+        search->traverseChildren(*node->getInternalChildren());
+}
+
+int placeFrom(const SoChildList& list, int start, const SoNode* node)
+{
+    const auto& nodes = list.getNodes();
+    const auto at = std::find(nodes.begin() + start, nodes.end(), node);
+    return at == nodes.end() ? -1 : static_cast<int>(at - nodes.begin());
+}
+
+} // namespace
+
+SoBaseKit::SoBaseKit() : m_children(this)
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_KIT_PART(callbackList);
+    SO_KIT_MAKE_PARTS();
+}
+
+SoBaseKit::~SoBaseKit() = default;
+
+void SoBaseKit::initClass()
+{
+    SO_NODE_INIT_CLASS(SoBaseKit, SoNode, "BaseKit");
+    delete s_catalog;
+    s_catalog = new SoNodekitCatalog(s_classTypeId);
+    s_catalog->addListPart("callbackList", SoNodeKitListPart::getClassTypeId(),
+                           SoSeparator::getClassTypeId(),
+                           {SoCallback::getClassTypeId(), SoEventCallback::getClassTypeId()},
+                           {SoNodekitCatalog::thisName(), ""});
+    SoSearchAction::addMethod(getClassTypeId(), searchKit);
+}
+
+const SoNodekitCatalog* SoBaseKit::getNodekitCatalog() const
+{
+    return s_catalog;
+}
+
+SoSFNode* SoBaseKit::fieldOf(int part) const
+{
+    return static_cast<SoSFNode*>(getField(getNodekitCatalog()->getName(part)));
+}
+
+SoNode* SoBaseKit::getAnyPart(int part) const
+{
+    const auto i = static_cast<std::size_t>(part);
+    return part > 0 && i < m_placed.size() ? m_placed[i] : nullptr;
+}
+
+// Arranging: the kit's graph follows its part fields.
+
+void SoBaseKit::makeDefaultParts(const SoNodekitCatalog& catalog)
+{
+    m_placed.resize(static_cast<std::size_t>(catalog.getNumEntries()));
+    for (int part = 1; part < catalog.getNumEntries(); ++part) {
+        const SoNode* present = getAnyPart(part);
+        const bool wanted = !catalog.isNullByDefault(part);
+        // What the parent class made may not be what this class wants.
+        if (present && catalog.isLeaf(part)
+            && (!wanted || present->getTypeId() != catalog.getDefaultType(part))) {
+            arrange(part, nullptr);
+            fieldOf(part)->initValue(nullptr);
+        }
+        if (wanted && makePart(part))
+            fieldOf(part)->setDefault(true);
+    }
+}
+
+SoNode* SoBaseKit::makePart(int part)
+{
+    if (SoNode* present = getAnyPart(part))
+        return present;
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const SoRef<SoNode> made(SoNode::create(catalog->getDefaultType(part)));
+    if (!made)
+        return nullptr;
+    if (catalog->isLeaf(part))
+        return setPartNode(part, made.get()) ? made.get() : nullptr;
+    // A group of the kit's own is no news to those who watch the field.
+    if (!arrange(part, made.get()))
+        return nullptr;
+    fieldOf(part)->initValue(made.get());
+    return made.get();
+}
+
+SoChildList* SoBaseKit::listAbove(int part)
+{
+    const int parent = getNodekitCatalog()->getParentPartNumber(part);
+    if (parent == 0)
+        return &m_children;
+    SoNode* group = makePart(parent);
+    return group ? group->getChildren() : nullptr;
+}
+
+int SoBaseKit::indexAt(int part, const SoChildList& list) const
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    int index = 0;
+    for (const int sibling : catalog->getPartsBelow(catalog->getParentPartNumber(part))) {
+        if (sibling == part)
+            break;
+        const SoNode* node = getAnyPart(sibling);
+        const int at = node ? placeFrom(list, index, node) : -1;
+        if (at >= 0)
+            index = at + 1;
+    }
+    return index;
+}
+
+bool SoBaseKit::arrange(int part, SoNode* node)
+{
+    SoNode* old = getAnyPart(part);
+    SoChildList* list = node || old ? listAbove(part) : nullptr;
+    if (!list)
+        return !node;
+    const int index = indexAt(part, *list);
+    const int oldIndex = old ? placeFrom(*list, index, old) : -1;
+    // First, for those who hear of the edit ask for part names.
+    m_placed[static_cast<std::size_t>(part)] = node;
+    bool done = true;
+    if (node)
+        done = oldIndex >= 0 ? list->set(oldIndex, node) : list->insert(node, index);
+    else if (oldIndex >= 0)
+        list->remove(oldIndex);
+    if (!done)
+        m_placed[static_cast<std::size_t>(part)] = old;
+    return done;
+}
+
+bool SoBaseKit::mayStandAt(int part, const SoNode* node) const
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    if (!catalog->isLeaf(part))
+        return false;
+    if (!node)
+        return true;
+    if (!node->isOfType(catalog->getType(part)) || isAtOrBelow(node) || !acceptsPart(part, node))
+        return false;
+    if (!catalog->isList(part))
+        return true;
+    const auto* list = static_cast<const SoNodeKitListPart*>(node);
+    const SoNode* group = list->containerNode.getValue();
+    if (group && !group->isOfType(catalog->getListContainerType(part)))
+        return false;
+    const std::vector<SoType>& types = catalog->getListItemTypes(part);
+    for (int i = 0; i < list->getNumChildren(); ++i) {
+        const SoType type = list->getChild(i)->getTypeId();
+        if (std::none_of(types.begin(), types.end(),
+                         [=](SoType t) { return type.isDerivedFrom(t); }))
+            return false;
+    }
+    return true;
+}
+
+void SoBaseKit::equipList(int part, SoNodeKitListPart* list) const
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    std::vector<SbName> names;
+    for (const SoType type : catalog->getListItemTypes(part))
+        names.push_back(type.getName());
+    list->containerTypeName.setValue(catalog->getListContainerType(part).getName());
+    list->childTypeNames.setValues(0, static_cast<int>(names.size()), names.data());
+    list->childTypeNames.setNum(static_cast<int>(names.size()));
+    // They come with the kit.
+    list->containerTypeName.setDefault(true);
+    list->childTypeNames.setDefault(true);
+    list->lockTypes();
+}
+
+bool SoBaseKit::setPartNode(int part, SoNode* node)
+{
+    const SoRef<SoNode> old(getAnyPart(part));
+    if (old.get() == node)
+        return true;
+    if (!mayStandAt(part, node))
+        return false;
+    if (node && getNodekitCatalog()->isList(part))
+        equipList(part, static_cast<SoNodeKitListPart*>(node));
+    if (!arrange(part, node))
+        return false;
+    fieldOf(part)->setValue(node);
+    return true;
+}
+
+void SoBaseKit::followField(const SoField* field)
+{
+    const int part = getNodekitCatalog()->getPartNumber(getFieldName(field));
+    if (part <= 0 || static_cast<std::size_t>(part) >= m_placed.size())
+        return;
+    SoSFNode* own = fieldOf(part);
+    const SoRef<SoNode> node(own->getValue());
+    SoNode* present = getAnyPart(part);
+    if (node.get() == present)
+        return;
+    if (mayStandAt(part, node.get())) {
+        if (node && getNodekitCatalog()->isList(part))
+            equipList(part, static_cast<SoNodeKitListPart*>(node.get()));
+        if (arrange(part, node.get()))
+            return;
+    }
+    own->initValue(present);
+    SoDebugError::post("SoBaseKit", "%s cannot be the part \"%s\" of a %s",
+                       node ? node->getTypeId().getName().getString() : "NULL",
+                       getFieldName(field).getString(), getTypeId().getName().getString());
+}
+
+void SoBaseKit::notify(SoNotification& notification)
+{
+    if (notification.container == this && notification.field)
+        followField(notification.field);
+    SoNode::notify(notification);
+}
+
+// Access by name.
+
+SoNode* SoBaseKit::partAt(const kalmyr::detail::PartName& name, bool makeIfNeeded)
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const int part = catalog->getPartNumber(SbName::find(name.part));
+    if (part <= 0 || !catalog->isPublic(part))
+        return nullptr;
+    SoNode* node = makeIfNeeded ? makePart(part) : getAnyPart(part);
+    if (name.index < 0 || !node)
+        return node;
+    if (!catalog->isList(part))
+        return nullptr;
+    auto* list = static_cast<SoNodeKitListPart*>(node);
+    if (makeIfNeeded && name.index == list->getNumChildren()) {
+        const SoRef<SoNode> made(list->makeChild());
+        if (made)
+            list->addChild(made.get());
+    }
+    return list->getChild(name.index);
+}
+
+SoBaseKit* SoBaseKit::kitAt(const kalmyr::detail::PartName& name, bool makeIfNeeded)
+{
+    SoNode* node = partAt(name, makeIfNeeded);
+    return node && node->isOfType(SoBaseKit::getClassTypeId()) ? static_cast<SoBaseKit*>(node)
+                                                               : nullptr;
+}
+
+SoNode* SoBaseKit::getPart(const SbString& name, bool makeIfNeeded)
+{
+    kalmyr::detail::PartName first;
+    if (!first.parse(name.view()))
+        return nullptr;
+    if (first.rest.empty())
+        return partAt(first, makeIfNeeded);
+    SoBaseKit* kit = kitAt(first, makeIfNeeded);
+    return kit ? kit->getPart(SbString(first.rest), makeIfNeeded) : nullptr;
+}
+
+bool SoBaseKit::setPart(const SbString& name, SoNode* node)
+{
+    kalmyr::detail::PartName first;
+    if (!first.parse(name.view()))
+        return false;
+    const SoRef<SoBaseKit> self(getRefCount() > 0 ? this : nullptr); // listeners may let go of it
+    if (!first.rest.empty()) {
+        SoBaseKit* kit = kitAt(first, node != nullptr);
+        return kit && kit->setPart(SbString(first.rest), node);
+    }
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const int part = catalog->getPartNumber(SbName::find(first.part));
+    if (part <= 0 || !catalog->isPublic(part))
+        return false;
+    return first.index < 0 ? setPartNode(part, node) : setListEntry(part, first.index, node);
+}
+
+bool SoBaseKit::setListEntry(int part, int index, SoNode* node)
+{
+    if (!getNodekitCatalog()->isList(part))
+        return false;
+    auto* list = static_cast<SoNodeKitListPart*>(node ? makePart(part) : getAnyPart(part));
+    const int num = list ? list->getNumChildren() : -1;
+    if (index > num || (!node && index == num) || (node && list->isAtOrBelow(node)))
+        return false;
+    if (!node)
+        return list->removeChild(index);
+    return index == num ? list->addChild(node) : list->replaceChild(index, node);
+}
+
+bool SoBaseKit::setPartAsDefault(const SbString& name, SoNode* node)
+{
+    if (!setPart(name, node))
+        return false;
+    if (SoField* field = getField(SbName::find(name.view())))
+        field->setDefault(true);
+    return true;
+}
+
+bool SoBaseKit::set(const SbString& part, const char* fields)
+{
+    SoNode* node = getPart(part, true);
+    if (!node)
+        return false;
+    return node->isOfType(SoBaseKit::getClassTypeId()) ? static_cast<SoBaseKit*>(node)->set(fields)
+                                                       : node->set(fields);
+}
+
+bool SoBaseKit::set(const char* text)
+{
+    std::string_view rest(text);
+    if (rest.find('{') == std::string_view::npos)
+        return SoNode::set(text);
+    std::string_view part, fields;
+    while (kalmyr::detail::takePartText(rest, part, fields))
+        if (!set(SbString(part), std::string(fields).c_str()))
+            return false;
+    return rest.empty();
+}
+
+SoPath* SoBaseKit::createPathToPart(const SbString& name, bool makeIfNeeded)
+{
+    SoRef<SoPath> path(new SoPath(this));
+    return extendPath(*path, name.view(), makeIfNeeded) ? path.release() : nullptr;
+}
+
+bool SoBaseKit::extendPath(SoPath& path, std::string_view name, bool makeIfNeeded)
+{
+    kalmyr::detail::PartName first;
+    if (!first.parse(name))
+        return false;
+    const int part = getNodekitCatalog()->getPartNumber(SbName::find(first.part));
+    SoNode* node = partAt(first, makeIfNeeded);
+    if ((!node && first.index >= 0) || !appendPart(path, part))
+        return false;
+    if (first.index >= 0) {
+        path.append(0); // the group of the list
+        path.append(first.index);
+    }
+    if (first.rest.empty())
+        return true;
+    SoNode* tail = path.getTail();
+    return tail->isOfType(SoBaseKit::getClassTypeId())
+           && static_cast<SoBaseKit*>(tail)->extendPath(path, first.rest, makeIfNeeded);
+}
+
+bool SoBaseKit::appendPart(SoPath& path, int part) const
+{
+    SoNode* node = getAnyPart(part);
+    if (!node)
+        return false;
+    const int parent = getNodekitCatalog()->getParentPartNumber(part);
+    if (parent > 0 && !appendPart(path, parent))
+        return false;
+    const SoChildList* list = path.getTail()->getInternalChildren();
+    const int index = list ? list->find(node) : -1;
+    if (index >= 0)
+        path.append(index);
+    return index >= 0;
+}
+
+// Traversal, copies and files.
+
+bool SoBaseKit::affectsState() const
+{
+    const auto& nodes = m_children.getNodes();
+    return std::any_of(nodes.begin(), nodes.end(), [](SoNode* n) { return n->affectsState(); });
+}
+
+void SoBaseKit::doAction(SoAction* action)
+{
+    action->traverseChildren(m_children);
+}
+
+void SoBaseKit::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoNode::copyContents(from, copier);
+    // The fields only bring what is not as the kit made it.
+    const auto* source = static_cast<const SoBaseKit*>(from);
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    for (int part = 1; part < catalog->getNumEntries(); ++part) {
+        SoNode* original = source->getAnyPart(part);
+        if (catalog->isLeaf(part)) {
+            const bool wasDefault = fieldOf(part)->isDefault();
+            setPartNode(part, copier.copyOf(original));
+            fieldOf(part)->setDefault(wasDefault);
+        } else if (original && makePart(part)) {
+            getAnyPart(part)->copyFieldValues(original);
+        }
+    }
+}
+
+void SoBaseKit::setToDefaults()
+{
+    const SoRef<SoNode> pristine(SoNode::create(getTypeId()));
+    if (!pristine)
+        return;
+    const auto* model = static_cast<const SoBaseKit*>(pristine.get());
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const SoFieldData* data = getFieldData();
+    for (int i = 0; i < data->getNumFields(); ++i) {
+        SoField* field = data->getField(this, i);
+        const int part = catalog->getPartNumber(data->getFieldName(i));
+        if (part <= 0) {
+            field->resetTo(*data->getField(model, i));
+        } else if (catalog->isLeaf(part)) {
+            setPartNode(part, model->getAnyPart(part));
+            field->setDefault(true);
+        }
+    }
+}
+
+bool SoBaseKit::isFieldWritten(const SoField& field) const
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const int part = catalog->getPartNumber(getFieldName(&field));
+    if (part <= 0)
+        return SoNode::isFieldWritten(field);
+    if (!catalog->isLeaf(part) || !catalog->isPublic(part))
+        return false;
+    if (!getAnyPart(part))
+        return !catalog->isNullByDefault(part);
+    if (field.isIgnored() || field.isConnected())
+        return true;
+    const bool mayBeUntouched = field.isDefault() || catalog->isList(part);
+    return !mayBeUntouched || !kalmyr::detail::isUntouchedPart(getAnyPart(part));
+}
