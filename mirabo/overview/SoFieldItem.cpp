@@ -104,7 +104,14 @@ void SoFieldItem::letGo()
 
 void SoFieldItem::fieldDied(void* data, SoSensor*)
 {
-    static_cast<SoFieldItem*>(data)->fieldGone(false);
+    // The field of a living node: one that the node was given by a file.
+    auto* item = static_cast<SoFieldItem*>(data);
+    const SoField* field = item->m_field;
+    if (item->m_list)
+        item->m_list->forgetRow(item);
+    item->fieldGone(false);
+    if (item->m_list)
+        Q_EMIT item->m_list->fieldDied(field);
 }
 
 void SoFieldItem::fieldGone(bool stillWhole)

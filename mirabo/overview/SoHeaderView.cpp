@@ -6,6 +6,7 @@ SoHeaderView::SoHeaderView(QWidget* parent) : QHeaderView(Qt::Horizontal, parent
 {
     setSectionsClickable(true);
     setHighlightSections(false);
+    setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter); // as the cells below
 }
 
 void SoHeaderView::mouseReleaseEvent(QMouseEvent* event)

@@ -48,6 +48,16 @@ void SoMiraboEdition::connectTabs()
     });
 }
 
+SoTabNodeOverview* SoMiraboEdition::getTabs() const
+{
+    return m_tabs;
+}
+
+SoFieldWatch* SoMiraboEdition::getWatch() const
+{
+    return m_watch;
+}
+
 void SoMiraboEdition::setPlaceProvider(const PlaceProvider& provider)
 {
     m_tabs->setPlaceProvider(provider);

@@ -41,8 +41,9 @@ public:
     /// Takes over what the rows do not follow by themselves: names.
     void refresh();
 
-    SoTabNodeOverview* getTabs() const { return m_tabs; }
-    SoFieldWatch* getWatch() const { return m_watch; }
+    /// Null once their docks have died.
+    SoTabNodeOverview* getTabs() const;
+    SoFieldWatch* getWatch() const;
 
     /// Gives the icon of a node type for the tabs.
     void setIconProvider(std::function<QIcon(SoType)> provider) { m_icons = std::move(provider); }

@@ -11,12 +11,12 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QTabBar>
+#include <QToolButton>
 
 SoTabNodeOverview::SoTabNodeOverview(QWidget* parent) : QTabWidget(parent)
 {
     setObjectName("SoTabNodeOverview");
     setDocumentMode(true);
-    setTabsClosable(true);
     setMovable(true);
     setUsesScrollButtons(true);
     setElideMode(Qt::ElideRight);
@@ -36,9 +36,25 @@ SoNodeOverview* SoTabNodeOverview::addOverview()
     if (previous) // as wide as the user has made them
         added->getList()->header()->restoreState(previous->getList()->header()->saveState());
     setCurrentIndex(addTab(added, QString()));
+    addCloseButton(added);
     connectOverview(added);
     tabNodeOverviewChanged(currentIndex());
     return added;
+}
+
+void SoTabNodeOverview::addCloseButton(SoNodeOverview* added)
+{
+    // The styles' own buttons are pictures, some of them dark on dark desktops.
+    auto* button = new QToolButton(tabBar());
+    button->setText(QString(QChar(0xd7)));
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setAccessibleName(tr("Close tab"));
+    button->setToolTip(tr("Close this tab"));
+    const int side = fontMetrics().height();
+    button->setFixedSize(side, side);
+    connect(button, &QToolButton::clicked, this, [this, added] { tabClose(indexOf(added)); });
+    tabBar()->setTabButton(indexOf(added), QTabBar::RightSide, button);
 }
 
 void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
@@ -54,6 +70,8 @@ void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
             &SoTabNodeOverview::setShowCatalogParts);
     connect(added, &SoNodeOverview::overrideRequested, this, &SoTabNodeOverview::overrideRequested);
     connect(added, &SoNodeOverview::watchRequested, this, &SoTabNodeOverview::watchRequested);
+    connect(added, &SoNodeOverview::closeRequested, this,
+            [this, added] { tabClose(indexOf(added)); });
     connect(added, &SoNodeOverview::nodeRenamed, this, &SoTabNodeOverview::renamed);
     connect(added, &SoNodeOverview::nodeDied, this, [this, added] { showDeath(added); });
 }
@@ -153,9 +171,9 @@ void SoTabNodeOverview::tabClose(int index)
 void SoTabNodeOverview::tabNodeOverviewChanged(int)
 {
     // A lone tab cannot be closed, so it shows no button for it.
-    const bool closable = count() > 1;
-    if (tabsClosable() != closable)
-        setTabsClosable(closable);
+    for (int i = 0; i < count(); ++i)
+        if (QWidget* button = tabBar()->tabButton(i, QTabBar::RightSide))
+            button->setVisible(count() > 1);
     Q_EMIT currentRowChanged(currentListItem(), nullptr);
 }
 

@@ -60,6 +60,7 @@ public Q_SLOTS:
     void setPreferences();
 
 private:
+    void addCloseButton(SoNodeOverview* added);
     void connectOverview(SoNodeOverview* added);
     void applyPreferences(SoNodeOverview* overview);
     void showDeath(SoNodeOverview* page);

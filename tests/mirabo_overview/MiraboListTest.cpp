@@ -37,6 +37,22 @@ public:
     int count = 0;
 };
 
+/// A node whose only field may go before it does, as those of nodes declared in files.
+class Declared final : public Probe {
+public:
+    Declared() : field(new SoSFFloat)
+    {
+        field->setContainer(this);
+        m_data.addField(this, SbName("declared"), field.get());
+    }
+    const SoFieldData* getFieldData() const override { return &m_data; }
+
+    std::unique_ptr<SoSFFloat> field;
+
+private:
+    SoFieldData m_data;
+};
+
 void toggle(List& list, const QString& column)
 {
     QAction action(column);
@@ -425,6 +441,23 @@ TEST_F(MiraboListTest, LetsANodeDieBetweenAChangeAndItsReport)
     pass();
     EXPECT_EQ(value(list, "number"), "5");
     EXPECT_EQ(row(list, "number")->getNode(), nullptr);
+}
+
+TEST_F(MiraboListTest, LetsAFieldDieBeforeItsNode)
+{
+    SoRef<Declared> node(new Declared);
+    List list;
+    list.setNode(node.get());
+    show(list);
+    EXPECT_EQ(value(list, "declared"), "0");
+    QSignalSpy spy(&list, &List::fieldDied);
+    node->field.reset();
+    EXPECT_EQ(spy.count(), 1);
+    EXPECT_EQ(row(list, "declared")->getField(), nullptr);
+    EXPECT_EQ(value(list, "declared"), "0");
+    delete list.topLevelItem(0);
+    node = nullptr;
+    EXPECT_EQ(spy.count(), 1);
 }
 
 TEST_F(MiraboListTest, PaintsChangedValuesInTheirStyle)

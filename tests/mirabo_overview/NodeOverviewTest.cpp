@@ -21,6 +21,7 @@
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTest>
+#include <QToolButton>
 
 namespace {
 
@@ -180,7 +181,10 @@ TEST_F(NodeOverviewTest, KeepsTheLastTabAndAnnouncesTheRowOfTheCurrentOne)
     SoTabNodeOverview tabs;
     show(tabs);
     EXPECT_EQ(tabs.count(), 1);
-    EXPECT_FALSE(tabs.tabsClosable());
+    const auto closeButton = [&tabs](int index) {
+        return qobject_cast<QToolButton*>(tabs.tabBar()->tabButton(index, QTabBar::RightSide));
+    };
+    EXPECT_FALSE(closeButton(0)->isVisible());
     tabs.tabClose(0);
     tabs.tabClose(-1);
     EXPECT_EQ(tabs.count(), 1);
@@ -192,7 +196,7 @@ TEST_F(NodeOverviewTest, KeepsTheLastTabAndAnnouncesTheRowOfTheCurrentOne)
     QSignalSpy spy(&tabs, &SoTabNodeOverview::currentRowChanged);
     tabs.addOverview();
     EXPECT_EQ(tabs.currentIndex(), 1);
-    EXPECT_TRUE(tabs.tabsClosable());
+    ASSERT_TRUE(closeButton(0)->isVisible() && closeButton(1)->isVisible());
     EXPECT_EQ(spy.last().at(0).value<QTreeWidgetItem*>(), nullptr);
     EXPECT_EQ(tabs.indexOfNode(m_probe.get()), 0);
 
@@ -200,6 +204,10 @@ TEST_F(NodeOverviewTest, KeepsTheLastTabAndAnnouncesTheRowOfTheCurrentOne)
     QTest::mouseClick(tabs.tabBar(), Qt::MiddleButton, {}, tabs.tabBar()->tabRect(1).center());
     EXPECT_EQ(tabs.count(), 1);
     EXPECT_EQ(spy.last().at(0).value<QTreeWidgetItem*>(), chosen);
+    tabs.addOverview();
+    closeButton(0)->click();
+    EXPECT_EQ(tabs.count(), 1);
+    EXPECT_EQ(tabs.indexOfNode(m_probe.get()), -1);
 }
 
 TEST_F(NodeOverviewTest, HidesAColumnInEveryTabAndForTheNextStart)

@@ -1,0 +1,138 @@
+// The columns of a field list: labels, widths, and the menu that opens and closes them.
+
+#include "mirabo/overview/SoMiraboList.h"
+#include "mirabo/preferences/Settings.h"
+
+#include <kalmyr/base/SoPreferences.h>
+
+#include <QAction>
+#include <QHeaderView>
+#include <QIcon>
+#include <QMenu>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+/// Menu texts in the order of the columns from 1 on.
+constexpr std::array kColumnTexts{"Ignore",     "Connected",  "Node Type",   "Node Name",
+                                  "Field Type", "Field Name", "Field Value", "Node NetName"};
+constexpr int kFirstListedColumn = 1;
+constexpr int kReopenedIgnoreWidth = 20;
+constexpr int kHeaderMargin = 10;
+constexpr int kIconColumnWidth = 20;
+constexpr int kCellMargin = 16;
+
+/// What a column usually holds; a row's icons have fixed columns.
+constexpr std::pair<SoMiraboList::Column, const char*> kSamples[] = {
+    {SoMiraboList::NodeType, "PerspectiveCamera"},
+    {SoMiraboList::NodeName, "Node name of usual length"},
+    {SoMiraboList::FieldTypeColumn, "MFUniformShader"},
+    {SoMiraboList::FieldName, "scaleOrientation M"},
+    {SoMiraboList::FieldValue, "0.123456 0.123456 0.123456"},
+};
+
+} // namespace
+
+bool SoMiraboList::isNetNameMode()
+{
+    return SoPreferences::getBool("KMRU_LAUNCH_MIRABO", false)
+           || SoPreferences::getBool("ART_LAUNCH_MIRABO", false);
+}
+
+void SoMiraboList::setUpColumns()
+{
+    QStringList labels{"",          "",           "",           "Node Type",
+                       "Node Name", "Field Type", "Field Name", "Field Value"};
+    if (isNetNameMode())
+        labels << "Node NetName";
+    setColumnCount(labels.size());
+    setHeaderLabels(labels);
+    setColumnHidden(Hidden, true);
+    headerItem()->setIcon(Ignored, QIcon(":/Mirabo_icons/Icons/ignore.png"));
+    headerItem()->setToolTip(Ignored, "This field is ignored");
+    headerItem()->setIcon(Connected, QIcon(":/Mirabo_icons/Icons/connection.png"));
+    headerItem()->setToolTip(Connected, "This field is connected");
+}
+
+void SoMiraboList::applyNaturalWidths()
+{
+    m_filling = true;
+    const QFontMetrics metrics = fontMetrics();
+    for (const Column column : {Ignored, Connected})
+        QTreeWidget::setColumnWidth(column, kIconColumnWidth);
+    for (const auto& [column, sample] : kSamples)
+        QTreeWidget::setColumnWidth(column, metrics.horizontalAdvance(sample) + kCellMargin);
+    m_filling = false;
+}
+
+void SoMiraboList::restoreColumnWidths(const QString& group)
+{
+    for (int i = 0; i + 1 < columnCount(); ++i) {
+        const int width = mirabo::readListColumnWidth(group, i);
+        if (width == -1)
+            continue;
+        header()->setSectionResizeMode(i + 1, QHeaderView::Interactive);
+        setColumnWidth(i + 1, width);
+    }
+}
+
+void SoMiraboList::fillWidth()
+{
+    if (!m_valueFills || m_filling || columnWidth(FieldValue) == 0)
+        return;
+    m_filling = true;
+    int others = 0;
+    for (int column = 1; column < columnCount(); ++column)
+        if (column != FieldValue)
+            others += columnWidth(column);
+    const int least = fontMetrics().horizontalAdvance(kSamples[4].second) / 2;
+    QTreeWidget::setColumnWidth(FieldValue, std::max(least, viewport()->width() - others));
+    m_filling = false;
+}
+
+void SoMiraboList::setColumnWidth(int column, int width)
+{
+    const int before = columnWidth(column);
+    QTreeWidget::setColumnWidth(column, width);
+    if (columnWidth(column) != before)
+        Q_EMIT columnWidthChanged(column, columnWidth(column));
+}
+
+int SoMiraboList::storedWidth(int column) const
+{
+    const int width = columnWidth(column);
+    return column == FieldValue && m_valueFills && width != 0 ? -1 : width;
+}
+
+void SoMiraboList::headerRightClicked(const QPoint& position)
+{
+    QMenu menu;
+    const int last = isNetNameMode() ? NodeNetName : FieldValue;
+    for (int column = kFirstListedColumn; column <= last; ++column) {
+        QAction* action = menu.addAction(kColumnTexts[static_cast<std::size_t>(column - 1)]);
+        action->setCheckable(true);
+        action->setChecked(columnWidth(column) != 0);
+    }
+    connect(&menu, &QMenu::triggered, this, &SoMiraboList::toggleHeaderColumnVisibility);
+    menu.exec(position);
+}
+
+void SoMiraboList::toggleHeaderColumnVisibility(QAction* toggledAction)
+{
+    const QString text = toggledAction->text().remove('&');
+    const auto at = std::find(kColumnTexts.begin(), kColumnTexts.end(), text);
+    if (at == kColumnTexts.end())
+        return;
+    const int column = static_cast<int>(at - kColumnTexts.begin()) + kFirstListedColumn;
+    if (columnWidth(column) == 0 && column >= Connected) {
+        if (column > (isNetNameMode() ? NodeNetName : FieldValue) || column >= columnCount())
+            return;
+        header()->setSectionResizeMode(column, QHeaderView::Interactive);
+        const QString label = headerItem()->text(column);
+        setColumnWidth(column, header()->fontMetrics().horizontalAdvance(label) + kHeaderMargin);
+    } else {
+        setColumnWidth(column, columnWidth(column) != 0 ? 0 : kReopenedIgnoreWidth);
+    }
+}

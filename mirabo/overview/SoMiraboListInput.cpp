@@ -1,0 +1,131 @@
+// What a field list does with the events of its window.
+
+#include "mirabo/overview/SoFieldItem.h"
+#include "mirabo/overview/SoMiraboList.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace {
+
+constexpr int kHintMargin = 12;
+
+} // namespace
+
+void SoMiraboList::chooseRow(QTreeWidgetItem* item)
+{
+    // The view's own way refuses disabled rows.
+    const QModelIndex index = indexFromItem(item);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect
+                                                 | QItemSelectionModel::Rows);
+    viewport()->update();
+    scrollToItem(item);
+}
+
+void SoMiraboList::showEvent(QShowEvent* event)
+{
+    setInView(true);
+    QTreeWidget::showEvent(event);
+    fillWidth();
+}
+
+void SoMiraboList::hideEvent(QHideEvent* event)
+{
+    setInView(false);
+    QTreeWidget::hideEvent(event);
+}
+
+void SoMiraboList::resizeEvent(QResizeEvent* event)
+{
+    QTreeWidget::resizeEvent(event);
+    fillWidth();
+}
+
+void SoMiraboList::copyCurrentValue()
+{
+    if (const SoFieldItem* item = currentFieldItem())
+        QGuiApplication::clipboard()->setText(item->copiedValue());
+}
+
+void SoMiraboList::paintEvent(QPaintEvent* event)
+{
+    QTreeWidget::paintEvent(event);
+    if (topLevelItemCount() > 0 || m_emptyHint.isEmpty())
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+    painter.drawText(
+        viewport()->rect().adjusted(kHintMargin, kHintMargin, -kHintMargin, -kHintMargin),
+        Qt::AlignCenter | Qt::TextWordWrap, m_emptyHint);
+}
+
+void SoMiraboList::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                           const QModelIndex& index) const
+{
+    // A disabled row can be the current one, but the view never draws it as selected.
+    QStyleOptionViewItem shown = option;
+    const QModelIndex current = currentIndex();
+    if (current.isValid() && current.row() == index.row() && !(index.flags() & Qt::ItemIsEnabled))
+        shown.state |= QStyle::State_Selected;
+    QTreeWidget::drawRow(painter, shown, index);
+}
+
+bool SoMiraboList::event(QEvent* event)
+{
+    // A row's value comes before the window's own "Copy".
+    if (event->type() == QEvent::ShortcutOverride
+        && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy) && currentItem()) {
+        event->accept();
+        return true;
+    }
+    return QTreeWidget::event(event);
+}
+
+bool SoMiraboList::moveByKey(int key)
+{
+    const int count = topLevelItemCount();
+    const int current = currentIndex().row();
+    const bool up = key == Qt::Key_Up || key == Qt::Key_End;
+    int row = key == Qt::Key_Home ? 0 : key == Qt::Key_End ? count - 1 : current + (up ? -1 : 1);
+    while (row >= 0 && row < count && topLevelItem(row)->isHidden())
+        row += up ? -1 : 1;
+    if (row < 0 || row >= count)
+        return false;
+    chooseRow(topLevelItem(row));
+    return true;
+}
+
+void SoMiraboList::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Copy) && currentItem()) {
+        copyCurrentValue();
+        event->accept();
+        return;
+    }
+    const int key = event->key();
+    const bool moves =
+        key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_Home || key == Qt::Key_End;
+    if (moves && (event->modifiers() & ~Qt::KeypadModifier) == 0 && moveByKey(key)) {
+        event->accept(); // the view's own keys pass over disabled rows
+        return;
+    }
+    QTreeWidget::keyPressEvent(event);
+}
+
+void SoMiraboList::mousePressEvent(QMouseEvent* event)
+{
+    QTreeWidget::mousePressEvent(event);
+    QTreeWidgetItem* item = itemAt(event->pos());
+    if (item && item->isDisabled())
+        chooseRow(item);
+}
+
+void SoMiraboList::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    QTreeWidget::mouseDoubleClickEvent(event);
+    QTreeWidgetItem* item = itemAt(event->pos());
+    if (item && item->isDisabled() && event->button() == Qt::LeftButton)
+        Q_EMIT itemDoubleClicked(item, columnAt(event->pos().x()));
+}
