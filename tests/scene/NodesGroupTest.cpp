@@ -12,6 +12,7 @@
 #include <kalmyr/nodes/SoLOD.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSwitch.h>
+#include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/nodes/SoTransformSeparator.h>
 #include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/sensors/SoNodeSensor.h>
@@ -113,6 +114,32 @@ TEST_F(GroupTest, LetsGoOfChildrenInLinearTime)
     EXPECT_EQ(shared->getRefCount(), 100001);
     root->removeAllChildren();
     EXPECT_EQ(shared->getRefCount(), 1);
+}
+
+/// A group with very many ancestors takes leaves, and many children at once, without looking
+/// through all of them for each.
+TEST_F(GroupTest, GrowsQuicklyBelowManyAncestors)
+{
+    const SoRef<SoGroup> shared(new SoGroup);
+    std::vector<SoRef<SoGroup>> above;
+    for (int i = 0; i < 5000; ++i) {
+        above.emplace_back(new SoGroup)->enableNotify(false);
+        above.back()->addChild(shared.get());
+    }
+    for (int i = 0; i < 2000; ++i)
+        shared->addChild(new SoTransform);
+    std::vector<SoNode*> groups;
+    for (int i = 0; i < 5000; ++i) {
+        auto* group = new SoGroup;
+        group->addChild(new SoTransform);
+        groups.push_back(group);
+    }
+    EXPECT_TRUE(shared->setChildren(groups));
+    support::ErrorScope errors;
+    groups[4000] = above[100].get();
+    EXPECT_FALSE(shared->setChildren(groups));
+    EXPECT_FALSE(shared->addChild(shared.get()));
+    EXPECT_EQ(shared->getNumChildren(), 5000);
 }
 
 TEST_F(SeparatorTest, KeepsEffectsInside)

@@ -152,6 +152,56 @@ TEST_F(SelectionTest, CallbacksMayChangeTheSelection)
     EXPECT_EQ(selection->getNumSelected(), 0);
 }
 
+TEST_F(SelectionTest, DiesWithWhatItHasSelected)
+{
+    selection->select(left);
+    selection->select(right);
+    const SoRef<SoPath> held(selection->getPath(1));
+    EXPECT_EQ(selection->getRefCount(), 1); // the root's
+    bool isGone = false;
+    struct Watch final : SoAuditor {
+        bool* gone = nullptr;
+        void auditedChanged(SoNotification&) override {}
+        void auditedDying() override { *gone = true; }
+    } watch;
+    watch.gone = &isGone;
+    selection->addAuditor(&watch, SoAuditor::SENSOR);
+    root = nullptr;
+    EXPECT_TRUE(isGone);
+    EXPECT_TRUE(held->isEmpty());
+}
+
+TEST_F(SelectionTest, WorksWhileNobodyHoldsIt)
+{
+    auto* loose = new SoSelection;
+    auto* cube = new SoCube;
+    loose->addChild(cube);
+    loose->select(cube);
+    EXPECT_TRUE(loose->isSelected(loose->getPath(0)));
+    loose->toggle(cube);
+    EXPECT_EQ(loose->getNumSelected(), 0);
+    loose->select(cube);
+    EXPECT_EQ(loose->getRefCount(), 0);
+    loose->ref();
+    loose->unref();
+}
+
+TEST_F(SelectionTest, FollowsWhatIsSelectedAndForgetsWhatIsTakenOut)
+{
+    selection->select(left);
+    selection->select(right);
+    selection->insertChild(new SoTranslation, 0);
+    EXPECT_EQ(selection->getPath(1)->getIndex(1), 4);
+    log.clear();
+    const auto id = selection->getSelectionId();
+    selection->removeChild(right);
+    EXPECT_EQ(selection->getNumSelected(), 1);
+    EXPECT_TRUE(selection->isSelected(left));
+    EXPECT_NE(selection->getSelectionId(), id);
+    EXPECT_EQ(log, "");
+    EXPECT_EQ(selection->getRefCount(), 1);
+}
+
 TEST_F(SelectionTest, EventCallbacksComeFirstAndByType)
 {
     auto* callback = new SoEventCallback;

@@ -104,7 +104,9 @@ SoAction::PathMode SoAction::modeBelow(const SoNode* node, int index) const
     const int depth = static_cast<int>(m_stack.size());
     if (depth == 0 || m_pathMode != IN_PATH)
         return m_pathMode;
-    if (m_path->getNode(depth) != node || m_path->getIndex(depth) != index)
+    // The path may have become shorter: a callback took a node of it out of the graph.
+    if (depth >= m_path->getLength() || m_path->getNode(depth) != node
+        || m_path->getIndex(depth) != index)
         return OFF_PATH;
     return depth + 1 == m_path->getLength() ? BELOW_PATH : IN_PATH;
 }
@@ -173,9 +175,10 @@ void SoAction::traverseChildren(const SoChildList& children)
 
 bool SoAction::isOnPath(int& nextChild) const
 {
-    if (m_pathMode != IN_PATH)
+    const int depth = static_cast<int>(m_stack.size());
+    if (m_pathMode != IN_PATH || depth >= m_path->getLength())
         return false;
-    nextChild = m_path->getIndex(static_cast<int>(m_stack.size()));
+    nextChild = m_path->getIndex(depth);
     return true;
 }
 

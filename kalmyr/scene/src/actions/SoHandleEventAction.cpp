@@ -41,18 +41,20 @@ void SoHandleEventAction::setGrabber(SoNode* node)
         releaseGrabber();
         return;
     }
+    m_grabber = node;
     const bool isPresent = getCurDepth() >= 0 && getCurNode() == node;
-    m_grabPath = isPresent ? getCurPath() : new SoPath(node);
+    m_grabPath = isPresent ? SoLightPath(*SoRef<SoPath>(getCurPath())) : SoLightPath();
 }
 
 void SoHandleEventAction::releaseGrabber()
 {
-    m_grabPath = nullptr;
+    m_grabber = nullptr;
+    m_grabPath = SoLightPath();
 }
 
 SoNode* SoHandleEventAction::getGrabber() const
 {
-    return m_grabPath ? m_grabPath->getTail() : nullptr;
+    return m_grabber.get();
 }
 
 void SoHandleEventAction::setPickRoot(SoNode* root)
@@ -98,7 +100,7 @@ void SoHandleEventAction::apply(SoNode* root)
     m_picked = NOT_PICKED;
     m_handled = false;
     m_root = root;
-    if (root && m_grabPath)
+    if (root && m_grabber)
         offerToGrabber(root);
     if (!m_handled)
         SoAction::apply(root);
@@ -108,25 +110,14 @@ void SoHandleEventAction::apply(SoNode* root)
 void SoHandleEventAction::offerToGrabber(SoNode* root)
 {
     // Held here: the grabber may let go of the events, or hand them on, while it is asked.
-    const SoRef<SoPath> path = isGrabPathWhole(root) ? m_grabPath : new SoPath(getGrabber());
+    SoRef<SoPath> path;
+    if (m_grabPath.getHead() == root)
+        path = m_grabPath.resolve();
+    if (!path)
+        path = new SoPath(m_grabber.get()); // it was taken out of the graph
     setPathUse(STATE_ABOVE_TAIL);
     SoAction::apply(path.get());
     setPathUse(WHOLE);
-}
-
-bool SoHandleEventAction::isGrabPathWhole(const SoNode* root) const
-{
-    if (m_grabPath->getHead() != root)
-        return false;
-    for (int i = 1; i < m_grabPath->getLength(); ++i) {
-        const int index = m_grabPath->getIndex(i);
-        const SoChildList* children = m_grabPath->getNode(i - 1)->getInternalChildren();
-        const bool isChild = children && index >= 0 && index < children->getLength()
-                             && (*children)[index] == m_grabPath->getNode(i);
-        if (index >= 0 && !isChild)
-            return false;
-    }
-    return true;
 }
 
 void SoHandleEventAction::beginTraversal(SoNode*)

@@ -6,6 +6,7 @@
 #include <kalmyr/core/SoPath.h>
 
 #include "core/NodeFields.h"
+#include "core/StackSwitch.h"
 
 #include <algorithm>
 
@@ -43,6 +44,12 @@ bool mayHoldAny(const SoNode* node)
     const SoChildList* children = node->getInternalChildren();
     return (children && children->getLength() > 0) || kalmyr::detail::mayHoldNodesInFields(node);
 }
+
+/// How far the walk under way may use the present stack.
+struct WalkStack {
+    std::uint64_t stamp = 0;
+    const char* limit = nullptr;
+};
 
 } // namespace
 
@@ -227,8 +234,24 @@ bool SoChildList::assign(const std::vector<SoNode*>& children)
 
 void SoChildList::auditedChanged(SoNotification& notification)
 {
-    if (m_field)
-        m_field->auditedChanged(notification);
-    else
-        m_parent->notify(notification);
+    const auto pass = [&] {
+        if (m_field)
+            m_field->auditedChanged(notification);
+        else
+            m_parent->notify(notification);
+    };
+    // A walk from the bottom of a deep graph goes on with another stack.
+    thread_local WalkStack t_stack;
+    if (t_stack.stamp != notification.stamp)
+        t_stack = {notification.stamp, kalmyr::detail::stackLimit()};
+    if (!kalmyr::detail::isStackLow(t_stack.limit)) [[likely]] {
+        pass();
+        return;
+    }
+    const WalkStack before = t_stack;
+    kalmyr::detail::callOnNewStack([&](const char* limit) {
+        t_stack.limit = limit;
+        pass();
+    });
+    t_stack = before;
 }

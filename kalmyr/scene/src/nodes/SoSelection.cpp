@@ -45,6 +45,50 @@ SoSelection::SoSelection()
 
 SoSelection::~SoSelection() = default;
 
+// A path holds every node on it, and those of the list begin at the selection node: it would keep
+// itself alive. So that reference is given back while a path is in the list.
+
+/// Keeps the node, which may have no reference yet, alive while callbacks run.
+class SoSelection::Guard {
+public:
+    explicit Guard(const SoSelection* node) : m_node(node), m_isHeld(node->getRefCount() > 0)
+    {
+        m_node->ref();
+    }
+    ~Guard() { m_isHeld ? m_node->unref() : m_node->unrefNoDelete(); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+
+private:
+    const SoSelection* m_node;
+    bool m_isHeld;
+};
+
+void SoSelection::destroy()
+{
+    ref();
+    for (Selected& selected : m_paths) {
+        ref();
+        selected.path->truncate(0); // somebody else may hold the path
+    }
+    m_paths.clear();
+    unrefNoDelete();
+    SoSeparator::destroy();
+}
+
+void SoSelection::notify(SoNotification& notification)
+{
+    if (notification.kind != SoNotification::UNSPECIFIED) {
+        const auto isCut = [](const Selected& s) { return s.path->getLength() != s.length; };
+        const auto cut = std::stable_partition(m_paths.begin(), m_paths.end(), std::not_fn(isCut));
+        for (auto at = cut; at != m_paths.end(); ++at)
+            ref();
+        m_selectionId += static_cast<std::uint64_t>(m_paths.end() - cut);
+        m_paths.erase(cut, m_paths.end());
+    }
+    SoSeparator::notify(notification);
+}
+
 void SoSelection::initClass()
 {
     SO_NODE_INIT_CLASS(SoSelection, SoSeparator, "Selection");
@@ -76,20 +120,22 @@ SoRef<SoPath> SoSelection::pathTo(SoNode* node)
 int SoSelection::find(const SoPath* path) const
 {
     const auto at = std::find_if(m_paths.begin(), m_paths.end(),
-                                 [path](const SoRef<SoPath>& p) { return *p == *path; });
+                                 [path](const Selected& s) { return *s.path == *path; });
     return at == m_paths.end() ? -1 : static_cast<int>(at - m_paths.begin());
 }
 
 void SoSelection::add(SoRef<SoPath> path)
 {
-    m_paths.push_back(path);
+    m_paths.push_back({path, path->getLength()});
+    unrefNoDelete();
     ++m_selectionId;
     callAll(m_onSelect, path.get());
 }
 
 void SoSelection::removeAt(int index)
 {
-    const SoRef<SoPath> path = m_paths[static_cast<std::size_t>(index)];
+    const SoRef<SoPath> path = m_paths[static_cast<std::size_t>(index)].path;
+    ref();
     m_paths.erase(m_paths.begin() + index);
     ++m_selectionId;
     callAll(m_onDeselect, path.get());
@@ -98,11 +144,13 @@ void SoSelection::removeAt(int index)
 void SoSelection::clear()
 {
     // Taken out first: a callback that selects something starts with an empty list.
-    std::vector<SoRef<SoPath>> old;
+    std::vector<Selected> old;
     old.swap(m_paths);
     m_selectionId += old.size();
-    for (const SoRef<SoPath>& path : old)
-        callAll(m_onDeselect, path.get());
+    for (std::size_t i = 0; i < old.size(); ++i)
+        ref();
+    for (const Selected& selected : old)
+        callAll(m_onDeselect, selected.path.get());
 }
 
 void SoSelection::announceChange(std::uint64_t before)
@@ -113,7 +161,7 @@ void SoSelection::announceChange(std::uint64_t before)
 
 void SoSelection::select(const SoPath* path)
 {
-    const SoRef<SoSelection> self(this); // a callback may let go of the node
+    const Guard self(this); // a callback may let go of the node
     const SoRef<SoPath> own = ownPath(path, "SoSelection::select");
     if (!own || find(own.get()) >= 0)
         return;
@@ -124,12 +172,14 @@ void SoSelection::select(const SoPath* path)
 
 void SoSelection::select(SoNode* node)
 {
+    const Guard self(this);
     if (const SoRef<SoPath> path = pathTo(node))
         select(path.get());
 }
 
 void SoSelection::deselect(const SoPath* path)
 {
+    const Guard self(this);
     const SoRef<SoPath> own = ownPath(path, "SoSelection::deselect");
     if (own)
         deselect(find(own.get()));
@@ -139,7 +189,7 @@ void SoSelection::deselect(int index)
 {
     if (index < 0 || index >= getNumSelected())
         return;
-    const SoRef<SoSelection> self(this);
+    const Guard self(this);
     const std::uint64_t before = m_selectionId;
     removeAt(index);
     announceChange(before);
@@ -148,13 +198,14 @@ void SoSelection::deselect(int index)
 void SoSelection::deselect(SoNode* node)
 {
     const auto at = std::find_if(m_paths.begin(), m_paths.end(),
-                                 [node](const SoRef<SoPath>& p) { return p->getTail() == node; });
+                                 [node](const Selected& s) { return s.path->getTail() == node; });
     if (at != m_paths.end())
         deselect(static_cast<int>(at - m_paths.begin()));
 }
 
 void SoSelection::toggle(const SoPath* path)
 {
+    const Guard self(this);
     const SoRef<SoPath> own = ownPath(path, "SoSelection::toggle");
     if (!own)
         return;
@@ -167,13 +218,14 @@ void SoSelection::toggle(const SoPath* path)
 
 void SoSelection::toggle(SoNode* node)
 {
+    const Guard self(this);
     if (const SoRef<SoPath> path = pathTo(node))
         toggle(path.get());
 }
 
 void SoSelection::deselectAll()
 {
-    const SoRef<SoSelection> self(this);
+    const Guard self(this);
     const std::uint64_t before = m_selectionId;
     clear();
     announceChange(before);
@@ -181,6 +233,7 @@ void SoSelection::deselectAll()
 
 bool SoSelection::isSelected(const SoPath* path) const
 {
+    const Guard self(this);
     const SoRef<SoPath> own = ownPath(path, "SoSelection::isSelected");
     return own && find(own.get()) >= 0;
 }
@@ -188,13 +241,14 @@ bool SoSelection::isSelected(const SoPath* path) const
 bool SoSelection::isSelected(const SoNode* node) const
 {
     return std::any_of(m_paths.begin(), m_paths.end(),
-                       [node](const SoRef<SoPath>& p) { return p->getTail() == node; });
+                       [node](const Selected& s) { return s.path->getTail() == node; });
 }
 
 SoPath* SoSelection::getPath(int index) const
 {
-    return index >= 0 && index < getNumSelected() ? m_paths[static_cast<std::size_t>(index)].get()
-                                                  : nullptr;
+    return index >= 0 && index < getNumSelected()
+               ? m_paths[static_cast<std::size_t>(index)].path.get()
+               : nullptr;
 }
 
 void SoSelection::addSelectionCallback(PathFunction* function, void* userData)
@@ -238,7 +292,7 @@ void SoSelection::setPickFilterCallback(PickFilter* function, void* userData)
 
 void SoSelection::applyPick(const SoPath* picked, bool shiftDown)
 {
-    const SoRef<SoSelection> self(this);
+    const Guard self(this);
     SoRef<SoPath> own = picked ? ownPath(picked, "SoSelection::applyPick") : SoRef<SoPath>();
     if (own && m_filter) {
         own = m_filter(m_filterData, own.get());

@@ -4,7 +4,7 @@
 #include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/base/SbViewportRegion.h>
 #include <kalmyr/base/SoRef.h>
-#include <kalmyr/core/SoPath.h>
+#include <kalmyr/core/SoLightPath.h>
 
 #include <memory>
 #include <vector>
@@ -56,12 +56,12 @@ protected:
 
 private:
     void offerToGrabber(SoNode* root);
-    bool isGrabPathWhole(const SoNode* root) const;
     SoRayPickAction& pick(bool all);
 
     SbViewportRegion m_region;
     const SoEvent* m_event = nullptr; // Not owned.
-    SoRef<SoPath> m_grabPath;         ///< way to the grabber, or the grabber alone
+    SoRef<SoNode> m_grabber;
+    SoLightPath m_grabPath; ///< way to the grabber; empty when not known
     SoRef<SoNode> m_pickRoot;
     SoNode* m_root = nullptr; // Not owned; of the present application.
     std::unique_ptr<SoRayPickAction> m_pick;

@@ -13,6 +13,9 @@ class SoSelection;
 /// A separator with a list of selected objects below it, each named by a path that begins at the
 /// selection node.
 ///
+/// Paths follow edits of the graph; what is taken out of it leaves the list, without callbacks. The
+/// list holds no reference on the selection node itself.
+///
 /// A press of the first mouse button that nothing else handled selects by picking, as the policy
 /// says. A highlighting renderer draws the paths of the list.
 class KALMYR_API SoSelection : public SoSeparator {
@@ -74,8 +77,11 @@ public:
     /// For the event action: passes to the children, then picks with what is left.
     void handleEvent(SoHandleEventAction* action);
 
+    void notify(SoNotification& notification) override;
+
 protected:
     ~SoSelection() override;
+    void destroy() override;
 
 private:
     template <class Function>
@@ -87,12 +93,17 @@ private:
     SoRef<SoPath> ownPath(const SoPath* path, const char* caller) const;
     SoRef<SoPath> pathTo(SoNode* node);
     int find(const SoPath* path) const;
+    class Guard;
+    struct Selected {
+        SoRef<SoPath> path;
+        int length; ///< when selected; a path that was cut off names something else
+    };
     void add(SoRef<SoPath> path);
     void removeAt(int index);
     void clear();
     void announceChange(std::uint64_t before);
 
-    std::vector<SoRef<SoPath>> m_paths;
+    std::vector<Selected> m_paths;
     std::uint64_t m_selectionId = 0;
     std::vector<Callback<PathFunction>> m_onSelect;
     std::vector<Callback<PathFunction>> m_onDeselect;
