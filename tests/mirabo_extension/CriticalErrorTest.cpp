@@ -156,7 +156,7 @@ TEST_F(CriticalError, OtherThreadsDoNotWait)
             QApplication::exec();
             goOn();
         },
-        ::testing::ExitedWithCode(1), "thread ended\\]\n\\[box Critical error");
+        ::testing::ExitedWithCode(1), "thread ended\\](.|\n)*\\[box Critical error");
 }
 
 TEST_F(CriticalError, GivesTheErrorsBack)
