@@ -73,7 +73,7 @@ MrbExtension* make(MrbPlugin& plugin, const QString& name, QString& cause)
 /// For the rest of the process.
 void abandon(std::unique_ptr<HostedExtension> extension)
 {
-    static std::vector<HostedExtension*> s_abandoned;
+    static auto& s_abandoned = *new std::vector<HostedExtension*>; // not destroyed at exit either
     extension->abandon();
     s_abandoned.push_back(extension.release());
 }
