@@ -4,7 +4,10 @@
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoToVRMLAction.h>
 #include <kalmyr/io/SoWriteAction.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <algorithm>
 #include <cctype>
@@ -81,6 +84,19 @@ int runConvert(const Arguments& given)
         return 1;
     out.setHeaderString(headerOf(format));
     SoWriteAction write(&out);
-    write.apply(scene.root.get());
+    if (format == SoInput::VRML1) {
+        SoToVRMLAction convert;
+        convert.apply(scene.root.get());
+        write.apply(convert.getVRMLSceneGraph());
+    } else if (format == SoInput::VRML2) {
+        SoToVRML2Action convert;
+        convert.reuseAppearanceNodes(true);
+        convert.reusePropertyNodes(true);
+        convert.reuseGeometryNodes(true);
+        convert.apply(scene.root.get());
+        write.apply(convert.getVRML2SceneGraph());
+    } else {
+        write.apply(scene.root.get());
+    }
     return out.closeFile() ? 0 : 1;
 }

@@ -149,11 +149,9 @@ Scene readScene(const std::string& file, bool countTextToo)
     }
     if (!scene.ok)
         scene.nodes.clear();
-    scene.root =
-        scene.format == SoInput::VRML2 ? groupOf<SoVRMLGroup>(scene.nodes)
-        : scene.nodes.size() == 1 && scene.nodes[0]->isOfType(SoSeparator::getClassTypeId())
-            ? scene.nodes[0]
-            : groupOf<SoSeparator>(scene.nodes);
+    scene.root = scene.format == SoInput::VRML2 ? groupOf<SoVRMLGroup>(scene.nodes)
+                 : scene.nodes.size() == 1      ? scene.nodes[0]
+                                                : groupOf<SoSeparator>(scene.nodes);
     return scene;
 }
 

@@ -16,6 +16,8 @@
 #include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/events/SoEventsInit.h>
 #include <kalmyr/fields/SoFieldsInit.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoToVRMLAction.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/lights/SoLightsInit.h>
@@ -58,24 +60,20 @@ void initIo()
 {
     SoUnknownNode::initClass();
     SoWriteAction::initClass();
+    SoToVRMLAction::initClass();
+    SoToVRML2Action::initClass();
     kalmyr::detail::installReadHooks();
 }
 
 /// Lower areas first. What draws stands above this library part and comes by addInit().
 constexpr void (*kInits[])() = {
-    kalmyr::initCore,
-    kalmyr::initFields,
-    kalmyr::initSensors,  kalmyr::initEngines,
-    kalmyr::initActions,
-    kalmyr::initEvents,
-    kalmyr::initDetails,
-    kalmyr::initNodes,
-    kalmyr::initLights,
-    kalmyr::initCameras,
-    kalmyr::initShapes,
-    kalmyr::initNodekits,
-    kalmyr::initVrml,
-    initIo,
+    kalmyr::initCore,    kalmyr::initFields,
+    kalmyr::initSensors, kalmyr::initEngines,
+    kalmyr::initActions, kalmyr::initEvents,
+    kalmyr::initDetails, kalmyr::initNodes,
+    kalmyr::initLights,  kalmyr::initCameras,
+    kalmyr::initShapes,  kalmyr::initNodekits,
+    kalmyr::initVrml,    initIo,
 };
 
 /// All nodes of the file; false after a posted error, with none of them left.

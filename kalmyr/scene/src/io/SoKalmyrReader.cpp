@@ -2,8 +2,10 @@
 
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
@@ -58,7 +60,8 @@ bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField:
 SoType KalmyrReader::findType(std::string_view name) const
 {
     const SbName known = SbName::find(name);
-    return known.isEmpty() ? SoType() : SoType::fromName(known);
+    const bool isInstance = name == "VRMLProtoInstance"; // these are called as their prototype is
+    return known.isEmpty() || isInstance ? SoType() : SoType::fromName(known);
 }
 
 std::string_view KalmyrReader::protoName(std::string_view name) const
@@ -70,15 +73,83 @@ int KalmyrReader::tryStatement(std::string_view word)
 {
     if (word == "ROUTE")
         return readRoute(word) ? 1 : -1;
+    if (word == "ENGINE" && !isVrml1())
+        return readEngineStatement() ? 1 : -1;
+    if (word == "GLOBAL" && !isVrml1())
+        return readGlobalStatement() ? 1 : -1;
     if (word != "PROTO" && word != "EXTERNPROTO")
         return 0;
     return readProto(word == "EXTERNPROTO") ? 1 : -1;
 }
 
+SoFieldContainer* KalmyrReader::findContainer(std::string_view name) const
+{
+    if (SoNode* node = findDefinition(name))
+        return node;
+    const auto engine = m_engines.find(name);
+    return engine == m_engines.end() ? nullptr : engine->second.get();
+}
+
+bool KalmyrReader::readEngineStatement()
+{
+    std::string_view name, type;
+    if (!text.readName(name) || !isLegalName(name))
+        return text.fail("expected a name");
+    text.peek();
+    const std::size_t typeAt = text.getOffset();
+    if (!text.readWord(type))
+        return text.fail("expected the type of an engine");
+    const SbName known = SbName::find(type);
+    const SoRef<SoEngine> engine(known.isEmpty() ? nullptr
+                                                 : SoEngine::create(SoType::fromName(known)));
+    if (!engine)
+        return text.failAt(typeAt, "expected the type of an engine");
+    engine->setName(SbName(name));
+    m_engines[name] = engine;
+    if (!text.expect('{'))
+        return false;
+    while (!text.accept('}')) {
+        std::string_view word;
+        if (!text.readWord(word))
+            return failInBody(type, "a field or '}'");
+        const SbName fieldName = SbName::find(word);
+        SoField* field = fieldName.isEmpty() ? nullptr : engine->getField(fieldName);
+        if (!field || engine->computes(field))
+            return text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
+                               "expected an input of '" + std::string(type) + "'");
+        if (!readFieldValue(*field))
+            return text.fail("expected a value");
+        afterValue(*field);
+    }
+    return true;
+}
+
+bool KalmyrReader::readGlobalStatement()
+{
+    std::string_view type, name;
+    text.peek();
+    const std::size_t typeAt = text.getOffset();
+    if (!text.readWord(type) || !text.readName(name))
+        return text.fail("expected the type and the name of a global field");
+    const SbName known = SbName::find(type);
+    const SoType fieldType = known.isEmpty() ? SoType() : SoType::fromName(known);
+    if (!fieldType.isDerivedFrom(SoField::getClassTypeId()) || !fieldType.canCreateInstance())
+        return text.failAt(typeAt, "expected the type of a field");
+    const SbName global(name);
+    const bool isNew = !SoGlobalField::find(global);
+    SoField* field = SoGlobalField::create(global, fieldType);
+    if (!field)
+        return text.failAt(typeAt,
+                           "expected another name or type: the global field is a different one");
+    // One that exists already belongs to the whole process, not to this file.
+    const std::unique_ptr<SoField> ignored(static_cast<SoField*>(fieldType.createInstance()));
+    return readFieldValue(isNew ? *field : *ignored) || text.fail("expected a value");
+}
+
 bool KalmyrReader::readTop(SoNode*& node)
 {
     node = nullptr;
-    while (!node && !text.hasFailed() && !text.atEnd()) {
+    while (!node && !text.hasFailed() && !atEndOfFile()) {
         std::string_view word;
         if (!text.readWord(word))
             return text.fail("expected a node");

@@ -15,6 +15,12 @@
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr std::string_view kHeaderEnd = "\n\n";
+
+} // namespace
+
 /// Takes bytes; once it has failed it stays failed.
 class SoOutput::Target {
 public:
@@ -224,6 +230,13 @@ void SoOutput::begin(std::unique_ptr<Target> target)
         m_target = std::make_unique<ZipTarget>(std::move(m_target), m_level);
     m_headerWritten = false;
     m_failed = false;
+    m_numBytes = 0;
+}
+
+std::size_t SoOutput::getNumBytesBefore() const
+{
+    const std::size_t header = getHeaderString().getLength();
+    return m_numBytes + (header > 0 ? header + kHeaderEnd.size() : 0);
 }
 
 bool SoOutput::openFile(const SbString& name)
@@ -336,9 +349,10 @@ bool SoOutput::write(std::string_view bytes)
     if (!m_headerWritten) {
         m_headerWritten = true;
         const SbString header = getHeaderString();
-        ok = header.isEmpty() || m_target->write(header + "\n\n");
+        ok = header.isEmpty() || m_target->write(header + kHeaderEnd.data());
     }
     ok = ok && m_target->write(bytes);
+    m_numBytes += bytes.size();
     if (!ok)
         noteFailure(m_target->reason);
     return ok;

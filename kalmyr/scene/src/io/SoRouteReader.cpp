@@ -2,6 +2,7 @@
 #include "SoSceneReader.h"
 
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/io/SoUnknownNode.h>
 
 namespace kalmyr::detail {
@@ -18,7 +19,7 @@ bool isOneOf(SoField::FieldType type, SoField::FieldType a, SoField::FieldType b
 
 } // namespace
 
-SoField* fieldOfEvent(SoNode& node, std::string_view event, bool out)
+SoField* fieldOfEvent(SoFieldContainer& node, std::string_view event, bool out)
 {
     if (SoField* field = node.getField(SbName::find(event)); field && !event.empty())
         return field;
@@ -67,7 +68,9 @@ bool SceneReader::readRouteEnd(std::string_view& node, std::string_view& field)
 
 SoField* SceneReader::findEvent(std::string_view node, std::string_view event, bool out)
 {
-    SoNode* owner = findDefinition(node);
+    if (routesAnyField() && node == "global" && out)
+        return SoGlobalField::find(SbName(event));
+    SoFieldContainer* owner = findContainer(node);
     const std::string full = std::string(node) + "." + std::string(event);
     if (!owner) {
         // Nodes that are kept as text have names, too.

@@ -12,6 +12,8 @@
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
+#include <algorithm>
+
 namespace kalmyr::detail {
 
 namespace {
@@ -43,10 +45,15 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
         return std::make_unique<KalmyrReader>(in);
     case SoInput::VRML2:
         return std::make_unique<Vrml97Reader>(in);
-    case SoInput::KALMYR_BINARY:
-        SoReadError::post(in.getCurFileName(), 1, 1,
-                          "binary scenes cannot be read yet; expected one of the text formats");
+    case SoInput::KALMYR_BINARY: {
+        auto reader = std::make_unique<KalmyrReader>(in);
+        reader->m_isBinary = true;
+        reader->m_binary = {in.getTokenizer().getText(), in.getSize()};
+        if (reader->openChunk(in.getTokenizer().getOffset()))
+            return reader;
+        reader->postError();
         return nullptr;
+    }
     case SoInput::UNKNOWN_FORMAT:
         break;
     }
@@ -61,7 +68,12 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
     return nullptr;
 }
 
-SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in) {}
+SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in)
+{
+    // Growing the table would cost more than the space; files with names have one in 200 bytes.
+    constexpr std::size_t kBytesPerName = 200, kMaxReserved = std::size_t(1) << 20;
+    m_definitions.reserve(std::min(in.getSize() / kBytesPerName, kMaxReserved));
+}
 
 SceneReader::SceneReader(SoInput& in, SceneReader& outer, SoVRMLProto* protos)
     : SoFieldReader(in.getTokenizer()),
@@ -321,8 +333,45 @@ int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view 
     return text.hasFailed() ? -1 : 1;
 }
 
+bool SceneReader::openChunk(std::size_t offset)
+{
+    const char* fault = m_chunk.read(m_binary, offset);
+    if (fault)
+        return text.failAt(text.getSize(), fault);
+    text = SoTokenizer(m_chunk.text, m_chunk.textSize, text.getSourceName());
+    return true;
+}
+
+bool SceneReader::atEndOfFile()
+{
+    if (!text.atEnd())
+        return false;
+    if (!m_isBinary || text.hasFailed())
+        return true;
+    const std::size_t rest = m_binary.find_first_not_of(std::string_view("\0\r\n", 3), m_chunk.end);
+    if (rest == std::string_view::npos)
+        return true;
+    m_definitions.clear(); // their names lie in the piece before
+    m_types.clear();
+    return !openChunk(m_chunk.end);
+}
+
+bool SceneReader::readBlock(SoField& field)
+{
+    std::uint32_t index = 0;
+    text.peek();
+    const std::size_t at = text.getOffset();
+    if (!text.readUInt(index))
+        return false;
+    if (index >= m_chunk.blocks.size() || !setBlock(field, m_chunk.blocks[index]))
+        return text.failAt(at, "expected the number of a block that fits the field");
+    return true;
+}
+
 bool SceneReader::readFieldValue(SoField& field)
 {
+    if (m_isBinary && text.accept('@'))
+        return readBlock(field);
     return field.isOfType(SoMNodeField::getClassTypeId())
                ? readNodeList(static_cast<SoMNodeField&>(field))
                : field.readValue(*this);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "SoBlocks.h"
+
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoNode.h>
@@ -93,7 +96,16 @@ protected:
     /// USE of a name that is not known, or of a node that is still open. True: it is left out.
     virtual bool mayLeaveOutUse() const { return false; }
     bool readFieldValue(SoField& field);
+    /// Whether nothing follows; goes on to the next piece of a binary file.
+    bool atEndOfFile();
+    /// Begins with the piece of a binary file at `offset`; false after a fault.
+    bool openChunk(std::size_t offset);
     SoNode* findDefinition(std::string_view name) const;
+    /// A node, or whatever else routes may name.
+    virtual SoFieldContainer* findContainer(std::string_view name) const
+    {
+        return findDefinition(name);
+    }
     bool isDefined(std::string_view name) const { return m_definitions.count(name) > 0; }
     /// Skips one value of unknown type.
     bool skipValue(bool keepNames = true);
@@ -122,6 +134,11 @@ protected:
 
 private:
     friend class Vrml97Reader;
+    bool readBlock(SoField& field);
+
+    bool m_isBinary = false;
+    Chunk m_chunk;             ///< what is read of a binary file
+    std::string_view m_binary; ///< the whole of it
     struct Definition {
         SoRef<SoNode> node; ///< null for a node that was skipped
         bool open;          ///< its body is being read
@@ -168,6 +185,7 @@ public:
 protected:
     std::string_view protoName(std::string_view name) const override;
     bool routesAnyField() const override { return true; }
+    SoFieldContainer* findContainer(std::string_view name) const override;
     int tryStatement(std::string_view word) override;
     SoType findType(std::string_view name) const override;
     bool readBody(SoNode* node, std::string_view typeName) override;
@@ -185,6 +203,11 @@ private:
     bool isNode(std::string_view word);
     /// Behind the word "fields".
     bool readDeclaration(SoNode* node);
+    /// Behind the words "ENGINE" and "GLOBAL".
+    bool readEngineStatement();
+    bool readGlobalStatement();
+
+    std::unordered_map<std::string_view, SoRef<SoEngine>> m_engines;
 };
 
 /// VRML97 (ISO/IEC 14772-1:1997).
@@ -226,7 +249,7 @@ const SoField::FieldType* findFieldKind(std::string_view word);
 
 /// The field that an event belongs to: its own, or the exposed field that it sets or reports. Null
 /// when there is none.
-SoField* fieldOfEvent(SoNode& node, std::string_view event, bool out);
+SoField* fieldOfEvent(SoFieldContainer& node, std::string_view event, bool out);
 
 /// Lets `to` follow `from`. With `takeValue` it takes the value at once, else with the next change.
 /// False when there is no conversion, or when the way would lead in a circle.

@@ -3,9 +3,11 @@
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/io/SoInput.h>
@@ -14,6 +16,9 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
+
+#include <algorithm>
+#include <iterator>
 
 namespace kalmyr::detail {
 
@@ -39,6 +44,16 @@ const char* kindWord(SoField::FieldType kind)
 bool hasValue(SoField::FieldType kind)
 {
     return kind != SoField::EVENT_IN && kind != SoField::EVENT_OUT;
+}
+
+/// Fields that nodes of VRML 1.0 have here and not there.
+bool isUnknownToVrml1(std::string_view field)
+{
+    constexpr std::string_view kFields[] = {
+        "aspectRatio",   "blendColor",     "boundingBoxCaching", "farDistance",
+        "fastEditing",   "model",          "nearDistance",       "pickCulling",
+        "renderCaching", "vertexProperty", "viewportMapping"};
+    return std::find(std::begin(kFields), std::end(kFields), field) != std::end(kFields);
 }
 
 /// The words in front of braces: types of nodes.
@@ -76,6 +91,7 @@ SceneWriter::SceneWriter(SoAction& action, SoOutput& out)
     : SoFieldWriter(m_buffer), m_action(action), m_out(out)
 {
     const SoInput::Format format = SoInput::formatOfHeader(out.getHeaderString().view());
+    m_binary = out.isBinary();
     m_dialect = format == SoInput::VRML2 ? VRML97 : format == SoInput::VRML1 ? VRML10 : KALMYR;
 }
 
@@ -88,15 +104,12 @@ void SceneWriter::keepOnly(const SoPath& path)
 void SceneWriter::startWriting()
 {
     m_counting = false;
-    std::erase_if(m_routes, [this](const SoField* field) {
-        const SoFieldContainer* master = field->getConnectedField()->getContainer();
-        return m_dialect == VRML10 || !master || !master->isOfType(SoNode::getClassTypeId())
-               || !m_nodes.count(static_cast<const SoNode*>(master));
-    });
+    std::erase_if(m_routes, [this](const SoField* field) { return !isRouteWritten(*field); });
     for (const SoField* field : m_routes) {
-        m_nodes[static_cast<const SoNode*>(field->getContainer())].routed = true;
-        m_nodes[static_cast<const SoNode*>(field->getConnectedField()->getContainer())].routed =
-            true;
+        for (const SoFieldContainer* end :
+             {field->getContainer(), field->getConnectedField()->getContainer()})
+            if (end->isOfType(SoNode::getClassTypeId()))
+                m_nodes[static_cast<const SoNode*>(end)].routed = true;
     }
     prototypes();
 }
@@ -106,13 +119,25 @@ void SceneWriter::finish()
     routes();
     if (!m_buffer.empty() && m_buffer.back() != '\n')
         m_buffer += '\n';
-    m_out.write(m_buffer);
+    if (m_binary) {
+        finishBinary();
+    } else {
+        m_out.write(m_buffer);
+    }
     m_buffer.clear();
+}
+
+void SceneWriter::finishBinary()
+{
+    std::string bytes;
+    Chunk::write(bytes, m_out.getNumBytesBefore(), m_buffer, m_blocks);
+    m_out.write(bytes);
 }
 
 void SceneWriter::flushIfLarge()
 {
-    if (m_buffer.size() < kFlushSize)
+    // The size of the text stands in front of it in a binary file.
+    if (m_buffer.size() < kFlushSize || m_binary)
         return;
     // A stopped traversal is how a failed output ends it; the output posts the reason.
     if (!m_out.write(m_buffer))
@@ -142,7 +167,9 @@ const std::string& SceneWriter::nameOf(const SoNode* node, Info& info)
     if (!own.empty() && m_taken.insert(own).second)
         return info.name = own;
     do {
-        info.name = own + SoBase::getInstancePrefix().toStdString();
+        // Names of VRML have no plus sign.
+        const SbString& prefix = SoBase::getInstancePrefix();
+        info.name = own + (m_dialect != KALMYR && prefix == "+" ? "_" : prefix.getString());
         SbNumber::appendInt(info.name, m_nextInstance++);
     } while (m_names.count(info.name));
     return info.name;
@@ -155,13 +182,14 @@ void SceneWriter::header(SoNode* node, Info& info)
         m_buffer += nameOf(node, info);
         m_buffer += ' ';
     }
-    if (node->isOfType(SoUnknownNode::getClassTypeId())) {
-        m_buffer += static_cast<SoUnknownNode*>(node)->getUnknownTypeName().view();
-    } else if (const SoVRMLProto* proto = protoOf(node)) {
+    if (const SoVRMLProto* proto = protoOf(node)) {
         m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
         m_buffer += proto->name.view();
     } else {
-        std::string_view type = node->getTypeId().getName().view();
+        const bool unknown = node->isOfType(SoUnknownNode::getClassTypeId());
+        std::string_view type = unknown
+                                    ? static_cast<SoUnknownNode*>(node)->getUnknownTypeName().view()
+                                    : node->getTypeId().getName().view();
         if (isVrml97() && type.starts_with(kVrmlPrefix))
             type.remove_prefix(kVrmlPrefix.size());
         m_buffer += type;
@@ -175,6 +203,8 @@ bool SceneWriter::enter(SoNode* node)
     if (m_counting) {
         if (++info.count == 1 && !node->getName().isEmpty())
             m_names.emplace(node->getName().view());
+        if (!m_root)
+            m_root = node;
         if (info.count == 1)
             findRoutes(node);
         return info.count == 1;
@@ -276,7 +306,9 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
 {
     const bool list = field->isOfType(SoMNodeField::getClassTypeId());
     const bool bound = list && static_cast<SoMNodeField*>(field)->isBound();
-    if (field->isIgnored() && m_dialect != KALMYR && field->isDefault())
+    if (m_dialect != KALMYR && field->isIgnored() && field->isDefault())
+        return;
+    if (m_dialect == VRML10 && isUnknownToVrml1(name.view()))
         return;
     const bool unset =
         bound ? static_cast<SoMNodeField*>(field)->getNum() == 0 : !node->isFieldWritten(*field);
@@ -299,8 +331,13 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
     }
     newLine();
     m_buffer += name.view();
+    std::string_view block;
     if (list) {
         nodeList(node, *static_cast<SoMNodeField*>(field));
+    } else if (m_binary && getBlock(*field, block)) {
+        m_buffer += " @";
+        SbNumber::appendUInt(m_buffer, m_blocks.size());
+        m_blocks.push_back(block);
     } else {
         m_buffer += ' ';
         field->writeValue(*this);
@@ -406,34 +443,114 @@ bool SceneWriter::isWrapper(const SoNode* node) const
            && static_cast<const SoVRMLGroup*>(node)->bboxSize.isDefault();
 }
 
-void SceneWriter::findRoutes(SoNode* node)
+void SceneWriter::findRoutes(const SoFieldContainer* container)
 {
-    if (!m_root)
-        m_root = node;
-    const SoFieldData* data = node->getFieldData();
+    const SoFieldData* data = container->getFieldData();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField* one = data->getField(node, i);
-        if (one->isConnected())
-            m_routes.push_back(one);
+        const SoField* one = data->getField(container, i);
+        if (!one->isConnected())
+            continue;
+        m_routes.push_back(one);
+        findEngine(one->getConnectedField()->getContainer());
     }
+}
+
+void SceneWriter::findEngine(const SoFieldContainer* engine)
+{
+    if (m_dialect != KALMYR || !engine || !engine->isOfType(SoEngine::getClassTypeId())
+        || m_engineNames.count(engine))
+        return;
+    m_engineNames[engine]; // named when all names of nodes are known
+    m_engines.push_back(engine);
+    findRoutes(engine);
+}
+
+bool SceneWriter::isRouteWritten(const SoField& field) const
+{
+    const SoFieldContainer* master = field.getConnectedField()->getContainer();
+    if (!master || m_dialect == VRML10)
+        return false;
+    if (master->isOfType(SoNode::getClassTypeId()))
+        return m_nodes.count(static_cast<const SoNode*>(master)) > 0;
+    return m_dialect == KALMYR
+           && (master->isOfType(SoEngine::getClassTypeId())
+               || master->isOfType(SoGlobalField::getClassTypeId()));
+}
+
+void SceneWriter::engines()
+{
+    for (const SoFieldContainer* engine : m_engines) {
+        std::string& name = m_engineNames[engine];
+        name = std::string(engine->getName().view());
+        while (name.empty() || m_names.count(name) || !m_taken.insert(name).second) {
+            name = "Engine";
+            SbNumber::appendInt(name, m_nextInstance++);
+        }
+        m_buffer += "\nENGINE ";
+        m_buffer += name;
+        m_buffer += ' ';
+        m_buffer += engine->getTypeId().getName().view();
+        m_buffer += " {";
+        const SoFieldData* data = engine->getFieldData();
+        ++m_indent;
+        for (int i = 0; data && i < data->getNumFields(); ++i) {
+            const SoField* one = data->getField(engine, i);
+            if (engine->computes(one) || !engine->isFieldWritten(*one))
+                continue;
+            newLine();
+            m_buffer += data->getFieldName(i).view();
+            m_buffer += ' ';
+            one->writeValue(*this);
+        }
+        --m_indent;
+        newLine();
+        m_buffer += '}';
+    }
+}
+
+void SceneWriter::globals()
+{
+    std::unordered_set<const SoFieldContainer*> written;
+    for (const SoField* field : m_routes) {
+        const SoField* master = field->getConnectedField();
+        const SoFieldContainer* global = master->getContainer();
+        if (!global->isOfType(SoGlobalField::getClassTypeId()) || !written.insert(global).second)
+            continue;
+        m_buffer += "\nGLOBAL ";
+        m_buffer += master->getTypeId().getName().view();
+        m_buffer += ' ';
+        m_buffer += global->getFieldName(master).view();
+        m_buffer += ' ';
+        master->writeValue(*this);
+    }
+}
+
+std::string SceneWriter::nameInRoute(const SoFieldContainer* container)
+{
+    if (container->isOfType(SoNode::getClassTypeId())) {
+        const auto* node = static_cast<const SoNode*>(container);
+        return nameOf(node, m_nodes[node]);
+    }
+    const auto engine = m_engineNames.find(container);
+    return engine == m_engineNames.end() ? "global" : engine->second;
 }
 
 void SceneWriter::routes()
 {
+    engines();
+    globals();
     for (const SoField* field : m_routes) {
         const SoField* master = field->getConnectedField();
-        const auto* from = static_cast<const SoNode*>(master->getContainer());
-        const auto* to = static_cast<const SoNode*>(field->getContainer());
         if (m_buffer.empty() || m_buffer.back() != '\n')
             m_buffer += '\n';
         m_buffer += "ROUTE ";
-        m_buffer += nameOf(from, m_nodes[from]);
+        m_buffer += nameInRoute(master->getContainer());
         m_buffer += '.';
-        m_buffer += from->getFieldName(master).view();
+        m_buffer += master->getContainer()->getFieldName(master).view();
         m_buffer += " TO ";
-        m_buffer += nameOf(to, m_nodes[to]);
+        m_buffer += nameInRoute(field->getContainer());
         m_buffer += '.';
-        m_buffer += to->getFieldName(field).view();
+        m_buffer += field->getContainer()->getFieldName(field).view();
         flushIfLarge();
     }
 }

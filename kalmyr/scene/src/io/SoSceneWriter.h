@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SoBlocks.h"
+
 #include <kalmyr/base/SbName.h>
 #include <kalmyr/core/SoFieldIO.h>
 
@@ -10,6 +12,7 @@
 
 class SoAction;
 class SoField;
+class SoFieldContainer;
 class SoFieldData;
 class SoMNodeField;
 class SoNode;
@@ -67,13 +70,19 @@ private:
     static constexpr std::size_t kFlushSize = std::size_t(1) << 18;
 
     void newLine();
+    void finishBinary();
     void field(SoNode* node, const SbName& name, SoField* field);
     void declaration(const SoFieldData& data, const SoNode* node, int first);
     /// Declarations of the prototypes that were met, those that they use in front of them.
     void prototypes();
     void collect(SoVRMLProto* proto);
-    void findRoutes(SoNode* node);
+    void findRoutes(const SoFieldContainer* container);
+    void findEngine(const SoFieldContainer* engine);
+    bool isRouteWritten(const SoField& field) const;
+    void engines();
+    void globals();
     void routes();
+    std::string nameInRoute(const SoFieldContainer* container);
     void nodeList(SoNode* node, const SoMNodeField& field);
     void header(SoNode* node, Info& info);
     bool isKept(const SoNode* parent, const SoNode* child, int index) const;
@@ -90,9 +99,13 @@ private:
     int m_indent = 0;
     std::vector<SoVRMLProto*> m_protos; // Not owned; the instances hold them.
     std::unordered_set<const SoVRMLProto*> m_metProtos;
+    std::vector<const SoFieldContainer*> m_engines; ///< those that fields follow
+    std::unordered_map<const SoFieldContainer*, std::string> m_engineNames;
     std::vector<const SoField*> m_routes; ///< fields that follow others
     const SoNode* m_root = nullptr;
     Dialect m_dialect = KALMYR;
+    std::vector<std::string_view> m_blocks; ///< values that a binary file holds as bytes
+    bool m_binary = false;
     bool m_counting = true;
     bool m_empty = true;     ///< nothing stands yet in the innermost braces
     bool m_verbatim = false; ///< what stands there brings its own space in front of the brace

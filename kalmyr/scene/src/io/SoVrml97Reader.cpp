@@ -166,8 +166,9 @@ int Vrml97Reader::tryDeclaration(SoVRMLScript* script, std::string_view word)
 
 bool Vrml97Reader::readUnknownBody(SoUnknownNode* node, std::string_view typeName)
 {
-    node->setUnknownTypeName(SbName(typeName));
     const std::string name(typeName);
+    // As types of this format are called elsewhere: other formats may have one of that name.
+    node->setUnknownTypeName(SbName("VRML" + name));
     warnOnce("type " + name, typeName.data(),
              "node type '" + name + "' is unknown; it is kept as text");
     return readSkippedBody(node, true);

@@ -101,9 +101,7 @@ void SoVRMLInline::doAction(SoAction* action)
 
 void SoVRMLInline::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
+    m_children.truncate(); // the box of the original takes the place of the copy's own
     SoNode::copyContents(from, copier);
-    // The copy brought a box of its own and was given that of the original as well.
-    if (m_children.getLength() > 2)
-        m_children.remove(1);
     m_directory = static_cast<const SoVRMLInline*>(from)->m_directory;
 }

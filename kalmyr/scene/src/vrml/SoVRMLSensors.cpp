@@ -2,6 +2,8 @@
 
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
+#include <cmath>
+
 SO_NODE_SOURCE(SoVRMLCylinderSensor)
 
 SoVRMLCylinderSensor::SoVRMLCylinderSensor()
@@ -92,6 +94,7 @@ void SoVRMLSphereSensor::initClass()
 SO_NODE_SOURCE(SoVRMLTimeSensor)
 
 SoVRMLTimeSensor::SoVRMLTimeSensor()
+    : m_timer([](void* self, SoSensor*) { static_cast<SoVRMLTimeSensor*>(self)->tick(); }, this)
 {
     SO_NODE_CONSTRUCTOR(SoNode);
     SO_VRML_EXPOSED(cycleInterval, (1.0));
@@ -105,7 +108,76 @@ SoVRMLTimeSensor::SoVRMLTimeSensor()
     SO_VRML_EVENT_OUT(time);
 }
 
-SoVRMLTimeSensor::~SoVRMLTimeSensor() = default;
+SoVRMLTimeSensor::~SoVRMLTimeSensor()
+{
+    m_timer.unschedule();
+}
+
+void SoVRMLTimeSensor::listenersChanged(SoField*)
+{
+    runTimer();
+}
+
+void SoVRMLTimeSensor::notify(SoNotification& notification)
+{
+    SoNode::notify(notification);
+    const SoField* field = notification.container == this ? notification.field : nullptr;
+    if (field && field->getFieldType() == SoField::EXPOSED)
+        runTimer();
+}
+
+bool SoVRMLTimeSensor::isFollowed() const
+{
+    return fraction_changed.getAuditors().getLength() > 0 || time.getAuditors().getLength() > 0
+           || cycleTime.getAuditors().getLength() > 0 || isActive.getAuditors().getLength() > 0;
+}
+
+void SoVRMLTimeSensor::runTimer()
+{
+    // Reading a file sets fields without telling; then the first listener starts the clock.
+    if (!isFollowed()) {
+        m_timer.unschedule();
+    } else if (!m_timer.isScheduled()) {
+        m_timer.schedule();
+    }
+}
+
+void SoVRMLTimeSensor::stop(double now)
+{
+    if (isActive.getValue()) {
+        time = SbTime(now);
+        isActive = false;
+    }
+}
+
+void SoVRMLTimeSensor::tick()
+{
+    const double now = SbTime::getTimeOfDay().getValue();
+    const double start = startTime.getValue().getValue();
+    const double end = stopTime.getValue().getValue();
+    const double cycle = cycleInterval.getValue().getValue();
+    const double passed = now - start;
+    if (!enabled.getValue() || passed < 0 || !(cycle > 0)) {
+        stop(now);
+        return;
+    }
+    const bool ended = end > start && now >= end;
+    if (ended || (!loop.getValue() && passed >= cycle)) {
+        if (isActive.getValue())
+            fraction_changed =
+                ended ? static_cast<float>(std::fmod(end - start, cycle) / cycle) : 1;
+        stop(now);
+        m_timer.unschedule(); // a change of a field starts it again
+        return;
+    }
+    const double cycles = std::floor(passed / cycle);
+    if (!isActive.getValue())
+        isActive = true;
+    if (cycleTime.getValue().getValue() != start + cycles * cycle)
+        cycleTime = SbTime(start + cycles * cycle);
+    fraction_changed = static_cast<float>(passed / cycle - cycles);
+    time = SbTime(now);
+}
 
 void SoVRMLTimeSensor::initClass()
 {

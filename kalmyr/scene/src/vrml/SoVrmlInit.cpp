@@ -120,6 +120,7 @@ constexpr Class kClasses[] = {
     entry<SoVRMLTimeSensor>(),
     entry<SoVRMLTouchSensor>(),
     entry<SoVRMLVisibilitySensor>(),
+    entry<SoVRMLInterpolator>(),
     entry<SoVRMLColorInterpolator>(),
     entry<SoVRMLCoordinateInterpolator>(),
     entry<SoVRMLNormalInterpolator>(),

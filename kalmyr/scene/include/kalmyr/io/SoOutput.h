@@ -59,6 +59,8 @@ public:
     /// Writes bytes, after the header if they are the first. False once anything failed.
     bool write(std::string_view bytes);
     bool hasFailed() const { return m_failed; }
+    /// Bytes that stand in front of what is written next, the header among them.
+    std::size_t getNumBytesBefore() const;
 
 private:
     class Target;
@@ -78,4 +80,5 @@ private:
     bool m_binary = false;
     bool m_compress = false;
     bool m_failed = false;
+    std::size_t m_numBytes = 0; ///< written behind the header
 };

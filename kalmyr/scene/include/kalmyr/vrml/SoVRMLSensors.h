@@ -3,9 +3,11 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/sensors/SoTimerSensor.h>
 
 /// \file
-/// Sensors of VRML97. They keep their values; nothing drives them.
+/// Sensors of VRML97. Those of the pointer and of the viewer keep their values; nothing drives
+/// them.
 
 /// Turns dragging into a rotation about an axis.
 class KALMYR_API SoVRMLCylinderSensor : public SoNode {
@@ -90,7 +92,7 @@ protected:
     ~SoVRMLSphereSensor() override;
 };
 
-/// A clock.
+/// A clock. It runs while something follows one of its events.
 class KALMYR_API SoVRMLTimeSensor : public SoNode {
     SO_NODE_HEADER(SoVRMLTimeSensor)
 
@@ -108,8 +110,20 @@ public:
     SoSFBool isActive;          ///< event out
     SoSFTime time;              ///< event out
 
+    bool affectsState() const override { return false; }
+    void notify(SoNotification& notification) override;
+
 protected:
     ~SoVRMLTimeSensor() override;
+    void listenersChanged(SoField* field) override;
+
+private:
+    bool isFollowed() const;
+    void runTimer();
+    void tick();
+    void stop(double now);
+
+    SoTimerSensor m_timer;
 };
 
 /// Tells that its siblings are pointed at or clicked.

@@ -1,0 +1,403 @@
+#include <kalmyr/io/SoToVRML2Action.h>
+
+#include "ConvertedLook.h"
+
+#include <kalmyr/cameras/SoOrthographicCamera.h>
+#include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/lights/SoDirectionalLight.h>
+#include <kalmyr/lights/SoPointLight.h>
+#include <kalmyr/lights/SoSpotLight.h>
+#include <kalmyr/nodes/SoWWWAnchor.h>
+#include <kalmyr/shapes/SoCone.h>
+#include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/shapes/SoCylinder.h>
+#include <kalmyr/shapes/SoGeometry.h>
+#include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/vrml/SoVRMLAnchor.h>
+#include <kalmyr/vrml/SoVRMLAppearance.h>
+#include <kalmyr/vrml/SoVRMLBox.h>
+#include <kalmyr/vrml/SoVRMLColor.h>
+#include <kalmyr/vrml/SoVRMLCone.h>
+#include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLCylinder.h>
+#include <kalmyr/vrml/SoVRMLDirectionalLight.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLImageTexture.h>
+#include <kalmyr/vrml/SoVRMLIndexedFaceSet.h>
+#include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLLOD.h>
+#include <kalmyr/vrml/SoVRMLMaterial.h>
+#include <kalmyr/vrml/SoVRMLNormal.h>
+#include <kalmyr/vrml/SoVRMLPixelTexture.h>
+#include <kalmyr/vrml/SoVRMLPointLight.h>
+#include <kalmyr/vrml/SoVRMLPointSet.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
+#include <kalmyr/vrml/SoVRMLSphere.h>
+#include <kalmyr/vrml/SoVRMLSpotLight.h>
+#include <kalmyr/vrml/SoVRMLSwitch.h>
+#include <kalmyr/vrml/SoVRMLTextureCoordinate.h>
+#include <kalmyr/vrml/SoVRMLTextureTransform.h>
+#include <kalmyr/vrml/SoVRMLTransform.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
+
+#include <cmath>
+
+SO_ACTION_SOURCE(SoToVRML2Action, SoSceneConversionAction, "ToVRML2Action")
+
+namespace {
+
+using namespace kalmyr::detail;
+
+bool isVrml97(const SoNode* node)
+{
+    return node->getTypeId().getName().view().starts_with("VRML");
+}
+
+/// Whether children further down are of other families; groups of VRML97 may hold anything.
+bool holdsOthers(const SoNode* node)
+{
+    // What an inline shows stands in another file.
+    const bool isInline = node->isOfType(SoVRMLInline::getClassTypeId());
+    const SoChildList* children = isInline ? nullptr : node->getChildren();
+    for (int i = 0; children && i < children->getLength(); ++i)
+        if (!isVrml97((*children)[i]) || holdsOthers((*children)[i]))
+            return true;
+    return false;
+}
+
+template <class Node>
+SoNode* lightOf(const SoLight& light)
+{
+    auto* made = new Node;
+    made->on = light.on.getValue();
+    made->intensity = light.intensity.getValue();
+    made->color = light.color.getValue();
+    return made;
+}
+
+template <class Field, class Values>
+void fill(Field& field, const Values& values)
+{
+    field.setValues(0, {values.data(), values.size()});
+}
+
+template <class Set>
+void addCorners(Set& set, const SoGeometry& geometry)
+{
+    auto* points = new SoVRMLCoordinate;
+    fill(points->point, geometry.positions);
+    set.coord = points;
+    if (geometry.colors.empty())
+        return;
+    auto* colors = new SoVRMLColor;
+    std::vector<SbColor> values(geometry.colors.size());
+    float ignored = 0;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i].setPackedValue(geometry.colors[i], ignored);
+    fill(colors->color, values);
+    set.color = colors;
+}
+
+SoNode* faceSet(const SoGeometry& geometry)
+{
+    auto* faces = new SoVRMLIndexedFaceSet;
+    addCorners(*faces, geometry);
+    fill(faces->coordIndex, faceIndices(geometry));
+    faces->solid = geometry.solid;
+    if (!geometry.normals.empty()) {
+        auto* normals = new SoVRMLNormal;
+        fill(normals->vector, geometry.normals);
+        faces->normal = normals;
+    }
+    if (!geometry.texCoords.empty()) {
+        auto* coords = new SoVRMLTextureCoordinate;
+        fill(coords->point, geometry.texCoords);
+        faces->texCoord = coords;
+    }
+    return faces;
+}
+
+SoNode* lineSet(const SoGeometry& geometry)
+{
+    auto* lines = new SoVRMLIndexedLineSet;
+    addCorners(*lines, geometry);
+    fill(lines->coordIndex, lineIndices(geometry));
+    return lines;
+}
+
+SoNode* pointSet(const SoGeometry& geometry)
+{
+    auto* points = new SoVRMLPointSet;
+    addCorners(*points, geometry);
+    return points;
+}
+
+SoNode* solid(const SoShape* shape)
+{
+    if (shape->isOfType(SoCube::getClassTypeId())) {
+        const auto* cube = static_cast<const SoCube*>(shape);
+        auto* box = new SoVRMLBox;
+        box->size.setValue(cube->width.getValue(), cube->height.getValue(), cube->depth.getValue());
+        return box;
+    }
+    if (shape->isOfType(SoSphere::getClassTypeId())) {
+        auto* ball = new SoVRMLSphere;
+        ball->radius = static_cast<const SoSphere*>(shape)->radius.getValue();
+        return ball;
+    }
+    if (shape->isOfType(SoCone::getClassTypeId())) {
+        const auto* from = static_cast<const SoCone*>(shape);
+        auto* cone = new SoVRMLCone;
+        cone->bottomRadius = from->bottomRadius.getValue();
+        cone->height = from->height.getValue();
+        cone->side = (from->parts.getValue() & SoCone::SIDES) != 0;
+        cone->bottom = (from->parts.getValue() & SoCone::BOTTOM) != 0;
+        return cone;
+    }
+    const auto* from = static_cast<const SoCylinder*>(shape);
+    auto* cylinder = new SoVRMLCylinder;
+    cylinder->radius = from->radius.getValue();
+    cylinder->height = from->height.getValue();
+    cylinder->side = (from->parts.getValue() & SoCylinder::SIDES) != 0;
+    cylinder->top = (from->parts.getValue() & SoCylinder::TOP) != 0;
+    cylinder->bottom = (from->parts.getValue() & SoCylinder::BOTTOM) != 0;
+    return cylinder;
+}
+
+} // namespace
+
+void SoToVRML2Action::initMethods()
+{
+    addMethods(addMethod);
+}
+
+SoToVRML2Action::SoToVRML2Action() = default;
+SoToVRML2Action::~SoToVRML2Action() = default;
+
+SoVRMLGroup* SoToVRML2Action::getVRML2SceneGraph() const
+{
+    SoGroup* result = getResult();
+    // A root that was a group already needs no other around it.
+    if (result && result->getNumChildren() == 1) {
+        SoNode* only = result->getChild(0);
+        if (only->getTypeId() == SoVRMLGroup::getClassTypeId())
+            result = static_cast<SoVRMLGroup*>(only);
+    }
+    return static_cast<SoVRMLGroup*>(result);
+}
+
+void SoToVRML2Action::beginTraversal(SoNode* root)
+{
+    m_appearances.clear();
+    m_materials.clear();
+    m_textures.clear();
+    m_geometries.clear();
+    SoSceneConversionAction::beginTraversal(root);
+}
+
+SoNode* SoToVRML2Action::takeOver(SoNode* node)
+{
+    return isVrml97(node) && !holdsOthers(node) ? node : nullptr;
+}
+
+SoGroup* SoToVRML2Action::makeRoot()
+{
+    return new SoVRMLGroup;
+}
+
+SoGroup* SoToVRML2Action::makeGroup(const SoNode* source)
+{
+    if (!source || !source->isOfType(SoWWWAnchor::getClassTypeId()))
+        return new SoVRMLGroup;
+    const auto* from = static_cast<const SoWWWAnchor*>(source);
+    auto* anchor = new SoVRMLAnchor;
+    anchor->url = from->name.getValue();
+    anchor->description = from->description.getValue();
+    return anchor;
+}
+
+SoGroup* SoToVRML2Action::makeTransform(const SbMatrix& matrix)
+{
+    auto* made = new SoVRMLTransform;
+    SbVec3f translation, scale;
+    SbRotation rotation, scaleOrientation;
+    matrix.getTransform(translation, rotation, scale, scaleOrientation);
+    if (translation != SbVec3f(0, 0, 0))
+        made->translation = translation;
+    if (rotation != SbRotation())
+        made->rotation = rotation;
+    if (scale != SbVec3f(1, 1, 1)) {
+        made->scale = scale;
+        if (scaleOrientation != SbRotation())
+            made->scaleOrientation = scaleOrientation;
+    }
+    return made;
+}
+
+SoGroup* SoToVRML2Action::makeSwitch(int chosen)
+{
+    auto* made = new SoVRMLSwitch;
+    made->whichChoice = chosen;
+    return made;
+}
+
+SoGroup* SoToVRML2Action::makeLOD(const std::vector<float>& ranges, const SbVec3f& center)
+{
+    auto* made = new SoVRMLLOD;
+    fill(made->range, ranges);
+    made->center = center;
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeMaterial()
+{
+    SoState* state = getState();
+    const auto& element = state->get<SoMaterialElement>();
+    const bool lit = state->get<SoLightModelElement>().value().model == SoLightModelValue::PHONG;
+    const std::uint64_t key = SoElement::mix(element.getValueId(), lit);
+    SoRef<SoNode>& known = m_materials[key];
+    if (known && m_reuseProperties)
+        return known.get();
+    const SoMaterialValues& values = element.value();
+    auto* made = new SoVRMLMaterial;
+    const SbColor diffuse = values.getDiffuse();
+    if (lit) {
+        made->diffuseColor = diffuse;
+        made->emissiveColor = values.emissive;
+        made->specularColor = values.specular;
+        made->shininess = values.shininess;
+        const float brightness = diffuse[0] + diffuse[1] + diffuse[2];
+        const float ambient = values.ambient[0] + values.ambient[1] + values.ambient[2];
+        made->ambientIntensity = brightness > 0 ? std::min(ambient / brightness, 1.0f) : 0.0f;
+    } else {
+        made->diffuseColor.setValue(0, 0, 0);
+        made->ambientIntensity = 0;
+        made->emissiveColor = diffuse;
+    }
+    if (values.getTransparency() > 0)
+        made->transparency = values.getTransparency();
+    known = made;
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeTexture()
+{
+    const auto& element = getState()->get<SoTextureElement>();
+    if (element.value().image.isNull())
+        return nullptr;
+    SoRef<SoNode>& known = m_textures[element.getValueId()];
+    if (known && m_reuseProperties)
+        return known.get();
+    const SbString file = textureFile(getState());
+    SoVRMLTexture* made = nullptr;
+    if (file.isEmpty()) {
+        auto* pixels = new SoVRMLPixelTexture;
+        pixels->image = element.value().image;
+        made = pixels;
+    } else {
+        auto* image = new SoVRMLImageTexture;
+        image->url = file;
+        image->setDirectory(textureFolder(getState()));
+        made = image;
+    }
+    made->repeatS = element.value().wrapS == SoTextureValues::REPEAT;
+    made->repeatT = element.value().wrapT == SoTextureValues::REPEAT;
+    known = made;
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeAppearance()
+{
+    SoState* state = getState();
+    const auto& matrix = state->get<SoTextureMatrixElement>();
+    std::uint64_t key = state->get<SoMaterialElement>().getValueId();
+    key = SoElement::mix(key, state->get<SoTextureElement>().getValueId());
+    key = SoElement::mix(key, state->get<SoLightModelElement>().getValueId());
+    key = SoElement::mix(key, matrix.getValueId());
+    SoRef<SoNode>& known = m_appearances[key];
+    if (known && m_reuseAppearances)
+        return known.get();
+    auto* made = new SoVRMLAppearance;
+    known = made;
+    made->material = makeMaterial();
+    if (SoNode* texture = makeTexture())
+        made->texture = texture;
+    if (matrix.value() == SbMatrix::identity() || !made->texture.getValue())
+        return made;
+    const TextureTransform factors = factorTextureMatrix(matrix.value());
+    auto* transform = new SoVRMLTextureTransform;
+    transform->translation.setValue(factors.translation[0], factors.translation[1]);
+    transform->rotation = factors.rotation;
+    transform->scale.setValue(factors.scale[0], factors.scale[1]);
+    made->textureTransform = transform;
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeGeometry(SoShape* shape, const SoGeometry& geometry)
+{
+    SoRef<SoNode>& known = m_geometries[geometry.getId()];
+    if (known && m_reuseGeometries)
+        return known.get();
+    known = isPlainSolid(shape, geometry) ? solid(shape)
+            : !geometry.triangles.empty() ? faceSet(geometry)
+            : !geometry.lines.empty()     ? lineSet(geometry)
+                                          : pointSet(geometry);
+    return known.get();
+}
+
+SoNode* SoToVRML2Action::makeShape(SoShape* shape, const SoGeometry& geometry)
+{
+    auto* made = new SoVRMLShape;
+    made->appearance = makeAppearance();
+    made->geometry = makeGeometry(shape, geometry);
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeCamera(const SoNode* node)
+{
+    const auto* camera = static_cast<const SoCamera*>(node);
+    auto* made = new SoVRMLViewpoint;
+    made->position = camera->position.getValue();
+    made->orientation = camera->orientation.getValue();
+    made->description = SbString(camera->getName().getString());
+    if (camera->isOfType(SoPerspectiveCamera::getClassTypeId()))
+        made->fieldOfView = static_cast<const SoPerspectiveCamera*>(camera)->heightAngle.getValue();
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeLight(const SoNode* node)
+{
+    if (node->isOfType(SoSpotLight::getClassTypeId())) {
+        const auto* from = static_cast<const SoSpotLight*>(node);
+        auto* made = static_cast<SoVRMLSpotLight*>(lightOf<SoVRMLSpotLight>(*from));
+        made->location = from->location.getValue();
+        made->direction = from->direction.getValue();
+        made->cutOffAngle = from->cutOffAngle.getValue();
+        made->beamWidth = from->cutOffAngle.getValue() * (1 - from->dropOffRate.getValue());
+        return made;
+    }
+    if (node->isOfType(SoPointLight::getClassTypeId())) {
+        const auto* from = static_cast<const SoPointLight*>(node);
+        auto* made = static_cast<SoVRMLPointLight*>(lightOf<SoVRMLPointLight>(*from));
+        made->location = from->location.getValue();
+        return made;
+    }
+    if (!node->isOfType(SoDirectionalLight::getClassTypeId()))
+        return nullptr;
+    const auto* from = static_cast<const SoDirectionalLight*>(node);
+    auto* made = static_cast<SoVRMLDirectionalLight*>(lightOf<SoVRMLDirectionalLight>(*from));
+    made->direction = from->direction.getValue();
+    return made;
+}
+
+SoNode* SoToVRML2Action::makeInline(const SbString& url, SoNode* content)
+{
+    auto* made = new SoVRMLInline;
+    made->url = url;
+    made->setChildData(content);
+    return made;
+}

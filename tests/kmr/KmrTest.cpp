@@ -1,0 +1,163 @@
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+class KmrTest : public testing::Test {
+protected:
+    KmrTest()
+    {
+        std::string pattern = (fs::temp_directory_path() / "kmr_XXXXXX").string();
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~KmrTest() override { fs::remove_all(m_folder); }
+
+    std::string path(const std::string& name) const { return m_folder + "/" + name; }
+    std::string write(const std::string& name, std::string_view text) const
+    {
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
+    std::string read(const std::string& name) const
+    {
+        std::ifstream in(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    Outcome run(const std::string& arguments) const
+    {
+        Outcome result;
+        const std::string command = std::string(MIRABO_RUNTIME_DIR) + "/kmr " + arguments + " 2>"
+                                    + path("errors") + " </dev/null";
+        FILE* pipe = popen(command.c_str(), "r");
+        std::array<char, 512> part;
+        while (pipe && fgets(part.data(), part.size(), pipe))
+            result.output += part.data();
+        const int status = pipe ? pclose(pipe) : -1;
+        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        result.errors = read("errors");
+        return result;
+    }
+
+private:
+    std::string m_folder;
+};
+
+bool has(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+constexpr const char* kScene =
+    "#VRML V2.0 utf8\n"
+    "PROTO Ball [ field SFFloat r 1 ] { Shape { geometry Sphere { radius IS r } } }\n"
+    "DEF A Transform { translation 5 0 0 children [ Ball { r 2 } ] } USE A\n"
+    "WorldInfo { title \"caf\xe9 \\\"{ Box { }\" } # Box { }\n";
+
+} // namespace
+
+TEST_F(KmrTest, TellsWhatIsInAFile)
+{
+    const std::string file = write("a b.wrl", kScene);
+    const Outcome told = run("info --json '" + file + "'");
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.errors, "");
+    const std::string& json = told.output;
+    EXPECT_TRUE(has(json, "\"format\":\"vrml2\",\"compressed\":false")) << json;
+    EXPECT_TRUE(has(json, "\"nodes\":{\"VRMLProtoInstance\":1,\"VRMLShape\":1,\"VRMLSphere\":1,"
+                          "\"VRMLTransform\":1,\"VRMLWorldInfo\":1},\"instances\":5,"
+                          "\"occurrences\":9"))
+        << json;
+    EXPECT_TRUE(has(json, "\"bbox\":[3,-2,-2,7,2,2]")) << json;
+    EXPECT_TRUE(has(json, "\"parsed\":{\"nodes\":{\"Ball\":1,\"Transform\":1,\"WorldInfo\":1},"
+                          "\"proto_nodes\":{\"Shape\":1,\"Sphere\":1},\"def\":1,\"use\":1,"
+                          "\"route\":0,\"proto\":1,\"externproto\":0}"))
+        << json;
+    EXPECT_EQ(json.find('\n'), json.size() - 1);
+}
+
+TEST_F(KmrTest, GoesOnBehindABrokenFile)
+{
+    const std::string good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
+    const std::string bad = write("bad.wrl", "#VRML V2.0 utf8\nGroup { children [ Shape {\n");
+    const Outcome told = run("info --json " + path("none.wrl") + " " + bad + " " + good);
+    EXPECT_EQ(told.status, 1);
+    EXPECT_TRUE(has(told.errors, bad + ":3:1: error: expected a field or '}'")) << told.errors;
+    EXPECT_TRUE(has(told.errors, path("none.wrl") + ": error: it cannot be opened"));
+    EXPECT_TRUE(has(told.output, "\"errors\":[{\"line\":3,\"column\":1,")) << told.output;
+    EXPECT_TRUE(has(told.output, "\"triangles\":12")) << told.output;
+}
+
+TEST_F(KmrTest, ConvertsBetweenAllFormats)
+{
+    const std::string file = write("in.wrl", kScene);
+    ASSERT_EQ(run("convert " + file + " " + path("a.ky")).status, 0);
+    ASSERT_EQ(
+        run("convert " + path("a.ky") + " " + path("b.kyz") + " --format kalmyr-binary").status, 0);
+    ASSERT_EQ(run("convert " + path("b.kyz") + " " + path("c.ky")).status, 0);
+    EXPECT_EQ(read("a.ky"), read("c.ky"));
+    ASSERT_EQ(run("convert " + file + " " + path("d.wrl") + " --format=vrml1").status, 0);
+    ASSERT_EQ(run("convert " + path("d.wrl") + " " + path("e.wrl")).status, 0);
+    EXPECT_EQ(read("e.wrl").substr(0, 16), "#VRML V1.0 ascii");
+    for (const char* name : {"b.kyz", "d.wrl", "e.wrl"})
+        EXPECT_TRUE(has(run("info --json " + path(name)).output, "\"bbox\":[3,-2,-2,7,2,2]"))
+            << name;
+    EXPECT_TRUE(has(run("info " + path("b.kyz")).output, "kalmyr-binary, compressed"));
+    EXPECT_EQ(run("convert " + file + " " + path("no/such/folder.ky")).status, 1);
+}
+
+TEST_F(KmrTest, RefusesWrongUsage)
+{
+    const char* const wrong[] = {"",
+                                 "dance",
+                                 "info",
+                                 "info --loud x",
+                                 "convert a",
+                                 "convert a b --format doc",
+                                 "render a b.png --size 3",
+                                 "render a b.png --background red",
+                                 "render a b.doc"};
+    for (const char* arguments : wrong) {
+        const Outcome told = run(arguments);
+        EXPECT_EQ(told.status, 2) << arguments;
+        EXPECT_TRUE(has(told.errors, "usage: kmr")) << arguments;
+    }
+    EXPECT_TRUE(has(run("--help").output, "usage: kmr"));
+}
+
+TEST_F(KmrTest, DrawsAPicture)
+{
+    const std::string file =
+        write("red.ky", "#Kalmyr V1.0 ascii\nMaterial { diffuseColor 1 0 0 }\nCube { }\n");
+    const Outcome drawn =
+        run("render " + file + " " + path("red.bmp") + " --size 40x30 --background 0,0,1");
+    if (has(drawn.errors, "OpenGL"))
+        GTEST_SKIP() << drawn.errors;
+    ASSERT_EQ(drawn.status, 0) << drawn.errors;
+    const std::string bmp = read("red.bmp");
+    ASSERT_EQ(bmp.substr(0, 2), "BM");
+    const auto start = static_cast<unsigned char>(bmp[10]);
+    ASSERT_GE(bmp.size(), start + 40u * 30 * 3);
+    const auto byte = [&](int x, int y, int c) {
+        return static_cast<unsigned char>(
+            bmp[start + static_cast<std::size_t>((y * 40 + x) * 3 + c)]);
+    };
+    EXPECT_EQ(byte(0, 0, 0), 255); // blue comes first
+    EXPECT_GT(byte(20, 15, 2), 100);
+    EXPECT_LT(byte(20, 15, 0), 60);
+}
