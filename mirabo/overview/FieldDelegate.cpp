@@ -12,6 +12,14 @@ constexpr int kMaxCellLength = 1000;
 
 FieldDelegate::FieldDelegate(SoMiraboList* list) : QStyledItemDelegate(list), m_list(list) {}
 
+void FieldDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const
+{
+    // The view draws whole rows, though only one cell of each has changed.
+    if (m_list->isPainting(option.rect))
+        QStyledItemDelegate::paint(painter, option, index);
+}
+
 void FieldDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);

@@ -10,6 +10,9 @@ class FieldDelegate final : public QStyledItemDelegate {
 public:
     explicit FieldDelegate(SoMiraboList* list);
 
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 

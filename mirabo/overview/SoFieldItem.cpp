@@ -206,6 +206,16 @@ bool SoFieldItem::hasFlag(int column) const
     return column == SoMiraboList::Connected && (m_field ? m_field->isConnected() : m_wasConnected);
 }
 
+bool SoFieldItem::takeFlagChange()
+{
+    const bool ignored = hasFlag(SoMiraboList::Ignored);
+    const bool connected = hasFlag(SoMiraboList::Connected);
+    const bool changed = ignored != m_wasIgnored || connected != m_wasConnected;
+    m_wasIgnored = ignored;
+    m_wasConnected = connected;
+    return changed;
+}
+
 QVariant SoFieldItem::data(int column, int role) const
 {
     if (column == SoMiraboList::FieldValue)

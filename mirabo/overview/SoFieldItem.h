@@ -37,6 +37,8 @@ public:
     /// What the field said last once it has died.
     bool isFieldDefault() const;
     bool isStale() const { return m_stale; }
+    /// Whether an icon came or went since the last call.
+    bool takeFlagChange();
 
     /// The value changed: its text is made anew when next asked for.
     void invalidate() { m_stale = true; }

@@ -237,6 +237,8 @@ void SoMiraboList::repaintRows()
         if (!fieldItem(at.row())->isStale())
             continue;
         viewport()->update(cell);
+        if (!fieldItem(at.row())->takeFlagChange())
+            continue;
         for (const Column column : {Ignored, Connected})
             viewport()->update(visualRect(at.siblingAtColumn(column)));
     }

@@ -7,6 +7,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QRegion>
 #include <QTreeWidget>
 
 #include <functional>
@@ -95,6 +96,8 @@ public:
     /// A row came: it is told when its node dies.
     void lookAfter(SoFieldItem* item);
     void forgetRow(SoFieldItem* item);
+    /// Whether the repaint under way covers part of a cell; true outside of one.
+    bool isPainting(const QRect& cell) const;
     /// A row's value changed: repaints once, at the end of the pass.
     void rowChanged(SoFieldItem* item);
     /// @}
@@ -156,6 +159,7 @@ private:
     std::unordered_map<const SoNode*, NodeRows> m_nodes;
     QString m_emptyHint;
     PlaceProvider m_place;
+    QRegion m_painted; ///< what the repaint under way covers
     bool m_repaintPending = false;
     bool m_inView = false;
     bool m_valueFills = true; ///< the value column takes what the others leave

@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPaintEvent>
 
 namespace {
 
@@ -51,7 +52,9 @@ void SoMiraboList::copyCurrentValue()
 
 void SoMiraboList::paintEvent(QPaintEvent* event)
 {
+    m_painted = event->region();
     QTreeWidget::paintEvent(event);
+    m_painted = {};
     if (topLevelItemCount() > 0 || m_emptyHint.isEmpty())
         return;
     QPainter painter(viewport());
@@ -59,6 +62,11 @@ void SoMiraboList::paintEvent(QPaintEvent* event)
     painter.drawText(
         viewport()->rect().adjusted(kHintMargin, kHintMargin, -kHintMargin, -kHintMargin),
         Qt::AlignCenter | Qt::TextWordWrap, m_emptyHint);
+}
+
+bool SoMiraboList::isPainting(const QRect& cell) const
+{
+    return m_painted.isEmpty() || m_painted.intersects(cell);
 }
 
 void SoMiraboList::drawRow(QPainter* painter, const QStyleOptionViewItem& option,

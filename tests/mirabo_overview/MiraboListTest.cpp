@@ -177,7 +177,7 @@ TEST_F(MiraboListTest, HoldsNoReferenceOnceTheChangeIsShown)
 TEST_F(MiraboListTest, RepaintsOnceForAllChangesOfAPass)
 {
     List list;
-    list.resize(600, 400);
+    list.resize(1200, 400);
     list.setNode(m_probe.get());
     show(list);
     QTest::qWait(20);
@@ -187,6 +187,7 @@ TEST_F(MiraboListTest, RepaintsOnceForAllChangesOfAPass)
         m_probe->vector.setValue(static_cast<float>(i), 0, 0);
     }
     SoSensorManager::processDelayQueue(true);
+    EXPECT_TRUE(QTest::qWaitFor([counter] { return counter->count > 0; }));
     QTest::qWait(20);
     EXPECT_EQ(counter->count, 1);
     EXPECT_EQ(value(list, "number"), "999");
