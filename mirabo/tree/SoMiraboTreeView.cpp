@@ -4,6 +4,7 @@
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContextMenu.h"
@@ -19,6 +20,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMetaMethod>
+#include <QScopedValueRollback>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -84,6 +86,7 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     registerArgumentTypes();
     m_context.readEnvironment();
     m_patcher = std::make_unique<mirabo::TreePatcher>(*this);
+    m_openBranches = std::make_unique<mirabo::OpenBranches>(*this);
     m_topology = std::make_unique<SoGraphTopologyManager>(this);
     m_menu = std::make_unique<TreeContextMenu>(this);
 
@@ -171,6 +174,25 @@ void SoMiraboTreeView::rowsAboutToChange()
     graphChanged();
 }
 
+void SoMiraboTreeView::closeAll()
+{
+    const QScopedValueRollback<bool> closing(m_closing, true);
+    collapseAll();
+}
+
+void SoMiraboTreeView::doItemsLayout()
+{
+    if (m_closing)
+        return;
+    m_openBranches->restore();
+    QTreeWidget::doItemsLayout();
+}
+
+bool SoMiraboTreeView::isOpen(const SoTreeViewItem* item) const
+{
+    return m_context.putAside.count(const_cast<SoTreeViewItem*>(item)) > 0 || item->isExpanded();
+}
+
 void SoMiraboTreeView::graphChanged()
 {
     m_lookPending = true;
@@ -180,6 +202,7 @@ void SoMiraboTreeView::graphChanged()
 
 void SoMiraboTreeView::clearRows()
 {
+    m_openBranches->restore();
     m_context.index.beginDiscard();
     while (topLevelItemCount() > 0)
         mirabo::destroyRows(asItem(takeTopLevelItem(0)));
@@ -230,8 +253,9 @@ SoTreeViewItem* SoMiraboTreeView::createItem(SoNode* node, SoTreeViewItem* paren
         return item;
     }
     const int count = parentItem->childCount();
-    parentItem->insertChild(index < 0 ? count : std::min(index, count), item);
-    parentItem->childrenChanged();
+    const int row = index < 0 ? count : std::min(index, count);
+    parentItem->insertChild(row, item);
+    parentItem->childrenChanged(row);
     return item;
 }
 
@@ -344,6 +368,7 @@ void SoMiraboTreeView::forgetDisabledNodes()
 
 void SoMiraboTreeView::catchUp()
 {
+    m_openBranches->restore();
     forgetDisabledNodes();
     m_topology->fetchInlines();
     showWhatChanged();

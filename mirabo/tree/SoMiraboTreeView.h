@@ -22,8 +22,9 @@ class SoType;
 class TreeContextMenu;
 
 namespace mirabo {
+class OpenBranches;
 class TreePatcher;
-}
+} // namespace mirabo
 
 /// The live scene graph as a tree, one row for every occurrence of every node.
 ///
@@ -99,8 +100,15 @@ public:
         SoMiraboTreeView& m_view;
     };
 
+    void doItemsLayout() override;
+
     /// For the patcher: rows come or go; the layout is made once, later.
     void rowsAboutToChange();
+    mirabo::OpenBranches& openBranches() { return *m_openBranches; }
+    /// Closes all branches without laying out anything.
+    void closeAll();
+    /// Whether the user has the row opened, also while the view does not know it.
+    bool isOpen(const SoTreeViewItem* item) const;
     /// For the topology manager: texts and icons may have changed with the graph.
     void graphChanged();
     /// For the topology manager: what was put off until the changes of this pass are over.
@@ -189,6 +197,7 @@ private:
     mirabo::TreeContext m_context; // First: rows use it until the last is gone.
     SoNode* m_root = nullptr;      // Not owned; the host's or the document's.
     std::unique_ptr<mirabo::TreePatcher> m_patcher;
+    std::unique_ptr<mirabo::OpenBranches> m_openBranches;
     std::unique_ptr<SoGraphTopologyManager> m_topology;
     std::unique_ptr<TreeContextMenu> m_menu;
     const SoNode* m_markedNode = nullptr; ///< only compared
@@ -196,6 +205,7 @@ private:
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;
     bool m_lookPending = false;
+    bool m_closing = false;
     bool m_shiftPressed = false;
     bool m_pressChose = false; ///< the press being handled has told the panels already
     bool m_spaceHeld = false;

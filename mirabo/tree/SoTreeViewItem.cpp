@@ -46,10 +46,10 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
       m_node(node),
       m_sourceField(source),
       m_context(&context),
-      m_childrenNumbered(false),
       m_fromField(source || (parent && parent->m_fromField)),
       m_disabled(false),
       m_hasDisabledChildren(false),
+      m_putAside(false),
       m_bookmarked(false),
       m_fresh(true),
       m_shown(true),
@@ -68,6 +68,8 @@ SoTreeViewItem::~SoTreeViewItem()
     for (SoTreeViewItem** kept : m_context->remembered())
         if (*kept == this)
             *kept = nullptr;
+    if (m_putAside)
+        m_context->putAside.erase(this);
     m_context->index.remove(this);
 }
 
@@ -145,20 +147,32 @@ int SoTreeViewItem::childIndexValue() const
     if (!above)
         return treeWidget() ? treeWidget()->indexOfTopLevelItem(const_cast<SoTreeViewItem*>(this))
                             : 0;
-    if (!above->m_childrenNumbered)
-        above->numberChildren();
+    if (!isNumberedIn(above))
+        above->numberChildrenUpTo(this);
     return m_childIndex;
 }
 
-void SoTreeViewItem::numberChildren() const
+bool SoTreeViewItem::isNumberedIn(const SoTreeViewItem* above) const
 {
+    return m_row < above->m_numbered && above->childItem(m_row) == this;
+}
+
+void SoTreeViewItem::numberChildrenUpTo(const SoTreeViewItem* item) const
+{
+    // The row before tells the next number; one that is not shown keeps what the next will get.
     int number = 0;
-    for (int i = 0; i < childCount(); ++i) {
-        const SoTreeViewItem* item = childItem(i);
-        if (item->m_shown || m_context->showAll)
-            item->m_childIndex = number++;
+    if (m_numbered > 0) {
+        const SoTreeViewItem* last = childItem(m_numbered - 1);
+        number = last->m_childIndex + (last->m_shown || m_context->showAll ? 1 : 0);
     }
-    m_childrenNumbered = true;
+    const SoTreeViewItem* at = nullptr;
+    while (at != item && m_numbered < childCount()) {
+        at = childItem(m_numbered);
+        at->m_row = m_numbered++;
+        at->m_childIndex = number;
+        if (at->m_shown || m_context->showAll)
+            ++number;
+    }
 }
 
 int SoTreeViewItem::shownReferenceCount() const

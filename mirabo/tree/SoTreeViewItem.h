@@ -5,6 +5,7 @@
 #include <QMetaType>
 #include <QTreeWidgetItem>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -80,6 +81,8 @@ public:
     void setBookmarked(bool on) { m_bookmarked = on; }
     bool isFresh() const { return m_fresh; }
     void setFresh(bool on) { m_fresh = on; }
+    /// An open branch that the view does not know of at the moment.
+    void setPutAside(bool on) { m_putAside = on; }
     bool isShown() const { return m_shown; }
     void setShown(bool on);
 
@@ -89,11 +92,10 @@ public:
     /// The name column carries an icon.
     bool hasNameIcon() const { return !icon(Name).isNull(); }
 
-    /// Position among the shown siblings, -1 for a row that is not shown. Numbered when asked for,
-    /// once per change of the siblings.
+    /// Position among the shown siblings, -1 for a row that is not shown. Numbered when asked for.
     int childIndexValue() const;
-    /// Rows below came or went: their numbers are made anew when somebody asks.
-    void childrenChanged() { m_childrenNumbered = false; }
+    /// Rows below, from `row` on, came or went: they are numbered anew when somebody asks.
+    void childrenChanged(int row = 0) { m_numbered = std::min(m_numbered, row); }
 
     /// How often the node is used: the toolkit's count or, for kits and VRML97 nodes unless the
     /// settings say otherwise, the parents and fields that hold it.
@@ -109,7 +111,8 @@ private:
     QVariant decoration(int column) const;
     QVariant foreground(int column) const;
     bool hasFieldNodeFont() const;
-    void numberChildren() const;
+    bool isNumberedIn(const SoTreeViewItem* above) const;
+    void numberChildrenUpTo(const SoTreeViewItem* item) const;
 
     SoNode* m_node;         // Not owned; the graph's.
     SoField* m_sourceField; // Not owned; the parent node's.
@@ -118,10 +121,12 @@ private:
     SoTreeViewItem* m_nextOccurrence = nullptr;
     SoTreeViewItem* m_previousOccurrence = nullptr;
     mutable std::int32_t m_childIndex = 0;
-    mutable bool m_childrenNumbered : 1;
+    mutable std::int32_t m_row = 0;      ///< when it was numbered
+    mutable std::int32_t m_numbered = 0; ///< so many rows below have the right numbers
     bool m_fromField : 1;
     bool m_disabled : 1;
     bool m_hasDisabledChildren : 1;
+    bool m_putAside : 1;
     bool m_bookmarked : 1;
     bool m_fresh : 1;
     bool m_shown : 1;

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 class SoTreeViewItem;
@@ -51,6 +52,9 @@ struct TreeContext {
 
     /// Counts what may give parts of kits other names; never 0.
     std::uint32_t changes = 1;
+
+    /// Open branches that the view was made to forget for a while.
+    std::unordered_set<SoTreeViewItem*> putAside;
 
     /// Nodes that are out of the graph but still have rows.
     std::unordered_map<const SoNode*, SavedLinks> disabled;

@@ -1,10 +1,13 @@
 #include "mirabo/tree/TreePatcher.h"
 
+#include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
 
 #include <kalmyr/core/SoNode.h>
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <unordered_map>
@@ -46,7 +49,7 @@ public:
                     m_holdsCurrent = true;
                 if (child->childCount() == 0)
                     continue;
-                if (child->isExpanded())
+                if (m_view.isOpen(child))
                     m_expanded.push_back(child);
                 open.push_back(child);
             }
@@ -109,21 +112,25 @@ void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* fi
     for (int i = 0; i < count; ++i)
         rows.append(m_builder.build(first[i].node, first[i].field, item));
     item->insertChildren(row, rows);
-    item->childrenChanged();
+    item->childrenChanged(row);
 }
 
 void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& place)
 {
     m_view.rowsAboutToChange();
     item->insertChild(row, m_builder.build(place.node, place.field, item));
-    item->childrenChanged();
+    item->childrenChanged(row);
 }
 
 void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 {
     m_view.rowsAboutToChange();
-    destroyRows(static_cast<SoTreeViewItem*>(item->takeChild(row)));
-    item->childrenChanged();
+    QElapsedTimer timer;
+    timer.start();
+    auto* taken = static_cast<SoTreeViewItem*>(item->takeChild(row));
+    m_view.openBranches().removalTook(timer.nsecsElapsed());
+    destroyRows(taken);
+    item->childrenChanged(row);
 }
 
 void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)

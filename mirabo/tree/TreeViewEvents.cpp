@@ -1,6 +1,7 @@
 #include "mirabo/core/Messages.h"
 #include "mirabo/tree/HelpAddress.h"
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -312,6 +313,7 @@ bool SoMiraboTreeView::mayExpand(SoTreeViewItem* top)
 
 void SoMiraboTreeView::expandRows(SoTreeViewItem* top)
 {
+    m_openBranches->restore();
     if (top == rootItem()) {
         expandAll();
         return;

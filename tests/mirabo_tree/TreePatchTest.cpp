@@ -281,6 +281,30 @@ TEST_F(TreeTest, TellsStructureChangesOnlyAndOnlyOnce)
     EXPECT_EQ(structure.size(), 2);
 }
 
+TEST_F(TreeTest, KeepsBranchesOpenThroughManyRemovals)
+{
+    constexpr int kPairs = 3000; // enough for the view to lose patience
+    std::vector<SoNode*> nodes;
+    for (int i = 0; i < kPairs; ++i)
+        nodes.push_back(makePair());
+    root->setChildren(nodes);
+    view.show();
+    view.expandAll();
+    row(nodes[1000])->setExpanded(false);
+    pass();
+    for (int i = 0; i < 900; ++i)
+        root->removeChild(0);
+    root->removeChild(root->getNumChildren() - 1);
+    std::reverse(nodes.begin() + 950, nodes.begin() + 1100);
+    root->setChildren({nodes.begin() + 950, nodes.begin() + 1100});
+    view.grab();
+    for (int i = 950; i < 1100; ++i) {
+        SoNode* node = nodes[static_cast<std::size_t>(i)];
+        EXPECT_EQ(row(node)->isExpanded(), i != 1049) << i; // 1000 before the turn
+    }
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeTest, ComparesEverythingAfterAChangeInAnotherThread)
 {
     SoGraphTopologyManager::allowOtherThreads(true);

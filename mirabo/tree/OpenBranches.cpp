@@ -1,0 +1,59 @@
+#include "mirabo/tree/OpenBranches.h"
+
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+
+#include <QSignalBlocker>
+
+#include <utility>
+#include <vector>
+
+namespace mirabo {
+
+void OpenBranches::removalTook(qint64 nanoseconds)
+{
+    m_spent += nanoseconds;
+    if (m_spent < kPatience || m_isAside)
+        return;
+    m_spent = 0;
+    putAside();
+}
+
+void OpenBranches::putAside()
+{
+    auto& aside = m_view.context().putAside;
+    std::vector<SoTreeViewItem*> visit;
+    if (SoTreeViewItem* root = m_view.rootItem())
+        visit.push_back(root);
+    while (!visit.empty()) {
+        SoTreeViewItem* item = visit.back();
+        visit.pop_back();
+        if (item->isExpanded()) {
+            item->setPutAside(true);
+            aside.insert(item);
+        }
+        for (int i = 0, n = item->childCount(); i < n; ++i)
+            if (item->childItem(i)->childCount() > 0)
+                visit.push_back(item->childItem(i));
+    }
+    m_isAside = true; // first: closing makes a layout
+    const QSignalBlocker quiet(&m_view);
+    m_view.closeAll();
+    m_view.rowsAboutToChange();
+}
+
+void OpenBranches::restore()
+{
+    m_spent = 0;
+    if (!std::exchange(m_isAside, false))
+        return;
+    const auto aside = std::exchange(m_view.context().putAside, {});
+    const QSignalBlocker quiet(&m_view);
+    m_view.rowsAboutToChange(); // an open branch is then only noted down
+    for (SoTreeViewItem* item : aside) {
+        item->setPutAside(false);
+        item->setExpanded(true);
+    }
+}
+
+} // namespace mirabo
