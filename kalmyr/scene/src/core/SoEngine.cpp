@@ -2,6 +2,7 @@
 
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/fields/SoSFTrigger.h>
 
 namespace {
 
@@ -100,7 +101,7 @@ void SoEngine::copyFieldValues(const SoFieldContainer* from, bool copyConnection
         SoField* to = data->getField(this, i);
         const SoField* source = from->getFieldData()->getField(from, i);
         if (computes(to) || to->getTypeId() != source->getTypeId()
-            || to->isOfType(SoType::fromName(SbName("SFTrigger"))))
+            || to->isOfType(SoSFTrigger::getClassTypeId()))
             continue; // copying a trigger would set it off
         if (!source->isDefault())
             to->copyFrom(*source);

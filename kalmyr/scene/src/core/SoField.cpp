@@ -173,7 +173,6 @@ void SoField::auditedChanged(SoNotification& notification)
     if (m_flags & kConnectionOff)
         return;
     m_flags |= kDirty;
-    m_flags &= ~kDefault;
     if (m_flags & (kDeferred | kQuiet))
         return;
     m_flags |= kDeferred;

@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/fields/SoSFTrigger.h>
 
 #include "SoFieldExtra.h"
 
@@ -86,6 +87,11 @@ std::string describe(const std::vector<const SoField*>& cycle)
     return text + (cycle.size() > kMaxNamed ? " -> ..." : " -> " + nameOf(*cycle.front()));
 }
 
+bool isEvent(const SoField& field)
+{
+    return field.isOfType(SoSFTrigger::getClassTypeId());
+}
+
 } // namespace
 
 bool SoField::canFollow(const SoField* master) const
@@ -108,7 +114,10 @@ bool SoField::canFollow(const SoField* master) const
                            reason);
         return false;
     }
-    const auto cycle = findCycle(this, master);
+    // Nothing can lead back to a field that nobody follows; that keeps building long chains cheap.
+    const bool leads = container ? container->m_feeds || master->getContainer() == container
+                                 : master == this || getAuditors().getLength() > 0;
+    const auto cycle = leads ? findCycle(this, master) : std::vector<const SoField*>();
     if (cycle.empty())
         return true;
     SoDebugError::post("SoField::connectFrom", "%s cannot follow %s: a cycle would close, %s",
@@ -134,7 +143,10 @@ bool SoField::connectFrom(SoField* master)
     if (source)
         source->m_feeds = true;
     master->addAuditor(this, SoAuditor::FIELD);
-    m_flags = (m_flags | kDirty) & ~(kDefault | kConnectionOff);
+    m_flags &= ~kConnectionOff;
+    if (isEvent(*this))
+        return true; // to be connected is none
+    m_flags = (m_flags | kDirty) & ~kDefault;
     valueChanged(false);
     return true;
 }
@@ -161,7 +173,8 @@ void SoField::disconnect()
     evaluate();
     letGoOfMaster();
     m_flags &= ~kConnectionOff;
-    valueChanged(false);
+    if (!isEvent(*this))
+        valueChanged(false);
 }
 
 void SoField::releaseFollowers()
@@ -204,7 +217,7 @@ void SoField::enableConnection(bool on)
         return;
     }
     m_flags &= ~kConnectionOff;
-    if (!isConnected())
+    if (!isConnected() || isEvent(*this))
         return;
     m_flags |= kDirty;
     valueChanged(false);
@@ -232,10 +245,12 @@ void SoField::pull() const
 
 void SoField::pullFrom(const SoField* master)
 {
+    const bool wasDefault = isDefault(); // connecting decided on it
     m_flags = (m_flags & ~kDirty) | kPulling;
     if (m_extra->convert)
         m_extra->convert(*master, *this);
     else
         copyFrom(*master);
-    m_flags &= ~(kPulling | kDefault);
+    m_flags &= ~kPulling;
+    setDefault(wasDefault);
 }

@@ -24,6 +24,12 @@ SoNode* asNode(SoFieldContainer* container)
                : nullptr;
 }
 
+/// A change of the watched object itself, not of something below it.
+bool isOfWatched(const SoNotification& notification)
+{
+    return !notification.chain || !notification.chain->below;
+}
+
 SoRef<SoPath> pathOf(const SoNotification& notification)
 {
     SoNode* above = nullptr;
@@ -105,7 +111,17 @@ void SoDataSensor::auditedChanged(SoNotification& notification)
 {
     if (getPriority() != 0) {
         m_record = recordOf(notification);
-        dropWhatMayDie(m_record);
+        if (isOfWatched(notification)) {
+            // It tells when it dies, and must not be kept from dying by those who want to know.
+            SoFieldContainer* watched = m_record.container;
+            SoField* field = m_record.field;
+            m_record.heldContainer = nullptr;
+            dropWhatMayDie(m_record);
+            m_record.container = watched;
+            m_record.field = field;
+        } else {
+            dropWhatMayDie(m_record);
+        }
     } else {
         m_waiting.push_back(recordOf(notification));
     }

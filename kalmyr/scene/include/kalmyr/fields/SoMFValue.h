@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <cassert>
 #include <initializer_list>
+#include <memory>
 #include <span>
 #include <type_traits>
-#include <vector>
 
 /// Implementation of a multiple-value field of value type T; `Derived` is the concrete class.
 ///
@@ -287,8 +287,9 @@ private:
     {
         const int end = start + static_cast<int>(values.size());
         if (end > m_array.capacity() && m_array.contains(values.data())) {
-            const std::vector<T> copy(values.begin(), values.end()); // growing would take it away
-            store(start, copy);
+            const auto copy = std::make_unique<T[]>(values.size()); // growing would take it away
+            std::copy(values.begin(), values.end(), copy.get());
+            store(start, {copy.get(), values.size()});
             return;
         }
         if (start > m_array.size()) {

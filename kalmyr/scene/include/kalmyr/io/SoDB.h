@@ -1,9 +1,12 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbName.h>
 #include <kalmyr/base/SbString.h>
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoType.h>
 
+class SoField;
 class SoInput;
 class SoNode;
 class SoPath;
@@ -50,6 +53,14 @@ public:
     using ReadHook = void (*)(SoInput* in, SoNode* node);
     static void setReadHook(SoType type, ReadHook hook);
     static ReadHook getReadHook(SoType type);
+
+    /// Fields found by name in the whole process; see SoGlobalField. `realTime` (SFTime) is there
+    /// from the start.
+    static SoField* getGlobalField(const SbName& name);
+    static SoField* createGlobalField(const SbName& name, SoType type);
+    /// Time between ticks of `realTime`; zero stops it.
+    static void setRealTimeInterval(const SbTime& interval);
+    static SbTime getRealTimeInterval();
 
     /// Held by threads that read a graph while others may edit it, and by whoever edits it.
     /// Recursive. A thread that holds the read lock may take the write lock when no other thread
