@@ -30,11 +30,13 @@ std::function<void()> taskOfTest()
     return qApp->property("task").value<std::function<void()>>();
 }
 
-/// Appends to the log that the test reads, and throws where the test wants it.
+/// Appends to the log that the test reads, and throws where the test wants it: by a property, or
+/// by the environment in a process of its own.
 void at(const QString& where)
 {
     qApp->setProperty("log", qApp->property("log").toStringList() << where);
-    if (qApp->property("failAt").toString() == where)
+    if (qApp->property("failAt").toString() == where
+        || qEnvironmentVariable("TEST_PLUGIN_FAIL_AT") == where)
         throw std::runtime_error("told to fail at " + where.toStdString());
 }
 
