@@ -318,6 +318,10 @@ TEST_F(BaseKitTest, KeepsItsOrderUnderRandomEdits)
             kit->setPart("childList[0]", nullptr);
         }
         checkInvariants(kit.get());
+        if (step % 50 == 0) {
+            const std::string text = textOf(kit.get());
+            EXPECT_EQ(textOf(read(text).get()), text);
+        }
         if (HasFailure())
             FAIL() << "step " << step;
     }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -19,9 +20,13 @@ namespace {
 template <class Function>
 void inThreads(int count, Function function)
 {
+    std::latch start(count); // short work would be over before the next thread begins
     std::vector<std::thread> threads;
     for (int i = 0; i < count; ++i)
-        threads.emplace_back(function, i);
+        threads.emplace_back([&, i] {
+            start.arrive_and_wait();
+            function(i);
+        });
     for (std::thread& thread : threads)
         thread.join();
 }
@@ -37,6 +42,7 @@ TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
                 lock.readLock();
                 lock.readLock();
                 torn += a != b;
+                std::this_thread::yield();
                 lock.readUnlock();
                 torn += a != b;
                 lock.readUnlock();
@@ -44,6 +50,7 @@ TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
             }
             lock.writeLock();
             ++a;
+            std::this_thread::yield();
             lock.writeLock();
             lock.readLock();
             lock.writeUnlock();
@@ -66,6 +73,7 @@ TEST(SoRecursiveRWLockThreads, ReadersThatBecomeWritersLoseNoUpdate)
         for (int i = 0; i < 300; ++i) {
             lock.readLock();
             const int seen = value;
+            std::this_thread::yield();
             if (lock.writeLock()) {
                 // What was read is still so: no other writer came between.
                 EXPECT_EQ(value, seen);
@@ -141,6 +149,7 @@ public:
                 auto* transform = new SoTransform;
                 transform->translation.setValue(static_cast<float>(seed), 0, 0);
                 group->addChild(transform);
+                std::this_thread::yield();
             }
         }
         SoDB::writeunlock();
@@ -156,6 +165,7 @@ public:
             bad += group->getNumChildren() % 2;
             for (int i = 0; i + 1 < group->getNumChildren(); i += 2)
                 bad += at(group, i) != at(group, i + 1);
+            std::this_thread::yield();
         }
         SoDB::readunlock();
         return bad;
