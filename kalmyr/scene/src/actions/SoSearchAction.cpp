@@ -3,7 +3,7 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
-#include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFNode.h>
 
 SO_ACTION_SOURCE(SoSearchAction, SoAction, "SearchAction")
@@ -23,7 +23,7 @@ namespace {
 bool holdsNodes(SoType fieldType)
 {
     return fieldType.isDerivedFrom(SoSFNode::getClassTypeId())
-           || fieldType.isDerivedFrom(SoMFNode::getClassTypeId());
+           || fieldType.isDerivedFrom(SoMNodeField::getClassTypeId());
 }
 
 } // namespace
@@ -164,7 +164,7 @@ void SoSearchAction::searchField(SoNode* container, SoField* field)
         searchFieldNode(container, static_cast<SoSFNode*>(field)->getValue());
         return;
     }
-    const auto* nodes = static_cast<SoMFNode*>(field);
+    const auto* nodes = static_cast<SoMNodeField*>(field);
     if (nodes->isBound())
         return; // the children, visited as such
     for (int i = 0; i < nodes->getNum() && !hasTerminated(); ++i)
