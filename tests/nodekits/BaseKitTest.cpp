@@ -98,6 +98,28 @@ TEST_F(BaseKitTest, PartsSetByTheirFieldsStandInTheGraph)
     checkInvariants(kit.get());
 }
 
+/// As an editor does that moves a row of a tree somewhere else and back.
+TEST_F(BaseKitTest, LosesAndRegainsPartsThatAreMovedAway)
+{
+    const SoRef<SoShapeKit> kit(new SoShapeKit);
+    const SoRef<SoNode> transform(kit->getPart("transform"));
+    SoChildList* children = kit->topSeparator.getValue()->getChildren();
+    const int place = children->find(transform.get());
+    children->remove(place);
+    EXPECT_FALSE(kit->getPart("transform", false));
+    EXPECT_EQ(partOf(kit.get(), transform.get()), "");
+    EXPECT_EQ(transform->getRefCount(), 1);
+    children->insert(new SoSeparator, place);
+    EXPECT_FALSE(kit->getPart("transform", false));
+    children->set(place, transform.get());
+    EXPECT_EQ(kit->getPart("transform", false), transform.get());
+    children->remove(place);
+    SoNode* other = kit->getPart("transform");
+    children->insert(transform.get(), place); // too late
+    EXPECT_EQ(kit->getPart("transform"), other);
+    checkInvariants(kit.get());
+}
+
 TEST_F(BaseKitTest, ListsTakeTheirTypesOnly)
 {
     const SoRef<SoSceneKit> scene(new SoSceneKit);

@@ -13,6 +13,7 @@
 #include "PartName.h"
 
 #include <algorithm>
+#include <utility>
 
 SO_NODE_SOURCE(SoBaseKit)
 SoNodekitCatalog* SoBaseKit::s_catalog = nullptr;
@@ -145,12 +146,16 @@ bool SoBaseKit::arrange(int part, SoNode* node)
     // First, for those who hear of the edit ask for part names.
     m_placed[static_cast<std::size_t>(part)] = node;
     bool done = true;
+    const bool wasArranging = std::exchange(m_arranging, true);
     if (node)
         done = oldIndex >= 0 ? list->set(oldIndex, node) : list->insert(node, index);
     else if (oldIndex >= 0)
         list->remove(oldIndex);
+    m_arranging = wasArranging;
     if (!done)
         m_placed[static_cast<std::size_t>(part)] = old;
+    else
+        std::erase_if(m_lost, [part](const auto& lost) { return lost.first == part; });
     return done;
 }
 
@@ -231,8 +236,54 @@ void SoBaseKit::followField(const SoField* field)
                        getFieldName(field).getString(), getTypeId().getName().getString());
 }
 
+void SoBaseKit::losePart(int part)
+{
+    m_lost.emplace_back(part, getAnyPart(part));
+    m_placed[static_cast<std::size_t>(part)] = nullptr;
+    fieldOf(part)->initValue(nullptr);
+    fieldOf(part)->touch();
+}
+
+void SoBaseKit::regainPart(int part, SoNode* node)
+{
+    m_placed[static_cast<std::size_t>(part)] = node;
+    fieldOf(part)->initValue(node);
+    fieldOf(part)->touch();
+}
+
+void SoBaseKit::followEdit(const SoNotification& notification)
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const auto* above = static_cast<const SoNode*>(notification.container);
+    const auto group = std::find(m_placed.begin(), m_placed.end(), above);
+    if (group == m_placed.end())
+        return;
+    const auto& below = catalog->getPartsBelow(static_cast<int>(group - m_placed.begin()));
+    if (below.empty())
+        return; // a part with children of its own
+    const SoChildList& list = *above->getChildren();
+    for (const int part : below) {
+        SoNode* node = getAnyPart(part);
+        if (node && list.find(node) < 0)
+            losePart(part);
+    }
+    const auto isBack = [&](const std::pair<int, const SoNode*>& lost) {
+        return lost.second == notification.child && !getAnyPart(lost.first)
+               && std::find(below.begin(), below.end(), lost.first) != below.end()
+               && list.find(lost.second) >= 0;
+    };
+    const auto back = std::find_if(m_lost.begin(), m_lost.end(), isBack);
+    if (back == m_lost.end())
+        return;
+    const int part = back->first;
+    m_lost.erase(back);
+    regainPart(part, notification.child);
+}
+
 void SoBaseKit::notify(SoNotification& notification)
 {
+    if (notification.kind != SoNotification::UNSPECIFIED && !m_arranging)
+        followEdit(notification);
     if (notification.container == this && notification.field)
         followField(notification.field);
     SoNode::notify(notification);

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 class SoNodeKitListPart;
@@ -22,7 +23,8 @@ struct PartName;
 ///
 /// Every part is a node-valued field of the kit and at the same time stands in the kit's own little
 /// graph, which is nobody else's business: actions pass through it, getChildren() is null.
-/// Setting the field is the same as setPart(), except that a refusal posts a debug error.
+/// Setting the field is the same as setPart(), except that a refusal posts a debug error. A part
+/// that somebody takes out of that graph is the kit's part no more; put back, it is again.
 ///
 /// Names of parts may lead into lists and into kits that are parts: "childList[2]",
 /// "appearance.material", "childList[0].transform".
@@ -102,6 +104,9 @@ private:
     int indexAt(int part, const SoChildList& list) const;
     bool arrange(int part, SoNode* node);
     void followField(const SoField* field);
+    void followEdit(const SoNotification& notification);
+    void losePart(int part);
+    void regainPart(int part, SoNode* node);
     bool setPartNode(int part, SoNode* node);
     void equipList(int part, SoNodeKitListPart* list) const;
     SoNode* partAt(const kalmyr::detail::PartName& name, bool makeIfNeeded);
@@ -114,5 +119,8 @@ private:
 
     mutable SoChildList m_children;
     std::vector<SoNode*> m_placed; ///< by part number: what stands in the kit's graph; not owned
+    /// Parts that others took out; not owned, only compared.
+    std::vector<std::pair<int, const SoNode*>> m_lost;
+    bool m_arranging = false;
     static bool s_searchingChildren;
 };
