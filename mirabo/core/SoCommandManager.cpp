@@ -6,6 +6,7 @@
 #include "mirabo/extender/MrbServices.h"
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QAction>
@@ -224,9 +225,13 @@ void SoCommandManager::announce(SoNode* node)
 
 void SoCommandManager::treeNodeChosen(SoNode* node, SoNode* kit, bool newTab)
 {
+    // The node before its first field: an editor that starts afresh for a node keeps the field. An
+    // extension that is told may take either out of the graph.
+    const SoRef<SoNode> keptNode(node);
+    const SoRef<SoNode> keptKit(kit);
+    announce(node);
     if (m_panels)
         m_panels->showNode(node, kit, newTab);
-    announce(node);
 }
 
 void SoCommandManager::selectedNodeChanged(SoFieldContainer* container)
