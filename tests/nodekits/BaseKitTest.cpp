@@ -63,16 +63,15 @@ TEST_F(BaseKitTest, RefusesWhatTheCatalogForbidsAndLeavesTheKitAsItWas)
     const SoRef<SoWrapperKit> wrapper(new SoWrapperKit);
     wrapper->setPart("contents", holder.get());
     const std::string before = shapeOf(kit.get());
-    EXPECT_FALSE(kit->setPart("shape", material.get()));        // another type
-    EXPECT_FALSE(kit->setPart("topSeparator", nullptr));        // private, and a group
-    EXPECT_FALSE(kit->setPart("nothing", material.get()));      // unknown
-    EXPECT_FALSE(kit->setPart("shape[0]", nullptr));            // no list
-    EXPECT_FALSE(kit->setPart("childList[1]", new SoShapeKit)); // leaves a gap
+    EXPECT_FALSE(kit->setPart("shape", material.get()));       // another type
+    EXPECT_FALSE(kit->setPart("topSeparator", nullptr));       // private, and a group
+    EXPECT_FALSE(kit->setPart("nothing", material.get()));     // unknown
+    EXPECT_FALSE(kit->setPart("shape[0]", nullptr));           // no list
+    EXPECT_FALSE(kit->setPart("childList[1]", wrapper.get())); // leaves a gap
     EXPECT_FALSE(kit->setPart("appearance.", material.get()));
     EXPECT_FALSE(kit->setPart("childList[x]", nullptr));
     EXPECT_FALSE(kit->getPart("topSeparator"));
     EXPECT_FALSE(kit->getPart("childList[-1]"));
-    kit->setPart("childList", nullptr);
     EXPECT_EQ(shapeOf(kit.get()), before);
     EXPECT_FALSE(wrapper->setPart("contents", wrapper.get())); // itself
     EXPECT_FALSE(kit->setPart("childList[0]", wrapper.get())); // holds the kit
@@ -327,7 +326,8 @@ TEST_F(BaseKitTest, KeepsItsOrderUnderRandomEdits)
                 shelf.push_back(present);
             break;
         case 2:
-            kit->setPart("childList[" + SbString(number(3)) + "]", new SoShapeKit);
+            kit->setPart("childList[" + SbString(number(3)) + "]",
+                         SoRef<SoNode>(new SoShapeKit).get());
             break;
         case 3:
             if (!shelf.empty() && !catalog->isList(part)) {

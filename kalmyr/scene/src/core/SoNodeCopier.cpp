@@ -6,6 +6,19 @@
 
 #include "core/StackSwitch.h"
 
+namespace {
+
+bool hasConnections(const SoFieldContainer* container)
+{
+    const SoFieldData* data = container->getFieldData();
+    for (int i = 0; data && i < data->getNumFields(); ++i)
+        if (data->getField(container, i)->isConnected())
+            return true;
+    return false;
+}
+
+} // namespace
+
 SoNodeCopier::~SoNodeCopier() = default;
 
 SoNode* SoNodeCopier::copyOf(const SoNode* original)
@@ -42,7 +55,8 @@ SoNode* SoNodeCopier::makeCopy(const SoNode* original)
     if (!copy)
         return nullptr;
     m_copies.emplace(original, copy);
-    m_unconnected.push_back(original);
+    if (hasConnections(original))
+        m_unconnected.push_back(original);
     copy->ref(); // what the copying connects must not take the only reference with it
     copy->copyContents(original, *this);
     copy->unrefNoDelete();

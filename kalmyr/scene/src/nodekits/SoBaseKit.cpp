@@ -174,13 +174,9 @@ bool SoBaseKit::mayStandAt(int part, const SoNode* node) const
     const SoNode* group = list->containerNode.getValue();
     if (group && !group->isOfType(catalog->getListContainerType(part)))
         return false;
-    const std::vector<SoType>& types = catalog->getListItemTypes(part);
-    for (int i = 0; i < list->getNumChildren(); ++i) {
-        const SoType type = list->getChild(i)->getTypeId();
-        if (std::none_of(types.begin(), types.end(),
-                         [=](SoType t) { return type.isDerivedFrom(t); }))
+    for (int i = 0; i < list->getNumChildren(); ++i)
+        if (!catalog->isListItem(part, list->getChild(i)->getTypeId()))
             return false;
-    }
     return true;
 }
 

@@ -67,12 +67,14 @@ bool SoBaseKit::setListEntry(int part, int index, SoNode* node)
 {
     if (!getNodekitCatalog()->isList(part))
         return false;
-    auto* list = static_cast<SoNodeKitListPart*>(node ? makePart(part) : getAnyPart(part));
-    const int num = list ? list->getNumChildren() : -1;
-    if (index > num || (!node && index == num) || (node && list->isAtOrBelow(node)))
-        return false;
+    auto* list = static_cast<SoNodeKitListPart*>(getAnyPart(part));
+    const int num = list ? list->getNumChildren() : 0;
     if (!node)
-        return list->removeChild(index);
+        return index < num && list->removeChild(index);
+    if (index > num || isAtOrBelow(node)
+        || !getNodekitCatalog()->isListItem(part, node->getTypeId()))
+        return false;
+    list = static_cast<SoNodeKitListPart*>(makePart(part));
     return index == num ? list->addChild(node) : list->replaceChild(index, node);
 }
 

@@ -120,6 +120,13 @@ const std::vector<SoType>& SoNodekitCatalog::getListItemTypes(int part) const
     return p ? p->itemTypes : kNoTypes;
 }
 
+bool SoNodekitCatalog::isListItem(int part, SoType type) const
+{
+    const std::vector<SoType>& types = getListItemTypes(part);
+    return std::any_of(types.begin(), types.end(),
+                       [type](SoType allowed) { return type.isDerivedFrom(allowed); });
+}
+
 int SoNodekitCatalog::add(Part part, const Place& place)
 {
     const int parent = getPartNumber(place.parent);

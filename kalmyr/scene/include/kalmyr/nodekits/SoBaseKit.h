@@ -48,7 +48,8 @@ public:
     /// Replaces a public part; null removes it. False, with nothing changed, for a part that is
     /// unknown, private or a group of the kit's own, for a node of another type than the catalog
     /// asks for, and for a node that holds the kit. The entry right behind a list's last one is
-    /// appended; null removes an entry.
+    /// appended; null removes an entry. Kits on the way to a part of a part are made, whether it
+    /// is accepted or not.
     bool setPart(const SbString& name, SoNode* node);
     /// The same, and the part is not written to files as long as it holds nothing but defaults.
     bool setPartAsDefault(const SbString& name, SoNode* node);

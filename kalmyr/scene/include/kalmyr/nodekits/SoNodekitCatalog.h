@@ -76,6 +76,7 @@ public:
     bool isList(const SbName& name) const { return isList(getPartNumber(name)); }
     SoType getListContainerType(int part) const;
     const std::vector<SoType>& getListItemTypes(int part) const;
+    bool isListItem(int part, SoType type) const;
 
     /// For initClass(). They return the part's number, or -1 after a debug error: names are unique,
     /// parent and right sibling are there and fit. An empty right sibling: the last one.
