@@ -6,6 +6,9 @@
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLBox.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -183,4 +186,24 @@ TEST_F(ProtoTest, InstancesAreCopiedWithTheirParts)
     const SoRef<SoNode> copy(named<SoVRMLProtoInstance>("Old")->copy());
     EXPECT_EQ(sizeOf(copy.get()), SbVec3f(8, 8, 8));
     EXPECT_EQ(io::write(copy.get()), io::write(root->getChild(0)));
+}
+
+TEST_F(ProtoTest, PathsBringTheirPrototypesAlong)
+{
+    const auto root =
+        world("PROTO P [ field SFFloat r 1 ] { Shape { geometry Sphere { radius IS r } } "
+              "} Group { } DEF G Group { children P { r 4 } }");
+    ASSERT_TRUE(root);
+    const SoRef<SoPath> path(new SoPath(root.get()));
+    path->append(1);
+    SoOutput out;
+    out.setBuffer();
+    SoWriteAction write(&out);
+    write.apply(path.get());
+    SoInput in;
+    in.setBuffer(out.getText().data(), out.getText().size());
+    SoPath* read = nullptr;
+    ASSERT_TRUE(SoDB::read(&in, read)) << out.getText();
+    const SoRef<SoPath> held(read);
+    EXPECT_EQ(sizeOf(read->getTail()), SbVec3f(8, 8, 8));
 }

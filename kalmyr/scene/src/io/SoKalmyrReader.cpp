@@ -233,7 +233,8 @@ bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
 bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeName)
 {
     node->setUnknownTypeName(SbName(typeName));
-    if (text.peekWord() != "fields") {
+    // Unknown nodes of VRML97 files are text, whatever it begins with.
+    if (typeName.starts_with("VRML") || text.peekWord() != "fields") {
         // A node without anything in it says as much as one that declares that it has no fields.
         if (text.accept('}'))
             return true;

@@ -494,9 +494,29 @@ bool SceneReader::readSkippedBody(SoUnknownNode* node, bool keepNames)
     return true;
 }
 
+bool SceneReader::readStatements()
+{
+    for (;;) {
+        const std::size_t start = text.getOffset();
+        std::string_view word;
+        if (!text.readWord(word))
+            return !text.hasFailed();
+        const int statement = tryStatement(word);
+        if (statement < 0)
+            return false;
+        if (statement == 0) {
+            text.setOffset(start);
+            return true;
+        }
+    }
+}
+
 bool SceneReader::readPath(SoRef<SoPath>& path)
 {
     if (text.hasFailed())
+        return false;
+    // Prototypes stand in front of what uses them, routes behind.
+    if (!readStatements())
         return false;
     if (!text.acceptWord("Path"))
         return text.fail("expected 'Path'");
@@ -523,7 +543,7 @@ bool SceneReader::readPath(SoRef<SoPath>& path)
             return text.fail("expected the index of a child in front of this");
         path->append(index);
     }
-    return text.expect('}');
+    return text.expect('}') && readStatements();
 }
 
 } // namespace kalmyr::detail

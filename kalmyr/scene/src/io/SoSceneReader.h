@@ -95,6 +95,8 @@ protected:
     virtual int tryIs(SoNode*, SoField&, bool /*isEvent*/) { return 0; }
     /// USE of a name that is not known, or of a node that is still open. True: it is left out.
     virtual bool mayLeaveOutUse() const { return false; }
+    /// What stands here and is no node.
+    bool readStatements();
     bool readFieldValue(SoField& field);
     /// Whether nothing follows; goes on to the next piece of a binary file.
     bool atEndOfFile();
