@@ -17,6 +17,7 @@
 #include <vector>
 
 class QAction;
+class QMenu;
 class SoField;
 class SoFieldItem;
 class SoNode;
@@ -118,6 +119,8 @@ Q_SIGNALS:
     void fieldDied(const SoField* field);
 
 protected:
+    /// An entry for every column, which opens and closes it.
+    void addColumnActions(QMenu* menu);
     void restoreColumnWidths(const QString& group);
 
     bool event(QEvent* event) override;

@@ -106,16 +106,21 @@ int SoMiraboList::storedWidth(int column) const
     return column == FieldValue && m_valueFills && width != 0 ? -1 : width;
 }
 
-void SoMiraboList::headerRightClicked(const QPoint& position)
+void SoMiraboList::addColumnActions(QMenu* menu)
 {
-    QMenu menu;
     const int last = isNetNameMode() ? NodeNetName : FieldValue;
     for (int column = kFirstListedColumn; column <= last; ++column) {
-        QAction* action = menu.addAction(kColumnTexts[static_cast<std::size_t>(column - 1)]);
+        QAction* action = menu->addAction(kColumnTexts[static_cast<std::size_t>(column - 1)]);
         action->setCheckable(true);
         action->setChecked(columnWidth(column) != 0);
     }
-    connect(&menu, &QMenu::triggered, this, &SoMiraboList::toggleHeaderColumnVisibility);
+    connect(menu, &QMenu::triggered, this, &SoMiraboList::toggleHeaderColumnVisibility);
+}
+
+void SoMiraboList::headerRightClicked(const QPoint& position)
+{
+    QMenu menu;
+    addColumnActions(&menu);
     menu.exec(position);
 }
 

@@ -16,23 +16,31 @@ SoNodeOverviewList::SoNodeOverviewList(QWidget* parent) : SoMiraboList(parent)
     restoreColumnWidths(mirabo::kNodeOverviewGroup);
 }
 
+void SoNodeOverviewList::addRowActions(QMenu* menu, const SoFieldItem& row)
+{
+    connect(menu->addAction(tr("&Copy Value")), &QAction::triggered, this,
+            &SoNodeOverviewList::copyCurrentValue);
+    QAction* watch = menu->addAction(tr("&Watch"));
+    watch->setEnabled(row.getField() && mirabo::isWatchable(*row.getField()));
+    connect(watch, &QAction::triggered, this, &SoNodeOverviewList::watchRequested);
+    QAction* ignore = menu->addAction(tr("&Set Ignored/Enable"));
+    ignore->setEnabled(row.getField());
+    connect(ignore, &QAction::triggered, this, &SoNodeOverviewList::ignoreRequested);
+    menu->addSeparator();
+}
+
 void SoNodeOverviewList::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu;
-    if (const SoFieldItem* item = currentFieldItem(); item && itemAt(event->pos()) == item) {
-        connect(menu.addAction(tr("&Copy Value")), &QAction::triggered, this,
-                &SoNodeOverviewList::copyCurrentValue);
-        QAction* watch = menu.addAction(tr("&Watch"));
-        watch->setEnabled(item->getField() && mirabo::isWatchable(*item->getField()));
-        connect(watch, &QAction::triggered, this, &SoNodeOverviewList::watchRequested);
-        QAction* ignore = menu.addAction(tr("&Set Ignored/Enable"));
-        ignore->setEnabled(item->getField());
-        connect(ignore, &QAction::triggered, this, &SoNodeOverviewList::ignoreRequested);
-        menu.addSeparator();
-    }
+    const SoFieldItem* item = currentFieldItem();
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    if (item && (byKey || itemAt(event->pos()) == item))
+        addRowActions(&menu, *item);
     QAction* parts = menu.addAction(tr("Show &Catalog Parts"));
     parts->setCheckable(true);
     parts->setChecked(isShowingCatalogParts());
     connect(parts, &QAction::triggered, this, &SoNodeOverviewList::catalogPartsRequested);
-    menu.exec(event->globalPos());
+    addColumnActions(menu.addMenu(tr("C&olumns")));
+    menu.exec(byKey && item ? viewport()->mapToGlobal(visualItemRect(item).bottomLeft())
+                            : event->globalPos());
 }

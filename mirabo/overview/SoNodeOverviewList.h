@@ -17,4 +17,7 @@ Q_SIGNALS:
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    void addRowActions(QMenu* menu, const SoFieldItem& row);
 };

@@ -15,12 +15,16 @@
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoCube.h>
 
+#include <QAction>
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QDockWidget>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -183,6 +187,39 @@ TEST_F(EditionTest, HandsContextMenusAndFocusToTheState)
     QFocusEvent focus(QEvent::FocusIn);
     QCoreApplication::sendEvent(watch(), &focus);
     EXPECT_EQ(spy.count(), 1);
+}
+
+TEST_F(EditionTest, OffersWhatAFieldCanDoInAMenu)
+{
+    edition.showNode(m_probe.get(), nullptr, false);
+    QSignalSpy ignores(&edition, &SoMiraboEdition::ignoreRequested);
+    const auto choose = [this](const QString& wanted) {
+        QStringList entries;
+        QTimer::singleShot(0, [&entries, wanted] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            for (QAction* action : menu->actions()) {
+                entries << (action->isEnabled() ? "+" : "-") + action->text().remove('&');
+                if (entries.last() == "+" + wanted)
+                    action->trigger();
+            }
+            menu->close();
+        });
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+        QCoreApplication::sendEvent(list()->viewport(), &event);
+        return entries.join(' ');
+    };
+    EXPECT_EQ(choose("Watch"),
+              "+Copy Value +Watch +Set Ignored/Enable + +Show Catalog Parts +Columns");
+    EXPECT_EQ(watch()->topLevelItemCount(), 1);
+    choose("Set Ignored/Enable");
+    EXPECT_EQ(ignores.count(), 1);
+    choose("Show Catalog Parts");
+    EXPECT_TRUE(mirabo::readShowCatalogPart());
+    list()->chooseRow(row(*list(), "one"));
+    EXPECT_EQ(choose("Watch").left(20), "+Copy Value -Watch +");
+    edition.clear();
+    EXPECT_EQ(choose("Watch"), "+Show Catalog Parts +Columns");
 }
 
 TEST_F(EditionTest, KeepsTheLayoutOfTheWatch)
