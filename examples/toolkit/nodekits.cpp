@@ -13,7 +13,8 @@ int main()
 {
     SoDB::init();
     const SoRef<SoSceneKit> scene(new SoSceneKit);
-    scene->getPart("cameraList[0].camera"); // makes list, camera kit and camera
+    // Makes the list, the camera kit and the camera.
+    scene->set("cameraList[0].camera", "position 0 1 5");
     scene->setCameraNumber(0);
     scene->getPart("lightList[0]");
 
