@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoType.h>
+#include <kalmyr/nodekits/SoNodekitsInit.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
 #include <kalmyr/vrml/SoVrmlInit.h>
 
@@ -22,6 +23,7 @@ std::vector<Module>& modules()
 {
     static std::vector<Module> known{
         {SbName("Vrml97"), &kalmyr::initVrml, &kalmyr::finishVrml, "VRMLParent"},
+        {SbName("Nodekits"), &kalmyr::initNodekits, &kalmyr::finishNodekits, "BaseKit"},
         {SbName("Rendering"), &kalmyr::initRendering, nullptr},
     };
     return known;
