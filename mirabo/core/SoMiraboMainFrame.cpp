@@ -1,5 +1,6 @@
 #include "mirabo/core/SoMiraboMainFrame.h"
 
+#include "mirabo/core/InlineFetcher.h"
 #include "mirabo/core/SoCommandManager.h"
 
 #include <QAction>
@@ -79,6 +80,12 @@ void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
         action(ActionId::Close)->setEnabled(false);
         action(ActionId::New)->setEnabled(false); // closes the scene as well
         m_recentMenu->setEnabled(false);
+    } else {
+        // A host may have its own way to get what its scene refers to.
+        auto* fetcher = new mirabo::InlineFetcher(this);
+        connect(fetcher, &mirabo::InlineFetcher::notFetched, this, [this](const QString& url) {
+            statusBar()->showMessage(tr("not loaded: %1").arg(url));
+        });
     }
     statusBar()->setSizeGripEnabled(true);
 }
@@ -274,7 +281,8 @@ void SoMiraboMainFrame::fillViewMenu()
     m_viewMenu->clear();
     for (const QDockWidget* dock :
          findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        m_viewMenu->addAction(dock->toggleViewAction());
+        if (dock->features() & QDockWidget::DockWidgetClosable)
+            m_viewMenu->addAction(dock->toggleViewAction());
     m_viewMenu->addSeparator();
     for (const QToolBar* bar : findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
         m_viewMenu->addAction(bar->toggleViewAction());

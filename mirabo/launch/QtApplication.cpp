@@ -1,6 +1,7 @@
 #include "mirabo/launch/QtApplication.h"
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoDynamicLibManager.h>
 #include <kalmyr/base/SoPreferences.h>
 
@@ -34,7 +35,11 @@ bool QtApplication::obtain(int& argc, char** argv)
 {
     if (QCoreApplication::instance()) {
         m_owned = m_owned && QCoreApplication::instance() == m_application;
-        return true;
+        if (qobject_cast<QApplication*>(QCoreApplication::instance()))
+            return true;
+        SoDebugError::post("SoMirabo::start", "the application object of the host has no widgets: "
+                                              "it must be a QApplication");
+        return false;
     }
     m_owned = true;
     preparePluginPath();

@@ -31,7 +31,7 @@
 namespace {
 
 /// The optional modules of the toolkit that the tool uses; finished in the reverse order.
-constexpr std::array kModules{"Vrml97", "Rendering"};
+constexpr std::array kModules{"Vrml97", "Nodekits", "Rendering"};
 
 struct Run {
     bool running = false;
@@ -132,6 +132,12 @@ void commonStart(const QStringList& arguments, SoSceneManager* manager)
     readConfiguration();
 }
 
+/// A timer of the host may call from within the reading of a file.
+bool isReading()
+{
+    return SoMiraboViewer::exists() && SoMiraboViewer::instance()->isReading();
+}
+
 void tearDown()
 {
     Run& r = run();
@@ -184,8 +190,10 @@ void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
     const SoGuiRenderArea* area = services->getRenderArea();
     if (!area || area->getSceneManager() != manager)
         services->setRenderArea(mirabo::findRenderArea(manager));
-    if (!run().application.obtain())
+    if (!run().application.obtain()) {
+        attachTo(nullptr);
         return;
+    }
     MrbShellImpl::getInstance(parent);
     commonStart({}, manager);
     run().session->showScene(manager->getSceneGraph());
@@ -221,8 +229,9 @@ void SoMiraboImpl::startStandalone(int& argc, char** argv)
 
 void SoMiraboImpl::stop()
 {
-    run().running = false;
-    tearDown();
+    requestFinish();
+    if (!isReading())
+        tearDown();
 }
 
 bool SoMiraboImpl::isRunning()
@@ -235,7 +244,7 @@ int SoMiraboImpl::processEvents()
     Run& r = run();
     if (r.running && r.application.isOwned())
         QCoreApplication::processEvents();
-    if (r.finishPending)
+    if (r.finishPending && !isReading())
         tearDown();
     return r.running ? 1 : 0;
 }

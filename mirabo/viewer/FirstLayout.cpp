@@ -14,11 +14,13 @@ namespace {
 /// How long after it was first shown a window still finds its size, in milliseconds.
 constexpr int kSettleMs = 1000;
 /// Width in which types, names and reference counts of a tree are readable, in characters.
-constexpr int kTreeWidth = 60;
+constexpr int kTreeWidth = 66;
 /// Shares of the window that the docks take at most.
-constexpr double kTreeShare = 0.42;
-constexpr double kOverviewShare = 0.36;
+constexpr double kTreeShare = 0.45;
+constexpr double kOverviewShare = 0.42;
 constexpr int kOverviewLines = 19;
+/// Beside the tree: what overview and watch need to stand side by side, in characters.
+constexpr int kTwoPanels = 78;
 
 } // namespace
 
@@ -50,6 +52,21 @@ void FirstLayout::applyLater()
     });
 }
 
+void FirstLayout::placeWatch(QDockWidget* overview, QDockWidget* watch, bool beside)
+{
+    const bool isBeside = m_window->tabifiedDockWidgets(overview).isEmpty();
+    if (beside == isBeside)
+        return;
+    if (beside) {
+        m_window->removeDockWidget(watch);
+        m_window->addDockWidget(Qt::BottomDockWidgetArea, watch, Qt::Horizontal);
+        watch->show();
+    } else {
+        m_window->tabifyDockWidget(overview, watch);
+        overview->raise();
+    }
+}
+
 void FirstLayout::apply()
 {
     const auto dock = [this](const char* name) {
@@ -67,6 +84,7 @@ void FirstLayout::apply()
     const int height =
         std::min(font.height() * kOverviewLines, int(m_window->height() * kOverviewShare));
     m_window->resizeDocks({tree}, {treeWidth}, Qt::Horizontal);
+    placeWatch(overview, watch, rest >= font.averageCharWidth() * kTwoPanels);
     m_window->resizeDocks({overview, watch}, {rest * 2 / 3, rest / 3}, Qt::Horizontal);
     m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
 }

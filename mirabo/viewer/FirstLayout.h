@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+class QDockWidget;
 class QMainWindow;
 
 namespace mirabo {
@@ -21,6 +22,7 @@ protected:
 private:
     void applyLater();
     void apply();
+    void placeWatch(QDockWidget* overview, QDockWidget* watch, bool beside);
 
     QMainWindow* m_window; // Not owned; owns us.
     bool m_pending = false;

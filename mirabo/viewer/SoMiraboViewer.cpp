@@ -22,8 +22,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QDockWidget>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSettings>
+#include <QStatusBar>
 
 namespace {
 
@@ -31,6 +33,7 @@ SoMiraboViewer* s_instance = nullptr;
 
 const QString kGeometry = QString::fromLatin1(mirabo::kMainFrameGroup);
 constexpr int kUnsetSize = 32767;
+constexpr int kMessageMs = 10000; // how long a message stays in the status bar
 /// A calm dark tone on which shaded objects of any colour stand out.
 const SbColor kViewerBackground(0.20f, 0.23f, 0.28f);
 
@@ -252,14 +255,18 @@ SoNode* SoMiraboViewer::read(LiveInput& input)
 bool SoMiraboViewer::readScene(LiveInput& input)
 {
     const SbString name = input.getCurFileName();
-    if (name.isEmpty())
+    if (name.isEmpty() || m_reading)
         return false;
     const SbString directory = SbFileHelper::getDirName(name);
     SoInput::removeDirectory(directory);
     SoInput::addDirectoryLast(directory);
     m_readError.clear();
+    QElapsedTimer timer;
+    timer.start();
     QApplication::setOverrideCursor(Qt::WaitCursor);
+    m_reading = true;
     const SoRef<SoNode> root(read(input));
+    m_reading = false;
     input.closeFile();
     QApplication::restoreOverrideCursor();
     if (root) {
@@ -267,11 +274,19 @@ bool SoMiraboViewer::readScene(LiveInput& input)
         setScene(root.get(), true);
         addRecentFile(toQString(name));
         m_frame->action(mirabo::ActionId::Reload)->setEnabled(true);
+        tellLoaded(timer.elapsed());
     }
     if (!m_readError.isEmpty())
         mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
     m_readError.clear();
     return static_cast<bool>(root);
+}
+
+void SoMiraboViewer::tellLoaded(qint64 milliseconds)
+{
+    const QString name = QFileInfo(m_currentFile).fileName();
+    m_frame->statusBar()->showMessage(
+        tr("%1 loaded in %2 s").arg(name).arg(double(milliseconds) / 1000, 0, 'f', 2), kMessageMs);
 }
 
 void SoMiraboViewer::setCurrentFile(const QString& fileName)

@@ -58,6 +58,9 @@ public:
     HighlightMode getHighlightMode() const { return m_highlightMode; }
     void setHighlightMode(HighlightMode mode);
 
+    /// A file is being read: the window is painted meanwhile, and timers of the host run, but
+    /// nothing may be replaced or torn down.
+    bool isReading() const { return m_reading; }
     /// Reads a whole scene from an opened input and makes it the document. The old scene stays, and
     /// the first error is shown, when that fails.
     bool readScene(LiveInput& input);
@@ -84,6 +87,7 @@ private:
     void createDocks();
     QDockWidget* addDock(const char* name, const QString& title);
     void setCurrentFile(const QString& fileName);
+    void tellLoaded(qint64 milliseconds);
     static void pathSelected(void* data, SoPath* path);
     static void readErrorPosted(const SoError* error, void* data);
     SoNode* read(LiveInput& input);
@@ -102,5 +106,6 @@ private:
     QString m_currentFile;
     mirabo::RecentFiles m_recentFiles;
     QString m_readError;
+    bool m_reading = false;
     bool m_highlighting = false; ///< the selection is being changed by ourselves
 };
