@@ -147,4 +147,26 @@ TEST_F(StandaloneTest, OpensMaximisedTheFirstTime)
     EXPECT_TRUE(window()->statusBar()->isVisible());
 }
 
+TEST_F(StandaloneTest, FirstLayoutFollowsTheSizeThatTheWindowGets)
+{
+    start();
+    const auto settle = [](const QSize& size) {
+        window()->setWindowState(Qt::WindowNoState);
+        window()->resize(size);
+        for (int turn = 0; turn < 5; ++turn)
+            pass();
+    };
+    auto* treeDock = window()->findChild<QDockWidget*>("dockMainWin");
+    auto* overview = window()->findChild<QDockWidget*>("dockNodeOverview");
+    settle(QSize(1440, 900));
+    EXPECT_GT(treeDock->width(), 350);
+    EXPECT_LT(treeDock->width(), 720);
+    EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty());
+    settle(QSize(900, 700));
+    EXPECT_LT(treeDock->width(), 450);
+    EXPECT_EQ(window()->tabifiedDockWidgets(overview).size(), 1) << "no room for two";
+    settle(QSize(1440, 900));
+    EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty());
+}
+
 } // namespace

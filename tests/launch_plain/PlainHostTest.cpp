@@ -4,6 +4,7 @@
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/gui/SoGuiInit.h>
 #include <kalmyr/gui/SoLibMirabo.h>
+#include <kalmyr/gui/SoSceneManagerImpl.h>
 
 #include <QApplication>
 #include <QSettings>
@@ -125,6 +126,24 @@ TEST_F(PlainHostTest, OpensTheLastArgumentStandalone)
     hooks().m_mirabo_startStandalone(1, arguments);
     EXPECT_EQ(rowCount(), 2) << "nothing but the background";
     EXPECT_EQ(window()->windowTitle(), "Mirabo");
+}
+
+TEST_F(PlainHostTest, RefusesAnApplicationWithoutWidgets)
+{
+    int count = 1;
+    std::string name = "console";
+    char* arguments[] = {name.data(), nullptr};
+    const QCoreApplication console(count, arguments);
+    const SoRef<SoGuiExaminerViewer> viewer(new SoGuiExaminerViewer);
+    viewer->setSceneGraph(scene.get());
+    auto errors = support::expectErrors();
+    hooks().m_mirabo_startNode(scene.get());
+    EXPECT_FALSE(hooks().m_mirabo_isRunning());
+    hooks().m_mirabo_startSceneManager(viewer->getSceneManager());
+    EXPECT_FALSE(hooks().m_mirabo_isRunning());
+    EXPECT_EQ(viewer->getSceneManager()->getImpl()->getOwnMirabo(), 0);
+    EXPECT_EQ(errors.count(), 2U);
+    EXPECT_FALSE(hooks().m_mirabo_processEvents());
 }
 
 TEST_F(PlainHostTest, RunsAgainAndAgain)
