@@ -9,13 +9,13 @@
 
 /// What parts the instances of a class of node kits may have, and where they hang.
 ///
-/// The parts form a tree. Part 0 is "this", the kit itself; every other part hangs below another
+/// The parts form a tree. The first is "this", the kit itself; every other part hangs below another
 /// one, to the left of its right sibling. A part with parts below it is a group that the kit makes
 /// and keeps for itself. Numbers are the same in the catalogs of derived kits.
 /// One catalog serves all instances of a class; it is filled by the class's initClass().
 class KALMYR_API SoNodekitCatalog {
 public:
-    /// Name of part 0.
+    /// Name of the kit as the first part.
     static const SbName& thisName();
 
     /// A catalog with nothing but "this".
@@ -46,7 +46,7 @@ public:
     bool isPublic(int part) const;
     bool isPublic(const SbName& name) const { return isPublic(getPartNumber(name)); }
 
-    /// The part that it hangs below: 0, "this", for those right below the kit. Part 0 is its own.
+    /// The part that it hangs below: 0, "this", for those right below the kit. "This" is its own.
     int getParentPartNumber(int part) const;
     int getParentPartNumber(const SbName& name) const
     {
