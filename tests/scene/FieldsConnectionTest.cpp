@@ -378,7 +378,8 @@ public:
             m_fields.push_back(&m_sums.back()->a);
             m_fields.push_back(&m_sums.back()->b);
         }
-        m_values.resize(m_fields.size());
+        for (const SoSFFloat* field : m_fields)
+            m_values.push_back(field->getValue());
         m_masters.resize(m_fields.size(), kNone);
     }
 

@@ -140,8 +140,11 @@ bool SoField::connectFrom(SoField* master)
     own.convert = master->getTypeId() == getTypeId()
                       ? nullptr
                       : SoFieldConverter::find(master->getTypeId(), getTypeId());
+    // Both have to part before either is half destroyed.
     if (source)
         source->m_feeds = true;
+    if (m_container)
+        m_container->m_feeds = true;
     master->addAuditor(this, SoAuditor::FIELD);
     m_flags &= ~kConnectionOff;
     if (isEvent(*this))
@@ -179,8 +182,19 @@ void SoField::disconnect()
 
 void SoField::releaseFollowers()
 {
-    for (SoField* follower : getFollowers())
-        follower->disconnect();
+    // One by one: sensors that are told may take other followers away.
+    for (int i = getAuditors().getLength(); --i >= 0;) {
+        const SoAuditorList& auditors = getAuditors();
+        if (i >= auditors.getLength()) {
+            i = auditors.getLength();
+            continue;
+        }
+        if (auditors.getType(i) != SoAuditor::FIELD)
+            continue;
+        auto* field = static_cast<SoField*>(auditors.getObject(i));
+        if (field->getConnectedField() == this)
+            field->disconnect();
+    }
 }
 
 std::vector<SoField*> SoField::getFollowers() const

@@ -156,10 +156,16 @@ void SoFieldContainer::copyFieldValues(const SoFieldContainer* from, bool copyCo
 
 void SoFieldContainer::destroy()
 {
-    // While the values still exist.
-    if (m_feeds)
-        for (SoField* field : getFields())
+    // While all fields still exist: a last value is read, and an engine that goes with its last
+    // follower tells others, this container perhaps among them.
+    if (m_feeds) {
+        const auto fields = getFields();
+        for (SoField* field : fields)
             field->releaseFollowers();
+        for (SoField* field : fields)
+            if (field->m_extra)
+                field->letGoOfMaster();
+    }
     SoBase::destroy();
 }
 
