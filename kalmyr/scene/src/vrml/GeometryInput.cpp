@@ -14,8 +14,7 @@ namespace {
 template <class T>
 const T* nodeOf(const SoSFNode& field)
 {
-    SoNode* node =
-        field.isIgnored() ? nullptr : SoVRMLProtoInstance::resolve(field.getValue());
+    SoNode* node = field.isIgnored() ? nullptr : SoVRMLProtoInstance::resolve(field.getValue());
     return node && node->isOfType(T::getClassTypeId()) ? static_cast<T*>(node) : nullptr;
 }
 
