@@ -198,6 +198,21 @@ void setFloat(benchmark::State& state)
     }
 }
 
+/// Argument: number of values. A bulk edit with one notification; no text exists.
+void editManyFloats(benchmark::State& state)
+{
+    SoMFFloat field;
+    field.setNum(static_cast<int>(state.range(0)));
+    float value = 0;
+    for (auto _ : state) {
+        float* values = field.startEditing();
+        values[0] = value += 1;
+        field.finishEditing();
+        benchmark::DoNotOptimize(field.getValues());
+    }
+}
+
+BENCHMARK(editManyFloats)->Arg(100'000)->Arg(1'000'000)->Arg(10'000'000);
 BENCHMARK(readFloatsFloor)->Unit(benchmark::kMillisecond);
 BENCHMARK(readFloats)->Unit(benchmark::kMillisecond);
 BENCHMARK(readPoints)->Unit(benchmark::kMillisecond);
