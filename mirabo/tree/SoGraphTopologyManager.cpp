@@ -10,6 +10,7 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
 #include <QScopedValueRollback>
@@ -41,6 +42,20 @@ void followChain(const SoNotification& notification, std::vector<const SoNode*>&
     nodes.clear();
     for (const auto* link = notification.chain; link; link = link->below)
         nodes.push_back(asNode(link->container));
+}
+
+/// Asks an inline that has an address, but no content, to fetch it.
+void fetchContent(SoNode* node)
+{
+    if (node->isOfType(SoVRMLInline::getClassTypeId())) {
+        auto* link = static_cast<SoVRMLInline*>(node);
+        if (!link->getChildData() && link->url.getNum() > 0)
+            link->requestChildrenFromURL();
+    } else if (node->isOfType(SoWWWInline::getClassTypeId())) {
+        auto* link = static_cast<SoWWWInline*>(node);
+        if (!link->getChildData() && link->name.getValue().getLength() > 0)
+            link->requestURLData();
+    }
 }
 
 /// A list that is replaced by another is reported as removed, too.
@@ -240,13 +255,8 @@ void SoGraphTopologyManager::fetchInlines()
     if (isVrmlScene())
         return;
     const QScopedValueRollback<bool> fetching(m_fetching, true);
-    for (const SoRef<SoNode>& node : nodes) {
-        if (!node->isOfType(SoVRMLInline::getClassTypeId()))
-            continue;
-        auto* link = static_cast<SoVRMLInline*>(node.get());
-        if (!link->getChildData() && link->url.getNum() > 0)
-            link->requestChildrenFromURL();
-    }
+    for (const SoRef<SoNode>& node : nodes)
+        fetchContent(node.get());
 }
 
 bool SoGraphTopologyManager::applyTo(SoTreeViewItem* item, const Change& change)

@@ -58,6 +58,10 @@ public:
         }
     }
 
+    /// An edit to be made in the midst of another one. Kits are left alone: they make parts in
+    /// several edits, and hand them out in the end.
+    void stepInside() { editGroup(m_groups[below(m_groups.size())].get()); }
+
     template <class N>
     int below(N n)
     {
@@ -239,7 +243,7 @@ private:
         if (self->m_busy || self->m_script.below(20) > 0)
             return;
         self->m_busy = true;
-        self->m_script.step();
+        self->m_script.stepInside();
         self->m_busy = false;
     }
 
