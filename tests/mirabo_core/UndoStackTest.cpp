@@ -52,7 +52,9 @@ protected:
         // Commands still on the stack are kept by whoever pushed them: here, nobody else.
         while (stack.canUndo())
             stack.undo();
-        stack.add(new Step(log, 'x')); // deletes what was undone
+        Step last(log, 'x');
+        stack.add(&last); // deletes what was undone
+        stack.clear();
     }
     bool push(char name) { return stack.add(new Step(log, name)); }
     std::string taken()
