@@ -38,10 +38,9 @@ void SoFieldWatch::applyStoredWidths()
 {
     // Rows of many nodes say little without the node's name: unlike the overview's, its column is
     // open until the user closes it.
-    const int natural = columnWidth(NodeName);
     restoreColumnWidths(mirabo::kFieldWatchGroup);
     if (!mirabo::hasListColumnWidth(mirabo::kFieldWatchGroup, NodeName - 1))
-        setColumnWidth(NodeName, natural);
+        openColumn(NodeName);
 }
 
 void SoFieldWatch::countRows()

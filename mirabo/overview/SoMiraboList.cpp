@@ -59,13 +59,8 @@ SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
     setItemDelegate(new FieldDelegate(this));
     setAccessibleName("Fields");
     applyNaturalWidths();
-    connect(header, &QHeaderView::sectionResized, this, [this](int column) {
-        if (m_filling)
-            return;
-        if (column == FieldValue)
-            m_valueFills = false; // somebody wants this width
-        fillWidth();
-    });
+    connect(header, &QHeaderView::sectionResized, this,
+            [this](int column, int, int width) { widthChosen(column, width); });
 }
 
 SoMiraboList::~SoMiraboList()

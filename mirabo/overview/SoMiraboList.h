@@ -10,6 +10,7 @@
 #include <QRegion>
 #include <QTreeWidget>
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -76,7 +77,9 @@ public:
 
     /// Every width of this list is set here; tells when it really changed.
     virtual void setColumnWidth(int column, int width);
-    /// The width to store for a column: -1 for the value column while it fills the list.
+    /// Takes over the widths of another list.
+    void copyWidths(const SoMiraboList& other);
+    /// The width to store for a column: -1 while it follows the width of the list.
     int storedWidth(int column) const;
 
     /// Styles of default and changed values, painted in the value column.
@@ -122,6 +125,8 @@ protected:
     /// An entry for every column, which opens and closes it.
     void addColumnActions(QMenu* menu);
     void restoreColumnWidths(const QString& group);
+    /// Gives a closed column its natural width.
+    void openColumn(int column);
 
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -142,7 +147,10 @@ private:
 
     void setUpColumns();
     void applyNaturalWidths();
+    /// Columns that nobody gave a width shrink with the list; the value takes what is left over.
     void fillWidth();
+    bool isFlexible(int column) const;
+    void widthChosen(int column, int width);
     SoNode* twinOf(const SoNode* node);
     QList<QTreeWidgetItem*> makeRows(SoNode* node);
     void nodeDied(const SoNode* node);
@@ -165,6 +173,7 @@ private:
     QRegion m_painted; ///< what the repaint under way covers
     bool m_repaintPending = false;
     bool m_inView = false;
-    bool m_valueFills = true; ///< the value column takes what the others leave
     bool m_filling = false;
+    std::array<int, NodeNetName + 1> m_natural{};
+    std::array<bool, NodeNetName + 1> m_chosen{}; ///< somebody gave the column its width
 };

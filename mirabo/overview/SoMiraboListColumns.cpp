@@ -23,6 +23,7 @@ constexpr int kReopenedIgnoreWidth = 20;
 constexpr int kHeaderMargin = 10;
 constexpr int kIconColumnWidth = 20;
 constexpr int kCellMargin = 16;
+constexpr int kLeastWidth = 48; ///< of a column that shrinks with the list
 
 /// What a column usually holds; a row's icons have fixed columns.
 constexpr std::pair<SoMiraboList::Column, const char*> kSamples[] = {
@@ -60,11 +61,40 @@ void SoMiraboList::applyNaturalWidths()
 {
     m_filling = true;
     const QFontMetrics metrics = fontMetrics();
-    for (const Column column : {Ignored, Connected})
+    for (const Column column : {Ignored, Connected}) {
         QTreeWidget::setColumnWidth(column, kIconColumnWidth);
-    for (const auto& [column, sample] : kSamples)
-        QTreeWidget::setColumnWidth(column, metrics.horizontalAdvance(sample) + kCellMargin);
+        m_chosen[column] = true;
+    }
+    for (const auto& [column, sample] : kSamples) {
+        m_natural[column] = metrics.horizontalAdvance(sample) + kCellMargin;
+        QTreeWidget::setColumnWidth(column, m_natural[column]);
+    }
+    m_natural[NodeNetName] = m_natural[NodeName];
     m_filling = false;
+}
+
+void SoMiraboList::copyWidths(const SoMiraboList& other)
+{
+    m_filling = true;
+    for (int column = 1; column < std::min(columnCount(), other.columnCount()); ++column)
+        QTreeWidget::setColumnWidth(column, other.columnWidth(column));
+    m_chosen = other.m_chosen;
+    m_filling = false;
+    fillWidth();
+}
+
+void SoMiraboList::openColumn(int column)
+{
+    m_filling = true;
+    QTreeWidget::setColumnWidth(column, m_natural[static_cast<std::size_t>(column)]);
+    m_filling = false;
+    fillWidth();
+}
+
+bool SoMiraboList::isFlexible(int column) const
+{
+    return column >= NodeType && !m_chosen[static_cast<std::size_t>(column)]
+           && columnWidth(column) != 0;
 }
 
 void SoMiraboList::restoreColumnWidths(const QString& group)
@@ -80,15 +110,27 @@ void SoMiraboList::restoreColumnWidths(const QString& group)
 
 void SoMiraboList::fillWidth()
 {
-    if (!m_valueFills || m_filling || columnWidth(FieldValue) == 0)
+    if (m_filling)
         return;
     m_filling = true;
-    int others = 0;
+    int room = viewport()->width();
+    int wanted = 0;
     for (int column = 1; column < columnCount(); ++column)
-        if (column != FieldValue)
-            others += columnWidth(column);
-    const int least = fontMetrics().horizontalAdvance(kSamples[4].second) / 2;
-    QTreeWidget::setColumnWidth(FieldValue, std::max(least, viewport()->width() - others));
+        if (isFlexible(column))
+            wanted += m_natural[static_cast<std::size_t>(column)];
+        else
+            room -= columnWidth(column);
+    int left = room;
+    for (int column = NodeType; column < columnCount(); ++column) {
+        if (!isFlexible(column) || column == FieldValue)
+            continue;
+        const int natural = m_natural[static_cast<std::size_t>(column)];
+        const int width = room < wanted ? std::max(kLeastWidth, natural * room / wanted) : natural;
+        QTreeWidget::setColumnWidth(column, width);
+        left -= width;
+    }
+    if (isFlexible(FieldValue))
+        QTreeWidget::setColumnWidth(FieldValue, std::max(kLeastWidth, left));
     m_filling = false;
 }
 
@@ -100,10 +142,18 @@ void SoMiraboList::setColumnWidth(int column, int width)
         Q_EMIT columnWidthChanged(column, columnWidth(column));
 }
 
+void SoMiraboList::widthChosen(int column, int width)
+{
+    if (m_filling || column <= Hidden || column > NodeNetName)
+        return;
+    if (width != 0) // a closed column has no width of its own
+        m_chosen[static_cast<std::size_t>(column)] = true;
+    fillWidth();
+}
+
 int SoMiraboList::storedWidth(int column) const
 {
-    const int width = columnWidth(column);
-    return column == FieldValue && m_valueFills && width != 0 ? -1 : width;
+    return isFlexible(column) ? -1 : columnWidth(column);
 }
 
 void SoMiraboList::addColumnActions(QMenu* menu)

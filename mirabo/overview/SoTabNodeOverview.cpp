@@ -34,7 +34,7 @@ SoNodeOverview* SoTabNodeOverview::addOverview()
     applyPreferences(added);
     added->getList()->setPlaceProvider(m_place);
     if (previous) // as wide as the user has made them
-        added->getList()->header()->restoreState(previous->getList()->header()->saveState());
+        added->getList()->copyWidths(*previous->getList());
     setCurrentIndex(addTab(added, QString()));
     addCloseButton(added);
     connectOverview(added);

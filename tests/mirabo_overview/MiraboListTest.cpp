@@ -236,6 +236,26 @@ TEST_F(MiraboListTest, TogglesColumnsFromTheHeaderMenu)
     EXPECT_EQ(spy.count(), 0);
 }
 
+TEST_F(MiraboListTest, FitsItsColumnsIntoTheRoomThatThereIs)
+{
+    List list;
+    const auto width = [&list] {
+        return list.columnViewportPosition(List::FieldValue) + list.columnWidth(List::FieldValue);
+    };
+    for (const int room : {420, 1400, 420}) {
+        list.resize(room, 200);
+        show(list);
+        EXPECT_LE(width(), list.viewport()->width());
+        EXPECT_GT(width(), list.viewport()->width() - 10);
+    }
+    list.setColumnWidth(List::FieldName, 300); // what somebody wants is kept
+    list.resize(430, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list.columnWidth(List::FieldName), 300);
+    EXPECT_EQ(list.storedWidth(List::FieldName), 300);
+    EXPECT_EQ(list.storedWidth(List::FieldValue), -1);
+}
+
 TEST_F(MiraboListTest, OpensTheMenuOnARightClickOfTheHeader)
 {
     List list;
