@@ -20,9 +20,10 @@
 namespace {
 
 constexpr float kNearestShare =
-    0.001f;                        // of the far distance: nearer costs too much depth precision
-constexpr float kSeekShare = 0.5f; // of the way to the point remains after a seek
-constexpr float kMinSize = 1e-9f;  // of a view or distance
+    0.001f; // of the far distance: nearer costs too much depth precision
+constexpr float kNearestToFocal = 0.1f; // of the distance of what is looked at
+constexpr float kSeekShare = 0.5f;      // of the way to the point remains after a seek
+constexpr float kMinSize = 1e-9f;       // of a view or distance
 constexpr float kMaxSize = 1e15f;
 constexpr float kPlaneSlack = 0.01f; // of the scene's depth
 
@@ -313,7 +314,10 @@ void SoGuiViewer::adjustClippingPlanes()
     if (getCameraType() == PERSPECTIVE) {
         if (farDistance <= 0)
             return; // everything is behind the eye
-        nearDistance = std::max(nearDistance, farDistance * kNearestShare);
+        // What is looked at stays in view, even when the bounds are far too large.
+        const float focal = clampedSize(m_camera->focalDistance.getValue());
+        nearDistance =
+            std::max(nearDistance, std::min(farDistance * kNearestShare, focal * kNearestToFocal));
     }
     const bool enclosed = m_camera->nearDistance.getValue() <= nearDistance
                           && m_camera->farDistance.getValue() >= farDistance;
