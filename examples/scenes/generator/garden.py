@@ -25,7 +25,8 @@ def shell():
         if inner:
             kids += [inner]
         step = [] if i == 0 else [place((.36, 0, 0), (0, 0, 1, .135), (growth,) * 3)]
-        inner = Node("Separator", f"Chamber{i + 1}" if i else None, step + kids)
+        # Groups: boxes around turned boxes, one at each separator, would grow without limit.
+        inner = Node("Group", f"Chamber{i + 1}" if i else None, step + kids)
     return separator(place((-6.2, 0, 0), (0, 0, 1, 2.0), (.17,) * 3), inner, name="Shell")
 
 
