@@ -1,0 +1,60 @@
+// The whole window on the sample scenes, as a user has it.
+#include "mirabo/launch/SoMirabo.h"
+#include "mirabo/launch/SoMiraboImpl.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/viewer/SoMiraboViewer.h"
+
+#include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/qt/SoQtExaminerViewer.h>
+
+#include <QDockWidget>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString kScenes = QStringLiteral(MIRABO_SOURCE_DIR "/examples/scenes/");
+
+class Opening : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        for (const auto format : {QSettings::NativeFormat, QSettings::IniFormat})
+            QSettings::setPath(format, QSettings::UserScope, m_settings.path());
+        SoMiraboImpl::startStandalone(m_count, m_arguments);
+        viewer = SoMiraboViewer::instance();
+        // The tree makes a row current when it gets the keyboard.
+        viewer->getTreeDock()->window()->show();
+        QTest::qWait(1);
+    }
+    void TearDown() override { SoMirabo::stop(); }
+
+    SoMiraboTreeView* tree() const { return viewer->getTreeDock()->findChild<SoMiraboTreeView*>(); }
+    int outlined() const { return viewer->getSelectionNode()->getNumSelected(); }
+
+    SoMiraboViewer* viewer = nullptr;
+
+private:
+    QTemporaryDir m_settings;
+    int m_count = 1;
+    char m_name[7] = "mirabo";
+    char* m_arguments[2] = {m_name, nullptr};
+};
+
+} // namespace
+
+TEST_F(Opening, OutlinesNothingUntilARowIsChosen)
+{
+    for (const char* name : {"hello.ky", "lights.ky"}) {
+        ASSERT_TRUE(viewer->openSceneFile(kScenes + QLatin1String(name)));
+        QTest::qWait(1);
+        EXPECT_EQ(outlined(), 0) << name;
+        ASSERT_TRUE(tree()->topLevelItem(0));
+        tree()->setCurrentItem(tree()->topLevelItem(0)->child(0));
+        EXPECT_EQ(outlined(), 1) << name;
+    }
+}
