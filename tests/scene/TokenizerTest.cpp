@@ -135,7 +135,9 @@ TEST(SoTokenizer, ReadsBoolsByNameAndNumber)
     EXPECT_TRUE(readOne<bool>("1", &SoTokenizer::readBool));
     EXPECT_FALSE(readOne<bool>("FALSE", &SoTokenizer::readBool));
     EXPECT_FALSE(readOne<bool>("0", &SoTokenizer::readBool));
-    for (const char* text : {"", "true", "2", "10", "TRUEST", "{"}) {
+    EXPECT_TRUE(readOne<bool>("true", &SoTokenizer::readBool));
+    EXPECT_FALSE(readOne<bool>("false", &SoTokenizer::readBool));
+    for (const char* text : {"", "True", "2", "10", "TRUEST", "{"}) {
         expectRefused<bool>(text, &SoTokenizer::readBool);
     }
 }
