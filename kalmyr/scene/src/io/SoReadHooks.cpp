@@ -8,9 +8,15 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/vrml/SoVRMLCoordinate.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
+#include <kalmyr/vrml/SoVRMLIndexedFaceSet.h>
+#include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+
+#include <algorithm>
+#include <cstdint>
 
 namespace kalmyr::detail {
 
@@ -101,6 +107,44 @@ void readFileNode(SoInput* in, SoNode* node)
         file->setChildData(data);
 }
 
+SbString pictureName(const SoTexture2& node)
+{
+    return node.filename.getValue();
+}
+
+SbString pictureName(const SoVRMLImageTexture& node)
+{
+    return node.url[0];
+}
+
+template <class Texture>
+void readTexture(SoInput* in, SoNode* node)
+{
+    auto* texture = static_cast<Texture*>(node);
+    texture->setDirectory(in->getFolder());
+    if (!texture->findPicture())
+        in->warnHere("texture '" + pictureName(*texture) + "' cannot be found and is left out");
+}
+
+/// Remarks on the first index without a point. Such faces and lines are left out when drawn.
+template <class Shape>
+void checkPoints(SoInput* in, SoNode* node)
+{
+    const auto* shape = static_cast<const Shape*>(node);
+    const SoNode* coord = shape->coord.getValue();
+    if (!coord || !coord->isOfType(SoVRMLCoordinate::getClassTypeId()))
+        return;
+    const int count = static_cast<const SoVRMLCoordinate*>(coord)->point.getNum();
+    const auto indices = shape->coordIndex.values();
+    const auto fault = std::find_if(indices.begin(), indices.end(), [count](std::int32_t index) {
+        return index < -1 || index >= count;
+    });
+    if (fault == indices.end())
+        return;
+    in->warnHere("coordIndex[" + SbString(static_cast<int>(fault - indices.begin())) + "] is "
+                 + SbString(*fault) + ", but there are " + SbString(count) + " points");
+}
+
 } // namespace
 
 void installReadHooks()
@@ -110,12 +154,10 @@ void installReadHooks()
     SoDB::setReadHook(SoVRMLInline::getClassTypeId(), readInline<SoVRMLInline>);
     SoDB::setReadHook(SoWWWInline::getClassTypeId(), readInline<SoWWWInline>);
     SoDB::setReadHook(SoFile::getClassTypeId(), readFileNode);
-    SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), [](SoInput* in, SoNode* node) {
-        static_cast<SoVRMLImageTexture*>(node)->setDirectory(in->getFolder());
-    });
-    SoDB::setReadHook(SoTexture2::getClassTypeId(), [](SoInput* in, SoNode* node) {
-        static_cast<SoTexture2*>(node)->setDirectory(in->getFolder());
-    });
+    SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), readTexture<SoVRMLImageTexture>);
+    SoDB::setReadHook(SoTexture2::getClassTypeId(), readTexture<SoTexture2>);
+    SoDB::setReadHook(SoVRMLIndexedFaceSet::getClassTypeId(), checkPoints<SoVRMLIndexedFaceSet>);
+    SoDB::setReadHook(SoVRMLIndexedLineSet::getClassTypeId(), checkPoints<SoVRMLIndexedLineSet>);
 }
 
 } // namespace kalmyr::detail

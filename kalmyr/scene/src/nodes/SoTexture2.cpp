@@ -52,6 +52,16 @@ void SoTexture2::setDirectory(const SbString& directory)
     m_loadedName.makeEmpty();
 }
 
+bool SoTexture2::findPicture()
+{
+    const SbString& name = filename.getValue();
+    if (name.isEmpty() || SbFileHelper::isAccessible(SoImageFile::findFile(name, m_directory)))
+        return true;
+    m_loadedName = name;
+    m_loaded.makeNull();
+    return false;
+}
+
 void SoTexture2::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoNode::copyContents(from, copier);

@@ -2,6 +2,7 @@
 
 #include "LocalUrl.h"
 
+#include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/core/SoImageFile.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
@@ -52,6 +53,22 @@ const SbImage& SoVRMLImageTexture::getPicture()
         SoError::post("texture \"%s\": %s", urls[0].getString(),
                       reason.isEmpty() ? "none of its urls is a local file" : reason.getString());
     return m_loaded;
+}
+
+bool SoVRMLImageTexture::findPicture()
+{
+    const auto urls = url.values();
+    const auto isThere = [this](const SbString& one) {
+        const SbString name = kalmyr::detail::localFileName(one);
+        return !name.isEmpty()
+               && SbFileHelper::isAccessible(SoImageFile::findFile(name, m_directory));
+    };
+    if (urls.empty() || std::any_of(urls.begin(), urls.end(), isThere))
+        return true;
+    m_tried = true;
+    m_loadedUrls.assign(urls.begin(), urls.end());
+    m_loaded.makeNull();
+    return false;
 }
 
 void SoVRMLImageTexture::copyContents(const SoNode* from, SoNodeCopier& copier)

@@ -34,6 +34,9 @@ public:
     const SbImage& getPicture();
     /// The folder in which relative file names are looked for; set by readers of scene files.
     void setDirectory(const SbString& directory);
+    /// Whether the file that `filename` names is there, or none is named. A file that is not is not
+    /// asked for again until the name changes.
+    bool findPicture();
     const SbString& getDirectory() const { return m_directory; }
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 

@@ -20,6 +20,9 @@ public:
     const SbImage& getPicture() override;
     /// The folder that relative urls start from; set by readers of scene files.
     void setDirectory(const SbString& directory);
+    /// Whether one of the urls names a file that is there, or there are no urls. Those that are not
+    /// are not asked for again until the urls change.
+    bool findPicture();
     const SbString& getDirectory() const { return m_directory; }
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
