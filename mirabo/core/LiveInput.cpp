@@ -44,3 +44,13 @@ void LiveInput::progress(std::size_t bytesRead, std::size_t total)
     m_dialog->setValue(static_cast<int>(100 * bytesRead / total));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
+
+void LiveInput::warn(int line, int column, const SbString& text)
+{
+    SoInput::warn(line, column, text);
+    if (m_numWarnings++ > 0)
+        return;
+    const QString name = QFileInfo(QString::fromUtf8(getCurFileName().getString())).fileName();
+    m_firstWarning = QStringLiteral("%1:%2:%3: ").arg(name).arg(line).arg(column)
+                     + QString::fromUtf8(text.getString());
+}

@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QPointer>
+#include <QString>
 
 class QProgressDialog;
 class QWidget;
@@ -16,6 +17,11 @@ public:
     ~LiveInput() override;
 
     void progress(std::size_t bytesRead, std::size_t total) override;
+    void warn(int line, int column, const SbString& text) override;
+
+    int getNumWarnings() const { return m_numWarnings; }
+    /// "FILE:LINE:COLUMN: TEXT" without the folder; empty without warnings.
+    const QString& getFirstWarning() const { return m_firstWarning; }
 
 private:
     void showDialog();
@@ -23,4 +29,6 @@ private:
     QPointer<QWidget> m_parent;
     QPointer<QProgressDialog> m_dialog;
     QElapsedTimer m_sinceStart;
+    QString m_firstWarning;
+    int m_numWarnings = 0;
 };

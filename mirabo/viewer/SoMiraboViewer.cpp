@@ -274,7 +274,7 @@ bool SoMiraboViewer::readScene(LiveInput& input)
         setScene(root.get(), true);
         addRecentFile(toQString(name));
         m_frame->action(mirabo::ActionId::Reload)->setEnabled(true);
-        tellLoaded(timer.elapsed());
+        tellLoaded(input, timer.elapsed());
     }
     if (!m_readError.isEmpty())
         mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
@@ -282,11 +282,16 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     return static_cast<bool>(root);
 }
 
-void SoMiraboViewer::tellLoaded(qint64 milliseconds)
+void SoMiraboViewer::tellLoaded(const LiveInput& input, qint64 milliseconds)
 {
     const QString name = QFileInfo(m_currentFile).fileName();
-    m_frame->statusBar()->showMessage(
-        tr("%1 loaded in %2 s").arg(name).arg(double(milliseconds) / 1000, 0, 'f', 2), kMessageMs);
+    QString text = tr("%1 loaded in %2 s").arg(name).arg(double(milliseconds) / 1000, 0, 'f', 2);
+    const int numMore = input.getNumWarnings() - 1;
+    if (numMore >= 0)
+        text += ". " + input.getFirstWarning();
+    if (numMore > 0)
+        text += tr(" (and %n more)", nullptr, numMore);
+    m_frame->statusBar()->showMessage(text, kMessageMs);
 }
 
 void SoMiraboViewer::setCurrentFile(const QString& fileName)
