@@ -234,6 +234,31 @@ TEST_F(BaseKitTest, TellsOfPartsInTheirOwnKind)
     EXPECT_EQ(log.text, "0Cube ");
 }
 
+TEST_F(BaseKitTest, StandsSensorsThatTakeOutAtOnceWhatIsMade)
+{
+    const SoRef<SoSceneKit> kit(new SoSceneKit);
+    int numTaken = 0;
+    const auto takeOut = [](void* count, SoSensor* sensor) {
+        auto* s = static_cast<SoNodeSensor*>(sensor);
+        auto* group = as<SoGroup>(static_cast<SoNode*>(s->getTriggerContainer()));
+        const auto kind = s->getTriggerOperation();
+        if (group && (kind == SoNotification::CHILD_ADDED || kind == SoNotification::CHILD_INSERTED)
+            && ++*static_cast<int*>(count) % 2 == 1)
+            group->removeChild(s->getTriggerChild());
+    };
+    SoNodeSensor sensor(takeOut, &numTaken);
+    sensor.setPriority(0);
+    sensor.attach(kit.get());
+    for (const char* part : {"childList[0].appearance.material", "childList[0].transform",
+                             "cameraList[0].camera", "childList[1].childList[0].shape"}) {
+        kit->getPart(part);
+        checkInvariants(kit.get());
+        kit->setPart("childList[0].appearance", nullptr);
+        checkInvariants(kit.get());
+    }
+    EXPECT_GT(numTaken, 3);
+}
+
 TEST_F(BaseKitTest, CopiesKeepPartsSharingAndNames)
 {
     const SoRef<SoSceneKit> scene(new SoSceneKit);

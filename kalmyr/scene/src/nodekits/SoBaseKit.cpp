@@ -103,10 +103,13 @@ SoNode* SoBaseKit::makePart(int part)
     if (!made)
         return nullptr;
     if (catalog->isLeaf(part))
-        return setPartNode(part, made.get()) ? made.get() : nullptr;
+        return setPartNode(part, made.get()) ? getAnyPart(part) : nullptr;
     // A group of the kit's own is no news to those who watch the field.
     if (!arrange(part, made.get()))
         return nullptr;
+    // An immediate sensor may have taken it out again: only what is placed is held.
+    if (getAnyPart(part) != made.get())
+        return getAnyPart(part);
     fieldOf(part)->initValue(made.get());
     return made.get();
 }
@@ -141,17 +144,16 @@ bool SoBaseKit::arrange(int part, SoNode* node)
     SoChildList* list = node || old ? listAbove(part) : nullptr;
     if (!list)
         return !node;
+    const SoRef<SoNode> group(getAnyPart(getNodekitCatalog()->getParentPartNumber(part)));
     const int index = indexAt(part, *list);
     const int oldIndex = old ? placeFrom(*list, index, old) : -1;
     // First, for those who hear of the edit ask for part names.
     m_placed[static_cast<std::size_t>(part)] = node;
     bool done = true;
-    const bool wasArranging = std::exchange(m_arranging, true);
     if (node)
         done = oldIndex >= 0 ? list->set(oldIndex, node) : list->insert(node, index);
     else if (oldIndex >= 0)
         list->remove(oldIndex);
-    m_arranging = wasArranging;
     if (!done)
         m_placed[static_cast<std::size_t>(part)] = old;
     else
@@ -278,7 +280,8 @@ void SoBaseKit::followEdit(const SoNotification& notification)
 
 void SoBaseKit::notify(SoNotification& notification)
 {
-    if (notification.kind != SoNotification::UNSPECIFIED && !m_arranging)
+    // Also while it arranges itself: immediate sensors edit meanwhile.
+    if (notification.kind != SoNotification::UNSPECIFIED)
         followEdit(notification);
     if (notification.container == this && notification.field)
         followField(notification.field);

@@ -40,9 +40,10 @@ SoNode* SoBaseKit::getPart(const SbString& name, bool makeIfNeeded)
     kalmyr::detail::PartName first;
     if (!first.parse(name.view()))
         return nullptr;
+    const SoRef<SoBaseKit> self(getRefCount() > 0 ? this : nullptr); // listeners may let go of it
     if (first.rest.empty())
         return partAt(first, makeIfNeeded);
-    SoBaseKit* kit = kitAt(first, makeIfNeeded);
+    const SoRef<SoBaseKit> kit(kitAt(first, makeIfNeeded));
     return kit ? kit->getPart(SbString(first.rest), makeIfNeeded) : nullptr;
 }
 
@@ -53,7 +54,7 @@ bool SoBaseKit::setPart(const SbString& name, SoNode* node)
         return false;
     const SoRef<SoBaseKit> self(getRefCount() > 0 ? this : nullptr); // listeners may let go of it
     if (!first.rest.empty()) {
-        SoBaseKit* kit = kitAt(first, node != nullptr);
+        const SoRef<SoBaseKit> kit(kitAt(first, node != nullptr));
         return kit && kit->setPart(SbString(first.rest), node);
     }
     const SoNodekitCatalog* catalog = getNodekitCatalog();

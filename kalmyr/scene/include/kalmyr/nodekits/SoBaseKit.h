@@ -122,6 +122,5 @@ private:
     std::vector<SoNode*> m_placed; ///< by part number: what stands in the kit's graph; not owned
     /// Parts that others took out; not owned, only compared.
     std::vector<std::pair<int, const SoNode*>> m_lost;
-    bool m_arranging = false;
     static bool s_searchingChildren;
 };
