@@ -126,7 +126,7 @@ void SoMiraboTreeView::setUpColumns()
     setHeaderLabels({"Type", "Name", "Ref. Count", QString(), QString()});
     setUniformRowHeights(true);
     setSortingEnabled(false);
-    header()->setStretchLastSection(false);
+    header()->setStretchLastSection(true);
     header()->setMinimumSectionSize(16);
     header()->setResizeContentsPrecision(0); // what is in view; a scene has millions of rows
     for (int column = 0; column < SoTreeViewItem::kColumnCount; ++column)
