@@ -177,7 +177,12 @@ QIcon namedIcon(const char* name)
         return *known;
     const QString path =
         QString::fromLatin1(":/Mirabo_icons/Icons/%1.png").arg(QLatin1String(name));
-    return *icons().insert(name, QFile::exists(path) ? QIcon(path) : QIcon());
+    QIcon icon;
+    if (QFile::exists(path)) {
+        icon.addFile(path);
+        icon.addFile(path, QSize(), QIcon::Selected); // as drawn, not tinted into the selection
+    }
+    return *icons().insert(name, icon);
 }
 
 QIcon categoryIcon(NodeCategory category)
