@@ -83,7 +83,7 @@ private:
 
     std::uint64_t m_changeId;
     bool m_notifyEnabled = true;
-    bool m_feeds = false; ///< other fields follow, or followed, one of these
+    bool m_feeds = false; ///< one of these follows or is followed, or did or was
 
 protected:
     std::uint8_t m_nodeFlags = 0; ///< bits for SoNode and below (override and such)
