@@ -1,0 +1,10 @@
+#pragma once
+
+/// What a drag out of a panel carries. The formats have no content: a drag begins at the selected
+/// row of its panel, and is of no use outside the window.
+namespace mirabo {
+
+inline constexpr char kFieldRowFormat[] = "mirabofielditem";
+inline constexpr char kTreeRowFormat[] = "treeviewnodeobject";
+
+} // namespace mirabo
