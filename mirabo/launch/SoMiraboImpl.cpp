@@ -30,8 +30,10 @@
 
 namespace {
 
-/// The optional modules of the toolkit that the tool uses; finished in the reverse order.
-constexpr std::array kModules{"Vrml97", "Nodekits", "Rendering"};
+/// The optional modules of the toolkit, so that a scene may hold any of their nodes; finished in
+/// the reverse order. One that is not installed is left out.
+constexpr std::array kModules{"Vrml97",   "Nodekits", "Animation", "Copies",
+                              "Draggers", "Manips",   "Rendering"};
 
 struct Run {
     bool running = false;

@@ -1,0 +1,22 @@
+#include <kalmyr/animation/SoBlinker.h>
+#include <kalmyr/animation/SoPendulum.h>
+#include <kalmyr/animation/SoRotor.h>
+#include <kalmyr/animation/SoShuttle.h>
+
+// What the module tool looks for in the library of an optional module.
+
+extern "C" KALMYR_VISIBLE void kalmyrInitModule()
+{
+    SoRotor::initClass();
+    SoPendulum::initClass();
+    SoShuttle::initClass();
+    SoBlinker::initClass();
+}
+
+extern "C" KALMYR_VISIBLE void kalmyrFinishModule()
+{
+    SoType::removeType(SoBlinker::getClassTypeId());
+    SoType::removeType(SoShuttle::getClassTypeId());
+    SoType::removeType(SoPendulum::getClassTypeId());
+    SoType::removeType(SoRotor::getClassTypeId());
+}

@@ -1,0 +1,18 @@
+#include <kalmyr/copies/SoArray.h>
+#include <kalmyr/copies/SoMultipleCopy.h>
+
+// What the module tool looks for in the library of an optional module.
+
+extern "C" KALMYR_VISIBLE void kalmyrInitModule()
+{
+    SoCopies::initClass();
+    SoMultipleCopy::initClass();
+    SoArray::initClass();
+}
+
+extern "C" KALMYR_VISIBLE void kalmyrFinishModule()
+{
+    SoType::removeType(SoArray::getClassTypeId());
+    SoType::removeType(SoMultipleCopy::getClassTypeId());
+    SoType::removeType(SoCopies::getClassTypeId());
+}

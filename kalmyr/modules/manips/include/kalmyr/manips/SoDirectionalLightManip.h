@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kalmyr/draggers/SoRotateSphericalDragger.h>
+#include <kalmyr/lights/SoDirectionalLight.h>
+#include <kalmyr/manips/SoManip.h>
+
+/// A directional light whose direction the user turns by a ball.
+class KALMYR_VISIBLE SoDirectionalLightManip final : public SoDirectionalLight {
+    SO_NODE_HEADER(SoDirectionalLightManip)
+
+public:
+    SoDirectionalLightManip();
+    static void initClass();
+
+    SoChildList* getInternalChildren() const override { return m_manip.children(); }
+    void doAction(SoAction* action) override;
+
+protected:
+    ~SoDirectionalLightManip() override;
+
+private:
+    SoRotateSphericalDragger* m_dragger; // Not owned; m_manip holds it.
+    mutable kalmyr::detail::ManipDragger m_manip;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kalmyr/draggers/SoTransformDragger.h>
+#include <kalmyr/lights/SoPointLight.h>
+#include <kalmyr/manips/SoManip.h>
+
+/// A point light that the user can take hold of and move.
+class KALMYR_VISIBLE SoPointLightManip final : public SoPointLight {
+    SO_NODE_HEADER(SoPointLightManip)
+
+public:
+    SoPointLightManip();
+    static void initClass();
+
+    SoChildList* getInternalChildren() const override { return m_manip.children(); }
+    void doAction(SoAction* action) override;
+
+protected:
+    ~SoPointLightManip() override;
+
+private:
+    SoTransformDragger* m_dragger; // Not owned; m_manip holds it.
+    mutable kalmyr::detail::ManipDragger m_manip;
+};
