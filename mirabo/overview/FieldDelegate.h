@@ -17,6 +17,8 @@ protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
 private:
+    void paintPlain(QPainter* painter, const QStyleOptionViewItem& option,
+                    const QModelIndex& index) const;
     void styleValue(QStyleOptionViewItem* option, bool changed) const;
 
     SoMiraboList* m_list; // Not owned; it is our parent.

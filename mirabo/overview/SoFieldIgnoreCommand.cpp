@@ -1,19 +1,18 @@
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 
-#include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/io/SoDB.h>
 
 SoFieldIgnoreCommand::SoFieldIgnoreCommand(SoField* field, bool ignored)
-    : m_container(field->getContainer()),
-      m_field(field),
-      m_ignored(ignored),
-      m_before(field->isIgnored())
+    : m_container(field->getContainer()), m_ignored(ignored), m_before(field->isIgnored())
 {
+    m_field.reset(field);
 }
 
 void SoFieldIgnoreCommand::apply(bool ignored)
 {
+    if (!m_field)
+        return;
     SoDB::writelock();
     m_field->setIgnored(ignored);
     SoDB::writeunlock();

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "mirabo/core/Observed.h"
 #include "mirabo/extender/MrbCommand.h"
 
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoField.h>
 
-class SoField;
 class SoFieldContainer;
 
-/// Sets a field's ignored flag; undo puts back what it was.
+/// Sets a field's ignored flag; undo puts back what it was. Nothing once the field has died.
 class SoFieldIgnoreCommand final : public MrbCommand {
 public:
     SoFieldIgnoreCommand(SoField* field, bool ignored);
@@ -21,7 +22,7 @@ private:
     void apply(bool ignored);
 
     SoRef<SoFieldContainer> m_container; ///< held: the field lives as long as it
-    SoField* m_field;                    // Not owned; the container's.
+    mirabo::Observed<SoField> m_field;   ///< a file's or a script's may go before it
     bool m_ignored;
     bool m_before;
 };

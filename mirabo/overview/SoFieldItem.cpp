@@ -69,16 +69,27 @@ SoFieldItem::~SoFieldItem()
 
 void SoFieldItem::startWatching()
 {
-    m_sensor.setDeleteCallback(&SoFieldItem::fieldDied, this);
     m_list->lookAfter(this);
+    guardField();
     setLive(m_list->isInView());
     updateEnabled();
+}
+
+void SoFieldItem::guardField()
+{
+    // The fields of a class are members of its nodes and have a twin to compare with.
+    if (!m_field || m_twin)
+        return;
+    m_guard = std::make_unique<mirabo::DeathGuard<SoField>>(m_field, [this] { fieldDied(); });
+    refreshText(); // a field that dies has no value any more that could be kept
 }
 
 void SoFieldItem::setLive(bool on)
 {
     if (!m_field)
         return;
+    if (m_guard)
+        refreshText();
     m_stale = true; // nobody told what happened before
     m_sensor.attach(on ? m_field : nullptr);
 }
@@ -102,16 +113,15 @@ void SoFieldItem::letGo()
         m_sensor.attach(m_field);
 }
 
-void SoFieldItem::fieldDied(void* data, SoSensor*)
+/// The field of a living node.
+void SoFieldItem::fieldDied()
 {
-    // The field of a living node: one that the node was given by a file.
-    auto* item = static_cast<SoFieldItem*>(data);
-    const SoField* field = item->m_field;
-    if (item->m_list)
-        item->m_list->forgetRow(item);
-    item->fieldGone(false);
-    if (item->m_list)
-        Q_EMIT item->m_list->fieldDied(field);
+    const SoField* field = m_field;
+    if (m_list)
+        m_list->forgetRow(this);
+    fieldGone(false);
+    if (m_list)
+        Q_EMIT m_list->fieldDied(field);
 }
 
 void SoFieldItem::fieldGone(bool stillWhole)
@@ -125,6 +135,7 @@ void SoFieldItem::fieldGone(bool stillWhole)
         refreshText();
     }
     m_sensor.detach();
+    m_guard.reset();
     m_field = nullptr;
     m_node = nullptr;
     m_defaultField = nullptr;

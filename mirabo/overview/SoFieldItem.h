@@ -1,10 +1,14 @@
 #pragma once
 
+#include "mirabo/overview/DeathGuard.h"
+
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/sensors/SoFieldSensor.h>
 
 #include <QTreeWidgetItem>
+
+#include <memory>
 
 class SoField;
 class SoMiraboList;
@@ -63,14 +67,15 @@ public:
 
 private:
     void startWatching();
+    void guardField();
     void letGo();
+    void fieldDied();
     void refreshText() const;
     QVariant valueData(int role) const;
     QString placeText() const;
     /// Whether the row has the icon of column Ignored or Connected.
     bool hasFlag(int column) const;
     static void fieldChanged(void* data, SoSensor* sensor);
-    static void fieldDied(void* data, SoSensor* sensor);
 
     SoMiraboList* m_list; // Not owned; the one that the row belongs to.
     SoNode* m_node;       // Not owned; null once it died.
@@ -78,6 +83,8 @@ private:
     SoRef<SoNode> m_twin;
     const SoField* m_defaultField; // Not owned; the twin owns it.
     SoFieldSensor m_sensor;
+    /// Of a field that may go before its node: one that a file or a script gave to the node.
+    std::unique_ptr<mirabo::DeathGuard<SoField>> m_guard;
     bool m_part;
     bool m_wasDefault = true;
     bool m_wasIgnored = false;

@@ -1,7 +1,10 @@
 #include "mirabo/overview/SoFieldWatch.h"
 
+#include "mirabo/core/SoMiraboState.h"
+#include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/overview/FieldText.h"
 #include "mirabo/overview/SoFieldItem.h"
+#include "mirabo/overview/SoFieldWatchState.h"
 #include "mirabo/preferences/Settings.h"
 
 #include <kalmyr/core/SoField.h>
@@ -86,8 +89,7 @@ void SoFieldWatch::updateNodeNames()
 
 void SoFieldWatch::fieldSelectionChanged()
 {
-    if (currentItem())
-        Q_EMIT rowChosen(currentItem());
+    Q_EMIT rowChosen(currentItem());
 }
 
 void SoFieldWatch::deleteCurrent()
@@ -99,11 +101,19 @@ void SoFieldWatch::deleteCurrent()
     delete row;
 }
 
+void SoFieldWatch::setFieldWatchState(SoMiraboState* state)
+{
+    m_state = state;
+    SoMiraboStateManager::registerState(SoFieldWatchState::kName, state);
+    connect(this, &SoMiraboList::focused, state,
+            [] { SoMiraboStateManager::setCurrentState(SoFieldWatchState::kName); });
+}
+
 void SoFieldWatch::showContextMenu(const QPoint& position)
 {
     QContextMenuEvent event(QContextMenuEvent::Mouse, position, viewport()->mapToGlobal(position));
-    if (m_menuHandler) {
-        m_menuHandler(&event);
+    if (m_state) {
+        m_state->contextMenu(&event);
         return;
     }
     if (!itemAt(position))
@@ -136,10 +146,4 @@ void SoFieldWatch::keyReleaseEvent(QKeyEvent* event)
     if (event->key() == Qt::Key_Delete)
         deleteCurrent();
     SoMiraboList::keyReleaseEvent(event);
-}
-
-void SoFieldWatch::focusInEvent(QFocusEvent* event)
-{
-    Q_EMIT focused();
-    SoMiraboList::focusInEvent(event);
 }

@@ -2,7 +2,7 @@
 
 #include "mirabo/overview/SoMiraboList.h"
 
-class QContextMenuEvent;
+class SoMiraboState;
 
 /// Fields picked from any nodes, kept in view while the user moves through the scene.
 ///
@@ -11,9 +11,6 @@ class SoFieldWatch final : public SoMiraboList {
     Q_OBJECT
 
 public:
-    /// Builds and shows a context menu; the event's position is the list's own.
-    using ContextMenuHandler = std::function<void(QContextMenuEvent*)>;
-
     explicit SoFieldWatch(QWidget* parent = nullptr);
     ~SoFieldWatch() override;
 
@@ -22,17 +19,18 @@ public:
     void updateNodeName(const SoNode* node) override;
     /// The same for all rows.
     void updateNodeNames();
-    /// Who shows the context menu from now on; without one the watch offers its own.
-    void setContextMenuHandler(ContextMenuHandler handler) { m_menuHandler = std::move(handler); }
+    /// What the main window's actions mean while the watch has the focus, and who shows its context
+    /// menu from now on; without one it offers its own. Not owned; it must live as long as the
+    /// watch. Registers the state.
+    void setFieldWatchState(SoMiraboState* state);
 
 Q_SIGNALS:
     /// The last row went, one by one or with all others.
     void listCleared();
+    /// Null when no row is current any more.
     void rowChosen(QTreeWidgetItem* row);
     /// A row was double clicked: its node is wanted in tree and overview.
     void revealRequested(QTreeWidgetItem* row);
-    /// The keyboard focus came here.
-    void focused();
 
 public Q_SLOTS:
     void fieldSelectionChanged();
@@ -44,13 +42,12 @@ public Q_SLOTS:
 
 protected:
     void keyReleaseEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
 
 private:
     void applyStoredWidths();
     void labelRow(SoFieldItem* row);
     void countRows();
 
-    ContextMenuHandler m_menuHandler;
+    SoMiraboState* m_state = nullptr; // Not owned; our child.
     bool m_hadRows = false;
 };

@@ -1,8 +1,10 @@
 #include "mirabo/overview/SoMiraboEdition.h"
 
+#include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
+#include "mirabo/overview/SoFieldWatchState.h"
 #include "mirabo/overview/SoNodeOverrideCommand.h"
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
@@ -23,9 +25,8 @@ SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDo
     overviewDock->setWidget(m_tabs);
     watchDock->setWidget(m_watch);
     connectTabs();
-    connect(m_watch, &SoFieldWatch::rowChosen, this, [this](QTreeWidgetItem* row) {
-        selectField(static_cast<SoFieldItem*>(row)->getField());
-    });
+    connect(m_watch, &SoFieldWatch::rowChosen, this, &SoMiraboEdition::watchRowChosen);
+    connect(m_watch, &SoMiraboList::rowPicked, this, &SoMiraboEdition::watchRowChosen);
     connect(m_watch, &SoMiraboList::fieldDied, this, &SoMiraboEdition::forgetField);
 }
 
@@ -70,9 +71,11 @@ void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
         return;
     m_overviewDock->show();
     m_watchDock->show();
+    m_showing = true;
     if (newTab)
         m_tabs->addOverview();
     showInCurrentTab(node, kit);
+    m_showing = false;
 }
 
 void SoMiraboEdition::bringUp(SoNode* node)
@@ -109,6 +112,8 @@ void SoMiraboEdition::clear()
         m_watch->setNode(nullptr);
     if (m_tabs)
         m_tabs->reset();
+    if (m_selectedField)
+        selectField(nullptr);
 }
 
 void SoMiraboEdition::refresh()
@@ -122,7 +127,28 @@ void SoMiraboEdition::refresh()
 void SoMiraboEdition::selectField(SoField* field)
 {
     m_selectedField = field;
+    m_selectedInWatch = false;
+    // Its row may be gone by the time when it dies.
+    m_selectedGuard.reset();
+    if (field)
+        m_selectedGuard =
+            std::make_unique<mirabo::DeathGuard<SoField>>(field, [this] { selectField(nullptr); });
     Q_EMIT fieldSelected(field);
+}
+
+void SoMiraboEdition::pickField(SoField* field)
+{
+    selectField(field);
+    if (!m_showing)
+        Q_EMIT fieldPicked(m_selectedField); // a listener may have taken it already
+}
+
+void SoMiraboEdition::watchRowChosen(QTreeWidgetItem* row)
+{
+    if (!row && !m_selectedInWatch)
+        return; // the selected field is one of the overview
+    pickField(row ? static_cast<SoFieldItem*>(row)->getField() : nullptr);
+    m_selectedInWatch = row;
 }
 
 void SoMiraboEdition::forgetField(const SoField* field)
@@ -133,13 +159,10 @@ void SoMiraboEdition::forgetField(const SoField* field)
 
 void SoMiraboEdition::setField(QTreeWidgetItem* current, QTreeWidgetItem*)
 {
-    if (!current) {
-        selectField(nullptr);
-        return;
-    }
-    if (SoNodeOverview* overview = m_tabs->currentOverview())
+    SoNodeOverview* overview = current && m_tabs ? m_tabs->currentOverview() : nullptr;
+    if (overview && current->treeWidget() == overview->getList())
         overview->setWatchEnabled(true);
-    selectField(static_cast<SoFieldItem*>(current)->getField());
+    pickField(current ? static_cast<SoFieldItem*>(current)->getField() : nullptr);
 }
 
 void SoMiraboEdition::addFieldWatch()
@@ -148,6 +171,16 @@ void SoMiraboEdition::addFieldWatch()
         return;
     if (const auto* row = static_cast<SoFieldItem*>(m_tabs->currentListItem()))
         m_watch->addField(*row);
+}
+
+void SoMiraboEdition::createFieldWatchState(QAction* deleteAction, SoCommandManager* hub)
+{
+    m_watch->setFieldWatchState(new SoFieldWatchState(m_watch, deleteAction, hub));
+}
+
+void SoMiraboEdition::enterFieldWatchState()
+{
+    SoMiraboStateManager::setCurrentState(SoFieldWatchState::kName);
 }
 
 MrbCommand* SoMiraboEdition::makeOverrideCommand(bool on) const

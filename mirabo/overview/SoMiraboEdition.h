@@ -1,14 +1,19 @@
 #pragma once
 
+#include "mirabo/overview/DeathGuard.h"
+
 #include <QIcon>
 #include <QObject>
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class MrbCommand;
+class QAction;
 class QDockWidget;
 class QTreeWidgetItem;
+class SoCommandManager;
 class SoField;
 class SoFieldWatch;
 class SoNode;
@@ -50,6 +55,11 @@ public:
     /// For tool tips, and the labels of watched nodes without a name.
     void setPlaceProvider(const PlaceProvider& provider);
 
+    /// Makes "&Delete" act on the watch whenever that has the focus; see SoFieldWatchState.
+    void createFieldWatchState(QAction* deleteAction, SoCommandManager* hub);
+    /// The user works in the watch.
+    void enterFieldWatchState();
+
     /// A new command for the node of the current tab; null when it shows none.
     MrbCommand* makeOverrideCommand(bool on) const;
     /// A new command that switches the selected field's ignored flag; null when there is no field.
@@ -58,6 +68,8 @@ public:
 Q_SIGNALS:
     /// Null when no field is selected any more.
     void fieldSelected(SoField* field);
+    /// The same, when the user selected the field, or its tab: not with a newly shown node.
+    void fieldPicked(SoField* field);
     void clearFieldEditorEvent();
     void overrideRequested(bool on);
     /// The selected field's ignored flag is to be switched.
@@ -72,6 +84,8 @@ public Q_SLOTS:
 private:
     void connectTabs();
     void showInCurrentTab(SoNode* node, SoNode* kit);
+    void watchRowChosen(QTreeWidgetItem* row);
+    void pickField(SoField* field);
     void selectField(SoField* field);
     void forgetField(const SoField* field);
 
@@ -80,5 +94,8 @@ private:
     QPointer<SoTabNodeOverview> m_tabs;   // Not owned; its dock's.
     QPointer<SoFieldWatch> m_watch;       // Not owned; its dock's.
     SoField* m_selectedField = nullptr;   // Not owned; forgotten when it dies.
+    std::unique_ptr<mirabo::DeathGuard<SoField>> m_selectedGuard;
+    bool m_selectedInWatch = false;
+    bool m_showing = false; ///< a node is being shown: nobody picked its field
     std::function<QIcon(SoType)> m_icons;
 };

@@ -49,6 +49,7 @@ SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
     setUpColumns();
 
     setSelectionMode(SingleSelection);
+    setDragDropMode(DragOnly); // a row dropped on the window is watched
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     header->setSectionsMovable(false);
@@ -131,7 +132,8 @@ void SoMiraboList::lookAfter(SoFieldItem* item)
         return;
     NodeRows& entry = m_nodes[node];
     if (!entry.guard)
-        entry.guard = std::make_unique<mirabo::NodeGuard>(node, [this, node] { nodeDied(node); });
+        entry.guard =
+            std::make_unique<mirabo::DeathGuard<SoNode>>(node, [this, node] { nodeDied(node); });
     entry.rows.push_back(item);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mirabo/overview/NodeGuard.h"
+#include "mirabo/overview/DeathGuard.h"
 #include "mirabo/preferences/TextStyle.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -117,6 +117,10 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void columnWidthChanged(int column, int newWidth);
+    /// The row that is current already was clicked, or the keyboard came to it.
+    void rowPicked(QTreeWidgetItem* row);
+    /// The keyboard focus came here.
+    void focused();
     /// The field of a row is dying, inside the change that kills its node. The pointer is good for
     /// comparison only.
     void fieldDied(const SoField* field);
@@ -129,11 +133,14 @@ protected:
     void openColumn(int column);
 
     bool event(QEvent* event) override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
@@ -141,7 +148,7 @@ protected:
 
 private:
     struct NodeRows {
-        std::unique_ptr<mirabo::NodeGuard> guard;
+        std::unique_ptr<mirabo::DeathGuard<SoNode>> guard;
         std::vector<SoFieldItem*> rows; // Not owned; the list's.
     };
 

@@ -2,10 +2,12 @@
 
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
+#include "mirabo/preferences/DragFormats.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QPaintEvent>
 
@@ -48,6 +50,20 @@ void SoMiraboList::copyCurrentValue()
 {
     if (const SoFieldItem* item = currentFieldItem())
         QGuiApplication::clipboard()->setText(item->copiedValue());
+}
+
+QStringList SoMiraboList::mimeTypes() const
+{
+    return {mirabo::kFieldRowFormat};
+}
+
+QMimeData* SoMiraboList::mimeData(const QList<QTreeWidgetItem*> items) const
+{
+    if (items.isEmpty())
+        return nullptr;
+    auto* data = new QMimeData;
+    data->setData(mirabo::kFieldRowFormat, QByteArray());
+    return data;
 }
 
 void SoMiraboList::paintEvent(QPaintEvent* event)
@@ -124,10 +140,24 @@ void SoMiraboList::keyPressEvent(QKeyEvent* event)
 
 void SoMiraboList::mousePressEvent(QMouseEvent* event)
 {
+    const QTreeWidgetItem* before = currentItem();
     QTreeWidget::mousePressEvent(event);
     QTreeWidgetItem* item = itemAt(event->pos());
     if (item && item->isDisabled())
         chooseRow(item);
+    if (item && item == before)
+        Q_EMIT rowPicked(item);
+}
+
+void SoMiraboList::focusInEvent(QFocusEvent* event)
+{
+    QTreeWidget::focusInEvent(event);
+    Q_EMIT focused();
+    const Qt::FocusReason reason = event->reason();
+    const bool byKey = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason
+                       || reason == Qt::ShortcutFocusReason;
+    if (byKey && currentItem())
+        Q_EMIT rowPicked(currentItem());
 }
 
 void SoMiraboList::mouseDoubleClickEvent(QMouseEvent* event)

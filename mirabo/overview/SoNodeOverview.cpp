@@ -157,7 +157,7 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
     }
     forgetNode();
     m_node = node;
-    m_guard = std::make_unique<mirabo::NodeGuard>(node, [this] {
+    m_guard = std::make_unique<mirabo::DeathGuard<SoNode>>(node, [this] {
         m_node = nullptr;
         m_dead = true;
         m_sensor.detach();

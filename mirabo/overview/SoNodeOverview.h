@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mirabo/overview/NodeGuard.h"
+#include "mirabo/overview/DeathGuard.h"
 
 #include <kalmyr/sensors/SoNodeSensor.h>
 
@@ -77,7 +77,7 @@ private:
 
     SoNode* m_node = nullptr; // Not owned; forgotten when it dies.
     bool m_dead = false;
-    std::unique_ptr<mirabo::NodeGuard> m_guard;
+    std::unique_ptr<mirabo::DeathGuard<SoNode>> m_guard;
     SoNodeSensor m_sensor;
     QFrame* m_upperFrame = nullptr;
     QLabel* m_nodeNameLabel = nullptr;

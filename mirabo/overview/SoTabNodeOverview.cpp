@@ -61,6 +61,8 @@ void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
 {
     SoNodeOverviewList* list = added->getList();
     connect(list, &QTreeWidget::currentItemChanged, this, &SoTabNodeOverview::currentRowChanged);
+    connect(list, &SoMiraboList::rowPicked, this,
+            [this](QTreeWidgetItem* row) { Q_EMIT currentRowChanged(row, row); });
     connect(list, &SoMiraboList::columnWidthChanged, this,
             &SoTabNodeOverview::overviewColumnListChanged);
     connect(list, &SoMiraboList::fieldDied, this, &SoTabNodeOverview::fieldDied);

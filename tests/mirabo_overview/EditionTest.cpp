@@ -1,5 +1,7 @@
 #include "OverviewSupport.h"
 
+#include "mirabo/core/SoMiraboState.h"
+#include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
@@ -55,6 +57,17 @@ protected:
     QDockWidget* m_overviewDock = new QDockWidget(&m_window);
     QDockWidget* m_watchDock = new QDockWidget(&m_window);
     SoMiraboEdition edition{m_overviewDock, m_watchDock};
+};
+
+/// A state that writes down what happens to it.
+class State final : public SoMiraboState {
+public:
+    void enter() override { log += '+'; }
+    void leave() override { log += '-'; }
+    void contextMenu(QContextMenuEvent* event) override { asked = event->pos(); }
+
+    std::string log;
+    QPoint asked;
 };
 
 } // namespace
@@ -179,14 +192,41 @@ TEST_F(EditionTest, RemovesWatchedRowsAndTellsOfTheLast)
 
 TEST_F(EditionTest, HandsContextMenusAndFocusToTheState)
 {
-    QPoint asked;
-    watch()->setContextMenuHandler([&asked](QContextMenuEvent* event) { asked = event->pos(); });
+    using Manager = SoMiraboStateManager;
+    State state;
+    State other;
+    watch()->setFieldWatchState(&state);
+    Manager::registerState("Other", &other);
     watch()->showContextMenu(QPoint(3, 4));
-    EXPECT_EQ(asked, QPoint(3, 4));
-    QSignalSpy spy(watch(), &SoFieldWatch::focused);
+    EXPECT_EQ(state.asked, QPoint(3, 4));
     QFocusEvent focus(QEvent::FocusIn);
     QCoreApplication::sendEvent(watch(), &focus);
-    EXPECT_EQ(spy.count(), 1);
+    EXPECT_EQ(Manager::getCurrentState(), "FieldWatchState");
+    QCoreApplication::sendEvent(watch(), &focus);
+    EXPECT_EQ(state.log, "+");
+    Manager::setCurrentState("Other");
+    EXPECT_EQ(state.log, "+-");
+    edition.enterFieldWatchState();
+    EXPECT_EQ(other.log, "+-");
+
+    // What is not there ends the switch; the panel can be entered again.
+    testing::internal::CaptureStderr();
+    Manager::setCurrentState("Nobody");
+    Manager::registerState("Null", nullptr);
+    Manager::setCurrentState("Null");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "[E] SoMiraboStateManager::setCurrentState: Error state not found\n"
+              "[E] SoMiraboStateManager::setCurrentState: Error state is NULL\n");
+    EXPECT_EQ(state.log, "+-+-");
+    Manager::forget(nullptr);
+    {
+        State gone;
+        Manager::registerState("Gone", &gone);
+        Manager::setCurrentState("Gone");
+    }
+    EXPECT_EQ(Manager::getCurrentState(), "");
+    edition.enterFieldWatchState();
+    EXPECT_EQ(state.log, "+-+-+");
 }
 
 TEST_F(EditionTest, OffersWhatAFieldCanDoInAMenu)
@@ -317,6 +357,72 @@ TEST_F(EditionTest, LetsANodeDieUnderEveryHolder)
     edition.getTabs()->tabClose(2);
     edition.getTabs()->tabClose(1);
     pass();
+}
+
+TEST_F(EditionTest, LetsAFieldDieUnderEveryHolder)
+{
+    // Selected, watched, in a tab behind another and on a command; its node lives on.
+    SoRef<Declared> node(new Declared);
+    edition.showNode(node.get(), nullptr, false);
+    edition.addFieldWatch();
+    const std::unique_ptr<MrbCommand> ignores(edition.makeIgnoreCommand());
+    ignores->execute();
+    EXPECT_TRUE(node->field->isIgnored());
+    edition.showNode(m_probe.get(), nullptr, true);
+    watch()->setCurrentItem(watch()->topLevelItem(0));
+    m_watchDock->hide();
+    ASSERT_EQ(edition.getSelectedField(), node->field.get());
+    node->field.reset();
+    EXPECT_EQ(edition.getSelectedField(), nullptr);
+    EXPECT_EQ(edition.makeIgnoreCommand(), nullptr);
+    ignores->undo();
+    ignores->redo();
+    m_watchDock->show();
+    edition.getTabs()->setCurrentIndex(0);
+    pass();
+    EXPECT_EQ(watch()->fieldItem(0)->text(List::NodeName), "(deleted)");
+
+    // The selected field is told of its death even when no row shows it any more.
+    edition.getTabs()->setCurrentIndex(1);
+    watchField("vector");
+    watch()->setCurrentItem(watch()->topLevelItem(1));
+    ASSERT_EQ(edition.getSelectedField(), &m_probe->vector);
+    edition.getTabs()->tabClose(1);
+    pass();
+    for (const int index : {0, 1})
+        watch()->chooseRow(watch()->topLevelItem(index));
+    {
+        const QSignalBlocker unheard(watch());
+        watch()->deleteCurrent();
+    }
+    ASSERT_EQ(edition.getSelectedField(), &m_probe->vector);
+    m_probe = nullptr;
+    EXPECT_EQ(edition.getSelectedField(), nullptr);
+}
+
+TEST_F(EditionTest, TellsFieldsThatTheUserPicksFromThoseThatCameWithANode)
+{
+    QSignalSpy picked(&edition, &SoMiraboEdition::fieldPicked);
+    watchField("number");
+    EXPECT_EQ(picked.count(), 0); // it is the first one, selected already
+    edition.showNode(m_probe.get(), nullptr, true);
+    EXPECT_EQ(picked.count(), 0);
+    const auto click = [](List* list, const char* field) {
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                          list->visualItemRect(row(*list, field)).center());
+    };
+    click(list(), "vector");
+    EXPECT_EQ(picked.takeLast().at(0).value<SoField*>(), &m_probe->vector);
+    click(watch(), "number");
+    EXPECT_EQ(picked.takeLast().at(0).value<SoField*>(), &m_probe->number);
+    click(list(), "vector"); // current there all the time
+    EXPECT_EQ(picked.takeLast().at(0).value<SoField*>(), &m_probe->vector);
+    EXPECT_EQ(edition.getSelectedField(), &m_probe->vector);
+    click(watch(), "number");
+    QTest::keyClick(watch(), Qt::Key_Delete); // the last row of the watch
+    EXPECT_EQ(picked.takeLast().at(0).value<SoField*>(), nullptr);
+    edition.getTabs()->setCurrentIndex(0);
+    EXPECT_EQ(picked.takeLast().at(0).value<SoField*>(), &m_probe->number);
 }
 
 TEST_F(EditionTest, OutlivesItsWindow)

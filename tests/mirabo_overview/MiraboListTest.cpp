@@ -37,22 +37,6 @@ public:
     int count = 0;
 };
 
-/// A node whose only field may go before it does, as those of nodes declared in files.
-class Declared final : public Probe {
-public:
-    Declared() : field(new SoSFFloat)
-    {
-        field->setContainer(this);
-        m_data.addField(this, SbName("declared"), field.get());
-    }
-    const SoFieldData* getFieldData() const override { return &m_data; }
-
-    std::unique_ptr<SoSFFloat> field;
-
-private:
-    SoFieldData m_data;
-};
-
 void toggle(List& list, const QString& column)
 {
     QAction action(column);
@@ -467,18 +451,31 @@ TEST_F(MiraboListTest, LetsANodeDieBetweenAChangeAndItsReport)
 TEST_F(MiraboListTest, LetsAFieldDieBeforeItsNode)
 {
     SoRef<Declared> node(new Declared);
-    List list;
-    list.setNode(node.get());
-    show(list);
-    EXPECT_EQ(value(list, "declared"), "0");
-    QSignalSpy spy(&list, &List::fieldDied);
+    List shown;
+    List hidden;
+    List hiddenLater;
+    for (List* list : {&shown, &hidden, &hiddenLater})
+        list->setNode(node.get());
+    show(shown);
+    show(hiddenLater);
+    node->field->setValue(4);
+    pass();
+    hiddenLater.hide();
+    EXPECT_EQ(value(shown, "declared"), "4");
+    const QSignalSpy spies[] = {
+        {&shown, &List::fieldDied}, {&hidden, &List::fieldDied}, {&hiddenLater, &List::fieldDied}};
     node->field.reset();
-    EXPECT_EQ(spy.count(), 1);
-    EXPECT_EQ(row(list, "declared")->getField(), nullptr);
-    EXPECT_EQ(value(list, "declared"), "0");
-    delete list.topLevelItem(0);
+    for (List* list : {&shown, &hidden, &hiddenLater}) {
+        EXPECT_EQ(row(*list, "declared")->getField(), nullptr);
+        show(*list); // nothing of the dead field is asked
+    }
+    EXPECT_EQ(value(shown, "declared"), "4");
+    EXPECT_EQ(value(hidden, "declared"), "0"); // what it was when somebody last looked
+    EXPECT_EQ(value(hiddenLater, "declared"), "4");
+    delete shown.topLevelItem(0);
     node = nullptr;
-    EXPECT_EQ(spy.count(), 1);
+    for (const QSignalSpy& spy : spies)
+        EXPECT_EQ(spy.count(), 1);
 }
 
 TEST_F(MiraboListTest, PaintsChangedValuesInTheirStyle)

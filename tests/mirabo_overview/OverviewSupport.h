@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoMFInstanceParameter.h>
@@ -48,6 +49,22 @@ public:
 
 protected:
     ~Probe() override;
+};
+
+/// A node whose only field may go before it does, as those of nodes declared in files.
+class Declared final : public Probe {
+public:
+    Declared() : field(new SoSFFloat)
+    {
+        field->setContainer(this);
+        m_data.addField(this, SbName("declared"), field.get());
+    }
+    const SoFieldData* getFieldData() const override { return &m_data; }
+
+    std::unique_ptr<SoSFFloat> field;
+
+private:
+    SoFieldData m_data;
 };
 
 /// A toolkit, settings of its own, and a probe.
