@@ -10,6 +10,7 @@
 #include <kalmyr/shapes/SoCube.h>
 
 #include <QDropEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -251,6 +252,10 @@ TEST_F(TreeInteraction, StaysPutUnderTheUsersHandsAndItsOwnHighlight)
         root->addChild(new SoCube);
     pass();
     SoNode* far = root->getChild(90);
+    ASSERT_TRUE(view.context().autoHighlight);
+    const auto highlighter =
+        QObject::connect(&view, &SoMiraboTreeView::highlightRequested, &view,
+                         [far](const SoPath*) { static_cast<SoCube*>(far)->height = 5; });
     press(cube);
     const int scrolled = view.verticalScrollBar()->value();
     for (int i = 0; i < 100000; ++i)
@@ -262,6 +267,7 @@ TEST_F(TreeInteraction, StaysPutUnderTheUsersHandsAndItsOwnHighlight)
     release();
     pass();
     EXPECT_EQ(view.getCurrentNode(), cube); // nor afterwards
+    QObject::disconnect(highlighter);
 
     view.onCustomContextMenu(pointOf(row(cube)));
     far->touch();
@@ -292,4 +298,24 @@ TEST_F(TreeInteraction, SurvivesTheDeathOfTheCurrentNode)
     root.reset();
     pass();
     EXPECT_EQ(view.getCurrentNode(), nullptr);
+}
+
+TEST_F(TreeInteraction, LeavesTheRowAloneWhoseNameIsEdited)
+{
+    QLineEdit name;
+    name.show();
+    view.setCurrentItem(row(material));
+    name.activateWindow();
+    name.setFocus();
+    pass();
+    ASSERT_EQ(QApplication::focusWidget(), &name);
+    cube->width = 3;
+    root->removeChild(1);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    group->removeChild(0); // the edited node itself
+    pass();
+    EXPECT_EQ(QApplication::focusWidget(), &name);
+    EXPECT_EQ(view.getCurrentNode(), group);
+    EXPECT_EQ(check(), "");
 }

@@ -1,9 +1,13 @@
 #include "TreeTestScene.h"
 
+#include "support/ErrorGuard.h"
+
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
+#include <kalmyr/nodes/SoFile.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -264,6 +268,122 @@ TEST_F(TreeTest, ShowsInlinesWithoutTheirBoxAndNotAtAllInAVrmlWorld)
     EXPECT_EQ(check(), "");
 }
 
+TEST_F(TreeTest, ShowsWhatFilesAndInlinesHoldAndFollowsIt)
+{
+    auto* file = new SoFile;
+    auto* web = new SoWWWInline;
+    for (SoNode* node : {static_cast<SoNode*>(file), static_cast<SoNode*>(web)}) {
+        root->addChild(node);
+        root->addChild(node);
+    }
+    QSignalSpy refreshes(&view, &SoMiraboTreeView::overviewRefreshRequested);
+    const auto expectBoth = [&](SoNode* content) {
+        file->setChildData(content);
+        web->setChildData(content);
+        for (const SoTreeViewItem* item : view.itemsOf(file))
+            EXPECT_EQ(item->childCount(), content ? 1 : 0);
+        for (const SoTreeViewItem* item : view.itemsOf(web))
+            EXPECT_EQ(item->childCount(), content ? 1 : 0); // and never the box
+        EXPECT_EQ(check(), "");
+        pass();
+    };
+    const SoRef<SoGroup> first(makePair());
+    expectBoth(first.get());
+    EXPECT_EQ(rowsOf(first->getChild(0)), 4);
+    EXPECT_EQ(row(first.get())->childIndexValue(), 0);
+    first->addChild(new SoMaterial);
+    EXPECT_EQ(row(first.get())->childCount(), 2);
+    expectBoth(makePair());
+    EXPECT_EQ(rowsOf(first.get()), 0);
+    expectBoth(nullptr);
+    EXPECT_GE(refreshes.size(), 6);
+    EXPECT_EQ(view.getCurrentNode(), web); // content that went is gone to
+}
+
+namespace {
+
+/// A host that fetches the content of inlines; `content` null: it fails.
+struct Fetcher {
+    Fetcher() { SoWWWInline::setFetchURLCallBack(fetch, this); }
+    ~Fetcher() { SoWWWInline::setFetchURLCallBack(nullptr, nullptr); }
+    static void fetch(const SbString&, void* data, SoWWWInline* link)
+    {
+        auto* self = static_cast<Fetcher*>(data);
+        ++self->calls;
+        if (self->content)
+            link->setChildData(self->content.get());
+        else
+            link->touch(); // tells of its failure
+    }
+    SoRef<SoNode> content;
+    int calls = 0;
+};
+
+} // namespace
+
+TEST_F(TreeTest, FetchesInlinesThatWereToldToHaveChangedOnce)
+{
+    Fetcher host;
+    auto* link = new SoWWWInline;
+    root->addChild(link);
+    link->name = "http://host/scene"; // a field is no word of new content
+    pass();
+    EXPECT_EQ(host.calls, 0);
+    link->touch();
+    EXPECT_EQ(host.calls, 0); // never inside the change
+    for (int i = 0; i < 3; ++i)
+        pass();
+    EXPECT_EQ(host.calls, 1); // a failure is not tried again
+    EXPECT_EQ(row(link)->childCount(), 0);
+
+    host.content = makePair();
+    link->touch();
+    pass();
+    EXPECT_EQ(host.calls, 2);
+    EXPECT_EQ(rowsOf(host.content.get()), 1);
+    link->touch();
+    pass();
+    EXPECT_EQ(host.calls, 2); // it has what it shows
+    EXPECT_EQ(check(), "");
+
+    link->setChildData(nullptr);
+    link->touch();
+    root->removeChild(0); // gone before its turn comes
+    pass();
+    EXPECT_EQ(check(), "");
+
+    link = new SoWWWInline;
+    root->addChild(link);
+    link->name = "no_such_scene.wrl";
+    const auto errors = support::expectErrors();
+    link->touch();
+    pass();
+    EXPECT_TRUE(errors.contains("no_such_scene.wrl"));
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeTest, GivesAChildToEveryRowOfANodeWithTenThousandParents)
+{
+    constexpr int kParents = 10000;
+    auto* shared = new SoSeparator;
+    std::vector<SoNode*> parents;
+    for (int i = 0; i < kParents; ++i) {
+        auto* parent = new SoGroup;
+        parent->addChild(shared);
+        parents.push_back(parent);
+    }
+    root->setChildren(parents);
+    auto* child = new SoCube;
+    shared->addChild(child);
+    shared->insertChild(new SoMaterial, 0);
+    EXPECT_EQ(rowsOf(child), kParents);
+    for (const SoTreeViewItem* item : view.itemsOf(child))
+        ASSERT_EQ(item->childIndexValue(), 1);
+    shared->removeChild(1);
+    EXPECT_EQ(view.context().index.itemCount(), 3u * kParents + 1);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeTest, TellsStructureChangesOnlyAndOnlyOnce)
 {
     auto* holder = new FieldHolder;
@@ -324,6 +444,14 @@ TEST_F(TreeTest, ComparesEverythingAfterAChangeInAnotherThread)
     EXPECT_EQ(view.topLevelItemCount(), 0);
     SoGraphTopologyManager::allowOtherThreads(false);
 }
+
+#ifndef NDEBUG
+TEST_F(TreeTest, StopsDebugBuildsAtAChangeInAnotherThread)
+{
+    EXPECT_DEATH(std::thread([this] { root->addChild(makePair()); }).join(),
+                 "outside of the GUI thread");
+}
+#endif
 
 TEST_F(TreeTest, ManagesDepthBeyondTheCallStackOfRecursion)
 {

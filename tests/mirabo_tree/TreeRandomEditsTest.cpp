@@ -4,8 +4,10 @@
 
 #include <kalmyr/nodekits/SoNodeKitListPart.h>
 #include <kalmyr/nodekits/SoShapeKit.h>
+#include <kalmyr/nodes/SoFile.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTransform.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -19,12 +21,14 @@
 
 namespace {
 
-/// Random edits of a graph with shared groups, holders, node kits, inlines and VRML groups. Refused
-/// edits (cycles) post errors in the toolkit, so the script looks first.
+/// Random edits of a graph with shared groups, holders, node kits, files, inlines and VRML groups.
+/// Refused edits (cycles) post errors in the toolkit, so the script looks first.
 class Script {
 public:
     Script(SoMiraboTreeView& view, SoGroup* root, unsigned seed) : m_view(view), m_random(seed)
     {
+        SoWWWInline::setFetchURLCallBack(fetch<SoWWWInline>, this);
+        SoVRMLInline::setFetchURLCallBack(fetch<SoVRMLInline>, this);
         m_groups.emplace_back(root);
         for (int i = 0; i < 12; ++i)
             m_groups.emplace_back(i % 3 ? new SoSeparator : static_cast<SoGroup*>(new SoVRMLGroup));
@@ -34,8 +38,19 @@ public:
         }
         for (int i = 0; i < 3; ++i) {
             m_kits.emplace_back(new SoShapeKit);
-            m_inlines.emplace_back(new SoVRMLInline);
+            m_contents.emplace_back(new SoFile);
+            auto* web = new SoWWWInline;
+            web->name = "http://host/web";
+            m_contents.emplace_back(web);
+            auto* link = new SoVRMLInline;
+            link->url.set1Value(0, "http://host/link");
+            m_contents.emplace_back(link);
         }
+    }
+    ~Script()
+    {
+        SoWWWInline::setFetchURLCallBack(nullptr, nullptr);
+        SoVRMLInline::setFetchURLCallBack(nullptr, nullptr);
     }
 
     void step()
@@ -143,13 +158,36 @@ private:
             list->removeChild(below(count));
     }
 
+    /// Comes in the midst of a pass of the event loop; one of three fetches fails.
+    template <class Inline>
+    static void fetch(const SbString&, void* data, Inline* link)
+    {
+        auto* self = static_cast<Script*>(data);
+        if (self->below(3))
+            link->setChildData(self->pick(link).get());
+    }
+
+    /// Another content, none, or word that there is a new one.
+    void editContent(SoNode* node)
+    {
+        const SoRef<SoNode> content = below(3) ? pick(node) : SoRef<SoNode>();
+        if (below(4) == 0)
+            node->touch();
+        else if (node->isOfType(SoFile::getClassTypeId()))
+            static_cast<SoFile*>(node)->setChildData(content.get());
+        else if (node->isOfType(SoWWWInline::getClassTypeId()))
+            static_cast<SoWWWInline*>(node)->setChildData(content.get());
+        else
+            static_cast<SoVRMLInline*>(node)->setChildData(content.get());
+    }
+
     void editOther()
     {
         SoGroup* group = m_groups[below(m_groups.size())].get();
-        SoVRMLInline* link = m_inlines[below(m_inlines.size())].get();
-        switch (below(4)) {
+        switch (below(5)) {
         case 0:
-            link->setChildData(below(3) ? pick(link).get() : nullptr);
+        case 4:
+            editContent(m_contents[below(m_contents.size())].get());
             break;
         case 1: // unseen, and found with the next report
             group->enableNotify(false);
@@ -190,7 +228,7 @@ private:
             node = m_kits[below(m_kits.size())];
             break;
         case 4:
-            node = m_inlines[below(m_inlines.size())];
+            node = m_contents[below(m_contents.size())];
             break;
         case 5:
             node = new SoCube;
@@ -223,7 +261,7 @@ private:
     std::vector<SoRef<SoGroup>> m_groups;
     std::vector<SoRef<FieldHolder>> m_holders;
     std::vector<SoRef<SoShapeKit>> m_kits;
-    std::vector<SoRef<SoVRMLInline>> m_inlines;
+    std::vector<SoRef<SoNode>> m_contents; ///< files and inlines
     std::vector<SoRef<SoNode>> m_leaves;
 };
 
@@ -265,6 +303,9 @@ class TreeRandomEdits : public TreeTest, public ::testing::WithParamInterface<un
 
 TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
 {
+    if (GetParam() % 2 == 0) // a VRML97 world
+        root = new SoVRMLGroup;
+    view.setSceneGraph(root.get());
     Script script(view, root.get(), GetParam());
     const Meddler meddler(script, root.get());
     view.show();
@@ -283,7 +324,7 @@ TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u));
+INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u, 4u));
 
 namespace {
 
