@@ -98,8 +98,6 @@ public:
     virtual void addNode() = 0;
     virtual void deleteNode() = 0;
     virtual void moveNode(SoTreeViewItem* item, SoTreeViewItem* target) = 0;
-    /// Ignores the selected field, or disables and enables the current node.
-    virtual void ignoreOrEnable() = 0;
 
 protected:
     ~TreeEditing() = default;

@@ -42,6 +42,11 @@ void SoCommandManager::setOverrideFactory(std::function<MrbCommand*(bool)> facto
     m_overrideFactory = std::move(factory);
 }
 
+void SoCommandManager::setIgnoreHandler(std::function<void()> handler)
+{
+    m_ignoreHandler = std::move(handler);
+}
+
 void SoCommandManager::setPreferencesHandler(std::function<void()> handler)
 {
     m_preferencesHandler = std::move(handler);
@@ -57,6 +62,7 @@ void SoCommandManager::release()
     m_editing = nullptr;
     m_navigation = nullptr;
     m_overrideFactory = {};
+    m_ignoreHandler = {};
     m_preferencesHandler = {};
 }
 
@@ -313,8 +319,8 @@ void SoCommandManager::previousReference()
 
 void SoCommandManager::ignoreEnable()
 {
-    if (m_editing)
-        m_editing->ignoreOrEnable();
+    if (m_ignoreHandler)
+        m_ignoreHandler();
 }
 
 void SoCommandManager::treeAddNode()

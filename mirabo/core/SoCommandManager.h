@@ -32,6 +32,10 @@ public:
     /// Makes the command that switches the override flag of the node that the overview shows; null
     /// when there is none to switch.
     void setOverrideFactory(std::function<MrbCommand*(bool on)> factory);
+    /// Whether somebody adds, deletes and moves nodes when asked to.
+    bool canEditTree() const { return m_editing != nullptr; }
+    /// Ignores or enables what is selected, a row of the tree or a field.
+    void setIgnoreHandler(std::function<void()> handler);
     /// Shows the preferences dialog.
     void setPreferencesHandler(std::function<void()> handler);
     /// The panels are about to go; requests do nothing from now on.
@@ -134,6 +138,7 @@ private:
     mirabo::TreeEditing* m_editing = nullptr;
     mirabo::TreeNavigation* m_navigation = nullptr;
     std::function<MrbCommand*(bool)> m_overrideFactory;
+    std::function<void()> m_ignoreHandler;
     std::function<void()> m_preferencesHandler;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

@@ -7,6 +7,7 @@
 #include "mirabo/extender/MrbShell.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
+#include "mirabo/launch/IgnoreSwitch.h"
 #include "mirabo/launch/NodePlace.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -19,6 +20,7 @@
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/SoTreeViewState.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>
@@ -114,8 +116,6 @@ void Session::connectTree()
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
             &SoCommandManager::refreshOverview);
     connect(m_tree, &SoMiraboTreeView::commandReady, hub(), &SoCommandManager::addCommand);
-    connect(m_tree, &SoMiraboTreeView::ignoreEnableChanged, m_frame->action(ActionId::IgnoreEnable),
-            &QAction::setEnabled);
     connect(m_tree, &SoMiraboTreeView::helpRequested, this,
             [](const QUrl& address) { QDesktopServices::openUrl(address); });
     connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
@@ -136,12 +136,12 @@ void Session::connectOverview()
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
     hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
-    QAction* ignore = m_frame->action(ActionId::IgnoreEnable);
-    connect(ignore, &QAction::triggered, this, &Session::ignoreSelectedField);
-    connect(m_edition.get(), &SoMiraboEdition::ignoreRequested, this,
-            &Session::ignoreSelectedField);
-    connect(m_edition.get(), &SoMiraboEdition::fieldSelected, ignore,
-            [ignore](SoField* field) { ignore->setEnabled(field); });
+    m_ignore = std::make_unique<IgnoreSwitch>(m_frame->action(ActionId::IgnoreEnable), m_tree,
+                                              m_edition.get(), hub());
+    hub()->setIgnoreHandler([this] { m_ignore->run(); });
+    QAction* remove = m_frame->action(ActionId::Delete);
+    new SoTreeViewState(m_tree, remove, hub()); // the tree owns it
+    m_edition->createFieldWatchState(remove, hub());
     m_edition->setPlaceProvider(
         [tree = QPointer(m_tree)](const SoNode* node) { return tree ? placeOf(*tree, node) : ""; });
     connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, this,
@@ -152,14 +152,6 @@ void Session::connectOverview()
                 m_edition->bringUp(node);
                 m_tree->revealNode(node);
             });
-}
-
-void Session::ignoreSelectedField()
-{
-    if (m_tree->hasFocus())
-        m_tree->ignoreEnable();
-    else if (MrbCommand* command = m_edition->makeIgnoreCommand())
-        hub()->addCommand(command);
 }
 
 void Session::connectViewer()
@@ -231,6 +223,7 @@ void Session::release()
     m_edition->clear();
     m_edition->disconnect();
     m_tree->setSceneGraph(nullptr);
+    m_ignore.reset();
     m_edition.reset();
     m_frame = nullptr;
 }

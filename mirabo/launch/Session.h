@@ -16,6 +16,8 @@ class SoNode;
 
 namespace mirabo {
 
+class IgnoreSwitch;
+
 /// The panels of one run and the wires between them: what the user does in one reaches the hub,
 /// and through it the others.
 class Session final : public QObject, private NodePanels {
@@ -40,7 +42,6 @@ private:
     void connectTree();
     void connectOverview();
     void connectViewer();
-    void ignoreSelectedField();
     void windowClosed();
     void windowDied();
 
@@ -58,6 +59,7 @@ private:
     const bool m_standalone;
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
+    std::unique_ptr<IgnoreSwitch> m_ignore;
 };
 
 } // namespace mirabo

@@ -1,0 +1,197 @@
+#include "LaunchSupport.h"
+
+#include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extender/MrbServices.h"
+
+#include <QAction>
+#include <QHeaderView>
+#include <QMenu>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+constexpr const char* kScene = "#Kalmyr V1.0 ascii\n"
+                               "Separator {\n"
+                               "  Separator { DEF sky\xc3\xa9 Cube { width 3 } }\n"
+                               "  AsciiText { string [ \"\xd0\x9c\xd0\xb8\xd1\x80\", \"b\" ] }\n"
+                               "}\n";
+constexpr int kIgnored = 1;
+constexpr int kNodeName = 4;
+constexpr int kFieldName = 6;
+constexpr int kFieldValue = 7;
+
+/// Does nothing, and outlives the undo stack.
+class Nothing final : public MrbCommand {
+public:
+    bool execute() override { return true; }
+    void undo() override {}
+    void redo() override {}
+};
+
+/// Tree, node overview and field watch of the whole tool, used with mouse and keys.
+class PanelsTest : public LaunchTest {
+protected:
+    void open()
+    {
+        hooks().m_mirabo_startStandalone(0, nullptr);
+        drop(writeFile("scene.ky", kScene));
+        window()->resize(1400, 900);
+        QApplication::setActiveWindow(window());
+        tree()->expandAll();
+        pass();
+    }
+    static QTabWidget* tabs() { return window()->findChild<QTabWidget*>("SoTabNodeOverview"); }
+    static QTreeWidget* fields()
+    {
+        return tabs()->currentWidget()->findChild<QTreeWidget*>("m_nodeOverviewList");
+    }
+    static QTreeWidget* watch() { return window()->findChild<QTreeWidget*>("m_fieldWatch"); }
+    static QTreeWidgetItem* row(QTreeWidget* list, const QString& text, int column = kFieldName)
+    {
+        return list->findItems(text, Qt::MatchExactly | Qt::MatchRecursive, column).value(0);
+    }
+    static void click(QTreeWidget* list, QTreeWidgetItem* item)
+    {
+        ASSERT_NE(item, nullptr);
+        list->scrollToItem(item);
+        pass();
+        list->setFocus(Qt::MouseFocusReason);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                          list->visualItemRect(item).center());
+        pass();
+    }
+    static void clickNode(const QString& type) { click(tree(), row(tree(), type, 0)); }
+    static void clickField(const QString& name) { click(fields(), row(fields(), name)); }
+    static void press(const QString& text)
+    {
+        ASSERT_TRUE(action(text)->isEnabled()) << text.toStdString();
+        action(text)->trigger();
+        pass();
+    }
+    static void watchField(const QString& name)
+    {
+        clickField(name);
+        tabs()->currentWidget()->findChild<QPushButton*>("m_watchButton")->click();
+        pass();
+    }
+    /// Undoes the last step, and has the stack delete it: what is left there when it is cleared
+    /// belongs to nobody.
+    void undoForGood()
+    {
+        press("&Undo");
+        MrbServices::getInstance()->pushCommand(&m_nothing);
+        press("&Undo");
+    }
+    static bool isIgnored(const QString& field)
+    {
+        return !row(fields(), field)->icon(kIgnored).isNull();
+    }
+
+    Nothing m_nothing;
+};
+
+TEST_F(PanelsTest, IgnoresOrDisablesWhatWasSelectedLast)
+{
+    const QString ignore = "&Set Ignored/Enable";
+    open();
+    clickNode("Cube");
+    ASSERT_NE(row(fields(), "width"), nullptr);
+    press(ignore); // the node: its first field was selected with it, not by the user
+    EXPECT_FALSE(isIgnored("width"));
+    EXPECT_TRUE(action("&Undo")->isEnabled());
+    press("&Undo");
+
+    clickNode("Cube");
+    clickField("height");
+    press(ignore);
+    EXPECT_TRUE(isIgnored("height"));
+    press("&Undo");
+    EXPECT_FALSE(isIgnored("height"));
+    press("&Redo");
+    EXPECT_TRUE(isIgnored("height"));
+    press("&Undo");
+
+    // A row that was current all the time counts once it is clicked.
+    watchField("depth");
+    click(watch(), watch()->topLevelItem(0));
+    clickField("depth");
+    clickNode("Cube");
+    clickField("depth");
+    press(ignore);
+    EXPECT_TRUE(isIgnored("depth"));
+    press("&Undo");
+    clickNode("Cube");
+    press(ignore);
+    EXPECT_FALSE(isIgnored("depth"));
+    undoForGood();
+}
+
+TEST_F(PanelsTest, DeletesInTheWatchWhileThatHasTheFocus)
+{
+    open();
+    clickNode("Cube");
+    watchField("width");
+    watchField("height");
+    ASSERT_EQ(watch()->topLevelItemCount(), 2);
+    EXPECT_FALSE(action("&Delete")->isEnabled());
+    click(watch(), watch()->topLevelItem(0));
+    press("&Delete");
+    ASSERT_EQ(watch()->topLevelItemCount(), 1);
+    EXPECT_EQ(watch()->topLevelItem(0)->text(kFieldName), "height");
+    EXPECT_EQ(watch()->topLevelItem(0)->text(kNodeName), QString::fromUtf8("sky\xc3\xa9"));
+
+    clickNode("AsciiText");
+    action("&Delete")->trigger(); // no row of the watch is meant
+    EXPECT_EQ(watch()->topLevelItemCount(), 1);
+
+    const QPoint place = watch()->visualItemRect(watch()->topLevelItem(0)).center();
+    QStringList entries;
+    QTimer::singleShot(0, [&entries] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* entry : menu->actions()) {
+            entries << entry->text();
+            entry->trigger();
+        }
+        menu->close();
+    });
+    Q_EMIT watch()->customContextMenuRequested(place);
+    EXPECT_EQ(entries.join(' '), "&Delete");
+    EXPECT_EQ(watch()->topLevelItemCount(), 0);
+    watch()->setFocus();
+    pass();
+    EXPECT_FALSE(action("&Delete")->isEnabled());
+}
+
+TEST_F(PanelsTest, RevealsAWatchedNodeInTreeAndOverview)
+{
+    open();
+    clickNode("Cube");
+    watchField("width");
+    clickNode("AsciiText");
+    EXPECT_EQ(row(fields(), "string")->text(kFieldValue),
+              QString::fromUtf8("\"\xd0\x9c\xd0\xb8\xd1\x80\", \"b\""));
+    const QPoint place = watch()->visualItemRect(watch()->topLevelItem(0)).center();
+    QTest::mouseClick(watch()->viewport(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(watch()->viewport(), Qt::LeftButton, {}, place);
+    pass();
+    EXPECT_EQ(tree()->currentItem()->text(0), "Cube");
+    EXPECT_EQ(tabs()->tabText(tabs()->currentIndex()), "Cube");
+}
+
+TEST_F(PanelsTest, KeepsColumnsAndWatchOverARestart)
+{
+    open();
+    fields()->header()->resizeSection(kIgnored, 41);
+    watch()->header()->resizeSection(kFieldName, 123);
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    hooks().m_mirabo_stop();
+    open();
+    EXPECT_EQ(watch()->columnWidth(kFieldName), 123);
+}
+
+} // namespace
