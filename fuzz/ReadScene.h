@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/base/SoRef.h>
@@ -8,6 +9,8 @@
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoToVRMLAction.h>
 #include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/nodes/SoSeparator.h>
 
@@ -51,15 +54,27 @@ inline std::string write(SoNode* node, bool binary)
     return std::string(out.getText());
 }
 
-/// Reads; what could be read is measured, written, read and written again, as text and in binary
-/// form. False when the writings differ.
+/// Makes the geometry of a scene, and scenes of other formats of it.
+inline void use(SoNode* scene)
+{
+    SoGetBoundingBoxAction bounds{SbViewportRegion(100, 100)};
+    bounds.apply(scene);
+    SoGetPrimitiveCountAction count;
+    count.apply(scene);
+    SoToVRMLAction toVrml1;
+    toVrml1.apply(scene);
+    SoToVRML2Action toVrml2;
+    toVrml2.apply(scene);
+}
+
+/// Reads; what could be read is measured, converted, written, read and written again, as text and
+/// in binary form. False when the writings differ.
 inline bool roundTrip(std::string_view bytes)
 {
     const SoRef<SoNode> scene = read(bytes);
     if (!scene)
         return true;
-    SoGetBoundingBoxAction bounds{SbViewportRegion(100, 100)};
-    bounds.apply(scene.get());
+    use(scene.get());
     const std::string once = write(scene.get(), false);
     const SoRef<SoNode> again = read(once);
     const SoRef<SoNode> fromBinary = read(write(scene.get(), true));

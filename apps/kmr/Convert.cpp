@@ -77,6 +77,7 @@ int runConvert(const Arguments& given)
     const std::string name = lowerCase(arguments[1]);
     if (format == SoInput::UNKNOWN_FORMAT)
         format = formatFor(name, scene.format);
+    const ErrorPrinter errors(arguments[1]);
     SoOutput out;
     out.setCompression(isCompressedName(name));
     out.setBinary(format == SoInput::KALMYR_BINARY);

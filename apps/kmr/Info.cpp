@@ -95,8 +95,9 @@ struct Facts {
     SbBox3f box;
 };
 
-Facts measure(const Scene& scene)
+Facts measure(Scene& scene)
 {
+    const Listener listener(scene); // shapes tell what is wrong with them when they are made
     Facts facts;
     for (const SoRef<SoNode>& node : scene.nodes)
         facts.graph.add(node.get());

@@ -113,6 +113,7 @@ SoRef<SoNode> throughViewpoint(const Scene& scene, float aspect)
 int draw(const Scene& scene, const PictureOptions& options, const PictureFormat& format,
          const std::string& name)
 {
+    const ErrorPrinter errors(name);
     const SbViewportRegion region(static_cast<short>(options.width),
                                   static_cast<short>(options.height));
     SoOffscreenRenderer renderer(region);

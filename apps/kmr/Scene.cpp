@@ -63,41 +63,25 @@ private:
     bool m_shown = false;
 };
 
-/// Collects what is posted while it lives.
-class Listener {
-public:
-    explicit Listener(Scene& scene)
-    {
-        SoReadError::setHandlerCallback(onReadError, &scene);
-        SoError::setHandlerCallback(onError, &scene);
-        SoDebugError::setHandlerCallback(onDebugError, &scene);
-    }
-    ~Listener()
-    {
-        SoReadError::setHandlerCallback(nullptr);
-        SoError::setHandlerCallback(nullptr);
-        SoDebugError::setHandlerCallback(nullptr);
-    }
+void onReadError(const SoError* error, void* scene)
+{
+    const auto* read = static_cast<const SoReadError*>(error);
+    static_cast<Scene*>(scene)->errors.push_back({read->getFileName().toStdString(),
+                                                  read->getLine(), read->getColumn(),
+                                                  read->getMessage().toStdString()});
+}
 
-private:
-    static void onReadError(const SoError* error, void* scene)
-    {
-        const auto* read = static_cast<const SoReadError*>(error);
-        static_cast<Scene*>(scene)->errors.push_back({read->getFileName().toStdString(),
-                                                      read->getLine(), read->getColumn(),
-                                                      read->getMessage().toStdString()});
-    }
-    static void onError(const SoError* error, void* scene)
-    {
-        auto* self = static_cast<Scene*>(scene);
-        self->errors.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
-    }
-    static void onDebugError(const SoError* error, void* scene)
-    {
-        auto* self = static_cast<Scene*>(scene);
-        self->warnings.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
-    }
-};
+void onError(const SoError* error, void* scene)
+{
+    auto* self = static_cast<Scene*>(scene);
+    self->errors.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
+}
+
+void onDebugError(const SoError* error, void* scene)
+{
+    auto* self = static_cast<Scene*>(scene);
+    self->warnings.push_back({self->file, 0, 0, error->getDebugString().toStdString()});
+}
 
 template <class Group>
 SoRef<SoNode> groupOf(const std::vector<SoRef<SoNode>>& nodes)
@@ -181,4 +165,35 @@ void printErrors(const Scene& scene)
             std::fprintf(stderr, "%s: error: %s\n", error.file.c_str(), error.message.c_str());
         }
     }
+}
+
+Listener::Listener(Scene& scene)
+{
+    SoReadError::setHandlerCallback(onReadError, &scene);
+    SoError::setHandlerCallback(onError, &scene);
+    SoDebugError::setHandlerCallback(onDebugError, &scene);
+}
+
+Listener::~Listener()
+{
+    SoReadError::setHandlerCallback(nullptr);
+    SoError::setHandlerCallback(nullptr);
+    SoDebugError::setHandlerCallback(nullptr);
+}
+
+ErrorPrinter::ErrorPrinter(const std::string& file)
+{
+    const auto print = [](const SoError* error, void* data) {
+        const std::string& name = *static_cast<const std::string*>(data);
+        std::string message = error->getDebugString().toStdString();
+        if (message.starts_with(name + ": "))
+            message.erase(0, name.size() + 2);
+        std::fprintf(stderr, "%s: error: %s\n", name.c_str(), message.c_str());
+    };
+    SoError::setHandlerCallback(print, const_cast<std::string*>(&file));
+}
+
+ErrorPrinter::~ErrorPrinter()
+{
+    SoError::setHandlerCallback(nullptr);
 }

@@ -43,3 +43,21 @@ SoInput::Format formatOfName(std::string_view name);
 
 /// Prints "FILE:LINE:COLUMN: error: MESSAGE" for each error.
 void printErrors(const Scene& scene);
+
+/// Takes down what is said about a scene while it lives.
+class Listener {
+public:
+    explicit Listener(Scene& scene);
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+};
+
+/// Prints what goes wrong while it lives as "FILE: error: MESSAGE".
+class ErrorPrinter {
+public:
+    explicit ErrorPrinter(const std::string& file);
+    ~ErrorPrinter();
+    ErrorPrinter(const ErrorPrinter&) = delete;
+    ErrorPrinter& operator=(const ErrorPrinter&) = delete;
+};

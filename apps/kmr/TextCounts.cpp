@@ -72,13 +72,21 @@ private:
         return m_text.substr(begin, m_at - begin);
     }
 
-    /// Names may hold dots; they end with white space or a bracket.
+    /// Names as readers take them: they may hold dots, quotes and pairs of brackets.
     void skipName()
     {
         if (!skipSpace())
             return;
-        while (m_at < m_text.size() && (isWordChar(m_text[m_at]) || m_text[m_at] == '.'))
-            ++m_at;
+        if (m_text[m_at] == '"')
+            return skipString();
+        int brackets = 0;
+        for (const std::size_t begin = m_at; m_at < m_text.size(); ++m_at) {
+            const char c = m_text[m_at];
+            const bool ends = (c == ']' && brackets == 0) || (c == '[' && m_at == begin);
+            if (ends || isSpace(c) || std::string_view("{}\"#").find(c) != std::string_view::npos)
+                return;
+            brackets += c == '[' ? 1 : c == ']' ? -1 : 0;
+        }
     }
 
     void takeWord()
@@ -89,10 +97,16 @@ private:
             skipName();
         } else if (name == "ROUTE") {
             ++m_counts.route;
+            skipName();
+        } else if (name == "ENGINE") {
+            skipName();
+            skipSpace();
+            word(); // what follows is no node
         } else if (name == "PROTO" || name == "EXTERNPROTO") {
             const bool external = name[0] == 'E';
             ++(external ? m_counts.externproto : m_counts.proto);
-            skipName();
+            skipSpace();
+            word();
             m_expect = external ? Expect::ExternInterface : Expect::Interface;
         } else if (skipSpace() && m_text[m_at] == '{') {
             auto& nodes = m_protoDepth > 0 ? m_counts.protoNodes : m_counts.nodes;

@@ -1,47 +1,29 @@
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "support/Program.h"
 
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
 
 namespace {
 
 /// Runs an example for a second beside the inspector that it opens.
-class ExampleHostsTest : public testing::TestWithParam<const char*> {
+class ExampleHostsTest : public testing::TestWithParam<const char*>, protected support::TempFolder {
 protected:
-    void SetUp() override
+    ExampleHostsTest()
     {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "mirabo_host_XXXXXX").string();
-        m_folder = mkdtemp(pattern.data());
-        setenv("XDG_CONFIG_HOME", m_folder.c_str(), 1);
+        setenv("XDG_CONFIG_HOME", folder().c_str(), 1);
         setenv("QT_QPA_PLATFORM", "offscreen", 0);
     }
-    void TearDown() override { std::filesystem::remove_all(m_folder); }
-
-private:
-    std::string m_folder;
 };
 
 TEST_P(ExampleHostsTest, RunsWithTheInspectorOpen)
 {
-    const std::string command =
-        std::string(MIRABO_RUNTIME_DIR) + "/" + GetParam() + " --run 1 2>&1 </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string output;
-    std::array<char, 512> part;
-    while (fgets(part.data(), part.size(), pipe))
-        output += part.data();
-    const int status = pclose(pipe);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << output;
-    EXPECT_NE(output.find("inspector running: 1\n"), std::string::npos) << output;
-    EXPECT_NE(output.find("frames drawn: several\n"), std::string::npos) << output;
+    const support::Outcome host = support::runProgram(GetParam(), "--run 1");
+    const std::string told = host.output + host.errors;
+    EXPECT_EQ(host.status, 0) << told;
+    EXPECT_NE(told.find("inspector running: 1\n"), std::string::npos) << told;
+    EXPECT_NE(told.find("frames drawn: several\n"), std::string::npos) << told;
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, ExampleHostsTest,

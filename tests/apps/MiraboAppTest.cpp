@@ -1,54 +1,23 @@
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "support/Program.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
+using support::Outcome;
 
-class MiraboAppTest : public testing::Test {
+class MiraboAppTest : public testing::Test, protected support::TempFolder {
 protected:
-    void SetUp() override
-    {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "mirabo_app_XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
+    MiraboAppTest() { setenv("XDG_CONFIG_HOME", folder().c_str(), 1); }
 
-    std::string path(const std::string& name) const { return folder + "/" + name; }
-    std::string write(const std::string& name, std::string_view text) const
+    static Outcome run(const std::string& arguments)
     {
-        std::ofstream(path(name), std::ios::binary) << text;
-        return path(name);
-    }
-    Outcome run(const std::string& arguments) const
-    {
-        Outcome result;
-        const std::string command = std::string(MIRABO_RUNTIME_DIR) + "/mirabo " + arguments + " 2>"
-                                    + path("errors") + " </dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        std::array<char, 512> part;
-        while (pipe && fgets(part.data(), part.size(), pipe))
-            result.output += part.data();
-        const int status = pipe ? pclose(pipe) : -1;
-        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        std::ifstream errors(path("errors"));
-        result.errors.assign(std::istreambuf_iterator<char>(errors), {});
-        return result;
+        return support::runProgram("mirabo", arguments);
     }
     /// Width and height from a PNG file's header; zeros for what is none.
     static std::array<unsigned, 2> sizeOfPng(const std::string& file)
@@ -64,8 +33,6 @@ protected:
         };
         return {number(16), number(20)};
     }
-
-    std::string folder;
 };
 
 TEST_F(MiraboAppTest, SaysWhatItIsAndHowItIsUsed)

@@ -94,6 +94,8 @@ TEST(SoRecursiveRWLockTest, AReaderMayReadAgainWhileAWriterWaits)
 
 TEST(SoDBTest, StartsAndEndsRepeatedly)
 {
+    while (SoDB::isInitialized()) // other tests started it
+        SoDB::finish();
     for (int i = 0; i < 3; ++i) {
         SoDB::init();
         SoDB::init();

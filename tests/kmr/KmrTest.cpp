@@ -1,61 +1,24 @@
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "support/Program.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
+using support::Outcome;
 
-class KmrTest : public testing::Test {
+class KmrTest : public testing::Test, protected support::TempFolder {
 protected:
-    KmrTest()
+    static Outcome run(const std::string& arguments)
     {
-        std::string pattern = (fs::temp_directory_path() / "kmr_XXXXXX").string();
-        m_folder = mkdtemp(pattern.data());
+        return support::runProgram("kmr", arguments);
     }
-    ~KmrTest() override { fs::remove_all(m_folder); }
-
-    std::string path(const std::string& name) const { return m_folder + "/" + name; }
-    std::string write(const std::string& name, std::string_view text) const
-    {
-        std::ofstream(path(name), std::ios::binary) << text;
-        return path(name);
-    }
-    std::string read(const std::string& name) const
-    {
-        std::ifstream in(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    Outcome run(const std::string& arguments) const
-    {
-        Outcome result;
-        const std::string command = std::string(MIRABO_RUNTIME_DIR) + "/kmr " + arguments + " 2>"
-                                    + path("errors") + " </dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        std::array<char, 512> part;
-        while (pipe && fgets(part.data(), part.size(), pipe))
-            result.output += part.data();
-        const int status = pipe ? pclose(pipe) : -1;
-        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        result.errors = read("errors");
-        return result;
-    }
-
-private:
-    std::string m_folder;
 };
 
 bool has(const std::string& text, const std::string& part)
@@ -91,6 +54,33 @@ TEST_F(KmrTest, TellsWhatIsInAFile)
     EXPECT_EQ(json.find('\n'), json.size() - 1);
 }
 
+/// Files of the corpus say in a remark which nodes are in them.
+TEST_F(KmrTest, CountsTheNodesOfTheCorpus)
+{
+    constexpr std::string_view kMark = "# nodes ";
+    std::vector<std::string> wanted;
+    std::string files;
+    for (const auto& entry : fs::recursive_directory_iterator(MIRABO_TEST_DATA_DIR "/formats")) {
+        const std::string text =
+            entry.is_regular_file() ? support::readFile(entry.path()) : std::string();
+        const std::size_t at = text.find(kMark);
+        if (at == std::string::npos)
+            continue;
+        const std::size_t begin = at + kMark.size();
+        wanted.push_back(text.substr(begin, text.find('}', begin) + 1 - begin));
+        files += " '" + entry.path().string() + "'";
+    }
+    ASSERT_GT(wanted.size(), 15u);
+    const Outcome told = run("info --json" + files);
+    EXPECT_EQ(told.status, 0) << told.errors;
+    std::istringstream lines(told.output);
+    std::string line;
+    for (const std::string& nodes : wanted) {
+        std::getline(lines, line);
+        EXPECT_TRUE(has(line, "\"nodes\":" + nodes + ",\"instances\"")) << nodes << "\n" << line;
+    }
+}
+
 TEST_F(KmrTest, GoesOnBehindABrokenFile)
 {
     const std::string good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
@@ -118,7 +108,10 @@ TEST_F(KmrTest, ConvertsBetweenAllFormats)
         EXPECT_TRUE(has(run("info --json " + path(name)).output, "\"bbox\":[3,-2,-2,7,2,2]"))
             << name;
     EXPECT_TRUE(has(run("info " + path("b.kyz")).output, "kalmyr-binary, compressed"));
-    EXPECT_EQ(run("convert " + file + " " + path("no/such/folder.ky")).status, 1);
+    const Outcome refused = run("convert " + file + " " + path("no/such/folder.ky"));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.errors.rfind(path("no/such/folder.ky") + ": error: cannot be created", 0), 0u)
+        << refused.errors;
 }
 
 TEST_F(KmrTest, RefusesWrongUsage)

@@ -119,6 +119,12 @@ const char* scanHex(const char* p, bool negative, T& value)
     return p;
 }
 
+bool equalsInSmallLetters(std::string_view word, std::string_view small)
+{
+    return std::equal(word.begin(), word.end(), small.begin(), small.end(),
+                      [](char a, char b) { return (a | 0x20) == b; });
+}
+
 /// End of the number at `p`, or null when there is none of this type.
 template <std::integral T>
 inline const char* scanNumber(const char* p, const char*, T& value)
@@ -145,7 +151,16 @@ inline const char* scanNumber(const char* p, const char*, T& value)
         digit = static_cast<unsigned char>(*++p) - unsigned('0');
     } while (digit <= 9);
     if (*p == '.') {
-        return nullptr;
+        // "2.0" is a whole number, too.
+        if (*++p != '0') {
+            return nullptr;
+        }
+        while (*p == '0') {
+            ++p;
+        }
+        if (*p == '.' || is(*p, kWordRest)) {
+            return nullptr;
+        }
     }
     value = static_cast<T>(negative ? ~sum + 1 : sum);
     return p;
@@ -337,8 +352,8 @@ bool SoTokenizer::readBool(bool& value)
     const char* start = m_at;
     std::string_view word;
     if (takeWhile(kIdentRest, kIdentRest, word)) {
-        value = word == "TRUE" || word == "1" || word == "true";
-        if (value || word == "FALSE" || word == "0" || word == "false") {
+        value = word == "1" || equalsInSmallLetters(word, "true");
+        if (value || word == "0" || equalsInSmallLetters(word, "false")) {
             return true;
         }
     }

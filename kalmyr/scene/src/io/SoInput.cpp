@@ -28,6 +28,13 @@ constexpr std::array kKnownHeaders{
     KnownHeader{"#VRML V2.0 utf8", SoInput::VRML2},
 };
 
+/// Spellings that programs use for the same.
+constexpr std::array kOddHeaders{
+    KnownHeader{"#VRML V1.0 utf8", SoInput::VRML1},
+    KnownHeader{"#VRML V2.0 utf-8", SoInput::VRML2},
+    KnownHeader{"#VRML V2.0 ascii", SoInput::VRML2},
+};
+
 constexpr std::size_t kReadStep = std::size_t(1) << 20;
 /// No deflate stream grows by more than this factor.
 constexpr std::size_t kMaxInflateRatio = 1032;
@@ -46,22 +53,38 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// The known header that the line begins with; blanks count as one, whatever their number.
+char lower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+}
+
+/// Whether the line begins with the header; blanks count as one, whatever their number.
+bool beginsWith(std::string_view line, std::string_view header)
+{
+    const bool exact = header.starts_with("#K");
+    std::size_t at = 0;
+    for (const char wanted : header) {
+        const char found = at < line.size() ? line[at] : '\0';
+        if (wanted == ' ' ? !isBlank(found)
+                          : found != wanted && (exact || lower(found) != lower(wanted)))
+            return false;
+        ++at;
+        while (wanted == ' ' && at < line.size() && isBlank(line[at]))
+            ++at;
+    }
+    return at == line.size() || isBlank(line[at]);
+}
+
+/// The known header that the line begins with.
 const KnownHeader* findHeader(std::string_view line)
 {
-    for (const KnownHeader& known : kKnownHeaders) {
-        std::size_t at = 0;
-        bool same = true;
-        for (std::size_t i = 0; same && i < known.text.size(); ++i) {
-            same = at < line.size()
-                   && (known.text[i] == ' ' ? isBlank(line[at]) : line[at] == known.text[i]);
-            ++at;
-            while (known.text[i] == ' ' && at < line.size() && isBlank(line[at]))
-                ++at;
-        }
-        if (same && (at == line.size() || isBlank(line[at])))
+    for (const KnownHeader& known : kKnownHeaders)
+        if (beginsWith(line, known.text))
             return &known;
-    }
+    for (const KnownHeader& odd : kOddHeaders)
+        if (beginsWith(line, odd.text))
+            return std::find_if(kKnownHeaders.begin(), kKnownHeaders.end(),
+                                [&](const KnownHeader& k) { return k.format == odd.format; });
     return nullptr;
 }
 
@@ -246,11 +269,16 @@ bool SoInput::adopt(std::unique_ptr<Bytes> bytes)
     m_filesRead = 0;
     m_numWarnings = 0;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
+    watchProgress();
+    readHeader();
+    return true;
+}
+
+void SoInput::watchProgress()
+{
     m_tokens.setProgress([](void* self, std::size_t at,
                             std::size_t size) { static_cast<SoInput*>(self)->progress(at, size); },
                          this);
-    readHeader();
-    return true;
 }
 
 bool SoInput::inflateText(std::string_view packed)
@@ -313,13 +341,37 @@ void SoInput::readHeader()
         start = 3;
     text = text.substr(start, kMaxHeader);
     m_tokens.setOffset(start);
-    if (!text.starts_with('#'))
+    // VRML files with blanks or empty lines in front are found, too.
+    std::size_t blanks = 0;
+    while (blanks < text.size() && isBlank(text[blanks]))
+        ++blanks;
+    const bool isVrml = text.substr(blanks).starts_with("#VRML");
+    if (!text.starts_with('#') && !isVrml)
         return;
+    start += isVrml ? blanks : 0;
+    text.remove_prefix(isVrml ? blanks : 0);
     const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
     const KnownHeader* known = findHeader(line);
     m_format = known ? known->format : UNKNOWN_FORMAT;
     m_header = SbString(std::string(known ? known->text : trimmed(line)));
+    if (m_format == VRML1 || m_format == VRML2)
+        cutEnd();
     m_tokens.setOffset(start + line.size());
+}
+
+/// Zero bytes and the end mark of old systems are no part of the text.
+void SoInput::cutEnd()
+{
+    constexpr char kEndMark = '\x1a';
+    std::size_t size = m_size;
+    while (size > 0 && (m_bytes->data[size - 1] == 0 || m_bytes->data[size - 1] == kEndMark))
+        --size;
+    if (size == m_size)
+        return;
+    m_bytes->data[size] = 0;
+    m_bytes->size = m_size = size;
+    m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
+    watchProgress();
 }
 
 void SoInput::closeFile()

@@ -1,6 +1,5 @@
 #include "SoSceneReader.h"
 
-#include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
@@ -18,12 +17,6 @@ namespace {
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
-}
-
-bool isNumber(std::string_view name)
-{
-    float ignored = 0;
-    return SbNumber::toFloat(name, ignored);
 }
 
 /// Field types under their names of VRML 1.0.
@@ -174,8 +167,8 @@ bool KalmyrReader::isNode(std::string_view word)
 bool KalmyrReader::isLegalName(std::string_view name) const
 {
     if (isVrml1())
-        return !isNumber(name);
-    return !isDigit(name[0]) && name[0] != '-';
+        return !name.empty();
+    return !isDigit(name[0]);
 }
 
 std::string_view KalmyrReader::ownName(std::string_view name) const

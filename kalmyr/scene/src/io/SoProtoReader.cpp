@@ -136,17 +136,20 @@ bool SceneReader::readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, 
     SoVRMLProto::Entry entry{*type, SbName(fieldType), SbName(name), 0};
     const bool hasValue =
         !proto.external && (*type == SoField::ORDINARY || *type == SoField::EXPOSED);
-    if (hasValue) {
-        text.peek();
-        entry.valueAt = text.getOffset() - textAt;
-        std::string_view next = text.peekWord();
-        // A value that is missing is the default of the type.
-        if (text.peek() == ']' || (!next.empty() && findFieldKind(next)))
-            entry.valueAt = 0;
-        while (text.peek() != ']' && !((next = text.peekWord()).size() && findFieldKind(next)))
-            if (text.atEnd() || !skipValue(false))
-                return text.fail("expected a value for '" + std::string(name) + "'");
+    text.peek();
+    const std::size_t valueAt = text.getOffset();
+    bool found = false;
+    while (text.peek() != ']' && !findFieldKind(text.peekWord())) {
+        found = true;
+        if (text.atEnd() || !skipValue(false))
+            return text.fail("expected a value for '" + std::string(name) + "'");
     }
+    // A value that is missing is the default of the type.
+    if (found && hasValue)
+        entry.valueAt = valueAt - textAt;
+    if (found && !hasValue)
+        warnOnce("value " + std::string(name), text.getText() + valueAt,
+                 "'" + std::string(name) + "' can have no value here; it is left out");
     if (isKnownFieldType(fieldType)) {
         proto.interface.push_back(entry);
     } else {

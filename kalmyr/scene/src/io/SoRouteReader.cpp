@@ -59,6 +59,18 @@ bool connectFields(SoField& from, SoField& to, bool takeValue)
 
 bool SceneReader::readRouteEnd(std::string_view& node, std::string_view& field)
 {
+    if (mayLeaveOutUse()) {
+        // Names may hold dots: the last one stands in front of the field.
+        const std::size_t at = text.getOffset();
+        std::string_view both;
+        const std::size_t dot = takeOddName(both) ? both.rfind('.') : std::string_view::npos;
+        if (dot != std::string_view::npos && dot > 0 && dot + 1 < both.size()) {
+            node = both.substr(0, dot);
+            field = both.substr(dot + 1);
+            return true;
+        }
+        text.setOffset(at);
+    }
     if (!text.readName(node))
         return text.fail("expected the name of a node");
     if (!text.expect('.'))

@@ -8,11 +8,13 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace kalmyr::detail {
 
@@ -157,6 +159,11 @@ bool SceneReader::readNodeFrom(std::string_view word, SoNode*& node)
     if (word == "DEF") {
         if (!readName(name))
             return false;
+        if (mayLeaveOutUse() && text.peek() == '{') {
+            warnOnce("def " + std::string(name), name.data(),
+                     "the name behind DEF is missing in front of " + quoted(name));
+            return readDefinition(name, {}, node);
+        }
         if (!text.readWord(word))
             return text.fail("expected a node type after DEF " + std::string(name));
     }
@@ -167,20 +174,43 @@ bool SceneReader::readName(std::string_view& name)
 {
     text.peek();
     const std::size_t at = text.getOffset();
-    if (!text.readName(name) || !isLegalName(name))
-        return text.failAt(at, "expected a name");
-    // Programs write names with dots, too, which otherwise stand between nodes and fields.
-    while (mayLeaveOutUse() && text.getText()[text.getOffset()] == '.') {
-        std::string_view rest;
-        text.setOffset(text.getOffset() + 1);
-        if (isWordChar(text.getText()[text.getOffset()]))
-            text.readName(rest);
-        name = {name.data(),
-                text.getOffset() - static_cast<std::size_t>(name.data() - text.getText())};
+    bool taken = text.readName(name);
+    const char next = text.getText()[text.getOffset()];
+    if (mayLeaveOutUse() && (!taken || !(isWordChar(next) || next == ' ' || next == '\n'))) {
+        text.setOffset(at);
+        taken = takeOddName(name);
     }
+    if (!taken || !isLegalName(name))
+        return text.failAt(at, "expected a name");
     return name.size() <= kMaxNameLength
            || text.failAt(at, "expected a name of at most " + std::to_string(kMaxNameLength)
                                   + " bytes");
+}
+
+bool SceneReader::takeOddName(std::string_view& name)
+{
+    text.peek();
+    const std::string_view rest(text.getText() + text.getOffset(), text.getRemaining());
+    std::size_t size = 0;
+    if (rest.starts_with('"')) {
+        size = rest.find_first_of("\"\r\n", 1);
+        if (size == rest.npos || rest[size] != '"' || size == 1)
+            return false;
+        name = rest.substr(1, size - 1);
+        text.setOffset(text.getOffset() + size + 1);
+        return true;
+    }
+    int brackets = 0; // a closing one may end the list that the name stands in
+    for (; size < rest.size(); ++size) {
+        const char c = rest[size];
+        const bool closes = c == ']' && brackets == 0, opens = c == '[' && size == 0;
+        if (std::string_view(" \t\r\n\f\v,{}\"#\0", 12).find(c) != rest.npos || closes || opens)
+            break;
+        brackets += c == '[' ? 1 : c == ']' ? -1 : 0;
+    }
+    name = rest.substr(0, size);
+    text.setOffset(text.getOffset() + size);
+    return size > 0;
 }
 
 bool SceneReader::readUse(SoNode*& node)
@@ -325,12 +355,43 @@ int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view 
                         + " is an event and has no value");
         return -1;
     }
-    if (!readFieldValue(*field)) {
+    if (!readOddValue(*field)) {
         text.fail("expected a value for " + quoted(word) + " of " + quoted(typeName));
         return -1;
     }
     afterValue(*field);
     return text.hasFailed() ? -1 : 1;
+}
+
+bool SceneReader::readOddValue(SoField& field)
+{
+    const bool isNamed =
+        field.isOfType(SoSFEnum::getClassTypeId()) || field.isOfType(SoSFBitMask::getClassTypeId());
+    if (!isNamed || !mayLeaveOutUse())
+        return readFieldValue(field);
+    const SoTokenizer before = text;
+    if (readFieldValue(field))
+        return true;
+    text = before;
+    const char closing = text.peek() == '"' ? '"' : text.peek() == '(' ? ')' : 0;
+    const char* const start = text.getText() + text.getOffset();
+    std::string_view word(start, text.getRemaining());
+    const std::size_t end = closing ? word.find(closing, 1) : word.npos;
+    if (end != word.npos) {
+        word = closing == ')' ? word.substr(0, end + 1) : word.substr(1, end - 1);
+        text.setOffset(text.getOffset() + end + 1);
+    } else if (!text.readWord(word)) {
+        return readFieldValue(field);
+    }
+    std::string name(word);
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    SoTokenizer tokens(name.c_str(), name.size());
+    SoFieldReader reader(tokens);
+    if (!field.readValue(reader) || !tokens.atEnd())
+        warnOnce("value " + name, start,
+                 tokens.getError() + ", not " + quoted(word) + "; it is left out");
+    return true;
 }
 
 bool SceneReader::openChunk(std::size_t offset)

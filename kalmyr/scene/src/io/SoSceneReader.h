@@ -98,6 +98,8 @@ protected:
     /// What stands here and is no node.
     bool readStatements();
     bool readFieldValue(SoField& field);
+    /// The same, and in the formats that are read leniently names of values in any way of writing.
+    bool readOddValue(SoField& field);
     /// Whether nothing follows; goes on to the next piece of a binary file.
     bool atEndOfFile();
     /// Begins with the piece of a binary file at `offset`; false after a fault.
@@ -148,6 +150,8 @@ private:
 
     bool readDefinition(std::string_view type, std::string_view name, SoNode*& node);
     bool readName(std::string_view& name);
+    /// Names with characters that are no part of names, as some programs write them.
+    bool takeOddName(std::string_view& name);
     /// Goes on with a stack of its own where nodes nest deeply.
     bool readBodySafely(SoNode* node, std::string_view type, bool known);
     bool readUse(SoNode*& node);
@@ -233,7 +237,8 @@ protected:
     SoType findType(std::string_view name) const override;
     bool readBody(SoNode* node, std::string_view typeName) override;
     bool readUnknownBody(SoUnknownNode* node, std::string_view typeName) override;
-    bool isLegalName(std::string_view name) const override;
+    /// Programs write names that begin with digits or signs, and plain numbers.
+    bool isLegalName(std::string_view name) const override { return !name.empty(); }
     std::string_view fieldAlias(SoNode* node, std::string_view word) const override;
     int tryIs(SoNode* node, SoField& field, bool isEvent) override;
     int tryStatement(std::string_view word) override;
@@ -241,7 +246,7 @@ protected:
 
 private:
     int tryDeclaration(SoVRMLScript* script, std::string_view word);
-    bool skipField(SoNode* node, std::string_view word, std::string_view typeName);
+    bool skipField(std::string_view word, std::string_view typeName);
 
     SoVRMLProtoInstance* m_instance = nullptr; // Not owned; the instance that is being made.
 };

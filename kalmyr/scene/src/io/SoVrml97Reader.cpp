@@ -1,6 +1,5 @@
 #include "SoSceneReader.h"
 
-#include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoUnknownNode.h>
@@ -35,13 +34,6 @@ SoType Vrml97Reader::findType(std::string_view name) const
 {
     const SbName known = SbName::find("VRML" + std::string(name));
     return known.isEmpty() || name == "ProtoInstance" ? SoType() : SoType::fromName(known);
-}
-
-bool Vrml97Reader::isLegalName(std::string_view name) const
-{
-    // Programs write names that begin with digits or signs.
-    float ignored = 0;
-    return !SbNumber::toFloat(name, ignored);
 }
 
 bool Vrml97Reader::readTop(SoNode*& node)
@@ -117,17 +109,17 @@ bool Vrml97Reader::readBody(SoNode* node, std::string_view typeName)
             read = tryField(node, word, typeName);
         if (read == 0)
             read = tryStatement(word);
-        if (read < 0 || (read == 0 && !skipField(node, word, typeName)))
+        if (read < 0 || (read == 0 && !skipField(word, typeName)))
             return false;
     }
     return true;
 }
 
-bool Vrml97Reader::skipField(SoNode* node, std::string_view word, std::string_view typeName)
+bool Vrml97Reader::skipField(std::string_view word, std::string_view typeName)
 {
     const std::string type(typeName), field(word);
     const bool isNode = text.peek() == '{' || word == "DEF" || word == "USE" || text.peek() == '}';
-    if (isNode || node->isOfType(SoVRMLProtoInstance::getClassTypeId()))
+    if (isNode)
         return text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
                            "expected a field of '" + type + "', not '" + field + "'");
     warnOnce("field " + type + "." + field, word.data(),
@@ -148,10 +140,15 @@ int Vrml97Reader::tryDeclaration(SoVRMLScript* script, std::string_view word)
     SoField* field = script->getDeclared().declare(SbName(type), SbName(name), *kind);
     const bool isEvent = *kind == SoField::EVENT_IN || *kind == SoField::EVENT_OUT;
     if (!field) {
-        text.failAt(static_cast<std::size_t>(type.data() - text.getText()),
-                    "expected a known field type and a new name, not '" + std::string(type) + " "
-                        + std::string(name) + "'");
-        return -1;
+        warnOnce("declaration " + std::string(name), type.data(),
+                 "expected a known field type and a new name, not '" + std::string(type) + " "
+                     + std::string(name) + "'; it is left out");
+        // One that is there already takes the value.
+        SoField* known = script->getField(SbName(name));
+        if (known && known->getTypeId().getName() == type && known->getFieldType() == *kind)
+            field = known;
+        else
+            return isEvent || skipValue() ? 1 : -1;
     }
     if (const int is = tryIs(script, *field, isEvent); is != 0)
         return is;

@@ -116,6 +116,8 @@ private:
     bool inflateText(std::string_view packed);
     bool adopt(std::unique_ptr<Bytes> bytes);
     void readHeader();
+    void cutEnd();
+    void watchProgress();
     bool refuse(const char* reason);
 
     SoInput* m_parent = nullptr; // Not owned; reads the file that refers to ours.

@@ -1,0 +1,276 @@
+// What is converted must look as the original does.
+#include "IoSupport.h"
+#include "Pictures.h"
+
+#include "support/ErrorGuard.h"
+
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoToVRMLAction.h>
+#include <kalmyr/io/SoWriteAction.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* kKalmyr = "#Kalmyr V1.0 ascii\n";
+constexpr const char* kVrml1 = "#VRML V1.0 ascii\n";
+constexpr const char* kVrml2 = "#VRML V2.0 utf8\n";
+
+struct Example {
+    const char* name;
+    const char* header;
+    const char* text;
+};
+
+std::ostream& operator<<(std::ostream& out, const Example& example)
+{
+    return out << example.name;
+}
+
+#define QUAD_POINTS "0 0 0, 2 0 0, 2 2 0, 0 2 0, 0 0 -2, 2 0 -2, 2 2 -2, 0 2 -2"
+#define QUAD_FACES "0 1 2 3 -1 1 5 6 2 -1 3 2 6 7 -1"
+// A bracket with two inner corners.
+#define CONCAVE "0 0 0, 4 0 0, 4 1 0, 1 1 0, 1 3 0, 4 3 0, 4 4 0, 0 4 0"
+#define CHECKER                                                                                    \
+    "4 4 3 0xff0000 0x00ff00 0x0000ff 0xffff00 0x00ffff 0xff00ff 0xffffff 0x202020 "               \
+    "0x800000 0x008000 0x000080 0x808000 0x008080 0x800080 0x808080 0xff8000"
+
+const Example kExamples[] = {
+    {"Bodies", kKalmyr,
+     "Separator { Material { diffuseColor 1 0.5 0 specularColor 0.5 0.5 0.5 shininess 0.3 }"
+     " Cube { width 1 height 2 depth 3 } Translation { translation 3 0 0 } Sphere { }"
+     " Translation { translation 3 0 0 } Cone { } Translation { translation 3 0 0 }"
+     " Cylinder { radius 0.5 height 3 } }"},
+    {"BodiesWithPartsMissing", kKalmyr,
+     "Separator { Cone { parts SIDES } Translation { translation 3 0 0 } Cylinder { parts (SIDES | "
+     "BOTTOM) } Translation { translation 3 0 0 } Cylinder { parts TOP } }"},
+    {"FaceSet", kKalmyr,
+     "Separator { Coordinate3 { point [ " CONCAVE " ] } ShapeHints { faceType UNKNOWN_FACE_TYPE } "
+     "Material { diffuseColor 0 1 0.5 } FaceSet { numVertices 8 } }"},
+    {"FacesWithAColorEach", kKalmyr,
+     "Separator { Coordinate3 { point [ " QUAD_POINTS " ] } Material { diffuseColor [ 1 0 0, 0 1 0,"
+     " 0 0 1 ] } MaterialBinding { value PER_FACE } IndexedFaceSet { coordIndex [ " QUAD_FACES " ] "
+     "} }"},
+    {"CornersWithAColorEach", kKalmyr,
+     "Separator { Coordinate3 { point [ " QUAD_POINTS " ] } Material { diffuseColor [ 1 0 0, 0 1 0,"
+     " 0 0 1, 1 1 1 ] } MaterialBinding { value PER_VERTEX_INDEXED } IndexedFaceSet { coordIndex "
+     "[ " QUAD_FACES " ] materialIndex [ 0 1 2 3 -1 1 1 2 2 -1 3 3 0 0 -1 ] } }"},
+    {"SmoothAndCreased", kKalmyr,
+     "Separator { Coordinate3 { point [ " QUAD_POINTS " ] } ShapeHints { vertexOrdering "
+     "COUNTERCLOCKWISE creaseAngle 2 } IndexedFaceSet { coordIndex [ " QUAD_FACES
+     " ] } Translation { translation 3 0 0 } ShapeHints { vertexOrdering COUNTERCLOCKWISE "
+     "creaseAngle 0.1 } IndexedFaceSet { coordIndex [ " QUAD_FACES " ] } }"},
+    {"NormalsOfItsOwn", kKalmyr,
+     "Separator { Coordinate3 { point [ " QUAD_POINTS
+     " ] } Normal { vector [ 0 0 1, 0.7 0.7 0, 0 1 "
+     "0.4 ] } NormalBinding { value PER_FACE } IndexedFaceSet { coordIndex [ " QUAD_FACES " ] } }"},
+    {"QuadMesh", kKalmyr,
+     "Separator { Material { diffuseColor 1 1 0 } Coordinate3 { point [ 0 0 0, 1 0 0.5, 2 0 0, 0 1 "
+     "0.5, 1 1 1, 2 1 0.5, 0 2 0, 1 2 0.5, 2 2 0 ] } QuadMesh { verticesPerColumn 3 verticesPerRow "
+     "3 } }"},
+    {"Strips", kKalmyr,
+     "Separator { Coordinate3 { point [ 0 0 0, 0 1 0, 1 0 0, 1 1 0, 2 0 1, 2 1 1 ] } "
+     "TriangleStripSet { numVertices 6 } Translation { translation 0 2 0 } "
+     "IndexedTriangleStripSet { coordIndex [ 0 1 2 3 -1 2 3 4 5 ] } }"},
+    {"Transparent", kKalmyr,
+     "Separator { Material { diffuseColor 1 0 0 } Cube { } Material { diffuseColor 0 0 1 "
+     "transparency 0.5 } Translation { translation 0.5 0.5 1 } Sphere { } }"},
+    {"Emissive", kKalmyr,
+     "Separator { Material { diffuseColor 0 0 0 emissiveColor 0 1 0 } Cube { } Translation { "
+     "translation 3 0 0 } LightModel { model BASE_COLOR } BaseColor { rgb 1 0 1 } Sphere { } }"},
+    {"Transformations", kKalmyr,
+     "Separator { Transform { translation 1 0 0 rotation 0 1 0 0.5 scaleFactor 1 2 1 "
+     "scaleOrientation 0 0 1 0.4 center 0 1 0 } Cube { } Separator { Rotation { rotation 1 0 0 0.7 "
+     "} Scale { scaleFactor 0.5 0.5 2 } Translation { translation 5 0 0 } Cube { } } "
+     "TransformSeparator { Translation { translation 0 50 0 } } MatrixTransform { matrix 1 0 0 0 "
+     "0.5"
+     " 1 0 0 0 0 1 0 -3 0 0 1 } Cone { } }"},
+    {"LightsShineOnWhatFollows", kKalmyr,
+     "Separator { Separator { PointLight { location 0 0 3 color 1 0 0 } Cube { } } Translation { "
+     "translation 3 0 0 } SpotLight { location 0 0 4 direction 0 0 -1 cutOffAngle 0.4 dropOffRate 0"
+     " color 0 1 0 } Cube { } Translation { translation 3 0 0 } DirectionalLight { color 0 0 1 "
+     "direction 0 -1 0 } Cube { } }"},
+    {"ChoicesAndDistances", kKalmyr,
+     "Separator { Switch { whichChild 1 Cube { } Sphere { } } Translation { translation 3 0 0 } "
+     "Switch { whichChild -1 Cube { } } Switch { whichChild -3 Cube { } Sphere { radius 1.3 } } "
+     "Translation { translation 3 0 0 } LOD { range [ 1000 ] Cone { } Cube { } } }"},
+    {"MaterialLeaksOutOfGroups", kKalmyr,
+     "Separator { Group { Material { diffuseColor 1 0 0 } Translation { translation 2 0 0 } } Cube "
+     "{ } Separator { Material { diffuseColor 0 1 0 } } Translation { translation 3 0 0 } Cube { } "
+     "}"},
+    {"SharedUnderDifferentMaterials", kKalmyr,
+     "Separator { Material { diffuseColor 1 0 0 } DEF Body Separator { Cube { } } Translation { "
+     "translation 3 0 0 } Material { diffuseColor 0 0 1 } USE Body }"},
+    {"Kit", kKalmyr,
+     "ShapeKit { appearance AppearanceKit { material Material { diffuseColor 0 1 1 } } transform "
+     "Transform { rotation 0 0 1 0.6 } shape Cone { } }"},
+    {"NewBodies", kVrml2,
+     "Shape { appearance DEF A Appearance { material Material { diffuseColor 1 0.2 0.6 } } "
+     "geometry "
+     "Box { size 1 2 3 } } Transform { translation 3 0 0 children Shape { appearance USE A "
+     "geometry "
+     "Sphere { radius 1.2 } } } Transform { translation 6 0 0 children Shape { appearance USE A "
+     "geometry Cone { bottom FALSE } } } Transform { translation 9 0 0 children Shape { appearance "
+     "USE A geometry Cylinder { top FALSE side TRUE } } }"},
+    {"NewFacesWithColors", kVrml2,
+     "Shape { appearance Appearance { material Material { } } geometry IndexedFaceSet { coord DEF "
+     "C "
+     "Coordinate { point [ " QUAD_POINTS " ] } coordIndex [ " QUAD_FACES " ] color Color { color [ "
+     "1 0 0 0 1 0 0 0 1 ] } colorPerVertex FALSE colorIndex [ 2 1 0 ] } } Transform { translation "
+     "3 "
+     "0 0 children Shape { appearance Appearance { material Material { } } geometry IndexedFaceSet "
+     "{ solid FALSE coord USE C coordIndex [ " QUAD_FACES
+     " ] color Color { color [ 1 0 0 0 1 0 0 0 "
+     "1 1 1 0 1 0 1 0 1 1 1 1 1 0 0 0 ] } creaseAngle 0.5 } } }"},
+    {"NewConcave", kVrml2,
+     "Shape { appearance Appearance { material Material { diffuseColor 0 1 0 } } geometry "
+     "IndexedFaceSet { coord Coordinate { point [ " CONCAVE " ] } coordIndex [ 0 1 2 3 4 5 6 7 ] "
+     "convex FALSE solid FALSE } }"},
+    {"NewTextured", kVrml2,
+     "Shape { appearance Appearance { material Material { } texture PixelTexture { image " CHECKER
+     " } textureTransform TextureTransform { scale 2 2 rotation 0.2 } } geometry Box { } } "
+     "Transform { translation 3 0 0 children Shape { appearance Appearance { texture PixelTexture "
+     "{ "
+     "image " CHECKER
+     " repeatS FALSE } } geometry IndexedFaceSet { coord Coordinate { point [ " QUAD_POINTS
+     " ] } coordIndex [ " QUAD_FACES
+     " ] texCoord TextureCoordinate { point [ 0 0 1 0 1 1 0 1 ] } texCoordIndex [ 0 1 2 3 -1 0 1 2 "
+     "3 -1 0 1 2 3 ] } } }"},
+    {"Grid", kVrml2,
+     "Shape { appearance Appearance { material Material { diffuseColor 0.8 0.8 0 } } geometry "
+     "ElevationGrid { xDimension 3 zDimension 3 height [ 0 1 0 1 2 1 0 1 0 ] creaseAngle 3 solid "
+     "FALSE } }"},
+    {"Extruded", kVrml2,
+     "Shape { appearance Appearance { material Material { diffuseColor 0 0.6 1 } } geometry "
+     "Extrusion { spine [ 0 0 0, 0 1 0, 1 2 0 ] scale [ 1 1, 0.5 0.5, 1 1 ] convex TRUE solid "
+     "FALSE "
+     "} }"},
+    {"NewGroups", kVrml2,
+     "Transform { translation 1 0 0 rotation 0 0 1 0.5 center 1 0 0 scale 1 2 1 children [ Switch "
+     "{ "
+     "whichChoice 1 choice [ Group { } Shape { appearance Appearance { material Material { "
+     "diffuseColor 1 0 0 } } geometry Box { } } ] } LOD { range [ 1000 ] level [ Shape { "
+     "appearance "
+     "Appearance { material Material { diffuseColor 0 1 0 } } geometry Sphere { radius 1.3 } } "
+     "Group"
+     " { } ] } Anchor { children Transform { translation 3 0 0 children Shape { appearance "
+     "Appearance { material Material { } } geometry Cone { } } } } Collision { children Transform "
+     "{ "
+     "translation -3 0 0 children Shape { appearance Appearance { material Material { } } geometry "
+     "Cylinder { } } } } ] }"},
+    {"NewLights", kVrml2,
+     "Group { children [ PointLight { location 0 0 3 color 1 0 0 } Shape { appearance DEF A "
+     "Appearance { material Material { } } geometry Box { } } ] } Transform { translation 3 0 0 "
+     "children [ DirectionalLight { color 0 0 1 direction 0 -1 0 } Shape { appearance USE A "
+     "geometry"
+     " Box { } } ] }"},
+    {"Prototypes", kVrml2,
+     "PROTO Ball [ field SFColor c 1 0 0 field SFVec3f at 0 0 0 ] { Transform { translation IS at "
+     "children Shape { appearance Appearance { material Material { diffuseColor IS c } } geometry "
+     "Sphere { } } } } Ball { } Ball { at 3 0 0 c 0 1 0 } PROTO Paint [ field SFColor c 1 1 0 ] { "
+     "Material { diffuseColor IS c } } Transform { translation 6 0 0 children Shape { appearance "
+     "Appearance { material Paint { } } geometry Box { } } }"},
+};
+
+class Conversion : public io::IoTest, public testing::WithParamInterface<Example> {
+protected:
+    static std::string write(SoNode* node, const char* header, bool binary = false)
+    {
+        SoOutput out;
+        out.setBinary(binary);
+        if (!binary)
+            out.setHeaderString(
+                std::string(header).substr(0, std::string(header).size() - 1).c_str());
+        out.setBuffer();
+        SoWriteAction action(&out);
+        action.apply(node);
+        out.closeFile();
+        return std::string(out.getText());
+    }
+
+    static std::string toVrml1(SoNode* scene)
+    {
+        SoToVRMLAction convert;
+        convert.apply(scene);
+        return write(convert.getVRMLSceneGraph(), kVrml1);
+    }
+
+    static std::string toVrml2(SoNode* scene)
+    {
+        SoToVRML2Action convert;
+        convert.reuseAppearanceNodes(true);
+        convert.reuseGeometryNodes(true);
+        convert.apply(scene);
+        return write(convert.getVRML2SceneGraph(), kVrml2);
+    }
+
+    static void expectAlike(const std::string& text, const io::Picture& wanted, const SbBox3f& box)
+    {
+        // Edges of round bodies fall on other pixels.
+        const double tolerance = std::min(0.02, wanted.coverage() / 4);
+        const SoRef<SoNode> again = io::read(text);
+        ASSERT_TRUE(again) << text;
+        EXPECT_LE(io::draw(again.get(), box).differenceTo(wanted), tolerance) << text;
+    }
+};
+
+} // namespace
+
+TEST_P(Conversion, LooksLikeTheOriginal)
+{
+    if (!io::canDraw())
+        GTEST_SKIP() << "no OpenGL";
+    const SoRef<SoNode> scene = io::read(std::string(GetParam().header) + GetParam().text);
+    ASSERT_TRUE(scene);
+    const SbBox3f box = io::boundsOf(scene.get());
+    const io::Picture wanted = io::draw(scene.get(), box);
+    ASSERT_GT(wanted.coverage(), 0.0005) << "nothing to be seen";
+    expectAlike(write(scene.get(), kKalmyr), wanted, box);
+    expectAlike(write(scene.get(), kKalmyr, true), wanted, box);
+    const std::string first = toVrml1(scene.get()), second = toVrml2(scene.get());
+    expectAlike(first, wanted, box);
+    expectAlike(second, wanted, box);
+    expectAlike(toVrml2(io::read(first).get()), wanted, box);
+    expectAlike(toVrml1(io::read(second).get()), wanted, box);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenes, Conversion, testing::ValuesIn(kExamples),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Conversion, PicturesTellScenesApart)
+{
+    if (!io::canDraw())
+        GTEST_SKIP() << "no OpenGL";
+    const SbBox3f box(SbVec3f(-1, -1, -1), SbVec3f(1, 1, 1));
+    const auto picture = [&](const char* text) {
+        return io::draw(io::read(std::string(kKalmyr) + text).get(), box);
+    };
+    const io::Picture cube = picture("Separator { Material { diffuseColor 1 0 0 } Cube { } }");
+    EXPECT_EQ(cube.differenceTo(cube), 0);
+    EXPECT_GT(
+        cube.differenceTo(picture("Separator { Material { diffuseColor 1 0 0 } Sphere { } }")),
+        0.05);
+    EXPECT_GT(
+        cube.differenceTo(picture("Separator { Material { diffuseColor 1 0.5 0 } Cube { } }")),
+        0.05);
+}
+
+TEST_F(Conversion, CamerasSeeTheSameAfterTheWayThere)
+{
+    if (!io::canDraw())
+        GTEST_SKIP() << "no OpenGL";
+    const SoRef<SoNode> scene = io::read(
+        std::string(kKalmyr)
+        + "Separator { PerspectiveCamera { position 3 2 6 orientation -0.3 1 0 0.45 "
+          "nearDistance 0.1 farDistance 100 heightAngle 0.6 } DirectionalLight { direction "
+          "-1 -1 -1 } Material { diffuseColor 1 0.7 0 } Cube { } }");
+    ASSERT_TRUE(scene);
+    const io::Picture wanted = io::drawAsSeen(scene.get());
+    EXPECT_GT(wanted.coverage(), 0.05);
+    const std::string first = toVrml1(scene.get());
+    EXPECT_LE(io::drawAsSeen(io::read(first).get()).differenceTo(wanted), 0.01) << first;
+    const std::string back = toVrml1(io::read(toVrml2(scene.get())).get());
+    EXPECT_LE(io::drawAsSeen(io::read(back).get()).differenceTo(wanted), 0.01) << back;
+}
