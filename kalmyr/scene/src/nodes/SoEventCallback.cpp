@@ -1,9 +1,32 @@
 #include <kalmyr/nodes/SoEventCallback.h>
 
 #include <kalmyr/actions/SoHandleEventAction.h>
+#include <kalmyr/core/SoLightPath.h>
 #include <kalmyr/events/SoEvent.h>
 
 #include <algorithm>
+
+/// A path whose head may die.
+class SoEventCallback::PathWatch final : public SoAuditor {
+public:
+    explicit PathWatch(const SoPath& path) : m_head(path.getHead()), m_below(path, false)
+    {
+        if (m_head)
+            m_head->addAuditor(this, SoAuditor::PATH);
+    }
+    ~PathWatch()
+    {
+        if (m_head)
+            m_head->removeAuditor(this);
+    }
+    SoRef<SoPath> resolve() const { return m_below.resolveFrom(m_head); }
+    void auditedChanged(SoNotification&) override {}
+    void auditedDying() override { m_head = nullptr; }
+
+private:
+    SoNode* m_head; // Not owned; it tells when it dies.
+    SoLightPath m_below;
+};
 
 SO_NODE_SOURCE(SoEventCallback)
 
@@ -38,7 +61,12 @@ void SoEventCallback::removeEventCallback(SoType eventType, Function* function, 
 
 void SoEventCallback::setPath(const SoPath* path)
 {
-    m_path = path ? path->copy() : nullptr;
+    m_path = path ? std::make_unique<PathWatch>(*path) : nullptr;
+}
+
+SoRef<SoPath> SoEventCallback::getPath() const
+{
+    return m_path ? m_path->resolve() : nullptr;
 }
 
 void SoEventCallback::setHandled()
@@ -56,8 +84,9 @@ bool SoEventCallback::concerns(SoHandleEventAction* action) const
 {
     if (!m_path)
         return true;
-    const SoPickedPoint* picked = action->getPickedPoint();
-    return picked && picked->getPath()->containsPath(m_path.get());
+    const SoRef<SoPath> path = m_path->resolve();
+    const SoPickedPoint* picked = path ? action->getPickedPoint() : nullptr;
+    return picked && picked->getPath()->containsPath(path.get());
 }
 
 void SoEventCallback::handleEvent(SoHandleEventAction* action)

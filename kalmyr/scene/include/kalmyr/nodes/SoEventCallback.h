@@ -5,6 +5,7 @@
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/core/SoPath.h>
 
+#include <memory>
 #include <vector>
 
 class SoEvent;
@@ -27,9 +28,11 @@ public:
     /// Removes what was added with the same three values.
     void removeEventCallback(SoType eventType, Function* function, void* userData = nullptr);
 
-    /// Only events over the path's objects count. The node holds a copy; null takes every event.
+    /// Only events over the path's objects count; null takes every event. Nothing of the path is
+    /// held, since it often leads down from where this node hangs; it follows edits of the graph.
     void setPath(const SoPath* path);
-    const SoPath* getPath() const { return m_path.get(); }
+    /// The path as the graph is now; null when there is none (any more).
+    SoRef<SoPath> getPath() const;
 
     /// Null outside of a callback.
     const SoEvent* getEvent() const { return m_event; }
@@ -54,7 +57,8 @@ private:
     bool concerns(SoHandleEventAction* action) const;
 
     std::vector<Entry> m_entries;
-    SoRef<SoPath> m_path;
+    class PathWatch;
+    std::unique_ptr<PathWatch> m_path; ///< null takes every event
     const SoEvent* m_event = nullptr;
     SoHandleEventAction* m_action = nullptr;
 };
