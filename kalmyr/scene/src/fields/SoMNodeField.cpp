@@ -7,6 +7,7 @@
 #include <kalmyr/core/SoNodeCopier.h>
 
 #include "NodeHolding.h"
+#include "core/LastRites.h"
 
 #include <algorithm>
 #include <cassert>
@@ -97,7 +98,7 @@ void SoMNodeField::letGo(SoNode* node)
 {
     if (node) {
         node->removeAuditor(this);
-        node->unref();
+        kalmyr::detail::releaseInTurn(node);
     }
 }
 

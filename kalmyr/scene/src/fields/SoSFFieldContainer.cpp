@@ -6,6 +6,7 @@
 #include <kalmyr/core/SoNodeCopier.h>
 
 #include "NodeHolding.h"
+#include "core/LastRites.h"
 
 #include <utility>
 
@@ -36,7 +37,7 @@ void SoSFFieldContainer::initValue(SoFieldContainer* container)
     SoFieldContainer* old = std::exchange(m_held, container);
     if (old) {
         old->removeAuditor(this);
-        old->unref();
+        kalmyr::detail::releaseInTurn(old);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
+#include "core/LastRites.h"
 #include "NodeHolding.h"
 
 #include <utility>
@@ -24,7 +25,7 @@ void SoSFNode::initValue(SoNode* node)
     SoNode* old = std::exchange(m_node, node);
     if (old) {
         old->removeAuditor(this);
-        old->unref();
+        kalmyr::detail::releaseInTurn(old);
     }
 }
 
@@ -57,12 +58,20 @@ void SoSFNode::copyWith(SoNodeCopier& copier, const SoField& other)
 bool SoSFNode::readValue(SoFieldReader& in)
 {
     SoNode* node = nullptr;
+    in.text.peek();
+    const std::size_t at = in.text.getOffset();
     if (!in.readNode(node)) {
         return false;
     }
     const SoRef<SoNode> keep(node);
     if (!kalmyr::detail::mayHold(*this, node)) {
         return in.text.fail("expected a node that does not hold this one");
+    }
+    const SoFieldContainer* holder = getContainer();
+    SbString why;
+    if (holder && holder->isOfType(SoNode::getClassTypeId())
+        && !static_cast<const SoNode*>(holder)->acceptsValue(*this, node, why)) {
+        return in.leaveOut(at, why);
     }
     setValue(node);
     return true;

@@ -41,12 +41,12 @@ public:
     {
         assert(enums.size() < (1u << (32 - kCountShift)));
         m_enums = enums.data();
-        this->m_flags = (this->m_flags & ((1u << kCountShift) - 1))
-                        | static_cast<std::uint32_t>(enums.size()) << kCountShift;
+        this->changeFlags(~((1u << kCountShift) - 1), static_cast<std::uint32_t>(enums.size())
+                                                          << kCountShift);
     }
     std::span<const SoEnumEntry> getEnums() const
     {
-        return {m_enums, this->m_flags >> kCountShift};
+        return {m_enums, this->flags() >> kCountShift};
     }
     int getNumEnums() const { return static_cast<int>(getEnums().size()); }
     /// Value and name number `index`, in the order of the table.
