@@ -6,6 +6,7 @@
 #include <kalmyr/base/SbSphere.h>
 
 #include <algorithm>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -77,6 +78,29 @@ TEST(SbBox, TransformIsTheBoxOfTheTransformedCorners)
     SbBox3f empty;
     empty.transform(random.affine());
     EXPECT_TRUE(empty.isEmpty());
+}
+
+TEST(SbBox, WholeNumbersUseTheirWholeRange)
+{
+    std::minstd_rand random(23);
+    const auto number = [&random] { return static_cast<short>(random()); };
+    for (int round = 0; round < kRounds; ++round) {
+        SbBox3s box;
+        long low = 40000, high = -40000; // along x
+        for (int i = 0; i < 4; ++i) {
+            const SbVec3s p(number(), number(), number());
+            box.extendBy(p);
+            low = std::min<long>(low, p[0]);
+            high = std::max<long>(high, p[0]);
+        }
+        EXPECT_EQ(box.getMin()[0], low);
+        EXPECT_EQ(box.getMax()[0], high);
+        EXPECT_EQ(box.getCenter()[0], (low + high) / 2);
+        const SbVec3s other(number(), number(), number());
+        const SbVec3s closest = box.getClosestPoint(other);
+        EXPECT_EQ(closest[0], std::clamp<long>(other[0], low, high));
+        EXPECT_EQ(box.intersect(other), closest == other);
+    }
 }
 
 TEST(SbBox, ThroughInfinityBecomesAllSpace)

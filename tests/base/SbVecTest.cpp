@@ -1,6 +1,9 @@
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbVec.h>
 
+#include <algorithm>
+#include <cmath>
+#include <random>
 #include <type_traits>
 
 #include <gtest/gtest.h>
@@ -27,6 +30,42 @@ TEST(SbVec, CrossProductIsRightHanded)
 {
     EXPECT_EQ(SbVec3f(1, 0, 0).cross(SbVec3f(0, 1, 0)), SbVec3f(0, 0, 1));
     EXPECT_EQ(SbVec3d(0, 1, 0).cross(SbVec3d(0, 0, 1)), SbVec3d(1, 0, 0));
+}
+
+template <class Vec>
+class SbVecKinds : public testing::Test {
+};
+using Kinds = testing::Types<SbVec2f, SbVec3f, SbVec4f, SbVec2s, SbVec3s, SbVec4s, SbVec2i32,
+                             SbVec3i32, SbVec4i32, SbVec2d, SbVec3d, SbVec4d>;
+TYPED_TEST_SUITE(SbVecKinds, Kinds);
+
+TYPED_TEST(SbVecKinds, AgreesWithArithmeticInDoubles)
+{
+    constexpr int kSize = sizeof(TypeParam) / sizeof(std::declval<TypeParam&>()[0]);
+    std::minstd_rand random(3);
+    // Small whole numbers: exact in every kind.
+    const auto number = [&random] { return static_cast<int>(random() % 41) - 20; };
+    for (int round = 0; round < 200; ++round) {
+        TypeParam a, b;
+        double dot = 0, square = 0;
+        for (int i = 0; i < kSize; ++i) {
+            a[i] = static_cast<std::decay_t<decltype(a[i])>>(number());
+            b[i] = static_cast<std::decay_t<decltype(b[i])>>(number());
+            dot += double(a[i]) * double(b[i]);
+            square += double(a[i]) * double(a[i]);
+        }
+        EXPECT_EQ(double(a.dot(b)), dot);
+        EXPECT_EQ(double(a.sqrLength()), square);
+        EXPECT_NEAR(double(a.length()), std::sqrt(square), 1e-5);
+        const TypeParam sum = a + b, difference = a - b, twice = a * 2, back = -a;
+        for (int i = 0; i < kSize; ++i) {
+            EXPECT_EQ(double(sum[i]), double(a[i]) + double(b[i]));
+            EXPECT_EQ(double(difference[i]), double(a[i]) - double(b[i]));
+            EXPECT_EQ(double(twice[i]), 2 * double(a[i]));
+            EXPECT_EQ(double(back[i]), -double(a[i]));
+        }
+        EXPECT_EQ(a == b, difference == TypeParam());
+    }
 }
 
 TEST(SbVec, ConvertsBetweenElementTypes)
@@ -75,6 +114,15 @@ TEST(SbColor, ConvertsToHueAndBack)
     EXPECT_FLOAT_EQ(s, 1);
     SbColor(0.25f, 0.25f, 0.25f).getHSVValue(h, s, v);
     EXPECT_EQ(SbVec3f(h, s, v), SbVec3f(0, 0, 0.25f));
+    for (double hue = 0; hue < 1; hue += 0.01) {
+        // A colour of full saturation: each component is a trapezoid over the hue.
+        SbColor full;
+        full.setHSVValue(static_cast<float>(hue), 1, 1);
+        for (int i = 0; i < 3; ++i) {
+            const double away = std::fabs(std::remainder(hue - i / 3.0, 1.0)); // from its own hue
+            EXPECT_NEAR(full[i], std::clamp(2 - 6 * away, 0.0, 1.0), 1e-5) << hue;
+        }
+    }
     for (int i = 0; i < 6 * 6 * 6; ++i) {
         const SbColor c((i % 6) * 0.2f, (i / 6 % 6) * 0.2f, (i / 36) * 0.2f);
         c.getHSVValue(h, s, v);

@@ -1,6 +1,6 @@
 #include <kalmyr/base/SoRefCounter.h>
 
-#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoErrorStack.h>
 
 SoRefCounter::~SoRefCounter() = default;
 
@@ -11,21 +11,31 @@ void SoRefCounter::destroy()
 
 void SoRefCounter::releaseLast() const
 {
-    if (m_refCount < 1) {
-        SoDebugError::post("SoRefCounter::unref", "object %p has no reference to release",
+    // Sees all that those did who had a reference before.
+    if (m_refCount.load(std::memory_order_acquire) < 1) {
+        SoErrorStack::post("SoRefCounter::unref: object %p has no reference to release",
                            static_cast<const void*>(this));
         return;
     }
-    m_refCount = 0;
+    m_refCount.store(0, std::memory_order_relaxed);
     const_cast<SoRefCounter*>(this)->destroy();
+}
+
+bool SoRefCounter::refIfAlive() const
+{
+    int count = getRefCount();
+    while (count > 0)
+        if (m_refCount.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel))
+            return true;
+    return false;
 }
 
 void SoRefCounter::unrefNoDelete() const
 {
     if (m_refCount < 1) {
-        SoDebugError::post("SoRefCounter::unrefNoDelete", "object %p has no reference to release",
+        SoErrorStack::post("SoRefCounter::unrefNoDelete: object %p has no reference to release",
                            static_cast<const void*>(this));
         return;
     }
-    --m_refCount;
+    m_refCount.fetch_sub(1, std::memory_order_acq_rel);
 }
