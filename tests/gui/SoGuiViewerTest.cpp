@@ -4,6 +4,7 @@
 #include <kalmyr/base/SbViewVolume.h>
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/nodekits/SoSceneKit.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
@@ -310,6 +311,18 @@ TEST_F(SoGuiViewerTest, UsesTheCameraOfTheScene)
     // The pick is in world space, the camera's place is not.
     ASSERT_TRUE(viewer->seekToPoint(SbVec2s(200, 100)));
     EXPECT_TRUE(near(interest(), {0, 0, 1}, 0.1f));
+}
+
+TEST_F(SoGuiViewerTest, UsesTheCameraOfAKit)
+{
+    const SoRef<SoSceneKit> kit(new SoSceneKit);
+    auto* own = static_cast<SoCamera*>(kit->getPart("cameraList[0].camera"));
+    ASSERT_TRUE(own);
+    kit->setCameraNumber(0);
+    kit->getPart("childList[0]");
+    show(kit.get());
+    EXPECT_EQ(viewer->getCamera(), own);
+    EXPECT_FALSE(SoBaseKit::isSearchingChildren()) << "that is the program's choice";
 }
 
 TEST_F(SoGuiViewerTest, FollowsCamerasThatComeAndGo)

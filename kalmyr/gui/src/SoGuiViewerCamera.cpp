@@ -11,6 +11,7 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
+#include <kalmyr/nodekits/SoBaseKit.h>
 #include <kalmyr/nodes/SoSeparator.h>
 
 #include <algorithm>
@@ -36,11 +37,20 @@ SbBox3f boundsOf(SoNode* node, const SbViewportRegion& region)
     return action.getBoundingBox();
 }
 
+/// Searches what actions traverse: into kits as well.
+void searchScene(SoSearchAction& search, SoNode* scene)
+{
+    const bool before = SoBaseKit::isSearchingChildren();
+    SoBaseKit::setSearchingChildren(true);
+    search.apply(scene);
+    SoBaseKit::setSearchingChildren(before);
+}
+
 SoCamera* firstCamera(SoNode* scene)
 {
     SoSearchAction search;
     search.setType(SoCamera::getClassTypeId());
-    search.apply(scene);
+    searchScene(search, scene);
     return search.isFound() ? static_cast<SoCamera*>(search.getPath()->getTail()) : nullptr;
 }
 
@@ -184,7 +194,7 @@ void SoGuiViewer::followSceneCamera()
     if (!m_ownCamera) {
         SoSearchAction search;
         search.setNode(m_camera.get());
-        search.apply(m_scene.get());
+        searchScene(search, m_scene.get());
         if (search.isFound())
             return;
     }
@@ -223,7 +233,7 @@ SbMatrix SoGuiViewer::cameraSpace() const
         return SbMatrix::identity();
     SoSearchAction search;
     search.setNode(m_camera.get());
-    search.apply(m_scene.get());
+    searchScene(search, m_scene.get());
     if (!search.isFound())
         return SbMatrix::identity();
     SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());

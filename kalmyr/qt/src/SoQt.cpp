@@ -3,10 +3,12 @@
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/gui/SoGuiInit.h>
+#include <kalmyr/io/SoDB.h>
 #include <kalmyr/sensors/SoSensorManager.h>
 
 #include <QApplication>
 #include <QPointer>
+#include <QThread>
 #include <QTimer>
 #include <QWidget>
 
@@ -19,6 +21,8 @@ namespace {
 
 /// Longest sleep of the timer; a day off is looked at again then.
 constexpr double kMaxSleepSeconds = 3600;
+/// Until the next try when another thread is editing.
+constexpr int kRetryMilliseconds = 2;
 
 /// The event loop's side of the sensor queues. Dies with finish(), or with the application object.
 class SensorPump final : public QObject {
@@ -31,8 +35,9 @@ public:
     void retire();
 
 private:
-    static void queuesChanged(void* data) { static_cast<SensorPump*>(data)->arm(); }
+    static void queuesChanged(void* data);
     void arm();
+    void armLater(int milliseconds);
     void stop();
     void serveIdle();
 
@@ -41,6 +46,24 @@ private:
     QTimer m_later; ///< the next timer sensor
     bool m_serving = false;
     bool m_stopped = false;
+};
+
+/// Keeps other threads from editing while sensors are looked at. Does not wait for one that does,
+/// since that may wait for the application.
+class ReadScope {
+public:
+    ReadScope() : m_held(SoDB::tryReadlock()) {}
+    ~ReadScope()
+    {
+        if (m_held)
+            SoDB::readunlock();
+    }
+    ReadScope(const ReadScope&) = delete;
+    ReadScope& operator=(const ReadScope&) = delete;
+    explicit operator bool() const { return m_held; }
+
+private:
+    bool m_held;
 };
 
 struct Binding {
@@ -68,6 +91,23 @@ SensorPump::SensorPump(QObject* application) : QObject(application)
     arm();
 }
 
+/// Called in the thread that edits.
+void SensorPump::queuesChanged(void* data)
+{
+    auto* self = static_cast<SensorPump*>(data);
+    if (QThread::currentThread() == self->thread())
+        self->arm();
+    else
+        QMetaObject::invokeMethod(
+            self, [self] { self->arm(); }, Qt::QueuedConnection);
+}
+
+void SensorPump::armLater(int milliseconds)
+{
+    if (!m_now.isActive())
+        m_now.start(milliseconds);
+}
+
 void SensorPump::stop()
 {
     if (m_stopped)
@@ -88,9 +128,13 @@ void SensorPump::arm()
 {
     if (m_serving || m_stopped)
         return; // while serving: done at the end
+    const ReadScope graph;
+    if (!graph) {
+        armLater(kRetryMilliseconds);
+        return;
+    }
     if (SoSensorManager::isDelaySensorPending()) {
-        if (!m_now.isActive())
-            m_now.start(0);
+        armLater(0);
     } else if (SoSensorManager::isIdleSensorPending() && !m_idle.isActive()) {
         m_idle.start(0);
     }
@@ -109,6 +153,11 @@ void SensorPump::serve()
     // A callback that opens a dialog lands here again: the queues are being walked.
     if (m_serving || m_stopped)
         return;
+    const ReadScope graph;
+    if (!graph) {
+        armLater(kRetryMilliseconds);
+        return;
+    }
     const QPointer<SensorPump> self(this); // a callback may end the application
     m_serving = true;
     SoSensorManager::processTimerQueue();
@@ -122,7 +171,8 @@ void SensorPump::serve()
 
 void SensorPump::serveIdle()
 {
-    if (m_serving || SoSensorManager::isDelaySensorPending()) {
+    const ReadScope graph;
+    if (!graph || m_serving || SoSensorManager::isDelaySensorPending()) {
         arm();
         return;
     }
