@@ -105,7 +105,7 @@ void calculator(benchmark::State& state)
 BENCHMARK(chainOfFields)->Arg(1'000)->Arg(10'000)->Arg(100'000);
 BENCHMARK(chainOfConversions)->Arg(1'000)->Arg(10'000)->Arg(100'000);
 BENCHMARK(fanOut)->Arg(1'000)->Arg(10'000)->Arg(100'000);
-BENCHMARK(chainOfEngines)->Arg(10)->Arg(100)->Arg(1'000);
+BENCHMARK(chainOfEngines)->Arg(100)->Arg(1'000)->Arg(100'000);
 BENCHMARK(calculator)->Arg(100)->Arg(10'000)->Arg(1'000'000);
 
 } // namespace

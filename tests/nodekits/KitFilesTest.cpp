@@ -83,7 +83,8 @@ TEST_F(KitFilesTest, WrongPartsInFilesAreLeftOutWithAnError)
              "  childList NodeKitListPart { containerNode Group { Cube { } } }\n"
              "  transform Transform { } }\n");
     ASSERT_TRUE(kit);
-    EXPECT_TRUE(errors.contains("Material cannot be the part \"shape\""));
+    EXPECT_TRUE(errors.contains("2:18: Material cannot be the part \"shape\" of a ShapeKit, "
+                                "which takes a Shape"));
     EXPECT_TRUE(errors.contains("\"topSeparator\""));
     EXPECT_TRUE(errors.contains("\"childList\""));
     EXPECT_EQ(shapeOf(kit.get()), "ShapeKit .Separator ..Transform ..Separator ...Cube");

@@ -4,11 +4,15 @@
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/engines/SoBoolOperation.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoWriteAction.h>
+#include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodekits/SoWrapperKit.h>
+#include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
 
 #include <pthread.h>
 
@@ -125,6 +129,84 @@ TEST_F(GraphDepthTest, KitsInKitsDieOnASmallStack)
             top = kit;
         }
         EXPECT_TRUE(top);
+    });
+}
+
+constexpr int kEngines = 100000;
+
+/// A field at the end of a row of engines, each of which follows the one before.
+SoRef<SoSwitch> afterEngines(SoSFBool& first)
+{
+    const SoRef<SoSwitch> last(new SoSwitch);
+    SoField* master = &first;
+    for (int i = 0; i < kEngines; ++i) {
+        auto* engine = new SoBoolOperation;
+        engine->operation.setValue(SoBoolOperation::A);
+        engine->a.connectFrom(master);
+        master = i % 2 ? &engine->inverse : &engine->output;
+    }
+    last->whichChild.connectFrom(master);
+    return last;
+}
+
+TEST_F(GraphDepthTest, FieldsInALongChainPartOneByOne)
+{
+    std::vector<SoRef<SoCube>> cubes(kEngines);
+    for (std::size_t i = 0; i < cubes.size(); ++i) {
+        cubes[i] = new SoCube;
+        if (i > 0)
+            cubes[i]->width.connectFrom(&cubes[i - 1]->width);
+    }
+    cubes.front()->width = 3;
+    EXPECT_EQ(cubes.back()->width.getValue(), 3);
+    // Each parting is news of its own, which must not go down the rest of the chain.
+    for (SoRef<SoCube>& cube : cubes)
+        cube = nullptr;
+}
+
+TEST_F(GraphDepthTest, NodesHeldByFieldsTellAndDieOnASmallStack)
+{
+    onSmallStack([] {
+        const SoRef<SoCube> leaf(new SoCube);
+        SoRef<SoNode> top(leaf.get());
+        for (int i = 0; i < kDepth; ++i) {
+            const SoRef<SoVRMLShape> shape(new SoVRMLShape);
+            shape->geometry = top.get();
+            top = shape;
+        }
+        const auto before = top->getNodeId();
+        leaf->width = 4;
+        EXPECT_NE(top->getNodeId(), before);
+        top = nullptr;
+        EXPECT_EQ(leaf->getRefCount(), 1);
+    });
+}
+
+TEST_F(GraphDepthTest, EnginesInALongRowComputeAndDieOnASmallStack)
+{
+    onSmallStack([] {
+        const SoRef<SoSeparator> both(new SoSeparator);
+        const SoRef<SoDirectionalLight> start(new SoDirectionalLight);
+        SoRef<SoSwitch> end = afterEngines(start->on);
+        both->addChild(start.get());
+        both->addChild(end.get());
+        const int before = end->whichChild.getValue();
+        start->on = !start->on.getValue();
+        EXPECT_EQ(end->whichChild.getValue(), 1 - before);
+
+        // The copy has engines of its own.
+        const SoRef<SoSeparator> copy(static_cast<SoSeparator*>(both->copy()));
+        auto* copiedStart = static_cast<SoDirectionalLight*>(copy->getChild(0));
+        auto* copiedEnd = static_cast<SoSwitch*>(copy->getChild(1));
+        copiedStart->on = !copiedStart->on.getValue();
+        EXPECT_EQ(copiedEnd->whichChild.getValue(), before);
+        EXPECT_EQ(end->whichChild.getValue(), 1 - before);
+
+        SoRef<SoEngine> last(SoEngine::getDriver(&end->whichChild));
+        end->whichChild.disconnect();
+        EXPECT_EQ(last->getRefCount(), 1);
+        last = nullptr; // and with it all of them
+        EXPECT_TRUE(start->on.getFollowers().empty());
     });
 }
 

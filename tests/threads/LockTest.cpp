@@ -37,7 +37,7 @@ TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
     int a = 0, b = 0; // equal whenever nobody writes; not atomic on purpose
     std::atomic<int> torn{0};
     inThreads(6, [&](int me) {
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < 500; ++i) {
             if (me % 2) {
                 lock.readLock();
                 lock.readLock();
@@ -60,8 +60,8 @@ TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
         }
     });
     EXPECT_EQ(torn, 0);
-    EXPECT_EQ(a, 6000);
-    EXPECT_EQ(b, 6000);
+    EXPECT_EQ(a, 1500);
+    EXPECT_EQ(b, 1500);
 }
 
 TEST(SoRecursiveRWLockThreads, ReadersThatBecomeWritersLoseNoUpdate)

@@ -1,6 +1,7 @@
 #include <kalmyr/actions/SoAction.h>
 
 #include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoErrorStack.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
@@ -61,6 +62,9 @@ void SoAction::run(SoNode* root, const SoPath* path)
     if (!m_terminated)
         isSpecial() ? visitCarefully(root, -1) : visit(root, -1);
     endTraversal(root);
+    if (m_state->getDepth() != 0)
+        SoErrorStack::post("%s: nodes left %d pushes of the state without their pop",
+                           getTypeId().getName().getString(), m_state->getDepth());
     m_methods = nullptr;
     m_path = nullptr;
     m_pathMode = NO_PATH;

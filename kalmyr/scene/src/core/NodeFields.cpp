@@ -1,9 +1,11 @@
 #include "core/NodeFields.h"
 
+#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFFieldContainer.h>
 #include <kalmyr/fields/SoSFNode.h>
 
 #include <algorithm>
@@ -15,6 +17,29 @@ bool isPlainValue(SoType type)
     // Fields of containers, paths and engines do not make a node the ancestor of another.
     return !type.isDerivedFrom(SoSFNode::getClassTypeId())
            && !type.isDerivedFrom(SoMNodeField::getClassTypeId());
+}
+
+/// The object that a field holds as number `index`; `more` says whether there may be further ones.
+const SoFieldContainer* heldBy(const SoField& field, int index, bool& more)
+{
+    more = false;
+    if (field.isOfType(SoSFNode::getClassTypeId()))
+        return static_cast<const SoSFNode&>(field).getValue();
+    if (field.isOfType(SoSFFieldContainer::getClassTypeId()))
+        return static_cast<const SoSFFieldContainer&>(field).getValue();
+    if (!field.isOfType(SoMNodeField::getClassTypeId()))
+        return nullptr;
+    const auto& nodes = static_cast<const SoMNodeField&>(field).getValues();
+    more = static_cast<std::size_t>(index) + 1 < nodes.size();
+    return static_cast<std::size_t>(index) < nodes.size() ? nodes[static_cast<std::size_t>(index)]
+                                                          : nullptr;
+}
+
+const SoChildList* childrenOf(const SoFieldContainer* holder)
+{
+    return holder->isOfType(SoNode::getClassTypeId())
+               ? static_cast<const SoNode*>(holder)->getInternalChildren()
+               : nullptr;
 }
 
 } // namespace
@@ -49,6 +74,26 @@ bool mayHoldNodesInFields(const SoNode* node)
         if (!isPlainValue(data->getField(node, i)->getTypeId()))
             return true;
     return false;
+}
+
+const SoFieldContainer* nextHeld(HeldPlace& place)
+{
+    const SoChildList* children = childrenOf(place.holder);
+    if (children && place.child < children->getLength())
+        return (*children)[place.child++];
+    const SoFieldData* data = place.holder->getFieldData();
+    while (data && place.field < data->getNumFields()) {
+        bool more = false;
+        const SoFieldContainer* held =
+            heldBy(*data->getField(place.holder, place.field), place.value++, more);
+        if (!more) {
+            ++place.field;
+            place.value = 0;
+        }
+        if (held)
+            return held;
+    }
+    return nullptr;
 }
 
 } // namespace kalmyr::detail

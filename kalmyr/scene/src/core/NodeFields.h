@@ -1,5 +1,6 @@
 #pragma once
 
+class SoFieldContainer;
 class SoNode;
 
 namespace kalmyr::detail {
@@ -10,5 +11,16 @@ SoNode* findInNodeFields(const SoNode* holder, const SoNode* child);
 
 /// False only when no field of the node can hold a node.
 bool mayHoldNodesInFields(const SoNode* node);
+
+/// A place in the row of what a container holds: first its children, then what is in its fields.
+struct HeldPlace {
+    const SoFieldContainer* holder;
+    int child = 0;
+    int field = 0;
+    int value = 0;
+};
+
+/// What is held at that place or behind it, moving the place on; null at the end.
+const SoFieldContainer* nextHeld(HeldPlace& place);
 
 } // namespace kalmyr::detail

@@ -2,6 +2,8 @@
 
 #include <kalmyr/base/SbString.h>
 
+#include "core/CacheLock.h"
+
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -37,6 +39,7 @@ SbString& instancePrefix()
 
 void forget(const SoBase* base)
 {
+    const kalmyr::detail::CacheLock lock; // threads name what they read or make
     NameTable& t = table();
     const auto at = t.names.find(base);
     if (at == t.names.end())
@@ -101,6 +104,7 @@ SbName SoBase::getName() const
 {
     if (!m_named)
         return SbName::empty();
+    const kalmyr::detail::CacheLock lock;
     return table().names.at(this).name;
 }
 
@@ -112,6 +116,7 @@ void SoBase::setName(const SbName& name)
     m_named = legal != SbName::empty();
     if (!m_named)
         return;
+    const kalmyr::detail::CacheLock lock;
     NameTable& t = table();
     const std::uint64_t serial = t.nextSerial++;
     t.names.emplace(this, Named{legal, serial});
@@ -120,6 +125,7 @@ void SoBase::setName(const SbName& name)
 
 SoBase* SoBase::getNamedBase(const SbName& name, SoType type)
 {
+    const kalmyr::detail::CacheLock lock;
     const auto at = table().bases.find(name);
     if (at == table().bases.end())
         return nullptr;
@@ -131,6 +137,7 @@ SoBase* SoBase::getNamedBase(const SbName& name, SoType type)
 
 std::vector<SoBase*> SoBase::getNamedBases(const SbName& name, SoType type)
 {
+    const kalmyr::detail::CacheLock lock;
     std::vector<SoBase*> found;
     if (const auto at = table().bases.find(name); at != table().bases.end())
         for (const auto& [serial, base] : at->second)

@@ -5,38 +5,14 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 
+#include "core/CacheLock.h"
+#include "core/LastRites.h"
 #include "core/NodeFields.h"
-#include "core/StackSwitch.h"
+#include "core/WalkStack.h"
 
 #include <algorithm>
 
 namespace {
-
-/// Lets go of children of dying parents, one after the other instead of one inside the other, so
-/// that graphs of any depth die on a small stack.
-class LastRites {
-public:
-    void add(const std::vector<SoNode*>& nodes)
-    {
-        m_waiting.insert(m_waiting.end(), nodes.rbegin(), nodes.rend());
-        if (m_atWork)
-            return;
-        m_atWork = true;
-        while (!m_waiting.empty()) {
-            const SoNode* node = m_waiting.back();
-            m_waiting.pop_back();
-            node->unref();
-        }
-        m_atWork = false;
-        if (m_waiting.capacity() > kKept)
-            std::vector<SoNode*>().swap(m_waiting);
-    }
-
-private:
-    static constexpr std::size_t kKept = 4096;
-    std::vector<SoNode*> m_waiting; ///< each with the reference of its former parent
-    bool m_atWork = false;
-};
 
 /// Whether anything can be below the node; a leaf is nobody's ancestor.
 bool mayHoldAny(const SoNode* node)
@@ -44,12 +20,6 @@ bool mayHoldAny(const SoNode* node)
     const SoChildList* children = node->getInternalChildren();
     return (children && children->getLength() > 0) || kalmyr::detail::mayHoldNodesInFields(node);
 }
-
-/// How far the walk under way may use the present stack.
-struct WalkStack {
-    std::uint64_t stamp = 0;
-    const char* limit = nullptr;
-};
 
 } // namespace
 
@@ -59,12 +29,12 @@ SoChildList::~SoChildList()
         return;
     for (SoNode* node : m_nodes)
         node->removeAuditor(this);
-    thread_local LastRites t_lastRites;
-    t_lastRites.add(m_nodes);
+    kalmyr::detail::releaseInTurn(m_nodes);
 }
 
 void SoChildList::addPath(SoPath* path)
 {
+    const kalmyr::detail::CacheLock lock; // readers make paths
     if (!m_paths)
         m_paths = std::make_unique<SoAuditorList>();
     m_paths->append(path, SoAuditor::PATH);
@@ -72,6 +42,7 @@ void SoChildList::addPath(SoPath* path)
 
 void SoChildList::removePath(SoPath* path)
 {
+    const kalmyr::detail::CacheLock lock;
     if (!m_paths)
         return;
     m_paths->remove(path);
@@ -234,24 +205,10 @@ bool SoChildList::assign(const std::vector<SoNode*>& children)
 
 void SoChildList::auditedChanged(SoNotification& notification)
 {
-    const auto pass = [&] {
+    kalmyr::detail::passUp(notification, [&] {
         if (m_field)
             m_field->auditedChanged(notification);
         else
             m_parent->notify(notification);
-    };
-    // A walk from the bottom of a deep graph goes on with another stack.
-    thread_local WalkStack t_stack;
-    if (t_stack.stamp != notification.stamp)
-        t_stack = {notification.stamp, kalmyr::detail::stackLimit()};
-    if (!kalmyr::detail::isStackLow(t_stack.limit)) [[likely]] {
-        pass();
-        return;
-    }
-    const WalkStack before = t_stack;
-    kalmyr::detail::callOnNewStack([&](const char* limit) {
-        t_stack.limit = limit;
-        pass();
     });
-    t_stack = before;
 }

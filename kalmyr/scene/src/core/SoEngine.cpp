@@ -28,7 +28,7 @@ SoEngine::~SoEngine()
 void SoEngine::initOutput(SoField* field)
 {
     field->setFieldType(SoField::EVENT_OUT);
-    field->m_flags |= SoField::kDirty;
+    field->changeFlags(0, SoField::kDirty);
 }
 
 bool SoEngine::computes(const SoField* field) const
@@ -147,8 +147,8 @@ void SoEngine::compute(SoField*)
 {
     const std::vector<SoField*> outputs = getOutputs();
     for (SoField* output : outputs)
-        output->m_flags = (output->m_flags & ~SoField::kDirty) | SoField::kPulling;
+        output->changeFlags(0, SoField::kPulling);
     evaluate();
     for (SoField* output : outputs)
-        output->m_flags &= ~SoField::kPulling;
+        output->changeFlags(SoField::kPulling | SoField::kDirty, 0);
 }

@@ -5,6 +5,7 @@
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoFieldIO.h>
 
+#include "core/WalkStack.h"
 #include "SoFieldExtra.h"
 
 #include <string>
@@ -49,7 +50,7 @@ void SoMField::initClass()
 
 SoField::~SoField()
 {
-    if (m_flags & kDeferred)
+    if (flags() & kDeferred)
         SoNotification::forget(this);
     if (!m_extra)
         return;
@@ -67,20 +68,20 @@ SoField::Extra& SoField::extra()
 
 void SoField::setDefault(bool on)
 {
-    m_flags = on ? m_flags | kDefault : m_flags & ~kDefault;
+    changeFlags(kDefault, on ? kDefault : 0);
 }
 
 void SoField::setIgnored(bool on)
 {
     if (on == isIgnored())
         return;
-    m_flags = on ? m_flags | kIgnored : m_flags & ~kIgnored;
+    changeFlags(kIgnored, on ? kIgnored : 0);
     valueChanged(false);
 }
 
 void SoField::setFieldType(FieldType type)
 {
-    m_flags = (m_flags & ~(7u << kTypeShift)) | (static_cast<std::uint32_t>(type) << kTypeShift);
+    changeFlags(7u << kTypeShift, static_cast<std::uint32_t>(type) << kTypeShift);
 }
 
 void SoField::get(SbString& text) const
@@ -127,16 +128,21 @@ void SoField::resetTo(const SoField& pristine)
 bool SoField::enableNotify(bool on)
 {
     const bool was = isNotifyEnabled();
-    m_flags = on ? m_flags & ~kQuiet : m_flags | kQuiet;
+    changeFlags(kQuiet, on ? 0 : kQuiet);
     return was;
 }
 
 void SoField::valueChanged(bool clearDefault)
 {
+    if (flags() & kPulling) {
+        if (clearDefault)
+            changeFlags(kDefault, 0);
+        return; // told when the master changed; other threads wait until all of it is there
+    }
     if (clearDefault)
-        m_flags &= ~(kDefault | kDirty); // a value that was set stays until the master changes
-    if (m_flags & (kPulling | kQuiet))
-        return; // told when the master changed, or not to be told
+        changeFlags(kDefault | kDirty, 0); // a value that was set stays until the master changes
+    if (flags() & kQuiet)
+        return;
     SoNotification notification;
     notifyChange(notification);
 }
@@ -167,22 +173,22 @@ void SoField::pass(SoNotification& notification)
 void SoField::auditedChanged(SoNotification& notification)
 {
     if (!isConnected() || notification.field != m_extra->master) {
-        pass(notification); // an object that the field holds
+        kalmyr::detail::passUp(notification, [&] { pass(notification); }); // held by the field
         return;
     }
-    if (m_flags & kConnectionOff)
+    if (notification.keepsValue || (flags() & kConnectionOff))
         return;
-    m_flags |= kDirty;
-    if (m_flags & (kDeferred | kQuiet))
+    changeFlags(0, kDirty);
+    if (flags() & (kDeferred | kQuiet))
         return;
-    m_flags |= kDeferred;
+    changeFlags(0, kDeferred);
     SoNotification::defer(this, notification.origin);
 }
 
 void SoField::becomeStale(std::uint64_t origin)
 {
-    m_flags |= kDirty;
-    if (!m_extra || (m_flags & kQuiet))
+    changeFlags(0, kDirty);
+    if (!m_extra || (flags() & kQuiet))
         return;
     SoNotification own;
     own.container = m_container;
@@ -193,7 +199,7 @@ void SoField::becomeStale(std::uint64_t origin)
 
 void SoField::tellFollowing(std::uint64_t origin)
 {
-    m_flags &= ~kDeferred;
+    changeFlags(kDeferred, 0);
     SoNotification own;
     own.container = m_container;
     own.field = this;
@@ -207,7 +213,7 @@ void SoField::auditedDying()
     // The master's value is gone already: the one last read stays.
     if (m_extra)
         m_extra->master = nullptr;
-    m_flags &= ~kDirty;
+    changeFlags(kDirty, 0);
 }
 
 void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)

@@ -5,6 +5,8 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/fields/SoSFTrigger.h>
 
+#include "core/CacheLock.h"
+#include "core/LastRites.h"
 #include "SoFieldExtra.h"
 
 #include <string>
@@ -15,6 +17,8 @@ namespace {
 
 /// Errors name at most this many fields of a cycle.
 constexpr std::size_t kMaxNamed = 8;
+/// Engines that compute inside each other's calls; beyond, what they need is computed first.
+constexpr int kMaxNestedPulls = 32;
 
 /// 'Cube "a".width', as far as these are known.
 std::string nameOf(const SoField& field)
@@ -146,10 +150,10 @@ bool SoField::connectFrom(SoField* master)
     if (m_container)
         m_container->m_feeds = true;
     master->addAuditor(this, SoAuditor::FIELD);
-    m_flags &= ~kConnectionOff;
+    changeFlags(kConnectionOff, 0);
     if (isEvent(*this))
         return true; // to be connected is none
-    m_flags = (m_flags | kDirty) & ~kDefault;
+    changeFlags(kDefault, kDirty);
     valueChanged(false);
     return true;
 }
@@ -161,12 +165,12 @@ void SoField::letGoOfMaster()
         return;
     m_extra->master = nullptr;
     m_extra->convert = nullptr;
-    m_flags &= ~kDirty;
+    changeFlags(kDirty, 0);
     SoFieldContainer* source = master->getContainer();
     const bool kept = source && source->computes(master);
     master->removeAuditor(this);
     if (kept)
-        source->unref();
+        kalmyr::detail::releaseInTurn(source);
 }
 
 void SoField::disconnect()
@@ -175,9 +179,12 @@ void SoField::disconnect()
         return;
     evaluate();
     letGoOfMaster();
-    m_flags &= ~kConnectionOff;
-    if (!isEvent(*this))
-        valueChanged(false);
+    changeFlags(kConnectionOff, 0);
+    if (isEvent(*this) || !isNotifyEnabled())
+        return;
+    SoNotification notification;
+    notification.keepsValue = true;
+    notifyChange(notification);
 }
 
 void SoField::releaseFollowers()
@@ -227,30 +234,43 @@ void SoField::enableConnection(bool on)
         return;
     if (!on) {
         evaluate();
-        m_flags |= kConnectionOff;
+        changeFlags(0, kConnectionOff);
         return;
     }
-    m_flags &= ~kConnectionOff;
+    changeFlags(kConnectionOff, 0);
     if (!isConnected() || isEvent(*this))
         return;
-    m_flags |= kDirty;
+    changeFlags(0, kDirty);
     valueChanged(false);
 }
 
 /// Logically constant: the value is what the connection says it is.
 void SoField::pull() const
 {
+    const kalmyr::detail::CacheLock lock;
+    if (!(flags() & kDirty) || (flags() & kPulling))
+        return; // another thread was faster, or an engine looks at an output of its own
+    thread_local int t_depth = 0;
+    if (t_depth >= kMaxNestedPulls)
+        pullSources();
+    ++t_depth;
     auto* self = const_cast<SoField*>(this);
-    if (!isConnected()) {
-        self->m_flags &= ~kDirty;
+    if (isConnected()) {
+        self->pullChain();
+    } else {
         if (m_container)
             m_container->compute(self);
-        return;
+        changeFlags(kDirty, 0);
     }
+    --t_depth;
+}
+
+void SoField::pullChain()
+{
     // From the top of a chain down, so that its length costs no stack.
-    std::vector<SoField*> stale{self};
+    std::vector<SoField*> stale{this};
     SoField* master = m_extra->master;
-    for (; (master->m_flags & kDirty) && master->isConnected(); master = master->m_extra->master)
+    for (; (master->flags() & kDirty) && master->isConnected(); master = master->m_extra->master)
         stale.push_back(master);
     master->evaluate();
     for (auto at = stale.rbegin(); at != stale.rend(); ++at)
@@ -260,11 +280,50 @@ void SoField::pull() const
 void SoField::pullFrom(const SoField* master)
 {
     const bool wasDefault = isDefault(); // connecting decided on it
-    m_flags = (m_flags & ~kDirty) | kPulling;
+    changeFlags(0, kPulling);
     if (m_extra->convert)
         m_extra->convert(*master, *this);
     else
         copyFrom(*master);
-    m_flags &= ~kPulling;
     setDefault(wasDefault);
+    changeFlags(kPulling | kDirty, 0);
+}
+
+/// What this field's value is made of directly and is out of date, from number `next` on.
+const SoField* SoField::findStaleSource(int& next) const
+{
+    const auto isStale = [](const SoField* field) {
+        return (field->flags() & (kDirty | kPulling)) == kDirty;
+    };
+    if (isConnected())
+        return next++ == 0 && isStale(m_extra->master) ? m_extra->master : nullptr;
+    const SoFieldData* data =
+        m_container && m_container->computes(this) ? m_container->getFieldData() : nullptr;
+    while (data && next < data->getNumFields()) {
+        const SoField* input = data->getField(m_container, next++);
+        if (!m_container->computes(input) && isStale(input))
+            return input;
+    }
+    return nullptr;
+}
+
+/// Brings everything up to date that the value is made of, sources first, so that engines behind
+/// engines cost no stack. Only far up: an engine need not read all of its inputs.
+void SoField::pullSources() const
+{
+    struct Step {
+        const SoField* field;
+        int next;
+    };
+    std::vector<Step> steps{{this, 0}};
+    while (!steps.empty()) {
+        if (const SoField* source = steps.back().field->findStaleSource(steps.back().next)) {
+            steps.push_back({source, 0});
+            continue;
+        }
+        const SoField* done = steps.back().field;
+        steps.pop_back();
+        if (done != this)
+            done->evaluate();
+    }
 }

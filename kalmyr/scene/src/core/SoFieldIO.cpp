@@ -15,6 +15,11 @@ bool SoFieldReader::readEngine(SoEngine*& engine)
     return text.acceptWord("NULL") || text.fail("expected NULL");
 }
 
+bool SoFieldReader::leaveOut(std::size_t at, const SbString& why)
+{
+    return text.failAt(at, why.getString());
+}
+
 namespace {
 
 void writeReference(std::string& text, const SoBase* base)

@@ -5,17 +5,18 @@
 
 #include "core/NodeFields.h"
 
-SoLightPath::SoLightPath(const SoPath& path) : m_head(path.getHead())
+SoLightPath::SoLightPath(const SoPath& path, bool keepHead)
+    : m_head(keepHead ? path.getHead() : nullptr)
 {
     for (int i = 1; i < path.getLength(); ++i)
         m_steps.push_back({path.getNode(i), path.getIndex(i)});
 }
 
-SoRef<SoPath> SoLightPath::resolve() const
+SoRef<SoPath> SoLightPath::resolveFrom(SoNode* head) const
 {
-    if (!m_head)
+    if (!head)
         return nullptr;
-    SoRef<SoPath> path(new SoPath(m_head.get()));
+    SoRef<SoPath> path(new SoPath(head));
     for (const Step& step : m_steps) {
         const SoNode* above = path->getTail();
         if (step.index < 0) {

@@ -5,6 +5,9 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
+#include "core/CacheLock.h"
+#include "core/NodeFields.h"
+
 #include <unordered_map>
 #include <vector>
 
@@ -27,6 +30,69 @@ const SoFieldContainer* holderOf(const SoAuditorList::Entry& entry)
         return static_cast<const SoField*>(entry.auditor)->getContainer();
     return nullptr;
 }
+
+/// A step up costs less than one down.
+constexpr int kUpPerDown = 8;
+
+/// All that is above a container, one by one and each once.
+class Upwards {
+public:
+    explicit Upwards(const SoFieldContainer* bottom) { m_open.push_back({bottom, 0}); }
+
+    const SoFieldContainer* next()
+    {
+        while (!m_open.empty()) {
+            Place& at = m_open.back();
+            const SoAuditorList& auditors = at.container->getAuditors();
+            if (at.entry >= auditors.getLength()) {
+                m_open.pop_back();
+                continue;
+            }
+            const SoFieldContainer* holder = holderOf(auditors[at.entry++]);
+            // Lines that have parted may meet again.
+            const bool maySee = auditors.getLength() > 1 || !m_seen.empty();
+            if (!holder || (maySee && !m_seen.insert(holder).second))
+                continue;
+            m_open.push_back({holder, 0});
+            return holder;
+        }
+        return nullptr;
+    }
+
+private:
+    struct Place {
+        const SoFieldContainer* container;
+        int entry;
+    };
+    std::vector<Place> m_open;
+    std::unordered_set<const SoFieldContainer*> m_seen;
+};
+
+/// All that is below a node, one by one and each once.
+class Downwards {
+public:
+    explicit Downwards(const SoNode* top) { m_open.push_back({top}); }
+
+    const SoFieldContainer* next()
+    {
+        while (!m_open.empty()) {
+            const SoFieldContainer* held = kalmyr::detail::nextHeld(m_open.back());
+            if (!held) {
+                m_open.pop_back();
+                continue;
+            }
+            if (held->getAuditors().getLength() > 1 && !m_seen.insert(held).second)
+                continue;
+            m_open.push_back({held});
+            return held;
+        }
+        return nullptr;
+    }
+
+private:
+    std::vector<kalmyr::detail::HeldPlace> m_open;
+    std::unordered_set<const SoFieldContainer*> m_seen;
+};
 
 } // namespace
 
@@ -59,29 +125,26 @@ bool SoNode::isAtOrBelow(const SoNode* ancestor) const
 {
     if (ancestor == this)
         return true;
-    std::vector<const SoFieldContainer*> open{this};
-    std::unordered_set<const SoFieldContainer*> seen; // only where lines part and may meet again
-    while (!open.empty()) {
-        const SoFieldContainer* at = open.back();
-        open.pop_back();
-        const SoAuditorList& auditors = at->getAuditors();
-        const bool parts = auditors.getLength() > 1;
-        for (int i = 0; i < auditors.getLength(); ++i) {
-            const SoFieldContainer* holder = holderOf(auditors[i]);
-            if (!holder)
-                continue;
-            if (holder == ancestor)
+    const kalmyr::detail::CacheLock lock; // paths of other readers come and go
+    Upwards up(this);
+    Downwards down(ancestor);
+    // From both ends, so that neither a long way up nor much below costs more than the other.
+    for (;;) {
+        for (int i = 0; i < kUpPerDown; ++i)
+            if (const SoFieldContainer* above = up.next(); !above)
+                return false;
+            else if (above == ancestor)
                 return true;
-            if ((parts || !seen.empty()) && !seen.insert(holder).second)
-                continue;
-            open.push_back(holder);
-        }
+        if (const SoFieldContainer* below = down.next(); !below)
+            return false;
+        else if (below == this)
+            return true;
     }
-    return false;
 }
 
 std::unordered_set<const SoFieldContainer*> SoNode::getAllAtOrAbove() const
 {
+    const kalmyr::detail::CacheLock lock;
     std::unordered_set<const SoFieldContainer*> found{this};
     std::vector<const SoFieldContainer*> open{this};
     while (!open.empty()) {
@@ -94,6 +157,11 @@ std::unordered_set<const SoFieldContainer*> SoNode::getAllAtOrAbove() const
         }
     }
     return found;
+}
+
+bool SoNode::acceptsValue(const SoField&, const SoNode*, SbString&) const
+{
+    return true;
 }
 
 SoFieldContainer* SoNode::createTwin() const

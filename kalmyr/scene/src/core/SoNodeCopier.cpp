@@ -77,17 +77,24 @@ SoNode* SoNodeCopier::resolve(SoNode* original) const
 
 void SoNodeCopier::connect()
 {
+    std::vector<Connection> connections;
     // Copies of engines join the list while it is worked through.
     for (std::size_t i = 0; i < m_unconnected.size(); ++i) {
         const SoFieldContainer* original = m_unconnected[i];
-        connectFields(original, find(original));
+        addConnections(original, find(original), connections);
+    }
+    // Masters first: what is connected already would be told of every further connection above.
+    for (auto at = connections.rbegin(); at != connections.rend(); ++at) {
+        at->follower->connectFrom(at->master);
+        at->follower->enableConnection(at->isEnabled);
     }
     m_unconnected.clear();
     m_fed.clear();
     m_engines.clear();
 }
 
-void SoNodeCopier::connectFields(const SoFieldContainer* original, SoFieldContainer* copy)
+void SoNodeCopier::addConnections(const SoFieldContainer* original, SoFieldContainer* copy,
+                                  std::vector<Connection>& connections)
 {
     const SoFieldData* data = original->getFieldData();
     const SoFieldData* copyData = copy->getFieldData();
@@ -95,12 +102,9 @@ void SoNodeCopier::connectFields(const SoFieldContainer* original, SoFieldContai
         const SoField* field = data->getField(original, i);
         if (!field->isConnected() || i >= copyData->getNumFields())
             continue;
-        SoField* master = masterFor(field->getConnectedField());
-        if (!master)
-            continue;
-        SoField* follower = copyData->getField(copy, i);
-        follower->connectFrom(master);
-        follower->enableConnection(field->isConnectionEnabled());
+        if (SoField* master = masterFor(field->getConnectedField()))
+            connections.push_back(
+                {copyData->getField(copy, i), master, field->isConnectionEnabled()});
     }
 }
 
@@ -125,19 +129,39 @@ SoField* SoNodeCopier::masterFor(SoField* master)
 
 bool SoNodeCopier::isFedFromInside(const SoFieldContainer* engine)
 {
-    // Not yet known counts as no, which ends circles.
     const auto [at, isNew] = m_fed.emplace(engine, false);
     if (!isNew)
         return at->second;
-    for (const SoField* field : engine->getFields()) {
-        const SoField* master = field->isConnected() ? field->getConnectedField() : nullptr;
-        const SoFieldContainer* container = master ? master->getContainer() : nullptr;
-        if (!container)
+    struct Step {
+        const SoFieldContainer* engine;
+        std::vector<SoField*> fields;
+    };
+    // Each engine of the stack is fed by the next; long rows of them cost no stack of calls.
+    std::vector<Step> steps{{engine, engine->getFields()}};
+    while (!steps.empty()) {
+        std::vector<SoField*>& fields = steps.back().fields;
+        if (fields.empty()) {
+            steps.pop_back();
             continue;
-        const bool fed = container->isOfType(SoNode::getClassTypeId()) ? find(container) != nullptr
-                                                                       : isFedFromInside(container);
-        if (fed)
-            return m_fed[engine] = true;
+        }
+        const SoField* master = fields.back()->getConnectedField();
+        fields.pop_back();
+        const SoFieldContainer* source = master ? master->getContainer() : nullptr;
+        if (!source)
+            continue;
+        bool isFed = find(source) != nullptr;
+        if (!isFed && !source->isOfType(SoNode::getClassTypeId())) {
+            // Not yet known counts as no, which ends circles.
+            const auto [known, isOpen] = m_fed.emplace(source, false);
+            isFed = known->second;
+            if (isOpen)
+                steps.push_back({source, source->getFields()});
+        }
+        if (!isFed)
+            continue;
+        for (const Step& step : steps)
+            m_fed[step.engine] = true;
+        return true;
     }
     return false;
 }

@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 
+#include "core/CacheLock.h"
 #include "core/NodeFields.h"
 
 #include <algorithm>
@@ -61,6 +62,7 @@ void SoPath::listen(bool on, int level)
 {
     if (level == 0)
         return;
+    const kalmyr::detail::CacheLock lock; // readers make paths
     SoNode* above = getNode(level - 1);
     if (getIndex(level) < 0) {
         on ? above->addAuditor(this, PATH) : above->removeAuditor(this);

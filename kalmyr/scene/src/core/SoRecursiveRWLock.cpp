@@ -15,6 +15,17 @@ void SoRecursiveRWLock::readLock()
     ++m_readers[self];
 }
 
+bool SoRecursiveRWLock::tryReadLock()
+{
+    const auto self = std::this_thread::get_id();
+    const std::scoped_lock lock(m_mutex);
+    const bool holds = m_writer == self || m_readers.count(self);
+    if (!holds && (m_writeDepth > 0 || m_waitingWriters > 0))
+        return false;
+    ++m_readers[self];
+    return true;
+}
+
 bool SoRecursiveRWLock::readUnlock()
 {
     const std::scoped_lock lock(m_mutex);

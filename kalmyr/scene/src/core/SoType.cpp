@@ -19,6 +19,7 @@ struct Record {
 struct Registry {
     std::vector<Record> records{1}; // index 0 is the bad type
     std::unordered_map<SbName, std::uint16_t> byName;
+    std::unordered_map<SbName, std::uint16_t> removed; ///< the latest of each name
 };
 
 Registry& registry()
@@ -46,6 +47,16 @@ SoType SoType::createType(SoType parent, const SbName& name, Creator creator)
     if (r.records.size() > std::numeric_limits<std::uint16_t>::max()) {
         SoDebugError::post("SoType::createType", "too many types, %s is refused", name.getString());
         return badType();
+    }
+    // An optional module that starts again: method tables and nodes that still live know the place.
+    if (const auto at = r.removed.find(name);
+        at != r.removed.end() && r.records[at->second].parent == parent) {
+        const std::uint16_t index = at->second;
+        r.removed.erase(at);
+        r.records[index].removed = false;
+        r.records[index].creator = creator;
+        r.byName.emplace(name, index);
+        return SoType(index);
     }
     const auto index = static_cast<std::uint16_t>(r.records.size());
     Record added;
@@ -78,7 +89,10 @@ void SoType::removeType(SoType type)
         return;
     Registry& r = registry();
     Record& removed = r.records[type.m_index];
+    if (removed.removed)
+        return;
     r.byName.erase(removed.name);
+    r.removed[removed.name] = type.m_index;
     removed.removed = true;
     removed.creator = nullptr;
 }

@@ -9,6 +9,7 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/cameras/SoCamerasInit.h>
 #include <kalmyr/core/SoCoreInit.h>
+#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/core/SoRecursiveRWLock.h>
 #include <kalmyr/details/SoDetailsInit.h>
@@ -76,6 +77,15 @@ constexpr void (*kInits[])() = {
     kalmyr::initVrml,    initIo,
 };
 
+/// The first instance of a class makes its table of fields: now, while there is one thread.
+void makeFieldTables()
+{
+    for (const SoType type : SoType::getAllDerivedFrom(SoNode::getClassTypeId()))
+        SoRef<SoNode>(SoNode::create(type)).reset();
+    for (const SoType type : SoType::getAllDerivedFrom(SoEngine::getClassTypeId()))
+        SoRef<SoEngine>(SoEngine::create(type)).reset();
+}
+
 /// All nodes of the file; false after a posted error, with none of them left.
 bool readNodes(SceneReader& reader, std::vector<SoRef<SoNode>>& nodes)
 {
@@ -106,6 +116,7 @@ void SoDB::init()
         init();
     for (const auto init : furtherInits())
         init();
+    makeFieldTables();
 }
 
 void SoDB::finish()
@@ -254,17 +265,24 @@ void SoDB::readlock()
     sceneLock().readLock();
 }
 
+bool SoDB::tryReadlock()
+{
+    return sceneLock().tryReadLock();
+}
+
 void SoDB::readunlock()
 {
     if (!sceneLock().readUnlock())
         SoDebugError::post("SoDB::readunlock", "this thread does not hold the lock");
 }
 
-void SoDB::writelock()
+bool SoDB::writelock()
 {
-    if (!sceneLock().writeLock())
-        SoDebugError::post("SoDB::writelock",
-                           "refused: another reading thread waits to become the writer");
+    if (sceneLock().writeLock())
+        return true;
+    SoDebugError::post("SoDB::writelock",
+                       "refused: another reading thread waits to become the writer");
+    return false;
 }
 
 void SoDB::writeunlock()

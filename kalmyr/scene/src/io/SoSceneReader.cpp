@@ -99,6 +99,12 @@ void SceneReader::postError()
                       text.getError().c_str());
 }
 
+bool SceneReader::leaveOut(std::size_t at, const SbString& why)
+{
+    warnOnce("left out " + std::to_string(at), text.getText() + at, why.getString());
+    return true;
+}
+
 void SceneReader::warnOnce(const std::string& key, const char* at, const std::string& message)
 {
     // Finding a line takes time, so the number of remarks is limited.

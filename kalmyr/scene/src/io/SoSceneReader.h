@@ -130,6 +130,7 @@ protected:
     bool skipBlock(char open, bool keepNames, std::string_view* inside = nullptr);
     bool readSkippedBody(SoUnknownNode* node, bool keepNames);
 
+    bool leaveOut(std::size_t at, const SbString& why) override;
     /// A remark on what stands at `at`, once for every different `key`.
     void warnOnce(const std::string& key, const char* at, const std::string& message);
 

@@ -182,6 +182,32 @@ bool SoBaseKit::mayStandAt(int part, const SoNode* node) const
     return true;
 }
 
+SbString SoBaseKit::whyNot(int part, const SoNode* node) const
+{
+    const SoNodekitCatalog* catalog = getNodekitCatalog();
+    const auto nameOf = [](SoType type) { return std::string(type.getName().view()); };
+    std::string wanted = "a " + nameOf(catalog->getType(part));
+    if (!catalog->isLeaf(part)) {
+        wanted = "nothing: the kit makes it itself";
+    } else if (catalog->isList(part)) {
+        wanted = "a list in a " + nameOf(catalog->getListContainerType(part)) + " of";
+        for (const SoType type : catalog->getListItemTypes(part))
+            wanted += ' ' + nameOf(type);
+    }
+    return SbString((node ? nameOf(node->getTypeId()) : "NULL") + " cannot be the part \""
+                    + catalog->getName(part).getString() + "\" of a " + nameOf(getTypeId())
+                    + ", which takes " + wanted);
+}
+
+bool SoBaseKit::acceptsValue(const SoField& field, const SoNode* value, SbString& why) const
+{
+    const int part = getNodekitCatalog()->getPartNumber(getFieldName(&field));
+    if (part <= 0 || getAnyPart(part) == value || mayStandAt(part, value))
+        return true;
+    why = whyNot(part, value);
+    return false;
+}
+
 void SoBaseKit::equipList(int part, SoNodeKitListPart* list) const
 {
     const SoNodekitCatalog* catalog = getNodekitCatalog();
@@ -229,9 +255,7 @@ void SoBaseKit::followField(const SoField* field)
             return;
     }
     own->initValue(present);
-    SoDebugError::post("SoBaseKit", "%s cannot be the part \"%s\" of a %s",
-                       node ? node->getTypeId().getName().getString() : "NULL",
-                       getFieldName(field).getString(), getTypeId().getName().getString());
+    SoDebugError::post("SoBaseKit", "%s", whyNot(part, node.get()).getString());
 }
 
 void SoBaseKit::losePart(int part)

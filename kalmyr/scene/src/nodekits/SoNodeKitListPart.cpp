@@ -8,6 +8,8 @@
 #include <kalmyr/nodekits/SoBaseKit.h>
 #include <kalmyr/nodes/SoGroup.h>
 
+#include "core/CacheLock.h"
+
 #include <algorithm>
 
 namespace {
@@ -133,6 +135,7 @@ int SoNodeKitListPart::findChild(const SoNode* child) const
     constexpr int kShort = 16;
     if (!group() || getNumChildren() <= kShort)
         return group() ? group()->findChild(child) : -1;
+    const kalmyr::detail::CacheLock lock;
     if (m_indexedCount != getNumChildren())
         buildIndex();
     const auto at = m_index.find(child);

@@ -4,6 +4,8 @@
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 
+#include "core/CacheLock.h"
+
 SO_NODE_SOURCE(SoPackedColor)
 
 SoPackedColor::SoPackedColor()
@@ -21,6 +23,7 @@ void SoPackedColor::initClass()
 
 void SoPackedColor::unpack()
 {
+    const kalmyr::detail::CacheLock lock;
     if (m_unpackedId == getChangeId())
         return;
     const auto packed = orderedRGBA.values();

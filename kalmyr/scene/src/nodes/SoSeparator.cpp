@@ -5,6 +5,8 @@
 #include <kalmyr/actions/SoGetMatrixAction.h>
 #include <kalmyr/actions/SoRayPickAction.h>
 
+#include "core/CacheLock.h"
+
 namespace {
 
 constexpr SoEnumEntry kCacheEnabled[] = {
@@ -65,16 +67,25 @@ void SoSeparator::doAction(SoAction* action)
 void SoSeparator::measure(SoGetBoundingBoxAction* action)
 {
     const bool caching = boundingBoxCaching.getValue() != OFF;
-    if (!action->open(this, caching ? m_boxCache.get() : nullptr))
-        return;
+    {
+        const kalmyr::detail::CacheLock lock;
+        if (!action->open(this, caching ? m_boxCache.get() : nullptr))
+            return;
+    }
     action->traverseChildren(m_children);
+    const kalmyr::detail::CacheLock lock;
     action->close(this, caching ? &m_boxCache : nullptr);
+}
+
+bool SoSeparator::isCulled(SoRayPickAction* action) const
+{
+    const kalmyr::detail::CacheLock lock;
+    return action->isCulled(this, m_boxCache.get());
 }
 
 void SoSeparator::rayPick(SoRayPickAction* action)
 {
     const bool culling = pickCulling.getValue() != OFF;
-    if (culling && action->isCulled(this, m_boxCache.get()))
-        return;
-    doAction(action);
+    if (!culling || !isCulled(action))
+        doAction(action);
 }

@@ -7,6 +7,8 @@
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoTextureElement.h>
 
+#include "core/CacheLock.h"
+
 namespace {
 
 constexpr SoEnumEntry kWraps[] = {
@@ -73,6 +75,7 @@ const SbImage& SoTexture2::getPicture()
     const SbString& name = filename.getValue();
     if (filename.isIgnored() || name.isEmpty())
         return image.getValue();
+    const kalmyr::detail::CacheLock lock;
     if (name == m_loadedName)
         return m_loaded;
     m_loadedName = name;

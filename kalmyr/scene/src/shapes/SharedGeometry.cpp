@@ -1,5 +1,7 @@
 #include "SharedGeometry.h"
 
+#include "core/CacheLock.h"
+
 #include <map>
 #include <unordered_map>
 
@@ -21,11 +23,15 @@ Registry& registry()
 
 void forget(const SoGeometry* geometry)
 {
+    const CacheLock lock;
     Registry& all = registry();
     const auto at = all.keys.find(geometry);
     if (at == all.keys.end())
         return;
-    all.byKey.erase(at->second);
+    // Another thread may have put a new one in its place while this one was dying.
+    const auto known = all.byKey.find(at->second);
+    if (known != all.byKey.end() && known->second == geometry)
+        all.byKey.erase(known);
     all.keys.erase(at);
 }
 
@@ -33,13 +39,15 @@ void forget(const SoGeometry* geometry)
 
 SoRef<SoGeometry> sharedGeometry(const SharedKey& key, BuildFunction build)
 {
+    const CacheLock lock;
     Registry& all = registry();
-    if (const auto at = all.byKey.find(key); at != all.byKey.end())
-        return at->second;
+    const auto at = all.byKey.find(key);
+    if (at != all.byKey.end() && at->second->refIfAlive())
+        return SoRef<SoGeometry>::adopt(at->second);
     SoRef<SoGeometry> geometry(new SoGeometry);
     build(key, *geometry);
     geometry->setDeathFunction(forget);
-    all.byKey.emplace(key, geometry.get());
+    all.byKey.insert_or_assign(key, geometry.get());
     all.keys.emplace(geometry.get(), key);
     return geometry;
 }

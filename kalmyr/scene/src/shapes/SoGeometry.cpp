@@ -2,6 +2,8 @@
 
 #include <kalmyr/shapes/TriangleTree.h>
 
+#include "core/CacheLock.h"
+
 #include <atomic>
 
 namespace {
@@ -33,6 +35,7 @@ void SoGeometry::setDeathObserver(DeathObserver observer)
 
 const SbBox3f& SoGeometry::getBox() const
 {
+    const kalmyr::detail::CacheLock lock;
     if (!m_boxKnown) {
         for (const SbVec3f& p : positions)
             m_box.extendBy(p);
@@ -43,6 +46,7 @@ const SbBox3f& SoGeometry::getBox() const
 
 const kalmyr::TriangleTree& SoGeometry::getTriangleTree() const
 {
+    const kalmyr::detail::CacheLock lock;
     if (!m_tree)
         m_tree = std::make_unique<kalmyr::TriangleTree>(positions, triangles);
     return *m_tree;

@@ -4,6 +4,8 @@
 
 #include <kalmyr/elements/SoState.h>
 
+#include "core/CacheLock.h"
+
 SO_NODE_SOURCE(SoShape)
 
 SoShape::SoShape()
@@ -53,16 +55,27 @@ SoShape::Cached& SoShape::slotForNew()
     return slot;
 }
 
-SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
+/// Null with `found` when it is known that there is nothing to see.
+SoRef<SoGeometry> SoShape::cached(std::uint64_t key, bool& found)
 {
+    const kalmyr::detail::CacheLock lock;
     if (m_builtFrom != getNodeId()) {
         m_first = {};
         m_more.reset();
         m_builtFrom = getNodeId();
     }
+    const Cached* known = findCached(key);
+    found = known;
+    return known ? known->geometry : nullptr;
+}
+
+SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
+{
     const std::uint64_t key = stateKey(state);
-    if (const Cached* known = findCached(key))
-        return known->geometry;
+    bool found = false;
+    if (SoRef<SoGeometry> known = cached(key, found); found)
+        return known;
+    // Two threads may build the same: better than to build while others are kept waiting.
     SoRef<SoGeometry> geometry = findShared(state);
     if (!geometry) {
         geometry = new SoGeometry;
@@ -70,6 +83,9 @@ SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
     }
     if (geometry->isEmpty())
         geometry.reset();
+    const kalmyr::detail::CacheLock lock;
+    if (const Cached* known = findCached(key))
+        return known->geometry;
     slotForNew() = {key, true, geometry};
     return geometry;
 }

@@ -5,6 +5,8 @@
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 
+#include "core/CacheLock.h"
+
 namespace {
 
 constexpr SoEnumEntry kBindings[] = {
@@ -61,17 +63,22 @@ void SoVertexProperty::doAction(SoAction* action)
     }
 }
 
+void SoVertexProperty::unpack()
+{
+    const kalmyr::detail::CacheLock lock;
+    if (m_unpackedId == getChangeId())
+        return;
+    const auto packed = orderedRGBA.values();
+    m_colors.resize(packed.size());
+    m_transparencies.resize(packed.size());
+    for (std::size_t i = 0; i < packed.size(); ++i)
+        m_colors[i].setPackedValue(packed[i], m_transparencies[i]);
+    m_unpackedId = getChangeId();
+}
+
 void SoVertexProperty::setColors(SoState* state)
 {
-    if (m_unpackedId != getChangeId()) {
-        const auto packed = orderedRGBA.values();
-        m_colors.resize(packed.size());
-        m_transparencies.resize(packed.size());
-        for (std::size_t i = 0; i < packed.size(); ++i) {
-            m_colors[i].setPackedValue(packed[i], m_transparencies[i]);
-        }
-        m_unpackedId = getChangeId();
-    }
+    unpack();
     auto& element = state->write<SoMaterialElement>();
     auto& v = element.value();
     v.diffuse = m_colors.data();

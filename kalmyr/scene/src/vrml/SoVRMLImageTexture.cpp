@@ -7,6 +7,8 @@
 #include <kalmyr/core/SoImageFile.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
+#include "core/CacheLock.h"
+
 #include <algorithm>
 
 SO_NODE_SOURCE(SoVRMLImageTexture)
@@ -32,6 +34,7 @@ void SoVRMLImageTexture::setDirectory(const SbString& directory)
 
 const SbImage& SoVRMLImageTexture::getPicture()
 {
+    const kalmyr::detail::CacheLock lock;
     const auto urls = url.values();
     if (m_tried && std::equal(urls.begin(), urls.end(), m_loadedUrls.begin(), m_loadedUrls.end()))
         return m_loaded;

@@ -5,6 +5,8 @@
 #include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
+#include "core/CacheLock.h"
+
 SO_NODE_SOURCE(SoVRMLParent)
 
 SoVRMLParent::SoVRMLParent()
@@ -47,15 +49,25 @@ void SoVRMLParent::doAction(SoAction* action)
 
 void SoVRMLParent::measure(SoGetBoundingBoxAction* action)
 {
-    if (!action->open(this, m_boxCache.get()))
-        return;
+    {
+        const kalmyr::detail::CacheLock lock;
+        if (!action->open(this, m_boxCache.get()))
+            return;
+    }
     setState(action->getState());
     traverseChildren(action);
+    const kalmyr::detail::CacheLock lock;
     action->close(this, &m_boxCache);
+}
+
+bool SoVRMLParent::isCulled(SoRayPickAction* action) const
+{
+    const kalmyr::detail::CacheLock lock;
+    return action->isCulled(this, m_boxCache.get());
 }
 
 void SoVRMLParent::rayPick(SoRayPickAction* action)
 {
-    if (!action->isCulled(this, m_boxCache.get()))
+    if (!isCulled(action))
         doAction(action);
 }

@@ -6,6 +6,7 @@
 #include <kalmyr/core/SoNotification.h>
 #include <kalmyr/core/SoType.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -18,6 +19,10 @@ class SoNodeCopier;
 /// A typed value of a field container that tells its container of every change.
 ///
 /// 32 bytes and the value: connections and auditors are kept aside and cost nothing until used.
+///
+/// Threads: any number may read under the database's read lock, values that follow others and
+/// outputs of engines included; what is out of date is computed by one of them at a time.
+/// Everything that changes a field needs the write lock.
 class KALMYR_API SoField : public SoAuditor {
 public:
     /// What part a field plays; three bits, the numbers are part of the interface (4, 5, 7 free).
@@ -44,12 +49,12 @@ public:
     void setContainer(SoFieldContainer* container) { m_container = container; }
 
     /// True while the field holds the value it was created with.
-    bool isDefault() const { return (m_flags & kDefault) != 0; }
+    bool isDefault() const { return (flags() & kDefault) != 0; }
     void setDefault(bool on);
     /// An ignored field has no effect on traversal. Changing it is a change of the field.
-    bool isIgnored() const { return (m_flags & kIgnored) != 0; }
+    bool isIgnored() const { return (flags() & kIgnored) != 0; }
     void setIgnored(bool on);
-    FieldType getFieldType() const { return static_cast<FieldType>((m_flags >> kTypeShift) & 7); }
+    FieldType getFieldType() const { return static_cast<FieldType>((flags() >> kTypeShift) & 7); }
     void setFieldType(FieldType type);
 
     /// The value as scene text; exact: set() of it restores the value to the bit.
@@ -77,7 +82,7 @@ public:
     /// Switches notification of this field on or off; returns what it was. While off, changes of
     /// its value reach nobody; touch() afterwards tells them once.
     bool enableNotify(bool on);
-    bool isNotifyEnabled() const { return (m_flags & kQuiet) == 0; }
+    bool isNotifyEnabled() const { return (flags() & kQuiet) == 0; }
 
     /// Makes this field follow `master`: another field, or an output of an engine, which is a field
     /// of the engine. The value is taken over, converted where the types differ, when it is next
@@ -98,11 +103,11 @@ public:
     /// A connection that is switched off stays, but passes nothing on; switched on again, the
     /// field takes the master's value.
     void enableConnection(bool on);
-    bool isConnectionEnabled() const { return (m_flags & kConnectionOff) == 0; }
+    bool isConnectionEnabled() const { return (flags() & kConnectionOff) == 0; }
     /// Brings a connected field or an output up to date. Every reader of a value calls it.
     void evaluate() const
     {
-        if (m_flags & kDirty)
+        if (m_flags.load(std::memory_order_acquire) & kDirty)
             pull();
     }
 
@@ -127,6 +132,12 @@ protected:
     virtual void prepareTwin(SoField&) const {}
     /// The same as valueChanged() for an edit of a node list that has a kind of its own.
     void notifyChange(SoNotification& notification);
+    /// The flags are read by many threads and changed by one at a time.
+    std::uint32_t flags() const { return m_flags.load(std::memory_order_relaxed); }
+    void changeFlags(std::uint32_t off, std::uint32_t on) const
+    {
+        m_flags.store((flags() & ~off) | on, std::memory_order_release);
+    }
 
     static constexpr std::uint32_t kDefault = 1;
     static constexpr std::uint32_t kIgnored = 2;
@@ -143,7 +154,10 @@ private:
     friend class SoFieldContainer;
     friend class SoNotification;
     void pull() const;
+    void pullChain();
     void pullFrom(const SoField* master);
+    void pullSources() const;
+    const SoField* findStaleSource(int& next) const;
     Extra& extra();
     bool canFollow(const SoField* master) const;
     /// Leaves the master without telling anybody; the value stays as it was last read.
@@ -160,8 +174,7 @@ private:
     SoFieldContainer* m_container = nullptr; // Not owned; owns us.
     Extra* m_extra = nullptr;                // Owned: auditors and connection; null mostly.
 
-protected:
-    mutable std::uint32_t m_flags = kDefault;
+    mutable std::atomic<std::uint32_t> m_flags = kDefault;
 };
 
 /// A field with one value.

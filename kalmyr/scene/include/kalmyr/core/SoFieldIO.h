@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbString.h>
 #include <kalmyr/core/SoTokenizer.h>
 
 #include <string>
@@ -20,6 +21,10 @@ public:
     virtual bool readNode(SoNode*& node);
     /// The same for an engine.
     virtual bool readEngine(SoEngine*& engine);
+
+    /// What was read from offset `at` on is not taken. Readers of scenes report it and go on (true),
+    /// the plain reader fails.
+    virtual bool leaveOut(std::size_t at, const SbString& why);
 
     SoTokenizer& text;
 };

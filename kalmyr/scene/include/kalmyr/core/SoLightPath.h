@@ -12,7 +12,8 @@
 class KALMYR_API SoLightPath {
 public:
     SoLightPath() = default;
-    explicit SoLightPath(const SoPath& path);
+    /// With `keepHead` off not even the head is held; resolveFrom() is the way then.
+    explicit SoLightPath(const SoPath& path, bool keepHead = true);
 
     /// Null for an empty path.
     SoNode* getHead() const { return m_head.get(); }
@@ -20,7 +21,9 @@ public:
 
     /// The path as the graph is now, with the present places of its nodes; null when a node of it
     /// is no longer below the one above it. Cost: constant per node that kept its place.
-    SoRef<SoPath> resolve() const;
+    SoRef<SoPath> resolve() const { return resolveFrom(m_head.get()); }
+    /// The same from a head that the caller knows to be alive; null for null.
+    SoRef<SoPath> resolveFrom(SoNode* head) const;
 
 private:
     struct Step {

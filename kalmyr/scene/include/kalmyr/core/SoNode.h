@@ -59,6 +59,10 @@ public:
     /// outside their fields override it.
     virtual void copyContents(const SoNode* from, SoNodeCopier& copier);
 
+    /// Whether a field of this node may hold `value`; if not, `why` tells what it takes instead.
+    /// Readers of files ask before they set the field.
+    virtual bool acceptsValue(const SoField& field, const SoNode* value, SbString& why) const;
+
     /// A name that identifies the node across processes of a distributed host; empty when none.
     const SbName& getNetName() const;
     void setNetName(const SbName& name);

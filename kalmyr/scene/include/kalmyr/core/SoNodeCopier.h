@@ -28,7 +28,13 @@ private:
     SoNode* makeCopy(const SoNode* original);
     SoFieldContainer* find(const SoFieldContainer* original) const;
     void connect();
-    void connectFields(const SoFieldContainer* original, SoFieldContainer* copy);
+    struct Connection {
+        SoField* follower;
+        SoField* master;
+        bool isEnabled;
+    };
+    void addConnections(const SoFieldContainer* original, SoFieldContainer* copy,
+                        std::vector<Connection>& connections);
     SoField* masterFor(SoField* master);
     bool isFedFromInside(const SoFieldContainer* engine);
 

@@ -43,7 +43,9 @@ public:
     int index = -1;                        ///< its index, or -1
     std::uint64_t stamp = 0;               ///< unique, rising; becomes the id of every visited node
     std::uint64_t origin = 0;              ///< stamp of the change that this one follows from
-    const Link* chain = nullptr;           ///< where the walk is now, down to the change
+    bool keepsValue = false;     ///< of a field, whose value is what it was; no news for followers
+    const Link* chain = nullptr; ///< where the walk is now, down to the change
+    const char* stackLimit = nullptr; ///< the walk changes stacks below this address
 
     /// Sends the change from `start` upwards and then runs the immediate sensors, unless this is
     /// a change made during another change's walk.

@@ -19,6 +19,8 @@ public:
     SoRecursiveRWLock& operator=(const SoRecursiveRWLock&) = delete;
 
     void readLock();
+    /// False, without waiting, when the lock cannot be had now.
+    bool tryReadLock();
     /// False, with nothing changed, when the thread does not hold the lock.
     bool readUnlock();
     /// False when another reader is waiting to become the writer, so that waiting would never end.

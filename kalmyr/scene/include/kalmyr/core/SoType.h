@@ -29,7 +29,8 @@ public:
     /// Type of that registered name, with or without the "So" prefix; badType() when unknown.
     static SoType fromName(const SbName& name);
 
-    /// Unregisters a type that an optional module had registered. Its index is not used again.
+    /// Unregisters a type that an optional module had registered. It gets its index back when it is
+    /// registered again below the same parent; no other type does.
     static void removeType(SoType type);
 
     /// All types derived from `type`, itself included, in order of registration.

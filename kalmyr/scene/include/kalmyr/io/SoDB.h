@@ -65,9 +65,23 @@ public:
     /// Held by threads that read a graph while others may edit it, and by whoever edits it.
     /// Recursive. A thread that holds the read lock may take the write lock when no other thread
     /// wants the same at that time; see SoRecursiveRWLock.
+    ///
+    /// Under the read lock any number of threads may read fields, follow children and apply actions
+    /// to the same graph at the same time; what has to be computed for that, and caches, are
+    /// guarded inside. Paths and other results that lead into the graph go before the lock is given
+    /// up. Everything that changes a shared graph needs the write lock: fields, children,
+    /// connections, sensors that are attached or detached. A graph that only one thread knows needs
+    /// no lock, while it is made or read from a file, say; it is handed over under the write lock.
+    ///
+    /// Sensors of priority 0 run in the thread that edits. Whoever processes the queues of the
+    /// others holds the read lock meanwhile, if graphs are edited in other threads, as the Qt
+    /// binding does. Actions that draw stay in one thread.
     static void readlock();
+    /// False, without waiting, when the lock cannot be had now.
+    static bool tryReadlock();
     static void readunlock();
-    static void writelock();
+    /// False, with an error posted, when two readers would wait for each other; see above.
+    static bool writelock();
     static void writeunlock();
 
 private:

@@ -79,6 +79,7 @@ public:
     void notify(SoNotification& notification) override;
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
     void setToDefaults() override;
+    bool acceptsValue(const SoField& field, const SoNode* value, SbString& why) const override;
     /// Parts are written when they differ from what a new kit makes itself.
     bool isFieldWritten(const SoField& field) const override;
 
@@ -101,6 +102,7 @@ private:
 
     SoSFNode* fieldOf(int part) const;
     bool mayStandAt(int part, const SoNode* node) const;
+    SbString whyNot(int part, const SoNode* node) const;
     SoChildList* listAbove(int part);
     int indexAt(int part, const SoChildList& list) const;
     bool arrange(int part, SoNode* node);

@@ -21,6 +21,8 @@ protected:
     ~SoCoordinate4() override;
 
 private:
+    void project();
+
     std::uint64_t m_projectedId = 0; ///< change id that the positions belong to
     std::vector<SbVec3f> m_projected;
 };

@@ -40,5 +40,7 @@ protected:
     ~SoSeparator() override;
 
 private:
+    bool isCulled(SoRayPickAction* action) const;
+
     std::unique_ptr<SoBoundingBoxCache> m_boxCache;
 };

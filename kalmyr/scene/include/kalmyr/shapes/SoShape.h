@@ -55,6 +55,7 @@ private:
         std::array<Cached, kMoreResults> results;
         int next = 0;
     };
+    SoRef<SoGeometry> cached(std::uint64_t key, bool& found);
     Cached* findCached(std::uint64_t key);
     Cached& slotForNew();
 

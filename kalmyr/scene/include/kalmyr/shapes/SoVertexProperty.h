@@ -43,6 +43,8 @@ protected:
 private:
     void setColors(SoState* state);
 
+    void unpack();
+
     std::uint64_t m_unpackedId = 0; ///< change id that the arrays belong to
     std::vector<SbColor> m_colors;
     std::vector<float> m_transparencies;

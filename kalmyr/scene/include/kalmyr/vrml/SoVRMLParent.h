@@ -44,5 +44,7 @@ protected:
     virtual void traverseChildren(SoAction* action);
 
 private:
+    bool isCulled(SoRayPickAction* action) const;
+
     std::unique_ptr<SoBoundingBoxCache> m_boxCache;
 };
