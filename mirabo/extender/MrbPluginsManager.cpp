@@ -52,6 +52,16 @@ bool MrbPluginsManager::setActiveProfile(const QString& name)
     return m_host->setActiveProfile(name);
 }
 
+const QString& MrbPluginsManager::getConfigurationFile() const
+{
+    return m_host->configurationFile();
+}
+
+std::vector<MrbPluginsManager::ExtensionState> MrbPluginsManager::getExtensionStates() const
+{
+    return m_host->states();
+}
+
 std::vector<MrbExtension*> MrbPluginsManager::getExtensions() const
 {
     return m_host->extensions();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mirabo/extender/MrbExport.h"
+#include "mirabo/extender/MrbExtension.h"
 
 #include <QString>
 #include <QStringList>
@@ -9,7 +10,6 @@
 #include <memory>
 #include <vector>
 
-class MrbExtension;
 class QWidget;
 
 namespace mirabo {
@@ -43,6 +43,15 @@ public:
         QString extension; ///< empty: the whole plug-in
         QString cause;
     };
+    /// What has become of an extension that the profile in force names.
+    struct ExtensionState {
+        QString plugin;
+        QString extension;
+        int depth; ///< 0, or how many extensions it is controlled by in turn
+        bool isRunning;
+        MrbExtensionInfo info; ///< empty when it does not run
+        QString cause;         ///< why it does not run
+    };
     /// A page for the preferences dialog; the operations never throw.
     struct PreferencePage {
         QString name;
@@ -74,6 +83,11 @@ public:
     /// neither.
     bool setActiveProfile(const QString& name);
 
+    /// The file that the configuration was read from; empty for text.
+    const QString& getConfigurationFile() const;
+    /// The extensions that the profile in force names, running or not; a controlling one before
+    /// those that it controls.
+    std::vector<ExtensionState> getExtensionStates() const;
     /// The running extensions, a controlling one before those that it controls. Not owned.
     std::vector<MrbExtension*> getExtensions() const;
     /// In the order in which they came up, since the configuration was read.

@@ -45,13 +45,18 @@ void answer(QMessageBox::StandardButton button)
     });
 }
 
-void closeReport()
+/// Waits for the report, however long a busy machine needs to read its symbols.
+void closeReport(int triesLeft = 400)
 {
-    QTimer::singleShot(400, qApp, [] {
+    QTimer::singleShot(50, qApp, [triesLeft] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!dialog || dialog->parent())
+        const auto* text = dialog ? dialog->findChild<QTextEdit*>() : nullptr;
+        if (!text && triesLeft > 0) {
+            closeReport(triesLeft - 1);
+            return;
+        }
+        if (!text || dialog->parent())
             std::_Exit(71);
-        const auto* text = dialog->findChild<QTextEdit*>();
         std::fprintf(stderr, "[report %s|%dx%d|%s|%s]\n", qPrintable(dialog->windowTitle()),
                      dialog->width(), dialog->height(), text->isReadOnly() ? "read only" : "open",
                      qPrintable(text->toPlainText()));

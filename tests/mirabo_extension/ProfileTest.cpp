@@ -1,13 +1,17 @@
 #include "ExtensionTool.h"
 
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
 
+#include <QComboBox>
 #include <QFile>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <functional>
 
@@ -194,6 +198,38 @@ TEST_F(Profile, PagesLiveInThePreferencesDialog)
     ASSERT_TRUE(manager()->setActiveProfile("Off"));
     EXPECT_EQ(dialog.getPageCount(), 0) << "its extension has ended";
     EXPECT_EQ(list->count(), 0);
+}
+
+TEST_F(Profile, APageOfThePreferencesTellsWhatRunsAndWhy)
+{
+    auto errors = support::expectErrors();
+    failAt("activate Child");
+    ASSERT_TRUE(
+        manager()->read(configuration(active("Parent", controlled("Child") + controlled("Listener"))
+                                      + "<activeExtension plugin=\"NotLoaded\" extension=\"X\"/>"),
+                        false));
+    SoMiraboPreferences dialog;
+    dialog.addPage((new mirabo::ExtensionsPage(&dialog))->asPage());
+    auto* rows = dialog.findChild<QTreeWidget*>("extensionRows");
+    const auto* cause = dialog.findChild<QLabel*>("extensionCause");
+    auto* profiles = dialog.findChild<QComboBox*>("extensionProfiles");
+    ASSERT_EQ(rows->topLevelItemCount(), 2);
+    EXPECT_EQ(rows->topLevelItem(0)->childCount(), 2);
+    EXPECT_EQ(rows->topLevelItem(0)->text(1), "1") << "its version";
+    EXPECT_EQ(rows->topLevelItem(0)->child(1)->text(2), "running");
+    EXPECT_TRUE(cause->text().contains("Parent view"));
+    rows->setCurrentItem(rows->topLevelItem(0)->child(0));
+    EXPECT_TRUE(cause->text().contains("told to fail at activate Child"))
+        << cause->text().toStdString();
+    EXPECT_TRUE(rows->topLevelItem(1)->toolTip(2).contains("loads no such plug-in"));
+
+    EXPECT_EQ(profiles->currentText(), "On");
+    profiles->setCurrentText("Off");
+    EXPECT_TRUE(find("Parent")) << "not before Apply";
+    dialog.findChild<QPushButton*>("m_applyButton")->click();
+    EXPECT_FALSE(find("Parent"));
+    EXPECT_EQ(rows->topLevelItemCount(), 0);
+    EXPECT_FALSE(cause->text().isEmpty());
 }
 
 class Counting final : public MrbCommand {

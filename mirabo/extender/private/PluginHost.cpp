@@ -97,7 +97,7 @@ bool PluginHost::read(const QString& pathOrText, bool isFile)
     endAll();
     m_problems.clear();
     m_configuration = std::move(*found);
-    m_configurationFolder = isFile ? QFileInfo(pathOrText).absolutePath() : QString();
+    m_configurationFile = isFile ? QFileInfo(pathOrText).absoluteFilePath() : QString();
     if (!MrbServices::getInstance() || !MrbShell::getInstance())
         return true; // nobody is there to run for
     loadPlugins(!isFile);
@@ -111,8 +111,8 @@ QStringList PluginHost::searchPath() const
         QString::fromUtf8(SoPreferences::getValue(kPathPreference).getString());
     QStringList folders = preferred.split(QDir::listSeparator(), Qt::SkipEmptyParts);
     folders << ownFolder() + '/' + MIRABO_PLUGIN_FOLDER << ownFolder();
-    if (!m_configurationFolder.isEmpty())
-        folders << m_configurationFolder;
+    if (!m_configurationFile.isEmpty())
+        folders << QFileInfo(m_configurationFile).absolutePath();
     return folders;
 }
 
@@ -279,6 +279,44 @@ std::vector<HostedExtension*> PluginHost::running() const
     std::vector<HostedExtension*> found;
     collect(m_extensions, found);
     return found;
+}
+
+std::vector<PluginHost::State> PluginHost::states()
+{
+    std::vector<State> found;
+    if (const Profile* profile = activeProfile())
+        addStates(profile->extensions, m_extensions, 0, found);
+    return found;
+}
+
+void PluginHost::addStates(const std::vector<Wanted>& wanted, const std::vector<Owned>& hosted,
+                           int depth, std::vector<State>& to)
+{
+    static const std::vector<Owned> kNone;
+    for (const Wanted& one : wanted) {
+        const auto at = std::find_if(hosted.begin(), hosted.end(), [&one](const Owned& some) {
+            return some->pluginName() == one.plugin && some->name() == one.extension;
+        });
+        HostedExtension* running = at != hosted.end() && !(*at)->isFailed() ? at->get() : nullptr;
+        State state{one.plugin, one.extension, depth, running != nullptr, {}, {}};
+        if (running)
+            state.isRunning =
+                running->run("getInfo()", [&] { state.info = running->extension()->getInfo(); });
+        if (!state.isRunning)
+            state.cause = causeOf(one);
+        to.push_back(state);
+        addStates(one.controlled, running ? running->controlled() : kNone, depth + 1, to);
+    }
+}
+
+QString PluginHost::causeOf(const Wanted& wanted) const
+{
+    for (const bool itself : {true, false})
+        for (const Problem& problem : m_problems)
+            if (problem.plugin == wanted.plugin
+                && problem.extension == (itself ? wanted.extension : QString()))
+                return problem.cause;
+    return "the extension that controls it does not run";
 }
 
 std::vector<MrbExtension*> PluginHost::extensions() const

@@ -32,13 +32,19 @@ public:
     const Profile* activeProfile() const;
     std::vector<MrbExtension*> extensions() const;
     const std::vector<Problem>& problems() const { return m_problems; }
+    const QString& configurationFile() const { return m_configurationFile; }
+    std::vector<MrbPluginsManager::ExtensionState> states();
     QStringList searchPath() const;
     std::vector<MrbPluginsManager::PreferencePage> createPreferencePages(QWidget* parent);
 
 private:
     using Wanted = MrbPluginsManager::ActiveExtension;
     using Owned = std::unique_ptr<HostedExtension>;
+    using State = MrbPluginsManager::ExtensionState;
 
+    void addStates(const std::vector<Wanted>& wanted, const std::vector<Owned>& hosted, int depth,
+                   std::vector<State>& to);
+    QString causeOf(const Wanted& wanted) const;
     void loadPlugins(bool mayBeMissing);
     void activateProfile();
     /// Null, reported, when it does not run.
@@ -55,7 +61,7 @@ private:
     void report(const Problem& problem, bool quietly = false);
 
     PluginConfiguration m_configuration;
-    QString m_configurationFolder; ///< empty for text
+    QString m_configurationFile; ///< empty for text
     // Declared before the extensions: the libraries go last.
     std::map<QString, std::unique_ptr<PluginLibrary>> m_libraries;
     std::vector<Owned> m_extensions;
