@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
 class QTreeWidgetItem;
 class SoFieldItem;
+class SoMiraboEdition;
 class SoNode;
 class SoPath;
 class SoTreeViewItem;
@@ -58,6 +60,8 @@ protected:
 class NodePanels {
 public:
     virtual void showNode(SoNode* node, SoNode* kit, bool newTab) = 0;
+    /// The same for the node of a row of the tree.
+    virtual void showRow(SoTreeViewItem* row, bool newTab) = 0;
     /// Node of the current tab, or null.
     virtual SoNode* getNode() const = 0;
     virtual void clear() = 0;
@@ -71,6 +75,13 @@ public:
     /// Watches the field of a row that was dragged or given by an extension.
     virtual void watchField(SoFieldItem* row) = 0;
     virtual void deleteWatchedField() = 0;
+    /// Makes the field of a watched row the selected one; null: none.
+    virtual void selectWatchedField(QTreeWidgetItem* row) = 0;
+    /// Shows the node of a watched row in overview and tree.
+    virtual void showWatchedNode(QTreeWidgetItem* row) = 0;
+    /// The first row in the tree of each node that a tab shows, in the order of the tabs.
+    virtual QList<SoTreeViewItem*> shownRows() const = 0;
+    virtual SoMiraboEdition* edition() const = 0;
 
 protected:
     ~NodePanels() = default;
@@ -97,7 +108,8 @@ class TreeEditing {
 public:
     virtual void addNode() = 0;
     virtual void deleteNode() = 0;
-    virtual void moveNode(SoTreeViewItem* item, SoTreeViewItem* target) = 0;
+    /// Puts the item's node below the target's, or, as its sibling, behind it.
+    virtual void moveNode(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling) = 0;
 
 protected:
     ~TreeEditing() = default;

@@ -12,6 +12,7 @@
 #include <QAction>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -100,9 +101,12 @@ void SoCommandManager::printQt()
 
 void SoCommandManager::openFile()
 {
-    const SbString directory = SbFileHelper::expandString("$KMRHOME/data/models");
+    const SbString models = SbFileHelper::expandString("$KMRHOME/data/models");
+    const QString directory = QString::fromUtf8(models.getString());
+    // The dialog would take a folder that is not there for the name of a file.
     const QString name =
-        QFileDialog::getOpenFileName(m_frame, "open file", QString::fromUtf8(directory.getString()),
+        QFileDialog::getOpenFileName(m_frame, "open file",
+                                     QFileInfo(directory).isDir() ? directory : QString(),
                                      "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)");
     if (!name.isEmpty() && m_document)
         m_document->openSceneFile(name);
@@ -257,10 +261,37 @@ void SoCommandManager::fieldSelected(SoField* field)
         services->setSelectedField(field);
 }
 
-void SoCommandManager::setNodeOverview()
+void SoCommandManager::setNodeOverview(SoTreeViewItem* item, bool addTab)
 {
-    if (m_tree && m_panels && m_tree->getCurrentNode())
-        m_panels->showNode(m_tree->getCurrentNode(), m_tree->getCurrentKit(), true);
+    if (!m_tree || !m_panels)
+        return;
+    if (item)
+        m_panels->showRow(item, addTab);
+    else if (SoNode* node = m_tree->getCurrentNode())
+        m_panels->showNode(node, m_tree->getCurrentKit(), addTab);
+}
+
+void SoCommandManager::setFieldEditorFromWatch(QTreeWidgetItem* row)
+{
+    if (m_panels)
+        m_panels->selectWatchedField(row);
+}
+
+void SoCommandManager::setNodeOverviewFromWatch(QTreeWidgetItem* row)
+{
+    if (m_panels && row)
+        m_panels->showWatchedNode(row);
+}
+
+SoMiraboEdition* SoCommandManager::getNodeEdition() const
+{
+    return m_panels ? m_panels->edition() : nullptr;
+}
+
+SoTreeViewItemList* SoCommandManager::getItemOverviewList()
+{
+    m_overviewList = m_panels ? m_panels->shownRows().mid(0, kOverviewCount) : SoTreeViewItemList();
+    return &m_overviewList;
 }
 
 void SoCommandManager::closeNodeOverview(int index)
@@ -338,7 +369,7 @@ void SoCommandManager::treeDeleteNode()
 void SoCommandManager::treeMoveNode(SoTreeViewItem* itemToMove, SoTreeViewItem* itemInsertAfter)
 {
     if (m_editing)
-        m_editing->moveNode(itemToMove, itemInsertAfter);
+        m_editing->moveNode(itemToMove, itemInsertAfter, m_spaceHeld);
 }
 
 void SoCommandManager::saveSubSceneGraph()

@@ -10,7 +10,11 @@
 class MrbCommand;
 class SoFieldContainer;
 class SoField;
+class SoMiraboEdition;
 class SoMiraboMainFrame;
+
+/// Rows of the tree. They belong to it, and go with their nodes.
+using SoTreeViewItemList = QList<SoTreeViewItem*>;
 
 /// The hub: every menu action and most requests of the panels end in one of its slots. It does
 /// little itself; it asks the document, the tree and the panels, and keeps the undo stack.
@@ -20,6 +24,9 @@ class SoCommandManager final : public QObject {
     Q_OBJECT
 
 public:
+    /// Most rows that getItemOverviewList() tells of.
+    static constexpr int kOverviewCount = 30;
+
     SoCommandManager();
     ~SoCommandManager() override;
 
@@ -86,11 +93,20 @@ public Q_SLOTS:
     /// An extension's choice: shown in tree and overview.
     void selectedNodeChanged(SoFieldContainer* node);
     void fieldSelected(SoField* field);
-    /// Shows the tree's current node in a new tab.
-    void setNodeOverview();
+    /// Shows a row's node (null: the tree's current one), in the current tab or a new one.
+    void setNodeOverview(SoTreeViewItem* item = nullptr, bool addTab = true);
     void closeNodeOverview(int index);
     void refreshOverview();
+    /// Makes the field of a watched row the one that editors see; null: none.
+    void setFieldEditorFromWatch(QTreeWidgetItem* row);
+    /// Shows the node of a watched row in overview and tree.
+    void setNodeOverviewFromWatch(QTreeWidgetItem* row);
     void deleteFieldWatch();
+    /// The controller of overview and watch; null while there is no window.
+    SoMiraboEdition* getNodeEdition() const;
+    /// The rows of the nodes that the overview shows now, at most kOverviewCount, in the order of
+    /// its tabs. Filled anew by each call; never null.
+    SoTreeViewItemList* getItemOverviewList();
     void highlightNodeItem(const SoPath* path);
 
     void expandAll(QTreeWidgetItem* startItem = nullptr);
@@ -102,6 +118,8 @@ public Q_SLOTS:
 
     void treeAddNode();
     void treeDeleteNode();
+    /// While the space bar is held a moved node becomes a sibling of its target.
+    void spaceBarPressed(bool held) { m_spaceHeld = held; }
     void treeMoveNode(SoTreeViewItem* itemToMove, SoTreeViewItem* itemInsertAfter);
     void saveSubSceneGraph();
     void cutNode();
@@ -140,5 +158,7 @@ private:
     std::function<MrbCommand*(bool)> m_overrideFactory;
     std::function<void()> m_ignoreHandler;
     std::function<void()> m_preferencesHandler;
+    SoTreeViewItemList m_overviewList;
+    bool m_spaceHeld = false;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

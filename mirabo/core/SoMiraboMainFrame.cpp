@@ -2,6 +2,7 @@
 
 #include "mirabo/core/InlineFetcher.h"
 #include "mirabo/core/SoCommandManager.h"
+#include "mirabo/preferences/DragFormats.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -28,6 +29,14 @@ constexpr int kCategoryCount = 14;
 /// Stands for a separator in a list of entries.
 constexpr ActionId kSeparator = ActionId::Count;
 
+/// What the text leaves out: the key.
+QString toolTipOf(const QAction& action)
+{
+    const QString text = QString(action.text()).remove('&').remove("...");
+    const QString key = action.shortcut().toString(QKeySequence::NativeText);
+    return key.isEmpty() ? text : text + " (" + key + ')';
+}
+
 QAction* makeAction(const ActionSpec& spec, QObject* parent)
 {
     auto* action = new QAction(QString(spec.text), parent);
@@ -35,6 +44,7 @@ QAction* makeAction(const ActionSpec& spec, QObject* parent)
         action->setIcon(QIcon(QString(kIconPrefix) + spec.icon));
     if (spec.shortcut)
         action->setShortcut(QKeySequence::fromString(spec.shortcut, QKeySequence::PortableText));
+    action->setToolTip(toolTipOf(*action));
     action->setCheckable(spec.check != ActionSpec::NotCheckable);
     action->setChecked(spec.check == ActionSpec::Checked);
     action->setEnabled(spec.works);
@@ -232,6 +242,8 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     for (QAction* recent : m_recentActions)
         connect(recent, &QAction::triggered, hub, &SoCommandManager::openFileRecent);
     connect(m_findCombo->lineEdit(), &QLineEdit::returnPressed, hub, &SoCommandManager::find);
+    connect(this, &SoMiraboMainFrame::fieldRowDropped, hub, [hub] { hub->setFieldWatch(nullptr); });
+    connect(this, &SoMiraboMainFrame::treeRowDropped, hub, [hub] { hub->setNodeOverview(); });
     connectFilters(hub);
 }
 
@@ -309,19 +321,33 @@ void SoMiraboMainFrame::closeEvent(QCloseEvent* event)
     QMainWindow::closeEvent(event);
 }
 
+bool SoMiraboMainFrame::takes(const QMimeData& data) const
+{
+    return data.hasFormat(mirabo::kFieldRowFormat) || data.hasFormat(mirabo::kTreeRowFormat)
+           || (data.hasUrls() && action(ActionId::Open)->isEnabled());
+}
+
 void SoMiraboMainFrame::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (event->mimeData()->hasUrls() && action(ActionId::Open)->isEnabled())
+    if (takes(*event->mimeData()))
         event->acceptProposedAction();
 }
 
+// A row that is dropped on the window, and not on a panel that has a use of its own for it, is to
+// be kept in view: a field by the watch, a node by a tab of its own.
 void SoMiraboMainFrame::dropEvent(QDropEvent* event)
 {
-    const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.isEmpty() || !action(ActionId::Open)->isEnabled())
+    const QMimeData* data = event->mimeData();
+    if (!takes(*data))
         return;
     event->acceptProposedAction();
-    const QString path = urls.first().toLocalFile();
-    if (!path.isEmpty() && m_dropHandler)
-        m_dropHandler(path);
+    if (data->hasFormat(mirabo::kFieldRowFormat)) {
+        Q_EMIT fieldRowDropped();
+    } else if (data->hasFormat(mirabo::kTreeRowFormat)) {
+        Q_EMIT treeRowDropped();
+    } else {
+        const QString path = data->urls().first().toLocalFile();
+        if (!path.isEmpty() && m_dropHandler)
+            m_dropHandler(path);
+    }
 }

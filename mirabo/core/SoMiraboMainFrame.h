@@ -10,6 +10,7 @@
 
 class QComboBox;
 class QMenu;
+class QMimeData;
 class QToolBar;
 class SoCommandManager;
 
@@ -53,6 +54,9 @@ Q_SIGNALS:
     /// One bit for each category that is checked, in the order of their actions.
     void filterChanged(int mask);
     void customFilterToggled(bool on);
+    /// The selected row of a field list, or the current one of the tree, was dropped here.
+    void fieldRowDropped();
+    void treeRowDropped();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -60,6 +64,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    bool takes(const QMimeData& data) const;
     void createActions();
     void createMenus();
     void createTreeViewMenu();

@@ -87,13 +87,17 @@ void MrbServicesImpl::undo()
 void MrbServicesImpl::setSceneGraph(SoNode* root)
 {
     m_sceneGraph.reset(root);
+    m_announced = false;
     if (m_sceneSetter)
         m_sceneSetter(root);
-    emitSafely([&] { Q_EMIT sceneGraphChanged(root); });
+    // The tree, once it shows the scene, has it announced.
+    if (!m_announced)
+        announceSceneGraph(root);
 }
 
 void MrbServicesImpl::announceSceneGraph(SoNode* root)
 {
+    m_announced = true;
     m_sceneGraph.reset(root);
     m_selectedNode.reset();
     m_selectedField = nullptr;

@@ -68,6 +68,7 @@ private:
     mirabo::Observed<SoGuiRenderArea> m_renderArea;  ///< the host's or the viewer's
     mirabo::Observed<SoSceneManager> m_sceneManager; ///< the host's or the viewer's
     int m_standalone = 0;
+    bool m_announced = false; ///< since setSceneGraph() was called
     std::function<void(SoNode*)> m_sceneSetter;
     QMainWindow* m_mainWindow = nullptr; // Not owned; the shell's.
 };

@@ -5,6 +5,7 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/MrbShell.h"
+#include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
 #include "mirabo/launch/IgnoreSwitch.h"
@@ -50,6 +51,8 @@ void editPreferences(QWidget* parent)
     const QPointer<SoMiraboPreferences> dialog = new SoMiraboPreferences(parent);
     for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
         dialog->addPage(page);
+    // Last: choosing another profile ends the extensions whose pages come before.
+    dialog->addPage((new ExtensionsPage(dialog))->asPage());
     dialog->exec();
     delete dialog;
 }
@@ -109,8 +112,7 @@ void Session::connectTree()
     connect(m_tree, &SoMiraboTreeView::highlightRequested, this,
             [](const SoPath* path) { SoMiraboViewer::instance()->highlight(path); });
     connect(m_tree, &SoMiraboTreeView::expandAllRequested, hub(), [] { hub()->expandAll(); });
-    connect(m_tree, &SoMiraboTreeView::overviewRequested, hub(),
-            &SoCommandManager::setNodeOverview);
+    connect(m_tree, &SoMiraboTreeView::overviewRequested, hub(), [] { hub()->setNodeOverview(); });
     connect(m_tree, &SoMiraboTreeView::outsideStructureChange, hub(),
             &SoCommandManager::outsideStructureChange);
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
@@ -144,14 +146,8 @@ void Session::connectOverview()
     m_edition->createFieldWatchState(remove, hub());
     m_edition->setPlaceProvider(
         [tree = QPointer(m_tree)](const SoNode* node) { return tree ? placeOf(*tree, node) : ""; });
-    connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, this,
-            [this](QTreeWidgetItem* row) {
-                SoNode* node = static_cast<SoFieldItem*>(row)->getNode();
-                if (!node)
-                    return;
-                m_edition->bringUp(node);
-                m_tree->revealNode(node);
-            });
+    connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, hub(),
+            &SoCommandManager::setNodeOverviewFromWatch);
 }
 
 void Session::connectViewer()
@@ -233,6 +229,11 @@ void Session::showNode(SoNode* node, SoNode* kit, bool newTab)
     m_edition->showNode(node, kit, newTab);
 }
 
+void Session::showRow(SoTreeViewItem* row, bool newTab)
+{
+    showNode(row->getNode(), row->getPartKit(), newTab);
+}
+
 SoNode* Session::getNode() const
 {
     return m_edition->getNode();
@@ -266,6 +267,34 @@ void Session::watchField(SoFieldItem* row)
 void Session::deleteWatchedField()
 {
     m_edition->getWatch()->deleteCurrent();
+}
+
+void Session::selectWatchedField(QTreeWidgetItem* row)
+{
+    m_edition->setField(row, nullptr);
+}
+
+void Session::showWatchedNode(QTreeWidgetItem* row)
+{
+    SoNode* node = static_cast<SoFieldItem*>(row)->getNode();
+    if (!node)
+        return; // it died
+    m_edition->bringUp(node);
+    m_tree->revealNode(node);
+}
+
+QList<SoTreeViewItem*> Session::shownRows() const
+{
+    QList<SoTreeViewItem*> rows;
+    const SoTabNodeOverview* tabs = m_edition->getTabs();
+    for (int i = 0; tabs && i < tabs->count(); ++i) {
+        const auto* overview = qobject_cast<const SoNodeOverview*>(tabs->widget(i));
+        const std::vector<SoTreeViewItem*> places =
+            overview ? m_tree->occurrencesOf(overview->getNode()) : std::vector<SoTreeViewItem*>();
+        if (!places.empty())
+            rows << places.front();
+    }
+    return rows;
 }
 
 void Session::saveColumnWidths()

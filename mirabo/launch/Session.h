@@ -46,6 +46,7 @@ private:
     void windowDied();
 
     void showNode(SoNode* node, SoNode* kit, bool newTab) override;
+    void showRow(SoTreeViewItem* row, bool newTab) override;
     SoNode* getNode() const override;
     void clear() override;
     void refresh() override;
@@ -54,6 +55,10 @@ private:
     void watchSelectedField() override;
     void watchField(SoFieldItem* row) override;
     void deleteWatchedField() override;
+    void selectWatchedField(QTreeWidgetItem* row) override;
+    void showWatchedNode(QTreeWidgetItem* row) override;
+    QList<SoTreeViewItem*> shownRows() const override;
+    SoMiraboEdition* edition() const override { return m_edition.get(); }
 
     SoMiraboMainFrame* m_frame; // Not owned; the shell's. Null once the window has died.
     const bool m_standalone;

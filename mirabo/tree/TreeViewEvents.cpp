@@ -1,4 +1,5 @@
 #include "mirabo/core/Messages.h"
+#include "mirabo/preferences/DragFormats.h"
 #include "mirabo/tree/HelpAddress.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
@@ -255,6 +256,7 @@ void SoMiraboTreeView::startDrag()
     auto* drag = new QDrag(this);
     auto* data = new QMimeData;
     data->setText(kDragText);
+    data->setData(mirabo::kTreeRowFormat, QByteArray());
     drag->setMimeData(data);
     drag->setPixmap(
         mirabo::namedIcon("drag").pixmap(iconSize().isValid() ? iconSize() : QSize(24, 24)));

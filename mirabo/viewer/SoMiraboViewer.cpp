@@ -24,6 +24,7 @@
 #include <QDockWidget>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -33,6 +34,7 @@ SoMiraboViewer* s_instance = nullptr;
 
 const QString kGeometry = QString::fromLatin1(mirabo::kMainFrameGroup);
 constexpr int kUnsetSize = 32767;
+constexpr QSize kFirstSize(1280, 900);
 constexpr int kMessageMs = 10000; // how long a message stays in the status bar
 /// A calm dark tone on which shaded objects of any colour stand out.
 const SbColor kViewerBackground(0.20f, 0.23f, 0.28f);
@@ -221,12 +223,16 @@ bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
 
 bool SoMiraboViewer::openDroppedFile(const QString& fileName)
 {
+    if (m_reading)
+        return false;
     LiveInput input(m_frame);
     return open(input, fileName) && readScene(input);
 }
 
 bool SoMiraboViewer::openSceneFile(const QString& fileName)
 {
+    if (m_reading)
+        return false; // asked for by a timer of the host while a file is being read
     LiveInput input(m_frame);
     if (open(input, fileName))
         return readScene(input);
@@ -340,7 +346,8 @@ void SoMiraboViewer::readSettings()
     m_frame->showRecentFiles(m_recentFiles.paths());
     m_frame->move(x, y);
     if (layout.isEmpty()) {
-        m_frame->resize(1280, 900); // what "restore down" gives
+        // What "restore down" gives, and a desktop without a window manager.
+        m_frame->resize(kFirstSize.boundedTo(m_frame->screen()->availableSize()));
         m_frame->setWindowState(Qt::WindowMaximized);
         new mirabo::FirstLayout(m_frame); // the window owns it
         return;

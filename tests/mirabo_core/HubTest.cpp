@@ -16,12 +16,15 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QDragEnterEvent>
 #include <QMenu>
+#include <QMimeData>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
+#include <QTreeWidgetItem>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +62,7 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
     void nodeTextChanged(const SoNode*) override { log << "text"; }
 
     void showNode(SoNode*, SoNode*, bool newTab) override { note("show", newTab); }
+    void showRow(SoTreeViewItem*, bool newTab) override { note("showRow", newTab); }
     SoNode* getNode() const override { return current; }
     void clear() override {}
     void saveColumnWidths() override {}
@@ -66,6 +70,16 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
     void watchSelectedField() override { log << "watch"; }
     void watchField(SoFieldItem*) override {}
     void deleteWatchedField() override {}
+    void selectWatchedField(QTreeWidgetItem*) override { log << "edit"; }
+    void showWatchedNode(QTreeWidgetItem*) override { log << "showWatched"; }
+    QList<SoTreeViewItem*> shownRows() const override
+    {
+        QList<SoTreeViewItem*> rows;
+        for (int i = 0; i < SoCommandManager::kOverviewCount + 1; ++i)
+            rows << nullptr;
+        return rows;
+    }
+    SoMiraboEdition* edition() const override { return nullptr; }
 
     void saveScene() override { log << "save"; }
     void saveSceneAs(SoNode* node) override { note("saveAs", node != nullptr); }
@@ -301,6 +315,39 @@ TEST_F(HubTest, ProgressMovesAndLeavesTheWindowAlive)
     EXPECT_EQ(dialog->value(), 80);
     EXPECT_TRUE(dialog->isVisible());
     EXPECT_GE(timerFired, 1);
+}
+
+TEST_F(HubTest, RowsDroppedOnTheWindowAreKeptInView)
+{
+    const SoRef<SoCube> cube(new SoCube);
+    panels.current = cube.get();
+    const auto drop = [this](const char* format) {
+        QMimeData data;
+        data.setData(format, QByteArray());
+        QDragEnterEvent enter({9, 9}, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&frame, &enter);
+        QDropEvent event({9, 9}, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&frame, &event);
+        return panels.taken();
+    };
+    EXPECT_EQ(drop("mirabofielditem"), QStringList("watch"));
+    EXPECT_EQ(drop("treeviewnodeobject"), QStringList("show1"));
+    EXPECT_EQ(drop("text/plain"), QStringList());
+}
+
+TEST_F(HubTest, AsksThePanelsForWatchedRowsAndShownNodes)
+{
+    auto row = std::make_unique<QTreeWidgetItem>();
+    hub.setFieldEditorFromWatch(row.get());
+    hub.setNodeOverviewFromWatch(row.get());
+    hub.setNodeOverviewFromWatch(nullptr);
+    EXPECT_EQ(panels.taken(), QStringList({"edit", "showWatched"}));
+    EXPECT_EQ(hub.getItemOverviewList()->size(), SoCommandManager::kOverviewCount);
+    hub.release();
+    EXPECT_TRUE(hub.getItemOverviewList()->isEmpty());
+    EXPECT_EQ(hub.getNodeEdition(), nullptr);
+    hub.setNodeOverview();
+    hub.setFieldEditorFromWatch(row.get());
 }
 
 } // namespace

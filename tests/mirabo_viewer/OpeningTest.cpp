@@ -1,4 +1,5 @@
 // The whole window on the sample scenes, as a user has it.
+#include "mirabo/core/LiveInput.h"
 #include "mirabo/launch/SoMirabo.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -11,6 +12,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -57,4 +59,27 @@ TEST_F(Opening, OutlinesNothingUntilARowIsChosen)
         tree()->setCurrentItem(tree()->topLevelItem(0)->child(0));
         EXPECT_EQ(outlined(), 1) << name;
     }
+}
+
+// A host's timer may run whenever the window is painted while a file is being read.
+TEST_F(Opening, ReadsOneFileAtATime)
+{
+    const QString lights = kScenes + "lights.ky";
+    LiveInput input(viewer->getTreeDock()->window());
+    QTest::qWait(400); // from now on the progress is shown
+    ASSERT_TRUE(input.openFile((kScenes + "hello.ky").toUtf8().constData()));
+    int asked = 0;
+    QTimer::singleShot(0, viewer, [&] {
+        ++asked;
+        EXPECT_TRUE(viewer->isReading());
+        EXPECT_FALSE(viewer->openSceneFile(lights));
+        EXPECT_FALSE(viewer->openDroppedFile(lights));
+        SoMiraboImpl::stop(); // waits, too
+        EXPECT_TRUE(viewer->isReading());
+    });
+    EXPECT_TRUE(viewer->readScene(input));
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(viewer->getCurrentFile().endsWith("hello.ky"));
+    EXPECT_EQ(SoMiraboImpl::processEvents(), 0) << "now it ends";
+    EXPECT_FALSE(SoMiraboViewer::exists());
 }
