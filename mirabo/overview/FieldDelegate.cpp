@@ -97,7 +97,7 @@ void FieldDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
 {
     QStyledItemDelegate::initStyleOption(option, index);
     if (index.column() == SoMiraboList::NodeName)
-        option->textElideMode = Qt::ElideLeft;
+        option->textElideMode = m_list->showsPlace(index.row()) ? Qt::ElideLeft : Qt::ElideMiddle;
     if (index.column() != SoMiraboList::FieldValue)
         return;
     if (option->text.size() > kMaxCellLength)

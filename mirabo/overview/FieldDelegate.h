@@ -4,8 +4,8 @@
 
 class SoMiraboList;
 
-/// Paints the cells of a field list: values in the style of default or changed values, paths with
-/// their end in view.
+/// Paints the cells of a field list: values in the style of default or changed values, places
+/// with their end in view.
 class FieldDelegate final : public QStyledItemDelegate {
 public:
     explicit FieldDelegate(SoMiraboList* list);

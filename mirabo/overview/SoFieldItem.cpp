@@ -188,7 +188,8 @@ QString SoFieldItem::copiedValue() const
 QString SoFieldItem::placeText() const
 {
     const QString place = m_node && m_list ? m_list->placeOf(m_node) : QString();
-    const QString name = text(SoMiraboList::FieldName);
+    const QString name =
+        QString("%1 (%2)").arg(text(SoMiraboList::FieldName), text(SoMiraboList::FieldTypeColumn));
     return place.isEmpty() ? name : place + '.' + name;
 }
 

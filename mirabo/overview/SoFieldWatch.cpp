@@ -20,7 +20,6 @@ SoFieldWatch::SoFieldWatch(QWidget* parent) : SoMiraboList(parent)
     setObjectName("SoFieldWatch");
     setAccessibleName("Watched fields");
     setEmptyHint(tr("Select a field in the node overview and press \"Watch\" to keep it in view."));
-    setMinimumHeight(mirabo::readFieldWatchHeight());
     setContextMenuPolicy(Qt::CustomContextMenu);
     applyStoredWidths();
     connect(this, &QTreeWidget::itemSelectionChanged, this, &SoFieldWatch::fieldSelectionChanged);
@@ -133,6 +132,7 @@ void SoFieldWatch::setPreferences()
     mirabo::StyleTable styles = mirabo::defaultFieldStyles();
     mirabo::readStyles(mirabo::kFieldWatchGroup, styles);
     setStyles(styles);
+    setMinimumHeight(mirabo::readFieldWatchHeight());
 }
 
 void SoFieldWatch::saveColumnWidths()

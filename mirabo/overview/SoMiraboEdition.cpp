@@ -173,6 +173,14 @@ void SoMiraboEdition::addFieldWatch()
         m_watch->addField(*row);
 }
 
+void SoMiraboEdition::setPreferences()
+{
+    if (m_tabs)
+        m_tabs->setPreferences();
+    if (m_watch)
+        m_watch->setPreferences();
+}
+
 void SoMiraboEdition::createFieldWatchState(QAction* deleteAction, SoCommandManager* hub)
 {
     m_watch->setFieldWatchState(new SoFieldWatchState(m_watch, deleteAction, hub));

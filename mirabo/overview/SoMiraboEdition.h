@@ -80,6 +80,8 @@ public Q_SLOTS:
     void setField(QTreeWidgetItem* current, QTreeWidgetItem* previousField);
     /// Adds the current row of the current tab to the watch.
     void addFieldWatch();
+    /// Reads styles and the choice of parts from the preferences again.
+    void setPreferences();
 
 private:
     void connectTabs();

@@ -55,6 +55,7 @@ SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
     header->setSectionsMovable(false);
     header->setMinimumSectionSize(0); // a column of width 0 counts as hidden
     header->setStretchLastSection(false);
+    header->setTextElideMode(Qt::ElideRight);
     header->setSortIndicator(-1, Qt::AscendingOrder); // the order of the field data, until asked
     setSortingEnabled(true);
     setItemDelegate(new FieldDelegate(this));
@@ -123,6 +124,12 @@ SoFieldItem* SoMiraboList::fieldItem(int row) const
 SoFieldItem* SoMiraboList::currentFieldItem() const
 {
     return static_cast<SoFieldItem*>(currentItem());
+}
+
+bool SoMiraboList::showsPlace(int row) const
+{
+    const SoNode* node = fieldItem(row)->getNode();
+    return node && node->getName().isEmpty();
 }
 
 void SoMiraboList::lookAfter(SoFieldItem* item)

@@ -92,6 +92,8 @@ public:
     void setPlaceProvider(PlaceProvider provider) { m_place = std::move(provider); }
     /// Where a node stands, or the empty text when nobody knows.
     QString placeOf(const SoNode* node) const { return m_place ? m_place(node) : QString(); }
+    /// Whether a row tells the place of its node for lack of a name.
+    bool showsPlace(int row) const;
 
     /// \name For the rows
     /// @{
@@ -152,11 +154,22 @@ private:
         std::vector<SoFieldItem*> rows; // Not owned; the list's.
     };
 
+    /// The room of the columns that nobody gave a width, and what they would take.
+    struct Fit {
+        int room;
+        int labels;
+        int natural;
+    };
+
     void setUpColumns();
     void applyNaturalWidths();
     /// Columns that nobody gave a width shrink with the list; the value takes what is left over.
     void fillWidth();
     bool isFlexible(int column) const;
+    /// The width in which the header's label of a column is read, in pixels.
+    int labelWidth(int column) const;
+    Fit measure() const;
+    int fittingWidth(int column, const Fit& fit) const;
     void widthChosen(int column, int width);
     SoNode* twinOf(const SoNode* node);
     QList<QTreeWidgetItem*> makeRows(SoNode* node);
@@ -181,6 +194,7 @@ private:
     bool m_repaintPending = false;
     bool m_inView = false;
     bool m_filling = false;
+    bool m_typeGaveWay = false; ///< the list is too narrow for the column of types
     std::array<int, NodeNetName + 1> m_natural{};
     std::array<bool, NodeNetName + 1> m_chosen{}; ///< somebody gave the column its width
 };

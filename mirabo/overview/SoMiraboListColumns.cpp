@@ -34,6 +34,14 @@ constexpr std::pair<SoMiraboList::Column, const char*> kSamples[] = {
     {SoMiraboList::FieldValue, "0.123456 0.123456 0.123456"},
 };
 
+/// Drawn in a selected row as in others.
+QIcon untintedIcon(const QString& path)
+{
+    QIcon icon(path);
+    icon.addFile(path, QSize(), QIcon::Selected);
+    return icon;
+}
+
 } // namespace
 
 bool SoMiraboList::isNetNameMode()
@@ -51,9 +59,11 @@ void SoMiraboList::setUpColumns()
     setColumnCount(labels.size());
     setHeaderLabels(labels);
     setColumnHidden(Hidden, true);
-    headerItem()->setIcon(Ignored, QIcon(":/Mirabo_icons/Icons/ignore.png"));
+    for (int column = NodeType; column < labels.size(); ++column)
+        headerItem()->setToolTip(column, labels[column]); // which a narrow column cuts short
+    headerItem()->setIcon(Ignored, untintedIcon(":/Mirabo_icons/Icons/ignore.png"));
     headerItem()->setToolTip(Ignored, "This field is ignored");
-    headerItem()->setIcon(Connected, QIcon(":/Mirabo_icons/Icons/connection.png"));
+    headerItem()->setIcon(Connected, untintedIcon(":/Mirabo_icons/Icons/connection.png"));
     headerItem()->setToolTip(Connected, "This field is connected");
 }
 
@@ -79,6 +89,7 @@ void SoMiraboList::copyWidths(const SoMiraboList& other)
     for (int column = 1; column < std::min(columnCount(), other.columnCount()); ++column)
         QTreeWidget::setColumnWidth(column, other.columnWidth(column));
     m_chosen = other.m_chosen;
+    m_typeGaveWay = other.m_typeGaveWay;
     m_filling = false;
     fillWidth();
 }
@@ -91,10 +102,15 @@ void SoMiraboList::openColumn(int column)
     fillWidth();
 }
 
+int SoMiraboList::labelWidth(int column) const
+{
+    return header()->fontMetrics().horizontalAdvance(headerItem()->text(column)) + kHeaderMargin;
+}
+
 bool SoMiraboList::isFlexible(int column) const
 {
     return column >= NodeType && !m_chosen[static_cast<std::size_t>(column)]
-           && columnWidth(column) != 0;
+           && (columnWidth(column) != 0 || (column == FieldTypeColumn && m_typeGaveWay));
 }
 
 void SoMiraboList::restoreColumnWidths(const QString& group)
@@ -108,24 +124,53 @@ void SoMiraboList::restoreColumnWidths(const QString& group)
     }
 }
 
+/// Between what its label needs and its natural width; below that in a list that is narrower still.
+int SoMiraboList::fittingWidth(int column, const Fit& fit) const
+{
+    const int label = labelWidth(column);
+    const int natural = std::max(label, m_natural[static_cast<std::size_t>(column)]);
+    if (fit.room >= fit.natural)
+        return natural;
+    if (fit.room < fit.labels)
+        return std::max(kLeastWidth, label * fit.room / fit.labels);
+    return label + (natural - label) * (fit.room - fit.labels) / (fit.natural - fit.labels);
+}
+
+SoMiraboList::Fit SoMiraboList::measure() const
+{
+    Fit fit{viewport()->width(), 0, 0};
+    for (int column = 1; column < columnCount(); ++column) {
+        if (!isFlexible(column)) {
+            fit.room -= columnWidth(column);
+            continue;
+        }
+        const int label = labelWidth(column);
+        fit.labels += label;
+        fit.natural += std::max(label, m_natural[static_cast<std::size_t>(column)]);
+    }
+    return fit;
+}
+
 void SoMiraboList::fillWidth()
 {
     if (m_filling)
         return;
     m_filling = true;
-    int room = viewport()->width();
-    int wanted = 0;
-    for (int column = 1; column < columnCount(); ++column)
-        if (isFlexible(column))
-            wanted += m_natural[static_cast<std::size_t>(column)];
-        else
-            room -= columnWidth(column);
-    int left = room;
+    Fit fit = measure();
+    // The type says least of all: where the labels do not fit it goes, and comes back with them.
+    const bool typeFlexible = isFlexible(FieldTypeColumn);
+    m_typeGaveWay = typeFlexible && fit.room < fit.labels;
+    if (m_typeGaveWay) {
+        const int label = labelWidth(FieldTypeColumn);
+        fit.labels -= label;
+        fit.natural -= std::max(label, m_natural[FieldTypeColumn]);
+    }
+    int left = fit.room;
     for (int column = NodeType; column < columnCount(); ++column) {
-        if (!isFlexible(column) || column == FieldValue)
+        const bool isType = column == FieldTypeColumn;
+        if (column == FieldValue || !(isType ? typeFlexible : isFlexible(column)))
             continue;
-        const int natural = m_natural[static_cast<std::size_t>(column)];
-        const int width = room < wanted ? std::max(kLeastWidth, natural * room / wanted) : natural;
+        const int width = isType && m_typeGaveWay ? 0 : fittingWidth(column, fit);
         QTreeWidget::setColumnWidth(column, width);
         left -= width;
     }
@@ -137,8 +182,12 @@ void SoMiraboList::fillWidth()
 void SoMiraboList::setColumnWidth(int column, int width)
 {
     const int before = columnWidth(column);
+    // A column that gave way and is closed stays so when there is room again: that is a change.
+    const bool closes = column == FieldTypeColumn && m_typeGaveWay && width == 0;
+    if (closes)
+        m_typeGaveWay = false;
     QTreeWidget::setColumnWidth(column, width);
-    if (columnWidth(column) != before)
+    if (closes || columnWidth(column) != before)
         Q_EMIT columnWidthChanged(column, columnWidth(column));
 }
 
@@ -146,6 +195,8 @@ void SoMiraboList::widthChosen(int column, int width)
 {
     if (m_filling || column <= Hidden || column > NodeNetName)
         return;
+    if (column == FieldTypeColumn)
+        m_typeGaveWay = false;
     if (width != 0) // a closed column has no width of its own
         m_chosen[static_cast<std::size_t>(column)] = true;
     fillWidth();
@@ -185,8 +236,7 @@ void SoMiraboList::toggleHeaderColumnVisibility(QAction* toggledAction)
         if (column > (isNetNameMode() ? NodeNetName : FieldValue) || column >= columnCount())
             return;
         header()->setSectionResizeMode(column, QHeaderView::Interactive);
-        const QString label = headerItem()->text(column);
-        setColumnWidth(column, header()->fontMetrics().horizontalAdvance(label) + kHeaderMargin);
+        setColumnWidth(column, labelWidth(column));
     } else {
         setColumnWidth(column, columnWidth(column) != 0 ? 0 : kReopenedIgnoreWidth);
     }

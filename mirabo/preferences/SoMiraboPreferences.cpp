@@ -98,6 +98,7 @@ void SoMiraboPreferences::save()
     const std::vector<Page> pages = m_pages;
     for (const Page& page : pages)
         page.save();
+    Q_EMIT saved();
 }
 
 void SoMiraboPreferences::dropPage(QObject* widget)

@@ -30,6 +30,10 @@ public:
 public Q_SLOTS:
     void raiseWidget(QListWidgetItem* current, QListWidgetItem* previous);
 
+Q_SIGNALS:
+    /// All pages have saved their values: the views take them over.
+    void saved();
+
 private:
     QPushButton* addButton(const char* name, const QString& text);
     void save();

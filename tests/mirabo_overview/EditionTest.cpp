@@ -279,6 +279,7 @@ TEST_F(EditionTest, KeepsTheLayoutOfTheWatch)
     EXPECT_EQ(again.columnWidth(List::NodeName), 0);
     EXPECT_EQ(again.columnWidth(List::NodeType), 0);
     EXPECT_EQ(again.minimumHeight(), 90);
+    EXPECT_EQ(again.storedWidth(List::FieldTypeColumn), -1);
     again.resize(800, 200);
     again.show();
     EXPECT_GT(again.columnWidth(List::FieldValue), 300); // fills the list still

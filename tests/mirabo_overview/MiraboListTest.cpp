@@ -232,6 +232,21 @@ TEST_F(MiraboListTest, FitsItsColumnsIntoTheRoomThatThereIs)
         EXPECT_LE(width(), list.viewport()->width());
         EXPECT_GT(width(), list.viewport()->width() - 10);
     }
+    // In a narrow list the type gives way to the labels of the others, until there is room again.
+    for (const auto column : {List::NodeType, List::NodeName})
+        list.setColumnWidth(column, 0);
+    const int label = list.header()->fontMetrics().horizontalAdvance("Field Name");
+    list.resize(60 + 2 * label + 30, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list.columnWidth(List::FieldTypeColumn), 0);
+    EXPECT_EQ(list.storedWidth(List::FieldTypeColumn), -1);
+    EXPECT_GE(list.columnWidth(List::FieldName), label);
+    EXPECT_LE(width(), list.viewport()->width());
+    toggle(list, "Field Type"); // the user wants it all the same
+    EXPECT_GT(list.columnWidth(List::FieldTypeColumn), 0);
+    list.resize(240, 200);
+    QCoreApplication::processEvents();
+    EXPECT_GT(list.columnWidth(List::FieldTypeColumn), 0);
     list.setColumnWidth(List::FieldName, 300); // what somebody wants is kept
     list.resize(430, 200);
     QCoreApplication::processEvents();

@@ -145,6 +145,15 @@ TEST_F(NodeOverviewTest, RenamesAtEachKey)
     QTest::keyClicks(name, "1 2");
     EXPECT_EQ(name->text(), "a1_2b_c");
     EXPECT_EQ(name->cursorPosition(), 4);
+
+    const QString foreign = QString::fromUtf8("\xc3\xa9\xe6\x97\xa5");
+    name->clear();
+    QInputMethodEvent typed;
+    typed.setCommitString(foreign);
+    QCoreApplication::sendEvent(name, &typed);
+    EXPECT_STREQ(m_probe->getName().getString(), "\xc3\xa9\xe6\x97\xa5");
+    EXPECT_EQ(name->text(), foreign);
+    EXPECT_EQ(panel.getList()->fieldItem(0)->text(List::NodeName), foreign);
 }
 
 TEST_F(NodeOverviewTest, ShowsPartsOfKitsByTheirPath)
