@@ -4,6 +4,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeBuilder.h"
+#include "mirabo/tree/TreePatcher.h"
 
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/nodes/SoGroup.h>
@@ -107,22 +108,22 @@ bool mayDisable(const SoTreeViewItem* item)
            && traitsOf(parent->getTypeId()).isGroup;
 }
 
-SavedLinks disableNode(SoMiraboTreeView& view, SoNode* node)
+std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node)
 {
     std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
     std::erase_if(
         rows, [](const SoTreeViewItem* row) { return row->isDisabledNode() || !mayDisable(row); });
-    const SavedLinks saved = linksOf(rows, node);
-    if (saved.links.empty())
-        return saved;
+    const auto saved = std::make_shared<const SavedLinks>(linksOf(rows, node));
+    if (saved->links.empty())
+        return nullptr;
     {
         const SoMiraboTreeView::PatchScope scope(view);
         for (SoTreeViewItem* row : rows)
             grey(view, row);
     }
-    view.context().disabled[node] = saved;
+    view.context().disabled.add(saved);
     SoDB::writelock();
-    for (auto link = saved.links.rbegin(); link != saved.links.rend(); ++link)
+    for (auto link = saved->links.rbegin(); link != saved->links.rend(); ++link)
         static_cast<SoGroup*>(link->parent.get())->removeChild(link->index);
     SoDB::writeunlock();
     for (SoTreeViewItem* row : view.itemsOf(node))
@@ -149,7 +150,7 @@ void enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
     const SoMiraboTreeView::PatchScope scope(view);
     for (SoTreeViewItem* row : rows)
         dropRow(view, row);
-    view.context().disabled.erase(node);
+    view.context().disabled.remove(node);
     putBack(places, node);
     if (!chosenBelow)
         return;
@@ -158,6 +159,21 @@ void enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
             view.setCurrentItem(row);
             return;
         }
+}
+
+void addGreyRows(SoTreeViewItem* item, TreeContext& context)
+{
+    const std::vector<DisabledPlaces::Place> places = context.disabled.below(item->getNode());
+    if (places.empty())
+        return;
+    int rows = childRowCount(item);
+    for (const DisabledPlaces::Place& place : places) {
+        auto* row = new SoTreeViewItem(place.node, nullptr, item, context);
+        item->insertChild(std::min(place.index, rows++), row);
+        row->setDisabledNode(true);
+    }
+    item->setHasDisabledChildren(true);
+    item->childrenChanged();
 }
 
 } // namespace mirabo

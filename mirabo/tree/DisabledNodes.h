@@ -3,6 +3,7 @@
 #include "mirabo/tree/TreeContext.h"
 
 class SoMiraboTreeView;
+class SoTreeViewItem;
 
 /// Taking a node out of the graph for a while. Its rows stay where they were, grey, and know where
 /// it is to be put back. Only what a group holds as a child is taken; occurrences that fields hold,
@@ -13,11 +14,15 @@ namespace mirabo {
 bool mayDisable(const SoTreeViewItem* item);
 
 /// Takes the node out of every group that the tree shows it in, under the write lock of the scene
-/// database. Returns the places, none when there are none.
-SavedLinks disableNode(SoMiraboTreeView& view, SoNode* node);
+/// database. Returns the places, or null when there are none. As long as somebody keeps what was
+/// returned, rows that are made for those groups anew get their grey rows back.
+std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node);
 
 /// Puts the node back: to where its grey rows stand, else to the places of old. Places whose group
 /// has come below the node meanwhile are left out.
 void enableNode(SoMiraboTreeView& view, const SavedLinks& saved);
+
+/// Gives a row that was filled from the graph the grey rows of what was taken out of its node.
+void addGreyRows(SoTreeViewItem* item, TreeContext& context);
 
 } // namespace mirabo

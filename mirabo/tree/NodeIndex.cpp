@@ -27,6 +27,12 @@ std::size_t NodeIndex::find(const SoNode* node) const
     return at;
 }
 
+void NodeIndex::prefetch(const SoNode* node) const
+{
+    if (!m_slots.empty())
+        __builtin_prefetch(&m_slots[home(node)], 1);
+}
+
 void NodeIndex::grow()
 {
     std::vector<Slot> old(m_slots.empty() ? kFirstSize : m_slots.size() * 2);

@@ -14,6 +14,8 @@ class NodeIndex {
 public:
     void add(SoTreeViewItem* item);
     void remove(SoTreeViewItem* item);
+    /// Rows of the node will be added soon.
+    void prefetch(const SoNode* node) const;
 
     /// Rows in the order in which they were added; empty for a node that the tree does not show.
     /// The pointer is only compared, so a node that died may be asked for.

@@ -12,16 +12,13 @@
 #include "mirabo/tree/TreePatcher.h"
 #include "mirabo/tree/TreeStyle.h"
 
-#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 
 #include <QApplication>
 #include <QHeaderView>
-#include <QLineEdit>
 #include <QMetaMethod>
 #include <QScopedValueRollback>
-#include <QScopeGuard>
 
 #include <algorithm>
 #include <utility>
@@ -34,29 +31,6 @@ constexpr int kColumnWidths[SoTreeViewItem::kColumnCount] = {200, 120, 60, 44, 2
 SoTreeViewItem* asItem(QTreeWidgetItem* item)
 {
     return static_cast<SoTreeViewItem*>(item);
-}
-
-/// Index of a row's node in its parent's child list; -1 for the node of a field.
-int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
-{
-    if (item->isDirectlyFromField())
-        return -1;
-    const mirabo::ShownChildren children = mirabo::shownChildren(item->getParentNode(), context);
-    int row = item->childIndexValue();
-    if (row < 0 || row >= children.count() || children[row] != item->getNode())
-        for (row = 0; row < children.count() && children[row] != item->getNode();)
-            ++row;
-    return row + children.first;
-}
-
-/// Rows of all levels from the top to an item: sorts like the rows do from top to bottom.
-std::vector<int> placeOf(const SoTreeViewItem* item)
-{
-    std::vector<int> place;
-    for (; item; item = item->parentItem())
-        place.push_back(item->childIndexValue());
-    std::reverse(place.begin(), place.end());
-    return place;
 }
 
 /// The types of signal arguments, so that they can be queued and recorded.
@@ -265,105 +239,20 @@ void SoMiraboTreeView::populate(SoTreeViewItem* item)
     rowsAboutToChange();
     for (QTreeWidgetItem* child : item->takeChildren())
         mirabo::destroyRows(asItem(child));
+    item->setHasDisabledChildren(false);
     item->childrenChanged();
     m_patcher->sync(item);
+    mirabo::addGreyRows(item, m_context);
 }
 
-void SoMiraboTreeView::selectChange(QTreeWidgetItem* item, QTreeWidgetItem*)
-{
-    if (m_patchDepth > 0) {
-        m_currentMoved = true;
-        return;
-    }
-    m_pressChose = true;
-    choose(asItem(item));
-}
-
-void SoMiraboTreeView::choose(SoTreeViewItem* item)
-{
-    if (item && !isInGraph(item)) {
-        // Called by the selection, which does not bear that rows go: they go in the next pass.
-        m_currentMoved = true;
-        m_topology->requestUpdate();
-        return;
-    }
-    requestHighlight(item);
-    announceReferences();
-    Q_EMIT ignoreEnableChanged(canIgnoreOrEnable());
-    if (item)
-        Q_EMIT itemChosen(item, m_shiftPressed);
-}
-
-void SoMiraboTreeView::onItemClicked(QTreeWidgetItem* item, int)
-{
-    // A click on the row that was current already: it may ask for a tab of its own.
-    if (!m_pressChose)
-        Q_EMIT itemChosen(asItem(item), QApplication::keyboardModifiers() & Qt::ShiftModifier);
-    m_pressChose = true;
-}
-
-void SoMiraboTreeView::requestHighlight(SoTreeViewItem* item)
-{
-    if (!m_context.autoHighlight)
-        return;
-    m_topology->setHighlighting(true);
-    const auto over = qScopeGuard([this] { m_topology->setHighlighting(false); });
-    if (!item || item->isDisabledNode() || (item->isFromField() && !item->isNamedPart())) {
-        Q_EMIT highlightRequested(nullptr);
-        return;
-    }
-    std::vector<const SoTreeViewItem*> chain;
-    for (const SoTreeViewItem* at = item; at; at = at->parentItem())
-        chain.push_back(at);
-    const SoRef<SoPath> path(new SoPath(chain.back()->getNode()));
-    for (auto at = chain.rbegin() + 1; at != chain.rend(); ++at)
-        path->append((*at)->getNode(), graphIndexOf(*at, m_context));
-    Q_EMIT highlightRequested(path.get());
-}
-
-void SoMiraboTreeView::showItem(SoTreeViewItem* item)
-{
-    if (!item || !item->isFresh())
-        return;
-    scrollToItem(item); // opens its ancestors
-    setCurrentItem(item);
-}
-
-bool SoMiraboTreeView::isUserBusy() const
-{
-    return QApplication::mouseButtons() != Qt::NoButton || QApplication::activePopupWidget()
-           || QApplication::activeModalWidget() || state() == EditingState
-           || qobject_cast<QLineEdit*>(QApplication::focusWidget());
-}
-
-/// At most one row a pass, for the last change, and none under the user's hands.
-void SoMiraboTreeView::showWhatChanged()
-{
-    SoTreeViewItem* changed = m_topology->takeChangedItem();
-    SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
-    if (changed)
-        item = changed;
-    if (!item || item == currentItem() || isUserBusy())
-        return;
-    m_currentMoved = false;
-    showItem(item);
-}
-
-/// Disabled nodes whose last grey row went with what was around it.
+/// Disabled nodes whose last grey row went with what was around it and that no command can undo.
 void SoMiraboTreeView::forgetDisabledNodes()
 {
-    std::vector<mirabo::SavedLinks> gone; // nodes may die, and that may come back to us
-    for (auto at = m_context.disabled.begin(); at != m_context.disabled.end();) {
-        const std::vector<SoTreeViewItem*> items = itemsOf(at->first);
-        const bool isKept = std::any_of(items.begin(), items.end(),
-                                        [](const auto* item) { return item->isDisabledNode(); });
-        if (isKept) {
-            ++at;
-            continue;
-        }
-        gone.push_back(std::move(at->second));
-        at = m_context.disabled.erase(at);
-    }
+    m_context.disabled.forget([this](const SoNode* node) {
+        const std::vector<SoTreeViewItem*> items = itemsOf(node);
+        return std::any_of(items.begin(), items.end(),
+                           [](const auto* item) { return item->isDisabledNode(); });
+    });
 }
 
 void SoMiraboTreeView::catchUp()
@@ -432,84 +321,9 @@ void SoMiraboTreeView::fitColumns()
     }
 }
 
-SoNode* SoMiraboTreeView::getCurrentNode() const
-{
-    const SoTreeViewItem* item = asItem(currentItem());
-    return item ? item->getNode() : nullptr;
-}
-
-SoNode* SoMiraboTreeView::getCurrentKit() const
-{
-    const SoTreeViewItem* item = asItem(currentItem());
-    return item ? item->getPartKit() : nullptr;
-}
-
-std::vector<SoTreeViewItem*> SoMiraboTreeView::occurrencesOf(const SoNode* node) const
-{
-    std::vector<std::pair<std::vector<int>, SoTreeViewItem*>> placed;
-    for (SoTreeViewItem* item : itemsOf(node))
-        placed.emplace_back(placeOf(item), item);
-    std::sort(placed.begin(), placed.end());
-    std::vector<SoTreeViewItem*> items;
-    for (const auto& entry : placed)
-        items.push_back(entry.second);
-    return items;
-}
-
-bool SoMiraboTreeView::revealNode(const SoNode* node)
-{
-    if (!m_context.index.contains(node))
-        return false;
-    if (getCurrentNode() != node)
-        showItem(occurrencesOf(node).front());
-    return true;
-}
-
 void SoMiraboTreeView::nodeTextChanged(const SoNode*)
 {
     viewport()->update();
-}
-
-void SoMiraboTreeView::showReferences(SoTreeViewItem* item)
-{
-    for (SoTreeViewItem* marked : itemsOf(m_markedNode))
-        marked->updateReferenceMark(false);
-    m_markedNode = item ? item->getNode() : nullptr;
-    for (SoTreeViewItem* shared : itemsOf(m_markedNode))
-        shared->updateReferenceMark(true);
-    viewport()->update();
-    announceReferences();
-}
-
-void SoMiraboTreeView::showReferencesOfCurrent()
-{
-    showReferences(asItem(currentItem()));
-}
-
-void SoMiraboTreeView::hideReferences()
-{
-    showReferences(nullptr);
-}
-
-void SoMiraboTreeView::announceReferences()
-{
-    const bool shared = itemsOf(getCurrentNode()).size() > 1;
-    Q_EMIT currentReferencesChanged(shared, hasMarkedReferences());
-}
-
-/// From occurrence to occurrence of the marked node, else of the current one, around the end.
-void SoMiraboTreeView::stepReference(int direction)
-{
-    const SoNode* node = m_context.index.contains(m_markedNode) ? m_markedNode : getCurrentNode();
-    const std::vector<SoTreeViewItem*> items = occurrencesOf(node);
-    if (items.empty())
-        return;
-    const auto at = std::find(items.begin(), items.end(), currentItem());
-    const auto count = static_cast<std::ptrdiff_t>(items.size());
-    std::ptrdiff_t next = direction > 0 ? 0 : count - 1;
-    if (at != items.end())
-        next = (at - items.begin() + direction + count) % count;
-    showItem(items[static_cast<std::size_t>(next)]);
 }
 
 void SoMiraboTreeView::setContextMenuExtension(std::function<QList<QMenu*>(SoType)> extension)

@@ -1,6 +1,7 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/RowPool.h"
 #include "mirabo/tree/TreeContext.h"
 
 #include <kalmyr/core/SoNode.h>
@@ -9,9 +10,24 @@
 #include <QBrush>
 #include <QTreeWidget>
 
+#include <vector>
+
 namespace {
 
 const QColor kNameColor(0, 128, 0);
+
+// Sanitizers watch over each row only when it has an allocation of its own.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool kPoolsRows = false;
+#else
+constexpr bool kPoolsRows = true;
+#endif
+
+mirabo::RowPool& rowPool()
+{
+    static mirabo::RowPool pool;
+    return pool;
+}
 
 QString toQString(SbName name)
 {
@@ -53,7 +69,8 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
       m_bookmarked(false),
       m_fresh(true),
       m_shown(true),
-      m_referenceMark(false)
+      m_referenceMark(false),
+      m_indexed(true)
 {
     if (SoBaseKit* kit = kitFor(parent)) {
         m_partInfo = std::make_unique<PartInfo>();
@@ -70,7 +87,49 @@ SoTreeViewItem::~SoTreeViewItem()
             *kept = nullptr;
     if (m_putAside)
         m_context->putAside.erase(this);
-    m_context->index.remove(this);
+    if (m_indexed)
+        m_context->index.remove(this);
+}
+
+void* SoTreeViewItem::operator new(std::size_t size)
+{
+    return kPoolsRows ? rowPool().allocate(size) : ::operator new(size);
+}
+
+void SoTreeViewItem::operator delete(void* row)
+{
+    kPoolsRows ? rowPool().release(row) : ::operator delete(row);
+}
+
+void SoTreeViewItem::setIndexed(bool on)
+{
+    std::vector<SoTreeViewItem*> open{this};
+    while (!open.empty()) {
+        SoTreeViewItem* item = open.back();
+        open.pop_back();
+        if (item->m_indexed != on)
+            on ? m_context->index.add(item) : m_context->index.remove(item);
+        item->m_indexed = on;
+        for (int i = 0; i < item->childCount(); ++i)
+            open.push_back(item->childItem(i));
+    }
+}
+
+void SoTreeViewItem::removeChildItem(SoTreeViewItem* item)
+{
+    const int row = indexOfChild(item);
+    if (row < 0)
+        return;
+    takeChild(row);
+    item->setIndexed(false);
+    childrenChanged(row);
+}
+
+void SoTreeViewItem::addChildItem(SoTreeViewItem* item)
+{
+    item->setIndexed(true);
+    addChild(item);
+    childrenChanged(childCount() - 1);
 }
 
 SoNode* SoTreeViewItem::getParentNode() const

@@ -6,6 +6,7 @@
 #include <QTreeWidgetItem>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -34,8 +35,9 @@ struct PartInfo {
 ///
 /// Texts, icons, colours and fonts are made from the node whenever they are asked for; nothing is
 /// copied. The node is not kept alive: the tree drops the row inside the change that takes the node
-/// away. A row is entered in its tree's index from creation to destruction.
-class SoTreeViewItem final : public QTreeWidgetItem {
+/// away. A row is entered in its tree's index from creation to destruction, except while it is
+/// removed by hand.
+class SoTreeViewItem : public QTreeWidgetItem {
 public:
     enum Column { Type = 0, Name = 1, ReferenceCount = 2, ReferenceMark = 3, Bookmark = 4 };
     static constexpr int kColumnCount = 5;
@@ -47,25 +49,38 @@ public:
                    mirabo::TreeContext& context);
     ~SoTreeViewItem() override;
 
-    int kind() const { return kKind; }
-    SoNode* getNode() const { return m_node; }
-    SoField* getSourceField() const { return m_sourceField; }
-    SoNode* getParentNode() const;
-    SoTreeViewItem* parentItem() const { return static_cast<SoTreeViewItem*>(parent()); }
-    /// Null past the end.
-    SoTreeViewItem* childItem(int n) const { return static_cast<SoTreeViewItem*>(child(n)); }
+    /// Rows have memory of their own: there are millions of them.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* row);
 
-    bool isPart() const { return m_partInfo != nullptr; }
+    /// Null past the end.
+    virtual SoTreeViewItem* childItem(int n) const
+    {
+        return static_cast<SoTreeViewItem*>(child(n));
+    }
+    /// Takes a row with everything below it out of the tree and of its index; the caller owns it.
+    virtual void removeChildItem(SoTreeViewItem* item);
+    /// Puts a row that was removed behind the others, and back into the index.
+    virtual void addChildItem(SoTreeViewItem* item);
+    virtual int kind() const { return kKind; }
+    virtual SoNode* getNode() const { return m_node; }
+    virtual SoNode* getParentNode() const;
+    virtual bool isPart() const { return m_partInfo != nullptr; }
     /// The name that the kit has for the node now: entries of lists change theirs.
-    bool isNamedPart() const { return partInfo().isNamedPart(); }
-    int getPartNumber() const { return partInfo().partNumber; }
-    SbName getPartName() const { return partInfo().partName; }
-    PartInfo::Kind getPartKind() const { return partInfo().partKind; }
+    virtual bool isNamedPart() const { return partInfo().isNamedPart(); }
+    virtual int getPartNumber() const { return partInfo().partNumber; }
     /// Name of the part that it hangs below; empty for what is no part.
-    SbName getPartParentName() const;
-    bool isPublicPart() const;
+    virtual SbName getPartParentName() const;
+    virtual SbName getPartName() const { return partInfo().partName; }
+    virtual bool isPublicPart() const;
     /// The kit that the part belongs to, or null.
-    SoNode* getPartKit() const;
+    virtual SoNode* getPartKit() const;
+    /// Marks the row as one occurrence of a shared node, when it is one and `allowed`.
+    virtual void updateReferenceMark(bool allowed);
+
+    SoField* getSourceField() const { return m_sourceField; }
+    SoTreeViewItem* parentItem() const { return static_cast<SoTreeViewItem*>(parent()); }
+    PartInfo::Kind getPartKind() const { return partInfo().partKind; }
 
     /// Reached by a field, or below a row that is.
     bool isFromField() const { return m_fromField; }
@@ -86,8 +101,6 @@ public:
     bool isShown() const { return m_shown; }
     void setShown(bool on);
 
-    /// Marks the row as one occurrence of a shared node, when it is one and `allowed`.
-    void updateReferenceMark(bool allowed);
     bool hasReferenceMark() const { return m_referenceMark; }
     /// The name column carries an icon.
     bool hasNameIcon() const { return !icon(Name).isNull(); }
@@ -111,16 +124,17 @@ private:
     QVariant decoration(int column) const;
     QVariant foreground(int column) const;
     bool hasFieldNodeFont() const;
+    void setIndexed(bool on);
     bool isNumberedIn(const SoTreeViewItem* above) const;
     void numberChildrenUpTo(const SoTreeViewItem* item) const;
 
-    SoNode* m_node;         // Not owned; the graph's.
-    SoField* m_sourceField; // Not owned; the parent node's.
+    mutable std::int32_t m_childIndex = 0; // First: fits into the room that the base leaves.
+    SoNode* m_node;                        // Not owned; the graph's.
+    SoField* m_sourceField;                // Not owned; the parent node's.
     mirabo::TreeContext* m_context;
     std::unique_ptr<PartInfo> m_partInfo; ///< only below a kit
     SoTreeViewItem* m_nextOccurrence = nullptr;
     SoTreeViewItem* m_previousOccurrence = nullptr;
-    mutable std::int32_t m_childIndex = 0;
     mutable std::int32_t m_row = 0;      ///< when it was numbered
     mutable std::int32_t m_numbered = 0; ///< so many rows below have the right numbers
     bool m_fromField : 1;
@@ -131,6 +145,7 @@ private:
     bool m_fresh : 1;
     bool m_shown : 1;
     bool m_referenceMark : 1;
+    bool m_indexed : 1;
 };
 
 Q_DECLARE_METATYPE(SoTreeViewItem*)

@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeBuilder.h"
 
+#include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 /// Rows are deleted recursively by their base class: no deeper than this.
 constexpr int kSafeDepth = 256;
+
+/// So many rows are made while memory is fetched.
+constexpr int kAhead = 6;
 
 struct Visit {
     SoTreeViewItem* item;
@@ -41,14 +45,22 @@ void TreeBuilder::fill(SoTreeViewItem* item)
     const SoNode* node = item->getNode();
     const ShownChildren children = shownChildren(node, m_context);
     const std::size_t firstNew = m_open.size();
-    for (int i = 0, n = children.count(); i < n; ++i)
+    for (int i = 0, n = children.count(); i < n; ++i) {
+        // In a large scene nothing is in the cache by itself: neither the nodes, which are looked
+        // into next, nor their places in the index.
+        __builtin_prefetch(children[i]);
+        if (i + kAhead < n)
+            m_context.index.prefetch(children[i + kAhead]);
         m_open.push_back(new SoTreeViewItem(children[i], nullptr, item, m_context));
+    }
     m_places.clear();
     m_fieldNodes.collect(node, m_places);
     for (const PlacedNode& place : m_places)
         m_open.push_back(new SoTreeViewItem(place.node, place.field, item, m_context));
     for (std::size_t i = firstNew; i < m_open.size(); ++i)
         item->addChild(m_open[i]);
+    if (!m_context.disabled.isEmpty())
+        addGreyRows(item, m_context);
 }
 
 SoTreeViewItem* TreeBuilder::build(SoNode* node, SoField* source, const SoTreeViewItem* parent)

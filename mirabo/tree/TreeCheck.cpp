@@ -96,7 +96,7 @@ private:
             fail(item, row, "a disabled row that its parent does not know of");
         if (child->childCount() > 0)
             fail(item, row, "something below a disabled row");
-        if (m_view.context().disabled.count(child->getNode()) == 0)
+        if (!m_view.context().disabled.find(child->getNode()))
             fail(item, row, "a disabled row whose node nobody keeps");
     }
 

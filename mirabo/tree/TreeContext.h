@@ -1,33 +1,17 @@
 #pragma once
 
+#include "mirabo/tree/DisabledPlaces.h"
 #include "mirabo/tree/NodeIndex.h"
-
-#include <kalmyr/base/SoRef.h>
-#include <kalmyr/core/SoNode.h>
 
 #include <QFont>
 
 #include <array>
 #include <cstdint>
-#include <unordered_map>
 #include <unordered_set>
-#include <vector>
 
 class SoTreeViewItem;
 
 namespace mirabo {
-
-/// A place in a child list from which a node was taken.
-struct ParentLink {
-    SoRef<SoNode> parent;
-    int index;
-};
-
-/// A disabled node and where it belongs; the places in rising order for each parent.
-struct SavedLinks {
-    SoRef<SoNode> node;
-    std::vector<ParentLink> links;
-};
 
 /// What the rows of one tree share. Outlives all of them.
 struct TreeContext {
@@ -56,8 +40,8 @@ struct TreeContext {
     /// Open branches that the view was made to forget for a while.
     std::unordered_set<SoTreeViewItem*> putAside;
 
-    /// Nodes that are out of the graph but still have rows.
-    std::unordered_map<const SoNode*, SavedLinks> disabled;
+    /// Nodes that are out of the graph but still have rows, or may get them back.
+    DisabledPlaces disabled;
 
     /// The launch flags and preferences above, read now.
     void readEnvironment();

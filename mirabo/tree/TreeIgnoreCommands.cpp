@@ -25,12 +25,8 @@ bool SoTreeIgnoreFieldCommand::execute()
 
 SoTreeDisableNodeCommand::SoTreeDisableNodeCommand(SoMiraboTreeView* view, SoNode* node,
                                                    bool disable)
-    : m_view(view), m_saved{node, {}}, m_disable(disable)
+    : m_view(view), m_node(node), m_saved(view->context().disabled.find(node)), m_disable(disable)
 {
-    const auto& disabled = view->context().disabled;
-    const auto known = disabled.find(node);
-    if (known != disabled.end())
-        m_saved = known->second;
 }
 
 bool SoTreeDisableNodeCommand::apply(bool disable)
@@ -38,10 +34,10 @@ bool SoTreeDisableNodeCommand::apply(bool disable)
     if (!m_view)
         return false;
     if (disable)
-        m_saved = mirabo::disableNode(*m_view, m_saved.node.get());
-    if (m_saved.links.empty())
+        m_saved = mirabo::disableNode(*m_view, m_node.get());
+    if (!m_saved)
         return false;
     if (!disable)
-        mirabo::enableNode(*m_view, m_saved);
+        mirabo::enableNode(*m_view, *m_saved);
     return true;
 }

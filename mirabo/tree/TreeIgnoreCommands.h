@@ -5,6 +5,8 @@
 
 #include <QPointer>
 
+#include <memory>
+
 class SoField;
 class SoMiraboTreeView;
 
@@ -38,6 +40,7 @@ private:
     bool apply(bool disable);
 
     QPointer<SoMiraboTreeView> m_view;
-    mirabo::SavedLinks m_saved;
+    SoRef<SoNode> m_node;
+    std::shared_ptr<const mirabo::SavedLinks> m_saved; ///< null: it never was out
     bool m_disable;
 };

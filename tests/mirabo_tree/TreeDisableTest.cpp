@@ -106,6 +106,40 @@ TEST_F(TreeDisableTest, KeepsThePlaceWhileTheHostEditsAroundIt)
     EXPECT_EQ(view.getCurrentNode(), out.get());
 }
 
+TEST_F(TreeDisableTest, RemembersTheNodeWhileItMayComeBack)
+{
+    const SoRef<SoGroup> group(new SoGroup);
+    root->addChild(group.get());
+    SoRef<SoNode> out(new SoCube);
+    for (int i = 0; i < 3; ++i)
+        group->addChild(i == 1 ? out.get() : new SoMaterial);
+    ignoreEnable(row(out.get()));
+    auto* other = new SoGroup;
+    root->addChild(other);
+    root->removeChild(group.get()); // as a move does
+    other->addChild(group.get());
+    pass();
+    EXPECT_EQ(check(), "");
+    ASSERT_EQ(rowsOf(out.get()), 1);
+    EXPECT_EQ(row(group.get())->indexOfChild(row(out.get())), 1);
+    root->addChild(group.get()); // a second place has its grey row, too
+    EXPECT_EQ(rowsOf(out.get()), 2);
+
+    root->removeAllChildren();
+    pass();
+    root->addChild(group.get()); // a deletion is undone while the command is kept
+    EXPECT_EQ(check(), "");
+    EXPECT_EQ(rowsOf(out.get()), 1);
+    command->undo();
+    EXPECT_EQ(group->getChild(1), out.get());
+    EXPECT_FALSE(row(out.get())->isDisabledNode());
+    command->redo();
+    root->removeAllChildren();
+    command->undo(); // back in its group, which is out of the scene
+    EXPECT_EQ(group->getChild(1), out.get());
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeDisableTest, LetsTheNodeGoWhenItsLastGreyRowGoes)
 {
     auto* group = new SoGroup;
@@ -113,13 +147,11 @@ TEST_F(TreeDisableTest, LetsTheNodeGoWhenItsLastGreyRowGoes)
     SoRef<SoNode> out(new SoCube);
     group->addChild(out.get());
     ignoreEnable(row(out.get()));
+    command.reset();
     root->removeChild(group);
     pass();
-    EXPECT_TRUE(view.context().disabled.empty());
+    EXPECT_TRUE(view.context().disabled.isEmpty());
     EXPECT_EQ(rowsOf(out.get()), 0);
-    command->undo(); // back in its group, which is out of the scene
-    EXPECT_EQ(check(), "");
-    command.reset();
     EXPECT_EQ(out->getRefCount(), 1);
 }
 

@@ -49,6 +49,27 @@ TEST_F(TreeTest, ShowsTypeNameAndReferences)
     EXPECT_EQ(text(item, SoTreeViewItem::Name), "other");
 }
 
+TEST_F(TreeTest, LeavesTheIndexWhileARowIsRemovedByHand)
+{
+    auto* group = new SoGroup;
+    auto* cube = new SoCube;
+    group->addChild(cube);
+    root->addChild(group);
+    root->addChild(new SoMaterial);
+    SoTreeViewItem* item = row(group);
+    view.rootItem()->removeChildItem(item);
+    EXPECT_EQ(rowsOf(group) + rowsOf(cube), 0);
+    EXPECT_EQ(view.rootItem()->childItem(0)->childIndexValue(), 0);
+    view.rootItem()->addChildItem(item);
+    EXPECT_EQ(rowsOf(cube), 1);
+    EXPECT_EQ(item->childIndexValue(), 1);
+    view.rootItem()->removeChildItem(item);
+    delete item;
+    group->touch();
+    root->touch(); // found missing
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeTest, CountsVrmlNodesAsTheSettingsSay)
 {
     const SoRef<SoVRMLGroup> group(new SoVRMLGroup); // one reference of ours

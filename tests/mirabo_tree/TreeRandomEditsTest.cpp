@@ -204,12 +204,10 @@ private:
     /// Disables a node or enables it again.
     void turnOver(SoNode* node)
     {
-        const auto& disabled = m_view.context().disabled;
-        const auto known = disabled.find(node);
-        if (known != disabled.end())
-            mirabo::enableNode(m_view, known->second);
-        else
-            mirabo::disableNode(m_view, node);
+        if (const auto known = m_view.context().disabled.find(node))
+            mirabo::enableNode(m_view, *known);
+        else if (const auto saved = mirabo::disableNode(m_view, node); saved && below(2))
+            m_undoable = saved;
     }
 
     /// Any node that `parent` may hold, or null.
@@ -263,6 +261,7 @@ private:
     std::vector<SoRef<SoShapeKit>> m_kits;
     std::vector<SoRef<SoNode>> m_contents; ///< files and inlines
     std::vector<SoRef<SoNode>> m_leaves;
+    std::shared_ptr<const mirabo::SavedLinks> m_undoable;
 };
 
 /// Another program's sensor that edits the graph when it hears of a change.

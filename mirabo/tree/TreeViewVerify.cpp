@@ -1,0 +1,102 @@
+#include "mirabo/tree/ChildRules.h"
+#include "mirabo/tree/SoGraphTopologyManager.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeCheck.h"
+#include "mirabo/tree/TreePatcher.h"
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/core/SoNode.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <vector>
+
+// Rows that the graph no longer has, though nobody told.
+
+namespace {
+
+SoTreeViewItem* asItem(QTreeWidgetItem* item)
+{
+    return static_cast<SoTreeViewItem*>(item);
+}
+
+/// Whether a row still is where the graph has its node. Only the parent's node is looked into.
+bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& context)
+{
+    const SoNode* parent = item->getParentNode();
+    if (item->isDisabledNode())
+        return true; // kept alive by the tree
+    if (item->isDirectlyFromField()) {
+        std::vector<mirabo::PlacedNode> places;
+        mirabo::FieldNodes().collect(parent, places);
+        const mirabo::PlacedNode place{item->getSourceField(), item->getNode()};
+        return std::find(places.begin(), places.end(), place) != places.end();
+    }
+    const mirabo::ShownChildren children = mirabo::shownChildren(parent, context);
+    const int row = item->childIndexValue();
+    if (row >= 0 && row < children.count() && children[row] == item->getNode())
+        return true;
+    return children.nodes
+           && std::find(children.nodes->begin(), children.nodes->end(), item->getNode())
+                  != children.nodes->end();
+}
+
+} // namespace
+
+/// Tells on the error channel whether the rows are what the graph is.
+void SoMiraboTreeView::reportCheck()
+{
+    const QString fault = mirabo::checkTree(*this);
+    const QByteArray text =
+        (fault.isEmpty() ? QString("the tree agrees with the graph") : fault).toUtf8();
+    SoDebugError::postInfo("SoMiraboTreeView", "%s", text.constData());
+}
+
+/// The uppermost row on the way down to `item` whose node the graph no longer has there, or null.
+SoTreeViewItem* SoMiraboTreeView::firstStrayAbove(SoTreeViewItem* item) const
+{
+    std::vector<SoTreeViewItem*> chain;
+    for (; item; item = item->parentItem())
+        chain.push_back(item);
+    for (auto at = chain.rbegin() + 1; at < chain.rend(); ++at)
+        if (!standsInGraph(*at, m_context))
+            return *at;
+    return nullptr;
+}
+
+bool SoMiraboTreeView::isInGraph(SoTreeViewItem* item) const
+{
+    return m_topology->isRootAlive() && !firstStrayAbove(item);
+}
+
+/// Changes made while notification was off are nowhere reported: a row that is about to be used is
+/// checked first. False when rows had to be patched, so that the item may be gone.
+bool SoMiraboTreeView::verify(SoTreeViewItem* item)
+{
+    if (!m_topology->isRootAlive())
+        return false;
+    const SoTreeViewItem* stray = firstStrayAbove(item);
+    if (!stray)
+        return true;
+    const PatchScope scope(*this);
+    m_patcher->sync(stray->parentItem());
+    return false;
+}
+
+bool SoMiraboTreeView::verifyRowsInView()
+{
+    std::unordered_set<const QTreeWidgetItem*> families;
+    const int height = std::max(1, visualRect(indexAt({1, 1})).height());
+    for (int y = 1; y < viewport()->height(); y += height) {
+        SoTreeViewItem* item = asItem(itemFromIndex(indexAt({1, y})));
+        if (!item)
+            break;
+        // Siblings share their ancestors; but each may itself be a stray.
+        const bool isNewFamily = families.insert(item->parent()).second;
+        if (isNewFamily ? !verify(item)
+                        : item->parent() && !standsInGraph(item, m_context) && !verify(item))
+            return false;
+    }
+    return true;
+}
