@@ -45,7 +45,7 @@ SoCommandManager* hub()
     return MrbServicesImpl::getInstance()->getCommandManager();
 }
 
-void editPreferences(QWidget* parent)
+void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition)
 {
     // Not on the stack: the host may delete the window, and the dialog with it, meanwhile.
     const QPointer<SoMiraboPreferences> dialog = new SoMiraboPreferences(parent);
@@ -53,6 +53,9 @@ void editPreferences(QWidget* parent)
         dialog->addPage(page);
     // Last: choosing another profile ends the extensions whose pages come before.
     dialog->addPage((new ExtensionsPage(dialog))->asPage());
+    QObject::connect(dialog, &SoMiraboPreferences::saved, tree, &SoMiraboTreeView::setPreferences);
+    QObject::connect(dialog, &SoMiraboPreferences::saved, edition,
+                     &SoMiraboEdition::setPreferences);
     dialog->exec();
     delete dialog;
 }
@@ -74,7 +77,7 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     frame->setDeathHandler([this] { windowDied(); });
     frame->setDropHandler(
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
-    hub()->setPreferencesHandler([frame] { editPreferences(frame); });
+    hub()->setPreferencesHandler([this] { editPreferences(m_frame, m_tree, m_edition.get()); });
     frame->action(ActionId::Preferences)->setEnabled(true);
     new Automation(frame, m_tree); // the window owns it
 }

@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QPushButton>
+#include <QSettings>
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
@@ -180,6 +181,43 @@ TEST_F(PanelsTest, RevealsAWatchedNodeInTreeAndOverview)
     pass();
     EXPECT_EQ(tree()->currentItem()->text(0), "Cube");
     EXPECT_EQ(tabs()->tabText(tabs()->currentIndex()), "Cube");
+}
+
+TEST_F(PanelsTest, DrawsWithPreferencesOnceTheyAreSaved)
+{
+    open();
+    clickNode("Cube");
+    watchField("width");
+    clickField("height");
+    const auto isGreen = [](QTreeWidget* list) {
+        const QTreeWidgetItem* item = row(list, "width");
+        const QImage image = list->viewport()->grab(list->visualItemRect(item)).toImage();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixelColor(x, y) == QColor(0, 170, 0))
+                    return true;
+        return false;
+    };
+    const auto choose = [](const char* button) {
+        QTimer::singleShot(0, [button] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            ASSERT_NE(dialog, nullptr);
+            dialog->findChild<QPushButton*>(button)->click();
+            dialog->close();
+        });
+        press("&Preferences...");
+    };
+    QSettings store("Mirabo", "MiraboViewer");
+    for (const char* group : {"NodeOverviewPreferences", "FieldWatchPreferences"}) {
+        const QString key = QString("/%1/Changed Value/").arg(group);
+        store.setValue(key + "red", 0);
+        store.setValue(key + "green", 170);
+    }
+    choose("m_cancelButton");
+    EXPECT_FALSE(isGreen(fields()) || isGreen(watch()));
+    choose("m_applyButton");
+    EXPECT_TRUE(isGreen(fields()));
+    EXPECT_TRUE(isGreen(watch()));
 }
 
 TEST_F(PanelsTest, KeepsColumnsAndWatchOverARestart)
