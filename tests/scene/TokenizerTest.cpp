@@ -136,8 +136,8 @@ TEST(SoTokenizer, ReadsBoolsByNameAndNumber)
     EXPECT_FALSE(readOne<bool>("FALSE", &SoTokenizer::readBool));
     EXPECT_FALSE(readOne<bool>("0", &SoTokenizer::readBool));
     EXPECT_TRUE(readOne<bool>("true", &SoTokenizer::readBool));
-    EXPECT_FALSE(readOne<bool>("false", &SoTokenizer::readBool));
-    for (const char* text : {"", "True", "2", "10", "TRUEST", "{"}) {
+    EXPECT_FALSE(readOne<bool>("False", &SoTokenizer::readBool));
+    for (const char* text : {"", "Truth", "2", "10", "TRUEST", "{"}) {
         expectRefused<bool>(text, &SoTokenizer::readBool);
     }
 }
