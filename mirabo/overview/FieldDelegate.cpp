@@ -96,8 +96,9 @@ void FieldDelegate::paintPlain(QPainter* painter, const QStyleOptionViewItem& op
 void FieldDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
+    option->state &= ~QStyle::State_HasFocus; // the row is selected as a whole
     if (index.column() == SoMiraboList::NodeName)
-        option->textElideMode = m_list->showsPlace(index.row()) ? Qt::ElideLeft : Qt::ElideMiddle;
+        option->textElideMode = m_list->showsPlace(index.row()) ? Qt::ElideLeft : Qt::ElideRight;
     if (index.column() != SoMiraboList::FieldValue)
         return;
     if (option->text.size() > kMaxCellLength)

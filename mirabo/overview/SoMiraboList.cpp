@@ -129,7 +129,7 @@ SoFieldItem* SoMiraboList::currentFieldItem() const
 bool SoMiraboList::showsPlace(int row) const
 {
     const SoNode* node = fieldItem(row)->getNode();
-    return node && node->getName().isEmpty();
+    return !node || node->getName().isEmpty();
 }
 
 void SoMiraboList::lookAfter(SoFieldItem* item)

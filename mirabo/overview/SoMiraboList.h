@@ -92,7 +92,8 @@ public:
     void setPlaceProvider(PlaceProvider provider) { m_place = std::move(provider); }
     /// Where a node stands, or the empty text when nobody knows.
     QString placeOf(const SoNode* node) const { return m_place ? m_place(node) : QString(); }
-    /// Whether a row tells the place of its node for lack of a name.
+    /// Whether a row tells the place of its node for lack of a name, or its death: what it says
+    /// last counts.
     bool showsPlace(int row) const;
 
     /// \name For the rows

@@ -85,7 +85,7 @@ void FirstLayout::apply()
         std::min(font.height() * kOverviewLines, int(m_window->height() * kOverviewShare));
     m_window->resizeDocks({tree}, {treeWidth}, Qt::Horizontal);
     placeWatch(overview, watch, rest >= font.averageCharWidth() * kTwoPanels);
-    m_window->resizeDocks({overview, watch}, {rest * 2 / 3, rest / 3}, Qt::Horizontal);
+    m_window->resizeDocks({overview, watch}, {rest * 3 / 5, rest * 2 / 5}, Qt::Horizontal);
     m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
 }
 
