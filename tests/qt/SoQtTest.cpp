@@ -1,5 +1,6 @@
 #include "QtTestTools.h"
 
+#include <kalmyr/io/SoDB.h>
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/sensors/SoTimerSensor.h>
@@ -7,6 +8,9 @@
 #include "support/ErrorGuard.h"
 
 #include <QTimer>
+
+#include <atomic>
+#include <thread>
 
 namespace {
 
@@ -32,6 +36,28 @@ TEST(SoQt, CountsItsInits)
     EXPECT_FALSE(SoQt::isInitialized());
     SoQt::finish();
     EXPECT_FALSE(SoQt::isInitialized());
+}
+
+TEST(SoQt, ServesSensorsOfWhatOtherThreadsEdit)
+{
+    SoQt::init(nullptr);
+    Counter changes;
+    FlatCube scene;
+    SoNodeSensor sensor(&Counter::add, &changes);
+    sensor.attach(scene.root.get());
+    std::atomic<bool> isDone{false};
+    std::thread editor([&] {
+        for (int i = 1; i <= 50; ++i) {
+            SoDB::writelock();
+            scene.cube->width.setValue(static_cast<float>(i));
+            SoDB::writeunlock();
+            std::this_thread::yield();
+        }
+        isDone = true;
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isDone && changes.count >= 1; }, 20000));
+    editor.join();
+    SoQt::finish();
 }
 
 TEST(SoQt, ServesSensorsInTheEventLoop)
