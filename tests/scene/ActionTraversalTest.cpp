@@ -4,6 +4,7 @@
 #include <kalmyr/actions/SoGetMatrixAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/nodes/SoCallback.h>
 #include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <support/ErrorGuard.h>
@@ -162,6 +163,19 @@ TEST_F(SoActionTest, RefusesNothingAndItself)
     action.apply(leaf.get());
     EXPECT_EQ(calls, 1);
     EXPECT_TRUE(errors.contains("already"));
+}
+
+TEST_F(SoActionTest, ReportsAStateThatWasLeftInDisorder)
+{
+    const SoRef<SoCallback> node(new SoCallback);
+    node->setCallback([](void*, SoAction* action) { action->getState()->push(); });
+    support::ErrorScope errors;
+    SoCallbackAction action;
+    action.apply(node.get());
+    EXPECT_TRUE(errors.contains("critical error"));
+    node->setCallback(nullptr);
+    action.apply(node.get()); // starts anew
+    EXPECT_EQ(errors.count(), 1u);
 }
 
 TEST_F(SoActionTest, ARootWithoutReferenceSurvives)

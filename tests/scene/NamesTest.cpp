@@ -65,4 +65,28 @@ TEST_F(NamesTest, LookUpFindsTheLivingInTheOrderOfNaming)
     EXPECT_FALSE(SoNode::getByName("nobody"));
 }
 
+TEST_F(NamesTest, TypesOfModulesComeBackToTheirPlace)
+{
+    const SoType cube = SoCube::getClassTypeId(), node = SoNode::getClassTypeId();
+    const SoType type = SoType::createType(cube, "TestComeAndGo");
+    const SoType below = SoType::createType(type, "TestComeAndGoBelow");
+    SoType::removeType(below);
+    SoType::removeType(type);
+    EXPECT_TRUE(SoType::fromName("TestComeAndGo").isBad());
+    const int types = SoType::getNumTypes();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(SoType::createType(cube, "TestComeAndGo"), type);
+        EXPECT_EQ(SoType::createType(type, "TestComeAndGoBelow"), below);
+        EXPECT_EQ(SoType::fromName("TestComeAndGoBelow"), below);
+        EXPECT_TRUE(below.isDerivedFrom(cube));
+        SoType::removeType(below);
+        SoType::removeType(type);
+    }
+    EXPECT_EQ(SoType::getNumTypes(), types);
+    const SoType elsewhere = SoType::createType(node, "TestComeAndGo");
+    EXPECT_NE(elsewhere, type);
+    EXPECT_FALSE(elsewhere.isDerivedFrom(cube));
+    SoType::removeType(elsewhere);
+}
+
 } // namespace
