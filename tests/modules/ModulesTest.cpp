@@ -150,10 +150,14 @@ TEST_F(ModulesTest, AnimatedNodesMoveUntilTheyAreSwitchedOff)
     EXPECT_FALSE(pendulum->rotation.getValue() == SbRotation());
     EXPECT_EQ(blinker->whichChild.getValue(), 0) << "the first half of its round";
 
+    const SoRef<SoFieldContainer> twin(rotor->createTwin());
+    const SoRef<SoRotor> copy(static_cast<SoRotor*>(rotor->copy()));
     rotor->on = false;
     const SbRotation still = rotor->rotation.getValue();
     wait(50);
     EXPECT_EQ(rotor->rotation.getValue(), still);
+    EXPECT_FALSE(copy->rotation.getValue() == still) << "a copy goes on";
+    EXPECT_TRUE(twin->getField("rotation")->isDefault()) << "it is compared with";
 }
 
 /// A scene seen straight from the front, 10 units high in a window of 100 pixels.

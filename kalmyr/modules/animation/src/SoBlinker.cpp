@@ -20,6 +20,20 @@ void SoBlinker::initClass()
     SO_NODE_INIT_CLASS(SoBlinker, SoSwitch, "Blinker");
 }
 
+SoFieldContainer* SoBlinker::createTwin() const
+{
+    SoFieldContainer* twin = SoSwitch::createTwin();
+    if (twin)
+        static_cast<SoBlinker*>(twin)->m_clockwork.stop();
+    return twin;
+}
+
+void SoBlinker::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoSwitch::copyContents(from, copier);
+    m_clockwork.start();
+}
+
 void SoBlinker::advance(double seconds)
 {
     const int numChildren = getNumChildren();

@@ -32,6 +32,12 @@ void Clockwork::start()
     followSwitch();
 }
 
+void Clockwork::stop()
+{
+    m_switchSensor.detach();
+    m_clockSensor.detach();
+}
+
 void Clockwork::followSwitch()
 {
     SoSFTime* clock = realTime();

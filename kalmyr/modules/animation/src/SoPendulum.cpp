@@ -19,6 +19,20 @@ void SoPendulum::initClass()
     SO_NODE_INIT_CLASS(SoPendulum, SoRotation, "Pendulum");
 }
 
+SoFieldContainer* SoPendulum::createTwin() const
+{
+    SoFieldContainer* twin = SoRotation::createTwin();
+    if (twin)
+        static_cast<SoPendulum*>(twin)->m_clockwork.stop();
+    return twin;
+}
+
+void SoPendulum::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoRotation::copyContents(from, copier);
+    m_clockwork.start();
+}
+
 void SoPendulum::advance(double seconds)
 {
     m_phase += seconds * static_cast<double>(speed.getValue());

@@ -20,6 +20,20 @@ void SoRotor::initClass()
     SO_NODE_INIT_CLASS(SoRotor, SoRotation, "Rotor");
 }
 
+SoFieldContainer* SoRotor::createTwin() const
+{
+    SoFieldContainer* twin = SoRotation::createTwin();
+    if (twin)
+        static_cast<SoRotor*>(twin)->m_clockwork.stop();
+    return twin;
+}
+
+void SoRotor::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoRotation::copyContents(from, copier);
+    m_clockwork.start();
+}
+
 void SoRotor::advance(double seconds)
 {
     constexpr double kTurn = 2 * std::numbers::pi;

@@ -19,6 +19,20 @@ void SoShuttle::initClass()
     SO_NODE_INIT_CLASS(SoShuttle, SoTranslation, "Shuttle");
 }
 
+SoFieldContainer* SoShuttle::createTwin() const
+{
+    SoFieldContainer* twin = SoTranslation::createTwin();
+    if (twin)
+        static_cast<SoShuttle*>(twin)->m_clockwork.stop();
+    return twin;
+}
+
+void SoShuttle::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoTranslation::copyContents(from, copier);
+    m_clockwork.start();
+}
+
 void SoShuttle::advance(double seconds)
 {
     m_phase += seconds * static_cast<double>(speed.getValue());

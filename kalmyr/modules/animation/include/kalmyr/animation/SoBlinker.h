@@ -15,6 +15,10 @@ public:
     SoSFFloat speed; ///< rounds a second; negative ones run backwards
     SoSFBool on;     ///< TRUE; while FALSE the switch stands still
 
+    /// One that stands still at its defaults, unless it is made a copy.
+    SoFieldContainer* createTwin() const override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
+
 protected:
     ~SoBlinker() override;
 

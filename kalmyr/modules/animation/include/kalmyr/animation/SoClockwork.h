@@ -19,6 +19,8 @@ public:
     Clockwork(SoSFBool& on, Tick tick);
     /// Once the switch has its value; last in the node's constructor.
     void start();
+    /// Until the next start(): the node is only there to be compared with.
+    void stop();
     Clockwork(const Clockwork&) = delete;
     Clockwork& operator=(const Clockwork&) = delete;
 

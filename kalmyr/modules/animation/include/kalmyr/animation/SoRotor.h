@@ -18,6 +18,10 @@ public:
     SoSFFloat speed; ///< turns a second; negative ones run backwards
     SoSFBool on;     ///< TRUE; while FALSE the rotation stands still
 
+    /// One that stands still at its defaults, unless it is made a copy.
+    SoFieldContainer* createTwin() const override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
+
 protected:
     ~SoRotor() override;
 

@@ -17,6 +17,10 @@ public:
     SoSFFloat speed;        ///< trips, there and back, a second
     SoSFBool on;            ///< TRUE; while FALSE the translation stands still
 
+    /// One that stands still at its defaults, unless it is made a copy.
+    SoFieldContainer* createTwin() const override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
+
 protected:
     ~SoShuttle() override;
 
