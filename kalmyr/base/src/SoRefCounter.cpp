@@ -11,14 +11,17 @@ void SoRefCounter::destroy()
 
 void SoRefCounter::releaseLast() const
 {
-    // Sees all that those did who had a reference before.
-    if (m_refCount.load(std::memory_order_acquire) < 1) {
-        SoErrorStack::post("SoRefCounter::unref: object %p has no reference to release",
-                           static_cast<const void*>(this));
+    int count = getRefCount();
+    while (count > 0) {
+        // Whoever finds the object in a table may be faster and keep it.
+        if (!m_refCount.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel))
+            continue;
+        if (count == 1)
+            const_cast<SoRefCounter*>(this)->destroy();
         return;
     }
-    m_refCount.store(0, std::memory_order_relaxed);
-    const_cast<SoRefCounter*>(this)->destroy();
+    SoErrorStack::post("SoRefCounter::unref: object %p has no reference to release",
+                       static_cast<const void*>(this));
 }
 
 bool SoRefCounter::refIfAlive() const

@@ -75,15 +75,18 @@ const SbImage& SoTexture2::getPicture()
     const SbString& name = filename.getValue();
     if (filename.isIgnored() || name.isEmpty())
         return image.getValue();
-    const kalmyr::detail::CacheLock lock;
-    if (name == m_loadedName)
-        return m_loaded;
-    m_loadedName = name;
-    SbString error;
-    const SbString path = SoImageFile::findFile(name, m_directory);
-    if (!SoImageFile::read(path, m_loaded, &error)) {
-        SoError::post("texture \"%s\": %s", path.getString(), error.getString());
+    SbString error, path;
+    {
+        const kalmyr::detail::CacheLock lock;
+        if (name == m_loadedName)
+            return m_loaded;
+        m_loadedName = name;
+        path = SoImageFile::findFile(name, m_directory);
+        if (SoImageFile::read(path, m_loaded, &error))
+            return m_loaded;
     }
+    // Without the lock: a handler may do anything.
+    SoError::post("texture \"%s\": %s", path.getString(), error.getString());
     return m_loaded;
 }
 

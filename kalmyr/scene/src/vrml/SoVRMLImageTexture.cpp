@@ -34,28 +34,34 @@ void SoVRMLImageTexture::setDirectory(const SbString& directory)
 
 const SbImage& SoVRMLImageTexture::getPicture()
 {
-    const kalmyr::detail::CacheLock lock;
     const auto urls = url.values();
+    SbString reason;
+    if (!load(urls, reason) && !urls.empty())
+        SoError::post("texture \"%s\": %s", urls[0].getString(),
+                      reason.isEmpty() ? "none of its urls is a local file" : reason.getString());
+    return m_loaded;
+}
+
+/// False after the first failure with these urls.
+bool SoVRMLImageTexture::load(std::span<const SbString> urls, SbString& reason)
+{
+    const kalmyr::detail::CacheLock lock;
     if (m_tried && std::equal(urls.begin(), urls.end(), m_loadedUrls.begin(), m_loadedUrls.end()))
-        return m_loaded;
+        return true;
     m_tried = true;
     m_loadedUrls.assign(urls.begin(), urls.end());
     m_loaded.makeNull();
-    SbString reason;
     for (const SbString& one : urls) {
         const SbString name = kalmyr::detail::localFileName(one);
         if (name.isEmpty())
             continue;
         SbString error;
         if (SoImageFile::read(SoImageFile::findFile(name, m_directory), m_loaded, &error))
-            return m_loaded;
+            return true;
         if (reason.isEmpty())
             reason = error;
     }
-    if (!urls.empty())
-        SoError::post("texture \"%s\": %s", urls[0].getString(),
-                      reason.isEmpty() ? "none of its urls is a local file" : reason.getString());
-    return m_loaded;
+    return false;
 }
 
 bool SoVRMLImageTexture::findPicture()

@@ -2,6 +2,7 @@
 
 #include <kalmyr/vrml/SoVRMLTexture.h>
 
+#include <span>
 #include <vector>
 
 class SoNodeCopier;
@@ -30,6 +31,8 @@ protected:
     ~SoVRMLImageTexture() override;
 
 private:
+    bool load(std::span<const SbString> urls, SbString& reason);
+
     SbString m_directory;
     std::vector<SbString> m_loadedUrls; ///< that m_loaded belongs to
     SbImage m_loaded;
