@@ -6,10 +6,10 @@
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
-#include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContextMenu.h"
 #include "mirabo/tree/TreeIgnoreCommands.h"
 #include "mirabo/tree/TreePatcher.h"
+#include "mirabo/tree/TreeRows.h"
 #include "mirabo/tree/TreeStyle.h"
 
 #include <kalmyr/core/SoNode.h>
@@ -19,19 +19,21 @@
 #include <QHeaderView>
 #include <QMetaMethod>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <utility>
+
+using mirabo::asItem;
 
 namespace {
 
 /// Widths in pixels; what the contents need comes on top.
 constexpr int kColumnWidths[SoTreeViewItem::kColumnCount] = {200, 120, 60, 44, 24};
 
-SoTreeViewItem* asItem(QTreeWidgetItem* item)
-{
-    return static_cast<SoTreeViewItem*>(item);
-}
+/// What is to be seen of a row that is gone to, from its icon on, and of the branches before it.
+constexpr int kTextRoom = 160;
+constexpr int kLeadIn = 80;
 
 /// The types of signal arguments, so that they can be queued and recorded.
 void registerArgumentTypes()
@@ -81,6 +83,10 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
             &SoMiraboTreeView::onCustomContextMenu);
     connect(this, &QTreeWidget::itemExpanded, this, &SoMiraboTreeView::resizeAllColumns);
     connect(this, &QTreeWidget::itemCollapsed, this, &SoMiraboTreeView::resizeAllColumns);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
+        m_scrolled = true;
+        m_topology->requestUpdate();
+    });
     connect(m_topology.get(), &SoGraphTopologyManager::structureChanged, this,
             &SoMiraboTreeView::outsideStructureChange);
     connect(m_topology.get(), &SoGraphTopologyManager::contentReplaced, this,
@@ -266,8 +272,11 @@ void SoMiraboTreeView::catchUp()
         if (!current || verify(current))
             choose(current);
     }
-    if (std::exchange(m_fitPending, false))
-        fitColumns();
+    const bool scrolled = std::exchange(m_scrolled, false);
+    if (const bool fit = std::exchange(m_fitPending, false); fit || scrolled)
+        fitColumns(fit);
+    if (std::exchange(m_textPending, false))
+        bringTextIntoSight(currentIndex());
     if (m_menu->isVisible() && !m_context.menuRow)
         m_menu->close();
     if (!std::exchange(m_lookPending, false))
@@ -312,13 +321,39 @@ void SoMiraboTreeView::resizeAllColumns()
     m_topology->requestUpdate();
 }
 
-void SoMiraboTreeView::fitColumns()
+/// Looks at the rows in view only. While the user scrolls, columns do not jump back and forth: they
+/// only grow.
+void SoMiraboTreeView::fitColumns(bool mayShrink)
 {
     for (int column = 0; column < SoTreeViewItem::kColumnCount; ++column) {
-        resizeColumnToContents(column);
-        if (columnWidth(column) < kColumnWidths[column])
-            setColumnWidth(column, kColumnWidths[column]);
+        const int width = std::max(
+            {sizeHintForColumn(column), header()->sectionSizeHint(column), kColumnWidths[column]});
+        if (mayShrink || width > columnWidth(column))
+            setColumnWidth(column, width);
     }
+}
+
+/// Deep rows begin far to the right, while the base goes to where their column begins.
+void SoMiraboTreeView::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
+    const int x = horizontalScrollBar()->value();
+    QTreeWidget::scrollTo(index, hint);
+    horizontalScrollBar()->setValue(x);
+    bringTextIntoSight(index);
+}
+
+void SoMiraboTreeView::bringTextIntoSight(const QModelIndex& index)
+{
+    updateGeometries(); // the scroll bar learns of new widths too late
+    const QRect text = visualRect(index.siblingAtColumn(SoTreeViewItem::Type));
+    if (text.isEmpty())
+        return;
+    const int column = SoTreeViewItem::Type;
+    const int left =
+        header()->sectionPosition(column) + text.left() - columnViewportPosition(column);
+    QScrollBar* bar = horizontalScrollBar();
+    if (left < bar->value() || left + kTextRoom > bar->value() + viewport()->width())
+        bar->setValue(left - kLeadIn);
 }
 
 void SoMiraboTreeView::nodeTextChanged(const SoNode*)

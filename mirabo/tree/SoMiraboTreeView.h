@@ -101,6 +101,7 @@ public:
     };
 
     void doItemsLayout() override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
     /// For the patcher: rows come or go; the layout is made once, later.
     void rowsAboutToChange();
@@ -187,7 +188,8 @@ private:
     void stepReference(int direction);
     bool mayExpand(SoTreeViewItem* top);
     void expandRows(SoTreeViewItem* top);
-    void fitColumns();
+    void fitColumns(bool mayShrink);
+    void bringTextIntoSight(const QModelIndex& index);
     bool verifyRowsInView();
     SoTreeViewItem* firstStrayAbove(SoTreeViewItem* item) const;
     bool isInGraph(SoTreeViewItem* item) const;
@@ -211,4 +213,6 @@ private:
     bool m_spaceHeld = false;
     bool m_dragArmed = false;
     QPoint m_dragStart;
+    bool m_scrolled = false;    ///< since the columns were fitted
+    bool m_textPending = false; ///< the current row is to be in sight
 };

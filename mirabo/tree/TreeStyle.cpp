@@ -14,12 +14,13 @@ bool isDark(const QPalette& palette)
 }
 
 const char* const kSheet = R"(
-QTreeView { border: none; outline: none; }
+QTreeView { border: none; outline: none; show-decoration-selected: 1; }
 QTreeView::item { height: 27px; border: none; padding-right: 6px; }
 QTreeView::item:hover { background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %1, stop:1 %2); }
 QTreeView::item:selected { color: %5;
     background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %3, stop:1 %4); }
 QTreeView::branch { background: palette(base); }
+QTreeView::branch:selected { background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %3, stop:1 %4); }
 QTreeView::branch:has-siblings:!adjoins-item {
     border-image: url(:/Mirabo_icons/Icons/vline.png) 0; }
 QTreeView::branch:has-siblings:adjoins-item {

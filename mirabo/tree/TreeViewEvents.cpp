@@ -5,8 +5,8 @@
 #include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContextMenu.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -24,16 +24,13 @@
 
 // What the user does with the tree, and what is painted.
 
+using mirabo::asItem;
+
 namespace {
 
 const QString kDragText = QStringLiteral("Mirabo/Drop");
 const QString kEmptyHint = QStringLiteral("No scene: open a file or drop one here");
 constexpr int kHintMargin = 24;
-
-SoTreeViewItem* asItem(QTreeWidgetItem* item)
-{
-    return static_cast<SoTreeViewItem*>(item);
-}
 
 bool isTreeDrag(const QDropEvent* event)
 {

@@ -1,7 +1,7 @@
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
@@ -15,12 +15,9 @@
 
 // The current row: who chooses it and who hears of it, and the ways from occurrence to occurrence.
 
-namespace {
+using mirabo::asItem;
 
-SoTreeViewItem* asItem(QTreeWidgetItem* item)
-{
-    return static_cast<SoTreeViewItem*>(item);
-}
+namespace {
 
 /// Index of a row's node in its parent's child list; -1 for the node of a field.
 int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
@@ -105,6 +102,8 @@ void SoMiraboTreeView::showItem(SoTreeViewItem* item)
         return;
     scrollToItem(item); // opens its ancestors
     setCurrentItem(item);
+    m_textPending = true;
+    resizeAllColumns();
 }
 
 bool SoMiraboTreeView::isUserBusy() const

@@ -1,9 +1,9 @@
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeCheck.h"
 #include "mirabo/tree/TreePatcher.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoNode.h>
@@ -14,12 +14,9 @@
 
 // Rows that the graph no longer has, though nobody told.
 
-namespace {
+using mirabo::asItem;
 
-SoTreeViewItem* asItem(QTreeWidgetItem* item)
-{
-    return static_cast<SoTreeViewItem*>(item);
-}
+namespace {
 
 /// Whether a row still is where the graph has its node. Only the parent's node is looked into.
 bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& context)

@@ -99,3 +99,26 @@ TEST_F(TreeLook, IsReadableOnDarkDesktops)
     QApplication::setPalette(darkPalette());
     expectReadable(picture("dark"), darkPalette().color(QPalette::Base));
 }
+
+TEST_F(TreeLook, BringsDeepRowsIntoSight)
+{
+    constexpr int kDepth = 60;
+    SoGroup* at = root.get();
+    for (int i = 0; i < kDepth; ++i) {
+        auto* next = new SoGroup;
+        at->addChild(next);
+        at = next;
+    }
+    picture("deep");
+    view.showItem(row(at));
+    pass();
+    const auto textRect = [this] {
+        return view.visualRect(view.currentIndex().siblingAtColumn(SoTreeViewItem::Type));
+    };
+    EXPECT_GE(textRect().left(), 0);
+    EXPECT_LT(textRect().left(), view.viewport()->width() / 2);
+    EXPECT_GE(textRect().width(), view.fontMetrics().horizontalAdvance("Group"));
+    view.showItem(view.rootItem());
+    pass();
+    EXPECT_GE(textRect().left(), 0);
+}

@@ -77,6 +77,21 @@ TEST_F(TreeTest, KeepsTheSameChildTwiceApart)
     EXPECT_EQ(check(), "");
 }
 
+TEST_F(TreeTest, StaysAsItIsWhenAMoveBelowItselfIsRefused)
+{
+    auto* group = new SoGroup;
+    auto* inner = makePair();
+    group->addChild(inner);
+    root->addChild(group);
+    const auto errors = support::expectErrors();
+    inner->addChild(group);
+    inner->insertChild(root.get(), 0);
+    inner->replaceChild(0, inner);
+    EXPECT_EQ(errors.count(), 3u);
+    EXPECT_EQ(view.context().index.itemCount(), 4u);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeTest, ReadsAReplacedListAgainAndKeepsWhatStays)
 {
     std::vector<SoNode*> nodes;
