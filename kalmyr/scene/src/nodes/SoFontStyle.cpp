@@ -1,5 +1,8 @@
 #include <kalmyr/nodes/SoFontStyle.h>
 
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/elements/SoFontElement.h>
+
 namespace {
 
 constexpr SoEnumEntry kFamilies[] = {{"SERIF", SoFontStyle::SERIF},
@@ -26,4 +29,15 @@ SoFontStyle::~SoFontStyle() = default;
 void SoFontStyle::initClass()
 {
     SO_NODE_INIT_CLASS(SoFontStyle, SoFont, "FontStyle");
+}
+
+void SoFontStyle::doAction(SoAction* action)
+{
+    SoFont::doAction(action);
+    SoFontValues font = SoFontElement::get(action->getState());
+    if (!family.isIgnored())
+        font.family = static_cast<SoFontValues::Family>(family.getValue());
+    if (!style.isIgnored())
+        font.style = style.getValue();
+    action->getState()->write<SoFontElement>().set(this, font);
 }

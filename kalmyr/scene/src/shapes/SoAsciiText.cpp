@@ -1,5 +1,9 @@
 #include <kalmyr/shapes/SoAsciiText.h>
 
+#include "TextLayout.h"
+
+#include <kalmyr/elements/SoFontElement.h>
+
 namespace {
 
 constexpr SoEnumEntry kJustifications[] = {
@@ -26,4 +30,21 @@ void SoAsciiText::initClass()
     SO_NODE_INIT_CLASS(SoAsciiText, SoShape, "AsciiText");
 }
 
-void SoAsciiText::buildGeometry(SoState*, SoGeometry&) {}
+std::uint64_t SoAsciiText::stateKey(SoState* state) const
+{
+    return state->get<SoFontElement>().getValueId();
+}
+
+void SoAsciiText::buildGeometry(SoState* state, SoGeometry& geometry)
+{
+    using kalmyr::detail::TextLayout;
+    TextLayout text;
+    text.font = SoFontElement::get(state);
+    text.lines = string.values();
+    text.lengths = width.values();
+    text.spacing = spacing.getValue();
+    text.major = justification.getValue() == RIGHT    ? TextLayout::END
+                 : justification.getValue() == CENTER ? TextLayout::MIDDLE
+                                                      : TextLayout::BEGIN;
+    text.build(geometry);
+}

@@ -11,6 +11,7 @@ class KALMYR_API SoFont : public SoNode {
 public:
     SoFont();
     static void initClass();
+    void doAction(SoAction* action) override;
 
     SoSFName name;
     SoSFFloat size; ///< points for flat text, object units for solid text

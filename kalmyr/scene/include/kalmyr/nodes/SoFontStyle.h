@@ -13,6 +13,7 @@ public:
 
     SoFontStyle();
     static void initClass();
+    void doAction(SoAction* action) override;
 
     SoSFEnum family;
     SoSFBitMask style;

@@ -4,7 +4,7 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/vrml/SoVRMLGeometry.h>
 
-/// Lines of text. Its values are kept; nothing is drawn.
+/// Lines of text, flat at z = 0, in the look that `fontStyle` describes.
 class KALMYR_API SoVRMLText : public SoVRMLGeometry {
     SO_NODE_HEADER(SoVRMLText)
 

@@ -1,0 +1,149 @@
+#include "TextLayout.h"
+
+#include "Glyphs.h"
+
+#include <kalmyr/shapes/SoGeometry.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kalmyr::detail {
+
+namespace {
+
+/// A line before it is put in its place: from 0 on along its direction, in object units.
+struct Line {
+    struct Place {
+        const Glyph* glyph;
+        float at;   ///< where it begins along the line
+        float room; ///< to the next
+    };
+    std::vector<Place> places;
+    float length = 0;
+    float stretch = 1;
+};
+
+Line measure(const TextLayout& text, Font& font, const SbString& string, std::size_t& budget)
+{
+    Line line;
+    for (const char32_t c : charactersOf(string.view())) {
+        if (budget == 0)
+            break;
+        --budget;
+        const Glyph& glyph = font.glyph(c);
+        const float room = (text.horizontal ? glyph.advance : 1.0f) * text.font.size;
+        line.places.push_back({&glyph, line.length, room});
+        line.length += room;
+    }
+    return line;
+}
+
+void stretch(const TextLayout& text, std::vector<Line>& lines)
+{
+    float longest = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        Line& line = lines[i];
+        if (i < text.lengths.size() && text.lengths[i] > 0 && line.length > 0)
+            line.stretch = text.lengths[i] / line.length;
+        longest = std::max(longest, line.length * line.stretch);
+    }
+    if (!(text.maxExtent > 0) || longest <= text.maxExtent)
+        return;
+    for (Line& line : lines)
+        line.stretch *= text.maxExtent / longest;
+}
+
+/// Where a line of that length begins, when it runs in the positive direction.
+float beginAlong(TextLayout::Justify justify, bool forward, float length)
+{
+    if (justify == TextLayout::MIDDLE)
+        return -length / 2;
+    return (justify == TextLayout::END) == forward ? -length : 0;
+}
+
+/// Offset of the whole block across the lines: upwards for rows, to the right for columns.
+float shiftAcross(const TextLayout& text, const Font& font, std::size_t numLines)
+{
+    const float size = text.font.size;
+    const float block = size * text.spacing * static_cast<float>(numLines - 1);
+    const float above = text.horizontal ? font.ascent() * size : 0;
+    const float below = text.horizontal ? font.descent() * size : size;
+    // The first line's edge towards the beginning, and the last line's towards the end.
+    const bool down = text.horizontal ? text.topToBottom : !text.leftToRight;
+    const float high = down ? above : block + above;
+    const float low = down ? -block - below : -below;
+    const float top = text.horizontal ? high : (down ? below : block + below);
+    const float bottom = text.horizontal ? low : (down ? -block : 0.0f);
+    switch (text.minor) {
+    case TextLayout::FIRST:
+        return 0;
+    case TextLayout::BEGIN:
+        return down ? -top : -bottom;
+    case TextLayout::MIDDLE:
+        return -(top + bottom) / 2;
+    default:
+        return down ? -bottom : -top;
+    }
+}
+
+void addGlyph(const TextLayout& text, const Glyph& glyph, const SbVec2f& origin, float wide,
+              float high, int face, SoGeometry& geometry)
+{
+    const auto first = static_cast<std::uint32_t>(geometry.positions.size());
+    const float size = text.font.size;
+    for (const SbVec2f& p : glyph.points) {
+        const SbVec2f at(origin[0] + p[0] * size * wide, origin[1] + p[1] * size * high);
+        geometry.positions.emplace_back(at[0], at[1], 0.0f);
+        geometry.normals.emplace_back(0.0f, 0.0f, 1.0f);
+        geometry.texCoords.push_back(at / size);
+    }
+    for (const std::uint32_t corner : glyph.triangles)
+        geometry.triangles.push_back(first + corner);
+    geometry.triangleFaces.insert(geometry.triangleFaces.end(), glyph.triangles.size() / 3, face);
+}
+
+void addLine(const TextLayout& text, const Font& font, const Line& line, float across, int face,
+             SoGeometry& geometry)
+{
+    const bool forward = text.horizontal ? text.leftToRight : !text.topToBottom;
+    const float length = line.length * line.stretch;
+    const float begin = beginAlong(text.major, forward, length);
+    for (const Line::Place& place : line.places) {
+        const float room = place.room * line.stretch;
+        const float passed = place.at * line.stretch;
+        const float along = begin + (forward ? passed : length - passed - room);
+        if (text.horizontal) {
+            addGlyph(text, *place.glyph, {along, across}, line.stretch, 1, face, geometry);
+        } else {
+            // Characters of a column stand in the middle of their cells.
+            const float inset = (1 - place.glyph->advance) / 2 * text.font.size;
+            const float base = font.descent() * room / (font.ascent() + font.descent());
+            addGlyph(text, *place.glyph, {across + inset, along + base}, 1, line.stretch, face,
+                     geometry);
+        }
+    }
+}
+
+} // namespace
+
+void TextLayout::build(SoGeometry& geometry) const
+{
+    if (!(font.size > 0) || !std::isfinite(font.size) || lines.empty())
+        return;
+    const FontLock lock;
+    Font& letters = Font::find(font);
+    std::size_t budget = kMaxCharacters;
+    std::vector<Line> measured;
+    for (const SbString& line : lines)
+        measured.push_back(measure(*this, letters, line, budget));
+    stretch(*this, measured);
+    const float shift = shiftAcross(*this, letters, measured.size());
+    const bool down = horizontal ? topToBottom : !leftToRight;
+    for (std::size_t i = 0; i < measured.size(); ++i) {
+        const float step = font.size * spacing * static_cast<float>(i);
+        addLine(*this, letters, measured[i], shift + (down ? -step : step), static_cast<int>(i),
+                geometry);
+    }
+}
+
+} // namespace kalmyr::detail
