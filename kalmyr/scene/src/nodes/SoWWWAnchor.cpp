@@ -1,5 +1,7 @@
 #include <kalmyr/nodes/SoWWWAnchor.h>
 
+#include "actions/FollowClicks.h"
+
 namespace {
 
 constexpr SoEnumEntry kMaps[] = {{"NONE", SoWWWAnchor::NONE}, {"POINT", SoWWWAnchor::POINT}};
@@ -25,6 +27,7 @@ SoWWWAnchor::~SoWWWAnchor() = default;
 void SoWWWAnchor::initClass()
 {
     SO_NODE_INIT_CLASS(SoWWWAnchor, SoSeparator, "WWWAnchor");
+    kalmyr::detail::followClicks<SoWWWAnchor>();
 }
 
 void SoWWWAnchor::setFetchURLCallBack(FetchURLCallBack* callback, void* data)

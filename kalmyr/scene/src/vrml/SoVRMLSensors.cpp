@@ -1,8 +1,21 @@
 #include <kalmyr/vrml/SoVRMLSensors.h>
 
+#include <kalmyr/actions/SoHandleEventAction.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include <cmath>
+
+namespace {
+
+template <class Sensor>
+void listenToEvents()
+{
+    SoHandleEventAction::addMethod(Sensor::getClassTypeId(), [](SoAction* action, SoNode* node) {
+        static_cast<Sensor*>(node)->handleEvent(static_cast<SoHandleEventAction*>(action));
+    });
+}
+
+} // namespace
 
 SO_NODE_SOURCE(SoVRMLCylinderSensor)
 
@@ -25,6 +38,7 @@ SoVRMLCylinderSensor::~SoVRMLCylinderSensor() = default;
 void SoVRMLCylinderSensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLCylinderSensor, SoNode, "VRMLCylinderSensor");
+    listenToEvents<SoVRMLCylinderSensor>();
 }
 
 SO_NODE_SOURCE(SoVRMLPlaneSensor)
@@ -47,6 +61,7 @@ SoVRMLPlaneSensor::~SoVRMLPlaneSensor() = default;
 void SoVRMLPlaneSensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLPlaneSensor, SoNode, "VRMLPlaneSensor");
+    listenToEvents<SoVRMLPlaneSensor>();
 }
 
 SO_NODE_SOURCE(SoVRMLProximitySensor)
@@ -69,6 +84,7 @@ SoVRMLProximitySensor::~SoVRMLProximitySensor() = default;
 void SoVRMLProximitySensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLProximitySensor, SoNode, "VRMLProximitySensor");
+    listenToEvents<SoVRMLProximitySensor>();
 }
 
 SO_NODE_SOURCE(SoVRMLSphereSensor)
@@ -89,6 +105,7 @@ SoVRMLSphereSensor::~SoVRMLSphereSensor() = default;
 void SoVRMLSphereSensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLSphereSensor, SoNode, "VRMLSphereSensor");
+    listenToEvents<SoVRMLSphereSensor>();
 }
 
 SO_NODE_SOURCE(SoVRMLTimeSensor)
@@ -203,6 +220,7 @@ SoVRMLTouchSensor::~SoVRMLTouchSensor() = default;
 void SoVRMLTouchSensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLTouchSensor, SoNode, "VRMLTouchSensor");
+    listenToEvents<SoVRMLTouchSensor>();
 }
 
 SO_NODE_SOURCE(SoVRMLVisibilitySensor)
@@ -223,4 +241,5 @@ SoVRMLVisibilitySensor::~SoVRMLVisibilitySensor() = default;
 void SoVRMLVisibilitySensor::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLVisibilitySensor, SoNode, "VRMLVisibilitySensor");
+    listenToEvents<SoVRMLVisibilitySensor>();
 }

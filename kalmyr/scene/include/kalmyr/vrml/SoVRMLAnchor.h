@@ -2,7 +2,7 @@
 
 #include <kalmyr/vrml/SoVRMLParent.h>
 
-/// Children that lead to a file when they are clicked. The link is kept; nothing follows it here.
+/// Children that lead to a file when they are clicked.
 class KALMYR_API SoVRMLAnchor : public SoVRMLParent {
     SO_NODE_HEADER(SoVRMLAnchor)
 
@@ -13,6 +13,13 @@ public:
     SoSFString description;
     SoMFString parameter;
     SoMFString url;
+
+    /// Called with each url in order, until it returns true: it followed that one. Null: links
+    /// lead nowhere, and clicks pass by.
+    using FetchURLCallBack = bool(const SbString& url, void* data, SoVRMLAnchor* node);
+    static void setFetchURLCallBack(FetchURLCallBack* callback, void* data);
+    /// False when there is no callback, or when it followed no url.
+    bool follow();
 
 protected:
     ~SoVRMLAnchor() override;

@@ -4,13 +4,16 @@
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/sensors/SoTimerSensor.h>
+#include <kalmyr/vrml/SoVRMLPointerSensor.h>
+
+class SoHandleEventAction;
 
 /// \file
-/// Sensors of VRML97. Those of the pointer and of the viewer keep their values; nothing drives
-/// them.
+/// Sensors of VRML97. Those of the pointer and of the viewer are driven by the events that the
+/// scene is offered; the position of the viewer is looked at with each of them.
 
 /// Turns dragging into a rotation about an axis.
-class KALMYR_API SoVRMLCylinderSensor : public SoNode {
+class KALMYR_API SoVRMLCylinderSensor : public SoVRMLPointerSensor {
     SO_NODE_HEADER(SoVRMLCylinderSensor)
 
 public:
@@ -29,10 +32,25 @@ public:
 
 protected:
     ~SoVRMLCylinderSensor() override;
+    bool isEnabled() const override { return enabled.getValue(); }
+    SoSFBool& active() override { return isActive; }
+    void press(const Pointer& pointer) override;
+    void drag(const Pointer& pointer) override;
+    void release(const Pointer& pointer) override;
+
+private:
+    SbVec3f trackPoint(const SbLine& ray) const;
+
+    bool m_isDisk = false;  ///< seen from above: turned like a disk
+    float m_radius = 0;     ///< of the cylinder
+    float m_height = 0;     ///< of the disk
+    float m_direction = 0;  ///< of the last track point about the axis, radians
+    float m_angle = 0;      ///< turned so far, offset included
+    float m_lastOffset = 0; ///< what came out last
 };
 
 /// Turns dragging into a movement in a plane.
-class KALMYR_API SoVRMLPlaneSensor : public SoNode {
+class KALMYR_API SoVRMLPlaneSensor : public SoVRMLPointerSensor {
     SO_NODE_HEADER(SoVRMLPlaneSensor)
 
 public:
@@ -50,6 +68,15 @@ public:
 
 protected:
     ~SoVRMLPlaneSensor() override;
+    bool isEnabled() const override { return enabled.getValue(); }
+    SoSFBool& active() override { return isActive; }
+    void press(const Pointer& pointer) override;
+    void drag(const Pointer& pointer) override;
+    void release(const Pointer& pointer) override;
+
+private:
+    SbVec3f m_start;       ///< where the pointer went down
+    SbVec3f m_startOffset; ///< offset at that time
 };
 
 /// Tells that the viewer is inside a box.
@@ -69,12 +96,16 @@ public:
     SoSFTime enterTime;               ///< event out
     SoSFTime exitTime;                ///< event out
 
+    bool affectsState() const override { return false; }
+    /// Method of the event action.
+    void handleEvent(SoHandleEventAction* action);
+
 protected:
     ~SoVRMLProximitySensor() override;
 };
 
 /// Turns dragging into a rotation about a point.
-class KALMYR_API SoVRMLSphereSensor : public SoNode {
+class KALMYR_API SoVRMLSphereSensor : public SoVRMLPointerSensor {
     SO_NODE_HEADER(SoVRMLSphereSensor)
 
 public:
@@ -90,6 +121,15 @@ public:
 
 protected:
     ~SoVRMLSphereSensor() override;
+    bool isEnabled() const override { return enabled.getValue(); }
+    SoSFBool& active() override { return isActive; }
+    void press(const Pointer& pointer) override;
+    void drag(const Pointer& pointer) override;
+    void release(const Pointer& pointer) override;
+
+private:
+    float m_radius = 0;
+    SbVec3f m_start; ///< direction in which the pointer went down
 };
 
 /// A clock. It runs while something follows one of its events.
@@ -127,7 +167,7 @@ private:
 };
 
 /// Tells that its siblings are pointed at or clicked.
-class KALMYR_API SoVRMLTouchSensor : public SoNode {
+class KALMYR_API SoVRMLTouchSensor : public SoVRMLPointerSensor {
     SO_NODE_HEADER(SoVRMLTouchSensor)
 
 public:
@@ -144,6 +184,11 @@ public:
 
 protected:
     ~SoVRMLTouchSensor() override;
+    bool isEnabled() const override { return enabled.getValue(); }
+    SoSFBool& active() override { return isActive; }
+    void hover(const Pointer& pointer) override;
+    void drag(const Pointer& pointer) override { hover(pointer); }
+    void release(const Pointer& pointer) override;
 };
 
 /// Tells that a box can be seen.
@@ -160,6 +205,10 @@ public:
     SoSFTime enterTime; ///< event out
     SoSFTime exitTime;  ///< event out
     SoSFBool isActive;  ///< event out
+
+    bool affectsState() const override { return false; }
+    /// Method of the event action.
+    void handleEvent(SoHandleEventAction* action);
 
 protected:
     ~SoVRMLVisibilitySensor() override;
