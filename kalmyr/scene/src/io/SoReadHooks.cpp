@@ -87,7 +87,10 @@ void readInline(SoInput* in, SoNode* node)
 {
     auto* content = static_cast<Inline*>(node);
     content->setDirectory(in->getFolder());
-    fillInline(*in, content);
+    if (SoInlineNode::getLoading() == SoInlineNode::ON_DEMAND)
+        content->setPending();
+    else
+        fillInline(*in, content);
 }
 
 template <class Inline>

@@ -2,8 +2,6 @@
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/base/SoDebugError.h>
-#include <kalmyr/core/SoNodeCopier.h>
-#include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 namespace {
@@ -12,33 +10,17 @@ SoVRMLInline::FetchURLCallBack* s_fetch = nullptr;
 void* s_fetchData = nullptr;
 SoVRMLInline::Loader* s_loader = nullptr;
 
-void measureInline(SoAction* action, SoNode* node)
-{
-    auto* box = static_cast<SoVRMLInline*>(node);
-    const SbVec3f size = box->bboxSize.getValue();
-    if (!box->getChildData() && size[0] >= 0 && size[1] >= 0 && size[2] >= 0) {
-        const SbVec3f center = box->bboxCenter.getValue();
-        static_cast<SoGetBoundingBoxAction*>(action)->extendBy(
-            SbBox3f(center - size / 2, center + size / 2));
-        return;
-    }
-    node->doAction(action);
-}
-
 } // namespace
 
 SO_NODE_SOURCE(SoVRMLInline)
 
-SoVRMLInline::SoVRMLInline() : m_children(this)
+SoVRMLInline::SoVRMLInline()
 {
     SO_NODE_CONSTRUCTOR(SoNode);
     SO_VRML_EXPOSED_EMPTY(url);
     SO_VRML_FIELD(bboxCenter, (0.0f, 0.0f, 0.0f));
     SO_VRML_FIELD(bboxSize, (-1.0f, -1.0f, -1.0f));
-    // Nobody can listen yet.
-    enableNotify(false);
-    m_children.append(new SoGroup);
-    enableNotify(true);
+    addBox();
 }
 
 SoVRMLInline::~SoVRMLInline() = default;
@@ -46,7 +28,12 @@ SoVRMLInline::~SoVRMLInline() = default;
 void SoVRMLInline::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLInline, SoNode, "VRMLInline");
-    SoGetBoundingBoxAction::addMethod(getClassTypeId(), measureInline);
+    SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
+        auto* self = static_cast<SoVRMLInline*>(node);
+        const SbVec3f size = self->bboxSize.getValue(), center = self->bboxCenter.getValue();
+        const bool known = size[0] >= 0 && size[1] >= 0 && size[2] >= 0;
+        self->measure(action, known ? SbBox3f(center - size / 2, center + size / 2) : SbBox3f());
+    });
 }
 
 void SoVRMLInline::setFetchURLCallBack(FetchURLCallBack* callback, void* data)
@@ -75,33 +62,7 @@ bool SoVRMLInline::requestChildrenFromURL()
     return false;
 }
 
-SoNode* SoVRMLInline::getChildData() const
+bool SoVRMLInline::load()
 {
-    return m_children.getLength() > 1 ? m_children[1] : nullptr;
-}
-
-void SoVRMLInline::setChildData(SoNode* data)
-{
-    if (getChildData() && data) {
-        m_children.set(1, data);
-    } else if (getChildData()) {
-        m_children.remove(1);
-    } else if (data) {
-        m_children.append(data);
-    }
-}
-
-void SoVRMLInline::doAction(SoAction* action)
-{
-    SoState* state = action->getState();
-    state->push();
-    action->traverseChildren(m_children);
-    state->pop();
-}
-
-void SoVRMLInline::copyContents(const SoNode* from, SoNodeCopier& copier)
-{
-    m_children.truncate(); // the box of the original takes the place of the copy's own
-    SoNode::copyContents(from, copier);
-    m_directory = static_cast<const SoVRMLInline*>(from)->m_directory;
+    return requestChildrenFromURL();
 }

@@ -1,17 +1,11 @@
 #pragma once
 
-#include <kalmyr/core/SoChildList.h>
-#include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
-
-class SoNodeCopier;
+#include <kalmyr/nodes/SoInlineNode.h>
 
 /// Shows the content of a url.
-///
-/// The first child stands for the box that is known before the content is; the content, when there
-/// is one, comes second. Children are not written with the scene.
-class KALMYR_API SoWWWInline : public SoNode {
+class KALMYR_API SoWWWInline : public SoInlineNode {
     SO_NODE_HEADER(SoWWWInline)
 
 public:
@@ -34,23 +28,7 @@ public:
     /// Reads the content again. False when it cannot be had.
     bool requestURLData();
 
-    /// The content, or null.
-    SoNode* getChildData() const;
-    void setChildData(SoNode* data);
-
-    /// The folder that relative urls start from; set by readers of scene files.
-    void setDirectory(const SbString& directory) { m_directory = directory; }
-    const SbString& getDirectory() const { return m_directory; }
-
-    SoChildList* getChildren() const override { return &m_children; }
-    bool affectsState() const override { return false; }
-    void doAction(SoAction* action) override;
-    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
-
 protected:
     ~SoWWWInline() override;
-
-private:
-    mutable SoChildList m_children;
-    SbString m_directory;
+    bool load() override;
 };

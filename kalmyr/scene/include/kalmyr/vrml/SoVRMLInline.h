@@ -1,17 +1,11 @@
 #pragma once
 
-#include <kalmyr/core/SoChildList.h>
-#include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
-
-class SoNodeCopier;
+#include <kalmyr/nodes/SoInlineNode.h>
 
 /// Shows the content of another file, which is read together with the file that holds the inline.
-///
-/// The first child stands for the box that is known before the content is; the content, when there
-/// is one, comes second. Children are not written with the scene.
-class KALMYR_API SoVRMLInline : public SoNode {
+class KALMYR_API SoVRMLInline : public SoInlineNode {
     SO_NODE_HEADER(SoVRMLInline)
 
 public:
@@ -34,23 +28,7 @@ public:
     /// Reads the content again. False, with an error posted, when it cannot be had.
     bool requestChildrenFromURL();
 
-    /// The content, or null.
-    SoNode* getChildData() const;
-    void setChildData(SoNode* data);
-
-    /// The folder that relative urls start from; set by readers of scene files.
-    void setDirectory(const SbString& directory) { m_directory = directory; }
-    const SbString& getDirectory() const { return m_directory; }
-
-    SoChildList* getChildren() const override { return &m_children; }
-    bool affectsState() const override { return false; }
-    void doAction(SoAction* action) override;
-    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
-
 protected:
     ~SoVRMLInline() override;
-
-private:
-    mutable SoChildList m_children;
-    SbString m_directory;
+    bool load() override;
 };
