@@ -138,7 +138,8 @@ Group { children [ P { } Shape { } ROUTE a.b TO c.d USE Nothing ] })"));
     EXPECT_EQ(warnings.count(), 6u);
     EXPECT_TRUE(warnings.contains("<memory>:3:1: node type 'P' is unknown"));
     EXPECT_TRUE(warnings.contains("<memory>:3:13: node type 'Q' is unknown"));
-    EXPECT_TRUE(warnings.contains("<memory>:4:7: 'depth' is no field of 'Box' and is left out"));
+    EXPECT_TRUE(
+        warnings.contains("<memory>:4:7: 'depth' is no field of 'Box'; it is kept as text"));
     EXPECT_TRUE(warnings.contains("<memory>:5:7: a route names 'a', which is no node"));
     EXPECT_TRUE(warnings.contains("<memory>:5:14: a route names 'c', which is no node"));
     EXPECT_TRUE(warnings.contains("<memory>:6:57: expected a name that DEF gave before"));

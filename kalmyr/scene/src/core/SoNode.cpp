@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
 #include "core/CacheLock.h"
@@ -110,6 +111,7 @@ SoNode::~SoNode()
 {
     if (m_nodeFlags & kHasNetName)
         netNames().erase(this);
+    SoForeignFields::forget(this);
 }
 
 void SoNode::setOverride(bool on)
@@ -190,6 +192,7 @@ void SoNode::copyContents(const SoNode* from, SoNodeCopier& copier)
         setName(from->getName());
     m_nodeFlags =
         static_cast<std::uint8_t>((m_nodeFlags & ~kOverride) | (from->m_nodeFlags & kOverride));
+    SoForeignFields::copy(from, this);
     SoChildList* children = getChildren();
     const SoChildList* sources = from->getChildren();
     if (!children || !sources || children->getLength() == sources->getLength())

@@ -178,6 +178,7 @@ SoSeparator* SoDB::readAll(SoInput* in)
         root = groupOf<SoSeparator>(nodes);
     }
     nodes.clear();
+    reader->keepUnused(in->isFileVRML2() ? root->getChild(0) : root.get());
     // The reader holds what has a name; it must not take the root with it.
     in->m_reader.reset();
     return root.release();
@@ -195,8 +196,10 @@ SoVRMLGroup* SoDB::readAllVRML(SoInput* in)
     std::vector<SoRef<SoNode>> nodes;
     if (!reader || !readNodes(*reader, nodes))
         return nullptr;
+    SoRef<SoVRMLGroup> root = groupOf<SoVRMLGroup>(nodes);
+    reader->keepUnused(root.get());
     in->m_reader.reset();
-    return groupOf<SoVRMLGroup>(nodes).release();
+    return root.release();
 }
 
 bool SoDB::read(SoInput* in, SoNode*& node)

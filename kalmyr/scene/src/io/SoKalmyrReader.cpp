@@ -44,8 +44,7 @@ bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField:
     }
     if (node->isOfType(SoVRMLScript::getClassTypeId()))
         return static_cast<SoVRMLScript*>(node)->getDeclared().declare(type, name, kind) != nullptr;
-    // The fields of a known class may be declared for readers that do not know it.
-    return true;
+    return false;
 }
 
 } // namespace
@@ -66,8 +65,9 @@ int KalmyrReader::tryStatement(std::string_view word)
 {
     if (word == "ROUTE")
         return readRoute(word) ? 1 : -1;
+    SoRef<SoEngine> engine;
     if (word == "ENGINE" && !isVrml1())
-        return readEngineStatement() ? 1 : -1;
+        return readEngineStatement(engine) ? 1 : -1;
     if (word == "GLOBAL" && !isVrml1())
         return readGlobalStatement() ? 1 : -1;
     if (word != "PROTO" && word != "EXTERNPROTO")
@@ -83,7 +83,25 @@ SoFieldContainer* KalmyrReader::findContainer(std::string_view name) const
     return engine == m_engines.end() ? nullptr : engine->second.get();
 }
 
-bool KalmyrReader::readEngineStatement()
+bool KalmyrReader::readEngine(SoEngine*& engine)
+{
+    engine = nullptr;
+    std::string_view word;
+    if (!text.readWord(word))
+        return text.fail("expected NULL, ENGINE or the name of an engine");
+    if (word == "NULL")
+        return true;
+    SoRef<SoEngine> made;
+    if (word == "ENGINE" && !readEngineStatement(made))
+        return false;
+    const auto known = m_engines.find(word);
+    engine = made ? made.get() : known == m_engines.end() ? nullptr : known->second.get();
+    return engine
+           || text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
+                          "expected NULL, ENGINE or the name of an engine");
+}
+
+bool KalmyrReader::readEngineStatement(SoRef<SoEngine>& engine)
 {
     std::string_view name, type;
     if (!text.readName(name) || !isLegalName(name))
@@ -93,8 +111,7 @@ bool KalmyrReader::readEngineStatement()
     if (!text.readWord(type))
         return text.fail("expected the type of an engine");
     const SbName known = SbName::find(type);
-    const SoRef<SoEngine> engine(known.isEmpty() ? nullptr
-                                                 : SoEngine::create(SoType::fromName(known)));
+    engine = known.isEmpty() ? nullptr : SoEngine::create(SoType::fromName(known));
     if (!engine)
         return text.failAt(typeAt, "expected the type of an engine");
     engine->setName(SbName(name));
@@ -149,6 +166,8 @@ bool KalmyrReader::readTop(SoNode*& node)
         const int statement = tryStatement(word);
         if (statement < 0 || (statement == 0 && !readNodeFrom(word, node)))
             return false;
+        if (node && word == "USE")
+            m_indexCheck.reuse(node);
         text.reportProgress();
     }
     return !text.hasFailed();
@@ -190,6 +209,7 @@ void KalmyrReader::afterValue(SoField& field)
 bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
 {
     SoChildList* children = node->getChildren();
+    const IndexCheck::Scope before = m_indexCheck.open();
     while (!text.accept('}')) {
         std::string_view word;
         if (!text.readWord(word))
@@ -197,14 +217,8 @@ bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
         int read = tryField(node, word, typeName);
         if (read == 0)
             read = tryStatement(word);
-        if (read == 0 && word == "fields")
-            read = readDeclaration(node) ? 1 : -1;
-        if (read == 0 && isVrml1() && !isNode(word)) {
-            warnOnce("field " + std::string(typeName) + "." + std::string(word), word.data(),
-                     "'" + std::string(word) + "' is no field of '" + std::string(typeName)
-                         + "' and is left out");
-            read = skipValue() ? 1 : -1;
-        }
+        if (read == 0)
+            read = tryForeign(node, word, typeName);
         if (read < 0)
             return false;
         if (read > 0)
@@ -218,16 +232,45 @@ bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
             return false;
         if (child)
             children->append(child);
+        if (word == "USE")
+            m_indexCheck.reuse(child);
         text.reportProgress();
     }
+    if (const auto remark = m_indexCheck.close(node, before))
+        warnOnce("index " + std::to_string(text.getOffset()), typeName.data(), *remark);
+    if (!m_declared.empty())
+        m_declared.erase(node);
     return true;
+}
+
+int KalmyrReader::tryForeign(SoNode* node, std::string_view word, std::string_view typeName)
+{
+    bool ok = false;
+    if (word == "fields") {
+        const bool keepsOwn = node->isOfType(SoUnknownNode::getClassTypeId())
+                              || node->isOfType(SoVRMLScript::getClassTypeId());
+        ok = keepsOwn ? readDeclaration(node) : keepDeclaration(node);
+    } else if (word == "KEEP" && !isVrml1()) {
+        ok = readKept(node);
+    } else if (isNode(word) || !(isVrml1() || isDeclared(node, word))) {
+        return 0;
+    } else {
+        if (!isDeclared(node, word))
+            warnOnce("field " + std::string(typeName) + "." + std::string(word), word.data(),
+                     "'" + std::string(word) + "' is no field of '" + std::string(typeName)
+                         + "'; it is kept as text");
+        ok = keepField(node, word);
+    }
+    return ok ? 1 : -1;
 }
 
 bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeName)
 {
     node->setUnknownTypeName(SbName(typeName));
-    // Unknown nodes of VRML97 files are text, whatever it begins with.
-    if (typeName.starts_with("VRML") || text.peekWord() != "fields") {
+    const std::string_view first = text.peekWord();
+    if (first == "KEEP" && !isVrml1())
+        return readBody(node, typeName);
+    if (first != "fields") {
         // A node without anything in it says as much as one that declares that it has no fields.
         if (text.accept('}'))
             return true;
@@ -236,7 +279,10 @@ bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeNam
         return readSkippedBody(node, true);
     }
     text.acceptWord("fields");
-    return readDeclaration(node) && readBody(node, typeName);
+    if (!readDeclaration(node) || !readBody(node, typeName))
+        return false;
+    node->findStandIn();
+    return true;
 }
 
 bool KalmyrReader::readDeclaration(SoNode* node)

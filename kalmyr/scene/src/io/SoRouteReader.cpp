@@ -2,8 +2,12 @@
 #include "SoSceneReader.h"
 
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldConverter.h>
 #include <kalmyr/engines/SoGlobalField.h>
+#include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/sensors/SoRoute.h>
 
 namespace kalmyr::detail {
 
@@ -11,6 +15,14 @@ namespace {
 
 constexpr std::string_view kSet = "set_";
 constexpr std::string_view kChanged = "_changed";
+
+/// Whether a field may follow another for good: lists of children follow nobody.
+bool mayLead(const SoField& from, const SoField& to)
+{
+    return &from != &to
+           && !(to.isOfType(SoMNodeField::getClassTypeId())
+                && static_cast<const SoMNodeField&>(to).isBound());
+}
 
 bool isOneOf(SoField::FieldType type, SoField::FieldType a, SoField::FieldType b)
 {
@@ -104,6 +116,33 @@ SoField* SceneReader::findEvent(std::string_view node, std::string_view event, b
     return fits ? field : nullptr;
 }
 
+bool SceneReader::isUnknown(std::string_view node) const
+{
+    const SoFieldContainer* found = findContainer(node);
+    return found && found->isOfType(SoUnknownNode::getClassTypeId());
+}
+
+SoField* SceneReader::eventOfUnknown(std::string_view node, std::string_view event,
+                                     const SoField* other, bool otherIsUnknown,
+                                     SoField::FieldType kind)
+{
+    SoFieldContainer* owner = findContainer(node);
+    if (!owner || !owner->isOfType(SoUnknownNode::getClassTypeId()))
+        return nullptr;
+    // The other end may yet be named, by a second route of programs that write them twice.
+    if (!other && !otherIsUnknown)
+        return nullptr;
+    auto* unknown = static_cast<SoUnknownNode*>(owner);
+    const bool declared = unknown->hasDeclaration();
+    // Its type is that of the other end; if that is unknown as well, any will do.
+    SoField* field = unknown->declareField(
+        other ? other->getTypeId().getName() : SoSFBool::getClassTypeId().getName(), SbName(event));
+    unknown->setDeclaration(declared);
+    if (field)
+        field->setFieldType(kind);
+    return field;
+}
+
 bool SceneReader::readRoute(std::string_view word)
 {
     std::string_view fromNode, fromEvent, toNode, toEvent;
@@ -115,16 +154,21 @@ bool SceneReader::readRoute(std::string_view word)
         return false;
     SoField* from = findEvent(fromNode, fromEvent, true);
     SoField* to = findEvent(toNode, toEvent, false);
-    if (!from || !to || (to->isConnected() && to->getConnectedField() == from))
+    if (!from)
+        from = eventOfUnknown(fromNode, fromEvent, to, isUnknown(toNode), SoField::EVENT_OUT);
+    if (!to)
+        to = eventOfUnknown(toNode, toEvent, from, false, SoField::EVENT_IN);
+    if (!from || !to || to->getConnectedField() == from)
         return true;
-    const bool fits = routesAnyField() || from->getTypeId() == to->getTypeId();
-    if (to->isConnected() || !fits || !connectFields(*from, *to, false))
+    const bool fits = routesAnyField()
+                          ? SoFieldConverter::canConvert(from->getTypeId(), to->getTypeId())
+                          : from->getTypeId() == to->getTypeId();
+    if (!fits)
         warnOnce("route " + std::string(toNode) + "." + std::string(toEvent), word.data(),
                  "a route to '" + std::string(toNode) + "." + std::string(toEvent)
-                     + "' is left out: "
-                     + (to->isConnected() ? "the field follows another one already"
-                        : !fits           ? "the types of the fields differ"
-                                          : "the fields would follow each other in a circle"));
+                     + "' is left out: the types of the fields differ");
+    else if (to->isConnected() || !mayLead(*from, *to) || !connectFields(*from, *to, false))
+        SoRoute::add(from, to); // more than one source, or a circle
     return true;
 }
 

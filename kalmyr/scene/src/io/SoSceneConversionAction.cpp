@@ -1,9 +1,13 @@
 #include <kalmyr/io/SoSceneConversionAction.h>
 
+#include "ConvertedOthers.h"
+
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/cameras/SoCamera.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoFontElement.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoTextureElement.h>
@@ -85,6 +89,7 @@ void SoSceneConversionAction::addMethods(AddMethod add)
 void SoSceneConversionAction::beginTraversal(SoNode*)
 {
     m_converted.clear();
+    m_lost.clear();
     m_levels.clear();
     m_result = makeRoot();
     open(m_result.get());
@@ -139,8 +144,25 @@ bool SoSceneConversionAction::take(SoNode* node)
 
 void SoSceneConversionAction::convertNode(SoNode* node)
 {
-    if (!take(node))
-        node->doAction(this);
+    if (take(node))
+        return;
+    if (SoNode* made = makeOther(node)) {
+        if (!node->getName().isEmpty() && made->getName().isEmpty())
+            made->setName(node->getName());
+        emit(made);
+        return;
+    }
+    if (kalmyr::detail::isLostWhenFlattened(node))
+        noteLoss(node);
+    node->doAction(this);
+}
+
+void SoSceneConversionAction::noteLoss(const SoNode* node)
+{
+    if (m_lost.insert(node->getTypeId().getIndex()).second)
+        SoDebugError::postWarning("SoSceneConversionAction",
+                                  "%s has no counterpart in the format and is left out",
+                                  node->getTypeId().getName().getString());
 }
 
 std::uint64_t SoSceneConversionAction::stateId() const
@@ -155,6 +177,7 @@ std::uint64_t SoSceneConversionAction::stateId() const
         state->get<SoCoordinateElement>().getValueId(),
         state->get<SoNormalElement>().getValueId(),
         state->get<SoShapeHintsElement>().getValueId(),
+        state->get<SoFontElement>().getValueId(),
     };
     std::uint64_t id = 1;
     for (const std::uint64_t one : ids)
@@ -278,9 +301,10 @@ void SoSceneConversionAction::convertInline(SoNode* node)
         return;
     if (node->isOfType(SoVRMLInline::getClassTypeId())) {
         auto* from = static_cast<SoVRMLInline*>(node);
-        emit(makeInline(from->url.getNum() > 0 ? from->url[0] : SbString(), from->getChildData()));
+        emit(makeInline(from->url.getNum() > 0 ? from->url[0] : SbString(), from->getDirectory(),
+                        from->getChildData()));
     } else {
         auto* from = static_cast<SoWWWInline*>(node);
-        emit(makeInline(from->name.getValue(), from->getChildData()));
+        emit(makeInline(from->name.getValue(), from->getDirectory(), from->getChildData()));
     }
 }

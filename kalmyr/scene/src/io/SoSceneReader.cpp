@@ -525,6 +525,22 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view* inside)
     return true;
 }
 
+bool SceneReader::skipNumbers()
+{
+    // Pixels of images are hexadecimal.
+    double number = 0;
+    std::uint32_t pixel = 0;
+    bool any = false;
+    for (;;) {
+        const std::string_view rest(text.getText() + (text.peek(), text.getOffset()),
+                                    std::min<std::size_t>(text.getRemaining(), 2));
+        const bool isHex = rest == "0x" || rest == "0X";
+        if (isHex ? text.readNumbers(&pixel, 1) == 0 : text.readNumbers(&number, 1) == 0)
+            return any;
+        any = true;
+    }
+}
+
 bool SceneReader::skipValue(bool keepNames)
 {
     const char first = text.peek();
@@ -535,11 +551,13 @@ bool SceneReader::skipValue(bool keepNames)
         return text.readString(ignored);
     }
     std::string_view word;
-    double number = 0;
-    bool any = false;
-    while (text.readNumbers(&number, 1) > 0)
-        any = true;
-    if (any)
+    if (first == '(') {
+        const auto end =
+            std::string_view(text.getText(), text.getSize()).find(')', text.getOffset());
+        text.setOffset(end == std::string_view::npos ? text.getSize() : end + 1);
+        return end != std::string_view::npos || text.fail("expected ')'");
+    }
+    if (skipNumbers())
         return true;
     if (!text.readWord(word))
         return text.fail("expected a value");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "IndexCheck.h"
 #include "SoBlocks.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -53,6 +54,9 @@ public:
     bool readAll(std::vector<SoRef<SoNode>>& nodes);
     /// "Path { head NODE indices [ ... ] }"
     bool readPath(SoRef<SoPath>& path);
+
+    /// Lets the root of the scene keep the prototypes that nothing in the file uses.
+    void keepUnused(const SoNode* root) const;
 
     /// Posts the fault as a read error, once.
     void postError();
@@ -111,8 +115,13 @@ protected:
         return findDefinition(name);
     }
     bool isDefined(std::string_view name) const { return m_definitions.count(name) > 0; }
+    /// False when there is no number.
+    bool skipNumbers();
     /// Skips one value of unknown type.
     bool skipValue(bool keepNames = true);
+
+    /// Keeps the value of a field that the node does not have, for writing.
+    bool keepField(SoNode* node, std::string_view name);
 
     /// PROTO or EXTERNPROTO, behind that word.
     bool readProto(bool external);
@@ -164,6 +173,10 @@ private:
     bool readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt);
     bool readRouteEnd(std::string_view& node, std::string_view& field);
     SoField* findEvent(std::string_view node, std::string_view event, bool out);
+    /// An event that a route tells of a node that is kept as text.
+    SoField* eventOfUnknown(std::string_view node, std::string_view event, const SoField* other,
+                            bool otherIsUnknown, SoField::FieldType kind);
+    bool isUnknown(std::string_view node) const;
     bool readUrls(SoVRMLProto& proto);
     SoVRMLProto* bodyOf(SoVRMLProto* proto);
     SoRef<SoVRMLProto> findInFile(const SoVRMLProto& proto, const SbString& url);
@@ -202,19 +215,30 @@ protected:
     void afterValue(SoField& field) override;
 
     bool mayLeaveOutUse() const override { return isVrml1(); }
+    bool readEngine(SoEngine*& engine) override;
 
 private:
     /// VRML 1.0 is read leniently: programs that write it take liberties.
     bool isVrml1() const;
     /// Whether `word`, which was just taken, begins a node.
     bool isNode(std::string_view word);
+    /// 1 what a known class has no place for was kept, 0 `word` begins something else, -1 fault.
+    int tryForeign(SoNode* node, std::string_view word, std::string_view typeName);
     /// Behind the word "fields".
     bool readDeclaration(SoNode* node);
+    /// The same for a node of a known class, whose further fields are kept as text.
+    bool keepDeclaration(SoNode* node);
+    bool isDeclared(const SoNode* node, std::string_view name) const;
+    /// Behind the word "KEEP".
+    bool readKept(SoNode* node);
     /// Behind the words "ENGINE" and "GLOBAL".
-    bool readEngineStatement();
+    bool readEngineStatement(SoRef<SoEngine>& engine);
     bool readGlobalStatement();
 
     std::unordered_map<std::string_view, SoRef<SoEngine>> m_engines;
+    IndexCheck m_indexCheck;
+    /// Names that "fields" declares beside those of the class, of nodes that are being read.
+    std::unordered_map<const SoNode*, std::vector<std::string_view>> m_declared;
 };
 
 /// VRML97 (ISO/IEC 14772-1:1997).
@@ -247,7 +271,12 @@ protected:
 
 private:
     int tryDeclaration(SoVRMLScript* script, std::string_view word);
-    bool skipField(std::string_view word, std::string_view typeName);
+    /// The body of a node of unknown type, as far as it looks like that of any other. False when it
+    /// does not; part of it is taken then.
+    bool readPieces(SoUnknownNode* node);
+    /// The type of a field that holds what comes next; null when that is no node.
+    const char* nodeFieldType();
+    bool skipField(SoNode* node, std::string_view word, std::string_view typeName);
 
     SoVRMLProtoInstance* m_instance = nullptr; // Not owned; the instance that is being made.
 };

@@ -1,23 +1,31 @@
 #include "SoSceneWriter.h"
 
+#include "Relocation.h"
+
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFEngine.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/fields/SoValueText.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/sensors/SoRoute.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 namespace kalmyr::detail {
@@ -78,6 +86,21 @@ std::vector<std::string_view> typesIn(std::string_view text)
     return types;
 }
 
+/// The prototype that the text of another one means by that name.
+SoVRMLProto* findUsed(const SoVRMLProto* proto, std::string_view type)
+{
+    SoVRMLProto* used = proto->previous.get();
+    while (used && used->name != type)
+        used = used->previous.get();
+    return used;
+}
+
+/// A prototype that nothing used; fields have no blank in their names.
+bool isStatement(const SoForeignFields::Entry& entry)
+{
+    return entry.name.find(' ') != std::string::npos;
+}
+
 const SoVRMLProto* protoOf(const SoNode* node)
 {
     return node->isOfType(SoVRMLProtoInstance::getClassTypeId())
@@ -92,6 +115,12 @@ SceneWriter::SceneWriter(SoAction& action, SoOutput& out)
 {
     const SoInput::Format format = SoInput::formatOfHeader(out.getHeaderString().view());
     m_binary = out.isBinary();
+    if (!out.getFileName().isEmpty()) {
+        std::error_code ignored;
+        const std::filesystem::path file =
+            std::filesystem::absolute(out.getFileName().toStdString(), ignored);
+        m_folder = SbString(file.parent_path().string());
+    }
     m_dialect = format == SoInput::VRML2 ? VRML97 : format == SoInput::VRML1 ? VRML10 : KALMYR;
 }
 
@@ -104,10 +133,9 @@ void SceneWriter::keepOnly(const SoPath& path)
 void SceneWriter::startWriting()
 {
     m_counting = false;
-    std::erase_if(m_routes, [this](const SoField* field) { return !isRouteWritten(*field); });
-    for (const SoField* field : m_routes) {
-        for (const SoFieldContainer* end :
-             {field->getContainer(), field->getConnectedField()->getContainer()})
+    std::erase_if(m_routes, [this](const Route& route) { return !isWritten(route); });
+    for (const Route& route : m_routes) {
+        for (const SoFieldContainer* end : {route.to->getContainer(), route.from->getContainer()})
             if (end->isOfType(SoNode::getClassTypeId()))
                 m_nodes[static_cast<const SoNode*>(end)].routed = true;
     }
@@ -184,7 +212,7 @@ void SceneWriter::header(SoNode* node, Info& info)
     }
     if (const SoVRMLProto* proto = protoOf(node)) {
         m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer += proto->name.view();
+        m_buffer += nameOfProto(proto);
     } else {
         const bool unknown = node->isOfType(SoUnknownNode::getClassTypeId());
         std::string_view type = unknown
@@ -205,8 +233,12 @@ bool SceneWriter::enter(SoNode* node)
             m_names.emplace(node->getName().view());
         if (!m_root)
             m_root = node;
-        if (info.count == 1)
+        if (info.count == 1) {
             findRoutes(node);
+            for (SoForeignFields::Entry& entry : SoForeignFields::of(node))
+                if (isStatement(entry))
+                    m_unused.push_back(std::move(entry));
+        }
         return info.count == 1;
     }
     if (isWrapper(node))
@@ -340,10 +372,30 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
         m_blocks.push_back(block);
     } else {
         m_buffer += ' ';
-        field->writeValue(*this);
+        value(node, field);
     }
     if (field->isIgnored() && m_dialect == KALMYR)
         m_buffer += " ~";
+}
+
+void SceneWriter::value(const SoNode* node, const SoField* field)
+{
+    const SbString* origin = m_folder.isEmpty() ? nullptr : originOf(node, field);
+    if (!origin || origin->isEmpty()) {
+        field->writeValue(*this);
+    } else if (field->isOfType(SoSFString::getClassTypeId())) {
+        SoSFString moved;
+        moved = relocated(static_cast<const SoSFString*>(field)->getValue(), *origin, m_folder);
+        moved.writeValue(*this);
+    } else {
+        const auto urls = static_cast<const SoMFString*>(field)->values();
+        std::vector<SbString> values(urls.begin(), urls.end());
+        for (SbString& url : values)
+            url = relocated(url, *origin, m_folder);
+        SoMFString moved;
+        moved.setValues(0, {values.data(), values.size()});
+        moved.writeValue(*this);
+    }
 }
 
 void SceneWriter::fields(SoNode* node)
@@ -351,6 +403,27 @@ void SceneWriter::fields(SoNode* node)
     const SoFieldData* data = node->getFieldData();
     for (int i = 0; data && i < data->getNumFields() && !m_action.hasTerminated(); ++i)
         field(node, data->getFieldName(i), data->getField(node, i));
+    if (!m_counting)
+        foreign(node);
+}
+
+void SceneWriter::foreign(const SoNode* node)
+{
+    for (const SoForeignFields::Entry& entry : SoForeignFields::of(node)) {
+        if (isStatement(entry))
+            continue;
+        newLine();
+        if (m_dialect == KALMYR) {
+            m_buffer += "KEEP ";
+            writeQuoted(m_buffer, entry.name);
+            m_buffer += ' ';
+            writeQuoted(m_buffer, entry.value);
+        } else {
+            m_buffer += entry.name;
+            m_buffer += ' ';
+            m_buffer += entry.value;
+        }
+    }
 }
 
 void SceneWriter::declaration(const SoFieldData& data, const SoNode* node, int first)
@@ -381,6 +454,7 @@ void SceneWriter::script(SoVRMLScript* node)
     const SoFieldData* data = node->getFieldData();
     for (int i = 0; i < numOwn; ++i)
         field(node, data->getFieldName(i), data->getField(node, i));
+    foreign(node);
     for (int i = numOwn; i < data->getNumFields(); ++i) {
         SoField* one = data->getField(node, i);
         newLine();
@@ -414,23 +488,81 @@ void SceneWriter::collect(SoVRMLProto* proto)
     for (const std::string_view type : typesIn(proto->text)) {
         if (!seen.insert(type).second)
             continue;
-        SoVRMLProto* used = proto->previous.get();
-        while (used && used->name != type)
-            used = used->previous.get();
-        if (used)
+        if (SoVRMLProto* used = findUsed(proto, type))
             collect(used);
     }
     m_protos.push_back(proto);
 }
 
+void SceneWriter::nameProtos()
+{
+    // Prototypes of one name may come from places that do not know of each other.
+    std::unordered_set<std::string> taken;
+    for (const SoVRMLProto* proto : m_protos) {
+        std::string name(proto->name.view());
+        for (int i = 1; !taken.insert(name).second; ++i) {
+            name = std::string(proto->name.view()) + '_';
+            SbNumber::appendInt(name, i);
+        }
+        if (name != proto->name.view())
+            m_protoNames[proto] = name;
+    }
+}
+
+std::string_view SceneWriter::nameOfProto(const SoVRMLProto* proto) const
+{
+    const auto found = m_protoNames.find(proto);
+    return found == m_protoNames.end() ? proto->name.view() : std::string_view(found->second);
+}
+
+std::string SceneWriter::textOf(const SoVRMLProto* proto) const
+{
+    if (m_protoNames.empty())
+        return proto->text;
+    std::string text;
+    const char* at = proto->text.data();
+    for (const std::string_view type : typesIn(proto->text)) {
+        const SoVRMLProto* used = findUsed(proto, type);
+        const bool isOwn = proto->text.find("PROTO " + std::string(type)) != std::string::npos;
+        if (!used || isOwn || !m_protoNames.count(used))
+            continue;
+        text.append(at, type.data());
+        text += nameOfProto(used);
+        at = type.data() + type.size();
+    }
+    return text.append(at, proto->text.data() + proto->text.size());
+}
+
 void SceneWriter::prototypes()
 {
+    nameProtos();
     for (const SoVRMLProto* proto : m_protos) {
         m_buffer += proto->external ? "EXTERNPROTO " : "PROTO ";
         m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer += proto->name.view();
+        m_buffer += nameOfProto(proto);
         m_buffer += ' ';
-        m_buffer += proto->text;
+        m_buffer += textOf(proto);
+        m_buffer += '\n';
+        flushIfLarge();
+    }
+    if (m_dialect != VRML10)
+        unusedPrototypes();
+}
+
+void SceneWriter::unusedPrototypes()
+{
+    std::unordered_set<std::string_view> names;
+    for (const SoVRMLProto* proto : m_protos)
+        names.insert(nameOfProto(proto));
+    for (const SoForeignFields::Entry& entry : m_unused) {
+        const std::size_t blank = entry.name.find(' ');
+        const std::string_view name = std::string_view(entry.name).substr(blank + 1);
+        if (!names.insert(name).second)
+            continue;
+        m_buffer.append(entry.name, 0, blank + 1);
+        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
+        m_buffer.append(name) += ' ';
+        m_buffer += entry.value;
         m_buffer += '\n';
         flushIfLarge();
     }
@@ -446,13 +578,18 @@ bool SceneWriter::isWrapper(const SoNode* node) const
 void SceneWriter::findRoutes(const SoFieldContainer* container)
 {
     const SoFieldData* data = container->getFieldData();
+    std::size_t at = m_routes.size();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         const SoField* one = data->getField(container, i);
-        if (!one->isConnected())
-            continue;
-        m_routes.push_back(one);
-        findEngine(one->getConnectedField()->getContainer());
+        if (const SoField* master = one->getConnectedField())
+            m_routes.push_back({master, one});
+        if (one->isOfType(SoSFEngine::getClassTypeId()))
+            findEngine(static_cast<const SoSFEngine*>(one)->getValue());
+        for (const SoField* source : SoRoute::getSources(one))
+            m_routes.push_back({source, one});
     }
+    for (; at < m_routes.size(); ++at)
+        findEngine(m_routes[at].from->getContainer());
 }
 
 void SceneWriter::findEngine(const SoFieldContainer* engine)
@@ -465,9 +602,9 @@ void SceneWriter::findEngine(const SoFieldContainer* engine)
     findRoutes(engine);
 }
 
-bool SceneWriter::isRouteWritten(const SoField& field) const
+bool SceneWriter::isWritten(const Route& route) const
 {
-    const SoFieldContainer* master = field.getConnectedField()->getContainer();
+    const SoFieldContainer* master = route.from->getContainer();
     if (!master || m_dialect == VRML10)
         return false;
     if (master->isOfType(SoNode::getClassTypeId()))
@@ -477,42 +614,60 @@ bool SceneWriter::isRouteWritten(const SoField& field) const
                || master->isOfType(SoGlobalField::getClassTypeId()));
 }
 
+void SceneWriter::engine(const SoFieldContainer* engine)
+{
+    m_writtenEngines.insert(engine);
+    std::string& name = m_engineNames[engine];
+    name = std::string(engine->getName().view());
+    while (name.empty() || m_names.count(name) || !m_taken.insert(name).second) {
+        name = "Engine";
+        SbNumber::appendInt(name, m_nextInstance++);
+    }
+    m_buffer += "ENGINE ";
+    m_buffer += name;
+    m_buffer += ' ';
+    m_buffer += engine->getTypeId().getName().view();
+    m_buffer += " {";
+    const SoFieldData* data = engine->getFieldData();
+    ++m_indent;
+    for (int i = 0; data && i < data->getNumFields(); ++i) {
+        const SoField* one = data->getField(engine, i);
+        if (engine->computes(one) || !engine->isFieldWritten(*one))
+            continue;
+        newLine();
+        m_buffer += data->getFieldName(i).view();
+        m_buffer += ' ';
+        one->writeValue(*this);
+    }
+    --m_indent;
+    newLine();
+    m_buffer += '}';
+}
+
 void SceneWriter::engines()
 {
-    for (const SoFieldContainer* engine : m_engines) {
-        std::string& name = m_engineNames[engine];
-        name = std::string(engine->getName().view());
-        while (name.empty() || m_names.count(name) || !m_taken.insert(name).second) {
-            name = "Engine";
-            SbNumber::appendInt(name, m_nextInstance++);
-        }
-        m_buffer += "\nENGINE ";
-        m_buffer += name;
-        m_buffer += ' ';
-        m_buffer += engine->getTypeId().getName().view();
-        m_buffer += " {";
-        const SoFieldData* data = engine->getFieldData();
-        ++m_indent;
-        for (int i = 0; data && i < data->getNumFields(); ++i) {
-            const SoField* one = data->getField(engine, i);
-            if (engine->computes(one) || !engine->isFieldWritten(*one))
-                continue;
-            newLine();
-            m_buffer += data->getFieldName(i).view();
-            m_buffer += ' ';
-            one->writeValue(*this);
-        }
-        --m_indent;
-        newLine();
-        m_buffer += '}';
+    for (const SoFieldContainer* one : m_engines) {
+        if (m_writtenEngines.count(one))
+            continue;
+        m_buffer += '\n';
+        engine(one);
     }
+}
+
+void SceneWriter::writeEngine(const SoEngine* one)
+{
+    if (!one || m_dialect != KALMYR)
+        m_buffer += "NULL";
+    else if (m_writtenEngines.count(one))
+        m_buffer += m_engineNames[one];
+    else
+        engine(one);
 }
 
 void SceneWriter::globals()
 {
     std::unordered_set<const SoFieldContainer*> written;
-    for (const SoField* field : m_routes) {
-        const SoField* master = field->getConnectedField();
+    for (const auto& [master, follower] : m_routes) {
         const SoFieldContainer* global = master->getContainer();
         if (!global->isOfType(SoGlobalField::getClassTypeId()) || !written.insert(global).second)
             continue;
@@ -539,8 +694,7 @@ void SceneWriter::routes()
 {
     engines();
     globals();
-    for (const SoField* field : m_routes) {
-        const SoField* master = field->getConnectedField();
+    for (const auto& [master, field] : m_routes) {
         if (m_buffer.empty() || m_buffer.back() != '\n')
             m_buffer += '\n';
         m_buffer += "ROUTE ";
@@ -557,16 +711,25 @@ void SceneWriter::routes()
 
 void SceneWriter::unknown(SoUnknownNode* node)
 {
-    if (!m_counting && node->hasDeclaration())
-        declaration(*node->getFieldData(), node, 0);
-    if (!m_counting && !node->getBody().empty()) {
+    const std::string& body = node->getBody();
+    const bool fromVrml97 = node->getUnknownTypeName().view().starts_with(kVrmlPrefix);
+    if (m_counting || body.empty()) {
+        // Fields of VRML97 nodes need no declaration there, but here.
+        const bool declares = fromVrml97 ? !isVrml97() && node->getFieldData()->getNumFields() > 0
+                                         : node->hasDeclaration();
+        if (!m_counting && declares)
+            declaration(*node->getFieldData(), node, 0);
+        fields(node);
+        children(node);
+    } else if (m_dialect == KALMYR && fromVrml97) {
+        newLine();
+        m_buffer += "KEEP \"\" ";
+        writeQuoted(m_buffer, body);
+    } else {
         // The text brings its own line breaks, also the one in front of the closing brace.
-        m_buffer += node->getBody();
+        m_buffer += body;
         m_verbatim = true;
-        return;
     }
-    fields(node);
-    children(node);
 }
 
 void SceneWriter::writeNode(const SoNode* node)

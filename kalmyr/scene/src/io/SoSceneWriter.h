@@ -4,6 +4,7 @@
 
 #include <kalmyr/base/SbName.h>
 #include <kalmyr/core/SoFieldIO.h>
+#include <kalmyr/core/SoForeignFields.h>
 
 #include <string>
 #include <unordered_map>
@@ -55,6 +56,8 @@ public:
     void endPath(const SoPath& path);
 
     void writeNode(const SoNode* node) override;
+    /// The whole engine where it comes first, then its name.
+    void writeEngine(const SoEngine* engine) override;
     void breakLine() override;
     void flushIfLarge() override;
 
@@ -66,20 +69,32 @@ private:
         bool written = false;
         std::string name;
     };
+    /// A field that follows another.
+    struct Route {
+        const SoField* from;
+        const SoField* to;
+    };
     /// Text is handed on in pieces of this size (bytes).
     static constexpr std::size_t kFlushSize = std::size_t(1) << 18;
 
     void newLine();
     void finishBinary();
     void field(SoNode* node, const SbName& name, SoField* field);
+    void value(const SoNode* node, const SoField* field);
     void declaration(const SoFieldData& data, const SoNode* node, int first);
     /// Declarations of the prototypes that were met, those that they use in front of them.
     void prototypes();
+    void unusedPrototypes();
     void collect(SoVRMLProto* proto);
+    void nameProtos();
+    std::string_view nameOfProto(const SoVRMLProto* proto) const;
+    std::string textOf(const SoVRMLProto* proto) const;
+    void foreign(const SoNode* node);
     void findRoutes(const SoFieldContainer* container);
     void findEngine(const SoFieldContainer* engine);
-    bool isRouteWritten(const SoField& field) const;
+    bool isWritten(const Route& route) const;
     void engines();
+    void engine(const SoFieldContainer* engine);
     void globals();
     void routes();
     std::string nameInRoute(const SoFieldContainer* container);
@@ -99,12 +114,16 @@ private:
     int m_indent = 0;
     std::vector<SoVRMLProto*> m_protos; // Not owned; the instances hold them.
     std::unordered_set<const SoVRMLProto*> m_metProtos;
+    std::vector<SoForeignFields::Entry> m_unused;   ///< prototypes without an instance
     std::vector<const SoFieldContainer*> m_engines; ///< those that fields follow
     std::unordered_map<const SoFieldContainer*, std::string> m_engineNames;
-    std::vector<const SoField*> m_routes; ///< fields that follow others
+    std::unordered_set<const SoFieldContainer*> m_writtenEngines;
+    std::unordered_map<const SoVRMLProto*, std::string> m_protoNames; ///< other than their own
+    std::vector<Route> m_routes;
     const SoNode* m_root = nullptr;
     Dialect m_dialect = KALMYR;
     std::vector<std::string_view> m_blocks; ///< values that a binary file holds as bytes
+    SbString m_folder; ///< of the file that is written; empty for other targets
     bool m_binary = false;
     bool m_counting = true;
     bool m_empty = true;     ///< nothing stands yet in the innermost braces

@@ -1,6 +1,9 @@
 #include <kalmyr/io/SoToVRML2Action.h>
 
+#include "ConversionTools.h"
 #include "ConvertedLook.h"
+#include "ConvertedOthers.h"
+#include "ConvertedText.h"
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
@@ -69,22 +72,6 @@ bool holdsOthers(const SoNode* node)
     return false;
 }
 
-template <class Node>
-SoNode* lightOf(const SoLight& light)
-{
-    auto* made = new Node;
-    made->on = light.on.getValue();
-    made->intensity = light.intensity.getValue();
-    made->color = light.color.getValue();
-    return made;
-}
-
-template <class Field, class Values>
-void fill(Field& field, const Values& values)
-{
-    field.setValues(0, {values.data(), values.size()});
-}
-
 template <class Set>
 void addCorners(Set& set, const SoGeometry& geometry)
 {
@@ -94,11 +81,7 @@ void addCorners(Set& set, const SoGeometry& geometry)
     if (geometry.colors.empty())
         return;
     auto* colors = new SoVRMLColor;
-    std::vector<SbColor> values(geometry.colors.size());
-    float ignored = 0;
-    for (std::size_t i = 0; i < values.size(); ++i)
-        values[i].setPackedValue(geometry.colors[i], ignored);
-    fill(colors->color, values);
+    fill(colors->color, colorsOf(geometry));
     set.color = colors;
 }
 
@@ -223,18 +206,7 @@ SoGroup* SoToVRML2Action::makeGroup(const SoNode* source)
 SoGroup* SoToVRML2Action::makeTransform(const SbMatrix& matrix)
 {
     auto* made = new SoVRMLTransform;
-    SbVec3f translation, scale;
-    SbRotation rotation, scaleOrientation;
-    matrix.getTransform(translation, rotation, scale, scaleOrientation);
-    if (translation != SbVec3f(0, 0, 0))
-        made->translation = translation;
-    if (rotation != SbRotation())
-        made->rotation = rotation;
-    if (scale != SbVec3f(1, 1, 1)) {
-        made->scale = scale;
-        if (scaleOrientation != SbRotation())
-            made->scaleOrientation = scaleOrientation;
-    }
+    setTransform(*made, made->scale, matrix);
     return made;
 }
 
@@ -342,10 +314,12 @@ SoNode* SoToVRML2Action::makeGeometry(SoShape* shape, const SoGeometry& geometry
     SoRef<SoNode>& known = m_geometries[geometry.getId()];
     if (known && m_reuseGeometries)
         return known.get();
-    known = isPlainSolid(shape, geometry) ? solid(shape)
-            : !geometry.triangles.empty() ? faceSet(geometry)
-            : !geometry.lines.empty()     ? lineSet(geometry)
-                                          : pointSet(geometry);
+    SoNode* text = vrml97Text(shape, getState());
+    known = text                            ? text
+            : isPlainSolid(shape, geometry) ? solid(shape)
+            : !geometry.triangles.empty()   ? faceSet(geometry)
+            : !geometry.lines.empty()       ? lineSet(geometry)
+                                            : pointSet(geometry);
     return known.get();
 }
 
@@ -373,7 +347,7 @@ SoNode* SoToVRML2Action::makeLight(const SoNode* node)
 {
     if (node->isOfType(SoSpotLight::getClassTypeId())) {
         const auto* from = static_cast<const SoSpotLight*>(node);
-        auto* made = static_cast<SoVRMLSpotLight*>(lightOf<SoVRMLSpotLight>(*from));
+        auto* made = lightLike<SoVRMLSpotLight>(*from);
         made->location = from->location.getValue();
         made->direction = from->direction.getValue();
         made->cutOffAngle = from->cutOffAngle.getValue();
@@ -382,22 +356,28 @@ SoNode* SoToVRML2Action::makeLight(const SoNode* node)
     }
     if (node->isOfType(SoPointLight::getClassTypeId())) {
         const auto* from = static_cast<const SoPointLight*>(node);
-        auto* made = static_cast<SoVRMLPointLight*>(lightOf<SoVRMLPointLight>(*from));
+        auto* made = lightLike<SoVRMLPointLight>(*from);
         made->location = from->location.getValue();
         return made;
     }
     if (!node->isOfType(SoDirectionalLight::getClassTypeId()))
         return nullptr;
     const auto* from = static_cast<const SoDirectionalLight*>(node);
-    auto* made = static_cast<SoVRMLDirectionalLight*>(lightOf<SoVRMLDirectionalLight>(*from));
+    auto* made = lightLike<SoVRMLDirectionalLight>(*from);
     made->direction = from->direction.getValue();
     return made;
 }
 
-SoNode* SoToVRML2Action::makeInline(const SbString& url, SoNode* content)
+SoNode* SoToVRML2Action::makeOther(SoNode* node)
+{
+    return vrml97Other(node);
+}
+
+SoNode* SoToVRML2Action::makeInline(const SbString& url, const SbString& folder, SoNode* content)
 {
     auto* made = new SoVRMLInline;
     made->url = url;
+    made->setDirectory(folder);
     made->setChildData(content);
     return made;
 }

@@ -1,6 +1,9 @@
 #include <kalmyr/io/SoToVRMLAction.h>
 
+#include "ConversionTools.h"
 #include "ConvertedLook.h"
+#include "ConvertedOthers.h"
+#include "ConvertedText.h"
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
@@ -107,12 +110,6 @@ bool isPure(const SoNode* node, std::unordered_set<const SoNode*>& seen)
     return true;
 }
 
-template <class Field, class Values>
-void fill(Field& field, const Values& values)
-{
-    field.setValues(0, {values.data(), values.size()});
-}
-
 SoNode* cone(float radius, float height, bool side, bool bottom)
 {
     auto* made = new SoCone;
@@ -162,16 +159,6 @@ SoNode* solid(SoShape* shape, const SoGeometry& geometry)
     if (shape->isOfType(SoVRMLCylinder::getClassTypeId()))
         return cylinder(*static_cast<SoVRMLCylinder*>(shape));
     return nullptr;
-}
-
-template <class Node>
-Node* lightOf(const SoVRMLLight& light)
-{
-    auto* made = new Node;
-    made->on = light.on.getValue();
-    made->intensity = light.intensity.getValue();
-    made->color = light.color.getValue();
-    return made;
 }
 
 } // namespace
@@ -245,18 +232,7 @@ SoGroup* SoToVRMLAction::makeGroup(const SoNode* source)
 SoGroup* SoToVRMLAction::makeTransform(const SbMatrix& matrix)
 {
     auto* made = new SoTransform;
-    SbVec3f translation, scale;
-    SbRotation rotation, scaleOrientation;
-    matrix.getTransform(translation, rotation, scale, scaleOrientation);
-    if (translation != SbVec3f(0, 0, 0))
-        made->translation = translation;
-    if (rotation != SbRotation())
-        made->rotation = rotation;
-    if (scale != SbVec3f(1, 1, 1)) {
-        made->scaleFactor = scale;
-        if (scaleOrientation != SbRotation())
-            made->scaleOrientation = scaleOrientation;
-    }
+    setTransform(*made, made->scaleFactor, matrix);
     auto* group = new SoSeparator;
     group->addChild(made);
     return group;
@@ -299,11 +275,7 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
     if (values.getTransparency() > 0)
         material->transparency = values.getTransparency();
     if (!geometry.colors.empty()) {
-        std::vector<SbColor> colors(geometry.colors.size());
-        float ignored = 0;
-        for (std::size_t i = 0; i < colors.size(); ++i)
-            colors[i].setPackedValue(geometry.colors[i], ignored);
-        fill(lit ? material->diffuseColor : material->emissiveColor, colors);
+        fill(lit ? material->diffuseColor : material->emissiveColor, colorsOf(geometry));
         auto* binding = new SoMaterialBinding;
         binding->value = SoMaterialBinding::PER_VERTEX_INDEXED;
         group.addChild(binding);
@@ -335,6 +307,8 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
 
 void SoToVRMLAction::addGeometry(SoGroup& group, SoShape* shape, const SoGeometry& geometry)
 {
+    if (addVrml1Text(group, shape, getState()))
+        return;
     if (SoNode* plain = solid(shape, geometry)) {
         group.addChild(plain);
         return;
@@ -401,31 +375,40 @@ SoNode* SoToVRMLAction::makeLight(const SoNode* node)
 {
     if (node->isOfType(SoVRMLSpotLight::getClassTypeId())) {
         const auto* from = static_cast<const SoVRMLSpotLight*>(node);
-        auto* made = lightOf<SoSpotLight>(*from);
+        auto* made = lightLike<SoSpotLight>(*from);
         made->location = from->location.getValue();
         made->direction = from->direction.getValue();
         made->cutOffAngle = from->cutOffAngle.getValue();
+        if (from->cutOffAngle.getValue() > 0)
+            made->dropOffRate = std::clamp(
+                1 - from->beamWidth.getValue() / from->cutOffAngle.getValue(), 0.0f, 1.0f);
         return made;
     }
     if (node->isOfType(SoVRMLPointLight::getClassTypeId())) {
         const auto* from = static_cast<const SoVRMLPointLight*>(node);
-        auto* made = lightOf<SoPointLight>(*from);
+        auto* made = lightLike<SoPointLight>(*from);
         made->location = from->location.getValue();
         return made;
     }
     if (node->isOfType(SoVRMLDirectionalLight::getClassTypeId())) {
         const auto* from = static_cast<const SoVRMLDirectionalLight*>(node);
-        auto* made = lightOf<SoDirectionalLight>(*from);
+        auto* made = lightLike<SoDirectionalLight>(*from);
         made->direction = from->direction.getValue();
         return made;
     }
     return isVrml1Type(node->getTypeId()) ? const_cast<SoNode*>(node) : nullptr;
 }
 
-SoNode* SoToVRMLAction::makeInline(const SbString& url, SoNode* content)
+SoNode* SoToVRMLAction::makeOther(SoNode* node)
+{
+    return vrml1Other(node);
+}
+
+SoNode* SoToVRMLAction::makeInline(const SbString& url, const SbString& folder, SoNode* content)
 {
     auto* made = new SoWWWInline;
     made->name = url;
+    made->setDirectory(folder);
     made->setChildData(content);
     return made;
 }

@@ -1,6 +1,7 @@
 #include "SoSceneReader.h"
 
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
@@ -109,13 +110,13 @@ bool Vrml97Reader::readBody(SoNode* node, std::string_view typeName)
             read = tryField(node, word, typeName);
         if (read == 0)
             read = tryStatement(word);
-        if (read < 0 || (read == 0 && !skipField(word, typeName)))
+        if (read < 0 || (read == 0 && !skipField(node, word, typeName)))
             return false;
     }
     return true;
 }
 
-bool Vrml97Reader::skipField(std::string_view word, std::string_view typeName)
+bool Vrml97Reader::skipField(SoNode* node, std::string_view word, std::string_view typeName)
 {
     const std::string type(typeName), field(word);
     const bool isNode = text.peek() == '{' || word == "DEF" || word == "USE" || text.peek() == '}';
@@ -123,8 +124,8 @@ bool Vrml97Reader::skipField(std::string_view word, std::string_view typeName)
         return text.failAt(static_cast<std::size_t>(word.data() - text.getText()),
                            "expected a field of '" + type + "', not '" + field + "'");
     warnOnce("field " + type + "." + field, word.data(),
-             "'" + field + "' is no field of '" + type + "' and is left out");
-    return skipValue();
+             "'" + field + "' is no field of '" + type + "'; it is kept as text");
+    return keepField(node, word);
 }
 
 int Vrml97Reader::tryDeclaration(SoVRMLScript* script, std::string_view word)
@@ -168,7 +169,24 @@ bool Vrml97Reader::readUnknownBody(SoUnknownNode* node, std::string_view typeNam
     node->setUnknownTypeName(SbName("VRML" + name));
     warnOnce("type " + name, typeName.data(),
              "node type '" + name + "' is unknown; it is kept as text");
-    return readSkippedBody(node, true);
+    const SoTokenizer before = text;
+    if (!readSkippedBody(node, true))
+        return false;
+    if (node->getBody().find_first_not_of(" \t\r\n,") == std::string::npos)
+        node->setBody({});
+    if (node->getBody().find('{') == std::string::npos)
+        return true;
+    // Nodes in it may be used elsewhere, and are to be seen.
+    const SoTokenizer behind = text;
+    text = before;
+    if (readPieces(node)) {
+        node->setBody({});
+        return true;
+    }
+    text = behind;
+    node->removeFields();
+    SoForeignFields::forget(node);
+    return true;
 }
 
 std::string_view Vrml97Reader::fieldAlias(SoNode* node, std::string_view word) const

@@ -1,6 +1,7 @@
 #include <kalmyr/vrml/SoVRMLProto.h>
 
 #include <kalmyr/actions/SoAction.h>
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
 #include <utility>
@@ -69,6 +70,7 @@ void SoVRMLProtoInstance::copyContents(const SoNode* from, SoNodeCopier& copier)
     const auto* source = static_cast<const SoVRMLProtoInstance*>(from);
     m_proto = source->m_proto;
     m_declared.copy(source->m_declared, copier);
+    SoForeignFields::copy(from, this);
     if (!from->getName().isEmpty())
         setName(from->getName());
     for (SoNode* part : source->m_parts.getNodes())

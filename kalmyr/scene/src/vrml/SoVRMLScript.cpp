@@ -1,5 +1,6 @@
 #include <kalmyr/vrml/SoVRMLScript.h>
 
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
 namespace {
@@ -33,6 +34,7 @@ SoVRMLScript::~SoVRMLScript() = default;
 void SoVRMLScript::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     m_declared.copy(static_cast<const SoVRMLScript*>(from)->m_declared, copier);
+    SoForeignFields::copy(from, this);
     if (!from->getName().isEmpty())
         setName(from->getName());
 }

@@ -27,6 +27,8 @@ public:
     /// Ends the file. False and an error when any part of it could not be written.
     bool closeFile();
     bool isFileOpen() const;
+    /// The file that is written, as it was given; empty for other targets.
+    const SbString& getFileName() const { return m_fileName; }
 
     /// Writes to a memory block from `offset` on. A block that is too small is enlarged by
     /// `reallocate`, without which writing fails. A zero byte that does not count follows the text.

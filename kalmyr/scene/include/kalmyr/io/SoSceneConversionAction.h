@@ -7,6 +7,7 @@
 #include <kalmyr/nodes/SoGroup.h>
 
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 class SoGeometry;
@@ -17,7 +18,7 @@ class SoShape;
 /// Groups become groups; what stands in another space than its group goes below a transformation;
 /// shapes take their material, texture and light model from the state. A separator or VRML97 group
 /// that occurs several times under the same state is converted once. Node kits and prototypes are
-/// flattened; sensors, engines and what else shows nothing is left out.
+/// flattened; sensors, engines and what else shows nothing is left out, with one warning a type.
 class KALMYR_API SoSceneConversionAction : public SoAction {
 public:
     ~SoSceneConversionAction() override;
@@ -56,7 +57,10 @@ protected:
     virtual SoNode* makeShape(SoShape* shape, const SoGeometry& geometry) = 0;
     virtual SoNode* makeCamera(const SoNode* camera) = 0;
     virtual SoNode* makeLight(const SoNode* light) = 0;
-    virtual SoNode* makeInline(const SbString& url, SoNode* content) = 0;
+    /// `folder`: that a relative url starts from.
+    virtual SoNode* makeInline(const SbString& url, const SbString& folder, SoNode* content) = 0;
+    /// What stands for a node that is none of these; null for nothing.
+    virtual SoNode* makeOther(SoNode*) { return nullptr; }
     /// A node that the format has as it is; null for others.
     virtual SoNode* takeOver(SoNode*) { return nullptr; }
 
@@ -73,9 +77,11 @@ private:
     void open(SoGroup* group);
     SoRef<SoGroup> close();
     SoGroup* place();
+    void noteLoss(const SoNode* node);
     std::uint64_t stateId() const;
 
     std::vector<Level> m_levels;
     SoRef<SoGroup> m_result;
     std::unordered_map<std::uint64_t, std::pair<const SoNode*, SoRef<SoNode>>> m_converted;
+    std::unordered_set<int> m_lost; ///< indices of types that were left out
 };

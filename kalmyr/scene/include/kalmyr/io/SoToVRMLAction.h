@@ -32,7 +32,8 @@ protected:
     SoNode* makeShape(SoShape* shape, const SoGeometry& geometry) override;
     SoNode* makeCamera(const SoNode* camera) override;
     SoNode* makeLight(const SoNode* light) override;
-    SoNode* makeInline(const SbString& url, SoNode* content) override;
+    SoNode* makeInline(const SbString& url, const SbString& folder, SoNode* content) override;
+    SoNode* makeOther(SoNode* node) override;
 
 private:
     void addLook(SoGroup& group, const SoGeometry& geometry);

@@ -1,0 +1,269 @@
+#include "IoSupport.h"
+
+#include "support/ErrorGuard.h"
+
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoWriteAction.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/sensors/SoRoute.h>
+#include <kalmyr/sensors/SoSensorManager.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLTransform.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// What readers must not lose.
+class KeptTest : public io::IoTest {
+protected:
+    static std::string writtenAs(SoNode* node, const char* header)
+    {
+        SoOutput out;
+        out.setHeaderString(header);
+        out.setBuffer();
+        SoWriteAction action(&out);
+        action.apply(node);
+        return std::string(out.getText());
+    }
+    static std::string again(const std::string& text, const char* header)
+    {
+        SoInput in;
+        in.setBuffer(text.data(), text.size());
+        SoRef<SoNode> scene(in.isFileVRML2() ? static_cast<SoNode*>(SoDB::readAllVRML(&in))
+                                             : SoDB::readAll(&in));
+        // What was one node in Kalmyr text got a separator around it.
+        if (scene && in.getFormat() == SoInput::KALMYR_ASCII)
+            scene = (*scene->getChildren())[0];
+        return scene ? writtenAs(scene.get(), header) : std::string();
+    }
+    static bool has(const std::string& text, const std::string& part)
+    {
+        return text.find(part) != std::string::npos;
+    }
+};
+
+constexpr const char* kVrml1 = "#VRML V1.0 ascii\n";
+
+} // namespace
+
+TEST_F(KeptTest, FieldsThatTheClassDoesNotHave)
+{
+    auto warnings = support::expectErrors();
+    const std::string text = std::string(io::kVrml97)
+                             + "Shape { metadata MetadataString { name \"a}\" value [ \"b\" ] }\n"
+                               "  weights [ 1.50 2 ] geometry Box { edge TRUE shade 0 0.5 1 } }";
+    const std::string once = again(text, "#VRML V2.0 utf8");
+    for (const char* part : {"metadata MetadataString { name \"a}\" value [ \"b\" ] }",
+                             "weights [ 1.50 2 ]", "edge TRUE", "shade 0 0.5 1"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
+    // Through the toolkit's own format, and in copies.
+    const std::string own = again(once, "#Kalmyr V1.0 ascii");
+    EXPECT_EQ(again(own, "#Kalmyr V1.0 ascii"), own);
+    const SoRef<SoNode> scene = io::read(own);
+    ASSERT_TRUE(scene);
+    const SoRef<SoNode> copy((*scene->getChildren())[0]->copy());
+    EXPECT_EQ(writtenAs(copy.get(), "#Kalmyr V1.0 ascii"), own);
+}
+
+TEST_F(KeptTest, DeclaredFieldsOfKnownNodes)
+{
+    auto warnings = support::expectErrors();
+    warnings.mayStayEmpty();
+    const std::string text = std::string(kVrml1)
+                             + "Cube { fields [ SFFloat width, SFString part, SFBitMask m ]\n"
+                               "  width 3 part \"x\" m (A | B) unheard 0xFF 7 }";
+    const std::string once = again(text, "#VRML V1.0 ascii");
+    for (const char* part : {"fields [ SFFloat width, SFString part, SFBitMask m ]", "part \"x\"",
+                             "m (A | B)", "unheard 0xFF 7", "width 3"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    EXPECT_EQ(again(once, "#VRML V1.0 ascii"), once);
+    const std::string own = again(
+        "#Kalmyr V1.0 ascii\nCube { fields [ SFString part ] part \"x\" }", "#Kalmyr V1.0 ascii");
+    EXPECT_TRUE(has(own, "KEEP \"part\"")) << own;
+}
+
+TEST_F(KeptTest, SeveralSourcesOfAField)
+{
+    const std::string text = std::string(io::kVrml97) + R"(
+DEF A PositionInterpolator { key [ 0 1 ] keyValue [ 0 0 0, 1 0 0 ] }
+DEF B PositionInterpolator { key [ 0 1 ] keyValue [ 0 0 0, 0 1 0 ] }
+DEF T Transform { } DEF U Transform { }
+ROUTE A.value_changed TO T.translation
+ROUTE B.value_changed TO T.translation
+ROUTE T.translation TO U.translation
+ROUTE U.translation TO T.translation)";
+    SoInput in;
+    in.setBuffer(text.data(), text.size());
+    SoRef<SoVRMLGroup> scene(SoDB::readAllVRML(&in));
+    ASSERT_TRUE(scene);
+    const auto field = [&](int node, const char* name) {
+        return scene->getChild(node)->getField(SbName(name));
+    };
+    const auto* t = static_cast<SoVRMLTransform*>(scene->getChild(2));
+    auto* u = static_cast<SoVRMLTransform*>(scene->getChild(3));
+    for (const auto& [source, wanted] : {std::pair(0, SbVec3f(1, 0, 0)), {1, {0, 1, 0}}}) {
+        field(source, "set_fraction")->set("0");
+        field(source, "set_fraction")->set("1");
+        EXPECT_EQ(t->translation.getValue(), wanted);
+        EXPECT_EQ(u->translation.getValue(), wanted);
+    }
+    u->translation.setValue(5, 5, 5); // against the circle
+    EXPECT_EQ(t->translation.getValue(), SbVec3f(5, 5, 5));
+    const std::string once = writtenAs(scene.get(), "#VRML V2.0 utf8");
+    for (const char* part :
+         {"ROUTE A.value_changed TO T.translation", "ROUTE B.value_changed TO T.translation",
+          "ROUTE T.translation TO U.translation", "ROUTE U.translation TO T.translation"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
+    // A source may die, and so may the field.
+    const SoRef<SoNode> b(scene->getChild(1));
+    scene->removeChild(2);
+    b->getField(SbName("set_fraction"))->set("0.5");
+    scene = nullptr;
+    b->getField(SbName("set_fraction"))->set("0");
+}
+
+TEST_F(KeptTest, RoutesOfUnknownNodes)
+{
+    auto warnings = support::expectErrors();
+    const std::string once = again(std::string(io::kVrml97) + R"(
+DEF X Wobble { speed 3 }
+DEF T Transform { }
+ROUTE X.moved TO T.translation
+ROUTE T.scale TO X.set_size)",
+                                   "#VRML V2.0 utf8");
+    EXPECT_TRUE(has(once, "ROUTE X.moved TO T.translation")) << once;
+    EXPECT_TRUE(has(once, "ROUTE T.scale TO X.set_size")) << once;
+    EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
+}
+
+TEST_F(KeptTest, PrototypesOfOneNameAndUnusedOnes)
+{
+    const std::string one = writeFile("one.wrl", std::string(io::kVrml97)
+                                                     + "PROTO P [ ] { Box { } }\n"
+                                                       "PROTO Q [ ] { Shape { geometry P { } } }\n"
+                                                       "PROTO Spare [ ] { Cone { } }\nQ { }");
+    const std::string two =
+        writeFile("two.wrl", std::string(io::kVrml97)
+                                 + "PROTO P [ ] { Shape { geometry Sphere { } } }\nP { }");
+    SoRef<SoVRMLGroup> both(new SoVRMLGroup);
+    for (const std::string& file : {one, two}) {
+        SoInput in;
+        ASSERT_TRUE(in.openFile(SbString(file)));
+        both->addChild(SoDB::readAllVRML(&in));
+    }
+    const std::string text = writtenAs(both.get(), "#VRML V2.0 utf8");
+    EXPECT_TRUE(has(text, "PROTO Spare [ ] { Cone { } }")) << text;
+    EXPECT_TRUE(has(text, "PROTO P_1 [ ] { Shape { geometry Sphere")) << text;
+    EXPECT_TRUE(has(text, "P_1 {")) << text;
+    EXPECT_EQ(again(text, "#VRML V2.0 utf8"), text);
+}
+
+TEST_F(KeptTest, RelativeUrlsLeadToTheSameFile)
+{
+    writeFile("part.wrl", std::string(kVrml1) + "Cube { }");
+    const std::string file =
+        writeFile("scene.wrl", std::string(kVrml1) + "WWWInline { name \"part.wrl\" }");
+    SoInput in;
+    ASSERT_TRUE(in.openFile(SbString(file)));
+    const SoRef<SoSeparator> scene(SoDB::readAll(&in));
+    ASSERT_TRUE(scene);
+    SoToVRML2Action convert;
+    convert.apply(scene.get());
+    const fs::path other = fs::path(folder()) / "elsewhere";
+    fs::create_directory(other);
+    SoOutput out;
+    out.setHeaderString("#VRML V2.0 utf8");
+    ASSERT_TRUE(out.openFile(SbString((other / "scene.wrl").string())));
+    SoWriteAction(&out).apply(static_cast<SoNode*>(convert.getVRML2SceneGraph()));
+    ASSERT_TRUE(out.closeFile());
+    EXPECT_TRUE(has(io::readFile((other / "scene.wrl").string()), "../part.wrl"));
+    // In its own folder it stays as it was.
+    EXPECT_TRUE(has(writtenAs(scene.get(), "#VRML V1.0 ascii"), "\"part.wrl\""));
+}
+
+TEST_F(KeptTest, InlinesMayWaitUntilTheyAreNeeded)
+{
+    writeFile("part.wrl", std::string(kVrml1) + "Cube { }");
+    const std::string file =
+        writeFile("scene.wrl", std::string(kVrml1) + "WWWInline { name \"part.wrl\" }");
+    SoInlineNode::setLoading(SoInlineNode::ON_DEMAND);
+    SoInput in;
+    ASSERT_TRUE(in.openFile(SbString(file)));
+    const SoRef<SoSeparator> scene(SoDB::readAll(&in));
+    SoInlineNode::setLoading(SoInlineNode::WITH_FILE);
+    ASSERT_TRUE(scene);
+    const auto* link = static_cast<SoWWWInline*>(scene->getChild(0));
+    EXPECT_FALSE(link->getChildData());
+    SoGetBoundingBoxAction bounds{SbViewportRegion(100, 100)};
+    bounds.apply(scene.get());
+    EXPECT_TRUE(bounds.getBoundingBox().isEmpty());
+    SoSensorManager::processDelayQueue(true);
+    EXPECT_TRUE(link->getChildData());
+    bounds.apply(scene.get());
+    EXPECT_FALSE(bounds.getBoundingBox().isEmpty());
+}
+
+TEST_F(KeptTest, StrayIndicesHaveTheirPlace)
+{
+    auto warnings = support::expectErrors();
+    io::read(std::string(kVrml1)
+             + "Separator {\n"
+               "  DEF C Coordinate3 { point [ 0 0 0, 1 0 0, 0 1 0 ] }\n"
+               "  IndexedFaceSet { coordIndex [ 0 1 2 -1 ] }\n"
+               "  Separator { Coordinate3 { point [ 0 0 0 ] } }\n"
+               "    IndexedLineSet { coordIndex [ 0 1 7 -1 ] }\n"
+               "}\n"
+               "USE C\n"
+               "  IndexedFaceSet { coordIndex [ 0 1 2 -1 0 1 3 ] }\n");
+    ASSERT_EQ(warnings.count(), 2u);
+    EXPECT_TRUE(warnings.contains("<memory>:6:5: coordIndex[2] is 7, but there are 3 points"));
+    EXPECT_TRUE(warnings.contains("<memory>:9:3: coordIndex[6] is 3, but there are 3 points"));
+}
+
+TEST_F(KeptTest, UnknownNodesShowWhatTheyAreAKindOf)
+{
+    const auto boxOf = [](const std::string& text) {
+        const SoRef<SoNode> scene = io::read(std::string(kVrml1) + text);
+        SoGetBoundingBoxAction bounds{SbViewportRegion(100, 100)};
+        bounds.apply(scene.get());
+        return bounds.getBoundingBox();
+    };
+    const SbBox3f box = boxOf("Crate { fields [ MFString isA, SFFloat width, SFFloat age ] "
+                              "isA [ \"Chest\", \"Cube\" ] width 6 age 3 }");
+    EXPECT_EQ(box.getMax(), SbVec3f(3, 1, 1));
+    const SbBox3f other = boxOf("Crate { fields [ SFNode alternateRep ] "
+                                "alternateRep Separator { Sphere { radius 4 } } }");
+    EXPECT_EQ(other.getMax(), SbVec3f(4, 4, 4));
+}
+
+TEST_F(KeptTest, NodesInsideUnknownOnes)
+{
+    auto warnings = support::expectErrors();
+    const std::string text = std::string(io::kVrml97) + R"(
+Cage { bars 12 label "a } b" children [ Shape { geometry DEF B Box { } } DEF M Mouse { } ]
+  floor Shape { geometry USE B } ROUTE M.moved TO T.translation }
+Shape { geometry USE B }
+DEF T Transform { }
+ROUTE M.moved TO T.translation
+Odd { field SFFloat x 1 DEF Q Box { } }
+Shape { geometry USE Q })";
+    const std::string once = again(text, "#VRML V2.0 utf8");
+    for (const char* part :
+         {"bars 12", "label \"a } b\"", "geometry DEF B Box", "ROUTE M.moved TO T.translation",
+          "Odd { field SFFloat x 1 DEF Q Box { } }"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    std::size_t uses = 0;
+    for (std::size_t at = 0; (at = once.find("USE B", at)) != std::string::npos; ++at)
+        ++uses;
+    EXPECT_EQ(uses, 2u) << once;
+    EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
+    const std::string own = again(once, "#Kalmyr V1.0 ascii");
+    EXPECT_EQ(again(own, "#Kalmyr V1.0 ascii"), own);
+    EXPECT_EQ(again(own, "#VRML V2.0 utf8"), once);
+}
