@@ -101,6 +101,13 @@ Facts measure(Scene& scene)
     Facts facts;
     for (const SoRef<SoNode>& node : scene.nodes)
         facts.graph.add(node.get());
+    // Nodes that hold others many times over multiply: some small files have no end.
+    constexpr std::uint64_t kMaxOccurrences = 200'000'000;
+    if (facts.graph.occurrences() > kMaxOccurrences) {
+        scene.warnings.push_back(
+            {scene.file, 0, 0, "too many occurrences to count what they show"});
+        return facts;
+    }
     SoGetPrimitiveCountAction count;
     count.apply(scene.root.get());
     facts.triangles = count.getTriangleCount();

@@ -162,7 +162,7 @@ bool invertGeneral(const SbMatrix& m, SbMatrix& out)
 
 bool isFinite(const SbMatrix& m)
 {
-    return std::all_of(m[0], m[0] + 16, [](float v) { return std::isfinite(v); });
+    return std::all_of(&m[0][0], &m[0][0] + 16, [](float v) { return std::isfinite(v); });
 }
 
 } // namespace
@@ -355,11 +355,21 @@ void SbMatrix::multMatrixVec(const SbVec3f& src, SbVec3f& dst) const
 
 bool SbMatrix::equals(const SbMatrix& o, float tolerance) const
 {
-    return std::equal(m_v[0], m_v[0] + 16, o.m_v[0],
-                      [tolerance](float a, float b) { return std::fabs(a - b) <= tolerance; });
+    const auto isNear = [tolerance](float a, float b) { return std::fabs(a - b) <= tolerance; };
+    for (int i = 0; i < 4; ++i) {
+        if (!std::equal(m_v[i], m_v[i] + 4, o.m_v[i], isNear)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool operator==(const SbMatrix& a, const SbMatrix& b)
 {
-    return std::equal(a.m_v[0], a.m_v[0] + 16, b.m_v[0]);
+    for (int i = 0; i < 4; ++i) {
+        if (!std::equal(a.m_v[i], a.m_v[i] + 4, b.m_v[i])) {
+            return false;
+        }
+    }
+    return true;
 }

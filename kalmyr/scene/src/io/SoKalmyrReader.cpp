@@ -36,11 +36,12 @@ bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField:
 {
     if (node->isOfType(SoUnknownNode::getClassTypeId())) {
         auto* unknown = static_cast<SoUnknownNode*>(node);
-        unknown->setDeclaration(true);
         SoField* field = unknown->declareField(type, name);
-        if (field)
-            field->setFieldType(kind);
-        return field != nullptr;
+        if (!field)
+            return false;
+        unknown->setDeclaration(true);
+        field->setFieldType(kind);
+        return true;
     }
     if (node->isOfType(SoVRMLScript::getClassTypeId()))
         return static_cast<SoVRMLScript*>(node)->getDeclared().declare(type, name, kind) != nullptr;
