@@ -1,4 +1,5 @@
-// Reading VRML97 text beside the floor: scanning the same text for its numbers.
+// Reading VRML97 text, plain and packed, beside the floor: inflating it and scanning it for its
+// numbers. Memory beside what the graph takes in the end.
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
@@ -6,15 +7,20 @@
 
 #include <benchmark/benchmark.h>
 
+#include <malloc.h>
+#include <zlib.h>
+
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
 #include <string>
 
 namespace {
-
-constexpr int kColumns = 1000;
-constexpr int kRows = 500;
 
 template <class... A>
 void add(std::string& text, const char* pattern, A... values)
@@ -24,37 +30,70 @@ void add(std::string& text, const char* pattern, A... values)
                 static_cast<std::size_t>(std::snprintf(line, sizeof line, pattern, values...)));
 }
 
-/// One face set of a million triangles with normals.
-const std::string& mesh()
+/// One face set with normals.
+const std::string& mesh(std::int64_t triangles)
 {
-    static const std::string text = [] {
+    static std::map<std::int64_t, std::string> known;
+    std::string& text = known[triangles];
+    if (text.empty()) {
+        const int columns = 1000, rows = static_cast<int>(triangles / 2 / columns);
         std::string points, normals, faces;
-        for (int j = 0; j <= kRows; ++j) {
-            for (int i = 0; i <= kColumns; ++i) {
+        for (int j = 0; j <= rows; ++j) {
+            for (int i = 0; i <= columns; ++i) {
                 const double x = i / 10.0, y = j / 10.0;
                 const double a = -1.2 * std::cos(x * .4) * std::cos(y * .37),
                              b = 1.11 * std::sin(x * .4) * std::sin(y * .37);
                 const double l = std::sqrt(a * a + b * b + 1);
                 add(points, "%.6g %.6g %.6g,\n", x, y, 3 * std::sin(x * .4) * std::cos(y * .37));
                 add(normals, "%.5f %.5f %.5f,\n", a / l, b / l, 1 / l);
-                const int at = j * (kColumns + 1) + i;
-                if (i == kColumns || j == kRows)
+                const int at = j * (columns + 1) + i;
+                if (i == columns || j == rows)
                     continue;
-                add(faces, "%d, %d, %d, -1,\n%d, %d, %d, -1,\n", at, at + 1, at + kColumns + 2, at,
-                    at + kColumns + 2, at + kColumns + 1);
+                add(faces, "%d, %d, %d, -1,\n%d, %d, %d, -1,\n", at, at + 1, at + columns + 2, at,
+                    at + columns + 2, at + columns + 1);
             }
         }
-        return "#VRML V2.0 utf8\nDEF Mesh Shape { geometry IndexedFaceSet { coord Coordinate { "
+        text = "#VRML V2.0 utf8\nDEF Mesh Shape { geometry IndexedFaceSet { coord Coordinate { "
                "point [\n"
                + points + "] } normal Normal { vector [\n" + normals + "] } coordIndex [\n" + faces
                + "] } }\n";
-    }();
+    }
     return text;
 }
 
-/// Small transforms with shapes, sharing appearances and geometries; one entry in ten repeats one.
-std::string nodes(int count)
+std::string packed(const std::string& text)
 {
+    z_stream z{};
+    deflateInit2(&z, 6, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
+    std::string result(deflateBound(&z, text.size()), 0);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    z.avail_in = static_cast<uInt>(text.size());
+    z.next_out = reinterpret_cast<Bytef*>(result.data());
+    z.avail_out = static_cast<uInt>(result.size());
+    deflate(&z, Z_FINISH);
+    result.resize(z.total_out);
+    deflateEnd(&z);
+    return result;
+}
+
+std::string inflated(const std::string& bytes, std::size_t size)
+{
+    std::string result(size, 0);
+    z_stream z{};
+    inflateInit2(&z, 15 + 16);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    z.avail_in = static_cast<uInt>(bytes.size());
+    z.next_out = reinterpret_cast<Bytef*>(result.data());
+    z.avail_out = static_cast<uInt>(result.size());
+    inflate(&z, Z_FINISH);
+    inflateEnd(&z);
+    return result;
+}
+
+/// Small transforms with shapes, sharing appearances and geometries; one entry in ten repeats one.
+std::string nodes(int count, std::int64_t& bodies)
+{
+    bodies = 0;
     static const char* kGeometry[] = {"Box { size 1 2 3 }", "Sphere { radius 1.5 }",
                                       "Cone { bottomRadius 1 height 2 }",
                                       "Cylinder { radius 0.5 height 3 }"};
@@ -65,6 +104,7 @@ std::string nodes(int count)
             continue;
         }
         const double at = i * 0.0137;
+        bodies += i < 16 ? 5 : 2;
         add(text,
             "DEF T%d Transform {\n  translation %.4f %.4f %.4f\n  rotation 0 1 0 %.5f\n  scale 1 1 "
             "1.25\n  children [\n    Shape {\n",
@@ -99,44 +139,142 @@ void scan(const std::string& text)
     benchmark::DoNotOptimize(sum);
 }
 
-void read(const std::string& text)
+SoRef<SoVRMLGroup> read(const std::string& text)
 {
     SoInput in;
     in.setBuffer(text.data(), text.size());
-    const SoRef<SoVRMLGroup> root(SoDB::readAllVRML(&in));
-    benchmark::DoNotOptimize(root.get());
+    return SoRef<SoVRMLGroup>(SoDB::readAllVRML(&in));
 }
+
+void countBytes(benchmark::State& state, const std::string& text)
+{
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+
+// Argument of the meshes: triangles.
 
 void meshFloor(benchmark::State& state)
 {
-    const std::string& text = mesh(); // made before the clock runs
+    const std::string& text = mesh(state.range(0));
     for (auto _ : state)
         scan(text);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(mesh().size()));
+    countBytes(state, text);
 }
 
 void meshRead(benchmark::State& state)
 {
     SoDB::init();
-    const std::string& text = mesh();
+    const std::string& text = mesh(state.range(0));
     for (auto _ : state)
-        read(text);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(mesh().size()));
+        benchmark::DoNotOptimize(read(text).get());
+    countBytes(state, text);
 }
 
+void packedFloor(benchmark::State& state)
+{
+    const std::string& text = mesh(state.range(0));
+    const std::string bytes = packed(text);
+    for (auto _ : state)
+        scan(inflated(bytes, text.size()));
+    countBytes(state, text);
+}
+
+void packedRead(benchmark::State& state)
+{
+    SoDB::init();
+    const std::string& text = mesh(state.range(0));
+    const std::string bytes = packed(text);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(read(bytes).get());
+    countBytes(state, text);
+}
+
+/// Argument: entries in the file. The graph is let go of outside the clock.
 void nodesRead(benchmark::State& state)
 {
     SoDB::init();
-    const std::string text = nodes(static_cast<int>(state.range(0)));
-    for (auto _ : state)
-        read(text);
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    std::int64_t bodies = 0;
+    const std::string text = nodes(static_cast<int>(state.range(0)), bodies);
+    for (auto _ : state) {
+        SoRef<SoVRMLGroup> root = read(text);
+        state.PauseTiming();
+        root.reset();
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * bodies);
+    countBytes(state, text);
 }
 
-BENCHMARK(meshFloor)->Unit(benchmark::kMillisecond);
-BENCHMARK(meshRead)->Unit(benchmark::kMillisecond);
-BENCHMARK(nodesRead)->Arg(12500)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
+/// A line of the process's status, in bytes.
+double statusBytes(const char* name)
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(name))
+            return std::strtod(line.c_str() + std::strlen(name), nullptr) * 1024;
+    return 0;
+}
+
+/// What reading a file takes at its peak beyond what was there before, and what the graph takes.
+void measurePeak(benchmark::State& state, const std::string& text)
+{
+    SoDB::init();
+    const std::string path = "/tmp/bench_io_read.wrl";
+    std::ofstream(path, std::ios::binary) << text;
+    double peak = 0, graph = 0;
+    for (auto _ : state) {
+        malloc_trim(0);
+        std::ofstream("/proc/self/clear_refs") << 5; // the peak begins anew
+        const double before = statusBytes("VmRSS:");
+        SoInput in;
+        in.openFile(SbString(path));
+        SoRef<SoVRMLGroup> root(SoDB::readAllVRML(&in));
+        peak = statusBytes("VmHWM:") - before;
+        in.closeFile();
+        malloc_trim(0);
+        graph = statusBytes("VmRSS:") - before;
+        root.reset();
+    }
+    std::remove(path.c_str());
+    state.counters["graph"] = graph;
+    state.counters["peak"] = peak;
+    state.counters["peak/graph"] = peak / graph;
+}
+
+void meshPeak(benchmark::State& state)
+{
+    measurePeak(state, std::string(mesh(state.range(0))));
+}
+
+void packedPeak(benchmark::State& state)
+{
+    measurePeak(state, packed(mesh(state.range(0))));
+}
+
+void nodesPeak(benchmark::State& state)
+{
+    std::int64_t bodies = 0;
+    measurePeak(state, nodes(static_cast<int>(state.range(0)), bodies));
+}
+
+void meshes(benchmark::internal::Benchmark* b)
+{
+    b->Arg(50'000)->Arg(250'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+}
+
+void entries(benchmark::internal::Benchmark* b)
+{
+    b->Arg(12'500)->Arg(50'000)->Arg(200'000)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(meshFloor)->Apply(meshes);
+BENCHMARK(meshRead)->Apply(meshes);
+BENCHMARK(packedFloor)->Apply(meshes);
+BENCHMARK(packedRead)->Apply(meshes);
+BENCHMARK(nodesRead)->Apply(entries);
+BENCHMARK(meshPeak)->Apply(meshes)->Iterations(1);
+BENCHMARK(packedPeak)->Apply(meshes)->Iterations(1);
+BENCHMARK(nodesPeak)->Apply(entries)->Iterations(1);
 
 } // namespace
 

@@ -10,6 +10,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <benchmark/benchmark.h>
 
@@ -149,8 +150,59 @@ void editUnderHeldPaths(benchmark::State& state)
     }
 }
 
+enum Order { TOP_DOWN, BOTTOM_UP };
+
+/// Groups one inside the other. Each edit is told to all groups above it: from the top down that is
+/// all that exist.
+template <class Group>
+void constructChain(benchmark::State& state)
+{
+    SoDB::init();
+    for (auto _ : state) {
+        SoRef<Group> at(new Group);
+        SoRef<Group> top = at;
+        for (std::int64_t i = 1; i < state.range(0); ++i) {
+            const SoRef<Group> next(new Group);
+            if (state.range(1) == TOP_DOWN) {
+                at->addChild(next.get());
+            } else {
+                next->addChild(at.get());
+                top = next;
+            }
+            at = next;
+        }
+        state.PauseTiming();
+        at.reset();
+        top.reset();
+        state.ResumeTiming();
+    }
+}
+
+/// A node with many parents loses them in the order in which it got them.
+void shareAndPart(benchmark::State& state)
+{
+    SoDB::init();
+    const SoRef<SoMaterial> shared(new SoMaterial);
+    for (auto _ : state) {
+        std::vector<SoRef<SoSeparator>> parents(static_cast<std::size_t>(state.range(0)));
+        for (auto& parent : parents) {
+            parent = new SoSeparator;
+            parent->addChild(shared.get());
+        }
+        for (auto& parent : parents)
+            parent.reset();
+    }
+}
+
 } // namespace
 
+BENCHMARK(constructChain<SoGroup>)
+    ->Unit(benchmark::kMillisecond)
+    ->ArgsProduct({{1000, 3000, 10000}, {TOP_DOWN, BOTTOM_UP}});
+BENCHMARK(constructChain<SoVRMLGroup>)
+    ->Unit(benchmark::kMillisecond)
+    ->ArgsProduct({{1000, 3000, 10000}, {TOP_DOWN, BOTTOM_UP}});
+BENCHMARK(shareAndPart)->Unit(benchmark::kMillisecond)->Arg(10000)->Arg(100000)->Arg(1000000);
 BENCHMARK(constructMix)->Unit(benchmark::kMillisecond)->Arg(2500)->Arg(25000)->Arg(250000);
 BENCHMARK(releaseMix)->Unit(benchmark::kMillisecond)->Arg(2500)->Arg(25000)->Arg(250000);
 BENCHMARK(copyMix)->Unit(benchmark::kMillisecond)->Arg(2500)->Arg(25000)->Arg(250000);

@@ -138,3 +138,18 @@ TEST_F(InputTest, ReportsProgressToTheEnd)
     EXPECT_TRUE(std::is_sorted(in.seen.begin(), in.seen.end()));
     EXPECT_EQ(in.seen.back(), text.size());
 }
+
+TEST_F(InputTest, KnowsWhereAFaultIsBehindLongLists)
+{
+    for (const std::string end : {"\n", "\r\n", "\r"}) {
+        std::string scene = io::kAscii + ("Separator {" + end) + "Coordinate3 { point [" + end;
+        for (int i = 0; i < 200'000; ++i)
+            scene += "1 2 3" + end;
+        scene += "] }" + end + "  Cube { width x }" + end + "}";
+        SoInput in;
+        ASSERT_TRUE(in.setBuffer(scene.data(), scene.size()));
+        auto errors = support::expectErrors();
+        EXPECT_EQ(SoDB::readAll(&in), nullptr);
+        EXPECT_TRUE(errors.contains(":200005:16: error: expected a number")) << errors.texts()[0];
+    }
+}

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <numbers>
 
 using namespace actiontest;
@@ -109,14 +110,20 @@ TEST_F(SoGetBoundingBoxActionTest, UnchangedSeparatorsAreNotEntered)
     EXPECT_EQ(action.getNumVisits(), 1u);
     moved->by = SbVec3f(100, 0, 0);
     action.apply(root.get());
-    EXPECT_EQ(action.getNumVisits(), 1 + 50 + 51u);
+    EXPECT_EQ(action.getNumVisits(), 1 + 1 + 51u);
     EXPECT_EQ(action.getBoundingBox(), SbBox3f(-0.5f, -0.5f, -0.5f, 100.5f, 0.5f, 0.5f));
 }
 
-TEST_F(SoGetBoundingBoxActionTest, InheritedCoordinatesAreNotRememberedWrongly)
+class InheritedBoundsTest : public SoGetBoundingBoxActionTest,
+                            public testing::WithParamInterface<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(GroupAndSeparator, InheritedBoundsTest, testing::Bool());
+
+TEST_P(InheritedBoundsTest, CoordinatesAreNotRememberedWrongly)
 {
-    // The same separator twice below different coordinates; only its inside is remembered.
-    SoRef<SoGroup> root(new SoGroup);
+    // The same separator twice below different coordinates; only its inside is remembered, by
+    // itself and by a separator around it.
+    SoRef<SoGroup> root(GetParam() ? new SoSeparator : new SoGroup);
     auto* shared = new SoSeparator;
     shared->addChild(new SoPointSet);
     for (int n = 0; n < 10; ++n)
@@ -153,6 +160,49 @@ TEST_F(SoGetBoundingBoxActionTest, ASingleShapeStaysTightUnderNestedRotations)
         const SbBox3f box = bounds(root.get());
         EXPECT_TRUE(box.getMin().equals(SbVec3f(-1, -1, -1), 1e-5f)) << round;
         EXPECT_TRUE(box.getMax().equals(SbVec3f(1, 1, 1), 1e-5f)) << round;
+    }
+}
+
+TEST_F(SoGetBoundingBoxActionTest, ReplacedChildrenAreNotTakenForThoseBefore)
+{
+    SoRef<SoSeparator> root(new SoSeparator);
+    auto* shared = new Leaf;
+    SoSeparator* parts[6];
+    for (int i = 0; i < 6; ++i) {
+        parts[i] = new SoSeparator;
+        parts[i]->addChild(new Mover(SbVec3f(static_cast<float>(10 * i), 0, 0)));
+        parts[i]->addChild(shared);
+        root->addChild(parts[i]);
+    }
+    shared->touch(); // one stamp for all
+    EXPECT_EQ(bounds(root.get()), SbBox3f(-0.5f, -0.5f, -0.5f, 50.5f, 0.5f, 0.5f));
+    root->replaceChild(5, parts[2]);
+    EXPECT_EQ(bounds(root.get()), SbBox3f(-0.5f, -0.5f, -0.5f, 40.5f, 0.5f, 0.5f));
+    root->removeChild(0);
+    EXPECT_EQ(bounds(root.get()), SbBox3f(9.5f, -0.5f, -0.5f, 40.5f, 0.5f, 0.5f));
+}
+
+TEST_F(SoGetBoundingBoxActionTest, BoxesDoNotGrowWithEveryRotation)
+{
+    SoRef<SoSeparator> root(new SoSeparator);
+    SoSeparator* at = root.get();
+    for (int level = 0; level < 150; ++level) {
+        auto* turn = new SoRotation;
+        turn->rotation = SbRotation(SbVec3f(1, static_cast<float>(level % 3), 2), 0.7f);
+        at->addChild(turn);
+        at->addChild(new SoCube);
+        auto* inner = new SoSeparator;
+        at->addChild(inner);
+        at = inner;
+    }
+    for (int round = 0; round < 2; ++round) {
+        const SbBox3f box = bounds(root.get());
+        // All corners lie on one sphere.
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_LE(box.getMax()[i], 3 * std::sqrt(3.0f)) << round;
+            EXPECT_GE(box.getMax()[i], 1.0f) << round;
+            EXPECT_GE(box.getMin()[i], -3 * std::sqrt(3.0f)) << round;
+        }
     }
 }
 

@@ -13,6 +13,18 @@ namespace {
 
 SoType s_actionType;
 
+/// How many children ahead of the one that is visited are fetched from memory: large graphs do not
+/// fit into caches, and a node takes less time than a fetch.
+constexpr int kFetchAhead = 4;
+constexpr int kFetchedBytes = 192;
+constexpr int kCacheLine = 64;
+
+inline void fetch(const SoNode* node)
+{
+    for (int at = 0; at < kFetchedBytes; at += kCacheLine)
+        __builtin_prefetch(reinterpret_cast<const char*>(node) + at);
+}
+
 } // namespace
 
 SoType SoAction::getClassTypeId()
@@ -172,9 +184,14 @@ void SoAction::traverseChildren(const SoChildList& children)
         if (isOnPath(next) && next >= 0)
             last = next + 1;
     }
+    for (int i = 1; i < kFetchAhead && i < last; ++i)
+        fetch(children[i]);
     // The length is asked for anew: a callback may have removed children.
-    for (int i = 0; i < last && i < children.getLength() && !m_terminated; ++i)
+    for (int i = 0; i < last && i < children.getLength() && !m_terminated; ++i) {
+        if (i + kFetchAhead < children.getLength())
+            fetch(children[i + kFetchAhead]);
         traverse(children[i], i);
+    }
 }
 
 bool SoAction::isOnPath(int& nextChild) const

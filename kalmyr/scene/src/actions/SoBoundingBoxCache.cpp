@@ -6,6 +6,8 @@
 #include <kalmyr/elements/SoState.h>
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <vector>
 
 namespace {
@@ -18,35 +20,170 @@ std::vector<int>& dependencies()
     return s_dependencies;
 }
 
+/// Whether boxes grow under the matrix: its axes are not those of the space it leads to.
+bool isAskew(const SbMatrix& matrix)
+{
+    constexpr float kParallel = 1e-4f;
+    for (int i = 0; i < 3; ++i) {
+        float sizes[3] = {std::abs(matrix[i][0]), std::abs(matrix[i][1]), std::abs(matrix[i][2])};
+        std::sort(std::begin(sizes), std::end(sizes));
+        if (sizes[1] > kParallel * sizes[2])
+            return true;
+    }
+    return !matrix.isAffine();
+}
+
+/// Square of a diagonal that rotations do not change, under a matrix.
+float diagonal2(const SbBox3f& box, const SbMatrix& matrix)
+{
+    const SbVec3f size = box.getSize();
+    float sum = 0;
+    for (int i = 0; i < 3; ++i)
+        sum += size[i] * size[i] * SbVec3f(matrix[i][0], matrix[i][1], matrix[i][2]).sqrLength();
+    return sum;
+}
+
+float diagonal2(const SbBox3f& box)
+{
+    return box.getSize().sqrLength();
+}
+
+/// Of two boxes that hold the same; the first where rounding leaves nothing.
+SbBox3f intersection(const SbBox3f& a, const SbBox3f& b)
+{
+    SbVec3f low, high;
+    for (int i = 0; i < 3; ++i) {
+        low[i] = std::max(a.getMin()[i], b.getMin()[i]);
+        high[i] = std::min(a.getMax()[i], b.getMax()[i]);
+        if (low[i] > high[i])
+            return a;
+    }
+    return {low, high};
+}
+
 } // namespace
 
 SbBox3f SoBounds::project() const
 {
     SbBox3f result = box;
-    if (count == 1)
+    if (inOwnSpace)
         result.transform(matrix);
     return result;
 }
 
-void SoBounds::add(const SbBox3f& other, const SbMatrix& toHere, const SbVec3f& otherCenter)
+bool SoBoundsUnion::isTurnedMass(const SoBounds& bounds, const SbMatrix& toHere)
+{
+    return (bounds.count > 1 || bounds.holdsSeveral) && isAskew(bounds.matrixTo(toHere));
+}
+
+void SoBoundsUnion::begin(const SoBounds& other, const SbMatrix& toHere)
+{
+    m_bounds.box = other.box;
+    m_bounds.matrix = other.matrixTo(toHere);
+    m_bounds.center = other.getOwnCenter();
+    m_bounds.count = 1;
+    m_bounds.inOwnSpace = true;
+    m_bounds.holdsSeveral = other.count > 1 || other.holdsSeveral;
+}
+
+void SoBoundsUnion::turnTo(const SbBox3f& box, const SbMatrix& matrix)
+{
+    bool invertible = false;
+    m_toTurned = matrix.inverse(&invertible);
+    m_fromTurned = matrix;
+    m_turned = invertible ? box : SbBox3f();
+}
+
+/// From the only box to the common one.
+void SoBoundsUnion::flatten()
+{
+    if (m_bounds.holdsSeveral && isAskew(m_bounds.matrix))
+        turnTo(m_bounds.box, m_bounds.matrix);
+    m_bounds.box = m_bounds.project();
+    m_bounds.matrix = SbMatrix::identity();
+    m_bounds.inOwnSpace = false;
+    m_bounds.count = 2;
+}
+
+void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere)
 {
     if (other.isEmpty())
         return;
-    if (count == 0) {
-        box = other;
-        matrix = toHere;
-        center = otherCenter;
-        count = 1;
+    if (isEmpty()) {
+        begin(other, toHere);
         return;
     }
-    if (count == 1) {
-        box = project();
-        matrix = SbMatrix::identity();
-        count = 2;
+    if (m_bounds.count == 1)
+        flatten();
+    const SbMatrix matrix = other.matrixTo(toHere);
+    SbBox3f here = other.box;
+    here.transform(matrix);
+    // What holds most decides.
+    if ((other.count > 1 || other.holdsSeveral) && isAskew(matrix)
+        && diagonal2(other.box, matrix) > diagonal2(m_bounds.box)) {
+        turnTo(other.box, matrix);
+        if (!m_turned.isEmpty()) {
+            SbBox3f before = m_bounds.box;
+            before.transform(m_toTurned);
+            m_turned.extendBy(before);
+        }
+    } else if (!m_turned.isEmpty()) {
+        SbBox3f there = other.box;
+        there.transform(matrix * m_toTurned);
+        m_turned.extendBy(there);
     }
-    SbBox3f here = other;
-    here.transform(toHere);
-    box.extendBy(here);
+    m_bounds.box.extendBy(here);
+    if (!m_turned.isEmpty() && diagonal2(m_turned, m_fromTurned) > diagonal2(m_bounds.box))
+        m_turned = {};
+}
+
+void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere, const SbBox3f& projected)
+{
+    if (m_bounds.count > 1 && m_turned.isEmpty())
+        m_bounds.box.extendBy(projected);
+    else
+        add(other, toHere);
+}
+
+SoBounds SoBoundsUnion::get() const
+{
+    SoBounds result = m_bounds;
+    if (!m_turned.isEmpty()) {
+        result.box = m_turned;
+        result.matrix = m_fromTurned;
+        result.inOwnSpace = true;
+    }
+    return result;
+}
+
+SoBounds SoBoundsUnion::getAxisParallel() const
+{
+    SoBounds result = m_bounds;
+    if (!m_turned.isEmpty()) {
+        SbBox3f other = m_turned;
+        other.transform(m_fromTurned);
+        result.box = intersection(result.box, other);
+    }
+    return result;
+}
+
+bool SoBoundingBoxCache::knowsPart(int index, const SoNode* child, std::uint64_t stateKey) const
+{
+    const auto at = static_cast<std::size_t>(index);
+    return at < m_parts.size() && m_parts[at].node == child
+           && m_parts[at].nodeId == child->getNodeId() && m_parts[at].stateKey == stateKey;
+}
+
+void SoBoundingBoxCache::setPart(int index, int numChildren, const SoNode* child,
+                                 std::uint64_t stateKey, const SoBounds& bounds, bool ownView)
+{
+    const auto at = static_cast<std::size_t>(index);
+    m_parts.resize(std::max(static_cast<std::size_t>(numChildren), at + 1));
+    m_partBounds.resize(m_parts.size());
+    m_parts[at] = {child,    child->getNodeId(),
+                   stateKey, bounds.project(),
+                   ownView,  SoBoundsUnion::isTurnedMass(bounds, SbMatrix::identity())};
+    m_partBounds[at] = bounds;
 }
 
 bool SoBoundingBoxCache::isValid(const SoNode* node, SoState* state) const

@@ -59,7 +59,7 @@ bool SoRayPickAction::mayHit(const SoBounds& bounds)
         return false;
     SbBox3f world = bounds.box;
     const SbMatrix& model = SoModelMatrixElement::get(getState());
-    world.transform(bounds.count == 1 ? bounds.matrix * model : model);
+    world.transform(bounds.matrixTo(model));
     return mayHitWorldBox(world);
 }
 

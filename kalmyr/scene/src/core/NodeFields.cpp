@@ -12,13 +12,6 @@
 
 namespace {
 
-bool isPlainValue(SoType type)
-{
-    // Fields of containers, paths and engines do not make a node the ancestor of another.
-    return !type.isDerivedFrom(SoSFNode::getClassTypeId())
-           && !type.isDerivedFrom(SoMNodeField::getClassTypeId());
-}
-
 /// The object that a field holds as number `index`; `more` says whether there may be further ones.
 const SoFieldContainer* heldBy(const SoField& field, int index, bool& more)
 {
@@ -46,16 +39,24 @@ const SoChildList* childrenOf(const SoFieldContainer* holder)
 
 namespace kalmyr::detail {
 
+bool isNodeField(SoType type)
+{
+    return type.isDerivedFrom(SoSFNode::getClassTypeId())
+           || type.isDerivedFrom(SoMNodeField::getClassTypeId());
+}
+
 SoNode* findInNodeFields(const SoNode* holder, const SoNode* child)
 {
     const SoFieldData* data = holder->getFieldData();
-    for (int i = 0; data && i < data->getNumFields(); ++i) {
+    if (!data || !child)
+        return nullptr;
+    for (const int i : data->getNodeFields()) {
         const SoField* field = data->getField(holder, i);
         if (field->isOfType(SoSFNode::getClassTypeId())) {
             SoNode* node = static_cast<const SoSFNode*>(field)->getValue();
-            if (node && node == child)
+            if (node == child)
                 return node;
-        } else if (field->isOfType(SoMNodeField::getClassTypeId())) {
+        } else {
             const auto& nodes = static_cast<const SoMNodeField*>(field)->getValues();
             const auto at = std::find(nodes.begin(), nodes.end(), child);
             if (at != nodes.end())
@@ -65,14 +66,24 @@ SoNode* findInNodeFields(const SoNode* holder, const SoNode* child)
     return nullptr;
 }
 
-bool mayHoldNodesInFields(const SoNode* node)
+bool mayHoldAny(const SoNode* node)
 {
+    const SoChildList* children = node->getInternalChildren();
+    if (children && children->getLength() > 0)
+        return true;
     const SoFieldData* data = node->getFieldData();
     if (!data)
         return false;
-    for (int i = 0; i < data->getNumFields(); ++i)
-        if (!isPlainValue(data->getField(node, i)->getTypeId()))
+    for (const int i : data->getNodeFields()) {
+        const SoField* field = data->getField(node, i);
+        if (field->isConnected()) // who knows what it follows
             return true;
+        const bool holds = field->isOfType(SoSFNode::getClassTypeId())
+                               ? static_cast<const SoSFNode*>(field)->getValue() != nullptr
+                               : static_cast<const SoMNodeField*>(field)->getNum() > 0;
+        if (holds)
+            return true;
+    }
     return false;
 }
 

@@ -2,15 +2,21 @@
 
 class SoFieldContainer;
 class SoNode;
+class SoType;
 
 namespace kalmyr::detail {
+
+/// Whether fields of that type hold nodes. Fields of containers, paths and engines do not: they
+/// make no node the ancestor of another.
+bool isNodeField(SoType type);
 
 /// The node `child` when a node-valued field of `holder` holds it, else null. `child` is only
 /// compared.
 SoNode* findInNodeFields(const SoNode* holder, const SoNode* child);
 
-/// False only when no field of the node can hold a node.
-bool mayHoldNodesInFields(const SoNode* node);
+/// False only when nothing is below the node, neither as a child nor in a field: such a node is
+/// nobody's ancestor.
+bool mayHoldAny(const SoNode* node);
 
 /// A place in the row of what a container holds: first its children, then what is in its fields.
 struct HeldPlace {

@@ -2,92 +2,82 @@
 
 #include <kalmyr/core/SoNotification.h>
 
-SoAuditorList::~SoAuditorList() = default;
+#include "AuditorIndex.h"
 
-int SoAuditorList::getLength() const
+#include <vector>
+
+struct SoAuditorList::Many {
+    std::vector<Entry> entries;
+    kalmyr::detail::AuditorIndex index; ///< filled beyond kIndexThreshold
+
+    int find(const SoAuditor* auditor) const
+    {
+        if (!index.isEmpty())
+            return index.find(auditor, entries);
+        // The latest come and go most.
+        for (auto i = entries.size(); i-- > 0;)
+            if (entries[i].auditor == auditor)
+                return static_cast<int>(i);
+        return -1;
+    }
+};
+
+void SoAuditorList::freeMany()
 {
-    if (m_many)
-        return static_cast<int>(m_many->entries.size());
-    return m_one.auditor ? 1 : 0;
+    delete m_many;
+    m_many = nullptr;
 }
 
-const SoAuditorList::Entry& SoAuditorList::operator[](int i) const
+int SoAuditorList::countMany() const
 {
-    return m_many ? m_many->entries[static_cast<std::size_t>(i)] : m_one;
+    return static_cast<int>(m_many->entries.size());
 }
 
-int SoAuditorList::find(SoAuditor* auditor) const
+const SoAuditorList::Entry& SoAuditorList::entryOfMany(int i) const
 {
-    if (!m_many)
-        return m_one.auditor == auditor ? 0 : -1;
-    if (!m_many->index.empty()) {
-        const auto at = m_many->index.find(auditor);
-        return at == m_many->index.end() ? -1 : at->second;
-    }
-    // The latest come and go most.
-    for (auto i = m_many->entries.size(); i-- > 0;)
-        if (m_many->entries[i].auditor == auditor)
-            return static_cast<int>(i);
-    return -1;
+    return m_many->entries[static_cast<std::size_t>(i)];
 }
 
-void SoAuditorList::append(SoAuditor* auditor, SoAuditor::Type type)
+void SoAuditorList::appendFurther(SoAuditor* auditor, SoAuditor::Type type)
 {
-    if (!m_many && !m_one.auditor) {
-        m_one = {auditor, type, 1};
-        return;
-    }
-    if (const int at = find(auditor); at >= 0) {
-        ++(m_many ? m_many->entries[static_cast<std::size_t>(at)] : m_one).multiplicity;
-        return;
-    }
     if (!m_many) {
-        m_many = std::make_unique<Many>();
+        if (m_one.auditor == auditor) {
+            ++m_one.multiplicity;
+            return;
+        }
+        m_many = new Many;
         m_many->entries.push_back(m_one);
     }
     auto& entries = m_many->entries;
+    if (const int at = m_many->find(auditor); at >= 0) {
+        ++entries[static_cast<std::size_t>(at)].multiplicity;
+        return;
+    }
     entries.push_back({auditor, type, 1});
-    const auto count = static_cast<int>(entries.size());
-    if (!m_many->index.empty())
-        m_many->index.emplace(auditor, count - 1);
-    else if (count > kIndexThreshold)
-        for (int i = 0; i < count; ++i)
-            m_many->index.emplace(entries[static_cast<std::size_t>(i)].auditor, i);
+    if (!m_many->index.isEmpty())
+        m_many->index.addLast(entries);
+    else if (countMany() > kIndexThreshold)
+        m_many->index.rebuild(entries);
 }
 
-void SoAuditorList::remove(SoAuditor* auditor)
+void SoAuditorList::removeFromMany(SoAuditor* auditor)
 {
-    const int at = auditor ? find(auditor) : -1;
-    if (at < 0)
-        return;
-    Entry& entry = m_many ? m_many->entries[static_cast<std::size_t>(at)] : m_one;
-    if (--entry.multiplicity > 0)
-        return;
-    if (!m_many) {
-        m_one = {};
-        return;
-    }
     auto& entries = m_many->entries;
-    if (!m_many->index.empty()) {
-        m_many->index.erase(auditor);
-        if (entries.back().auditor != auditor)
-            m_many->index[entries.back().auditor] = at;
-    }
-    entry = entries.back();
+    const int at = m_many->find(auditor);
+    if (at < 0 || --entries[static_cast<std::size_t>(at)].multiplicity > 0)
+        return;
+    if (!m_many->index.isEmpty())
+        m_many->index.moveLastTo(at, entries);
+    entries[static_cast<std::size_t>(at)] = entries.back();
     entries.pop_back();
     if (entries.empty()) {
-        m_many.reset();
+        freeMany();
         m_one = {};
     }
 }
 
-void SoAuditorList::notify(SoNotification& notification) const
+void SoAuditorList::notifyMany(SoNotification& notification) const
 {
-    if (!m_many) {
-        if (m_one.auditor)
-            m_one.auditor->auditedChanged(notification);
-        return;
-    }
     // Walks must not edit the graph, and what runs on one only queues itself, so the list stands
     // still here; counting down keeps a list that shrinks all the same within its bounds.
     for (auto i = m_many->entries.size(); m_many && i-- > 0;)
@@ -97,15 +87,8 @@ void SoAuditorList::notify(SoNotification& notification) const
 
 void SoAuditorList::announceDeath()
 {
-    if (!m_many) {
-        SoAuditor* one = m_one.auditor;
-        m_one = {};
-        if (one)
-            one->auditedDying();
-        return;
-    }
     // One by one from the live list: an auditor told may take others out with it.
-    while (m_many && !m_many->entries.empty()) {
+    while (m_many) {
         SoAuditor* last = m_many->entries.back().auditor;
         m_many->entries.back().multiplicity = 1;
         remove(last);

@@ -1,31 +1,31 @@
 #include <kalmyr/core/SoBase.h>
 
+#include <kalmyr/base/SbPointerMap.h>
 #include <kalmyr/base/SbString.h>
 
 #include "core/CacheLock.h"
 
-#include <map>
+#include <algorithm>
+#include <array>
 #include <string>
-#include <unordered_map>
+
+/// Names are rare next to objects, so they are kept beside them, chained with the others of the
+/// same name in the order of naming.
+struct SoBase::Naming {
+    SbName name;
+    SoBase* base;
+    Naming* older;
+    Naming* newer;
+};
 
 namespace {
 
-struct Named {
-    SbName name;
-    std::uint64_t serial;
-};
+/// The object that was given a name last, by the name's text; what it leads to is private.
+using NewestByName = SbPointerMap<char, void*>;
 
-/// Names are rare next to objects, so they are kept beside them: by object, and by name in the
-/// order of naming.
-struct NameTable {
-    std::unordered_map<const SoBase*, Named> names;
-    std::unordered_map<SbName, std::map<std::uint64_t, SoBase*>> bases;
-    std::uint64_t nextSerial = 0;
-};
-
-NameTable& table()
+NewestByName& newestByName()
 {
-    static auto* t = new NameTable; // never freed: objects with names may outlive statics
+    static auto* t = new NewestByName; // never freed: objects with names may outlive statics
     return *t;
 }
 
@@ -37,39 +37,30 @@ SbString& instancePrefix()
     return prefix;
 }
 
-void forget(const SoBase* base)
+constexpr auto kIsIllegal = [] {
+    std::array<bool, 256> table{};
+    for (std::size_t u = 0; u < table.size(); ++u)
+        table[u] = u <= ' ' || u == 0x7f
+                   || std::string_view("\"'#+,.[\\]{}()|~=").find(static_cast<char>(u))
+                          != std::string_view::npos;
+    return table;
+}();
+
+bool isIllegal(char c)
 {
-    const kalmyr::detail::CacheLock lock; // threads name what they read or make
-    NameTable& t = table();
-    const auto at = t.names.find(base);
-    if (at == t.names.end())
-        return;
-    const auto named = t.bases.find(at->second.name);
-    named->second.erase(at->second.serial);
-    if (named->second.empty())
-        t.bases.erase(named);
-    t.names.erase(at);
+    return kIsIllegal[static_cast<unsigned char>(c)];
 }
 
 SbName legalName(const SbName& name)
 {
-    std::string text(name.getString());
-    if (text.empty())
+    const std::string_view given = name.view();
+    const bool digitFirst = !given.empty() && given[0] >= '0' && given[0] <= '9';
+    if (!digitFirst && std::none_of(given.begin(), given.end(), isIllegal))
         return name;
-    bool changed = false;
-    if (text[0] >= '0' && text[0] <= '9') {
-        text.insert(text.begin(), '_');
-        changed = true;
-    }
-    for (char& c : text) {
-        const auto u = static_cast<unsigned char>(c);
-        if (u <= ' ' || u == 0x7f
-            || std::string_view("\"'#+,.[\\]{}()|~=").find(c) != std::string_view::npos) {
-            c = '_';
-            changed = true;
-        }
-    }
-    return changed ? SbName(text) : name;
+    std::string text(digitFirst ? "_" : "");
+    text += given;
+    std::replace_if(text.begin(), text.end(), isIllegal, '_');
+    return SbName(text);
 }
 
 } // namespace
@@ -86,52 +77,58 @@ void SoBase::initClass()
 
 SoBase::~SoBase()
 {
-    if (m_named)
-        forget(this);
+    if (m_naming)
+        forgetName();
 }
 
 void SoBase::destroy()
 {
     m_auditors.announceDeath();
-    if (m_named) {
-        forget(this);
-        m_named = false;
-    }
+    if (m_naming)
+        forgetName();
     SoRefCounter::destroy();
+}
+
+void SoBase::forgetName()
+{
+    const kalmyr::detail::CacheLock lock;
+    if (m_naming->older)
+        m_naming->older->newer = m_naming->newer;
+    if (m_naming->newer)
+        m_naming->newer->older = m_naming->older;
+    else
+        newestByName()[m_naming->name.getString()] = m_naming->older;
+    delete m_naming;
+    m_naming = nullptr;
 }
 
 SbName SoBase::getName() const
 {
-    if (!m_named)
-        return SbName::empty();
-    const kalmyr::detail::CacheLock lock;
-    return table().names.at(this).name;
+    return m_naming ? m_naming->name : SbName::empty();
 }
 
 void SoBase::setName(const SbName& name)
 {
     const SbName legal = legalName(name);
-    if (m_named)
-        forget(this);
-    m_named = legal != SbName::empty();
-    if (!m_named)
+    if (m_naming)
+        forgetName();
+    if (legal.isEmpty())
         return;
-    const kalmyr::detail::CacheLock lock;
-    NameTable& t = table();
-    const std::uint64_t serial = t.nextSerial++;
-    t.names.emplace(this, Named{legal, serial});
-    t.bases[legal].emplace(serial, this);
+    const kalmyr::detail::CacheLock lock; // threads name what they read or make
+    void*& newest = newestByName()[legal.getString()];
+    m_naming = new Naming{legal, this, static_cast<Naming*>(newest), nullptr};
+    if (m_naming->older)
+        m_naming->older->newer = m_naming;
+    newest = m_naming;
 }
 
 SoBase* SoBase::getNamedBase(const SbName& name, SoType type)
 {
     const kalmyr::detail::CacheLock lock;
-    const auto at = table().bases.find(name);
-    if (at == table().bases.end())
-        return nullptr;
-    for (auto base = at->second.rbegin(); base != at->second.rend(); ++base)
-        if (base->second->isOfType(type))
-            return base->second;
+    void* const* newest = newestByName().find(name.getString());
+    for (auto* at = newest ? static_cast<Naming*>(*newest) : nullptr; at; at = at->older)
+        if (at->base->isOfType(type))
+            return at->base;
     return nullptr;
 }
 
@@ -139,10 +136,11 @@ std::vector<SoBase*> SoBase::getNamedBases(const SbName& name, SoType type)
 {
     const kalmyr::detail::CacheLock lock;
     std::vector<SoBase*> found;
-    if (const auto at = table().bases.find(name); at != table().bases.end())
-        for (const auto& [serial, base] : at->second)
-            if (base->isOfType(type))
-                found.push_back(base);
+    void* const* newest = newestByName().find(name.getString());
+    for (auto* at = newest ? static_cast<Naming*>(*newest) : nullptr; at; at = at->older)
+        if (at->base->isOfType(type))
+            found.push_back(at->base);
+    std::reverse(found.begin(), found.end());
     return found;
 }
 

@@ -12,17 +12,6 @@
 
 #include <algorithm>
 
-namespace {
-
-/// Whether anything can be below the node; a leaf is nobody's ancestor.
-bool mayHoldAny(const SoNode* node)
-{
-    const SoChildList* children = node->getInternalChildren();
-    return (children && children->getLength() > 0) || kalmyr::detail::mayHoldNodesInFields(node);
-}
-
-} // namespace
-
 SoChildList::~SoChildList()
 {
     if (m_nodes.empty())
@@ -69,7 +58,7 @@ bool SoChildList::accepts(const SoNode* child) const
         SoDebugError::post("SoChildList", "a null child is refused");
         return false;
     }
-    if (!mayHoldAny(child) && child != m_parent)
+    if (!kalmyr::detail::mayHoldAny(child) && child != m_parent)
         return true;
     if (!m_parent->isAtOrBelow(child))
         return true;

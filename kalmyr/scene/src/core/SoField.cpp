@@ -48,7 +48,7 @@ void SoMField::initClass()
     s_multipleType = SoType::createType(SoField::getClassTypeId(), SbName("MField"));
 }
 
-SoField::~SoField()
+void SoField::dismantle()
 {
     if (flags() & kDeferred)
         SoNotification::forget(this);

@@ -3,6 +3,8 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
+#include "core/NodeFields.h"
+
 namespace {
 
 std::ptrdiff_t distance(const SoFieldContainer* container, const SoField* field)
@@ -15,7 +17,9 @@ std::ptrdiff_t distance(const SoFieldContainer* container, const SoField* field)
 void SoFieldData::addField(const SoFieldContainer* container, const SbName& name,
                            const SoField* field)
 {
-    m_index.emplace(name, static_cast<int>(m_entries.size()));
+    if (kalmyr::detail::isNodeField(field->getTypeId()))
+        m_nodeFields.push_back(getNumFields());
+    m_index.emplace(name, getNumFields());
     m_entries.push_back({name, distance(container, field)});
 }
 

@@ -54,7 +54,7 @@ SoNode* SoNodeCopier::makeCopy(const SoNode* original)
     auto* copy = static_cast<SoNode*>(original->createTwin());
     if (!copy)
         return nullptr;
-    m_copies.emplace(original, copy);
+    m_copies[original] = copy;
     if (hasConnections(original))
         m_unconnected.push_back(original);
     copy->ref(); // what the copying connects must not take the only reference with it
@@ -65,8 +65,8 @@ SoNode* SoNodeCopier::makeCopy(const SoNode* original)
 
 SoFieldContainer* SoNodeCopier::find(const SoFieldContainer* original) const
 {
-    const auto at = m_copies.find(original);
-    return at == m_copies.end() ? nullptr : at->second;
+    SoFieldContainer* const* copy = m_copies.find(original);
+    return copy ? *copy : nullptr;
 }
 
 SoNode* SoNodeCopier::resolve(SoNode* original) const
@@ -118,7 +118,7 @@ SoField* SoNodeCopier::masterFor(SoField* master)
         if (copy) {
             m_engines.emplace_back(copy);
             copy->copyFieldValues(container);
-            m_copies.emplace(container, copy);
+            m_copies[container] = copy;
             m_unconnected.push_back(container);
         }
     }

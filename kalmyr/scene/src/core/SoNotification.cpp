@@ -29,7 +29,12 @@ struct Deferred {
 };
 
 std::atomic<std::uint64_t> s_stamp{0};
-thread_local int t_walks = 0;
+/// Asked for by every change, so it is one plain object; what is rarely needed stands aside.
+struct Walks {
+    int depth = 0;
+    bool anyDeferred = false;
+};
+constinit thread_local Walks t_walks;
 thread_local Deferred t_deferred;
 void (*s_afterWalk)() = nullptr;
 
@@ -42,7 +47,7 @@ std::uint64_t SoNotification::nextStamp()
 
 bool SoNotification::isWalking()
 {
-    return t_walks > 0;
+    return t_walks.depth > 0;
 }
 
 void SoNotification::setAfterWalk(void (*function)())
@@ -53,11 +58,13 @@ void SoNotification::setAfterWalk(void (*function)())
 void SoNotification::defer(SoField* follower, std::uint64_t origin)
 {
     t_deferred.followers.push_back({follower, origin});
+    t_walks.anyDeferred = true;
 }
 
 void SoNotification::defer(SoEngine* engine, SoField* input)
 {
     t_deferred.inputs.push_back({engine, input});
+    t_walks.anyDeferred = true;
 }
 
 void SoNotification::forget(const SoField* field)
@@ -97,14 +104,16 @@ void SoNotification::tellDeferred()
     d.followers.clear();
     d.inputs.clear();
     d.nextFollower = d.nextInput = 0;
+    t_walks.anyDeferred = false;
 }
 
 void SoNotification::finishWalk()
 {
-    const bool outermost = t_walks == 1;
-    if (outermost && !(t_deferred.followers.empty() && t_deferred.inputs.empty()))
+    Walks& walks = t_walks;
+    const bool outermost = walks.depth == 1;
+    if (outermost && walks.anyDeferred)
         tellDeferred();
-    --t_walks;
+    --walks.depth;
     if (outermost && s_afterWalk)
         s_afterWalk();
 }
@@ -114,7 +123,7 @@ void SoNotification::send(SoFieldContainer* start)
     if (!start)
         return;
     origin = stamp = nextStamp();
-    ++t_walks;
+    ++t_walks.depth;
     start->notify(*this);
     finishWalk();
 }
@@ -122,7 +131,7 @@ void SoNotification::send(SoFieldContainer* start)
 void SoNotification::sendFrom(SoField* start)
 {
     origin = stamp = nextStamp();
-    ++t_walks;
+    ++t_walks.depth;
     start->pass(*this);
     finishWalk();
 }
@@ -130,7 +139,7 @@ void SoNotification::sendFrom(SoField* start)
 void SoNotification::sendOutputs(SoEngine* engine)
 {
     origin = stamp = nextStamp();
-    ++t_walks;
+    ++t_walks.depth;
     engine->tellOutputs(origin);
     finishWalk();
 }

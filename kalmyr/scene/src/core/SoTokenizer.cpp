@@ -10,6 +10,10 @@
 #include <type_traits>
 #include <utility>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 using Classes = unsigned char;
@@ -84,6 +88,29 @@ inline const char* skipSeparators(const char* p, const char* end)
         }
         p = skipComment(p, end);
     }
+}
+
+std::size_t countLineFeeds(std::string_view text)
+{
+    std::size_t count = 0;
+    const char* p = text.data();
+    const char* const end = p + text.size();
+#if defined(__SSE2__)
+    const __m128i feed = _mm_set1_epi8('\n');
+    // A byte holds 255 hits.
+    constexpr std::ptrdiff_t kStep = 16, kBlock = 255 * kStep;
+    while (end - p >= kStep) {
+        const char* const stop = p + std::min(kBlock, (end - p) / kStep * kStep);
+        __m128i hits = _mm_setzero_si128();
+        for (; p < stop; p += kStep)
+            hits = _mm_sub_epi8(
+                hits, _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), feed));
+        const __m128i sums = _mm_sad_epu8(hits, _mm_setzero_si128());
+        count += static_cast<std::size_t>(_mm_cvtsi128_si32(sums))
+                 + static_cast<std::size_t>(_mm_extract_epi16(sums, 4));
+    }
+#endif
+    return count + static_cast<std::size_t>(std::count(p, end, '\n'));
 }
 
 int hexDigit(char c)
@@ -514,18 +541,55 @@ int SoTokenizer::getErrorColumn() const
     return column;
 }
 
-void SoTokenizer::getPosition(std::size_t offset, int& line, int& column) const
+void SoTokenizer::countLines(std::size_t begin, std::size_t end, int& lines,
+                             std::size_t& lineStart) const
 {
-    const char* const at = m_begin + std::min(offset, getSize());
-    const char* lineStart = m_begin;
-    line = 1;
-    for (const char* p = m_begin; p < at; ++p) {
+    const std::string_view part(m_begin + begin, end - begin);
+    // Most files know only one kind of line end, which is counted fast.
+    if (part.find('\r') == std::string_view::npos) {
+        lines += static_cast<int>(countLineFeeds(part));
+        if (const std::size_t last = part.rfind('\n'); last != std::string_view::npos)
+            lineStart = begin + last + 1;
+        return;
+    }
+    for (const char* p = part.data(); p < part.data() + part.size(); ++p) {
         if (*p == '\n' || (*p == '\r' && p[1] != '\n')) {
-            ++line;
-            lineStart = p + 1;
+            ++lines;
+            lineStart = static_cast<std::size_t>(p + 1 - m_begin);
         }
     }
+}
+
+void SoTokenizer::getPosition(std::size_t offset, int& line, int& column) const
+{
+    const std::size_t at = std::min(offset, getSize());
+    std::size_t from = 0, lineStart = 0;
+    line = 1;
+    for (const Gap& gap : m_gaps) {
+        if (at < gap.end)
+            break;
+        countLines(from, gap.begin, line, lineStart);
+        line += gap.lines;
+        lineStart = gap.lines > 0 ? gap.lineStart : lineStart;
+        from = gap.end;
+    }
+    countLines(from, at, line, lineStart);
     column = static_cast<int>(at - lineStart) + 1;
+}
+
+void SoTokenizer::setDiscard(Discard function, void* data)
+{
+    m_discard = function;
+    m_discardData = data;
+}
+
+void SoTokenizer::callDiscard(std::size_t& begin)
+{
+    Gap gap{begin, getOffset(), 0, 0};
+    countLines(gap.begin, gap.end, gap.lines, gap.lineStart);
+    m_gaps.push_back(gap);
+    m_discard(m_discardData, gap.begin, gap.end);
+    begin = gap.end;
 }
 
 void SoTokenizer::setProgress(Progress function, void* data)

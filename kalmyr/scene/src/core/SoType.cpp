@@ -2,6 +2,8 @@
 
 #include <kalmyr/base/SoDebugError.h>
 
+#include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 #include <unordered_map>
@@ -16,8 +18,28 @@ struct Record {
     bool removed = false;
 };
 
+/// The beginning of a type's line of ancestors once more, in a place that is found fast: almost
+/// every question is answered here.
+struct Line {
+    std::uint16_t depth = 0;
+    std::array<std::uint16_t, 15> ancestors{}; ///< 0 beyond the type itself
+};
+constinit const Line s_badLine;
+constinit const Line* s_lines = &s_badLine; ///< by index of the type; in the registry
+
 struct Registry {
     std::vector<Record> records{1}; // index 0 is the bad type
+    std::vector<Line> lines{1};
+
+    void addLine(const std::vector<std::uint16_t>& ancestors)
+    {
+        Line line;
+        line.depth = static_cast<std::uint16_t>(ancestors.size() - 1);
+        std::copy_n(ancestors.begin(), std::min(ancestors.size(), line.ancestors.size()),
+                    line.ancestors.begin());
+        lines.push_back(line);
+        s_lines = lines.data();
+    }
     std::unordered_map<SbName, std::uint16_t> byName;
     std::unordered_map<SbName, std::uint16_t> removed; ///< the latest of each name
 };
@@ -66,6 +88,7 @@ SoType SoType::createType(SoType parent, const SbName& name, Creator creator)
     if (!parent.isBad())
         added.ancestors = r.records[parent.m_index].ancestors;
     added.ancestors.push_back(index);
+    r.addLine(added.ancestors);
     r.records.push_back(std::move(added));
     r.byName.emplace(name, index);
     return SoType(index);
@@ -128,12 +151,13 @@ bool SoType::isDerivedFrom(SoType ancestor) const
 {
     if (m_index == ancestor.m_index)
         return m_index != 0;
-    if (ancestor.isBad() || isBad())
-        return false;
     // An ancestor's depth is the same on every line that passes through it.
-    const std::size_t depth = record(ancestor.m_index).ancestors.size() - 1;
-    const auto& line = record(m_index).ancestors;
-    return depth < line.size() && line[depth] == ancestor.m_index;
+    const std::size_t depth = s_lines[ancestor.m_index].depth;
+    const Line& line = s_lines[m_index];
+    if (depth < line.ancestors.size()) [[likely]]
+        return !ancestor.isBad() && line.ancestors[depth] == ancestor.m_index;
+    const auto& all = record(m_index).ancestors;
+    return depth < all.size() && all[depth] == ancestor.m_index;
 }
 
 bool SoType::canCreateInstance() const

@@ -4,6 +4,8 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 
+#include "core/NodeFields.h"
+
 bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
 {
     const SoFieldContainer* container = field.getContainer();
@@ -11,7 +13,7 @@ bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
         return true;
     }
     const auto* holder = static_cast<const SoNode*>(container);
-    if (!holder->isAtOrBelow(node)) {
+    if ((node != holder && !mayHoldAny(node)) || !holder->isAtOrBelow(node)) {
         return true;
     }
     SoDebugError::post("SoField",

@@ -11,9 +11,14 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace {
 
@@ -130,6 +135,23 @@ SbString lookUp(const SbString& name, const SbString& folder)
             return inside;
     }
     return {};
+}
+
+/// Lets the system have the memory of what was read, except for the ends that share pages with
+/// other things; it reads as zeros afterwards.
+void giveBack(char* data, std::size_t size)
+{
+#if defined(__linux__)
+    constexpr std::uintptr_t kPage = 1 << 16; // no system has larger ones
+    const auto first = reinterpret_cast<std::uintptr_t>(data);
+    const std::uintptr_t begin = (first + kPage) / kPage * kPage;
+    const std::uintptr_t end = (first + size) / kPage * kPage;
+    if (begin < end)
+        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
+#else
+    static_cast<void>(data);
+    static_cast<void>(size);
+#endif
 }
 
 bool isGzip(std::string_view bytes)
@@ -279,6 +301,11 @@ void SoInput::watchProgress()
     m_tokens.setProgress([](void* self, std::size_t at,
                             std::size_t size) { static_cast<SoInput*>(self)->progress(at, size); },
                          this);
+    m_tokens.setDiscard(
+        [](void* self, std::size_t begin, std::size_t end) {
+            giveBack(static_cast<SoInput*>(self)->m_bytes->data + begin, end - begin);
+        },
+        this);
 }
 
 bool SoInput::inflateText(std::string_view packed)

@@ -90,6 +90,7 @@ bool SceneReader::readProto(bool external)
     proto->external = external;
     proto->folder = m_in.getFolder();
     text.peek();
+    const SoTokenizer::Hold hold(text);
     const std::size_t begin = text.getOffset();
     if (!readInterface(*proto, begin))
         return false;

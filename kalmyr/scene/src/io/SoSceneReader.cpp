@@ -70,12 +70,7 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
     return nullptr;
 }
 
-SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in)
-{
-    // Growing the table would cost more than the space; files with names have one in 200 bytes.
-    constexpr std::size_t kBytesPerName = 200, kMaxReserved = std::size_t(1) << 20;
-    m_definitions.reserve(std::min(in.getSize() / kBytesPerName, kMaxReserved));
-}
+SceneReader::SceneReader(SoInput& in) : SoFieldReader(in.getTokenizer()), m_in(in) {}
 
 SceneReader::SceneReader(SoInput& in, SceneReader& outer, SoVRMLProto* protos)
     : SoFieldReader(in.getTokenizer()),
@@ -225,10 +220,9 @@ bool SceneReader::readUse(SoNode*& node)
     if (!readName(name))
         return false;
     const auto at = static_cast<std::size_t>(name.data() - text.getText());
-    const auto found = m_definitions.find(name);
-    const bool known = found != m_definitions.end();
-    if (known && !found->second.open) {
-        node = found->second.node.get();
+    const DefinitionTable::Definition* known = m_definitions.find(name);
+    if (known && !known->open) {
+        node = known->node.get();
         return true;
     }
     const std::string wanted =
@@ -243,8 +237,8 @@ bool SceneReader::readUse(SoNode*& node)
 
 SoNode* SceneReader::findDefinition(std::string_view name) const
 {
-    const auto found = m_definitions.find(name);
-    return found == m_definitions.end() ? nullptr : found->second.node.get();
+    const DefinitionTable::Definition* known = m_definitions.find(name);
+    return known ? known->node.get() : nullptr;
 }
 
 const SceneReader::TypeEntry& SceneReader::entryOf(std::string_view type)
@@ -280,8 +274,11 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     node = holder.get();
     // Nobody listens yet; the walk of every single value would only cost time.
     node->enableNotify(false);
+    DefinitionTable::Definition* definition = nullptr;
     if (!name.empty()) {
-        m_definitions[name] = {holder, true};
+        definition = &m_definitions.get(name);
+        definition->node = holder;
+        definition->open = true;
         const std::string_view own = ownName(name);
         if (!own.empty())
             node->setName(SbName(own));
@@ -289,8 +286,8 @@ bool SceneReader::readDefinition(std::string_view type, std::string_view name, S
     const bool ok = readBodySafely(node, type, known);
     node->enableNotify(true);
     --m_depth;
-    if (!name.empty())
-        m_definitions[name].open = false;
+    if (definition)
+        definition->open = false;
     if (!ok || !finishNode(node, entry, typeAt)) {
         node = nullptr;
         return false;
@@ -337,7 +334,10 @@ bool SceneReader::readBodySafely(SoNode* node, std::string_view type, bool known
         m_stackLimit = before;
         return ok;
     }
-    return known ? readBody(node, type) : readUnknownBody(static_cast<SoUnknownNode*>(node), type);
+    if (known)
+        return readBody(node, type);
+    const SoTokenizer::Hold hold(text); // what cannot be read is kept as it stands
+    return readUnknownBody(static_cast<SoUnknownNode*>(node), type);
 }
 
 int SceneReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)
@@ -502,7 +502,7 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view* inside)
                 ++at;
             const std::string_view name(word, static_cast<std::size_t>(at - word));
             if (afterDef && keepNames)
-                m_definitions[name] = {nullptr, false};
+                m_definitions.get(name).node = nullptr;
             afterDef = name == "DEF";
         } else if (c == '{' || c == '[') {
             closing.push_back(c == '{' ? '}' : ']');

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DefinitionTable.h"
 #include "IndexCheck.h"
 #include "SoBlocks.h"
 
@@ -114,9 +115,13 @@ protected:
     {
         return findDefinition(name);
     }
+<<<<<<< HEAD
     bool isDefined(std::string_view name) const { return m_definitions.count(name) > 0; }
     /// False when there is no number.
     bool skipNumbers();
+=======
+    bool isDefined(std::string_view name) const { return m_definitions.find(name) != nullptr; }
+>>>>>>> 90f4d0e (core: keep listeners, names and boxes of parts in flat tables, let go of text that was read)
     /// Skips one value of unknown type.
     bool skipValue(bool keepNames = true);
 
@@ -153,11 +158,6 @@ private:
     bool m_isBinary = false;
     Chunk m_chunk;             ///< what is read of a binary file
     std::string_view m_binary; ///< the whole of it
-    struct Definition {
-        SoRef<SoNode> node; ///< null for a node that was skipped
-        bool open;          ///< its body is being read
-    };
-
     bool readDefinition(std::string_view type, std::string_view name, SoNode*& node);
     bool readName(std::string_view& name);
     /// Names with characters that are no part of names, as some programs write them.
@@ -183,7 +183,7 @@ private:
     bool expand(SoVRMLProtoInstance* instance, std::size_t at);
     bool readDefaults(Vrml97Reader& reader, SoVRMLProtoInstance& instance);
 
-    std::unordered_map<std::string_view, Definition> m_definitions; ///< names point into the text
+    DefinitionTable m_definitions;
     std::unordered_map<std::string_view, TypeEntry> m_types;
     std::unordered_set<std::string> m_warned;
     std::size_t m_bodyAt =

@@ -72,7 +72,7 @@ void SoSeparator::measure(SoGetBoundingBoxAction* action)
         if (!action->open(this, caching ? m_boxCache.get() : nullptr))
             return;
     }
-    action->traverseChildren(m_children);
+    action->measureChildren(m_children, caching ? &m_boxCache : nullptr);
     const kalmyr::detail::CacheLock lock;
     action->close(this, caching ? &m_boxCache : nullptr);
 }

@@ -33,17 +33,12 @@ void SoVRMLParent::initClass()
     });
 }
 
-void SoVRMLParent::traverseChildren(SoAction* action)
-{
-    action->traverseChildren(m_children);
-}
-
 void SoVRMLParent::doAction(SoAction* action)
 {
     SoState* state = action->getState();
     state->push();
     setState(state);
-    traverseChildren(action);
+    action->traverseChildren(m_children);
     state->pop();
 }
 
@@ -55,7 +50,7 @@ void SoVRMLParent::measure(SoGetBoundingBoxAction* action)
             return;
     }
     setState(action->getState());
-    traverseChildren(action);
+    action->measureChildren(m_children, &m_boxCache);
     const kalmyr::detail::CacheLock lock;
     action->close(this, &m_boxCache);
 }

@@ -6,38 +6,95 @@
 #include <kalmyr/base/SbVec.h>
 
 #include <cstdint>
+#include <vector>
 
 class SoNode;
 class SoState;
 
 /// A box with the transformation from its own space to the surrounding one, and a centre.
 ///
-/// Grows cheaply: a single box stays in its own space, and so stays tight under rotations; as soon
-/// as there are several they become one axis-parallel box of the surrounding space.
+/// A single box stays in its own space, and so stays tight under rotations. Several become one
+/// axis-parallel box of the surrounding space, or, where one of them holds much and is turned, a
+/// box of that one's space: boxes of boxes would grow with every rotation on the way up.
 struct KALMYR_API SoBounds {
     SbBox3f box;
-    SbMatrix matrix = SbMatrix::identity();
-    SbVec3f center; ///< of the only box, in its own space
-    int count = 0;  ///< boxes it was made from: 0, 1 or "several" (2)
+    SbMatrix matrix = SbMatrix::identity(); ///< the identity unless `inOwnSpace`
+    SbVec3f center;                         ///< of the only box, in its own space
+    int count = 0;                          ///< boxes it was made from: 0, 1 or "several" (2)
+    bool inOwnSpace = false;
+    bool holdsSeveral = false; ///< the box, though a single one here, was made of several
 
     bool isEmpty() const { return count == 0; }
-    /// Adds a box under a matrix; empty boxes are ignored.
-    void add(const SbBox3f& other, const SbMatrix& toHere, const SbVec3f& otherCenter);
     /// The axis-parallel box in the surrounding space.
     SbBox3f project() const;
+    /// From the box's own space to one where the surrounding space stands under a matrix.
+    SbMatrix matrixTo(const SbMatrix& toHere) const
+    {
+        return inOwnSpace ? matrix * toHere : toHere;
+    }
     /// The one box's own centre, or the middle of the common box; in the surrounding space.
-    SbVec3f getCenter() const { return count == 1 ? matrix.point(center) : box.getCenter(); }
+    SbVec3f getCenter() const { return matrix.point(getOwnCenter()); }
+    SbVec3f getOwnCenter() const { return count == 1 ? center : box.getCenter(); }
+};
+
+/// The union of bounds that stand in one space.
+class KALMYR_API SoBoundsUnion {
+public:
+    /// Adds bounds that stand under a matrix; empty ones are ignored.
+    void add(const SoBounds& other, const SbMatrix& toHere);
+    /// The same for bounds whose axis-parallel box in this space is known. They must not be
+    /// isTurnedMass().
+    void add(const SoBounds& other, const SbMatrix& toHere, const SbBox3f& projected);
+    bool isEmpty() const { return m_bounds.isEmpty(); }
+    void clear() { *this = {}; }
+
+    /// The tighter one of the boxes that are known.
+    SoBounds get() const;
+    /// An axis-parallel box of this space for several; it makes use of all that is known.
+    SoBounds getAxisParallel() const;
+
+    /// Whether the bounds hold several boxes and stand askew, so that their own space matters.
+    static bool isTurnedMass(const SoBounds& bounds, const SbMatrix& toHere);
+
+private:
+    void begin(const SoBounds& other, const SbMatrix& toHere);
+    void flatten();
+    void turnTo(const SbBox3f& box, const SbMatrix& matrix);
+
+    SoBounds m_bounds;
+    SbBox3f m_turned; ///< a second box of everything, in a space of its own; empty: none
+    SbMatrix m_fromTurned;
+    SbMatrix m_toTurned;
 };
 
 /// What a separator remembers of the bounds of its content, in the separator's own space.
 ///
 /// Valid while neither the separator, nor anything below it, nor any state element that sizes of
 /// shapes depend on has changed. Kept by the separator; filled by the bounding box action.
+///
+/// Of the children that keep their effects to themselves the bounds are remembered one by one, so
+/// that after a change only what changed is measured anew.
 class KALMYR_API SoBoundingBoxCache {
 public:
     /// Whether the bounds hold for `node` under the present state.
     bool isValid(const SoNode* node, SoState* state) const;
     const SoBounds& getBounds() const { return m_bounds; }
+
+    /// Bounds of a child in the space where it stands.
+    struct Part {
+        const SoNode* node = nullptr; ///< only compared; null where nothing is known
+        std::uint64_t nodeId = 0;
+        std::uint64_t stateKey = 0;
+        SbBox3f projected;
+        bool ownView = false;
+        bool isTurnedMass = false;
+    };
+    /// Whether the bounds of that child, which stands at `index`, hold under a state of that key.
+    bool knowsPart(int index, const SoNode* child, std::uint64_t stateKey) const;
+    const Part& getPart(int i) const { return m_parts[static_cast<std::size_t>(i)]; }
+    const SoBounds& getPartBounds(int i) const { return m_partBounds[static_cast<std::size_t>(i)]; }
+    void setPart(int index, int numChildren, const SoNode* child, std::uint64_t stateKey,
+                 const SoBounds& bounds, bool ownView);
     void set(const SoNode* node, std::uint64_t stateKey, const SoBounds& bounds, bool ownView);
     /// True when a camera inside decides what of the content is seen: its box tells nothing about
     /// the view outside.
@@ -50,8 +107,11 @@ public:
     static void addDependency(int elementStackIndex);
 
 private:
-    SoBounds m_bounds;
     std::uint64_t m_nodeId = 0;
     std::uint64_t m_stateKey = 0;
+    SoBounds m_bounds;
     bool m_ownView = false;
+    // Apart, for the first are gone through whenever anything below changed.
+    std::vector<Part> m_parts;
+    std::vector<SoBounds> m_partBounds;
 };

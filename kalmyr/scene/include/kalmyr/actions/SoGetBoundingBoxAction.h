@@ -33,14 +33,16 @@ public:
     /// For separators, in place of state->push() and pop():
     ///
     ///     if (action->open(this, m_boxCache.get())) {
-    ///         action->traverseChildren(*getChildren());
+    ///         action->measureChildren(*getChildren(), &m_boxCache);
     ///         action->close(this, &m_boxCache);
     ///     }
     ///
+    /// measureChildren() is traverseChildren() for children whose bounds the cache may know.
     /// open() is false when the cache answered already. Between the calls the model matrix is
     /// relative to the separator. close() fills the cache, making it where it is worth its memory;
     /// a null cache means not to cache.
     bool open(const SoNode* node, const SoBoundingBoxCache* cache);
+    void measureChildren(const SoChildList& children, std::unique_ptr<SoBoundingBoxCache>* cache);
     void close(const SoNode* node, std::unique_ptr<SoBoundingBoxCache>* cache);
 
     /// For nodes whose size depends on more than fields and declared state, such as the view: none
@@ -54,6 +56,8 @@ public:
 
     /// Separators with fewer visits below them are measured anew rather than remembered.
     static constexpr std::uint64_t kMinVisitsToCache = 8;
+    /// Fewer children are measured anew rather than remembered one by one.
+    static constexpr int kMinParts = 4;
 
 protected:
     void beginTraversal(SoNode* root) override;
@@ -61,7 +65,7 @@ protected:
 
 private:
     struct Open {
-        SoBounds bounds;
+        SoBoundsUnion bounds;
         const SbMatrix* toOuter = nullptr; ///< kept by the state while the separator is open
         std::uint64_t stateKey = 0;
         std::uint64_t viewId = 0;
@@ -69,9 +73,20 @@ private:
         bool cacheable = true;
         bool ownView = false;
     };
-    bool isWorthCaching(const Open& open) const;
+    /// What the separator that was left last came to.
+    struct Closed {
+        const SoNode* node = nullptr; ///< null when its bounds are not to be remembered
+        SoBounds bounds;
+        bool ownView = false;
+    };
+    int addParts(const SoChildList& children, const std::unique_ptr<SoBoundingBoxCache>& cache,
+                 int i, std::uint64_t key);
+    void addPart(const SoBoundingBoxCache& cache, int index);
+    void keepPart(std::unique_ptr<SoBoundingBoxCache>& cache, int index, int numChildren,
+                  std::uint64_t key);
 
     SbViewportRegion m_region;
     std::vector<Open> m_open; ///< the root's and one per open separator
+    Closed m_closed;
     SoBounds m_result;
 };

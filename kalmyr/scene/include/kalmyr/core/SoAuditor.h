@@ -3,10 +3,6 @@
 #include <kalmyr/base/Export.h>
 
 #include <cstdint>
-#include <memory>
-#include <unordered_map>
-#include <vector>
-
 class SoBase;
 class SoNotification;
 
@@ -50,36 +46,60 @@ public:
     static constexpr int kIndexThreshold = 32;
 
     SoAuditorList() = default;
-    ~SoAuditorList();
+    ~SoAuditorList()
+    {
+        if (m_many)
+            freeMany();
+    }
     SoAuditorList(const SoAuditorList&) = delete;
     SoAuditorList& operator=(const SoAuditorList&) = delete;
 
     /// Adds an auditor or raises its multiplicity.
-    void append(SoAuditor* auditor, SoAuditor::Type type);
+    void append(SoAuditor* auditor, SoAuditor::Type type)
+    {
+        if (m_many || m_one.auditor)
+            appendFurther(auditor, type);
+        else
+            m_one = {auditor, type, 1};
+    }
 
     /// Lowers the multiplicity, removing the entry when it falls to zero. Unknown: ignored.
-    void remove(SoAuditor* auditor);
+    void remove(SoAuditor* auditor)
+    {
+        if (m_many)
+            removeFromMany(auditor);
+        else if (m_one.auditor == auditor && --m_one.multiplicity <= 0)
+            m_one = {};
+    }
 
     /// Number of distinct auditors.
-    int getLength() const;
-    const Entry& operator[](int i) const;
+    int getLength() const { return m_many ? countMany() : m_one.auditor ? 1 : 0; }
+    const Entry& operator[](int i) const { return m_many ? entryOfMany(i) : m_one; }
     SoAuditor* getObject(int i) const { return (*this)[i].auditor; }
     SoAuditor::Type getType(int i) const { return (*this)[i].type; }
 
     /// Tells every auditor. An auditor may remove itself or others meanwhile; those removed are
     /// not called, those added are called with the next change.
-    void notify(SoNotification& notification) const;
+    void notify(SoNotification& notification) const
+    {
+        if (m_many)
+            notifyMany(notification);
+        else if (m_one.auditor)
+            m_one.auditor->auditedChanged(notification);
+    }
 
     /// Takes every entry out, then tells each auditor that the object dies.
     void announceDeath();
 
 private:
-    struct Many {
-        std::vector<Entry> entries;
-        std::unordered_map<SoAuditor*, int> index; ///< filled beyond kIndexThreshold
-    };
-    int find(SoAuditor* auditor) const;
+    struct Many;
+    void appendFurther(SoAuditor* auditor, SoAuditor::Type type);
+    void removeFromMany(SoAuditor* auditor);
+    int countMany() const;
+    const Entry& entryOfMany(int i) const;
+    void notifyMany(SoNotification& notification) const;
+    void freeMany();
 
-    Entry m_one;                  ///< the only entry while m_many is null
-    std::unique_ptr<Many> m_many; ///< all entries once there were two
+    Entry m_one;            ///< the only entry while m_many is null
+    Many* m_many = nullptr; ///< Owned: all entries once there were two.
 };

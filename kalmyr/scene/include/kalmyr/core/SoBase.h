@@ -49,5 +49,8 @@ protected:
     SoAuditorList m_auditors;
 
 private:
-    bool m_named = false; ///< the name is in the process-wide table, not in the object
+    struct Naming;
+    void forgetName();
+
+    Naming* m_naming = nullptr; ///< Owned: name and place among those of that name; null mostly.
 };

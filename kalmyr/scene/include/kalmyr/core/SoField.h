@@ -37,7 +37,11 @@ public:
     static SoType getClassTypeId();
     static void initClass();
 
-    virtual ~SoField();
+    virtual ~SoField()
+    {
+        if (m_extra || (flags() & kDeferred))
+            dismantle();
+    }
     SoField(const SoField&) = delete;
     SoField& operator=(const SoField&) = delete;
 
@@ -150,6 +154,7 @@ protected:
 
 private:
     struct Extra;
+    void dismantle();
     friend class SoEngine;
     friend class SoFieldContainer;
     friend class SoNotification;

@@ -29,6 +29,9 @@ public:
     }
     SoField* getField(const SoFieldContainer* container, int index) const;
 
+    /// Indices of the fields whose type can hold nodes.
+    const std::vector<int>& getNodeFields() const { return m_nodeFields; }
+
     /// Index of the field of that name, or -1. Constant time for tables of any size.
     int getIndex(const SbName& name) const;
     /// Index of `field` within `container`, or -1.
@@ -42,5 +45,6 @@ private:
     static constexpr std::size_t kLinearLimit = 12;
 
     std::vector<Entry> m_entries;
+    std::vector<int> m_nodeFields;
     std::unordered_map<SbName, int> m_index;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbPointerMap.h>
 #include <kalmyr/base/SoRef.h>
 
 #include <unordered_map>
@@ -38,7 +39,7 @@ private:
     SoField* masterFor(SoField* master);
     bool isFedFromInside(const SoFieldContainer* engine);
 
-    std::unordered_map<const SoFieldContainer*, SoFieldContainer*> m_copies;
+    SbPointerMap<SoFieldContainer, SoFieldContainer*> m_copies;
     std::vector<const SoFieldContainer*> m_unconnected;      ///< originals copied since connect()
     std::unordered_map<const SoFieldContainer*, bool> m_fed; ///< engines, while connecting
     std::vector<SoRef<SoFieldContainer>> m_engines;          ///< copies, until they are connected

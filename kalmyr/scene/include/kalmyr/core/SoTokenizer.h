@@ -101,9 +101,43 @@ public:
         }
     }
 
+    /// Called with text that was read and is not looked at again, at least `kDiscardStep` bytes of
+    /// it; its owner may give the memory back, keeping the addresses.
+    using Discard = void (*)(void* data, std::size_t begin, std::size_t end);
+    static constexpr std::size_t kDiscardStep = std::size_t(1) << 18;
+    void setDiscard(Discard function, void* data);
+    /// Called by whoever reads long lists: nothing from `begin` to the present place is needed any
+    /// more, except for the positions of what follows. Moves `begin` on when it was given back.
+    void discardFrom(std::size_t& begin)
+    {
+        if (m_discard && m_numHolds == 0 && getOffset() >= begin + kDiscardStep) {
+            callDiscard(begin);
+        }
+    }
+    /// While one lives everything read is kept: the text is wanted once more.
+    class Hold {
+    public:
+        explicit Hold(SoTokenizer& text) : m_text(text) { ++text.m_numHolds; }
+        ~Hold() { --m_text.m_numHolds; }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+    private:
+        SoTokenizer& m_text;
+    };
+
 private:
+    /// Text that was given back, and what it says about positions behind it.
+    struct Gap {
+        std::size_t begin;
+        std::size_t end;
+        int lines;             ///< that end inside
+        std::size_t lineStart; ///< behind the last of them
+    };
     void skip();
     void callProgress();
+    void callDiscard(std::size_t& begin);
+    void countLines(std::size_t begin, std::size_t end, int& lines, std::size_t& lineStart) const;
     bool takeWhile(unsigned char firstClass, unsigned char restClass, std::string_view& word);
     bool readQuoted(std::string& value);
     template <class T>
@@ -121,4 +155,8 @@ private:
     Progress m_progress = nullptr;
     void* m_progressData = nullptr;
     std::size_t m_nextProgress = 0;
+    Discard m_discard = nullptr;
+    void* m_discardData = nullptr;
+    int m_numHolds = 0;
+    std::vector<Gap> m_gaps; ///< in order
 };

@@ -185,6 +185,7 @@ bool readTextList(SoTokenizer& in, Extend&& extend)
     using T = std::remove_pointer_t<decltype(extend(0))>;
     using Number = typename NumberLayout<T>::Number;
     constexpr int kCount = NumberLayout<T>::kCount;
+    std::size_t begin = in.getOffset();
     for (int total = 0;;) {
         if (total > kMaxListLength) {
             return in.fail("expected a shorter list");
@@ -208,6 +209,7 @@ bool readTextList(SoTokenizer& in, Extend&& extend)
             const int got = static_cast<int>(in.readNumbers(to, static_cast<std::size_t>(wanted)));
             total += piece;
             in.reportProgress();
+            in.discardFrom(begin);
             if (got == wanted) {
                 continue;
             }

@@ -40,8 +40,6 @@ protected:
     SoVRMLParent();
     /// What a concrete group does to the state of its children.
     virtual void setState(SoState*) {}
-    /// The children that count; all of them unless overridden.
-    virtual void traverseChildren(SoAction* action);
 
 private:
     bool isCulled(SoRayPickAction* action) const;
