@@ -89,9 +89,8 @@ void SoBoundsUnion::begin(const SoBounds& other, const SbMatrix& toHere)
 void SoBoundsUnion::turnTo(const SbBox3f& box, const SbMatrix& matrix)
 {
     bool invertible = false;
-    m_toTurned = matrix.inverse(&invertible);
-    m_fromTurned = matrix;
-    m_turned = invertible ? box : SbBox3f();
+    const SbMatrix inverse = matrix.inverse(&invertible);
+    m_turned.reset(invertible ? new Turned{box, matrix, inverse} : nullptr);
 }
 
 /// From the only box to the common one.
@@ -105,6 +104,23 @@ void SoBoundsUnion::flatten()
     m_bounds.count = 2;
 }
 
+void SoBoundsUnion::addTurned(const SbBox3f& box, const SbMatrix& matrix, bool isMass)
+{
+    // What holds most decides.
+    if (isMass && isAskew(matrix) && diagonal2(box, matrix) > diagonal2(m_bounds.box)) {
+        turnTo(box, matrix);
+        if (m_turned) {
+            SbBox3f before = m_bounds.box;
+            before.transform(m_turned->fromHere);
+            m_turned->box.extendBy(before);
+        }
+    } else if (m_turned) {
+        SbBox3f there = box;
+        there.transform(matrix * m_turned->fromHere);
+        m_turned->box.extendBy(there);
+    }
+}
+
 void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere)
 {
     if (other.isEmpty())
@@ -116,30 +132,20 @@ void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere)
     if (m_bounds.count == 1)
         flatten();
     const SbMatrix matrix = other.matrixTo(toHere);
+    const bool isMass = other.count > 1 || other.holdsSeveral;
+    if (isMass || m_turned)
+        addTurned(other.box, matrix, isMass);
     SbBox3f here = other.box;
     here.transform(matrix);
-    // What holds most decides.
-    if ((other.count > 1 || other.holdsSeveral) && isAskew(matrix)
-        && diagonal2(other.box, matrix) > diagonal2(m_bounds.box)) {
-        turnTo(other.box, matrix);
-        if (!m_turned.isEmpty()) {
-            SbBox3f before = m_bounds.box;
-            before.transform(m_toTurned);
-            m_turned.extendBy(before);
-        }
-    } else if (!m_turned.isEmpty()) {
-        SbBox3f there = other.box;
-        there.transform(matrix * m_toTurned);
-        m_turned.extendBy(there);
-    }
     m_bounds.box.extendBy(here);
-    if (!m_turned.isEmpty() && diagonal2(m_turned, m_fromTurned) > diagonal2(m_bounds.box))
-        m_turned = {};
+    // Kept while it is the smaller one, which nothing without bounds is.
+    if (m_turned && !(diagonal2(m_turned->box, m_turned->toHere) < diagonal2(m_bounds.box)))
+        m_turned.reset();
 }
 
 void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere, const SbBox3f& projected)
 {
-    if (m_bounds.count > 1 && m_turned.isEmpty())
+    if (m_bounds.count > 1 && !m_turned)
         m_bounds.box.extendBy(projected);
     else
         add(other, toHere);
@@ -148,9 +154,9 @@ void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere, const SbB
 SoBounds SoBoundsUnion::get() const
 {
     SoBounds result = m_bounds;
-    if (!m_turned.isEmpty()) {
-        result.box = m_turned;
-        result.matrix = m_fromTurned;
+    if (m_turned) {
+        result.box = m_turned->box;
+        result.matrix = m_turned->toHere;
         result.inOwnSpace = true;
     }
     return result;
@@ -159,9 +165,9 @@ SoBounds SoBoundsUnion::get() const
 SoBounds SoBoundsUnion::getAxisParallel() const
 {
     SoBounds result = m_bounds;
-    if (!m_turned.isEmpty()) {
-        SbBox3f other = m_turned;
-        other.transform(m_fromTurned);
+    if (m_turned) {
+        SbBox3f other = m_turned->box;
+        other.transform(m_turned->toHere);
         result.box = intersection(result.box, other);
     }
     return result;

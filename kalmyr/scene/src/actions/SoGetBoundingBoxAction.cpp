@@ -7,6 +7,8 @@
 
 #include "core/CacheLock.h"
 
+#include <utility>
+
 SO_ACTION_SOURCE(SoGetBoundingBoxAction, SoAction, "GetBoundingBoxAction")
 
 void SoGetBoundingBoxAction::initMethods()
@@ -19,7 +21,8 @@ SoGetBoundingBoxAction::SoGetBoundingBoxAction(const SbViewportRegion& region) :
 void SoGetBoundingBoxAction::beginTraversal(SoNode*)
 {
     getState()->write<SoViewportRegionElement>().set(nullptr, m_region);
-    m_open.assign(1, Open());
+    m_open.clear();
+    m_open.emplace_back();
 }
 
 void SoGetBoundingBoxAction::endTraversal(SoNode*)
@@ -63,7 +66,7 @@ bool SoGetBoundingBoxAction::open(const SoNode* node, const SoBoundingBoxCache* 
 void SoGetBoundingBoxAction::close(const SoNode* node, std::unique_ptr<SoBoundingBoxCache>* cache)
 {
     SoState* state = getState();
-    const Open inner = m_open.back();
+    const Open inner = std::move(m_open.back());
     m_open.pop_back();
     const bool cacheable = inner.cacheable && !hasTerminated() && getPathMode() != IN_PATH;
     const bool ownView =

@@ -6,6 +6,7 @@
 #include <kalmyr/base/SbVec.h>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class SoNode;
@@ -46,7 +47,6 @@ public:
     /// isTurnedMass().
     void add(const SoBounds& other, const SbMatrix& toHere, const SbBox3f& projected);
     bool isEmpty() const { return m_bounds.isEmpty(); }
-    void clear() { *this = {}; }
 
     /// The tighter one of the boxes that are known.
     SoBounds get() const;
@@ -57,14 +57,19 @@ public:
     static bool isTurnedMass(const SoBounds& bounds, const SbMatrix& toHere);
 
 private:
+    /// A second box of everything, in a space of its own.
+    struct Turned {
+        SbBox3f box;
+        SbMatrix toHere;
+        SbMatrix fromHere;
+    };
     void begin(const SoBounds& other, const SbMatrix& toHere);
     void flatten();
     void turnTo(const SbBox3f& box, const SbMatrix& matrix);
+    void addTurned(const SbBox3f& box, const SbMatrix& matrix, bool isMass);
 
     SoBounds m_bounds;
-    SbBox3f m_turned; ///< a second box of everything, in a space of its own; empty: none
-    SbMatrix m_fromTurned;
-    SbMatrix m_toTurned;
+    std::unique_ptr<Turned> m_turned; ///< null mostly
 };
 
 /// What a separator remembers of the bounds of its content, in the separator's own space.
