@@ -100,19 +100,19 @@ void MrbServicesImpl::announceSceneGraph(SoNode* root)
     m_announced = true;
     m_sceneGraph.reset(root);
     m_selectedNode.reset();
-    m_selectedField = nullptr;
+    m_selectedField.reset();
     m_fieldContainer.reset();
     emitSafely([&] { Q_EMIT sceneGraphChanged(root); });
 }
 
 SoField* MrbServicesImpl::getSelectedField() const
 {
-    return m_fieldContainer ? m_selectedField : nullptr;
+    return m_fieldContainer ? m_selectedField.get() : nullptr;
 }
 
 void MrbServicesImpl::setSelectedField(SoField* field)
 {
-    m_selectedField = field;
+    m_selectedField.reset(field);
     m_fieldContainer.reset(field ? field->getContainer() : nullptr);
     emitSafely([&] { Q_EMIT selectedFieldChanged(field); });
 }

@@ -5,6 +5,7 @@
 #include "mirabo/extender/private/CommandStackAccess.h"
 
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoField.h>
 #include <kalmyr/gui/SoGuiRenderArea.h>
 
 #include <functional>
@@ -60,7 +61,7 @@ private:
     static void selectionChanged(void* data, SoSelection* selection);
 
     std::unique_ptr<SoCommandManager> m_hub;
-    SoField* m_selectedField = nullptr; // Not owned; valid while its container lives.
+    mirabo::Observed<SoField> m_selectedField; ///< a file's or a script's may go before its node
     mirabo::Observed<SoFieldContainer> m_fieldContainer;
     mirabo::Observed<SoFieldContainer> m_selectedNode;
     mirabo::Observed<SoNode> m_sceneGraph;

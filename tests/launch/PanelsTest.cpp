@@ -39,6 +39,11 @@ protected:
     {
         hooks().m_mirabo_startStandalone(0, nullptr);
         drop(writeFile("scene.ky", kScene));
+        spread();
+    }
+    /// All rows and panels can be clicked.
+    static void spread()
+    {
         window()->resize(1400, 900);
         QApplication::setActiveWindow(window());
         tree()->expandAll();
@@ -218,6 +223,29 @@ TEST_F(PanelsTest, DrawsWithPreferencesOnceTheyAreSaved)
     choose("m_applyButton");
     EXPECT_TRUE(isGreen(fields()));
     EXPECT_TRUE(isGreen(watch()));
+}
+
+TEST_F(PanelsTest, TakesTheSelectedFieldBackWhenItsNodeDies)
+{
+    const SoRef<SoSeparator> root(new SoSeparator);
+    root->addChild(new SoCube);
+    hooks().m_mirabo_startNode(root.get());
+    spread();
+    tree()->setCurrentItem(row(tree(), "Cube", 0));
+    pass();
+    watchField("width");
+    click(watch(), watch()->topLevelItem(0));
+    const MrbServices* services = MrbServices::getInstance();
+    ASSERT_EQ(services->getSelectedField(), root->getChild(0)->getField("width"));
+    root->removeAllChildren();
+    EXPECT_EQ(services->getSelectedField(), nullptr);
+    EXPECT_EQ(services->getSelectedNode(), nullptr);
+    EXPECT_EQ(watch()->topLevelItem(0)->text(kNodeName).right(9), "(deleted)");
+    EXPECT_TRUE(watch()->topLevelItem(0)->isDisabled());
+    click(watch(), watch()->topLevelItem(0));
+    press("&Delete");
+    EXPECT_EQ(watch()->topLevelItemCount(), 0);
+    pass();
 }
 
 TEST_F(PanelsTest, KeepsColumnsAndWatchOverARestart)
