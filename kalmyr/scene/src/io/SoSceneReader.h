@@ -115,13 +115,9 @@ protected:
     {
         return findDefinition(name);
     }
-<<<<<<< HEAD
-    bool isDefined(std::string_view name) const { return m_definitions.count(name) > 0; }
+    bool isDefined(std::string_view name) const { return m_definitions.find(name) != nullptr; }
     /// False when there is no number.
     bool skipNumbers();
-=======
-    bool isDefined(std::string_view name) const { return m_definitions.find(name) != nullptr; }
->>>>>>> 90f4d0e (core: keep listeners, names and boxes of parts in flat tables, let go of text that was read)
     /// Skips one value of unknown type.
     bool skipValue(bool keepNames = true);
 
