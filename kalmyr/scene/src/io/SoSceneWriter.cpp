@@ -5,21 +5,17 @@
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoChildList.h>
-#include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoPath.h>
-#include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/fields/SoMNodeField.h>
-#include <kalmyr/fields/SoSFEngine.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/fields/SoValueText.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
-#include <kalmyr/sensors/SoRoute.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
@@ -33,7 +29,6 @@ namespace kalmyr::detail {
 namespace {
 
 constexpr std::string_view kVrmlPrefix = "VRML";
-constexpr std::string_view kProtoPrefix = "proto:";
 
 const char* kindWord(SoField::FieldType kind)
 {
@@ -62,43 +57,6 @@ bool isUnknownToVrml1(std::string_view field)
         "fastEditing",   "model",          "nearDistance",       "pickCulling",
         "renderCaching", "vertexProperty", "viewportMapping"};
     return std::find(std::begin(kFields), std::end(kFields), field) != std::end(kFields);
-}
-
-/// The words in front of braces: types of nodes.
-std::vector<std::string_view> typesIn(std::string_view text)
-{
-    std::vector<std::string_view> types;
-    const std::string copy(text);
-    SoTokenizer in(copy.c_str(), copy.size());
-    std::string_view word;
-    std::string ignored;
-    while (!in.atEnd() && !in.hasFailed()) {
-        if (in.readName(word)) {
-            if (in.peek() == '{')
-                types.push_back(
-                    text.substr(static_cast<std::size_t>(word.data() - copy.data()), word.size()));
-        } else if (in.peek() == '"') {
-            in.readString(ignored);
-        } else {
-            in.setOffset(in.getOffset() + 1);
-        }
-    }
-    return types;
-}
-
-/// The prototype that the text of another one means by that name.
-SoVRMLProto* findUsed(const SoVRMLProto* proto, std::string_view type)
-{
-    SoVRMLProto* used = proto->previous.get();
-    while (used && used->name != type)
-        used = used->previous.get();
-    return used;
-}
-
-/// A prototype that nothing used; fields have no blank in their names.
-bool isStatement(const SoForeignFields::Entry& entry)
-{
-    return entry.name.find(' ') != std::string::npos;
 }
 
 const SoVRMLProto* protoOf(const SoNode* node)
@@ -480,233 +438,11 @@ void SceneWriter::instance(SoVRMLProtoInstance* node)
     fields(node);
 }
 
-void SceneWriter::collect(SoVRMLProto* proto)
-{
-    if (!m_metProtos.insert(proto).second)
-        return;
-    std::unordered_set<std::string_view> seen;
-    for (const std::string_view type : typesIn(proto->text)) {
-        if (!seen.insert(type).second)
-            continue;
-        if (SoVRMLProto* used = findUsed(proto, type))
-            collect(used);
-    }
-    m_protos.push_back(proto);
-}
-
-void SceneWriter::nameProtos()
-{
-    // Prototypes of one name may come from places that do not know of each other.
-    std::unordered_set<std::string> taken;
-    for (const SoVRMLProto* proto : m_protos) {
-        std::string name(proto->name.view());
-        for (int i = 1; !taken.insert(name).second; ++i) {
-            name = std::string(proto->name.view()) + '_';
-            SbNumber::appendInt(name, i);
-        }
-        if (name != proto->name.view())
-            m_protoNames[proto] = name;
-    }
-}
-
-std::string_view SceneWriter::nameOfProto(const SoVRMLProto* proto) const
-{
-    const auto found = m_protoNames.find(proto);
-    return found == m_protoNames.end() ? proto->name.view() : std::string_view(found->second);
-}
-
-std::string SceneWriter::textOf(const SoVRMLProto* proto) const
-{
-    if (m_protoNames.empty())
-        return proto->text;
-    std::string text;
-    const char* at = proto->text.data();
-    for (const std::string_view type : typesIn(proto->text)) {
-        const SoVRMLProto* used = findUsed(proto, type);
-        const bool isOwn = proto->text.find("PROTO " + std::string(type)) != std::string::npos;
-        if (!used || isOwn || !m_protoNames.count(used))
-            continue;
-        text.append(at, type.data());
-        text += nameOfProto(used);
-        at = type.data() + type.size();
-    }
-    return text.append(at, proto->text.data() + proto->text.size());
-}
-
-void SceneWriter::prototypes()
-{
-    nameProtos();
-    for (const SoVRMLProto* proto : m_protos) {
-        m_buffer += proto->external ? "EXTERNPROTO " : "PROTO ";
-        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer += nameOfProto(proto);
-        m_buffer += ' ';
-        m_buffer += textOf(proto);
-        m_buffer += '\n';
-        flushIfLarge();
-    }
-    if (m_dialect != VRML10)
-        unusedPrototypes();
-}
-
-void SceneWriter::unusedPrototypes()
-{
-    std::unordered_set<std::string_view> names;
-    for (const SoVRMLProto* proto : m_protos)
-        names.insert(nameOfProto(proto));
-    for (const SoForeignFields::Entry& entry : m_unused) {
-        const std::size_t blank = entry.name.find(' ');
-        const std::string_view name = std::string_view(entry.name).substr(blank + 1);
-        if (!names.insert(name).second)
-            continue;
-        m_buffer.append(entry.name, 0, blank + 1);
-        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer.append(name) += ' ';
-        m_buffer += entry.value;
-        m_buffer += '\n';
-        flushIfLarge();
-    }
-}
-
 bool SceneWriter::isWrapper(const SoNode* node) const
 {
     return isVrml97() && node == m_root && node->getTypeId() == SoVRMLGroup::getClassTypeId()
            && node->getName().isEmpty()
            && static_cast<const SoVRMLGroup*>(node)->bboxSize.isDefault();
-}
-
-void SceneWriter::findRoutes(const SoFieldContainer* container)
-{
-    const SoFieldData* data = container->getFieldData();
-    std::size_t at = m_routes.size();
-    for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField* one = data->getField(container, i);
-        if (const SoField* master = one->getConnectedField())
-            m_routes.push_back({master, one});
-        if (one->isOfType(SoSFEngine::getClassTypeId()))
-            findEngine(static_cast<const SoSFEngine*>(one)->getValue());
-        for (const SoField* source : SoRoute::getSources(one))
-            m_routes.push_back({source, one});
-    }
-    for (; at < m_routes.size(); ++at)
-        findEngine(m_routes[at].from->getContainer());
-}
-
-void SceneWriter::findEngine(const SoFieldContainer* engine)
-{
-    if (m_dialect != KALMYR || !engine || !engine->isOfType(SoEngine::getClassTypeId())
-        || m_engineNames.count(engine))
-        return;
-    m_engineNames[engine]; // named when all names of nodes are known
-    m_engines.push_back(engine);
-    findRoutes(engine);
-}
-
-bool SceneWriter::isWritten(const Route& route) const
-{
-    const SoFieldContainer* master = route.from->getContainer();
-    if (!master || m_dialect == VRML10)
-        return false;
-    if (master->isOfType(SoNode::getClassTypeId()))
-        return m_nodes.count(static_cast<const SoNode*>(master)) > 0;
-    return m_dialect == KALMYR
-           && (master->isOfType(SoEngine::getClassTypeId())
-               || master->isOfType(SoGlobalField::getClassTypeId()));
-}
-
-void SceneWriter::engine(const SoFieldContainer* engine)
-{
-    m_writtenEngines.insert(engine);
-    std::string& name = m_engineNames[engine];
-    name = std::string(engine->getName().view());
-    while (name.empty() || m_names.count(name) || !m_taken.insert(name).second) {
-        name = "Engine";
-        SbNumber::appendInt(name, m_nextInstance++);
-    }
-    m_buffer += "ENGINE ";
-    m_buffer += name;
-    m_buffer += ' ';
-    m_buffer += engine->getTypeId().getName().view();
-    m_buffer += " {";
-    const SoFieldData* data = engine->getFieldData();
-    ++m_indent;
-    for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField* one = data->getField(engine, i);
-        if (engine->computes(one) || !engine->isFieldWritten(*one))
-            continue;
-        newLine();
-        m_buffer += data->getFieldName(i).view();
-        m_buffer += ' ';
-        one->writeValue(*this);
-    }
-    --m_indent;
-    newLine();
-    m_buffer += '}';
-}
-
-void SceneWriter::engines()
-{
-    for (const SoFieldContainer* one : m_engines) {
-        if (m_writtenEngines.count(one))
-            continue;
-        m_buffer += '\n';
-        engine(one);
-    }
-}
-
-void SceneWriter::writeEngine(const SoEngine* one)
-{
-    if (!one || m_dialect != KALMYR)
-        m_buffer += "NULL";
-    else if (m_writtenEngines.count(one))
-        m_buffer += m_engineNames[one];
-    else
-        engine(one);
-}
-
-void SceneWriter::globals()
-{
-    std::unordered_set<const SoFieldContainer*> written;
-    for (const auto& [master, follower] : m_routes) {
-        const SoFieldContainer* global = master->getContainer();
-        if (!global->isOfType(SoGlobalField::getClassTypeId()) || !written.insert(global).second)
-            continue;
-        m_buffer += "\nGLOBAL ";
-        m_buffer += master->getTypeId().getName().view();
-        m_buffer += ' ';
-        m_buffer += global->getFieldName(master).view();
-        m_buffer += ' ';
-        master->writeValue(*this);
-    }
-}
-
-std::string SceneWriter::nameInRoute(const SoFieldContainer* container)
-{
-    if (container->isOfType(SoNode::getClassTypeId())) {
-        const auto* node = static_cast<const SoNode*>(container);
-        return nameOf(node, m_nodes[node]);
-    }
-    const auto engine = m_engineNames.find(container);
-    return engine == m_engineNames.end() ? "global" : engine->second;
-}
-
-void SceneWriter::routes()
-{
-    engines();
-    globals();
-    for (const auto& [master, field] : m_routes) {
-        if (m_buffer.empty() || m_buffer.back() != '\n')
-            m_buffer += '\n';
-        m_buffer += "ROUTE ";
-        m_buffer += nameInRoute(master->getContainer());
-        m_buffer += '.';
-        m_buffer += master->getContainer()->getFieldName(master).view();
-        m_buffer += " TO ";
-        m_buffer += nameInRoute(field->getContainer());
-        m_buffer += '.';
-        m_buffer += field->getContainer()->getFieldName(field).view();
-        flushIfLarge();
-    }
 }
 
 void SceneWriter::unknown(SoUnknownNode* node)

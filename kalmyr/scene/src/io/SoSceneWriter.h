@@ -69,6 +69,8 @@ private:
         bool written = false;
         std::string name;
     };
+    /// Prototypes are called "proto:Name" in Kalmyr text, so that they cannot be taken for classes.
+    static constexpr std::string_view kProtoPrefix = "proto:";
     /// A field that follows another.
     struct Route {
         const SoField* from;
@@ -85,6 +87,8 @@ private:
     /// Declarations of the prototypes that were met, those that they use in front of them.
     void prototypes();
     void unusedPrototypes();
+    /// A prototype that nothing used; fields have no blank in their names.
+    static bool isStatement(const SoForeignFields::Entry& entry);
     void collect(SoVRMLProto* proto);
     void nameProtos();
     std::string_view nameOfProto(const SoVRMLProto* proto) const;
