@@ -13,7 +13,7 @@ namespace kalmyr::detail {
 struct TextLayout {
     enum Justify { FIRST, BEGIN, MIDDLE, END };
     /// Longer texts are cut, over all lines (characters).
-    static constexpr std::size_t kMaxCharacters = 100'000;
+    static constexpr std::size_t kMaxCharacters = 10'000;
 
     SoFontValues font;
     std::span<const SbString> lines;
