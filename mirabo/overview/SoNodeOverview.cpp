@@ -21,8 +21,12 @@
 #include <QVBoxLayout>
 
 #include <cstdint>
+#include <utility>
 
 namespace {
+
+/// Between two texts of the id while the node changes all the time.
+constexpr int kPauseMs = 250;
 
 QString addressText(const SoNode* node)
 {
@@ -127,6 +131,11 @@ void SoNodeOverview::buildChecks(QHBoxLayout* checks, bool withCloseButton)
 
 void SoNodeOverview::connectWidgets()
 {
+    m_pause.setSingleShot(true);
+    connect(&m_pause, &QTimer::timeout, this, [this] {
+        if (std::exchange(m_idStale, false) && m_node)
+            showId();
+    });
     connect(m_showChangedCheckBox, &QCheckBox::toggled, m_list, &SoMiraboList::showChangedValues);
     connect(m_overrideCheckBox, &QCheckBox::released, this,
             &SoNodeOverview::overrideButtonStateChanged);
@@ -223,7 +232,7 @@ void SoNodeOverview::showNetName()
 
 void SoNodeOverview::showIdentity()
 {
-    m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(m_node->getNodeId()));
+    showId();
     m_addressLabel->setText(tr("<b> Node Address </b>: %1").arg(addressText(m_node)));
 }
 
@@ -252,7 +261,25 @@ void SoNodeOverview::refresh()
     if (!m_node)
         return;
     m_overrideCheckBox->setChecked(m_node->isOverride());
+    showId();
+}
+
+void SoNodeOverview::showId()
+{
     m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(m_node->getNodeId()));
+}
+
+/// A node that moves has another id with every frame, and each new text lays the panel out anew.
+void SoNodeOverview::followChange()
+{
+    if (!m_node)
+        return;
+    m_overrideCheckBox->setChecked(m_node->isOverride());
+    m_idStale = m_pause.isActive();
+    if (m_idStale)
+        return;
+    showId();
+    m_pause.start(kPauseMs);
 }
 
 void SoNodeOverview::nodeChanged(void* data, SoSensor*)
@@ -262,7 +289,7 @@ void SoNodeOverview::nodeChanged(void* data, SoSensor*)
     panel->m_sensor.detach();
     if (panel->m_node)
         panel->m_sensor.attach(panel->m_node);
-    panel->refresh();
+    panel->followChange();
 }
 
 void SoNodeOverview::showEvent(QShowEvent* event)

@@ -4,6 +4,7 @@
 
 #include <kalmyr/sensors/SoNodeSensor.h>
 
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -71,7 +72,9 @@ private:
     void showName(SoNode* kit);
     void showNetName();
     void showIdentity();
+    void showId();
     void refresh();
+    void followChange();
     void forgetNode();
     static void nodeChanged(void* data, SoSensor* sensor);
 
@@ -79,6 +82,8 @@ private:
     bool m_dead = false;
     std::unique_ptr<mirabo::DeathGuard<SoNode>> m_guard;
     SoNodeSensor m_sensor;
+    QTimer m_pause;         ///< runs for a while after the id was shown
+    bool m_idStale = false; ///< the node changed since
     QFrame* m_upperFrame = nullptr;
     QLabel* m_nodeNameLabel = nullptr;
     QLineEdit* m_nodeNameValue = nullptr;
