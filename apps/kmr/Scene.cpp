@@ -116,9 +116,9 @@ Scene readScene(const std::string& file, bool countTextToo)
     WatchedInput in(scene);
     const auto start = Clock::now();
     const bool opened = in.openFile(SbString(file));
+    scene.compressed = in.isCompressed();
     if (opened) {
         scene.format = in.getFormat();
-        scene.compressed = in.isCompressed();
         scene.header = in.getHeader().toStdString();
         const SoTokenizer& text = in.getTokenizer();
         const std::size_t begin = text.getOffset();

@@ -74,6 +74,50 @@ const Example kExamples[] = {
      "Separator { Coordinate3 { point [ 0 0 0, 0 1 0, 1 0 0, 1 1 0, 2 0 1, 2 1 1 ] } "
      "TriangleStripSet { numVertices 6 } Translation { translation 0 2 0 } "
      "IndexedTriangleStripSet { coordIndex [ 0 1 2 3 -1 2 3 4 5 ] } }"},
+    {"Lines", kKalmyr,
+     "Separator { LightModel { model BASE_COLOR } Material { diffuseColor"
+     " [ 1 1 0, 0 1 1 ] } MaterialBinding { value PER_FACE } Coordinate3 { point [ " QUAD_POINTS
+     " ] } LineSet { numVertices [ 4, 4 ] } Translation { translation 3 0 0 } IndexedLineSet { "
+     "coordIndex [ 0 1 2 3 0 -1 4 5 6 7 4 ] } }"},
+    {"Points", kKalmyr,
+     "Separator { LightModel { model BASE_COLOR } Material { diffuseColor"
+     " 1 0 1 } Coordinate3 { point [ " QUAD_POINTS " ] } PointSet { } }"},
+    {"VertexProperty", kKalmyr,
+     "Separator { IndexedFaceSet { vertexProperty VertexProperty { vertex [ " QUAD_POINTS
+     " ] orderedRGBA [ 0xff0000ff, 0x00ff00ff, 0x0000ffff ] materialBinding PER_FACE } coordIndex "
+     "[ " QUAD_FACES " ] } }"},
+    {"Textured", kKalmyr,
+     "Separator { Material { diffuseColor 1 1 1 } Texture2 { image " CHECKER
+     " } Cube { } Translation { translation 3 0 0 } Sphere "
+     "{ } Translation { translation 3 0 0 } Cylinder { } Translation { translation 3 0 0 } Cone { "
+     "} "
+     "}"},
+    {"TexturedWithCoordinates", kKalmyr,
+     "Separator { Material { diffuseColor 1 1 1 } Texture2 { image " CHECKER
+     " } Coordinate3 { point [ " QUAD_POINTS
+     " ] } TextureCoordinate2 { point [ 0 0, 1 0, 1 1, 0 1 ] } Texture2Transform { scaleFactor 0.5 "
+     "0.5 translation 0.25 0 rotation 0.3 } IndexedFaceSet { coordIndex [ " QUAD_FACES
+     " ] textureCoordIndex [ 0 1 2 3 -1 0 1 2 3 -1 0 1 2 3 -1 ] } }"},
+    {"TexturedWithoutCoordinates", kKalmyr,
+     "Separator { Material { diffuseColor 1 1 1 } Texture2 { image " CHECKER
+     " wrapS CLAMP } Coordinate3 { point [ " QUAD_POINTS
+     " ] } IndexedFaceSet { coordIndex [ " QUAD_FACES " ] } }"},
+    {"OldText", kVrml1,
+     "Separator { FontStyle { size 4 } Material { diffuseColor 1 1 0 } AsciiText { string [ "
+     "\"HIL\", \"TE\" ] justification CENTER } }"},
+    {"NewLinesAndPoints", kVrml2,
+     "Shape { geometry IndexedLineSet { coord DEF C Coordinate { point [ " QUAD_POINTS
+     " ] } coordIndex [ 0 1 2 3 0 -1 4 5 6 7 4 ] color Color { color [ 1 0 0 0 1 0 ] } "
+     "colorPerVertex FALSE } } Transform { translation 3 0 0 children Shape { appearance "
+     "Appearance "
+     "{ material Material { emissiveColor 1 1 0 } } geometry IndexedLineSet { coord USE C "
+     "coordIndex"
+     " [ 0 6 -1 1 7 ] } } } Shape { geometry PointSet { coord USE C color Color { color [ 1 1 1 1 "
+     "1 "
+     "1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 ] } } }"},
+    {"NewText", kVrml2,
+     "Shape { appearance Appearance { material Material { diffuseColor 1 1 0 } } geometry Text { "
+     "string [ \"HIL\" \"TE\" ] fontStyle FontStyle { size 4 justify \"MIDDLE\" } } }"},
     {"Transparent", kKalmyr,
      "Separator { Material { diffuseColor 1 0 0 } Cube { } Material { diffuseColor 0 0 1 "
      "transparency 0.5 } Translation { translation 0.5 0.5 1 } Sphere { } }"},

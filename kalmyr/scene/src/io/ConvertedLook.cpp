@@ -56,6 +56,19 @@ TextureTransform factorTextureMatrix(const SbMatrix& m)
     return result;
 }
 
+TextureTransform factorOldTextureMatrix(const SbMatrix& m)
+{
+    TextureTransform result{};
+    result.scale[0] = std::hypot(m[0][0], m[0][1]);
+    result.scale[1] = std::hypot(m[1][0], m[1][1]);
+    if (m[0][0] * m[1][1] - m[0][1] * m[1][0] < 0)
+        result.scale[1] = -result.scale[1];
+    result.rotation = std::atan2(m[0][1], m[0][0]);
+    result.translation[0] = m[3][0];
+    result.translation[1] = m[3][1];
+    return result;
+}
+
 bool isPlainSolid(const SoShape* shape, const SoGeometry& geometry)
 {
     const SoType types[] = {SoCube::getClassTypeId(), SoSphere::getClassTypeId(),

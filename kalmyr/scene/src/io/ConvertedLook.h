@@ -20,14 +20,16 @@ namespace kalmyr::detail {
 /// File name of the picture that the texture node in the state shows; empty when it has none.
 SbString textureFile(SoState* state);
 
-/// A texture matrix as translation, rotation and scale about the origin, in the order in which
-/// texture transforms apply them.
+/// A texture matrix as translation, rotation and scale about the origin.
 struct TextureTransform {
     float translation[2];
     float rotation;
     float scale[2];
 };
+/// As VRML97 applies them: translation, rotation, scale.
 TextureTransform factorTextureMatrix(const SbMatrix& matrix);
+/// As VRML 1.0 applies them: scale, rotation, translation.
+TextureTransform factorOldTextureMatrix(const SbMatrix& matrix);
 
 /// Whether the shape is one of the solids that both formats have, with all corners of one colour.
 bool isPlainSolid(const SoShape* shape, const SoGeometry& geometry);

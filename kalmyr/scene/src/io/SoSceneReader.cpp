@@ -160,7 +160,8 @@ bool SceneReader::readNodeFrom(std::string_view word, SoNode*& node)
     if (word == "DEF") {
         if (!readName(name))
             return false;
-        if (mayLeaveOutUse() && text.peek() == '{') {
+        if (mayLeaveOutUse() && text.peek() == '{'
+            && std::all_of(name.begin(), name.end(), isWordChar)) {
             warnOnce("def " + std::string(name), name.data(),
                      "the name behind DEF is missing in front of " + quoted(name));
             return readDefinition(name, {}, node);
@@ -205,7 +206,8 @@ bool SceneReader::takeOddName(std::string_view& name)
     for (; size < rest.size(); ++size) {
         const char c = rest[size];
         const bool closes = c == ']' && brackets == 0, opens = c == '[' && size == 0;
-        if (std::string_view(" \t\r\n\f\v,{}\"#\0", 12).find(c) != rest.npos || closes || opens)
+        const bool isControl = static_cast<unsigned char>(c) <= ' ' || c == 0x7f;
+        if (isControl || std::string_view(",{}\"#").find(c) != rest.npos || closes || opens)
             break;
         brackets += c == '[' ? 1 : c == ']' ? -1 : 0;
     }

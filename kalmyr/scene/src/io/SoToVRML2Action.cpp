@@ -225,19 +225,17 @@ SoGroup* SoToVRML2Action::makeLOD(const std::vector<float>& ranges, const SbVec3
     return made;
 }
 
-SoNode* SoToVRML2Action::makeMaterial()
+SoNode* SoToVRML2Action::makeMaterial(bool isLit)
 {
-    SoState* state = getState();
-    const auto& element = state->get<SoMaterialElement>();
-    const bool lit = state->get<SoLightModelElement>().value().model == SoLightModelValue::PHONG;
-    const std::uint64_t key = SoElement::mix(element.getValueId(), lit);
+    const auto& element = getState()->get<SoMaterialElement>();
+    const std::uint64_t key = SoElement::mix(element.getValueId(), isLit);
     SoRef<SoNode>& known = m_materials[key];
     if (known && m_reuseProperties)
         return known.get();
     const SoMaterialValues& values = element.value();
     auto* made = new SoVRMLMaterial;
     const SbColor diffuse = values.getDiffuse();
-    if (lit) {
+    if (isLit) {
         made->diffuseColor = diffuse;
         made->emissiveColor = values.emissive;
         made->specularColor = values.specular;
@@ -282,20 +280,20 @@ SoNode* SoToVRML2Action::makeTexture()
     return made;
 }
 
-SoNode* SoToVRML2Action::makeAppearance()
+SoNode* SoToVRML2Action::makeAppearance(bool isLit)
 {
     SoState* state = getState();
     const auto& matrix = state->get<SoTextureMatrixElement>();
     std::uint64_t key = state->get<SoMaterialElement>().getValueId();
     key = SoElement::mix(key, state->get<SoTextureElement>().getValueId());
-    key = SoElement::mix(key, state->get<SoLightModelElement>().getValueId());
+    key = SoElement::mix(key, isLit);
     key = SoElement::mix(key, matrix.getValueId());
     SoRef<SoNode>& known = m_appearances[key];
     if (known && m_reuseAppearances)
         return known.get();
     auto* made = new SoVRMLAppearance;
     known = made;
-    made->material = makeMaterial();
+    made->material = makeMaterial(isLit);
     if (SoNode* texture = makeTexture())
         made->texture = texture;
     if (matrix.value() == SbMatrix::identity() || !made->texture.getValue())
@@ -326,7 +324,10 @@ SoNode* SoToVRML2Action::makeGeometry(SoShape* shape, const SoGeometry& geometry
 SoNode* SoToVRML2Action::makeShape(SoShape* shape, const SoGeometry& geometry)
 {
     auto* made = new SoVRMLShape;
-    made->appearance = makeAppearance();
+    // Lines and points shine in one colour, whatever lights there are.
+    const auto model = getState()->get<SoLightModelElement>().value().model;
+    const bool isLit = model == SoLightModelValue::PHONG && !geometry.triangles.empty();
+    made->appearance = makeAppearance(isLit);
     made->geometry = makeGeometry(shape, geometry);
     return made;
 }

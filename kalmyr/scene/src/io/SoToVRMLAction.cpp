@@ -8,9 +8,12 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/lights/SoPointLight.h>
 #include <kalmyr/lights/SoSpotLight.h>
@@ -107,6 +110,15 @@ bool isPure(const SoNode* node, std::unordered_set<const SoNode*>& seen)
     for (int i = 0; children && i < children->getLength(); ++i)
         if (!isPure((*children)[i], seen))
             return false;
+    const SoFieldData* data = node->getFieldData();
+    for (int i = 0; data && i < data->getNumFields(); ++i) {
+        const SoField* field = data->getField(node, i);
+        if (!field->isOfType(SoSFNode::getClassTypeId()))
+            continue;
+        const SoNode* held = static_cast<const SoSFNode*>(field)->getValue();
+        if (held && !isPure(held, seen))
+            return false;
+    }
     return true;
 }
 
@@ -257,7 +269,9 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
 {
     SoState* state = getState();
     const SoMaterialValues& values = SoMaterialElement::get(state);
-    const bool lit = state->get<SoLightModelElement>().value().model == SoLightModelValue::PHONG;
+    // Lines and points have no light to shine back, and what shines by itself has one colour.
+    const bool lit = state->get<SoLightModelElement>().value().model == SoLightModelValue::PHONG
+                     || geometry.triangles.empty() || !geometry.colors.empty();
     auto* material = new SoMaterial;
     group.addChild(material);
     if (lit) {
@@ -275,7 +289,7 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
     if (values.getTransparency() > 0)
         material->transparency = values.getTransparency();
     if (!geometry.colors.empty()) {
-        fill(lit ? material->diffuseColor : material->emissiveColor, colorsOf(geometry));
+        fill(material->diffuseColor, colorsOf(geometry));
         auto* binding = new SoMaterialBinding;
         binding->value = SoMaterialBinding::PER_VERTEX_INDEXED;
         group.addChild(binding);
@@ -297,7 +311,7 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
     const SbMatrix& matrix = SoTextureMatrixElement::get(state);
     if (matrix == SbMatrix::identity())
         return;
-    const TextureTransform factors = factorTextureMatrix(matrix);
+    const TextureTransform factors = factorOldTextureMatrix(matrix);
     auto* transform = new SoTexture2Transform;
     transform->translation.setValue(factors.translation[0], factors.translation[1]);
     transform->rotation = factors.rotation;

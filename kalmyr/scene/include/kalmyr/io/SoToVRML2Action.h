@@ -44,8 +44,8 @@ protected:
     SoNode* takeOver(SoNode* node) override;
 
 private:
-    SoNode* makeAppearance();
-    SoNode* makeMaterial();
+    SoNode* makeAppearance(bool isLit);
+    SoNode* makeMaterial(bool isLit);
     SoNode* makeTexture();
     SoNode* makeGeometry(SoShape* shape, const SoGeometry& geometry);
 
