@@ -1,6 +1,8 @@
 #pragma once
 
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts, which this one includes
 #include "mirabo/core/Observed.h"
+#endif
 #include "mirabo/extender/MrbServices.h"
 #include "mirabo/extender/private/CommandStackAccess.h"
 
