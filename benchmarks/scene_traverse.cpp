@@ -74,8 +74,9 @@ void countVisits(benchmark::State& state, const SoAction& action)
 void visitEverything(benchmark::State& state)
 {
     SoCallbackAction action;
+    SoNode* root = tree(state.range(0)).root.get();
     for (auto _ : state)
-        action.apply(tree(state.range(0)).root.get());
+        action.apply(root);
     countVisits(state, action);
 }
 BENCHMARK(visitEverything)->Apply(sizes);
@@ -83,8 +84,9 @@ BENCHMARK(visitEverything)->Apply(sizes);
 void countPrimitives(benchmark::State& state)
 {
     SoGetPrimitiveCountAction action;
+    SoNode* root = tree(state.range(0)).root.get();
     for (auto _ : state)
-        action.apply(tree(state.range(0)).root.get());
+        action.apply(root);
     state.counters["triangles"] = static_cast<double>(action.getTriangleCount());
 }
 BENCHMARK(countPrimitives)->Apply(sizes);
@@ -97,8 +99,9 @@ void callBackBeforeEachNode(benchmark::State& state)
         ++nodes;
         return SoCallbackAction::CONTINUE;
     });
+    SoNode* root = tree(state.range(0)).root.get();
     for (auto _ : state)
-        action.apply(tree(state.range(0)).root.get());
+        action.apply(root);
     benchmark::DoNotOptimize(nodes);
     countVisits(state, action);
 }
@@ -109,8 +112,9 @@ void searchInVain(benchmark::State& state)
     SoSearchAction action;
     action.setType(SoSphere::getClassTypeId());
     action.setSearchingAll(true);
+    SoNode* root = tree(state.range(0)).root.get();
     for (auto _ : state)
-        action.apply(tree(state.range(0)).root.get());
+        action.apply(root);
     countVisits(state, action);
 }
 BENCHMARK(searchInVain)->Apply(sizes);

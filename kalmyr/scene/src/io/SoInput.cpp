@@ -18,6 +18,7 @@
 
 #if defined(__linux__)
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 namespace {
@@ -142,10 +143,10 @@ SbString lookUp(const SbString& name, const SbString& folder)
 void giveBack(char* data, std::size_t size)
 {
 #if defined(__linux__)
-    constexpr std::uintptr_t kPage = 1 << 16; // no system has larger ones
+    static const auto s_page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     const auto first = reinterpret_cast<std::uintptr_t>(data);
-    const std::uintptr_t begin = (first + kPage) / kPage * kPage;
-    const std::uintptr_t end = (first + size) / kPage * kPage;
+    const std::uintptr_t begin = (first + s_page) / s_page * s_page;
+    const std::uintptr_t end = (first + size) / s_page * s_page;
     if (begin < end)
         madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
 #else
