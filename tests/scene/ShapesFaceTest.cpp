@@ -22,6 +22,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <random>
 #include <set>
 
 namespace {
@@ -182,6 +183,39 @@ TEST_F(FaceBuilderTest, TessellatesWhatIsNotConvex)
         for (const SbVec3f& n : g->normals)
             EXPECT_TRUE(n.equals({0, 0, 1}, 1e-4f)) << c.name;
     }
+}
+
+TEST_F(FaceBuilderTest, EndlesslyCrossingPolygonsTakeNoEndlessTime)
+{
+    constexpr int kCorners = 3000;
+    std::vector<SbVec3f> tangled, comb;
+    std::vector<std::int32_t> face;
+    std::minstd_rand random;
+    for (int i = 0; i < kCorners; ++i) {
+        const auto at = [&] { return static_cast<float>(random() % 100'000); };
+        tangled.emplace_back(at(), at(), 0.f);
+        // Teeth of a saw above a floor that leads back: concave, and never crossing.
+        const auto x = static_cast<float>(i);
+        comb.emplace_back(x, i == 0 || i == kCorners - 1 ? 0.f : 1.f + i % 2, 0.f);
+        face.push_back(i);
+    }
+    FaceInput input = inputOf(tangled, face);
+    input.convex = false;
+    EXPECT_EQ(build(input)->getNumTriangles(), kCorners - 2u); // a plain fan
+    input = inputOf(comb, face);
+    input.convex = false;
+    const SoRef<SoGeometry> geometry = build(input);
+    EXPECT_EQ(geometry->getNumTriangles(), kCorners - 2u);
+    EXPECT_FLOAT_EQ(geometry->getBox().getMax()[1], 2.f);
+    double area = 0;
+    for (std::size_t i = 0; i < geometry->triangles.size(); i += 3) {
+        const SbVec3f a = geometry->positions[geometry->triangles[i]];
+        area += 0.5
+                * (geometry->positions[geometry->triangles[i + 1]] - a)
+                      .cross(geometry->positions[geometry->triangles[i + 2]] - a)
+                      .length();
+    }
+    EXPECT_NEAR(area, 1.5 * kCorners, 5.0);
 }
 
 TEST_F(FaceBuilderTest, LeavesOutFacesWithBadIndicesAndSaysSoOnce)

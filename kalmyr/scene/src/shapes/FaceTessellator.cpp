@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <deque>
+#include <random>
 
 #include <GL/glu.h>
 
@@ -37,6 +39,56 @@ struct FaceTessellator::Glu {
 namespace {
 
 using Callback = void (*)();
+
+/// Polygons with fewer corners take no time worth saving.
+constexpr std::size_t kFewCorners = 500;
+constexpr std::size_t kSamples = 20'000;
+constexpr double kCrossingsPerCorner = 30;
+
+double sideOf(const SbVec2f& from, const SbVec2f& to, const SbVec2f& point)
+{
+    const double ax = double(to[0]) - from[0];
+    const double ay = double(to[1]) - from[1];
+    return ax * (double(point[1]) - from[1]) - ay * (double(point[0]) - from[0]);
+}
+
+bool cross(const SbVec2f& a, const SbVec2f& b, const SbVec2f& c, const SbVec2f& d)
+{
+    return sideOf(a, b, c) * sideOf(a, b, d) < 0 && sideOf(c, d, a) * sideOf(c, d, b) < 0;
+}
+
+/// The polygon as seen along the longest component of its normal.
+std::vector<SbVec2f> flatten(std::span<const SbVec3f> polygon, const SbVec3f& normal)
+{
+    int away = 0;
+    for (int i = 1; i < 3; ++i)
+        if (std::abs(normal[i]) > std::abs(normal[away]))
+            away = i;
+    std::vector<SbVec2f> flat;
+    flat.reserve(polygon.size());
+    for (const SbVec3f& p : polygon)
+        flat.emplace_back(p[(away + 1) % 3], p[(away + 2) % 3]);
+    return flat;
+}
+
+/// Whether the edges cross so often, by a sample of pairs, that cutting them at every crossing
+/// would take minutes: nothing that anybody would want to see, but files may hold it.
+bool crossesEverywhere(std::span<const SbVec3f> polygon, const SbVec3f& normal)
+{
+    const std::size_t n = polygon.size();
+    if (n < kFewCorners)
+        return false;
+    const std::vector<SbVec2f> flat = flatten(polygon, normal);
+    std::minstd_rand random; // always the same sample, for the same picture every time
+    std::size_t crossings = 0;
+    for (std::size_t i = 0; i < kSamples; ++i) {
+        const std::size_t a = random() % n;
+        const std::size_t b = random() % n;
+        crossings += cross(flat[a], flat[(a + 1) % n], flat[b], flat[(b + 1) % n]);
+    }
+    const double pairs = 0.5 * double(n) * double(n);
+    return double(crossings) / kSamples * pairs > kCrossingsPerCorner * double(n);
+}
 
 } // namespace
 
@@ -82,7 +134,7 @@ bool FaceTessellator::tessellate(std::span<const SbVec3f> polygon, const SbVec3f
     m_newPoints.clear();
     m_glu->corners.clear();
     m_glu->numGiven = static_cast<std::uint32_t>(polygon.size());
-    m_glu->failed = !m_glu->tess;
+    m_glu->failed = !m_glu->tess || crossesEverywhere(polygon, normal);
     if (m_glu->failed)
         return false;
     GLUtesselator* tess = m_glu->tess;

@@ -24,7 +24,8 @@ public:
     FaceTessellator& operator=(const FaceTessellator&) = delete;
 
     /// Corners of triangles as indices into `polygon`, new points behind its last corner. Triangles
-    /// turn the way the polygon turns about `normal`. False, and no triangle, when it cannot.
+    /// turn the way the polygon turns about `normal`. False, and no triangle, when it cannot,
+    /// or when a polygon of hundreds of corners crosses itself nearly everywhere.
     bool tessellate(std::span<const SbVec3f> polygon, const SbVec3f& normal);
     const std::vector<std::uint32_t>& getTriangles() const { return m_triangles; }
     const std::vector<NewPoint>& getNewPoints() const { return m_newPoints; }
