@@ -534,7 +534,8 @@ bool SceneReader::skipNumbers()
     std::uint32_t pixel = 0;
     bool any = false;
     for (;;) {
-        const std::string_view rest(text.getText() + (text.peek(), text.getOffset()),
+        text.peek(); // past blanks and comments
+        const std::string_view rest(text.getText() + text.getOffset(),
                                     std::min<std::size_t>(text.getRemaining(), 2));
         const bool isHex = rest == "0x" || rest == "0X";
         if (isHex ? text.readNumbers(&pixel, 1) == 0 : text.readNumbers(&number, 1) == 0)
