@@ -12,9 +12,14 @@
 
 #include <QTimer>
 
+#include <algorithm>
+
 using mirabo::PartKind;
 
 namespace {
+
+/// Values that move faster than the eye are not painted for every frame of the host.
+constexpr qint64 kRepaintMs = 16;
 
 constexpr char kStyleSheet[] = R"(
 QTreeView { show-decoration-selected: 0; }
@@ -228,12 +233,15 @@ void SoMiraboList::rowChanged(SoFieldItem* item)
     if (m_repaintPending || !m_inView)
         return;
     m_repaintPending = true;
-    QTimer::singleShot(0, this, &SoMiraboList::repaintRows);
+    const qint64 since = m_sinceRepaint.isValid() ? m_sinceRepaint.elapsed() : kRepaintMs;
+    const auto delay = static_cast<int>(std::max<qint64>(kRepaintMs - since, 0));
+    QTimer::singleShot(delay, Qt::PreciseTimer, this, &SoMiraboList::repaintRows);
 }
 
 void SoMiraboList::repaintRows()
 {
     m_repaintPending = false;
+    m_sinceRepaint.start();
     for (QModelIndex at = indexAt(QPoint(0, 0)); at.isValid(); at = indexBelow(at)) {
         const QRect cell = visualRect(at.siblingAtColumn(FieldValue));
         if (cell.top() > viewport()->height())

@@ -6,6 +6,7 @@
 #include <kalmyr/base/SoRef.h>
 
 #include <QColor>
+#include <QElapsedTimer>
 #include <QFont>
 #include <QRegion>
 #include <QTreeWidget>
@@ -193,6 +194,7 @@ private:
     PlaceProvider m_place;
     QRegion m_painted; ///< what the repaint under way covers
     bool m_repaintPending = false;
+    QElapsedTimer m_sinceRepaint;
     bool m_inView = false;
     bool m_filling = false;
     bool m_typeGaveWay = false; ///< the list is too narrow for the column of types
