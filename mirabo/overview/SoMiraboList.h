@@ -28,8 +28,8 @@ class SoNode;
 /// Base of the node overview's list and of the field watch.
 ///
 /// Values follow the scene by field sensors. However many changes come in one pass of the event
-/// loop, they cost one repaint of the changed cells in view. A hidden list has no sensors; it only
-/// hears when its nodes die.
+/// loop, they cost one repaint of the changed cells in view, and at most sixty a second. A hidden
+/// list has no sensors; it only hears when its nodes die.
 class SoMiraboList : public QTreeWidget {
     Q_OBJECT
 
@@ -106,7 +106,7 @@ public:
     void forgetRow(SoFieldItem* item);
     /// Whether the repaint under way covers part of a cell; true outside of one.
     bool isPainting(const QRect& cell) const;
-    /// A row's value changed: repaints once, at the end of the pass.
+    /// A row's value changed: repaints once, after the pass and 16 ms after the repaint before.
     void rowChanged(SoFieldItem* item);
     /// @}
 
