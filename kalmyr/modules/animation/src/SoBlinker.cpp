@@ -5,12 +5,12 @@
 
 SO_NODE_SOURCE(SoBlinker)
 
-SoBlinker::SoBlinker() : m_clockwork(on, [this](double seconds) { advance(seconds); })
+SoBlinker::SoBlinker()
 {
     SO_NODE_CONSTRUCTOR(SoSwitch);
     SO_ADD_FIELD(speed, (1.0f));
     SO_ADD_FIELD(on, (true));
-    m_clockwork.start();
+    startClock();
 }
 
 SoBlinker::~SoBlinker() = default;
@@ -18,20 +18,6 @@ SoBlinker::~SoBlinker() = default;
 void SoBlinker::initClass()
 {
     SO_NODE_INIT_CLASS(SoBlinker, SoSwitch, "Blinker");
-}
-
-SoFieldContainer* SoBlinker::createTwin() const
-{
-    SoFieldContainer* twin = SoSwitch::createTwin();
-    if (twin)
-        static_cast<SoBlinker*>(twin)->m_clockwork.stop();
-    return twin;
-}
-
-void SoBlinker::copyContents(const SoNode* from, SoNodeCopier& copier)
-{
-    SoSwitch::copyContents(from, copier);
-    m_clockwork.start();
 }
 
 void SoBlinker::advance(double seconds)

@@ -5,12 +5,12 @@
 
 SO_NODE_SOURCE(SoRotor)
 
-SoRotor::SoRotor() : m_clockwork(on, [this](double seconds) { advance(seconds); })
+SoRotor::SoRotor()
 {
     SO_NODE_CONSTRUCTOR(SoRotation);
     SO_ADD_FIELD(speed, (1.0f));
     SO_ADD_FIELD(on, (true));
-    m_clockwork.start();
+    startClock();
 }
 
 SoRotor::~SoRotor() = default;
@@ -18,20 +18,6 @@ SoRotor::~SoRotor() = default;
 void SoRotor::initClass()
 {
     SO_NODE_INIT_CLASS(SoRotor, SoRotation, "Rotor");
-}
-
-SoFieldContainer* SoRotor::createTwin() const
-{
-    SoFieldContainer* twin = SoRotation::createTwin();
-    if (twin)
-        static_cast<SoRotor*>(twin)->m_clockwork.stop();
-    return twin;
-}
-
-void SoRotor::copyContents(const SoNode* from, SoNodeCopier& copier)
-{
-    SoRotation::copyContents(from, copier);
-    m_clockwork.start();
 }
 
 void SoRotor::advance(double seconds)

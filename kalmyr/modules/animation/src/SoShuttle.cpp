@@ -2,14 +2,14 @@
 
 SO_NODE_SOURCE(SoShuttle)
 
-SoShuttle::SoShuttle() : m_clockwork(on, [this](double seconds) { advance(seconds); })
+SoShuttle::SoShuttle()
 {
     SO_NODE_CONSTRUCTOR(SoTranslation);
     SO_ADD_FIELD(translation0, (0.0f, 0.0f, 0.0f));
     SO_ADD_FIELD(translation1, (0.0f, 0.0f, 0.0f));
     SO_ADD_FIELD(speed, (1.0f));
     SO_ADD_FIELD(on, (true));
-    m_clockwork.start();
+    startClock();
 }
 
 SoShuttle::~SoShuttle() = default;
@@ -17,20 +17,6 @@ SoShuttle::~SoShuttle() = default;
 void SoShuttle::initClass()
 {
     SO_NODE_INIT_CLASS(SoShuttle, SoTranslation, "Shuttle");
-}
-
-SoFieldContainer* SoShuttle::createTwin() const
-{
-    SoFieldContainer* twin = SoTranslation::createTwin();
-    if (twin)
-        static_cast<SoShuttle*>(twin)->m_clockwork.stop();
-    return twin;
-}
-
-void SoShuttle::copyContents(const SoNode* from, SoNodeCopier& copier)
-{
-    SoTranslation::copyContents(from, copier);
-    m_clockwork.start();
 }
 
 void SoShuttle::advance(double seconds)

@@ -1,30 +1,23 @@
 #pragma once
 
-#include <kalmyr/animation/SoClockwork.h>
+#include <kalmyr/animation/SoAnimated.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/nodes/SoSwitch.h>
 
 /// A switch that goes through its children in real time. A single child is shown and hidden.
-class KALMYR_VISIBLE SoBlinker final : public SoSwitch {
+/// `speed` counts rounds a second; negative ones run backwards.
+class KALMYR_VISIBLE SoBlinker final : public kalmyr::detail::Animated<SoSwitch> {
     SO_NODE_HEADER(SoBlinker)
 
 public:
     SoBlinker();
     static void initClass();
 
-    SoSFFloat speed; ///< rounds a second; negative ones run backwards
-    SoSFBool on;     ///< TRUE; while FALSE the switch stands still
-
-    /// One that stands still at its defaults, unless it is made a copy.
-    SoFieldContainer* createTwin() const override;
-    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
-
 protected:
     ~SoBlinker() override;
 
 private:
-    void advance(double seconds);
+    void advance(double seconds) override;
 
     double m_phase = 0; ///< in rounds
-    kalmyr::detail::Clockwork m_clockwork;
 };
