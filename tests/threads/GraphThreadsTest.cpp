@@ -1,5 +1,6 @@
 // Several threads apply actions to one graph under the read lock, others edit it.
 
+#include "InThreads.h"
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/actions/SoCallbackAction.h>
@@ -26,26 +27,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <latch>
 #include <random>
-#include <thread>
 #include <vector>
 
 namespace {
-
-template <class Function>
-void inThreads(int count, Function function)
-{
-    std::latch start(count);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i)
-        threads.emplace_back([&, i] {
-            start.arrive_and_wait();
-            function(i);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 class ReadLock {
 public:
@@ -320,7 +305,8 @@ TEST_F(GraphThreads, QueuedSensorsHearOfEveryEditorUnderTheReadLock)
     } seen;
     SoFieldSensor sensor(
         [](void* data, SoSensor* self) {
-            auto* width = static_cast<SoSFFloat*>(static_cast<SoFieldSensor*>(self)->getAttachedField());
+            auto* width =
+                static_cast<SoSFFloat*>(static_cast<SoFieldSensor*>(self)->getAttachedField());
             static_cast<Seen*>(data)->width = width->getValue();
             ++static_cast<Seen*>(data)->calls;
         },

@@ -1,5 +1,6 @@
 // The lock that keeps readers of a graph and its editors apart, with real threads.
 
+#include "InThreads.h"
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -11,25 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
-#include <vector>
 
 namespace {
-
-template <class Function>
-void inThreads(int count, Function function)
-{
-    std::latch start(count); // short work would be over before the next thread begins
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i)
-        threads.emplace_back([&, i] {
-            start.arrive_and_wait();
-            function(i);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
 {
