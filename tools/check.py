@@ -22,6 +22,11 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 PRESETS = ["release", "asan"]
 SHOWN_LINES = 150
+# The leak sanitizer stops the program's threads to look for leaks, and sometimes
+# crashes on one of the OpenGL driver's that is just ending. That says nothing about
+# the tests, so such a program runs again; a leak or a failed case never does.
+LEAK_CHECK_DIED = "LeakSanitizer has encountered a fatal error"
+LEAK_CHECK_ATTEMPTS = 3
 
 
 @dataclass
@@ -116,6 +121,19 @@ def judge_gtest(outcome, status, report):
         outcome.fail("ran no case")
 
 
+def executed(command, properties, environment):
+    """Runs a test program to its end or its time limit; its status and what it printed."""
+    try:
+        process = subprocess.run(command, cwd=properties.get("WORKING_DIRECTORY", ROOT),
+                                 env=environment, stdin=subprocess.DEVNULL,
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                 timeout=properties.get("TIMEOUT", 900))
+        status, output = process.returncode, process.stdout
+    except subprocess.TimeoutExpired as expired:
+        status, output = "timeout", expired.stdout or b""
+    return status, output.decode("utf-8", "replace")
+
+
 def run_test(preset, name, command, properties):
     outcome = Outcome(f"{preset}/{name}")
     if not command or not Path(command[0]).exists():
@@ -129,16 +147,15 @@ def run_test(preset, name, command, properties):
     if "x11" in labels:
         full = ["xvfb-run", "-a", "-s", "-screen 0 1600x1200x24"] + full
     start = time.monotonic()
-    try:
-        process = subprocess.run(full, cwd=properties.get("WORKING_DIRECTORY", ROOT),
-                                 env=test_environment(properties, home), stdin=subprocess.DEVNULL,
-                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                 timeout=properties.get("TIMEOUT", 900))
-        status, output = process.returncode, process.stdout
-    except subprocess.TimeoutExpired as expired:
-        status, output = "timeout", expired.stdout or b""
+    for attempt in range(LEAK_CHECK_ATTEMPTS):
+        report.unlink(missing_ok=True)
+        status, output = executed(full, properties, test_environment(properties, home))
+        if not status or LEAK_CHECK_DIED not in output or "[  FAILED  ]" in output:
+            break
+        print(f"{outcome.name}: the leak check itself died, attempt {attempt + 1} of "
+              f"{LEAK_CHECK_ATTEMPTS}", flush=True)
     outcome.seconds = time.monotonic() - start
-    outcome.output = output.decode("utf-8", "replace")
+    outcome.output = output
     if gtest:
         judge_gtest(outcome, status, report)
     elif status:
