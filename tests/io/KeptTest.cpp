@@ -128,6 +128,56 @@ ROUTE U.translation TO T.translation)";
     b->getField(SbName("set_fraction"))->set("0");
 }
 
+TEST_F(KeptTest, CopiesKeepRoutes)
+{
+    const std::string text = std::string(io::kVrml97) + R"(
+PROTO Mover [ eventIn SFFloat go exposedField SFVec3f goal 7 7 7 eventOut SFVec3f at ] {
+  DEF T Transform { translation IS goal }
+  DEF A PositionInterpolator { set_fraction IS go key [ 0 1 ] keyValue [ 0 0 0, 1 0 0 ] value_changed IS at }
+  DEF B PositionInterpolator { set_fraction IS go key [ 0 1 ] keyValue [ 0 0 0, 0 3 0 ] }
+  ROUTE A.value_changed TO T.center
+  ROUTE B.value_changed TO T.center
+}
+DEF C TimeSensor { loop TRUE stopTime 1 }
+DEF D TimeSensor { stopTime 1 }
+DEF T Transform { translation 9 9 9 } DEF U Transform { center 8 8 8 }
+DEF M Mover { goal 1 2 3 } DEF N Mover { }
+ROUTE C.fraction_changed TO M.go
+ROUTE D.fraction_changed TO M.go
+ROUTE M.at TO T.translation
+ROUTE N.at TO T.translation
+ROUTE T.translation TO U.center
+ROUTE U.center TO T.translation
+ROUTE U.center TO T.center)";
+    SoInput in;
+    in.setBuffer(text.data(), text.size());
+    const SoRef<SoNode> scene(SoDB::readAllVRML(&in));
+    ASSERT_TRUE(scene);
+    const std::string once = writtenAs(scene.get(), "#VRML V2.0 utf8");
+    for (const char* part :
+         {"translation 9 9 9", "center 8 8 8", "ROUTE D.fraction_changed TO M.go",
+          "ROUTE N.at TO T.translation", "ROUTE U.center TO T.translation"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
+    const SoRef<SoNode> copy(scene->copy());
+    EXPECT_EQ(writtenAs(copy.get(), "#VRML V2.0 utf8"), once);
+    const auto fieldOf = [](const SoRef<SoNode>& world, int node, const char* name) {
+        return (*world->getChildren())[node]->getField(SbName(name));
+    };
+    for (const int mover : {4, 5}) {
+        fieldOf(copy, mover, "go")->set("0");
+        fieldOf(copy, mover, "go")->set("1");
+        SbString at;
+        fieldOf(copy, 2, "translation")->get(at);
+        EXPECT_EQ(at, "1 0 0");
+        // The second route inside has the last word.
+        const SoNode* part = (*(*copy->getChildren())[mover]->getInternalChildren())[0];
+        part->getField(SbName("center"))->get(at);
+        EXPECT_EQ(at, "0 3 0");
+    }
+    EXPECT_EQ(writtenAs(scene.get(), "#VRML V2.0 utf8"), once);
+}
+
 TEST_F(KeptTest, RoutesOfUnknownNodes)
 {
     auto warnings = support::expectErrors();

@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/sensors/SoRoute.h>
 
 #include "core/StackSwitch.h"
 
@@ -11,10 +12,20 @@ namespace {
 bool hasConnections(const SoFieldContainer* container)
 {
     const SoFieldData* data = container->getFieldData();
-    for (int i = 0; data && i < data->getNumFields(); ++i)
-        if (data->getField(container, i)->isConnected())
+    for (int i = 0; data && i < data->getNumFields(); ++i) {
+        const SoField* field = data->getField(container, i);
+        if (field->isConnected() || SoRoute::hasSources(field))
             return true;
+    }
     return false;
+}
+
+/// Whether a field holds a value that was set since its master changed last.
+bool isSetApart(const SoField& field)
+{
+    const SoField* master = field.getConnectedField();
+    master->evaluate();
+    return field.getTypeId() != master->getTypeId() || !field.isSame(*master);
 }
 
 } // namespace
@@ -78,33 +89,63 @@ SoNode* SoNodeCopier::resolve(SoNode* original) const
 void SoNodeCopier::connect()
 {
     std::vector<Connection> connections;
+    std::vector<Connection> routes;
     // Copies of engines join the list while it is worked through.
     for (std::size_t i = 0; i < m_unconnected.size(); ++i) {
         const SoFieldContainer* original = m_unconnected[i];
-        addConnections(original, find(original), connections);
+        addConnections(original, find(original), connections, routes);
     }
     // Masters first: what is connected already would be told of every further connection above.
-    for (auto at = connections.rbegin(); at != connections.rend(); ++at) {
-        at->follower->connectFrom(at->master);
-        at->follower->enableConnection(at->isEnabled);
-    }
+    for (auto at = connections.rbegin(); at != connections.rend(); ++at)
+        connect(*at);
+    for (const Connection& one : connections)
+        keepValue(one);
+    for (const Connection& route : routes)
+        SoRoute::add(route.master, route.follower);
     m_unconnected.clear();
     m_fed.clear();
     m_engines.clear();
 }
 
+void SoNodeCopier::connect(const Connection& one)
+{
+    // To be connected is no event.
+    const bool isEvent = one.original->getFieldType() == SoField::EVENT_IN;
+    const bool told = one.follower->enableNotify(!isEvent);
+    one.follower->connectFrom(one.master);
+    one.follower->enableNotify(told);
+    one.follower->enableConnection(one.original->isConnectionEnabled());
+}
+
+void SoNodeCopier::keepValue(const Connection& one)
+{
+    if (!isSetApart(*one.original))
+        return;
+    // In silence: whoever follows this one would take the value.
+    const bool told = one.follower->enableNotify(false);
+    one.follower->evaluate();
+    one.follower->copyWith(*this, *one.original);
+    one.follower->setDefault(one.original->isDefault());
+    one.follower->enableNotify(told);
+}
+
 void SoNodeCopier::addConnections(const SoFieldContainer* original, SoFieldContainer* copy,
-                                  std::vector<Connection>& connections)
+                                  std::vector<Connection>& connections,
+                                  std::vector<Connection>& routes)
 {
     const SoFieldData* data = original->getFieldData();
     const SoFieldData* copyData = copy->getFieldData();
     for (int i = 0; data && copyData && i < data->getNumFields(); ++i) {
         const SoField* field = data->getField(original, i);
-        if (!field->isConnected() || i >= copyData->getNumFields())
+        if (i >= copyData->getNumFields())
             continue;
-        if (SoField* master = masterFor(field->getConnectedField()))
-            connections.push_back(
-                {copyData->getField(copy, i), master, field->isConnectionEnabled()});
+        SoField* follower = copyData->getField(copy, i);
+        if (SoField* master =
+                field->isConnected() ? masterFor(field->getConnectedField()) : nullptr)
+            connections.push_back({follower, master, field});
+        for (SoField* source : SoRoute::getSources(field))
+            if (SoField* from = masterFor(source))
+                routes.push_back({follower, from, field});
     }
 }
 

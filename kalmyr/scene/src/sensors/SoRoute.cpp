@@ -6,27 +6,45 @@
 #include <kalmyr/core/SoFieldConverter.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
+#include <utility>
 
 /// Few fields have more than one source, so the others are kept beside them, by the field that
-/// takes the values.
+/// takes the values and by the one that gives them: either may have any number.
 struct SoRouteTable {
-    using Routes = std::vector<std::unique_ptr<SoRoute>>;
+    struct Entry {
+        std::uint64_t number; ///< rising
+        std::unique_ptr<SoRoute> route;
+    };
+    using Routes = std::unordered_map<const SoField*, Entry>;
     std::unordered_map<const SoField*, Routes> routes;
+    std::uint64_t last = 0;
+    std::recursive_mutex mutex;        ///< files may be read in several threads
+    std::atomic<std::size_t> size = 0; ///< asked for every field that is written or copied
 
-    void drop(const SoField* to, const SoRoute* route)
+    bool drop(const SoField* from, const SoField* to)
     {
+        const std::lock_guard<std::recursive_mutex> lock(mutex);
         const auto found = routes.find(to);
-        if (found == routes.end())
-            return;
-        std::erase_if(found->second, [route](const auto& one) { return one.get() == route; });
+        if (found == routes.end() || found->second.erase(from) == 0)
+            return false;
         if (found->second.empty())
             routes.erase(found);
+        size = routes.size();
+        return true;
     }
-    static std::unique_ptr<SoRoute> make(SoField* from, SoField* to)
+    bool add(SoField* from, SoField* to)
     {
-        return std::unique_ptr<SoRoute>(new SoRoute(from, to));
+        const std::lock_guard<std::recursive_mutex> lock(mutex);
+        const auto [entry, isNew] = routes[to].try_emplace(from);
+        size = routes.size();
+        if (isNew)
+            entry->second = {++last, std::unique_ptr<SoRoute>(new SoRoute(from, to))};
+        return isNew;
     }
     static SoField* sourceOf(const SoRoute& route) { return route.m_from.getAttachedField(); }
 };
@@ -49,14 +67,17 @@ SoRouteTable& table()
 } // namespace
 
 SoRoute::SoRoute(SoField* from, SoField* to)
-    : m_from([](void* self, SoSensor*) { static_cast<SoRoute*>(self)->pass(); }, this), m_key(to)
+    : m_from([](void* self, SoSensor*) { static_cast<SoRoute*>(self)->pass(); }, this),
+      m_source(from),
+      m_target(to)
 {
     m_from.setPriority(0);
     m_to.setPriority(0);
     m_from.attach(from);
     m_to.attach(to);
     const auto forget = [](void* self, SoSensor*) {
-        table().drop(static_cast<SoRoute*>(self)->m_key, static_cast<SoRoute*>(self));
+        const auto* route = static_cast<SoRoute*>(self);
+        table().drop(route->m_source, route->m_target);
     };
     m_from.setDeleteCallback(forget, this);
     m_to.setDeleteCallback(forget, this);
@@ -66,7 +87,7 @@ void SoRoute::pass()
 {
     SoField* from = m_from.getAttachedField();
     SoField* to = m_to.getAttachedField();
-    if (m_passing || !from || !to)
+    if (m_passing || !from || !to || !m_cascade.mayReact())
         return;
     // Whoever is told may drop the nodes, and the route with them.
     const SoRef<SoFieldContainer> source(alive(from)), target(alive(to));
@@ -76,48 +97,49 @@ void SoRoute::pass()
     if (from->getTypeId() != to->getTypeId()) {
         if (auto* convert = SoFieldConverter::find(from->getTypeId(), to->getTypeId()))
             convert(*from, *to);
-    } else if (!to->isSame(*from)) {
-        to->copyFrom(*from); // the same value ends circles
+    } else if (to->getFieldType() == SoField::EVENT_IN || !to->isSame(*from)) {
+        to->copyFrom(*from); // the same value ends circles; an event is one whatever it was before
     }
     m_passing = false;
 }
 
 bool SoRoute::add(SoField* from, SoField* to)
 {
-    if (!from || !to || from == to
-        || !SoFieldConverter::canConvert(from->getTypeId(), to->getTypeId()))
-        return false;
-    const std::vector<SoField*> known = getSources(to);
-    if (std::find(known.begin(), known.end(), from) != known.end())
-        return false;
-    table().routes[to].push_back(SoRouteTable::make(from, to));
-    return true;
+    return from && to && from != to
+           && SoFieldConverter::canConvert(from->getTypeId(), to->getTypeId())
+           && table().add(from, to);
 }
 
 bool SoRoute::remove(const SoField* from, const SoField* to)
 {
-    const auto found = table().routes.find(to);
-    if (found == table().routes.end())
+    return table().drop(from, to);
+}
+
+bool SoRoute::hasSources(const SoField* to)
+{
+    SoRouteTable& all = table();
+    if (all.size == 0)
         return false;
-    for (const auto& route : found->second) {
-        if (SoRouteTable::sourceOf(*route) != from)
-            continue;
-        table().drop(to, route.get());
-        return true;
-    }
-    return false;
+    const std::lock_guard<std::recursive_mutex> lock(all.mutex);
+    return all.routes.count(to) > 0;
 }
 
 std::vector<SoField*> SoRoute::getSources(const SoField* to)
 {
+    SoRouteTable& all = table();
+    if (all.size == 0)
+        return {};
+    const std::lock_guard<std::recursive_mutex> lock(all.mutex);
+    const auto found = all.routes.find(to);
+    if (found == all.routes.end())
+        return {};
+    std::vector<std::pair<std::uint64_t, SoField*>> known;
+    for (const auto& [source, entry] : found->second)
+        if (SoField* from = SoRouteTable::sourceOf(*entry.route))
+            known.emplace_back(entry.number, from);
+    std::sort(known.begin(), known.end());
     std::vector<SoField*> sources;
-    if (table().routes.empty())
-        return sources; // writers ask for every field
-    const auto found = table().routes.find(to);
-    if (found == table().routes.end())
-        return sources;
-    for (const auto& route : found->second)
-        if (SoField* from = SoRouteTable::sourceOf(*route))
-            sources.push_back(from);
+    for (const auto& [number, from] : known)
+        sources.push_back(from);
     return sources;
 }

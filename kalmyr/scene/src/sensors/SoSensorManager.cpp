@@ -21,6 +21,7 @@ struct Queues {
     std::map<DelayKey, SoDelayQueueSensor*> idle;
     std::set<std::pair<double, SoTimerQueueSensor*>> timers;
     std::uint64_t ticket = 0;
+    std::uint64_t cascade = 0;
     void (*changed)(void*) = nullptr;
     void* changedData = nullptr;
 };
@@ -105,6 +106,21 @@ void SoSensorManager::processTimerQueue()
 void SoSensorManager::processImmediateQueue()
 {
     Queues& q = queues();
+    if (q.immediate.empty())
+        return;
+    if (q.running.empty())
+        ++q.cascade;
+    do {
+        runImmediate();
+        if (!q.running.empty())
+            return;
+        std::erase(q.immediate, nullptr);
+    } while (!q.immediate.empty());
+}
+
+void SoSensorManager::runImmediate()
+{
+    Queues& q = queues();
     // A sensor inside its own callback is not called again before that returns; an edit made
     // there is reported to it afterwards, as the last change.
     for (std::size_t i = 0; i < q.immediate.size(); ++i) {
@@ -118,11 +134,11 @@ void SoSensorManager::processImmediateQueue()
         sensor->trigger();
         q.running.resize(depth);
     }
-    if (q.running.empty()) {
-        std::erase(q.immediate, nullptr);
-        if (!q.immediate.empty())
-            processImmediateQueue();
-    }
+}
+
+std::uint64_t SoSensorManager::getCascade()
+{
+    return queues().cascade;
 }
 
 void SoSensorManager::insert(SoDelayQueueSensor* sensor)

@@ -13,7 +13,8 @@ class SoNode;
 
 /// Copies graphs, each node once: what is shared in the original is shared in the copy.
 ///
-/// When the outermost copy is done, connections among the originals are made among the copies.
+/// When the outermost copy is done, connections and routes among the originals are made among the
+/// copies. A value that was set on a connected field stays, as it does there.
 class KALMYR_API SoNodeCopier {
 public:
     /// With `fromOutside` copies follow whatever else their originals follow as well.
@@ -32,10 +33,12 @@ private:
     struct Connection {
         SoField* follower;
         SoField* master;
-        bool isEnabled;
+        const SoField* original; ///< of the follower
     };
     void addConnections(const SoFieldContainer* original, SoFieldContainer* copy,
-                        std::vector<Connection>& connections);
+                        std::vector<Connection>& connections, std::vector<Connection>& routes);
+    static void connect(const Connection& one);
+    void keepValue(const Connection& one);
     SoField* masterFor(SoField* master);
     bool isFedFromInside(const SoFieldContainer* engine);
 

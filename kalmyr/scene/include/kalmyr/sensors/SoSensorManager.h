@@ -3,6 +3,8 @@
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbTime.h>
 
+#include <cstdint>
+
 class SoDelayQueueSensor;
 class SoTimerQueueSensor;
 
@@ -26,12 +28,16 @@ public:
     static void processTimerQueue();
     /// Runs the priority 0 sensors collected by a walk. Called by the notification.
     static void processImmediateQueue();
+    /// Number of the cascade: of all that sensors of priority 0 do inside one call, one after
+    /// another.
+    static std::uint64_t getCascade();
 
     static void init();
 
 private:
     friend class SoDelayQueueSensor;
     friend class SoTimerQueueSensor;
+    static void runImmediate();
     static void insert(SoDelayQueueSensor* sensor);
     static void remove(SoDelayQueueSensor* sensor);
     static void insert(SoTimerQueueSensor* sensor);
