@@ -8,6 +8,7 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/sensors/SoRoute.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 
 namespace kalmyr::detail {
 
@@ -27,6 +28,21 @@ bool mayLead(const SoField& from, const SoField& to)
 bool isOneOf(SoField::FieldType type, SoField::FieldType a, SoField::FieldType b)
 {
     return type == a || type == b;
+}
+
+/// A further source of a field. An exposed field of a prototype that stands for it takes part.
+void addRoute(SoField& from, SoField& to)
+{
+    SoRoute::add(&from, &to);
+    SoField* field = &to;
+    while (SoField* outer = field->getConnectedField()) {
+        const SoFieldContainer* container = outer->getContainer();
+        if (outer->getFieldType() != SoField::EXPOSED || field->getFieldType() != SoField::EXPOSED
+            || !container || !container->isOfType(SoVRMLProtoInstance::getClassTypeId()))
+            break;
+        SoRoute::add(field, outer);
+        field = outer;
+    }
 }
 
 } // namespace
@@ -60,13 +76,17 @@ bool connectFields(SoField& from, SoField& to, bool takeValue)
         return false;
     const bool isDefault = to.isDefault();
     before->copyFrom(to);
-    if (!to.connectFrom(&from))
-        return false;
-    // A value that is set on a connected field stays until its master changes.
-    to.evaluate();
-    to.copyFrom(*before);
-    to.setDefault(isDefault);
-    return true;
+    // In silence: a route that is made is no event.
+    const bool told = to.enableNotify(false);
+    const bool connected = to.connectFrom(&from);
+    if (connected) {
+        // A value that is set on a connected field stays until its master changes.
+        to.evaluate();
+        to.copyFrom(*before);
+        to.setDefault(isDefault);
+    }
+    to.enableNotify(told);
+    return connected;
 }
 
 bool SceneReader::readRouteEnd(std::string_view& node, std::string_view& field)
@@ -168,7 +188,7 @@ bool SceneReader::readRoute(std::string_view word)
                  "a route to '" + std::string(toNode) + "." + std::string(toEvent)
                      + "' is left out: the types of the fields differ");
     else if (to->isConnected() || !mayLead(*from, *to) || !connectFields(*from, *to, false))
-        SoRoute::add(from, to); // more than one source, or a circle
+        addRoute(*from, *to); // more than one source, or a circle
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/sensors/SoRoute.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
@@ -228,7 +229,9 @@ int Vrml97Reader::tryIs(SoNode* node, SoField& field, bool isEvent)
     }
     static_cast<void>(node);
     if (outer->getFieldType() == SoField::EVENT_OUT) {
-        connectFields(field, *outer, false);
+        // An event may come from several nodes.
+        if (outer->isConnected() || !connectFields(field, *outer, false))
+            SoRoute::add(&field, outer);
     } else if (isEvent || outer->getFieldType() == SoField::EVENT_IN) {
         connectFields(*outer, field, false);
     } else if (field.isOfType(SoMNodeField::getClassTypeId())) {
