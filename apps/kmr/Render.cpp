@@ -12,6 +12,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <algorithm>
@@ -84,8 +85,13 @@ bool parseColor(const std::string& text, SbColor& color)
 /// The first viewpoint of a VRML97 scene as a camera with a light; null when there is none.
 SoRef<SoNode> throughViewpoint(const Scene& scene, float aspect)
 {
+    SoVRMLBindable::bindFirst(scene.root.get());
     SoSearchAction search;
-    search.setType(SoVRMLViewpoint::getClassTypeId());
+    if (SoNode* bound =
+            SoVRMLBindable::getBound(scene.root.get(), SoVRMLViewpoint::getClassTypeId()))
+        search.setNode(bound);
+    else
+        search.setType(SoVRMLViewpoint::getClassTypeId());
     search.setSearchingAll(true);
     search.apply(scene.root.get());
     if (!search.isFound())

@@ -7,6 +7,7 @@
 #include <kalmyr/nodekits/SoSceneKit.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/sensors/SoSensorManager.h>
+#include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <thread>
@@ -364,6 +365,28 @@ TEST_F(SoGuiViewerTest, StartsAtTheFirstViewpoint)
     EXPECT_TRUE(camera().orientation.getValue().equals(SbRotation(SbVec3f(0, 1, 0), 0.1f), 1e-5f));
     EXPECT_FLOAT_EQ(static_cast<SoPerspectiveCamera&>(camera()).heightAngle.getValue(), 0.5f);
     EXPECT_NEAR(camera().focalDistance.getValue(), 30, 1);
+
+    // It goes with the viewpoint that is bound, and back when that lets go.
+    auto* other = new SoVRMLViewpoint;
+    other->position = SbVec3f(0, 0, 7);
+    auto* resting = new SoVRMLViewpoint;
+    resting->jump = false;
+    auto* dark = new SoVRMLNavigationInfo;
+    dark->headlight = false;
+    for (SoNode* node : std::initializer_list<SoNode*>{other, resting, dark})
+        scene->addChild(node);
+    EXPECT_TRUE(viewpoint->isBound.getValue());
+    other->set_bind = true;
+    EXPECT_FALSE(viewpoint->isBound.getValue());
+    EXPECT_TRUE(near(camera().position.getValue(), {5, 0, 7}, 1e-4f));
+    resting->set_bind = true;
+    EXPECT_TRUE(near(camera().position.getValue(), {5, 0, 7}, 1e-4f));
+    resting->set_bind = false;
+    other->set_bind = false;
+    EXPECT_TRUE(near(camera().position.getValue(), {6, 2, 30}, 1e-4f));
+    EXPECT_TRUE(viewer->isHeadlight());
+    dark->set_bind = true;
+    EXPECT_FALSE(viewer->isHeadlight());
 }
 
 TEST_F(SoGuiViewerTest, PointerMovesTheCameraOnlyInViewingMode)

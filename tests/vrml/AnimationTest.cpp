@@ -6,12 +6,15 @@
 #include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLInterpolators.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLSensors.h>
 #include <kalmyr/vrml/SoVRMLTransform.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <string>
 #include <thread>
 
@@ -77,6 +80,153 @@ ROUTE P.value_changed TO T.translation)");
     EXPECT_NEAR(hue->value_changed.getValue()[0], 1, 1e-5);
     EXPECT_NEAR(hue->value_changed.getValue()[1], 1, 1e-5);
     at<SoVRMLPositionInterpolator>(root, 6)->set_fraction = 0.5f; // nothing to interpolate
+}
+
+TEST_F(AnimationTest, RoutesThemselvesAreNoEvents)
+{
+    const auto root = scene(R"(
+DEF T Transform { translation 9 9 9 } DEF U Transform { translation 8 8 8 }
+DEF P PositionInterpolator { key [ 0 1 ] keyValue [ 1 0 0, 2 0 0 ] }
+DEF C TimeSensor { stopTime 1 } DEF S Script { eventOut SFVec3f never }
+ROUTE P.value_changed TO T.translation
+ROUTE T.translation_changed TO U.set_translation
+ROUTE U.translation TO T.translation
+ROUTE S.never TO U.translation
+ROUTE C.fraction_changed TO P.set_fraction)");
+    ASSERT_TRUE(root);
+    EXPECT_EQ(at<SoVRMLTransform>(root, 0)->translation.getValue(), SbVec3f(9, 9, 9));
+    EXPECT_EQ(at<SoVRMLTransform>(root, 1)->translation.getValue(), SbVec3f(8, 8, 8));
+    at<SoVRMLPositionInterpolator>(root, 2)->set_fraction = 1;
+    EXPECT_EQ(at<SoVRMLTransform>(root, 1)->translation.getValue(), SbVec3f(2, 0, 0));
+}
+
+TEST_F(AnimationTest, EventsThatGoRoundForEverAreCutOff)
+{
+    const auto root = scene(R"(
+DEF A ScalarInterpolator { key [ 0 1 ] keyValue [ 1 0 ] }
+DEF B ScalarInterpolator { key [ 0 1 ] keyValue [ 0 1 ] }
+DEF V Viewpoint { } DEF W Viewpoint { }
+ROUTE A.value_changed TO A.set_fraction
+ROUTE A.value_changed TO B.set_fraction
+ROUTE B.value_changed TO A.set_fraction
+ROUTE V.isBound TO W.set_bind
+ROUTE W.isBound TO V.set_bind)");
+    ASSERT_TRUE(root);
+    for (const float fraction : {0.0f, 1.0f, 0.25f})
+        at<SoVRMLScalarInterpolator>(root, 0)->set_fraction = fraction;
+    const float last = at<SoVRMLScalarInterpolator>(root, 0)->value_changed.getValue();
+    EXPECT_TRUE(last == 0.25f || last == 0.75f) << last;
+    at<SoVRMLViewpoint>(root, 2)->set_bind = true;
+}
+
+TEST_F(AnimationTest, ExposedFieldsOfPrototypesTellWhatHappensInside)
+{
+    const auto root = scene(R"(
+PROTO Inner [ eventIn SFFloat go exposedField SFVec3f at 1 1 1 eventOut SFVec3f told ] {
+  DEF T Transform { translation IS at translation_changed IS told }
+  DEF P PositionInterpolator { set_fraction IS go key [ 0 1 ] keyValue [ 0 0 0, 4 0 0 ] value_changed IS told }
+  ROUTE P.value_changed TO T.translation
+}
+PROTO Outer [ eventIn SFFloat go exposedField SFVec3f at 2 2 2 eventOut SFVec3f told ] {
+  Inner { go IS go at IS at told IS told }
+}
+DEF O Outer { at 3 3 3 }
+DEF R Transform { } DEF Q Transform { }
+ROUTE O.at_changed TO R.translation
+ROUTE O.told TO Q.translation)");
+    ASSERT_TRUE(root);
+    SoNode* outer = root->getChild(0);
+    SbString text;
+    outer->getField(SbName("at"))->get(text);
+    EXPECT_EQ(text, "3 3 3");
+    outer->getField(SbName("go"))->set("0.5");
+    outer->getField(SbName("at"))->get(text);
+    EXPECT_EQ(text, "2 0 0");
+    EXPECT_EQ(at<SoVRMLTransform>(root, 1)->translation.getValue(), SbVec3f(2, 0, 0));
+    EXPECT_EQ(at<SoVRMLTransform>(root, 2)->translation.getValue(), SbVec3f(2, 0, 0));
+    outer->getField(SbName("at"))->set("7 0 0");
+    const auto* inner = SoVRMLProtoInstance::resolve(outer);
+    EXPECT_EQ(static_cast<const SoVRMLTransform*>(inner)->translation.getValue(), SbVec3f(7, 0, 0));
+    EXPECT_EQ(at<SoVRMLTransform>(root, 2)->translation.getValue(), SbVec3f(7, 0, 0));
+}
+
+TEST_F(AnimationTest, OneNodeOfAKindIsBound)
+{
+    auto root = scene("Viewpoint { position 1 0 0 } DEF V Viewpoint { } DEF W Viewpoint { } "
+                      "Fog { } DEF S Script { eventOut SFBool go } ROUTE S.go TO V.set_bind");
+    ASSERT_TRUE(root);
+    auto* first = at<SoVRMLViewpoint>(root, 0);
+    auto* v = at<SoVRMLViewpoint>(root, 1);
+    auto* w = at<SoVRMLViewpoint>(root, 2);
+    const auto bound = [&] {
+        std::string text;
+        for (const auto* one : {first, v, w})
+            text += one->isBound.getValue() ? '1' : '0';
+        return text;
+    };
+    const SoType type = first->getTypeId();
+    EXPECT_EQ(SoVRMLBindable::getBound(root.get(), type), nullptr);
+    SoVRMLBindable::bindFirst(root.get());
+    EXPECT_EQ(bound(), "100");
+    EXPECT_GT(first->bindTime.getValue().getValue(), 0);
+    EXPECT_TRUE(at<SoVRMLBindable>(root, 3)->isBound.getValue());
+    root->getChild(4)->getField(SbName("go"))->set("TRUE");
+    EXPECT_EQ(bound(), "010");
+    w->set_bind = true;
+    v->set_bind = true; // from the middle to the top
+    EXPECT_EQ(bound(), "010");
+    first->set_bind = false; // not on top: out of the stack
+    v->set_bind = false;
+    EXPECT_EQ(bound(), "001");
+    v->set_bind = true;
+    const SoRef<SoVRMLGroup> copy(static_cast<SoVRMLGroup*>(root->copy()));
+    EXPECT_EQ(SoVRMLBindable::getBound(copy.get(), type), nullptr);
+    EXPECT_FALSE(at<SoVRMLBindable>(copy, 1)->isBound.getValue());
+    at<SoVRMLBindable>(copy, 0)->set_bind = true; // another world
+    EXPECT_EQ(bound(), "010");
+    root->removeChild(1);
+    SoSensorManager::processDelayQueue(true);
+    EXPECT_EQ(SoVRMLBindable::getBound(root.get(), type), w);
+    EXPECT_TRUE(w->isBound.getValue());
+    w->set_bind = false;
+    EXPECT_EQ(SoVRMLBindable::getBound(root.get(), type), nullptr);
+}
+
+TEST_F(AnimationTest, ClocksKeepTheirPace)
+{
+    const auto root = scene("DEF C TimeSensor { loop TRUE cycleInterval 1000 } DEF P "
+                            "ScalarInterpolator { } ROUTE C.fraction_changed TO P.set_fraction");
+    ASSERT_TRUE(root);
+    auto* clock = at<SoVRMLTimeSensor>(root, 0);
+    const auto run = [] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(45));
+        SoSensorManager::processTimerQueue();
+    };
+    const auto ago = [](double seconds) {
+        return SbTime(std::floor(SbTime::getTimeOfDay().getValue()) - seconds);
+    };
+    const SbTime start = ago(2250);
+    clock->startTime = start;
+    run();
+    EXPECT_NEAR(clock->fraction_changed.getValue(), 0.25f, 2e-3f);
+    // What is set while it runs is for later; without a loop the cycle under way is the last.
+    clock->startTime = ago(900);
+    clock->cycleInterval = SbTime(10.0);
+    clock->loop = false;
+    run();
+    EXPECT_TRUE(clock->isActive.getValue());
+    EXPECT_NEAR(clock->fraction_changed.getValue(), 0.25f, 2e-3f);
+    EXPECT_EQ(clock->cycleTime.getValue().getValue(), start.getValue() + 2000);
+    clock->stopTime = SbTime(clock->cycleTime.getValue().getValue());
+    run(); // stopped between two cycles: at the end of one
+    EXPECT_FALSE(clock->isActive.getValue());
+    EXPECT_EQ(clock->fraction_changed.getValue(), 1);
+    run();
+    EXPECT_FALSE(clock->isActive.getValue());
+    clock->cycleInterval = SbTime(0.02);
+    clock->startTime = ago(0);
+    run();
+    EXPECT_FALSE(clock->isActive.getValue()) << "a cycle that is over does not begin";
 }
 
 TEST_F(AnimationTest, ClocksRunWhileTheyAreFollowed)

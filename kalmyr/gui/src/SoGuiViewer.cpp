@@ -8,6 +8,7 @@
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 
 namespace {
 
@@ -60,10 +61,12 @@ SoGuiViewer::SoGuiViewer()
     useCamera(nullptr, PERSPECTIVE);
     saveHomePosition();
     SoGuiRenderArea::setSceneGraph(m_root.get());
+    SoVRMLBindable::addBoundCallback(&nodeBound, this);
 }
 
 SoGuiViewer::~SoGuiViewer()
 {
+    SoVRMLBindable::removeBoundCallback(&nodeBound, this);
     m_structureSensor.detach();
     m_flight.unschedule();
 }
@@ -74,11 +77,13 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
     const SoRef<SoNode> kept(root);
     m_structureSensor.detach();
     takeOut(*m_root, m_scene.get());
-    m_scene = root;
+    m_scene = nullptr; // what is bound now is looked at below
     if (root) {
         m_root->addChild(root);
         m_structureSensor.attach(root);
+        SoVRMLBindable::bindFirst(root);
     }
+    m_scene = root;
     placeCamera();
     followNavigationInfo();
     stateChanged();

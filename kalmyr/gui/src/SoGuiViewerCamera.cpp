@@ -13,6 +13,7 @@
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodekits/SoBaseKit.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 
 #include <algorithm>
 #include <cmath>
@@ -93,6 +94,13 @@ Value valueOf(const SoNode& node, const char* name, Value fallback)
                : fallback;
 }
 
+/// The node of a type of the VRML97 module, which is optional, that counts in a scene.
+SoNode* boundNode(const char* type, const SoNode* scene)
+{
+    const SoType known = SoType::fromName(SbName(type));
+    return known.isBad() ? nullptr : SoVRMLBindable::getBound(scene, known);
+}
+
 } // namespace
 
 SbViewportRegion SoGuiViewer::cameraViewport() const
@@ -139,13 +147,12 @@ void SoGuiViewer::placeCamera()
 
 bool SoGuiViewer::placeByViewpoint()
 {
-    // The module that brings viewpoints is optional.
-    const SoType type = SoType::fromName(SbName("VRMLViewpoint"));
-    if (type.isBad())
-        return false;
+    SoNode* bound = boundNode("VRMLViewpoint", m_scene.get());
     SoSearchAction search;
-    search.setType(type);
-    search.apply(m_scene.get());
+    search.setNode(bound);
+    search.setSearchingAll(true);
+    if (bound)
+        search.apply(m_scene.get());
     SoPath* path = search.getPath();
     if (!path)
         return false;
@@ -170,17 +177,24 @@ bool SoGuiViewer::placeByViewpoint()
     return true;
 }
 
+void SoGuiViewer::nodeBound(void* data, SoVRMLBindable* node)
+{
+    auto* self = static_cast<SoGuiViewer*>(data);
+    if (!self->m_scene || !node->isAtOrBelow(self->m_scene.get()))
+        return;
+    const bool isViewpoint = node->getTypeId() == SoType::fromName(SbName("VRMLViewpoint"));
+    if (isViewpoint && self->m_ownCamera && valueOf<SoSFBool>(*node, "jump", true)) {
+        self->stopAnimation();
+        self->placeByViewpoint();
+    } else if (!isViewpoint) {
+        self->followNavigationInfo();
+    }
+}
+
 void SoGuiViewer::followNavigationInfo()
 {
-    const SoType type = SoType::fromName(SbName("VRMLNavigationInfo"));
-    bool wanted = true;
-    if (!type.isBad() && m_scene) {
-        SoSearchAction search;
-        search.setType(type);
-        search.apply(m_scene.get());
-        if (const SoPath* path = search.getPath())
-            wanted = valueOf<SoSFBool>(*path->getTail(), "headlight", true);
-    }
+    const SoNode* info = boundNode("VRMLNavigationInfo", m_scene.get());
+    const bool wanted = !info || valueOf<SoSFBool>(*info, "headlight", true);
     // What the user switched stays between scenes that want the same.
     if (wanted != std::exchange(m_sceneWantsHeadlight, wanted))
         setHeadlight(wanted);

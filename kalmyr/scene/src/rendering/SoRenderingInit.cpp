@@ -112,7 +112,7 @@ std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
 void renderSky(SoAction* action, SoNode* node)
 {
     const auto& background = *static_cast<SoVRMLBackground*>(node);
-    if (background.skyColor.getNum() > 0)
+    if (background.skyColor.getNum() > 0 && background.isInForce())
         actionOf(action).traversal().sky(skyStops(background));
 }
 

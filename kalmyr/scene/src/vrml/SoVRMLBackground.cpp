@@ -6,8 +6,7 @@ SO_NODE_SOURCE(SoVRMLBackground)
 
 SoVRMLBackground::SoVRMLBackground()
 {
-    SO_NODE_CONSTRUCTOR(SoNode);
-    SO_VRML_EVENT_IN(set_bind);
+    SO_NODE_CONSTRUCTOR(SoVRMLBindable);
     SO_VRML_EXPOSED_EMPTY(groundAngle);
     SO_VRML_EXPOSED_EMPTY(groundColor);
     SO_VRML_EXPOSED_EMPTY(backUrl);
@@ -18,12 +17,11 @@ SoVRMLBackground::SoVRMLBackground()
     SO_VRML_EXPOSED_EMPTY(topUrl);
     SO_VRML_EXPOSED_EMPTY(skyAngle);
     SO_VRML_EXPOSED(skyColor, (0.0f, 0.0f, 0.0f));
-    SO_VRML_EVENT_OUT(isBound);
 }
 
 SoVRMLBackground::~SoVRMLBackground() = default;
 
 void SoVRMLBackground::initClass()
 {
-    SO_NODE_INIT_CLASS(SoVRMLBackground, SoNode, "VRMLBackground");
+    SO_NODE_INIT_CLASS(SoVRMLBackground, SoVRMLBindable, "VRMLBackground");
 }

@@ -8,23 +8,23 @@ SO_NODE_SOURCE(SoVRMLFog)
 
 SoVRMLFog::SoVRMLFog()
 {
-    SO_NODE_CONSTRUCTOR(SoNode);
-    SO_VRML_EVENT_IN(set_bind);
+    SO_NODE_CONSTRUCTOR(SoVRMLBindable);
     SO_VRML_EXPOSED(color, (1.0f, 1.0f, 1.0f));
     SO_VRML_EXPOSED(fogType, ("LINEAR"));
     SO_VRML_EXPOSED(visibilityRange, (0.0f));
-    SO_VRML_EVENT_OUT(isBound);
 }
 
 SoVRMLFog::~SoVRMLFog() = default;
 
 void SoVRMLFog::initClass()
 {
-    SO_NODE_INIT_CLASS(SoVRMLFog, SoNode, "VRMLFog");
+    SO_NODE_INIT_CLASS(SoVRMLFog, SoVRMLBindable, "VRMLFog");
 }
 
 void SoVRMLFog::doAction(SoAction* action)
 {
+    if (!isInForce())
+        return;
     auto& element = action->getState()->write<SoEnvironmentElement>();
     SoEnvironmentValues values = element.value();
     const bool even = fogType.getValue() != "EXPONENTIAL";

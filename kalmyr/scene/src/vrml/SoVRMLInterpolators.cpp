@@ -98,7 +98,7 @@ void SoVRMLInterpolator::follow()
 {
     const float fraction = set_fraction.getValue();
     const auto keys = key.values();
-    if (keys.empty())
+    if (keys.empty() || !m_cascade.mayReact())
         return;
     const auto above = std::upper_bound(keys.begin(), keys.end(), fraction);
     if (above == keys.begin() || above == keys.end()) {

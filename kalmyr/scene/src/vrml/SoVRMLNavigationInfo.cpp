@@ -6,8 +6,7 @@ SO_NODE_SOURCE(SoVRMLNavigationInfo)
 
 SoVRMLNavigationInfo::SoVRMLNavigationInfo()
 {
-    SO_NODE_CONSTRUCTOR(SoNode);
-    SO_VRML_EVENT_IN(set_bind);
+    SO_NODE_CONSTRUCTOR(SoVRMLBindable);
     SO_VRML_EXPOSED_EMPTY(avatarSize);
     avatarSize.initValues({0.25f, 1.6f, 0.75f});
     SO_VRML_EXPOSED(headlight, (true));
@@ -15,12 +14,11 @@ SoVRMLNavigationInfo::SoVRMLNavigationInfo()
     SO_VRML_EXPOSED_EMPTY(type);
     type.initValues({"WALK", "ANY"});
     SO_VRML_EXPOSED(visibilityLimit, (0.0f));
-    SO_VRML_EVENT_OUT(isBound);
 }
 
 SoVRMLNavigationInfo::~SoVRMLNavigationInfo() = default;
 
 void SoVRMLNavigationInfo::initClass()
 {
-    SO_NODE_INIT_CLASS(SoVRMLNavigationInfo, SoNode, "VRMLNavigationInfo");
+    SO_NODE_INIT_CLASS(SoVRMLNavigationInfo, SoVRMLBindable, "VRMLNavigationInfo");
 }

@@ -1,6 +1,7 @@
 #include <kalmyr/vrml/SoVRMLSensors.h>
 
 #include <kalmyr/actions/SoHandleEventAction.h>
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include <cmath>
@@ -139,8 +140,11 @@ void SoVRMLTimeSensor::notify(SoNotification& notification)
 {
     SoNode::notify(notification);
     const SoField* field = notification.container == this ? notification.field : nullptr;
-    if (field && field->getFieldType() == SoField::EXPOSED)
-        runTimer();
+    if (!field || field->getFieldType() != SoField::EXPOSED)
+        return;
+    if (field == &startTime)
+        m_isMissed = isActive.getValue();
+    runTimer();
 }
 
 bool SoVRMLTimeSensor::isFollowed() const
@@ -165,35 +169,58 @@ void SoVRMLTimeSensor::stop(double now)
         time = SbTime(now);
         isActive = false;
     }
+    m_timer.unschedule(); // a change of a field starts it again
+}
+
+/// Whether it is time; then the active time begins.
+bool SoVRMLTimeSensor::begin(double now)
+{
+    const double start = startTime.getValue().getValue();
+    const double end = stopTime.getValue().getValue();
+    const double cycle = cycleInterval.getValue().getValue();
+    if (now < start)
+        return false;
+    const bool isOver = !loop.getValue() && (now - start >= cycle || m_isMissed);
+    if (!(cycle > 0) || (end > start && now >= end) || isOver) {
+        stop(now);
+        return false;
+    }
+    m_start = start;
+    m_cycle = cycle;
+    m_numCycles = std::floor((now - start) / cycle);
+    isActive = true;
+    cycleTime = SbTime(start + m_numCycles * cycle);
+    return true;
+}
+
+void SoVRMLTimeSensor::run(double now)
+{
+    const double end = stopTime.getValue().getValue();
+    const bool isStopped = end > m_start && now >= end;
+    const double passed = (isStopped ? end - m_start : now - m_start) / m_cycle;
+    const double cycles = std::floor(passed);
+    const bool isOver = !loop.getValue() && cycles > m_numCycles;
+    const bool isFull = isOver || (passed == cycles && passed > 0);
+    if (!isStopped && !isOver && cycles != m_numCycles) {
+        m_numCycles = cycles;
+        cycleTime = SbTime(m_start + cycles * m_cycle);
+    }
+    fraction_changed = isFull ? 1 : static_cast<float>(passed - cycles);
+    if (isStopped || isOver)
+        stop(now);
+    else
+        time = SbTime(now);
 }
 
 void SoVRMLTimeSensor::tick()
 {
     const double now = SbTime::getTimeOfDay().getValue();
-    const double start = startTime.getValue().getValue();
-    const double end = stopTime.getValue().getValue();
-    const double cycle = cycleInterval.getValue().getValue();
-    const double passed = now - start;
-    if (!enabled.getValue() || passed < 0 || !(cycle > 0)) {
+    // Whoever is told may drop us.
+    const SoRef<SoVRMLTimeSensor> self(getRefCount() > 0 ? this : nullptr);
+    if (!enabled.getValue())
         stop(now);
-        return;
-    }
-    const bool ended = end > start && now >= end;
-    if (ended || (!loop.getValue() && passed >= cycle)) {
-        if (isActive.getValue())
-            fraction_changed =
-                ended ? static_cast<float>(std::fmod(end - start, cycle) / cycle) : 1;
-        stop(now);
-        m_timer.unschedule(); // a change of a field starts it again
-        return;
-    }
-    const double cycles = std::floor(passed / cycle);
-    if (!isActive.getValue())
-        isActive = true;
-    if (cycleTime.getValue().getValue() != start + cycles * cycle)
-        cycleTime = SbTime(start + cycles * cycle);
-    fraction_changed = static_cast<float>(passed / cycle - cycles);
-    time = SbTime(now);
+    else if (isActive.getValue() || begin(now))
+        run(now);
 }
 
 void SoVRMLTimeSensor::initClass()

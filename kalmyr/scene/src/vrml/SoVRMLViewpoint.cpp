@@ -9,22 +9,25 @@ SO_NODE_SOURCE(SoVRMLViewpoint)
 
 SoVRMLViewpoint::SoVRMLViewpoint()
 {
-    SO_NODE_CONSTRUCTOR(SoNode);
-    SO_VRML_EVENT_IN(set_bind);
+    SO_NODE_CONSTRUCTOR(SoVRMLBindable);
     SO_VRML_EXPOSED(fieldOfView, (0.785398f));
     SO_VRML_EXPOSED(jump, (true));
     SO_VRML_EXPOSED(orientation, (SbRotation()));
     SO_VRML_EXPOSED(position, (0.0f, 0.0f, 10.0f));
     SO_VRML_EMPTY_FIELD(description);
     SO_VRML_EVENT_OUT(bindTime);
-    SO_VRML_EVENT_OUT(isBound);
 }
 
 SoVRMLViewpoint::~SoVRMLViewpoint() = default;
 
 void SoVRMLViewpoint::initClass()
 {
-    SO_NODE_INIT_CLASS(SoVRMLViewpoint, SoNode, "VRMLViewpoint");
+    SO_NODE_INIT_CLASS(SoVRMLViewpoint, SoVRMLBindable, "VRMLViewpoint");
+}
+
+void SoVRMLViewpoint::boundChanged(SbTime now)
+{
+    bindTime = now;
 }
 
 SbVec3f SoVRMLViewpoint::getPosition(const SbMatrix& toWorld) const

@@ -4,6 +4,7 @@
 #include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLBillboard.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 #include <kalmyr/vrml/SoVRMLBox.h>
 #include <kalmyr/vrml/SoVRMLCollision.h>
 #include <kalmyr/vrml/SoVRMLColor.h>
@@ -105,6 +106,7 @@ constexpr Class kClasses[] = {
     entry<SoVRMLDirectionalLight>(),
     entry<SoVRMLPointLight>(),
     entry<SoVRMLSpotLight>(),
+    entry<SoVRMLBindable>(),
     entry<SoVRMLViewpoint>(),
     entry<SoVRMLNavigationInfo>(),
     entry<SoVRMLBackground>(),

@@ -12,15 +12,17 @@
 class SoCamera;
 class SoDirectionalLight;
 class SoSeparator;
+class SoVRMLBindable;
 
 /// A render area with a camera, a headlight, and two modes: viewing, where the pointer moves the
 /// camera, and picking, where events go to the scene.
 ///
 /// The first camera of the scene is the one that moves, where the scene has one; its near and far
 /// planes are widened when they would cut the scene. Otherwise the viewer puts a camera of its own
-/// in front of the scene, placed by the first viewpoint or so that everything is in view, and does
-/// not change the scene. A camera that is added to the scene or removed from it later is noticed
-/// with the next frame.
+/// in front of the scene, placed by the bound viewpoint or so that everything is in view, and jumps
+/// to viewpoints that are bound later (a viewpoint without `jump` leaves it where it is). Of the
+/// scene it changes no values; of VRML97 nodes that can be bound it binds the first. A camera that
+/// is added to the scene or removed from it later is noticed with the next frame.
 class KALMYRGUI_API SoGuiViewer : public SoGuiRenderArea {
 public:
     enum CameraType { PERSPECTIVE, ORTHOGRAPHIC };
@@ -102,6 +104,8 @@ private:
     bool placeByViewpoint();
     void followSceneCamera();
     void followNavigationInfo();
+    /// Method of the nodes that can be bound, for a new one.
+    static void nodeBound(void* data, SoVRMLBindable* node);
     SbMatrix cameraSpace() const;
     void adjustClippingPlanes();
     void aimHeadlight();

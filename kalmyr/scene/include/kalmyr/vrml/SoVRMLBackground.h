@@ -1,18 +1,16 @@
 #pragma once
 
-#include <kalmyr/core/SoNode.h>
-#include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 
 /// Sky and ground colours and panorama pictures behind the scene. The values are kept for viewers.
-class KALMYR_API SoVRMLBackground : public SoNode {
+class KALMYR_API SoVRMLBackground : public SoVRMLBindable {
     SO_NODE_HEADER(SoVRMLBackground)
 
 public:
     SoVRMLBackground();
     static void initClass();
 
-    SoSFBool set_bind; ///< event in
     SoMFFloat groundAngle;
     SoMFColor groundColor;
     SoMFString backUrl;
@@ -23,7 +21,6 @@ public:
     SoMFString topUrl;
     SoMFFloat skyAngle;
     SoMFColor skyColor;
-    SoSFBool isBound; ///< event out
 
 protected:
     ~SoVRMLBackground() override;

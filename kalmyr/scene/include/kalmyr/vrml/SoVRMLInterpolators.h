@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/sensors/SoCascade.h>
 #include <kalmyr/sensors/SoFieldSensor.h>
 
 /// \file
@@ -31,6 +32,7 @@ private:
     void follow();
 
     SoFieldSensor m_sensor;
+    SoCascade m_cascade; ///< of values that come round to the fraction
 };
 
 /// Key values of a colour over a fraction of time; hues are passed through in between.

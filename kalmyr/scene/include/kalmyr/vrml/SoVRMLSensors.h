@@ -133,6 +133,9 @@ private:
 };
 
 /// A clock. It runs while something follows one of its events.
+///
+/// While it is active, its start and the length of its cycles are what they were at its beginning;
+/// a start that is set meanwhile is none. Without `loop` it ends with the cycle under way.
 class KALMYR_API SoVRMLTimeSensor : public SoNode {
     SO_NODE_HEADER(SoVRMLTimeSensor)
 
@@ -161,9 +164,15 @@ private:
     bool isFollowed() const;
     void runTimer();
     void tick();
+    bool begin(double now);
+    void run(double now);
     void stop(double now);
 
     SoTimerSensor m_timer;
+    double m_start = 0;      ///< of the active time
+    double m_cycle = 1;      ///< seconds, while active
+    double m_numCycles = 0;  ///< complete ones
+    bool m_isMissed = false; ///< the present startTime came while active
 };
 
 /// Tells that its siblings are pointed at or clicked.

@@ -1,27 +1,24 @@
 #pragma once
 
 #include <kalmyr/base/SbMatrix.h>
-#include <kalmyr/core/SoNode.h>
-#include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
 
-/// A place to look from. It sets no camera by itself: a viewer takes the first one, or the one that
-/// its user chooses, and sets up a camera of its own from these values.
-class KALMYR_API SoVRMLViewpoint : public SoNode {
+/// A place to look from. It sets no camera by itself: a viewer takes the one that is bound,
+/// and sets up a camera of its own from these values.
+class KALMYR_API SoVRMLViewpoint : public SoVRMLBindable {
     SO_NODE_HEADER(SoVRMLViewpoint)
 
 public:
     SoVRMLViewpoint();
     static void initClass();
 
-    SoSFBool set_bind;     ///< event in
     SoSFFloat fieldOfView; ///< radians, of the smaller side of the view
     SoSFBool jump;
     SoSFRotation orientation;
     SoSFVec3f position;
     SoSFString description;
     SoSFTime bindTime; ///< event out
-    SoSFBool isBound;  ///< event out
 
     /// Place and direction in the world, for a viewpoint that stands below `toWorld`.
     SbVec3f getPosition(const SbMatrix& toWorld) const;
@@ -31,4 +28,5 @@ public:
 
 protected:
     ~SoVRMLViewpoint() override;
+    void boundChanged(SbTime now) override;
 };
