@@ -5,6 +5,7 @@
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoMaterial.h>
+#include <kalmyr/nodes/SoScale.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
@@ -17,6 +18,8 @@
 #include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoSphere.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLPointLight.h>
+#include <kalmyr/vrml/SoVRMLSpotLight.h>
 
 #include "support/ErrorGuard.h"
 
@@ -117,6 +120,35 @@ TEST_F(Rendering, LightsACubeBeforeTheBackground)
     expectPixel(32, 32, {10, 10, 10});
     expectPixel(2, 62, {255, 255, 255}, 8);
     expectPixel(2, 1, {0, 0, 0}, 8);
+}
+
+TEST_F(Rendering, LightsShineAsFarAsTheirRadius)
+{
+    needContext();
+    auto* size = new SoScale;
+    size->scaleFactor.setValue(0.5f, 0.5f, 0.5f);
+    auto* bulb = new SoVRMLPointLight;
+    auto* spot = new SoVRMLSpotLight;
+    bulb->location.setValue(0, 0, 6); // 3 in the world, 2 from the cube
+    spot->location.setValue(0, 0, 6);
+    auto* back = new SoScale;
+    back->scaleFactor.setValue(2, 2, 2);
+    for (SoNode* node : std::initializer_list<SoNode*>{size, bulb, spot, back})
+        m_root->addChild(node);
+    addCube(SbColor(1, 0, 0), 0);
+    const auto red = [this](SoVRMLLight* on, SoSFFloat& radius, float value) {
+        radius = value;
+        on->on = true;
+        EXPECT_TRUE(m_renderer.render(m_root.get()));
+        on->on = false;
+        return pixel(32, 32)[0];
+    };
+    bulb->on = false;
+    spot->on = false;
+    EXPECT_GT(red(bulb, bulb->radius, 4.1f), 200);
+    EXPECT_LT(red(bulb, bulb->radius, 3.9f), 20);
+    EXPECT_GT(red(spot, spot->radius, 4.1f), 200);
+    EXPECT_LT(red(spot, spot->radius, 3.9f), 20);
 }
 
 TEST_F(Rendering, BlendsInTheOrderThatTheTypeAsksFor)

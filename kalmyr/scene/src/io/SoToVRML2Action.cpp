@@ -53,6 +53,9 @@ SO_ACTION_SOURCE(SoToVRML2Action, SoSceneConversionAction, "ToVRML2Action")
 
 namespace {
 
+/// Radius of lights that shine as far as there is anything.
+constexpr float kEverywhere = 1e9f;
+
 using namespace kalmyr::detail;
 
 bool isVrml97(const SoNode* node)
@@ -349,6 +352,7 @@ SoNode* SoToVRML2Action::makeLight(const SoNode* node)
     if (node->isOfType(SoSpotLight::getClassTypeId())) {
         const auto* from = static_cast<const SoSpotLight*>(node);
         auto* made = lightLike<SoVRMLSpotLight>(*from);
+        made->radius = kEverywhere;
         made->location = from->location.getValue();
         made->direction = from->direction.getValue();
         made->cutOffAngle = from->cutOffAngle.getValue();
@@ -358,6 +362,7 @@ SoNode* SoToVRML2Action::makeLight(const SoNode* node)
     if (node->isOfType(SoPointLight::getClassTypeId())) {
         const auto* from = static_cast<const SoPointLight*>(node);
         auto* made = lightLike<SoVRMLPointLight>(*from);
+        made->radius = kEverywhere;
         made->location = from->location.getValue();
         return made;
     }

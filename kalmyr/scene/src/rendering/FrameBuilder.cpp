@@ -88,18 +88,29 @@ SbVec3f eyeDirection(const SbVec3f& direction, const SbMatrix& toList, const Mat
     return out;
 }
 
+/// How much larger things are in the space of the eye, on the whole.
+float sizeInEye(const SbMatrix& toList, const Matrix4& toEye)
+{
+    const SbVec3f x(toEye.m[0], toEye.m[1], toEye.m[2]), y(toEye.m[4], toEye.m[5], toEye.m[6]),
+        z(toEye.m[8], toEye.m[9], toEye.m[10]);
+    return std::cbrt(std::abs(toList.det3() * x.cross(y).dot(z)));
+}
+
 EyeLight toEyeLight(const SoLightRecord& light, const Matrix4& toEye)
 {
     EyeLight out{};
     const bool directional = light.kind == SoLightRecord::DIRECTIONAL;
     const SbVec3f direction = eyeDirection(light.direction, light.toWorld, toEye);
     const SbVec3f place = light.toWorld.point(light.position);
+    const float reach = light.radius < SoLightRecord::kUnlimited
+                            ? light.radius * sizeInEye(light.toWorld, toEye)
+                            : SoLightRecord::kUnlimited;
     for (int c = 0; c < 3; ++c) {
         const float position = place[0] * toEye.m[c] + place[1] * toEye.m[4 + c]
                                + place[2] * toEye.m[8 + c] + toEye.m[12 + c];
         out.position[c] = directional ? -direction[c] : position;
         out.color[c] = light.color[c] * light.intensity;
-        out.direction[c] = direction[c];
+        out.direction[c] = direction[c] * reach;
         out.attenuation[c] = light.attenuation[c];
     }
     out.position[3] = static_cast<float>(light.kind);

@@ -191,9 +191,11 @@ void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
         float d = length(l);
         l /= max(d, 1e-20);
         vec3 falloff = lights[i].attenuation.xyz;
+        float reach = length(lights[i].direction.xyz);
+        if (d > reach) return;
         strength = 1.0 / max(falloff.x + d * (falloff.y + d * falloff.z), 1e-6);
         if (lights[i].position.w > 1.5) {
-            float c = dot(-l, lights[i].direction.xyz);
+            float c = dot(-l, lights[i].direction.xyz) / max(reach, 1e-20);
             strength *= c < lights[i].direction.w ? 0.0
                       : lights[i].attenuation.w > 0.0 ? pow(max(c, 0.0), lights[i].attenuation.w) : 1.0;
         }

@@ -2,6 +2,8 @@
 
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
+#include <algorithm>
+
 SO_NODE_SOURCE(SoVRMLPointLight)
 
 SoVRMLPointLight::SoVRMLPointLight()
@@ -24,4 +26,5 @@ void SoVRMLPointLight::describe(SoLightRecord& record) const
     record.kind = SoLightRecord::POINT;
     record.position = location.getValue();
     record.attenuation = attenuation.getValue();
+    record.radius = std::max(radius.getValue(), 0.0f);
 }

@@ -30,6 +30,7 @@ void SoVRMLSpotLight::describe(SoLightRecord& record) const
     record.position = location.getValue();
     record.direction = direction.getValue();
     record.attenuation = attenuation.getValue();
+    record.radius = std::max(radius.getValue(), 0.0f);
     record.cutOffAngle = cutOffAngle.getValue();
     // The narrower the beam within its cone, the faster it fades towards the edge.
     const float beam = std::min(beamWidth.getValue(), record.cutOffAngle);

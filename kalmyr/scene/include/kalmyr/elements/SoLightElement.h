@@ -21,6 +21,8 @@ struct SoLightRecord {
     float cutOffAngle = 0.785398f; ///< radians
     float dropOffRate = 0;         ///< 0 to 1
     SbVec3f attenuation{1, 0, 0};  ///< constant, linear, quadratic
+    static constexpr float kUnlimited = 1e18f;
+    float radius = kUnlimited; ///< of a point or spot light: how far it shines
 };
 
 /// The lights that shine on what follows. Shared between stack levels; replaced, never edited.
