@@ -13,6 +13,7 @@
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
+#include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <algorithm>
@@ -107,6 +108,9 @@ SoRef<SoNode> throughViewpoint(const Scene& scene, float aspect)
     camera->nearDistance = 0.1f;
     camera->farDistance = 10000.0f;
     auto* light = new SoDirectionalLight;
+    const auto* info = static_cast<const SoVRMLNavigationInfo*>(
+        SoVRMLBindable::getBound(scene.root.get(), SoVRMLNavigationInfo::getClassTypeId()));
+    light->on = !info || info->headlight.getValue();
     SbVec3f direction;
     camera->orientation.getValue().multVec(SbVec3f(0, 0, -1), direction);
     light->direction = direction;

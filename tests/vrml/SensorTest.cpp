@@ -10,6 +10,7 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLSensors.h>
 #include <kalmyr/vrml/SoVRMLTransform.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <gtest/gtest.h>
 
@@ -98,8 +99,10 @@ TEST_F(SensorTest, TouchSensorsTellOverPressAndClick)
     release(2, 0);
     EXPECT_EQ(touch->touchTime.getValue(), SbTime(42.0));
     EXPECT_FALSE(press(-3, 0)); // another shape
+    EXPECT_TRUE(touch->isOver.getValue());
     touch->enabled = false;
     EXPECT_FALSE(press(2, 0));
+    EXPECT_FALSE(touch->isOver.getValue());
 }
 
 TEST_F(SensorTest, InnerSensorsComeBeforeOuterOnes)
@@ -181,7 +184,11 @@ TEST_F(SensorTest, SensorsOfTheViewerFollowTheCamera)
 
 TEST_F(SensorTest, AnchorsAreFollowedByAPress)
 {
-    load("Anchor { url [ \"a.wrl\" \"b.wrl\" ] children Shape { geometry Box { } } }");
+    load("Anchor { url [ \"a.wrl\" \"b.wrl\" ] children Shape { geometry Box { } } }\n"
+         "DEF Here Viewpoint { } Transform { translation 3 0 0 children Anchor { "
+         "url [ \"#There\" \"#Here\" ] children Shape { geometry Box { } } } }");
+    EXPECT_TRUE(press(3, 0));
+    EXPECT_TRUE(named<SoVRMLViewpoint>("Here")->isBound.getValue());
     EXPECT_FALSE(press(0, 0)); // nobody follows links
     std::string asked;
     SoVRMLAnchor::setFetchURLCallBack(

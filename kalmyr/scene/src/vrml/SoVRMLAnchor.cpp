@@ -2,7 +2,11 @@
 
 #include "actions/FollowClicks.h"
 
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
+
+#include <vector>
 
 namespace {
 
@@ -38,10 +42,26 @@ void SoVRMLAnchor::setFetchURLCallBack(FetchURLCallBack* callback, void* data)
 bool SoVRMLAnchor::follow()
 {
     const SoRef<SoVRMLAnchor> self(this); // the callback may load another scene
-    if (!s_fetch)
-        return false;
-    for (int i = 0; i < url.getNum(); ++i)
-        if (s_fetch(SbString(url[i]), s_fetchData, this))
+    const std::vector<SbString> urls(url.values().begin(), url.values().end());
+    for (const SbString& one : urls)
+        if ((s_fetch && s_fetch(one, s_fetchData, this)) || bindViewpoint(one.view()))
             return true;
+    return false;
+}
+
+bool SoVRMLAnchor::bindViewpoint(std::string_view address) const
+{
+    if (!address.starts_with('#'))
+        return false;
+    const SbName name = SbName::find(address.substr(1));
+    if (name.isEmpty())
+        return false;
+    for (SoBase* one : SoBase::getNamedBases(name, SoVRMLViewpoint::getClassTypeId())) {
+        auto* viewpoint = static_cast<SoVRMLViewpoint*>(one);
+        if (!viewpoint->isInWorldOf(this))
+            continue;
+        viewpoint->set_bind = true;
+        return true;
+    }
     return false;
 }

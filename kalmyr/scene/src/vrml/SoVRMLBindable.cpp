@@ -125,10 +125,19 @@ SoVRMLBindable* SoVRMLBindable::getBound(const SoNode* node, SoType type)
 
 bool SoVRMLBindable::isInForce() const
 {
-    if (stacks().nodes.empty())
+    const auto& nodes = stacks().nodes;
+    const bool isAlone = std::none_of(nodes.begin(), nodes.end(), [this](const auto* one) {
+        return one->getTypeId() == getTypeId();
+    });
+    if (isAlone || isBound.getValue())
         return true;
     const SoVRMLBindable* bound = getBound(this, getTypeId());
     return !bound || bound == this;
+}
+
+bool SoVRMLBindable::isInWorldOf(const SoNode* other) const
+{
+    return worldOf(this) == worldOf(other);
 }
 
 void SoVRMLBindable::bindOrRelease()

@@ -64,6 +64,8 @@ std::vector<SbVec3f> mixedLists(const SoMFVec3f& values, int numKeys, int at, fl
 
 void setList(SoMFVec3f& field, const std::vector<SbVec3f>& values)
 {
+    if (values.empty())
+        return; // fewer key values than keys
     field.setNumQuietly(static_cast<int>(values.size()));
     std::copy(values.begin(), values.end(), field.startEditing());
     field.finishEditing();

@@ -71,6 +71,7 @@ void SoVRMLPointerSensor::handleEvent(SoHandleEventAction* action)
         return;
     const bool wasActive = active().getValue();
     if (!isEnabled()) {
+        hover(Pointer());
         if (wasActive)
             active() = false;
         if (action->getGrabber() == this)

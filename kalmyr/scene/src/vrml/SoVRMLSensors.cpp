@@ -147,6 +147,13 @@ void SoVRMLTimeSensor::notify(SoNotification& notification)
     runTimer();
 }
 
+void SoVRMLTimeSensor::copyContents(const SoNode* from, SoNodeCopier& copier)
+{
+    SoNode::copyContents(from, copier);
+    isActive = false; // it begins by itself
+    isActive.setDefault(true);
+}
+
 bool SoVRMLTimeSensor::isFollowed() const
 {
     return fraction_changed.getAuditors().getLength() > 0 || time.getAuditors().getLength() > 0

@@ -9,7 +9,7 @@
 class KALMYR_API SoCascade {
 public:
     /// So often one receiver may react in a cascade.
-    static constexpr int kMaxReactions = 64;
+    static constexpr int kMaxReactions = 256;
 
     /// Counts one more; false when it is one too many.
     bool mayReact();

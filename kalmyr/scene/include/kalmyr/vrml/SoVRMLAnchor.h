@@ -2,6 +2,8 @@
 
 #include <kalmyr/vrml/SoVRMLParent.h>
 
+#include <string_view>
+
 /// Children that lead to a file when they are clicked.
 class KALMYR_API SoVRMLAnchor : public SoVRMLParent {
     SO_NODE_HEADER(SoVRMLAnchor)
@@ -14,13 +16,17 @@ public:
     SoMFString parameter;
     SoMFString url;
 
-    /// Called with each url in order, until it returns true: it followed that one. Null: links
-    /// lead nowhere, and clicks pass by.
+    /// Called with each url in order, until it returns true: it followed that one. Null: links to
+    /// other files lead nowhere, and clicks on them pass by.
     using FetchURLCallBack = bool(const SbString& url, void* data, SoVRMLAnchor* node);
     static void setFetchURLCallBack(FetchURLCallBack* callback, void* data);
-    /// False when there is no callback, or when it followed no url.
+    /// Follows the first url that the callback takes, or that is "#" and the name of a viewpoint of
+    /// the same world, which is bound. False when there is none.
     bool follow();
 
 protected:
     ~SoVRMLAnchor() override;
+
+private:
+    bool bindViewpoint(std::string_view address) const;
 };

@@ -30,6 +30,7 @@ public:
 
     /// Whether the node counts: it is bound, or no node of its type is in its world.
     bool isInForce() const;
+    bool isInWorldOf(const SoNode* other) const;
 
     /// Called when a node has become bound, inside the call that did it.
     using BoundCallback = void(void* data, SoVRMLBindable* node);

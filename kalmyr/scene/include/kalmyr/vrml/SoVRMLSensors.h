@@ -155,6 +155,7 @@ public:
 
     bool affectsState() const override { return false; }
     void notify(SoNotification& notification) override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoVRMLTimeSensor() override;
