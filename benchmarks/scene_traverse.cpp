@@ -149,7 +149,7 @@ void moveOneLeafAndMeasure(benchmark::State& state)
 }
 BENCHMARK(moveOneLeafAndMeasure)
     ->ArgsProduct({{10'000, 100'000, 1'000'000}, {10}})
-    ->ArgsProduct({{100'000}, {2, 4, 50, 1000}})
+    ->ArgsProduct({{100'000}, {2, 4, 50, 1000, 100'000}})
     ->Unit(benchmark::kMicrosecond);
 
 void moveOneLeaf(benchmark::State& state)

@@ -11,6 +11,8 @@
 
 #include <cmath>
 #include <numbers>
+#include <random>
+#include <vector>
 
 using namespace actiontest;
 
@@ -88,6 +90,83 @@ TEST_F(SoGetBoundingBoxActionTest, RememberedBoxesFollowEveryEdit)
             ASSERT_EQ(action.getBoundingBox(), plainBounds(graph.root.get()))
                 << seed << ' ' << step;
             edit(graph);
+        }
+    }
+}
+
+/// Many children in one list, among them one that stands there twice and two that share a mover.
+struct FlatGraph {
+    explicit FlatGraph(unsigned seed) : random(seed)
+    {
+        auto* shared = new Mover(SbVec3f(1, 2, 3));
+        movers.push_back(shared);
+        for (int i = 0; i < 150; ++i)
+            root->addChild(i % 50 == 7 ? part(shared) : part(new Mover(place())));
+        root->addChild(root->getChild(20));
+    }
+
+    int pick(int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); }
+    float coordinate() { return static_cast<float>(pick(81) - 40); }
+    SbVec3f place() { return SbVec3f(coordinate(), coordinate(), coordinate()); }
+
+    SoSeparator* part(Mover* mover)
+    {
+        auto* part = new SoSeparator;
+        part->addChild(mover);
+        for (int n = 0; n < 3; ++n)
+            part->addChild(new Leaf);
+        movers.push_back(mover);
+        return part;
+    }
+
+    void moveSome(int count)
+    {
+        for (; count > 0; --count)
+            movers[static_cast<std::size_t>(pick(150))]->by = place();
+    }
+
+    void edit()
+    {
+        const int at = pick(root->getNumChildren());
+        switch (pick(12)) {
+        case 0:
+            root->insertChild(part(new Mover(place())), at);
+            break;
+        case 1:
+            root->removeChild(at);
+            break;
+        case 2:
+            root->replaceChild(at, part(new Mover(place())));
+            break;
+        case 3: // one that moves all behind it comes or goes
+            if (root->getChild(10)->isOfType(Mover::getClassTypeId()))
+                root->removeChild(10);
+            else
+                root->insertChild(new Mover(place()), 10);
+            break;
+        case 4:
+            moveSome(2000);
+            break;
+        default:
+            moveSome(1 + pick(3));
+        }
+    }
+
+    std::mt19937 random;
+    SoRef<SoSeparator> root{new SoSeparator};
+    std::vector<SoRef<Mover>> movers;
+};
+
+TEST_F(SoGetBoundingBoxActionTest, ChangedOnesAmongManyChildrenAreFound)
+{
+    for (unsigned seed = 1; seed <= 4; ++seed) {
+        FlatGraph graph(seed);
+        SoGetBoundingBoxAction action{SbViewportRegion()};
+        for (int step = 0; step < 150; ++step) {
+            action.apply(graph.root.get());
+            ASSERT_EQ(action.getBoundingBox(), plainBounds(graph.root.get()))
+                << seed << ' ' << step;
+            graph.edit();
         }
     }
 }

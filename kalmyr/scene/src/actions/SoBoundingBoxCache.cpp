@@ -1,9 +1,13 @@
 #include <kalmyr/actions/SoBoundingBoxCache.h>
 
+#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNotification.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoState.h>
+
+#include "actions/BoundsRun.h"
 
 #include <algorithm>
 #include <cmath>
@@ -151,6 +155,18 @@ void SoBoundsUnion::add(const SoBounds& other, const SbMatrix& toHere, const SbB
         add(other, toHere);
 }
 
+void SoBoundsUnion::addSeveral(const SbBox3f& box)
+{
+    if (box.isEmpty())
+        return;
+    if (m_bounds.count == 1)
+        flatten();
+    m_bounds.count = 2;
+    m_bounds.box.extendBy(box);
+    if (m_turned)
+        addTurned(box, SbMatrix::identity(), false);
+}
+
 SoBounds SoBoundsUnion::get() const
 {
     SoBounds result = m_bounds;
@@ -171,6 +187,59 @@ SoBounds SoBoundsUnion::getAxisParallel() const
         result.box = intersection(result.box, other);
     }
     return result;
+}
+
+SoBoundingBoxCache::SoBoundingBoxCache() = default;
+SoBoundingBoxCache::~SoBoundingBoxCache() = default;
+
+void SoBoundingBoxCache::noteInRun(const SoNotification& notification)
+{
+    // Without a link below the change is the owner's own: its fields or its list of children.
+    if (notification.chain)
+        m_run->note(static_cast<const SoNode*>(notification.chain->container));
+    else
+        m_run->broken = true;
+}
+
+void SoBoundingBoxCache::makeRun(int first, const SoChildList& children, std::uint64_t stateKey)
+{
+    m_run.reset();
+    const auto begin = m_parts.begin() + first;
+    if (!std::all_of(begin, m_parts.begin() + children.getLength(), [this](const Part& part) { return canRun(part); }))
+        return;
+    m_run = std::make_unique<kalmyr::detail::BoundsRun>();
+    m_run->first = first;
+    m_run->numChildren = children.getLength();
+    m_run->stateKey = stateKey;
+    for (int i = first; i < children.getLength(); ++i)
+        m_run->places.emplace_back(children[i], i);
+    std::sort(m_run->places.begin(), m_run->places.end());
+    m_run->boxes.build(m_run->places.size(),
+                       [begin](std::size_t i) { return begin[static_cast<long>(i)].projected; });
+}
+
+kalmyr::detail::BoundsRun* SoBoundingBoxCache::findRun(int first, const SoChildList& children,
+                                                       std::uint64_t stateKey)
+{
+    const bool holds = m_run && !m_run->broken && m_run->first == first
+                       && m_run->numChildren == children.getLength() && m_run->stateKey == stateKey;
+    return holds ? m_run.get() : nullptr;
+}
+
+void SoBoundingBoxCache::dropRun()
+{
+    m_run.reset();
+}
+
+bool SoBoundingBoxCache::exchangeInRun(int index)
+{
+    if (!canRun(getPart(index)))
+        return false;
+    const int first = m_run->first;
+    m_run->boxes.exchanged(static_cast<std::size_t>(index - first), [&](std::size_t i) {
+        return getPart(first + static_cast<int>(i)).projected;
+    });
+    return true;
 }
 
 bool SoBoundingBoxCache::knowsPart(int index, const SoNode* child, std::uint64_t stateKey) const

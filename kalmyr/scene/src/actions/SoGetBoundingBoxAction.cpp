@@ -5,6 +5,7 @@
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
 
+#include "actions/BoundsRun.h"
 #include "core/CacheLock.h"
 
 #include <utility>
@@ -93,29 +94,100 @@ void SoGetBoundingBoxAction::measureChildren(const SoChildList& children,
         traverseChildren(children);
         return;
     }
+    const int numChildren = children.getLength();
     std::uint64_t key = SoBoundingBoxCache::stateKey(getState());
+    int runStart = 0;
+    int numMeasured = 0;
     for (int i = 0; !hasTerminated(); ++i) {
-        i = addParts(children, *cache, i, key);
-        if (i >= children.getLength())
+        if (addRun(children, *cache, i, key))
             return;
+        i = addParts(children, *cache, i, key, numChildren);
+        if (i >= numChildren)
+            break;
         SoNode* child = children[i];
-        m_closed.node = nullptr;
-        traverse(child, i);
-        if (m_closed.node == child)
-            keepPart(*cache, i, children.getLength(), key);
+        const bool isPart = measurePart(child, i, numChildren, *cache, key);
+        ++numMeasured;
+        if (!isPart || child->affectsState())
+            runStart = i + 1;
         if (child->affectsState())
             key = SoBoundingBoxCache::stateKey(getState());
     }
+    // Where most have changed, most will do so again.
+    const int length = numChildren - runStart;
+    if (length >= SoBoundingBoxCache::kMinRun && 2 * numMeasured < length && !hasTerminated()
+        && isPlain()) {
+        const kalmyr::detail::CacheLock lock;
+        (*cache)->makeRun(runStart, children, key);
+    }
 }
 
-/// Adds the children that are known, from `i` on, and returns the index of the first that is not.
+/// Whether its bounds could be remembered.
+bool SoGetBoundingBoxAction::measurePart(SoNode* child, int index, int numChildren,
+                                         std::unique_ptr<SoBoundingBoxCache>& cache,
+                                         std::uint64_t key)
+{
+    m_closed.node = nullptr;
+    traverse(child, index);
+    if (m_closed.node != child)
+        return false;
+    keepPart(cache, index, numChildren, key);
+    return true;
+}
+
+/// Adds all children from `first` on, looking only at those that changed. False when they must be
+/// gone through; some may be added by then.
+bool SoGetBoundingBoxAction::addRun(const SoChildList& children,
+                                    std::unique_ptr<SoBoundingBoxCache>& cache, int first,
+                                    std::uint64_t key)
+{
+    std::vector<int> changed;
+    {
+        const kalmyr::detail::CacheLock lock;
+        const kalmyr::detail::BoundsRun* run =
+            cache ? cache->findRun(first, children, key) : nullptr;
+        if (!run || !isPlain())
+            return false;
+        for (const SoNode* child : run->changed) {
+            const auto [begin, end] = run->placesOf(child);
+            for (auto at = begin; at != end; ++at)
+                changed.push_back(at->second);
+        }
+    }
+    bool holds = true;
+    for (const int i : changed)
+        if (addParts(children, cache, i, key, i + 1) == i)
+            holds = holds && measurePart(children[i], i, children.getLength(), cache, key);
+    // Nothing is edited meanwhile; another reader may have done the same.
+    const kalmyr::detail::CacheLock lock;
+    kalmyr::detail::BoundsRun* run = cache->findRun(first, children, key);
+    if (!run)
+        return false;
+    for (const int i : changed)
+        holds = holds && cache->exchangeInRun(i);
+    if (!holds || hasTerminated()) {
+        cache->dropRun();
+        return false;
+    }
+    run->changed.clear();
+    m_open.back().bounds.addSeveral(run->boxes.get());
+    return true;
+}
+
+/// Whether children stand in the space of the node that was opened last.
+bool SoGetBoundingBoxAction::isPlain() const
+{
+    return getState()->getValueId(SoModelMatrixElement::getStackIndex()) == 0;
+}
+
+/// Adds the children that are known, from `i` on, and returns the index of the first that is not,
+/// or the end.
 int SoGetBoundingBoxAction::addParts(const SoChildList& children,
                                      const std::unique_ptr<SoBoundingBoxCache>& cache, int i,
-                                     std::uint64_t key)
+                                     std::uint64_t key, int end)
 {
     const kalmyr::detail::CacheLock lock;
     if (cache)
-        for (; i < children.getLength() && cache->knowsPart(i, children[i], key); ++i)
+        for (; i < end && cache->knowsPart(i, children[i], key); ++i)
             addPart(*cache, i);
     return i;
 }
@@ -135,10 +207,8 @@ void SoGetBoundingBoxAction::addPart(const SoBoundingBoxCache& cache, int index)
     const SoBounds& bounds = cache.getPartBounds(index);
     Open& open = m_open.back();
     open.ownView |= part.ownView;
-    SoState* state = getState();
-    const SbMatrix& toOuter = SoModelMatrixElement::get(state);
-    const bool isPlain = state->getValueId(SoModelMatrixElement::getStackIndex()) == 0;
-    if (isPlain && !part.isTurnedMass)
+    const SbMatrix& toOuter = SoModelMatrixElement::get(getState());
+    if (isPlain() && !part.isTurnedMass)
         open.bounds.add(bounds, toOuter, part.projected);
     else
         open.bounds.add(bounds, toOuter);

@@ -23,22 +23,26 @@ public:
         return static_cast<int>(m_slots[findSlot(auditor, entries)].place) - 1;
     }
 
-    void rebuild(const Entries& entries)
+    /// Makes room for `count` in all; the first `filled` of `entries` are in the index.
+    void reserve(std::size_t count, std::size_t filled, const Entries& entries)
     {
-        const std::size_t size = std::bit_ceil(4 * entries.size());
+        if (2 * count <= m_slots.size())
+            return;
+        const std::size_t size = std::bit_ceil(4 * count);
         m_shift = 32 - std::countr_zero(size);
         m_slots.assign(size, {});
-        for (std::size_t i = 0; i < entries.size(); ++i)
+        for (std::size_t i = 0; i < filled; ++i)
             put(entries[i].auditor, i);
     }
 
-    /// The last of `entries` is new.
-    void addLast(const Entries& entries)
+    /// An auditor that is not in the index stands at `place`; there is room.
+    void put(const SoAuditor* auditor, std::size_t place)
     {
-        if (2 * entries.size() > m_slots.size())
-            rebuild(entries);
-        else
-            put(entries.back().auditor, entries.size() - 1);
+        const std::uint32_t hash = hashOf(auditor);
+        std::size_t i = homeOf(hash);
+        while (m_slots[i].place)
+            i = next(i);
+        m_slots[i] = {hash, static_cast<std::uint32_t>(place) + 1};
     }
 
     /// The last of `entries` is about to take the place of the one at `place`, which goes.
@@ -76,15 +80,6 @@ private:
                && (m_slots[i].hash != hash || entries[m_slots[i].place - 1].auditor != auditor))
             i = next(i);
         return i;
-    }
-
-    void put(const SoAuditor* auditor, std::size_t place)
-    {
-        const std::uint32_t hash = hashOf(auditor);
-        std::size_t i = homeOf(hash);
-        while (m_slots[i].place)
-            i = next(i);
-        m_slots[i] = {hash, static_cast<std::uint32_t>(place) + 1};
     }
 
     /// Those behind move up, so that none is cut off from its home.

@@ -77,6 +77,13 @@ void SoSeparator::measure(SoGetBoundingBoxAction* action)
     action->close(this, caching ? &m_boxCache : nullptr);
 }
 
+void SoSeparator::notify(SoNotification& notification)
+{
+    if (m_boxCache)
+        m_boxCache->noteChange(notification);
+    SoGroup::notify(notification);
+}
+
 bool SoSeparator::isCulled(SoRayPickAction* action) const
 {
     const kalmyr::detail::CacheLock lock;

@@ -55,6 +55,13 @@ void SoVRMLParent::measure(SoGetBoundingBoxAction* action)
     action->close(this, &m_boxCache);
 }
 
+void SoVRMLParent::notify(SoNotification& notification)
+{
+    if (m_boxCache)
+        m_boxCache->noteChange(notification);
+    SoGroup::notify(notification);
+}
+
 bool SoVRMLParent::isCulled(SoRayPickAction* action) const
 {
     const kalmyr::detail::CacheLock lock;

@@ -9,8 +9,14 @@
 #include <memory>
 #include <vector>
 
+class SoChildList;
 class SoNode;
+class SoNotification;
 class SoState;
+
+namespace kalmyr::detail {
+struct BoundsRun;
+}
 
 /// A box with the transformation from its own space to the surrounding one, and a centre.
 ///
@@ -46,6 +52,8 @@ public:
     /// The same for bounds whose axis-parallel box in this space is known. They must not be
     /// isTurnedMass().
     void add(const SoBounds& other, const SbMatrix& toHere, const SbBox3f& projected);
+    /// Adds an axis-parallel box of this space that was made of several.
+    void addSeveral(const SbBox3f& box);
     bool isEmpty() const { return m_bounds.isEmpty(); }
 
     /// The tighter one of the boxes that are known.
@@ -78,9 +86,15 @@ private:
 /// shapes depend on has changed. Kept by the separator; filled by the bounding box action.
 ///
 /// Of the children that keep their effects to themselves the bounds are remembered one by one, so
-/// that after a change only what changed is measured anew.
+/// that after a change only what changed is measured anew. Where they are many, the owner's
+/// notify() tells which changed, so that the others need not even be looked at.
 class KALMYR_API SoBoundingBoxCache {
 public:
+    SoBoundingBoxCache();
+    ~SoBoundingBoxCache();
+    SoBoundingBoxCache(const SoBoundingBoxCache&) = delete;
+    SoBoundingBoxCache& operator=(const SoBoundingBoxCache&) = delete;
+
     /// Whether the bounds hold for `node` under the present state.
     bool isValid(const SoNode* node, SoState* state) const;
     const SoBounds& getBounds() const { return m_bounds; }
@@ -101,6 +115,25 @@ public:
     void setPart(int index, int numChildren, const SoNode* child, std::uint64_t stateKey,
                  const SoBounds& bounds, bool ownView);
     void set(const SoNode* node, std::uint64_t stateKey, const SoBounds& bounds, bool ownView);
+
+    /// For the owner's notify(): something below changed, or the owner itself.
+    void noteChange(const SoNotification& notification)
+    {
+        if (m_run)
+            noteInRun(notification);
+    }
+    /// Fewer children are gone through one by one.
+    static constexpr int kMinRun = 64;
+    /// Prepares for being asked again: all parts from `first` on are known under that key, and
+    /// none of them is a turned mass or has a view of its own.
+    void makeRun(int first, const SoChildList& children, std::uint64_t stateKey);
+    /// The run that begins at `first`, or null where all must be gone through.
+    kalmyr::detail::BoundsRun* findRun(int first, const SoChildList& children,
+                                       std::uint64_t stateKey);
+    void dropRun();
+    /// The part at that index was set anew; false when it can no longer be one of the run.
+    bool exchangeInRun(int index);
+
     /// True when a camera inside decides what of the content is seen: its box tells nothing about
     /// the view outside.
     bool hasOwnView() const { return m_ownView; }
@@ -112,10 +145,14 @@ public:
     static void addDependency(int elementStackIndex);
 
 private:
+    void noteInRun(const SoNotification& notification);
+    bool canRun(const Part& part) const { return !part.isTurnedMass && !part.ownView; }
+
     std::uint64_t m_nodeId = 0;
     std::uint64_t m_stateKey = 0;
     SoBounds m_bounds;
     bool m_ownView = false;
+    std::unique_ptr<kalmyr::detail::BoundsRun> m_run; ///< null mostly
     // Apart, for the first are gone through whenever anything below changed.
     std::vector<Part> m_parts;
     std::vector<SoBounds> m_partBounds;

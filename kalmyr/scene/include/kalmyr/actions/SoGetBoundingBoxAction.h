@@ -80,8 +80,13 @@ private:
         bool ownView = false;
     };
     int addParts(const SoChildList& children, const std::unique_ptr<SoBoundingBoxCache>& cache,
-                 int i, std::uint64_t key);
+                 int i, std::uint64_t key, int end);
     void addPart(const SoBoundingBoxCache& cache, int index);
+    bool addRun(const SoChildList& children, std::unique_ptr<SoBoundingBoxCache>& cache, int first,
+                std::uint64_t key);
+    bool measurePart(SoNode* child, int index, int numChildren,
+                     std::unique_ptr<SoBoundingBoxCache>& cache, std::uint64_t key);
+    bool isPlain() const;
     void keepPart(std::unique_ptr<SoBoundingBoxCache>& cache, int index, int numChildren,
                   std::uint64_t key);
 

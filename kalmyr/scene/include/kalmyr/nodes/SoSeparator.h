@@ -36,6 +36,8 @@ public:
     void measure(SoGetBoundingBoxAction* action);
     void rayPick(SoRayPickAction* action);
 
+    void notify(SoNotification& notification) override;
+
 protected:
     ~SoSeparator() override;
 

@@ -35,6 +35,8 @@ public:
     void measure(SoGetBoundingBoxAction* action);
     void rayPick(SoRayPickAction* action);
 
+    void notify(SoNotification& notification) override;
+
 protected:
     ~SoVRMLParent() override;
     SoVRMLParent();
