@@ -21,6 +21,10 @@ void SoFieldData::addField(const SoFieldContainer* container, const SbName& name
         m_nodeFields.push_back(getNumFields());
     m_index.emplace(name, getNumFields());
     m_entries.push_back({name, distance(container, field)});
+    if (m_entries.size() <= kLinearLimit)
+        return;
+    for (std::size_t i = m_places.size(); i < m_entries.size(); ++i)
+        m_places.emplace(m_entries[i].offset, static_cast<int>(i));
 }
 
 SoField* SoFieldData::getField(const SoFieldContainer* container, int index) const
@@ -46,6 +50,10 @@ int SoFieldData::getIndex(const SbName& name) const
 int SoFieldData::getIndex(const SoFieldContainer* container, const SoField* field) const
 {
     const std::ptrdiff_t offset = distance(container, field);
+    if (m_entries.size() > kLinearLimit) {
+        const auto at = m_places.find(offset);
+        return at == m_places.end() ? -1 : at->second;
+    }
     for (std::size_t i = 0; i < m_entries.size(); ++i)
         if (m_entries[i].offset == offset)
             return static_cast<int>(i);

@@ -5,8 +5,6 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/io/SoUnknownNode.h>
 
-#include <algorithm>
-
 namespace kalmyr::detail {
 
 namespace {
@@ -36,7 +34,7 @@ bool SceneReader::keepField(SoNode* node, std::string_view name)
 void SceneReader::keepUnused(const SoNode* root) const
 {
     std::vector<const SoVRMLProto*> unused;
-    for (const SoVRMLProto* proto = m_protos.get(); proto; proto = proto->previous.get())
+    for (const SoVRMLProto* proto = m_protos.get(); proto; proto = proto->getPrevious())
         if (proto->getRefCount() == 1) // instances hold theirs
             unused.push_back(proto);
     for (auto proto = unused.rbegin(); proto != unused.rend(); ++proto)
@@ -115,7 +113,7 @@ bool KalmyrReader::keepDeclaration(SoNode* node)
         const SbName known = SbName::find(name);
         if (data && !known.isEmpty() && data->getIndex(known) >= 0)
             continue;
-        m_declared[node].emplace_back(name);
+        m_declared[node].insert(name);
         isForeign = true;
     }
     if (isForeign)
@@ -126,8 +124,7 @@ bool KalmyrReader::keepDeclaration(SoNode* node)
 bool KalmyrReader::isDeclared(const SoNode* node, std::string_view name) const
 {
     const auto found = m_declared.find(node);
-    return found != m_declared.end()
-           && std::find(found->second.begin(), found->second.end(), name) != found->second.end();
+    return found != m_declared.end() && found->second.count(name) > 0;
 }
 
 } // namespace kalmyr::detail

@@ -65,19 +65,7 @@ SoVRMLProto* SceneReader::findProto(std::string_view name) const
 {
     name = protoName(name);
     const SbName known = SbName::find(name);
-    if (known.isEmpty())
-        return nullptr;
-    SoVRMLProto* proto = m_protos.get();
-    while (proto && proto->name != known)
-        proto = proto->previous.get();
-    return proto;
-}
-
-void SceneReader::declare(SoRef<SoVRMLProto> proto)
-{
-    proto->previous = m_protos;
-    m_protos = std::move(proto);
-    m_types.clear(); // the name may have meant something else before
+    return known.isEmpty() || !m_protos ? nullptr : m_protos->find(known);
 }
 
 bool SceneReader::readProto(bool external)
@@ -104,7 +92,9 @@ bool SceneReader::readProto(bool external)
             return false;
     }
     proto->text.assign(text.getText() + begin, text.getOffset() - begin);
-    declare(std::move(proto));
+    proto->declareBehind(m_protos);
+    m_protos = std::move(proto);
+    m_types.erase(name); // it may have meant something else before
     return true;
 }
 
@@ -234,7 +224,7 @@ bool SceneReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
     ProtoInput in(&m_in, *proto);
     in.m_tokens = SoTokenizer(proto->text.c_str(), proto->text.size(), name);
     in.m_open = true;
-    Vrml97Reader reader(in, *this, proto->previous.get(), instance);
+    Vrml97Reader reader(in, *this, proto->getPrevious(), instance);
     instance->enableNotify(false);
     const bool ok = readDefaults(reader, *instance)
                     && (reader.text.setOffset(proto->bodyAt), reader.readProtoBody(*instance));

@@ -5,39 +5,49 @@
 #include <kalmyr/core/SoTokenizer.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 
+#include <algorithm>
+
 namespace kalmyr::detail {
 
 namespace {
 
-/// The words in front of braces: types of nodes.
-std::vector<std::string_view> typesIn(std::string_view text)
+/// What the text of a prototype names.
+struct Names {
+    std::vector<std::string_view> types;           ///< the words in front of braces
+    std::unordered_set<std::string_view> declared; ///< prototypes inside the prototype
+};
+
+Names namesIn(std::string_view text)
 {
-    std::vector<std::string_view> types;
+    Names names;
     const std::string copy(text);
     SoTokenizer in(copy.c_str(), copy.size());
     std::string_view word;
     std::string ignored;
+    bool isDeclared = false;
     while (!in.atEnd() && !in.hasFailed()) {
         if (in.readName(word)) {
-            if (in.peek() == '{')
-                types.push_back(
-                    text.substr(static_cast<std::size_t>(word.data() - copy.data()), word.size()));
+            const std::string_view name =
+                text.substr(static_cast<std::size_t>(word.data() - copy.data()), word.size());
+            if (isDeclared)
+                names.declared.insert(name);
+            else if (in.peek() == '{')
+                names.types.push_back(name);
+            isDeclared = name == "PROTO" || name == "EXTERNPROTO";
         } else if (in.peek() == '"') {
             in.readString(ignored);
         } else {
             in.setOffset(in.getOffset() + 1);
         }
     }
-    return types;
+    return names;
 }
 
 /// The prototype that the text of another one means by that name.
 SoVRMLProto* findUsed(const SoVRMLProto* proto, std::string_view type)
 {
-    SoVRMLProto* used = proto->previous.get();
-    while (used && used->name != type)
-        used = used->previous.get();
-    return used;
+    const SbName known = SbName::find(type);
+    return known.isEmpty() || !proto->getPrevious() ? nullptr : proto->getPrevious()->find(known);
 }
 
 } // namespace
@@ -52,7 +62,7 @@ void SceneWriter::collect(SoVRMLProto* proto)
     if (!m_metProtos.insert(proto).second)
         return;
     std::unordered_set<std::string_view> seen;
-    for (const std::string_view type : typesIn(proto->text)) {
+    for (const std::string_view type : namesIn(proto->text).types) {
         if (!seen.insert(type).second)
             continue;
         if (SoVRMLProto* used = findUsed(proto, type))
@@ -64,13 +74,15 @@ void SceneWriter::collect(SoVRMLProto* proto)
 void SceneWriter::nameProtos()
 {
     // Prototypes of one name may come from places that do not know of each other.
-    std::unordered_set<std::string> taken;
+    std::unordered_map<std::string, int> taken; // and the last number tried behind each
     for (const SoVRMLProto* proto : m_protos) {
         std::string name(proto->name.view());
-        for (int i = 1; !taken.insert(name).second; ++i) {
+        int& number = taken[name];
+        while (number > 0 && !taken.try_emplace(name, 1).second) {
             name = std::string(proto->name.view()) + '_';
-            SbNumber::appendInt(name, i);
+            SbNumber::appendInt(name, number++);
         }
+        number = std::max(number, 1);
         if (name != proto->name.view())
             m_protoNames[proto] = name;
     }
@@ -88,10 +100,10 @@ std::string SceneWriter::textOf(const SoVRMLProto* proto) const
         return proto->text;
     std::string text;
     const char* at = proto->text.data();
-    for (const std::string_view type : typesIn(proto->text)) {
+    const Names names = namesIn(proto->text);
+    for (const std::string_view type : names.types) {
         const SoVRMLProto* used = findUsed(proto, type);
-        const bool isOwn = proto->text.find("PROTO " + std::string(type)) != std::string::npos;
-        if (!used || isOwn || !m_protoNames.count(used))
+        if (!used || names.declared.count(type) || !m_protoNames.count(used))
             continue;
         text.append(at, type.data());
         text += nameOfProto(used);

@@ -64,7 +64,9 @@ SoField* fieldOfEvent(SoFieldContainer& node, std::string_view event, bool out)
 
 bool connectFields(SoField& from, SoField& to, bool takeValue)
 {
-    for (const SoField* at = &from; at; at = at->getConnectedField())
+    // Nothing leads back to a field that nobody follows; long chains of routes are read in time.
+    const bool leads = &from == &to || to.getAuditors().getLength() > 0;
+    for (const SoField* at = &from; leads && at; at = at->getConnectedField())
         if (at == &to)
             return false;
     if (takeValue) {

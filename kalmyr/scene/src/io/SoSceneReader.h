@@ -126,7 +126,6 @@ protected:
 
     /// PROTO or EXTERNPROTO, behind that word.
     bool readProto(bool external);
-    void declare(SoRef<SoVRMLProto> proto);
     /// ROUTE, behind that word.
     bool readRoute(std::string_view word);
     /// Whether routes may name fields that are no events, and convert between types.
@@ -234,7 +233,7 @@ private:
     std::unordered_map<std::string_view, SoRef<SoEngine>> m_engines;
     IndexCheck m_indexCheck;
     /// Names that "fields" declares beside those of the class, of nodes that are being read.
-    std::unordered_map<const SoNode*, std::vector<std::string_view>> m_declared;
+    std::unordered_map<const SoNode*, std::unordered_set<std::string_view>> m_declared;
 };
 
 /// VRML97 (ISO/IEC 14772-1:1997).

@@ -131,18 +131,25 @@ void SceneWriter::flushIfLarge()
     m_buffer.clear();
 }
 
+void SceneWriter::indent(int levels)
+{
+    // Deep graphs would be blanks for the most part.
+    constexpr int kMaxLevels = 100;
+    m_buffer.append(static_cast<std::size_t>(std::min(levels, kMaxLevels)) * 2, ' ');
+}
+
 void SceneWriter::newLine()
 {
     flushIfLarge();
     m_empty = false;
     m_buffer += '\n';
-    m_buffer.append(static_cast<std::size_t>(m_indent) * 2, ' ');
+    indent(m_indent);
 }
 
 void SceneWriter::breakLine()
 {
     m_buffer += '\n';
-    m_buffer.append(static_cast<std::size_t>(m_indent + 1) * 2, ' ');
+    indent(m_indent + 1);
 }
 
 const std::string& SceneWriter::nameOf(const SoNode* node, Info& info)

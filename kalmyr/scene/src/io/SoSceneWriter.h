@@ -80,6 +80,7 @@ private:
     static constexpr std::size_t kFlushSize = std::size_t(1) << 18;
 
     void newLine();
+    void indent(int levels);
     void finishBinary();
     void field(SoNode* node, const SbName& name, SoField* field);
     void value(const SoNode* node, const SoField* field);

@@ -4,6 +4,8 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
+#include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -12,15 +14,55 @@ SoType s_instanceType;
 
 } // namespace
 
+/// Prototypes that were declared one after the other. Those in the body of another one know what
+/// was declared in front of that, not what came behind it: they begin a scope of their own.
+struct SoVRMLProto::Scope {
+    struct Place {
+        std::size_t number;
+        const SoVRMLProto* proto; // Not owned; alive where one of a higher number is.
+    };
+    const SoVRMLProto* outer = nullptr; // Not owned; the first of the scope holds it.
+    std::size_t size = 0;
+    std::unordered_map<SbName, std::vector<Place>> places;
+};
+
 SoVRMLProto::~SoVRMLProto()
 {
     // One after the other: a file may declare so many that the stack would not hold a call for
     // each.
-    SoRef<SoVRMLProto> next = std::move(previous);
+    SoRef<SoVRMLProto> next = std::move(m_previous);
     while (next && next->getRefCount() == 1) {
-        SoRef<SoVRMLProto> further = std::move(next->previous);
+        SoRef<SoVRMLProto> further = std::move(next->m_previous);
         next = std::move(further);
     }
+}
+
+void SoVRMLProto::declareBehind(const SoRef<SoVRMLProto>& previous)
+{
+    m_previous = previous;
+    if (previous && previous->m_number == previous->m_scope->size) {
+        m_scope = previous->m_scope;
+    } else {
+        m_scope = std::make_shared<Scope>();
+        m_scope->outer = previous.get();
+    }
+    m_number = ++m_scope->size;
+    m_scope->places[name].push_back({m_number, this});
+}
+
+const SoVRMLProto* SoVRMLProto::find(const SbName& wanted) const
+{
+    for (const SoVRMLProto* last = this; last; last = last->m_scope->outer) {
+        const auto found = last->m_scope->places.find(wanted);
+        if (found == last->m_scope->places.end())
+            continue;
+        const auto behind = std::upper_bound(
+            found->second.begin(), found->second.end(), last->m_number,
+            [](std::size_t number, const Scope::Place& place) { return number < place.number; });
+        if (behind != found->second.begin())
+            return std::prev(behind)->proto;
+    }
+    return nullptr;
 }
 
 SoType SoVRMLProtoInstance::getClassTypeId()

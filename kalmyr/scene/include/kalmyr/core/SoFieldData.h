@@ -34,7 +34,7 @@ public:
 
     /// Index of the field of that name, or -1. Constant time for tables of any size.
     int getIndex(const SbName& name) const;
-    /// Index of `field` within `container`, or -1.
+    /// Index of `field` within `container`, or -1. Constant time, too.
     int getIndex(const SoFieldContainer* container, const SoField* field) const;
 
 private:
@@ -47,4 +47,5 @@ private:
     std::vector<Entry> m_entries;
     std::vector<int> m_nodeFields;
     std::unordered_map<SbName, int> m_index;
+    std::unordered_map<std::ptrdiff_t, int> m_places; ///< beyond kLinearLimit fields
 };

@@ -7,13 +7,16 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoDeclaredFields.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// A prototype as a file declares it: its interface, and its body as text.
 ///
-/// The body is read once for each instance. Prototypes that it uses are found from `previous` on.
+/// The body is read once for each instance. Prototypes that it uses are found from getPrevious()
+/// on.
 class KALMYR_API SoVRMLProto final : public SoRefCounter {
 public:
     /// A field or an event of the interface.
@@ -32,12 +35,30 @@ public:
     bool external = false;        ///< the body stands in another file, one of `urls`
     std::vector<SbString> urls;
     SbString folder;             ///< that relative urls start from
-    SoRef<SoVRMLProto> previous; ///< declared before this one where this one is known
     SoRef<SoVRMLProto> resolved; ///< the declaration in the other file, once it was found
     bool resolving = false;      ///< it is being looked for, or was not found
 
+    /// Makes this the one that is declared behind `previous`, which may be null. Once, with the
+    /// name set.
+    void declareBehind(const SoRef<SoVRMLProto>& previous);
+    /// The one declared before this one where this one is known.
+    SoVRMLProto* getPrevious() const { return m_previous.get(); }
+    /// The latest of that name among this one and those declared before it; null when there is
+    /// none. Takes a look-up for each level of prototypes in prototypes, however many there are.
+    const SoVRMLProto* find(const SbName& wanted) const;
+    SoVRMLProto* find(const SbName& wanted)
+    {
+        return const_cast<SoVRMLProto*>(std::as_const(*this).find(wanted));
+    }
+
 protected:
     ~SoVRMLProto() override;
+
+private:
+    struct Scope;
+    SoRef<SoVRMLProto> m_previous;
+    std::shared_ptr<Scope> m_scope;
+    std::size_t m_number = 0; ///< among those of the scope, from 1
 };
 
 /// A node that a prototype describes: the fields of the interface, and nodes of its own that are
