@@ -91,12 +91,46 @@ TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
     for (const std::size_t cut : {packed.size() - 1, packed.size() - 9, packed.size() / 2,
                                   std::size_t(20), std::size_t(3)}) {
         EXPECT_TRUE(inflated(packed.substr(0, cut)) == "refused") << cut;
-        EXPECT_TRUE(errors.contains("the compressed text ends early")) << cut;
+        EXPECT_TRUE(
+            errors.contains("the compressed text is cut short at byte " + std::to_string(cut)))
+            << cut;
         errors.clear();
     }
     std::string damaged = packed;
     damaged[packed.size() / 2] ^= 0x55;
     EXPECT_TRUE(inflated(damaged) == "refused");
+}
+
+TEST_F(InputTest, TellsWherePackedTextBreaksOff)
+{
+    auto errors = support::expectErrors();
+    const auto refused = [&](const std::string& bytes, const std::string& message) {
+        errors.clear();
+        SoInput in;
+        EXPECT_FALSE(in.setBuffer(bytes.data(), bytes.size()));
+        EXPECT_TRUE(errors.contains(message)) << message;
+    };
+    for (const char* header : {io::kAscii, "#VRML V1.0 ascii\n", "#VRML V2.0 utf8\n"}) {
+        const std::string packed = io::zipped(header + std::string("A\r\nB\rC {}"));
+        const std::string end = " at byte " + std::to_string(packed.size() - 4);
+        // All of the text is there before its checksum is.
+        refused(packed.substr(0, packed.size() - 8),
+                ":4:5: error: the compressed text is cut short");
+        std::string odd = packed;
+        odd[odd.size() - 5] ^= 1;
+        refused(odd, ":4:5: error: the compressed text is damaged: its checksum is wrong" + end);
+        odd = packed;
+        odd[odd.size() - 1] ^= 1;
+        refused(odd, ":4:5: error: the compressed text is damaged: its length");
+        odd = packed;
+        odd[2] = 7;
+        refused(odd, ":1:1: error: what follows is no member of a gzip file");
+        refused(packed + odd, ":4:5: error: what follows is no member of a gzip file");
+    }
+    const std::string binary = io::zipped("#Kalmyr V1.0 binary\n\n\n");
+    refused(binary.substr(0, binary.size() - 8), "error: the compressed text is cut short at byte "
+                                                     + std::to_string(binary.size() - 8)
+                                                     + ", byte 22 when inflated");
 }
 
 TEST_F(InputTest, SaysWhatCannotBeOpened)

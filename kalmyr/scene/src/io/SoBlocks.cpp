@@ -111,21 +111,28 @@ const char* Chunk::read(std::string_view file, std::size_t at)
     // Zeros fill up to the alignment.
     while (at < file.size() && (file[at] == 0 || file[at] == '\n' || file[at] == '\r'))
         ++at;
+    constexpr const char* kCut = "the file ends early";
+    end = file.size(); // where it ends early
     std::string_view rest = file.substr(at);
     std::uint32_t order = 0, version = 0;
     std::uint64_t size = 0, count = 0;
     if (!take(rest, order) || !take(rest, version) || !take(rest, size) || !take(rest, count))
-        return "the file ends early";
+        return kCut;
+    const auto faultAt = [&](std::size_t offset, const char* fault) {
+        end = at + offset;
+        return fault;
+    };
     if (order != kByteOrder)
-        return "expected the mark of the byte order";
+        return faultAt(0, "expected the mark of the byte order");
     if (version != kVersion)
-        return "expected version 1 of the binary form";
+        return faultAt(sizeof order, "expected version 1 of the binary form");
     if (size >= rest.size())
-        return "the file ends early";
+        return kCut;
     text = rest.data();
     textSize = static_cast<std::size_t>(size);
     if (text[textSize] != 0)
-        return "expected a zero behind the text";
+        return faultAt(static_cast<std::size_t>(text + textSize - file.data()) - at,
+                       "expected a zero behind the text");
     // Relative to the mark, so that a piece may stand anywhere.
     const char* base = file.data() + at;
     const auto skipTo = [&](std::size_t offset) {
@@ -136,16 +143,16 @@ const char* Chunk::read(std::string_view file, std::size_t at)
         return true;
     };
     if (!skipTo(static_cast<std::size_t>(text - base) + textSize + 1))
-        return "the file ends early";
+        return kCut;
     blocks.clear();
     for (std::uint64_t i = 0; i < count; ++i) {
         std::uint64_t bytes = 0;
         if (!take(rest, bytes) || bytes > rest.size())
-            return "the file ends early";
+            return kCut;
         blocks.push_back(rest.substr(0, static_cast<std::size_t>(bytes)));
         const auto blockEnd = static_cast<std::size_t>(rest.data() - base) + bytes;
         if (!skipTo(static_cast<std::size_t>(blockEnd)))
-            return "the file ends early";
+            return kCut;
     }
     end = static_cast<std::size_t>(rest.data() - file.data());
     return nullptr;

@@ -155,6 +155,21 @@ void giveBack(char* data, std::size_t size)
 #endif
 }
 
+/// Why inflating stopped.
+std::string whatIsWrong(const z_stream& z)
+{
+    const std::string_view found = z.msg ? z.msg : "";
+    if (found == "incorrect data check")
+        return "the compressed text is damaged: its checksum is wrong";
+    if (found == "incorrect length check")
+        return "the compressed text is damaged: its length is not the one it tells";
+    constexpr std::size_t kShortestHeader = 10;
+    if (z.total_out == 0
+        && (z.total_in < kShortestHeader || found.find("header") != std::string_view::npos))
+        return "what follows is no member of a gzip file";
+    return "the compressed text is damaged" + (found.empty() ? "" : ": " + std::string(found));
+}
+
 bool isGzip(std::string_view bytes)
 {
     return bytes.size() >= 2 && bytes[0] == '\x1f' && bytes[1] == '\x8b';
@@ -194,6 +209,27 @@ SoInput::~SoInput() = default;
 bool SoInput::refuse(const char* reason)
 {
     SoReadError::post(m_fileName, 0, 0, "%s", reason);
+    closeFile();
+    return false;
+}
+
+/// What is wrong with a compressed text, where it has been inflated up to now.
+bool SoInput::refusePacked(const std::string& reason, std::size_t packedAt)
+{
+    std::string message = reason + " at byte " + std::to_string(packedAt);
+    int line = 1, column = 1;
+    m_size = m_bytes->size;
+    if (m_size > 0 && m_bytes->reserve(m_size)) {
+        m_bytes->data[m_size] = 0;
+        m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
+        readHeader();
+        m_tokens.getPosition(m_size, line, column);
+    }
+    if (m_format == KALMYR_BINARY) {
+        message += ", byte " + std::to_string(m_size) + " when inflated";
+        line = column = 0; // there are no lines
+    }
+    SoReadError::post(m_fileName, line, column, "%s", message.c_str());
     closeFile();
     return false;
 }
@@ -327,8 +363,8 @@ bool SoInput::inflateText(std::string_view packed)
         return refuse("it cannot be inflated");
     const char* at = packed.data();
     const char* end = at + packed.size();
-    const char* reason = nullptr;
-    while (!reason) {
+    std::string reason;
+    while (reason.empty()) {
         if (m_bytes->size + 1 >= m_bytes->capacity
             && (m_bytes->size > kMaxSize
                 || !m_bytes->reserve(m_bytes->size + m_bytes->size / 2 + kReadStep))) {
@@ -352,13 +388,13 @@ bool SoInput::inflateText(std::string_view packed)
                 break;
             inflateReset(&z);
         } else if (result == Z_BUF_ERROR || (result == Z_OK && at == end && z.avail_out > 0)) {
-            reason = "the compressed text ends early";
+            reason = "the compressed text is cut short";
         } else if (result != Z_OK) {
-            reason = "the compressed text is damaged";
+            reason = whatIsWrong(z);
         }
     }
     inflateEnd(&z);
-    return reason ? refuse(reason) : true;
+    return reason.empty() || refusePacked(reason, static_cast<std::size_t>(at - packed.data()));
 }
 
 void SoInput::readHeader()

@@ -406,7 +406,8 @@ bool SceneReader::openChunk(std::size_t offset)
 {
     const char* fault = m_chunk.read(m_binary, offset);
     if (fault)
-        return text.failAt(text.getSize(), fault);
+        return text.failAt(text.getSize(),
+                           std::string(fault) + " at byte " + std::to_string(m_chunk.end));
     text = SoTokenizer(m_chunk.text, m_chunk.textSize, text.getSourceName());
     return true;
 }

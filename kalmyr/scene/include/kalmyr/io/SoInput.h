@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -41,7 +42,8 @@ public:
     /// exist is no error with `okIfNotFound`.
     bool openFile(const SbString& name, bool okIfNotFound = false);
 
-    /// Reads from a copy of these bytes. False and a read error for a broken compressed text.
+    /// Reads from a copy of these bytes. False and a read error for a broken compressed text; the
+    /// error has the place in the inflated text that was reached.
     bool setBuffer(const void* bytes, std::size_t size);
 
     /// Ends reading. The header, the format and the file name stay known until the next opening.
@@ -119,6 +121,7 @@ private:
     void cutEnd();
     void watchProgress();
     bool refuse(const char* reason);
+    bool refusePacked(const std::string& reason, std::size_t packedAt);
 
     SoInput* m_parent = nullptr; // Not owned; reads the file that refers to ours.
     SbString m_fileName;
