@@ -54,6 +54,28 @@ const char* headerOf(SoInput::Format format)
     }
 }
 
+/// What the format has is written as it was read, with all that other formats have no words for.
+void write(const Scene& scene, SoInput::Format format, SoOutput& out)
+{
+    SoWriteAction write(&out);
+    const bool holdsAll = format == SoInput::KALMYR_ASCII || format == SoInput::KALMYR_BINARY;
+    if (holdsAll || format == scene.format) {
+        write.setRootWritten(!scene.isRootOwn);
+        write.apply(scene.root.get());
+    } else if (format == SoInput::VRML1) {
+        SoToVRMLAction convert;
+        convert.apply(scene.root.get());
+        write.apply(convert.getVRMLSceneGraph());
+    } else {
+        SoToVRML2Action convert;
+        convert.reuseAppearanceNodes(true);
+        convert.reusePropertyNodes(true);
+        convert.reuseGeometryNodes(true);
+        convert.apply(scene.root.get());
+        write.apply(convert.getVRML2SceneGraph());
+    }
+}
+
 } // namespace
 
 int runConvert(const Arguments& given)
@@ -84,20 +106,6 @@ int runConvert(const Arguments& given)
     if (!out.openFile(SbString(arguments[1])))
         return 1;
     out.setHeaderString(headerOf(format));
-    SoWriteAction write(&out);
-    if (format == SoInput::VRML1) {
-        SoToVRMLAction convert;
-        convert.apply(scene.root.get());
-        write.apply(convert.getVRMLSceneGraph());
-    } else if (format == SoInput::VRML2) {
-        SoToVRML2Action convert;
-        convert.reuseAppearanceNodes(true);
-        convert.reusePropertyNodes(true);
-        convert.reuseGeometryNodes(true);
-        convert.apply(scene.root.get());
-        write.apply(convert.getVRML2SceneGraph());
-    } else {
-        write.apply(scene.root.get());
-    }
+    write(scene, format, out);
     return out.closeFile() ? 0 : 1;
 }

@@ -2,6 +2,7 @@
 #include "Json.h"
 #include "Scene.h"
 
+#include <kalmyr/actions/SoCallbackAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/core/SoChildList.h>
@@ -95,6 +96,45 @@ struct Facts {
     SbBox3f box;
 };
 
+/// The box around all that is drawn. The boxes that actions give are boxes of boxes: turned inside
+/// each other they grow.
+SbBox3f boundsOfPrimitives(SoNode* root)
+{
+    SbBox3f box;
+    const auto add = [&box](const SoCallbackAction* action, const SoPrimitiveVertex& vertex) {
+        SbVec3f point;
+        action->getModelMatrix().multVecMatrix(vertex.point, point);
+        if (std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]))
+            box.extendBy(point);
+    };
+    SoCallbackAction action;
+    action.addTriangleCallback(SoNode::getClassTypeId(),
+                               [&](SoCallbackAction* at, const SoNode*, const SoPrimitiveVertex& a,
+                                   const SoPrimitiveVertex& b, const SoPrimitiveVertex& c) {
+                                   add(at, a);
+                                   add(at, b);
+                                   add(at, c);
+                               });
+    action.addLineCallback(SoNode::getClassTypeId(),
+                           [&](SoCallbackAction* at, const SoNode*, const SoPrimitiveVertex& a,
+                               const SoPrimitiveVertex& b) {
+                               add(at, a);
+                               add(at, b);
+                           });
+    action.addPointCallback(
+        SoNode::getClassTypeId(),
+        [&](SoCallbackAction* at, const SoNode*, const SoPrimitiveVertex& a) { add(at, a); });
+    action.apply(root);
+    return box;
+}
+
+SbBox3f boundsOf(SoNode* root)
+{
+    SoGetBoundingBoxAction bounds{SbViewportRegion(640, 480)};
+    bounds.apply(root);
+    return bounds.getBoundingBox();
+}
+
 Facts measure(Scene& scene)
 {
     const Listener listener(scene); // shapes tell what is wrong with them when they are made
@@ -113,9 +153,11 @@ Facts measure(Scene& scene)
     facts.triangles = count.getTriangleCount();
     facts.lines = count.getLineCount();
     facts.points = count.getPointCount();
-    SoGetBoundingBoxAction bounds{SbViewportRegion(640, 480)};
-    bounds.apply(scene.root.get());
-    facts.box = bounds.getBoundingBox();
+    constexpr std::uint64_t kMaxPrimitives = 20'000'000;
+    if (facts.triangles + facts.lines + facts.points <= kMaxPrimitives)
+        facts.box = boundsOfPrimitives(scene.root.get());
+    if (facts.box.isEmpty())
+        facts.box = boundsOf(scene.root.get());
     facts.hasBox = !facts.box.isEmpty();
     for (int i = 0; i < 3 && facts.hasBox; ++i)
         facts.hasBox = std::isfinite(facts.box.getMin()[i]) && std::isfinite(facts.box.getMax()[i]);

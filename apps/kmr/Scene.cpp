@@ -3,9 +3,11 @@
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -92,6 +94,18 @@ SoRef<SoNode> groupOf(const std::vector<SoRef<SoNode>>& nodes)
     return group;
 }
 
+/// What VRML97 files have side by side other formats have, too.
+bool isVrml97Only(const std::vector<SoRef<SoNode>>& nodes)
+{
+    return std::all_of(nodes.begin(), nodes.end(), [](const SoRef<SoNode>& node) {
+        const auto* unknown = node->isOfType(SoUnknownNode::getClassTypeId())
+                                  ? static_cast<const SoUnknownNode*>(node.get())
+                                  : nullptr;
+        const SbName& type = unknown ? unknown->getUnknownTypeName() : node->getTypeId().getName();
+        return type.view().starts_with("VRML");
+    });
+}
+
 bool readNodes(SoInput& in, std::vector<SoRef<SoNode>>& nodes)
 {
     if (in.getFormat() == SoInput::UNKNOWN_FORMAT)
@@ -133,9 +147,14 @@ Scene readScene(const std::string& file, bool countTextToo)
     }
     if (!scene.ok)
         scene.nodes.clear();
-    scene.root = scene.format == SoInput::VRML2 ? groupOf<SoVRMLGroup>(scene.nodes)
-                 : scene.nodes.size() == 1      ? scene.nodes[0]
-                                                : groupOf<SoSeparator>(scene.nodes);
+    const bool isVrml97 =
+        scene.format == SoInput::VRML2 || (scene.nodes.size() > 1 && isVrml97Only(scene.nodes));
+    scene.isRootOwn = isVrml97 || scene.nodes.size() != 1;
+    scene.root = isVrml97          ? groupOf<SoVRMLGroup>(scene.nodes)
+                 : scene.isRootOwn ? groupOf<SoSeparator>(scene.nodes)
+                                   : scene.nodes[0];
+    if (scene.ok)
+        SoDB::keepUnusedPrototypes(&in, scene.root.get());
     return scene;
 }
 

@@ -27,7 +27,8 @@ struct Scene {
     std::string header;
     double seconds = 0;
     std::vector<SoRef<SoNode>> nodes; ///< those of the file itself
-    SoRef<SoNode> root;               ///< a group around them
+    SoRef<SoNode> root;               ///< a group around them, or the only one
+    bool isRootOwn = false;           ///< the root is no node of the file
     std::optional<TextCounts> parsed; ///< of text
     std::vector<Remark> errors;
     std::vector<Remark> warnings;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -32,6 +33,23 @@ constexpr const char* kScene =
     "DEF A Transform { translation 5 0 0 children [ Ball { r 2 } ] } USE A\n"
     "WorldInfo { title \"caf\xe9 \\\"{ Box { }\" } # Box { }\n";
 
+/// Files of the corpus say in a remark which nodes are in them.
+std::map<std::string, std::string> nodesOfTheCorpus()
+{
+    constexpr std::string_view kMark = "# nodes ";
+    std::map<std::string, std::string> nodes;
+    for (const auto& entry : fs::recursive_directory_iterator(MIRABO_TEST_DATA_DIR "/formats")) {
+        const std::string text =
+            entry.is_regular_file() ? support::readFile(entry.path()) : std::string();
+        const std::size_t at = text.find(kMark);
+        if (at == std::string::npos)
+            continue;
+        const std::size_t begin = at + kMark.size();
+        nodes[entry.path().string()] = text.substr(begin, text.find('}', begin) + 1 - begin);
+    }
+    return nodes;
+}
+
 } // namespace
 
 TEST_F(KmrTest, TellsWhatIsInAFile)
@@ -54,30 +72,28 @@ TEST_F(KmrTest, TellsWhatIsInAFile)
     EXPECT_EQ(json.find('\n'), json.size() - 1);
 }
 
-/// Files of the corpus say in a remark which nodes are in them.
-TEST_F(KmrTest, CountsTheNodesOfTheCorpus)
+TEST_F(KmrTest, CountsTheNodesOfTheCorpusAndOfWhatItIsConvertedTo)
 {
-    constexpr std::string_view kMark = "# nodes ";
-    std::vector<std::string> wanted;
-    std::string files;
-    for (const auto& entry : fs::recursive_directory_iterator(MIRABO_TEST_DATA_DIR "/formats")) {
-        const std::string text =
-            entry.is_regular_file() ? support::readFile(entry.path()) : std::string();
-        const std::size_t at = text.find(kMark);
-        if (at == std::string::npos)
-            continue;
-        const std::size_t begin = at + kMark.size();
-        wanted.push_back(text.substr(begin, text.find('}', begin) + 1 - begin));
-        files += " '" + entry.path().string() + "'";
+    const std::map<std::string, std::string> nodes = nodesOfTheCorpus();
+    ASSERT_GT(nodes.size(), 15u);
+    std::vector<std::pair<std::string, std::string>> files(nodes.begin(), nodes.end());
+    for (const auto& [file, wanted] : nodes) {
+        for (const char* name : {".ky", ".wrl"}) { // both hold all that is in the file
+            const std::string copy = path((std::to_string(files.size()) + name).c_str());
+            EXPECT_EQ(run("convert '" + file + "' " + copy).status, 0) << file;
+            files.emplace_back(copy, wanted);
+        }
     }
-    ASSERT_GT(wanted.size(), 15u);
-    const Outcome told = run("info --json" + files);
+    std::string names;
+    for (const auto& [file, wanted] : files)
+        names += " '" + file + "'";
+    const Outcome told = run("info --json" + names);
     EXPECT_EQ(told.status, 0) << told.errors;
     std::istringstream lines(told.output);
     std::string line;
-    for (const std::string& nodes : wanted) {
+    for (const auto& [file, wanted] : files) {
         std::getline(lines, line);
-        EXPECT_TRUE(has(line, "\"nodes\":" + nodes + ",\"instances\"")) << nodes << "\n" << line;
+        EXPECT_TRUE(has(line, "\"nodes\":" + wanted + ",\"instances\"")) << wanted << "\n" << line;
     }
 }
 

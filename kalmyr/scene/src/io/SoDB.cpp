@@ -214,6 +214,12 @@ bool SoDB::read(SoInput* in, SoNode*& node)
     return false;
 }
 
+void SoDB::keepUnusedPrototypes(SoInput* in, SoNode* root)
+{
+    if (in && in->m_reader && root)
+        in->m_reader->keepUnused(root);
+}
+
 bool SoDB::read(SoInput* in, SoPath*& path)
 {
     path = nullptr;

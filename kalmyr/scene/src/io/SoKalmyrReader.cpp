@@ -4,6 +4,7 @@
 #include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
@@ -256,7 +257,7 @@ int KalmyrReader::tryForeign(SoNode* node, std::string_view word, std::string_vi
     } else if (isNode(word) || !(isVrml1() || isDeclared(node, word))) {
         return 0;
     } else {
-        if (!isDeclared(node, word))
+        if (!isDeclared(node, word) && !node->isOfType(SoUnknownNode::getClassTypeId()))
             warnOnce("field " + std::string(typeName) + "." + std::string(word), word.data(),
                      "'" + std::string(word) + "' is no field of '" + std::string(typeName)
                          + "'; it is kept as text");
@@ -277,12 +278,37 @@ bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeNam
             return true;
         warnOnce("type " + std::string(typeName), typeName.data(),
                  "node type '" + std::string(typeName) + "' is unknown; it is kept as text");
-        return readSkippedBody(node, true);
+        return readKeptBody(node, typeName);
     }
     text.acceptWord("fields");
     if (!readDeclaration(node) || !readBody(node, typeName))
         return false;
     node->findStandIn();
+    return true;
+}
+
+bool KalmyrReader::readKeptBody(SoUnknownNode* node, std::string_view typeName)
+{
+    const SoTokenizer before = text;
+    if (!readSkippedBody(node, true))
+        return false;
+    const std::string& body = node->getBody();
+    if (!isVrml1()
+        || (body.find('{') == std::string::npos && body.find("USE") == std::string::npos))
+        return true;
+    // Nodes in it may be used elsewhere, and are to be seen.
+    const SoTokenizer behind = text;
+    const IndexCheck::Scope scope = m_indexCheck.open();
+    text = before;
+    if (readBody(node, typeName)) {
+        node->setBody({});
+        return true;
+    }
+    static_cast<void>(m_indexCheck.close(node, scope));
+    text = behind;
+    node->removeFields();
+    node->removeAllChildren();
+    SoForeignFields::forget(node);
     return true;
 }
 

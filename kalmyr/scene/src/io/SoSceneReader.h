@@ -219,6 +219,9 @@ private:
     bool isNode(std::string_view word);
     /// 1 what a known class has no place for was kept, 0 `word` begins something else, -1 fault.
     int tryForeign(SoNode* node, std::string_view word, std::string_view typeName);
+    /// Of a node of unknown type that says nothing of its fields: in VRML 1.0 its children are
+    /// nodes where that can be made out.
+    bool readKeptBody(SoUnknownNode* node, std::string_view typeName);
     /// Behind the word "fields".
     bool readDeclaration(SoNode* node);
     /// The same for a node of a known class, whose further fields are kept as text.

@@ -265,9 +265,12 @@ void SceneWriter::children(SoNode* node)
         SoNode* child = (*list)[i];
         if (!isKept(node, child, i))
             continue;
-        if (!m_counting)
+        const bool top = m_counting || isWrapper(node);
+        if (!top)
             newLine();
         m_action.traverse(child, i);
+        if (top && !m_counting)
+            m_buffer += '\n';
     }
 }
 
@@ -447,7 +450,9 @@ void SceneWriter::instance(SoVRMLProtoInstance* node)
 
 bool SceneWriter::isWrapper(const SoNode* node) const
 {
-    return isVrml97() && node == m_root && node->getTypeId() == SoVRMLGroup::getClassTypeId()
+    if (node != m_root || m_rootLeftOut)
+        return node == m_root;
+    return isVrml97() && node->getTypeId() == SoVRMLGroup::getClassTypeId()
            && node->getName().isEmpty()
            && static_cast<const SoVRMLGroup*>(node)->bboxSize.isDefault();
 }

@@ -34,6 +34,8 @@ public:
 
     /// Children beside the path are left out, of nodes above its tail.
     void keepOnly(const SoPath& path);
+    /// The children of the root are written in its place.
+    void leaveOutRoot() { m_rootLeftOut = true; }
     void startWriting();
     void finish();
 
@@ -126,6 +128,7 @@ private:
     std::unordered_map<const SoVRMLProto*, std::string> m_protoNames; ///< other than their own
     std::vector<Route> m_routes;
     const SoNode* m_root = nullptr;
+    bool m_rootLeftOut = false;
     Dialect m_dialect = KALMYR;
     std::vector<std::string_view> m_blocks; ///< values that a binary file holds as bytes
     SbString m_folder; ///< of the file that is written; empty for other targets

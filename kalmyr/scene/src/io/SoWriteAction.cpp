@@ -106,6 +106,8 @@ void SoWriteAction::write(SoNode* root, const SoPath* path)
     m_writer = std::make_unique<kalmyr::detail::SceneWriter>(*this, *m_out);
     if (path)
         m_writer->keepOnly(*path);
+    else if (!m_rootWritten)
+        m_writer->leaveOutRoot();
     SoAction::apply(root);
     m_writer->startWriting();
     if (path)

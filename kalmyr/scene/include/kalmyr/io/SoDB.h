@@ -45,6 +45,9 @@ public:
     /// Reads the next node; null with `true` at the end of the file. Header as in readAll(); text
     /// in memory may lack one, it is then Kalmyr text.
     static bool read(SoInput* in, SoNode*& node);
+    /// For those who read node by node, after the last one: lets `root` carry the prototypes that
+    /// nothing in the file is an instance of, so that writing it writes them. readAll() does.
+    static void keepUnusedPrototypes(SoInput* in, SoNode* root);
     /// Reads a path as written by a write action; a new path, reference count 0.
     static bool read(SoInput* in, SoPath*& path);
 

@@ -38,6 +38,11 @@ public:
 
     SoOutput* getOutput() const { return m_out; }
 
+    /// Off: the children of the root become the roots of the file. For groups that only hold
+    /// together what another file had side by side. On at first.
+    void setRootWritten(bool on) { m_rootWritten = on; }
+    bool isRootWritten() const { return m_rootWritten; }
+
     void apply(SoNode* root) override;
     void apply(SoPath* path) override;
 
@@ -62,4 +67,5 @@ private:
     std::unique_ptr<SoOutput> m_ownOutput;
     SoOutput* m_out; // Not owned unless it is m_ownOutput.
     std::unique_ptr<kalmyr::detail::SceneWriter> m_writer;
+    bool m_rootWritten = true;
 };
