@@ -1,5 +1,7 @@
 #include <kalmyr/base/SbName.h>
 
+#include <kalmyr/base/SbNameHash.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -146,13 +148,12 @@ private:
 
 const SbName::Entry* SbName::intern(std::string_view text)
 {
-    return text.empty()
-               ? nullptr
-               : SbNameTable::instance().findOrAdd(text, std::hash<std::string_view>()(text));
+    return text.empty() ? nullptr
+                        : SbNameTable::instance().findOrAdd(text, kalmyr::detail::hashName(text));
 }
 
 const SbName::Entry* SbName::lookUp(std::string_view text)
 {
     return text.empty() ? nullptr
-                        : SbNameTable::instance().find(text, std::hash<std::string_view>()(text));
+                        : SbNameTable::instance().find(text, kalmyr::detail::hashName(text));
 }

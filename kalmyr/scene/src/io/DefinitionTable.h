@@ -1,12 +1,12 @@
 #pragma once
 
+#include <kalmyr/base/SbNameHash.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <bit>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -63,7 +63,7 @@ private:
 
     static std::uint32_t hashOf(std::string_view name)
     {
-        return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
+        return static_cast<std::uint32_t>(hashName(name));
     }
 
     /// The slot of that name, or the free one where it would go.

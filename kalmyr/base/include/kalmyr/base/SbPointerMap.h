@@ -54,10 +54,16 @@ private:
 
     std::size_t findSlot(const T* key) const
     {
-        // The upper bits of the product depend on all bits of the address.
+        // The upper bits of the product depend on all bits of the address. Objects that were made
+        // one after the other get slots in a row, so that they share lines of the cache.
         constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+        constexpr int kRowShift = 8;
+        constexpr int kObjectShift = 5;
+        constexpr std::size_t kRow = std::size_t{1} << (kRowShift - kObjectShift);
+        const auto address = reinterpret_cast<std::uintptr_t>(key);
         std::size_t i =
-            static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(key) * kFactor >> m_shift);
+            (static_cast<std::size_t>((address >> kRowShift) * kFactor >> m_shift) & ~(kRow - 1))
+            + (address >> kObjectShift) % kRow;
         while (m_slots[i].key && m_slots[i].key != key)
             i = (i + 1) & (m_slots.size() - 1);
         return i;
