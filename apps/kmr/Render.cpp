@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Scene.h"
 
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetMatrixAction.h>
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <optional>
 
@@ -120,6 +122,63 @@ SoRef<SoNode> throughViewpoint(const Scene& scene, float aspect)
     return root;
 }
 
+template <class Node>
+SoRef<SoPath> pathToFirst(SoNode* root)
+{
+    SoSearchAction search;
+    search.setType(Node::getClassTypeId());
+    search.setInterest(SoSearchAction::FIRST);
+    search.apply(root);
+    return SoRef<SoPath>(search.getPath());
+}
+
+/// The distances in front of the camera between which there is something to see.
+void setPlanes(SoCamera& camera, const SbMatrix& toWorld, const SbBox3f& box)
+{
+    SbMatrix toCamera, turn;
+    toCamera.setTranslate(-camera.position.getValue());
+    turn.setRotate(camera.orientation.getValue().inverse());
+    SbBox3f seen = box;
+    seen.transform(toWorld.inverse());
+    seen.transform(toCamera);
+    seen.transform(turn);
+    const float slack = 0.01f * (seen.getMax()[2] - seen.getMin()[2]) + 1e-6f;
+    const float farthest = slack - seen.getMin()[2], nearest = -seen.getMax()[2] - slack;
+    if (seen.isEmpty() || !(farthest > 0) || !std::isfinite(farthest))
+        return;
+    constexpr float kNearestShare = 0.001f; // of the farthest: depth buffers have no more to give
+    const bool isPerspective = camera.isOfType(SoPerspectiveCamera::getClassTypeId());
+    camera.farDistance = farthest;
+    camera.nearDistance = isPerspective ? std::max(nearest, farthest * kNearestShare) : nearest;
+}
+
+/// VRML 1.0 has no clipping planes, and its viewers light what they see. Null without a camera.
+SoRef<SoNode> throughOwnCamera(const Scene& scene, const SbViewportRegion& region)
+{
+    const SoRef<SoPath> path = pathToFirst<SoCamera>(scene.root.get());
+    if (!path)
+        return nullptr;
+    auto& camera = *static_cast<SoCamera*>(path->getTail());
+    SoGetMatrixAction matrix(region);
+    matrix.apply(path.get());
+    if (camera.nearDistance.isDefault() && camera.farDistance.isDefault()) {
+        SoGetBoundingBoxAction bounds(region);
+        bounds.apply(scene.root.get());
+        setPlanes(camera, matrix.getMatrix(), bounds.getBoundingBox());
+    }
+    const SoRef<SoSeparator> root(new SoSeparator);
+    if (scene.format == SoInput::VRML1 || !pathToFirst<SoLight>(scene.root.get())) {
+        auto* light = new SoDirectionalLight;
+        const SbVec3f ahead = camera.orientation.getValue().rotated(SbVec3f(0, 0, -1));
+        SbVec3f direction;
+        matrix.getMatrix().multDirMatrix(ahead, direction);
+        light->direction = direction;
+        root->addChild(light);
+    }
+    root->addChild(scene.root.get());
+    return root;
+}
+
 int draw(const Scene& scene, const PictureOptions& options, const PictureFormat& format,
          const std::string& name)
 {
@@ -134,7 +193,9 @@ int draw(const Scene& scene, const PictureOptions& options, const PictureFormat&
         renderer.getGLRenderAction()->setTransparencyType(
             static_cast<SoGLRenderAction::TransparencyType>(*options.transparency));
     const float aspect = static_cast<float>(options.width) / static_cast<float>(options.height);
-    const SoRef<SoNode> seen = throughViewpoint(scene, aspect);
+    SoRef<SoNode> seen = throughViewpoint(scene, aspect);
+    if (!seen)
+        seen = throughOwnCamera(scene, region);
     if (!renderer.render(seen ? seen.get() : scene.root.get()))
         return 1;
     SbString error;

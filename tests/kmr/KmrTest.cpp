@@ -153,20 +153,26 @@ TEST_F(KmrTest, DrawsAPicture)
 {
     const std::string file =
         write("red.ky", "#Kalmyr V1.0 ascii\nMaterial { diffuseColor 1 0 0 }\nCube { }\n");
-    const Outcome drawn =
-        run("render " + file + " " + path("red.bmp") + " --size 40x30 --background 0,0,1");
-    if (has(drawn.errors, "OpenGL"))
-        GTEST_SKIP() << drawn.errors;
-    ASSERT_EQ(drawn.status, 0) << drawn.errors;
-    const std::string bmp = read("red.bmp");
-    ASSERT_EQ(bmp.substr(0, 2), "BM");
-    const auto start = static_cast<unsigned char>(bmp[10]);
-    ASSERT_GE(bmp.size(), start + 40u * 30 * 3);
-    const auto byte = [&](int x, int y, int c) {
-        return static_cast<unsigned char>(
-            bmp[start + static_cast<std::size_t>((y * 40 + x) * 3 + c)]);
-    };
-    EXPECT_EQ(byte(0, 0, 0), 255); // blue comes first
-    EXPECT_GT(byte(20, 15, 2), 100);
-    EXPECT_LT(byte(20, 15, 0), 60);
+    // Far away, and in the dark but for the viewer's light.
+    const std::string far = write("far.wrl", "#VRML V1.0 ascii\nSeparator { PerspectiveCamera { "
+                                             "position 0 0 400 heightAngle .01 }\n"
+                                             "Material { diffuseColor 1 0 0 } Cube { } }\n");
+    for (const std::string& scene : {file, far}) {
+        const Outcome drawn =
+            run("render " + scene + " " + path("red.bmp") + " --size 40x30 --background 0,0,1");
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        const std::string bmp = read("red.bmp");
+        ASSERT_EQ(bmp.substr(0, 2), "BM");
+        const auto start = static_cast<unsigned char>(bmp[10]);
+        ASSERT_GE(bmp.size(), start + 40u * 30 * 3);
+        const auto byte = [&](int x, int y, int c) {
+            return static_cast<unsigned char>(
+                bmp[start + static_cast<std::size_t>((y * 40 + x) * 3 + c)]);
+        };
+        EXPECT_EQ(byte(0, 0, 0), 255); // blue comes first
+        EXPECT_GT(byte(20, 15, 2), 100) << scene;
+        EXPECT_LT(byte(20, 15, 0), 60) << scene;
+    }
 }

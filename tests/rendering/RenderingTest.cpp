@@ -306,6 +306,13 @@ TEST_F(Rendering, ShowsTheSkyInItsDirection)
     ASSERT_TRUE(m_renderer.render(m_root.get()));
     expectPixel(32, kSize - 4, {0, 0, 255});
     expectPixel(32, 4, {255, 0, 0});
+    // The sky's last colour stands a little below the edge of the ground, as rounded angles do.
+    sky->skyColor.set1Value(1, SbColor(0, 1, 0));
+    sky->skyAngle.setValue(1.571f);
+    sky->groundAngle.setValue(1.571f);
+    ASSERT_TRUE(m_renderer.render(m_root.get()));
+    expectPixel(32, kSize / 2 + 1, {0, 255, 0});
+    sky->skyColor.setValue(SbColor(0, 0, 1));
     m_camera->orientation.setValue(SbRotation(SbVec3f(0, 0, 1), 3.14159f));
     ASSERT_TRUE(m_renderer.render(m_root.get()));
     expectPixel(32, kSize - 4, {255, 0, 0});

@@ -82,6 +82,22 @@ void renderGradient(SoAction* action, SoNode* node)
                                             background->getBottomColor());
 }
 
+/// The colours as they are down to the angle.
+void cutAt(std::vector<detail::BackgroundStop>& stops, float angle)
+{
+    if (stops.empty())
+        return;
+    const auto behind = std::find_if(stops.begin() + 1, stops.end(),
+                                     [angle](const auto& stop) { return stop.angle > angle; });
+    detail::BackgroundStop last{(behind - 1)->color, std::max(angle, (behind - 1)->angle)};
+    if (behind != stops.end()) {
+        const float part = (angle - (behind - 1)->angle) / (behind->angle - (behind - 1)->angle);
+        last.color += (behind->color - last.color) * std::clamp(part, 0.0f, 1.0f);
+    }
+    stops.erase(behind, stops.end());
+    stops.push_back(last);
+}
+
 /// The sky from the zenith down, then the ground from its edge to the nadir. Angles that do not
 /// rise are taken as far as they do.
 std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
@@ -98,10 +114,8 @@ std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
     if (rings == 0)
         return stops;
     const float horizon = kNadir - (rings > 1 ? node.groundAngle[rings - 2] : 0);
-    std::erase_if(stops, [horizon](const auto& stop) { return stop.angle > horizon; });
+    cutAt(stops, horizon);
     angle = stops.empty() ? 0 : stops.back().angle;
-    if (!stops.empty())
-        stops.push_back({stops.back().color, std::max(horizon, angle)});
     for (int i = rings - 1; i >= 0; --i) {
         angle = std::clamp(kNadir - (i > 0 ? node.groundAngle[i - 1] : 0), angle, kNadir);
         stops.push_back({node.groundColor[i], angle});
