@@ -35,6 +35,28 @@ const SoChildList* childrenOf(const SoFieldContainer* holder)
                : nullptr;
 }
 
+/// Children, or nodes in fields.
+bool holdsAny(const SoNode* node)
+{
+    const SoChildList* children = node->getInternalChildren();
+    if (children && children->getLength() > 0)
+        return true;
+    const SoFieldData* data = node->getFieldData();
+    if (!data)
+        return false;
+    for (const int i : data->getNodeFields()) {
+        const SoField* field = data->getField(node, i);
+        if (field->isConnected()) // who knows what it follows
+            return true;
+        const bool holds = field->isOfType(SoSFNode::getClassTypeId())
+                               ? static_cast<const SoSFNode*>(field)->getValue() != nullptr
+                               : static_cast<const SoMNodeField*>(field)->getNum() > 0;
+        if (holds)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 namespace kalmyr::detail {
@@ -66,25 +88,9 @@ SoNode* findInNodeFields(const SoNode* holder, const SoNode* child)
     return nullptr;
 }
 
-bool mayHoldAny(const SoNode* node)
+bool mayBeAtOrAbove(const SoNode* node, const SoNode* holder)
 {
-    const SoChildList* children = node->getInternalChildren();
-    if (children && children->getLength() > 0)
-        return true;
-    const SoFieldData* data = node->getFieldData();
-    if (!data)
-        return false;
-    for (const int i : data->getNodeFields()) {
-        const SoField* field = data->getField(node, i);
-        if (field->isConnected()) // who knows what it follows
-            return true;
-        const bool holds = field->isOfType(SoSFNode::getClassTypeId())
-                               ? static_cast<const SoSFNode*>(field)->getValue() != nullptr
-                               : static_cast<const SoMNodeField*>(field)->getNum() > 0;
-        if (holds)
-            return true;
-    }
-    return false;
+    return node == holder || (holder->getAuditors().getLength() > 0 && holdsAny(node));
 }
 
 const SoFieldContainer* nextHeld(HeldPlace& place)

@@ -14,9 +14,9 @@ bool isNodeField(SoType type);
 /// compared.
 SoNode* findInNodeFields(const SoNode* holder, const SoNode* child);
 
-/// False only when nothing is below the node, neither as a child nor in a field: such a node is
-/// nobody's ancestor.
-bool mayHoldAny(const SoNode* node);
+/// Whether `node` may be `holder` or one of its ancestors; false where a glance rules that out:
+/// nothing is above the holder, or nothing below the node.
+bool mayBeAtOrAbove(const SoNode* node, const SoNode* holder);
 
 /// A place in the row of what a container holds: first its children, then what is in its fields.
 struct HeldPlace {

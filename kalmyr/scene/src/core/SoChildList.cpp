@@ -58,9 +58,7 @@ bool SoChildList::accepts(const SoNode* child) const
         SoDebugError::post("SoChildList", "a null child is refused");
         return false;
     }
-    if (!kalmyr::detail::mayHoldAny(child) && child != m_parent)
-        return true;
-    if (!m_parent->isAtOrBelow(child))
+    if (!kalmyr::detail::mayBeAtOrAbove(child, m_parent) || !m_parent->isAtOrBelow(child))
         return true;
     return refuse(child);
 }

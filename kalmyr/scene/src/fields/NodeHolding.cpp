@@ -13,7 +13,7 @@ bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
         return true;
     }
     const auto* holder = static_cast<const SoNode*>(container);
-    if ((node != holder && !mayHoldAny(node)) || !holder->isAtOrBelow(node)) {
+    if (!mayBeAtOrAbove(node, holder) || !holder->isAtOrBelow(node)) {
         return true;
     }
     SoDebugError::post("SoField",
