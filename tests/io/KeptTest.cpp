@@ -87,6 +87,19 @@ TEST_F(KeptTest, DeclaredFieldsOfKnownNodes)
     EXPECT_TRUE(has(own, "KEEP \"part\"")) << own;
 }
 
+TEST_F(KeptTest, RoutesInFrontOfNamesAndToLists)
+{
+    const std::string once = again(std::string(io::kVrml97) + R"(
+ROUTE T.scale TO S.set_center
+PROTO P [ exposedField MFNode list [ ] eventIn MFNode set ] { Group { children IS list set_children IS set } }
+DEF S Transform { } DEF G Group { children [ ROUTE H.children TO G.set_children ] } DEF H Group { }
+DEF X P { list DEF T Transform { } } ROUTE G.children_changed TO X.list ROUTE H.children TO X.set)",
+                                   "#VRML V2.0 utf8");
+    for (const char* part : {"ROUTE T.scale TO S.center", "ROUTE H.children TO G.children",
+                             "ROUTE G.children TO X.list", "ROUTE H.children TO X.set"})
+        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+}
+
 TEST_F(KeptTest, SeveralSourcesOfAField)
 {
     const std::string text = std::string(io::kVrml97) + R"(

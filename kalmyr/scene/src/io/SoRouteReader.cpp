@@ -167,31 +167,47 @@ SoField* SceneReader::eventOfUnknown(std::string_view node, std::string_view eve
 
 bool SceneReader::readRoute(std::string_view word)
 {
-    std::string_view fromNode, fromEvent, toNode, toEvent;
-    if (!readRouteEnd(fromNode, fromEvent))
+    RouteText route{word.data(), {}, {}, {}, {}};
+    if (!readRouteEnd(route.fromNode, route.fromEvent))
         return false;
     if (!text.acceptWord("TO"))
         return text.fail("expected 'TO'");
-    if (!readRouteEnd(toNode, toEvent))
+    if (!readRouteEnd(route.toNode, route.toEvent))
         return false;
-    SoField* from = findEvent(fromNode, fromEvent, true);
-    SoField* to = findEvent(toNode, toEvent, false);
+    if (mayLeaveOutUse() && !(isDefined(route.fromNode) && isDefined(route.toNode)))
+        m_lateRoutes.push_back(route);
+    else
+        makeRoute(route);
+    return true;
+}
+
+void SceneReader::makeLateRoutes()
+{
+    for (const RouteText& route : m_lateRoutes)
+        makeRoute(route);
+    m_lateRoutes.clear();
+}
+
+void SceneReader::makeRoute(const RouteText& route)
+{
+    SoField* from = findEvent(route.fromNode, route.fromEvent, true);
+    SoField* to = findEvent(route.toNode, route.toEvent, false);
     if (!from)
-        from = eventOfUnknown(fromNode, fromEvent, to, isUnknown(toNode), SoField::EVENT_OUT);
+        from = eventOfUnknown(route.fromNode, route.fromEvent, to, isUnknown(route.toNode),
+                              SoField::EVENT_OUT);
     if (!to)
-        to = eventOfUnknown(toNode, toEvent, from, false, SoField::EVENT_IN);
+        to = eventOfUnknown(route.toNode, route.toEvent, from, false, SoField::EVENT_IN);
     if (!from || !to || to->getConnectedField() == from)
-        return true;
+        return;
     const bool fits = routesAnyField()
                           ? SoFieldConverter::canConvert(from->getTypeId(), to->getTypeId())
                           : from->getTypeId() == to->getTypeId();
+    const std::string target = std::string(route.toNode) + "." + std::string(route.toEvent);
     if (!fits)
-        warnOnce("route " + std::string(toNode) + "." + std::string(toEvent), word.data(),
-                 "a route to '" + std::string(toNode) + "." + std::string(toEvent)
-                     + "' is left out: the types of the fields differ");
+        warnOnce("route " + target, route.at,
+                 "a route to '" + target + "' is left out: the types of the fields differ");
     else if (to->isConnected() || !mayLead(*from, *to) || !connectFields(*from, *to, false))
         addRoute(*from, *to); // more than one source, or a circle
-    return true;
 }
 
 } // namespace kalmyr::detail

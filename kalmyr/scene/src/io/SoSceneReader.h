@@ -128,6 +128,8 @@ protected:
     bool readProto(bool external);
     /// ROUTE, behind that word.
     bool readRoute(std::string_view word);
+    /// At the end of all in which names are known: the routes that stood in front of a name.
+    void makeLateRoutes();
     /// Whether routes may name fields that are no events, and convert between types.
     virtual bool routesAnyField() const { return false; }
     SoVRMLProto* findProto(std::string_view name) const;
@@ -166,6 +168,12 @@ private:
 
     bool readInterface(SoVRMLProto& proto, std::size_t textAt);
     bool readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt);
+    /// A route as it stands in the text.
+    struct RouteText {
+        const char* at;
+        std::string_view fromNode, fromEvent, toNode, toEvent;
+    };
+    void makeRoute(const RouteText& route);
     bool readRouteEnd(std::string_view& node, std::string_view& field);
     SoField* findEvent(std::string_view node, std::string_view event, bool out);
     /// An event that a route tells of a node that is kept as text.
@@ -181,6 +189,7 @@ private:
     DefinitionTable m_definitions;
     std::unordered_map<std::string_view, TypeEntry> m_types;
     std::unordered_set<std::string> m_warned;
+    std::vector<RouteText> m_lateRoutes;
     std::size_t m_bodyAt =
         0; ///< the brace that opened the innermost body, before anything in it was read
     const char* m_stackLimit = nullptr; ///< reading changes stacks below this address

@@ -44,8 +44,10 @@ bool Vrml97Reader::readTop(SoNode*& node)
     if (text.hasFailed())
         return false;
     while (!node) {
-        if (text.atEnd())
+        if (text.atEnd()) {
+            makeLateRoutes();
             return true;
+        }
         std::string_view word;
         if (!text.readWord(word))
             return text.fail("expected a node");
@@ -70,6 +72,7 @@ bool Vrml97Reader::readProtoBody(SoVRMLProtoInstance& instance)
         if (node)
             instance.getParts().append(node);
     }
+    makeLateRoutes();
     return true;
 }
 
@@ -228,10 +231,17 @@ int Vrml97Reader::tryIs(SoNode* node, SoField& field, bool isEvent)
         return 1;
     }
     static_cast<void>(node);
+    const bool isChildren = field.isOfType(SoMNodeField::getClassTypeId())
+                            && static_cast<SoMNodeField&>(field).isBound();
     if (outer->getFieldType() == SoField::EVENT_OUT) {
         // An event may come from several nodes.
         if (outer->isConnected() || !connectFields(field, *outer, false))
             SoRoute::add(&field, outer);
+    } else if (isChildren) { // which follow nobody
+        if (outer->getFieldType() != SoField::EVENT_IN)
+            field.copyFrom(*outer);
+        if (outer->getFieldType() != SoField::ORDINARY)
+            SoRoute::add(outer, &field);
     } else if (isEvent || outer->getFieldType() == SoField::EVENT_IN) {
         connectFields(*outer, field, false);
     } else if (field.isOfType(SoMNodeField::getClassTypeId())) {

@@ -12,7 +12,7 @@ SO_NODE_SOURCE(SoVRMLParent)
 SoVRMLParent::SoVRMLParent()
 {
     SO_NODE_CONSTRUCTOR(SoGroup);
-    SO_VRML_EMPTY_FIELD(children);
+    SO_VRML_EXPOSED_EMPTY(children);
     SO_VRML_EVENT_IN(addChildren);
     SO_VRML_EVENT_IN(removeChildren);
     SO_VRML_FIELD(bboxCenter, (0.0f, 0.0f, 0.0f));
