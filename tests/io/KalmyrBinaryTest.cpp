@@ -3,6 +3,8 @@
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/engines/SoGlobalField.h>
+#include <kalmyr/fields/SoSFEngine.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/nodes/SoCoordinate3.h>
@@ -92,4 +94,64 @@ TEST_F(BinaryTest, RefusesWhatIsCutOrDamaged)
     odd[odd.find("@0") + 1] = '7';
     EXPECT_FALSE(io::read(odd));
     EXPECT_TRUE(errors.contains("expected the number of a block that fits the field"));
+}
+
+TEST_F(BinaryTest, KeepsEnginesAndWhatFollowsThem)
+{
+    // Shared outputs, engines behind engines and in fields, with inputs of their own that follow
+    // nodes, global fields and time.
+    const auto root = io::read(io::kAscii + std::string(R"(
+Separator {
+  DEF From Translation { translation 1 2 3 }
+  DEF A Translation { } DEF B Translation { } DEF Size Cube { } DEF Turn Rotor { }
+  DEF Holder Held {
+    fields [ SFEngine one, MFEngine many, SFEngine none ]
+    one ENGINE Twice Calculator { expression "oA = 2 * A" }
+    many [ Twice, NULL, ENGINE Sum Calculator { a 5 expression "oa = a + b" }, ENGINE Watch ElapsedTime { speed 2 },
+           ENGINE Lone Calculator { expression "oA = A" } ]
+    none NULL
+  }
+}
+ENGINE Half Calculator { expression "oA = A / 2" }
+GLOBAL SFFloat binaryTestLength 7
+ROUTE From.translation TO Twice.A
+ROUTE From.translation TO Lone.A
+ROUTE Twice.oA TO Half.A
+ROUTE Twice.oA TO A.translation
+ROUTE Half.oA TO B.translation
+ROUTE global.binaryTestLength TO Sum.b
+ROUTE Sum.oa TO Size.width
+ROUTE Watch.timeOut TO Size.depth
+ROUTE global.realTime TO Turn.speed
+)"));
+    ASSERT_TRUE(root);
+    const std::string text = io::write(root.get());
+    for (const char* line : {"TO Twice.A", "TO Lone.A", "TO Half.A", "TO Sum.b", "Sum.oa TO",
+                             "Watch.timeOut TO", "global.realTime TO Turn.speed"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    const auto again = io::read(binary({root.get()}));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(io::write(again.get()), text);
+    const auto field = [&](int child, const char* name) {
+        return (*again->getChildren())[child]->getField(SbName(name));
+    };
+    const auto value = [&](int child, const char* name) {
+        SbString shown;
+        field(child, name)->get(shown);
+        return shown;
+    };
+    field(0, "translation")->set("2 4 6");
+    EXPECT_EQ(value(1, "translation"), "4 8 12");
+    EXPECT_EQ(value(2, "translation"), "2 4 6");
+    SoGlobalField::find(SbName("binaryTestLength"))->set("9");
+    EXPECT_EQ(value(3, "width"), "14");
+    // One engine is in both fields, and feeds what the file says.
+    auto* one = static_cast<SoSFEngine*>(field(5, "one"));
+    auto* many = static_cast<SoMFEngine*>(field(5, "many"));
+    ASSERT_EQ(many->getNum(), 5);
+    EXPECT_EQ((*many)[0], one->getValue());
+    EXPECT_EQ((*many)[1], nullptr);
+    EXPECT_EQ(field(1, "translation")->getConnectedField()->getContainer(), one->getValue());
+    EXPECT_EQ(field(3, "depth")->getConnectedField()->getContainer(), (*many)[3]);
+    SoGlobalField::remove(SbName("binaryTestLength"));
 }

@@ -23,6 +23,11 @@ void SceneWriter::findRoutes(const SoFieldContainer* container)
             m_routes.push_back({master, one});
         if (one->isOfType(SoSFEngine::getClassTypeId()))
             findEngine(static_cast<const SoSFEngine*>(one)->getValue());
+        if (one->isOfType(SoMFEngine::getClassTypeId())) {
+            const auto& engines = *static_cast<const SoMFEngine*>(one);
+            for (int k = 0; k < engines.getNum(); ++k)
+                findEngine(engines[k]);
+        }
         for (const SoField* source : SoRoute::getSources(one))
             m_routes.push_back({source, one});
     }
