@@ -55,25 +55,28 @@ const char* headerOf(SoInput::Format format)
 }
 
 /// What the format has is written as it was read, with all that other formats have no words for.
-void write(const Scene& scene, SoInput::Format format, SoOutput& out)
+bool holds(SoInput::Format format, const Scene& scene)
 {
-    SoWriteAction write(&out);
-    const bool holdsAll = format == SoInput::KALMYR_ASCII || format == SoInput::KALMYR_BINARY;
-    if (holdsAll || format == scene.format) {
-        write.setRootWritten(!scene.isRootOwn);
-        write.apply(scene.root.get());
-    } else if (format == SoInput::VRML1) {
+    return format == SoInput::KALMYR_ASCII || format == SoInput::KALMYR_BINARY
+           || format == scene.format;
+}
+
+/// The scene in nodes of the format; null when it is too large for that.
+SoRef<SoNode> inNodesOf(SoInput::Format format, const Scene& scene)
+{
+    if (holds(format, scene))
+        return scene.root;
+    if (format == SoInput::VRML1) {
         SoToVRMLAction convert;
         convert.apply(scene.root.get());
-        write.apply(convert.getVRMLSceneGraph());
-    } else {
-        SoToVRML2Action convert;
-        convert.reuseAppearanceNodes(true);
-        convert.reusePropertyNodes(true);
-        convert.reuseGeometryNodes(true);
-        convert.apply(scene.root.get());
-        write.apply(convert.getVRML2SceneGraph());
+        return SoRef<SoNode>(convert.hasTerminated() ? nullptr : convert.getVRMLSceneGraph());
     }
+    SoToVRML2Action convert;
+    convert.reuseAppearanceNodes(true);
+    convert.reusePropertyNodes(true);
+    convert.reuseGeometryNodes(true);
+    convert.apply(scene.root.get());
+    return SoRef<SoNode>(convert.hasTerminated() ? nullptr : convert.getVRML2SceneGraph());
 }
 
 } // namespace
@@ -100,12 +103,17 @@ int runConvert(const Arguments& given)
     if (format == SoInput::UNKNOWN_FORMAT)
         format = formatFor(name, scene.format);
     const ErrorPrinter errors(arguments[1]);
+    const SoRef<SoNode> root = inNodesOf(format, scene);
+    if (!root)
+        return 1;
     SoOutput out;
     out.setCompression(isCompressedName(name));
     out.setBinary(format == SoInput::KALMYR_BINARY);
     if (!out.openFile(SbString(arguments[1])))
         return 1;
     out.setHeaderString(headerOf(format));
-    write(scene, format, out);
+    SoWriteAction write(&out);
+    write.setRootWritten(!holds(format, scene) || !scene.isRootOwn);
+    write.apply(root.get());
     return out.closeFile() ? 0 : 1;
 }

@@ -1,90 +1,19 @@
 #include "Commands.h"
+#include "GraphCounter.h"
 #include "Json.h"
 #include "Scene.h"
 
 #include <kalmyr/actions/SoCallbackAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
-#include <kalmyr/core/SoChildList.h>
-#include <kalmyr/core/SoField.h>
-#include <kalmyr/core/SoFieldData.h>
-#include <kalmyr/fields/SoMNodeField.h>
-#include <kalmyr/fields/SoSFNode.h>
-#include <kalmyr/nodes/SoWWWInline.h>
-#include <kalmyr/vrml/SoVRMLInline.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <map>
 #include <unordered_map>
 
 namespace {
-
-/// Distinct nodes by type, and the places where they stand. Parts of nodes are nodes, too.
-class GraphCounter {
-public:
-    void add(const SoNode* node) { m_occurrences = sum(m_occurrences, visit(node)); }
-
-    const std::map<std::string, std::uint64_t>& types() const { return m_types; }
-    std::uint64_t instances() const { return m_known.size(); }
-    std::uint64_t occurrences() const { return m_occurrences; }
-
-private:
-    static std::uint64_t sum(std::uint64_t a, std::uint64_t b)
-    {
-        return a > std::numeric_limits<std::uint64_t>::max() - b
-                   ? std::numeric_limits<std::uint64_t>::max()
-                   : a + b;
-    }
-
-    static bool isInline(const SoNode* node)
-    {
-        return node->isOfType(SoVRMLInline::getClassTypeId())
-               || node->isOfType(SoWWWInline::getClassTypeId());
-    }
-
-    /// Occurrences of the node and what is below it, seen from one place of it.
-    std::uint64_t visit(const SoNode* node)
-    {
-        if (const auto found = m_known.find(node); found != m_known.end())
-            return found->second;
-        m_known.emplace(node, 1);
-        ++m_types[node->getTypeId().getName().getString()];
-        std::uint64_t result = 1;
-        const SoChildList* children = node->getInternalChildren();
-        // The first child of an inline only stands for its box.
-        for (int i = isInline(node) ? 1 : 0; children && i < children->getLength(); ++i)
-            result = sum(result, visit((*children)[i]));
-        const SoFieldData* data = node->getFieldData();
-        for (int i = 0; data && i < data->getNumFields(); ++i)
-            result = sum(result, visitField(*data->getField(node, i)));
-        m_known[node] = result;
-        return result;
-    }
-
-    std::uint64_t visitField(const SoField& field)
-    {
-        if (field.isOfType(SoSFNode::getClassTypeId())) {
-            const SoNode* node = static_cast<const SoSFNode&>(field).getValue();
-            return node ? visit(node) : 0;
-        }
-        std::uint64_t result = 0;
-        if (!field.isOfType(SoMNodeField::getClassTypeId()))
-            return result;
-        const auto& list = static_cast<const SoMNodeField&>(field);
-        if (list.isBound())
-            return result; // the children
-        for (const SoNode* node : list.getValues())
-            result = sum(result, node ? visit(node) : 0);
-        return result;
-    }
-
-    std::unordered_map<const SoNode*, std::uint64_t> m_known;
-    std::map<std::string, std::uint64_t> m_types;
-    std::uint64_t m_occurrences = 0;
-};
 
 /// What is told of a file besides what reading it gave.
 struct Facts {
@@ -141,8 +70,6 @@ Facts measure(Scene& scene)
     Facts facts;
     for (const SoRef<SoNode>& node : scene.nodes)
         facts.graph.add(node.get());
-    // Nodes that hold others many times over multiply: some small files have no end.
-    constexpr std::uint64_t kMaxOccurrences = 200'000'000;
     if (facts.graph.occurrences() > kMaxOccurrences) {
         scene.warnings.push_back(
             {scene.file, 0, 0, "too many occurrences to count what they show"});

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "GraphCounter.h"
 #include "Scene.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
@@ -240,5 +241,17 @@ int runRender(const Arguments& given)
     kalmyr::initRendering();
     const Scene scene = readScene(arguments[0], false);
     printErrors(scene);
-    return scene.ok ? draw(scene, options, *format, arguments[1]) : 1;
+    if (!scene.ok)
+        return 1;
+    GraphCounter counter;
+    counter.add(scene.root.get());
+    if (counter.occurrences() > kMaxOccurrences) {
+        std::fprintf(
+            stderr,
+            "%s: error: it has %llu occurrences of nodes, of which at most %llu can be drawn\n",
+            scene.file.c_str(), static_cast<unsigned long long>(counter.occurrences()),
+            static_cast<unsigned long long>(kMaxOccurrences));
+        return 1;
+    }
+    return draw(scene, options, *format, arguments[1]);
 }

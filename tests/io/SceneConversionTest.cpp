@@ -199,4 +199,12 @@ TEST_F(ConvertTest, KeepsSharingWithinBounds)
         io::read(io::kAscii + ("Separator { " + text.substr(0, text.rfind("DEF")) + "}"));
     ASSERT_TRUE(root);
     EXPECT_LT(write(toVrml2(root.get()).get(), "#VRML V2.0 utf8").size(), 20000u);
+    // Groups of VRML97 are handed out as they are.
+    std::string groups = std::string(io::kVrml97) + "DEF G0 Group { }\n";
+    for (int i = 1; i < 60; ++i)
+        groups += "DEF G" + std::to_string(i) + " Group { children [ USE G" + std::to_string(i - 1)
+                  + " USE G" + std::to_string(i - 1) + " ] }\n";
+    const auto many = io::read(groups);
+    ASSERT_TRUE(many);
+    EXPECT_LT(write(toVrml2(many.get()).get(), "#VRML V2.0 utf8").size(), 20000u);
 }

@@ -163,6 +163,30 @@ TEST_F(SoSearchActionTest, APathLimitsTheSearch)
     EXPECT_EQ(search.getPath()->getNode(1), tail);
 }
 
+TEST_F(SoSearchActionTest, LooksOnceIntoWhatOccursWithoutEnd)
+{
+    SoRef<SoGroup> below(new SoGroup);
+    SoRef<Leaf> wanted(new Leaf), stranger(new Leaf);
+    below->addChild(wanted.get());
+    for (int level = 0; level < 60; ++level) {
+        const SoRef<SoGroup> above(new SoGroup);
+        above->addChild(below.get());
+        above->addChild(below.get());
+        below = above;
+    }
+    SoSearchAction search;
+    search.setNode(stranger.get());
+    search.apply(below.get());
+    EXPECT_FALSE(search.isFound());
+    below->addChild(stranger.get()); // behind all of it
+    search.apply(below.get());
+    ASSERT_TRUE(search.isFound());
+    EXPECT_EQ(search.getPath()->getLength(), 2);
+    search.setNode(wanted.get());
+    search.apply(below.get());
+    EXPECT_TRUE(search.isFound());
+}
+
 TEST_F(SoSearchActionTest, VisitsAllocateNothing)
 {
     RandomGraph graph(11, 200);

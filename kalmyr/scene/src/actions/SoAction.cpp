@@ -19,6 +19,9 @@ constexpr int kFetchAhead = 4;
 constexpr int kFetchedBytes = 192;
 constexpr int kCacheLine = 64;
 
+/// Graphs whose nodes hold others several times over, level upon level, have no end in practice.
+constexpr std::uint64_t kMaxVisits = 50'000'000;
+
 inline void fetch(const SoNode* node)
 {
     for (int at = 0; at < kFetchedBytes; at += kCacheLine)
@@ -95,10 +98,19 @@ void SoAction::traverse(SoNode* node, int index)
 
 void SoAction::visit(SoNode* node, int index)
 {
+    if (++m_numVisits >= kMaxVisits) [[unlikely]]
+        return giveUp();
     m_stack.push_back({node, index});
-    ++m_numVisits;
     m_methods->get(node->getTypeId())(this, node);
     m_stack.pop_back();
+}
+
+void SoAction::giveUp()
+{
+    m_terminated = true;
+    SoDebugError::post(
+        "SoAction::apply", "%s: stopped after %llu visits of nodes: they occur too often",
+        getTypeId().getName().getString(), static_cast<unsigned long long>(kMaxVisits));
 }
 
 void SoAction::visitCarefully(SoNode* node, int index)
@@ -138,9 +150,10 @@ void SoAction::visitWithMode(SoNode* node, int index)
         reportTail();
         return;
     }
+    if (++m_numVisits >= kMaxVisits)
+        return giveUp();
     m_stack.push_back({node, index});
     m_pathMode = mode;
-    ++m_numVisits;
     if (!m_hooked || beforeNode(node)) {
         if (!m_terminated)
             act(node);

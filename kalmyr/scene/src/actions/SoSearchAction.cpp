@@ -1,5 +1,6 @@
 #include <kalmyr/actions/SoSearchAction.h>
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
@@ -87,6 +88,7 @@ bool SoSearchAction::mayExist() const
 
 void SoSearchAction::beginTraversal(SoNode*)
 {
+    m_nothingIn.clear();
     m_nodeFields.resize(static_cast<std::size_t>(SoType::getNumTypes()));
 }
 
@@ -107,14 +109,41 @@ void SoSearchAction::check(SoNode* node)
     if (getPathMode() == OFF_PATH || !matches(node))
         return;
     SoRef<SoPath> path(getCurPath());
+    ++m_numFound;
     if (m_interest == LAST)
         m_paths.clear();
     m_paths.push_back(std::move(path));
     if (m_interest == FIRST)
         setTerminated(true);
+    if (m_paths.size() < kMaxPaths)
+        return;
+    setTerminated(true);
+    SoDebugError::post("SoSearchAction::apply", "stopped at %d paths: more are not kept",
+                       static_cast<int>(kMaxPaths));
 }
 
 void SoSearchAction::searchBelow(SoNode* node)
+{
+    const SoChildList* children = node->getInternalChildren();
+    const SoFieldData* data = node->getFieldData();
+    const bool holdsOthers =
+        (children && children->getLength() > 0) || (data && !data->getNodeFields().empty());
+    // Nodes that hold others several times over, level upon level, have places without end.
+    constexpr std::uint64_t kFewVisits = 5000; // which are not worth the memory
+    if (getNumVisits() < kFewVisits || !holdsOthers || node->getRefCount() < 2
+        || getPathMode() != NO_PATH) {
+        searchEverywhereBelow(node);
+        return;
+    }
+    if (m_nothingIn.count(node) > 0)
+        return;
+    const std::uint64_t found = m_numFound, placeBound = m_numPlaceBound;
+    searchEverywhereBelow(node);
+    if (!hasTerminated() && m_numFound == found && m_numPlaceBound == placeBound)
+        m_nothingIn.insert(node);
+}
+
+void SoSearchAction::searchEverywhereBelow(SoNode* node)
 {
     const SoChildList* children =
         m_searchingAll ? node->getInternalChildren() : node->getChildren();
@@ -173,8 +202,12 @@ void SoSearchAction::searchField(SoNode* container, SoField* field)
 
 void SoSearchAction::searchFieldNode(SoNode* container, SoNode* node)
 {
-    if (!node || hasTerminated() || isAbove(node))
+    if (!node || hasTerminated())
         return;
+    if (isAbove(node)) {
+        dependsOnPlace();
+        return;
+    }
     // The parts of a kit are its children as well; one visit is enough.
     const SoChildList* children =
         m_searchingAll ? container->getInternalChildren() : container->getChildren();

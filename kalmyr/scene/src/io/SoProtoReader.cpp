@@ -231,9 +231,19 @@ bool SceneReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
     instance->enableNotify(true);
     if (ok)
         return true;
-    return text.failAt(at, "prototype '" + name + "' cannot be made, line "
-                               + std::to_string(reader.text.getErrorLine())
-                               + " of its declaration: " + reader.text.getError());
+    // Of prototypes in each other's bodies the first and the last are named.
+    const std::string_view inner(reader.text.getError());
+    constexpr std::string_view kBecause = " cannot be made, because ";
+    std::string reason = "prototype '" + name + "' cannot be made, ";
+    if (const std::size_t because = inner.find(kBecause); because != inner.npos)
+        reason.append("because ").append(inner.substr(because + kBecause.size()));
+    else if (inner.starts_with("prototype '"))
+        reason.append("because ").append(inner);
+    else
+        reason
+            .append("line " + std::to_string(reader.text.getErrorLine()) + " of its declaration: ")
+            .append(inner);
+    return text.failAt(at, reason);
 }
 
 bool SceneReader::readDefaults(Vrml97Reader& reader, SoVRMLProtoInstance& instance)

@@ -27,6 +27,10 @@
 
 namespace {
 
+/// Groups without a state of their own are flattened: what they hold several times over is made as
+/// often, and without end where that goes on level upon level.
+constexpr int kMaxMade = 3'000'000;
+
 SoSceneConversionAction* self(SoAction* action)
 {
     return static_cast<SoSceneConversionAction*>(action);
@@ -91,6 +95,7 @@ void SoSceneConversionAction::beginTraversal(SoNode*)
     m_converted.clear();
     m_lost.clear();
     m_levels.clear();
+    m_numMade = 0;
     m_result = makeRoot();
     open(m_result.get());
 }
@@ -132,6 +137,11 @@ void SoSceneConversionAction::emit(SoNode* node)
         return;
     const SoRef<SoNode> held(node);
     place()->addChild(node);
+    if (++m_numMade < kMaxMade)
+        return;
+    setTerminated(true);
+    SoDebugError::post("SoSceneConversionAction::apply",
+                       "stopped at %d nodes: they occur too often to be converted", kMaxMade);
 }
 
 bool SoSceneConversionAction::take(SoNode* node)

@@ -63,18 +63,6 @@ bool isVrml97(const SoNode* node)
     return node->getTypeId().getName().view().starts_with("VRML");
 }
 
-/// Whether children further down are of other families; groups of VRML97 may hold anything.
-bool holdsOthers(const SoNode* node)
-{
-    // What an inline shows stands in another file.
-    const bool isInline = node->isOfType(SoVRMLInline::getClassTypeId());
-    const SoChildList* children = isInline ? nullptr : node->getChildren();
-    for (int i = 0; children && i < children->getLength(); ++i)
-        if (!isVrml97((*children)[i]) || holdsOthers((*children)[i]))
-            return true;
-    return false;
-}
-
 template <class Set>
 void addCorners(Set& set, const SoGeometry& geometry)
 {
@@ -182,7 +170,25 @@ void SoToVRML2Action::beginTraversal(SoNode* root)
     m_materials.clear();
     m_textures.clear();
     m_geometries.clear();
+    m_holdOthers.clear();
     SoSceneConversionAction::beginTraversal(root);
+}
+
+/// Whether children further down are of other families; groups of VRML97 may hold anything.
+bool SoToVRML2Action::holdsOthers(const SoNode* node)
+{
+    // What an inline shows stands in another file.
+    const bool isInline = node->isOfType(SoVRMLInline::getClassTypeId());
+    const SoChildList* children = isInline ? nullptr : node->getChildren();
+    if (!children || children->getLength() == 0)
+        return false;
+    // Asked for at each level, and of nodes that occur several times.
+    if (const auto known = m_holdOthers.find(node); known != m_holdOthers.end())
+        return known->second;
+    bool holds = false;
+    for (int i = 0; !holds && i < children->getLength(); ++i)
+        holds = !isVrml97((*children)[i]) || holdsOthers((*children)[i]);
+    return m_holdOthers[node] = holds;
 }
 
 SoNode* SoToVRML2Action::takeOver(SoNode* node)

@@ -16,6 +16,8 @@ void searchSwitch(SoAction* action, SoNode* node)
         return;
     }
     search->searchFields(node);
+    if (static_cast<SoSwitch*>(node)->whichChild.getValue() == SO_SWITCH_INHERIT)
+        search->dependsOnPlace();
     node->doAction(action);
 }
 

@@ -154,6 +154,7 @@ private:
     };
     void run(SoNode* root, const SoPath* path);
     void visit(SoNode* node, int index);
+    void giveUp();
     void visitCarefully(SoNode* node, int index);
     void visitWithMode(SoNode* node, int index);
     void act(SoNode* node);

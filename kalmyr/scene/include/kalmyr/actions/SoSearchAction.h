@@ -5,6 +5,8 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoPath.h>
 
+#include <cstdint>
+#include <unordered_set>
 #include <vector>
 
 class SoField;
@@ -13,11 +15,15 @@ class SoFieldData;
 /// Finds nodes by identity, type or name, below a node or a path.
 ///
 /// Follows children and node-valued fields; a node found through a field has index -1 on the path.
-/// A node that occurs several times is found at each place. Only what is found allocates memory.
+/// A node that occurs several times is found at each place; where nothing was found below it once,
+/// nobody looks again. At most kMaxPaths are kept of all that could be found. Only what is found
+/// allocates memory, and, in large graphs, nodes that occur several times.
 class KALMYR_API SoSearchAction : public SoAction {
     SO_ACTION_HEADER(SoSearchAction)
 
 public:
+    static constexpr std::size_t kMaxPaths = 5'000'000;
+
     /// What must agree; combined by |.
     enum Find : unsigned { NODE = 1, TYPE = 2, NAME = 4 };
     enum Interest { FIRST, LAST, ALL };
@@ -60,6 +66,8 @@ public:
     void check(SoNode* node);
     void searchBelow(SoNode* node);
     void searchFields(SoNode* node);
+    /// What is found below the node that is visited depends on where it stands.
+    void dependsOnPlace() { ++m_numPlaceBound; }
 
 protected:
     void beginTraversal(SoNode* root) override;
@@ -72,6 +80,7 @@ private:
     bool mayExist() const;
     bool matches(const SoNode* node) const;
     static void collectNodeFields(const SoNode* node, const SoFieldData* data, NodeFields& known);
+    void searchEverywhereBelow(SoNode* node);
     void searchField(SoNode* container, SoField* field);
     void searchFieldNode(SoNode* container, SoNode* node);
     bool isAbove(const SoNode* node) const;
@@ -84,5 +93,8 @@ private:
     bool m_derived = true;
     bool m_searchingAll = false;
     std::vector<SoRef<SoPath>> m_paths;
-    std::vector<NodeFields> m_nodeFields; ///< by type index
+    std::vector<NodeFields> m_nodeFields;          ///< by type index
+    std::unordered_set<const SoNode*> m_nothingIn; ///< shared nodes that need no second look
+    std::uint64_t m_numFound = 0;
+    std::uint64_t m_numPlaceBound = 0;
 };

@@ -83,5 +83,6 @@ private:
     std::vector<Level> m_levels;
     SoRef<SoGroup> m_result;
     std::unordered_map<std::uint64_t, std::pair<const SoNode*, SoRef<SoNode>>> m_converted;
+    int m_numMade = 0;
     std::unordered_set<int> m_lost; ///< indices of types that were left out
 };

@@ -44,6 +44,7 @@ protected:
     SoNode* takeOver(SoNode* node) override;
 
 private:
+    bool holdsOthers(const SoNode* node);
     SoNode* makeAppearance(bool isLit);
     SoNode* makeMaterial(bool isLit);
     SoNode* makeTexture();
@@ -51,6 +52,7 @@ private:
 
     using Made = std::unordered_map<std::uint64_t, SoRef<SoNode>>;
     Made m_appearances, m_materials, m_textures, m_geometries;
+    std::unordered_map<const SoNode*, bool> m_holdOthers;
     bool m_reuseAppearances = false;
     bool m_reuseProperties = false;
     bool m_reuseGeometries = false;
