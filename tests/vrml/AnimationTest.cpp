@@ -17,6 +17,7 @@
 #include <cmath>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -117,6 +118,44 @@ ROUTE W.isBound TO V.set_bind)");
     const float last = at<SoVRMLScalarInterpolator>(root, 0)->value_changed.getValue();
     EXPECT_TRUE(last == 0.25f || last == 0.75f) << last;
     at<SoVRMLViewpoint>(root, 2)->set_bind = true;
+}
+
+TEST_F(AnimationTest, GroupsTakeNodesInAndGiveThemAway)
+{
+    const auto root = scene(R"(
+PROTO Stock [ exposedField MFNode kept [ Shape { } ] ] { Group { } }
+DEF Store Stock { kept [ DEF A Group { } DEF B Group { } ] }
+DEF G Transform { children [ USE B ] } DEF S Script { eventOut MFNode out }
+ROUTE Store.kept TO G.addChildren
+ROUTE S.out TO G.addChildren
+ROUTE S.out TO Store.set_kept)");
+    ASSERT_TRUE(root);
+    auto* group = at<SoVRMLTransform>(root, 1);
+    EXPECT_EQ(group->getNumChildren(), 1); // no event yet
+    SoNode* store = root->getChild(0);
+    auto* kept = static_cast<SoMFNode*>(store->getField(SbName("kept")));
+    auto* out = static_cast<SoMFNode*>(root->getChild(2)->getField(SbName("out")));
+    SoNode* b = group->getChild(0);
+    kept->touch();
+    EXPECT_EQ(group->getNumChildren(), 2);
+    EXPECT_EQ(group->getChild(0), b);
+    EXPECT_EQ(group->addChildren.getNum(), 0);
+    const SoRef<SoNode> fresh(new SoVRMLGroup);
+    out->setValues(std::vector<SoNode*>{fresh.get(), b, fresh.get()});
+    EXPECT_EQ(group->getNumChildren(), 3);
+    std::vector<SoNode*> going(20, fresh.get());
+    group->removeChildren.setValues(going);
+    EXPECT_EQ(group->getNumChildren(), 2);
+    group->removeChildren.setValue(b);
+    group->removeChildren.setValue(b); // is none any more
+    EXPECT_EQ(group->getNumChildren(), 1);
+    out->setValue(fresh.get());
+    out->setValue(fresh.get());
+    EXPECT_EQ(group->getNumChildren(), 2);
+    group->removeChildren.setValue(fresh.get());
+    out->setNum(0);
+    kept->setNum(0);
+    EXPECT_EQ(fresh->getRefCount(), 1) << "events keep nobody";
 }
 
 TEST_F(AnimationTest, ExposedFieldsOfPrototypesTellWhatHappensInside)

@@ -3,9 +3,39 @@
 #include <kalmyr/actions/SoBoundingBoxCache.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoRayPickAction.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNotification.h>
+#include <kalmyr/sensors/SoDelayQueueSensor.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include "core/CacheLock.h"
+
+#include <unordered_set>
+
+/// Nodes came to a group, which cannot be edited before all have heard of it. Made for this one
+/// time, so that groups that nodes never come to cost nothing.
+class SoVRMLParent::Arrival {
+public:
+    Arrival(SoVRMLParent* group, SoMFNode& event)
+        : m_group(group),
+          m_event(event),
+          m_sensor([](void* self, SoSensor*) { static_cast<Arrival*>(self)->run(); }, this)
+    {
+        m_sensor.setPriority(0);
+        m_sensor.schedule();
+    }
+
+private:
+    void run()
+    {
+        m_group->takeArrivals(m_event);
+        delete this;
+    }
+
+    SoRef<SoVRMLParent> m_group;
+    SoMFNode& m_event;
+    SoOneShotSensor m_sensor;
+};
 
 SO_NODE_SOURCE(SoVRMLParent)
 
@@ -33,6 +63,69 @@ void SoVRMLParent::initClass()
     });
 }
 
+void SoVRMLParent::notify(SoNotification& notification)
+{
+    if (m_boxCache)
+        m_boxCache->noteChange(notification);
+    SoGroup::notify(notification);
+    // A group that nobody holds yet, or that dies, must not be held for a moment.
+    if (notification.container != this || getRefCount() == 0 || !isNotifyEnabled())
+        return;
+    if (notification.field == &addChildren)
+        new Arrival(this, addChildren);
+    else if (notification.field == &removeChildren)
+        new Arrival(this, removeChildren);
+}
+
+void SoVRMLParent::takeArrivals(SoMFNode& event)
+{
+    const std::vector<SoNode*> nodes = event.getValues();
+    const std::vector<SoRef<SoNode>> held(nodes.begin(), nodes.end());
+    // An event leaves nothing behind.
+    const bool told = event.enableNotify(false);
+    event.setNum(0);
+    event.setDefault(true);
+    event.enableNotify(told);
+    if (&event == &addChildren)
+        addMissing(nodes);
+    else
+        removeKnown(nodes);
+}
+
+/// Most nodes have few parents, and most groups few children.
+bool SoVRMLParent::isChild(const SoNode* node) const
+{
+    const SoAuditorList& auditors = node->getAuditors();
+    if (auditors.getLength() >= getNumChildren())
+        return m_children.find(node) >= 0;
+    for (int i = 0; i < auditors.getLength(); ++i)
+        if (auditors.getObject(i) == &m_children)
+            return true;
+    return false;
+}
+
+void SoVRMLParent::addMissing(const std::vector<SoNode*>& nodes)
+{
+    for (SoNode* node : nodes)
+        if (node && !isChild(node))
+            addChild(node);
+}
+
+void SoVRMLParent::removeKnown(const std::vector<SoNode*>& nodes)
+{
+    constexpr std::size_t kFew = 8;
+    if (nodes.size() <= kFew) {
+        for (const SoNode* node : nodes)
+            while (node && isChild(node))
+                removeChild(m_children.find(node));
+        return;
+    }
+    const std::unordered_set<const SoNode*> going(nodes.begin(), nodes.end());
+    for (int i = getNumChildren(); --i >= 0;)
+        if (i < getNumChildren() && going.count(getChild(i)) > 0)
+            removeChild(i);
+}
+
 void SoVRMLParent::doAction(SoAction* action)
 {
     SoState* state = action->getState();
@@ -53,13 +146,6 @@ void SoVRMLParent::measure(SoGetBoundingBoxAction* action)
     action->measureChildren(m_children, &m_boxCache);
     const kalmyr::detail::CacheLock lock;
     action->close(this, &m_boxCache);
-}
-
-void SoVRMLParent::notify(SoNotification& notification)
-{
-    if (m_boxCache)
-        m_boxCache->noteChange(notification);
-    SoGroup::notify(notification);
 }
 
 bool SoVRMLParent::isCulled(SoRayPickAction* action) const

@@ -5,6 +5,7 @@
 #include <kalmyr/nodes/SoGroup.h>
 
 #include <memory>
+#include <vector>
 
 class SoBoundingBoxCache;
 class SoGetBoundingBoxAction;
@@ -21,8 +22,8 @@ public:
     static void initClass();
 
     SoMFNode children;
-    SoMFNode addChildren;    ///< event in
-    SoMFNode removeChildren; ///< event in
+    SoMFNode addChildren;    ///< event in: nodes that are no children yet become the last ones
+    SoMFNode removeChildren; ///< event in: these are children no more; others do not matter
     SoSFVec3f bboxCenter;
     SoSFVec3f bboxSize; ///< -1: to be computed
 
@@ -31,11 +32,11 @@ public:
     /// sets.
     void doAction(SoAction* action) override;
 
+    void notify(SoNotification& notification) override;
+
     /// For the actions: measures from the cache or the children, and passes rays that meet the box.
     void measure(SoGetBoundingBoxAction* action);
     void rayPick(SoRayPickAction* action);
-
-    void notify(SoNotification& notification) override;
 
 protected:
     ~SoVRMLParent() override;
@@ -45,6 +46,11 @@ protected:
 
 private:
     bool isCulled(SoRayPickAction* action) const;
+    class Arrival;
+    bool isChild(const SoNode* node) const;
+    void takeArrivals(SoMFNode& event);
+    void addMissing(const std::vector<SoNode*>& nodes);
+    void removeKnown(const std::vector<SoNode*>& nodes);
 
     std::unique_ptr<SoBoundingBoxCache> m_boxCache;
 };
