@@ -7,6 +7,8 @@
 
 #include "core/StackSwitch.h"
 
+#include <utility>
+
 namespace {
 
 bool hasConnections(const SoFieldContainer* container)
@@ -95,9 +97,9 @@ void SoNodeCopier::connect()
         const SoFieldContainer* original = m_unconnected[i];
         addConnections(original, find(original), connections, routes);
     }
-    // Masters first: what is connected already would be told of every further connection above.
-    for (auto at = connections.rbegin(); at != connections.rend(); ++at)
-        connect(*at);
+    mastersFirst(connections);
+    for (const Connection& one : connections)
+        connect(one);
     for (const Connection& one : connections)
         keepValue(one);
     for (const Connection& route : routes)
@@ -105,6 +107,30 @@ void SoNodeCopier::connect()
     m_unconnected.clear();
     m_fed.clear();
     m_engines.clear();
+}
+
+/// What is connected already would be told of every further connection above.
+void SoNodeCopier::mastersFirst(std::vector<Connection>& connections)
+{
+    std::unordered_map<const SoField*, std::size_t> places;
+    for (std::size_t i = 0; i < connections.size(); ++i)
+        places[connections[i].follower] = i;
+    std::vector<Connection> sorted;
+    std::vector<bool> isDone(connections.size());
+    std::vector<std::size_t> chain;
+    // From the back, where the engines are whose outputs others follow.
+    for (std::size_t last = connections.size(); last-- > 0;) {
+        for (std::size_t i = last; !isDone[i];) {
+            isDone[i] = true;
+            chain.push_back(i);
+            const auto above = places.find(connections[i].master);
+            if (above != places.end())
+                i = above->second;
+        }
+        for (; !chain.empty(); chain.pop_back())
+            sorted.push_back(connections[chain.back()]);
+    }
+    connections = std::move(sorted);
 }
 
 void SoNodeCopier::connect(const Connection& one)

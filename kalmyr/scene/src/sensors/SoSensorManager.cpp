@@ -16,7 +16,9 @@ using DelayKey = std::pair<std::uint32_t, std::uint64_t>; // priority, then orde
 
 struct Queues {
     std::vector<SoDelayQueueSensor*> immediate; // collected on a walk; null once removed
+    std::size_t next = 0;                       // immediate sensors before it had their turn
     std::vector<SoDelayQueueSensor*> running;   // immediate sensors inside their callback
+    std::vector<SoDelayQueueSensor*> again;     // of these, those with more to report
     std::map<DelayKey, SoDelayQueueSensor*> delay;
     std::map<DelayKey, SoDelayQueueSensor*> idle;
     std::set<std::pair<double, SoTimerQueueSensor*>> timers;
@@ -110,30 +112,31 @@ void SoSensorManager::processImmediateQueue()
         return;
     if (q.running.empty())
         ++q.cascade;
-    do {
-        runImmediate();
-        if (!q.running.empty())
-            return;
-        std::erase(q.immediate, nullptr);
-    } while (!q.immediate.empty());
+    while (q.next < q.immediate.size())
+        runImmediate(q.immediate[q.next++]);
+    if (q.running.empty()) {
+        q.immediate.clear();
+        q.next = 0;
+    }
 }
 
-void SoSensorManager::runImmediate()
+void SoSensorManager::runImmediate(SoDelayQueueSensor* sensor)
 {
     Queues& q = queues();
+    if (!sensor)
+        return;
     // A sensor inside its own callback is not called again before that returns; an edit made
     // there is reported to it afterwards, as the last change.
-    for (std::size_t i = 0; i < q.immediate.size(); ++i) {
-        SoDelayQueueSensor* sensor = q.immediate[i];
-        if (!sensor || std::find(q.running.begin(), q.running.end(), sensor) != q.running.end())
-            continue;
-        q.immediate[i] = nullptr;
-        const std::size_t depth = q.running.size();
-        q.running.push_back(sensor);
-        sensor->m_scheduled = false;
-        sensor->trigger();
-        q.running.resize(depth);
+    if (std::find(q.running.begin(), q.running.end(), sensor) != q.running.end()) {
+        q.again.push_back(sensor);
+        return;
     }
+    q.running.push_back(sensor);
+    sensor->m_scheduled = false;
+    sensor->trigger();
+    q.running.pop_back();
+    if (std::erase(q.again, sensor) > 0)
+        q.immediate.push_back(sensor);
 }
 
 std::uint64_t SoSensorManager::getCascade()
@@ -159,8 +162,9 @@ void SoSensorManager::insert(SoDelayQueueSensor* sensor)
 void SoSensorManager::remove(SoDelayQueueSensor* sensor)
 {
     Queues& q = queues();
-    std::replace(q.immediate.begin(), q.immediate.end(), sensor,
-                 static_cast<SoDelayQueueSensor*>(nullptr));
+    std::replace(q.immediate.begin() + static_cast<std::ptrdiff_t>(q.next), q.immediate.end(),
+                 sensor, static_cast<SoDelayQueueSensor*>(nullptr));
+    std::erase(q.again, sensor);
     const auto drop = [sensor](auto& queue) {
         for (auto at = queue.begin(); at != queue.end(); ++at)
             if (at->second == sensor) {

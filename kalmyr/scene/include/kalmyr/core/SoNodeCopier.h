@@ -37,6 +37,7 @@ private:
     };
     void addConnections(const SoFieldContainer* original, SoFieldContainer* copy,
                         std::vector<Connection>& connections, std::vector<Connection>& routes);
+    static void mastersFirst(std::vector<Connection>& connections);
     static void connect(const Connection& one);
     void keepValue(const Connection& one);
     SoField* masterFor(SoField* master);

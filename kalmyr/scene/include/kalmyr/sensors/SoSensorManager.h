@@ -37,7 +37,7 @@ public:
 private:
     friend class SoDelayQueueSensor;
     friend class SoTimerQueueSensor;
-    static void runImmediate();
+    static void runImmediate(SoDelayQueueSensor* sensor);
     static void insert(SoDelayQueueSensor* sensor);
     static void remove(SoDelayQueueSensor* sensor);
     static void insert(SoTimerQueueSensor* sensor);
