@@ -93,7 +93,8 @@ std::string describe(const std::vector<const SoField*>& cycle)
 
 bool isEvent(const SoField& field)
 {
-    return field.isOfType(SoSFTrigger::getClassTypeId());
+    return field.getFieldType() == SoField::EVENT_IN
+           || field.isOfType(SoSFTrigger::getClassTypeId());
 }
 
 } // namespace

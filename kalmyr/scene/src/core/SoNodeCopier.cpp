@@ -135,11 +135,7 @@ void SoNodeCopier::mastersFirst(std::vector<Connection>& connections)
 
 void SoNodeCopier::connect(const Connection& one)
 {
-    // To be connected is no event.
-    const bool isEvent = one.original->getFieldType() == SoField::EVENT_IN;
-    const bool told = one.follower->enableNotify(!isEvent);
     one.follower->connectFrom(one.master);
-    one.follower->enableNotify(told);
     one.follower->enableConnection(one.original->isConnectionEnabled());
 }
 

@@ -5,6 +5,8 @@
 SoDelayQueueSensor::~SoDelayQueueSensor()
 {
     unschedule();
+    if (m_running)
+        SoSensorManager::forgetRunning(this);
 }
 
 void SoDelayQueueSensor::schedule()

@@ -17,8 +17,7 @@ using DelayKey = std::pair<std::uint32_t, std::uint64_t>; // priority, then orde
 struct Queues {
     std::vector<SoDelayQueueSensor*> immediate; // collected on a walk; null once removed
     std::size_t next = 0;                       // immediate sensors before it had their turn
-    std::vector<SoDelayQueueSensor*> running;   // immediate sensors inside their callback
-    std::vector<SoDelayQueueSensor*> again;     // of these, those with more to report
+    std::vector<SoDelayQueueSensor*> running;   // inside their callback; null once deleted there
     std::map<DelayKey, SoDelayQueueSensor*> delay;
     std::map<DelayKey, SoDelayQueueSensor*> idle;
     std::set<std::pair<double, SoTimerQueueSensor*>> timers;
@@ -127,16 +126,28 @@ void SoSensorManager::runImmediate(SoDelayQueueSensor* sensor)
         return;
     // A sensor inside its own callback is not called again before that returns; an edit made
     // there is reported to it afterwards, as the last change.
-    if (std::find(q.running.begin(), q.running.end(), sensor) != q.running.end()) {
-        q.again.push_back(sensor);
+    if (sensor->m_running) {
+        sensor->m_again = true;
         return;
     }
     q.running.push_back(sensor);
+    sensor->m_running = true;
     sensor->m_scheduled = false;
     sensor->trigger();
+    sensor = q.running.back();
     q.running.pop_back();
-    if (std::erase(q.again, sensor) > 0)
+    if (!sensor)
+        return;
+    sensor->m_running = false;
+    if (std::exchange(sensor->m_again, false))
         q.immediate.push_back(sensor);
+}
+
+void SoSensorManager::forgetRunning(const SoDelayQueueSensor* sensor)
+{
+    std::replace(queues().running.begin(), queues().running.end(),
+                 const_cast<SoDelayQueueSensor*>(sensor),
+                 static_cast<SoDelayQueueSensor*>(nullptr));
 }
 
 std::uint64_t SoSensorManager::getCascade()
@@ -164,7 +175,7 @@ void SoSensorManager::remove(SoDelayQueueSensor* sensor)
     Queues& q = queues();
     std::replace(q.immediate.begin() + static_cast<std::ptrdiff_t>(q.next), q.immediate.end(),
                  sensor, static_cast<SoDelayQueueSensor*>(nullptr));
-    std::erase(q.again, sensor);
+    sensor->m_again = false;
     const auto drop = [sensor](auto& queue) {
         for (auto at = queue.begin(); at != queue.end(); ++at)
             if (at->second == sensor) {

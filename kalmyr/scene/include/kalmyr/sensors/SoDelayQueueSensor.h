@@ -30,6 +30,8 @@ private:
     friend class SoSensorManager;
     std::uint32_t m_priority = kDefaultPriority;
     bool m_scheduled = false;
+    bool m_running = false;     ///< immediate, inside its callback
+    bool m_again = false;       ///< scheduled there; its turn comes after it
     std::uint64_t m_ticket = 0; ///< place in the queue; SoSensorManager's own
 };
 

@@ -38,6 +38,7 @@ private:
     friend class SoDelayQueueSensor;
     friend class SoTimerQueueSensor;
     static void runImmediate(SoDelayQueueSensor* sensor);
+    static void forgetRunning(const SoDelayQueueSensor* sensor);
     static void insert(SoDelayQueueSensor* sensor);
     static void remove(SoDelayQueueSensor* sensor);
     static void insert(SoTimerQueueSensor* sensor);
