@@ -384,6 +384,16 @@ TEST_F(SoGuiViewerTest, StartsAtTheFirstViewpoint)
     resting->set_bind = false;
     other->set_bind = false;
     EXPECT_TRUE(near(camera().position.getValue(), {6, 2, 30}, 1e-4f));
+    // It is carried along, wherever it went meanwhile.
+    camera().position = SbVec3f(6, 2, 31);
+    shift->translation = SbVec3f(0, 0, 0);
+    viewpoint->orientation = SbRotation(SbVec3f(0, 1, 0), 0.1f + 1.5707963f);
+    viewer->prepareFrame();
+    EXPECT_TRUE(near(camera().position.getValue(), {2, 2, 30}, 1e-4f));
+    EXPECT_TRUE(camera().orientation.getValue().equals(viewpoint->orientation.getValue(), 1e-5f));
+    scene->removeChild(viewpoint);
+    viewer->prepareFrame();
+    EXPECT_TRUE(near(camera().position.getValue(), {2, 2, 30}, 1e-4f));
     EXPECT_TRUE(viewer->isHeadlight());
     dark->set_bind = true;
     EXPECT_FALSE(viewer->isHeadlight());

@@ -4,6 +4,7 @@
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/core/SoPath.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
@@ -45,6 +46,7 @@ SoType SoGuiViewer::getTypeId() const
 SoGuiViewer::SoGuiViewer()
     : m_root(new SoSeparator),
       m_headlight(new SoDirectionalLight),
+      m_viewpointPose(std::make_unique<Pose>()),
       m_flight(&flightStep, this),
       m_heightAngle(kDefaultHeightAngle)
 {
@@ -77,6 +79,7 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
     const SoRef<SoNode> kept(root);
     m_structureSensor.detach();
     takeOut(*m_root, m_scene.get());
+    m_viewpoint = nullptr;
     m_scene = nullptr; // what is bound now is looked at below
     if (root) {
         m_root->addChild(root);

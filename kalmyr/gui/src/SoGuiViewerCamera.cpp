@@ -145,7 +145,7 @@ void SoGuiViewer::placeCamera()
     saveHomePosition();
 }
 
-bool SoGuiViewer::placeByViewpoint()
+bool SoGuiViewer::findViewpoint()
 {
     SoNode* bound = boundNode("VRMLViewpoint", m_scene.get());
     SoSearchAction search;
@@ -153,18 +153,50 @@ bool SoGuiViewer::placeByViewpoint()
     search.setSearchingAll(true);
     if (bound)
         search.apply(m_scene.get());
-    SoPath* path = search.getPath();
-    if (!path)
-        return false;
+    m_viewpoint = search.getPath();
+    if (m_viewpoint)
+        *m_viewpointPose = viewpointPose();
+    return m_viewpoint.get() != nullptr;
+}
+
+SoGuiViewer::Pose SoGuiViewer::viewpointPose() const
+{
     SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());
-    matrix.apply(path);
+    matrix.apply(m_viewpoint.get());
     const SbMatrix& toWorld = matrix.getMatrix();
-    const SoNode& viewpoint = *path->getTail();
-    const SbVec3f position =
-        toWorld.point(valueOf<SoSFVec3f>(viewpoint, "position", SbVec3f(0, 0, 10)));
+    const SoNode& viewpoint = *m_viewpoint->getTail();
+    return {toWorld.point(valueOf<SoSFVec3f>(viewpoint, "position", SbVec3f(0, 0, 10))),
+            valueOf<SoSFRotation>(viewpoint, "orientation", SbRotation()) * SbRotation(toWorld)};
+}
+
+/// Who looks from a viewpoint that moves is carried along.
+void SoGuiViewer::followViewpoint()
+{
+    if (!m_viewpoint || !m_ownCamera)
+        return;
+    const SoType type = SoType::fromName(SbName("VRMLViewpoint"));
+    if (!m_viewpoint->getTail() || m_viewpoint->getTail()->getTypeId() != type) {
+        m_viewpoint = nullptr; // it was taken out of the scene
+        return;
+    }
+    const Pose now = viewpointPose();
+    const Pose before = std::exchange(*m_viewpointPose, now);
+    if (now.position == before.position && now.orientation == before.orientation)
+        return;
+    const SbRotation turn = before.orientation.inverse() * now.orientation;
+    const SbVec3f aside = m_camera->position.getValue() - before.position;
+    m_camera->position = now.position + turn.rotated(aside);
+    m_camera->orientation = m_camera->orientation.getValue() * turn;
+}
+
+bool SoGuiViewer::placeByViewpoint()
+{
+    if (!findViewpoint())
+        return false;
+    const SbVec3f position = m_viewpointPose->position;
+    const SoNode& viewpoint = *m_viewpoint->getTail();
     m_camera->position = position;
-    m_camera->orientation =
-        valueOf<SoSFRotation>(viewpoint, "orientation", SbRotation()) * SbRotation(toWorld);
+    m_camera->orientation = m_viewpointPose->orientation;
     const SbBox3f box = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion());
     if (!box.isEmpty())
         m_camera->focalDistance = clampedSize((box.getCenter() - position).length());
@@ -183,11 +215,13 @@ void SoGuiViewer::nodeBound(void* data, SoVRMLBindable* node)
     if (!self->m_scene || !node->isAtOrBelow(self->m_scene.get()))
         return;
     const bool isViewpoint = node->getTypeId() == SoType::fromName(SbName("VRMLViewpoint"));
-    if (isViewpoint && self->m_ownCamera && valueOf<SoSFBool>(*node, "jump", true)) {
+    if (!isViewpoint) {
+        self->followNavigationInfo();
+    } else if (self->m_ownCamera && valueOf<SoSFBool>(*node, "jump", true)) {
         self->stopAnimation();
         self->placeByViewpoint();
-    } else if (!isViewpoint) {
-        self->followNavigationInfo();
+    } else {
+        self->findViewpoint();
     }
 }
 
@@ -360,6 +394,7 @@ void SoGuiViewer::aimHeadlight()
 void SoGuiViewer::prepareFrame()
 {
     followSceneCamera();
+    followViewpoint();
     if (m_placedProvisionally && m_placedProvisionally == m_camera->getChangeId()) {
         viewAll();
         saveHomePosition();

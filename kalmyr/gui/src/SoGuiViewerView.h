@@ -11,3 +11,9 @@ struct SoGuiViewer::View {
     SbRotation orientation;
     float height = 2;
 };
+
+/// Where somebody stands in the world, and how he looks from there.
+struct SoGuiViewer::Pose {
+    SbVec3f position;
+    SbRotation orientation;
+};

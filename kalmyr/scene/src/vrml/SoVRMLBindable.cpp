@@ -5,7 +5,9 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
+#include <kalmyr/vrml/SoVRMLSwitch.h>
 
 #include <algorithm>
 #include <utility>
@@ -64,12 +66,27 @@ const SoNode* worldOf(const SoNode* node)
     return node;
 }
 
-bool isInlined(const SoPath& path)
+/// Which of the first nodes come before others.
+enum Rank { SHOWN, INLINED, HIDDEN };
+
+bool isHidden(const SoNode& node, int child)
 {
-    for (int i = 0; i < path.getLength(); ++i)
-        if (path.getNode(i)->isOfType(SoVRMLInline::getClassTypeId()))
-            return true;
-    return false;
+    if (node.isOfType(SoVRMLSwitch::getClassTypeId()))
+        return static_cast<const SoVRMLSwitch&>(node).whichChoice.getValue() != child;
+    return node.isOfType(SoVRMLLOD::getClassTypeId()) && child > 0;
+}
+
+Rank rankOf(const SoPath& path)
+{
+    Rank rank = SHOWN;
+    for (int i = 0; i + 1 < path.getLength(); ++i) {
+        const SoNode& node = *path.getNode(i);
+        if (isHidden(node, path.getIndex(i + 1)))
+            return HIDDEN;
+        if (node.isOfType(SoVRMLInline::getClassTypeId()))
+            rank = INLINED;
+    }
+    return rank;
 }
 
 } // namespace
@@ -217,9 +234,9 @@ void SoVRMLBindable::bindFirst(SoNode* world)
     search.setSearchingAll(true); // parts of prototypes as well
     search.apply(world);
     std::vector<SoRef<SoVRMLBindable>> found;
-    for (const bool inlined : {false, true})
+    for (const Rank rank : {SHOWN, INLINED, HIDDEN})
         for (const SoRef<SoPath>& path : search.getPaths())
-            if (isInlined(*path) == inlined)
+            if (rankOf(*path) == rank)
                 found.emplace_back(static_cast<SoVRMLBindable*>(path->getTail()));
     std::vector<SoType> known;
     for (const auto& one : found) {

@@ -11,6 +11,7 @@
 
 class SoCamera;
 class SoDirectionalLight;
+class SoPath;
 class SoSeparator;
 class SoVRMLBindable;
 
@@ -20,9 +21,10 @@ class SoVRMLBindable;
 /// The first camera of the scene is the one that moves, where the scene has one; its near and far
 /// planes are widened when they would cut the scene. Otherwise the viewer puts a camera of its own
 /// in front of the scene, placed by the bound viewpoint or so that everything is in view, and jumps
-/// to viewpoints that are bound later (a viewpoint without `jump` leaves it where it is). Of the
-/// scene it changes no values; of VRML97 nodes that can be bound it binds the first. A camera that
-/// is added to the scene or removed from it later is noticed with the next frame.
+/// to viewpoints that are bound later (a viewpoint without `jump` leaves it where it is). It goes
+/// with the bound viewpoint when that moves. Of the scene it changes no values; of VRML97 nodes
+/// that can be bound it binds the first. A camera that is added to the scene or removed from it
+/// later is noticed with the next frame.
 class KALMYRGUI_API SoGuiViewer : public SoGuiRenderArea {
 public:
     enum CameraType { PERSPECTIVE, ORTHOGRAPHIC };
@@ -101,6 +103,10 @@ private:
     void stateChanged();
     void useCamera(SoCamera* sceneCamera, CameraType ownType);
     void placeCamera();
+    struct Pose;
+    bool findViewpoint();
+    Pose viewpointPose() const;
+    void followViewpoint();
     bool placeByViewpoint();
     void followSceneCamera();
     void followNavigationInfo();
@@ -115,6 +121,8 @@ private:
     SoRef<SoDirectionalLight> m_headlight;
     SoRef<SoCamera> m_camera;
     SoRef<SoNode> m_scene;
+    SoRef<SoPath> m_viewpoint;             ///< to the bound one; null without
+    std::unique_ptr<Pose> m_viewpointPose; ///< when it was looked at last
     SoNodeSensor m_structureSensor;
     std::unique_ptr<View> m_home;
     std::unique_ptr<View> m_from;

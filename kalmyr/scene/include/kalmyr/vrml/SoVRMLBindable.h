@@ -25,7 +25,8 @@ public:
     /// The bound node of that type in the world of `node`; null when none is.
     static SoVRMLBindable* getBound(const SoNode* node, SoType type);
     /// What viewers call for a world that they begin to show: binds the first node of each type of
-    /// which none is bound yet. Nodes of inlined files come last.
+    /// which none is bound yet. Nodes of inlined files come after
+    /// others, those that switches do not show last.
     static void bindFirst(SoNode* world);
 
     /// Whether the node counts: it is bound, or no node of its type is in its world.
