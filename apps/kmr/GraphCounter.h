@@ -7,6 +7,7 @@
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
 #include <cstdint>
@@ -53,11 +54,23 @@ private:
         const SoChildList* children = node->getInternalChildren();
         // The first child of an inline only stands for its box.
         for (int i = isInline(node) ? 1 : 0; children && i < children->getLength(); ++i)
-            result = sum(result, visit((*children)[i]));
+            result =
+                sum(result, isInline(node) ? visitContent((*children)[i]) : visit((*children)[i]));
         const SoFieldData* data = node->getFieldData();
         for (int i = 0; data && i < data->getNumFields(); ++i)
             result = sum(result, visitField(*data->getField(node, i)));
         m_known[node] = result;
+        return result;
+    }
+
+    /// What an inline shows: the group around the nodes of a VRML97 file is no node of the file.
+    std::uint64_t visitContent(const SoNode* node)
+    {
+        if (node->getTypeId() != SoVRMLGroup::getClassTypeId())
+            return visit(node);
+        std::uint64_t result = 0;
+        for (const SoNode* child : node->getChildren()->getNodes())
+            result = sum(result, visit(child));
         return result;
     }
 

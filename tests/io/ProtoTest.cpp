@@ -142,13 +142,15 @@ TEST_F(ProtoTest, FindsPrototypesInOtherFilesWhateverTheirOrder)
         writeFile("main.wrl",
                   std::string(io::kVrml97)
                       + "EXTERNPROTO Size [ field SFFloat r ] [ \"lib/none.wrl\" \"lib/b.wrl\" ]\n"
-                        "PROTO Main [ ] { Group { } }\nSize { r 2 } Size { }");
+                        "EXTERNPROTO Bare [ ] \"lib/a.wrl#Size\"\n"
+                        "PROTO Main [ ] { Group { } }\nSize { r [ 2 ] } Size { } Bare { }");
     SoInput in;
     ASSERT_TRUE(in.openFile(file));
     const SoRef<SoVRMLGroup> root(SoDB::readAllVRML(&in));
     ASSERT_TRUE(root);
     EXPECT_EQ(sizeOf(root->getChild(0)), SbVec3f(4, 4, 4));
     EXPECT_EQ(sizeOf(root->getChild(1)), SbVec3f(6, 6, 6));
+    EXPECT_EQ(sizeOf(root->getChild(2)), SbVec3f(6, 6, 6));
     EXPECT_TRUE(warnings.contains("'Back' cannot be found"));
 }
 

@@ -83,6 +83,7 @@ bool SceneReader::readProto(bool external)
     if (!readInterface(*proto, begin))
         return false;
     if (external) {
+        proto->urlsAt = text.getOffset() - begin;
         if (!readUrls(*proto))
             return false;
     } else {
@@ -252,6 +253,9 @@ bool SceneReader::readDefaults(Vrml97Reader& reader, SoVRMLProtoInstance& instan
     const SoVRMLProto* body = bodyOf(instance.getProto());
     for (const SoVRMLProto::Entry& entry : body->interface) {
         SoField* field = instance.getField(entry.name);
+        // Declarations of prototypes elsewhere need not name what nobody here sets.
+        if (!field && body != proto)
+            field = instance.getDeclared().declare(entry.type, entry.name, entry.kind);
         if (!field || !field->isDefault() || entry.valueAt == 0
             || (body != proto && field->getTypeId() != SoType::fromName(entry.type)))
             continue;

@@ -1,8 +1,11 @@
 // Prototypes of VRML97: their declarations in front of the nodes.
 #include "SoSceneWriter.h"
 
+#include "Relocation.h"
+
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoTokenizer.h>
+#include <kalmyr/fields/SoValueText.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 
 #include <algorithm>
@@ -112,6 +115,20 @@ std::string SceneWriter::textOf(const SoVRMLProto* proto) const
     return text.append(at, proto->text.data() + proto->text.size());
 }
 
+/// With urls that lead from the folder of what is written to where they led.
+std::string SceneWriter::externalText(const SoVRMLProto& proto) const
+{
+    std::string urls;
+    bool anyMoved = false;
+    for (const SbString& url : proto.urls) {
+        const SbString moved = relocated(url, proto.folder, m_folder);
+        anyMoved |= moved != url;
+        urls += ' ';
+        writeQuoted(urls, moved.toStdString());
+    }
+    return anyMoved ? proto.text.substr(0, proto.urlsAt) + " [" + urls + " ]" : textOf(&proto);
+}
+
 void SceneWriter::prototypes()
 {
     nameProtos();
@@ -120,7 +137,7 @@ void SceneWriter::prototypes()
         m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
         m_buffer += nameOfProto(proto);
         m_buffer += ' ';
-        m_buffer += textOf(proto);
+        m_buffer += proto->external ? externalText(*proto) : textOf(proto);
         m_buffer += '\n';
         flushIfLarge();
     }

@@ -442,6 +442,8 @@ bool SceneReader::readFieldValue(SoField& field)
 {
     if (m_isBinary && text.accept('@'))
         return readBlock(field);
+    if (mayLeaveOutUse() && text.peek() == '[' && !field.isOfType(SoMField::getClassTypeId()))
+        return text.expect('[') && field.readValue(*this) && text.expect(']');
     return field.isOfType(SoMNodeField::getClassTypeId())
                ? readNodeList(static_cast<SoMNodeField&>(field))
                : field.readValue(*this);

@@ -96,6 +96,7 @@ private:
     void nameProtos();
     std::string_view nameOfProto(const SoVRMLProto* proto) const;
     std::string textOf(const SoVRMLProto* proto) const;
+    std::string externalText(const SoVRMLProto& proto) const;
     void foreign(const SoNode* node);
     void findRoutes(const SoFieldContainer* container);
     void findEngine(const SoFieldContainer* engine);

@@ -33,6 +33,7 @@ public:
     std::vector<Entry> interface;
     std::size_t bodyAt = kNoBody; ///< behind the brace that opens the body
     bool external = false;        ///< the body stands in another file, one of `urls`
+    std::size_t urlsAt = 0;       ///< where they stand in the text
     std::vector<SbString> urls;
     SbString folder;             ///< that relative urls start from
     SoRef<SoVRMLProto> resolved; ///< the declaration in the other file, once it was found
