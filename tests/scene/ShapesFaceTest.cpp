@@ -202,20 +202,29 @@ TEST_F(FaceBuilderTest, EndlesslyCrossingPolygonsTakeNoEndlessTime)
     FaceInput input = inputOf(tangled, face);
     input.convex = false;
     EXPECT_EQ(build(input)->getNumTriangles(), kCorners - 2u); // a plain fan
-    input = inputOf(comb, face);
-    input.convex = false;
-    const SoRef<SoGeometry> geometry = build(input);
-    EXPECT_EQ(geometry->getNumTriangles(), kCorners - 2u);
-    EXPECT_FLOAT_EQ(geometry->getBox().getMax()[1], 2.f);
-    double area = 0;
-    for (std::size_t i = 0; i < geometry->triangles.size(); i += 3) {
-        const SbVec3f a = geometry->positions[geometry->triangles[i]];
-        area += 0.5
-                * (geometry->positions[geometry->triangles[i + 1]] - a)
-                      .cross(geometry->positions[geometry->triangles[i + 2]] - a)
-                      .length();
+    // However it lies; a tooth that hangs through the floor crosses it.
+    comb[kCorners / 2][1] = -1;
+    const int places[][3] = {{0, 1, 2}, {1, 0, 2}, {2, 0, 1}, {0, 2, 1}, {1, 2, 0}};
+    for (const auto& place : places) {
+        std::vector<SbVec3f> lying(comb.size());
+        for (std::size_t i = 0; i < comb.size(); ++i)
+            for (int k = 0; k < 3; ++k)
+                lying[i][place[k]] = comb[i][k];
+        input = inputOf(lying, face);
+        input.convex = false;
+        const SoRef<SoGeometry> geometry = build(input);
+        EXPECT_EQ(geometry->getNumTriangles(), kCorners - 2u);
+        EXPECT_FLOAT_EQ(geometry->getBox().getMax()[place[1]], 2.f);
+        double area = 0;
+        for (std::size_t i = 0; i < geometry->triangles.size(); i += 3) {
+            const SbVec3f a = geometry->positions[geometry->triangles[i]];
+            area += 0.5
+                    * (geometry->positions[geometry->triangles[i + 1]] - a)
+                          .cross(geometry->positions[geometry->triangles[i + 2]] - a)
+                          .length();
+        }
+        EXPECT_NEAR(area, 1.5 * kCorners, 5.0);
     }
-    EXPECT_NEAR(area, 1.5 * kCorners, 5.0);
 }
 
 TEST_F(FaceBuilderTest, LeavesOutFacesWithBadIndicesAndSaysSoOnce)

@@ -8,6 +8,9 @@
 
 #include <kalmyr/shapes/SoGeometry.h>
 
+#include <numeric>
+#include <utility>
+
 namespace kalmyr {
 
 namespace {
@@ -34,6 +37,8 @@ struct Build {
 
     void read();
     void makeIndices(SoGeometry& geometry) const;
+    bool sharesNothing() const;
+    void makeCorners(SoGeometry& geometry);
     std::int32_t normalOf(std::uint32_t corner, const detail::Place& place) const;
 };
 
@@ -118,6 +123,48 @@ void Build::makeIndices(SoGeometry& geometry) const
     detail::writeVertices(table, sources, geometry);
 }
 
+/// Faces with a normal each share no vertices: every corner is one. (What is tessellated may leave
+/// corners out.)
+bool Build::sharesNothing() const
+{
+    return !normals.isGiven() && input.makeNormals && made.mode == FaceNormals::BY_FACE
+           && input.convex && !mesh.slots.empty();
+}
+
+void Build::makeCorners(SoGeometry& geometry)
+{
+    const std::size_t count = mesh.slots.size();
+    geometry.positions.resize(count);
+    geometry.normals.resize(count);
+    if (colors.isGiven())
+        geometry.colors.resize(count);
+    if (texCoords.isGiven())
+        geometry.texCoords.resize(count);
+    detail::Fault ignored;
+    const auto indexOf = [&](const AttributeLookup& attribute, const detail::Place& place) {
+        return attribute.isConstant() ? 0 : static_cast<std::size_t>(attribute.at(place, ignored));
+    };
+    for (std::size_t f = 0; f < mesh.numFaces(); ++f) {
+        const FaceMesh::Face& face = mesh.faces[f];
+        for (std::size_t c = face.first; c < mesh.faces[f + 1].first; ++c) {
+            const detail::Place place{mesh.slots[c], face.run, face.number, face.run};
+            geometry.positions[c] =
+                input.positions[static_cast<std::size_t>(input.coordIndex[place.slot])];
+            geometry.normals[c] = made.values[f];
+            if (colors.isGiven())
+                geometry.colors[c] = input.colors.values[indexOf(colors, place)];
+            if (texCoords.isGiven())
+                geometry.texCoords[c] = input.texCoords.values[indexOf(texCoords, place)];
+        }
+    }
+    if (mesh.onlyTriangles) {
+        geometry.triangles.resize(count);
+        std::iota(geometry.triangles.begin(), geometry.triangles.end(), 0u);
+    } else {
+        geometry.triangles = std::move(mesh.triangles);
+    }
+}
+
 void flipTriangles(SoGeometry& geometry)
 {
     for (std::size_t i = 0; i + 2 < geometry.triangles.size(); i += 3) {
@@ -142,8 +189,11 @@ void FaceBuilder::build(SoGeometry& geometry) const
 {
     Build build(m_input);
     build.read();
-    build.makeIndices(geometry);
     writeFaces(build.mesh, geometry);
+    if (build.sharesNothing())
+        build.makeCorners(geometry);
+    else
+        build.makeIndices(geometry);
     if (m_input.clockwise)
         flipTriangles(geometry);
     if (geometry.texCoords.empty() && m_input.makeTexCoords)

@@ -21,11 +21,24 @@ struct FaceTessellator::Glu {
     std::deque<Corner> corners; // addresses are handed to the tessellator and must stay
     std::uint32_t numGiven = 0;
     bool failed = false;
+    bool turned = false; ///< the plane is turned a quarter, about `away`
+    int away = 0;
 
     ~Glu()
     {
         if (tess)
             gluDeleteTess(tess);
+    }
+
+    /// A quarter about the axis that the polygon is seen along; back for a negative sign.
+    std::array<double, 3> turn(const double* p, int sign) const
+    {
+        std::array<double, 3> to{p[0], p[1], p[2]};
+        if (turned) {
+            to[(away + 1) % 3] = sign * p[(away + 2) % 3];
+            to[(away + 2) % 3] = -sign * p[(away + 1) % 3];
+        }
+        return to;
     }
 
     void* add(const double* position)
@@ -44,6 +57,8 @@ using Callback = void (*)();
 constexpr std::size_t kFewCorners = 500;
 constexpr std::size_t kSamples = 20'000;
 constexpr double kCrossingsPerCorner = 30;
+/// Half a minute.
+constexpr double kMaxSweepSteps = 3e9;
 
 double sideOf(const SbVec2f& from, const SbVec2f& to, const SbVec2f& point)
 {
@@ -57,13 +72,19 @@ bool cross(const SbVec2f& a, const SbVec2f& b, const SbVec2f& c, const SbVec2f& 
     return sideOf(a, b, c) * sideOf(a, b, d) < 0 && sideOf(c, d, a) * sideOf(c, d, b) < 0;
 }
 
+int longestComponent(const SbVec3f& normal)
+{
+    int longest = 0;
+    for (int i = 1; i < 3; ++i)
+        if (std::abs(normal[i]) > std::abs(normal[longest]))
+            longest = i;
+    return longest;
+}
+
 /// The polygon as seen along the longest component of its normal.
 std::vector<SbVec2f> flatten(std::span<const SbVec3f> polygon, const SbVec3f& normal)
 {
-    int away = 0;
-    for (int i = 1; i < 3; ++i)
-        if (std::abs(normal[i]) > std::abs(normal[away]))
-            away = i;
+    const int away = longestComponent(normal);
     std::vector<SbVec2f> flat;
     flat.reserve(polygon.size());
     for (const SbVec3f& p : polygon)
@@ -73,12 +94,9 @@ std::vector<SbVec2f> flatten(std::span<const SbVec3f> polygon, const SbVec3f& no
 
 /// Whether the edges cross so often, by a sample of pairs, that cutting them at every crossing
 /// would take minutes: nothing that anybody would want to see, but files may hold it.
-bool crossesEverywhere(std::span<const SbVec3f> polygon, const SbVec3f& normal)
+bool crossesEverywhere(std::span<const SbVec2f> flat)
 {
-    const std::size_t n = polygon.size();
-    if (n < kFewCorners)
-        return false;
-    const std::vector<SbVec2f> flat = flatten(polygon, normal);
+    const std::size_t n = flat.size();
     std::minstd_rand random; // always the same sample, for the same picture every time
     std::size_t crossings = 0;
     for (std::size_t i = 0; i < kSamples; ++i) {
@@ -88,6 +106,28 @@ bool crossesEverywhere(std::span<const SbVec3f> polygon, const SbVec3f& normal)
     }
     const double pairs = 0.5 * double(n) * double(n);
     return double(crossings) / kSamples * pairs > kCrossingsPerCorner * double(n);
+}
+
+/// How many edges a line that sweeps along the axis meets, for each corner where it begins to meet
+/// two more: the tessellator looks at that many. By a sample of places.
+double sweepSteps(std::span<const SbVec2f> flat, int axis)
+{
+    constexpr std::size_t kPlaces = 40;
+    const std::size_t n = flat.size();
+    std::size_t met = 0, begins = 0;
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+        const float at = flat[i * n / kPlaces][axis];
+        float before = flat[n - 1][axis];
+        for (const SbVec2f& p : flat) {
+            met += (before < at) != (p[axis] < at);
+            before = p[axis];
+        }
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        const float here = flat[i][axis];
+        begins += here < flat[(i + 1) % n][axis] && here <= flat[(i + n - 1) % n][axis];
+    }
+    return double(met) / kPlaces * double(begins);
 }
 
 } // namespace
@@ -112,7 +152,8 @@ FaceTessellator::FaceTessellator() : m_glu(std::make_unique<Glu>())
         if (like >= glu->numGiven)
             like = made[like - glu->numGiven].like;
         *out = glu->add(position);
-        made.push_back({SbVec3f(position[0], position[1], position[2]), like});
+        const auto back = glu->turn(position, -1);
+        made.push_back({SbVec3f(back[0], back[1], back[2]), like});
     };
     void (*error)(GLenum, void*) = [](GLenum, void* data) {
         static_cast<Glu*>(data)->failed = true;
@@ -128,22 +169,39 @@ FaceTessellator::FaceTessellator() : m_glu(std::make_unique<Glu>())
 
 FaceTessellator::~FaceTessellator() = default;
 
+/// Chooses the way to sweep; false when either would take minutes.
+bool FaceTessellator::prepare(std::span<const SbVec3f> polygon, const SbVec3f& normal)
+{
+    m_glu->away = longestComponent(normal);
+    m_glu->turned = false;
+    if (polygon.size() < kFewCorners)
+        return true;
+    const std::vector<SbVec2f> flat = flatten(polygon, normal);
+    if (crossesEverywhere(flat))
+        return false;
+    const double across = sweepSteps(flat, 0), along = sweepSteps(flat, 1);
+    m_glu->turned = along < across;
+    return std::min(across, along) < kMaxSweepSteps;
+}
+
 bool FaceTessellator::tessellate(std::span<const SbVec3f> polygon, const SbVec3f& normal)
 {
     m_triangles.clear();
     m_newPoints.clear();
     m_glu->corners.clear();
     m_glu->numGiven = static_cast<std::uint32_t>(polygon.size());
-    m_glu->failed = !m_glu->tess || crossesEverywhere(polygon, normal);
+    m_glu->failed = !m_glu->tess || !prepare(polygon, normal);
     if (m_glu->failed)
         return false;
     GLUtesselator* tess = m_glu->tess;
-    gluTessNormal(tess, normal[0], normal[1], normal[2]);
+    const double given[3] = {normal[0], normal[1], normal[2]};
+    const auto facing = m_glu->turn(given, 1);
+    gluTessNormal(tess, facing[0], facing[1], facing[2]);
     gluTessBeginPolygon(tess, m_glu.get());
     gluTessBeginContour(tess);
     for (const SbVec3f& p : polygon) {
         const double position[3] = {p[0], p[1], p[2]};
-        void* corner = m_glu->add(position);
+        void* corner = m_glu->add(m_glu->turn(position, 1).data());
         gluTessVertex(tess, static_cast<Glu::Corner*>(corner)->position.data(), corner);
     }
     gluTessEndContour(tess);

@@ -31,6 +31,8 @@ public:
     const std::vector<NewPoint>& getNewPoints() const { return m_newPoints; }
 
 private:
+    bool prepare(std::span<const SbVec3f> polygon, const SbVec3f& normal);
+
     struct Glu;
     std::unique_ptr<Glu> m_glu;
     std::vector<std::uint32_t> m_triangles;

@@ -113,6 +113,9 @@ bool Extruder::run()
     const int m = static_cast<int>(crossSection.size());
     if (n < 2 || m < 2)
         return false;
+    const std::size_t count = spine.size() * crossSection.size();
+    points.reserve(count);
+    faces.reserve(5 * count);
     m_closedSpine = n > 2 && spine.front() == spine.back();
     m_closedSection = m > 2 && crossSection.front() == crossSection.back();
     findAxes();

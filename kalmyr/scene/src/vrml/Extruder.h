@@ -3,6 +3,7 @@
 #include <kalmyr/base/SbRotation.h>
 #include <kalmyr/base/SbVec.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -12,6 +13,9 @@ namespace kalmyr::detail {
 /// Moves a cross section along a spine, as VRML97 describes it.
 class Extruder {
 public:
+    /// Files of a few megabytes could ask for any number.
+    static constexpr std::size_t kMaxPoints = 20'000'000;
+
     std::span<const SbVec2f> crossSection;
     std::span<const SbVec3f> spine;
     std::span<const SbVec2f> scale; ///< one, or one a spine point; missing ones take the last

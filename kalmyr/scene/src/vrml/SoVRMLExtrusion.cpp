@@ -2,6 +2,7 @@
 
 #include "Extruder.h"
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/shapes/FaceBuilder.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
@@ -40,6 +41,13 @@ void SoVRMLExtrusion::initClass()
 void SoVRMLExtrusion::buildGeometry(SoState*, SoGeometry& geometry)
 {
     kalmyr::detail::Extruder extruder;
+    const auto numRings = static_cast<std::size_t>(spine.getNum());
+    if (numRings * static_cast<std::size_t>(crossSection.getNum()) > extruder.kMaxPoints) {
+        SoDebugError::postWarning("SoVRMLExtrusion",
+                                  "%s: %d spine points by %d of the cross section are too many",
+                                  getName().getString(), spine.getNum(), crossSection.getNum());
+        return;
+    }
     extruder.crossSection = crossSection.values();
     extruder.spine = spine.values();
     extruder.scale = scale.values();
