@@ -210,7 +210,9 @@ TEST_F(KeptTest, PrototypesOfOneNameAndUnusedOnes)
     const std::string one = writeFile("one.wrl", std::string(io::kVrml97)
                                                      + "PROTO P [ ] { Box { } }\n"
                                                        "PROTO Q [ ] { Shape { geometry P { } } }\n"
-                                                       "PROTO Spare [ ] { Cone { } }\nQ { }");
+                                                       "PROTO Spare [ ] { Cone { } }\n"
+                                                       "PROTO R [ ] { PROTO In [ ] { Group { } } "
+                                                       "In { } }\nQ { } R { }");
     const std::string two =
         writeFile("two.wrl", std::string(io::kVrml97)
                                  + "PROTO P [ ] { Shape { geometry Sphere { } } }\nP { }");

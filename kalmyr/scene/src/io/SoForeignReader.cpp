@@ -35,7 +35,7 @@ void SceneReader::keepUnused(const SoNode* root) const
 {
     std::vector<const SoVRMLProto*> unused;
     for (const SoVRMLProto* proto = m_protos.get(); proto; proto = proto->getPrevious())
-        if (proto->getRefCount() == 1) // instances hold theirs
+        if (proto->getNumInstances() == 0)
             unused.push_back(proto);
     for (auto proto = unused.rbegin(); proto != unused.rend(); ++proto)
         SoForeignFields::add(root,

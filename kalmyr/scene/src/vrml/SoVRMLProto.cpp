@@ -78,11 +78,23 @@ void SoVRMLProtoInstance::initClass()
 }
 
 SoVRMLProtoInstance::SoVRMLProtoInstance() : m_declared(this), m_parts(this) {}
-SoVRMLProtoInstance::~SoVRMLProtoInstance() = default;
+SoVRMLProtoInstance::~SoVRMLProtoInstance()
+{
+    holdProto(nullptr);
+}
+
+void SoVRMLProtoInstance::holdProto(SoVRMLProto* proto)
+{
+    if (m_proto)
+        --m_proto->m_numInstances;
+    m_proto = proto;
+    if (proto)
+        ++proto->m_numInstances;
+}
 
 void SoVRMLProtoInstance::setProto(SoVRMLProto* proto)
 {
-    m_proto = proto;
+    holdProto(proto);
     for (const SoVRMLProto::Entry& entry : proto->interface)
         m_declared.declare(entry.type, entry.name, entry.kind);
 }
@@ -110,7 +122,7 @@ void SoVRMLProtoInstance::doAction(SoAction* action)
 void SoVRMLProtoInstance::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     const auto* source = static_cast<const SoVRMLProtoInstance*>(from);
-    m_proto = source->m_proto;
+    holdProto(source->m_proto.get());
     m_declared.copy(source->m_declared, copier);
     SoForeignFields::copy(from, this);
     if (!from->getName().isEmpty())

@@ -7,6 +7,7 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoDeclaredFields.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -52,13 +53,18 @@ public:
         return const_cast<SoVRMLProto*>(std::as_const(*this).find(wanted));
     }
 
+    /// Nodes that are made of it at present. Declarations behind it hold it as well.
+    int getNumInstances() const { return m_numInstances; }
+
 protected:
     ~SoVRMLProto() override;
 
 private:
+    friend class SoVRMLProtoInstance;
     struct Scope;
     SoRef<SoVRMLProto> m_previous;
     std::shared_ptr<Scope> m_scope;
+    std::atomic<int> m_numInstances = 0;
     std::size_t m_number = 0; ///< among those of the scope, from 1
 };
 
@@ -97,6 +103,8 @@ protected:
     ~SoVRMLProtoInstance() override;
 
 private:
+    void holdProto(SoVRMLProto* proto);
+
     SoRef<SoVRMLProto> m_proto;
     SoDeclaredFields m_declared;
     mutable SoChildList m_parts;
