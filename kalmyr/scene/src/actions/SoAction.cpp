@@ -20,7 +20,7 @@ constexpr int kFetchedBytes = 192;
 constexpr int kCacheLine = 64;
 
 /// Graphs whose nodes hold others several times over, level upon level, have no end in practice.
-constexpr std::uint64_t kMaxVisits = 50'000'000;
+constexpr std::uint64_t kMaxVisits = 500'000'000;
 
 inline void fetch(const SoNode* node)
 {

@@ -29,7 +29,7 @@ namespace {
 
 /// Groups without a state of their own are flattened: what they hold several times over is made as
 /// often, and without end where that goes on level upon level.
-constexpr int kMaxMade = 3'000'000;
+constexpr int kMaxMade = 10'000'000;
 
 SoSceneConversionAction* self(SoAction* action)
 {
