@@ -463,8 +463,11 @@ void SceneWriter::unknown(SoUnknownNode* node)
     const bool fromVrml97 = node->getUnknownTypeName().view().starts_with(kVrmlPrefix);
     if (m_counting || body.empty()) {
         // Fields of VRML97 nodes need no declaration there, but here.
-        const bool declares = fromVrml97 ? !isVrml97() && node->getFieldData()->getNumFields() > 0
-                                         : node->hasDeclaration();
+        const bool hasFields = node->getFieldData()->getNumFields() > 0;
+        // Without a declaration the text of what it holds would be kept here.
+        const bool isGroup = m_dialect == KALMYR && node->getNumChildren() > 0;
+        const bool declares =
+            fromVrml97 ? !isVrml97() && hasFields : node->hasDeclaration() || isGroup;
         if (!m_counting && declares)
             declaration(*node->getFieldData(), node, 0);
         fields(node);
