@@ -10,6 +10,7 @@
 #include <kalmyr/vrml/SoVRMLScript.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace kalmyr::detail {
 
@@ -32,6 +33,16 @@ SbName currentFieldType(std::string_view type)
 
 /// Prototypes are called "proto:Name" here, so that they cannot be taken for classes.
 constexpr std::string_view kProtoPrefix = "proto:";
+
+/// A type as text can name it: files have words there that mean something else, or begin oddly.
+SbName legalType(std::string_view type)
+{
+    constexpr std::string_view kOther[] = {"DEF",    "USE",    "NULL",  "ROUTE",       "Path",
+                                           "ENGINE", "GLOBAL", "PROTO", "EXTERNPROTO", "KEEP"};
+    const bool isOther = std::find(std::begin(kOther), std::end(kOther), type) != std::end(kOther);
+    return SbName(isOther || !SbName::isBaseNameStartChar(type[0]) ? "_" + std::string(type)
+                                                                   : std::string(type));
+}
 
 bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField::FieldType kind)
 {
@@ -268,7 +279,7 @@ int KalmyrReader::tryForeign(SoNode* node, std::string_view word, std::string_vi
 
 bool KalmyrReader::readUnknownBody(SoUnknownNode* node, std::string_view typeName)
 {
-    node->setUnknownTypeName(SbName(typeName));
+    node->setUnknownTypeName(legalType(typeName));
     const std::string_view first = text.peekWord();
     if (first == "KEEP" && !isVrml1())
         return readBody(node, typeName);

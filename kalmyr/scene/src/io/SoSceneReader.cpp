@@ -160,7 +160,7 @@ bool SceneReader::readNodeFrom(std::string_view word, SoNode*& node)
     if (word == "DEF") {
         if (!readName(name))
             return false;
-        if (mayLeaveOutUse() && text.peek() == '{' && SbName::isBaseNameStartChar(name[0])
+        if (mayLeaveOutUse() && text.peek() == '{'
             && std::all_of(name.begin(), name.end(), isWordChar)) {
             warnOnce("def " + std::string(name), name.data(),
                      "the name behind DEF is missing in front of " + quoted(name));
