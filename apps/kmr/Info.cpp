@@ -174,9 +174,13 @@ void printText(const Scene& scene, const Facts& facts)
     }
     for (const auto& [name, count] : facts.graph.types())
         std::printf("  %12llu %s\n", static_cast<unsigned long long>(count), name.c_str());
-    for (const Remark& warning : scene.warnings)
-        std::printf("  warning: %d:%d: %s\n", warning.line, warning.column,
-                    warning.message.c_str());
+    for (const Remark& warning : scene.warnings) {
+        if (warning.line > 0)
+            std::printf("  warning: %d:%d: %s\n", warning.line, warning.column,
+                        warning.message.c_str());
+        else // of the file as a whole
+            std::printf("  warning: %s\n", warning.message.c_str());
+    }
 }
 
 } // namespace
