@@ -4,6 +4,8 @@
 #include <kalmyr/fields/SoSFTrigger.h>
 #include <kalmyr/fields/SoValueFields.h>
 
+#include <limits>
+
 /// Counts through a range in time, again and again.
 class KALMYR_API SoTimeCounter final : public SoEngine {
     SO_ENGINE_HEADER(SoTimeCounter)
@@ -39,7 +41,8 @@ private:
     void show(bool newCycle);
 
     double m_phase = 0; ///< part of the present cycle that has passed
-    double m_last;
+    /// Input time up to which time was counted; none has passed before the first look.
+    double m_last = std::numeric_limits<double>::max();
     float m_frequency = 1;
     bool m_running = true;
 };
