@@ -7,6 +7,7 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/engines/SoGlobalField.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
 #include <algorithm>
@@ -42,6 +43,14 @@ SbName legalType(std::string_view type)
     const bool isOther = std::find(std::begin(kOther), std::end(kOther), type) != std::end(kOther);
     return SbName(isOther || !SbName::isBaseNameStartChar(type[0]) ? "_" + std::string(type)
                                                                    : std::string(type));
+}
+
+/// Files may call such fields anything, numbers included.
+bool declaresFields(const SoNode* node)
+{
+    return node->isOfType(SoVRMLScript::getClassTypeId())
+           || node->isOfType(SoUnknownNode::getClassTypeId())
+           || node->isOfType(SoVRMLProtoInstance::getClassTypeId());
 }
 
 bool declareField(SoNode* node, const SbName& type, const SbName& name, SoField::FieldType kind)
@@ -225,7 +234,7 @@ bool KalmyrReader::readBody(SoNode* node, std::string_view typeName)
     const IndexCheck::Scope before = m_indexCheck.open();
     while (!text.accept('}')) {
         std::string_view word;
-        if (!text.readWord(word))
+        if (!text.readWord(word) && !(declaresFields(node) && text.readName(word)))
             return failInBody(typeName, children ? "a field, a node or '}'" : "a field or '}'");
         int read = tryField(node, word, typeName);
         if (read == 0)
@@ -334,7 +343,7 @@ bool KalmyrReader::readDeclaration(SoNode* node)
         const SoField::FieldType* kind = findFieldKind(type);
         if (kind && !text.readWord(type))
             return text.fail("expected a field type");
-        if (!text.readWord(name))
+        if (!text.readName(name))
             return text.fail("expected a field name");
         if (declareField(node, currentFieldType(type), SbName(name),
                          kind ? *kind : SoField::ORDINARY))
