@@ -207,7 +207,10 @@ ErrorPrinter::ErrorPrinter(const std::string& file)
         std::string message = error->getDebugString().toStdString();
         if (message.starts_with(name + ": "))
             message.erase(0, name.size() + 2);
-        std::fprintf(stderr, "%s: error: %s\n", name.c_str(), message.c_str());
+        const auto* debug = dynamic_cast<const SoDebugError*>(error);
+        const bool isError = !debug || debug->getSeverity() == SoDebugError::SEV_ERROR;
+        std::fprintf(stderr, "%s: %s: %s\n", name.c_str(), isError ? "error" : "warning",
+                     message.c_str());
     };
     SoError::setHandlerCallback(print, const_cast<std::string*>(&file));
 }

@@ -54,7 +54,7 @@ public:
     Listener& operator=(const Listener&) = delete;
 };
 
-/// Prints what goes wrong while it lives as "FILE: error: MESSAGE".
+/// Prints what goes wrong while it lives as "FILE: error: MESSAGE", or "warning".
 class ErrorPrinter {
 public:
     explicit ErrorPrinter(const std::string& file);

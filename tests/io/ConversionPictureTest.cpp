@@ -132,10 +132,11 @@ const Example kExamples[] = {
      "0.5"
      " 1 0 0 0 0 1 0 -3 0 0 1 } Cone { } }"},
     {"LightsShineOnWhatFollows", kKalmyr,
-     "Separator { Separator { PointLight { location 0 0 3 color 1 0 0 } Cube { } } Translation { "
-     "translation 3 0 0 } SpotLight { location 0 0 4 direction 0 0 -1 cutOffAngle 0.4 dropOffRate 0"
-     " color 0 1 0 } Cube { } Translation { translation 3 0 0 } DirectionalLight { color 0 0 1 "
-     "direction 0 -1 0 } Cube { } }"},
+     "Separator { PointLight { location 0 0 3 color 1 0 0 } Separator { DirectionalLight { color 0 "
+     "0 1 direction -1 0 0 } Cube { } } Translation { translation 3 0 0 } SpotLight { location 0 0 "
+     "4 direction 0 0 -1 cutOffAngle 0.4 dropOffRate 0 color 0 1 0 } Cube { } Translation { "
+     "translation 3 0 0 } Cone { } DirectionalLight { color 0 0 1 direction 0 -1 0 } Cube { } "
+     "Translation { translation 3 0 0 } Cube { } }"},
     {"ChoicesAndDistances", kKalmyr,
      "Separator { Switch { whichChild 1 Cube { } Sphere { } } Translation { translation 3 0 0 } "
      "Switch { whichChild -1 Cube { } } Switch { whichChild -3 Cube { } Sphere { radius 1.3 } } "
@@ -207,9 +208,10 @@ const Example kExamples[] = {
     {"NewLights", kVrml2,
      "Group { children [ PointLight { location 0 0 3 color 1 0 0 } Shape { appearance DEF A "
      "Appearance { material Material { } } geometry Box { } } ] } Transform { translation 3 0 0 "
-     "children [ DirectionalLight { color 0 0 1 direction 0 -1 0 } Shape { appearance USE A "
-     "geometry"
-     " Box { } } ] }"},
+     "children [ Shape { appearance USE A geometry Box { } } DirectionalLight { color 0 0 1 "
+     "direction 0 -1 0 } ] } Transform { translation 1 0 0 rotation 0 0 1 1.57 children SpotLight "
+     "{ "
+     "location 0 0 5 color 0 1 0 } }"},
     {"Prototypes", kVrml2,
      "PROTO Ball [ field SFColor c 1 0 0 field SFVec3f at 0 0 0 ] { Transform { translation IS at "
      "children Shape { appearance Appearance { material Material { diffuseColor IS c } } geometry "

@@ -17,9 +17,16 @@
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLBox.h>
+#include <kalmyr/vrml/SoVRMLDirectionalLight.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLMaterial.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
 #include <kalmyr/vrml/SoVRMLSpotLight.h>
+#include <kalmyr/vrml/SoVRMLTransform.h>
 
 #include "support/ErrorGuard.h"
 
@@ -149,6 +156,44 @@ TEST_F(Rendering, LightsShineAsFarAsTheirRadius)
     EXPECT_LT(red(bulb, bulb->radius, 3.9f), 20);
     EXPECT_GT(red(spot, spot->radius, 4.1f), 200);
     EXPECT_LT(red(spot, spot->radius, 3.9f), 20);
+}
+
+TEST_F(Rendering, LightsOfVrml97ShineOnTheWholeSceneOrOnTheirGroup)
+{
+    needContext();
+    const auto box = [](float x) {
+        auto* place = new SoVRMLTransform;
+        place->translation.setValue(x, 0, 0);
+        auto* shape = new SoVRMLShape;
+        auto* look = new SoVRMLAppearance;
+        look->material.setValue(new SoVRMLMaterial);
+        shape->appearance.setValue(look);
+        shape->geometry.setValue(new SoVRMLBox);
+        place->addChild(shape);
+        return place;
+    };
+    auto* group = new SoVRMLGroup;
+    group->addChild(box(-1.5f));
+    auto* sun = new SoVRMLDirectionalLight;
+    group->addChild(sun);
+    auto* stand = new SoVRMLTransform;
+    auto* lamp = new SoVRMLPointLight;
+    stand->translation.setValue(0, 0, 20);
+    stand->addChild(lamp);
+    for (SoNode* node : std::initializer_list<SoNode*>{group, box(1.5f), stand})
+        m_root->addChild(node);
+    for (int frame = 0; frame < 4; ++frame) { // the later ones from lists that were kept
+        sun->on = true;
+        lamp->on = false;
+        ASSERT_TRUE(m_renderer.render(m_root.get()));
+        EXPECT_GT(pixel(12, 32)[0], 150);
+        EXPECT_LT(pixel(52, 32)[0], 20);
+        sun->on = false;
+        lamp->on = true;
+        ASSERT_TRUE(m_renderer.render(m_root.get()));
+        EXPECT_GT(pixel(12, 32)[0], 150);
+        EXPECT_GT(pixel(52, 32)[0], 150);
+    }
 }
 
 TEST_F(Rendering, BlendsInTheOrderThatTheTypeAsksFor)

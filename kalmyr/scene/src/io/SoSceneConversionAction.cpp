@@ -22,6 +22,8 @@
 #include <kalmyr/vrml/SoVRMLLight.h>
 #include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLParent.h>
+#include <kalmyr/vrml/SoVRMLPointLight.h>
+#include <kalmyr/vrml/SoVRMLSpotLight.h>
 #include <kalmyr/vrml/SoVRMLSwitch.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
@@ -42,6 +44,13 @@ bool isSame(const SbMatrix& a, const SbMatrix& b)
         if (a[i / 4][i % 4] != b[i / 4][i % 4])
             return false;
     return true;
+}
+
+/// Lights of VRML97 that shine on everything.
+bool isSceneLight(const SoNode* node)
+{
+    return node->isOfType(SoVRMLPointLight::getClassTypeId())
+           || node->isOfType(SoVRMLSpotLight::getClassTypeId());
 }
 
 } // namespace
@@ -96,6 +105,7 @@ void SoSceneConversionAction::beginTraversal(SoNode*)
     m_lost.clear();
     m_levels.clear();
     m_numMade = 0;
+    m_numSceneLights = 0;
     m_result = makeRoot();
     open(m_result.get());
 }
@@ -211,9 +221,25 @@ void SoSceneConversionAction::convertGroup(SoNode* node)
         made->setName(node->getName());
     emit(made.get());
     open(made.get());
-    node->doAction(this);
+    if (node->isOfType(SoVRMLParent::getClassTypeId()))
+        static_cast<SoVRMLParent*>(node)->doActionLightsFirst(this);
+    else
+        node->doAction(this);
     close();
     m_converted[key] = {node, SoRef<SoNode>(made.get())};
+}
+
+void SoSceneConversionAction::beginGroupForRest()
+{
+    const SbMatrix& model = SoModelMatrixElement::get(getState());
+    Level& level = m_levels.back();
+    const SoRef<SoGroup> rest(isSame(model, level.matrix)
+                                  ? makeGroup(nullptr)
+                                  : makeTransform(model * level.matrix.inverse()));
+    level.group->addChild(rest.get());
+    level.group = rest;
+    level.matrix = model;
+    level.moved = nullptr;
 }
 
 void SoSceneConversionAction::convertSwitch(SoNode* node, int chosen)
@@ -299,10 +325,24 @@ void SoSceneConversionAction::convertLight(SoNode* node)
 {
     if (take(node))
         return;
-    SoNode* made = makeLight(node);
-    if (made && !node->getName().isEmpty())
+    const SoRef<SoNode> made(makeLight(node));
+    if (!made)
+        return;
+    if (!node->getName().isEmpty())
         made->setName(node->getName());
-    emit(made);
+    if (isSceneLight(node) && !isSceneLight(made.get())) {
+        m_result->insertChild(made.get(), m_numSceneLights++);
+        return;
+    }
+    if (node->isOfType(SoLight::getClassTypeId()) && !isSceneLight(made.get())) {
+        // It shines on what follows, wherever that stands; in VRML97 on what came before, too.
+        const Level& level = m_levels.back();
+        const bool ordered = !made->isOfType(SoVRMLLight::getClassTypeId());
+        if (!isSame(SoModelMatrixElement::get(getState()), level.matrix)
+            || (!ordered && level.group->getNumChildren() > 0))
+            beginGroupForRest();
+    }
+    emit(made.get());
 }
 
 void SoSceneConversionAction::convertInline(SoNode* node)

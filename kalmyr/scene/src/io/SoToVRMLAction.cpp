@@ -390,8 +390,9 @@ SoNode* SoToVRMLAction::makeLight(const SoNode* node)
     if (node->isOfType(SoVRMLSpotLight::getClassTypeId())) {
         const auto* from = static_cast<const SoVRMLSpotLight*>(node);
         auto* made = lightLike<SoSpotLight>(*from);
-        made->location = from->location.getValue();
-        made->direction = from->direction.getValue();
+        const SbMatrix& toRoot = SoModelMatrixElement::get(getState());
+        made->location = toRoot.point(from->location.getValue());
+        made->direction = toRoot.direction(from->direction.getValue());
         made->cutOffAngle = from->cutOffAngle.getValue();
         if (from->cutOffAngle.getValue() > 0)
             made->dropOffRate = std::clamp(
@@ -401,7 +402,7 @@ SoNode* SoToVRMLAction::makeLight(const SoNode* node)
     if (node->isOfType(SoVRMLPointLight::getClassTypeId())) {
         const auto* from = static_cast<const SoVRMLPointLight*>(node);
         auto* made = lightLike<SoPointLight>(*from);
-        made->location = from->location.getValue();
+        made->location = SoModelMatrixElement::get(getState()).point(from->location.getValue());
         return made;
     }
     if (node->isOfType(SoVRMLDirectionalLight::getClassTypeId())) {

@@ -68,7 +68,9 @@ std::vector<SoRenderItem> collectRenderItems(SoGLRenderAction& action, SoNode* r
     std::vector<SoRenderItem> items;
     action.SoAction::apply(root);
     if (const RenderList* list = action.traversal().getList()) {
-        collect(*list, {}, items);
+        WorldPlace world;
+        list->gatherLights(world.toWorld, world.lights);
+        collect(*list, world, items);
     }
     return items;
 }

@@ -152,6 +152,13 @@ public:
         frame.views = views;
     }
 
+    /// Lights that shine on everything; in the world.
+    void setSceneLights(const std::vector<SoLightRecord>& lights);
+    std::uint32_t surroundingsOf(std::size_t view) const
+    {
+        return m_lit ? static_cast<std::uint32_t>(view + 1) : 0;
+    }
+
     void walk(const RenderList& list, const Place& place, bool isTop);
 
 private:
@@ -171,7 +178,20 @@ private:
     void setBackground(const RenderList::Background& background, const Place& place);
 
     Frame& m_frame;
+    bool m_lit = false; ///< there are lights that shine on everything
 };
+
+void Builder::setSceneLights(const std::vector<SoLightRecord>& lights)
+{
+    m_lit = !lights.empty();
+    for (std::size_t i = 0; m_lit && i < m_frame.views.size(); ++i) {
+        const Matrix4 toEye = Matrix4::from(m_frame.views[i].view.viewing);
+        EyeSurroundings& all = m_frame.surroundings.emplace_back();
+        for (const SoLightRecord& light : lights) {
+            all.lights.push_back(toEyeLight(light, toEye));
+        }
+    }
+}
 
 /// The entry's surrounding place: that of the list, under the entry's own view in a top list.
 Place Builder::placeOf(const RenderList::Entry& entry, Scope& scope, bool isTop)
@@ -180,6 +200,7 @@ Place Builder::placeOf(const RenderList::Entry& entry, Scope& scope, bool isTop)
     if (isTop && entry.index >= 0) {
         outer.view = static_cast<std::uint16_t>(entry.index);
         outer.toEye = Matrix4::from(m_frame.views[outer.view].view.viewing);
+        outer.surroundings = surroundingsOf(outer.view);
     }
     return outer;
 }
@@ -261,6 +282,9 @@ void Builder::walk(const RenderList& list, const Place& place, bool isTop)
             setBackground(list.getBackground(entry), place);
             continue;
         }
+        if (entry.kind == RenderList::LIGHT) {
+            continue;
+        }
         Place outer = placeOf(entry, scope, isTop);
         if (entry.kind == RenderList::SELECTION) {
             addSelection(entry, outer);
@@ -327,7 +351,15 @@ void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Fr
 {
     frame.clear();
     Builder builder(views, frame);
-    Place top{Matrix4::from(views.front().view.viewing), SbMatrix(), 0, 0, 0, false};
+    std::vector<SoLightRecord> lights;
+    list.gatherLights(SbMatrix::identity(), lights);
+    builder.setSceneLights(lights);
+    Place top{Matrix4::from(views.front().view.viewing),
+              SbMatrix(),
+              builder.surroundingsOf(0),
+              0,
+              0,
+              false};
     builder.walk(list, top, true);
 }
 

@@ -26,6 +26,7 @@ void RenderList::addList(Entry&& entry)
         entry.identity ? entry.list->getBox() : transformBox(entry.list->getBox(), entry.matrix);
     m_box.extendBy(entry.box);
     m_hasMarks = m_hasMarks || entry.list->hasMarks();
+    m_hasLights = m_hasLights || entry.list->m_hasLights;
     m_entries.push_back(std::move(entry));
 }
 
@@ -48,6 +49,35 @@ void RenderList::addSelection(const SoNode* selection, const SbMatrix& matrix, i
     entry.node = selection;
     m_hasMarks = true;
     m_entries.push_back(std::move(entry));
+}
+
+void RenderList::addLight(const SoLightRecord& light)
+{
+    SoRef<Surroundings> one(new Surroundings);
+    one->lights.push_back(light);
+    Entry entry;
+    entry.kind = LIGHT;
+    entry.surroundings = one;
+    m_hasLights = true;
+    m_entries.push_back(std::move(entry));
+}
+
+void RenderList::gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord>& lights) const
+{
+    if (!m_hasLights) {
+        return;
+    }
+    for (const Entry& entry : m_entries) {
+        if (lights.size() >= kMaxSceneLights) {
+            return;
+        }
+        if (entry.kind == LIGHT) {
+            lights.push_back(entry.surroundings->lights.front());
+            lights.back().toWorld = lights.back().toWorld * toWorld;
+        } else if (entry.kind == LIST) {
+            entry.list->gatherLights(entry.matrix * toWorld, lights);
+        }
+    }
 }
 
 SbBox3f transformBox(const SbBox3f& box, const SbMatrix& matrix)

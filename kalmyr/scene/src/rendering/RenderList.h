@@ -42,7 +42,7 @@ struct BackgroundStop {
 /// Lists are shared by all places where the separator is seen under equal state, and nest.
 class RenderList final : public SoRefCounter {
 public:
-    enum Kind : std::uint8_t { ITEM, LIST, BACKGROUND, SELECTION };
+    enum Kind : std::uint8_t { ITEM, LIST, BACKGROUND, SELECTION, LIGHT };
 
     struct Entry {
         Kind kind = ITEM;
@@ -54,7 +54,8 @@ public:
         SoRef<SoGeometry> geometry;
         SoRef<const SoRenderAppearance> appearance;
         SoRef<RenderList> list;
-        SoRef<const Surroundings> surroundings; ///< null: nothing beyond what the list inherits
+        SoRef<const Surroundings> surroundings; ///< null: nothing beyond what the list inherits;
+                                                ///< of a LIGHT: the light
         SbMatrix matrix;                        ///< to the list's space
         SbBox3f box;                            ///< in the list's space
         const SoNode* node = nullptr; ///< not owned; the list is dropped when it may be gone
@@ -73,6 +74,8 @@ public:
     void addBackground(const Background& background);
     /// A node with a list of selected paths; its own space is `matrix` away.
     void addSelection(const SoNode* selection, const SbMatrix& matrix, int view);
+    /// A light that shines on the whole scene.
+    void addLight(const SoLightRecord& light);
 
     const std::vector<Entry>& getEntries() const { return m_entries; }
     const Background& getBackground(const Entry& entry) const
@@ -82,6 +85,10 @@ public:
     const SbBox3f& getBox() const { return m_box; }
     /// Whether a background or a selection stands in it or in a list below.
     bool hasMarks() const { return m_hasMarks; }
+    /// Adds the lights that shine on the whole scene, as they stand in the world that `toWorld`
+    /// leads to; no more than kMaxSceneLights in all.
+    void gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord>& lights) const;
+    static constexpr std::size_t kMaxSceneLights = 12;
     void finish() { m_entries.shrink_to_fit(); }
 
 private:
@@ -92,6 +99,7 @@ private:
     std::vector<Background> m_backgrounds;
     SbBox3f m_box;
     bool m_hasMarks = false;
+    bool m_hasLights = false; ///< in it or in a list below
 
     RenderListCache* m_cache = nullptr; ///< where the list is registered; outlives it
     const SoNode* m_node = nullptr;

@@ -6,6 +6,7 @@
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/shapes/SoShape.h>
+#include <kalmyr/vrml/SoVRMLParent.h>
 
 #include <algorithm>
 
@@ -144,7 +145,7 @@ void RenderTraversal::traverseInPlace(SoNode* node, bool mayCache)
 {
     const bool outer = std::exchange(m_viewDependent, false);
     const std::uint64_t before = m_action.getNumVisits();
-    node->doAction(&m_action);
+    visit(node);
     if (mayCache && m_action.getNumVisits() - before >= kMinVisitsToCache
         && !m_action.hasTerminated()) {
         m_cache.note(node, node->getChangeId(), m_frame, m_viewDependent);
@@ -163,7 +164,7 @@ void RenderTraversal::record(SoNode* node, std::uint64_t changeId, std::uint64_t
     SoModelMatrixElement::makeIdentity(m_state, node);
     m_state->write<SoLightElement>().set(node, nullptr);
     m_state->write<ClipPlaneElement>().set(node, nullptr);
-    node->doAction(&m_action);
+    visit(node);
     m_state->pop();
     --m_nesting;
     m_layer = outerLayer;
@@ -275,6 +276,19 @@ void RenderTraversal::sky(std::vector<BackgroundStop> stops)
     const SbVec3f up = SoModelMatrixElement::get(m_state).direction(SbVec3f(0, 1, 0));
     currentView(); // what the sky is seen by, should nothing else be
     m_list->addBackground({up, std::move(stops)});
+}
+
+void RenderTraversal::sceneLight(const SoLightRecord& light)
+{
+    m_list->addLight(light);
+}
+
+void RenderTraversal::visit(SoNode* node)
+{
+    if (node->isOfType(SoVRMLParent::getClassTypeId()))
+        static_cast<SoVRMLParent*>(node)->doActionLightsFirst(&m_action);
+    else
+        node->doAction(&m_action);
 }
 
 void RenderTraversal::selection(const SoNode* node)

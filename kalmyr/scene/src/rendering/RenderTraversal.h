@@ -37,6 +37,10 @@ public:
     void background(const SbColor& top, const SbColor& bottom);
     void sky(std::vector<BackgroundStop> stops);
     void selection(const SoNode* node);
+    /// A light, as it stands in the list, that shines on the whole scene.
+    void sceneLight(const SoLightRecord& light);
+    /// What the node does by itself; lights of a group come before what they shine on.
+    void visit(SoNode* node);
     void clipPlane(const SoNode* node, const SbVec4f& plane);
     void setViewDependent() { m_viewDependent = true; }
 

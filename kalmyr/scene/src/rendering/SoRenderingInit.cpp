@@ -15,6 +15,7 @@
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLLight.h>
 
 #include <algorithm>
 #include <numbers>
@@ -66,7 +67,7 @@ void renderShape(SoAction* action, SoNode* node)
 void renderViewDependent(SoAction* action, SoNode* node)
 {
     actionOf(action).setViewDependent();
-    node->doAction(action);
+    actionOf(action).traversal().visit(node);
 }
 
 void renderViewDependentShape(SoAction* action, SoNode* node)
@@ -130,6 +131,14 @@ void renderSky(SoAction* action, SoNode* node)
         actionOf(action).traversal().sky(skyStops(background));
 }
 
+/// Point and spot lights shine on everything, wherever they stand.
+void renderSceneLight(SoAction* action, SoNode* node)
+{
+    SoLightRecord record;
+    if (static_cast<SoVRMLLight*>(node)->getRecord(action->getState(), record))
+        actionOf(action).traversal().sceneLight(record);
+}
+
 void renderClipPlane(SoAction* action, SoNode* node)
 {
     const auto* clip = static_cast<SoClipPlane*>(node);
@@ -178,6 +187,7 @@ void initRendering()
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
     addByName({"VRMLBackground"}, renderSky);
+    addByName({"VRMLPointLight", "VRMLSpotLight"}, renderSceneLight);
     addByName(kViewDependent, renderViewDependent);
     addByName(kViewDependentShapes, renderViewDependentShape);
     SoGeometry::setDeathObserver(&detail::GLDevice::geometryDied);

@@ -24,10 +24,15 @@ void SoVRMLLight::initClass()
 
 void SoVRMLLight::doAction(SoAction* action)
 {
-    if (!on.isIgnored() && !on.getValue())
-        return;
-    SoState* state = action->getState();
     SoLightRecord record;
+    if (getRecord(action->getState(), record))
+        SoLightElement::add(action->getState(), this, record);
+}
+
+bool SoVRMLLight::getRecord(SoState* state, SoLightRecord& record) const
+{
+    if (!on.isIgnored() && !on.getValue())
+        return false;
     record.toWorld = SoModelMatrixElement::get(state);
     if (!color.isIgnored())
         record.color = color.getValue();
@@ -36,5 +41,5 @@ void SoVRMLLight::doAction(SoAction* action)
     if (!ambientIntensity.isIgnored())
         record.ambientIntensity = ambientIntensity.getValue();
     describe(record);
-    SoLightElement::add(state, this, record);
+    return true;
 }

@@ -6,11 +6,14 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNotification.h>
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
+#include <kalmyr/vrml/SoVRMLDirectionalLight.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include "core/CacheLock.h"
 
+#include <algorithm>
 #include <unordered_set>
+#include <vector>
 
 /// Nodes came to a group, which cannot be edited before all have heard of it. Made for this one
 /// time, so that groups that nodes never come to cost nothing.
@@ -132,6 +135,28 @@ void SoVRMLParent::doAction(SoAction* action)
     state->push();
     setState(state);
     action->traverseChildren(m_children);
+    state->pop();
+}
+
+void SoVRMLParent::doActionLightsFirst(SoAction* action)
+{
+    const std::vector<SoNode*>& nodes = m_children.getNodes();
+    const auto isLight = [](const SoNode* node) {
+        return node->isOfType(SoVRMLDirectionalLight::getClassTypeId());
+    };
+    // Most groups have none, or have them in front.
+    const auto firstOther = std::find_if_not(nodes.begin(), nodes.end(), isLight);
+    if (action->getPathAppliedTo() || std::none_of(firstOther, nodes.end(), isLight)) {
+        doAction(action);
+        return;
+    }
+    SoState* state = action->getState();
+    state->push();
+    setState(state);
+    for (const bool lights : {true, false})
+        for (int i = 0; i < m_children.getLength() && !action->hasTerminated(); ++i)
+            if (isLight(m_children[i]) == lights)
+                action->traverse(m_children[i], i);
     state->pop();
 }
 

@@ -56,6 +56,8 @@ protected:
     /// Null for nothing.
     virtual SoNode* makeShape(SoShape* shape, const SoGeometry& geometry) = 0;
     virtual SoNode* makeCamera(const SoNode* camera) = 0;
+    /// A light that shines on the whole scene becomes, where the format lacks such, one of the
+    /// space of the root; it comes before everything else.
     virtual SoNode* makeLight(const SoNode* light) = 0;
     /// `folder`: that a relative url starts from.
     virtual SoNode* makeInline(const SbString& url, const SbString& folder, SoNode* content) = 0;
@@ -77,6 +79,8 @@ private:
     void open(SoGroup* group);
     SoRef<SoGroup> close();
     SoGroup* place();
+    /// Everything that follows in the present group goes into one in the present space.
+    void beginGroupForRest();
     void noteLoss(const SoNode* node);
     std::uint64_t stateId() const;
 
@@ -84,5 +88,6 @@ private:
     SoRef<SoGroup> m_result;
     std::unordered_map<std::uint64_t, std::pair<const SoNode*, SoRef<SoNode>>> m_converted;
     int m_numMade = 0;
+    int m_numSceneLights = 0;
     std::unordered_set<int> m_lost; ///< indices of types that were left out
 };

@@ -5,7 +5,8 @@
 #include <kalmyr/elements/SoLightElement.h>
 #include <kalmyr/fields/SoValueFields.h>
 
-/// Base of the lights. A light shines on what follows it in its group.
+/// Base of the lights. Renderers let point and spot lights shine on the whole scene, and
+/// directional lights on all of their group. For other actions a light counts for what follows it.
 class KALMYR_API SoVRMLLight : public SoNode {
     SO_NODE_HEADER(SoVRMLLight)
 
@@ -19,6 +20,9 @@ public:
 
     /// Appends the light's parameters to those of the state unless it is off.
     void doAction(SoAction* action) override;
+
+    /// The light as it stands under the state's model matrix; false when it is off.
+    bool getRecord(SoState* state, SoLightRecord& record) const;
 
 protected:
     ~SoVRMLLight() override;

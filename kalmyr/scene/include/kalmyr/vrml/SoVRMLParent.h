@@ -31,6 +31,9 @@ public:
     /// Traverses the children between a push and a pop of the state, below what the group itself
     /// sets.
     void doAction(SoAction* action) override;
+    /// The same, but that directional lights among the children come before the others: they shine
+    /// on all of them. Applied along a path it does not differ.
+    void doActionLightsFirst(SoAction* action);
 
     void notify(SoNotification& notification) override;
 
