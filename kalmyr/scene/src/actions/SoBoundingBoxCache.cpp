@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -201,11 +202,13 @@ void SoBoundingBoxCache::noteInRun(const SoNotification& notification)
         m_run->broken = true;
 }
 
-void SoBoundingBoxCache::makeRun(int first, const SoChildList& children, std::uint64_t stateKey)
+void SoBoundingBoxCache::renewRun(int first, const SoChildList& children, std::uint64_t stateKey)
 {
-    m_run.reset();
+    if (std::exchange(m_run, nullptr))
+        return;
     const auto begin = m_parts.begin() + first;
-    if (!std::all_of(begin, m_parts.begin() + children.getLength(), [this](const Part& part) { return canRun(part); }))
+    if (!std::all_of(begin, m_parts.begin() + children.getLength(),
+                     [this](const Part& part) { return canRun(part); }))
         return;
     m_run = std::make_unique<kalmyr::detail::BoundsRun>();
     m_run->first = first;

@@ -117,7 +117,7 @@ void SoGetBoundingBoxAction::measureChildren(const SoChildList& children,
     if (length >= SoBoundingBoxCache::kMinRun && 2 * numMeasured < length && !hasTerminated()
         && isPlain()) {
         const kalmyr::detail::CacheLock lock;
-        (*cache)->makeRun(runStart, children, key);
+        (*cache)->renewRun(runStart, children, key);
     }
 }
 

@@ -125,8 +125,9 @@ public:
     /// Fewer children are gone through one by one.
     static constexpr int kMinRun = 64;
     /// Prepares for being asked again: all parts from `first` on are known under that key, and
-    /// none of them is a turned mass or has a view of its own.
-    void makeRun(int first, const SoChildList& children, std::uint64_t stateKey);
+    /// none of them is a turned mass or has a view of its own. A run that broke is only dropped:
+    /// the list may be edited again and again, which would make a new one each time in vain.
+    void renewRun(int first, const SoChildList& children, std::uint64_t stateKey);
     /// The run that begins at `first`, or null where all must be gone through.
     kalmyr::detail::BoundsRun* findRun(int first, const SoChildList& children,
                                        std::uint64_t stateKey);
