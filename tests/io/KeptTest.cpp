@@ -40,9 +40,20 @@ protected:
             scene = (*scene->getChildren())[0];
         return scene ? writtenAs(scene.get(), header) : std::string();
     }
+    static SoRef<SoVRMLGroup> world(const std::string& text)
+    {
+        SoInput in;
+        in.setBuffer(text.data(), text.size());
+        return SoRef<SoVRMLGroup>(SoDB::readAllVRML(&in));
+    }
     static bool has(const std::string& text, const std::string& part)
     {
         return text.find(part) != std::string::npos;
+    }
+    static void expectParts(const std::string& text, std::initializer_list<const char*> parts)
+    {
+        for (const char* part : parts)
+            EXPECT_TRUE(has(text, part)) << part << "\n" << text;
     }
 };
 
@@ -57,9 +68,8 @@ TEST_F(KeptTest, FieldsThatTheClassDoesNotHave)
                              + "Shape { metadata MetadataString { name \"a}\" value [ \"b\" ] }\n"
                                "  weights [ 1.50 2 ] geometry Box { edge TRUE shade 0 0.5 1 } }";
     const std::string once = again(text, "#VRML V2.0 utf8");
-    for (const char* part : {"metadata MetadataString { name \"a}\" value [ \"b\" ] }",
-                             "weights [ 1.50 2 ]", "edge TRUE", "shade 0 0.5 1"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once, {"metadata MetadataString { name \"a}\" value [ \"b\" ] }",
+                       "weights [ 1.50 2 ]", "edge TRUE", "shade 0 0.5 1"});
     EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
     // Through the toolkit's own format, and in copies.
     const std::string own = again(once, "#Kalmyr V1.0 ascii");
@@ -78,9 +88,8 @@ TEST_F(KeptTest, DeclaredFieldsOfKnownNodes)
                              + "Cube { fields [ SFFloat width, SFString part, SFBitMask m ]\n"
                                "  width 3 part \"x\" m (A | B) unheard 0xFF 7 }";
     const std::string once = again(text, "#VRML V1.0 ascii");
-    for (const char* part : {"fields [ SFFloat width, SFString part, SFBitMask m ]", "part \"x\"",
-                             "m (A | B)", "unheard 0xFF 7", "width 3"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once, {"fields [ SFFloat width, SFString part, SFBitMask m ]", "part \"x\"",
+                       "m (A | B)", "unheard 0xFF 7", "width 3"});
     EXPECT_EQ(again(once, "#VRML V1.0 ascii"), once);
     const std::string own = again(
         "#Kalmyr V1.0 ascii\nCube { fields [ SFString part ] part \"x\" }", "#Kalmyr V1.0 ascii");
@@ -95,9 +104,8 @@ PROTO P [ exposedField MFNode list [ ] eventIn MFNode set ] { Group { children I
 DEF S Transform { } DEF G Group { children [ ROUTE H.children TO G.set_children ] } DEF H Group { }
 DEF X P { list DEF T Transform { } } ROUTE G.children_changed TO X.list ROUTE H.children TO X.set)",
                                    "#VRML V2.0 utf8");
-    for (const char* part : {"ROUTE T.scale TO S.center", "ROUTE H.children TO G.children",
-                             "ROUTE G.children TO X.list", "ROUTE H.children TO X.set"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once, {"ROUTE T.scale TO S.center", "ROUTE H.children TO G.children",
+                       "ROUTE G.children TO X.list", "ROUTE H.children TO X.set"});
 }
 
 TEST_F(KeptTest, SeveralSourcesOfAField)
@@ -110,9 +118,7 @@ ROUTE A.value_changed TO T.translation
 ROUTE B.value_changed TO T.translation
 ROUTE T.translation TO U.translation
 ROUTE U.translation TO T.translation)";
-    SoInput in;
-    in.setBuffer(text.data(), text.size());
-    SoRef<SoVRMLGroup> scene(SoDB::readAllVRML(&in));
+    SoRef<SoVRMLGroup> scene = world(text);
     ASSERT_TRUE(scene);
     const auto field = [&](int node, const char* name) {
         return scene->getChild(node)->getField(SbName(name));
@@ -128,10 +134,9 @@ ROUTE U.translation TO T.translation)";
     u->translation.setValue(5, 5, 5); // against the circle
     EXPECT_EQ(t->translation.getValue(), SbVec3f(5, 5, 5));
     const std::string once = writtenAs(scene.get(), "#VRML V2.0 utf8");
-    for (const char* part :
-         {"ROUTE A.value_changed TO T.translation", "ROUTE B.value_changed TO T.translation",
-          "ROUTE T.translation TO U.translation", "ROUTE U.translation TO T.translation"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once,
+                {"ROUTE A.value_changed TO T.translation", "ROUTE B.value_changed TO T.translation",
+                 "ROUTE T.translation TO U.translation", "ROUTE U.translation TO T.translation"});
     EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
     // A source may die, and so may the field.
     const SoRef<SoNode> b(scene->getChild(1));
@@ -162,15 +167,11 @@ ROUTE N.at TO T.translation
 ROUTE T.translation TO U.center
 ROUTE U.center TO T.translation
 ROUTE U.center TO T.center)";
-    SoInput in;
-    in.setBuffer(text.data(), text.size());
-    const SoRef<SoNode> scene(SoDB::readAllVRML(&in));
+    const SoRef<SoVRMLGroup> scene = world(text);
     ASSERT_TRUE(scene);
     const std::string once = writtenAs(scene.get(), "#VRML V2.0 utf8");
-    for (const char* part :
-         {"translation 9 9 9", "center 8 8 8", "ROUTE D.fraction_changed TO M.go",
-          "ROUTE N.at TO T.translation", "ROUTE U.center TO T.translation"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once, {"translation 9 9 9", "center 8 8 8", "ROUTE D.fraction_changed TO M.go",
+                       "ROUTE N.at TO T.translation", "ROUTE U.center TO T.translation"});
     EXPECT_EQ(again(once, "#VRML V2.0 utf8"), once);
     const SoRef<SoNode> copy(scene->copy());
     EXPECT_EQ(writtenAs(copy.get(), "#VRML V2.0 utf8"), once);
@@ -319,10 +320,9 @@ ROUTE M.moved TO T.translation
 Odd { field SFFloat x 1 DEF Q Box { } }
 Shape { geometry USE Q })";
     const std::string once = again(text, "#VRML V2.0 utf8");
-    for (const char* part :
-         {"bars 12", "label \"a } b\"", "geometry DEF B Box", "ROUTE M.moved TO T.translation",
-          "Odd { field SFFloat x 1 DEF Q Box { } }"})
-        EXPECT_TRUE(has(once, part)) << part << "\n" << once;
+    expectParts(once,
+                {"bars 12", "label \"a } b\"", "geometry DEF B Box",
+                 "ROUTE M.moved TO T.translation", "Odd { field SFFloat x 1 DEF Q Box { } }"});
     std::size_t uses = 0;
     for (std::size_t at = 0; (at = once.find("USE B", at)) != std::string::npos; ++at)
         ++uses;
