@@ -1,18 +1,9 @@
 #include "TintCommand.h"
 
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoMaterial.h>
 
 namespace {
-
-/// Keeps the host's other threads out while the graph is edited.
-class WriteScope {
-public:
-    WriteScope() { SoDB::writelock(); }
-    ~WriteScope() { SoDB::writeunlock(); }
-    WriteScope(const WriteScope&) = delete;
-    WriteScope& operator=(const WriteScope&) = delete;
-};
 
 SoMaterial* makeMaterial(const QColor& color)
 {
@@ -32,14 +23,14 @@ TintCommand::TintCommand(SoGroup* group, const QColor& color)
 
 bool TintCommand::execute()
 {
-    const WriteScope scope;
-    return m_group->insertChild(m_material.get(), 0);
+    const SoWriteLock lock; // keeps the host's other threads out
+    return lock && m_group->insertChild(m_material.get(), 0);
 }
 
 void TintCommand::undo()
 {
-    const WriteScope scope;
-    if (m_group->findChild(m_material.get()) >= 0) // the host may have taken it away
+    const SoWriteLock lock;
+    if (lock && m_group->findChild(m_material.get()) >= 0) // the host may have taken it away
         m_group->removeChild(m_material.get());
 }
 

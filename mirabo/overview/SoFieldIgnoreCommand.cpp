@@ -1,7 +1,7 @@
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 
 #include <kalmyr/core/SoFieldContainer.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 
 SoFieldIgnoreCommand::SoFieldIgnoreCommand(SoField* field, bool ignored)
     : m_container(field->getContainer()), m_ignored(ignored), m_before(field->isIgnored())
@@ -9,21 +9,20 @@ SoFieldIgnoreCommand::SoFieldIgnoreCommand(SoField* field, bool ignored)
     m_field.reset(field);
 }
 
-void SoFieldIgnoreCommand::apply(bool ignored)
+bool SoFieldIgnoreCommand::apply(bool ignored)
 {
-    if (!m_field)
-        return;
-    SoDB::writelock();
+    const SoWriteLock lock;
+    if (!lock || !m_field)
+        return false;
     m_field->setIgnored(ignored);
-    SoDB::writeunlock();
+    return true;
 }
 
 bool SoFieldIgnoreCommand::execute()
 {
     if (m_ignored == m_before)
         return false;
-    apply(m_ignored);
-    return true;
+    return apply(m_ignored);
 }
 
 void SoFieldIgnoreCommand::undo()

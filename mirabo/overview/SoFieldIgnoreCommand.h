@@ -19,7 +19,7 @@ public:
     void redo() override;
 
 private:
-    void apply(bool ignored);
+    bool apply(bool ignored);
 
     SoRef<SoFieldContainer> m_container; ///< held: the field lives as long as it
     mirabo::Observed<SoField> m_field;   ///< a file's or a script's may go before it

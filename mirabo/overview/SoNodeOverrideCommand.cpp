@@ -1,15 +1,17 @@
 #include "mirabo/overview/SoNodeOverrideCommand.h"
 
 #include <kalmyr/core/SoNode.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 
 namespace {
 
-void apply(SoNode* node, bool state)
+bool apply(SoNode* node, bool state)
 {
-    SoDB::writelock();
+    const SoWriteLock lock;
+    if (!lock)
+        return false;
     node->setOverride(state);
-    SoDB::writeunlock();
+    return true;
 }
 
 } // namespace
@@ -21,8 +23,7 @@ SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
 
 bool SoNodeOverrideCommand::execute()
 {
-    apply(m_node.get(), m_state);
-    return true;
+    return apply(m_node.get(), m_state);
 }
 
 void SoNodeOverrideCommand::undo()

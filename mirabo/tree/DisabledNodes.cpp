@@ -6,7 +6,7 @@
 #include "mirabo/tree/TreeBuilder.h"
 #include "mirabo/tree/TreePatcher.h"
 
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoGroup.h>
 
 #include <algorithm>
@@ -88,7 +88,6 @@ void dropRow(SoMiraboTreeView& view, SoTreeViewItem* row)
 
 void putBack(const Places& places, SoNode* node)
 {
-    SoDB::writelock();
     for (const auto& [parent, indices] : places) {
         if (parent->isAtOrBelow(node))
             continue;
@@ -96,7 +95,6 @@ void putBack(const Places& places, SoNode* node)
         for (const int index : indices)
             group->insertChild(node, std::min(index, group->getNumChildren()));
     }
-    SoDB::writeunlock();
 }
 
 } // namespace
@@ -110,6 +108,9 @@ bool mayDisable(const SoTreeViewItem* item)
 
 std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node)
 {
+    const SoWriteLock lock;
+    if (!lock)
+        return nullptr;
     std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
     std::erase_if(
         rows, [](const SoTreeViewItem* row) { return row->isDisabledNode() || !mayDisable(row); });
@@ -122,18 +123,19 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
             grey(view, row);
     }
     view.context().disabled.add(saved);
-    SoDB::writelock();
     for (auto link = saved->links.rbegin(); link != saved->links.rend(); ++link)
         static_cast<SoGroup*>(link->parent.get())->removeChild(link->index);
-    SoDB::writeunlock();
     for (SoTreeViewItem* row : view.itemsOf(node))
         row->setFresh(true);
     view.showLater(nullptr); // the row itself stays the current one
     return saved;
 }
 
-void enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
+bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
 {
+    const SoWriteLock lock;
+    if (!lock)
+        return false;
     const SavedLinks kept = saved; // the caller's may be the one that is erased
     SoNode* node = kept.node.get();
     Places places;
@@ -153,12 +155,13 @@ void enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
     view.context().disabled.remove(node);
     putBack(places, node);
     if (!chosenBelow)
-        return;
+        return true;
     for (SoTreeViewItem* row : view.itemsOf(node))
         if (row->getParentNode() == chosenBelow) {
             view.setCurrentItem(row);
-            return;
+            break;
         }
+    return true;
 }
 
 void addGreyRows(SoTreeViewItem* item, TreeContext& context)

@@ -19,8 +19,9 @@ bool mayDisable(const SoTreeViewItem* item);
 std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node);
 
 /// Puts the node back: to where its grey rows stand, else to the places of old. Places whose group
-/// has come below the node meanwhile are left out.
-void enableNode(SoMiraboTreeView& view, const SavedLinks& saved);
+/// has come below the node meanwhile are left out. False, with nothing changed, when the graph may
+/// not be edited now.
+bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved);
 
 /// Gives a row that was filled from the graph the grey rows of what was taken out of its node.
 void addGreyRows(SoTreeViewItem* item, TreeContext& context);

@@ -9,7 +9,7 @@
 
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoReadLock.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
@@ -342,7 +342,7 @@ void SoGraphTopologyManager::changedElsewhere()
 
 void SoGraphTopologyManager::compareAll()
 {
-    SoDB::readlock();
+    const SoReadLock lock;
     m_changedElsewhere = false;
     if (m_rootDied) {
         m_view->setSceneGraph(nullptr);
@@ -352,7 +352,6 @@ void SoGraphTopologyManager::compareAll()
         m_view->graphChanged();
         m_view->patcher().syncTree();
     }
-    SoDB::readunlock();
     requestUpdate();
     Q_EMIT structureChanged();
 }

@@ -4,7 +4,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 
 #include <kalmyr/core/SoField.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 
 SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoField* field) : m_field(field)
 {
@@ -15,11 +15,10 @@ SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoField* field) : m_field(fie
 
 bool SoTreeIgnoreFieldCommand::execute()
 {
-    if (!m_container)
+    const SoWriteLock lock;
+    if (!lock || !m_container)
         return false;
-    SoDB::writelock();
     m_field->setIgnored(!m_field->isIgnored());
-    SoDB::writeunlock();
     return true;
 }
 
@@ -37,7 +36,5 @@ bool SoTreeDisableNodeCommand::apply(bool disable)
         m_saved = mirabo::disableNode(*m_view, m_node.get());
     if (!m_saved)
         return false;
-    if (!disable)
-        mirabo::enableNode(*m_view, *m_saved);
-    return true;
+    return disable || mirabo::enableNode(*m_view, *m_saved);
 }

@@ -21,8 +21,8 @@ TEST(SoRecursiveRWLockTest, KeepsReadersOutOfWrites)
         threads.emplace_back([&, t] {
             for (int i = 0; i < 2000; ++i) {
                 if ((i + t) % 5 == 0) {
-                    lock.writeLock();
-                    lock.writeLock();
+                    EXPECT_TRUE(lock.writeLock());
+                    EXPECT_TRUE(lock.writeLock());
                     ++a;
                     lock.readLock();
                     ++b;
@@ -79,7 +79,7 @@ TEST(SoRecursiveRWLockTest, AReaderMayReadAgainWhileAWriterWaits)
     lock.readLock();
     std::atomic<bool> written = false;
     std::thread writer([&] {
-        lock.writeLock();
+        EXPECT_TRUE(lock.writeLock());
         written = true;
         lock.writeUnlock();
     });
@@ -113,7 +113,7 @@ TEST(SoDBTest, ComplainsAboutUnlockingWhatIsNotHeld)
     auto errors = support::expectErrors();
     SoDB::readlock();
     SoDB::readunlock();
-    SoDB::writelock();
+    EXPECT_TRUE(SoDB::writelock());
     SoDB::writeunlock();
     EXPECT_EQ(errors.count(), 0u);
     SoDB::readunlock();

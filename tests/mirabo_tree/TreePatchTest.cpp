@@ -4,6 +4,7 @@
 
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoFile.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSeparator.h>
@@ -445,10 +446,9 @@ TEST_F(TreeTest, ComparesEverythingAfterAChangeInAnotherThread)
     SoGraphTopologyManager::allowOtherThreads(true);
     root->addChild(makePair());
     std::thread([this] {
-        SoDB::writelock();
+        const SoWriteLock lock;
         root->addChild(makePair());
         root->removeChild(0);
-        SoDB::writeunlock();
     }).join();
     pass();
     EXPECT_EQ(check(), "");

@@ -1,6 +1,7 @@
 #include "QtTestTools.h"
 
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/sensors/SoTimerSensor.h>
@@ -48,9 +49,8 @@ TEST(SoQt, ServesSensorsOfWhatOtherThreadsEdit)
     std::atomic<bool> isDone{false};
     std::thread editor([&] {
         for (int i = 1; i <= 50; ++i) {
-            SoDB::writelock();
+            const SoWriteLock lock;
             scene.cube->width.setValue(static_cast<float>(i));
-            SoDB::writeunlock();
             std::this_thread::yield();
         }
         isDone = true;

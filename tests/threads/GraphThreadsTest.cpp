@@ -13,7 +13,9 @@
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoReadLock.h>
 #include <kalmyr/io/SoWriteAction.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoPackedColor.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTranslation.h>
@@ -31,18 +33,6 @@
 #include <vector>
 
 namespace {
-
-class ReadLock {
-public:
-    ReadLock() { SoDB::readlock(); }
-    ~ReadLock() { SoDB::readunlock(); }
-};
-
-class WriteLock {
-public:
-    WriteLock() { SoDB::writelock(); }
-    ~WriteLock() { SoDB::writeunlock(); }
-};
 
 struct Extent {
     double low = 0, high = 0;
@@ -230,7 +220,7 @@ void expectText(const RandomGraph& graph)
 
 void readOnce(const RandomGraph& graph, unsigned turn)
 {
-    const ReadLock lock;
+    const SoReadLock lock;
     const Extent expected = graph.measure();
     switch (turn % 4) {
     case 0:
@@ -257,7 +247,7 @@ TEST_F(GraphThreads, ActionsOfReadersSeeWhatEditorsLeft)
         std::mt19937 random(static_cast<unsigned>(me) + 1);
         for (unsigned i = 0; i < 250; ++i) {
             if (me < 2) {
-                const WriteLock lock;
+                const SoWriteLock lock;
                 for (unsigned n = random() % 4; n-- > 0; ++edits)
                     graph.edit(random);
             } else {
@@ -282,7 +272,7 @@ TEST_F(GraphThreads, ReadersShareShapesThatNobodyEdits)
     }
     inThreads(4, [&](int) {
         for (int i = 0; i < 20; ++i) {
-            const ReadLock lock;
+            const SoReadLock lock;
             SoGetPrimitiveCountAction count;
             count.apply(root.get());
             SoRayPickAction pick(SbViewportRegion(100, 100));
@@ -320,14 +310,14 @@ TEST_F(GraphThreads, QueuedSensorsHearOfEveryEditorUnderTheReadLock)
     inThreads(3, [&](int me) {
         if (me < 2) {
             for (int i = 1; i <= 500; ++i) {
-                const WriteLock lock;
+                const SoWriteLock lock;
                 cube->width = static_cast<float>(i);
             }
             --editing;
             return;
         }
         while (editing > 0) {
-            const ReadLock lock;
+            const SoReadLock lock;
             SoSensorManager::processDelayQueue(false);
         }
     });
@@ -350,7 +340,7 @@ TEST_F(GraphThreads, FilesAreReadWithoutTheLockAndHandedOver)
             in.setBuffer(text.data(), text.size());
             const SoRef<SoSeparator> read(SoDB::readAll(&in));
             ASSERT_TRUE(read);
-            const WriteLock lock;
+            const SoWriteLock lock;
             root->addChild(read.get());
         }
     });

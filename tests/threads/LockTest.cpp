@@ -5,7 +5,8 @@
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoRecursiveRWLock.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoReadLock.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTransform.h>
 
@@ -124,7 +125,8 @@ public:
 
     void edit(unsigned seed)
     {
-        SoDB::writelock();
+        const SoWriteLock lock;
+        ASSERT_TRUE(lock);
         auto* group = groupAt(static_cast<int>(seed % 8));
         if (seed % 3 && group->getNumChildren() > 0) {
             group->removeChild(0);
@@ -137,14 +139,13 @@ public:
                 std::this_thread::yield();
             }
         }
-        SoDB::writeunlock();
     }
 
     /// Number of pairs that are no pairs.
     int count()
     {
         int bad = 0;
-        SoDB::readlock();
+        const SoReadLock lock;
         for (int g = 0; g < m_root->getNumChildren(); ++g) {
             const SoGroup* group = groupAt(g);
             bad += group->getNumChildren() % 2;
@@ -152,7 +153,6 @@ public:
                 bad += at(group, i) != at(group, i + 1);
             std::this_thread::yield();
         }
-        SoDB::readunlock();
         return bad;
     }
 
@@ -186,7 +186,7 @@ TEST(SoDBThreads, AnEditorReadsWhatItEdits)
 {
     SoDB::init();
     EditedGraph graph;
-    SoDB::writelock();
+    ASSERT_TRUE(SoDB::writelock());
     graph.edit(3);
     EXPECT_EQ(graph.count(), 0);
     SoDB::writeunlock();

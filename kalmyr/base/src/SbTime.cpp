@@ -1,5 +1,6 @@
 #include <kalmyr/base/SbTime.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -47,6 +48,8 @@ SbString countOf(const char* pattern, const Unit& unit, std::int64_t total)
         "%0*lld", digits, static_cast<long long>(total % larger->microseconds / unit.microseconds));
 }
 
+std::atomic<SbTime::Source> s_source{nullptr};
+
 double secondsOf(auto duration)
 {
     return std::chrono::duration<double>(duration).count();
@@ -56,12 +59,21 @@ double secondsOf(auto duration)
 
 SbTime SbTime::getTimeOfDay()
 {
+    if (const Source source = s_source)
+        return source();
     return SbTime(secondsOf(std::chrono::system_clock::now().time_since_epoch()));
 }
 
 SbTime SbTime::monotonic()
 {
+    if (const Source source = s_source)
+        return source();
     return SbTime(secondsOf(std::chrono::steady_clock::now().time_since_epoch()));
+}
+
+void SbTime::setSource(Source source)
+{
+    s_source = source;
 }
 
 SbString SbTime::format(const char* pattern) const

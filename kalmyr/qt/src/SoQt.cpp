@@ -3,7 +3,7 @@
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/gui/SoGuiInit.h>
-#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoReadLock.h>
 #include <kalmyr/sensors/SoSensorManager.h>
 
 #include <QApplication>
@@ -46,24 +46,6 @@ private:
     QTimer m_later; ///< the next timer sensor
     bool m_serving = false;
     bool m_stopped = false;
-};
-
-/// Keeps other threads from editing while sensors are looked at. Does not wait for one that does,
-/// since that may wait for the application.
-class ReadScope {
-public:
-    ReadScope() : m_held(SoDB::tryReadlock()) {}
-    ~ReadScope()
-    {
-        if (m_held)
-            SoDB::readunlock();
-    }
-    ReadScope(const ReadScope&) = delete;
-    ReadScope& operator=(const ReadScope&) = delete;
-    explicit operator bool() const { return m_held; }
-
-private:
-    bool m_held;
 };
 
 struct Binding {
@@ -128,7 +110,7 @@ void SensorPump::arm()
 {
     if (m_serving || m_stopped)
         return; // while serving: done at the end
-    const ReadScope graph;
+    const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
     if (!graph) {
         armLater(kRetryMilliseconds);
         return;
@@ -153,7 +135,7 @@ void SensorPump::serve()
     // A callback that opens a dialog lands here again: the queues are being walked.
     if (m_serving || m_stopped)
         return;
-    const ReadScope graph;
+    const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
     if (!graph) {
         armLater(kRetryMilliseconds);
         return;
@@ -171,7 +153,7 @@ void SensorPump::serve()
 
 void SensorPump::serveIdle()
 {
-    const ReadScope graph;
+    const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
     if (!graph || m_serving || SoSensorManager::isDelaySensorPending()) {
         arm();
         return;

@@ -4,6 +4,7 @@
 #include <kalmyr/base/SbString.h>
 
 #include "core/CacheLock.h"
+#include "core/DeathObservers.h"
 
 #include <algorithm>
 #include <array>
@@ -83,6 +84,8 @@ SoBase::~SoBase()
 
 void SoBase::destroy()
 {
+    if (m_tellsOfDeath.load(std::memory_order_relaxed))
+        kalmyr::detail::tellDeathObservers(this);
     m_auditors.announceDeath();
     if (m_naming)
         forgetName();

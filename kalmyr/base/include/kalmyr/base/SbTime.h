@@ -21,6 +21,12 @@ public:
     /// Seconds of a clock that never jumps; its zero is arbitrary. For measuring spans.
     KALMYRBASE_API static SbTime monotonic();
 
+    /// Where getTimeOfDay() and monotonic() take the time from; null: the system's clocks, as at
+    /// the start. Sensors, engines, navigation and double clicks then follow that clock, for tests
+    /// and for recording frame by frame. May be called from any thread by the toolkit.
+    using Source = SbTime (*)();
+    KALMYRBASE_API static void setSource(Source source);
+
     void setToTimeOfDay() { *this = getTimeOfDay(); }
     constexpr void setValue(double seconds) { m_seconds = seconds; }
     constexpr void setMsecValue(double milliseconds) { m_seconds = milliseconds * 1e-3; }

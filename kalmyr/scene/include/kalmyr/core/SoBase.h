@@ -6,6 +6,7 @@
 #include <kalmyr/core/SoAuditor.h>
 #include <kalmyr/core/SoType.h>
 
+#include <atomic>
 #include <vector>
 
 /// Root of all reference-counted scene objects: type, optional name, auditors.
@@ -35,6 +36,9 @@ public:
     void removeAuditor(SoAuditor* auditor) { m_auditors.remove(auditor); }
     const SoAuditorList& getAuditors() const { return m_auditors; }
 
+    /// Lets every SoDeathObserver know when this object dies, until then.
+    void tellOfDeath() const { m_tellsOfDeath.store(true, std::memory_order_relaxed); }
+
     /// Written in front of the number that distinguishes objects of one name in a file ("+").
     static void setInstancePrefix(const SbString& prefix);
     static const SbString& getInstancePrefix();
@@ -46,6 +50,10 @@ protected:
     /// Announces death to the auditors before any part of the object is gone, then deletes.
     void destroy() override;
 
+private:
+    mutable std::atomic<bool> m_tellsOfDeath{false}; // beside the reference count
+
+protected:
     SoAuditorList m_auditors;
 
 private:

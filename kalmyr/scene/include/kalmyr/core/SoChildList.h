@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoAuditor.h>
 #include <kalmyr/core/SoNotification.h>
 
@@ -26,7 +27,13 @@ public:
 
     SoNode* getParent() const { return m_parent; }
     int getLength() const { return static_cast<int>(m_nodes.size()); }
-    SoNode* operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+    /// Null for an index out of range.
+    SoNode* operator[](int i) const
+    {
+        if (!kalmyr::holds(i >= 0 && i < getLength(), "0 <= index < getLength()"))
+            return nullptr;
+        return m_nodes[static_cast<std::size_t>(i)];
+    }
     const std::vector<SoNode*>& getNodes() const { return m_nodes; }
 
     /// Index of the first place of `child`, or -1.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoBase.h>
 
 #include <vector>
@@ -34,10 +35,21 @@ public:
     bool isEmpty() const { return m_nodes.empty(); }
     SoNode* getHead() const { return m_nodes.empty() ? nullptr : m_nodes.front(); }
     SoNode* getTail() const { return m_nodes.empty() ? nullptr : m_nodes.back(); }
-    SoNode* getNode(int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+    /// Null for an index out of range.
+    SoNode* getNode(int i) const
+    {
+        if (!kalmyr::holds(i >= 0 && i < getLength(), "0 <= index < getLength()"))
+            return nullptr;
+        return m_nodes[static_cast<std::size_t>(i)];
+    }
     SoNode* getNodeFromTail(int i) const { return getNode(getLength() - 1 - i); }
     /// Index of node i in its parent on the path; -1 for the head and nodes reached by a field.
-    int getIndex(int i) const { return m_indices[static_cast<std::size_t>(i)]; }
+    int getIndex(int i) const
+    {
+        if (!kalmyr::holds(i >= 0 && i < getLength(), "0 <= index < getLength()"))
+            return -1;
+        return m_indices[static_cast<std::size_t>(i)];
+    }
     int getIndexFromTail(int i) const { return getIndex(getLength() - 1 - i); }
 
     bool containsNode(const SoNode* node) const;

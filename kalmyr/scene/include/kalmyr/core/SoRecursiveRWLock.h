@@ -20,11 +20,11 @@ public:
 
     void readLock();
     /// False, without waiting, when the lock cannot be had now.
-    bool tryReadLock();
+    [[nodiscard]] bool tryReadLock();
     /// False, with nothing changed, when the thread does not hold the lock.
     bool readUnlock();
     /// False when another reader is waiting to become the writer, so that waiting would never end.
-    bool writeLock();
+    [[nodiscard]] bool writeLock();
     /// False, with nothing changed, when the thread is not the writer.
     bool writeUnlock();
 

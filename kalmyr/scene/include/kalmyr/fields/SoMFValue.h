@@ -1,14 +1,16 @@
 #pragma once
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/fields/SoFieldMacros.h>
 #include <kalmyr/fields/SoValueArray.h>
+#include <kalmyr/fields/SoValueEquality.h>
 #include <kalmyr/fields/SoValueText.h>
 
 #include <algorithm>
-#include <cassert>
 #include <initializer_list>
+#include <limits>
 #include <memory>
 #include <span>
 #include <type_traits>
@@ -22,16 +24,20 @@ template <class Derived, class T>
 class SoMFValue : public SoMField {
 public:
     using Value = T;
+    /// More values than this are refused.
+    static constexpr int kMaxNum = std::numeric_limits<int>::max() / 2;
 
     int getNum() const override
     {
         evaluate();
         return m_array.size();
     }
-    /// The array, getNum() values; valid until the next edit.
+    /// The array, getNum() values, from `start` on; valid until the next edit.
     const T* getValues(int start = 0) const
     {
         evaluate();
+        if (!kalmyr::holds(start >= 0 && start <= m_array.size(), "0 <= start <= getNum()"))
+            start = m_array.size();
         return m_array.data() + start;
     }
     std::span<const T> values() const
@@ -39,7 +45,13 @@ public:
         evaluate();
         return {m_array.data(), static_cast<std::size_t>(m_array.size())};
     }
-    const T& operator[](int i) const { return getValues()[i]; }
+    const T& operator[](int i) const
+    {
+        evaluate();
+        if (!kalmyr::holds(i >= 0 && i < m_array.size(), "0 <= index < getNum()"))
+            return noValue();
+        return m_array.data()[i];
+    }
 
     /// Makes the field hold exactly one value.
     void setValue(const T& value)
@@ -68,7 +80,8 @@ public:
     /// Replaces one value, growing the field when `index` is at or beyond its end.
     void set1Value(int index, const T& value)
     {
-        assert(index >= 0);
+        if (!kalmyr::holds(index >= 0 && index < kMaxNum, "0 <= index < kMaxNum"))
+            return;
         evaluate();
         const T copy = value;
         if (index >= m_array.size()) {
@@ -85,13 +98,18 @@ public:
     /// Replaces `values.size()` values from `start`, growing the field when needed.
     void setValues(int start, std::span<const T> values)
     {
-        assert(start >= 0);
+        if (!kalmyr::holds(start >= 0 && start <= kMaxNum
+                               && values.size() <= static_cast<std::size_t>(kMaxNum - start),
+                           "0 <= start, and at most kMaxNum values in all"))
+            return;
         evaluate();
         store(start, values);
         valueChanged();
     }
     void setValues(int start, int num, const T* values)
     {
+        if (!kalmyr::holds(num == 0 || (num > 0 && values), "num values, at least none"))
+            return;
         setValues(start, std::span<const T>(values, static_cast<std::size_t>(num)));
     }
     /// Replaces everything.
@@ -103,7 +121,7 @@ public:
     void setNum(int num) override
     {
         evaluate();
-        m_array.resize(std::max(num, 0));
+        m_array.resize(checkedNum(num));
         valueChanged();
     }
     void deleteValues(int start, int count = -1) override
@@ -126,6 +144,8 @@ public:
         }
         evaluate();
         const int old = m_array.size();
+        if (!kalmyr::holds(std::max(start, old) <= kMaxNum - count, "at most kMaxNum values"))
+            return;
         m_array.resize(std::max(start, old) + count);
         if (start < old) {
             T* at = m_array.data();
@@ -144,16 +164,16 @@ public:
     void finishEditing() { valueChanged(); }
     /// Sets the number of values without notification, to be followed by startEditing() and
     /// finishEditing(). New values are default ones.
-    void setNumQuietly(int num) { m_array.resize(std::max(num, 0)); }
+    void setNumQuietly(int num) { m_array.resize(checkedNum(num)); }
     /// The same, but new values of plain types have no value until they are written.
     T* setNumRaw(int num)
     {
         evaluate();
-        m_array.resizeRaw(std::max(num, 0));
+        m_array.resizeRaw(checkedNum(num));
         return m_array.data();
     }
     /// Takes memory for `num` values in advance.
-    void reserve(int num) { m_array.reserve(num); }
+    void reserve(int num) { m_array.reserve(checkedNum(num)); }
 
     /// Index of the first equal value, or -1.
     int find(const T& value) const
@@ -169,7 +189,7 @@ public:
             return false;
         }
         const auto a = values(), b = static_cast<const SoMFValue&>(other).values();
-        return std::equal(a.begin(), a.end(), b.begin(), b.end());
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(), kalmyr::isSameValue<T>);
     }
     void copyFrom(const SoField& other) override
     {
@@ -243,6 +263,19 @@ protected:
     }
 
 private:
+    /// The present number when that many values cannot be.
+    int checkedNum(int num) const
+    {
+        const bool fits = kalmyr::holds(num <= kMaxNum, "at most kMaxNum values");
+        return fits ? std::max(num, 0) : m_array.size();
+    }
+    /// Stands for values that the field does not have.
+    static const T& noValue()
+    {
+        static const T value{};
+        return value;
+    }
+
     // Written lists have this many values on a line.
     static constexpr int kNumbers =
         std::is_same_v<T, bool> ? 1 : static_cast<int>(sizeof(T) / (sizeof(T) < 4 ? sizeof(T) : 4));

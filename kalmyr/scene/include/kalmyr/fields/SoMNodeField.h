@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/fields/SoFieldMacros.h>
 
 #include <span>
@@ -30,7 +31,13 @@ public:
 
     int getNum() const override { return static_cast<int>(getValues().size()); }
     const std::vector<SoNode*>& getValues() const;
-    SoNode* operator[](int i) const { return getValues()[static_cast<std::size_t>(i)]; }
+    SoNode* operator[](int i) const
+    {
+        const std::vector<SoNode*>& nodes = getValues();
+        if (!kalmyr::holds(i >= 0 && i < static_cast<int>(nodes.size()), "0 <= index < getNum()"))
+            return nullptr;
+        return nodes[static_cast<std::size_t>(i)];
+    }
     SoNode* getNode(int i) const { return (*this)[i]; }
     int getNumNodes() const { return getNum(); }
     /// Index of the first place of `node`, or -1.

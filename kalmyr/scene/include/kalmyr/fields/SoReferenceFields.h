@@ -1,11 +1,11 @@
 #pragma once
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 
 #include <algorithm>
-#include <cassert>
 #include <utility>
 #include <vector>
 
@@ -60,13 +60,20 @@ template <class Derived, class T>
 class SoMFReference : public SoMField {
 public:
     int getNum() const override { return static_cast<int>(values().size()); }
-    T* operator[](int i) const { return values()[static_cast<std::size_t>(i)].get(); }
+    T* operator[](int i) const
+    {
+        const auto& objects = values();
+        if (!kalmyr::holds(i >= 0 && i < static_cast<int>(objects.size()), "0 <= index < getNum()"))
+            return nullptr;
+        return objects[static_cast<std::size_t>(i)].get();
+    }
     /// Makes the field hold exactly one.
     void setValue(T* object) { assign({SoRef<T>(object)}); }
     /// At or beyond the end the field grows by nulls.
     void set1Value(int index, T* object)
     {
-        assert(index >= 0);
+        if (!kalmyr::holds(index >= 0, "index >= 0"))
+            return;
         evaluate();
         const auto at = static_cast<std::size_t>(index);
         if (at >= m_objects.size())

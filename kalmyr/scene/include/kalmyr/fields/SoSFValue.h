@@ -3,6 +3,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/fields/SoFieldMacros.h>
+#include <kalmyr/fields/SoValueEquality.h>
 #include <kalmyr/fields/SoValueText.h>
 
 #include <type_traits>
@@ -50,7 +51,7 @@ public:
     bool isSame(const SoField& other) const override
     {
         return other.getTypeId() == getTypeId()
-               && static_cast<const SoSFValue&>(other).getValue() == getValue();
+               && kalmyr::isSameValue(static_cast<const SoSFValue&>(other).getValue(), getValue());
     }
     void copyFrom(const SoField& other) override
     {

@@ -81,10 +81,11 @@ public:
     /// binding does. Actions that draw stay in one thread.
     static void readlock();
     /// False, without waiting, when the lock cannot be had now.
-    static bool tryReadlock();
+    [[nodiscard]] static bool tryReadlock();
     static void readunlock();
-    /// False, with an error posted, when two readers would wait for each other; see above.
-    static bool writelock();
+    /// False, with an error posted, when two readers would wait for each other; see above. Nothing
+    /// may be edited then, and writeunlock() must not follow. SoWriteLock takes care of both.
+    [[nodiscard]] static bool writelock();
     static void writeunlock();
 
 private:
