@@ -34,10 +34,10 @@ TEST(SoRecursiveRWLockThreads, WritersAreAloneAtEveryDepth)
                 lock.readUnlock();
                 continue;
             }
-            lock.writeLock();
+            EXPECT_TRUE(lock.writeLock());
             ++a;
             std::this_thread::yield();
-            lock.writeLock();
+            EXPECT_TRUE(lock.writeLock());
             lock.readLock();
             lock.writeUnlock();
             lock.readUnlock();
@@ -85,7 +85,7 @@ TEST(SoRecursiveRWLockThreads, AWriterGetsItsTurnAmongEndlessReaders)
         if (me == 0) {
             while (started < 4)
                 std::this_thread::yield();
-            lock.writeLock();
+            EXPECT_TRUE(lock.writeLock());
             written = true;
             lock.writeUnlock();
             return;
@@ -103,7 +103,7 @@ TEST(SoRecursiveRWLockThreads, AWriterGetsItsTurnAmongEndlessReaders)
 TEST(SoRecursiveRWLockThreads, NobodyUnlocksWhatAnotherThreadHolds)
 {
     SoRecursiveRWLock lock;
-    lock.writeLock();
+    EXPECT_TRUE(lock.writeLock());
     inThreads(1, [&](int) {
         EXPECT_FALSE(lock.writeUnlock());
         EXPECT_FALSE(lock.readUnlock());

@@ -109,7 +109,7 @@ void SensorPump::retire()
 void SensorPump::arm()
 {
     if (m_serving || m_stopped)
-        return; // while serving: done at the end
+        return;                               // while serving: done at the end
     const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
     if (!graph) {
         armLater(kRetryMilliseconds);

@@ -17,9 +17,8 @@ KALMYRBASE_API bool reportBrokenContract(const char* contract, const std::source
 ///
 ///     if (!kalmyr::holds(index >= 0, "index >= 0"))
 ///         return;
-[[nodiscard]] inline bool
-holds(bool condition, const char* contract,
-      const std::source_location& where = std::source_location::current())
+[[nodiscard]] inline bool holds(bool condition, const char* contract,
+                                const std::source_location& where = std::source_location::current())
 {
     if (condition) [[likely]]
         return true;
