@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace {
@@ -98,6 +99,51 @@ TEST(SoRecursiveRWLockThreads, AWriterGetsItsTurnAmongEndlessReaders)
         }
     });
     EXPECT_TRUE(written);
+}
+
+TEST(SoRecursiveRWLockThreads, AReaderGetsItsTurnAmongEndlessWriters)
+{
+    SoRecursiveRWLock lock;
+    std::atomic<int> done{0};
+    std::atomic<int> started{0};
+    inThreads(5, [&](int me) {
+        if (me < 2) {
+            while (started < 3)
+                std::this_thread::yield();
+            for (int i = 0; i < 100; ++i) {
+                if (me)
+                    lock.readLock();
+                else if (!lock.tryReadLock(std::chrono::hours(1)))
+                    return;
+                lock.readUnlock();
+            }
+            ++done;
+            return;
+        }
+        ++started;
+        while (done < 2) { // hangs if one of them always waited when another leaves
+            ASSERT_TRUE(lock.writeLock());
+            std::this_thread::yield();
+            ASSERT_TRUE(lock.writeUnlock());
+        }
+    });
+    EXPECT_EQ(done, 2);
+}
+
+TEST(SoRecursiveRWLockThreads, ATryEndsWhileAWriterStays)
+{
+    SoRecursiveRWLock lock;
+    ASSERT_TRUE(lock.writeLock());
+    inThreads(2, [&](int) {
+        EXPECT_FALSE(lock.tryReadLock());
+        EXPECT_FALSE(lock.tryReadLock(std::chrono::microseconds(100)));
+    });
+    ASSERT_TRUE(lock.writeUnlock());
+    inThreads(2, [&](int) {
+        EXPECT_TRUE(lock.tryReadLock());
+        EXPECT_TRUE(lock.readUnlock());
+    });
+    EXPECT_TRUE(lock.writeLock()); // nobody's turn is left over
 }
 
 TEST(SoRecursiveRWLockThreads, NobodyUnlocksWhatAnotherThreadHolds)

@@ -5,25 +5,46 @@ bool SoRecursiveRWLock::othersRead(std::thread::id self) const
     return m_readers.size() > (m_readers.count(self) ? 1u : 0u);
 }
 
+/// Whether a thread that does not wait yet may read.
+bool SoRecursiveRWLock::mayEnter(std::thread::id self) const
+{
+    return m_writer == self || m_readers.count(self) > 0
+           || (m_writeDepth == 0 && (m_waitingWriters == 0 || m_readersTurn));
+}
+
+void SoRecursiveRWLock::readerWaited()
+{
+    if (--m_waitingReaders > 0 || !m_readersTurn)
+        return;
+    m_readersTurn = false;
+    m_changed.notify_all();
+}
+
 void SoRecursiveRWLock::readLock()
 {
     const auto self = std::this_thread::get_id();
     std::unique_lock lock(m_mutex);
-    if (m_writer != self && !m_readers.count(self)) {
-        m_changed.wait(lock, [this] { return m_writeDepth == 0 && m_waitingWriters == 0; });
+    if (!mayEnter(self)) {
+        ++m_waitingReaders;
+        m_changed.wait(lock, [&] { return mayEnter(self); });
+        readerWaited();
     }
     ++m_readers[self];
 }
 
-bool SoRecursiveRWLock::tryReadLock()
+bool SoRecursiveRWLock::tryReadLock(std::chrono::nanoseconds patience)
 {
     const auto self = std::this_thread::get_id();
-    const std::scoped_lock lock(m_mutex);
-    const bool holds = m_writer == self || m_readers.count(self);
-    if (!holds && (m_writeDepth > 0 || m_waitingWriters > 0))
-        return false;
-    ++m_readers[self];
-    return true;
+    std::unique_lock lock(m_mutex);
+    bool enters = mayEnter(self);
+    if (!enters && patience.count() > 0) {
+        ++m_waitingReaders;
+        enters = m_changed.wait_for(lock, patience, [&] { return mayEnter(self); });
+        readerWaited();
+    }
+    if (enters)
+        ++m_readers[self];
+    return enters;
 }
 
 bool SoRecursiveRWLock::readUnlock()
@@ -53,7 +74,9 @@ bool SoRecursiveRWLock::writeLock()
     if (upgrade)
         m_upgrading = true;
     ++m_waitingWriters;
-    m_changed.wait(lock, [&] { return m_writeDepth == 0 && !othersRead(self); });
+    m_changed.wait(lock, [&] {
+        return m_writeDepth == 0 && !othersRead(self) && (upgrade || !m_readersTurn);
+    });
     --m_waitingWriters;
     if (upgrade)
         m_upgrading = false;
@@ -69,6 +92,7 @@ bool SoRecursiveRWLock::writeUnlock()
         return false;
     if (--m_writeDepth == 0) {
         m_writer = {};
+        m_readersTurn = m_waitingReaders > 0;
         m_changed.notify_all();
     }
     return true;

@@ -31,6 +31,8 @@
 #include <kalmyr/vrml/SoVrmlInit.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <vector>
 
 using kalmyr::detail::SceneReader;
@@ -274,9 +276,10 @@ void SoDB::readlock()
     sceneLock().readLock();
 }
 
-bool SoDB::tryReadlock()
+bool SoDB::tryReadlock(const SbTime& patience)
 {
-    return sceneLock().tryReadLock();
+    return sceneLock().tryReadLock(
+        std::chrono::microseconds(static_cast<std::int64_t>(patience.getValue() * 1e6)));
 }
 
 void SoDB::readunlock()
@@ -298,4 +301,9 @@ void SoDB::writeunlock()
 {
     if (!sceneLock().writeUnlock())
         SoDebugError::post("SoDB::writeunlock", "this thread does not hold the lock");
+}
+
+bool SoDB::isWritelocked()
+{
+    return sceneLock().isWriteLockedByThisThread();
 }

@@ -80,13 +80,15 @@ public:
     /// others holds the read lock meanwhile, if graphs are edited in other threads, as the Qt
     /// binding does. Actions that draw stay in one thread.
     static void readlock();
-    /// False, without waiting, when the lock cannot be had now.
-    [[nodiscard]] static bool tryReadlock();
+    /// False when the lock cannot be had within that time; zero: without waiting.
+    [[nodiscard]] static bool tryReadlock(const SbTime& patience = SbTime::zero());
     static void readunlock();
     /// False, with an error posted, when two readers would wait for each other; see above. Nothing
     /// may be edited then, and writeunlock() must not follow. SoWriteLock takes care of both.
     [[nodiscard]] static bool writelock();
     static void writeunlock();
+    /// Whether the calling thread holds the write lock.
+    static bool isWritelocked();
 
 private:
     static kalmyr::detail::SceneReader* readerOf(SoInput* in, bool headerNeeded);

@@ -14,6 +14,8 @@ public:
     SoReadLock() { SoDB::readlock(); }
     /// Does not wait; ask whether the lock is held.
     explicit SoReadLock(std::try_to_lock_t) : m_isHeld(SoDB::tryReadlock()) {}
+    /// Waits no longer than that; ask whether the lock is held.
+    explicit SoReadLock(const SbTime& patience) : m_isHeld(SoDB::tryReadlock(patience)) {}
     ~SoReadLock()
     {
         if (m_isHeld)
