@@ -5,7 +5,8 @@
 
 namespace mirabo {
 
-/// The actions of the main window, in their fixed order.
+/// What can be asked for: the actions of the main window, in their fixed order, and behind them
+/// what only menus of panels and keys ask for.
 enum class ActionId {
     New,
     Open,
@@ -59,10 +60,17 @@ enum class ActionId {
     Preferences,
     Contents,
     About,
-    Count
+    Count, ///< of the window's actions
+
+    FindAgain = Count, ///< with the options of the find dialog as they are
+    AddNode,
+    DeleteNode,
+    SaveBranch, ///< the current row of the tree and all below it
+    RequestCount
 };
 
 inline constexpr std::size_t kActionCount = static_cast<std::size_t>(ActionId::Count);
+inline constexpr std::size_t kRequestCount = static_cast<std::size_t>(ActionId::RequestCount);
 
 /// How an action is made.
 struct ActionSpec {
@@ -72,7 +80,6 @@ struct ActionSpec {
     const char* icon;     ///< file name below the icon prefix; null: none
     const char* shortcut; ///< portable text; null: none
     Check check = NotCheckable;
-    bool works = false; ///< false: its capability is not there yet, the action is shown disabled
 };
 
 /// One row an action. Two actions share a shortcut where the table says so (intended: Ctrl+N of

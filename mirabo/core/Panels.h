@@ -27,6 +27,8 @@ public:
     /// Replaces the scene by an empty one; false when the user cancelled.
     virtual bool closeScene() = 0;
     virtual void reopenRecentFile(int index) = 0;
+    /// Whether the scene came from a file that can be read again.
+    virtual bool canReload() const = 0;
     /// Outlines the object at the end of a path in the viewer; null for none.
     virtual void highlight(const SoPath* path) = 0;
     virtual void saveWindowSettings() = 0;
@@ -45,10 +47,6 @@ public:
     /// Makes the first row of a node current and scrolls to it; false when it has none.
     virtual bool revealNode(const SoNode* node) = 0;
     virtual void expandBelow(QTreeWidgetItem* startItem) = 0;
-    virtual void showReferencesOfCurrent() = 0;
-    virtual void hideReferences() = 0;
-    virtual void nextReference() = 0;
-    virtual void previousReference() = 0;
     /// The texts of a node's rows are painted anew.
     virtual void nodeTextChanged(const SoNode* node) = 0;
 
@@ -85,52 +83,6 @@ public:
 
 protected:
     ~NodePanels() = default;
-};
-
-/// Saving, exporting and the clipboard of the document.
-class SceneStorage {
-public:
-    virtual void saveScene() = 0;
-    /// Asks for a name; null saves the whole scene, otherwise what hangs on the node.
-    virtual void saveSceneAs(SoNode* node) = 0;
-    virtual void exportScene() = 0;
-    virtual void printScene() = 0;
-    virtual void cutSelection() = 0;
-    virtual void copySelection() = 0;
-    virtual void pasteClipboard() = 0;
-
-protected:
-    ~SceneStorage() = default;
-};
-
-/// Edits of the graph through the tree, each an undoable command.
-class TreeEditing {
-public:
-    virtual void addNode() = 0;
-    virtual void deleteNode() = 0;
-    /// Puts the item's node below the target's, or, as its sibling, behind it.
-    virtual void moveNode(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling) = 0;
-
-protected:
-    ~TreeEditing() = default;
-};
-
-/// Finding rows again: search, bookmarks, and the filter by category.
-class TreeNavigation {
-public:
-    virtual void showFindDialog() = 0;
-    /// Searches with the options of the dialog.
-    virtual void find() = 0;
-    virtual void findNext(bool backward) = 0;
-    virtual void toggleBookmark() = 0;
-    virtual void nextBookmark() = 0;
-    virtual void previousBookmark() = 0;
-    virtual void clearBookmarks() = 0;
-    /// Bits of the categories that are shown.
-    virtual void setFilter(int mask) = 0;
-
-protected:
-    ~TreeNavigation() = default;
 };
 
 } // namespace mirabo

@@ -34,23 +34,38 @@ void SoCommandManager::setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* do
     m_document = document;
     m_tree = tree;
     m_panels = panels;
-    m_undo.setStateCallback(
-        [this](bool canUndo, bool canRedo) { showUndoState(canUndo, canRedo); });
+    m_undo.setStateCallback([this] {
+        m_actions.update(ActionId::Undo);
+        m_actions.update(ActionId::Redo);
+    });
+    registerOwnActions();
+}
+
+void SoCommandManager::registerOwnActions()
+{
+    const auto always = [this](ActionId id, auto slot) {
+        m_actions.add(id, this, {[this, slot] { (this->*slot)(); }});
+    };
+    if (m_frame->mayReplaceScene()) {
+        always(ActionId::New, &SoCommandManager::closeFile);
+        always(ActionId::Open, &SoCommandManager::openFile);
+        always(ActionId::Close, &SoCommandManager::closeFile);
+    }
+    always(ActionId::Quit, &SoCommandManager::closeApp);
+    always(ActionId::Contents, &SoCommandManager::launchMiraboHelpViewer);
+    always(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
+    m_actions.add(
+        ActionId::Reload, this,
+        {[this] { reloadFile(); }, [this] { return m_document && m_document->canReload(); }});
+    m_actions.add(ActionId::Undo, this,
+                  {[this] { m_undo.undo(); }, [this] { return m_undo.canUndo(); }});
+    m_actions.add(ActionId::Redo, this,
+                  {[this] { m_undo.redo(); }, [this] { return m_undo.canRedo(); }});
 }
 
 void SoCommandManager::setOverrideFactory(std::function<MrbCommand*(bool)> factory)
 {
     m_overrideFactory = std::move(factory);
-}
-
-void SoCommandManager::setIgnoreHandler(std::function<void()> handler)
-{
-    m_ignoreHandler = std::move(handler);
-}
-
-void SoCommandManager::setPreferencesHandler(std::function<void()> handler)
-{
-    m_preferencesHandler = std::move(handler);
 }
 
 void SoCommandManager::release()
@@ -59,20 +74,8 @@ void SoCommandManager::release()
     m_document = nullptr;
     m_tree = nullptr;
     m_panels = nullptr;
-    m_storage = nullptr;
-    m_editing = nullptr;
-    m_navigation = nullptr;
     m_overrideFactory = {};
-    m_ignoreHandler = {};
-    m_preferencesHandler = {};
-}
-
-void SoCommandManager::showUndoState(bool canUndo, bool canRedo)
-{
-    if (!m_frame)
-        return;
-    m_frame->action(ActionId::Undo)->setEnabled(canUndo);
-    m_frame->action(ActionId::Redo)->setEnabled(canRedo);
+    m_actions.clear();
 }
 
 void SoCommandManager::reloadFile()
@@ -89,14 +92,12 @@ void SoCommandManager::closeApp()
 
 void SoCommandManager::printFile()
 {
-    if (m_storage)
-        m_storage->exportScene();
+    m_actions.run(ActionId::Export);
 }
 
 void SoCommandManager::printQt()
 {
-    if (m_storage)
-        m_storage->printScene();
+    m_actions.run(ActionId::Print);
 }
 
 void SoCommandManager::openFile()
@@ -104,10 +105,9 @@ void SoCommandManager::openFile()
     const SbString models = SbFileHelper::expandString("$KMRHOME/data/models");
     const QString directory = QString::fromUtf8(models.getString());
     // The dialog would take a folder that is not there for the name of a file.
-    const QString name =
-        QFileDialog::getOpenFileName(m_frame, "open file",
-                                     QFileInfo(directory).isDir() ? directory : QString(),
-                                     "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)");
+    const QString name = QFileDialog::getOpenFileName(
+        m_frame, "open file", QFileInfo(directory).isDir() ? directory : QString(),
+        "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)");
     if (!name.isEmpty() && m_document)
         m_document->openSceneFile(name);
 }
@@ -127,33 +127,29 @@ void SoCommandManager::newFile()
 void SoCommandManager::saveFile()
 {
     m_undo.clear();
-    if (m_storage)
-        m_storage->saveScene();
+    m_actions.run(ActionId::Save);
 }
 
 void SoCommandManager::saveAsFile()
 {
     m_undo.clear();
-    if (m_storage)
-        m_storage->saveSceneAs(nullptr);
+    m_actions.run(ActionId::SaveAs);
 }
 
 void SoCommandManager::closeFile()
 {
     if (m_document && m_document->closeScene())
-        m_frame->action(ActionId::Reload)->setEnabled(false);
+        m_actions.update(ActionId::Reload);
 }
 
 void SoCommandManager::copy()
 {
-    if (m_storage)
-        m_storage->copySelection();
+    m_actions.run(ActionId::Copy);
 }
 
 void SoCommandManager::paste()
 {
-    if (m_storage)
-        m_storage->pasteClipboard();
+    m_actions.run(ActionId::Paste);
 }
 
 void SoCommandManager::refreshView()
@@ -326,122 +322,102 @@ void SoCommandManager::expandAll(QTreeWidgetItem* startItem)
 
 void SoCommandManager::showAllReferences()
 {
-    if (m_tree)
-        m_tree->showReferencesOfCurrent();
+    m_actions.run(ActionId::ShowAllReferences);
 }
 
 void SoCommandManager::removeAllReferences()
 {
-    if (m_tree)
-        m_tree->hideReferences();
+    m_actions.run(ActionId::HideAllReferences);
 }
 
 void SoCommandManager::nextReference()
 {
-    if (m_tree)
-        m_tree->nextReference();
+    m_actions.run(ActionId::NextReference);
 }
 
 void SoCommandManager::previousReference()
 {
-    if (m_tree)
-        m_tree->previousReference();
+    m_actions.run(ActionId::PreviousReference);
 }
 
 void SoCommandManager::ignoreEnable()
 {
-    if (m_ignoreHandler)
-        m_ignoreHandler();
+    m_actions.run(ActionId::IgnoreEnable);
 }
 
 void SoCommandManager::treeAddNode()
 {
-    if (m_editing)
-        m_editing->addNode();
+    m_actions.run(ActionId::AddNode);
 }
 
 void SoCommandManager::treeDeleteNode()
 {
-    if (m_editing)
-        m_editing->deleteNode();
+    m_actions.run(ActionId::DeleteNode);
 }
 
 void SoCommandManager::treeMoveNode(SoTreeViewItem* itemToMove, SoTreeViewItem* itemInsertAfter)
 {
-    if (m_editing)
-        m_editing->moveNode(itemToMove, itemInsertAfter, m_spaceHeld);
+    Q_EMIT moveRequested(itemToMove, itemInsertAfter, m_spaceHeld);
 }
 
 void SoCommandManager::saveSubSceneGraph()
 {
-    if (m_storage && m_tree && m_tree->getCurrentNode())
-        m_storage->saveSceneAs(m_tree->getCurrentNode());
+    m_actions.run(ActionId::SaveBranch);
 }
 
 void SoCommandManager::cutNode()
 {
-    if (m_storage)
-        m_storage->cutSelection();
+    m_actions.run(ActionId::Cut);
 }
 
 void SoCommandManager::toggleBookmark()
 {
-    if (m_navigation)
-        m_navigation->toggleBookmark();
+    m_actions.run(ActionId::ToggleBookmark);
 }
 
 void SoCommandManager::nextBookmark()
 {
-    if (m_navigation)
-        m_navigation->nextBookmark();
+    m_actions.run(ActionId::NextBookmark);
 }
 
 void SoCommandManager::previousBookmark()
 {
-    if (m_navigation)
-        m_navigation->previousBookmark();
+    m_actions.run(ActionId::PreviousBookmark);
 }
 
 void SoCommandManager::clearBookmark()
 {
-    if (m_navigation)
-        m_navigation->clearBookmarks();
+    m_actions.run(ActionId::ClearBookmarks);
 }
 
 void SoCommandManager::showFindDialog()
 {
-    if (m_navigation)
-        m_navigation->showFindDialog();
+    m_actions.run(ActionId::Find);
 }
 
 void SoCommandManager::find()
 {
-    if (m_navigation)
-        m_navigation->find();
+    m_actions.run(ActionId::FindAgain);
 }
 
 void SoCommandManager::findNext()
 {
-    if (m_navigation)
-        m_navigation->findNext(false);
+    m_actions.run(ActionId::FindNext);
 }
 
 void SoCommandManager::findPrevious()
 {
-    if (m_navigation)
-        m_navigation->findNext(true);
+    m_actions.run(ActionId::FindPrevious);
 }
 
 void SoCommandManager::setFilter(int filter)
 {
-    if (m_navigation)
-        m_navigation->setFilter(filter);
+    Q_EMIT filterRequested(filter);
 }
 
 void SoCommandManager::editPreferences()
 {
-    if (m_preferencesHandler)
-        m_preferencesHandler();
+    m_actions.run(ActionId::Preferences);
 }
 
 void SoCommandManager::launchAboutMiraboFrame()

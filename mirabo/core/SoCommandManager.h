@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mirabo/core/ActionRegistry.h"
 #include "mirabo/core/Panels.h"
 #include "mirabo/core/UndoStack.h"
 
@@ -17,9 +18,8 @@ class SoMiraboMainFrame;
 using SoTreeViewItemList = QList<SoTreeViewItem*>;
 
 /// The hub: every menu action and most requests of the panels end in one of its slots. It does
-/// little itself; it asks the document, the tree and the panels, and keeps the undo stack.
-///
-/// A request for which nobody answers yet does nothing; its action is disabled.
+/// little itself: its slots run what the owner of a capability registered in actions(), or ask the
+/// document, the tree and the panels; and it keeps the undo stack.
 class SoCommandManager final : public QObject {
     Q_OBJECT
 
@@ -33,18 +33,11 @@ public:
     /// Once per start, when the window and the panels exist. None of them is owned.
     void setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document, mirabo::SceneTree* tree,
                mirabo::NodePanels* panels);
-    void setStorage(mirabo::SceneStorage* storage) { m_storage = storage; }
-    void setTreeEditing(mirabo::TreeEditing* editing) { m_editing = editing; }
-    void setTreeNavigation(mirabo::TreeNavigation* navigation) { m_navigation = navigation; }
+    /// Who does what; the actions of the window follow it.
+    mirabo::ActionRegistry& actions() { return m_actions; }
     /// Makes the command that switches the override flag of the node that the overview shows; null
     /// when there is none to switch.
     void setOverrideFactory(std::function<MrbCommand*(bool on)> factory);
-    /// Whether somebody adds, deletes and moves nodes when asked to.
-    bool canEditTree() const { return m_editing != nullptr; }
-    /// Ignores or enables what is selected, a row of the tree or a field.
-    void setIgnoreHandler(std::function<void()> handler);
-    /// Shows the preferences dialog.
-    void setPreferencesHandler(std::function<void()> handler);
     /// The panels are about to go; requests do nothing from now on.
     void release();
 
@@ -142,22 +135,22 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void extensionsDescribed();
+    /// The item's node is to move to the target; `asSibling`: behind it, with the space bar held.
+    void moveRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
+    /// Rows of other categories are to be hidden; one bit for each category.
+    void filterRequested(int mask);
 
 private:
     void announce(SoNode* node);
-    void showUndoState(bool canUndo, bool canRedo);
+    void registerOwnActions();
 
     mirabo::UndoStack m_undo;
+    mirabo::ActionRegistry m_actions;
     SoMiraboMainFrame* m_frame = nullptr;
     mirabo::SceneDocument* m_document = nullptr;
     mirabo::SceneTree* m_tree = nullptr;
     mirabo::NodePanels* m_panels = nullptr;
-    mirabo::SceneStorage* m_storage = nullptr;
-    mirabo::TreeEditing* m_editing = nullptr;
-    mirabo::TreeNavigation* m_navigation = nullptr;
     std::function<MrbCommand*(bool)> m_overrideFactory;
-    std::function<void()> m_ignoreHandler;
-    std::function<void()> m_preferencesHandler;
     SoTreeViewItemList m_overviewList;
     bool m_spaceHeld = false;
     bool m_announcing = false; ///< the services repeat what we told them ourselves

@@ -47,7 +47,7 @@ QAction* makeAction(const ActionSpec& spec, QObject* parent)
     action->setToolTip(toolTipOf(*action));
     action->setCheckable(spec.check != ActionSpec::NotCheckable);
     action->setChecked(spec.check == ActionSpec::Checked);
-    action->setEnabled(spec.works);
+    action->setEnabled(false); // until somebody answers
     action->setObjectName(QString(spec.text).remove('&').remove('.').remove(' '));
     return action;
 }
@@ -72,6 +72,7 @@ SoMiraboMainFrame::~SoMiraboMainFrame()
 void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
 {
     m_filterMask = mirabo::kAllCategories;
+    m_mayReplaceScene = standalone;
     setWindowTitle("Mirabo");
     setWindowIcon(QIcon(QString(kIconPrefix) + "MiraboIcon.png"));
     setAcceptDrops(true);
@@ -81,16 +82,8 @@ void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
     createMenus();
     createToolBars();
     connectActions(hub);
-    for (const ActionId id :
-         {ActionId::Reload, ActionId::Undo, ActionId::Redo, ActionId::ShowAllReferences,
-          ActionId::HideAllReferences, ActionId::NextReference, ActionId::PreviousReference})
-        action(id)->setEnabled(false); // nothing to act on yet
-    if (!standalone) {
-        action(ActionId::Open)->setEnabled(false);
-        action(ActionId::Close)->setEnabled(false);
-        action(ActionId::New)->setEnabled(false); // closes the scene as well
-        m_recentMenu->setEnabled(false);
-    } else {
+    m_recentMenu->setEnabled(standalone);
+    if (standalone) {
         // A host may have its own way to get what its scene refers to.
         auto* fetcher = new mirabo::InlineFetcher(this);
         connect(fetcher, &mirabo::InlineFetcher::notFetched, this, [this](const QString& url) {
@@ -193,7 +186,7 @@ void SoMiraboMainFrame::createToolBars()
     m_findCombo->setMinimumWidth(kFindComboWidth);
     m_findCombo->setDuplicatesEnabled(false);
     m_findCombo->setAccessibleName("Text to find");
-    m_findCombo->setEnabled(mirabo::actionTable()[static_cast<std::size_t>(ActionId::Find)].works);
+    m_findCombo->setEnabled(false);
     search->addWidget(m_findCombo);
     addEntries(search, {ActionId::FindPrevious, ActionId::FindNext});
     addEntries(
@@ -239,6 +232,10 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::PreviousReference, &SoCommandManager::previousReference);
     run(ActionId::Contents, &SoCommandManager::launchMiraboHelpViewer);
     run(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
+    for (std::size_t i = 0; i < m_actions.size(); ++i)
+        hub->actions().bind(static_cast<ActionId>(i), m_actions[i]);
+    connect(&hub->actions(), &mirabo::ActionRegistry::updated, m_findCombo,
+            [this] { m_findCombo->setEnabled(action(ActionId::FindNext)->isEnabled()); });
     for (QAction* recent : m_recentActions)
         connect(recent, &QAction::triggered, hub, &SoCommandManager::openFileRecent);
     connect(m_findCombo->lineEdit(), &QLineEdit::returnPressed, hub, &SoCommandManager::find);

@@ -27,6 +27,8 @@ public:
     /// Once per start: title, icon, actions, menus, tool bars. A tool that was not started
     /// standalone may not replace its host's scene.
     void setUp(SoCommandManager* hub, bool standalone);
+    /// Whether another scene may take the place of the one that is shown.
+    bool mayReplaceScene() const { return m_mayReplaceScene; }
     /// The "View" menu lists the docks and tool bars that exist now.
     void fillViewMenu();
 
@@ -83,6 +85,7 @@ private:
     QMenu* m_viewMenu = nullptr;
     QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;
+    bool m_mayReplaceScene = false;
     bool m_togglingAll = false; ///< the categories follow one action
     std::function<void()> m_closeHandler;
     std::function<void()> m_deathHandler;

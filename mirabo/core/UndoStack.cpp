@@ -99,7 +99,7 @@ void UndoStack::erase(int from, int to)
 void UndoStack::tellState()
 {
     if (m_callback)
-        m_callback(canUndo(), canRedo());
+        m_callback();
 }
 
 } // namespace mirabo

@@ -13,8 +13,8 @@ namespace mirabo {
 /// and pushing would leave a gap (intended: every start gives the viewer a scene, which clears).
 class UndoStack {
 public:
-    /// Told whenever undo or redo becomes possible or impossible.
-    using StateCallback = std::function<void(bool canUndo, bool canRedo)>;
+    /// Called whenever what can be undone or redone may have changed.
+    using StateCallback = std::function<void()>;
 
     UndoStack() = default;
     ~UndoStack() = default; // what is still on the stack is not deleted, as clear() does not either

@@ -7,20 +7,20 @@
 
 #include <kalmyr/core/SoField.h>
 
-#include <QAction>
 #include <QFocusEvent>
 
 namespace mirabo {
 
-IgnoreSwitch::IgnoreSwitch(QAction* action, SoMiraboTreeView* tree, SoMiraboEdition* edition,
-                           SoCommandManager* hub)
-    : m_action(action), m_tree(tree), m_edition(edition), m_hub(hub)
+IgnoreSwitch::IgnoreSwitch(SoMiraboTreeView* tree, SoMiraboEdition* edition, SoCommandManager* hub)
+    : m_tree(tree), m_edition(edition), m_hub(hub)
 {
+    hub->actions().add(ActionId::IgnoreEnable, this,
+                       {[this] { run(); }, [this] { return isPossible(); }});
     connect(tree, &SoMiraboTreeView::ignoreEnableChanged, this, &IgnoreSwitch::useTree);
     connect(edition, &SoMiraboEdition::fieldPicked, this, &IgnoreSwitch::fieldPicked);
     connect(edition, &SoMiraboEdition::fieldSelected, this, [this](SoField* field) {
-        if (m_onField)
-            m_action->setEnabled(field);
+        m_hasField = field;
+        m_hub->actions().update(ActionId::IgnoreEnable);
     });
     connect(edition, &SoMiraboEdition::ignoreRequested, this, &IgnoreSwitch::switchField);
     tree->installEventFilter(this);
@@ -32,16 +32,14 @@ IgnoreSwitch::~IgnoreSwitch() = default;
 void IgnoreSwitch::useTree()
 {
     m_onField = false;
-    m_action->setEnabled(m_tree->canIgnoreOrEnable());
+    m_hub->actions().update(ActionId::IgnoreEnable);
 }
 
 void IgnoreSwitch::fieldPicked(SoField* field)
 {
     m_onField = field;
-    if (field)
-        m_action->setEnabled(true);
-    else
-        useTree();
+    m_hasField = field;
+    m_hub->actions().update(ActionId::IgnoreEnable);
 }
 
 bool IgnoreSwitch::eventFilter(QObject*, QEvent* event)
@@ -60,6 +58,11 @@ void IgnoreSwitch::switchField()
 {
     if (MrbCommand* command = m_edition->makeIgnoreCommand())
         m_hub->addCommand(command);
+}
+
+bool IgnoreSwitch::isPossible() const
+{
+    return m_onField ? m_hasField : m_tree->canIgnoreOrEnable();
 }
 
 void IgnoreSwitch::run()

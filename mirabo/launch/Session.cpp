@@ -77,8 +77,7 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     frame->setDeathHandler([this] { windowDied(); });
     frame->setDropHandler(
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
-    hub()->setPreferencesHandler([this] { editPreferences(m_frame, m_tree, m_edition.get()); });
-    frame->action(ActionId::Preferences)->setEnabled(true);
+    registerActions();
     new Automation(frame, m_tree); // the window owns it
 }
 
@@ -125,10 +124,10 @@ void Session::connectTree()
             [](const QUrl& address) { QDesktopServices::openUrl(address); });
     connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
             [this](bool canShow, bool shown) {
-                m_frame->action(ActionId::ShowAllReferences)->setEnabled(canShow && !shown);
-                for (const ActionId id : {ActionId::HideAllReferences, ActionId::NextReference,
-                                          ActionId::PreviousReference})
-                    m_frame->action(id)->setEnabled(shown);
+                m_canShowReferences = canShow && !shown;
+                for (const ActionId id : {ActionId::ShowAllReferences, ActionId::HideAllReferences,
+                                          ActionId::NextReference, ActionId::PreviousReference})
+                    hub()->actions().update(id);
             });
 }
 
@@ -141,9 +140,7 @@ void Session::connectOverview()
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
     hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
-    m_ignore = std::make_unique<IgnoreSwitch>(m_frame->action(ActionId::IgnoreEnable), m_tree,
-                                              m_edition.get(), hub());
-    hub()->setIgnoreHandler([this] { m_ignore->run(); });
+    m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub());
     QAction* remove = m_frame->action(ActionId::Delete);
     new SoTreeViewState(m_tree, remove, hub()); // the tree owns it
     m_edition->createFieldWatchState(remove, hub());
@@ -158,10 +155,31 @@ void Session::connectViewer()
     SoMiraboViewer* viewer = SoMiraboViewer::instance();
     connect(viewer, &SoMiraboViewer::sceneAboutToChange, this, [this] { m_edition->clear(); });
     connect(viewer, &SoMiraboViewer::sceneChanged, m_tree, &SoMiraboTreeView::setSceneGraph);
+    connect(viewer, &SoMiraboViewer::fileChanged, hub(),
+            [] { hub()->actions().update(ActionId::Reload); });
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
             &SoCommandManager::clearUndoCommand);
     connect(viewer, &SoMiraboViewer::nodePicked, this,
             [this](SoNode* node) { m_tree->revealNode(node); });
+}
+
+/// What the panels do when they are asked to.
+void Session::registerActions()
+{
+    ActionRegistry& actions = hub()->actions();
+    actions.add(ActionId::Preferences, this,
+                {[this] { editPreferences(m_frame, m_tree, m_edition.get()); }});
+    const auto onReferences = [&](ActionId id, void (SoMiraboTreeView::*step)()) {
+        actions.add(id, m_tree,
+                    {[this, step] { (m_tree->*step)(); },
+                     [this] { return m_tree->hasMarkedReferences(); }});
+    };
+    onReferences(ActionId::HideAllReferences, &SoMiraboTreeView::hideReferences);
+    onReferences(ActionId::NextReference, &SoMiraboTreeView::nextReference);
+    onReferences(ActionId::PreviousReference, &SoMiraboTreeView::previousReference);
+    actions.add(
+        ActionId::ShowAllReferences, m_tree,
+        {[this] { m_tree->showReferencesOfCurrent(); }, [this] { return m_canShowReferences; }});
 }
 
 void Session::windowClosed()

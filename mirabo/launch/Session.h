@@ -39,6 +39,7 @@ public:
 
 private:
     void createPanels(bool standalone);
+    void registerActions();
     void connectTree();
     void connectOverview();
     void connectViewer();
@@ -65,6 +66,7 @@ private:
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
     std::unique_ptr<IgnoreSwitch> m_ignore;
+    bool m_canShowReferences = false;
 };
 
 } // namespace mirabo

@@ -82,10 +82,10 @@ public:
     /// Opens a row (null: the current one, else the root) and all rows below it. Asks first when
     /// there are very many, unless the application runs unattended.
     void expandBelow(QTreeWidgetItem* startItem) override;
-    void showReferencesOfCurrent() override;
-    void hideReferences() override;
-    void nextReference() override { stepReference(1); }
-    void previousReference() override { stepReference(-1); }
+    void showReferencesOfCurrent();
+    void hideReferences();
+    void nextReference() { stepReference(1); }
+    void previousReference() { stepReference(-1); }
     void nodeTextChanged(const SoNode* node) override;
 
     /// While it lives rows may be patched; the panels hear of a new current row afterwards.

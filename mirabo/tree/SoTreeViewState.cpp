@@ -47,7 +47,7 @@ void SoTreeViewState::updateItemTreeViewAction(QTreeWidgetItem* current, QTreeWi
 {
     // The scene's root hangs on nothing that it could be taken from.
     if (m_delete && m_hub)
-        m_delete->setEnabled(m_hub->canEditTree() && current && current->parent());
+        m_delete->setEnabled(current && m_hub->actions().isPossible(mirabo::ActionId::DeleteNode));
 }
 
 void SoTreeViewState::contextMenu(QContextMenuEvent* event)

@@ -279,7 +279,6 @@ bool SoMiraboViewer::readScene(LiveInput& input)
         setCurrentFile(toQString(name));
         setScene(root.get(), true);
         addRecentFile(toQString(name));
-        m_frame->action(mirabo::ActionId::Reload)->setEnabled(true);
         tellLoaded(input, timer.elapsed());
     }
     if (!m_readError.isEmpty())
@@ -305,6 +304,7 @@ void SoMiraboViewer::setCurrentFile(const QString& fileName)
     m_currentFile = fileName;
     m_frame->setWindowTitle(fileName.isEmpty() ? QString("Mirabo")
                                                : QString("Mirabo -- %1").arg(fileName));
+    Q_EMIT fileChanged();
 }
 
 bool SoMiraboViewer::closeScene()

@@ -51,6 +51,7 @@ public:
     bool openDroppedFile(const QString& fileName);
     bool closeScene() override;
     void reopenRecentFile(int index) override;
+    bool canReload() const override { return !m_currentFile.isEmpty(); }
     void highlight(const SoPath* path) override;
     void saveWindowSettings() override { writeSettings(); }
     void refresh() override;
@@ -76,6 +77,8 @@ Q_SIGNALS:
     /// The new scene is in place: the tree is rebuilt on it (null: none).
     void sceneChanged(SoNode* root);
     void undoResetRequested();
+    /// The scene has another file, or none.
+    void fileChanged();
     /// The user picked a node in the viewer.
     void nodePicked(SoNode* node);
 

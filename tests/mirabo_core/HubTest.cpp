@@ -33,7 +33,7 @@ using mirabo::ActionId;
 namespace {
 
 /// Panels that write down what they are asked.
-struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mirabo::SceneStorage {
+struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels {
     void setScene(SoNode* root, bool reset) override { note(root ? "scene" : "empty", reset); }
     SoNode* getScene() const override { return nullptr; }
     bool openSceneFile(const QString& name) override
@@ -43,6 +43,7 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
     }
     bool closeScene() override { return closes; }
     void reopenRecentFile(int index) override { note("reopen", index); }
+    bool canReload() const override { return hasFile; }
     void highlight(const SoPath*) override { log << "highlight"; }
     void saveWindowSettings() override {}
     void refresh() override { log << "refresh"; }
@@ -55,10 +56,6 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
         return true;
     }
     void expandBelow(QTreeWidgetItem*) override { log << "expand"; }
-    void showReferencesOfCurrent() override {}
-    void hideReferences() override {}
-    void nextReference() override { log << "next"; }
-    void previousReference() override {}
     void nodeTextChanged(const SoNode*) override { log << "text"; }
 
     void showNode(SoNode*, SoNode*, bool newTab) override { note("show", newTab); }
@@ -81,14 +78,6 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
     }
     SoMiraboEdition* edition() const override { return nullptr; }
 
-    void saveScene() override { log << "save"; }
-    void saveSceneAs(SoNode* node) override { note("saveAs", node != nullptr); }
-    void exportScene() override {}
-    void printScene() override {}
-    void cutSelection() override {}
-    void copySelection() override {}
-    void pasteClipboard() override {}
-
     void note(const QString& what, int number) { log << what + QString::number(number); }
     QStringList taken()
     {
@@ -100,6 +89,7 @@ struct Panels : mirabo::SceneDocument, mirabo::SceneTree, mirabo::NodePanels, mi
     QStringList log;
     SoNode* current = nullptr;
     bool closes = true;
+    bool hasFile = false;
 };
 
 class Edit final : public MrbCommand {
@@ -178,7 +168,8 @@ TEST_F(HubTest, OnlyChangesFromOutsideForgetWhatWasDone)
 
 TEST_F(HubTest, SavingForgetsWhatWasDone)
 {
-    hub.setStorage(&panels);
+    hub.actions().add(ActionId::Save, &frame, {[this] { panels.log << "save"; }});
+    hub.actions().add(ActionId::SaveAs, &frame, {[this] { panels.log << "saveAs"; }});
     last = new Edit;
     hub.addCommand(last);
     hub.saveFile();
@@ -186,18 +177,21 @@ TEST_F(HubTest, SavingForgetsWhatWasDone)
     EXPECT_FALSE(canUndo());
     EXPECT_FALSE(canRedo());
     hub.saveAsFile();
-    EXPECT_EQ(panels.taken(), QStringList("saveAs0"));
+    EXPECT_EQ(panels.taken(), QStringList("saveAs"));
 }
 
 TEST_F(HubTest, FileActionsReachTheDocument)
 {
-    frame.action(ActionId::Reload)->setEnabled(true);
+    EXPECT_FALSE(frame.action(ActionId::Reload)->isEnabled());
+    panels.hasFile = true;
+    hub.actions().update(ActionId::Reload);
     frame.action(ActionId::Reload)->trigger();
     EXPECT_EQ(panels.taken(), QStringList("reopen0"));
     panels.closes = false;
     frame.action(ActionId::New)->trigger();
     EXPECT_TRUE(frame.action(ActionId::Reload)->isEnabled()) << "the user cancelled";
     panels.closes = true;
+    panels.hasFile = false;
     frame.action(ActionId::Close)->trigger();
     EXPECT_FALSE(frame.action(ActionId::Reload)->isEnabled());
     frame.showRecentFiles({"/one.ky", "/two.ky"});
@@ -243,6 +237,37 @@ TEST_F(HubTest, AsksNobodyOnceThePanelsAreGone)
     hub.setFieldWatch(nullptr);
     hub.closeApp();
     EXPECT_EQ(panels.taken(), QStringList());
+}
+
+TEST_F(HubTest, TheLastOwnerOfAnActionAnswersUntilItDies)
+{
+    mirabo::ActionRegistry& actions = hub.actions();
+    QAction* find = frame.action(ActionId::Find);
+    const QString ownTip = find->toolTip();
+    EXPECT_FALSE(find->isEnabled());
+    EXPECT_FALSE(actions.run(ActionId::Find));
+    auto tree = std::make_unique<QObject>();
+    auto watch = std::make_unique<QObject>();
+    bool hasRows = false;
+    actions.add(ActionId::Find, tree.get(),
+                {[this] { panels.log << "tree"; }, [&hasRows] { return hasRows; },
+                 [] { return QString("Find a node"); }});
+    EXPECT_FALSE(find->isEnabled()) << "there is nothing to do";
+    hasRows = true;
+    actions.update(ActionId::Find);
+    EXPECT_TRUE(find->isEnabled());
+    EXPECT_TRUE(find->toolTip().startsWith("Find a node"));
+    actions.add(ActionId::Find, watch.get(), {[&] {
+                    panels.log << "watch";
+                    watch.reset(); // while it runs
+                }});
+    EXPECT_EQ(find->toolTip(), ownTip);
+    hub.showFindDialog();
+    hub.showFindDialog();
+    EXPECT_EQ(panels.taken(), QStringList({"watch", "tree"}));
+    actions.withdraw(ActionId::Find, tree.get());
+    EXPECT_FALSE(find->isEnabled());
+    EXPECT_FALSE(actions.run(ActionId::Find));
 }
 
 TEST_F(HubTest, OverrideSwitchesThroughTheStack)

@@ -143,8 +143,11 @@ TEST_F(MainFrameTest, KeysThatTwoActionsShareTriggerNeither)
 
 TEST_F(MainFrameTest, AHostsSceneIsNotReplaced)
 {
+    SoCommandManager hostedHub;
     SoMiraboMainFrame hosted;
-    hosted.setUp(&hub, false);
+    hosted.setUp(&hostedHub, false);
+    hostedHub.setUp(&hosted, nullptr, nullptr, nullptr);
+    hub.setUp(&frame, nullptr, nullptr, nullptr);
     for (const ActionId id : {ActionId::Open, ActionId::Close}) {
         EXPECT_TRUE(frame.action(id)->isEnabled());
         EXPECT_FALSE(hosted.action(id)->isEnabled());

@@ -41,9 +41,9 @@ class UndoStackTest : public testing::Test {
 protected:
     UndoStackTest()
     {
-        stack.setStateCallback([this](bool undo, bool redo) {
-            canUndo = undo;
-            canRedo = redo;
+        stack.setStateCallback([this] {
+            canUndo = stack.canUndo();
+            canRedo = stack.canRedo();
         });
         stack.clear(); // as every start does
     }
