@@ -9,6 +9,7 @@
 
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoReadLock.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
@@ -34,6 +35,15 @@ bool isAddition(SoNotification::Kind kind)
 {
     return kind == SoNotification::CHILD_ADDED || kind == SoNotification::CHILD_INSERTED
            || kind == SoNotification::CHILD_REPLACED;
+}
+
+/// An edit of a child list, or of the field that stands for it. What other fields hold is compared.
+bool isOfChildList(const SoNotification& notification)
+{
+    return notification.kind >= SoNotification::CHILD_ADDED
+           && notification.kind <= SoNotification::ALL_REMOVED
+           && (!notification.field
+               || static_cast<const SoMNodeField*>(notification.field)->isBound());
 }
 
 /// The nodes from the watched one down to the change.
@@ -136,10 +146,9 @@ bool SoGraphTopologyManager::isOtherThread() const
 /// Runs inside the notification walk, for every change below the watched node.
 void SoGraphTopologyManager::record(const SoNotification& notification)
 {
-    const bool isEdit = notification.kind >= SoNotification::CHILD_ADDED
-                        && notification.kind <= SoNotification::ALL_REMOVED;
+    const bool isEdit = isOfChildList(notification);
     if (!isEdit) {
-        if (notification.kind != SoNotification::UNSPECIFIED)
+        if (notification.kind == SoNotification::OTHER)
             return;
         if (notification.field && !mirabo::isNodeField(notification.field)) {
             recordValue(notification);
@@ -153,7 +162,7 @@ void SoGraphTopologyManager::record(const SoNotification& notification)
     SoNode* node = asNode(notification.container);
     if (!node || node->getRefCount() == 0)
         return;
-    m_changes.push_back({notification.kind,
+    m_changes.push_back({isEdit ? notification.kind : SoNotification::UNSPECIFIED,
                          notification.index,
                          node,
                          notification.child,

@@ -149,30 +149,52 @@ TEST_F(NodeFields, EditListsWithOneNotificationEach)
     }
     SoMFNode& parts = m_holder->parts;
     Listener listener;
-    parts.addAuditor(&listener, SoAuditor::SENSOR);
-    const auto step = [&](const char* name, std::vector<SoNode*> expected) {
+    m_holder->addAuditor(&listener, SoAuditor::SENSOR);
+    using Note = SoNotification;
+    const auto step = [&](const char* name, std::vector<SoNode*> expected, Note::Kind kind,
+                          SoNode* child = nullptr, int index = -1) {
         EXPECT_EQ(listener.take(), 1) << name;
         EXPECT_EQ(parts.getValues(), expected) << name;
+        EXPECT_EQ(listener.field, &parts) << name;
+        EXPECT_EQ(listener.kind, kind) << name;
+        EXPECT_EQ(listener.child, child) << name;
+        EXPECT_EQ(listener.index, index) << name;
     };
+    SoNode *const a = plain[0], *const b = plain[1], *const c = plain[2], *const d = plain[3],
+                  *const e = plain[4];
     EXPECT_TRUE(parts.setValues(plain));
-    step("setValues", plain);
+    step("setValues", plain, Note::UNSPECIFIED);
     EXPECT_FALSE(parts.isDefault());
     EXPECT_TRUE(parts.insertNode(nullptr, 1));
-    step("insertNode", {plain[0], nullptr, plain[1], plain[2], plain[3], plain[4]});
-    EXPECT_TRUE(parts.replaceNode(plain[2], plain[0]));
-    step("replaceNode", {plain[0], nullptr, plain[1], plain[0], plain[3], plain[4]});
-    EXPECT_EQ(parts.find(plain[0]), 0);
+    step("insertNode", {a, nullptr, b, c, d, e}, Note::CHILD_INSERTED, nullptr, 1);
+    EXPECT_TRUE(parts.replaceNode(c, a));
+    step("replaceNode", {a, nullptr, b, a, d, e}, Note::CHILD_REPLACED, a, 3);
+    EXPECT_EQ(parts.find(a), 0);
     parts.deleteValues(1, 2);
-    step("deleteValues", {plain[0], plain[0], plain[3], plain[4]});
+    step("deleteValues", {a, a, d, e}, Note::UNSPECIFIED);
     parts.insertSpace(2, 1);
-    step("insertSpace", {plain[0], plain[0], nullptr, plain[3], plain[4]});
+    step("insertSpace", {a, a, nullptr, d, e}, Note::CHILD_INSERTED, nullptr, 2);
     EXPECT_TRUE(parts.setValues(4, plain));
-    step("setValues from 4",
-         {plain[0], plain[0], nullptr, plain[3], plain[0], plain[1], plain[2], plain[3], plain[4]});
-    EXPECT_TRUE(parts.setValue(plain[1]));
-    step("setValue", {plain[1]});
+    step("setValues from 4", {a, a, nullptr, d, a, b, c, d, e}, Note::UNSPECIFIED);
+    EXPECT_TRUE(parts.removeNode(8));
+    step("removeNode", {a, a, nullptr, d, a, b, c, d}, Note::CHILD_REMOVED, e, 8);
+    EXPECT_TRUE(parts.set1Value(8, e));
+    step("set1Value at the end", {a, a, nullptr, d, a, b, c, d, e}, Note::CHILD_ADDED, e, 8);
+    parts.setNum(2);
+    step("setNum", {a, a}, Note::UNSPECIFIED);
+    EXPECT_TRUE(parts.set1Value(4, e));
+    step("set1Value beyond", {a, a, nullptr, nullptr, e}, Note::UNSPECIFIED);
+    EXPECT_TRUE(parts.removeAllNodes());
+    step("removeAllNodes", {}, Note::ALL_REMOVED);
+    EXPECT_TRUE(parts.setValue(b));
+    step("setValue", {b}, Note::CHILD_ADDED, b, 0);
     EXPECT_EQ(nodes[1]->getRefCount(), 2);
     EXPECT_EQ(nodes[0]->getRefCount(), 1);
+    parts.enableNotify(false);
+    EXPECT_TRUE(parts.addNode(c));
+    parts.enableNotify(true);
+    EXPECT_TRUE(parts.removeNode(1));
+    step("removal after a silent addition", {b}, Note::CHILD_REMOVED, c, 1);
     {
         const auto errors = support::expectErrors();
         EXPECT_FALSE(parts.removeNode(plain[0]));
@@ -180,7 +202,7 @@ TEST_F(NodeFields, EditListsWithOneNotificationEach)
         EXPECT_FALSE(parts.replaceNode(-1, plain[0]));
     }
     EXPECT_EQ(listener.take(), 0);
-    parts.removeAuditor(&listener);
+    m_holder->removeAuditor(&listener);
 }
 
 TEST_F(NodeFields, CopyDeepWithSharedNodesStayingShared)

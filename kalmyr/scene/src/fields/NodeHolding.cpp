@@ -6,20 +6,52 @@
 
 #include "core/NodeFields.h"
 
-bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
+#include <algorithm>
+
+namespace {
+
+/// The node whose field it is; null for a field without a container, and of an engine.
+const SoNode* holderOf(const SoField& field)
 {
     const SoFieldContainer* container = field.getContainer();
-    if (!node || !container || !container->isOfType(SoNode::getClassTypeId())) {
-        return true;
-    }
-    const auto* holder = static_cast<const SoNode*>(container);
-    if (!mayBeAtOrAbove(node, holder) || !holder->isAtOrBelow(node)) {
-        return true;
-    }
+    return container && container->isOfType(SoNode::getClassTypeId())
+               ? static_cast<const SoNode*>(container)
+               : nullptr;
+}
+
+bool refuse(const SoField& field, const SoNode* holder, const SoNode* node)
+{
     SoDebugError::post("SoField",
                        "%s \"%s\" cannot be held by the field %s of %s \"%s\": it holds it",
                        node->getTypeId().getName().getString(), node->getName().getString(),
                        holder->getFieldName(&field).getString(),
                        holder->getTypeId().getName().getString(), holder->getName().getString());
     return false;
+}
+
+} // namespace
+
+bool kalmyr::detail::mayHold(const SoField& field, const SoNode* node)
+{
+    const SoNode* holder = node ? holderOf(field) : nullptr;
+    return !holder || !mayBeAtOrAbove(node, holder) || !holder->isAtOrBelow(node)
+           || refuse(field, holder, node);
+}
+
+bool kalmyr::detail::mayHoldAll(const SoField& field, std::span<SoNode* const> nodes)
+{
+    if (nodes.size() < 2) {
+        return nodes.empty() || mayHold(field, nodes[0]);
+    }
+    const SoNode* holder = holderOf(field);
+    const auto mayBeAbove = [holder](const SoNode* node) {
+        return node && mayBeAtOrAbove(node, holder);
+    };
+    if (!holder || std::none_of(nodes.begin(), nodes.end(), mayBeAbove)) {
+        return true;
+    }
+    const auto above = holder->getAllAtOrAbove();
+    return std::all_of(nodes.begin(), nodes.end(), [&](const SoNode* node) {
+        return !node || !above.count(node) || refuse(field, holder, node);
+    });
 }

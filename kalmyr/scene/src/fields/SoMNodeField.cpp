@@ -6,8 +6,8 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
-#include "NodeHolding.h"
 #include "core/LastRites.h"
+#include "NodeHolding.h"
 
 #include <algorithm>
 #include <cassert>
@@ -72,18 +72,16 @@ const std::vector<SoNode*>& SoMNodeField::getValues() const
 int SoMNodeField::find(const SoNode* node) const
 {
     const auto& nodes = getValues();
+    if (m_list) {
+        return m_list->find(node);
+    }
     const auto place = std::find(nodes.begin(), nodes.end(), node);
     return place == nodes.end() ? -1 : static_cast<int>(place - nodes.begin());
 }
 
-bool SoMNodeField::accepts(const SoNode* node) const
-{
-    return kalmyr::detail::mayHold(*this, node);
-}
-
 bool SoMNodeField::acceptsAll(std::span<SoNode* const> nodes) const
 {
-    return std::all_of(nodes.begin(), nodes.end(), [this](SoNode* n) { return accepts(n); });
+    return kalmyr::detail::mayHoldAll(*this, nodes);
 }
 
 void SoMNodeField::hold(SoNode* node)
@@ -102,26 +100,69 @@ void SoMNodeField::letGo(SoNode* node)
     }
 }
 
-/// Everything else than single edits of bound fields ends here: one notification, and nodes that
-/// go live until everybody has heard of it.
-bool SoMNodeField::assign(std::vector<SoNode*> nodes)
+/// The same as valueChanged(), but that an edit of one place is told as that.
+void SoMNodeField::tell(SoNotification::Kind kind, SoNode* node, int index)
 {
-    if (m_list) {
-        nodes.erase(std::remove(nodes.begin(), nodes.end(), nullptr), nodes.end());
-        return m_list->assign(nodes);
+    if (flags() & kPulling || kind == SoNotification::UNSPECIFIED) {
+        valueChanged();
+        return;
     }
+    changeFlags(kDefault | kDirty, 0);
+    if (!isNotifyEnabled()) {
+        return;
+    }
+    SoNotification notification;
+    notification.kind = kind;
+    notification.child = node;
+    notification.index = index;
+    notifyChange(notification);
+}
+
+/// Every edit of an unbound field ends here: one notification, and nodes that go live until
+/// everybody has heard of it.
+bool SoMNodeField::exchange(int start, int count, std::span<SoNode* const> nodes)
+{
     if (!acceptsAll(nodes)) {
         return false;
     }
     for (SoNode* node : nodes) {
         hold(node);
     }
-    nodes.swap(m_nodes);
-    valueChanged();
-    for (SoNode* node : nodes) {
+    const std::vector<SoNode*> gone(at(m_nodes, start), at(m_nodes, start + count));
+    const auto num = static_cast<int>(nodes.size());
+    const int same = std::min(num, count);
+    std::copy_n(nodes.begin(), same, at(m_nodes, start));
+    m_nodes.erase(at(m_nodes, start + same), at(m_nodes, start + count));
+    m_nodes.insert(at(m_nodes, start + same), nodes.begin() + same, nodes.end());
+
+    if (count == 0 && num == 1) {
+        const bool isLast = start + 1 == static_cast<int>(m_nodes.size());
+        tell(isLast ? SoNotification::CHILD_ADDED : SoNotification::CHILD_INSERTED, nodes[0],
+             start);
+    } else if (count == 1 && num == 1) {
+        tell(SoNotification::CHILD_REPLACED, nodes[0], start);
+    } else if (count == 1 && num == 0) {
+        tell(SoNotification::CHILD_REMOVED, gone[0], start);
+    } else if (m_nodes.empty() && count > 0) {
+        tell(SoNotification::ALL_REMOVED, nullptr, -1);
+    } else {
+        valueChanged();
+    }
+    for (SoNode* node : gone) {
         letGo(node);
     }
     return true;
+}
+
+bool SoMNodeField::assign(std::span<SoNode* const> nodes)
+{
+    if (!m_list) {
+        return exchange(0, getNum(), nodes);
+    }
+    std::vector<SoNode*> children;
+    std::copy_if(nodes.begin(), nodes.end(), std::back_inserter(children),
+                 [](const SoNode* node) { return node; });
+    return m_list->assign(children);
 }
 
 bool SoMNodeField::insertNode(SoNode* node, int index)
@@ -130,13 +171,8 @@ bool SoMNodeField::insertNode(SoNode* node, int index)
     if (m_list) {
         return m_list->insert(node, index);
     }
-    if (!isInRange("SoMNodeField::insertNode", index, getNum() + 1) || !accepts(node)) {
-        return false;
-    }
-    hold(node);
-    m_nodes.insert(at(m_nodes, index), node);
-    valueChanged();
-    return true;
+    return isInRange("SoMNodeField::insertNode", index, getNum() + 1)
+           && exchange(index, 0, {&node, 1});
 }
 
 bool SoMNodeField::removeNode(int index)
@@ -145,14 +181,7 @@ bool SoMNodeField::removeNode(int index)
     if (m_list) {
         return m_list->remove(index);
     }
-    if (!isInRange("SoMNodeField::removeNode", index, getNum())) {
-        return false;
-    }
-    SoNode* node = m_nodes[static_cast<std::size_t>(index)];
-    m_nodes.erase(at(m_nodes, index));
-    valueChanged();
-    letGo(node);
-    return true;
+    return isInRange("SoMNodeField::removeNode", index, getNum()) && exchange(index, 1, {});
 }
 
 bool SoMNodeField::removeAllNodes()
@@ -168,7 +197,7 @@ bool SoMNodeField::replaceNode(const SoNode* old, SoNode* node)
 
 bool SoMNodeField::setValue(SoNode* node)
 {
-    return assign({node});
+    return assign({&node, 1});
 }
 
 bool SoMNodeField::set1Value(int index, SoNode* node)
@@ -177,23 +206,12 @@ bool SoMNodeField::set1Value(int index, SoNode* node)
     if (m_list) {
         return index == m_list->getLength() ? m_list->append(node) : m_list->set(index, node);
     }
-    if (!isInRange("SoMNodeField::set1Value", index, std::numeric_limits<int>::max())
-        || !accepts(node)) {
-        return false;
-    }
-    if (index >= getNum()) {
-        m_nodes.resize(static_cast<std::size_t>(index) + 1);
-    }
-    hold(node);
-    SoNode* old = std::exchange(m_nodes[static_cast<std::size_t>(index)], node);
-    valueChanged();
-    letGo(old);
-    return true;
+    return setValues(index, {&node, 1});
 }
 
 bool SoMNodeField::setValues(std::span<SoNode* const> nodes)
 {
-    return assign({nodes.begin(), nodes.end()});
+    return assign(nodes);
 }
 
 bool SoMNodeField::setValues(int start, std::span<SoNode* const> nodes)
@@ -201,20 +219,32 @@ bool SoMNodeField::setValues(int start, std::span<SoNode* const> nodes)
     if (!isInRange("SoMNodeField::setValues", start, std::numeric_limits<int>::max())) {
         return false;
     }
-    std::vector<SoNode*> all = getValues();
-    all.resize(std::max(all.size(), static_cast<std::size_t>(start) + nodes.size()));
-    std::copy(nodes.begin(), nodes.end(), at(all, start));
-    return assign(std::move(all));
+    const int num = getNum();
+    if (m_list && nodes.size() == 1 && nodes[0] && start <= num) {
+        return set1Value(start, nodes[0]);
+    }
+    if (m_list) {
+        std::vector<SoNode*> all = getValues();
+        all.resize(std::max(all.size(), static_cast<std::size_t>(start) + nodes.size()));
+        std::copy(nodes.begin(), nodes.end(), at(all, start));
+        return assign(all);
+    }
+    if (start <= num) {
+        return exchange(start, std::min(num - start, static_cast<int>(nodes.size())), nodes);
+    }
+    std::vector<SoNode*> added(static_cast<std::size_t>(start - num));
+    added.insert(added.end(), nodes.begin(), nodes.end());
+    return exchange(num, 0, added);
 }
 
 void SoMNodeField::setNum(int num)
 {
-    if (m_list && num >= getNum()) {
-        return;
+    const int before = getNum();
+    if (num < before) {
+        deleteValues(std::max(num, 0));
+    } else if (!m_list) {
+        exchange(before, 0, std::vector<SoNode*>(static_cast<std::size_t>(num - before)));
     }
-    std::vector<SoNode*> all = getValues();
-    all.resize(static_cast<std::size_t>(std::max(num, 0)));
-    assign(std::move(all));
 }
 
 void SoMNodeField::deleteValues(int start, int count)
@@ -224,13 +254,15 @@ void SoMNodeField::deleteValues(int start, int count)
         return;
     }
     const int n = count < 0 ? num - start : std::min(count, num - start);
-    if (n == 1) {
-        removeNode(start);
-        return;
+    if (!m_list) {
+        exchange(start, n, {});
+    } else if (n == 1) {
+        m_list->remove(start);
+    } else {
+        std::vector<SoNode*> all = getValues();
+        all.erase(at(all, start), at(all, start + n));
+        assign(all);
     }
-    std::vector<SoNode*> all = getValues();
-    all.erase(at(all, start), at(all, start + n));
-    assign(std::move(all));
 }
 
 void SoMNodeField::insertSpace(int start, int count)
@@ -238,10 +270,8 @@ void SoMNodeField::insertSpace(int start, int count)
     if (m_list || start < 0 || count <= 0) {
         return;
     }
-    std::vector<SoNode*> all = getValues();
-    all.resize(std::max(all.size(), static_cast<std::size_t>(start)));
-    all.insert(at(all, start), static_cast<std::size_t>(count), nullptr);
-    assign(std::move(all));
+    const int place = std::min(start, getNum());
+    exchange(place, 0, std::vector<SoNode*>(static_cast<std::size_t>(start - place + count)));
 }
 
 bool SoMNodeField::isSame(const SoField& other) const
@@ -263,7 +293,7 @@ void SoMNodeField::copyWith(SoNodeCopier& copier, const SoField& other)
     for (SoNode* node : static_cast<const SoMNodeField&>(other).getValues()) {
         copies.push_back(copier.copyOf(node));
     }
-    assign(std::move(copies));
+    assign(copies);
 }
 
 bool SoMNodeField::readValue(SoFieldReader& in)
@@ -277,7 +307,7 @@ bool SoMNodeField::readValue(SoFieldReader& in)
     }
     const SoRef<SoNode> keep(node);
     // A lone NULL is the empty list.
-    return assign(node ? std::vector<SoNode*>{node} : std::vector<SoNode*>())
+    return assign({&node, node ? std::size_t{1} : std::size_t{0}})
            || in.text.fail("expected a node that does not hold this one");
 }
 
@@ -294,7 +324,7 @@ bool SoMNodeField::readList(SoFieldReader& in)
     std::vector<SoNode*> nodes;
     std::transform(read.begin(), read.end(), std::back_inserter(nodes),
                    [](const SoRef<SoNode>& r) { return r.get(); });
-    return assign(std::move(nodes)) || in.text.fail("expected nodes that do not hold this one");
+    return assign(nodes) || in.text.fail("expected nodes that do not hold this one");
 }
 
 bool SoMNodeField::read1Value(int index, SoFieldReader& in)

@@ -14,8 +14,14 @@ class SoNode;
 /// and a listener: SoMFNode, and the parameter lists of shaders and instances.
 ///
 /// A field may be bound to the child list of its container: the list then is the value, whichever
-/// side edits it, and edits notify with the kinds of a child list. A bound field holds no nulls.
-/// Nodes that hold the container are refused with an error.
+/// side edits it. A bound field holds no nulls. Nodes that hold the container are refused with an
+/// error.
+///
+/// An edit of one place is told as a child list tells it, with kind, node and index: CHILD_ADDED,
+/// CHILD_INSERTED, CHILD_REPLACED, CHILD_REMOVED (the notification's `field` is this one, its
+/// `child` null for a null). ALL_REMOVED tells that the field is empty now or, where it is bound,
+/// that the list is another; UNSPECIFIED, that several places of an unbound field changed.
+/// Edits take the time of moving the entries behind the place.
 class KALMYR_API SoMNodeField : public SoMField {
 public:
     static SoType getClassTypeId();
@@ -88,14 +94,15 @@ protected:
     /// A bound field is as its list is.
     bool mayFollow() const override { return !m_list; }
     bool readList(SoFieldReader& in) override;
-    /// What may stand in the field, besides being no holder of the container; posts an error.
-    virtual bool accepts(const SoNode* node) const;
 
 private:
     bool acceptsAll(std::span<SoNode* const> nodes) const;
     void hold(SoNode* node);
     void letGo(SoNode* node);
-    bool assign(std::vector<SoNode*> nodes);
+    void tell(SoNotification::Kind kind, SoNode* node, int index);
+    /// Puts `nodes` in the place of `count` ones of an unbound field.
+    bool exchange(int start, int count, std::span<SoNode* const> nodes);
+    bool assign(std::span<SoNode* const> nodes);
 
     std::vector<SoNode*> m_nodes;  ///< with references; empty in a bound field
     SoChildList* m_list = nullptr; // Not owned; the container's.
