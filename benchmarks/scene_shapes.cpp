@@ -1,4 +1,5 @@
-// A mesh of a million triangles: building its geometry, its search tree, and rays through it.
+// A mesh of a million triangles: building its geometry, its search tree, and rays through it. And
+// one face with very many corners.
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/shapes/FaceBuilder.h>
@@ -90,8 +91,42 @@ void castRay(benchmark::State& state)
     state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());
 }
 
+/// One face, jagged all round. Argument: number of corners.
+void cutJaggedFace(benchmark::State& state)
+{
+    constexpr double kTurn = 6.283185307179586;
+    std::mt19937 engine(1);
+    std::uniform_real_distribution<double> radius(50, 100);
+    kalmyr::FaceInput input;
+    std::vector<SbVec3f> corners;
+    std::vector<std::int32_t> face;
+    const auto count = static_cast<int>(state.range(0));
+    for (int i = 0; i < count; ++i) {
+        const double angle = kTurn * i / count, r = radius(engine);
+        corners.emplace_back(static_cast<float>(r * std::cos(angle)),
+                             static_cast<float>(r * std::sin(angle)), 0.0f);
+        face.push_back(i);
+    }
+    face.push_back(-1);
+    input.positions = corners;
+    input.coordIndex = face;
+    input.convex = false;
+    for (auto _ : state) {
+        const SoRef<SoGeometry> geometry(new SoGeometry);
+        kalmyr::FaceBuilder(input).build(*geometry);
+        state.counters["triangles"] = static_cast<double>(geometry->triangles.size() / 3);
+    }
+    state.SetComplexityN(count);
+}
+
 } // namespace
 
+BENCHMARK(cutJaggedFace)
+    ->RangeMultiplier(10)
+    ->Range(1000, 100000)
+    ->Arg(300000)
+    ->Complexity()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(buildGeometry)->Arg(0)->Arg(5)->Arg(32)->Unit(benchmark::kMillisecond);
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 BENCHMARK(castRay)->Unit(benchmark::kMicrosecond);

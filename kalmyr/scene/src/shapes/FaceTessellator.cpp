@@ -5,6 +5,7 @@
 #include <cmath>
 #include <deque>
 #include <random>
+#include <utility>
 
 #include <GL/glu.h>
 
@@ -184,10 +185,23 @@ bool FaceTessellator::prepare(std::span<const SbVec3f> polygon, const SbVec3f& n
     return std::min(across, along) < kMaxSweepSteps;
 }
 
+bool FaceTessellator::cutSimple(std::span<const SbVec3f> polygon, const SbVec3f& normal)
+{
+    if (!m_simple.tessellate(flatten(polygon, normal)))
+        return false;
+    m_triangles = m_simple.getTriangles();
+    if (normal[longestComponent(normal)] < 0) // seen from behind
+        for (std::size_t i = 0; i < m_triangles.size(); i += 3)
+            std::swap(m_triangles[i + 1], m_triangles[i + 2]);
+    return true;
+}
+
 bool FaceTessellator::tessellate(std::span<const SbVec3f> polygon, const SbVec3f& normal)
 {
     m_triangles.clear();
     m_newPoints.clear();
+    if (cutSimple(polygon, normal))
+        return true;
     m_glu->corners.clear();
     m_glu->numGiven = static_cast<std::uint32_t>(polygon.size());
     m_glu->failed = !m_glu->tess || !prepare(polygon, normal);

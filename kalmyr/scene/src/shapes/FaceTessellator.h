@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SimplePolygon.h"
+
 #include <kalmyr/base/SbVec.h>
 
 #include <cstdint>
@@ -31,10 +33,12 @@ public:
     const std::vector<NewPoint>& getNewPoints() const { return m_newPoints; }
 
 private:
+    bool cutSimple(std::span<const SbVec3f> polygon, const SbVec3f& normal);
     bool prepare(std::span<const SbVec3f> polygon, const SbVec3f& normal);
 
     struct Glu;
-    std::unique_ptr<Glu> m_glu;
+    SimplePolygon m_simple;
+    std::unique_ptr<Glu> m_glu; ///< for polygons that touch or cross themselves
     std::vector<std::uint32_t> m_triangles;
     std::vector<NewPoint> m_newPoints;
 };
