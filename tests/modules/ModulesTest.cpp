@@ -1,8 +1,11 @@
 #include "support/HostScene.h"
 
+#include <kalmyr/actions/SoCallbackAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/actions/SoHandleEventAction.h>
+#include <kalmyr/actions/SoPrimitiveVertex.h>
+#include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/animation/SoBlinker.h>
 #include <kalmyr/animation/SoPendulum.h>
@@ -11,6 +14,7 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/copies/SoArray.h>
 #include <kalmyr/copies/SoMultipleCopy.h>
+#include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/io/SoDB.h>
@@ -18,12 +22,17 @@
 #include <kalmyr/lights/SoPointLight.h>
 #include <kalmyr/manips/SoPointLightManip.h>
 #include <kalmyr/manips/SoTransformManip.h>
+#include <kalmyr/nodes/SoEventCallback.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/tilevex/TvSymTool.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
+#include <cmath>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -122,6 +131,162 @@ void wait(int milliseconds)
         SoSensorManager::processTimerQueue();
         SoSensorManager::processDelayQueue(true);
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
+/// A host's group that repeats its children by itself.
+class Repeater : public SoGroup {
+    SO_NODE_HEADER(Repeater)
+
+public:
+    Repeater() { SO_NODE_CONSTRUCTOR(SoGroup); }
+    static void initClass()
+    {
+        if (getClassTypeId().isBad())
+            SO_NODE_INIT_CLASS(Repeater, SoGroup, "ModulesTestRepeater");
+    }
+    void doAction(SoAction* action) override
+    {
+        // Each beyond the one before, without push and pop.
+        for (int i = 0; i < 3; ++i) {
+            action->traverseChildren(m_children);
+            SbMatrix step;
+            step.setTranslate({10, 0, 0});
+            SoModelMatrixElement::mult(action->getState(), this, step);
+        }
+    }
+};
+SO_NODE_SOURCE(Repeater)
+
+/// What actions find of a scene, in an order that does not depend on how it was walked.
+struct Findings {
+    std::vector<std::array<float, 4>> hits; ///< points and distances
+    std::vector<std::array<float, 3>> corners;
+    SbBox3f box;
+    std::vector<bool> presses; ///< handled at these places
+
+    explicit Findings(SoNode* root)
+    {
+        const auto rounded = [](float value) { return std::round(value * 1000) / 1000; };
+        for (const SbVec3f& from : {SbVec3f(0.2f, 0.1f, 9), SbVec3f(10.3f, 0.2f, 9),
+                                    SbVec3f(20.4f, 0.1f, 9), SbVec3f(5, 0, 9)}) {
+            SoRayPickAction pick{SbViewportRegion()};
+            pick.setPickAll(true);
+            pick.setRay(from, {0, 0, -1});
+            pick.apply(root);
+            for (const SoPickedPoint& point : pick.getPickedPoints())
+                hits.push_back({rounded(point.getPoint()[0]), rounded(point.getPoint()[1]),
+                                rounded(point.getPoint()[2]), rounded(point.getDistance())});
+        }
+        // Along all of them: every copy is met.
+        SoRayPickAction along{SbViewportRegion()};
+        along.setPickAll(true);
+        along.setRay({-9, 0.1f, 0.2f}, {1, 0, 0});
+        along.apply(root);
+        for (const SoPickedPoint& point : along.getPickedPoints())
+            hits.push_back({rounded(point.getPoint()[0]), rounded(point.getPoint()[1]),
+                            rounded(point.getPoint()[2]), rounded(point.getDistance())});
+        std::sort(hits.begin(), hits.end());
+        SoCallbackAction callback;
+        callback.addTriangleCallback(
+            SoShape::getClassTypeId(),
+            [&](SoCallbackAction* action, const SoNode*, const SoPrimitiveVertex& a,
+                const SoPrimitiveVertex& b, const SoPrimitiveVertex& c) {
+                const SbMatrix& matrix = SoModelMatrixElement::get(action->getState());
+                for (const SoPrimitiveVertex* v : {&a, &b, &c}) {
+                    const SbVec3f p = matrix.point(v->point);
+                    corners.push_back({rounded(p[0]), rounded(p[1]), rounded(p[2])});
+                }
+            });
+        callback.apply(root);
+        std::sort(corners.begin(), corners.end());
+        SoGetBoundingBoxAction bounds{SbViewportRegion()};
+        bounds.apply(root);
+        box = bounds.getBoundingBox();
+    }
+};
+
+TEST_F(ModulesTest, RepeatedChildrenAreAsIfWrittenOut)
+{
+    Repeater::initClass();
+    const auto part = [] {
+        const SoRef<SoSeparator> made(new SoSeparator);
+        auto* turn = new SoTransform;
+        turn->rotation = SbRotation(SbVec3f(0, 0, 1), 0.3f);
+        made->addChild(turn);
+        made->addChild(new SoCube);
+        return made;
+    };
+    const SoRef<SoSeparator> writtenOut(new SoSeparator);
+    for (int i = 0; i < 3; ++i) {
+        auto* place = new SoTransform;
+        place->translation = SbVec3f(i == 0 ? 0.0f : 10.0f, 0, 0);
+        writtenOut->addChild(place);
+        writtenOut->addChild(part().get());
+    }
+    const Findings wanted(writtenOut.get());
+    ASSERT_EQ(wanted.hits.size(), 3 * 2u + 3 * 2u);
+
+    const SoRef<SoArray> array(new SoArray);
+    array->numElements1 = std::int16_t{3};
+    array->separation1 = SbVec3f(10, 0, 0);
+    const SoRef<SoMultipleCopy> copies(new SoMultipleCopy);
+    for (int i = 0; i < 3; ++i) {
+        SbMatrix matrix;
+        matrix.setTranslate({10.0f * static_cast<float>(i), 0, 0});
+        copies->matrix.set1Value(i, matrix);
+    }
+    const SoRef<SoGroup> repeater(new Repeater);
+    for (SoGroup* group : {static_cast<SoGroup*>(array.get()), static_cast<SoGroup*>(copies.get()),
+                           repeater.get()}) {
+        SCOPED_TRACE(group->getTypeId().getName().getString());
+        const SoRef<SoSeparator> root(new SoSeparator);
+        root->addChild(group);
+        group->addChild(part().get());
+        for (int again = 0; again < 2; ++again) { // then with remembered boxes
+            const Findings found(root.get());
+            EXPECT_EQ(found.hits, wanted.hits);
+            EXPECT_EQ(found.corners, wanted.corners);
+            EXPECT_TRUE(found.box.getMin().equals(wanted.box.getMin(), 1e-4f));
+            EXPECT_TRUE(found.box.getMax().equals(wanted.box.getMax(), 1e-4f));
+        }
+        SoSearchAction search;
+        search.setType(SoCube::getClassTypeId());
+        search.setInterest(SoSearchAction::ALL);
+        search.apply(root.get());
+        EXPECT_GE(search.getPaths().size(), 1u);
+        for (const SoRef<SoPath>& path : search.getPaths())
+            EXPECT_EQ(path->getTail(), search.getPaths()[0]->getTail());
+        // Over the third one.
+        SoEventCallback* listener = new SoEventCallback;
+        const SoRef<SoPath> under(new SoPath(root.get()));
+        under->append(0);
+        under->append(0);
+        under->append(1);
+        listener->setPath(under.get());
+        root->insertChild(listener, 0);
+        auto* camera = new SoOrthographicCamera;
+        camera->position = SbVec3f(20, 0, 5);
+        camera->height = 4;
+        root->insertChild(camera, 0);
+        std::vector<float> heard; // where, along the row
+        listener->addEventCallback(
+            SoMouseButtonEvent::getClassTypeId(),
+            [](void* data, SoEventCallback* node) {
+                const SoPickedPoint* point = node->getAction()->getPickedPoint();
+                static_cast<std::vector<float>*>(data)->push_back(point ? point->getPoint()[0]
+                                                                        : -1);
+            },
+            &heard);
+        SoMouseButtonEvent press;
+        press.setButton(SoMouseButtonEvent::BUTTON1);
+        press.setState(SoButtonEvent::DOWN);
+        press.setPosition(SbVec2s(50, 50));
+        SoHandleEventAction handle{SbViewportRegion(100, 100)};
+        handle.setEvent(&press);
+        handle.apply(root.get());
+        ASSERT_EQ(heard.size(), 1u);
+        EXPECT_NEAR(heard[0], 20, 0.1f);
     }
 }
 

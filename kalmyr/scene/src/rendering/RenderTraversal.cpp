@@ -310,6 +310,7 @@ void RenderTraversal::clipPlane(const SoNode* node, const SbVec4f& plane)
     planes.push_back(here);
     element.value() = std::make_shared<const std::vector<SbVec4f>>(std::move(planes));
     element.accumulatedBy(node);
+    element.mixValueId(m_state->getValueId(SoModelMatrixElement::getStackIndex()));
 }
 
 std::size_t RenderTraversal::AppearanceHash::operator()(const AppearanceKey& key) const
