@@ -2,18 +2,86 @@
 
 #include <kalmyr/engines/SoCompose.h>
 #include <kalmyr/fields/SoMFNode.h>
+#include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoVertexProperty.h>
 
+#include <functional>
+#include <iterator>
 #include <map>
 #include <random>
 
 namespace {
 
 using CopyTest = nodetest::NodesTest;
+
+/// A host's group that brings children and a part of its own, and hidden children.
+class Furnished : public SoGroup {
+    SO_NODE_HEADER(Furnished)
+
+public:
+    Furnished();
+    static void initClass();
+    static void init()
+    {
+        if (getClassTypeId().isBad())
+            initClass();
+    }
+
+    SoSFNode part;
+
+private:
+    ~Furnished() override = default;
+};
+
+/// Children that nobody but the node sees.
+class Secretive : public SoNode {
+    SO_NODE_HEADER(Secretive)
+
+public:
+    Secretive();
+    static void initClass();
+    static void init()
+    {
+        if (getClassTypeId().isBad())
+            initClass();
+    }
+    SoChildList* getInternalChildren() const override { return &m_hidden; }
+
+private:
+    ~Secretive() override = default;
+    mutable SoChildList m_hidden{this};
+};
+
+SO_NODE_SOURCE(Furnished)
+SO_NODE_SOURCE(Secretive)
+
+Furnished::Furnished()
+{
+    SO_NODE_CONSTRUCTOR(SoGroup);
+    SO_ADD_FIELD(part, (new SoCube));
+    addChild(new SoTransform);
+    addChild(new SoCube);
+}
+
+void Furnished::initClass()
+{
+    SO_NODE_INIT_CLASS(Furnished, SoGroup, "CopyTestFurnished");
+}
+
+Secretive::Secretive()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    m_hidden.append(new SoCube);
+}
+
+void Secretive::initClass()
+{
+    SO_NODE_INIT_CLASS(Secretive, SoNode, "CopyTestSecretive");
+}
 
 template <class Node>
 Node* child(SoNode* parent, int index)
@@ -100,6 +168,62 @@ void expectSameShape(const SoNode* original, const SoNode* copy,
         ASSERT_EQ(a->getLength(), b->getLength());
         expectSameShape((*a)[i], (*b)[i], partners);
     }
+}
+
+/// Whatever the constructor of the copy makes, the children are those of the original.
+TEST_F(CopyTest, ChildrenOfTheConstructorAreNotTakenForCopies)
+{
+    Furnished::init();
+    Secretive::init();
+    const SoRef<SoCube> held(new SoCube);
+    SoCube* const shared = held.get();
+    const std::function<void(Furnished*)> edits[] = {
+        [](Furnished* node) { child<SoTransform>(node, 0)->translation = SbVec3f(1, 2, 3); },
+        [](Furnished* node) { node->removeChild(1); },
+        [](Furnished* node) { node->removeAllChildren(); },
+        [shared](Furnished* node) { node->replaceChild(0, shared); }, // as many as before
+        [shared](Furnished* node) {
+            node->setChildren({shared, new SoSwitch, shared});
+        },
+        [](Furnished* node) { node->addChild(new SoFaceSet); },
+        // Edited, and yet the field is default still.
+        [](Furnished* node) { static_cast<SoCube*>(node->part.getValue())->width = 7; },
+        [shared](Furnished* node) { node->part = shared; },
+        [](Furnished* node) { node->part = nullptr; },
+    };
+    for (std::size_t i = 0; i < std::size(edits); ++i) {
+        SCOPED_TRACE(i);
+        const SoRef<SoGroup> root(new SoGroup);
+        const SoRef<Furnished> node(new Furnished);
+        root->addChild(shared);
+        root->addChild(node.get());
+        edits[i](node.get());
+        const SoRef<SoNode> copy(root->copy());
+        std::map<const SoNode*, const SoNode*> partners;
+        expectSameShape(root.get(), copy.get(), partners);
+        const auto* copied = child<Furnished>(copy.get(), 1);
+        SbString text, copiedText;
+        node->get(text);
+        copied->get(copiedText);
+        EXPECT_EQ(copiedText, text);
+        EXPECT_EQ(copied->part.isDefault(), node->part.isDefault());
+        const auto* part = static_cast<SoCube*>(node->part.getValue());
+        const auto* copiedPart = static_cast<SoCube*>(copied->part.getValue());
+        ASSERT_EQ(!copiedPart, !part);
+        if (part) {
+            EXPECT_NE(copiedPart, part);
+            EXPECT_EQ(copiedPart->width.getValue(), part->width.getValue());
+        }
+        if (node->getNumChildren() > 0
+            && node->getChild(0)->isOfType(SoTransform::getClassTypeId())) {
+            EXPECT_EQ(child<SoTransform>(const_cast<Furnished*>(copied), 0)->translation.getValue(),
+                      child<SoTransform>(node.get(), 0)->translation.getValue());
+        }
+    }
+    const SoRef<SoNode> secretive(new Secretive);
+    const SoRef<SoNode> copy(secretive->copy());
+    EXPECT_EQ(copy->getInternalChildren()->getLength(), 1);
+    EXPECT_NE((*copy->getInternalChildren())[0], (*secretive->getInternalChildren())[0]);
 }
 
 TEST_F(CopyTest, RandomGraphsKeepWhatTheyShare)

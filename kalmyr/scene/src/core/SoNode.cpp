@@ -1,5 +1,6 @@
 #include <kalmyr/core/SoNode.h>
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
@@ -177,13 +178,40 @@ SoNode* SoNode::copy(bool copyConnections) const
     return copier.copyOf(this);
 }
 
+namespace {
+
+/// A field that is bound to the list may have filled it already; what else stands there was made by
+/// the constructor of the copy.
+void copyChildren(SoChildList& children, const SoChildList& sources, SoNodeCopier& copier)
+{
+    std::vector<SoNode*> copies;
+    copies.reserve(sources.getNodes().size());
+    std::vector<SoRef<SoNode>> held;
+    for (const SoNode* child : sources.getNodes()) {
+        SoNode* copy = copier.copyOf(child);
+        if (copy)
+            held.emplace_back(copies.emplace_back(copy));
+        else
+            SoDebugError::post("SoNode::copy", "a %s cannot be copied and is left out",
+                               child->getTypeId().getName().getString());
+    }
+    if (copies != children.getNodes())
+        children.assign(copies);
+}
+
+} // namespace
+
 void SoNode::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
+    const bool ownsNoParts = getInternalChildren() == getChildren();
     const SoFieldData* data = getFieldData();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         SoField* to = data->getField(this, i);
         const SoField* source = data->getField(from, i);
-        if (!source->isDefault() || source->isIgnored())
+        // A default node may have been edited, and the constructor of the copy made one, too.
+        const bool holdsOthers =
+            ownsNoParts && kalmyr::detail::isNodeField(source->getTypeId()) && !to->isSame(*source);
+        if (!source->isDefault() || source->isIgnored() || holdsOthers)
             to->copyWith(copier, *source);
         to->setDefault(source->isDefault());
         to->setIgnored(source->isIgnored());
@@ -193,13 +221,8 @@ void SoNode::copyContents(const SoNode* from, SoNodeCopier& copier)
     m_nodeFlags =
         static_cast<std::uint8_t>((m_nodeFlags & ~kOverride) | (from->m_nodeFlags & kOverride));
     SoForeignFields::copy(from, this);
-    SoChildList* children = getChildren();
-    const SoChildList* sources = from->getChildren();
-    if (!children || !sources || children->getLength() == sources->getLength())
-        return;
-    children->reserve(sources->getLength());
-    for (SoNode* child : sources->getNodes())
-        children->append(copier.copyOf(child));
+    if (SoChildList* children = getChildren(); children && from->getChildren())
+        copyChildren(*children, *from->getChildren(), copier);
 }
 
 const SbName& SoNode::getNetName() const
