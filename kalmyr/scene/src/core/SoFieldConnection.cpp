@@ -6,6 +6,7 @@
 #include <kalmyr/fields/SoSFTrigger.h>
 
 #include "core/CacheLock.h"
+#include "core/ConnectionSearch.h"
 #include "core/LastRites.h"
 #include "SoFieldExtra.h"
 
@@ -122,9 +123,9 @@ bool SoField::canFollow(const SoField* master) const
     // Nothing can lead back to a field that nobody follows; that keeps building long chains cheap.
     const bool leads = container ? container->m_feeds || master->getContainer() == container
                                  : master == this || getAuditors().getLength() > 0;
-    const auto cycle = leads ? findCycle(this, master) : std::vector<const SoField*>();
-    if (cycle.empty())
+    if (!leads || !kalmyr::detail::isMadeOf(*master, *this))
         return true;
+    const auto cycle = findCycle(this, master);
     SoDebugError::post("SoField::connectFrom", "%s cannot follow %s: a cycle would close, %s",
                        nameOf(*this).c_str(), nameOf(*master).c_str(), describe(cycle).c_str());
     return false;

@@ -10,6 +10,8 @@
 #include <kalmyr/sensors/SoRoute.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 
+#include "core/ConnectionSearch.h"
+
 namespace kalmyr::detail {
 
 namespace {
@@ -64,11 +66,8 @@ SoField* fieldOfEvent(SoFieldContainer& node, std::string_view event, bool out)
 
 bool connectFields(SoField& from, SoField& to, bool takeValue)
 {
-    // Nothing leads back to a field that nobody follows; long chains of routes are read in time.
-    const bool leads = &from == &to || to.getAuditors().getLength() > 0;
-    for (const SoField* at = &from; leads && at; at = at->getConnectedField())
-        if (at == &to)
-            return false;
+    if (isMadeOf(from, to))
+        return false;
     if (takeValue) {
         to.copyFrom(from);
         return to.connectFrom(&from);
