@@ -21,6 +21,10 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 PRESETS = ["release", "asan"]
+# What --full builds and runs besides, under the thread sanitizer: the toolkit's
+# libraries alone take about six minutes of two cores, too long for every check.
+THREADED_PRESET = "tsan"
+THREADED_TESTS = ["test_threads"]
 SHOWN_LINES = 150
 # The leak sanitizer stops the program's threads to look for leaks, and sometimes
 # crashes on one of the OpenGL driver's that is just ending. That says nothing about
@@ -56,11 +60,12 @@ def run_step(name, command):
     return outcome
 
 
-def build(preset):
+def build(preset, targets=()):
     """Configures and builds a preset; no outcome of its own unless it fails."""
     jobs = str(os.cpu_count() or 1)
+    wanted = ["--target", *targets] if targets else []
     for name, command in ((f"configure {preset}", ["cmake", "--preset", preset]),
-                          (f"build {preset}", ["cmake", "--build", f"build/{preset}", "-j", jobs])):
+                          (f"build {preset}", ["cmake", "--build", f"build/{preset}", "-j", jobs, *wanted])):
         outcome = run_step(name, command)
         if outcome.failed:
             return outcome
@@ -199,13 +204,22 @@ def main():
                         help="build and test this preset only (may be given several times)")
     parser.add_argument("--tests", default="", metavar="REGEX", help="run only these tests")
     parser.add_argument("--no-build", action="store_true", help="test what is built already")
+    parser.add_argument("--full", action="store_true",
+                        help="longer storms (MIRABO_FULL=1 in the tests' environment), and the "
+                             "threaded tests under the thread sanitizer as well")
     arguments = parser.parse_args()
+    if arguments.full:
+        os.environ["MIRABO_FULL"] = "1"
 
     outcomes = [run_step("layers", [sys.executable, "tools/check_layers"])]
     outcomes[0].passed = 1 - outcomes[0].failed
     for preset in arguments.preset or PRESETS:
         broken = None if arguments.no_build else build(preset)
         outcomes += [broken] if broken else run_tests(preset, arguments.tests)
+    if arguments.full:
+        broken = None if arguments.no_build else build(THREADED_PRESET, THREADED_TESTS)
+        pattern = f"^({'|'.join(THREADED_TESTS)})$"
+        outcomes += [broken] if broken else run_tests(THREADED_PRESET, pattern)
 
     passed = sum(outcome.passed for outcome in outcomes)
     failed = sum(outcome.failed for outcome in outcomes)
