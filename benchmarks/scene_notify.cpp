@@ -6,6 +6,7 @@
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -59,6 +60,57 @@ void withImmediateSensor(benchmark::State& state)
         state.SkipWithError("the sensor was not called");
 }
 
+/// Argument: children that one callback of an immediate sensor adds below the node that it watches;
+/// each is reported to it.
+void addedInsideCallback(benchmark::State& state)
+{
+    SoDB::init();
+    struct Run {
+        SoRef<SoSeparator> root;
+        std::int64_t left;
+        std::int64_t calls;
+    } run;
+    SoNodeSensor sensor(
+        [](void* data, SoSensor*) {
+            auto* r = static_cast<Run*>(data);
+            ++r->calls;
+            for (; r->left > 0; --r->left)
+                r->root->addChild(new SoSeparator);
+        },
+        &run);
+    sensor.setPriority(0);
+    for (auto _ : state) {
+        run = {SoRef<SoSeparator>(new SoSeparator), state.range(0), 0};
+        sensor.attach(run.root.get());
+        run.root->touch();
+        if (run.calls != state.range(0) + 1)
+            state.SkipWithError("not every child was reported");
+        sensor.detach();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+/// Argument: sensors of one priority that are taken out of the delay queue again, after another
+/// priority was set.
+void unscheduledAfterPriority(benchmark::State& state)
+{
+    SoDB::init();
+    std::vector<std::unique_ptr<SoOneShotSensor>> sensors;
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+        sensors.push_back(std::make_unique<SoOneShotSensor>());
+    for (auto _ : state) {
+        for (const auto& sensor : sensors) {
+            sensor->setPriority(100);
+            sensor->schedule();
+        }
+        for (const auto& sensor : sensors) {
+            sensor->setPriority(50);
+            sensor->unschedule();
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 /// Argument: occurrences. All of them are through ten groups below one root, a tenth of the
 /// occurrences each: the ancestors stay eleven.
 void sharedByFewAncestors(benchmark::State& state)
@@ -109,6 +161,12 @@ void ladder(benchmark::State& state)
 
 BENCHMARK(leafBelowLevels)->Arg(5)->Arg(20)->Arg(80);
 BENCHMARK(withImmediateSensor)->Args({20, 0})->Args({20, 1});
+BENCHMARK(addedInsideCallback)
+    ->Arg(10'000)
+    ->Arg(40'000)
+    ->Arg(160'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(unscheduledAfterPriority)->Arg(1'000)->Arg(16'000);
 BENCHMARK(sharedByFewAncestors)->Arg(100)->Arg(1'000)->Arg(10'000);
 BENCHMARK(sharedByManyParents)->Arg(100)->Arg(1'000)->Arg(10'000);
 BENCHMARK(ladder)->Arg(5)->Arg(20)->Arg(80);

@@ -1,3 +1,4 @@
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/nodes/SoSeparator.h>
@@ -12,6 +13,7 @@
 #include "support/ErrorGuard.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -355,6 +357,104 @@ TEST_F(Sensors, OnPathsHearWhatConcernsThePath)
     EXPECT_EQ(path->getLength(), 2);
     inner->addChild(new SoCube);
     EXPECT_EQ(watch.take(), 1) << "below its new end";
+}
+
+TEST_F(Sensors, LetGoOfWhatTheyHaveReported)
+{
+    for (const std::uint32_t priority : {0u, 100u}) {
+        Calling<SoNodeSensor> watch(priority);
+        watch.sensor->setTriggerPathFlag(true);
+        watch.sensor->attach(root.get());
+        const SoRef<SoSeparator> group(new SoSeparator);
+        const SoRef<SoCube> child(new SoCube);
+        root->addChild(group.get());
+        group->addChild(child.get());
+        watch.action = [&](SoNodeSensor& self) {
+            if (self.getTriggerNode() == group.get()) {
+                EXPECT_EQ(self.getTriggerChild(), child.get());
+                EXPECT_EQ(self.getTriggerPath()->getTail(), group.get());
+            }
+        };
+        group->removeChild(0);
+        process();
+        EXPECT_GE(watch.calls, 1);
+        EXPECT_EQ(watch.sensor->getTriggerContainer(), nullptr);
+        EXPECT_EQ(watch.sensor->getTriggerChild(), nullptr);
+        EXPECT_EQ(watch.sensor->getTriggerPath(), nullptr);
+        root->removeChild(group.get());
+        watch.action = nullptr;
+        process();
+        EXPECT_EQ(child->getRefCount(), 1);
+        EXPECT_EQ(group->getRefCount(), 1);
+    }
+}
+
+TEST_F(Sensors, ReportInOrderWhatTheirCallbackChanges)
+{
+    // Each report finds its own change, inner ones theirs, whatever the callback does meanwhile.
+    Calling<SoNodeSensor> watch(0);
+    watch.sensor->attach(root.get());
+    std::vector<int> seen;
+    watch.action = [&](SoNodeSensor& self) {
+        if (seen.empty())
+            for (int i = 0; i < 1000; ++i)
+                root->addChild(new SoCube);
+        seen.push_back(self.getTriggerIndex());
+    };
+    root->addChild(new SoCube);
+    ASSERT_EQ(seen.size(), 1001u);
+    for (int i = 0; i <= 1000; ++i)
+        EXPECT_EQ(seen[static_cast<std::size_t>(i)], i + 1);
+}
+
+TEST_F(Sensors, OfTimeRefuseIntervalsThatNeverPass)
+{
+    const bool stopped = kalmyr::setContractsStop(false);
+    Calling<SoTimerSensor> timer;
+    Calling<SoAlarmSensor> alarm;
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    auto errors = support::expectErrors();
+    timer.sensor->setInterval(SbTime(5));
+    for (const double interval : {0.0, -1.0, nan})
+        timer.sensor->setInterval(SbTime(interval));
+    EXPECT_EQ(errors.count(), 3u);
+    EXPECT_EQ(timer.sensor->getInterval(), SbTime(5));
+    alarm.sensor->setTime(SbTime(nan));
+    alarm.sensor->schedule();
+    EXPECT_EQ(errors.count(), 4u);
+    EXPECT_FALSE(alarm.sensor->isScheduled());
+    // One that vanishes beside the time of day, and an alarm that is set in the past again and
+    // again, come once in each processing.
+    timer.sensor->setInterval(SbTime(1e-300));
+    timer.sensor->schedule();
+    alarm.action = [](SoAlarmSensor& self) { self.schedule(); };
+    alarm.sensor->setTime(SbTime());
+    alarm.sensor->schedule();
+    SbTime::setSource([] { return SbTime(4e9); });
+    SoSensorManager::processTimerQueue();
+    SoSensorManager::processTimerQueue();
+    SbTime::setSource(nullptr);
+    EXPECT_EQ(alarm.calls, 2);
+    EXPECT_EQ(timer.calls, 1);
+    alarm.sensor->unschedule();
+    timer.sensor->unschedule();
+    kalmyr::setContractsStop(stopped);
+}
+
+TEST_F(Sensors, LeaveTheQueueWithThePriorityThatTheyWaitWith)
+{
+    Calling<SoOneShotSensor> first(3), second(3);
+    Calling<SoIdleSensor> idle;
+    idle.sensor->schedule();
+    idle.sensor.reset();
+    first.sensor->schedule();
+    second.sensor->schedule();
+    first.sensor->setPriority(50);
+    second.sensor->setPriority(0);
+    first.sensor->unschedule();
+    second.sensor.reset();
+    process();
+    EXPECT_EQ(first.calls + second.calls + idle.calls, 0);
 }
 
 TEST_F(Sensors, SurviveRandomEditsInCallbacks)

@@ -13,6 +13,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -41,9 +42,10 @@ private:
     void stop();
     void serveIdle();
 
-    QTimer m_now;   ///< the delay queue has something
-    QTimer m_idle;  ///< there are idle sensors, and nothing else at hand
-    QTimer m_later; ///< the next timer sensor
+    QTimer m_now;                       ///< the delay queue has something
+    QTimer m_idle;                      ///< there are idle sensors, and nothing else at hand
+    QTimer m_later;                     ///< the next timer sensor
+    std::atomic<bool> m_posted = false; ///< another thread woke us up
     bool m_serving = false;
     bool m_stopped = false;
 };
@@ -73,15 +75,23 @@ SensorPump::SensorPump(QObject* application) : QObject(application)
     arm();
 }
 
-/// Called in the thread that edits.
+/// Called in any thread, under locks: other threads only post, and not again before it has arrived.
 void SensorPump::queuesChanged(void* data)
 {
     auto* self = static_cast<SensorPump*>(data);
-    if (QThread::currentThread() == self->thread())
+    if (QThread::currentThread() == self->thread()) {
         self->arm();
-    else
-        QMetaObject::invokeMethod(
-            self, [self] { self->arm(); }, Qt::QueuedConnection);
+        return;
+    }
+    if (self->m_posted.exchange(true))
+        return;
+    QMetaObject::invokeMethod(
+        self,
+        [self] {
+            self->m_posted = false;
+            self->arm();
+        },
+        Qt::QueuedConnection);
 }
 
 void SensorPump::armLater(int milliseconds)
@@ -109,12 +119,7 @@ void SensorPump::retire()
 void SensorPump::arm()
 {
     if (m_serving || m_stopped)
-        return;                               // while serving: done at the end
-    const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
-    if (!graph) {
-        armLater(kRetryMilliseconds);
-        return;
-    }
+        return; // while serving: done at the end
     if (SoSensorManager::isDelaySensorPending()) {
         armLater(0);
     } else if (SoSensorManager::isIdleSensorPending() && !m_idle.isActive()) {
@@ -154,7 +159,11 @@ void SensorPump::serve()
 void SensorPump::serveIdle()
 {
     const SoReadLock graph(std::try_to_lock); // not waiting: an editor may wait for us
-    if (!graph || m_serving || SoSensorManager::isDelaySensorPending()) {
+    if (!graph) {
+        armLater(kRetryMilliseconds);
+        return;
+    }
+    if (m_serving || SoSensorManager::isDelaySensorPending()) {
         arm();
         return;
     }

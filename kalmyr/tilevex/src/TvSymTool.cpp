@@ -3,6 +3,7 @@
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoDynamicLibManager.h>
+#include <kalmyr/core/SoCoreInit.h>
 #include <kalmyr/core/SoType.h>
 #include <kalmyr/nodekits/SoNodekitsInit.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
@@ -96,8 +97,10 @@ bool TvSymTool::initModule(const SbName& name)
     if (module->users++ > 0)
         return true;
     module->started = !module->type || SoType::fromName(SbName(module->type)).isBad();
-    if (module->started && module->init)
+    if (module->started && module->init) {
         module->init();
+        kalmyr::makeFieldTables();
+    }
     return true;
 }
 

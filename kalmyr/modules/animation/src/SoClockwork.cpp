@@ -53,7 +53,9 @@ void Clockwork::followSwitch()
 
 void Clockwork::advance()
 {
-    const double now = realTime()->getValue().getValue();
+    // Of the thread that started it, perhaps.
+    const auto* clock = static_cast<const SoSFTime*>(m_clockSensor.getAttachedField());
+    const double now = clock->getValue().getValue();
     const double passed = now - m_last;
     m_last = now;
     if (passed > 0)

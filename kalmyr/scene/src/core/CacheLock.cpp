@@ -1,10 +1,8 @@
 #include "core/CacheLock.h"
 
-#include <mutex>
+#include "core/Threads.h"
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#endif
+#include <mutex>
 
 namespace {
 
@@ -12,15 +10,6 @@ std::recursive_mutex& mutex()
 {
     static auto* m = new std::recursive_mutex; // graphs may outlive statics
     return *m;
-}
-
-bool isOnlyThread()
-{
-#if __has_include(<sys/single_threaded.h>)
-    return __libc_single_threaded;
-#else
-    return false;
-#endif
 }
 
 } // namespace

@@ -149,10 +149,13 @@ std::vector<SoBase*> SoBase::getNamedBases(const SbName& name, SoType type)
 
 void SoBase::setInstancePrefix(const SbString& prefix)
 {
+    const kalmyr::detail::CacheLock lock;
     instancePrefix() = prefix;
 }
 
 const SbString& SoBase::getInstancePrefix()
 {
-    return instancePrefix();
+    thread_local SbString t_prefix; // what is returned stands still
+    const kalmyr::detail::CacheLock lock;
+    return t_prefix = instancePrefix();
 }

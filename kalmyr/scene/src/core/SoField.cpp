@@ -5,9 +5,12 @@
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoFieldIO.h>
 
+#include "core/CacheLock.h"
+#include "core/Threads.h"
 #include "core/WalkStack.h"
 #include "SoFieldExtra.h"
 
+#include <optional>
 #include <string>
 
 namespace {
@@ -216,8 +219,26 @@ void SoField::auditedDying()
     changeFlags(kDirty, 0);
 }
 
+namespace {
+
+/// Held while the followers of a global field change: graphs of several threads have such.
+class FollowersLock {
+public:
+    explicit FollowersLock(const SoFieldContainer* container)
+    {
+        if (kalmyr::detail::isGlobal(container))
+            m_lock.emplace();
+    }
+
+private:
+    std::optional<kalmyr::detail::CacheLock> m_lock;
+};
+
+} // namespace
+
 void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)
 {
+    const FollowersLock lock(m_container);
     SoAuditorList& auditors = extra().auditors;
     const bool first = auditors.getLength() == 0;
     auditors.append(auditor, type);
@@ -227,6 +248,7 @@ void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)
 
 void SoField::removeAuditor(SoAuditor* auditor)
 {
+    const FollowersLock lock(m_container);
     if (!m_extra || m_extra->auditors.getLength() == 0)
         return;
     m_extra->auditors.remove(auditor);

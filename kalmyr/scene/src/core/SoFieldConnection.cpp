@@ -8,6 +8,7 @@
 #include "core/CacheLock.h"
 #include "core/ConnectionSearch.h"
 #include "core/LastRites.h"
+#include "core/Threads.h"
 #include "SoFieldExtra.h"
 
 #include <string>
@@ -133,6 +134,8 @@ bool SoField::canFollow(const SoField* master) const
 
 bool SoField::connectFrom(SoField* master)
 {
+    if (master)
+        master = kalmyr::detail::chooseMaster(master);
     if (!canFollow(master))
         return false;
     // What both the old and the new connection keep alive must survive the change.

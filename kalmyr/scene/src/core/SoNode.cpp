@@ -110,8 +110,10 @@ void SoNode::initClass()
 
 SoNode::~SoNode()
 {
-    if (m_nodeFlags & kHasNetName)
+    if (m_nodeFlags & kHasNetName) {
+        const kalmyr::detail::CacheLock lock;
         netNames().erase(this);
+    }
     SoForeignFields::forget(this);
 }
 
@@ -230,11 +232,13 @@ const SbName& SoNode::getNetName() const
     static const SbName none;
     if (!(m_nodeFlags & kHasNetName))
         return none;
+    const kalmyr::detail::CacheLock lock; // the name itself stays in its place
     return netNames().at(this);
 }
 
 void SoNode::setNetName(const SbName& name)
 {
+    const kalmyr::detail::CacheLock lock; // threads name what they read or make
     if (name.isEmpty()) {
         netNames().erase(this);
         m_nodeFlags = static_cast<std::uint8_t>(m_nodeFlags & ~kHasNetName);

@@ -4,8 +4,11 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
+#include "core/Threads.h"
+
 #include <atomic>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -35,10 +38,26 @@ struct Walks {
     bool anyDeferred = false;
 };
 constinit thread_local Walks t_walks;
-thread_local Deferred t_deferred;
+/// Null until something waits. A thread's last edits may come after its other objects have gone.
+constinit thread_local Deferred* t_deferred = nullptr;
 void (*s_afterWalk)() = nullptr;
 
+Deferred& deferred()
+{
+    if (!t_deferred)
+        t_deferred = new Deferred;
+    return *t_deferred;
+}
+
 } // namespace
+
+void kalmyr::detail::initNotification()
+{
+    addHandOver([](HandOver how) {
+        if (how == HandOver::END && t_walks.depth == 0)
+            delete std::exchange(t_deferred, nullptr);
+    });
+}
 
 std::uint64_t SoNotification::nextStamp()
 {
@@ -57,29 +76,33 @@ void SoNotification::setAfterWalk(void (*function)())
 
 void SoNotification::defer(SoField* follower, std::uint64_t origin)
 {
-    t_deferred.followers.push_back({follower, origin});
+    deferred().followers.push_back({follower, origin});
     t_walks.anyDeferred = true;
 }
 
 void SoNotification::defer(SoEngine* engine, SoField* input)
 {
-    t_deferred.inputs.push_back({engine, input});
+    deferred().inputs.push_back({engine, input});
     t_walks.anyDeferred = true;
 }
 
 void SoNotification::forget(const SoField* field)
 {
-    for (Follower& follower : t_deferred.followers)
+    if (!t_deferred)
+        return;
+    for (Follower& follower : t_deferred->followers)
         if (follower.field == field)
             follower.field = nullptr;
-    for (Input& input : t_deferred.inputs)
+    for (Input& input : t_deferred->inputs)
         if (input.field == field)
             input.field = nullptr;
 }
 
 void SoNotification::forget(const SoEngine* engine)
 {
-    for (Input& input : t_deferred.inputs)
+    if (!t_deferred)
+        return;
+    for (Input& input : t_deferred->inputs)
         if (input.engine == engine)
             input.engine = nullptr;
 }
@@ -87,7 +110,7 @@ void SoNotification::forget(const SoEngine* engine)
 /// Followers first: an engine that reacts finds everything told that its inputs depend on.
 void SoNotification::tellDeferred()
 {
-    Deferred& d = t_deferred;
+    Deferred& d = deferred();
     for (;;) {
         if (d.nextFollower < d.followers.size()) {
             const Follower next = d.followers[d.nextFollower++];

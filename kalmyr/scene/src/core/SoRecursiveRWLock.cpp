@@ -85,6 +85,19 @@ bool SoRecursiveRWLock::writeLock()
     return true;
 }
 
+bool SoRecursiveRWLock::tryWriteLock()
+{
+    const auto self = std::this_thread::get_id();
+    const std::scoped_lock lock(m_mutex);
+    const bool isReader = m_readers.count(self) > 0;
+    const bool isTaken = m_writeDepth > 0 || m_waitingWriters > 0 || othersRead(self);
+    if (m_writer != self && (isTaken || (m_readersTurn && !isReader)))
+        return false;
+    m_writer = self;
+    ++m_writeDepth;
+    return true;
+}
+
 bool SoRecursiveRWLock::writeUnlock()
 {
     const std::scoped_lock lock(m_mutex);

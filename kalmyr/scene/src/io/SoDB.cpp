@@ -1,5 +1,6 @@
 #include <kalmyr/io/SoDB.h>
 
+#include "core/Threads.h"
 #include "SoReadHooks.h"
 #include "SoSceneReader.h"
 
@@ -35,6 +36,7 @@
 #include <cstdint>
 #include <vector>
 
+using kalmyr::detail::sceneLock;
 using kalmyr::detail::SceneReader;
 
 namespace {
@@ -51,12 +53,6 @@ std::vector<SoDB::ReadHook>& readHooks()
 {
     static std::vector<SoDB::ReadHook> byType;
     return byType;
-}
-
-SoRecursiveRWLock& sceneLock()
-{
-    static auto* lock = new SoRecursiveRWLock; // threads may still hold it while the process ends
-    return *lock;
 }
 
 void initIo()
@@ -78,15 +74,6 @@ constexpr void (*kInits[])() = {
     kalmyr::initShapes,  kalmyr::initNodekits,
     kalmyr::initVrml,    initIo,
 };
-
-/// The first instance of a class makes its table of fields: now, while there is one thread.
-void makeFieldTables()
-{
-    for (const SoType type : SoType::getAllDerivedFrom(SoNode::getClassTypeId()))
-        SoRef<SoNode>(SoNode::create(type)).reset();
-    for (const SoType type : SoType::getAllDerivedFrom(SoEngine::getClassTypeId()))
-        SoRef<SoEngine>(SoEngine::create(type)).reset();
-}
 
 /// All nodes of the file; false after a posted error, with none of them left.
 bool readNodes(SceneReader& reader, std::vector<SoRef<SoNode>>& nodes)
@@ -118,7 +105,7 @@ void SoDB::init()
         init();
     for (const auto init : furtherInits())
         init();
-    makeFieldTables();
+    kalmyr::makeFieldTables();
 }
 
 void SoDB::finish()
@@ -290,7 +277,7 @@ void SoDB::readunlock()
 
 bool SoDB::writelock()
 {
-    if (sceneLock().writeLock())
+    if (kalmyr::detail::writeLock())
         return true;
     SoDebugError::post("SoDB::writelock",
                        "refused: another reading thread waits to become the writer");
@@ -299,7 +286,7 @@ bool SoDB::writelock()
 
 void SoDB::writeunlock()
 {
-    if (!sceneLock().writeUnlock())
+    if (!kalmyr::detail::writeUnlock())
         SoDebugError::post("SoDB::writeunlock", "this thread does not hold the lock");
 }
 

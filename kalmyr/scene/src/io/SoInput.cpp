@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <mutex>
+#include <optional>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -94,21 +96,42 @@ const KnownHeader* findHeader(std::string_view line)
     return nullptr;
 }
 
-std::vector<SbString>& directories()
+/// Where files are looked for, for all threads.
+struct Places {
+    std::mutex mutex;
+    std::vector<SbString> directories;
+    std::map<SbString, SbString> memoryFiles;
+};
+
+Places& places()
 {
-    static std::vector<SbString> list;
-    return list;
+    static auto* p = new Places;
+    return *p;
 }
 
-std::map<SbString, SbString>& memoryFiles()
+std::vector<SbString> directoriesNow()
 {
-    static std::map<SbString, SbString> files;
-    return files;
+    const std::scoped_lock lock(places().mutex);
+    return places().directories;
+}
+
+/// The text of a file in memory.
+std::optional<SbString> memoryFile(const SbString& name)
+{
+    const std::scoped_lock lock(places().mutex);
+    const auto found = places().memoryFiles.find(name);
+    return found == places().memoryFiles.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool isInMemory(const SbString& name)
+{
+    const std::scoped_lock lock(places().mutex);
+    return places().memoryFiles.count(name) > 0;
 }
 
 bool exists(const SbString& path)
 {
-    return memoryFiles().count(path) > 0
+    return isInMemory(path)
            || (SbFileHelper::isAccessible(path, SbFileHelper::READABLE)
                && !SbFileHelper::isDirectory(path));
 }
@@ -119,7 +142,7 @@ SbString lookUp(const SbString& name, const SbString& folder)
 {
     if (name.isEmpty())
         return {};
-    if (memoryFiles().count(name))
+    if (isInMemory(name))
         return name;
     if (!folder.isEmpty() && !SbFileHelper::isAbsolute(name)) {
         const SbString beside = SbFileHelper::join(folder, name);
@@ -130,7 +153,7 @@ SbString lookUp(const SbString& name, const SbString& folder)
         return name;
     if (SbFileHelper::isAbsolute(name))
         return {};
-    for (const SbString& directory : directories()) {
+    for (const SbString& directory : directoriesNow()) {
         const SbString inside = SbFileHelper::join(directory, name);
         if (exists(inside))
             return inside;
@@ -249,14 +272,12 @@ bool SoInput::openFile(const SbString& name, bool okIfNotFound)
 bool SoInput::load(const SbString& name)
 {
     m_fileName = name;
-    const auto memory = memoryFiles().find(name);
     auto bytes = std::make_unique<Bytes>();
-    if (memory != memoryFiles().end()) {
-        const SbString& text = memory->second;
-        if (!bytes->reserve(text.getLength()))
+    if (const std::optional<SbString> text = memoryFile(name)) {
+        if (!bytes->reserve(text->getLength()))
             return refuse("there is not enough memory for it");
-        std::memcpy(bytes->data, text.getString(), text.getLength());
-        bytes->size = text.getLength();
+        std::memcpy(bytes->data, text->getString(), text->getLength());
+        bytes->size = text->getLength();
         return adopt(std::move(bytes));
     }
     SbString error;
@@ -498,37 +519,45 @@ SbString SoInput::getFolder() const
 
 void SoInput::addDirectoryFirst(const SbString& directory)
 {
-    directories().insert(directories().begin(), directory);
+    const std::scoped_lock lock(places().mutex);
+    places().directories.insert(places().directories.begin(), directory);
 }
 
 void SoInput::addDirectoryLast(const SbString& directory)
 {
-    directories().push_back(directory);
+    const std::scoped_lock lock(places().mutex);
+    places().directories.push_back(directory);
 }
 
 void SoInput::removeDirectory(const SbString& directory)
 {
-    std::erase(directories(), directory);
+    const std::scoped_lock lock(places().mutex);
+    std::erase(places().directories, directory);
 }
 
 void SoInput::clearDirectories()
 {
-    directories().clear();
+    const std::scoped_lock lock(places().mutex);
+    places().directories.clear();
 }
 
 const std::vector<SbString>& SoInput::getDirectories()
 {
-    return directories();
+    thread_local std::vector<SbString> t_list; // what is returned stands still
+    t_list = directoriesNow();
+    return t_list;
 }
 
 void SoInput::addInMemoryTextFile(const SbString& name, const SbString& text)
 {
-    memoryFiles()[name] = text;
+    const std::scoped_lock lock(places().mutex);
+    places().memoryFiles[name] = text;
 }
 
 void SoInput::removeInMemoryTextFile(const SbString& name)
 {
-    memoryFiles().erase(name);
+    const std::scoped_lock lock(places().mutex);
+    places().memoryFiles.erase(name);
 }
 
 bool SoInput::readTextFile(const SbString& name, SbString& text)
@@ -536,9 +565,8 @@ bool SoInput::readTextFile(const SbString& name, SbString& text)
     const SbString found = lookUp(name, {});
     if (found.isEmpty())
         return false;
-    const auto memory = memoryFiles().find(found);
-    if (memory != memoryFiles().end()) {
-        text = memory->second;
+    if (const std::optional<SbString> memory = memoryFile(found)) {
+        text = *memory;
         return true;
     }
     std::vector<char> bytes;

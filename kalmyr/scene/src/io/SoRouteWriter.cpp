@@ -109,10 +109,11 @@ void SceneWriter::writeEngine(const SoEngine* one)
 
 void SceneWriter::globals()
 {
-    std::unordered_set<const SoFieldContainer*> written;
+    std::unordered_set<SbName> written; // threads have a `realTime` each
     for (const auto& [master, follower] : m_routes) {
         const SoFieldContainer* global = master->getContainer();
-        if (!global->isOfType(SoGlobalField::getClassTypeId()) || !written.insert(global).second)
+        if (!global->isOfType(SoGlobalField::getClassTypeId())
+            || !written.insert(global->getFieldName(master)).second)
             continue;
         m_buffer += "\nGLOBAL ";
         m_buffer += master->getTypeId().getName().view();

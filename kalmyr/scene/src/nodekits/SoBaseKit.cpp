@@ -17,9 +17,10 @@
 
 SO_NODE_SOURCE(SoBaseKit)
 SoNodekitCatalog* SoBaseKit::s_catalog = nullptr;
-bool SoBaseKit::s_searchingChildren = false;
 
 namespace {
+
+constinit thread_local bool t_searchingChildren = false;
 
 void searchKit(SoAction* action, SoNode* node)
 {
@@ -377,4 +378,14 @@ bool SoBaseKit::isFieldWritten(const SoField& field) const
         return true;
     const bool mayBeUntouched = field.isDefault() || catalog->isList(part);
     return !mayBeUntouched || !kalmyr::detail::isUntouchedPart(getAnyPart(part));
+}
+
+void SoBaseKit::setSearchingChildren(bool on)
+{
+    t_searchingChildren = on;
+}
+
+bool SoBaseKit::isSearchingChildren()
+{
+    return t_searchingChildren;
 }

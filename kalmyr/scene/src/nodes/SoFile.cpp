@@ -3,9 +3,11 @@
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
+#include <atomic>
+
 namespace {
 
-bool s_searchOK = false;
+std::atomic<bool> s_searchOK = false;
 
 void searchFile(SoAction* action, SoNode* node)
 {

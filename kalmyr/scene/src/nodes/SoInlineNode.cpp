@@ -4,6 +4,9 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNodeCopier.h>
 #include <kalmyr/nodes/SoGroup.h>
+#include <kalmyr/sensors/SoSensorManager.h>
+
+#include "core/Threads.h"
 
 namespace {
 
@@ -27,10 +30,15 @@ SoInlineNode::SoInlineNode()
           [](void* node, SoSensor*) {
               // The content may take the place of what holds us.
               const SoRef<SoInlineNode> self(static_cast<SoInlineNode*>(node));
-              self->load();
+              const kalmyr::detail::SharedEdit edit(SoSensorManager::isApplicationThread());
+              if (edit)
+                  self->load();
+              else
+                  self->m_loader.schedule(); // somebody reads
           },
           this)
 {
+    m_loader.setPartOfGraph();
 }
 
 SoInlineNode::~SoInlineNode()

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 
 namespace kalmyr::detail {
 
@@ -19,6 +20,18 @@ std::map<void*, std::unique_ptr<GLDevice>>& devices()
 {
     // Never destroyed: contexts may be gone at the end of the process.
     static auto* const all = new std::map<void*, std::unique_ptr<GLDevice>>;
+    return *all;
+}
+
+/// The devices as those see them who tell of deaths.
+struct Listening {
+    std::mutex mutex;
+    std::vector<GLDevice*> devices; // Not owned.
+};
+
+Listening& listening()
+{
+    static auto* const all = new Listening;
     return *all;
 }
 
@@ -187,8 +200,9 @@ void GLDevice::releaseCurrent()
 
 void GLDevice::geometryDied(std::uint64_t id)
 {
-    for (auto& [context, device] : devices()) {
-        if (device->m_geometries.contains(id)) {
+    const std::scoped_lock lock(listening().mutex);
+    for (GLDevice* device : listening().devices) {
+        if (device->m_known.erase(id) > 0) {
             device->m_dead.push_back(id);
         }
     }
@@ -201,6 +215,8 @@ GLDevice::GLDevice()
     glGenBuffers(1, &m_streamBuffer);
     glGenVertexArrays(1, &m_emptyVertexArray);
     glGetIntegerv(GL_UNIFORM_BUFFER_OFFSET_ALIGNMENT, &m_uniformAlignment);
+    const std::scoped_lock lock(listening().mutex);
+    listening().devices.push_back(this);
 }
 
 /// A buffer whose size no other device uses: a context without a buffer of that name and size is
@@ -229,6 +245,10 @@ bool GLDevice::isAlive() const
 
 GLDevice::~GLDevice()
 {
+    {
+        const std::scoped_lock lock(listening().mutex);
+        std::erase(listening().devices, this);
+    }
     if (m_abandoned) {
         return;
     }
@@ -263,13 +283,17 @@ void GLDevice::endFrame()
 
 void GLDevice::freeDead()
 {
-    for (const std::uint64_t id : m_dead) {
+    std::vector<std::uint64_t> dead;
+    {
+        const std::scoped_lock lock(listening().mutex);
+        dead.swap(m_dead);
+    }
+    for (const std::uint64_t id : dead) {
         if (const auto found = m_geometries.find(id); found != m_geometries.end()) {
             free(found->second);
             m_geometries.erase(found);
         }
     }
-    m_dead.clear();
 }
 
 void GLDevice::freeOldTextures()
@@ -297,6 +321,8 @@ GLGeometry& GLDevice::find(const SoGeometry& geometry)
     const auto [found, isNew] = m_geometries.try_emplace(geometry.getId());
     if (isNew) {
         found->second = upload(geometry);
+        const std::scoped_lock lock(listening().mutex);
+        m_known.insert(geometry.getId());
     }
     return found->second;
 }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace kalmyr::detail {
@@ -50,7 +51,8 @@ public:
     static GLDevice* current(const char*& error);
     /// Frees everything in the current context.
     static void releaseCurrent();
-    /// Has the buffers of a geometry freed, in each context when it is next drawn into.
+    /// Has the buffers of a geometry freed, in each context when it is next drawn into. Called in
+    /// any thread: graphs of their own die in many, with geometries that other graphs share.
     static void geometryDied(std::uint64_t id);
 
     ~GLDevice();
@@ -107,7 +109,9 @@ private:
     std::unordered_map<std::uint64_t, GLGeometry> m_geometries;
     std::unordered_map<const unsigned char*, Texture> m_textures;
     std::array<std::unique_ptr<GLProgram>, kNumShaderVariants> m_programs;
-    std::vector<std::uint64_t> m_dead;
+    // Guarded by the mutex of all devices.
+    std::unordered_set<std::uint64_t> m_known; ///< what there are buffers of and lives
+    std::vector<std::uint64_t> m_dead;         ///< whose buffers are to be freed
     std::uint64_t m_frame = 0;
     GLuint m_marker = 0;
     GLint m_markerSize = 0;

@@ -10,6 +10,9 @@
 
 namespace {
 
+/// Room for records that a sensor keeps when all have been reported.
+constexpr std::size_t kKeptRecords = 64;
+
 /// Index of the node below on the way of a change, where it is a child; -1 for a field's node.
 int indexBelow(const SoNode* parent, const SoNode* below)
 {
@@ -51,7 +54,11 @@ SoRef<SoPath> pathOf(const SoNotification& notification)
 
 SoDataSensor::SoDataSensor(SoSensorCB* function, void* data) : SoDelayQueueSensor(function, data) {}
 
-SoDataSensor::~SoDataSensor() = default;
+SoDataSensor::~SoDataSensor()
+{
+    if (m_fate)
+        *m_fate = Fate::GONE;
+}
 
 void SoDataSensor::setDeleteCallback(SoSensorCB* function, void* data)
 {
@@ -103,28 +110,33 @@ void SoDataSensor::dropWhatMayDie(Record& record)
 
 void SoDataSensor::forgetTrigger()
 {
-    m_record = {};
-    m_waiting.clear();
+    if (m_fate)
+        *m_fate = Fate::FORGOTTEN;
+    // What dies of it may come back here.
+    const Record reported = std::exchange(m_record, {});
+    const auto waiting = std::exchange(m_waiting, {});
+    m_nextWaiting = 0;
 }
 
 void SoDataSensor::auditedChanged(SoNotification& notification)
 {
+    Record record = recordOf(notification);
     if (getPriority() != 0) {
-        m_record = recordOf(notification);
         if (isOfWatched(notification)) {
             // It tells when it dies, and must not be kept from dying by those who want to know.
-            SoFieldContainer* watched = m_record.container;
-            SoField* field = m_record.field;
-            m_record.heldContainer = nullptr;
-            dropWhatMayDie(m_record);
-            m_record.container = watched;
-            m_record.field = field;
+            SoFieldContainer* watched = record.container;
+            SoField* field = record.field;
+            record.heldContainer = nullptr;
+            dropWhatMayDie(record);
+            record.container = watched;
+            record.field = field;
         } else {
-            dropWhatMayDie(m_record);
+            dropWhatMayDie(record);
         }
-    } else {
-        m_waiting.push_back(recordOf(notification));
+        m_waiting.clear();
+        m_nextWaiting = 0;
     }
+    m_waiting.push_back(std::move(record));
     schedule();
 }
 
@@ -136,20 +148,37 @@ void SoDataSensor::auditedDying()
         m_deleteFunction(m_deleteData, this);
 }
 
+SoDataSensor::Record SoDataSensor::takeWaiting()
+{
+    if (!isAnyWaiting())
+        return {}; // scheduled by hand
+    Record next = std::move(m_waiting[m_nextWaiting++]);
+    if (isAnyWaiting())
+        return next;
+    m_nextWaiting = 0;
+    if (m_waiting.capacity() > kKeptRecords)
+        std::vector<Record>().swap(m_waiting);
+    else
+        m_waiting.clear();
+    return next;
+}
+
 void SoDataSensor::trigger()
 {
     unschedule();
-    SoRef<SoFieldContainer> container;
-    SoRef<SoNode> child;
-    if (!m_waiting.empty()) {
-        m_record = std::move(m_waiting.front());
-        m_waiting.erase(m_waiting.begin());
-        if (!m_waiting.empty())
-            schedule();
-        container.swap(m_record.heldContainer);
-        child.swap(m_record.heldChild);
-    }
-    // The callback may delete the sensor: nothing of it is touched afterwards. What a queued sensor
-    // reported is let go with the next record, detach() or death.
+    Fate fate = Fate::KEPT;
+    Fate* const outerFate = std::exchange(m_fate, &fate);
+    // A callback that spins a loop may come here again.
+    Record outer = std::exchange(m_record, takeWaiting());
+    if (isAnyWaiting())
+        schedule();
     SoSensor::trigger();
+    if (fate != Fate::KEPT && outerFate)
+        *outerFate = fate;
+    if (fate == Fate::GONE)
+        return;
+    m_fate = outerFate;
+    // Let go of last: what dies of it may take the sensor along.
+    const Record reported =
+        std::exchange(m_record, fate == Fate::KEPT ? std::move(outer) : Record());
 }

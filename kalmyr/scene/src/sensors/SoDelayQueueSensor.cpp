@@ -2,6 +2,13 @@
 
 #include <kalmyr/sensors/SoSensorManager.h>
 
+#include "core/Threads.h"
+
+SoDelayQueueSensor::SoDelayQueueSensor(SoSensorCB* function, void* data)
+    : SoSensor(function, data), m_owner(kalmyr::detail::threadNumber())
+{
+}
+
 SoDelayQueueSensor::~SoDelayQueueSensor()
 {
     unschedule();
@@ -9,20 +16,25 @@ SoDelayQueueSensor::~SoDelayQueueSensor()
         SoSensorManager::forgetRunning(this);
 }
 
+void SoDelayQueueSensor::takeOwnership()
+{
+    m_owner = kalmyr::detail::threadNumber();
+}
+
 void SoDelayQueueSensor::schedule()
 {
-    if (m_scheduled)
+    if (isScheduled())
         return;
-    m_scheduled = true;
-    SoSensorManager::insert(this);
+    if (m_priority == 0 && !isIdleOnly())
+        SoSensorManager::insertImmediate(this);
+    else
+        SoSensorManager::insert(this);
 }
 
 void SoDelayQueueSensor::unschedule()
 {
-    if (!m_scheduled)
-        return;
-    m_scheduled = false;
-    SoSensorManager::remove(this);
+    if (isScheduled())
+        SoSensorManager::remove(this);
 }
 
 void SoDelayQueueSensor::trigger()

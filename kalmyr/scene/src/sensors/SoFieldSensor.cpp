@@ -12,6 +12,7 @@ SoFieldSensor::~SoFieldSensor()
 void SoFieldSensor::attach(SoField* field)
 {
     detach();
+    takeOwnership();
     m_attached = field;
     if (field)
         field->addAuditor(this, SoAuditor::SENSOR);

@@ -11,6 +11,7 @@ SoNodeSensor::~SoNodeSensor()
 void SoNodeSensor::attach(SoNode* node)
 {
     detach();
+    takeOwnership();
     m_node = node;
     if (node)
         node->addAuditor(this, SoAuditor::SENSOR);

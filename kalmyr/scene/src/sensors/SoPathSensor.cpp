@@ -40,6 +40,7 @@ SoPathSensor::~SoPathSensor()
 void SoPathSensor::attach(SoPath* path)
 {
     detach();
+    takeOwnership();
     m_path = path;
     if (!path)
         return;

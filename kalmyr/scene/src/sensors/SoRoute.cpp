@@ -23,28 +23,38 @@ struct SoRouteTable {
     using Routes = std::unordered_map<const SoField*, Entry>;
     std::unordered_map<const SoField*, Routes> routes;
     std::uint64_t last = 0;
-    std::recursive_mutex mutex;        ///< files may be read in several threads
+    std::mutex mutex;                  ///< graphs are edited in several threads
     std::atomic<std::size_t> size = 0; ///< asked for every field that is written or copied
 
+    // Routes attach and detach their sensors, which tells others, outside the lock.
     bool drop(const SoField* from, const SoField* to)
     {
-        const std::lock_guard<std::recursive_mutex> lock(mutex);
+        Routes::node_type dropped;
+        const std::scoped_lock lock(mutex);
         const auto found = routes.find(to);
-        if (found == routes.end() || found->second.erase(from) == 0)
+        if (found == routes.end())
             return false;
+        dropped = found->second.extract(from);
         if (found->second.empty())
             routes.erase(found);
         size = routes.size();
-        return true;
+        return !dropped.empty();
     }
     bool add(SoField* from, SoField* to)
     {
-        const std::lock_guard<std::recursive_mutex> lock(mutex);
-        const auto [entry, isNew] = routes[to].try_emplace(from);
+        if (has(from, to))
+            return false;
+        std::unique_ptr<SoRoute> route(new SoRoute(from, to));
+        const std::scoped_lock lock(mutex);
+        routes[to].insert_or_assign(from, Entry{++last, std::move(route)});
         size = routes.size();
-        if (isNew)
-            entry->second = {++last, std::unique_ptr<SoRoute>(new SoRoute(from, to))};
-        return isNew;
+        return true;
+    }
+    bool has(const SoField* from, const SoField* to)
+    {
+        const std::scoped_lock lock(mutex);
+        const auto found = routes.find(to);
+        return found != routes.end() && found->second.count(from) > 0;
     }
     static SoField* sourceOf(const SoRoute& route) { return route.m_from.getAttachedField(); }
 };
@@ -120,7 +130,7 @@ bool SoRoute::hasSources(const SoField* to)
     SoRouteTable& all = table();
     if (all.size == 0)
         return false;
-    const std::lock_guard<std::recursive_mutex> lock(all.mutex);
+    const std::scoped_lock lock(all.mutex);
     return all.routes.count(to) > 0;
 }
 
@@ -129,7 +139,7 @@ std::vector<SoField*> SoRoute::getSources(const SoField* to)
     SoRouteTable& all = table();
     if (all.size == 0)
         return {};
-    const std::lock_guard<std::recursive_mutex> lock(all.mutex);
+    const std::scoped_lock lock(all.mutex);
     const auto found = all.routes.find(to);
     if (found == all.routes.end())
         return {};

@@ -4,55 +4,289 @@
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
 #include <kalmyr/sensors/SoTimerSensor.h>
 
-#include <algorithm>
+#include "core/Threads.h"
+
+#include <atomic>
 #include <map>
-#include <set>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
+using kalmyr::detail::HandOver;
+using kalmyr::detail::threadNumber;
+
+/// What waits for one thread. Guarded, all of them by one mutex: a sensor may pass from one to
+/// another.
+struct SoSensorQueues {
+    using DelayKey = std::pair<std::uint32_t, std::uint64_t>; // priority, order of scheduling
+    using TimerKey = std::pair<double, std::uint64_t>;        // time, order of scheduling
+    using DelayQueue = std::map<DelayKey, SoDelayQueueSensor*>;
+
+    DelayQueue delay;
+    DelayQueue idle;
+    std::map<TimerKey, SoTimerQueueSensor*> timers;
+    bool isServed = false; ///< its thread has processed them
+
+    void add(SoDelayQueueSensor* sensor, std::uint64_t ticket)
+    {
+        sensor->m_scheduled.store(true, std::memory_order_relaxed);
+        sensor->m_queues = this;
+        sensor->m_ticket = ticket;
+        sensor->m_queuedPriority = sensor->m_priority;
+        (sensor->isIdleOnly() ? idle : delay).emplace(keyOf(sensor), sensor);
+    }
+    void add(SoTimerQueueSensor* sensor, std::uint64_t ticket)
+    {
+        sensor->m_scheduled.store(true, std::memory_order_relaxed);
+        sensor->m_queues = this;
+        sensor->m_ticket = ticket;
+        timers.emplace(TimerKey(sensor->getTriggerTime().getValue(), ticket), sensor);
+    }
+    /// Out of the queues that it waits in.
+    static void drop(SoDelayQueueSensor* sensor)
+    {
+        SoSensorQueues* queues = std::exchange(sensor->m_queues, nullptr);
+        // One that is being destroyed does not know any more whether it is an idle one.
+        if (queues->delay.erase(keyOf(sensor)) == 0)
+            queues->idle.erase(keyOf(sensor));
+        sensor->m_scheduled.store(false, std::memory_order_relaxed);
+    }
+    static void drop(SoTimerQueueSensor* sensor)
+    {
+        SoSensorQueues* queues = std::exchange(sensor->m_queues, nullptr);
+        queues->timers.erase({sensor->getTriggerTime().getValue(), sensor->m_ticket});
+        sensor->m_scheduled.store(false, std::memory_order_relaxed);
+    }
+    bool isEmpty() const { return delay.empty() && idle.empty() && timers.empty(); }
+    void moveTo(SoSensorQueues& other)
+    {
+        moveTo(other, delay, other.delay);
+        moveTo(other, idle, other.idle);
+        moveTo(other, timers, other.timers);
+    }
+
+private:
+    static DelayKey keyOf(const SoDelayQueueSensor* sensor)
+    {
+        return {sensor->m_queuedPriority, sensor->m_ticket};
+    }
+    template <class Queue>
+    static void moveTo(SoSensorQueues& other, Queue& from, Queue& to)
+    {
+        for (const auto& [key, sensor] : from)
+            sensor->m_queues = &other;
+        to.merge(from); // tickets are unique
+    }
+};
+
 namespace {
 
-using DelayKey = std::pair<std::uint32_t, std::uint64_t>; // priority, then order of scheduling
-
-struct Queues {
-    std::vector<SoDelayQueueSensor*> immediate; // collected on a walk; null once removed
-    std::size_t next = 0;                       // immediate sensors before it had their turn
-    std::vector<SoDelayQueueSensor*> running;   // inside their callback; null once deleted there
-    std::map<DelayKey, SoDelayQueueSensor*> delay;
-    std::map<DelayKey, SoDelayQueueSensor*> idle;
-    std::set<std::pair<double, SoTimerQueueSensor*>> timers;
+/// All that waits, and whom to wake up.
+struct Manager {
+    std::mutex mutex;
+    SoSensorQueues application;
+    std::unordered_map<std::uint32_t, std::unique_ptr<SoSensorQueues>> others; ///< by thread
     std::uint64_t ticket = 0;
-    std::uint64_t cascade = 0;
+    std::atomic<std::uint32_t> applicationThread{0};
+    bool isApplicationChosen = false; ///< by the callback, or by processing queues
+
+    // Held for the call, so that nobody is called who has taken the callback away.
+    std::recursive_mutex callbackMutex;
     void (*changed)(void*) = nullptr;
     void* changedData = nullptr;
 };
 
-Queues& queues()
+Manager& manager()
 {
-    static auto* q = new Queues; // sensors with static storage may outlive it otherwise
-    return *q;
+    static auto* m = new Manager; // sensors with static storage may outlive it otherwise
+    return *m;
+}
+
+/// Not taken while there is one thread.
+template <class Mutex>
+class Guard {
+public:
+    explicit Guard(Mutex& mutex) : m_mutex(kalmyr::detail::isOnlyThread() ? nullptr : &mutex)
+    {
+        if (m_mutex)
+            m_mutex->lock();
+    }
+    ~Guard()
+    {
+        if (m_mutex)
+            m_mutex->unlock();
+    }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+
+private:
+    Mutex* m_mutex;
+};
+
+bool isApplication()
+{
+    return manager().applicationThread.load(std::memory_order_relaxed) == threadNumber();
+}
+
+/// The calling thread's; null when it has none yet.
+SoSensorQueues* findOwnQueues()
+{
+    Manager& m = manager();
+    if (isApplication())
+        return &m.application;
+    const auto found = m.others.find(threadNumber());
+    return found == m.others.end() ? nullptr : found->second.get();
+}
+
+/// True once the thread has handed over for the last time.
+constinit thread_local bool t_hasEnded = false;
+
+SoSensorQueues& ownQueues()
+{
+    if (t_hasEnded)
+        return manager().application;
+    if (SoSensorQueues* known = findOwnQueues())
+        return *known;
+    auto& own = manager().others[threadNumber()];
+    own = std::make_unique<SoSensorQueues>();
+    return *own;
+}
+
+/// Where a sensor of that owner is to wait; see the class.
+SoSensorQueues& queuesFor(std::uint32_t owner)
+{
+    Manager& m = manager();
+    if (owner != 0 && owner != threadNumber()) {
+        if (owner == m.applicationThread)
+            return m.application;
+        if (const auto found = m.others.find(owner);
+            found != m.others.end() && found->second->isServed)
+            return *found->second;
+    }
+    if (kalmyr::detail::isEditingShared()) {
+        SoSensorQueues* own = kalmyr::detail::isServing() ? findOwnQueues() : nullptr;
+        return own && owner == threadNumber() ? *own : m.application;
+    }
+    return ownQueues();
 }
 
 void tellChanged()
 {
-    if (queues().changed)
-        queues().changed(queues().changedData);
+    Manager& m = manager();
+    const Guard guard(m.callbackMutex);
+    if (m.changed)
+        m.changed(m.changedData);
+}
+
+/// Makes the calling thread the application's, guarded; its queues become part of those.
+void becomeApplication()
+{
+    Manager& m = manager();
+    if (isApplication())
+        return;
+    if (const auto own = m.others.find(threadNumber()); own != m.others.end()) {
+        own->second->moveTo(m.application);
+        m.others.erase(own);
+    }
+    m.applicationThread = threadNumber();
+}
+
+/// The calling thread's queues, which it is about to process; and the number of the first ticket
+/// that is not to be processed now.
+std::pair<SoSensorQueues*, std::uint64_t> beginProcessing()
+{
+    Manager& m = manager();
+    const Guard guard(m.mutex);
+    if (!std::exchange(m.isApplicationChosen, true))
+        becomeApplication();
+    SoSensorQueues& own = ownQueues();
+    own.isServed = true;
+    kalmyr::detail::setServing(!isApplication());
+    return {&own, m.ticket};
+}
+
+/// Takes out the first sensor of the queue with a key from `from` on and a ticket before `end`.
+template <class Queue, class Key>
+typename Queue::mapped_type takeNext(Queue& queue, Key& from, std::uint64_t end)
+{
+    const Guard guard(manager().mutex);
+    for (auto at = queue.lower_bound(from); at != queue.end(); ++at) {
+        if (at->first.second >= end)
+            continue;
+        from.first = at->first.first;
+        auto* sensor = at->second;
+        SoSensorQueues::drop(sensor);
+        return sensor;
+    }
+    return nullptr;
 }
 
 /// Triggers everything queued before this call; what is scheduled meanwhile waits for the next.
-void run(std::map<DelayKey, SoDelayQueueSensor*>& queue)
+void run(SoSensorQueues::DelayQueue SoSensorQueues::*queue)
 {
-    const std::uint64_t end = queues().ticket;
-    std::uint32_t priority = 0;
-    for (auto at = queue.begin(); at != queue.end();) {
-        if (at->first.second >= end) {
-            ++at;
-            continue;
-        }
-        priority = at->first.first;
-        at->second->trigger();
-        at = queue.lower_bound({priority, 0}); // the callback may have changed everything
+    const auto [own, end] = beginProcessing();
+    SoSensorQueues::DelayKey from{0, 0};
+    while (SoDelayQueueSensor* sensor = takeNext(own->*queue, from, end))
+        sensor->trigger();
+}
+
+/// Sensors of priority 0: collected on a walk and run right after it, in the same thread.
+struct Immediate {
+    std::vector<SoDelayQueueSensor*> queue;   ///< null once removed
+    std::size_t next = 0;                     ///< those before it had their turn
+    std::vector<SoDelayQueueSensor*> running; ///< inside their callback; null once deleted there
+};
+/// Asked after every change, so these are plain objects. A thread's last edits may come after its
+/// other objects have gone.
+constinit thread_local Immediate* t_immediate = nullptr;
+constinit thread_local bool t_anyImmediate = false;
+constinit thread_local std::uint64_t t_cascade = 0;
+
+/// Numbers of cascades of one thread.
+constexpr int kCascadeBits = 40;
+
+std::uint64_t nextCascade(std::uint64_t last)
+{
+    return last ? last + 1 : (std::uint64_t{threadNumber()} << kCascadeBits) + 1;
+}
+
+Immediate& immediate()
+{
+    if (!t_immediate)
+        t_immediate = new Immediate;
+    return *t_immediate;
+}
+
+/// Moves what waits for this thread to the application; whether there was anything.
+bool moveToApplication(HandOver how)
+{
+    Manager& m = manager();
+    const Guard guard(m.mutex);
+    if (isApplication()) {
+        if (how == HandOver::END)
+            m.isApplicationChosen = false; // whoever processes the queues next goes on
+        return false;
     }
+    const auto own = m.others.find(threadNumber());
+    if (own == m.others.end())
+        return false;
+    const bool any = !own->second->isEmpty();
+    own->second->moveTo(m.application);
+    if (how == HandOver::END)
+        m.others.erase(own);
+    return any;
+}
+
+void handOverQueues(HandOver how)
+{
+    if (moveToApplication(how))
+        tellChanged();
+    if (how != HandOver::END)
+        return;
+    t_hasEnded = true;
+    delete std::exchange(t_immediate, nullptr);
 }
 
 } // namespace
@@ -60,68 +294,104 @@ void run(std::map<DelayKey, SoDelayQueueSensor*>& queue)
 void SoSensorManager::init()
 {
     SoNotification::setAfterWalk(&SoSensorManager::processImmediateQueue);
+    kalmyr::detail::addHandOver(&handOverQueues);
+    const Guard guard(manager().mutex);
+    if (manager().applicationThread == 0)
+        becomeApplication();
 }
 
 void SoSensorManager::setChangedCallback(void (*function)(void*), void* data)
 {
-    queues().changed = function;
-    queues().changedData = data;
+    Manager& m = manager();
+    if (function) {
+        const Guard guard(m.mutex);
+        m.isApplicationChosen = true;
+        becomeApplication();
+    }
+    const Guard guard(m.callbackMutex);
+    m.changed = function;
+    m.changedData = data;
 }
 
 bool SoSensorManager::isDelaySensorPending()
 {
-    return !queues().delay.empty();
+    const Guard guard(manager().mutex);
+    const SoSensorQueues* own = findOwnQueues();
+    return own && !own->delay.empty();
 }
 
 bool SoSensorManager::isIdleSensorPending()
 {
-    return !queues().idle.empty();
+    const Guard guard(manager().mutex);
+    const SoSensorQueues* own = findOwnQueues();
+    return own && !own->idle.empty();
 }
 
 bool SoSensorManager::isTimerSensorPending(SbTime& next)
 {
-    if (queues().timers.empty())
+    const Guard guard(manager().mutex);
+    const SoSensorQueues* own = findOwnQueues();
+    if (!own || own->timers.empty())
         return false;
-    next = SbTime(queues().timers.begin()->first);
+    next = SbTime(own->timers.begin()->first.first);
     return true;
 }
 
 void SoSensorManager::processDelayQueue(bool idle)
 {
-    run(queues().delay);
+    run(&SoSensorQueues::delay);
     if (idle)
-        run(queues().idle);
+        run(&SoSensorQueues::idle);
 }
 
 void SoSensorManager::processTimerQueue()
 {
-    Queues& q = queues();
+    const auto [own, end] = beginProcessing();
     const double now = SbTime::getTimeOfDay().getValue();
-    while (!q.timers.empty() && q.timers.begin()->first <= now) {
-        SoTimerQueueSensor* sensor = q.timers.begin()->second;
-        sensor->unschedule();
+    for (;;) {
+        SoTimerQueueSensor* sensor = nullptr;
+        {
+            const Guard guard(manager().mutex);
+            auto at = own->timers.begin();
+            while (at != own->timers.end() && at->first.second >= end)
+                ++at;
+            if (at == own->timers.end() || !(at->first.first <= now))
+                return;
+            sensor = at->second;
+            SoSensorQueues::drop(sensor);
+        }
         sensor->trigger();
     }
 }
 
+void SoSensorManager::handOver()
+{
+    kalmyr::detail::handOver(HandOver::EXPLICIT);
+}
+
+bool SoSensorManager::isApplicationThread()
+{
+    return isApplication();
+}
+
 void SoSensorManager::processImmediateQueue()
 {
-    Queues& q = queues();
-    if (q.immediate.empty())
+    if (!t_anyImmediate)
         return;
-    if (q.running.empty())
-        ++q.cascade;
-    while (q.next < q.immediate.size())
-        runImmediate(q.immediate[q.next++]);
-    if (q.running.empty()) {
-        q.immediate.clear();
-        q.next = 0;
+    Immediate& i = immediate();
+    if (i.running.empty())
+        t_cascade = nextCascade(t_cascade);
+    while (i.next < i.queue.size())
+        runImmediate(i.queue[i.next++]);
+    if (i.running.empty()) {
+        i.queue.clear();
+        i.next = 0;
+        t_anyImmediate = false;
     }
 }
 
 void SoSensorManager::runImmediate(SoDelayQueueSensor* sensor)
 {
-    Queues& q = queues();
     if (!sensor)
         return;
     // A sensor inside its own callback is not called again before that returns; an edit made
@@ -130,75 +400,95 @@ void SoSensorManager::runImmediate(SoDelayQueueSensor* sensor)
         sensor->m_again = true;
         return;
     }
-    q.running.push_back(sensor);
+    Immediate& i = immediate();
     sensor->m_running = true;
-    sensor->m_scheduled = false;
+    sensor->m_runningAt = i.running.size();
+    i.running.push_back(sensor);
+    sensor->m_scheduled.store(false, std::memory_order_relaxed);
     sensor->trigger();
-    sensor = q.running.back();
-    q.running.pop_back();
+    sensor = i.running.back();
+    i.running.pop_back();
     if (!sensor)
         return;
     sensor->m_running = false;
-    if (std::exchange(sensor->m_again, false))
-        q.immediate.push_back(sensor);
+    if (std::exchange(sensor->m_again, false)) {
+        sensor->m_ticket = i.queue.size();
+        i.queue.push_back(sensor);
+    }
 }
 
 void SoSensorManager::forgetRunning(const SoDelayQueueSensor* sensor)
 {
-    std::replace(queues().running.begin(), queues().running.end(),
-                 const_cast<SoDelayQueueSensor*>(sensor),
-                 static_cast<SoDelayQueueSensor*>(nullptr));
+    immediate().running[sensor->m_runningAt] = nullptr;
 }
 
 std::uint64_t SoSensorManager::getCascade()
 {
-    return queues().cascade;
+    return t_cascade;
+}
+
+void SoSensorManager::insertImmediate(SoDelayQueueSensor* sensor)
+{
+    sensor->m_scheduled.store(true, std::memory_order_relaxed);
+    sensor->m_ticket = immediate().queue.size();
+    immediate().queue.push_back(sensor);
+    t_anyImmediate = true;
+    if (!SoNotification::isWalking())
+        processImmediateQueue();
 }
 
 void SoSensorManager::insert(SoDelayQueueSensor* sensor)
 {
-    Queues& q = queues();
-    if (sensor->getPriority() == 0 && !sensor->isIdleOnly()) {
-        q.immediate.push_back(sensor);
-        if (!SoNotification::isWalking())
-            processImmediateQueue();
-        return;
+    Manager& m = manager();
+    bool isApplications = false;
+    {
+        const Guard guard(m.mutex);
+        if (sensor->isScheduled())
+            return; // another thread was faster
+        SoSensorQueues& queues = queuesFor(sensor->m_owner);
+        queues.add(sensor, m.ticket++);
+        isApplications = &queues == &m.application;
     }
-    sensor->m_ticket = q.ticket++;
-    auto& queue = sensor->isIdleOnly() ? q.idle : q.delay;
-    queue.emplace(DelayKey{sensor->getPriority(), sensor->m_ticket}, sensor);
-    tellChanged();
+    if (isApplications)
+        tellChanged();
 }
 
 void SoSensorManager::remove(SoDelayQueueSensor* sensor)
 {
-    Queues& q = queues();
-    std::replace(q.immediate.begin() + static_cast<std::ptrdiff_t>(q.next), q.immediate.end(),
-                 sensor, static_cast<SoDelayQueueSensor*>(nullptr));
+    {
+        const Guard guard(manager().mutex);
+        if (sensor->m_queues) {
+            SoSensorQueues::drop(sensor);
+            return;
+        }
+    }
+    Immediate& i = immediate();
+    if (sensor->m_ticket < i.queue.size() && i.queue[sensor->m_ticket] == sensor)
+        i.queue[sensor->m_ticket] = nullptr;
+    sensor->m_scheduled.store(false, std::memory_order_relaxed);
     sensor->m_again = false;
-    const auto drop = [sensor](auto& queue) {
-        for (auto at = queue.begin(); at != queue.end(); ++at)
-            if (at->second == sensor) {
-                queue.erase(at);
-                return;
-            }
-    };
-    const DelayKey key{sensor->getPriority(), sensor->m_ticket};
-    auto& queue = sensor->isIdleOnly() ? q.idle : q.delay;
-    const auto at = queue.find(key);
-    if (at != queue.end() && at->second == sensor)
-        queue.erase(at);
-    else
-        drop(queue); // its priority was changed while it waited
 }
 
-void SoSensorManager::insert(SoTimerQueueSensor* sensor)
+void SoSensorManager::insert(SoTimerQueueSensor* sensor, const SbTime& when)
 {
-    queues().timers.emplace(sensor->getTriggerTime().getValue(), sensor);
-    tellChanged();
+    Manager& m = manager();
+    bool isApplications = false;
+    {
+        const Guard guard(m.mutex);
+        if (sensor->m_queues)
+            SoSensorQueues::drop(sensor); // another thread was faster
+        sensor->m_time = when;
+        SoSensorQueues& queues = queuesFor(sensor->m_owner);
+        queues.add(sensor, m.ticket++);
+        isApplications = &queues == &m.application;
+    }
+    if (isApplications)
+        tellChanged();
 }
 
 void SoSensorManager::remove(SoTimerQueueSensor* sensor)
 {
-    queues().timers.erase({sensor->getTriggerTime().getValue(), sensor});
+    const Guard guard(manager().mutex);
+    if (sensor->m_queues)
+        SoSensorQueues::drop(sensor);
 }

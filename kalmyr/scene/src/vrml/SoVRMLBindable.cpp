@@ -4,35 +4,165 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/core/SoRecursiveRWLock.h>
+#include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLLOD.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 #include <kalmyr/vrml/SoVRMLSwitch.h>
 
+#include "core/Threads.h"
+
 #include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
+using kalmyr::detail::sceneLock;
+using kalmyr::detail::threadNumber;
+
 namespace {
 
+/// Somebody who is told in the thread that added it: of what others bind there, later.
 struct Listener {
     SoVRMLBindable::BoundCallback* function;
     void* data;
-    bool operator==(const Listener&) const = default;
+    std::uint32_t thread;
+    SoOneShotSensor later;
+    std::vector<SoRef<SoVRMLBindable>> bound; ///< by other threads, not told yet
+
+    Listener(SoVRMLBindable::BoundCallback* f, void* d)
+        : function(f), data(d), thread(threadNumber()), later(&tellLater, this)
+    {
+    }
+    static void tellLater(void* self, SoSensor*);
+};
+
+/// A node on a stack, and the thread that owns its graph; 0 where the write lock guards it.
+struct Stacked {
+    SoVRMLBindable* node; // Not owned; it goes when it dies.
+    SoType type;
+    std::uint32_t owner;
 };
 
 /// The stacks of all worlds in one, since nodes may be put under another root at any time; which
-/// world they are of is looked up. Few nodes are ever bound.
+/// world they are of is looked up. Few nodes are ever bound. Which nodes a thread may look at is
+/// written beside them: those of others may be changing.
 struct Stacks {
-    std::vector<SoVRMLBindable*> nodes; // Not owned; they go when they die. The last is on top.
-    std::vector<Listener> listeners;
-    SoOneShotSensor settleLater;
+    std::mutex mutex;
+    std::vector<Stacked> nodes; // The last is on top.
+    std::vector<std::shared_ptr<Listener>> listeners;
 };
 
 Stacks& stacks()
 {
     static auto* s = new Stacks; // nodes may outlive statics
     return *s;
+}
+
+/// Owner of what this thread edits now.
+std::uint32_t ownerNow()
+{
+    return kalmyr::detail::isOnlyThread() || kalmyr::detail::isEditingShared() ? 0 : threadNumber();
+}
+
+/// The stacked nodes of a type that this thread may look at, as long as this object lives. While
+/// another thread edits, what this one reads without the lock is its own.
+class Visible {
+public:
+    explicit Visible(SoType type)
+    {
+        const auto fits = [type](const Stacked& one) { return type.isBad() || one.type == type; };
+        if (hasAny([&](const Stacked& one) { return one.owner == 0 && fits(one); }))
+            m_guardsShared = sceneLock().tryReadLock();
+        const std::scoped_lock lock(stacks().mutex);
+        for (const Stacked& one : stacks().nodes) {
+            const bool isOwn = one.owner != 0 && one.owner == threadNumber();
+            const bool isShared = one.owner == 0 && m_guardsShared;
+            if ((isOwn || isShared) && fits(one))
+                m_nodes.push_back(one.node);
+        }
+    }
+    ~Visible()
+    {
+        if (m_guardsShared)
+            sceneLock().readUnlock();
+    }
+    Visible(const Visible&) = delete;
+    Visible& operator=(const Visible&) = delete;
+
+    const std::vector<SoVRMLBindable*>& nodes() const { return m_nodes; }
+
+private:
+    template <class Test>
+    static bool hasAny(Test test)
+    {
+        const std::scoped_lock lock(stacks().mutex);
+        const auto& nodes = stacks().nodes;
+        return std::any_of(nodes.begin(), nodes.end(), test);
+    }
+
+    bool m_guardsShared = false;
+    std::vector<SoVRMLBindable*> m_nodes;
+};
+
+void push(SoVRMLBindable* node)
+{
+    const std::scoped_lock lock(stacks().mutex);
+    stacks().nodes.push_back({node, node->getTypeId(), ownerNow()});
+}
+
+void take(const SoVRMLBindable* node)
+{
+    const std::scoped_lock lock(stacks().mutex);
+    std::erase_if(stacks().nodes, [node](const Stacked& one) { return one.node == node; });
+}
+
+/// What a thread bound in its own graphs is found by all from now on.
+void handOverStacks(kalmyr::detail::HandOver)
+{
+    const std::scoped_lock lock(stacks().mutex);
+    for (Stacked& one : stacks().nodes)
+        if (one.owner == threadNumber())
+            one.owner = 0;
+}
+
+std::vector<std::shared_ptr<Listener>> listenersNow()
+{
+    const std::scoped_lock lock(stacks().mutex);
+    return stacks().listeners;
+}
+
+/// Null once it was removed.
+std::shared_ptr<Listener> findListener(const void* one)
+{
+    for (const auto& listener : listenersNow())
+        if (listener.get() == one)
+            return listener;
+    return nullptr;
+}
+
+void Listener::tellLater(void* self, SoSensor* sensor)
+{
+    const kalmyr::detail::SharedEdit edit(SoSensorManager::isApplicationThread());
+    if (!edit) {
+        sensor->schedule(); // somebody reads
+        return;
+    }
+    std::vector<SoRef<SoVRMLBindable>> nodes;
+    const std::shared_ptr<Listener> listener = findListener(self);
+    {
+        const std::scoped_lock lock(stacks().mutex);
+        nodes.swap(listener->bound);
+    }
+    for (const auto& node : nodes) {
+        if (!findListener(self))
+            return; // whoever was told before has removed it
+        if (node->isBound.getValue())
+            listener->function(listener->data, node.get());
+    }
 }
 
 const SoNode* holderOf(const SoAuditorList::Entry& entry)
@@ -93,6 +223,30 @@ Rank rankOf(const SoPath& path)
 
 SO_NODE_SOURCE(SoVRMLBindable)
 
+/// Binds what comes next after a bound node has died. Deletes itself.
+class SoVRMLBindable::SettleLater {
+public:
+    SettleLater() : m_sensor(&run, this)
+    {
+        m_sensor.setPartOfGraph();
+        m_sensor.schedule();
+    }
+
+private:
+    static void run(void* self, SoSensor* sensor)
+    {
+        const kalmyr::detail::SharedEdit edit(SoSensorManager::isApplicationThread());
+        if (!edit) {
+            sensor->schedule();
+            return;
+        }
+        delete static_cast<SettleLater*>(self);
+        settleAll();
+    }
+
+    SoOneShotSensor m_sensor;
+};
+
 SoVRMLBindable::SoVRMLBindable()
     : m_sensor([](void* self, SoSensor*) { static_cast<SoVRMLBindable*>(self)->bindOrRelease(); },
                this)
@@ -109,18 +263,16 @@ SoVRMLBindable::~SoVRMLBindable()
     m_sensor.detach();
     if (!m_isStacked)
         return;
-    Stacks& s = stacks();
-    std::erase(s.nodes, this);
+    take(this);
     // What is bound next cannot be told while this one goes.
-    if (isBound.getValue()) {
-        s.settleLater.setFunction([](void*, SoSensor*) { settleAll(); });
-        s.settleLater.schedule();
-    }
+    if (isBound.getValue() && !Visible(SoType()).nodes().empty())
+        new SettleLater;
 }
 
 void SoVRMLBindable::initClass()
 {
     SO_NODE_INIT_ABSTRACT_CLASS(SoVRMLBindable, SoNode, "VRMLBindable");
+    kalmyr::detail::addHandOver(&handOverStacks);
 }
 
 void SoVRMLBindable::copyContents(const SoNode* from, SoNodeCopier& copier)
@@ -132,21 +284,19 @@ void SoVRMLBindable::copyContents(const SoNode* from, SoNodeCopier& copier)
 
 SoVRMLBindable* SoVRMLBindable::getBound(const SoNode* node, SoType type)
 {
-    const SoNode* world = node ? worldOf(node) : nullptr;
-    const auto& nodes = stacks().nodes;
-    const auto found = std::find_if(nodes.rbegin(), nodes.rend(), [&](const auto* one) {
-        return one->getTypeId() == type && worldOf(one) == world;
-    });
+    const Visible visible(type);
+    const auto& nodes = visible.nodes();
+    if (!node || nodes.empty())
+        return nullptr;
+    const SoNode* world = worldOf(node);
+    const auto found = std::find_if(nodes.rbegin(), nodes.rend(),
+                                    [&](const auto* one) { return worldOf(one) == world; });
     return found == nodes.rend() ? nullptr : *found;
 }
 
 bool SoVRMLBindable::isInForce() const
 {
-    const auto& nodes = stacks().nodes;
-    const bool isAlone = std::none_of(nodes.begin(), nodes.end(), [this](const auto* one) {
-        return one->getTypeId() == getTypeId();
-    });
-    if (isAlone || isBound.getValue())
+    if (isBound.getValue())
         return true;
     const SoVRMLBindable* bound = getBound(this, getTypeId());
     return !bound || bound == this;
@@ -167,12 +317,11 @@ void SoVRMLBindable::bindOrRelease()
     if (getRefCount() == 0 || !m_cascade.mayReact())
         return;
     const SoRef<SoVRMLBindable> self(this); // whoever is told may drop us
-    std::vector<SoVRMLBindable*>& nodes = stacks().nodes;
     if (!on && !m_isStacked)
         return;
-    std::erase(nodes, this);
+    take(this);
     if (on)
-        nodes.push_back(this);
+        push(this);
     m_isStacked = on;
     if (!on)
         tellBound(false);
@@ -182,9 +331,12 @@ void SoVRMLBindable::bindOrRelease()
 void SoVRMLBindable::settle(const SoNode* world, SoType type)
 {
     std::vector<SoRef<SoVRMLBindable>> others;
-    for (SoVRMLBindable* one : stacks().nodes)
-        if (one->getTypeId() == type && worldOf(one) == world)
-            others.emplace_back(one);
+    {
+        const Visible visible(type);
+        for (SoVRMLBindable* one : visible.nodes())
+            if (worldOf(one) == world)
+                others.emplace_back(one);
+    }
     if (others.empty())
         return;
     const SoRef<SoVRMLBindable> top = others.back();
@@ -200,8 +352,11 @@ void SoVRMLBindable::settle(const SoNode* world, SoType type)
 void SoVRMLBindable::settleAll()
 {
     std::vector<std::pair<const SoNode*, SoType>> done;
-    const auto& nodes = stacks().nodes;
-    const std::vector<SoRef<SoVRMLBindable>> all(nodes.begin(), nodes.end());
+    std::vector<SoRef<SoVRMLBindable>> all;
+    {
+        const Visible visible{SoType()};
+        all.assign(visible.nodes().begin(), visible.nodes().end());
+    }
     for (const auto& one : all) {
         const std::pair key(worldOf(one.get()), one->getTypeId());
         if (std::find(done.begin(), done.end(), key) != done.end())
@@ -219,9 +374,18 @@ void SoVRMLBindable::tellBound(bool on)
     isBound = on;
     if (!on)
         return;
-    const std::vector<Listener> listeners = stacks().listeners;
-    for (const Listener& one : listeners)
-        one.function(one.data, this);
+    for (const auto& one : listenersNow()) {
+        if (one->thread == threadNumber()) {
+            if (findListener(one.get()))
+                one->function(one->data, this);
+        } else if (kalmyr::detail::isEditingShared()) {
+            {
+                const std::scoped_lock lock(stacks().mutex);
+                one->bound.emplace_back(this);
+            }
+            one->later.schedule();
+        }
+    }
 }
 
 void SoVRMLBindable::bindFirst(SoNode* world)
@@ -250,10 +414,19 @@ void SoVRMLBindable::bindFirst(SoNode* world)
 
 void SoVRMLBindable::addBoundCallback(BoundCallback* function, void* data)
 {
-    stacks().listeners.push_back({function, data});
+    auto listener = std::make_shared<Listener>(function, data);
+    const std::scoped_lock lock(stacks().mutex);
+    stacks().listeners.push_back(std::move(listener));
 }
 
 void SoVRMLBindable::removeBoundCallback(BoundCallback* function, void* data)
 {
-    std::erase(stacks().listeners, Listener{function, data});
+    std::vector<std::shared_ptr<Listener>> removed; // they let go of nodes
+    const std::scoped_lock lock(stacks().mutex);
+    auto& all = stacks().listeners;
+    const auto end = std::stable_partition(all.begin(), all.end(), [&](const auto& one) {
+        return one->function != function || one->data != data;
+    });
+    removed.assign(end, all.end());
+    all.erase(end, all.end());
 }

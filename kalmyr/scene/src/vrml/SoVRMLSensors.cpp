@@ -2,7 +2,10 @@
 
 #include <kalmyr/actions/SoHandleEventAction.h>
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
+
+#include "core/Threads.h"
 
 #include <cmath>
 
@@ -115,6 +118,7 @@ SoVRMLTimeSensor::SoVRMLTimeSensor()
     : m_timer([](void* self, SoSensor*) { static_cast<SoVRMLTimeSensor*>(self)->tick(); }, this)
 {
     SO_NODE_CONSTRUCTOR(SoNode);
+    m_timer.setPartOfGraph();
     SO_VRML_EXPOSED(cycleInterval, (1.0));
     SO_VRML_EXPOSED(enabled, (true));
     SO_VRML_EXPOSED(loop, (false));
@@ -221,6 +225,9 @@ void SoVRMLTimeSensor::run(double now)
 
 void SoVRMLTimeSensor::tick()
 {
+    const kalmyr::detail::SharedEdit edit(SoSensorManager::isApplicationThread());
+    if (!edit)
+        return; // somebody reads; the next tick comes soon
     const double now = SbTime::getTimeOfDay().getValue();
     // Whoever is told may drop us.
     const SoRef<SoVRMLTimeSensor> self(getRefCount() > 0 ? this : nullptr);

@@ -13,6 +13,11 @@
 /// There is one from the start, `realTime` (SFTime): the time of day. It ticks, driven by
 /// the timer queue, only while some field or sensor listens to it; otherwise it holds the time of
 /// the last find().
+///
+/// Threads: every thread finds a `realTime` of its own, which its sensor queues drive, and fields
+/// that are connected from any `realTime` follow the one of the thread that connects them. It
+/// passes to the application with the graphs that follow it; see SoSensorManager. All other global
+/// fields are shared: whoever sets one or follows one needs the database's write lock.
 class KALMYR_API SoGlobalField : public SoFieldContainer {
 public:
     static SoType getClassTypeId();
@@ -29,7 +34,8 @@ public:
     /// Removes a field; those who follow it keep their value. `realTime` cannot be removed.
     static bool remove(const SbName& name);
 
-    /// Time between ticks of `realTime`, 1/60 s at first. With zero it does not tick.
+    /// Time between ticks of `realTime`, 1/60 s at first. With zero, less or no number it does not
+    /// tick. For the application's thread.
     static void setRealTimeInterval(const SbTime& interval);
     static SbTime getRealTimeInterval();
 

@@ -74,11 +74,12 @@ public:
     /// guarded inside. Paths and other results that lead into the graph go before the lock is given
     /// up. Everything that changes a shared graph needs the write lock: fields, children,
     /// connections, sensors that are attached or detached. A graph that only one thread knows needs
-    /// no lock, while it is made or read from a file, say; it is handed over under the write lock.
+    /// no lock, whatever it is made of; it is handed over under the write lock: what the thread
+    /// keeps beside its graphs passes to the application when it gives the lock up.
     ///
-    /// Sensors of priority 0 run in the thread that edits. Whoever processes the queues of the
-    /// others holds the read lock meanwhile, if graphs are edited in other threads, as the Qt
-    /// binding does. Actions that draw stay in one thread.
+    /// Sensors of priority 0 run in the thread that edits; where the others run, SoSensorManager
+    /// tells. Whoever processes their queues holds the read lock meanwhile, if graphs are edited in
+    /// other threads, as the Qt binding does. Actions that draw stay in one thread.
     static void readlock();
     /// False when the lock cannot be had within that time; zero: without waiting.
     [[nodiscard]] static bool tryReadlock(const SbTime& patience = SbTime::zero());

@@ -68,9 +68,10 @@ public:
     /// there is no such part. As getPart(), but for private parts as well when they exist.
     SoPath* createPathToPart(const SbString& name, bool makeIfNeeded = true);
 
-    /// Whether searches look at the parts of kits. Off at first. Searches for everything always do.
-    static void setSearchingChildren(bool on) { s_searchingChildren = on; }
-    static bool isSearchingChildren() { return s_searchingChildren; }
+    /// Whether searches of the calling thread look at the parts of kits. Off at first. Searches for
+    /// everything always do.
+    static void setSearchingChildren(bool on);
+    static bool isSearchingChildren();
 
     SoChildList* getInternalChildren() const override { return &m_children; }
     bool affectsState() const override;
@@ -124,5 +125,4 @@ private:
     std::vector<SoNode*> m_placed; ///< by part number: what stands in the kit's graph; not owned
     /// Parts that others took out; not owned, only compared.
     std::vector<std::pair<int, const SoNode*>> m_lost;
-    static bool s_searchingChildren;
 };

@@ -5,6 +5,8 @@
 #include <kalmyr/core/SoNotification.h>
 #include <kalmyr/sensors/SoDelayQueueSensor.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 class SoField;
@@ -16,8 +18,9 @@ class SoPath;
 /// request the path from the watched node to the change.
 ///
 /// A sensor of priority 0 reports every change, in order. One that waits in the queue reports the
-/// last of several changes before its turn. The reported pointers are valid inside the callback. A
-/// sensor keeps the container and child that it is still to report alive.
+/// last of several changes before its turn. A sensor keeps the container and child that it is still
+/// to report alive, and lets go of what it has reported: what the getters tell is valid inside the
+/// callback, and nothing (null, UNSPECIFIED, -1) outside.
 class KALMYR_API SoDataSensor : public SoDelayQueueSensor, public SoAuditor {
 public:
     explicit SoDataSensor(SoSensorCB* function = nullptr, void* data = nullptr);
@@ -47,7 +50,7 @@ public:
 
 protected:
     void forgetTrigger();
-    /// True once a change has been recorded since the sensor was attached.
+    /// True while a change is being reported.
     bool isRecorded() const { return m_record.container || m_record.field; }
 
 private:
@@ -67,9 +70,16 @@ private:
     /// Forgets what was not to be held: it may be gone when its turn comes.
     static void dropWhatMayDie(Record& record);
 
+    /// What has happened to the sensor inside its callback.
+    enum class Fate : std::uint8_t { KEPT, FORGOTTEN, GONE };
+    bool isAnyWaiting() const { return m_nextWaiting < m_waiting.size(); }
+    Record takeWaiting();
+
     SoSensorCB* m_deleteFunction = nullptr;
     void* m_deleteData = nullptr;
-    Record m_record;
-    std::vector<Record> m_waiting; ///< changes not yet reported by a sensor of priority 0
+    Record m_record;               ///< being reported
+    std::vector<Record> m_waiting; ///< changes to report; only the last when it waits in a queue
+    std::size_t m_nextWaiting = 0;
+    Fate* m_fate = nullptr; ///< of the innermost callback under way
     bool m_wantsPath = false;
 };

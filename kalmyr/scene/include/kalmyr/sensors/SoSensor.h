@@ -9,8 +9,8 @@ using SoSensorCB = void(void* data, SoSensor* sensor);
 
 /// Something that calls back when an event happens: a change of data, or a time.
 ///
-/// Sensors belong to the thread that processes the queues. A sensor may be detached, re-attached
-/// or deleted inside any callback, its own included.
+/// A sensor may be detached, re-attached or deleted inside any callback, its own included. In which
+/// thread it calls back: SoSensorManager.
 class KALMYR_API SoSensor {
 public:
     explicit SoSensor(SoSensorCB* function = nullptr, void* data = nullptr)

@@ -3,21 +3,37 @@
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/sensors/SoSensor.h>
 
+#include <atomic>
+#include <cstdint>
+
+struct SoSensorQueues;
+
 /// A sensor triggered at a time: the timer queue's common part.
 class KALMYR_API SoTimerQueueSensor : public SoSensor {
 public:
-    using SoSensor::SoSensor;
+    explicit SoTimerQueueSensor(SoSensorCB* function = nullptr, void* data = nullptr);
     ~SoTimerQueueSensor() override;
 
     const SbTime& getTriggerTime() const { return m_time; }
     void unschedule() override;
-    bool isScheduled() const override { return m_scheduled; }
+    bool isScheduled() const override { return m_scheduled.load(std::memory_order_relaxed); }
+
+    /// For a sensor that is part of a node: it belongs to whoever owns the graph, not to the thread
+    /// that made it.
+    void setPartOfGraph() { m_owner = 0; }
 
 protected:
     friend class SoSensorManager;
+    /// Broken contract, with the sensor left unscheduled: a time that is no number.
     void enqueue(const SbTime& when);
     SbTime m_time;
-    bool m_scheduled = false;
+
+private:
+    friend struct SoSensorQueues;
+    std::uint32_t m_owner; ///< number of the thread; 0 for that of the graph
+    std::atomic<bool> m_scheduled{false};
+    SoSensorQueues* m_queues = nullptr; ///< where it waits
+    std::uint64_t m_ticket = 0;         ///< order among equal times
 };
 
 /// Triggers once at a set time.
@@ -36,9 +52,10 @@ private:
 class KALMYR_API SoTimerSensor final : public SoTimerQueueSensor {
 public:
     using SoTimerQueueSensor::SoTimerQueueSensor;
-    void setInterval(const SbTime& interval) { m_interval = interval; }
+    /// The interval must be above zero; else it stays what it was.
+    void setInterval(const SbTime& interval);
     const SbTime& getInterval() const { return m_interval; }
-    void schedule() override { enqueue(SbTime::getTimeOfDay() + m_interval); }
+    void schedule() override;
     void trigger() override;
 
 private:

@@ -33,7 +33,10 @@ public:
     bool isInForce() const;
     bool isInWorldOf(const SoNode* other) const;
 
-    /// Called when a node has become bound, inside the call that did it.
+    /// Called when a node has become bound, in the thread that added the callback: inside the call
+    /// that did it, or, for what another thread did under the write lock, when its sensors are
+    /// served next and if the node is still bound. What other threads do in graphs of their own
+    /// is not told.
     using BoundCallback = void(void* data, SoVRMLBindable* node);
     static void addBoundCallback(BoundCallback* function, void* data);
     static void removeBoundCallback(BoundCallback* function, void* data);
@@ -48,6 +51,7 @@ protected:
     virtual void boundChanged(SbTime) {}
 
 private:
+    class SettleLater;
     void bindOrRelease();
     void tellBound(bool on);
     static void settle(const SoNode* world, SoType type);
