@@ -128,7 +128,7 @@ struct FlatGraph {
     void edit()
     {
         const int at = pick(root->getNumChildren());
-        switch (pick(12)) {
+        switch (pick(16)) {
         case 0:
             root->insertChild(part(new Mover(place())), at);
             break;
@@ -146,6 +146,16 @@ struct FlatGraph {
             break;
         case 4:
             moveSome(2000);
+            break;
+        case 5:
+        case 6:
+        case 7: // several in a row, one of them there already
+            for (int i = pick(20); i > 0; --i)
+                root->addChild(i == 3 ? root->getChild(at) : part(new Mover(place())));
+            break;
+        case 8: // the last one moves those that come later
+            if (pick(4) == 0)
+                root->addChild(new Mover(place()));
             break;
         default:
             moveSome(1 + pick(3));

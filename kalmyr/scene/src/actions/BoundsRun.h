@@ -29,6 +29,18 @@ public:
         } while (m_levels.back().size() > 1);
     }
 
+    /// One more box stands at the end; exchanged() is to be called for it.
+    void extend()
+    {
+        std::size_t below = ++m_count;
+        for (auto& level : m_levels) {
+            below = (below + kFan - 1) / kFan;
+            level.resize(below);
+        }
+        if (below > 1)
+            m_levels.emplace_back(1);
+    }
+
     template <class BoxAt>
     void exchanged(std::size_t place, const BoxAt& boxAt)
     {
@@ -65,6 +77,7 @@ struct BoundsRun {
     bool broken = false; ///< more changed than can be told one by one
     BoxTree boxes;
     std::vector<std::pair<const SoNode*, int>> places; ///< sorted; a child may stand at several
+    std::vector<std::pair<const SoNode*, int>> added;  ///< the same, of children that came later
     std::vector<const SoNode*> changed;                ///< since the box was right
 
     /// More, and going through all children is as good.
@@ -79,13 +92,26 @@ struct BoundsRun {
             changed.push_back(child);
     }
 
-    /// First and behind last of the places of a child.
-    auto placesOf(const SoNode* child) const
+    /// A child came last.
+    void append(const SoNode* child)
     {
-        const auto begin = std::lower_bound(places.begin(), places.end(), std::pair{child, 0});
-        return std::pair{begin, std::find_if(begin, places.end(), [child](const auto& place) {
-                             return place.first != child;
-                         })};
+        note(child);
+        broken = broken || added.size() == kMaxChanged;
+        if (broken)
+            return;
+        added.emplace_back(child, numChildren++);
+        boxes.extend();
+    }
+
+    /// Appends the places of a child.
+    void collectPlaces(const SoNode* child, std::vector<int>& out) const
+    {
+        for (auto at = std::lower_bound(places.begin(), places.end(), std::pair{child, 0});
+             at != places.end() && at->first == child; ++at)
+            out.push_back(at->second);
+        for (const auto& [node, place] : added)
+            if (node == child)
+                out.push_back(place);
     }
 };
 

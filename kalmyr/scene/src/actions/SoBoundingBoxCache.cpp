@@ -6,6 +6,7 @@
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoState.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
 #include "actions/BoundsRun.h"
 
@@ -64,6 +65,14 @@ SbBox3f intersection(const SbBox3f& a, const SbBox3f& b)
             return a;
     }
     return {low, high};
+}
+
+/// The owner's list of children became longer, and not the list of nodes in one of its fields.
+bool isAppendedChild(const SoNotification& notification)
+{
+    return notification.kind == SoNotification::CHILD_ADDED
+           && (!notification.field
+               || static_cast<const SoMNodeField*>(notification.field)->isBound());
 }
 
 } // namespace
@@ -198,6 +207,8 @@ void SoBoundingBoxCache::noteInRun(const SoNotification& notification)
     // Without a link below the change is the owner's own: its fields or its list of children.
     if (notification.chain)
         m_run->note(static_cast<const SoNode*>(notification.chain->container));
+    else if (isAppendedChild(notification) && !notification.child->affectsState())
+        m_run->append(notification.child);
     else
         m_run->broken = true;
 }

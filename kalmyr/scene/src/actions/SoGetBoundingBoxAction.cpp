@@ -147,11 +147,8 @@ bool SoGetBoundingBoxAction::addRun(const SoChildList& children,
             cache ? cache->findRun(first, children, key) : nullptr;
         if (!run || !isPlain())
             return false;
-        for (const SoNode* child : run->changed) {
-            const auto [begin, end] = run->placesOf(child);
-            for (auto at = begin; at != end; ++at)
-                changed.push_back(at->second);
-        }
+        for (const SoNode* child : run->changed)
+            run->collectPlaces(child, changed);
     }
     bool holds = true;
     for (const int i : changed)
