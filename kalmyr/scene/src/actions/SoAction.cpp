@@ -9,6 +9,8 @@
 
 #include "core/StackSwitch.h"
 
+#include <algorithm>
+
 namespace {
 
 SoType s_actionType;
@@ -72,6 +74,9 @@ void SoAction::run(SoNode* root, const SoPath* path)
     m_terminated = false;
     m_tailReported = false;
     m_numVisits = 0;
+    m_lowest = 0;
+    m_listed.clear();
+    m_onWay.clear();
     m_stackLimit = kalmyr::detail::stackLimit();
     beginTraversal(root);
     if (!m_terminated)
@@ -102,7 +107,7 @@ void SoAction::visit(SoNode* node, int index)
         return giveUp();
     m_stack.push_back({node, index});
     m_methods->get(node->getTypeId())(this, node);
-    m_stack.pop_back();
+    leave();
 }
 
 void SoAction::giveUp()
@@ -163,7 +168,7 @@ void SoAction::visitWithMode(SoNode* node, int index)
     if (isTail)
         reportTail();
     m_pathMode = modeBefore;
-    m_stack.pop_back();
+    leave();
 }
 
 void SoAction::act(SoNode* node)
@@ -214,6 +219,25 @@ bool SoAction::isOnPath(int& nextChild) const
         return false;
     nextChild = m_path->getIndex(depth);
     return true;
+}
+
+bool SoAction::isOnWay(const SoNode* node)
+{
+    constexpr std::size_t kShort = 32;
+    if (m_stack.size() <= kShort)
+        return std::any_of(m_stack.begin(), m_stack.end(),
+                           [node](const Place& place) { return place.node == node; });
+    for (; m_listed.size() > m_lowest; m_listed.pop_back()) {
+        const auto at = m_onWay.find(m_listed.back());
+        if (--at->second == 0)
+            m_onWay.erase(at);
+    }
+    for (std::size_t i = m_listed.size(); i < m_stack.size(); ++i) {
+        m_listed.push_back(m_stack[i].node);
+        ++m_onWay[m_stack[i].node];
+    }
+    m_lowest = m_stack.size();
+    return m_onWay.count(node) > 0;
 }
 
 SoPath* SoAction::getCurPath() const

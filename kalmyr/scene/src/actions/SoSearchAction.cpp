@@ -204,7 +204,8 @@ void SoSearchAction::searchFieldNode(SoNode* container, SoNode* node)
 {
     if (!node || hasTerminated())
         return;
-    if (isAbove(node)) {
+    // Fields of scripts may name nodes above their own: do not go round in circles.
+    if (isOnWay(node)) {
         dependsOnPlace();
         return;
     }
@@ -213,14 +214,4 @@ void SoSearchAction::searchFieldNode(SoNode* container, SoNode* node)
         m_searchingAll ? container->getInternalChildren() : container->getChildren();
     if (!children || children->find(node) < 0)
         traverse(node, -1);
-}
-
-bool SoSearchAction::isAbove(const SoNode* node) const
-{
-    // Fields of scripts may name nodes above their own: do not go round in circles.
-    for (int i = 0; i <= getCurDepth(); ++i) {
-        if (getCurNode(i) == node)
-            return true;
-    }
-    return false;
 }

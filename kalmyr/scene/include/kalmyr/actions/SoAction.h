@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
 #include <vector>
 
 class SoAction;
@@ -144,6 +145,9 @@ protected:
     void setPathUse(PathUse use) { m_pathUse = use; }
     virtual void tailReached() {}
 
+    /// Whether `node` is the present node or one on the way to it. Constant amortised time.
+    bool isOnWay(const SoNode* node);
+
     /// The default entry of most tables: node->doAction(action).
     static void callDoAction(SoAction* action, SoNode* node);
 
@@ -152,6 +156,12 @@ private:
         SoNode* node;
         int index;
     };
+    void leave()
+    {
+        m_stack.pop_back();
+        if (m_stack.size() < m_lowest)
+            m_lowest = m_stack.size();
+    }
     void run(SoNode* root, const SoPath* path);
     void visit(SoNode* node, int index);
     void giveUp();
@@ -164,6 +174,9 @@ private:
 
     std::unique_ptr<SoState> m_state;
     std::vector<Place> m_stack;
+    std::size_t m_lowest = 0;      ///< length of the stack's part that stood since m_listed
+    std::vector<SoNode*> m_listed; ///< nodes of the stack that are in m_onWay
+    std::unordered_map<const SoNode*, int> m_onWay; ///< with how often they are on the way
     const SoActionMethods* m_methods = nullptr;
     const SoPath* m_path = nullptr;     // Not owned; held while applied.
     const char* m_stackLimit = nullptr; ///< the traversal changes stacks below this address

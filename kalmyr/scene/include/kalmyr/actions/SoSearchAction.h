@@ -83,7 +83,6 @@ private:
     void searchEverywhereBelow(SoNode* node);
     void searchField(SoNode* container, SoField* field);
     void searchFieldNode(SoNode* container, SoNode* node);
-    bool isAbove(const SoNode* node) const;
 
     SoNode* m_node = nullptr; // Not owned, only compared.
     SoType m_type;
