@@ -119,14 +119,19 @@ void SoAuditorList::removeFromMany(SoAuditor* auditor)
     }
 }
 
-void SoAuditorList::notifyMany(SoNotification& notification) const
+bool SoAuditorList::notifyMany(SoNotification& notification) const
 {
+    bool anyListens = false;
     m_many->settle();
     // Walks must not edit the graph, and what runs on one only queues itself, so the list stands
     // still here; counting down keeps a list that shrinks all the same within its bounds.
-    for (auto i = m_many->entries.size(); m_many && i-- > 0;)
-        if (i < m_many->entries.size())
-            m_many->entries[i].auditor->auditedChanged(notification);
+    for (auto i = m_many->entries.size(); m_many && i-- > 0;) {
+        if (i >= m_many->entries.size())
+            continue;
+        anyListens = anyListens || !holds(m_many->entries[i].type);
+        m_many->entries[i].auditor->auditedChanged(notification);
+    }
+    return anyListens;
 }
 
 void SoAuditorList::announceDeath()

@@ -1,5 +1,7 @@
 #include <kalmyr/core/SoBase.h>
 
+#include <kalmyr/core/SoNotification.h>
+
 #include <kalmyr/base/SbPointerMap.h>
 #include <kalmyr/base/SbString.h>
 
@@ -74,6 +76,11 @@ SoType SoBase::getClassTypeId()
 void SoBase::initClass()
 {
     s_baseType = SoType::createType(SoType::badType(), SbName("Base"));
+}
+
+void SoBase::listenerAdded()
+{
+    SoNotification::repeatWalks();
 }
 
 SoBase::~SoBase()

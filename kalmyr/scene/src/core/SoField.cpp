@@ -167,8 +167,10 @@ void SoField::notifyChange(SoNotification& notification)
 
 void SoField::pass(SoNotification& notification)
 {
-    if (m_extra)
+    if (m_extra) {
         m_extra->auditors.notify(notification);
+        notification.heard = notification.heard || m_extra->auditors.getLength() > 0;
+    }
     if (m_container)
         m_container->notify(notification);
 }
@@ -242,6 +244,7 @@ void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)
     SoAuditorList& auditors = extra().auditors;
     const bool first = auditors.getLength() == 0;
     auditors.append(auditor, type);
+    SoNotification::repeatWalks(); // of what the field holds
     if (first && m_container)
         m_container->listenersChanged(this);
 }

@@ -173,7 +173,30 @@ bool SoFieldContainer::enableNotify(bool on)
 {
     const bool was = m_notifyEnabled;
     m_notifyEnabled = on;
+    if (on && !was)
+        SoNotification::repeatWalks(); // those that ended here meanwhile
     return was;
+}
+
+std::uint64_t SoFieldContainer::getChangeId() const
+{
+    SoNotification::repeatWalks();
+    return m_changeId;
+}
+
+void SoFieldContainer::joinHolder(SoFieldContainer* holder, const SoField* field)
+{
+    if (holder)
+        holder->m_holds = true;
+    if (!isUnheard())
+        return;
+    const bool isWatched = field && field->getAuditors().getLength() > 0;
+    if (!isWatched && (!holder || holder->isUnheard()))
+        return;
+    m_unheard = false;
+    // Walks that begin below would end below.
+    if (m_holds)
+        SoNotification::repeatWalks();
 }
 
 void SoFieldContainer::touch()
@@ -185,6 +208,7 @@ void SoFieldContainer::touch()
 
 void SoFieldContainer::notify(SoNotification& notification)
 {
+    notification.heard = true; // by whatever this is
     if (m_changeId == notification.stamp)
         return;
     m_changeId = notification.stamp;

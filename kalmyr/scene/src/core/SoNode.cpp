@@ -10,7 +10,10 @@
 #include "core/CacheLock.h"
 #include "core/NodeFields.h"
 
+#include <cstddef>
+#include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -115,6 +118,88 @@ SoNode::~SoNode()
         netNames().erase(this);
     }
     SoForeignFields::forget(this);
+}
+
+namespace {
+
+/// The links of a walk. Most are short; those of a deep graph are taken from the heap, since there
+/// is no end to how many there are.
+class Links {
+public:
+    const SoNotification::Link* add(SoFieldContainer* container, const SoNotification::Link* below)
+    {
+        if (m_next == m_end) [[unlikely]]
+            reserve();
+        *m_next = {container, below};
+        return m_next++;
+    }
+
+private:
+    static constexpr std::size_t kFew = 24;
+    static constexpr std::size_t kMany = 2048;
+
+    void reserve()
+    {
+        m_more.push_back(std::make_unique_for_overwrite<SoNotification::Link[]>(kMany));
+        m_next = m_more.back().get();
+        m_end = m_next + kMany;
+    }
+
+    SoNotification::Link m_few[kFew];
+    SoNotification::Link* m_next = m_few;
+    SoNotification::Link* m_end = m_few + kFew;
+    std::vector<std::unique_ptr<SoNotification::Link[]>> m_more;
+};
+
+/// Tells the auditors of a node. Where that is one child list and nobody else, only returns the
+/// parent, which is to be told next: most graphs are trees, and may be of any depth.
+SoNode* tellHolders(const SoAuditorList& auditors, SoNotification& notification)
+{
+    const SoAuditorList::Entry* only = auditors.getOnly();
+    if (only && only->type == SoAuditor::PARENT) {
+        const auto* list = static_cast<const SoChildList*>(only->auditor);
+        if (!list->isFieldWatched())
+            return list->getParent();
+    }
+    const bool anyListens = auditors.notify(notification);
+    notification.heard = notification.heard || anyListens;
+    return nullptr;
+}
+
+} // namespace
+
+void SoNode::notify(SoNotification& notification)
+{
+    Links links;
+    const SoNotification::Link* const start = notification.chain;
+    const SoNotification::Link* hearing = nullptr; // the uppermost one that must hear everything
+    const bool heardElsewhere = std::exchange(notification.heard, false);
+    for (SoNode* node = this; node;) {
+        const bool mustHear = node->noteChange(notification);
+        if (node->m_changeId == notification.stamp) {
+            notification.heard = mustHear || !node->m_unheard; // it came by another way
+            break;
+        }
+        const bool endsHere = !mustHear && node->isUnheard();
+        node->m_changeId = notification.stamp;
+        if (endsHere)
+            break;
+        node->m_unheard = false; // until it is known
+        if (!node->isNotifyEnabled()) {
+            node->m_unheard = !mustHear;
+            notification.heard = mustHear;
+            break;
+        }
+        notification.chain = links.add(node, notification.chain);
+        if (mustHear)
+            hearing = notification.chain;
+        node = tellHolders(node->getAuditors(), notification);
+    }
+    for (; notification.chain != start; notification.chain = notification.chain->below) {
+        notification.heard = notification.heard || notification.chain == hearing;
+        static_cast<SoNode*>(notification.chain->container)->m_unheard = !notification.heard;
+    }
+    notification.heard = notification.heard || heardElsewhere;
 }
 
 void SoNode::setOverride(bool on)

@@ -32,6 +32,8 @@ struct Deferred {
 };
 
 std::atomic<std::uint64_t> s_stamp{0};
+/// The latest stamp when somebody last asked for an id, or began to listen. Never falls.
+std::atomic<std::uint64_t> s_repeatedUpTo{0};
 /// Asked for by every change, so it is one plain object; what is rarely needed stands aside.
 struct Walks {
     int depth = 0;
@@ -62,6 +64,20 @@ void kalmyr::detail::initNotification()
 std::uint64_t SoNotification::nextStamp()
 {
     return s_stamp.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+void SoNotification::repeatWalks()
+{
+    const std::uint64_t now = s_stamp.load(std::memory_order_relaxed);
+    std::uint64_t before = s_repeatedUpTo.load(std::memory_order_relaxed);
+    while (before < now
+           && !s_repeatedUpTo.compare_exchange_weak(before, now, std::memory_order_relaxed)) {
+    }
+}
+
+bool SoNotification::isRepeated(std::uint64_t stamp)
+{
+    return stamp <= s_repeatedUpTo.load(std::memory_order_relaxed);
 }
 
 bool SoNotification::isWalking()

@@ -73,8 +73,17 @@ void SoPath::listen(bool on, int level)
 
 int SoPath::levelIn(const SoChildList& list) const
 {
+    const auto leads = [&](int i) {
+        return m_indices[static_cast<std::size_t>(i)] >= 0
+               && m_nodes[static_cast<std::size_t>(i) - 1]->getInternalChildren() == &list;
+    };
+    // Comparing addresses is much faster than asking each node; few lists are not their owner's.
+    const auto parent = std::find(m_nodes.begin(), m_nodes.end(), list.getParent());
+    const int level = static_cast<int>(parent - m_nodes.begin()) + 1;
+    if (level < getLength() && leads(level))
+        return level;
     for (int i = 1; i < getLength(); ++i)
-        if (getIndex(i) >= 0 && getNode(i - 1)->getInternalChildren() == &list)
+        if (leads(i))
             return i;
     return 0;
 }

@@ -89,6 +89,7 @@ void SoMNodeField::hold(SoNode* node)
     if (node) {
         node->ref();
         node->addAuditor(this, SoAuditor::FIELD);
+        node->joinHolder(getContainer(), this);
     }
 }
 

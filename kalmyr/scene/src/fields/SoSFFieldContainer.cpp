@@ -5,8 +5,8 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
-#include "NodeHolding.h"
 #include "core/LastRites.h"
+#include "NodeHolding.h"
 
 #include <utility>
 
@@ -33,6 +33,7 @@ void SoSFFieldContainer::initValue(SoFieldContainer* container)
     if (container) {
         container->ref();
         container->addAuditor(this, SoAuditor::FIELD);
+        container->joinHolder(getContainer(), this);
     }
     SoFieldContainer* old = std::exchange(m_held, container);
     if (old) {

@@ -21,6 +21,7 @@ void SoSFNode::initValue(SoNode* node)
     if (node) {
         node->ref();
         node->addAuditor(this, SoAuditor::FIELD);
+        node->joinHolder(getContainer(), this);
     }
     SoNode* old = std::exchange(m_node, node);
     if (old) {

@@ -303,14 +303,14 @@ void SoBaseKit::followEdit(const SoNotification& notification)
     regainPart(part, notification.child);
 }
 
-void SoBaseKit::notify(SoNotification& notification)
+bool SoBaseKit::noteChange(const SoNotification& notification)
 {
     // Also while it arranges itself: immediate sensors edit meanwhile.
     if (notification.kind != SoNotification::UNSPECIFIED)
         followEdit(notification);
     if (notification.container == this && notification.field)
         followField(notification.field);
-    SoNode::notify(notification);
+    return true;
 }
 
 // Traversal, copies and files.

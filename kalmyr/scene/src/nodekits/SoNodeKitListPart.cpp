@@ -223,14 +223,14 @@ void SoNodeKitListPart::followContainer()
         m_children.truncate();
 }
 
-void SoNodeKitListPart::notify(SoNotification& notification)
+bool SoNodeKitListPart::noteChange(const SoNotification& notification)
 {
     // The group may be edited by others than the list.
     if (notification.kind != SoNotification::UNSPECIFIED && notification.container == group())
         m_indexedCount = -1;
     if (notification.container == this && notification.field == &containerNode)
         followContainer();
-    SoNode::notify(notification);
+    return true;
 }
 
 void SoNodeKitListPart::copyContents(const SoNode* from, SoNodeCopier& copier)

@@ -76,7 +76,7 @@ void SoSelection::destroy()
     SoSeparator::destroy();
 }
 
-void SoSelection::notify(SoNotification& notification)
+bool SoSelection::noteChange(const SoNotification& notification)
 {
     if (notification.kind != SoNotification::UNSPECIFIED) {
         const auto isCut = [](const Selected& s) { return s.path->getLength() != s.length; };
@@ -86,7 +86,8 @@ void SoSelection::notify(SoNotification& notification)
         m_selectionId += static_cast<std::uint64_t>(m_paths.end() - cut);
         m_paths.erase(cut, m_paths.end());
     }
-    SoSeparator::notify(notification);
+    SoSeparator::noteChange(notification);
+    return true;
 }
 
 void SoSelection::initClass()

@@ -77,11 +77,11 @@ void SoSeparator::measure(SoGetBoundingBoxAction* action)
     action->close(this, caching ? &m_boxCache : nullptr);
 }
 
-void SoSeparator::notify(SoNotification& notification)
+bool SoSeparator::noteChange(const SoNotification& notification)
 {
     if (m_boxCache)
         m_boxCache->noteChange(notification);
-    SoGroup::notify(notification);
+    return SoGroup::noteChange(notification);
 }
 
 bool SoSeparator::isCulled(SoRayPickAction* action) const

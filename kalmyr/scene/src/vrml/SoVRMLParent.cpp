@@ -66,18 +66,18 @@ void SoVRMLParent::initClass()
     });
 }
 
-void SoVRMLParent::notify(SoNotification& notification)
+bool SoVRMLParent::noteChange(const SoNotification& notification)
 {
     if (m_boxCache)
         m_boxCache->noteChange(notification);
-    SoGroup::notify(notification);
     // A group that nobody holds yet, or that dies, must not be held for a moment.
-    if (notification.container != this || getRefCount() == 0 || !isNotifyEnabled())
-        return;
-    if (notification.field == &addChildren)
-        new Arrival(this, addChildren);
-    else if (notification.field == &removeChildren)
-        new Arrival(this, removeChildren);
+    if (notification.container == this && getRefCount() > 0 && isNotifyEnabled()) {
+        if (notification.field == &addChildren)
+            new Arrival(this, addChildren);
+        else if (notification.field == &removeChildren)
+            new Arrival(this, removeChildren);
+    }
+    return SoGroup::noteChange(notification);
 }
 
 void SoVRMLParent::takeArrivals(SoMFNode& event)

@@ -140,15 +140,15 @@ void SoVRMLTimeSensor::listenersChanged(SoField*)
     runTimer();
 }
 
-void SoVRMLTimeSensor::notify(SoNotification& notification)
+bool SoVRMLTimeSensor::noteChange(const SoNotification& notification)
 {
-    SoNode::notify(notification);
     const SoField* field = notification.container == this ? notification.field : nullptr;
-    if (!field || field->getFieldType() != SoField::EXPOSED)
-        return;
-    if (field == &startTime)
-        m_isMissed = isActive.getValue();
-    runTimer();
+    if (field && field->getFieldType() == SoField::EXPOSED) {
+        if (field == &startTime)
+            m_isMissed = isActive.getValue();
+        runTimer();
+    }
+    return false;
 }
 
 void SoVRMLTimeSensor::copyContents(const SoNode* from, SoNodeCopier& copier)

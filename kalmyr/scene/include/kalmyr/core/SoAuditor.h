@@ -79,14 +79,27 @@ public:
     SoAuditor::Type getType(int i) const { return (*this)[i].type; }
 
     /// Tells every auditor. An auditor may remove itself or others meanwhile; those removed are
-    /// not called, those added are called with the next change.
-    void notify(SoNotification& notification) const
+    /// not called, those added are called with the next change. Returns whether there are others
+    /// than those that hold the object, which pass the change on.
+    bool notify(SoNotification& notification) const
     {
         if (m_many)
-            notifyMany(notification);
-        else if (m_one.auditor)
-            m_one.auditor->auditedChanged(notification);
+            return notifyMany(notification);
+        if (!m_one.auditor)
+            return false;
+        const bool listens = !holds(m_one.type);
+        m_one.auditor->auditedChanged(notification);
+        return listens;
     }
+
+    /// Whether auditors of that type hold the object: child lists, and fields.
+    static bool holds(SoAuditor::Type type)
+    {
+        return type == SoAuditor::PARENT || type == SoAuditor::FIELD;
+    }
+
+    /// The only auditor where there never was a second one; else null.
+    const Entry* getOnly() const { return m_many || !m_one.auditor ? nullptr : &m_one; }
 
     /// Takes every entry out, then tells each auditor that the object dies.
     void announceDeath();
@@ -97,7 +110,7 @@ private:
     void removeFromMany(SoAuditor* auditor);
     int countMany() const;
     const Entry& entryOfMany(int i) const;
-    void notifyMany(SoNotification& notification) const;
+    bool notifyMany(SoNotification& notification) const;
     void freeMany();
 
     Entry m_one;            ///< the only entry while m_many is null

@@ -32,7 +32,12 @@ public:
     /// All of them, oldest first.
     static std::vector<SoBase*> getNamedBases(const SbName& name, SoType type);
 
-    void addAuditor(SoAuditor* auditor, SoAuditor::Type type) { m_auditors.append(auditor, type); }
+    void addAuditor(SoAuditor* auditor, SoAuditor::Type type)
+    {
+        m_auditors.append(auditor, type);
+        if (!SoAuditorList::holds(type))
+            listenerAdded();
+    }
     void removeAuditor(SoAuditor* auditor) { m_auditors.remove(auditor); }
     const SoAuditorList& getAuditors() const { return m_auditors; }
 
@@ -59,6 +64,7 @@ protected:
 private:
     struct Naming;
     void forgetName();
+    static void listenerAdded();
 
     Naming* m_naming = nullptr; ///< Owned: name and place among those of that name; null mostly.
 };

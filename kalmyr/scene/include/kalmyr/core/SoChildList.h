@@ -20,7 +20,7 @@ class SoPath;
 class KALMYR_API SoChildList final : public SoAuditor {
 public:
     /// `parent` owns the list and is told of its edits.
-    explicit SoChildList(SoNode* parent) : m_parent(parent) {}
+    explicit SoChildList(SoNode* parent);
     ~SoChildList();
     SoChildList(const SoChildList&) = delete;
     SoChildList& operator=(const SoChildList&) = delete;
@@ -36,7 +36,8 @@ public:
     }
     const std::vector<SoNode*>& getNodes() const { return m_nodes; }
 
-    /// Index of the first place of `child`, or -1.
+    /// Index of the first place of `child`, or -1. Asked again and again, a long list keeps an
+    /// index: constant time then for a child that stands in it once.
     int find(const SoNode* child) const;
 
     /// The edits return false, and change nothing, for a null child, an index out of range or a
@@ -57,6 +58,8 @@ public:
     /// Lets a field stand for the list: its listeners hear of every change before the parent does,
     /// and it stops being default with the first edit. The field lives as long as the list.
     void setField(SoField* field) { m_field = field; }
+    /// Whether somebody listens to that field.
+    bool isFieldWatched() const;
 
     void auditedChanged(SoNotification& notification) override;
 
@@ -68,6 +71,11 @@ private:
     void removePath(SoPath* path);
     void tellPaths(PathMethod method, int index);
 
+    struct Beside;
+    Beside& beside() const;
+    int findInLong(const SoNode* child) const;
+    void dropIndex();
+
     bool accepts(const SoNode* child) const;
     bool acceptsAll(const std::vector<SoNode*>& children) const;
     /// Posts that the child holds the parent; false.
@@ -78,5 +86,5 @@ private:
     SoNode* m_parent;           // Not owned; it owns us.
     SoField* m_field = nullptr; // Not owned; the parent's.
     std::vector<SoNode*> m_nodes;
-    std::unique_ptr<SoAuditorList> m_paths; ///< null mostly
+    mutable std::unique_ptr<Beside> m_beside; ///< paths and index; null mostly
 };

@@ -58,11 +58,17 @@ public:
     void touch();
 
     /// Stamp of the last change at or below this container; a new object has one of its own.
-    /// Equal stamps mean unchanged, so caches compare it.
-    std::uint64_t getChangeId() const { return m_changeId; }
+    /// Equal stamps mean unchanged, so caches compare it. Several changes of which nobody asked in
+    /// between may share one.
+    std::uint64_t getChangeId() const;
 
     /// Continues a walk: visits this container unless the change came by already.
     virtual void notify(SoNotification& notification);
+
+    /// For child lists and fields that begin to hold this container, before they tell of it: sees
+    /// to it that changes here and below reach those who listen to the holder or its field. Null
+    /// for none.
+    void joinHolder(SoFieldContainer* holder, const SoField* field);
 
     /// Whether the value of that field is computed from the others when it is read, as the outputs
     /// of an engine are. Fields that follow such a field keep the container alive.
@@ -80,10 +86,15 @@ protected:
 
 private:
     friend class SoField;
+    friend class SoNode;
+    bool isUnheard() const { return m_unheard && !SoNotification::isRepeated(m_changeId); }
 
     std::uint64_t m_changeId;
     bool m_notifyEnabled = true;
     bool m_feeds = false; ///< one of these follows or is followed, or did or was
+
+    bool m_unheard = false; ///< of a node: nobody listened here or above when a walk last came by
+    bool m_holds = false;   ///< others joined this one
 
 protected:
     std::uint8_t m_nodeFlags = 0; ///< bits for SoNode and below (override and such)

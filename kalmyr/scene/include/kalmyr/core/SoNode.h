@@ -44,6 +44,9 @@ public:
 
     SoFieldContainer* createTwin() const override;
 
+    /// Goes on to all that hold the node, as far as somebody may learn from it.
+    void notify(SoNotification& notification) final;
+
     /// Whether `ancestor` is this node or holds it, directly or further up, as a child or by a
     /// field. Cost: the number of distinct ancestors of this node.
     bool isAtOrBelow(const SoNode* ancestor) const;
@@ -74,8 +77,18 @@ public:
     static SoNode* getByName(const SbName& name);
 
 protected:
-    SoNode() = default;
+    SoNode() { m_unheard = true; } // nobody holds it yet
     ~SoNode() override;
+
+    /// A change of the node, or of something below it, comes by; `notification.chain` begins with
+    /// the child or field's node that it came up by, and is null for the node's own change. Called
+    /// before those above hear of it, once for each child that it came up by. Must not edit the
+    /// graph.
+    ///
+    /// A node that must hear of every change below it returns true, always. One that returns false
+    /// always hears of its own changes, but of those that come up by one child only of the first
+    /// after somebody asked for a change id.
+    virtual bool noteChange(const SoNotification&) { return false; }
 
 private:
     static constexpr std::uint8_t kOverride = 1;

@@ -17,6 +17,10 @@ class SoNode;
 /// its own and one after the other, so that chains of connections may have any length; then come
 /// engines that react to their inputs. Sensors of priority 0 are collected on the walk and
 /// triggered right after it, still inside the call that made the change.
+///
+/// A walk ends at a node where a walk came by already if nobody above listened then, nobody began
+/// to listen since, and nobody asked for a change id since: all above have news for whoever asks.
+/// So a graph that nobody looks at is built in a time that does not depend on its depth.
 class KALMYR_API SoNotification {
 public:
     /// What happened; the numbers are part of the interface.
@@ -46,6 +50,7 @@ public:
     bool keepsValue = false;     ///< of a field, whose value is what it was; no news for followers
     const Link* chain = nullptr; ///< where the walk is now, down to the change
     const char* stackLimit = nullptr; ///< the walk changes stacks below this address
+    bool heard = false;               ///< somebody listens at, or above, the container told last
 
     /// Sends the change from `start` upwards and then runs the immediate sensors, unless this is
     /// a change made during another change's walk.
@@ -57,6 +62,12 @@ public:
 
     /// A new stamp, greater than every one before it in this process. Also the source of node ids.
     static std::uint64_t nextStamp();
+
+    /// Somebody asks for a change id or begins to listen: the next walk goes up to all ancestors
+    /// again. From any thread.
+    static void repeatWalks();
+    /// Whether repeatWalks() was called after a stamp was taken.
+    static bool isRepeated(std::uint64_t stamp);
 
     /// True while a walk is under way on this thread: editing the graph is not allowed.
     static bool isWalking();

@@ -77,7 +77,6 @@ public:
     bool affectsState() const override;
     /// Traverses the parts.
     void doAction(SoAction* action) override;
-    void notify(SoNotification& notification) override;
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
     void setToDefaults() override;
     bool acceptsValue(const SoField& field, const SoNode* value, SbString& why) const override;
@@ -85,6 +84,7 @@ public:
     bool isFieldWritten(const SoField& field) const override;
 
 protected:
+    bool noteChange(const SoNotification& notification) override;
     ~SoBaseKit() override;
 
     /// Last statement of a kit's constructor, by way of SO_KIT_MAKE_PARTS().

@@ -68,11 +68,11 @@ public:
     SoChildList* getInternalChildren() const override { return &m_children; }
     bool affectsState() const override;
     void doAction(SoAction* action) override;
-    void notify(SoNotification& notification) override;
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
     bool isFieldWritten(const SoField& field) const override;
 
 protected:
+    bool noteChange(const SoNotification& notification) override;
     ~SoNodeKitListPart() override;
 
 private:

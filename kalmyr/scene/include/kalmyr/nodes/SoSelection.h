@@ -77,9 +77,8 @@ public:
     /// For the event action: passes to the children, then picks with what is left.
     void handleEvent(SoHandleEventAction* action);
 
-    void notify(SoNotification& notification) override;
-
 protected:
+    bool noteChange(const SoNotification& notification) override;
     ~SoSelection() override;
     void destroy() override;
 

@@ -36,9 +36,8 @@ public:
     void measure(SoGetBoundingBoxAction* action);
     void rayPick(SoRayPickAction* action);
 
-    void notify(SoNotification& notification) override;
-
 protected:
+    bool noteChange(const SoNotification& notification) override;
     ~SoSeparator() override;
 
 private:

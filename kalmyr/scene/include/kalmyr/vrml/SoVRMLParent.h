@@ -35,13 +35,12 @@ public:
     /// on all of them. Applied along a path it does not differ.
     void doActionLightsFirst(SoAction* action);
 
-    void notify(SoNotification& notification) override;
-
     /// For the actions: measures from the cache or the children, and passes rays that meet the box.
     void measure(SoGetBoundingBoxAction* action);
     void rayPick(SoRayPickAction* action);
 
 protected:
+    bool noteChange(const SoNotification& notification) override;
     ~SoVRMLParent() override;
     SoVRMLParent();
     /// What a concrete group does to the state of its children.

@@ -154,11 +154,11 @@ public:
     SoSFTime time;              ///< event out
 
     bool affectsState() const override { return false; }
-    void notify(SoNotification& notification) override;
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoVRMLTimeSensor() override;
+    bool noteChange(const SoNotification& notification) override;
     void listenersChanged(SoField* field) override;
 
 private:
