@@ -2,6 +2,7 @@
 
 #include <kalmyr/core/SoDeathObserver.h>
 
+#include <atomic>
 #include <mutex>
 #include <vector>
 
@@ -10,6 +11,7 @@ namespace {
 struct Observers {
     std::mutex mutex;
     std::vector<SoDeathObserver*> all;
+    std::atomic<bool> any{false};
 };
 
 Observers& observers()
@@ -27,14 +29,33 @@ void kalmyr::detail::tellDeathObservers(const SoBase* object)
         observer->objectDies(object);
 }
 
+void kalmyr::detail::tellObserversOfName(const SoBase* object)
+{
+    const std::scoped_lock lock(observers().mutex);
+    for (SoDeathObserver* observer : observers().all)
+        observer->nameChanged(object);
+}
+
+bool kalmyr::detail::tellObserversOfUnheardChange(const SoFieldContainer* container)
+{
+    if (!observers().any.load(std::memory_order_relaxed))
+        return false;
+    const std::scoped_lock lock(observers().mutex);
+    for (SoDeathObserver* observer : observers().all)
+        observer->changedUnheard(container);
+    return true;
+}
+
 SoDeathObserver::SoDeathObserver()
 {
     const std::scoped_lock lock(observers().mutex);
     observers().all.push_back(this);
+    observers().any = true;
 }
 
 SoDeathObserver::~SoDeathObserver()
 {
     const std::scoped_lock lock(observers().mutex);
     std::erase(observers().all, this);
+    observers().any = !observers().all.empty();
 }

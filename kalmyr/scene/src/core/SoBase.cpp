@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <string>
 
 /// Names are rare next to objects, so they are kept beside them, chained with the others of the
@@ -109,11 +110,15 @@ void SoBase::forgetName()
     else
         newestByName()[m_naming->name.getString()] = m_naming->older;
     delete m_naming;
-    m_naming = nullptr;
+    std::atomic_ref(m_naming).store(nullptr, std::memory_order_relaxed);
 }
 
+/// Asked by threads that show or search what another one may be naming.
 SbName SoBase::getName() const
 {
+    if (!std::atomic_ref(const_cast<Naming*&>(m_naming)).load(std::memory_order_relaxed))
+        return SbName::empty();
+    const kalmyr::detail::CacheLock lock;
     return m_naming ? m_naming->name : SbName::empty();
 }
 
@@ -122,14 +127,17 @@ void SoBase::setName(const SbName& name)
     const SbName legal = legalName(name);
     if (m_naming)
         forgetName();
-    if (legal.isEmpty())
-        return;
-    const kalmyr::detail::CacheLock lock; // threads name what they read or make
-    void*& newest = newestByName()[legal.getString()];
-    m_naming = new Naming{legal, this, static_cast<Naming*>(newest), nullptr};
-    if (m_naming->older)
-        m_naming->older->newer = m_naming;
-    newest = m_naming;
+    if (!legal.isEmpty()) {
+        const kalmyr::detail::CacheLock lock; // threads name what they read or make
+        void*& newest = newestByName()[legal.getString()];
+        auto* naming = new Naming{legal, this, static_cast<Naming*>(newest), nullptr};
+        std::atomic_ref(m_naming).store(naming, std::memory_order_relaxed);
+        if (m_naming->older)
+            m_naming->older->newer = m_naming;
+        newest = m_naming;
+    }
+    if (m_tellsOfDeath.load(std::memory_order_relaxed))
+        kalmyr::detail::tellObserversOfName(this);
 }
 
 SoBase* SoBase::getNamedBase(const SbName& name, SoType type)

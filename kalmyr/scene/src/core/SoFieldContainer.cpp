@@ -5,9 +5,14 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoFieldIO.h>
 
+#include "core/DeathObservers.h"
+
 namespace {
 
 SoType s_containerType;
+
+/// Bit of the node flags: observers know that this keeps changes to itself.
+constexpr std::uint8_t kToldOfSilence = 0x80;
 
 /// Switches a container's notification off for a scope.
 class QuietScope {
@@ -172,6 +177,8 @@ void SoFieldContainer::destroy()
 bool SoFieldContainer::enableNotify(bool on)
 {
     const bool was = m_notifyEnabled;
+    if (was && !on)
+        m_nodeFlags = static_cast<std::uint8_t>(m_nodeFlags & ~kToldOfSilence);
     m_notifyEnabled = on;
     if (on && !was)
         SoNotification::repeatWalks(); // those that ended here meanwhile
@@ -212,8 +219,11 @@ void SoFieldContainer::notify(SoNotification& notification)
     if (m_changeId == notification.stamp)
         return;
     m_changeId = notification.stamp;
-    if (!m_notifyEnabled)
+    if (!m_notifyEnabled) {
+        if (!(m_nodeFlags & kToldOfSilence) && kalmyr::detail::tellObserversOfUnheardChange(this))
+            m_nodeFlags |= kToldOfSilence;
         return;
+    }
     const SoNotification::Link link{this, notification.chain};
     notification.chain = &link;
     m_auditors.notify(notification);

@@ -3,9 +3,14 @@
 #include <kalmyr/base/Export.h>
 
 class SoBase;
+class SoFieldContainer;
 
-/// Hears of the death of every object that was marked by SoBase::tellOfDeath(), also of those whose
-/// notification is switched off.
+/// Hears what no notification reports: the death of every object that was marked by
+/// SoBase::tellOfDeath(), also of those whose notification is switched off, new names of such
+/// objects, and that a container whose notification is off keeps changes to itself.
+///
+/// All calls come in the thread that makes the change, one at a time in the process. They must not
+/// edit a graph, release references, or wait for a lock of the scene database.
 ///
 /// For mirrors of large graphs: marking costs no memory, where an auditor for each object would. An
 /// observer does not know who marked an object, so it looks each one up in a table of its own.
@@ -14,10 +19,13 @@ public:
     SoDeathObserver(const SoDeathObserver&) = delete;
     SoDeathObserver& operator=(const SoDeathObserver&) = delete;
 
-    /// The object is about to be destroyed: it is still whole, its reference count is 0. Called in
-    /// the thread that destroys it, one call at a time in the process. Must not edit a graph,
-    /// release references, or wait for a lock of the scene database.
+    /// The object is about to be destroyed: it is still whole, its reference count is 0.
     virtual void objectDies(const SoBase* object) = 0;
+    /// The marked object has got another name, or none.
+    virtual void nameChanged(const SoBase*) {}
+    /// The first change at or below a container, marked or not, since its notification was switched
+    /// off; the change's stamp is the container's change id.
+    virtual void changedUnheard(const SoFieldContainer*) {}
 
 protected:
     SoDeathObserver();
