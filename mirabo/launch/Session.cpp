@@ -10,6 +10,7 @@
 #include "mirabo/launch/Automation.h"
 #include "mirabo/launch/IgnoreSwitch.h"
 #include "mirabo/launch/NodePlace.h"
+#include "mirabo/launch/SceneFollower.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
@@ -65,6 +66,10 @@ void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* e
 Session::Session(SoMiraboMainFrame* frame, bool standalone)
     : m_frame(frame), m_standalone(standalone)
 {
+    m_follower = std::make_unique<SceneFollower>([](SoNode* scene) {
+        if (scene != SoMiraboViewer::instance()->getScene())
+            SoMiraboViewer::instance()->setScene(scene, true);
+    });
     frame->setUp(hub(), standalone);
     createPanels(standalone);
     connectTree();
@@ -199,6 +204,8 @@ void Session::windowDied()
 
 void Session::showScene(SoNode* root)
 {
+    MrbServicesImpl* services = MrbServicesImpl::getInstance();
+    m_follower->follow(services->isStandalone() ? nullptr : services->getSceneManager());
     SoMiraboViewer::instance()->setScene(root, true);
 }
 
@@ -235,6 +242,7 @@ void Session::release()
     m_frame->setDropHandler({});
     MrbServicesImpl::getInstance()->setSceneSetter({});
     hub()->release();
+    m_follower.reset();
     m_tree->disconnect();
     SoMiraboViewer::instance()->disconnect();
     m_edition->clear();

@@ -17,6 +17,7 @@ class SoNode;
 namespace mirabo {
 
 class IgnoreSwitch;
+class SceneFollower;
 
 /// The panels of one run and the wires between them: what the user does in one reaches the hub,
 /// and through it the others.
@@ -66,6 +67,7 @@ private:
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
     std::unique_ptr<IgnoreSwitch> m_ignore;
+    std::unique_ptr<SceneFollower> m_follower; ///< of the host's scene manager
     bool m_canShowReferences = false;
 };
 

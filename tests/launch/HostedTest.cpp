@@ -2,9 +2,11 @@
 
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 #include <kalmyr/qt/SoQtRenderArea.h>
 
+#include <mirabo/extender/MrbCommand.h>
 #include <mirabo/extender/MrbServices.h>
 #include <mirabo/launch/SoMirabo.h>
 
@@ -15,12 +17,20 @@
 
 #include <algorithm>
 #include <iterator>
+#include <thread>
 
 #include <malloc.h>
 
 namespace {
 
 using HostedTest = LaunchTest;
+
+class NoCommand final : public MrbCommand {
+public:
+    bool execute() override { return true; }
+    void undo() override {}
+    void redo() override {}
+};
 
 TEST_F(HostedTest, ShowsAHostsSceneAndLeavesItAsItWas)
 {
@@ -90,6 +100,43 @@ TEST_F(HostedTest, AttachesToASceneManagerAndFindsItsRenderArea)
     hooks().m_mirabo_stop();
     EXPECT_EQ(manager->getImpl()->getOwnMirabo(), 0);
     EXPECT_EQ(MrbServices::getInstance(), nullptr);
+}
+
+TEST_F(HostedTest, FollowsTheScenesOfItsSceneManager)
+{
+    SoQtRenderArea area(nullptr);
+    SoSceneManager* manager = area.getSceneManager();
+    manager->setSceneGraph(scene.get());
+    hooks().m_mirabo_startSceneManager(manager);
+    ASSERT_GT(rowCount(), 1);
+    QAction* undo = action("&Undo");
+    ASSERT_TRUE(undo);
+
+    const SoRef<SoSeparator> next(new SoSeparator);
+    next->addChild(new SoSeparator);
+    const SoRef<SoSeparator> kept(scene);
+    MrbServices::getInstance()->pushCommand(new NoCommand);
+    EXPECT_TRUE(undo->isEnabled());
+    manager->setSceneGraph(next.get());
+    EXPECT_EQ(rowCount(), 2);
+    EXPECT_FALSE(undo->isEnabled());
+    next->addChild(new SoSeparator);
+    EXPECT_EQ(rowCount(), 3);
+    kept->addChild(new SoSeparator); // the tool has let go of it
+    EXPECT_EQ(rowCount(), 3);
+    manager->setSceneGraph(nullptr);
+    EXPECT_EQ(rowCount(), 0);
+    pass();
+    manager->setSceneGraph(kept.get());
+    EXPECT_GT(rowCount(), 3);
+    std::thread([&] {
+        const SoWriteLock lock;
+        manager->setSceneGraph(next.get());
+    }).join();
+    pass();
+    EXPECT_EQ(rowCount(), 3);
+    hooks().m_mirabo_stop();
+    manager->setSceneGraph(kept.get());
 }
 
 TEST_F(HostedTest, SelectsWhatTheHostPicks)

@@ -1,0 +1,43 @@
+#include "mirabo/launch/SceneFollower.h"
+
+#include <kalmyr/gui/SoSceneManager.h>
+#include <kalmyr/gui/SoSceneManagerImpl.h>
+
+#include <QThread>
+
+#include <utility>
+
+namespace mirabo {
+
+SceneFollower::SceneFollower(std::function<void(SoNode*)> show)
+    : m_show(std::move(show)),
+      m_sensor([](void* data, SoSensor*) { static_cast<SceneFollower*>(data)->changed(); }, this)
+{
+    m_sensor.setPriority(0);
+}
+
+SceneFollower::~SceneFollower() = default;
+
+void SceneFollower::follow(SoSceneManager* manager)
+{
+    SoField* scene = manager ? &manager->getImpl()->getRootField() : nullptr;
+    if (scene != m_sensor.getAttachedField())
+        m_sensor.attach(scene);
+}
+
+void SceneFollower::changed()
+{
+    if (QThread::currentThread() == thread())
+        tell();
+    else
+        QMetaObject::invokeMethod(
+            this, [this] { tell(); }, Qt::QueuedConnection);
+}
+
+void SceneFollower::tell()
+{
+    if (const SoField* scene = m_sensor.getAttachedField())
+        m_show(static_cast<const SoSFNode*>(scene)->getValue());
+}
+
+} // namespace mirabo
