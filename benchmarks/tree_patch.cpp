@@ -3,8 +3,11 @@
 
 #include "TreeBench.h"
 
+#include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoTreeViewItem.h"
+
+#include <kalmyr/vrml/SoVRMLExtraNodes.h>
 
 #include <QPaintEvent>
 
@@ -74,7 +77,7 @@ enum Edit { Add, Insert, Remove, Replace };
 enum Opened { RootOpen, AllOpen };
 
 /// Makes an edit at `at`, `old` being what stands there, and takes it back outside of the time.
-double editOnce(SoGroup* group, Edit edit, int at)
+double editOnce(SoGroup* group, Edit edit, int at, std::vector<double>* settled = nullptr)
 {
     const SoRef<SoNode> child(new SoCube);
     const SoRef<SoNode> old(group->getChild(at));
@@ -88,7 +91,9 @@ double editOnce(SoGroup* group, Edit edit, int at)
         else
             group->replaceChild(at, child.get());
     });
-    settle();
+    const double after = timed([] { settle(); });
+    if (settled)
+        settled->push_back(after);
     if (edit == Add)
         group->removeChild(group->getNumChildren() - 1);
     else if (edit == Insert)
@@ -176,13 +181,52 @@ void singleEdit(benchmark::State& state, Shape shape, Edit edit, Opened opened, 
     Floor bare(kRows, shape, opened);
     std::vector<double> unwatched;
     std::vector<double> floor;
+    std::vector<double> settled;
     for (auto _ : state) {
-        state.SetIterationTime(editOnce(watched.root.get(), edit, middle) / 1000);
+        state.SetIterationTime(editOnce(watched.root.get(), edit, middle, &settled) / 1000);
         unwatched.push_back(editOnce(alone.get(), edit, middle));
         floor.push_back(bare.editOnce(edit, middle, leaf));
     }
     state.counters["unwatched_us"] = median(unwatched) * 1000;
     state.counters["floor_us"] = median(floor) * 1000;
+    state.counters["settled_us"] = median(settled) * 1000;
+}
+
+/// Edits of a list of nodes in a field, at its front.
+void editFieldList(benchmark::State& state)
+{
+    const auto count = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        auto* root = new SoGroup;
+        auto* holder = new SoVRMLMultiTexture;
+        root->addChild(holder);
+        Watched watched(root);
+        state.SetIterationTime(timed([&] {
+                                   for (int i = 0; i < count; ++i)
+                                       holder->texture.insertNode(new SoCube, 0);
+                                   for (int i = 0; i < count; ++i)
+                                       holder->texture.removeNode(0);
+                               })
+                               / 1000);
+    }
+}
+
+/// Children added behind, and in front of, the grey row of a disabled one.
+void addBesideDisabled(benchmark::State& state)
+{
+    const auto count = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        Watched watched(makeGraph(10, Flat));
+        SoNode* node = watched.root->getChild(5);
+        const auto saved = mirabo::disableNode(watched.view, node);
+        state.SetIterationTime(timed([&] {
+                                   for (int i = 0; i < count / 2; ++i)
+                                       watched.root->addChild(new SoCube);
+                                   for (int i = 0; i < count / 2; ++i)
+                                       watched.root->insertChild(new SoCube, 0);
+                               })
+                               / 1000);
+    }
 }
 
 /// Taking all rows of a wide group; `floor` is the same in a bare tree widget.
@@ -358,6 +402,8 @@ BENCHMARK_CAPTURE(singleEdit, remove_flat, Flat, Remove, RootOpen)->Apply(micros
 BENCHMARK_CAPTURE(singleEdit, replace_flat, Flat, Replace, RootOpen)->Apply(microseconds);
 BENCHMARK_CAPTURE(singleEdit, remove_all_open, Balanced, Remove, AllOpen)->Apply(microseconds);
 BENCHMARK_CAPTURE(singleEdit, insert_all_open, Balanced, Insert, AllOpen)->Apply(microseconds);
+BENCHMARK(editFieldList)->Arg(1000)->Arg(10000)->Arg(40000)->Apply(milliseconds);
+BENCHMARK(addBesideDisabled)->Arg(1000)->Arg(10000)->Arg(40000)->Apply(milliseconds);
 BENCHMARK(removeAll)->Arg(100000)->Apply(milliseconds);
 BENCHMARK(removeOneByOneAmongOpenBranches)->Arg(1000)->Arg(4000)->Apply(milliseconds);
 BENCHMARK(addBelowSharedNode)->Arg(1000)->Arg(10000)->Apply(milliseconds);

@@ -26,7 +26,7 @@ bool Automation::selectFirstShape()
 {
     for (QTreeWidgetItemIterator at(m_tree); *at; ++at) {
         const auto* item = static_cast<SoTreeViewItem*>(*at);
-        if (categoryOf(item->getNode()->getTypeId()) != NodeCategory::Shape)
+        if (categoryOf(item->getNodeType()) != NodeCategory::Shape)
             continue;
         m_tree->setCurrentItem(*at);
         m_tree->scrollToItem(*at, QAbstractItemView::PositionAtCenter);

@@ -26,7 +26,8 @@ QString placeOf(const SoMiraboTreeView& tree, const SoNode* node)
     QStringList steps;
     for (const SoTreeViewItem* at = items.empty() ? nullptr : items.front(); at;
          at = at->parentItem())
-        steps.prepend(nameOf(at->getNode()));
+        if (const SoNode* above = at->getNode())
+            steps.prepend(nameOf(above));
     return steps.join(" > ");
 }
 

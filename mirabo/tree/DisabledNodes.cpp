@@ -1,6 +1,7 @@
 #include "mirabo/tree/DisabledNodes.h"
 
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeBuilder.h"
@@ -101,9 +102,9 @@ void putBack(const Places& places, SoNode* node)
 
 bool mayDisable(const SoTreeViewItem* item)
 {
-    const SoNode* parent = item->getParentNode();
-    return parent && !item->isDirectlyFromField() && !item->isNamedPart()
-           && traitsOf(parent->getTypeId()).isGroup;
+    const SoTreeViewItem* parent = item->parentItem();
+    return parent && !parent->isDead() && !item->isDead() && !item->isDirectlyFromField()
+           && !item->isNamedPart() && traitsOf(parent->getNodeType()).isGroup;
 }
 
 std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node)
@@ -111,6 +112,7 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
     const SoWriteLock lock;
     if (!lock)
         return nullptr;
+    view.topologyManager().tryToBringUpToDate();
     std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
     std::erase_if(
         rows, [](const SoTreeViewItem* row) { return row->isDisabledNode() || !mayDisable(row); });
@@ -128,6 +130,7 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
     for (SoTreeViewItem* row : view.itemsOf(node))
         row->setFresh(true);
     view.showLater(nullptr); // the row itself stays the current one
+    view.topologyManager().forgetLastChange();
     return saved;
 }
 
@@ -136,6 +139,7 @@ bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
     const SoWriteLock lock;
     if (!lock)
         return false;
+    view.topologyManager().tryToBringUpToDate();
     const SavedLinks kept = saved; // the caller's may be the one that is erased
     SoNode* node = kept.node.get();
     Places places;

@@ -84,6 +84,15 @@ void NodeIndex::remove(SoTreeViewItem* item)
         previous->m_nextOccurrence = next;
 }
 
+std::vector<SoTreeViewItem*> NodeIndex::take(const SoNode* node)
+{
+    std::vector<SoTreeViewItem*> items = itemsOf(node);
+    if (!items.empty())
+        erase(find(node));
+    m_items -= items.size();
+    return items;
+}
+
 void NodeIndex::erase(std::size_t at)
 {
     --m_nodes;

@@ -14,6 +14,8 @@ class NodeIndex {
 public:
     void add(SoTreeViewItem* item);
     void remove(SoTreeViewItem* item);
+    /// Takes out all rows of a node and returns them.
+    std::vector<SoTreeViewItem*> take(const SoNode* node);
     /// Rows of the node will be added soon.
     void prefetch(const SoNode* node) const;
 

@@ -19,3 +19,8 @@ bool RecentChanges::isNews(const SoNode* node)
     m_entries.push_back({node, now});
     return !isBeginning;
 }
+
+void RecentChanges::forget(const SoNode* node)
+{
+    std::erase_if(m_entries, [node](const Entry& entry) { return entry.node == node; });
+}

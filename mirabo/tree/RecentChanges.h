@@ -19,6 +19,8 @@ public:
     void begin();
     /// A node changed. False when it did so shortly before, too.
     bool isNews(const SoNode* node);
+    /// The node died; another one may have its address.
+    void forget(const SoNode* node);
     /// For tests; milliseconds, 0: everything is news.
     void setQuietTime(int time) { m_quietTime = time; }
 

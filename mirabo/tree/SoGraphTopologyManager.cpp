@@ -1,5 +1,6 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -7,10 +8,10 @@
 #include "mirabo/tree/TreeContext.h"
 #include "mirabo/tree/TreePatcher.h"
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
-#include <kalmyr/core/SoField.h>
 #include <kalmyr/fields/SoMNodeField.h>
-#include <kalmyr/io/SoReadLock.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
@@ -21,8 +22,6 @@
 #include <utility>
 
 namespace {
-
-std::atomic<bool> s_otherThreadsAllowed{false};
 
 SoNode* asNode(SoFieldContainer* container)
 {
@@ -37,13 +36,17 @@ bool isAddition(SoNotification::Kind kind)
            || kind == SoNotification::CHILD_REPLACED;
 }
 
-/// An edit of a child list, or of the field that stands for it. What other fields hold is compared.
-bool isOfChildList(const SoNotification& notification)
+bool isEdit(SoNotification::Kind kind)
 {
-    return notification.kind >= SoNotification::CHILD_ADDED
-           && notification.kind <= SoNotification::ALL_REMOVED
-           && (!notification.field
-               || static_cast<const SoMNodeField*>(notification.field)->isBound());
+    return kind >= SoNotification::CHILD_ADDED && kind <= SoNotification::ALL_REMOVED;
+}
+
+/// Whether rows may depend on what changed.
+bool concernsRows(const SoNotification& notification)
+{
+    if (notification.field && !mirabo::isNodeField(notification.field))
+        return false;
+    return isEdit(notification.kind) || notification.kind == SoNotification::UNSPECIFIED;
 }
 
 /// The nodes from the watched one down to the change.
@@ -106,17 +109,14 @@ void SoGraphTopologyManager::setVrmlScene(bool on)
     mirabo::setVrmlScene(on);
 }
 
-void SoGraphTopologyManager::allowOtherThreads(bool allow)
-{
-    s_otherThreadsAllowed = allow;
-}
-
 void SoGraphTopologyManager::attach(SoNode* node)
 {
-    if (m_attached)
+    if (m_attached && !m_rootDied)
         m_attached->removeAuditor(&m_recorder);
     m_attached = node;
+    m_rootDied = false;
     m_changes.clear();
+    m_silences.clear();
     m_lastChange.clear();
     m_recent.begin();
     m_sensor.attach(node);
@@ -126,9 +126,9 @@ void SoGraphTopologyManager::attach(SoNode* node)
 
 void SoGraphTopologyManager::follow(SoNode* root)
 {
-    if (m_attached == root)
+    if (m_attached == root && !m_rootDied)
         return;
-    if (m_attached) {
+    if (m_attached && !m_rootDied) {
         const SoChildList* children = m_attached->getInternalChildren();
         // Without a scene for the moment, a container goes on waiting for the next one.
         const bool isContainer = m_attached != m_view->getRoot() && children;
@@ -146,62 +146,93 @@ bool SoGraphTopologyManager::isOtherThread() const
 /// Runs inside the notification walk, for every change below the watched node.
 void SoGraphTopologyManager::record(const SoNotification& notification)
 {
-    const bool isEdit = isOfChildList(notification);
-    if (!isEdit) {
-        if (notification.kind == SoNotification::OTHER)
-            return;
-        if (notification.field && !mirabo::isNodeField(notification.field)) {
-            recordValue(notification);
-            return;
-        }
-    }
     if (isOtherThread()) {
-        changedElsewhere();
+        recordElsewhere(notification);
+        return;
+    }
+    if (!m_view->context().unheard.empty())
+        recordSilences(notification);
+    if (!concernsRows(notification)) {
+        if (notification.kind != SoNotification::OTHER)
+            recordValue(notification);
         return;
     }
     SoNode* node = asNode(notification.container);
     if (!node || node->getRefCount() == 0)
         return;
-    m_changes.push_back({isEdit ? notification.kind : SoNotification::UNSPECIFIED,
-                         notification.index,
-                         node,
-                         notification.child,
-                         notification.field != nullptr,
-                         {}});
+    m_changes.push_back(
+        {notification.kind, notification.index, node, notification.child, notification.field, {}});
     if (!isAddition(notification.kind))
         followChain(notification, m_changes.back().chain);
+}
+
+/// In a thread that has no business with rows.
+void SoGraphTopologyManager::recordElsewhere(const SoNotification& notification)
+{
+    const mirabo::TreeContext& context = m_view->context();
+    if (concernsRows(notification) || context.anyUnheard || context.news.isWaiting())
+        changedElsewhere(notification.stamp);
 }
 
 /// A value that no row depends on; this may happen very often.
 void SoGraphTopologyManager::recordValue(const SoNotification& notification)
 {
-    if (m_highlighting || isOtherThread())
+    if (m_highlighting)
         return;
     followChain(notification, m_lastChange);
-    m_view->showLater(nullptr);
     requestUpdate();
+}
+
+/// Notes the nodes that the change passes and that kept changes to themselves before.
+void SoGraphTopologyManager::recordSilences(const SoNotification& notification)
+{
+    auto& unheard = m_view->context().unheard;
+    for (const auto* link = notification.chain; link; link = link->below) {
+        SoNode* node = asNode(link->container);
+        const auto at = unheard.find(node);
+        if (at == unheard.end() || node->getRefCount() == 0)
+            continue;
+        m_silences.push_back({SoRef<SoNode>(node), at->second});
+        unheard.erase(at);
+    }
+    m_view->context().anyUnheard = !unheard.empty();
 }
 
 /// Runs right after the walk, still inside the call that made the change.
 void SoGraphTopologyManager::changed()
 {
-    if (m_applying || m_changes.empty() || isOtherThread())
+    if (isOtherThread() || m_applying || (m_changes.empty() && m_silences.empty()))
         return;
     m_applying = true;
     {
         const SoMiraboTreeView::PatchScope scope(*m_view);
+        m_view->context().news.deliver();
         // A new root in the middle of it empties the list.
         for (std::size_t i = 0; i < m_changes.size(); ++i) {
             const Change change = std::move(m_changes[i]);
             apply(change);
         }
         m_changes.clear();
+        compareSilences();
     }
     m_applying = false;
     if (std::exchange(m_structureChanged, false))
         Q_EMIT structureChanged();
     if (std::exchange(m_contentReplaced, false))
         Q_EMIT contentReplaced();
+}
+
+void SoGraphTopologyManager::compareSilences()
+{
+    for (std::size_t i = 0; i < m_silences.size(); ++i) {
+        const Silence silence = m_silences[i];
+        for (SoTreeViewItem* item : m_view->itemsOf(silence.node.get()))
+            if (m_view->patcher().syncSince(item, silence.since))
+                m_structureChanged = true;
+    }
+    if (!m_silences.empty())
+        m_view->graphChanged();
+    m_silences.clear();
 }
 
 void SoGraphTopologyManager::apply(const Change& change)
@@ -214,12 +245,13 @@ void SoGraphTopologyManager::apply(const Change& change)
     }
     m_view->graphChanged();
     bool rowsChanged = false;
+    const QTreeWidgetItem* current = m_view->currentItem();
     for (SoTreeViewItem* item : m_view->itemsOf(change.node.get()))
         if (!item->isDisabledNode())
             rowsChanged = applyTo(item, change) || rowsChanged;
-    tellWhere(change);
+    tellWhere(change, m_view->currentItem() != current);
     const mirabo::NodeTraits& traits = mirabo::traitsOf(change.node->getTypeId());
-    if ((traits.isFile || traits.isInline) && !change.fromField) {
+    if ((traits.isFile || traits.isInline) && !change.field) {
         m_contentReplaced = true;
         if (change.kind == SoNotification::UNSPECIFIED && !m_fetching)
             m_toFetch.push_back(change.node);
@@ -228,22 +260,20 @@ void SoGraphTopologyManager::apply(const Change& change)
         m_structureChanged = true;
 }
 
-/// What was added is in sight when its parent is; removals and other changes are gone to.
-void SoGraphTopologyManager::tellWhere(const Change& change)
+/// What was added is in sight when its parent is; removals and other changes are gone to, unless
+/// they come in a stream. Where the current row itself went, there is nothing to disturb.
+void SoGraphTopologyManager::tellWhere(const Change& change, bool currentRowWent)
 {
     requestUpdate();
     if (m_highlighting || isAddition(change.kind))
         return;
-    const bool isEdit = change.kind != SoNotification::UNSPECIFIED;
-    if (isEdit && change.kind != SoNotification::CHILD_REMOVED
-        && !isEmptied(change.kind, *change.node))
+    const bool isRemoval =
+        change.kind == SoNotification::CHILD_REMOVED || isEmptied(change.kind, *change.node);
+    if (!isRemoval && change.kind != SoNotification::UNSPECIFIED)
         return;
-    m_lastChange.clear();
-    m_view->showLater(nullptr);
-    if (isEdit)
+    m_lastChange = change.chain;
+    if (isRemoval && currentRowWent)
         m_view->showLater(itemAt(change.chain));
-    else
-        m_lastChange = change.chain;
 }
 
 SoTreeViewItem* SoGraphTopologyManager::takeChangedItem()
@@ -253,7 +283,7 @@ SoTreeViewItem* SoGraphTopologyManager::takeChangedItem()
     if (!item || item->isDisabledNode())
         return nullptr;
     // Looking around in the scene moves its camera all the time.
-    if (mirabo::categoryOf(item->getNode()->getTypeId()) == mirabo::NodeCategory::Camera)
+    if (mirabo::categoryOf(item->getNodeType()) == mirabo::NodeCategory::Camera)
         return nullptr;
     return m_recent.isNews(item->getNode()) ? item : nullptr;
 }
@@ -261,7 +291,10 @@ SoTreeViewItem* SoGraphTopologyManager::takeChangedItem()
 void SoGraphTopologyManager::fetchInlines()
 {
     const std::vector<SoRef<SoNode>> nodes = std::exchange(m_toFetch, {});
-    if (isVrmlScene())
+    if (nodes.empty() || isVrmlScene())
+        return;
+    const SoWriteLock lock;
+    if (!lock)
         return;
     const QScopedValueRollback<bool> fetching(m_fetching, true);
     for (const SoRef<SoNode>& node : nodes)
@@ -271,6 +304,8 @@ void SoGraphTopologyManager::fetchInlines()
 bool SoGraphTopologyManager::applyTo(SoTreeViewItem* item, const Change& change)
 {
     mirabo::TreePatcher& patcher = m_view->patcher();
+    if (change.field)
+        return applyToField(item, change);
     switch (change.kind) {
     case SoNotification::CHILD_ADDED:
     case SoNotification::CHILD_INSERTED:
@@ -282,7 +317,33 @@ bool SoGraphTopologyManager::applyTo(SoTreeViewItem* item, const Change& change)
     case SoNotification::ALL_REMOVED:
         return patcher.syncChildren(item);
     default:
-        return change.fromField ? patcher.syncFields(item) : patcher.sync(item);
+        return patcher.sync(item);
+    }
+}
+
+/// A change of a node field, perhaps one that stands for the child list.
+bool SoGraphTopologyManager::applyToField(SoTreeViewItem* item, const Change& change)
+{
+    mirabo::TreePatcher& patcher = m_view->patcher();
+    if (!change.field->isOfType(SoMNodeField::getClassTypeId()))
+        return patcher.syncFields(item);
+    auto* list = static_cast<SoMNodeField*>(change.field);
+    const bool isBound = list->isBound();
+    switch (change.kind) {
+    case SoNotification::CHILD_ADDED:
+    case SoNotification::CHILD_INSERTED:
+        return isBound ? patcher.childInserted(item, change.child, change.index)
+                       : patcher.fieldNodeInserted(item, list, change.index);
+    case SoNotification::CHILD_REPLACED:
+        return isBound ? patcher.childReplaced(item, change.child, change.index)
+                       : patcher.fieldNodeReplaced(item, list, change.index);
+    case SoNotification::CHILD_REMOVED:
+        return isBound ? patcher.childRemoved(item, change.child, change.index)
+                       : patcher.fieldNodeRemoved(item, list, change.child, change.index);
+    case SoNotification::ALL_REMOVED:
+        return isBound ? patcher.syncChildren(item) : patcher.syncFields(item);
+    default:
+        return patcher.syncFields(item);
     }
 }
 
@@ -326,43 +387,115 @@ SoTreeViewItem* SoGraphTopologyManager::itemAt(const std::vector<const SoNode*>&
 /// The watched node is being destroyed; what it holds still lives.
 void SoGraphTopologyManager::watchedDied()
 {
+    if (isOtherThread()) {
+        m_rootDied = true;
+        changedElsewhere(0);
+        return;
+    }
     const bool wasRoot = m_attached == m_view->getRoot();
     m_attached = nullptr;
     m_changes.clear();
-    if (isOtherThread()) {
-        m_rootDied = true;
-        changedElsewhere();
-        return;
-    }
+    m_silences.clear();
     if (wasRoot)
         m_view->setSceneGraph(nullptr);
     else
         follow(m_view->getRoot());
 }
 
-void SoGraphTopologyManager::changedElsewhere()
+void SoGraphTopologyManager::nodeDied(const SoNode* node)
 {
-    Q_ASSERT_X(s_otherThreadsAllowed, "SoGraphTopologyManager",
-               "the scene graph is changed outside of the GUI thread");
-    if (!m_changedElsewhere.exchange(true))
-        QMetaObject::invokeMethod(
-            this, [this] { compareAll(); }, Qt::QueuedConnection);
+    m_recent.forget(node);
+    if (std::find(m_lastChange.begin(), m_lastChange.end(), node) != m_lastChange.end())
+        m_lastChange.clear();
 }
 
-void SoGraphTopologyManager::compareAll()
+void SoGraphTopologyManager::changedElsewhere(std::uint64_t stamp)
 {
-    const SoReadLock lock;
-    m_changedElsewhere = false;
-    if (m_rootDied) {
-        m_view->setSceneGraph(nullptr);
-        m_rootDied = false;
-    } else {
-        const SoMiraboTreeView::PatchScope scope(*m_view);
-        m_view->graphChanged();
-        m_view->patcher().syncTree();
-    }
+    if (!SoDB::isWritelocked() && !m_unlockedReported.exchange(true))
+        SoDebugError::post("SoGraphTopologyManager",
+                           "the scene graph is changed outside of the GUI thread without the "
+                           "write lock");
+    std::uint64_t none = 0;
+    m_elsewhereSince.compare_exchange_strong(none, stamp);
+    if (!m_view->context().changedElsewhere.exchange(true))
+        QMetaObject::invokeMethod(
+            this, [this] { requestUpdate(); }, Qt::QueuedConnection);
+}
+
+void SoGraphTopologyManager::bringUpToDate()
+{
+    // Within a patch the rows are between two states.
+    if (m_applying)
+        return;
+    m_view->context().news.deliver();
+    compareChangesElsewhere();
+    dropDeadRows();
+}
+
+bool SoGraphTopologyManager::tryToBringUpToDate()
+{
+    const mirabo::GraphReading graph;
+    if (graph)
+        bringUpToDate();
+    return static_cast<bool>(graph);
+}
+
+void SoGraphTopologyManager::compareChangesElsewhere()
+{
+    SoNode* next = nullptr;
+    if (!m_view->context().changedElsewhere || hasAnotherScene(next))
+        return; // another scene is shown by the next pass, as signals go with it
+    m_view->context().changedElsewhere = false;
+    const std::uint64_t since = m_elsewhereSince.exchange(0);
+    m_structureChangedElsewhere = true;
     requestUpdate();
-    Q_EMIT structureChanged();
+    if (!m_view->rootItem())
+        return;
+    const SoMiraboTreeView::PatchScope scope(*m_view);
+    m_view->graphChanged();
+    m_view->patcher().syncSince(m_view->rootItem(), since);
+}
+
+/// Whether another thread has given the watched container another scene, or the root died.
+bool SoGraphTopologyManager::hasAnotherScene(SoNode*& next) const
+{
+    next = nullptr;
+    if (!m_view->hasLivingRoot())
+        return true;
+    if (!m_attached || m_attached == m_view->getRoot())
+        return false;
+    const SoChildList* children = m_attached->getInternalChildren();
+    if (!children || (m_view->getRoot() && children->find(m_view->getRoot()) >= 0))
+        return false;
+    next = children->getLength() > 0 ? children->getNodes().back() : nullptr;
+    return next != m_view->getRoot();
+}
+
+void SoGraphTopologyManager::showAnotherScene()
+{
+    SoRef<SoNode> next;
+    {
+        const mirabo::GraphReading graph;
+        SoNode* node = nullptr;
+        if (!graph || !hasAnotherScene(node))
+            return;
+        next = node;
+        m_view->context().changedElsewhere = false;
+        m_elsewhereSince = 0;
+        m_structureChangedElsewhere = true;
+    }
+    m_view->setSceneGraph(next.get());
+}
+
+/// Nodes that died without a word of their removal: their rows go with the next comparison.
+void SoGraphTopologyManager::dropDeadRows()
+{
+    auto& dead = m_view->context().dead;
+    while (!dead.empty() && m_view->hasLivingRoot()) {
+        SoTreeViewItem* row = *dead.begin();
+        m_view->verify(row);
+        dead.erase(row); // gone already, as a rule
+    }
 }
 
 void SoGraphTopologyManager::requestUpdate()
@@ -374,5 +507,13 @@ void SoGraphTopologyManager::requestUpdate()
 void SoGraphTopologyManager::updateTreeViewDisplay()
 {
     m_timer.stop();
+    if (!tryToBringUpToDate()) {
+        m_timer.start(mirabo::GraphReading::kRetryMilliseconds);
+        return;
+    }
+    if (m_view->context().changedElsewhere || !m_view->hasLivingRoot())
+        showAnotherScene();
+    if (std::exchange(m_structureChangedElsewhere, false))
+        Q_EMIT structureChanged();
     m_view->catchUp();
 }

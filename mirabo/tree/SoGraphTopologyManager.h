@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <cstdint>
 #include <vector>
 
 class SoMiraboTreeView;
@@ -26,9 +27,13 @@ class SoTreeViewItem;
 /// last of several changes made inside other sensors' callbacks, so the changes themselves are
 /// noted down one by one while they pass.
 ///
-/// The graph is to be changed in the tree's thread. A change in another thread stops a debug build;
-/// otherwise it makes the whole tree be compared with the graph in the next pass of the event loop,
-/// under the scene database's read lock.
+/// Other threads may change the graph under the scene database's write lock. What runs in them only
+/// notes that there is something to compare; the rows of what has changed since are compared in the
+/// next pass of the event loop, or before the tree is painted. A change in another thread without
+/// the lock is reported as an error, once.
+///
+/// Changes at or below a node whose notification is off are compared with the next notification
+/// that passes the node.
 class SoGraphTopologyManager final : public QObject {
     Q_OBJECT
 
@@ -47,22 +52,30 @@ public:
     static bool isVrmlScene();
     static void setVrmlScene(bool on);
 
-    /// Debug builds do not stop at changes from other threads either.
-    static void allowOtherThreads(bool allow);
-
     /// Work for the next pass of the event loop has come up.
     void requestUpdate();
     /// The row of the last change of this pass, if the change is one to be shown. Asked once a
     /// pass.
     SoTreeViewItem* takeChangedItem();
+    /// What changed in this pass is not to be shown.
+    void forgetLastChange() { m_lastChange.clear(); }
+    /// Compares what other threads have changed, and drops rows whose nodes died. The caller holds
+    /// a GraphReading; after it every row is in the graph that it protects, as far as notifications
+    /// tell.
+    void bringUpToDate();
+    /// The same in a GraphReading of its own; false when that was refused.
+    bool tryToBringUpToDate();
+    /// A node that the tree may know is being destroyed.
+    void nodeDied(const SoNode* node);
+
     /// Fetches the content of inlines that were told to have changed but have none.
     void fetchInlines();
     /// While on, changes are the tool's own marking of what is selected: rows follow, but nothing
     /// is shown on account of them.
     void setHighlighting(bool on) { m_highlighting = on; }
     RecentChanges& recentChanges() { return m_recent; }
-    /// False from the death of the root in another thread until the tree is cleared.
-    bool isRootAlive() const { return !m_rootDied; }
+    /// True from the death of the root in another thread until the tree is cleared.
+    bool hasRootDied() const { return m_rootDied; }
 
 public Q_SLOTS:
     /// Does what was put off to this pass of the event loop.
@@ -80,9 +93,14 @@ private:
         SoNotification::Kind kind;
         int index;
         SoRef<SoNode> node;
-        const SoNode* child; ///< only compared
-        bool fromField;
+        const SoNode* child;              ///< only compared
+        SoField* field;                   ///< null for a change of the child list
         std::vector<const SoNode*> chain; ///< from the watched node; not for additions
+    };
+    /// Changes below a node that notification did not report.
+    struct Silence {
+        SoRef<SoNode> node;
+        std::uint64_t since;
     };
 
     class Recorder final : public SoAuditor {
@@ -99,16 +117,23 @@ private:
 
     bool isOtherThread() const;
     void record(const SoNotification& notification);
+    void recordElsewhere(const SoNotification& notification);
     void recordValue(const SoNotification& notification);
+    void recordSilences(const SoNotification& notification);
     void changed();
+    void compareSilences();
     void apply(const Change& change);
     void applyToContainer(const Change& change);
     bool applyTo(SoTreeViewItem* item, const Change& change);
-    void tellWhere(const Change& change);
+    bool applyToField(SoTreeViewItem* item, const Change& change);
+    void tellWhere(const Change& change, bool currentRowWent);
     SoTreeViewItem* itemAt(const std::vector<const SoNode*>& chain) const;
     void watchedDied();
-    void changedElsewhere();
-    void compareAll();
+    void changedElsewhere(std::uint64_t stamp);
+    void compareChangesElsewhere();
+    bool hasAnotherScene(SoNode*& next) const;
+    void showAnotherScene();
+    void dropDeadRows();
 
     SoMiraboTreeView* m_view; // Not owned; owns us.
     QTimer m_timer;
@@ -116,6 +141,7 @@ private:
     SoNodeSensor m_sensor;
     SoNode* m_attached = nullptr; // Not owned; forgotten when it dies.
     std::vector<Change> m_changes;
+    std::vector<Silence> m_silences;
     std::vector<const SoNode*> m_lastChange; ///< down to the node; only compared
     RecentChanges m_recent;
     std::vector<SoRef<SoNode>> m_toFetch;
@@ -124,6 +150,8 @@ private:
     bool m_applying = false;
     bool m_structureChanged = false;
     bool m_contentReplaced = false;
-    std::atomic<bool> m_changedElsewhere{false};
+    bool m_structureChangedElsewhere = false;       ///< told in the next pass
+    std::atomic<std::uint64_t> m_elsewhereSince{0}; ///< stamp of the first change; 0: none
     std::atomic<bool> m_rootDied{false};
+    std::atomic<bool> m_unlockedReported{false};
 };

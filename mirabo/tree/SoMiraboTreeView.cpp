@@ -1,5 +1,6 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/DisabledNodes.h"
@@ -22,6 +23,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 using mirabo::asItem;
@@ -65,6 +67,7 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     m_openBranches = std::make_unique<mirabo::OpenBranches>(*this);
     m_topology = std::make_unique<SoGraphTopologyManager>(this);
     m_menu = std::make_unique<TreeContextMenu>(this);
+    m_context.news.setReceiver(this);
 
     setAccessibleName("Scene tree");
     setItemDelegate(new mirabo::TreeDelegate(this));
@@ -96,8 +99,64 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
 SoMiraboTreeView::~SoMiraboTreeView()
 {
     blockSignals(true);
+    // Sensors and listeners of ours must be gone, whoever edits: wait for him.
+    const SoReadLock graph;
+    m_context.news.setReceiver(nullptr);
     m_topology->attach(nullptr);
     clearRows();
+}
+
+bool SoMiraboTreeView::hasLivingRoot() const
+{
+    const SoTreeViewItem* item = rootItem();
+    return !m_topology->hasRootDied() && (!item || !item->isDead());
+}
+
+void SoMiraboTreeView::nodeDied(const SoNode* node)
+{
+    if (node == m_markedNode)
+        m_markedNode = nullptr;
+    std::erase(m_renamed, node);
+    m_topology->nodeDied(node);
+    if (m_context.unheard.erase(node) > 0)
+        m_context.anyUnheard = !m_context.unheard.empty();
+    const std::vector<SoTreeViewItem*> rows = m_context.index.take(node);
+    if (rows.empty())
+        return;
+    for (SoTreeViewItem* row : rows)
+        row->nodeDied();
+    graphChanged();
+    m_topology->requestUpdate();
+}
+
+void SoMiraboTreeView::nodeRenamed(const SoNode* node)
+{
+    if (!m_context.index.contains(node))
+        return;
+    m_renamed.push_back(node);
+    graphChanged();
+    m_topology->requestUpdate();
+}
+
+void SoMiraboTreeView::tellNames()
+{
+    for (const SoNode* node : std::exchange(m_renamed, {}))
+        if (m_context.index.contains(node))
+            Q_EMIT nodeNameChanged(const_cast<SoNode*>(node));
+}
+
+void SoMiraboTreeView::nodeChangedUnheard(const SoNode* node, std::uint64_t since)
+{
+    if (!m_context.index.contains(node))
+        return;
+    m_context.unheard.emplace(node, since);
+    m_context.anyUnheard = true;
+}
+
+void SoMiraboTreeView::newsWaiting()
+{
+    QMetaObject::invokeMethod(
+        m_topology.get(), [this] { m_topology->requestUpdate(); }, Qt::QueuedConnection);
 }
 
 void SoMiraboTreeView::setUpColumns()
@@ -188,22 +247,43 @@ void SoMiraboTreeView::clearRows()
         mirabo::destroyRows(asItem(takeTopLevelItem(0)));
     m_context.index.endDiscard();
     m_context.disabled.clear();
+    m_context.unheard.clear();
+    m_context.anyUnheard = false;
     m_markedNode = nullptr;
+}
+
+/// False when the graph cannot be looked at now.
+bool SoMiraboTreeView::replaceRows(SoNode* root)
+{
+    // Without a root there must be no listener of ours afterwards, whoever edits: wait for him.
+    std::optional<SoReadLock> whole;
+    if (!root)
+        whole.emplace();
+    const mirabo::GraphReading graph;
+    if (!graph)
+        return false;
+    clearRows();
+    m_topology->follow(root);
+    m_root = root;
+    mirabo::setVrmlScene(root && mirabo::traitsOf(root->getTypeId()).isVrmlParent);
+    if (!root)
+        return true;
+    m_context.showAll = true;
+    createItem(root, nullptr);
+    m_context.showAll = false;
+    expandItem(rootItem());
+    return true;
 }
 
 void SoMiraboTreeView::setSceneGraph(SoNode* root)
 {
+    m_nextRoot.reset();
     {
         const PatchScope scope(*this);
-        clearRows();
-        m_topology->follow(root);
-        m_root = root;
-        mirabo::setVrmlScene(root && mirabo::traitsOf(root->getTypeId()).isVrmlParent);
-        if (root) {
-            m_context.showAll = true;
-            createItem(root, nullptr);
-            m_context.showAll = false;
-            expandItem(rootItem());
+        if (!replaceRows(root)) {
+            m_nextRoot = root;
+            m_topology->requestUpdate();
+            return;
         }
         Q_EMIT rootChanged(root);
         // A receiver may have shown another scene meanwhile.
@@ -263,6 +343,8 @@ void SoMiraboTreeView::forgetDisabledNodes()
 
 void SoMiraboTreeView::catchUp()
 {
+    if (const SoRef<SoNode> next = m_nextRoot)
+        setSceneGraph(next.get());
     m_openBranches->restore();
     forgetDisabledNodes();
     m_topology->fetchInlines();
@@ -271,7 +353,11 @@ void SoMiraboTreeView::catchUp()
         SoTreeViewItem* current = asItem(currentItem());
         if (!current || verify(current))
             choose(current);
+        else
+            putOffCurrent(); // the rows have changed, or cannot be looked at
     }
+    m_userChose = false;
+    tellNames();
     const bool scrolled = std::exchange(m_scrolled, false);
     if (const bool fit = std::exchange(m_fitPending, false); fit || scrolled)
         fitColumns(fit);

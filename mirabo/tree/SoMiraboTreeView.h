@@ -3,9 +3,12 @@
 #include "mirabo/core/Panels.h"
 #include "mirabo/tree/TreeContext.h"
 
+#include <kalmyr/base/SoRef.h>
+
 #include <QPoint>
 #include <QTreeWidget>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -30,7 +33,9 @@ class TreePatcher;
 ///
 /// Built completely from the root; from then on every change of the graph is in the rows before the
 /// call that made it returns. Nodes are not kept alive.
-class SoMiraboTreeView final : public QTreeWidget, public mirabo::SceneTree {
+class SoMiraboTreeView final : public QTreeWidget,
+                               public mirabo::SceneTree,
+                               private mirabo::NodeNews::Receiver {
     Q_OBJECT
 
 public:
@@ -40,8 +45,10 @@ public:
     explicit SoMiraboTreeView(QWidget* parent = nullptr);
     ~SoMiraboTreeView() override;
 
-    /// Node of the first row, or null.
+    /// Node of the first row, or null. Only compared when it may have died in another thread.
     SoNode* getRoot() const { return m_root; }
+    /// False when the root died and the tree is not cleared yet.
+    bool hasLivingRoot() const;
     SoTreeViewItem* rootItem() const;
     /// All rows of a node, in no particular order.
     std::vector<SoTreeViewItem*> itemsOf(const SoNode* node) const
@@ -114,6 +121,9 @@ public:
     void graphChanged();
     /// For the topology manager: what was put off until the changes of this pass are over.
     void catchUp();
+    /// For the topology manager: whether the row is where the graph has its node. If not, it has
+    /// patched rows, and the item may be gone. False as well when the graph cannot be looked at.
+    bool verify(SoTreeViewItem* item);
 
     /// Whether anybody would do what the context menu offers to ask for.
     bool canAddNodes() const;
@@ -157,8 +167,12 @@ Q_SIGNALS:
     void expandAllRequested();
     /// A row was dropped on another that is not below it; `asSibling`: with the space bar held.
     void moveRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
-    /// The structure of the graph changed, inside the change. Receivers must not edit the graph.
+    /// The structure of the graph changed, inside the change or, when another thread made it, in a
+    /// later pass of the event loop. Receivers must not edit the graph.
     void outsideStructureChange();
+    /// A node that the tree shows has got another name, or none; told in the next pass of the event
+    /// loop.
+    void nodeNameChanged(SoNode* node);
     void overviewRefreshRequested();
     void helpRequested(const QUrl& address);
 
@@ -175,15 +189,23 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void nodeDied(const SoNode* node) override;
+    void nodeRenamed(const SoNode* node) override;
+    void nodeChangedUnheard(const SoNode* node, std::uint64_t since) override;
+    void newsWaiting() override;
     void setUpColumns();
     void applyLook();
     void clearRows();
     void startDrag();
+    bool mayMove(SoTreeViewItem* dragged, SoTreeViewItem* target);
     void choose(SoTreeViewItem* item);
+    void putOffCurrent();
     void requestHighlight(SoTreeViewItem* item);
     void announceReferences();
     void showWhatChanged();
     void forgetDisabledNodes();
+    void tellNames();
+    bool replaceRows(SoNode* root);
     void reportCheck();
     void stepReference(int direction);
     bool mayExpand(SoTreeViewItem* top);
@@ -193,7 +215,6 @@ private:
     bool verifyRowsInView();
     SoTreeViewItem* firstStrayAbove(SoTreeViewItem* item) const;
     bool isInGraph(SoTreeViewItem* item) const;
-    bool verify(SoTreeViewItem* item);
     bool isUserBusy() const;
 
     mirabo::TreeContext m_context; // First: rows use it until the last is gone.
@@ -203,6 +224,8 @@ private:
     std::unique_ptr<SoGraphTopologyManager> m_topology;
     std::unique_ptr<TreeContextMenu> m_menu;
     const SoNode* m_markedNode = nullptr; ///< only compared
+    std::vector<const SoNode*> m_renamed; ///< in this pass of the event loop; only compared
+    SoRef<SoNode> m_nextRoot;             ///< to be shown when the graph may be looked at
     int m_patchDepth = 0;
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;
@@ -210,6 +233,7 @@ private:
     bool m_closing = false;
     bool m_shiftPressed = false;
     bool m_pressChose = false; ///< the press being handled has told the panels already
+    bool m_userChose = false;  ///< in this pass of the event loop
     bool m_spaceHeld = false;
     bool m_dragArmed = false;
     QPoint m_dragStart;

@@ -1,9 +1,11 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/RowPool.h"
 #include "mirabo/tree/TreeContext.h"
 
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/nodekits/SoBaseKit.h>
 
@@ -39,7 +41,7 @@ SoBaseKit* kitFor(const SoTreeViewItem* parent)
 {
     if (!parent)
         return nullptr;
-    if (mirabo::traitsOf(parent->getNode()->getTypeId()).isKit)
+    if (mirabo::traitsOf(parent->getNodeType()).isKit)
         return static_cast<SoBaseKit*>(parent->getNode());
     return static_cast<SoBaseKit*>(parent->getPartKit());
 }
@@ -62,7 +64,10 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
       m_node(node),
       m_sourceField(source),
       m_context(&context),
+      m_type(node->getTypeId()),
+      m_dead(false),
       m_fromField(source || (parent && parent->m_fromField)),
+      m_directlyFromField(source),
       m_disabled(false),
       m_hasDisabledChildren(false),
       m_putAside(false),
@@ -76,6 +81,7 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
         m_partInfo = std::make_unique<PartInfo>();
         m_partInfo->kit = kit;
     }
+    node->tellOfDeath();
     context.index.add(this);
 }
 
@@ -87,6 +93,8 @@ SoTreeViewItem::~SoTreeViewItem()
             *kept = nullptr;
     if (m_putAside)
         m_context->putAside.erase(this);
+    if (m_dead)
+        m_context->dead.erase(this);
     if (m_indexed)
         m_context->index.remove(this);
 }
@@ -101,15 +109,39 @@ void SoTreeViewItem::operator delete(void* row)
     kPoolsRows ? rowPool().release(row) : ::operator delete(row);
 }
 
+void SoTreeViewItem::nodeDied()
+{
+    m_dead = true;
+    m_indexed = false;
+    m_context->dead.insert(this);
+    for (int i = childCount(); i-- > 0 && childItem(i)->isDirectlyFromField();)
+        childItem(i)->m_sourceField = nullptr;
+    if (!mirabo::traitsOf(m_type).isKit)
+        return;
+    std::vector<const SoTreeViewItem*> open{this};
+    while (!open.empty()) {
+        const SoTreeViewItem* item = open.back();
+        open.pop_back();
+        for (int i = 0; i < item->childCount(); ++i) {
+            const SoTreeViewItem* child = item->childItem(i);
+            if (!child->m_partInfo || child->m_partInfo->kit != m_node)
+                continue;
+            child->m_partInfo->kit = nullptr;
+            open.push_back(child);
+        }
+    }
+}
+
 void SoTreeViewItem::setIndexed(bool on)
 {
     std::vector<SoTreeViewItem*> open{this};
     while (!open.empty()) {
         SoTreeViewItem* item = open.back();
         open.pop_back();
-        if (item->m_indexed != on)
+        if (item->m_indexed != on && !item->m_dead) {
             on ? m_context->index.add(item) : m_context->index.remove(item);
-        item->m_indexed = on;
+            item->m_indexed = on;
+        }
         for (int i = 0; i < item->childCount(); ++i)
             open.push_back(item->childItem(i));
     }
@@ -135,7 +167,7 @@ void SoTreeViewItem::addChildItem(SoTreeViewItem* item)
 SoNode* SoTreeViewItem::getParentNode() const
 {
     const SoTreeViewItem* above = parentItem();
-    return above ? above->m_node : nullptr;
+    return above ? above->getNode() : nullptr;
 }
 
 const PartInfo& SoTreeViewItem::partInfo() const
@@ -146,6 +178,9 @@ const PartInfo& SoTreeViewItem::partInfo() const
     PartInfo& info = *m_partInfo;
     if (info.asOf == m_context->changes)
         return info;
+    const mirabo::GraphReading graph;
+    if (!graph || !mayReadNode() || !info.kit)
+        return info; // what is known
     info.asOf = m_context->changes;
     info.partName = SbName(info.kit->getPartString(m_node).getString());
     info.partKind = PartInfo::NotAPart;
@@ -159,13 +194,15 @@ const PartInfo& SoTreeViewItem::partInfo() const
 
 SbName SoTreeViewItem::getPartParentName() const
 {
-    return isNamedPart() ? m_partInfo->kit->getNodekitCatalog()->getParentName(getPartNumber())
-                         : SbName::empty();
+    return isNamedPart() && m_partInfo->kit
+               ? m_partInfo->kit->getNodekitCatalog()->getParentName(getPartNumber())
+               : SbName::empty();
 }
 
 bool SoTreeViewItem::isPublicPart() const
 {
-    return isNamedPart() && m_partInfo->kit->getNodekitCatalog()->isPublic(getPartNumber());
+    return isNamedPart() && m_partInfo->kit
+           && m_partInfo->kit->getNodekitCatalog()->isPublic(getPartNumber());
 }
 
 SoNode* SoTreeViewItem::getPartKit() const
@@ -190,7 +227,8 @@ void SoTreeViewItem::setShown(bool on)
 
 void SoTreeViewItem::updateReferenceMark(bool allowed)
 {
-    if (allowed && m_node->getRefCount() >= 2) {
+    const auto alive = m_context->news.keepAlive();
+    if (allowed && !m_dead && m_node->getRefCount() >= 2) {
         if (!hasNameIcon())
             m_referenceMark = true;
         return;
@@ -234,24 +272,56 @@ void SoTreeViewItem::numberChildrenUpTo(const SoTreeViewItem* item) const
     }
 }
 
+/// Whether the row's node, if it lives, is in the graph that a GraphReading protects.
+bool SoTreeViewItem::mayReadNode() const
+{
+    m_context->news.deliver();
+    return !m_dead && !m_context->changedElsewhere;
+}
+
 int SoTreeViewItem::shownReferenceCount() const
 {
-    const mirabo::NodeTraits& traits = mirabo::traitsOf(m_node->getTypeId());
+    const mirabo::NodeTraits& traits = mirabo::traitsOf(m_type);
     if ((traits.isKit && !m_context->realKitCounter)
-        || (traits.isVrml && !m_context->realVrmlCounter))
-        return countHolders(m_node);
-    return m_node->getRefCount();
+        || (traits.isVrml && !m_context->realVrmlCounter)) {
+        const mirabo::GraphReading graph;
+        return graph && mayReadNode() ? countHolders(m_node) : -1;
+    }
+    const auto alive = m_context->news.keepAlive();
+    return m_dead ? -1 : m_node->getRefCount();
+}
+
+QString SoTreeViewItem::name() const
+{
+    if (isNamedPart())
+        return toQString(getPartName());
+    const mirabo::GraphReading graph;
+    if (!graph || m_context->changedElsewhere)
+        return {};
+    SoRef<SoNode> node;
+    {
+        const auto alive = m_context->news.keepAlive();
+        if (!m_dead && m_node->refIfAlive())
+            node = SoRef<SoNode>::adopt(m_node);
+    }
+    return node ? toQString(node->getName()) : QString();
+}
+
+QString SoTreeViewItem::referenceCount() const
+{
+    const int count = shownReferenceCount();
+    return count >= 0 ? QString::number(count) : QString();
 }
 
 QVariant SoTreeViewItem::text(int column) const
 {
     switch (column) {
     case Type:
-        return toQString(m_node->getTypeId().getName());
+        return m_dead ? toQString(m_type.getName()) + " (deleted)" : toQString(m_type.getName());
     case Name:
-        return toQString(isNamedPart() ? getPartName() : m_node->getName());
+        return name();
     case ReferenceCount:
-        return QString::number(shownReferenceCount());
+        return referenceCount();
     default:
         return QTreeWidgetItem::data(column, Qt::DisplayRole);
     }
@@ -261,7 +331,7 @@ QVariant SoTreeViewItem::decoration(int column) const
 {
     switch (column) {
     case Type: {
-        const QIcon icon = mirabo::nodeIcon(m_node->getTypeId());
+        const QIcon icon = mirabo::nodeIcon(m_type);
         return icon.isNull() ? QVariant() : icon;
     }
     case ReferenceMark:
@@ -277,7 +347,7 @@ QVariant SoTreeViewItem::foreground(int column) const
 {
     switch (column) {
     case Type:
-        return QBrush(m_disabled ? Qt::darkGray : Qt::black);
+        return QBrush(m_disabled || m_dead ? Qt::darkGray : Qt::black);
     case Name:
         return QBrush(kNameColor);
     case ReferenceCount:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/SbName.h>
+#include <kalmyr/core/SoType.h>
 
 #include <QMetaType>
 #include <QTreeWidgetItem>
@@ -23,7 +24,7 @@ struct TreeContext;
 struct PartInfo {
     enum Kind : std::int32_t { NotAPart = 0, Part = 1, TopSeparator = 2 };
 
-    SoBaseKit* kit = nullptr; ///< Not owned; an ancestor in the tree.
+    SoBaseKit* kit = nullptr; ///< Not owned; an ancestor in the tree. Null once it died.
     SbName partName;          ///< empty when the kit does not know the node
     Kind partKind = NotAPart;
     std::int32_t partNumber = -1; ///< in the kit's catalogue; -1 also for parts of parts
@@ -34,9 +35,12 @@ struct PartInfo {
 /// One row of the scene tree: one occurrence of a node at one place of the graph.
 ///
 /// Texts, icons, colours and fonts are made from the node whenever they are asked for; nothing is
-/// copied. The node is not kept alive: the tree drops the row inside the change that takes the node
-/// away. A row is entered in its tree's index from creation to destruction, except while it is
-/// removed by hand.
+/// copied but its type. The node is not kept alive: the tree drops the row inside the change that
+/// takes the node away. A node that dies otherwise leaves a dead row, which says so until the rows
+/// are compared with the graph again. What a row is asked for may be less than there is while
+/// another thread edits the graph; it never touches a node that died.
+/// A row is entered in its tree's index from creation to the death of the node or its own, except
+/// while it is removed by hand.
 class SoTreeViewItem : public QTreeWidgetItem {
 public:
     enum Column { Type = 0, Name = 1, ReferenceCount = 2, ReferenceMark = 3, Bookmark = 4 };
@@ -63,7 +67,8 @@ public:
     /// Puts a row that was removed behind the others, and back into the index.
     virtual void addChildItem(SoTreeViewItem* item);
     virtual int kind() const { return kKind; }
-    virtual SoNode* getNode() const { return m_node; }
+    /// Null once the node has died.
+    virtual SoNode* getNode() const { return m_dead ? nullptr : m_node; }
     virtual SoNode* getParentNode() const;
     virtual bool isPart() const { return m_partInfo != nullptr; }
     /// The name that the kit has for the node now: entries of lists change theirs.
@@ -78,13 +83,22 @@ public:
     /// Marks the row as one occurrence of a shared node, when it is one and `allowed`.
     virtual void updateReferenceMark(bool allowed);
 
+    /// Of the node, also of one that died.
+    SoType getNodeType() const { return m_type; }
+    bool isDead() const { return m_dead; }
+    /// Whether the row was made for that node, which may be dead; only compared.
+    bool wasMadeFor(const SoNode* node) const { return m_node == node; }
+    /// For the tree: the node is being destroyed, and the index has dropped the row.
+    void nodeDied();
+
+    /// Null once the node that owns the field has died.
     SoField* getSourceField() const { return m_sourceField; }
     SoTreeViewItem* parentItem() const { return static_cast<SoTreeViewItem*>(parent()); }
     PartInfo::Kind getPartKind() const { return partInfo().partKind; }
 
     /// Reached by a field, or below a row that is.
     bool isFromField() const { return m_fromField; }
-    bool isDirectlyFromField() const { return m_sourceField != nullptr; }
+    bool isDirectlyFromField() const { return m_directlyFromField; }
     /// The node was taken out of the graph; its row stays, grey and with nothing below it.
     bool isDisabledNode() const { return m_disabled; }
     /// A disabled row has no number among its siblings, an enabled one has.
@@ -109,9 +123,12 @@ public:
     int childIndexValue() const;
     /// Rows below, from `row` on, came or went: they are numbered anew when somebody asks.
     void childrenChanged(int row = 0) { m_numbered = std::min(m_numbered, row); }
+    /// Where the row stood when somebody looked; a hint.
+    int lastKnownRow() const { return m_row; }
+    void setLastKnownRow(int row) { m_row = row; }
 
     /// How often the node is used: the toolkit's count or, for kits and VRML97 nodes unless the
-    /// settings say otherwise, the parents and fields that hold it.
+    /// settings say otherwise, the parents and fields that hold it. -1 when it cannot be told now.
     int shownReferenceCount() const;
 
     QVariant data(int column, int role) const override;
@@ -121,6 +138,9 @@ private:
 
     const PartInfo& partInfo() const;
     QVariant text(int column) const;
+    QString name() const;
+    QString referenceCount() const;
+    bool mayReadNode() const;
     QVariant decoration(int column) const;
     QVariant foreground(int column) const;
     bool hasFieldNodeFont() const;
@@ -137,7 +157,10 @@ private:
     SoTreeViewItem* m_previousOccurrence = nullptr;
     mutable std::int32_t m_row = 0;      ///< when it was numbered
     mutable std::int32_t m_numbered = 0; ///< so many rows below have the right numbers
+    SoType m_type;
+    bool m_dead : 1;
     bool m_fromField : 1;
+    bool m_directlyFromField : 1;
     bool m_disabled : 1;
     bool m_hasDisabledChildren : 1;
     bool m_putAside : 1;

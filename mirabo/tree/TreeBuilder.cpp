@@ -4,6 +4,9 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
 
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNotification.h>
+
 namespace mirabo {
 
 namespace {
@@ -43,6 +46,10 @@ std::vector<SoTreeViewItem*> cutsBelow(SoTreeViewItem* top)
 void TreeBuilder::fill(SoTreeViewItem* item)
 {
     const SoNode* node = item->getNode();
+    if (!node->isNotifyEnabled()) { // observers may have been told already
+        m_context.unheard.emplace(node, SoNotification::nextStamp());
+        m_context.anyUnheard = true;
+    }
     const ShownChildren children = shownChildren(node, m_context);
     const std::size_t firstNew = m_open.size();
     for (int i = 0, n = children.count(); i < n; ++i) {

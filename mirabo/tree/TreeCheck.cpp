@@ -16,7 +16,7 @@ QString describe(const SoTreeViewItem* item)
 {
     QString text;
     for (; item; item = item->parentItem())
-        text = '/' + QString::fromUtf8(item->getNode()->getTypeId().getName().getString()) + text;
+        text = '/' + QString::fromUtf8(item->getNodeType().getName().getString()) + text;
     return text;
 }
 
@@ -47,6 +47,10 @@ private:
         while (!m_open.empty() && m_fault.isEmpty()) {
             const SoTreeViewItem* item = m_open.back();
             m_open.pop_back();
+            if (item->isDead()) {
+                m_fault = describe(item) + ": a row whose node died";
+                break;
+            }
             ++m_rows;
             ++m_counts[item->getNode()];
             checkBelow(item);

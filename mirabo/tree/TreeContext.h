@@ -2,11 +2,14 @@
 
 #include "mirabo/tree/DisabledPlaces.h"
 #include "mirabo/tree/NodeIndex.h"
+#include "mirabo/tree/NodeNews.h"
 
 #include <QFont>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <unordered_map>
 #include <unordered_set>
 
 class SoTreeViewItem;
@@ -32,7 +35,8 @@ struct TreeContext {
     SoTreeViewItem* pressed = nullptr;
     SoTreeViewItem* toShow = nullptr;
     SoTreeViewItem* menuRow = nullptr; ///< the one that the open context menu is about
-    std::array<SoTreeViewItem**, 3> remembered() { return {&pressed, &toShow, &menuRow}; }
+    SoTreeViewItem* chosen = nullptr;  ///< the one that is being announced
+    std::array<SoTreeViewItem**, 4> remembered() { return {&pressed, &toShow, &menuRow, &chosen}; }
 
     /// Counts what may give parts of kits other names; never 0.
     std::uint32_t changes = 1;
@@ -42,6 +46,16 @@ struct TreeContext {
 
     /// Nodes that are out of the graph but still have rows, or may get them back.
     DisabledPlaces disabled;
+
+    NodeNews news;
+    /// Rows whose node died before they were compared with the graph.
+    std::unordered_set<SoTreeViewItem*> dead;
+    /// Shown nodes with changes that notification did not report, and the stamp of the first.
+    std::unordered_map<const SoNode*, std::uint64_t> unheard;
+    std::atomic<bool> anyUnheard{false}; ///< for other threads: there are some
+    /// Another thread has changed the graph, and the rows have not been compared with it yet: some
+    /// of them may stand for nodes that only that thread knows.
+    std::atomic<bool> changedElsewhere{false};
 
     /// The launch flags and preferences above, read now.
     void readEnvironment();

@@ -1,16 +1,19 @@
 #include "mirabo/tree/TreePatcher.h"
 
+#include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
 
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
 
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace mirabo {
 
@@ -24,13 +27,114 @@ PlacedNode placeOf(const SoTreeViewItem* item)
     return {item->getSourceField(), item->getNode()};
 }
 
-/// Whether row `row` stands for entry `entry`; true beyond both ends.
-bool agrees(const SoTreeViewItem* item, int row, int rows, const ShownChildren& children, int entry)
+/// Where the entries of a child list have their rows, of which some stand for disabled nodes.
+class EntryRows {
+public:
+    EntryRows(SoTreeViewItem* item, const TreeContext& context)
+        : m_item(item), m_rows(childRowCount(item))
+    {
+        if (item->hasDisabledChildren())
+            findGreyRows(context);
+    }
+    /// Number of rows for entries.
+    int count() const { return m_rows - static_cast<int>(m_grey.size()); }
+    /// New rows go in front of that; for count() behind all.
+    int rowOf(int entry) const
+    {
+        int row = entry;
+        for (const Grey& grey : m_grey)
+            if (grey.row <= row)
+                ++row;
+        return row;
+    }
+    const SoNode* nodeAt(int entry) const { return m_item->childItem(rowOf(entry))->getNode(); }
+    /// Whether the row of `entry` stands for `other` of the list; true beyond both ends.
+    bool agree(int entry, const ShownChildren& children, int other) const
+    {
+        const bool isEntry = other >= 0 && other < children.count();
+        if (entry < 0 || entry >= count())
+            return !isEntry;
+        return isEntry && nodeAt(entry) == children[other];
+    }
+    /// Rows from `row` on have moved.
+    void moved(int row, int by)
+    {
+        for (Grey& grey : m_grey)
+            if (grey.row >= row)
+                grey.item->setLastKnownRow(grey.row += by);
+    }
+
+private:
+    struct Grey {
+        int row;
+        SoTreeViewItem* item;
+    };
+
+    void findGreyRows(const TreeContext& context)
+    {
+        std::unordered_set<const SoNode*> seen;
+        for (const DisabledPlaces::Place& place : context.disabled.below(m_item->getNode())) {
+            if (!seen.insert(place.node).second)
+                continue;
+            for (SoTreeViewItem* item : context.index.itemsOf(place.node))
+                if (item->isDisabledNode() && item->parentItem() == m_item)
+                    m_grey.push_back({rowOfItem(item), item});
+        }
+        std::sort(m_grey.begin(), m_grey.end(),
+                  [](const Grey& a, const Grey& b) { return a.row < b.row; });
+    }
+    int rowOfItem(SoTreeViewItem* item) const
+    {
+        if (m_item->child(item->lastKnownRow()) != item)
+            item->setLastKnownRow(m_item->indexOfChild(item));
+        return item->lastKnownRow();
+    }
+
+    SoTreeViewItem* m_item;
+    int m_rows;
+    std::vector<Grey> m_grey; ///< by row
+};
+
+/// Rows of the nodes that one field holds; they stand together.
+struct FieldRows {
+    int begin = 0;
+    int count = 0;
+};
+
+/// The first row behind those of the same field as `row`.
+int endOfField(const SoTreeViewItem* item, int row)
 {
-    if (row < 0 || row >= rows)
-        return entry < 0 || entry >= children.count();
-    return entry >= 0 && entry < children.count()
-           && item->childItem(row)->getNode() == children[entry];
+    const SoField* field = item->childItem(row)->getSourceField();
+    int low = row + 1;
+    for (int high = item->childCount(); low < high;) {
+        // Rows of other fields differ from here on, so that halves decide.
+        const int middle = low + (high - low) / 2;
+        if (item->childItem(middle)->getSourceField() == field)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+FieldRows rowsOf(const SoTreeViewItem* item, const SoField* field)
+{
+    int row = childRowCount(item);
+    while (row < item->childCount() && item->childItem(row)->getSourceField() != field)
+        row = endOfField(item, row);
+    return {row, row < item->childCount() ? endOfField(item, row) - row : 0};
+}
+
+/// Whether a row stands for an entry of a field's list; true beyond both ends.
+bool agrees(const SoTreeViewItem* item, const FieldRows& rows, int row,
+            const std::vector<SoNode*>& nodes, int entry)
+{
+    const bool isEntry = entry >= 0 && entry < static_cast<int>(nodes.size());
+    if (row < 0 || row >= rows.count)
+        return !isEntry;
+    return isEntry
+           && item->childItem(rows.begin + row)->getNode()
+                  == nodes[static_cast<std::size_t>(entry)];
 }
 
 /// What the user has opened and chosen below a row, while its rows are taken out and put back.
@@ -272,53 +376,104 @@ bool TreePatcher::syncAroundDisabled(SoTreeViewItem* item)
 
 bool TreePatcher::childInserted(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    if (item->hasDisabledChildren())
-        return syncAroundDisabled(item);
+    EntryRows rows(item, m_context);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
-    const int row = index - children.first;
-    const int rows = childRowCount(item);
-    const bool asExpected = children.count() == rows + 1 && row >= 0 && row <= rows
-                            && children[row] == child
-                            && agrees(item, row - 1, rows, children, row - 1)
-                            && agrees(item, row, rows, children, row + 1);
+    const int entry = index - children.first;
+    const bool asExpected = children.count() == rows.count() + 1 && entry >= 0
+                            && entry <= rows.count() && children[entry] == child
+                            && rows.agree(entry - 1, children, entry - 1)
+                            && rows.agree(entry, children, entry + 1);
     if (!asExpected)
         return syncChildren(item);
-    insertRow(item, row, {nullptr, children[row]});
+    const int row = rows.rowOf(entry);
+    insertRow(item, row, {nullptr, children[entry]});
+    rows.moved(row, 1);
     return true;
 }
 
 bool TreePatcher::childRemoved(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    if (item->hasDisabledChildren())
-        return syncAroundDisabled(item);
+    EntryRows rows(item, m_context);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
-    const int row = index - children.first;
-    const int rows = childRowCount(item);
-    const bool asExpected = children.count() == rows - 1 && row >= 0 && row < rows
-                            && item->childItem(row)->getNode() == child
-                            && agrees(item, row - 1, rows, children, row - 1)
-                            && agrees(item, row + 1, rows, children, row);
+    const int entry = index - children.first;
+    const bool asExpected = children.count() == rows.count() - 1 && entry >= 0
+                            && entry < rows.count() && rows.nodeAt(entry) == child
+                            && rows.agree(entry - 1, children, entry - 1)
+                            && rows.agree(entry + 1, children, entry);
     if (!asExpected)
         return syncChildren(item);
+    const int row = rows.rowOf(entry);
     removeRow(item, row);
+    rows.moved(row, -1);
     return true;
 }
 
 bool TreePatcher::childReplaced(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    if (item->hasDisabledChildren())
-        return syncAroundDisabled(item);
+    const EntryRows rows(item, m_context);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
-    const int row = index - children.first;
-    const int rows = childRowCount(item);
-    const bool asExpected = children.count() == rows && row >= 0 && row < rows
-                            && children[row] == child && item->childItem(row)->getNode() != child
-                            && agrees(item, row - 1, rows, children, row - 1)
-                            && agrees(item, row + 1, rows, children, row + 1);
+    const int entry = index - children.first;
+    const bool asExpected = children.count() == rows.count() && entry >= 0 && entry < rows.count()
+                            && children[entry] == child && rows.nodeAt(entry) != child
+                            && rows.agree(entry - 1, children, entry - 1)
+                            && rows.agree(entry + 1, children, entry + 1);
     if (!asExpected)
         return syncChildren(item);
+    const int row = rows.rowOf(entry);
     removeRow(item, row);
-    insertRow(item, row, {nullptr, children[row]});
+    insertRow(item, row, {nullptr, children[entry]});
+    return true;
+}
+
+// As many rows as entries before the edit: so the list holds no null, and entries count like rows.
+// A field of a kit may end what is shown of those behind it.
+
+bool TreePatcher::fieldNodeInserted(SoTreeViewItem* item, SoMNodeField* field, int index)
+{
+    const FieldRows rows = rowsOf(item, field);
+    const std::vector<SoNode*>& nodes = field->getValues();
+    const bool asExpected =
+        rows.count > 0 && !traitsOf(item->getNodeType()).isKit && index >= 0 && index <= rows.count
+        && static_cast<int>(nodes.size()) == rows.count + 1
+        && nodes[static_cast<std::size_t>(index)] && agrees(item, rows, index - 1, nodes, index - 1)
+        && agrees(item, rows, index, nodes, index + 1);
+    if (!asExpected)
+        return syncFields(item);
+    insertRow(item, rows.begin + index, {field, nodes[static_cast<std::size_t>(index)]});
+    return true;
+}
+
+bool TreePatcher::fieldNodeRemoved(SoTreeViewItem* item, SoMNodeField* field, const SoNode* child,
+                                   int index)
+{
+    const FieldRows rows = rowsOf(item, field);
+    const std::vector<SoNode*>& nodes = field->getValues();
+    const bool asExpected = !traitsOf(item->getNodeType()).isKit && index >= 0 && index < rows.count
+                            && static_cast<int>(nodes.size()) == rows.count - 1
+                            && item->childItem(rows.begin + index)->getNode() == child
+                            && agrees(item, rows, index - 1, nodes, index - 1)
+                            && agrees(item, rows, index + 1, nodes, index);
+    if (!asExpected)
+        return syncFields(item);
+    removeRow(item, rows.begin + index);
+    return true;
+}
+
+bool TreePatcher::fieldNodeReplaced(SoTreeViewItem* item, SoMNodeField* field, int index)
+{
+    const FieldRows rows = rowsOf(item, field);
+    const std::vector<SoNode*>& nodes = field->getValues();
+    const auto at = static_cast<std::size_t>(index);
+    const bool asExpected = !traitsOf(item->getNodeType()).isKit && index >= 0 && index < rows.count
+                            && static_cast<int>(nodes.size()) == rows.count && nodes[at]
+                            && agrees(item, rows, index - 1, nodes, index - 1)
+                            && agrees(item, rows, index + 1, nodes, index + 1);
+    if (!asExpected)
+        return syncFields(item);
+    if (item->childItem(rows.begin + index)->getNode() == nodes[at])
+        return false;
+    removeRow(item, rows.begin + index);
+    insertRow(item, rows.begin + index, {field, nodes[at]});
     return true;
 }
 
@@ -346,20 +501,29 @@ bool TreePatcher::sync(SoTreeViewItem* item)
     return syncFields(item) || children;
 }
 
-bool TreePatcher::syncTree()
+bool TreePatcher::syncSince(SoTreeViewItem* item, std::uint64_t since)
 {
+    struct Visit {
+        SoTreeViewItem* item;
+        std::uint64_t since;
+    };
     bool changed = false;
-    std::vector<SoTreeViewItem*> open;
-    for (int i = 0; i < m_view.topLevelItemCount(); ++i)
-        open.push_back(static_cast<SoTreeViewItem*>(m_view.topLevelItem(i)));
+    std::vector<Visit> open{{item, since}};
     while (!open.empty()) {
-        SoTreeViewItem* item = open.back();
+        Visit visit = open.back();
         open.pop_back();
-        if (item->isDisabledNode())
+        if (visit.item->isDisabledNode() || visit.item->isDead())
             continue;
-        changed = sync(item) || changed;
-        for (int i = 0; i < item->childCount(); ++i)
-            open.push_back(item->childItem(i));
+        const auto unheard = m_context.unheard.find(visit.item->getNode());
+        if (unheard != m_context.unheard.end())
+            visit.since = std::min(visit.since, unheard->second);
+        changed = sync(visit.item) || changed;
+        for (int i = 0; i < visit.item->childCount(); ++i) {
+            SoTreeViewItem* child = visit.item->childItem(i);
+            const SoNode* node = child->getNode();
+            if (node && (node->getChangeId() >= visit.since || m_context.unheard.count(node)))
+                open.push_back({child, visit.since});
+        }
     }
     return changed;
 }

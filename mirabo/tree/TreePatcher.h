@@ -2,9 +2,11 @@
 
 #include "mirabo/tree/TreeBuilder.h"
 
+#include <cstdint>
 #include <vector>
 
 class QTreeWidgetItem;
+class SoMNodeField;
 class SoMiraboTreeView;
 class SoTreeViewItem;
 
@@ -25,11 +27,19 @@ public:
     bool childRemoved(SoTreeViewItem* item, const SoNode* child, int index);
     bool childReplaced(SoTreeViewItem* item, const SoNode* child, int index);
 
+    /// The same for a list of nodes in a field of the item's node, one that is not its child list.
+    bool fieldNodeInserted(SoTreeViewItem* item, SoMNodeField* field, int index);
+    bool fieldNodeRemoved(SoTreeViewItem* item, SoMNodeField* field, const SoNode* child,
+                          int index);
+    bool fieldNodeReplaced(SoTreeViewItem* item, SoMNodeField* field, int index);
+
     bool syncChildren(SoTreeViewItem* item);
     bool syncFields(SoTreeViewItem* item);
     bool sync(SoTreeViewItem* item);
-    /// The whole tree from the top. Never looks at a node before it has found it in the graph.
-    bool syncTree();
+    /// An item and all rows below it whose nodes have changed since that stamp, themselves or
+    /// below, or have changes that nobody reported. Never looks at a node before it has found it in
+    /// the graph.
+    bool syncSince(SoTreeViewItem* item, std::uint64_t since);
 
 private:
     bool isInLine(const SoTreeViewItem* item) const;

@@ -1,3 +1,4 @@
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/preferences/DragFormats.h"
 #include "mirabo/tree/HelpAddress.h"
@@ -76,10 +77,15 @@ void SoMiraboTreeView::changeEvent(QEvent* event)
 
 void SoMiraboTreeView::paintEvent(QPaintEvent* event)
 {
-    if (!m_topology->isRootAlive())
-        return;
-    // Each failed check removed what it found, so this ends.
-    while (topLevelItemCount() > 0 && !verifyRowsInView()) {
+    const mirabo::GraphReading graph;
+    if (!graph) {
+        m_lookPending = true;
+        m_topology->requestUpdate();
+    } else {
+        m_topology->bringUpToDate();
+        // Each failed check removed what it found, so this ends.
+        while (topLevelItemCount() > 0 && hasLivingRoot() && !verifyRowsInView()) {
+        }
     }
     QTreeWidget::paintEvent(event);
     if (topLevelItemCount() > 0)
@@ -113,19 +119,20 @@ void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 
 void SoMiraboTreeView::keyReleaseEvent(QKeyEvent* event)
 {
-    const SoNode* node = getCurrentNode();
+    const SoTreeViewItem* item = asItem(currentItem());
+    const bool isAlive = item && !item->isDead();
     switch (event->key()) {
     case Qt::Key_Space:
         if (!event->isAutoRepeat())
             m_spaceHeld = false;
         return;
     case Qt::Key_Delete:
-        if (node && !event->isAutoRepeat())
+        if (isAlive && !event->isAutoRepeat())
             Q_EMIT deleteRequested();
         return;
     case Qt::Key_F1:
-        if (node && !event->isAutoRepeat())
-            Q_EMIT helpRequested(mirabo::helpAddress(node->getTypeId().getName().view()));
+        if (item && !event->isAutoRepeat())
+            Q_EMIT helpRequested(mirabo::helpAddress(item->getNodeType().getName().view()));
         return;
     default:
         QTreeWidget::keyReleaseEvent(event);
@@ -140,8 +147,11 @@ void SoMiraboTreeView::focusOutEvent(QFocusEvent* event)
 
 void SoMiraboTreeView::mousePressEvent(QMouseEvent* event)
 {
+    m_topology->tryToBringUpToDate();
     SoTreeViewItem* item = asItem(itemAt(event->pos()));
     if (!item) {
+        m_context.pressed = nullptr;
+        m_dragArmed = false;
         event->accept();
         return;
     }
@@ -189,12 +199,21 @@ void SoMiraboTreeView::dragMoveEvent(QDragMoveEvent* event)
     event->setAccepted(isTreeDrag(event));
 }
 
+/// Nothing can be moved below itself, by whatever way the target is reached.
+bool SoMiraboTreeView::mayMove(SoTreeViewItem* dragged, SoTreeViewItem* target)
+{
+    const mirabo::GraphReading graph;
+    return graph && isInGraph(dragged) && isInGraph(target)
+           && !target->getNode()->isAtOrBelow(dragged->getNode());
+}
+
 void SoMiraboTreeView::dropEvent(QDropEvent* event)
 {
     if (!isTreeDrag(event)) {
         event->ignore();
         return;
     }
+    m_topology->tryToBringUpToDate();
     SoTreeViewItem* dragged = m_context.pressed;
     SoTreeViewItem* target = asItem(itemAt(event->pos()));
     m_context.pressed = nullptr;
@@ -202,14 +221,14 @@ void SoMiraboTreeView::dropEvent(QDropEvent* event)
     if (!dragged || !target || dragged == target || dragged->isDisabledNode()
         || target->isDisabledNode())
         return;
-    // Nothing can be moved below itself, by whatever way the target is reached.
-    if (target->getNode()->isAtOrBelow(dragged->getNode()))
+    if (!mayMove(dragged, target))
         return;
     Q_EMIT moveRequested(dragged, target, m_spaceHeld);
 }
 
 void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
 {
+    m_topology->tryToBringUpToDate();
     SoTreeViewItem* item = asItem(itemAt(point));
     if (!item)
         item = asItem(currentItem());
@@ -217,7 +236,7 @@ void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
         return;
     setCurrentItem(item);
     m_context.menuRow = item;
-    m_menu->prepare(item->getNode()->getTypeId());
+    m_menu->prepare(item->getNodeType());
     m_menu->popup(viewport()->mapToGlobal(point));
 }
 

@@ -1,3 +1,4 @@
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -23,6 +24,8 @@ namespace {
 int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
     if (item->isDirectlyFromField())
+        return -1;
+    if (!item->getParentNode())
         return -1;
     const mirabo::ShownChildren children = mirabo::shownChildren(item->getParentNode(), context);
     int row = item->childIndexValue();
@@ -51,22 +54,41 @@ void SoMiraboTreeView::selectChange(QTreeWidgetItem* item, QTreeWidgetItem*)
         return;
     }
     m_pressChose = true;
+    m_userChose = true;
+    m_context.toShow = nullptr;
     choose(asItem(item));
+}
+
+/// The panels hear of the current row in the next pass.
+void SoMiraboTreeView::putOffCurrent()
+{
+    m_currentMoved = true;
+    m_topology->requestUpdate();
 }
 
 void SoMiraboTreeView::choose(SoTreeViewItem* item)
 {
-    if (item && !isInGraph(item)) {
-        // Called by the selection, which does not bear that rows go: they go in the next pass.
-        m_currentMoved = true;
-        m_topology->requestUpdate();
-        return;
+    // Receivers may let the row go, and other threads its node.
+    SoRef<SoNode> node;
+    SoRef<SoNode> kit;
+    if (item) {
+        const mirabo::GraphReading graph;
+        if (!graph || !isInGraph(item)) {
+            putOffCurrent(); // the selection, which calls this, does not bear that rows go
+            return;
+        }
+        node = item->getNode();
+        kit = item->getPartKit();
     }
+    m_context.chosen = item;
     requestHighlight(item);
     announceReferences();
     Q_EMIT ignoreEnableChanged(canIgnoreOrEnable());
-    if (item)
-        Q_EMIT itemChosen(item, m_shiftPressed);
+    if (m_context.chosen)
+        Q_EMIT itemChosen(std::exchange(m_context.chosen, nullptr), m_shiftPressed);
+    const mirabo::GraphReading graph;
+    node.reset();
+    kit.reset();
 }
 
 void SoMiraboTreeView::onItemClicked(QTreeWidgetItem* item, int)
@@ -80,6 +102,9 @@ void SoMiraboTreeView::onItemClicked(QTreeWidgetItem* item, int)
 void SoMiraboTreeView::requestHighlight(SoTreeViewItem* item)
 {
     if (!m_context.autoHighlight)
+        return;
+    const mirabo::GraphReading graph; // paths are of no use without it
+    if (!graph)
         return;
     m_topology->setHighlighting(true);
     const auto over = qScopeGuard([this] { m_topology->setHighlighting(false); });
@@ -118,7 +143,7 @@ void SoMiraboTreeView::showWhatChanged()
 {
     SoTreeViewItem* changed = m_topology->takeChangedItem();
     SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
-    if (changed)
+    if (changed && !m_userChose)
         item = changed;
     if (!item || item == currentItem() || isUserBusy())
         return;

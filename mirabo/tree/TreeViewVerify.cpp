@@ -1,3 +1,4 @@
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -24,6 +25,8 @@ bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& contex
     const SoNode* parent = item->getParentNode();
     if (item->isDisabledNode())
         return true; // kept alive by the tree
+    if (!parent || item->isDead())
+        return false;
     if (item->isDirectlyFromField()) {
         std::vector<mirabo::PlacedNode> places;
         mirabo::FieldNodes().collect(parent, places);
@@ -64,14 +67,16 @@ SoTreeViewItem* SoMiraboTreeView::firstStrayAbove(SoTreeViewItem* item) const
 
 bool SoMiraboTreeView::isInGraph(SoTreeViewItem* item) const
 {
-    return m_topology->isRootAlive() && !firstStrayAbove(item);
+    const mirabo::GraphReading graph;
+    return graph && hasLivingRoot() && !m_context.changedElsewhere && !firstStrayAbove(item);
 }
 
 /// Changes made while notification was off are nowhere reported: a row that is about to be used is
 /// checked first. False when rows had to be patched, so that the item may be gone.
 bool SoMiraboTreeView::verify(SoTreeViewItem* item)
 {
-    if (!m_topology->isRootAlive())
+    const mirabo::GraphReading graph;
+    if (!graph || !hasLivingRoot())
         return false;
     const SoTreeViewItem* stray = firstStrayAbove(item);
     if (!stray)

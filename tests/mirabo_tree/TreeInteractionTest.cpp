@@ -119,6 +119,20 @@ TEST_F(TreeInteraction, DropsNothingThatDiedMeanwhile)
     EXPECT_EQ(check(), "");
 }
 
+TEST_F(TreeInteraction, DragsNothingWhenPressedBesideTheRows)
+{
+    QSignalSpy moves(&view, &SoMiraboTreeView::moveRequested);
+    press(cube);
+    release();
+    const QPoint beside(5, view.viewport()->height() - 5);
+    ASSERT_FALSE(view.itemAt(beside));
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, beside);
+    EXPECT_EQ(view.context().pressed, nullptr);
+    EXPECT_TRUE(drop(group));
+    EXPECT_EQ(moves.size(), 0);
+    release();
+}
+
 TEST_F(TreeInteraction, AnswersItsKeys)
 {
     QSignalSpy deletions(&view, &SoMiraboTreeView::deleteRequested);
@@ -244,6 +258,42 @@ TEST_F(TreeInteraction, FollowsNoSteadyStreamOfChanges)
     camera->heightAngle = 1; // looking around
     pass();
     EXPECT_EQ(view.getCurrentNode(), material);
+}
+
+TEST_F(TreeInteraction, FollowsNoStreamOfRemovals)
+{
+    view.topologyManager().recentChanges().setQuietTime(60000);
+    for (int i = 0; i < 10; ++i) {
+        group->addChild(new SoCube);
+        view.setCurrentItem(row(cube));
+        pass();
+        group->removeChild(1);
+        pass();
+        EXPECT_EQ(view.getCurrentNode(), cube) << i;
+    }
+    // Where the chosen row itself goes there is nothing to be kept.
+    view.setCurrentItem(row(material));
+    pass();
+    group->removeChild(0);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), group);
+}
+
+TEST_F(TreeInteraction, LeavesAChoiceOfTheSamePass)
+{
+    group->addChild(new SoCube);
+    pass();
+    group->removeChild(1);
+    view.setCurrentItem(row(cube));
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    view.setCurrentItem(row(material));
+    cube->width = 7;
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    cube->width = 8;
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
 }
 
 TEST_F(TreeInteraction, StaysPutUnderTheUsersHandsAndItsOwnHighlight)

@@ -184,7 +184,7 @@ private:
     void editOther()
     {
         SoGroup* group = m_groups[below(m_groups.size())].get();
-        switch (below(5)) {
+        switch (below(7)) {
         case 0:
         case 4:
             editContent(m_contents[below(m_contents.size())].get());
@@ -196,9 +196,39 @@ private:
             group->enableNotify(true);
             group->touch();
             break;
+        case 5:
+            editInSilence();
+            break;
+        case 6:
+            group->setName(below(2) ? "named" : "");
+            break;
         default:
             turnOver(m_groups[below(m_groups.size() - 1) + 1].get());
         }
+    }
+
+    /// Edits anywhere while some nodes are silent, one of them perhaps shown in that state first.
+    /// Then each tells once of itself, in any order.
+    void editInSilence()
+    {
+        std::vector<SoNode*> silent;
+        for (int i = 0; i <= below(3); ++i) {
+            SoNode* node = below(3) ? static_cast<SoNode*>(m_groups[below(m_groups.size())].get())
+                                    : m_holders[below(m_holders.size())].get();
+            node->enableNotify(false);
+            silent.push_back(node);
+        }
+        for (int i = 0; i < 4; ++i) {
+            editGroup(m_groups[below(m_groups.size())].get());
+            editHolder(m_holders[below(m_holders.size())].get());
+            if (below(3) == 0)
+                QCoreApplication::processEvents(); // rows of dead nodes go meanwhile
+        }
+        std::shuffle(silent.begin(), silent.end(), m_random);
+        for (SoNode* node : silent)
+            node->enableNotify(true);
+        for (SoNode* node : silent)
+            node->touch();
     }
 
     /// Disables a node or enables it again.
