@@ -41,7 +41,7 @@ void MeasureExtension::deactivate()
 
 QWidget* MeasureExtension::createView(QWidget* parent)
 {
-    m_view = new MeasureView(parent);
+    m_view = new MeasureView(this, parent);
     return m_view;
 }
 

@@ -61,11 +61,14 @@ void MeasurePage::save()
 
 void MeasurePage::chooseColor()
 {
-    const QColor chosen = QColorDialog::getColor(m_color, this);
-    if (!chosen.isValid())
-        return;
-    m_color = chosen;
-    showColor();
+    // Without a loop of its own: the host may end the inspector while the dialog is open.
+    auto* dialog = new QColorDialog(m_color, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QColorDialog::colorSelected, this, [this](const QColor& chosen) {
+        m_color = chosen;
+        showColor();
+    });
+    dialog->open();
 }
 
 void MeasurePage::showColor()

@@ -5,7 +5,6 @@
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/core/SoNode.h>
-#include <kalmyr/sensors/SoNodeSensor.h>
 
 #include <QFormLayout>
 #include <QLabel>
@@ -45,11 +44,14 @@ QString typeOf(const SoNode* node)
 
 } // namespace
 
-MeasureView::MeasureView(QWidget* parent)
-    : QWidget(parent), m_sensor(std::make_unique<SoNodeSensor>(&MeasureView::nodeChanged, this))
+// The sensor waits in the delay queue: a burst of changes is measured once.
+MeasureView::MeasureView(MrbExtension* extension, QWidget* parent)
+    : QWidget(parent),
+      m_guard(extension, [this](SoSensor*) { refresh(); }),
+      m_sensor(&MrbSensorGuard::call, &m_guard)
 {
     // Dead nodes empty the view; the sensor is detached by then.
-    m_sensor->setDeleteCallback(&MeasureView::nodeChanged, this);
+    m_sensor.setDeleteCallback(&MrbSensorGuard::call, &m_guard);
     new QFormLayout(this);
     m_type = addRow("type", "Node");
     m_size = addRow("size", "Size");
@@ -60,7 +62,7 @@ MeasureView::MeasureView(QWidget* parent)
 
 MeasureView::~MeasureView()
 {
-    m_sensor->detach();
+    m_sensor.detach();
 }
 
 QLabel* MeasureView::addRow(const char* name, const char* title)
@@ -76,19 +78,13 @@ QLabel* MeasureView::addRow(const char* name, const char* title)
 
 void MeasureView::setNode(SoNode* node)
 {
-    m_sensor->attach(node);
+    m_sensor.attach(node);
     refresh();
-}
-
-// The sensor waits in the delay queue: a burst of changes is measured once.
-void MeasureView::nodeChanged(void* data, SoSensor*)
-{
-    static_cast<MeasureView*>(data)->refresh();
 }
 
 void MeasureView::refresh()
 {
-    SoNode* node = m_sensor->getAttachedNode();
+    SoNode* node = m_sensor.getAttachedNode();
     if (!node) {
         m_type->setText("Select a node in the tree");
         for (QLabel* label : {m_size, m_center, m_primitives})

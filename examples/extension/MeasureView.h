@@ -1,20 +1,19 @@
 #pragma once
 
-#include <QWidget>
+#include <kalmyr/sensors/SoNodeSensor.h>
+#include <mirabo/extender/MrbExtension.h>
 
-#include <memory>
+#include <QWidget>
 
 class QLabel;
 class SoNode;
-class SoNodeSensor;
-class SoSensor;
 
 /// Size and primitives of one node, kept up to date while the node lives.
 class MeasureView final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit MeasureView(QWidget* parent = nullptr);
+    MeasureView(MrbExtension* extension, QWidget* parent);
     ~MeasureView() override;
 
     /// Null shows a hint.
@@ -23,9 +22,9 @@ public:
 private:
     QLabel* addRow(const char* name, const char* title);
     void refresh();
-    static void nodeChanged(void* data, SoSensor* sensor);
 
-    std::unique_ptr<SoNodeSensor> m_sensor; ///< forgets a node that dies
+    MrbSensorGuard m_guard; ///< a fault in refresh() ends the extension, not the host
+    SoNodeSensor m_sensor;  ///< forgets a node that dies
     QLabel* m_type;
     QLabel* m_size;
     QLabel* m_center;

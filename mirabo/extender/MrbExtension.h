@@ -6,13 +6,14 @@
 #include <QPointer>
 #include <QString>
 
-#include <exception>
+#include <functional>
 #include <utility>
 
 class MrbPreferencePage;
 class MrbServices;
 class MrbShell;
 class QWidget;
+class SoSensor;
 
 namespace mirabo {
 class HostedExtension;
@@ -35,8 +36,11 @@ struct MrbExtensionInfo {
 /// Any operation may throw: the tool reports the extension with the cause, removes what it has
 /// placed, and goes on without it. The same holds for slots connected to services()' signals, for
 /// commands pushed through services(), for the entries, menus, tool bars and buttons placed through
-/// shell(), and for callables wrapped by guard(). Everything else that Qt calls (painting, timers,
-/// models) must not throw.
+/// shell(), for callables wrapped by guard(), and for sensors with a MrbSensorGuard. Everything
+/// else that Qt or the toolkit calls (painting, timers, models, callbacks) must not throw.
+///
+/// The host, the user or another extension may end the tool at any time, also while code of this
+/// extension runs: once that code has returned deactivate() is called and the extension destroyed.
 ///
 /// The order of the virtual operations is part of the binary interface.
 class MRBEXT_API MrbExtension : public QObject {
@@ -77,25 +81,48 @@ public:
     /// Has the extension switched off, with this cause, as soon as none of its code runs.
     void fail(const QString& cause);
 
-    /// Wraps a callable so that an exception ends the extension instead of the host:
+    /// Wraps a callable so that an exception ends the extension instead of the host. Once the
+    /// extension has failed or is gone it does nothing.
     ///     connect(button, &QPushButton::clicked, this, guard([this] { measure(); }));
     template <typename Callable>
     auto guard(Callable callable)
     {
         return [self = QPointer<MrbExtension>(this), callable](auto&&... arguments) {
-            try {
-                callable(std::forward<decltype(arguments)>(arguments)...);
-            } catch (const std::exception& error) {
-                if (self)
-                    self->fail(QString::fromLocal8Bit(error.what()));
-            } catch (...) {
-                if (self)
-                    self->fail("an exception of unknown type");
-            }
+            if (self)
+                self->runGuarded("guarded code", [&] {
+                    callable(std::forward<decltype(arguments)>(arguments)...);
+                });
         };
     }
+
+    /// Runs some code as one call into the extension, which an exception ends; `what` names the
+    /// code in the report. Nothing is run once the extension has failed. Any thread: in others than
+    /// its own the exception is reported later.
+    void runGuarded(const char* what, const std::function<void()>& code);
 
 private:
     friend class mirabo::HostedExtension;
     mirabo::HostedExtension* m_host = nullptr; // Not owned; owns us.
+};
+
+/// What a sensor of the toolkit needs to call an extension under its guard. Declared before the
+/// sensor, which it must outlive:
+///     MrbSensorGuard m_guard;
+///     SoNodeSensor m_sensor{&MrbSensorGuard::call, &m_guard};
+/// The same for delete callbacks. Does nothing once the extension has failed or is gone.
+class MRBEXT_API MrbSensorGuard {
+public:
+    using Code = std::function<void(SoSensor* sensor)>;
+
+    MrbSensorGuard(MrbExtension* extension, Code code);
+    ~MrbSensorGuard();
+    MrbSensorGuard(const MrbSensorGuard&) = delete;
+    MrbSensorGuard& operator=(const MrbSensorGuard&) = delete;
+
+    /// The callback, a SoSensorCB; its data is the guard.
+    static void call(void* guard, SoSensor* sensor);
+
+private:
+    QPointer<MrbExtension> m_extension;
+    Code m_code;
 };

@@ -128,6 +128,7 @@ public:
             {"menu entry", [] { clickFirstEntry("everything:menu"); }},
             {"contextMenu entry", [] { clickFirstEntry("everything:contextMenu"); }},
             {"timer", [] { invoke("throwLater"); }},
+            {"sensor", [] { invoke("changeWatched"); }},
             {"deactivate", [] { MrbPluginsManager::getInstance()->setActiveProfile("Off"); }},
         };
     }
@@ -166,7 +167,7 @@ std::string callbackName(const ::testing::TestParamInfo<int>& info)
         .toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ThrowingCallback, ::testing::Range(0, 20), callbackName);
+INSTANTIATE_TEST_SUITE_P(All, ThrowingCallback, ::testing::Range(0, 21), callbackName);
 
 TEST_F(ThrowingCallback, ARefusalCountsWithItsReason)
 {

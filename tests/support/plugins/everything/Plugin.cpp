@@ -5,7 +5,9 @@
 #include <mirabo/extender/MrbServices.h>
 #include <mirabo/extender/MrbShell.h>
 
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/nodes/SoGroup.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 
 #include <QAction>
@@ -120,6 +122,8 @@ public:
             fail("nothing to show");
             return false;
         }
+        m_sensor.setPriority(0);
+        m_sensor.attach(m_watched.get());
         placeWidgets();
         placeEntries();
         shell()->addView(this, Qt::RightDockWidgetArea);
@@ -156,6 +160,7 @@ public:
     {
         QTimer::singleShot(0, this, guard([] { at("timer"); }));
     }
+    Q_INVOKABLE void changeWatched() { m_watched->width = 3; }
     Q_INVOKABLE void removeAll()
     {
         shell()->removeDockWidget(m_dock);
@@ -214,6 +219,9 @@ private:
         shell()->addEntry(tool, "Edit Tool Bar", 0);
     }
 
+    SoRef<SoCube> m_watched{new SoCube};
+    MrbSensorGuard m_guard{this, [](SoSensor*) { at("sensor"); }};
+    SoNodeSensor m_sensor{&MrbSensorGuard::call, &m_guard};
     QDockWidget* m_dock = nullptr; // The shell's, as the others.
     QToolBar* m_toolBar = nullptr;
     QLabel* m_status = nullptr;
