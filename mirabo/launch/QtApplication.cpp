@@ -4,9 +4,11 @@
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoDynamicLibManager.h>
 #include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/qt/SoQt.h>
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QThread>
 
 #include <new>
 
@@ -41,8 +43,15 @@ bool QtApplication::obtain(int& argc, char** argv)
                                               "it must be a QApplication");
         return false;
     }
-    m_owned = true;
+    if (argc < 1 || !argv)
+        return obtain();
     preparePluginPath();
+    // Qt would end the process.
+    if (const SbString cause = SoQt::whyNoDisplay(argc, argv); !cause.isEmpty()) {
+        SoDebugError::post("SoMirabo::start", "%s", cause.getString());
+        return false;
+    }
+    m_owned = true;
     m_application = new (std::nothrow) QApplication(argc, argv);
     if (m_application)
         m_application->setQuitOnLastWindowClosed(false);
@@ -64,8 +73,11 @@ void QtApplication::preparePluginPath()
 
 void QtApplication::release()
 {
-    if (m_owned && QCoreApplication::instance())
+    if (m_owned && QCoreApplication::instance()) {
+        if (QThread::currentThread()->loopLevel() > 0)
+            return;
         delete m_application;
+    }
     m_application = nullptr;
     m_owned = false;
 }

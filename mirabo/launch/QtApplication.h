@@ -12,11 +12,13 @@ public:
     QtApplication();
     ~QtApplication();
 
-    /// Borrows or creates; false when none can be had. The arguments are used for our own only.
+    /// Borrows or creates; false, with the cause told, when none can be had. The arguments are used
+    /// for our own only; without any it gets a name.
     bool obtain();
     bool obtain(int& argc, char** argv);
     bool isOwned() const { return m_owned; }
-    /// Deletes our own; leaves a borrowed one alone.
+    /// Deletes our own, unless its loop runs: then the next start or end has it. Leaves a borrowed
+    /// one alone.
     void release();
 
 private:

@@ -1,6 +1,7 @@
 #include "support/ErrorGuard.h"
 #include "support/HostScene.h"
 
+#include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/gui/SoGuiInit.h>
 #include <kalmyr/gui/SoLibMirabo.h>
@@ -13,6 +14,7 @@
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 
@@ -144,6 +146,56 @@ TEST_F(PlainHostTest, RefusesAnApplicationWithoutWidgets)
     EXPECT_EQ(viewer->getSceneManager()->getImpl()->getOwnMirabo(), 0);
     EXPECT_EQ(errors.count(), 2U);
     EXPECT_FALSE(hooks().m_mirabo_processEvents());
+}
+
+/// Starts in all ways in a process whose Qt has this platform; ends it with 0 when none succeeded
+/// and each was told of.
+[[noreturn]] void startWithout(const char* platform, SoNode* scene)
+{
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+    unsetenv("XDG_SESSION_TYPE");
+    if (*platform)
+        setenv("QT_QPA_PLATFORM", platform, 1);
+    else
+        unsetenv("QT_QPA_PLATFORM");
+    SoLibMirabo& hooks = *SoLibMirabo::instance();
+    const SoRef<SoGuiExaminerViewer> viewer(new SoGuiExaminerViewer);
+    viewer->setSceneGraph(scene);
+    auto errors = support::expectErrors();
+    std::string program = "prog";
+    char* arguments[] = {program.data(), nullptr};
+    hooks.m_mirabo_startNode(scene);
+    hooks.m_mirabo_startSceneManager(viewer->getSceneManager());
+    hooks.m_mirabo_startStandalone(1, arguments);
+    SoKeyboardEvent key;
+    key.setKey(SoLibMirabo::getShortcutValue());
+    key.setState(SoButtonEvent::DOWN);
+    viewer->processEvent(&key);
+    const bool attached = viewer->getSceneManager()->getImpl()->getOwnMirabo() != 0;
+    const bool refused = !hooks.m_mirabo_isRunning() && !QCoreApplication::instance();
+    for (const std::string& text : errors.texts())
+        std::fprintf(stderr, "%s\n", text.c_str());
+    std::_Exit(refused && !attached && errors.count() == 4 ? 0 : 3);
+}
+
+TEST_F(PlainHostTest, GoesOnWhereNoDisplayCanBeHad)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto status = testing::ExitedWithCode(0);
+    EXPECT_EXIT(startWithout("", scene.get()), status, "no display can be opened");
+    EXPECT_EXIT(startWithout("xcb", scene.get()), status, "no display can be opened");
+    EXPECT_EXIT(startWithout("wayland;xcb", scene.get()), status, "\"wayland\"(.|\n)*\"xcb\"");
+    EXPECT_EXIT(startWithout("nosuchplatform", scene.get()), status, "no usable plug-in");
+    // One of several is enough.
+    EXPECT_EXIT(
+        {
+            unsetenv("DISPLAY");
+            setenv("QT_QPA_PLATFORM", "xcb;offscreen", 1);
+            hooks().m_mirabo_startNode(scene.get());
+            std::_Exit(hooks().m_mirabo_isRunning() ? 0 : 3);
+        },
+        status, "");
 }
 
 TEST_F(PlainHostTest, RunsAgainAndAgain)

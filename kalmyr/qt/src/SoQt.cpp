@@ -1,5 +1,6 @@
 #include <kalmyr/qt/SoQt.h>
 
+#include <kalmyr/base/SbString.h>
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/gui/SoGuiInit.h>
@@ -199,6 +200,10 @@ void SoQt::init(QWidget* topLevel)
 QWidget* SoQt::init(int& argc, char** argv, const char* name)
 {
     Binding& data = binding();
+    if (const SbString cause = whyNoDisplay(argc, argv); !cause.isEmpty()) {
+        SoDebugError::post("SoQt::init", "%s", cause.getString());
+        return nullptr;
+    }
     if (!QCoreApplication::instance())
         data.application = std::make_unique<QApplication>(argc, argv);
     if (!data.ownTopLevel)

@@ -3,6 +3,7 @@
 #include <kalmyr/base/Export.h>
 
 class QWidget;
+class SbString;
 
 /// Binds the toolkit to Qt: initialises the toolkit and lets Qt's event loop serve its sensors.
 ///
@@ -23,8 +24,13 @@ public:
 
     /// Initialises a program that has only toolkit code: makes the QApplication when there is none
     /// (finish() destroys it again) and a top-level widget titled `name`, which is not shown yet.
-    /// `argc` and `argv` must live until finish().
+    /// `argc` and `argv` must live until finish(). Null, with a debug error posted, where
+    /// whyNoDisplay() has a cause.
     static QWidget* init(int& argc, char** argv, const char* name);
+
+    /// Why a QApplication with these arguments could open no display and would end the process;
+    /// empty when it can, or is there already. `argv` may be null.
+    static SbString whyNoDisplay(int argc, char** argv);
 
     /// Takes back one init(); more of them than inits are ignored.
     static void finish();
