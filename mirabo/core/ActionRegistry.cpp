@@ -1,5 +1,7 @@
 #include "mirabo/core/ActionRegistry.h"
 
+#include "mirabo/extender/private/Frame.h"
+
 #include <QAction>
 
 #include <algorithm>
@@ -51,6 +53,7 @@ bool ActionRegistry::run(ActionId id)
     // A copy: what runs may withdraw its own handler.
     const std::function<void()> function = slot(id).entries.back().handler.run;
     const QPointer<ActionRegistry> self(this);
+    const Frame frame; // the host may end the tool meanwhile
     function();
     if (self)
         updateLater();

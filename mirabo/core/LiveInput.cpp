@@ -1,9 +1,11 @@
 #include "mirabo/core/LiveInput.h"
 
 #include "mirabo/core/Messages.h"
+#include "mirabo/extender/private/Frame.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QProgressBar>
 #include <QProgressDialog>
 
 namespace {
@@ -29,19 +31,24 @@ void LiveInput::showDialog()
     m_dialog = new QProgressDialog("Loading " + name, "Cancel", 0, 100, m_parent);
     m_dialog->setWindowModality(Qt::WindowModal);
     m_dialog->setCancelButton(nullptr);
-    m_dialog->setMinimumDuration(0);
-    m_dialog->setAutoReset(false);
-    m_dialog->setValue(0);
+    m_dialog->setAttribute(Qt::WA_QuitOnClose, false);
+    m_bar = new QProgressBar(m_dialog);
+    m_bar->setRange(0, 100);
+    m_dialog->setBar(m_bar);
+    m_dialog->show();
 }
 
 void LiveInput::progress(std::size_t bytesRead, std::size_t total)
 {
     if (mirabo::isBatch() || total == 0 || m_sinceStart.elapsed() < kPatienceMs)
         return;
-    if (!m_dialog)
+    if (!m_dialog && m_parent && !mirabo::Frame::isEnding())
         showDialog();
-    // Repaints by itself; the user's input waits until the file is read.
-    m_dialog->setValue(static_cast<int>(100 * bytesRead / total));
+    // Not by the dialog, which would run the loop itself and rely on being there afterwards.
+    if (m_bar)
+        m_bar->setValue(static_cast<int>(100 * bytesRead / total));
+    const mirabo::Frame frame; // the host may end the tool meanwhile
+    // The user's input waits until the file is read.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QString>
 
+class QProgressBar;
 class QProgressDialog;
 class QWidget;
 
@@ -27,7 +28,8 @@ private:
     void showDialog();
 
     QPointer<QWidget> m_parent;
-    QPointer<QProgressDialog> m_dialog;
+    QPointer<QProgressDialog> m_dialog; ///< owned, unless its parent deleted it
+    QPointer<QProgressBar> m_bar;       // Not owned; the dialog's.
     QElapsedTimer m_sinceStart;
     QString m_firstWarning;
     int m_numWarnings = 0;

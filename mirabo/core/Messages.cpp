@@ -1,5 +1,7 @@
 #include "mirabo/core/Messages.h"
 
+#include "mirabo/core/Modal.h"
+
 #include <QCoreApplication>
 #include <QMessageBox>
 #include <QVariant>
@@ -15,6 +17,14 @@ void print(const QString& text)
     std::fprintf(stderr, "%s\n", text.toUtf8().constData());
 }
 
+void show(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text)
+{
+    if (isBatch())
+        print(text);
+    else
+        Modal(new QMessageBox(icon, title, text, QMessageBox::Ok, parent)).run();
+}
+
 } // namespace
 
 bool isBatch()
@@ -25,18 +35,19 @@ bool isBatch()
 
 void showWarning(QWidget* parent, const QString& title, const QString& text)
 {
-    if (isBatch())
-        print(text);
-    else
-        QMessageBox::warning(parent, title, text);
+    show(QMessageBox::Warning, parent, title, text);
 }
 
 void showCritical(QWidget* parent, const QString& title, const QString& text)
 {
-    if (isBatch())
-        print(text);
-    else
-        QMessageBox::critical(parent, title, text);
+    show(QMessageBox::Critical, parent, title, text);
+}
+
+bool ask(QWidget* parent, const QString& title, const QString& question)
+{
+    const auto buttons = QMessageBox::Yes | QMessageBox::No;
+    Modal box(new QMessageBox(QMessageBox::Question, title, question, buttons, parent));
+    return box.run() == QMessageBox::Yes;
 }
 
 } // namespace mirabo

@@ -13,5 +13,7 @@ inline constexpr char kBatchProperty[] = "miraboBatch";
 bool isBatch();
 void showWarning(QWidget* parent, const QString& title, const QString& text);
 void showCritical(QWidget* parent, const QString& title, const QString& text);
+/// False as well when the parent died or the tool ended while the question was open.
+bool ask(QWidget* parent, const QString& title, const QString& question);
 
 } // namespace mirabo

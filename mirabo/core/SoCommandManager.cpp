@@ -2,8 +2,10 @@
 
 #include "mirabo/core/AboutDialog.h"
 #include "mirabo/core/MainActions.h"
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbServices.h"
+#include "mirabo/extender/private/Frame.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoRef.h>
@@ -105,11 +107,12 @@ void SoCommandManager::openFile()
     const SbString models = SbFileHelper::expandString("$KMRHOME/data/models");
     const QString directory = QString::fromUtf8(models.getString());
     // The dialog would take a folder that is not there for the name of a file.
-    const QString name = QFileDialog::getOpenFileName(
-        m_frame, "open file", QFileInfo(directory).isDir() ? directory : QString(),
-        "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)");
-    if (!name.isEmpty() && m_document)
-        m_document->openSceneFile(name);
+    mirabo::Modal dialog(new QFileDialog(m_frame, "open file",
+                                         QFileInfo(directory).isDir() ? directory : QString(),
+                                         "Kalmyr files (*.ky *.kyz *.ky.gz);;All files (*.*)"));
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    if (dialog.run() == QDialog::Accepted && m_document)
+        m_document->openSceneFile(dialog->selectedFiles().value(0));
 }
 
 void SoCommandManager::openFileRecent()
@@ -231,6 +234,7 @@ void SoCommandManager::announce(SoNode* node)
 
 void SoCommandManager::treeNodeChosen(SoNode* node, SoNode* kit, bool newTab)
 {
+    const mirabo::Frame frame; // the sender is a view
     // The node before its first field: an editor that starts afresh for a node keeps the field. An
     // extension that is told may take either out of the graph.
     const SoRef<SoNode> keptNode(node);
@@ -244,7 +248,9 @@ void SoCommandManager::selectedNodeChanged(SoFieldContainer* container)
 {
     if (m_announcing || !container || !container->isOfType(SoNode::getClassTypeId()))
         return;
+    const mirabo::Frame frame;
     auto* node = static_cast<SoNode*>(container);
+    const SoRef<SoNode> kept(node);
     if (m_tree)
         m_tree->revealNode(node);
     if (m_panels)
@@ -253,6 +259,7 @@ void SoCommandManager::selectedNodeChanged(SoFieldContainer* container)
 
 void SoCommandManager::fieldSelected(SoField* field)
 {
+    const mirabo::Frame frame; // the sender is a list
     if (MrbServices* services = MrbServices::getInstance())
         services->setSelectedField(field);
 }
@@ -422,7 +429,7 @@ void SoCommandManager::editPreferences()
 
 void SoCommandManager::launchAboutMiraboFrame()
 {
-    mirabo::AboutDialog(m_frame).exec();
+    mirabo::Modal(new mirabo::AboutDialog(m_frame)).run();
 }
 
 void SoCommandManager::launchMiraboHelpViewer()

@@ -2,6 +2,7 @@
 
 #include "mirabo/core/InlineFetcher.h"
 #include "mirabo/core/SoCommandManager.h"
+#include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/preferences/DragFormats.h"
 
 #include <QAction>
@@ -61,12 +62,15 @@ SoMiraboMainFrame::SoMiraboMainFrame(QWidget* parent, Qt::WindowFlags flags)
     // A tool window inside a host's parent would be clipped: it stays a window of its own.
     if (parent)
         setWindowFlags(Qt::Window | flags);
+    mirabo::EventFrames::install();
+    mirabo::EventFrames::addRoot(this);
 }
 
 SoMiraboMainFrame::~SoMiraboMainFrame()
 {
     if (m_deathHandler)
         m_deathHandler();
+    mirabo::EventFrames::removeRoot(this);
 }
 
 void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
@@ -75,6 +79,8 @@ void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
     m_mayReplaceScene = standalone;
     setWindowTitle("Mirabo");
     setWindowIcon(QIcon(QString(kIconPrefix) + "MiraboIcon.png"));
+    // A host's loop ends with the host's last window, whatever the tool shows or closes.
+    setAttribute(Qt::WA_QuitOnClose, standalone);
     setAcceptDrops(true);
     setDockNestingEnabled(true);
     setIconSize(QSize(20, 20));

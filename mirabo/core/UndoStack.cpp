@@ -1,6 +1,7 @@
 #include "mirabo/core/UndoStack.h"
 
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extender/private/Frame.h"
 
 #include <algorithm>
 
@@ -17,6 +18,7 @@ public:
     }
 
 private:
+    const Frame m_frame; // a sensor of the host may end the tool
     UndoStack& m_stack;
 };
 

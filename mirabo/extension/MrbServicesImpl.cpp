@@ -1,6 +1,7 @@
 #include "mirabo/extension/MrbServicesImpl.h"
 
 #include "mirabo/core/SoCommandManager.h"
+#include "mirabo/extender/private/Frame.h"
 
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/core/SoField.h>
@@ -16,6 +17,7 @@ MrbServicesImpl* s_instance = nullptr;
 template <typename Emission>
 void emitSafely(Emission emission)
 {
+    const mirabo::Frame frame;
     try {
         emission();
     } catch (const std::exception& error) {
@@ -56,6 +58,7 @@ MrbServicesImpl::~MrbServicesImpl()
 
 bool MrbServicesImpl::pushCommand(MrbCommand* command)
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     return m_hub->addCommand(command);
 }
 
@@ -76,16 +79,19 @@ void MrbServicesImpl::removeCommands(const Test& test)
 
 void MrbServicesImpl::redo()
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     m_hub->redo();
 }
 
 void MrbServicesImpl::undo()
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     m_hub->undo();
 }
 
 void MrbServicesImpl::setSceneGraph(SoNode* root)
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     m_sceneGraph.reset(root);
     m_announced = false;
     if (m_sceneSetter)
@@ -112,6 +118,7 @@ SoField* MrbServicesImpl::getSelectedField() const
 
 void MrbServicesImpl::setSelectedField(SoField* field)
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     m_selectedField.reset(field);
     m_fieldContainer.reset(field ? field->getContainer() : nullptr);
     emitSafely([&] { Q_EMIT selectedFieldChanged(field); });
@@ -119,6 +126,7 @@ void MrbServicesImpl::setSelectedField(SoField* field)
 
 void MrbServicesImpl::setSelectedNode(SoFieldContainer* node)
 {
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
     m_selectedNode.reset(node);
     emitSafely([&] { Q_EMIT selectedNodeChanged(node); });
 }

@@ -1,6 +1,7 @@
 #include "mirabo/launch/CriticalError.h"
 
 #include "mirabo/core/Messages.h"
+#include "mirabo/core/Modal.h"
 
 #include <kalmyr/base/SoErrorStack.h>
 
@@ -43,20 +44,22 @@ bool s_showing = false;
     std::_Exit(kExitStatus);
 }
 
-void showReport(const QString& report)
+/// False when it was closed because the tool ends.
+bool showReport(const QString& report)
 {
-    QDialog dialog;
-    dialog.setObjectName("errorReport");
-    dialog.setWindowTitle("Error report");
-    dialog.resize(kReportWidth, kReportHeight);
-    auto* text = new QTextEdit(&dialog);
+    auto* dialog = new QDialog;
+    Modal modal(dialog);
+    dialog->setObjectName("errorReport");
+    dialog->setWindowTitle("Error report");
+    dialog->resize(kReportWidth, kReportHeight);
+    auto* text = new QTextEdit(dialog);
     text->setReadOnly(true);
     text->setAccessibleName("Call stack");
     text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     text->setLineWrapMode(QTextEdit::NoWrap);
     text->setPlainText(report);
-    (new QVBoxLayout(&dialog))->addWidget(text);
-    dialog.exec();
+    (new QVBoxLayout(dialog))->addWidget(text);
+    return modal.run().has_value();
 }
 
 void ask(const QString& message, const QString& report)
@@ -64,20 +67,15 @@ void ask(const QString& message, const QString& report)
     if (s_showing)
         return; // printed; one question at a time
     const QScopedValueRollback<bool> showing(s_showing, true);
-    QMessageBox box(QMessageBox::Critical, "Critical error", kQuestion,
-                    QMessageBox::Ok | QMessageBox::Ignore | QMessageBox::Help);
-    box.setObjectName("criticalError");
-    box.setInformativeText(message);
-    box.setDefaultButton(QMessageBox::Ok);
-    switch (box.exec()) {
-    case QMessageBox::Ok:
+    Modal box(new QMessageBox(QMessageBox::Critical, "Critical error", kQuestion,
+                              QMessageBox::Ok | QMessageBox::Ignore | QMessageBox::Help));
+    box->setObjectName("criticalError");
+    box->setInformativeText(message);
+    box->setDefaultButton(QMessageBox::Ok);
+    const std::optional<int> answer = box.run();
+    // In all other cases the program goes on, under a debugger perhaps.
+    if (answer == QMessageBox::Ok || (answer == QMessageBox::Help && showReport(report)))
         endProcess();
-    case QMessageBox::Help:
-        showReport(report);
-        endProcess();
-    default:
-        break; // the program goes on, under a debugger perhaps
-    }
 }
 
 void handle(const SoError* error, void*)

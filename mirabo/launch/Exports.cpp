@@ -18,8 +18,8 @@ MIRABO_API void _startSceneManager(SoSceneManager* manager)
 
 MIRABO_API void _startRenderArea(SoRenderAreaCore* area)
 {
-    if (area && area->isOfType(SoGuiRenderArea::getClassTypeId()))
-        SoMiraboImpl::startRenderArea(static_cast<SoGuiRenderArea*>(area));
+    const bool isKnown = area && area->isOfType(SoGuiRenderArea::getClassTypeId());
+    SoMiraboImpl::startRenderArea(isKnown ? static_cast<SoGuiRenderArea*>(area) : nullptr);
 }
 
 MIRABO_API void _startStandalone(int argc, char** argv)

@@ -1,10 +1,12 @@
 #include "mirabo/launch/Session.h"
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/MrbShell.h"
+#include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
@@ -37,6 +39,8 @@
 #include <QPointer>
 #include <QUrl>
 
+#include <utility>
+
 namespace mirabo {
 
 namespace {
@@ -48,8 +52,8 @@ SoCommandManager* hub()
 
 void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition)
 {
-    // Not on the stack: the host may delete the window, and the dialog with it, meanwhile.
-    const QPointer<SoMiraboPreferences> dialog = new SoMiraboPreferences(parent);
+    auto* dialog = new SoMiraboPreferences(parent);
+    Modal modal(dialog);
     for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
         dialog->addPage(page);
     // Last: choosing another profile ends the extensions whose pages come before.
@@ -57,8 +61,7 @@ void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* e
     QObject::connect(dialog, &SoMiraboPreferences::saved, tree, &SoMiraboTreeView::setPreferences);
     QObject::connect(dialog, &SoMiraboPreferences::saved, edition,
                      &SoMiraboEdition::setPreferences);
-    dialog->exec();
-    delete dialog;
+    modal.run();
 }
 
 } // namespace
@@ -196,10 +199,42 @@ void Session::windowClosed()
 
 void Session::windowDied()
 {
-    MrbPluginsManager::releaseInstance(); // extensions end while their widgets live
     MrbServicesImpl::getInstance()->setMainWindow(nullptr);
-    release();
-    SoMiraboImpl::requestFinish();
+    if (!Frame::isOpen()) {
+        MrbPluginsManager::releaseInstance(); // extensions end while their widgets live
+        release();
+        SoMiraboImpl::requestFinish();
+        return;
+    }
+    // Inside one of our own calls: what is on the stack outlives the window.
+    ModalBase::closeAll();
+    m_rescued = rescueChildren(*m_frame);
+    forgetWindow();
+    SoMiraboImpl::stop();
+}
+
+/// Nobody touches the window from now on.
+void Session::forgetWindow()
+{
+    hub()->release();
+    SoMiraboViewer::instance()->forgetWindow();
+    m_frame = nullptr;
+}
+
+void Session::show()
+{
+    if (m_frame)
+        m_frame->show();
+}
+
+void Session::hide()
+{
+    if (!m_frame)
+        return;
+    for (QWidget* widget : m_frame->findChildren<QWidget*>())
+        if (widget->isWindow())
+            widget->hide();
+    m_frame->hide();
 }
 
 void Session::showScene(SoNode* root)
@@ -221,7 +256,7 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
     if (services->isStandalone() || !area || !area->isOfType(SoGuiViewer::getClassTypeId()))
         return;
     auto* viewer = static_cast<SoGuiViewer*>(area);
-    if (viewer->isViewing() || !m_frame)
+    if (viewer->isViewing() || !viewer->getCamera() || !m_frame)
         return;
     const SoRef<SoSeparator> scene(new SoSeparator);
     scene->addChild(viewer->getCamera());
@@ -229,17 +264,20 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
     SoRayPickAction action(region);
     action.setPoint(cursor);
     action.apply(scene.get());
-    if (const SoPickedPoint* point = action.getPickedPoint())
+    // Nodes of the host may have ended the tool.
+    if (const SoPickedPoint* point = m_frame ? action.getPickedPoint() : nullptr)
         m_tree->revealNode(point->getPath()->getTail());
 }
 
 void Session::release()
 {
-    if (!m_frame)
+    if (std::exchange(m_released, true))
         return;
-    m_frame->setCloseHandler({});
-    m_frame->setDeathHandler({});
-    m_frame->setDropHandler({});
+    if (m_frame) {
+        m_frame->setCloseHandler({});
+        m_frame->setDeathHandler({});
+        m_frame->setDropHandler({});
+    }
     MrbServicesImpl::getInstance()->setSceneSetter({});
     hub()->release();
     m_follower.reset();
@@ -250,7 +288,7 @@ void Session::release()
     m_tree->setSceneGraph(nullptr);
     m_ignore.reset();
     m_edition.reset();
-    m_frame = nullptr;
+    forgetWindow();
 }
 
 void Session::showNode(SoNode* node, SoNode* kit, bool newTab)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mirabo/core/Panels.h"
+#include "mirabo/launch/Rescue.h"
 
 #include <kalmyr/base/SbVec.h>
 
@@ -35,6 +36,11 @@ public:
     /// Selects what lies under a window position of the host's viewer.
     void pick(const SbViewportRegion& region, SbVec2s cursor);
 
+    /// Shows the window; nothing once it has died.
+    void show();
+    /// Hides all windows at once, popups and torn-off docks included.
+    void hide();
+
     /// Cuts the wires and lets go of the scene, before the panels are destroyed.
     void release();
 
@@ -46,6 +52,7 @@ private:
     void connectViewer();
     void windowClosed();
     void windowDied();
+    void forgetWindow();
 
     void showNode(SoNode* node, SoNode* kit, bool newTab) override;
     void showRow(SoTreeViewItem* row, bool newTab) override;
@@ -63,7 +70,9 @@ private:
     SoMiraboEdition* edition() const override { return m_edition.get(); }
 
     SoMiraboMainFrame* m_frame; // Not owned; the shell's. Null once the window has died.
+    Rescued m_rescued;          ///< the panels of a window that died while they were in use
     const bool m_standalone;
+    bool m_released = false;
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
     std::unique_ptr<IgnoreSwitch> m_ignore;

@@ -59,12 +59,12 @@ void SoMirabo::start(SoSceneManager* manager, void* parent)
 void SoMirabo::start(const SoRenderAreaCore* area)
 {
     if (SoLibMirabo* table = hooks())
-        table->m_mirabo_startSceneManager(area->getSceneManager());
+        table->m_mirabo_startSceneManager(area ? area->getSceneManager() : nullptr);
 }
 
 void SoMirabo::launch(int, char**, SoGuiRenderArea* area)
 {
-    SoSceneManager* manager = area->getSceneManager();
+    SoSceneManager* manager = area ? area->getSceneManager() : nullptr;
     if (SoLibMirabo* table = hooks())
         table->m_mirabo_startSceneManager(manager);
 }

@@ -16,7 +16,13 @@ class SoSceneManager;
 /// All members run in the thread of the Qt application, or, in a host without Qt, in the one that
 /// starts the tool; such a host calls processEvents() in its loop until it returns false. Starting
 /// while the tool runs changes nothing. Members do nothing, and return false or 0, when the
-/// library's hooks cannot be found.
+/// library's hooks cannot be found. A start without a node, scene manager or render area, or where
+/// Qt can open no display, posts a debug error and changes nothing.
+///
+/// All of them may be called from anywhere: slots, sensors, callbacks, the tool's own dialogs. What
+/// ends the tool from within one of its own calls hides the windows at once, and closes its menus
+/// and dialogs; the tool is destroyed when the outermost of those calls has returned, or with the
+/// next pass of the event loop where Qt made the call.
 class MIRABO_API SoMirabo {
 public:
     /// The constructors and the assignment do nothing; they serve old hosts.
@@ -38,6 +44,7 @@ public:
     static void setInstance(int argc, char** argv, SoGuiRenderArea* area);
     static void setInstance(int argc, char** argv, SoNode* root, bool flag);
 
+    /// isRunning() is false from now on.
     static void stop();
     static bool isRunning();
     static int isInstance();

@@ -1,7 +1,9 @@
 #include "mirabo/launch/SoMiraboImpl.h"
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbPluginsManager.h"
+#include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/extension/MrbShellImpl.h"
 #include "mirabo/launch/Configuration.h"
@@ -13,6 +15,7 @@
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
+#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/gui/SoGuiInit.h>
 #include <kalmyr/gui/SoGuiRenderArea.h>
@@ -25,19 +28,32 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QThread>
+#include <QTimer>
 
 #include <array>
 
+using mirabo::Frame;
+
 namespace {
+
+/// Between two looks whether a loop has ended that was entered while tear-down waits.
+constexpr int kPatienceMs = 50;
 
 /// The optional modules of the toolkit, so that a scene may hold any of their nodes; finished in
 /// the reverse order. One that is not installed is left out.
 constexpr std::array kModules{"Vrml97",   "Nodekits", "Animation", "Copies",
                               "Draggers", "Manips",   "Rendering"};
 
+void frameLeft(Frame::Kind outermost);
+
 struct Run {
+    Run() { Frame::setLeftCallback(&frameLeft); }
+
     bool running = false;
     bool finishPending = false;
+    bool tearDownDue = false; ///< as soon as no frame is open; the windows are hidden
+    bool tearingDown = false;
     bool sensorsServed = false; ///< SoQt was initialised by this run
     mirabo::QtApplication application;
     std::unique_ptr<mirabo::Session> session;
@@ -49,23 +65,46 @@ Run& run()
     return r;
 }
 
-void tearDown();
+/// From within an event the application object has to stay, if it is the tool's.
+void tearDown(bool insideEvent = false);
 
-/// False when the tool runs already.
-bool prepare(bool standalone)
+void refuse(const char* why)
+{
+    SoDebugError::post("SoMirabo::start", "%s", why);
+}
+
+/// A run whose end is pending goes on with what it has. Where that is of no use everything is made
+/// anew, and the end stays pending all the same. False when nothing can be made anew now.
+bool makeRoom(bool standalone, bool nested)
 {
     Run& r = run();
-    if (r.running)
+    const bool canServe = !r.session || r.session->canServe(standalone);
+    if (r.tearingDown || (nested && !canServe)) {
+        refuse("the tool is still being ended: it cannot start from within its own calls");
         return false;
-    kalmyr::initGui();
-    mirabo::registerBuiltInConfiguration();
-    // A run whose end is pending goes on with what it has. Where that is of no use everything is
-    // made anew, and the end stays pending all the same.
-    if (r.session && !r.session->canServe(standalone)) {
+    }
+    if (nested && r.tearDownDue) { // it has only been hidden yet, and is shown again
+        r.tearDownDue = r.finishPending = false;
+        Frame::setEnding(false);
+    } else if (!canServe || r.tearDownDue) {
+        const bool pending = !r.tearDownDue;
         tearDown();
-        r.finishPending = true;
+        r.finishPending = pending;
     }
     return true;
+}
+
+/// False, with the cause told, when the tool runs already or cannot start.
+bool prepare(bool standalone, bool nested)
+{
+    const QCoreApplication* application = QCoreApplication::instance();
+    if (application && application->thread() != QThread::currentThread()) {
+        refuse("called outside of the thread of the Qt application");
+        return false;
+    }
+    kalmyr::initGui();
+    mirabo::registerBuiltInConfiguration();
+    return makeRoom(standalone, nested);
 }
 
 /// Remembers the host's scene manager (null: none), which is told, as is the one it replaces.
@@ -120,30 +159,62 @@ void openSession()
     r.session = std::make_unique<mirabo::Session>(frame, standalone);
 }
 
-void commonStart(const QStringList& arguments, SoSceneManager* manager)
+/// False when the tool has been ended meanwhile, by an extension or a callback of the host.
+bool commonStart(const QStringList& arguments, SoSceneManager* manager, bool nested)
 {
     Run& r = run();
     r.running = true;
     setPreferences();
-    if (!r.session)
+    const bool goesOn = r.session != nullptr;
+    if (!goesOn)
         openSession();
     if (!manager)
         r.session->showScene(defaultScene().get());
-    if (arguments.size() > 1)
+    if (r.running && arguments.size() > 1)
         r.session->openFile(arguments.last());
-    readConfiguration();
+    // Extensions whose code is on the stack stay as they are.
+    if (r.running && !(goesOn && nested))
+        readConfiguration();
+    return r.running;
 }
 
-/// A timer of the host may call from within the reading of a file.
-bool isReading()
+/// Not inside the loops that were entered since, nor inside of our own calls.
+void tearDownIfDue(int loopLevel)
 {
-    return SoMiraboViewer::exists() && SoMiraboViewer::instance()->isReading();
+    const Run& r = run();
+    if (!r.tearDownDue || r.tearingDown || Frame::isOpen())
+        return; // the end of the outermost frame asks again
+    if (QThread::currentThread()->loopLevel() <= loopLevel)
+        tearDown(true);
+    else
+        QTimer::singleShot(kPatienceMs, QCoreApplication::instance(),
+                           [loopLevel] { tearDownIfDue(loopLevel); });
 }
 
-void tearDown()
+/// After a plain call at once; else Qt may be busy with one of our widgets, and it comes with the
+/// next pass of the event loop.
+void frameLeft(Frame::Kind outermost)
+{
+    const Run& r = run();
+    if (!r.tearDownDue || r.tearingDown)
+        return;
+    QCoreApplication* application = QCoreApplication::instance();
+    if (outermost == Frame::Kind::Call || !application)
+        tearDown();
+    else
+        QMetaObject::invokeMethod(
+            application, [level = QThread::currentThread()->loopLevel()] { tearDownIfDue(level); },
+            Qt::QueuedConnection);
+}
+
+void tearDown(bool insideEvent)
 {
     Run& r = run();
-    r.finishPending = false;
+    const Frame frame;
+    r.tearingDown = true;
+    r.running = false;
+    r.finishPending = r.tearDownDue = false;
+    Frame::setEnding(true);
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
     if (SoSceneManager* manager = services->isStandalone() ? nullptr : services->getSceneManager())
         manager->getImpl()->setOwnMirabo(0);
@@ -158,34 +229,52 @@ void tearDown()
     mirabo::releaseSettings();
     mirabo::forgetCategoryIcons();
     mirabo::removeCriticalErrorReport();
-    r.running = false;
     for (auto module = kModules.rbegin(); module != kModules.rend(); ++module)
         TvSymTool::finishModule(*module);
     if (r.sensorsServed)
         SoQt::finish();
     r.sensorsServed = false;
-    r.application.release();
+    if (!insideEvent)
+        r.application.release();
+    // Whoever asked for an end meanwhile has got it.
+    r.tearDownDue = r.finishPending = false;
+    Frame::setEnding(false);
+    r.tearingDown = false;
 }
 
 } // namespace
 
 void SoMiraboImpl::startNode(SoNode* root, QWidget* parent)
 {
-    if (!prepare(false))
+    if (run().running)
+        return;
+    if (!root)
+        return refuse("there is no node to show");
+    const bool nested = Frame::isOpen();
+    const Frame frame(Frame::Kind::Call);
+    if (!prepare(false, nested))
         return;
     const SoRef<SoNode> kept(root);
     attachTo(nullptr);
     if (!run().application.obtain())
         return;
     MrbShellImpl::getInstance(parent);
-    commonStart({}, nullptr);
+    if (!commonStart({}, nullptr, nested))
+        return;
     run().session->showScene(root);
-    MrbShellImpl::getInstance()->getMainFrame()->show();
+    if (run().running)
+        run().session->show();
 }
 
 void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
 {
-    if (!prepare(false))
+    if (run().running)
+        return;
+    if (!manager)
+        return refuse("there is no scene manager to show the scene of");
+    const bool nested = Frame::isOpen();
+    const Frame frame(Frame::Kind::Call);
+    if (!prepare(false, nested))
         return;
     attachTo(manager);
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
@@ -197,22 +286,34 @@ void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
         return;
     }
     MrbShellImpl::getInstance(parent);
-    commonStart({}, manager);
-    run().session->showScene(manager->getSceneGraph());
-    MrbShellImpl::getInstance()->getMainFrame()->show();
+    if (!commonStart({}, manager, nested))
+        return;
+    if (services->getSceneManager() == manager) // an extension may have taken it away
+        run().session->showScene(manager->getSceneGraph());
+    if (run().running)
+        run().session->show();
 }
 
 void SoMiraboImpl::startRenderArea(SoGuiRenderArea* area)
 {
     if (run().running)
         return;
-    MrbServicesImpl::getInstance()->setRenderArea(area);
+    if (!area || !area->getSceneManager())
+        return refuse("there is no render area to show the scene of");
+    if (!run().tearingDown)
+        MrbServicesImpl::getInstance()->setRenderArea(area);
     startSceneManager(area->getSceneManager(), nullptr);
 }
 
 void SoMiraboImpl::startStandalone(int& argc, char** argv)
 {
-    if (!prepare(true))
+    if (run().running)
+        return;
+    if (argc < 0 || (argc > 0 && !argv))
+        return refuse("there are no arguments, though their number says so");
+    const bool nested = Frame::isOpen();
+    const Frame frame(Frame::Kind::Call);
+    if (!prepare(true, nested))
         return;
     if (!run().application.obtain(argc, argv))
         return;
@@ -224,16 +325,25 @@ void SoMiraboImpl::startStandalone(int& argc, char** argv)
     services->setStandalone(1);
     if (!SoLibMirabo::isAvailable())
         SoLibMirabo::instance();
-    commonStart(QCoreApplication::arguments(), nullptr);
+    if (!commonStart(QCoreApplication::arguments(), nullptr, nested))
+        return;
     if (!SoPreferences::getBool("KMR_DISABLE_MAINLOOP", false))
-        MrbShellImpl::getInstance()->getMainFrame()->show();
+        run().session->show();
 }
 
 void SoMiraboImpl::stop()
 {
+    Run& r = run();
+    const bool nested = Frame::isOpen();
+    const Frame frame(Frame::Kind::Call);
     requestFinish();
-    if (!isReading())
-        tearDown();
+    r.tearDownDue = true;
+    if (!nested || r.tearingDown)
+        return; // leaving the frame does it; or it is being done
+    Frame::setEnding(true);
+    mirabo::ModalBase::closeAll();
+    if (r.session)
+        r.session->hide();
 }
 
 bool SoMiraboImpl::isRunning()
@@ -244,15 +354,19 @@ bool SoMiraboImpl::isRunning()
 int SoMiraboImpl::processEvents()
 {
     Run& r = run();
-    if (r.running && r.application.isOwned())
-        QCoreApplication::processEvents();
-    if (r.finishPending && !isReading())
-        tearDown();
+    {
+        const Frame frame(Frame::Kind::Call);
+        if (r.running && r.application.isOwned())
+            QCoreApplication::processEvents();
+        if (r.finishPending)
+            stop();
+    }
     return r.running ? 1 : 0;
 }
 
 void SoMiraboImpl::setPickAction(const SbViewportRegion& region, SbVec2s cursor)
 {
+    const Frame frame(Frame::Kind::Call);
     if (run().running && run().session)
         run().session->pick(region, cursor);
 }

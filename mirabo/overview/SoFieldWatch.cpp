@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoFieldWatch.h"
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboState.h"
 #include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/overview/FieldText.h"
@@ -117,9 +118,10 @@ void SoFieldWatch::showContextMenu(const QPoint& position)
     }
     if (!itemAt(position))
         return;
-    QMenu menu;
-    connect(menu.addAction(tr("&Delete")), &QAction::triggered, this, &SoFieldWatch::deleteCurrent);
-    menu.exec(event.globalPos());
+    mirabo::Modal<QMenu> menu(this);
+    connect(menu->addAction(tr("&Delete")), &QAction::triggered, this,
+            &SoFieldWatch::deleteCurrent);
+    menu.run(event.globalPos());
 }
 
 void SoFieldWatch::initPreferences()

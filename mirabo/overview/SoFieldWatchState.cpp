@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoFieldWatchState.h"
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/overview/SoFieldWatch.h"
 
@@ -51,8 +52,8 @@ void SoFieldWatchState::contextMenu(QContextMenuEvent* event)
     event->accept();
     if (!m_hub || !m_watch->itemAt(event->pos()))
         return;
-    QMenu menu;
-    connect(menu.addAction(tr("&Delete")), &QAction::triggered, m_hub,
+    mirabo::Modal<QMenu> menu(m_watch);
+    connect(menu->addAction(tr("&Delete")), &QAction::triggered, m_hub,
             &SoCommandManager::deleteFieldWatch);
-    menu.exec(event->globalPos());
+    menu.run(event->globalPos());
 }

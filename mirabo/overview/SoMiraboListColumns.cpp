@@ -1,5 +1,6 @@
 // The columns of a field list: labels, widths, and the menu that opens and closes them.
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/Settings.h"
 
@@ -220,9 +221,9 @@ void SoMiraboList::addColumnActions(QMenu* menu)
 
 void SoMiraboList::headerRightClicked(const QPoint& position)
 {
-    QMenu menu;
-    addColumnActions(&menu);
-    menu.exec(position);
+    mirabo::Modal<QMenu> menu(this);
+    addColumnActions(menu.get());
+    menu.run(position);
 }
 
 void SoMiraboList::toggleHeaderColumnVisibility(QAction* toggledAction)

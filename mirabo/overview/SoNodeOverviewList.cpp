@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 
+#include "mirabo/core/Modal.h"
 #include "mirabo/overview/FieldText.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/preferences/Settings.h"
@@ -31,16 +32,16 @@ void SoNodeOverviewList::addRowActions(QMenu* menu, const SoFieldItem& row)
 
 void SoNodeOverviewList::contextMenuEvent(QContextMenuEvent* event)
 {
-    QMenu menu;
+    mirabo::Modal<QMenu> menu(this);
     const SoFieldItem* item = currentFieldItem();
     const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
     if (item && (byKey || itemAt(event->pos()) == item))
-        addRowActions(&menu, *item);
-    QAction* parts = menu.addAction(tr("Show &Catalog Parts"));
+        addRowActions(menu.get(), *item);
+    QAction* parts = menu->addAction(tr("Show &Catalog Parts"));
     parts->setCheckable(true);
     parts->setChecked(isShowingCatalogParts());
     connect(parts, &QAction::triggered, this, &SoNodeOverviewList::catalogPartsRequested);
-    addColumnActions(menu.addMenu(tr("C&olumns")));
-    menu.exec(byKey && item ? viewport()->mapToGlobal(visualItemRect(item).bottomLeft())
-                            : event->globalPos());
+    addColumnActions(menu->addMenu(tr("C&olumns")));
+    menu.run(byKey && item ? viewport()->mapToGlobal(visualItemRect(item).bottomLeft())
+                           : event->globalPos());
 }

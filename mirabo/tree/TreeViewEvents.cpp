@@ -1,5 +1,6 @@
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Messages.h"
+#include "mirabo/core/Modal.h"
 #include "mirabo/preferences/DragFormats.h"
 #include "mirabo/tree/HelpAddress.h"
 #include "mirabo/tree/NodeCategory.h"
@@ -12,10 +13,8 @@
 #include <kalmyr/core/SoNode.h>
 
 #include <QApplication>
-#include <QDrag>
 #include <QDropEvent>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
@@ -179,14 +178,14 @@ void SoMiraboTreeView::mouseMoveEvent(QMouseEvent* event)
 void SoMiraboTreeView::startDrag()
 {
     m_dragArmed = false;
-    auto* drag = new QDrag(this);
+    mirabo::Modal<QDrag> drag;
     auto* data = new QMimeData;
     data->setText(kDragText);
     data->setData(mirabo::kTreeRowFormat, QByteArray());
     drag->setMimeData(data);
     drag->setPixmap(
         mirabo::namedIcon("drag").pixmap(iconSize().isValid() ? iconSize() : QSize(24, 24)));
-    drag->exec(Qt::MoveAction);
+    drag.run(Qt::MoveAction);
 }
 
 void SoMiraboTreeView::dragEnterEvent(QDragEnterEvent* event)
@@ -245,7 +244,7 @@ bool SoMiraboTreeView::mayExpand(SoTreeViewItem* top)
     if (mirabo::isBatch() || countRows(top, kExpandLimit) <= kExpandLimit)
         return true;
     const QString question = QString("This opens more than %1 rows. Go on?").arg(kExpandLimit);
-    return QMessageBox::question(this, "Mirabo -- Expand All", question) == QMessageBox::Yes;
+    return mirabo::ask(this, "Mirabo -- Expand All", question);
 }
 
 void SoMiraboTreeView::expandRows(SoTreeViewItem* top)

@@ -3,6 +3,7 @@
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/viewer/FirstLayout.h"
@@ -100,6 +101,7 @@ SoMiraboViewer::~SoMiraboViewer()
 
 void SoMiraboViewer::pathSelected(void* data, SoPath* path)
 {
+    const mirabo::Frame frame;
     auto* self = static_cast<SoMiraboViewer*>(data);
     if (!self->m_highlighting)
         Q_EMIT self->nodePicked(path->getTail());
@@ -160,6 +162,7 @@ void SoMiraboViewer::createDocks()
 
 void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
 {
+    const mirabo::Frame frame;
     const SoRef<SoNode> kept(root);
     Q_EMIT sceneAboutToChange();
     if (resetCommands)
@@ -181,6 +184,7 @@ void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
 
 void SoMiraboViewer::setHighlightMode(HighlightMode mode)
 {
+    const mirabo::Frame frame;
     if (mode == m_highlightMode)
         return;
     m_highlightMode = mode;
@@ -194,6 +198,7 @@ void SoMiraboViewer::setHighlightMode(HighlightMode mode)
 
 void SoMiraboViewer::highlight(const SoPath* path)
 {
+    const mirabo::Frame frame;
     if (m_highlightMode != OUTLINED)
         return;
     m_highlighting = true;
@@ -210,6 +215,7 @@ void SoMiraboViewer::highlight(const SoPath* path)
 
 void SoMiraboViewer::refresh()
 {
+    const mirabo::Frame frame;
     if (m_examiner)
         m_examiner->scheduleRedraw();
 }
@@ -223,6 +229,7 @@ bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
 
 bool SoMiraboViewer::openDroppedFile(const QString& fileName)
 {
+    const mirabo::Frame frame;
     if (m_reading)
         return false;
     LiveInput input(m_frame);
@@ -231,6 +238,7 @@ bool SoMiraboViewer::openDroppedFile(const QString& fileName)
 
 bool SoMiraboViewer::openSceneFile(const QString& fileName)
 {
+    const mirabo::Frame frame;
     if (m_reading)
         return false; // asked for by a timer of the host while a file is being read
     LiveInput input(m_frame);
@@ -260,6 +268,7 @@ SoNode* SoMiraboViewer::read(LiveInput& input)
 
 bool SoMiraboViewer::readScene(LiveInput& input)
 {
+    const mirabo::Frame frame;
     const SbString name = input.getCurFileName();
     if (name.isEmpty() || m_reading)
         return false;
@@ -275,9 +284,13 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     m_reading = false;
     input.closeFile();
     QApplication::restoreOverrideCursor();
+    if (!m_frame)
+        return false; // the host has deleted the window meanwhile
     if (root) {
         setCurrentFile(toQString(name));
         setScene(root.get(), true);
+        if (!m_frame)
+            return true; // whoever was told of the scene has deleted it
         addRecentFile(toQString(name));
         tellLoaded(input, timer.elapsed());
     }
@@ -302,6 +315,8 @@ void SoMiraboViewer::tellLoaded(const LiveInput& input, qint64 milliseconds)
 void SoMiraboViewer::setCurrentFile(const QString& fileName)
 {
     m_currentFile = fileName;
+    if (!m_frame)
+        return;
     m_frame->setWindowTitle(fileName.isEmpty() ? QString("Mirabo")
                                                : QString("Mirabo -- %1").arg(fileName));
     Q_EMIT fileChanged();
@@ -331,6 +346,8 @@ void SoMiraboViewer::reopenRecentFile(int index)
 void SoMiraboViewer::addRecentFile(const QString& path)
 {
     m_recentFiles.add(path);
+    if (!m_frame)
+        return;
     m_frame->showRecentFiles(m_recentFiles.paths());
 }
 
@@ -358,6 +375,8 @@ void SoMiraboViewer::readSettings()
 
 void SoMiraboViewer::writeSettings()
 {
+    if (!m_frame)
+        return;
     QSettings& store = mirabo::settings();
     store.setValue(kGeometry + "/WindowWidth", m_frame->width());
     store.setValue(kGeometry + "/WindowHeight", m_frame->height());

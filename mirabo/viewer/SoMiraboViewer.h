@@ -2,11 +2,13 @@
 
 #include "mirabo/core/Panels.h"
 #include "mirabo/core/RecentFiles.h"
+#include "mirabo/core/SoMiraboMainFrame.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/base/SoRef.h>
 
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
@@ -17,7 +19,6 @@ class QWidget;
 class SoError;
 class SoLineHighlightRenderAction;
 class SoPath;
-class SoMiraboMainFrame;
 class SoQtExaminerViewer;
 class SoSelection;
 
@@ -36,6 +37,9 @@ public:
 
     /// Makes the docks, and the viewer when the tool runs standalone.
     void setUp(SoMiraboMainFrame* frame, bool standalone);
+
+    /// The main window is being destroyed; its docks may outlive it.
+    void forgetWindow() { m_frame = nullptr; }
 
     QDockWidget* getTreeDock() const { return m_treeDock; }
     QDockWidget* getOverviewDock() const { return m_overviewDock; }
@@ -96,8 +100,8 @@ private:
     SoNode* read(LiveInput& input);
     bool open(LiveInput& input, const QString& fileName);
 
-    SoMiraboMainFrame* m_frame = nullptr; // Not owned; the shell's.
-    SoNode* m_root = nullptr;             // Kept by the selection node.
+    QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's. The host may delete it.
+    SoNode* m_root = nullptr;            // Kept by the selection node.
     std::unique_ptr<SoQtExaminerViewer> m_examiner;
     SoRef<SoSelection> m_selection;
     HighlightMode m_highlightMode = OUTLINED;

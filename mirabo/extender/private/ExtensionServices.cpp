@@ -1,6 +1,7 @@
 #include "mirabo/extender/private/ExtensionServices.h"
 
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extender/private/Frame.h"
 #include "mirabo/extender/private/HostedExtension.h"
 
 namespace mirabo {
@@ -37,6 +38,7 @@ bool ExtensionServices::pushCommand(MrbCommand* command)
 {
     if (!command)
         return false;
+    const Frame frame; // the extension is on the stack
     std::unique_ptr<MrbCommand> guarded = m_owner.adopt(command);
     if (m_owner.isFailed() || !tool())
         return false;
@@ -60,30 +62,35 @@ SoFieldContainer* ExtensionServices::getSelectedNode() const
 
 void ExtensionServices::redo()
 {
+    const Frame frame; // the extension is on the stack
     if (tool())
         tool()->redo();
 }
 
 void ExtensionServices::setSceneGraph(SoNode* root)
 {
+    const Frame frame; // the extension is on the stack
     if (tool())
         tool()->setSceneGraph(root);
 }
 
 void ExtensionServices::setSelectedField(SoField* field)
 {
+    const Frame frame; // the extension is on the stack
     if (tool())
         tool()->setSelectedField(field);
 }
 
 void ExtensionServices::setSelectedNode(SoFieldContainer* node)
 {
+    const Frame frame; // the extension is on the stack
     if (tool())
         tool()->setSelectedNode(node);
 }
 
 void ExtensionServices::undo()
 {
+    const Frame frame; // the extension is on the stack
     if (tool())
         tool()->undo();
 }

@@ -3,8 +3,10 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbExtension.h"
 #include "mirabo/extender/private/CommandStackAccess.h"
+#include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/ExtensionServices.h"
 #include "mirabo/extender/private/ExtensionShell.h"
+#include "mirabo/extender/private/Frame.h"
 
 #include <QTimer>
 
@@ -91,6 +93,7 @@ HostedExtension::HostedExtension(const QString& plugin, const QString& name,
       m_shell(std::make_unique<ExtensionShell>(*this))
 {
     m_extension->m_host = this;
+    EventFrames::addRoot(extension);
 }
 
 HostedExtension::~HostedExtension()
@@ -147,6 +150,7 @@ bool HostedExtension::releaseControlled(const HostedExtension* child)
 bool HostedExtension::run(const QString& what, const std::function<void()>& body) noexcept
 {
     bool done = false;
+    const Frame frame;
     const HostedExtension* caller = std::exchange(s_current, this);
     ++m_depth;
     try {
@@ -229,6 +233,7 @@ void HostedExtension::deactivate()
     m_kept.clear();
     removeCommands();
     m_extension->m_host = nullptr;
+    EventFrames::removeRoot(m_extension.get());
     m_extension.reset();
 }
 
