@@ -33,12 +33,20 @@ bool isBelowRoot(const QObject* object)
 class CarriedEvent final : public QEvent {
 public:
     CarriedEvent(QObject* to, QEvent* carriedEvent)
-        : QEvent(User), receiver(to), carried(carriedEvent)
+        : QEvent(eventType()), receiver(to), carried(carriedEvent)
     {
+    }
+
+    /// One of its own: filters of the host may take others for theirs.
+    static Type eventType()
+    {
+        static const int s_type = registerEventType();
+        return static_cast<Type>(s_type);
     }
 
     QObject* const receiver;
     QEvent* const carried;
+    bool arrived = false;
     bool result = false;
 };
 
@@ -48,7 +56,10 @@ class Carrier final : public QObject {
 public:
     bool event(QEvent* event) override
     {
+        if (event->type() != CarriedEvent::eventType())
+            return QObject::event(event);
         auto* carrying = static_cast<CarriedEvent*>(event);
+        carrying->arrived = true;
         carrying->result =
             QCoreApplication::instance()->notify(carrying->receiver, carrying->carried);
         return true;
@@ -74,7 +85,7 @@ bool deliver(void** arguments)
     CarriedEvent carrying(receiver, event);
     QCoreApplication::sendEvent(&carrier, &carrying);
     *static_cast<bool*>(arguments[2]) = carrying.result;
-    return true;
+    return carrying.arrived; // a filter of the host may have kept it
 }
 
 } // namespace
