@@ -1,6 +1,9 @@
 #include <kalmyr/gui/SoGuiRenderArea.h>
 
+#include "RenderAreaFrame.h"
+
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/core/SoNode.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/gui/SoLibMirabo.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
@@ -94,22 +97,26 @@ SbVec2i32 SoGuiRenderArea::getSize() const
 
 bool SoGuiRenderArea::render()
 {
+    const Frame frame(this); // a callback in the scene may let go of the area
     prepareFrame();
     return m_manager->render();
 }
 
 bool SoGuiRenderArea::renderOffscreen(SoOffscreenRenderer& renderer)
 {
+    const Frame frame(this);
     prepareFrame();
-    SoNode* scene = m_manager->getImpl()->beginFrame();
+    const SoRef<SoSceneManager> manager(m_manager);
+    const SoRef<SoNode> scene(manager->getImpl()->beginFrame());
     renderer.setViewportRegion(m_manager->getViewportRegion());
     renderer.setBackgroundColor(m_manager->getBackgroundColor());
     renderer.setGLRenderAction(m_manager->getGLRenderAction());
-    return renderer.render(scene);
+    return renderer.render(scene.get());
 }
 
 bool SoGuiRenderArea::processEvent(const SoEvent* event)
 {
+    const Frame frame(this);
     if (!SoKeyboardEvent::isKeyPressEvent(event, SoLibMirabo::getShortcutValue()))
         return m_manager->processEvent(event);
     if (SoLibMirabo* hooks = SoLibMirabo::instance())

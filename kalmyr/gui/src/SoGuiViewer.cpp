@@ -1,5 +1,6 @@
 #include <kalmyr/gui/SoGuiViewer.h>
 
+#include "RenderAreaFrame.h"
 #include "SoGuiViewerView.h"
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
@@ -78,6 +79,8 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
     stopAnimation();
     const SoRef<SoNode> kept(root);
     m_structureSensor.detach();
+    if (isInFrame())
+        replaceRoot();
     takeOut(*m_root, m_scene.get());
     m_viewpoint = nullptr;
     m_scene = nullptr; // what is bound now is looked at below
@@ -90,6 +93,16 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
     placeCamera();
     followNavigationInfo();
     stateChanged();
+}
+
+/// The one that is being traversed stays as it is.
+void SoGuiViewer::replaceRoot()
+{
+    const SoRef<SoSeparator> fresh(new SoSeparator);
+    for (SoNode* child : m_root->getChildren()->getNodes())
+        fresh->addChild(child);
+    m_root = fresh;
+    SoGuiRenderArea::setSceneGraph(m_root.get());
 }
 
 SoNode* SoGuiViewer::getSceneGraph() const
@@ -174,6 +187,7 @@ bool SoGuiViewer::isHeadlight() const
 
 bool SoGuiViewer::processEvent(const SoEvent* event)
 {
+    const Frame frame(this);
     if (SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ESCAPE)) {
         setViewing(!m_viewing);
         return true;

@@ -2,6 +2,7 @@
 
 #include <kalmyr/gui/SoGuiViewer.h>
 
+#include "KeptAlive.h"
 #include "SoGuiViewerView.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
@@ -29,12 +30,12 @@ constexpr float kMinSize = 1e-9f;       // of a view or distance
 constexpr float kMaxSize = 1e15f;
 constexpr float kPlaneSlack = 0.01f; // of the scene's depth
 
-SbBox3f boundsOf(SoNode* node, const SbViewportRegion& region)
+SbBox3f boundsOf(const SoRef<SoNode>& node, const SbViewportRegion& region)
 {
     if (!node)
         return SbBox3f();
     SoGetBoundingBoxAction action(region);
-    action.apply(node);
+    action.apply(node.get());
     return action.getBoundingBox();
 }
 
@@ -325,8 +326,9 @@ void SoGuiViewer::flyTo(const View& view)
 void SoGuiViewer::flightStep(void* data, SoSensor*)
 {
     auto* self = static_cast<SoGuiViewer*>(data);
-    const View& from = *self->m_from;
-    const View& to = *self->m_to;
+    const KeptAlive kept(self); // whoever watches the camera may let go of the viewer
+    const View from = *self->m_from;
+    const View to = *self->m_to;
     const double elapsed = (SbTime::monotonic() - self->m_flightStart).getValue();
     const float t = std::min(static_cast<float>(elapsed / self->m_seekTime), 1.0f);
     if (t >= 1)

@@ -1,5 +1,7 @@
 #include <kalmyr/gui/SoSceneManager.h>
 
+#include "KeptAlive.h"
+
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/nodes/SoGroup.h>
 
@@ -133,22 +135,25 @@ bool SoSceneManager::isRedrawScheduled() const
 
 bool SoSceneManager::render()
 {
-    SoNode* scene = m_impl->beginFrame();
+    const KeptAlive self(this); // a callback in the scene may let go of both
+    const SoRef<SoNode> scene(m_impl->beginFrame());
     SoGLRenderAction& action = *m_impl->m_action;
     action.setViewportRegion(m_impl->m_region);
     action.setBackgroundColor(SbColorRGBA(m_impl->m_background));
     action.setClearing(true, true);
-    action.apply(scene);
+    action.apply(scene.get());
     return action.hasDrawn();
 }
 
 bool SoSceneManager::processEvent(const SoEvent* event)
 {
-    if (!m_impl->m_root.getValue())
+    const KeptAlive self(this); // who handles the event may let go of both
+    const SoRef<SoNode> scene(m_impl->m_root.getValue());
+    if (!scene)
         return false;
     SoHandleEventAction& action = m_impl->m_eventAction;
     action.setEvent(event);
-    action.apply(m_impl->m_root.getValue());
+    action.apply(scene.get());
     const bool handled = action.isHandled();
     action.setEvent(nullptr); // the event is the caller's
     return handled;

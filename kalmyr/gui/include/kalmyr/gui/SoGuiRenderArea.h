@@ -50,6 +50,11 @@ public:
 protected:
     ~SoGuiRenderArea() override;
 
+    class Frame;
+    /// The scene is being drawn, or gets an event: its graph is being traversed.
+    bool isInFrame() const { return m_frames > 0; }
+
 private:
     SoRef<SoSceneManager> m_manager;
+    int m_frames = 0; ///< drawings and events under way, one inside the other
 };

@@ -101,6 +101,7 @@ private:
     static void flightStep(void* data, SoSensor* sensor);
 
     void stateChanged();
+    void replaceRoot();
     void useCamera(SoCamera* sceneCamera, CameraType ownType);
     void placeCamera();
     struct Pose;
