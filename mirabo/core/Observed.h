@@ -1,36 +1,35 @@
 #pragma once
 
-#include <kalmyr/core/SoAuditor.h>
-#include <kalmyr/core/SoBase.h>
+#include "mirabo/core/GraphFollower.h"
+
+#include <atomic>
 
 namespace mirabo {
 
-/// A pointer at an object of the host that holds no reference on it: null once the object has died.
+/// A pointer at an object of the host that holds no reference on it: null once the object has died,
+/// in whatever thread.
 template <class T>
-class Observed final : private SoAuditor {
+class Observed {
 public:
     Observed() = default;
-    ~Observed() { reset(); }
     Observed(const Observed&) = delete;
     Observed& operator=(const Observed&) = delete;
 
+    /// Null also when another thread edits at the time: nobody could tell of the death.
     void reset(T* object = nullptr)
     {
-        if (m_object)
-            m_object->removeAuditor(this);
+        m_follower.release();
         m_object = object;
-        if (m_object)
-            m_object->addAuditor(this, SENSOR);
+        if (object && !m_follower.follow(object, {.dying = [this] { m_object = nullptr; }}))
+            m_object = nullptr;
     }
     T* get() const { return m_object; }
     T* operator->() const { return m_object; }
     explicit operator bool() const { return m_object != nullptr; }
 
 private:
-    void auditedChanged(SoNotification&) override {}
-    void auditedDying() override { m_object = nullptr; }
-
-    T* m_object = nullptr; // Not owned; forgotten when it dies.
+    std::atomic<T*> m_object = nullptr; // Not owned; forgotten when it dies.
+    GraphFollower m_follower;           // last: it goes before what it writes
 };
 
 } // namespace mirabo

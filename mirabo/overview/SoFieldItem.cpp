@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoFieldItem.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/FieldText.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/overview/ValueOrder.h"
@@ -10,6 +11,8 @@
 
 #include <QIcon>
 #include <QPixmap>
+
+#include <utility>
 
 namespace {
 
@@ -33,12 +36,12 @@ SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, SoNode* twin, int ind
       m_field(node->getFieldData()->getField(node, index)),
       m_twin(twin),
       m_defaultField(twin ? twin->getFieldData()->getField(twin, index) : nullptr),
-      m_sensor(&SoFieldItem::fieldChanged, this),
-      m_part(part)
+      m_part(part),
+      m_follower(list)
 {
     setText(SoMiraboList::NodeType, toText(node->getTypeId().getName()));
     setText(SoMiraboList::NodeName, toText(node->getName()));
-    setText(SoMiraboList::FieldTypeColumn, toText(m_field->getTypeId().getName()));
+    setText(SoMiraboList::FieldTypeColumn, toText(getField()->getTypeId().getName()));
     setText(SoMiraboList::FieldName, toText(node->getFieldData()->getFieldName(index)));
     if (SoMiraboList::isNetNameMode())
         setText(SoMiraboList::NodeNetName, toText(node->getNetName()));
@@ -47,12 +50,12 @@ SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, SoNode* twin, int ind
 
 SoFieldItem::SoFieldItem(SoMiraboList* list, const SoFieldItem& other)
     : m_list(list),
-      m_node(other.m_node),
-      m_field(other.m_field),
+      m_node(other.getNode()),
+      m_field(other.getField()),
       m_twin(other.m_twin),
       m_defaultField(other.m_defaultField),
-      m_sensor(&SoFieldItem::fieldChanged, this),
-      m_part(other.m_part)
+      m_part(other.m_part),
+      m_follower(list)
 {
     for (int column = 0; column < list->columnCount(); ++column)
         if (column != SoMiraboList::FieldValue)
@@ -62,7 +65,7 @@ SoFieldItem::SoFieldItem(SoMiraboList* list, const SoFieldItem& other)
 
 SoFieldItem::~SoFieldItem()
 {
-    m_sensor.detach();
+    m_follower.release();
     if (m_list)
         m_list->forgetRow(this);
 }
@@ -70,96 +73,106 @@ SoFieldItem::~SoFieldItem()
 void SoFieldItem::startWatching()
 {
     m_list->lookAfter(this);
-    guardField();
     setLive(m_list->isInView());
     updateEnabled();
 }
 
-void SoFieldItem::guardField()
-{
-    // The fields of a class are members of its nodes and have a twin to compare with.
-    if (!m_field || m_twin)
-        return;
-    m_guard = std::make_unique<mirabo::DeathGuard<SoField>>(m_field, [this] { fieldDied(); });
-    refreshText(); // a field that dies has no value any more that could be kept
-}
-
 void SoFieldItem::setLive(bool on)
 {
-    if (!m_field)
+    const mirabo::GraphReading graph;
+    SoField* field = m_field;
+    if (!graph || !field)
         return;
-    if (m_guard)
-        refreshText();
+    // The fields of a class are members of its nodes and have a twin to compare with. Others may
+    // die, and have no value any more then that could be kept.
+    const bool mayDie = !m_twin;
+    if (mayDie)
+        refresh();
     m_stale = true; // nobody told what happened before
-    m_sensor.attach(on ? m_field : nullptr);
+    m_isLive = on;
+    if (!on && !mayDie)
+        m_follower.release();
+    else if (!m_follower.isFollowing())
+        follow(field);
 }
 
-void SoFieldItem::fieldChanged(void* data, SoSensor*)
+void SoFieldItem::follow(SoField* field)
 {
-    auto* item = static_cast<SoFieldItem*>(data);
-    item->letGo();
-    if (item->m_list)
-        item->m_list->rowChanged(item);
-    else
-        item->invalidate();
+    m_isLive = m_follower.follow(field, {.touched = [list = m_list] { list->noteChange(); },
+                                         .dying = [this] { forgetField(false); },
+                                         .died =
+                                             [this] {
+                                                 if (m_list)
+                                                     m_list->takeDeaths();
+                                             }})
+               && m_isLive;
 }
 
-void SoFieldItem::letGo()
+void SoFieldItem::leaveList()
 {
-    // A queued sensor keeps the node that it reported alive until it hears of something else; a
-    // row must not.
-    m_sensor.detach();
-    if (m_field)
-        m_sensor.attach(m_field);
+    m_follower.release();
+    m_list = nullptr;
 }
 
-/// The field of a living node.
-void SoFieldItem::fieldDied()
+void SoFieldItem::forgetField(bool isWhole)
 {
-    const SoField* field = m_field;
-    if (m_list)
-        m_list->forgetRow(this);
-    fieldGone(false);
-    if (m_list)
-        Q_EMIT m_list->fieldDied(field);
-}
-
-void SoFieldItem::fieldGone(bool stillWhole)
-{
-    if (!m_field)
+    SoField* field = m_field;
+    if (!field)
         return;
-    if (stillWhole) {
-        m_wasDefault = m_field->isDefault();
-        m_wasIgnored = m_field->isIgnored();
-        m_wasConnected = m_field->isConnected();
-        refreshText();
-    }
-    m_sensor.detach();
-    m_guard.reset();
+    if (isWhole)
+        m_atDeath = std::make_unique<Shown>(shownOf(*field));
+    m_deadField = field;
     m_field = nullptr;
     m_node = nullptr;
+    m_isDead = true;
+}
+
+const SoField* SoFieldItem::showDeath()
+{
+    m_showsDeath = true;
+    m_follower.release();
+    if (m_atDeath)
+        m_shown = *std::exchange(m_atDeath, nullptr);
     m_defaultField = nullptr;
     m_stale = false;
     const QString name = text(SoMiraboList::NodeName);
     setText(SoMiraboList::NodeName,
             name.isEmpty() ? QStringLiteral("(deleted)") : name + " (deleted)");
     setDisabled(true);
+    return m_deadField;
+}
+
+void SoFieldItem::readFlags() const
+{
+    const mirabo::GraphReading graph;
+    const SoField* field = m_field;
+    if (!graph || !field)
+        return; // what was read last, or at its death
+    m_shown.isDefault = field->isDefault();
+    m_shown.isIgnored = field->isIgnored();
+    m_shown.isConnected = field->isConnected();
 }
 
 bool SoFieldItem::isFieldDefault() const
 {
-    return m_field ? m_field->isDefault() : m_wasDefault;
+    readFlags();
+    return m_shown.isDefault;
 }
 
 void SoFieldItem::updateNodeName()
 {
-    if (m_node)
-        setText(SoMiraboList::NodeName, toText(m_node->getName()));
+    const mirabo::GraphReading graph;
+    if (const SoNode* node = graph ? getNode() : nullptr)
+        setText(SoMiraboList::NodeName, toText(node->getName()));
 }
 
 void SoFieldItem::updateEnabled()
 {
-    if (m_field && !isDisabled() && !mirabo::isEditedInPlace(*m_field))
+    if (isDisabled())
+        return;
+    const mirabo::GraphReading graph;
+    const SoField* field = m_field;
+    if (graph && field && !mirabo::isEditedInPlace(*field))
         setDisabled(true);
 }
 
@@ -167,45 +180,80 @@ void SoFieldItem::updateValue()
 {
     if (!m_field)
         return;
-    refreshText();
+    refresh();
     updateEnabled();
     emitDataChanged();
 }
 
-void SoFieldItem::refreshText() const
+SoFieldItem::Shown SoFieldItem::shownOf(const SoField& field)
 {
-    mirabo::FieldText value = mirabo::fieldText(*m_field);
-    m_value = std::move(value.text);
-    m_isImage = value.isImage;
-    m_stale = m_sensor.getAttachedField() == nullptr; // unwatched: may change unheard
+    mirabo::FieldText text = mirabo::fieldText(field);
+    return {std::move(text.text), text.isImage, field.isDefault(), field.isIgnored(),
+            field.isConnected()};
+}
+
+void SoFieldItem::refresh() const
+{
+    const mirabo::GraphReading graph;
+    const SoField* field = m_field;
+    if (!graph || !field)
+        return;
+    m_shown = shownOf(*field);
+    m_stale = !m_isLive; // may change unheard
+}
+
+int SoFieldItem::takeChange()
+{
+    if (m_stale)
+        refresh();
+    int change = None;
+    if (m_shown.value != m_painted.value || m_shown.isImage != m_painted.isImage
+        || m_shown.isDefault != m_painted.isDefault)
+        change |= Value;
+    if (m_shown.isIgnored != m_painted.isIgnored || m_shown.isConnected != m_painted.isConnected)
+        change |= Flags;
+    m_painted = m_shown;
+    return change;
 }
 
 QString SoFieldItem::copiedValue() const
 {
-    return m_field ? mirabo::copiedText(*m_field) : m_value;
+    const mirabo::GraphReading graph;
+    const SoField* field = m_field;
+    return graph && field ? mirabo::copiedText(*field) : m_shown.value;
 }
 
 QString SoFieldItem::placeText() const
 {
-    const QString place = m_node && m_list ? m_list->placeOf(m_node) : QString();
+    const mirabo::GraphReading graph;
+    const SoNode* node = graph ? getNode() : nullptr;
+    const QString place = node && m_list ? m_list->placeOf(node) : QString();
     const QString name =
         QString("%1 (%2)").arg(text(SoMiraboList::FieldName), text(SoMiraboList::FieldTypeColumn));
     return place.isEmpty() ? name : place + '.' + name;
+}
+
+QString SoFieldItem::valueToolTip() const
+{
+    const mirabo::GraphReading graph;
+    const SoField* field = m_field;
+    return plainToolTip(graph && field ? mirabo::toolTipText(*field, m_shown.value)
+                                       : m_shown.value);
 }
 
 QVariant SoFieldItem::valueData(int role) const
 {
     const bool shows =
         role == Qt::DisplayRole || role == Qt::DecorationRole || role == Qt::ToolTipRole;
-    if (shows && m_stale && m_field)
-        refreshText();
+    if (shows && m_stale)
+        refresh();
     switch (role) {
     case Qt::DisplayRole:
-        return m_isImage ? QVariant() : QVariant(m_value);
+        return m_shown.isImage ? QVariant() : QVariant(m_shown.value);
     case Qt::DecorationRole:
-        return m_isImage ? QVariant(QIcon(QPixmap())) : QVariant();
+        return m_shown.isImage ? QVariant(QIcon(QPixmap())) : QVariant();
     case Qt::ToolTipRole:
-        return plainToolTip(m_field ? mirabo::toolTipText(*m_field, m_value) : m_value);
+        return valueToolTip();
     default:
         return QTreeWidgetItem::data(SoMiraboList::FieldValue, role);
     }
@@ -213,19 +261,10 @@ QVariant SoFieldItem::valueData(int role) const
 
 bool SoFieldItem::hasFlag(int column) const
 {
-    if (column == SoMiraboList::Ignored)
-        return m_field ? m_field->isIgnored() : m_wasIgnored;
-    return column == SoMiraboList::Connected && (m_field ? m_field->isConnected() : m_wasConnected);
-}
-
-bool SoFieldItem::takeFlagChange()
-{
-    const bool ignored = hasFlag(SoMiraboList::Ignored);
-    const bool connected = hasFlag(SoMiraboList::Connected);
-    const bool changed = ignored != m_wasIgnored || connected != m_wasConnected;
-    m_wasIgnored = ignored;
-    m_wasConnected = connected;
-    return changed;
+    if (column != SoMiraboList::Ignored && column != SoMiraboList::Connected)
+        return false;
+    readFlags();
+    return column == SoMiraboList::Ignored ? m_shown.isIgnored : m_shown.isConnected;
 }
 
 QVariant SoFieldItem::data(int column, int role) const

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "mirabo/overview/DeathGuard.h"
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/GraphFollower.h"
+#endif
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
-#include <kalmyr/sensors/SoFieldSensor.h>
 
 #include <QTreeWidgetItem>
 
+#include <atomic>
 #include <memory>
 
 class SoField;
@@ -16,11 +18,12 @@ class SoMiraboList;
 /// One row of a field list: one field of one node, with its present value.
 ///
 /// Value text and icons are made in data(), so a row out of sight costs nothing. While its list is
-/// in view a field sensor tells the row when its text has gone stale; while the list is hidden
-/// there is no sensor and texts are made whenever they are asked for.
+/// in view the row is told when its text has gone stale; while the list is hidden nobody tells it,
+/// and texts are made whenever they are asked for. While another thread edits the graph it says
+/// what it said last.
 ///
 /// Holds no reference. When the node or the field dies the row keeps its last texts, greyed, and
-/// says "(deleted)".
+/// says "(deleted)". Rows are made while the graph may be looked at (GraphReading).
 class SoFieldItem final : public QTreeWidgetItem {
 public:
     /// Shows field `index` of the node's field data. `twin` is a node of the same type with all
@@ -33,16 +36,17 @@ public:
 
     /// Null once the node has died.
     SoNode* getNode() const { return m_node; }
-    /// Null once the field has died.
+    /// Null once the field has died. To be looked at under a GraphReading only.
     SoField* getField() const { return m_field; }
     /// The field with its default value, for comparison; may be null.
     const SoField* getDefaultField() const { return m_defaultField; }
     bool isPart() const { return m_part; }
     /// What the field said last once it has died.
     bool isFieldDefault() const;
-    bool isStale() const { return m_stale; }
-    /// Whether an icon came or went since the last call.
-    bool takeFlagChange();
+    /// What a repaint has to cover.
+    enum Change { None = 0, Value = 1, Flags = 2 };
+    /// What differs from the last call; reads the value if it has gone stale.
+    int takeChange();
 
     /// The value changed: its text is made anew when next asked for.
     void invalidate() { m_stale = true; }
@@ -52,12 +56,17 @@ public:
     void updateEnabled();
     /// Takes over the node's present name.
     void updateNodeName();
-    /// Whether a sensor follows the field.
+    /// Whether the row is told of changes.
     void setLive(bool on);
-    /// The field is about to die, or has died already: keeps what was shown.
-    void fieldGone(bool stillWhole);
+    /// Inside the death of the field, in any thread: forgets it, keeping what it says now if it is
+    /// whole still.
+    void forgetField(bool isWhole);
+    /// The field has died and the row does not say so yet.
+    bool isDeathNews() const { return m_isDead && !m_showsDeath; }
+    /// Greys the row; returns the field, for comparison only.
+    const SoField* showDeath();
     /// The list no longer looks after this row.
-    void leaveList() { m_list = nullptr; }
+    void leaveList();
 
     /// The value for the clipboard.
     QString copiedValue() const;
@@ -66,30 +75,41 @@ public:
     bool operator<(const QTreeWidgetItem& other) const override;
 
 private:
+    /// What a row says of its field beside its texts.
+    struct Shown {
+        QString value;
+        bool isImage = false;
+        bool isDefault = true;
+        bool isIgnored = false;
+        bool isConnected = false;
+    };
+
     void startWatching();
-    void guardField();
-    void letGo();
-    void fieldDied();
-    void refreshText() const;
+    void follow(SoField* field);
+    void refresh() const;
+    void readFlags() const;
+    static Shown shownOf(const SoField& field);
     QVariant valueData(int role) const;
+    QString valueToolTip() const;
     QString placeText() const;
     /// Whether the row has the icon of column Ignored or Connected.
     bool hasFlag(int column) const;
-    static void fieldChanged(void* data, SoSensor* sensor);
 
-    SoMiraboList* m_list; // Not owned; the one that the row belongs to.
-    SoNode* m_node;       // Not owned; null once it died.
-    SoField* m_field;     // Not owned; the node owns it.
+    SoMiraboList* m_list;          // Not owned; the one that the row belongs to.
+    std::atomic<SoNode*> m_node;   // Not owned; null once it died.
+    std::atomic<SoField*> m_field; // Not owned; the node owns it.
     SoRef<SoNode> m_twin;
     const SoField* m_defaultField; // Not owned; the twin owns it.
-    SoFieldSensor m_sensor;
-    /// Of a field that may go before its node: one that a file or a script gave to the node.
-    std::unique_ptr<mirabo::DeathGuard<SoField>> m_guard;
-    bool m_part;
-    bool m_wasDefault = true;
-    bool m_wasIgnored = false;
-    bool m_wasConnected = false;
+    const bool m_part;
+    bool m_isLive = false;
     mutable bool m_stale = true;
-    mutable bool m_isImage = false;
-    mutable QString m_value;
+    mutable Shown m_shown;            ///< as read last
+    Shown m_painted;                  ///< as told by takeChange() last
+    std::unique_ptr<Shown> m_atDeath; ///< set before m_isDead
+    const SoField* m_deadField = nullptr;
+    std::atomic<bool> m_isDead{false};
+    bool m_showsDeath = false;
+    /// While live; always of a field that may go before its node: one that a file or a script gave
+    /// to the node. The last member: it goes before what it writes.
+    mirabo::GraphFollower m_follower;
 };

@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoFieldWatch.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboState.h"
 #include "mirabo/core/SoMiraboStateManager.h"
@@ -56,7 +57,8 @@ void SoFieldWatch::countRows()
 
 SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 {
-    const SoField* field = row.getField();
+    const mirabo::GraphReading graph;
+    const SoField* field = graph ? row.getField() : nullptr;
     if (!field || !mirabo::isWatchable(*field) || findFieldItem(field))
         return nullptr;
     auto* added = new SoFieldItem(this, row);
@@ -67,12 +69,15 @@ SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 
 void SoFieldWatch::labelRow(SoFieldItem* row)
 {
-    if (row->getNode() && row->getNode()->getName().isEmpty())
-        row->setText(NodeName, placeOf(row->getNode()));
+    const mirabo::GraphReading graph;
+    const SoNode* node = graph ? row->getNode() : nullptr;
+    if (node && node->getName().isEmpty())
+        row->setText(NodeName, placeOf(node));
 }
 
 void SoFieldWatch::updateNodeName(const SoNode* node)
 {
+    const mirabo::GraphReading graph; // once for all rows
     for (int row = 0; row < topLevelItemCount(); ++row) {
         SoFieldItem* item = fieldItem(row);
         if (!item->getNode() || (node && item->getNode() != node))

@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoMiraboEdition.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -14,6 +15,7 @@
 #include <kalmyr/core/SoNode.h>
 
 #include <QDockWidget>
+#include <QTimer>
 
 SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDock)
     : m_overviewDock(overviewDock),
@@ -71,11 +73,21 @@ void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
         return;
     m_overviewDock->show();
     m_watchDock->show();
-    m_showing = true;
-    if (newTab)
-        m_tabs->addOverview();
-    showInCurrentTab(node, kit);
-    m_showing = false;
+    {
+        const mirabo::GraphReading graph;
+        if (graph) {
+            showWhole(node, kit, newTab);
+        } else {
+            const SoRef<SoNode> keptNode(node);
+            const SoRef<SoNode> keptKit(kit);
+            QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                               [this, keptNode, keptKit, newTab] {
+                                   showNode(keptNode.get(), keptKit.get(), newTab);
+                               });
+            return;
+        }
+    }
+    chooseFirstRow();
 }
 
 void SoMiraboEdition::bringUp(SoNode* node)
@@ -89,15 +101,32 @@ void SoMiraboEdition::bringUp(SoNode* node)
     m_tabs->setCurrentIndex(shown);
 }
 
-void SoMiraboEdition::showInCurrentTab(SoNode* node, SoNode* kit)
+/// All but the choice of a field, which others are told of.
+void SoMiraboEdition::showWhole(SoNode* node, SoNode* kit, bool newTab)
 {
-    SoNodeOverview* overview = m_tabs->currentOverview();
-    overview->setNode(node, kit);
+    m_filling = true;
+    if (newTab)
+        m_tabs->addOverview();
+    m_tabs->currentOverview()->setNode(node, kit);
     m_tabs->showTabTitle(m_tabs->currentIndex(), m_icons ? m_icons(node->getTypeId()) : QIcon());
-    if (SoFieldItem* first = overview->getList()->firstEnabledItem())
-        overview->getList()->chooseRow(first);
-    else
-        Q_EMIT m_tabs->clearFieldEditorEvent();
+    m_filling = false;
+}
+
+void SoMiraboEdition::chooseFirstRow()
+{
+    SoNodeOverviewList* list = m_tabs->currentOverview()->getList();
+    SoFieldItem* first = list->firstEnabledItem();
+    const QPointer<SoMiraboEdition> self(this);
+    m_showing = true;
+    if (first) {
+        list->chooseRow(first);
+    } else {
+        setField(nullptr, nullptr);
+        if (self)
+            Q_EMIT m_tabs->clearFieldEditorEvent();
+    }
+    if (self)
+        m_showing = false;
 }
 
 SoNode* SoMiraboEdition::getNode() const
@@ -119,26 +148,46 @@ void SoMiraboEdition::clear()
 void SoMiraboEdition::refresh()
 {
     for (int i = 0; m_tabs && i < m_tabs->count(); ++i)
-        m_tabs->overview(i)->refreshName();
-    if (m_watch)
-        m_watch->updateNodeNames();
+        m_tabs->overview(i)->refreshAll();
+    if (!m_watch)
+        return;
+    m_watch->updateNodeNames();
+    m_watch->updateField(nullptr);
 }
 
 void SoMiraboEdition::selectField(SoField* field)
 {
-    m_selectedField = field;
     m_selectedInWatch = false;
+    m_selectedFollower.release();
+    m_selectedField = field;
     // Its row may be gone by the time when it dies.
-    m_selectedGuard.reset();
-    if (field)
-        m_selectedGuard =
-            std::make_unique<mirabo::DeathGuard<SoField>>(field, [this] { selectField(nullptr); });
+    if (field
+        && !m_selectedFollower.follow(field, {.dying = [this] { m_selectedField = nullptr; },
+                                              .died = [this] { selectField(nullptr); }}))
+        m_selectedField = field = nullptr;
     Q_EMIT fieldSelected(field);
 }
 
-void SoMiraboEdition::pickField(SoField* field)
+void SoMiraboEdition::pickField(QTreeWidgetItem* row, bool inWatch)
 {
+    SoMiraboList* list = inWatch ? static_cast<SoMiraboList*>(m_watch.data())
+                         : row   ? static_cast<SoMiraboList*>(row->treeWidget())
+                                 : nullptr;
+    SoField* field = row ? static_cast<SoFieldItem*>(row)->getField() : nullptr;
+    if (field && !mirabo::GraphReading()) {
+        // Whichever row is the current one when the other thread has edited.
+        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                           [this, list = QPointer(list), inWatch] {
+                               if (list && list->currentItem())
+                                   pickField(list->currentItem(), inWatch);
+                           });
+        return;
+    }
+    const QPointer<SoMiraboEdition> self(this);
     selectField(field);
+    if (!self)
+        return;
+    m_selectedInWatch = inWatch && row;
     if (!m_showing)
         Q_EMIT fieldPicked(m_selectedField); // a listener may have taken it already
 }
@@ -147,8 +196,7 @@ void SoMiraboEdition::watchRowChosen(QTreeWidgetItem* row)
 {
     if (!row && !m_selectedInWatch)
         return; // the selected field is one of the overview
-    pickField(row ? static_cast<SoFieldItem*>(row)->getField() : nullptr);
-    m_selectedInWatch = row;
+    pickField(row, true);
 }
 
 void SoMiraboEdition::forgetField(const SoField* field)
@@ -159,18 +207,24 @@ void SoMiraboEdition::forgetField(const SoField* field)
 
 void SoMiraboEdition::setField(QTreeWidgetItem* current, QTreeWidgetItem*)
 {
+    if (m_filling)
+        return;
     SoNodeOverview* overview = current && m_tabs ? m_tabs->currentOverview() : nullptr;
     if (overview && current->treeWidget() == overview->getList())
         overview->setWatchEnabled(true);
-    pickField(current ? static_cast<SoFieldItem*>(current)->getField() : nullptr);
+    pickField(current, false);
 }
 
 void SoMiraboEdition::addFieldWatch()
 {
     if (!m_tabs || !m_watch)
         return;
-    if (const auto* row = static_cast<SoFieldItem*>(m_tabs->currentListItem()))
-        m_watch->addField(*row);
+    mirabo::whenReadable(this, [this] {
+        const auto* row =
+            m_tabs && m_watch ? static_cast<SoFieldItem*>(m_tabs->currentListItem()) : nullptr;
+        if (row)
+            m_watch->addField(*row);
+    });
 }
 
 void SoMiraboEdition::setPreferences()
@@ -199,7 +253,9 @@ MrbCommand* SoMiraboEdition::makeOverrideCommand(bool on) const
 
 MrbCommand* SoMiraboEdition::makeIgnoreCommand() const
 {
-    if (!m_selectedField || !m_selectedField->getContainer())
+    const mirabo::GraphReading graph;
+    SoField* field = graph ? m_selectedField.load() : nullptr;
+    if (!field || !field->getContainer())
         return nullptr;
-    return new SoFieldIgnoreCommand(m_selectedField, !m_selectedField->isIgnored());
+    return new SoFieldIgnoreCommand(field, !field->isIgnored());
 }

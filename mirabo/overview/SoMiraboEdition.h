@@ -1,13 +1,15 @@
 #pragma once
 
-#include "mirabo/overview/DeathGuard.h"
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/GraphFollower.h"
+#endif
 
 #include <QIcon>
 #include <QObject>
 #include <QPointer>
 
+#include <atomic>
 #include <functional>
-#include <memory>
 
 class MrbCommand;
 class QAction;
@@ -34,7 +36,8 @@ public:
     ~SoMiraboEdition() override;
 
     /// Shows a node in the current tab, or in a new one. `kit` may hold it as a part, or is null.
-    /// Shows the docks. Nothing for a null node.
+    /// Shows the docks. Nothing for a null node. While another thread edits, as soon as that is
+    /// over.
     void showNode(SoNode* node, SoNode* kit, bool newTab);
     /// Brings up the tab that shows the node already; without one, shows it in the current tab.
     void bringUp(SoNode* node);
@@ -43,7 +46,8 @@ public:
     /// The field told last by fieldSelected(), or null; never one that has died.
     SoField* getSelectedField() const { return m_selectedField; }
     void clear();
-    /// Takes over what the rows do not follow by themselves: names.
+    /// Takes over what the rows do not follow by themselves: names, and values that changed while
+    /// nobody was told.
     void refresh();
 
     /// Null once their docks have died.
@@ -85,9 +89,10 @@ public Q_SLOTS:
 
 private:
     void connectTabs();
-    void showInCurrentTab(SoNode* node, SoNode* kit);
+    void showWhole(SoNode* node, SoNode* kit, bool newTab);
+    void chooseFirstRow();
     void watchRowChosen(QTreeWidgetItem* row);
-    void pickField(SoField* field);
+    void pickField(QTreeWidgetItem* row, bool inWatch);
     void selectField(SoField* field);
     void forgetField(const SoField* field);
 
@@ -95,9 +100,10 @@ private:
     QPointer<QDockWidget> m_watchDock;    // Not owned; the main window's.
     QPointer<SoTabNodeOverview> m_tabs;   // Not owned; its dock's.
     QPointer<SoFieldWatch> m_watch;       // Not owned; its dock's.
-    SoField* m_selectedField = nullptr;   // Not owned; forgotten when it dies.
-    std::unique_ptr<mirabo::DeathGuard<SoField>> m_selectedGuard;
     bool m_selectedInWatch = false;
+    bool m_filling = false; ///< rows go and come: what is current is told at the end
     bool m_showing = false; ///< a node is being shown: nobody picked its field
     std::function<QIcon(SoType)> m_icons;
+    std::atomic<SoField*> m_selectedField = nullptr; // Not owned; forgotten when it dies.
+    mirabo::GraphFollower m_selectedFollower{this};  // last: it goes before what it writes
 };

@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoMiraboList.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/FieldDelegate.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -10,9 +11,11 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 
+#include <QPointer>
 #include <QTimer>
 
 #include <algorithm>
+#include <iterator>
 
 using mirabo::PartKind;
 
@@ -87,9 +90,10 @@ SoNode* SoMiraboList::twinOf(const SoNode* node)
 
 void SoMiraboList::setNode(SoNode* node)
 {
+    const mirabo::GraphReading graph;
     m_nodes.clear(); // once for all rows
     clear();
-    if (!node)
+    if (!node || !graph)
         return;
     setUpdatesEnabled(false);
     setSortingEnabled(false); // once at the end, not with every row
@@ -133,7 +137,8 @@ SoFieldItem* SoMiraboList::currentFieldItem() const
 
 bool SoMiraboList::showsPlace(int row) const
 {
-    const SoNode* node = fieldItem(row)->getNode();
+    const mirabo::GraphReading graph;
+    const SoNode* node = graph ? fieldItem(row)->getNode() : nullptr;
     return !node || node->getName().isEmpty();
 }
 
@@ -142,33 +147,47 @@ void SoMiraboList::lookAfter(SoFieldItem* item)
     SoNode* node = item->getNode();
     if (!node)
         return;
-    NodeRows& entry = m_nodes[node];
-    if (!entry.guard)
-        entry.guard =
-            std::make_unique<mirabo::DeathGuard<SoNode>>(node, [this, node] { nodeDied(node); });
-    entry.rows.push_back(item);
+    std::unique_ptr<NodeRows>& entry = m_nodes[node];
+    if (entry && !entry->follower.isFollowing()) {
+        entry.reset(); // of a node that died in the same place
+        QTimer::singleShot(0, this, &SoMiraboList::takeDeaths);
+    }
+    if (!entry) {
+        entry = std::make_unique<NodeRows>(this);
+        // The node besides its fields: it tells with the next change what it did not tell before.
+        entry->follower.follow(node, {.touched = [this] { noteChange(); },
+                                      .dying =
+                                          [rows = entry.get()] {
+                                              for (SoFieldItem* row : rows->rows)
+                                                  row->forgetField(true);
+                                          },
+                                      .died = [this] { takeDeaths(); }});
+    }
+    entry->rows.push_back(item);
 }
 
 void SoMiraboList::forgetRow(SoFieldItem* item)
 {
-    const auto at = m_nodes.find(item->getNode());
-    if (at == m_nodes.end())
-        return;
-    std::erase(at->second.rows, item);
-    if (at->second.rows.empty())
-        m_nodes.erase(at);
+    // A dead row has no node any more.
+    auto at = item->getNode() ? m_nodes.find(item->getNode()) : m_nodes.begin();
+    const auto end = item->getNode() && at != m_nodes.end() ? std::next(at) : m_nodes.end();
+    while (at != end) {
+        std::erase(at->second->rows, item);
+        at = at->second->rows.empty() ? m_nodes.erase(at) : std::next(at);
+    }
 }
 
-void SoMiraboList::nodeDied(const SoNode* node)
+void SoMiraboList::takeDeaths()
 {
-    const auto entry = m_nodes.extract(node);
     std::vector<const SoField*> fields;
-    for (SoFieldItem* row : entry.mapped().rows) {
-        fields.push_back(row->getField());
-        row->fieldGone(true);
-    }
+    for (int row = 0; row < topLevelItemCount(); ++row)
+        if (fieldItem(row)->isDeathNews())
+            fields.push_back(fieldItem(row)->showDeath());
+    std::erase_if(m_nodes, [](const auto& entry) { return !entry.second->follower.isFollowing(); });
+    const QPointer<SoMiraboList> self(this);
     for (const SoField* field : fields)
-        Q_EMIT fieldDied(field);
+        if (self)
+            Q_EMIT fieldDied(field);
 }
 
 void SoMiraboList::updateFieldValue(SoFieldItem* item)
@@ -194,7 +213,7 @@ void SoMiraboList::updateNodeName(const SoNode* node)
     const auto at = m_nodes.find(node);
     if (at == m_nodes.end())
         return;
-    for (SoFieldItem* row : at->second.rows)
+    for (SoFieldItem* row : at->second->rows)
         row->updateNodeName();
 }
 
@@ -230,6 +249,30 @@ void SoMiraboList::rowChanged(SoFieldItem* item)
     item->updateEnabled();
     if (m_showChangedOnly && item->isHidden() && isWanted(item))
         item->setHidden(false);
+    repaintLater();
+}
+
+void SoMiraboList::noteChange()
+{
+    if (m_inView && !m_changeNoted.exchange(true))
+        QMetaObject::invokeMethod(this, &SoMiraboList::takeChanges, Qt::QueuedConnection);
+}
+
+void SoMiraboList::takeChanges()
+{
+    const mirabo::GraphReading graph;
+    if (!graph) {
+        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                           &SoMiraboList::takeChanges);
+        return;
+    }
+    m_changeNoted = false;
+    for (int row = 0; row < topLevelItemCount(); ++row)
+        rowChanged(fieldItem(row));
+}
+
+void SoMiraboList::repaintLater()
+{
     if (m_repaintPending || !m_inView)
         return;
     m_repaintPending = true;
@@ -242,14 +285,19 @@ void SoMiraboList::repaintRows()
 {
     m_repaintPending = false;
     m_sinceRepaint.start();
+    const mirabo::GraphReading graph;
+    if (!graph) {
+        repaintLater();
+        return;
+    }
     for (QModelIndex at = indexAt(QPoint(0, 0)); at.isValid(); at = indexBelow(at)) {
         const QRect cell = visualRect(at.siblingAtColumn(FieldValue));
         if (cell.top() > viewport()->height())
             break;
-        if (!fieldItem(at.row())->isStale())
-            continue;
-        viewport()->update(cell);
-        if (!fieldItem(at.row())->takeFlagChange())
+        const int change = fieldItem(at.row())->takeChange();
+        if (change & SoFieldItem::Value)
+            viewport()->update(cell);
+        if (!(change & SoFieldItem::Flags))
             continue;
         for (const Column column : {Ignored, Connected})
             viewport()->update(visualRect(at.siblingAtColumn(column)));
@@ -258,12 +306,15 @@ void SoMiraboList::repaintRows()
 
 void SoMiraboList::setInView(bool on)
 {
-    if (m_inView == on)
-        return;
-    m_inView = on;
+    if (m_inView.exchange(on) != on)
+        mirabo::whenReadable(this, [this] { followFields(); });
+}
+
+void SoMiraboList::followFields()
+{
     for (int row = 0; row < topLevelItemCount(); ++row) {
         SoFieldItem* item = fieldItem(row);
-        item->setLive(on);
+        item->setLive(m_inView);
         item->updateEnabled();
     }
 }
@@ -277,6 +328,7 @@ bool SoMiraboList::isWanted(const SoFieldItem* item) const
 void SoMiraboList::setShowCatalogParts(bool on)
 {
     m_showCatalogParts = on;
+    const mirabo::GraphReading graph; // once for all rows
     for (int row = 0; row < topLevelItemCount(); ++row)
         if (SoFieldItem* item = fieldItem(row); item->isPart())
             item->setHidden(!isWanted(item));
@@ -285,6 +337,7 @@ void SoMiraboList::setShowCatalogParts(bool on)
 void SoMiraboList::showChangedValues(bool on)
 {
     m_showChangedOnly = on;
+    const mirabo::GraphReading graph; // once for all rows
     for (int row = 0; row < topLevelItemCount(); ++row)
         if (SoFieldItem* item = fieldItem(row); item->isHidden() == isWanted(item))
             item->setHidden(!isWanted(item));

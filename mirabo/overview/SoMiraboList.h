@@ -1,6 +1,8 @@
 #pragma once
 
-#include "mirabo/overview/DeathGuard.h"
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/GraphFollower.h"
+#endif
 #include "mirabo/preferences/TextStyle.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -12,6 +14,7 @@
 #include <QTreeWidget>
 
 #include <array>
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -27,9 +30,10 @@ class SoNode;
 /// Table of fields, one row a field: node, field, value, and whether it is ignored or connected.
 /// Base of the node overview's list and of the field watch.
 ///
-/// Values follow the scene by field sensors. However many changes come in one pass of the event
-/// loop, they cost one repaint of the changed cells in view, and at most sixty a second. A hidden
-/// list has no sensors; it only hears when its nodes die.
+/// Values follow the scene, whichever thread edits it. However many changes come in one pass of the
+/// event loop, they cost one look at the rows in view and one repaint of the changed cells, and at
+/// most sixty a second. Values that changed while nobody was told are shown with the next change of
+/// their node. A hidden list follows no values; it only hears when its nodes die.
 class SoMiraboList : public QTreeWidget {
     Q_OBJECT
 
@@ -54,7 +58,8 @@ public:
     /// True when one of the preferences KMRU_LAUNCH_MIRABO and ART_LAUNCH_MIRABO is. Read afresh.
     static bool isNetNameMode();
 
-    /// Shows the fields of a node; null empties the list.
+    /// Shows the fields of a node; null empties the list. Shows nothing while another thread edits:
+    /// who calls holds a GraphReading.
     void setNode(SoNode* node);
     /// Makes value, icons and enabled state of a row anew.
     void updateFieldValue(SoFieldItem* item);
@@ -104,6 +109,10 @@ public:
     /// A row came: it is told when its node dies.
     void lookAfter(SoFieldItem* item);
     void forgetRow(SoFieldItem* item);
+    /// Something changed that the rows show; called in any thread.
+    void noteChange();
+    /// Rows that died in the meantime say so.
+    void takeDeaths();
     /// Whether the repaint under way covers part of a cell; true outside of one.
     bool isPainting(const QRect& cell) const;
     /// A row's value changed: repaints once, after the pass and 16 ms after the repaint before.
@@ -152,8 +161,9 @@ protected:
 
 private:
     struct NodeRows {
-        std::unique_ptr<mirabo::DeathGuard<SoNode>> guard;
+        explicit NodeRows(QObject* list) : follower(list) {}
         std::vector<SoFieldItem*> rows; // Not owned; the list's.
+        mirabo::GraphFollower follower;
     };
 
     /// The room of the columns that nobody gave a width, and what they would take.
@@ -175,9 +185,11 @@ private:
     void widthChosen(int column, int width);
     SoNode* twinOf(const SoNode* node);
     QList<QTreeWidgetItem*> makeRows(SoNode* node);
-    void nodeDied(const SoNode* node);
     void setInView(bool on);
+    void followFields();
+    void takeChanges();
     bool isWanted(const SoFieldItem* item) const;
+    void repaintLater();
     void repaintRows();
     bool moveByKey(int key);
 
@@ -189,13 +201,14 @@ private:
     bool m_showChangedOnly = false;
     /// Default-valued twins by type, kept as long as the list.
     std::map<int, SoRef<SoNode>> m_referenceNodes;
-    std::unordered_map<const SoNode*, NodeRows> m_nodes;
+    std::unordered_map<const SoNode*, std::unique_ptr<NodeRows>> m_nodes;
     QString m_emptyHint;
     PlaceProvider m_place;
     QRegion m_painted; ///< what the repaint under way covers
     bool m_repaintPending = false;
     QElapsedTimer m_sinceRepaint;
-    bool m_inView = false;
+    std::atomic<bool> m_inView{false};
+    std::atomic<bool> m_changeNoted{false}; ///< and its pass is to come
     bool m_filling = false;
     bool m_typeGaveWay = false; ///< the list is too narrow for the column of types
     std::array<int, NodeNetName + 1> m_natural{};

@@ -1,5 +1,6 @@
 // What a field list does with the events of its window.
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/DragFormats.h"
@@ -10,6 +11,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QPaintEvent>
+#include <QTimer>
 
 namespace {
 
@@ -69,7 +71,14 @@ QMimeData* SoMiraboList::mimeData(const QList<QTreeWidgetItem*> items) const
 void SoMiraboList::paintEvent(QPaintEvent* event)
 {
     m_painted = event->region();
-    QTreeWidget::paintEvent(event);
+    {
+        // Without it the rows say what they said last.
+        const mirabo::GraphReading graph;
+        QTreeWidget::paintEvent(event);
+        if (!graph)
+            QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, viewport(),
+                               qOverload<>(&QWidget::update));
+    }
     m_painted = {};
     if (topLevelItemCount() > 0 || m_emptyHint.isEmpty())
         return;

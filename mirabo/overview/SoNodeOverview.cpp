@@ -1,11 +1,13 @@
 #include "mirabo/overview/SoNodeOverview.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 
 #include <kalmyr/cameras/SoCamera.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/lights/SoLight.h>
 #include <kalmyr/nodes/SoTransformation.h>
 #include <kalmyr/shapes/SoShape.h>
@@ -62,7 +64,7 @@ QLabel* selectableLabel(const char* name, QWidget* parent)
 } // namespace
 
 SoNodeOverview::SoNodeOverview(QWidget* parent, bool withCloseButton)
-    : QWidget(parent), m_sensor(&SoNodeOverview::nodeChanged, this)
+    : QWidget(parent), m_follower(this)
 {
     setObjectName("SoNodeOverview");
     buildWidgets(withCloseButton);
@@ -71,10 +73,7 @@ SoNodeOverview::SoNodeOverview(QWidget* parent, bool withCloseButton)
     clear();
 }
 
-SoNodeOverview::~SoNodeOverview()
-{
-    m_sensor.detach();
-}
+SoNodeOverview::~SoNodeOverview() = default;
 
 void SoNodeOverview::buildWidgets(bool withCloseButton)
 {
@@ -133,8 +132,8 @@ void SoNodeOverview::connectWidgets()
 {
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, [this] {
-        if (std::exchange(m_idStale, false) && m_node)
-            showId();
+        if (m_idStale)
+            followChange();
     });
     connect(m_showChangedCheckBox, &QCheckBox::toggled, m_list, &SoMiraboList::showChangedValues);
     connect(m_overrideCheckBox, &QCheckBox::released, this,
@@ -164,19 +163,15 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
         clear();
         return;
     }
+    const mirabo::GraphReading graph;
     forgetNode();
+    if (!graph) {
+        clear();
+        return;
+    }
     m_node = node;
-    m_guard = std::make_unique<mirabo::DeathGuard<SoNode>>(node, [this] {
-        m_node = nullptr;
-        m_dead = true;
-        m_sensor.detach();
-        m_nodeNameValue->setText((m_nodeNameValue->text() + ' ' + tr("(deleted)")).trimmed());
-        enableWidgets();
-        Q_EMIT nodeDied();
-    });
     m_list->setNode(node);
-    if (isVisible())
-        m_sensor.attach(node);
+    followNode();
     showName(kit);
     showIdentity();
     m_list->updateField(nullptr);
@@ -187,20 +182,45 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
     m_watchButton->setEnabled(false);
 }
 
+/// A panel in view hears of changes; every panel of the death.
+void SoNodeOverview::followNode()
+{
+    mirabo::whenReadable(this, [this] {
+        SoNode* node = m_node;
+        if (!node)
+            return;
+        mirabo::GraphFollower::Calls calls{.dying = [this] { m_node = nullptr; },
+                                           .died = [this] { showDeath(); }};
+        if (m_inView)
+            calls.changed = [this] { followChange(); };
+        m_follower.follow(node, std::move(calls));
+    });
+}
+
+void SoNodeOverview::showDeath()
+{
+    m_dead = true;
+    m_nodeNameValue->setText((m_nodeNameValue->text() + ' ' + tr("(deleted)")).trimmed());
+    enableWidgets();
+    Q_EMIT nodeDied();
+}
+
 void SoNodeOverview::forgetNode()
 {
-    m_sensor.detach();
-    m_guard.reset();
+    m_follower.release();
     m_node = nullptr;
     m_dead = false;
+    m_isRenaming = false;
 }
 
 void SoNodeOverview::enableWidgets()
 {
-    m_nodeNameValue->setEnabled(m_node);
-    m_showChangedCheckBox->setEnabled(m_node);
-    m_overrideCheckBox->setEnabled(m_node && canOverride(m_node));
-    if (!m_node)
+    const mirabo::GraphReading graph;
+    const SoNode* node = m_node;
+    m_nodeNameValue->setEnabled(node);
+    m_showChangedCheckBox->setEnabled(node);
+    m_overrideCheckBox->setEnabled(graph && node && canOverride(node));
+    if (!node)
         m_watchButton->setEnabled(false);
     // What a dead node said last stays, greyed.
     for (QLabel* label : {m_nodeNameLabel, m_nodeIdLabel, m_addressLabel, m_nodeNetNameLabel})
@@ -214,7 +234,7 @@ void SoNodeOverview::showName(SoNode* kit)
     const bool isPart = !part.isEmpty();
     m_nodeNameLabel->setText(isPart ? tr("<b> Part Name </b>:") : tr("<b> Node Name </b>:"));
     m_nodeNameValue->setReadOnly(isPart);
-    m_nodeNameValue->setText(isPart ? part : QString::fromUtf8(m_node->getName().getString()));
+    m_nodeNameValue->setText(isPart ? part : QString::fromUtf8(getNode()->getName().getString()));
     m_nodeNameValue->setCursorPosition(0);
     showNetName();
 }
@@ -223,7 +243,7 @@ void SoNodeOverview::showNetName()
 {
     if (!m_nodeNetNameLabel)
         return;
-    const SbName net = m_node->getNetName();
+    const SbName net = getNode()->getNetName();
     m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: %1")
                                     .arg(net.isEmpty()
                                              ? QString("&lt No NetName&gt ")
@@ -256,25 +276,36 @@ void SoNodeOverview::setWatchEnabled(bool on)
     m_watchButton->setEnabled(on && m_node);
 }
 
-void SoNodeOverview::refresh()
+void SoNodeOverview::refreshAll()
 {
-    if (!m_node)
+    const mirabo::GraphReading graph;
+    const SoNode* node = m_node;
+    if (!graph || !node)
         return;
-    m_overrideCheckBox->setChecked(m_node->isOverride());
+    m_overrideCheckBox->setChecked(node->isOverride());
     showId();
+    refreshName();
+    m_list->updateField(nullptr);
 }
 
 void SoNodeOverview::showId()
 {
-    m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(m_node->getNodeId()));
+    m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(getNode()->getNodeId()));
 }
 
 /// A node that moves has another id with every frame, and each new text lays the panel out anew.
 void SoNodeOverview::followChange()
 {
-    if (!m_node)
+    const mirabo::GraphReading graph;
+    if (!graph) {
+        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                           &SoNodeOverview::followChange);
         return;
-    m_overrideCheckBox->setChecked(m_node->isOverride());
+    }
+    const SoNode* node = m_node;
+    if (!node)
+        return;
+    m_overrideCheckBox->setChecked(node->isOverride());
     m_idStale = m_pause.isActive();
     if (m_idStale)
         return;
@@ -282,28 +313,18 @@ void SoNodeOverview::followChange()
     m_pause.start(kPauseMs);
 }
 
-void SoNodeOverview::nodeChanged(void* data, SoSensor*)
-{
-    auto* panel = static_cast<SoNodeOverview*>(data);
-    // Lets go of what the sensor keeps alive to report it, which may have been the node itself.
-    panel->m_sensor.detach();
-    if (panel->m_node)
-        panel->m_sensor.attach(panel->m_node);
-    panel->followChange();
-}
-
 void SoNodeOverview::showEvent(QShowEvent* event)
 {
-    if (m_node) {
-        m_sensor.attach(m_node);
-        refresh();
-    }
+    m_inView = true;
+    followNode();
+    mirabo::whenReadable(this, [this] { refreshAll(); });
     QWidget::showEvent(event);
 }
 
 void SoNodeOverview::hideEvent(QHideEvent* event)
 {
-    m_sensor.detach();
+    m_inView = false;
+    followNode();
     QWidget::hideEvent(event);
 }
 
@@ -316,11 +337,30 @@ void SoNodeOverview::changeEvent(QEvent* event)
 
 void SoNodeOverview::nameEdited(QString text)
 {
-    if (!m_node)
-        return;
-    m_node->setName(SbName(text.toUtf8().constData()));
+    {
+        const mirabo::GraphReading graph; // no other thread edits: the next lock can be had
+        if (!graph) {
+            renameLater();
+            return;
+        }
+        SoNode* node = m_node;
+        const SoWriteLock lock;
+        if (!node || !lock)
+            return;
+        node->setName(SbName(text.toUtf8().constData()));
+    }
     Q_EMIT nodeRenamed(m_node);
     refreshName();
+}
+
+void SoNodeOverview::renameLater()
+{
+    if (std::exchange(m_isRenaming, true))
+        return;
+    QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this, [this] {
+        if (std::exchange(m_isRenaming, false))
+            nameEdited(m_nodeNameValue->text());
+    });
 }
 
 void SoNodeOverview::nodeNameChanged(SoNode* node)
@@ -331,16 +371,19 @@ void SoNodeOverview::nodeNameChanged(SoNode* node)
 
 void SoNodeOverview::refreshName()
 {
-    if (!m_node)
+    const mirabo::GraphReading graph;
+    const SoNode* node = m_node;
+    if (!graph || !node)
         return;
-    const QString accepted = QString::fromUtf8(m_node->getName().getString());
-    if (!m_nodeNameValue->isReadOnly() && m_nodeNameValue->text() != accepted) {
+    const QString accepted = QString::fromUtf8(node->getName().getString());
+    const bool isEdited = m_isRenaming; // what was typed is not the name yet
+    if (!isEdited && !m_nodeNameValue->isReadOnly() && m_nodeNameValue->text() != accepted) {
         const int cursor = m_nodeNameValue->cursorPosition();
         m_nodeNameValue->setText(accepted);
         m_nodeNameValue->setCursorPosition(cursor);
     }
     showNetName();
-    m_list->updateNodeName(m_node);
+    m_list->updateNodeName(node);
 }
 
 void SoNodeOverview::overrideButtonStateChanged()

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "mirabo/overview/DeathGuard.h"
-
-#include <kalmyr/sensors/SoNodeSensor.h>
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/GraphFollower.h"
+#endif
 
 #include <QTimer>
 #include <QWidget>
 
-#include <memory>
+#include <atomic>
 
 class QCheckBox;
 class QFrame;
@@ -29,14 +29,17 @@ public:
     explicit SoNodeOverview(QWidget* parent = nullptr, bool withCloseButton = false);
     ~SoNodeOverview() override;
 
-    /// Shows a node; `kit` is the node kit that may hold it as a part, or null.
+    /// Shows a node; `kit` is the node kit that may hold it as a part, or null. Who calls holds a
+    /// GraphReading.
     void setNode(SoNode* node, SoNode* kit);
     void clear();
     /// Null when nothing is shown, and once the node has died.
     SoNode* getNode() const { return m_node; }
     bool isNodeDead() const { return m_dead; }
-    /// Takes over what no sensor tells of: the name.
+    /// Takes over what nobody tells of: the name.
     void refreshName();
+    /// The same and all else that may have changed unheard.
+    void refreshAll();
     SoNodeOverviewList* getList() const { return m_list; }
 
     /// Allows watching the current row.
@@ -73,17 +76,18 @@ private:
     void showNetName();
     void showIdentity();
     void showId();
-    void refresh();
+    void followNode();
     void followChange();
+    void showDeath();
     void forgetNode();
-    static void nodeChanged(void* data, SoSensor* sensor);
+    void renameLater();
 
-    SoNode* m_node = nullptr; // Not owned; forgotten when it dies.
+    std::atomic<SoNode*> m_node = nullptr; // Not owned; forgotten when it dies.
     bool m_dead = false;
-    std::unique_ptr<mirabo::DeathGuard<SoNode>> m_guard;
-    SoNodeSensor m_sensor;
-    QTimer m_pause;         ///< runs for a while after the id was shown
-    bool m_idStale = false; ///< the node changed since
+    bool m_inView = false;
+    bool m_isRenaming = false; ///< as soon as no other thread edits
+    QTimer m_pause;            ///< runs for a while after the id was shown
+    bool m_idStale = false;    ///< the node changed since
     QFrame* m_upperFrame = nullptr;
     QLabel* m_nodeNameLabel = nullptr;
     QLineEdit* m_nodeNameValue = nullptr;
@@ -95,4 +99,5 @@ private:
     QPushButton* m_watchButton = nullptr;
     QPushButton* m_closeButton = nullptr;
     SoNodeOverviewList* m_list = nullptr;
+    mirabo::GraphFollower m_follower; // last: it goes before what it writes
 };

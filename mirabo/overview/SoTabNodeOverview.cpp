@@ -1,5 +1,6 @@
 #include "mirabo/overview/SoTabNodeOverview.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/preferences/Settings.h"
@@ -98,7 +99,8 @@ int SoTabNodeOverview::indexOfNode(const SoNode* node) const
 
 void SoTabNodeOverview::showTabTitle(int index, const QIcon& icon)
 {
-    const SoNode* node = overview(index)->getNode();
+    const mirabo::GraphReading graph;
+    const SoNode* node = graph ? overview(index)->getNode() : nullptr;
     if (!icon.isNull())
         setTabIcon(index, icon);
     tabBar()->setTabTextColor(index, QColor()); // the palette's
@@ -119,7 +121,8 @@ void SoTabNodeOverview::showDeath(SoNodeOverview* page)
 
 void SoTabNodeOverview::showPlace(int index)
 {
-    const SoNodeOverview* page = index < 0 ? nullptr : overview(index);
+    const mirabo::GraphReading graph;
+    const SoNodeOverview* page = index < 0 || !graph ? nullptr : overview(index);
     const SoNode* node = page ? page->getNode() : nullptr;
     if (!node)
         return;

@@ -1,5 +1,6 @@
 #include "mirabo/viewer/SoMiraboViewer.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
@@ -28,6 +29,8 @@
 #include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
+#include <QThread>
+#include <QTimer>
 
 namespace {
 
@@ -94,6 +97,10 @@ SoMiraboViewer::SoMiraboViewer() : m_selection(new SoSelection)
 
 SoMiraboViewer::~SoMiraboViewer()
 {
+    // Others may hold the scene manager, and go on drawing.
+    if (m_examiner && m_highlightAction)
+        m_examiner->getSceneManager()->setGLRenderAction(nullptr);
+    const mirabo::GraphReading graph;
     m_selection->removeSelectionCallback(&SoMiraboViewer::pathSelected, this);
     m_selection->deselectAll();
     m_selection->removeAllChildren();
@@ -101,10 +108,11 @@ SoMiraboViewer::~SoMiraboViewer()
 
 void SoMiraboViewer::pathSelected(void* data, SoPath* path)
 {
-    const mirabo::Frame frame;
     auto* self = static_cast<SoMiraboViewer*>(data);
-    if (!self->m_highlighting)
-        Q_EMIT self->nodePicked(path->getTail());
+    if (self->m_highlighting || QThread::currentThread() != self->thread())
+        return; // nobody picked
+    const mirabo::Frame frame;
+    Q_EMIT self->nodePicked(path->getTail());
 }
 
 void SoMiraboViewer::setUp(SoMiraboMainFrame* frame, bool standalone)
@@ -164,22 +172,35 @@ void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
 {
     const mirabo::Frame frame;
     const SoRef<SoNode> kept(root);
+    if (!mirabo::GraphReading()) {
+        // An editor in another thread may be waiting for this one.
+        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                           [this, kept, resetCommands] { setScene(kept.get(), resetCommands); });
+        return;
+    }
     Q_EMIT sceneAboutToChange();
     if (resetCommands)
         Q_EMIT undoResetRequested();
-    if (m_highlightMode == OUTLINED)
-        m_selection->deselectAll();
-    m_root = nullptr;
-    m_selection->removeAllChildren();
-    if (root) {
-        m_root = root;
-        m_selection->addChild(root);
-        if (m_examiner)
-            m_examiner->setSceneGraph(m_selection.get());
-    }
+    replaceScene(root);
     Q_EMIT sceneChanged(root);
     // The tree has made its first row current; nobody has chosen the scene as a whole yet.
+    const mirabo::GraphReading graph;
     m_selection->deselectAll();
+}
+
+void SoMiraboViewer::replaceScene(SoNode* root)
+{
+    const mirabo::GraphReading graph;
+    if (m_highlightMode == OUTLINED)
+        m_selection->deselectAll();
+    m_root.reset();
+    m_selection->removeAllChildren();
+    if (!root)
+        return;
+    m_root.reset(root);
+    m_selection->addChild(root);
+    if (m_examiner)
+        m_examiner->setSceneGraph(m_selection.get());
 }
 
 void SoMiraboViewer::setHighlightMode(HighlightMode mode)
@@ -199,11 +220,12 @@ void SoMiraboViewer::setHighlightMode(HighlightMode mode)
 void SoMiraboViewer::highlight(const SoPath* path)
 {
     const mirabo::Frame frame;
-    if (m_highlightMode != OUTLINED)
+    const mirabo::GraphReading graph;
+    if (m_highlightMode != OUTLINED || !graph)
         return;
     m_highlighting = true;
     m_selection->deselectAll();
-    if (path && !path->isEmpty() && path->getHead() == m_root) {
+    if (path && !path->isEmpty() && path->getHead() == m_root.get()) {
         const SoRef<SoPath> below(new SoPath(m_selection.get()));
         below->append(path->getHead(), 0);
         for (int i = 1; i < path->getLength(); ++i)

@@ -1,5 +1,8 @@
 #pragma once
 
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/Observed.h"
+#endif
 #include "mirabo/core/Panels.h"
 #include "mirabo/core/RecentFiles.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
@@ -48,8 +51,9 @@ public:
     SoSelection* getSelectionNode() const { return m_selection.get(); }
     const QString& getCurrentFile() const { return m_currentFile; }
 
+    /// While another thread edits, as soon as that is over.
     void setScene(SoNode* root, bool resetCommands) override;
-    SoNode* getScene() const override { return m_root; }
+    SoNode* getScene() const override { return m_root.get(); }
     bool openSceneFile(const QString& fileName) override;
     /// As openSceneFile(), but a file that cannot be opened at all changes and shows nothing.
     bool openDroppedFile(const QString& fileName);
@@ -90,6 +94,7 @@ private:
     SoMiraboViewer();
     ~SoMiraboViewer() override;
 
+    void replaceScene(SoNode* root);
     void createExaminer();
     void createDocks();
     QDockWidget* addDock(const char* name, const QString& title);
@@ -101,7 +106,8 @@ private:
     bool open(LiveInput& input, const QString& fileName);
 
     QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's. The host may delete it.
-    SoNode* m_root = nullptr;            // Kept by the selection node.
+    /// Kept by the selection node, which others can reach as well.
+    mirabo::Observed<SoNode> m_root;
     std::unique_ptr<SoQtExaminerViewer> m_examiner;
     SoRef<SoSelection> m_selection;
     HighlightMode m_highlightMode = OUTLINED;
