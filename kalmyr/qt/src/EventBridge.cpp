@@ -3,10 +3,12 @@
 #include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseWheelEvent.h>
 #include <kalmyr/gui/SoGuiRenderArea.h>
+#include <kalmyr/io/SoReadLock.h>
 
 #include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QWidget>
 
@@ -16,6 +18,9 @@
 #include <iterator>
 
 namespace {
+
+constexpr double kPatience = 0.02;     // seconds
+constexpr int kRetryMilliseconds = 20; // until the next try when another thread is editing
 
 struct KeyName {
     int qt;
@@ -163,7 +168,32 @@ bool EventBridge::eventFilter(QObject* watched, QEvent* event)
     }
 }
 
-bool EventBridge::send(SoEvent& event, Qt::KeyboardModifiers modifiers, const QPointF& position)
+bool EventBridge::deliver(const SoEvent& event)
+{
+    const SoRef<SoGuiRenderArea> area(m_area); // who handles the event may let go of it
+    ++m_sending;
+    const bool isHandled = area->processEvent(&event);
+    --m_sending;
+    return isHandled;
+}
+
+void EventBridge::deliverWaiting()
+{
+    while (m_area && !m_waiting.empty()) {
+        const SoReadLock graph{SbTime(kPatience)};
+        if (!graph) {
+            QTimer::singleShot(kRetryMilliseconds, this, &EventBridge::deliverWaiting);
+            return;
+        }
+        const std::unique_ptr<SoEvent> event = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        deliver(*event);
+    }
+    m_waiting.clear();
+}
+
+template <class Event>
+bool EventBridge::send(Event& event, Qt::KeyboardModifiers modifiers, const QPointF& position)
 {
     const qreal ratio = m_widget->devicePixelRatioF();
     const SbVec2i32 size = m_area->getSize();
@@ -177,7 +207,18 @@ bool EventBridge::send(SoEvent& event, Qt::KeyboardModifiers modifiers, const QP
     event.setShiftDown(modifiers & Qt::ShiftModifier);
     event.setCtrlDown(modifiers & Qt::ControlModifier);
     event.setAltDown(modifiers & Qt::AltModifier);
-    return m_area->processEvent(&event);
+    {
+        // Not waiting for long: the editor may be waiting for the user interface.
+        const SoReadLock graph{SbTime(m_waiting.empty() ? kPatience : 0)};
+        if (graph && m_waiting.empty())
+            return deliver(event);
+    }
+    if (event.isOfType(SoLocation2Event::getClassTypeId()))
+        return true; // the next motion says as much
+    if (m_waiting.empty())
+        QTimer::singleShot(kRetryMilliseconds, this, &EventBridge::deliverWaiting);
+    m_waiting.push_back(std::make_unique<Event>(event));
+    return true;
 }
 
 bool EventBridge::sendButton(const QMouseEvent& event, SoButtonEvent::State state)

@@ -5,7 +5,9 @@
 
 #include <QObject>
 
+#include <deque>
 #include <functional>
+#include <memory>
 
 class QKeyEvent;
 class QMouseEvent;
@@ -21,6 +23,9 @@ public:
     /// Belongs to the widget. `area` must outlive it or detach() be called.
     EventBridge(SoGuiRenderArea* area, QWidget* widget);
     void detach() { m_area = nullptr; }
+
+    /// Whether an event is on its way through the scene: the widget must not be deleted.
+    bool isSending() const { return m_sending > 0; }
 
     /// Sets the area's size, without any event; for what is drawn before the widget is shown.
     void takeSize();
@@ -38,9 +43,15 @@ private:
     bool mouseMoved(const QMouseEvent& event);
     bool wheelTurned(const QWheelEvent& event);
     bool keyChanged(const QKeyEvent& event);
-    bool send(SoEvent& event, Qt::KeyboardModifiers modifiers, const QPointF& position);
+    template <class Event>
+    bool send(Event& event, Qt::KeyboardModifiers modifiers, const QPointF& position);
+    bool deliver(const SoEvent& event);
+    void deliverWaiting();
     bool sendButton(const QMouseEvent& event, SoButtonEvent::State state);
 
     SoGuiRenderArea* m_area; // Not owned.
     QWidget* m_widget;       // Not owned; owns us.
+    int m_sending = 0;
+    /// Presses, releases and turns of the wheel that came while another thread edited.
+    std::deque<std::unique_ptr<SoEvent>> m_waiting;
 };

@@ -29,6 +29,7 @@ GLSurface::GLSurface(SoGuiRenderArea* area, QWidget* parent)
     : QOpenGLWidget(parent), RenderSurface(area)
 {
     setFormat(format());
+    setUpdateBehavior(PartialUpdate); // the last frame stays while the scene cannot be drawn
 }
 
 GLSurface::~GLSurface()
@@ -55,7 +56,7 @@ void GLSurface::release()
 
 void GLSurface::paintGL()
 {
-    if (m_area && m_area->render())
+    if (drawWith([](SoGuiRenderArea& area) { return area.render(); }))
         drawn();
 }
 

@@ -45,7 +45,8 @@ ImageSurface::~ImageSurface() = default;
 
 bool ImageSurface::redraw()
 {
-    if (!m_area || !m_failure.isEmpty() || !m_area->renderOffscreen(*m_renderer))
+    if (!m_failure.isEmpty()
+        || !drawWith([this](SoGuiRenderArea& area) { return area.renderOffscreen(*m_renderer); }))
         return false;
     const SbVec2s& size = m_renderer->getViewportRegion().getWindowSize();
     m_image = toImage(m_renderer->getBuffer(), size[0], size[1]);
@@ -74,7 +75,8 @@ bool ImageSurface::isUpToDate() const
 
 void ImageSurface::paintEvent(QPaintEvent*)
 {
-    if (!isUpToDate() && !redraw()) {
+    // While another thread edits the last picture stays.
+    if (!isUpToDate() && !redraw() && m_image.isNull()) {
         paintFailure();
         return;
     }

@@ -4,16 +4,43 @@
 #include "ImageSurface.h"
 
 #include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/gui/SoGuiRenderArea.h>
+#include <kalmyr/io/SoReadLock.h>
 
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
+#include <QTimer>
 #include <QWidget>
+
+namespace {
+
+constexpr double kPatience = 0.02;     // seconds
+constexpr int kRetryMilliseconds = 20; // until the next try when another thread is editing
+
+} // namespace
 
 void RenderSurface::schedule()
 {
     m_stale = true;
     widget()->update();
+}
+
+bool RenderSurface::drawWith(const std::function<bool(SoGuiRenderArea&)>& draw)
+{
+    if (!m_area || m_drawing)
+        return false;
+    // Not waiting for long: the editor may be waiting for the user interface.
+    const SoReadLock graph{SbTime(kPatience)};
+    if (!graph) {
+        QTimer::singleShot(kRetryMilliseconds, widget(), qOverload<>(&QWidget::update));
+        return false;
+    }
+    const SoRef<SoGuiRenderArea> area(m_area); // a callback in the scene may let go of it
+    m_drawing = true;
+    const bool isDrawn = draw(*area);
+    m_drawing = false;
+    return isDrawn && m_area;
 }
 
 bool RenderSurface::hasWindowGL()

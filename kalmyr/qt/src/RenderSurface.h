@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 
 class QWidget;
 class SoGuiRenderArea;
@@ -22,6 +23,8 @@ public:
     /// Asks for a redraw with the next repaint.
     void schedule();
     virtual QString failure() const { return QString(); }
+    /// Whether the scene is being drawn: the widget must not be deleted.
+    bool isDrawing() const { return m_drawing; }
 
     bool isStale() const { return m_stale; }
     std::uint64_t frames() const { return m_frames; }
@@ -42,9 +45,14 @@ protected:
         ++m_frames;
     }
 
+    /// Calls `draw` with the area, while no other thread edits the scene; false, with another
+    /// repaint arranged for, when one does. The area and this outlive the call.
+    bool drawWith(const std::function<bool(SoGuiRenderArea&)>& draw);
+
     SoGuiRenderArea* m_area; // Not owned.
 
 private:
+    bool m_drawing = false;
     bool m_stale = true;
     std::uint64_t m_frames = 0;
 };

@@ -56,11 +56,17 @@ SoQtRenderArea::Impl::Impl(SoGuiRenderArea* guiArea, QWidget* parent, const char
 SoQtRenderArea::Impl::~Impl()
 {
     area->getSceneManager()->setRenderCallback(nullptr, nullptr);
+    const bool isBusy = (surface() && surface()->isDrawing()) || (bridge && bridge->isSending());
     if (bridge)
         bridge->detach();
     if (surface())
         surface()->detach();
-    delete whole;
+    if (!isBusy) {
+        delete whole;
+    } else if (whole) { // a callback in the scene runs inside an event of the widget
+        whole->hide();
+        whole->deleteLater();
+    }
 }
 
 void SoQtRenderArea::Impl::layOut()
