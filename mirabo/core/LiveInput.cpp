@@ -11,14 +11,11 @@
 namespace {
 
 /// A read that is done sooner shows no dialog: it would only flash.
-constexpr int kPatienceMs = 300;
+constexpr double kPatience = 0.3; // seconds
 
 } // namespace
 
-LiveInput::LiveInput(QWidget* parent) : m_parent(parent)
-{
-    m_sinceStart.start();
-}
+LiveInput::LiveInput(QWidget* parent) : m_parent(parent) {}
 
 LiveInput::~LiveInput()
 {
@@ -40,7 +37,7 @@ void LiveInput::showDialog()
 
 void LiveInput::progress(std::size_t bytesRead, std::size_t total)
 {
-    if (mirabo::isBatch() || total == 0 || m_sinceStart.elapsed() < kPatienceMs)
+    if (mirabo::isBatch() || total == 0 || (SbTime::monotonic() - m_start).getValue() < kPatience)
         return;
     if (!m_dialog && m_parent && !mirabo::Frame::isEnding())
         showDialog();

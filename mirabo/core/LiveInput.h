@@ -1,8 +1,8 @@
 #pragma once
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/io/SoInput.h>
 
-#include <QElapsedTimer>
 #include <QPointer>
 #include <QString>
 
@@ -30,7 +30,7 @@ private:
     QPointer<QWidget> m_parent;
     QPointer<QProgressDialog> m_dialog; ///< owned, unless its parent deleted it
     QPointer<QProgressBar> m_bar;       // Not owned; the dialog's.
-    QElapsedTimer m_sinceStart;
+    SbTime m_start = SbTime::monotonic();
     QString m_firstWarning;
     int m_numWarnings = 0;
 };

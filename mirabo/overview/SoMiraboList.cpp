@@ -7,6 +7,7 @@
 #include "mirabo/overview/SoHeaderView.h"
 #include "mirabo/preferences/Settings.h"
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
@@ -276,15 +277,15 @@ void SoMiraboList::repaintLater()
     if (m_repaintPending || !m_inView)
         return;
     m_repaintPending = true;
-    const qint64 since = m_sinceRepaint.isValid() ? m_sinceRepaint.elapsed() : kRepaintMs;
-    const auto delay = static_cast<int>(std::max<qint64>(kRepaintMs - since, 0));
+    const double since = 1000 * (SbTime::monotonic().getValue() - m_lastRepaint);
+    const auto delay = static_cast<int>(std::clamp<double>(kRepaintMs - since, 0, kRepaintMs));
     QTimer::singleShot(delay, Qt::PreciseTimer, this, &SoMiraboList::repaintRows);
 }
 
 void SoMiraboList::repaintRows()
 {
     m_repaintPending = false;
-    m_sinceRepaint.start();
+    m_lastRepaint = SbTime::monotonic().getValue();
     const mirabo::GraphReading graph;
     if (!graph) {
         repaintLater();

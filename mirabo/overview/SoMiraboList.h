@@ -8,7 +8,6 @@
 #include <kalmyr/base/SoRef.h>
 
 #include <QColor>
-#include <QElapsedTimer>
 #include <QFont>
 #include <QRegion>
 #include <QTreeWidget>
@@ -206,7 +205,7 @@ private:
     PlaceProvider m_place;
     QRegion m_painted; ///< what the repaint under way covers
     bool m_repaintPending = false;
-    QElapsedTimer m_sinceRepaint;
+    double m_lastRepaint = 0; ///< in seconds
     std::atomic<bool> m_inView{false};
     std::atomic<bool> m_changeNoted{false}; ///< and its pass is to come
     bool m_filling = false;

@@ -1,16 +1,19 @@
 #include "mirabo/tree/RecentChanges.h"
 
+#include <kalmyr/base/SbTime.h>
+
 void RecentChanges::begin()
 {
     m_entries.clear();
-    m_begin = m_clock.elapsed();
+    m_begin = SbTime::monotonic().getValue();
 }
 
 bool RecentChanges::isNews(const SoNode* node)
 {
-    const qint64 now = m_clock.elapsed();
-    const bool isBeginning = now - m_begin < m_quietTime;
-    std::erase_if(m_entries, [&](const Entry& entry) { return now - entry.time >= m_quietTime; });
+    const double now = SbTime::monotonic().getValue();
+    const auto isOver = [&](double since) { return 1000 * (now - since) >= m_quietTime; };
+    const bool isBeginning = !isOver(m_begin);
+    std::erase_if(m_entries, [&](const Entry& entry) { return isOver(entry.time); });
     for (Entry& entry : m_entries)
         if (entry.node == node) {
             entry.time = now;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
-
 #include <vector>
 
 class SoNode;
@@ -13,7 +11,7 @@ public:
     /// A node that was quiet for so long has news again with its next change.
     static constexpr int kQuietTime = 1000; ///< milliseconds
 
-    RecentChanges() { m_clock.start(); }
+    RecentChanges() { begin(); }
 
     /// Another scene: what changes from the beginning on is no news.
     void begin();
@@ -27,11 +25,10 @@ public:
 private:
     struct Entry {
         const SoNode* node; ///< only compared
-        qint64 time;
+        double time;        ///< seconds
     };
 
-    QElapsedTimer m_clock;
     std::vector<Entry> m_entries;
     int m_quietTime = kQuietTime;
-    qint64 m_begin = 0;
+    double m_begin = 0; ///< seconds
 };

@@ -6,10 +6,9 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMNodeField.h>
-
-#include <QElapsedTimer>
 
 #include <algorithm>
 #include <unordered_map>
@@ -229,10 +228,10 @@ void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& pla
 void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 {
     m_view.rowsAboutToChange();
-    QElapsedTimer timer;
-    timer.start();
+    const SbTime start = SbTime::monotonic();
     auto* taken = static_cast<SoTreeViewItem*>(item->takeChild(row));
-    m_view.openBranches().removalTook(timer.nsecsElapsed());
+    m_view.openBranches().removalTook(
+        static_cast<qint64>((SbTime::monotonic() - start).getValue() * 1e9));
     destroyRows(taken);
     item->childrenChanged(row);
 }

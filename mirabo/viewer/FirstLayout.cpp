@@ -1,5 +1,7 @@
 #include "mirabo/viewer/FirstLayout.h"
 
+#include <kalmyr/base/SbTime.h>
+
 #include <QDockWidget>
 #include <QEvent>
 #include <QMainWindow>
@@ -11,8 +13,8 @@ namespace mirabo {
 
 namespace {
 
-/// How long after it was first shown a window still finds its size, in milliseconds.
-constexpr int kSettleMs = 1000;
+/// How long after it was first shown a window still finds its size, in seconds.
+constexpr double kSettleTime = 1;
 /// Width in which types, names and reference counts of a tree are readable, in characters.
 constexpr int kTreeWidth = 66;
 /// Shares of the window that the docks take at most.
@@ -31,13 +33,19 @@ FirstLayout::FirstLayout(QMainWindow* window) : QObject(window), m_window(window
 
 bool FirstLayout::eventFilter(QObject*, QEvent* event)
 {
-    if (event->type() == QEvent::Show && !m_ending) {
-        m_ending = true;
+    const double now = SbTime::monotonic().getValue();
+    if (event->type() == QEvent::Show && m_shownAt < 0) {
+        m_shownAt = now;
         apply();
-        QTimer::singleShot(kSettleMs, this, &QObject::deleteLater);
     }
-    if (event->type() == QEvent::Resize && m_ending)
+    if (event->type() != QEvent::Resize || m_shownAt < 0)
+        return false;
+    if (now - m_shownAt < kSettleTime) {
         applyLater();
+    } else {
+        m_window->removeEventFilter(this);
+        deleteLater();
+    }
     return false;
 }
 

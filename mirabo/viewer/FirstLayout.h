@@ -9,7 +9,7 @@ namespace mirabo {
 
 /// Gives the docks of a window that was never stored their places, for the size that the window
 /// gets when it is shown: a window manager, or whoever opens it, may settle that size only then.
-/// Owned by the window; ends itself soon after the window was shown.
+/// Owned by the window; ends itself when the window gets another size later on.
 class FirstLayout final : public QObject {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ private:
 
     QMainWindow* m_window; // Not owned; owns us.
     bool m_pending = false;
-    bool m_ending = false;
+    double m_shownAt = -1; ///< in seconds; negative before
 };
 
 } // namespace mirabo

@@ -10,6 +10,7 @@
 #include "mirabo/viewer/FirstLayout.h"
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoPath.h>
@@ -24,7 +25,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDockWidget>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QScreen>
 #include <QSettings>
@@ -298,8 +298,7 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     SoInput::removeDirectory(directory);
     SoInput::addDirectoryLast(directory);
     m_readError.clear();
-    QElapsedTimer timer;
-    timer.start();
+    const SbTime start = SbTime::monotonic();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_reading = true;
     const SoRef<SoNode> root(read(input));
@@ -314,7 +313,7 @@ bool SoMiraboViewer::readScene(LiveInput& input)
         if (!m_frame)
             return true; // whoever was told of the scene has deleted it
         addRecentFile(toQString(name));
-        tellLoaded(input, timer.elapsed());
+        tellLoaded(input, (SbTime::monotonic() - start).getValue());
     }
     if (!m_readError.isEmpty())
         mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
@@ -322,10 +321,10 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     return static_cast<bool>(root);
 }
 
-void SoMiraboViewer::tellLoaded(const LiveInput& input, qint64 milliseconds)
+void SoMiraboViewer::tellLoaded(const LiveInput& input, double seconds)
 {
     const QString name = QFileInfo(m_currentFile).fileName();
-    QString text = tr("%1 loaded in %2 s").arg(name).arg(double(milliseconds) / 1000, 0, 'f', 2);
+    QString text = tr("%1 loaded in %2 s").arg(name).arg(seconds, 0, 'f', 2);
     const int numMore = input.getNumWarnings() - 1;
     if (numMore >= 0)
         text += ". " + input.getFirstWarning();

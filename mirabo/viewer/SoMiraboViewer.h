@@ -99,7 +99,7 @@ private:
     void createDocks();
     QDockWidget* addDock(const char* name, const QString& title);
     void setCurrentFile(const QString& fileName);
-    void tellLoaded(const LiveInput& input, qint64 milliseconds);
+    void tellLoaded(const LiveInput& input, double seconds);
     static void pathSelected(void* data, SoPath* path);
     static void readErrorPosted(const SoError* error, void* data);
     SoNode* read(LiveInput& input);

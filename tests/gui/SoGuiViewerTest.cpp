@@ -1,4 +1,5 @@
 #include "GuiTestTools.h"
+#include "support/Clock.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/base/SbViewVolume.h>
@@ -9,8 +10,6 @@
 #include <kalmyr/sensors/SoSensorManager.h>
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
-
-#include <thread>
 
 namespace {
 
@@ -479,6 +478,7 @@ TEST_F(SoGuiViewerTest, KnowsItsKeys)
 
 TEST_F(SoGuiViewerTest, FliesToItsTarget)
 {
+    const support::Clock clock;
     show(cubeAt({0, 0, 0}).get());
     const SbVec3f home = camera().position.getValue();
     viewer->orbitBy(1, 0);
@@ -488,14 +488,15 @@ TEST_F(SoGuiViewerTest, FliesToItsTarget)
     EXPECT_TRUE(viewer->isAnimating());
     EXPECT_EQ(camera().position.getValue(), away) << "it takes off with the next timer";
     bool between = false;
-    while (viewer->isAnimating()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    for (int i = 0; viewer->isAnimating() && i < 1000; ++i) {
+        support::Clock::advance(0.005);
         SoSensorManager::processTimerQueue();
         const SbVec3f now = camera().position.getValue();
         between = between || (!near(now, home, 0.01f) && !near(now, away, 0.01f));
         EXPECT_NEAR((now - interest()).length(), home.length(), 0.01f)
             << "on the way around the cube";
     }
+    EXPECT_FALSE(viewer->isAnimating());
     EXPECT_TRUE(between);
     EXPECT_TRUE(near(camera().position.getValue(), home, 1e-3f));
     // Whoever grabs the scene stops the flight, and so does a viewer that goes.
@@ -506,7 +507,7 @@ TEST_F(SoGuiViewerTest, FliesToItsTarget)
     EXPECT_FALSE(viewer->isAnimating());
     viewer->resetToHomePosition();
     viewer.reset();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    support::Clock::advance(1);
     SoSensorManager::processTimerQueue();
 }
 

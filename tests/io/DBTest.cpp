@@ -5,11 +5,8 @@
 #include <kalmyr/core/SoRecursiveRWLock.h>
 
 #include <atomic>
-#include <chrono>
 #include <thread>
 #include <vector>
-
-using namespace std::chrono_literals;
 
 TEST(SoRecursiveRWLockTest, KeepsReadersOutOfWrites)
 {
@@ -83,7 +80,14 @@ TEST(SoRecursiveRWLockTest, AReaderMayReadAgainWhileAWriterWaits)
         written = true;
         lock.writeUnlock();
     });
-    std::this_thread::sleep_for(20ms);
+    // New readers wait while a writer waits.
+    bool isWaitedFor = false;
+    while (!isWaitedFor)
+        std::thread([&] {
+            isWaitedFor = !lock.tryReadLock();
+            if (!isWaitedFor)
+                lock.readUnlock();
+        }).join();
     lock.readLock(); // waiting here would never end
     EXPECT_FALSE(written);
     lock.readUnlock();

@@ -1,4 +1,6 @@
 #include "LaunchSupport.h"
+#include "support/Clock.h"
+#include "support/Passes.h"
 
 #include <kalmyr/base/SoPreferences.h>
 
@@ -98,8 +100,7 @@ TEST_F(StandaloneTest, ShowsWhatCanBeShownOfADamagedScene)
     for (const std::string& path : {texture, index}) {
         messageOf([&path] { openRecent(path); });
         EXPECT_EQ(window()->windowTitle(), QString("Mirabo -- %1").arg(path.c_str()));
-        for (int turn = 0; turn < 5; ++turn)
-            pass();
+        support::flush();
     }
     EXPECT_TRUE(hooks().m_mirabo_isRunning());
 }
@@ -149,12 +150,12 @@ TEST_F(StandaloneTest, OpensMaximisedTheFirstTime)
 
 TEST_F(StandaloneTest, FirstLayoutFollowsTheSizeThatTheWindowGets)
 {
+    const support::Clock clock; // the window finds its size for a time only
     start();
     const auto settle = [](const QSize& size) {
         window()->setWindowState(Qt::WindowNoState);
         window()->resize(size);
-        for (int turn = 0; turn < 5; ++turn)
-            pass();
+        support::flush();
     };
     auto* treeDock = window()->findChild<QDockWidget*>("dockMainWin");
     auto* overview = window()->findChild<QDockWidget*>("dockNodeOverview");
@@ -167,6 +168,9 @@ TEST_F(StandaloneTest, FirstLayoutFollowsTheSizeThatTheWindowGets)
     EXPECT_EQ(window()->tabifiedDockWidgets(overview).size(), 1) << "no room for two";
     settle(QSize(1440, 900));
     EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty());
+    support::Clock::advance(2);
+    settle(QSize(900, 700));
+    EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty()) << "now the user resizes it";
 }
 
 } // namespace

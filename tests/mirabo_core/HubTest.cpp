@@ -6,6 +6,7 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
+#include "support/Clock.h"
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -22,7 +23,6 @@
 #include <QProgressDialog>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QTimer>
 #include <QTreeWidgetItem>
 
@@ -317,12 +317,13 @@ TEST_F(HubTest, ObservedForgetsWhatDied)
 
 TEST_F(HubTest, ProgressMovesAndLeavesTheWindowAlive)
 {
+    const support::Clock clock;
     LiveInput input(&frame);
     static constexpr char kScene[] = "#Kalmyr V1.0 ascii\nSeparator {}\n";
     ASSERT_TRUE(input.setBuffer(kScene, sizeof kScene - 1));
     input.progress(1, 100);
     EXPECT_EQ(frame.findChild<QProgressDialog*>(), nullptr) << "a short read shows none";
-    QThread::msleep(350);
+    support::Clock::advance(0.35);
     int timerFired = 0;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &frame, [&timerFired] { ++timerFired; });
@@ -335,7 +336,6 @@ TEST_F(HubTest, ProgressMovesAndLeavesTheWindowAlive)
     EXPECT_EQ(dialog->value(), 25);
     EXPECT_EQ(dialog->maximum(), 100);
     EXPECT_TRUE(dialog->findChildren<QAbstractButton*>().isEmpty()) << "it cannot be cancelled";
-    QThread::msleep(60);
     input.progress(80, 100);
     EXPECT_EQ(dialog->value(), 80);
     EXPECT_TRUE(dialog->isVisible());

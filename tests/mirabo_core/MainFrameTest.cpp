@@ -2,6 +2,7 @@
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "support/ErrorGuard.h"
+#include "support/Passes.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -113,7 +114,7 @@ TEST_F(MainFrameTest, KeysThatTwoActionsShareTriggerNeither)
 {
     frame.show();
     frame.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+    ASSERT_TRUE(support::passUntil([&] { return frame.isActiveWindow(); }));
     const struct {
         Qt::Key key;
         Qt::KeyboardModifiers modifiers;

@@ -28,12 +28,18 @@
 
 namespace {
 
+constexpr int kRetryMs = 5;
+
 /// Answers the question as a user would, and prints what was seen for the parent process.
 void answer(QMessageBox::StandardButton button)
 {
-    QTimer::singleShot(50, qApp, [button] {
+    QTimer::singleShot(kRetryMs, qApp, [button] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box || box->parent())
+        if (!box) {
+            answer(button);
+            return;
+        }
+        if (box->parent())
             std::_Exit(70);
         std::fprintf(stderr, "[box %s|%s|%s|%s]\n", qPrintable(box->windowTitle()),
                      qPrintable(box->text()), qPrintable(box->informativeText()),
@@ -46,16 +52,16 @@ void answer(QMessageBox::StandardButton button)
 }
 
 /// Waits for the report, however long a busy machine needs to read its symbols.
-void closeReport(int triesLeft = 400)
+void closeReport()
 {
-    QTimer::singleShot(50, qApp, [triesLeft] {
+    QTimer::singleShot(kRetryMs, qApp, [] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         const auto* text = dialog ? dialog->findChild<QTextEdit*>() : nullptr;
-        if (!text && triesLeft > 0) {
-            closeReport(triesLeft - 1);
+        if (!text) {
+            closeReport();
             return;
         }
-        if (!text || dialog->parent())
+        if (dialog->parent())
             std::_Exit(71);
         std::fprintf(stderr, "[report %s|%dx%d|%s|%s]\n", qPrintable(dialog->windowTitle()),
                      dialog->width(), dialog->height(), text->isReadOnly() ? "read only" : "open",
@@ -130,7 +136,7 @@ TEST_F(CriticalError, OtherErrorsDoNotReachIt)
     EXPECT_EXIT(
         {
             start(true);
-            QTimer::singleShot(50, qApp, [] { std::_Exit(72); }); // only a box would get there
+            QTimer::singleShot(0, qApp, [] { std::_Exit(72); }); // only a box would get there
             SoError::post("a failed operation");
             SoDebugError::post("test", "a wrong call");
             SoDebugError::postWarning("test", "a wrong call");

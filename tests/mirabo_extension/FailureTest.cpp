@@ -1,4 +1,5 @@
 #include "ExtensionTool.h"
+#include "support/Passes.h"
 
 #include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/shapes/SoCube.h>
@@ -143,7 +144,8 @@ TEST_P(ThrowingCallback, EndsThatExtensionAndNothingElse)
         auto errors = support::expectErrors();
         manager()->read(configuration(active("Everything") + active("Listener")), false);
         callback.provoke();
-        QTest::qWait(20);
+        EXPECT_TRUE(support::passUntil([&] { return errors.count() > 0 && !everything(); }));
+        support::flush();
         EXPECT_EQ(errors.count(), 1u);
         EXPECT_TRUE(errors.contains("extension \"Everything\" of plug-in \"TestEverything\""));
         EXPECT_TRUE(errors.contains("told to fail at " + std::string(callback.name)));

@@ -3,6 +3,7 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
+#include "support/Passes.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -58,8 +59,8 @@ TEST_F(Profile, AControlledExtensionFailsAloneAndAParentWithItsOwn)
         ASSERT_TRUE(manager()->read(text, false));
         failAt("node Child");
         services()->setSelectedNode(nullptr);
-        QTest::qWait(10);
-        EXPECT_TRUE(errors.contains("\"Child\""));
+        EXPECT_TRUE(support::passUntil([&] { return errors.contains("\"Child\""); }));
+        support::flush();
     }
     EXPECT_FALSE(find("Child"));
     EXPECT_TRUE(find("Parent"));

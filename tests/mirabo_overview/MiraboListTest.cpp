@@ -4,6 +4,7 @@
 #include "mirabo/overview/SoHeaderView.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/Settings.h"
+#include "support/Passes.h"
 
 #include <kalmyr/nodekits/SoShapeKit.h>
 #include <kalmyr/nodes/SoMaterial.h>
@@ -164,15 +165,15 @@ TEST_F(MiraboListTest, RepaintsOnceForAllChangesOfAPass)
     list.resize(1200, 400);
     list.setNode(m_probe.get());
     show(list);
-    QTest::qWait(20);
+    support::flush();
     const auto* counter = new PaintCounter(list.viewport());
     for (int i = 0; i < 1000; ++i) {
         m_probe->number.setValue(static_cast<float>(i));
         m_probe->vector.setValue(static_cast<float>(i), 0, 0);
     }
     SoSensorManager::processDelayQueue(true);
-    EXPECT_TRUE(QTest::qWaitFor([counter] { return counter->count > 0; }));
-    QTest::qWait(20);
+    EXPECT_TRUE(support::passUntil([counter] { return counter->count > 0; }));
+    support::flush();
     EXPECT_EQ(counter->count, 1);
     EXPECT_EQ(value(list, "number"), "999");
 }

@@ -4,6 +4,8 @@
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
+#include "support/Clock.h"
+#include "support/Passes.h"
 
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
@@ -31,7 +33,7 @@ protected:
         viewer = SoMiraboViewer::instance();
         // The tree makes a row current when it gets the keyboard.
         viewer->getTreeDock()->window()->show();
-        QTest::qWait(1);
+        support::flush();
     }
     void TearDown() override { SoMirabo::stop(); }
 
@@ -53,7 +55,7 @@ TEST_F(Opening, OutlinesNothingUntilARowIsChosen)
 {
     for (const char* name : {"hello.ky", "lights.ky"}) {
         ASSERT_TRUE(viewer->openSceneFile(kScenes + QLatin1String(name)));
-        QTest::qWait(1);
+        support::flush();
         EXPECT_EQ(outlined(), 0) << name;
         ASSERT_TRUE(tree()->topLevelItem(0));
         tree()->setCurrentItem(tree()->topLevelItem(0)->child(0));
@@ -65,8 +67,9 @@ TEST_F(Opening, OutlinesNothingUntilARowIsChosen)
 TEST_F(Opening, ReadsOneFileAtATime)
 {
     const QString lights = kScenes + "lights.ky";
+    const support::Clock clock;
     LiveInput input(viewer->getTreeDock()->window());
-    QTest::qWait(400); // from now on the progress is shown
+    support::Clock::advance(1); // from now on the progress is shown
     ASSERT_TRUE(input.openFile((kScenes + "hello.ky").toUtf8().constData()));
     int asked = 0;
     QTimer::singleShot(0, viewer, [&] {

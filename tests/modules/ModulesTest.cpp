@@ -1,3 +1,4 @@
+#include "support/Clock.h"
 #include "support/HostScene.h"
 
 #include <kalmyr/actions/SoCallbackAction.h>
@@ -31,9 +32,7 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -123,14 +122,13 @@ TEST_F(ModulesTest, CopiesAreCountedAndMeasured)
     EXPECT_EQ(count.getTriangleCount(), 0U);
 }
 
-/// Lets real time go by.
-void wait(int milliseconds)
+/// Lets time go by in steps of 2 milliseconds.
+void run(int numSteps)
 {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (std::chrono::steady_clock::now() < until) {
+    for (int i = 0; i < numSteps; ++i) {
+        support::Clock::advance(0.002);
         SoSensorManager::processTimerQueue();
         SoSensorManager::processDelayQueue(true);
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
 }
 
@@ -292,6 +290,7 @@ TEST_F(ModulesTest, RepeatedChildrenAreAsIfWrittenOut)
 
 TEST_F(ModulesTest, AnimatedNodesMoveUntilTheyAreSwitchedOff)
 {
+    const support::Clock clock;
     const SoRef<SoRotor> rotor(new SoRotor);
     rotor->rotation = SbRotation(SbVec3f(0, 1, 0), 1);
     rotor->speed = 0.1F;
@@ -304,7 +303,7 @@ TEST_F(ModulesTest, AnimatedNodesMoveUntilTheyAreSwitchedOff)
     const SoRef<SoBlinker> blinker(new SoBlinker);
     blinker->speed = 0.01F;
     blinker->addChild(new SoCube);
-    wait(120);
+    run(60);
     SbVec3f axis;
     float angle = 0;
     rotor->rotation.getValue().getValue(axis, angle);
@@ -319,7 +318,7 @@ TEST_F(ModulesTest, AnimatedNodesMoveUntilTheyAreSwitchedOff)
     const SoRef<SoRotor> copy(static_cast<SoRotor*>(rotor->copy()));
     rotor->on = false;
     const SbRotation still = rotor->rotation.getValue();
-    wait(50);
+    run(25);
     EXPECT_EQ(rotor->rotation.getValue(), still);
     EXPECT_FALSE(copy->rotation.getValue() == still) << "a copy goes on";
     EXPECT_TRUE(twin->getField("rotation")->isDefault()) << "it is compared with";

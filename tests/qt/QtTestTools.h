@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Passes.h"
+
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/cameras/SoCamera.h>
 #include <kalmyr/nodes/SoLightModel.h>
@@ -65,7 +67,7 @@ protected:
         viewer->setSceneGraph(scene.root.get());
         viewer->getWidget()->resize(kWidth, kHeight);
         viewer->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer->getWidget()));
+        ASSERT_TRUE(support::passUntilExposed(viewer->getWidget()));
         if (viewer->getDrawing() == SoQtRenderArea::NONE)
             GTEST_SKIP() << viewer->getFailure().toStdString();
         ASSERT_TRUE(viewer->redraw());

@@ -1,4 +1,6 @@
 #include "QtTestTools.h"
+#include "support/Clock.h"
+#include "support/Passes.h"
 
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
@@ -71,6 +73,7 @@ TEST_F(QtViewerTest, ViewAllAndHomeFindTheSceneAgain)
 
 TEST_F(QtViewerTest, SeekFliesTowardsThePointUnderThePointer)
 {
+    const support::Clock clock;
     const float before = camera().focalDistance.getValue();
     QTest::keyClick(surface(), Qt::Key_S);
     EXPECT_TRUE(viewer->getGuiViewer()->isSeekMode());
@@ -78,8 +81,10 @@ TEST_F(QtViewerTest, SeekFliesTowardsThePointUnderThePointer)
     QTest::mouseClick(surface(), Qt::LeftButton, Qt::NoModifier, middle());
     EXPECT_FALSE(viewer->getGuiViewer()->isSeekMode());
     // The flight is served by the event loop.
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return camera().focalDistance.getValue() < 0.6f * before; }, 5000));
+    EXPECT_TRUE(support::passUntil([&] {
+        support::Clock::advance(0.01);
+        return camera().focalDistance.getValue() < 0.6f * before;
+    }));
 }
 
 TEST_F(QtViewerTest, OnlyPickModeLetsTheSceneHaveThePointer)
@@ -160,11 +165,14 @@ TEST_F(QtViewerTest, SceneWithoutHeadlightHasItOffUntilTheNext)
 
 TEST_F(QtViewerTest, DiesWithAFlightUnderWay)
 {
+    const support::Clock clock;
     QTest::keyClick(surface(), Qt::Key_S);
     QTest::mouseClick(surface(), Qt::LeftButton, Qt::NoModifier, middle());
     const SoRef<SoGuiViewer> kept(viewer->getGuiViewer());
     viewer.reset();
-    QTest::qWait(30);
+    support::Clock::advance(0.03);
+    SoQt::processSensors();
+    support::flush();
     SoQtExaminerViewer another(nullptr, "another");
     another.setSceneGraph(scene.root.get());
     EXPECT_TRUE(another.redraw());

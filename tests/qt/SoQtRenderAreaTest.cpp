@@ -1,4 +1,5 @@
 #include "QtTestTools.h"
+#include "support/Passes.h"
 
 #include <kalmyr/gui/SoGuiRenderArea.h>
 #include <kalmyr/gui/SoSceneManager.h>
@@ -44,13 +45,13 @@ TEST_F(RenderAreaTest, DrawsAgainOnceForManyChanges)
     area.setSceneGraph(scene.root.get());
     area.getWidget()->resize(60, 40);
     area.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(area.getWidget()));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !area.isRedrawPending(); }, 5000));
+    ASSERT_TRUE(support::passUntilExposed(area.getWidget()));
+    ASSERT_TRUE(support::passUntil([&] { return !area.isRedrawPending(); }));
     const std::uint64_t before = area.getFrameCount();
     for (int i = 0; i < 50; ++i)
         scene.material->diffuseColor.setValue(SbColor(0, 0, i % 2 ? 1 : 0.5f));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return area.getFrameCount() > before; }, 5000));
-    QTest::qWait(20);
+    ASSERT_TRUE(support::passUntil([&] { return area.getFrameCount() > before; }));
+    support::flush();
     EXPECT_EQ(area.getFrameCount(), before + 1);
     EXPECT_GT(shareOf(area.getWidget()->grab().toImage(), Qt::blue), 0.9);
 }
@@ -69,7 +70,7 @@ TEST_F(RenderAreaTest, AreasAreIndependentOfEachOther)
     two->setSceneGraph(green.root.get());
     window.resize(80, 120);
     window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(support::passUntilExposed(&window));
     EXPECT_GT(shareOf(one.grabImage(), Qt::red), 0.9);
     EXPECT_GT(shareOf(two->grabImage(), Qt::green), 0.9);
     two->setSceneGraph(red.root.get()); // one scene in both
@@ -92,7 +93,7 @@ TEST_F(RenderAreaTest, OutlivesItsWidget)
     EXPECT_EQ(area.getRenderWidget(), nullptr);
     scene.cube->width.setValue(1); // schedules into nothing
     area.show();
-    QTest::qWait(5);
+    support::flush();
     EXPECT_FALSE(area.redraw());
     EXPECT_TRUE(area.grabImage().isNull());
     EXPECT_FALSE(area.isRedrawPending());
@@ -106,6 +107,6 @@ TEST_F(RenderAreaTest, LeavesItsSceneManagerToWhoeverHoldsIt)
     const SoRef<SoGuiRenderArea> kept(area->getGuiRenderArea());
     area.reset();
     scene.cube->width.setValue(1);
-    QTest::qWait(5);
+    support::flush();
     EXPECT_EQ(kept->getSceneGraph(), scene.root.get());
 }

@@ -6,7 +6,9 @@
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/sensors/SoTimerSensor.h>
 
+#include "support/Clock.h"
 #include "support/ErrorGuard.h"
+#include "support/Passes.h"
 
 #include <QTimer>
 
@@ -55,7 +57,7 @@ TEST(SoQt, ServesSensorsOfWhatOtherThreadsEdit)
         }
         isDone = true;
     });
-    EXPECT_TRUE(QTest::qWaitFor([&] { return isDone && changes.count >= 1; }, 20000));
+    EXPECT_TRUE(support::passUntil([&] { return isDone && changes.count >= 1; }));
     editor.join();
     SoQt::finish();
 }
@@ -72,27 +74,34 @@ TEST(SoQt, ServesSensorsInTheEventLoop)
     for (int i = 1; i <= 10; ++i)
         scene.cube->width.setValue(static_cast<float>(i));
     EXPECT_EQ(changes.count, 0) << "the queue waits for the loop";
-    QTest::qWait(1);
+    EXPECT_TRUE(support::passUntil([&] { return changes.count > 0; }));
+    support::flush();
     EXPECT_EQ(changes.count, 1) << "and coalesces";
 
+    const support::Clock clock;
     SoTimerSensor timer(&Counter::add, &ticks);
     timer.setInterval(SbTime(0.005));
     timer.schedule();
     SoAlarmSensor alarm(&Counter::add, &once);
     alarm.setTimeFromNow(SbTime(0.01));
     alarm.schedule();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return ticks.count >= 3 && once.count == 1; }, 5000));
+    EXPECT_TRUE(support::passUntil([&] {
+        support::Clock::advance(0.002);
+        return ticks.count >= 3 && once.count == 1;
+    }));
     timer.unschedule();
     const int before = ticks.count;
-    QTest::qWait(20);
+    support::Clock::advance(1);
+    SoQt::processSensors();
+    support::flush();
     EXPECT_EQ(ticks.count, before);
     SoQt::finish();
 
     scene.cube->width.setValue(99);
-    QTest::qWait(5);
+    support::flush();
     EXPECT_EQ(changes.count, 1) << "nobody serves the queue after finish()";
     SoQt::init(nullptr);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return changes.count == 2; }, 5000));
+    EXPECT_TRUE(support::passUntil([&] { return changes.count == 2; }));
     SoQt::finish();
 }
 
@@ -111,7 +120,7 @@ TEST(SoQt, DoesNotServeSensorsFromWithinTheirOwnCallback)
             n.deepest = std::max(n.deepest, ++n.depth);
             if (++n.calls < 3) {
                 n.scene.cube->width.setValue(10.0f + static_cast<float>(n.calls));
-                QTest::qWait(5); // as a dialog would
+                support::flush(); // as a dialog would
                 SoQt::processSensors();
             }
             --n.depth;
@@ -119,7 +128,7 @@ TEST(SoQt, DoesNotServeSensorsFromWithinTheirOwnCallback)
         &nested);
     sensor.attach(nested.scene.root.get());
     nested.scene.cube->width.setValue(7);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return nested.calls == 3; }, 5000));
+    EXPECT_TRUE(support::passUntil([&] { return nested.calls == 3; }));
     EXPECT_EQ(nested.deepest, 1);
     SoQt::finish();
 }
@@ -131,5 +140,5 @@ TEST(SoQt, LetsASensorFinishTheBinding)
     SoNodeSensor sensor([](void*, SoSensor*) { SoQt::finish(); }, nullptr);
     sensor.attach(scene.root.get());
     scene.cube->width.setValue(3);
-    EXPECT_TRUE(QTest::qWaitFor([] { return !SoQt::isInitialized(); }, 5000));
+    EXPECT_TRUE(support::passUntil([] { return !SoQt::isInitialized(); }));
 }

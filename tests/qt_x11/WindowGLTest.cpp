@@ -1,5 +1,6 @@
 // The same widgets with the window system's own OpenGL, under an X server.
 #include "qt/QtTestTools.h"
+#include "support/Passes.h"
 
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
@@ -23,7 +24,6 @@ protected:
     /// What stands on the screen where the scene is.
     QImage onScreen(QWidget* widget) const
     {
-        QTest::qWait(20);
         const QPoint at = widget->mapToGlobal(QPoint(0, 0));
         return widget->screen()
             ->grabWindow(0, at.x(), at.y(), widget->width(), widget->height())
@@ -31,7 +31,7 @@ protected:
     }
     bool showsSoon(QWidget* widget, const QColor& color, double least) const
     {
-        return QTest::qWaitFor([&] { return shareOf(onScreen(widget), color) > least; }, 5000);
+        return support::passUntil([&] { return shareOf(onScreen(widget), color) > least; });
     }
 };
 
@@ -52,14 +52,14 @@ TEST_F(WindowGL, MouseMovesTheCamera)
     EXPECT_FALSE(camera().orientation.getValue().equals(before, 0.01f));
     const std::uint64_t frames = viewer->getFrameCount();
     wheel(middle(), -1200);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return viewer->getFrameCount() > frames; }, 5000));
-    EXPECT_LT(shareOf(onScreen(surface()), Qt::green), 0.1);
+    EXPECT_TRUE(support::passUntil([&] { return viewer->getFrameCount() > frames; }));
+    EXPECT_TRUE(support::passUntil([&] { return shareOf(onScreen(surface()), Qt::green) < 0.1; }));
 }
 
 TEST_F(WindowGL, FollowsTheSizeOfTheWindow)
 {
     viewer->getWidget()->resize(300, 120);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return surface()->height() == 120; }, 5000));
+    EXPECT_TRUE(support::passUntil([&] { return surface()->height() == 120; }));
     viewer->viewAll();
     const QImage picture = viewer->grabImage();
     EXPECT_EQ(picture.height(), 120);
@@ -74,14 +74,14 @@ TEST_F(WindowGL, SurvivesTheLossOfItsContext)
     other.resize(200, 160);
     other.move(300, 0);
     other.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    ASSERT_TRUE(support::passUntilExposed(&other));
     for (int i = 0; i < 3; ++i) {
         layout->addWidget(viewer->getWidget());
         viewer->show();
         EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.05)) << "round " << i;
         viewer->getWidget()->setParent(nullptr);
         viewer->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer->getWidget()));
+        ASSERT_TRUE(support::passUntilExposed(viewer->getWidget()));
         EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.05)) << "round " << i;
     }
 }
@@ -92,7 +92,7 @@ TEST_F(WindowGL, TwoViewersShowOneScene)
     second->setSceneGraph(scene.root.get());
     second->getWidget()->setGeometry(400, 0, 200, 160);
     second->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(second->getWidget()));
+    ASSERT_TRUE(support::passUntilExposed(second->getWidget()));
     EXPECT_TRUE(showsSoon(second->getRenderWidget(), Qt::green, 0.1));
     scene.material->diffuseColor.setValue(SbColor(1, 0, 0));
     EXPECT_TRUE(showsSoon(second->getRenderWidget(), Qt::red, 0.1));

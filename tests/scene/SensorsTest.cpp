@@ -10,6 +10,7 @@
 #include <kalmyr/sensors/SoTimerSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 
+#include "support/Clock.h"
 #include "support/ErrorGuard.h"
 
 #include <functional>
@@ -302,6 +303,7 @@ TEST_F(Sensors, HearNothingWhileNotificationIsOff)
 
 TEST_F(Sensors, OfTimeFireWhenTheirTimeHasCome)
 {
+    const support::Clock clock;
     Calling<SoAlarmSensor> past, future;
     Calling<SoTimerSensor> timer;
     past.sensor->setTime(SbTime::getTimeOfDay() - SbTime(5));
@@ -310,17 +312,21 @@ TEST_F(Sensors, OfTimeFireWhenTheirTimeHasCome)
     future.sensor->schedule();
     timer.sensor->setInterval(SbTime(0.002));
     timer.sensor->schedule();
-    const SbTime start = SbTime::getTimeOfDay();
-    while (timer.calls < 3 && SbTime::getTimeOfDay() < start + SbTime(20))
+    const auto run = [](double seconds) {
+        support::Clock::advance(seconds);
         SoSensorManager::processTimerQueue();
+    };
+    run(0.0015);
+    EXPECT_EQ(timer.calls, 0);
+    for (int i = 0; i < 3; ++i)
+        run(0.002);
     EXPECT_EQ(past.calls, 1);
     EXPECT_FALSE(past.sensor->isScheduled());
     EXPECT_EQ(future.calls, 0);
     EXPECT_EQ(timer.calls, 3);
-    EXPECT_GE(SbTime::getTimeOfDay(), start + SbTime(0.004));
     timer.action = [&timer](SoTimerSensor&) { timer.sensor.reset(); };
-    while (timer.sensor)
-        SoSensorManager::processTimerQueue();
+    run(0.002);
+    EXPECT_FALSE(timer.sensor);
     future.sensor->unschedule();
 }
 

@@ -20,7 +20,6 @@
 #include <kalmyr/shapes/SoTriangleStripSet.h>
 #include <kalmyr/shapes/SoVertexProperty.h>
 
-#include <chrono>
 #include <cmath>
 #include <random>
 #include <set>
@@ -338,13 +337,11 @@ TEST_F(FaceBuilderTest, StaysLinearAroundOneVertex)
     FaceInput input = inputOf(positions, faces);
     input.colors.values = colors;
     input.colors.binding = SoBinding::PER_FACE;
-    const auto start = std::chrono::steady_clock::now();
+    // Quadratic work would take minutes.
     for (const float angle : {0.0f, 0.2f, 0.8f, 3.2f}) {
         input.creaseAngle = angle;
         EXPECT_EQ(build(input)->getNumTriangles(), std::size_t(kFaces));
     }
-    // Quadratic work would take minutes.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(FaceBuilderTest, SmoothGridSharesEveryVertex)

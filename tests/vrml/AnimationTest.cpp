@@ -1,3 +1,4 @@
+#include "support/Clock.h"
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -13,10 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -233,12 +232,13 @@ TEST_F(AnimationTest, OneNodeOfAKindIsBound)
 
 TEST_F(AnimationTest, ClocksKeepTheirPace)
 {
+    const support::Clock time;
     const auto root = scene("DEF C TimeSensor { loop TRUE cycleInterval 1000 } DEF P "
                             "ScalarInterpolator { } ROUTE C.fraction_changed TO P.set_fraction");
     ASSERT_TRUE(root);
     auto* clock = at<SoVRMLTimeSensor>(root, 0);
     const auto run = [] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(45));
+        support::Clock::advance(0.045);
         SoSensorManager::processTimerQueue();
     };
     const auto ago = [](double seconds) {
@@ -270,6 +270,7 @@ TEST_F(AnimationTest, ClocksKeepTheirPace)
 
 TEST_F(AnimationTest, ClocksRunWhileTheyAreFollowed)
 {
+    const support::Clock time;
     const auto root = scene(R"(
 DEF Clock TimeSensor { cycleInterval 1000 loop TRUE startTime 1 }
 DEF P PositionInterpolator { key [ 0 1 ] keyValue [ 0 0 0, 1000 0 0 ] }
@@ -280,7 +281,7 @@ ROUTE Clock.fraction_changed TO P.set_fraction)");
     ASSERT_TRUE(SoSensorManager::isTimerSensorPending(next));
     const auto* place = at<SoVRMLPositionInterpolator>(root, 1);
     const auto run = [] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        support::Clock::advance(0.050);
         SoSensorManager::processTimerQueue();
     };
     run();

@@ -5,18 +5,16 @@
 #include "rendering/GLRenderer.h"
 #include "rendering/RenderTraversal.h"
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
-
-#include <chrono>
 
 namespace {
 
 double now()
 {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+    return SbTime::monotonic().getValue();
 }
 
 } // namespace
