@@ -19,6 +19,7 @@ SoMaterial* makeMaterial(const QColor& color)
 TintCommand::TintCommand(SoGroup* group, const QColor& color)
     : m_group(group), m_material(makeMaterial(color))
 {
+    setName("Tint " + color.name()); // shown as "Undo Tint #ff0000"
 }
 
 bool TintCommand::execute()

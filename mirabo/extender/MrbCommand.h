@@ -2,9 +2,11 @@
 
 #include "mirabo/extender/MrbExport.h"
 
+#include <QString>
+
 /// An undoable edit. Pushed through MrbServices, which executes it and owns it from then on.
 ///
-/// The order of the virtual operations is part of the binary interface.
+/// The order of the virtual operations and the size of the class are part of the binary interface.
 class MRBEXT_API MrbCommand {
 public:
     /// Makes the edit for the first time; the result is handed back to whoever pushed the command.
@@ -14,9 +16,17 @@ public:
     virtual void redo() = 0;
     virtual ~MrbCommand();
 
+    /// What the user reads of it, such as "Delete Cube" in "Undo Delete Cube"; empty when it has no
+    /// name. To be set before it is pushed.
+    const QString& getName() const;
+    void setName(const QString& name);
+
     MrbCommand(const MrbCommand&) = delete;
     MrbCommand& operator=(const MrbCommand&) = delete;
 
 protected:
-    MrbCommand() = default;
+    MrbCommand();
+
+private:
+    QString m_name;
 };

@@ -1,5 +1,7 @@
 #include "mirabo/overview/SoNodeOverrideCommand.h"
 
+#include "mirabo/core/CommandName.h"
+
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/io/SoWriteLock.h>
 
@@ -19,6 +21,7 @@ bool apply(SoNode* node, bool state)
 SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
     : m_node(node), m_state(state)
 {
+    setName(mirabo::commandName(state ? "Override" : "Do Not Override", *node));
 }
 
 bool SoNodeOverrideCommand::execute()

@@ -40,6 +40,7 @@ public:
         : m_owner(&owner), m_command(command)
     {
         m_owner->m_commands.push_back(this);
+        setName(command->getName());
     }
 
     ~GuardedCommand() override { orphan(); }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+class SoNode;
+
+namespace mirabo {
+
+/// What users call a node: its name, else its type.
+QString nodeText(const SoNode& node);
+
+/// Name of a command that does something to one node: "Delete Cube".
+QString commandName(const QString& verb, const SoNode& node);
+
+} // namespace mirabo
