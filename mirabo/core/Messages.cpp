@@ -33,6 +33,14 @@ bool isBatch()
            && QCoreApplication::instance()->property(kBatchProperty).toBool();
 }
 
+void showInformation(QWidget* parent, const QString& title, const QString& text)
+{
+    if (isBatch())
+        print(text);
+    else
+        QMessageBox::information(parent, title, text);
+}
+
 void showWarning(QWidget* parent, const QString& title, const QString& text)
 {
     show(QMessageBox::Warning, parent, title, text);

@@ -11,6 +11,7 @@ namespace mirabo {
 inline constexpr char kBatchProperty[] = "miraboBatch";
 
 bool isBatch();
+void showInformation(QWidget* parent, const QString& title, const QString& text);
 void showWarning(QWidget* parent, const QString& title, const QString& text);
 void showCritical(QWidget* parent, const QString& title, const QString& text);
 /// False as well when the parent died or the tool ended while the question was open.

@@ -1,32 +1,31 @@
 #include "mirabo/core/UndoStack.h"
 
 #include "mirabo/extender/MrbCommand.h"
-#include "mirabo/extender/private/Frame.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace mirabo {
 
-/// Counts running commands; a clear asked for meanwhile happens when the last one ends.
-class UndoStack::Busy {
-public:
-    explicit Busy(UndoStack& stack) : m_stack(stack) { ++m_stack.m_busyDepth; }
-    ~Busy()
-    {
-        if (--m_stack.m_busyDepth == 0 && m_stack.m_clearRequested)
-            m_stack.clear();
-    }
+UndoStack::Busy::~Busy()
+{
+    if (--m_stack.m_busyDepth == 0 && m_stack.m_clearRequested)
+        m_stack.clear();
+}
 
-private:
-    const Frame m_frame; // a sensor of the host may end the tool
-    UndoStack& m_stack;
-};
+UndoStack::~UndoStack()
+{
+    for (MrbCommand* command : m_commands)
+        tellLeaving(command, Leaving::Forgotten);
+}
 
 void UndoStack::dropRedoTail()
 {
     while (!m_commands.empty() && count() != m_current + 1) {
-        delete m_commands.back();
+        MrbCommand* last = m_commands.back();
         m_commands.pop_back();
+        tellLeaving(last, Leaving::Deleted);
+        delete last;
     }
 }
 
@@ -67,10 +66,12 @@ void UndoStack::clear()
     m_clearRequested = true;
     if (isBusy())
         return;
-    m_commands.clear();
+    const std::vector<MrbCommand*> gone = std::exchange(m_commands, {});
     m_modified = false;
     m_clearRequested = false;
     m_current = -1;
+    for (MrbCommand* command : gone)
+        tellLeaving(command, Leaving::Forgotten);
     tellState();
 }
 
@@ -94,8 +95,17 @@ void UndoStack::remove(const std::function<bool(const MrbCommand*)>& test)
 void UndoStack::erase(int from, int to)
 {
     const auto begin = m_commands.begin();
-    std::for_each(begin + from, begin + to, [](MrbCommand* command) { delete command; });
+    std::for_each(begin + from, begin + to, [this](MrbCommand* command) {
+        tellLeaving(command, Leaving::Deleted);
+        delete command;
+    });
     m_commands.erase(begin + from, begin + to);
+}
+
+void UndoStack::tellLeaving(MrbCommand* command, Leaving how) const
+{
+    for (const LeaveCallback& callback : m_leaveCallbacks)
+        callback(command, how);
 }
 
 void UndoStack::tellState()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mirabo/extender/private/Frame.h"
+
 #include <functional>
 #include <vector>
 
@@ -16,12 +18,35 @@ public:
     /// Called whenever what can be undone or redone may have changed.
     using StateCallback = std::function<void()>;
 
+    /// Told of every command that leaves the stack: one that the stack deletes right afterwards, or
+    /// one that it only forgets. Must not call the stack back.
+    enum class Leaving { Deleted, Forgotten };
+    using LeaveCallback = std::function<void(MrbCommand* command, Leaving how)>;
+
+    /// While it lives a command counts as running: edits that are made before their command is
+    /// pushed are taken for its own, and a clear that is asked for waits.
+    class Busy {
+    public:
+        explicit Busy(UndoStack& stack) : m_stack(stack) { ++m_stack.m_busyDepth; }
+        ~Busy();
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+
+    private:
+        const Frame m_frame; // a sensor of the host may end the tool meanwhile
+        UndoStack& m_stack;
+    };
+
     UndoStack() = default;
-    ~UndoStack() = default; // what is still on the stack is not deleted, as clear() does not either
+    ~UndoStack(); // what is still on the stack is not deleted, as clear() does not either
     UndoStack(const UndoStack&) = delete;
     UndoStack& operator=(const UndoStack&) = delete;
 
     void setStateCallback(StateCallback callback) { m_callback = std::move(callback); }
+    void addLeaveCallback(LeaveCallback callback)
+    {
+        m_leaveCallbacks.push_back(std::move(callback));
+    }
 
     /// Deletes the undone commands, then executes and keeps this one. Returns execute()'s result.
     bool add(MrbCommand* command);
@@ -48,10 +73,10 @@ public:
     bool canRedo() const { return m_current + 1 < count(); }
 
 private:
-    class Busy;
     void dropRedoTail();
     void erase(int from, int to);
     void tellState();
+    void tellLeaving(MrbCommand* command, Leaving how) const;
 
     bool m_modified = false;
     bool m_clearRequested = false;
@@ -59,6 +84,7 @@ private:
     std::vector<MrbCommand*> m_commands; // Owned while on the stack.
     int m_current = 0;
     StateCallback m_callback;
+    std::vector<LeaveCallback> m_leaveCallbacks;
 };
 
 } // namespace mirabo
