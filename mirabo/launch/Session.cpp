@@ -10,6 +10,7 @@
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
+#include "mirabo/launch/EditActions.h"
 #include "mirabo/launch/IgnoreSwitch.h"
 #include "mirabo/launch/NodePlace.h"
 #include "mirabo/launch/SceneFollower.h"
@@ -127,7 +128,6 @@ void Session::connectTree()
             &SoCommandManager::outsideStructureChange);
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
             &SoCommandManager::refreshOverview);
-    connect(m_tree, &SoMiraboTreeView::commandReady, hub(), &SoCommandManager::addCommand);
     connect(m_tree, &SoMiraboTreeView::helpRequested, this,
             [](const QUrl& address) { QDesktopServices::openUrl(address); });
     connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
@@ -148,6 +148,7 @@ void Session::connectOverview()
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
     hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
+    m_edits = std::make_unique<EditActions>(m_frame, m_tree, hub());
     m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub());
     QAction* remove = m_frame->action(ActionId::Delete);
     new SoTreeViewState(m_tree, remove, hub()); // the tree owns it
@@ -287,6 +288,7 @@ void Session::release()
     m_edition->disconnect();
     m_tree->setSceneGraph(nullptr);
     m_ignore.reset();
+    m_edits.reset();
     m_edition.reset();
     forgetWindow();
 }

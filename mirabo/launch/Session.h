@@ -17,6 +17,7 @@ class SoNode;
 
 namespace mirabo {
 
+class EditActions;
 class IgnoreSwitch;
 class SceneFollower;
 
@@ -77,6 +78,7 @@ private:
     std::unique_ptr<SoMiraboEdition> m_edition;
     std::unique_ptr<IgnoreSwitch> m_ignore;
     std::unique_ptr<SceneFollower> m_follower; ///< of the host's scene manager
+    std::unique_ptr<EditActions> m_edits;
     bool m_canShowReferences = false;
 };
 

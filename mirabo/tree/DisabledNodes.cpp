@@ -168,6 +168,19 @@ bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
     return true;
 }
 
+void restoreDisabled(SoMiraboTreeView& view, const DisabledPlaces& places)
+{
+    if (places.isEmpty())
+        return;
+    const SoMiraboTreeView::PatchScope scope(view);
+    view.rowsAboutToChange();
+    view.context().disabled = places;
+    for (const SoNode* parent : places.parents())
+        for (SoTreeViewItem* row : view.itemsOf(parent))
+            if (!row->isDisabledNode() && !row->hasDisabledChildren())
+                addGreyRows(row, view.context());
+}
+
 void addGreyRows(SoTreeViewItem* item, TreeContext& context)
 {
     const std::vector<DisabledPlaces::Place> places = context.disabled.below(item->getNode());

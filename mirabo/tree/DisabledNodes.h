@@ -23,6 +23,9 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
 /// not be edited now.
 bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved);
 
+/// Gives a tree that was made anew the disabled nodes that it had before, with their grey rows.
+void restoreDisabled(SoMiraboTreeView& view, const DisabledPlaces& places);
+
 /// Gives a row that was filled from the graph the grey rows of what was taken out of its node.
 void addGreyRows(SoTreeViewItem* item, TreeContext& context);
 

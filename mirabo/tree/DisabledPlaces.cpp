@@ -23,6 +23,15 @@ std::vector<DisabledPlaces::Place> DisabledPlaces::below(const SoNode* parent) c
     return places;
 }
 
+std::vector<const SoNode*> DisabledPlaces::parents() const
+{
+    std::vector<const SoNode*> nodes;
+    for (const auto& [parent, node] : m_byParent)
+        if (nodes.empty() || nodes.back() != parent) // equal keys stand together
+            nodes.push_back(parent);
+    return nodes;
+}
+
 void DisabledPlaces::add(std::shared_ptr<const SavedLinks> saved)
 {
     SoNode* node = saved->node.get();

@@ -37,6 +37,9 @@ public:
     /// What was taken out of a node's child list.
     std::vector<Place> below(const SoNode* parent) const;
 
+    /// All nodes that something was taken out of.
+    std::vector<const SoNode*> parents() const;
+
     void add(std::shared_ptr<const SavedLinks> saved);
     /// The node may die of it.
     void remove(const SoNode* node);

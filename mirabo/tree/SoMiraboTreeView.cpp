@@ -4,6 +4,7 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/DisabledNodes.h"
+#include "mirabo/tree/DropGuide.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
@@ -50,12 +51,18 @@ void registerArgumentTypes()
 
 SoMiraboTreeView::PatchScope::PatchScope(SoMiraboTreeView& view) : m_view(view)
 {
-    ++m_view.m_patchDepth;
+    // The view scrolls to a new current row and opens what is above it, also to one that it chose
+    // itself since the old one goes.
+    if (m_view.m_patchDepth++ == 0)
+        m_view.setAutoScroll(false);
 }
 
 SoMiraboTreeView::PatchScope::~PatchScope()
 {
-    if (--m_view.m_patchDepth == 0 && m_view.m_currentMoved)
+    if (--m_view.m_patchDepth > 0)
+        return;
+    m_view.setAutoScroll(true);
+    if (m_view.m_currentMoved)
         m_view.m_topology->requestUpdate();
 }
 
@@ -68,6 +75,7 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     m_topology = std::make_unique<SoGraphTopologyManager>(this);
     m_menu = std::make_unique<TreeContextMenu>(this);
     m_context.news.setReceiver(this);
+    m_dropGuide = std::make_unique<mirabo::DropGuide>(this);
 
     setAccessibleName("Scene tree");
     setItemDelegate(new mirabo::TreeDelegate(this));
@@ -90,6 +98,8 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
         m_scrolled = true;
         m_topology->requestUpdate();
     });
+    connect(m_dropGuide.get(), &mirabo::DropGuide::hintChanged, this,
+            &SoMiraboTreeView::statusHint);
     connect(m_topology.get(), &SoGraphTopologyManager::structureChanged, this,
             &SoMiraboTreeView::outsideStructureChange);
     connect(m_topology.get(), &SoGraphTopologyManager::contentReplaced, this,
@@ -361,6 +371,8 @@ void SoMiraboTreeView::catchUp()
     const bool scrolled = std::exchange(m_scrolled, false);
     if (const bool fit = std::exchange(m_fitPending, false); fit || scrolled)
         fitColumns(fit);
+    if (std::exchange(m_scrollPending, false))
+        scrollToCurrent();
     if (std::exchange(m_textPending, false))
         bringTextIntoSight(currentIndex());
     if (m_menu->isVisible() && !m_context.menuRow)
@@ -380,6 +392,16 @@ bool SoMiraboTreeView::canAddNodes() const
 bool SoMiraboTreeView::canSaveSubGraphs() const
 {
     return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::saveSubGraphRequested));
+}
+
+bool SoMiraboTreeView::canDeleteNodes() const
+{
+    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::deleteRequested));
+}
+
+bool SoMiraboTreeView::canMoveNodes() const
+{
+    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::stepRequested));
 }
 
 bool SoMiraboTreeView::canIgnoreOrEnable() const

@@ -25,6 +25,8 @@ class SoType;
 class TreeContextMenu;
 
 namespace mirabo {
+class DropGuide;
+enum class MoveStep;
 class OpenBranches;
 class TreePatcher;
 } // namespace mirabo
@@ -71,6 +73,9 @@ public:
     /// Makes a row current, opens its ancestors and scrolls to it. Rows that are not fresh and null
     /// are ignored.
     void showItem(SoTreeViewItem* item);
+    /// Makes a row current and leaves what is closed closed. It is scrolled to in the next pass of
+    /// the event loop if the rows above it are open.
+    void makeCurrent(SoTreeViewItem* item);
     /// Makes the row current in the next pass of the event loop, unless another one is named
     /// before, or the user is busy with mouse, menu or a text.
     void showLater(SoTreeViewItem* item) { m_context.toShow = item; }
@@ -82,6 +87,7 @@ public:
     /// Menus that extensions offer for a node type, appended to the context menu.
     void setContextMenuExtension(std::function<QList<QMenu*>(SoType)> extension);
     TreeContextMenu& contextMenu() { return *m_menu; }
+    mirabo::DropGuide& dropGuide() { return *m_dropGuide; }
 
     SoNode* getCurrentNode() const override;
     SoNode* getCurrentKit() const override;
@@ -128,6 +134,8 @@ public:
     /// Whether anybody would do what the context menu offers to ask for.
     bool canAddNodes() const;
     bool canSaveSubGraphs() const;
+    bool canDeleteNodes() const;
+    bool canMoveNodes() const;
     /// Whether ignoreEnable() has something to do for the current row.
     bool canIgnoreOrEnable() const;
 
@@ -175,6 +183,12 @@ Q_SIGNALS:
     void nodeNameChanged(SoNode* node);
     void overviewRefreshRequested();
     void helpRequested(const QUrl& address);
+    /// A row was dropped with Ctrl held: its node is to stand at the target as well.
+    void referenceRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
+    /// The current row is to move one step.
+    void stepRequested(mirabo::MoveStep step);
+    /// What a drop would do now; empty: nothing is dragged over the tree.
+    void statusHint(const QString& hint);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -186,6 +200,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
@@ -203,6 +218,7 @@ private:
     void requestHighlight(SoTreeViewItem* item);
     void announceReferences();
     void showWhatChanged();
+    void scrollToCurrent();
     void forgetDisabledNodes();
     void tellNames();
     bool replaceRows(SoNode* root);
@@ -223,6 +239,7 @@ private:
     std::unique_ptr<mirabo::OpenBranches> m_openBranches;
     std::unique_ptr<SoGraphTopologyManager> m_topology;
     std::unique_ptr<TreeContextMenu> m_menu;
+    std::unique_ptr<mirabo::DropGuide> m_dropGuide;
     const SoNode* m_markedNode = nullptr; ///< only compared
     std::vector<const SoNode*> m_renamed; ///< in this pass of the event loop; only compared
     SoRef<SoNode> m_nextRoot;             ///< to be shown when the graph may be looked at
@@ -237,6 +254,7 @@ private:
     bool m_spaceHeld = false;
     bool m_dragArmed = false;
     QPoint m_dragStart;
-    bool m_scrolled = false;    ///< since the columns were fitted
-    bool m_textPending = false; ///< the current row is to be in sight
+    bool m_scrolled = false;      ///< since the columns were fitted
+    bool m_textPending = false;   ///< the current row is to be in sight
+    bool m_scrollPending = false; ///< it is to be scrolled to
 };

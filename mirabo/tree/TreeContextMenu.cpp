@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeContextMenu.h"
 
+#include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -32,6 +33,7 @@ void TreeContextMenu::addFixedEntries()
     m_addNode = add("Add Node", "", [this] { Q_EMIT m_view->addNodeRequested(); });
     m_save =
         add("&Save scene graph", "filesave", [this] { Q_EMIT m_view->saveSubGraphRequested(); });
+    addMoveEntries();
     m_firstSeparator = addSeparator();
     m_ignore = add("Set &Ignored/Enable", "", [this] { m_view->ignoreEnable(); });
     m_secondSeparator = addSeparator();
@@ -40,6 +42,43 @@ void TreeContextMenu::addFixedEntries()
     m_hideReferences = add("&Hide All References", "", [this] { m_view->hideReferences(); });
     m_steps = {add("Ne&xt Reference", "", [this] { m_view->nextReference(); }),
                add("Pre&vious Reference", "", [this] { m_view->previousReference(); })};
+}
+
+/// The tree itself answers the keys that stand behind the entries.
+void TreeContextMenu::addMoveEntries()
+{
+    const auto showKey = [](QAction* action, const char* key) {
+        action->setShortcut(QKeySequence(QString::fromLatin1(key)));
+        action->setShortcutContext(Qt::WidgetShortcut);
+        action->setShortcutVisibleInContextMenu(true);
+    };
+    m_delete = add("&Delete", "editdelete", [this] { Q_EMIT m_view->deleteRequested(); });
+    showKey(m_delete, "Del");
+    constexpr struct {
+        const char* text;
+        const char* key;
+        mirabo::MoveStep step;
+    } kSteps[] = {
+        {"Move &Up", "Ctrl+Shift+Up", mirabo::MoveStep::Up},
+        {"Move D&own", "Ctrl+Shift+Down", mirabo::MoveStep::Down},
+        {"Move &Into Previous", "Ctrl+Shift+Right", mirabo::MoveStep::IntoPrevious},
+        {"Move Out &After Parent", "Ctrl+Shift+Left", mirabo::MoveStep::OutOfParent},
+    };
+    for (const auto& entry : kSteps) {
+        QAction* action =
+            add(entry.text, "", [this, step = entry.step] { Q_EMIT m_view->stepRequested(step); });
+        showKey(action, entry.key);
+        m_moves.push_back({action, entry.step});
+    }
+}
+
+void TreeContextMenu::prepareMoveEntries()
+{
+    auto* row = static_cast<SoTreeViewItem*>(m_view->currentItem());
+    m_delete->setVisible(row && m_view->canDeleteNodes());
+    for (const auto& [action, step] : m_moves)
+        action->setVisible(row && m_view->canMoveNodes()
+                           && mirabo::planStep(row, step).isPossible());
 }
 
 void TreeContextMenu::removeExtensionEntries()
@@ -61,6 +100,7 @@ void TreeContextMenu::prepare(SoType type)
     const bool canIgnore = m_view->canIgnoreOrEnable();
     m_addNode->setEnabled(m_view->canAddNodes());
     m_save->setEnabled(m_view->canSaveSubGraphs());
+    prepareMoveEntries();
     m_ignore->setVisible(canIgnore);
     m_firstSeparator->setVisible(canIgnore);
     m_secondSeparator->setVisible(isShared || isMarked);

@@ -5,9 +5,15 @@
 #include <QPointer>
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 class SoMiraboTreeView;
 class SoType;
+
+namespace mirabo {
+enum class MoveStep;
+}
 
 /// The context menu of the scene tree: fixed entries, then what extensions offer for the type of
 /// the node that was clicked. Its entries do nothing once the row is gone that it was opened for.
@@ -29,12 +35,16 @@ public:
 private:
     QAction* add(const char* text, const char* icon, std::function<void()> function);
     void addFixedEntries();
+    void addMoveEntries();
+    void prepareMoveEntries();
     void removeExtensionEntries();
 
     SoMiraboTreeView* m_view; // Not owned; owns us.
     std::function<QList<QMenu*>(SoType)> m_extension;
     QAction* m_addNode = nullptr;
     QAction* m_save = nullptr;
+    QAction* m_delete = nullptr;
+    std::vector<std::pair<QAction*, mirabo::MoveStep>> m_moves;
     QAction* m_ignore = nullptr;
     QAction* m_showReferences = nullptr;
     QAction* m_hideReferences = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/tree/RowState.h"
 #include "mirabo/tree/TreeContext.h"
 
 #include <QPointer>
@@ -43,4 +44,6 @@ private:
     SoRef<SoNode> m_node;
     std::shared_ptr<const mirabo::SavedLinks> m_saved; ///< null: it never was out
     bool m_disable;
+    mirabo::TreeState m_whileEnabled;
+    mirabo::TreeState m_whileDisabled;
 };

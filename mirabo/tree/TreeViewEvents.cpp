@@ -2,7 +2,9 @@
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/preferences/DragFormats.h"
+#include "mirabo/tree/DropGuide.h"
 #include "mirabo/tree/HelpAddress.h"
+#include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
@@ -20,6 +22,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 // What the user does with the tree, and what is painted.
@@ -37,6 +40,12 @@ bool isTreeDrag(const QDropEvent* event)
     return event->mimeData()->text() == kDragText;
 }
 
+/// With Ctrl the node stays, and stands at the target as well.
+bool isReferenceDrag(const QDropEvent* event)
+{
+    return event->keyboardModifiers() & Qt::ControlModifier;
+}
+
 /// Number of rows below an item, counted up to a limit.
 int countRows(const QTreeWidgetItem* top, int limit)
 {
@@ -51,6 +60,26 @@ int countRows(const QTreeWidgetItem* top, int limit)
                 open.push_back(item->child(i));
     }
     return count;
+}
+
+struct StepKey {
+    int key;
+    mirabo::MoveStep step;
+};
+constexpr StepKey kStepKeys[] = {{Qt::Key_Up, mirabo::MoveStep::Up},
+                                 {Qt::Key_Down, mirabo::MoveStep::Down},
+                                 {Qt::Key_Right, mirabo::MoveStep::IntoPrevious},
+                                 {Qt::Key_Left, mirabo::MoveStep::OutOfParent}};
+
+/// Ctrl+Shift with a cursor key moves the current row.
+const StepKey* stepKeyOf(const QKeyEvent* event)
+{
+    constexpr auto kModifiers = Qt::ControlModifier | Qt::ShiftModifier;
+    if ((event->modifiers() & ~Qt::KeypadModifier) != kModifiers)
+        return nullptr;
+    const auto* at = std::find_if(std::begin(kStepKeys), std::end(kStepKeys),
+                                  [event](const StepKey& key) { return key.key == event->key(); });
+    return at == std::end(kStepKeys) ? nullptr : at;
 }
 
 /// Ctrl+Alt+Shift+T, in debug builds only.
@@ -87,9 +116,10 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
         }
     }
     QTreeWidget::paintEvent(event);
+    QPainter painter(viewport());
+    m_dropGuide->paint(painter);
     if (topLevelItemCount() > 0)
         return;
-    QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect().adjusted(kHintMargin, 0, -kHintMargin, 0),
                      Qt::AlignCenter | Qt::TextWordWrap, kEmptyHint);
@@ -99,6 +129,10 @@ void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 {
     if (isCheckShortcut(event)) {
         reportCheck();
+        return;
+    }
+    if (const StepKey* key = stepKeyOf(event)) {
+        Q_EMIT stepRequested(key->step);
         return;
     }
     switch (event->key()) {
@@ -196,6 +230,14 @@ void SoMiraboTreeView::dragEnterEvent(QDragEnterEvent* event)
 void SoMiraboTreeView::dragMoveEvent(QDragMoveEvent* event)
 {
     event->setAccepted(isTreeDrag(event));
+    if (event->isAccepted())
+        m_dropGuide->moved(event->pos(), m_spaceHeld, isReferenceDrag(event));
+}
+
+void SoMiraboTreeView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    m_dropGuide->ended();
+    event->accept();
 }
 
 /// Nothing can be moved below itself, by whatever way the target is reached.
@@ -216,13 +258,17 @@ void SoMiraboTreeView::dropEvent(QDropEvent* event)
     SoTreeViewItem* dragged = m_context.pressed;
     SoTreeViewItem* target = asItem(itemAt(event->pos()));
     m_context.pressed = nullptr;
+    m_dropGuide->ended();
     event->accept();
     if (!dragged || !target || dragged == target || dragged->isDisabledNode()
         || target->isDisabledNode())
         return;
     if (!mayMove(dragged, target))
         return;
-    Q_EMIT moveRequested(dragged, target, m_spaceHeld);
+    if (isReferenceDrag(event))
+        Q_EMIT referenceRequested(dragged, target, m_spaceHeld);
+    else
+        Q_EMIT moveRequested(dragged, target, m_spaceHeld);
 }
 
 void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)

@@ -131,6 +131,26 @@ void SoMiraboTreeView::showItem(SoTreeViewItem* item)
     resizeAllColumns();
 }
 
+void SoMiraboTreeView::makeCurrent(SoTreeViewItem* item)
+{
+    {
+        const PatchScope scope(*this);
+        setCurrentItem(item);
+    }
+    m_scrollPending = true;
+    resizeAllColumns();
+}
+
+void SoMiraboTreeView::scrollToCurrent()
+{
+    const SoTreeViewItem* current = asItem(currentItem());
+    const SoTreeViewItem* above = current ? current->parentItem() : nullptr;
+    while (above && above->isExpanded())
+        above = above->parentItem();
+    if (current && !above)
+        scrollToItem(current);
+}
+
 bool SoMiraboTreeView::isUserBusy() const
 {
     return QApplication::mouseButtons() != Qt::NoButton || QApplication::activePopupWidget()

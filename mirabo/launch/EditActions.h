@@ -1,0 +1,36 @@
+#pragma once
+
+#include "mirabo/core/CommandOwner.h"
+#include "mirabo/tree/TreeEditor.h"
+
+#include <QObject>
+#include <QPointer>
+
+class SoCommandManager;
+class SoMiraboMainFrame;
+class SoMiraboTreeView;
+
+namespace mirabo {
+
+/// Lets the user edit the scene through the tree: what menus, keys and the mouse ask for becomes a
+/// command of the tree's editor.
+class EditActions final : public QObject {
+    Q_OBJECT
+
+public:
+    /// None of them is owned. The hub, and with it the commands, outlives the window.
+    EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCommandManager* hub);
+    ~EditActions() override;
+
+    TreeEditor* editor() const { return m_editor; }
+    CommandOwner& owner() { return m_owner; }
+
+private:
+    void connectTree(SoMiraboTreeView* tree);
+    void connectHub(SoMiraboTreeView* tree, SoCommandManager* hub);
+
+    CommandOwner m_owner;
+    QPointer<TreeEditor> m_editor; // The tree's; goes with the first of both.
+};
+
+} // namespace mirabo

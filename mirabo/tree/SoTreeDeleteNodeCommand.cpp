@@ -1,0 +1,102 @@
+#include "mirabo/tree/SoTreeDeleteNodeCommand.h"
+
+#include "mirabo/core/CommandName.h"
+#include "mirabo/tree/DisabledNodes.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+
+#include <kalmyr/core/SoNode.h>
+
+#include <algorithm>
+
+using mirabo::NodeSlot;
+using mirabo::Refusal;
+
+namespace {
+
+SoMiraboTreeView* viewOf(const SoTreeViewItem* item)
+{
+    return static_cast<SoMiraboTreeView*>(item->treeWidget());
+}
+
+} // namespace
+
+SoTreeDeleteNodeCommand::SoTreeDeleteNodeCommand(SoTreeViewItem* item,
+                                                 std::shared_ptr<const mirabo::TreeEditHost> host,
+                                                 bool& done)
+    : TreeEditCommand(viewOf(item), std::move(host)),
+      m_node(item->getNode()),
+      m_slot(NodeSlot::of(item)),
+      m_childIndex(item->childIndexValue()),
+      m_parentItem(item->parentItem())
+{
+    setName(mirabo::commandName("Delete", *item->getNode()));
+    done = execute();
+    m_parentItem = nullptr;
+}
+
+void SoTreeDeleteNodeCommand::visitNodes(const std::function<void(mirabo::KeptNode&)>& visit)
+{
+    visit(m_node);
+}
+
+Refusal SoTreeDeleteNodeCommand::whyNot() const
+{
+    const QString type = QString::fromUtf8(m_node->getTypeId().getName().getString());
+    const QString text = QString("<i>%1</i> can't be deleted.").arg(type);
+    if (m_slot.isContentOfFile())
+        return {Refusal::Kind::Information, boxTitle(), text};
+    if (m_slot.isGroupOfList())
+        return {Refusal::Kind::Warning, boxTitle(),
+                "This SoNodeKitListPart container can't be deleted."};
+    const QString why = m_slot.whyNotTake();
+    return why.isEmpty() ? Refusal()
+                         : Refusal{Refusal::Kind::Warning, boxTitle(), text + "<br>" + why};
+}
+
+bool SoTreeDeleteNodeCommand::apply()
+{
+    if (Refusal why = whyNot(); !why.text.isEmpty())
+        return refuse(std::move(why));
+    if (m_slot.isRoot()) {
+        if (view())
+            m_disabled = view()->context().disabled;
+        setRoot(nullptr);
+        return true;
+    }
+    if (m_slot.take(m_node.get()))
+        return true;
+    if (m_slot.kind() != NodeSlot::Kind::Part)
+        return refuse({Refusal::Kind::Warning, boxTitle(),
+                       QString("<i>%1</i> can't be deleted.")
+                               .arg(QString::fromUtf8(m_node->getTypeId().getName().getString()))
+                           + "<br>" + reason()});
+    return refuse({Refusal::Kind::Warning, boxTitle(),
+                   QString("<i>\"%1\"</i> part can't be deleted.")
+                       .arg(QString::fromUtf8(m_slot.name().getString()))});
+}
+
+bool SoTreeDeleteNodeCommand::revert()
+{
+    if (m_slot.isRoot()) {
+        setRoot(m_node.get());
+        if (view())
+            mirabo::restoreDisabled(*view(), m_disabled);
+        return true;
+    }
+    if (m_slot.put(m_node.get()))
+        return true;
+    const QString what = m_slot.name().isEmpty() ? mirabo::nodeText(*m_node.get())
+                                                 : QString::fromUtf8(m_slot.name().getString());
+    return refuse({Refusal::Kind::Warning, "Mirabo Set Node", QString("Can't set %1.").arg(what)});
+}
+
+/// The row that the deleted one stood below; nothing further up is opened or chosen.
+SoTreeViewItem* SoTreeDeleteNodeCommand::arrived(SoMiraboTreeView& view)
+{
+    const auto rows = view.itemsOf(m_slot.holder());
+    for (SoTreeViewItem* row : rows)
+        if (row == m_parentItem)
+            return row;
+    return rows.empty() ? nullptr : rows.front();
+}

@@ -1,0 +1,176 @@
+#include "mirabo/tree/TreeEditCommand.h"
+
+#include "mirabo/core/CommandName.h"
+#include "mirabo/tree/SoGraphTopologyManager.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/SoTreeViewItem.h"
+
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/io/SoWriteLock.h>
+
+namespace mirabo {
+
+namespace {
+
+/// Keeps back what is posted during an edit: the reason of a refusal is shown, not posted.
+class PostedErrors {
+public:
+    explicit PostedErrors(QStringList& texts)
+        : m_oldHandler(SoDebugError::getHandlerCallback()),
+          m_oldData(SoDebugError::getHandlerData())
+    {
+        SoDebugError::setHandlerCallback(
+            [](const SoError* error, void* data) {
+                *static_cast<QStringList*>(data)
+                    << QString::fromUtf8(error->getPrintedText().getString());
+            },
+            &texts);
+    }
+    ~PostedErrors() { SoDebugError::setHandlerCallback(m_oldHandler, m_oldData); }
+    PostedErrors(const PostedErrors&) = delete;
+    PostedErrors& operator=(const PostedErrors&) = delete;
+
+private:
+    SoErrorCB* m_oldHandler;
+    void* m_oldData;
+};
+
+} // namespace
+
+TreeEditCommand::TreeEditCommand(SoMiraboTreeView* view, std::shared_ptr<const TreeEditHost> host)
+    : m_view(view), m_host(std::move(host))
+{
+}
+
+bool TreeEditCommand::execute()
+{
+    return m_isDone || go(true);
+}
+
+bool TreeEditCommand::runAgain()
+{
+    const bool isFirst = !m_isDone;
+    TreeState before = m_before;
+    if (!go(true))
+        return false;
+    if (!isFirst)
+        m_before = std::move(before); // of the command as a whole
+    return true;
+}
+
+void TreeEditCommand::redo()
+{
+    if (!m_isDone && !go(true) && m_host->tell)
+        m_host->tell(m_refusal);
+}
+
+void TreeEditCommand::undo()
+{
+    if (m_isDone && !go(false) && m_host->tell)
+        m_host->tell(m_refusal);
+}
+
+bool TreeEditCommand::go(bool forward)
+{
+    m_refusal = {};
+    m_posted.clear();
+    std::optional<SoMiraboTreeView::PatchScope> scope;
+    TreeState& from = forward ? m_before : m_behind;
+    const TreeState& to = forward ? m_behind : m_before;
+    TreeState leaving;
+    if (m_view) {
+        scope.emplace(*m_view);
+        leaving = leave(forward);
+    }
+    if (!editGraph(forward))
+        return false;
+    // Of an edit that was made, somebody else had to say it.
+    for (const QString& text : qAsConst(m_posted))
+        SoDebugError::post("TreeEditCommand", "%s", text.toUtf8().constData());
+    from = std::move(leaving);
+    m_isDone = forward;
+    if (m_view)
+        enter(to);
+    return true;
+}
+
+bool TreeEditCommand::editGraph(bool forward)
+{
+    const PostedErrors errors(m_posted);
+    const SoWriteLock lock;
+    if (!lock)
+        return refuse({Refusal::Kind::Warning, boxTitle(),
+                       "The scene cannot be edited now: another thread is reading it."});
+    bool alive = true;
+    visitNodes([&alive](KeptNode& node) {
+        node.hold();
+        alive = alive && node;
+    });
+    if (!alive)
+        refuse({Refusal::Kind::Warning, boxTitle(), "The application has deleted the node."});
+    const bool done = alive && (forward ? apply() : revert());
+    visitNodes([](KeptNode& node) { node.settle(); });
+    return done;
+}
+
+QString TreeEditCommand::reason() const
+{
+    return m_posted.isEmpty() ? QString("The scene has changed meanwhile.") : m_posted.first();
+}
+
+void TreeEditCommand::setRoot(SoNode* root) const
+{
+    if (m_host->setRoot)
+        m_host->setRoot(root);
+    else if (m_view)
+        m_view->setSceneGraph(root);
+}
+
+TreeState TreeEditCommand::leave(bool forward) const
+{
+    TreeState state(*m_view);
+    for (const NodeSlot* slot : forward ? left() : entered()) {
+        if (slot->isRoot()) {
+            if (const SoTreeViewItem* root = m_view->rootItem())
+                state.addBranch(*m_view, root);
+            continue;
+        }
+        for (SoTreeViewItem* holderRow : m_view->itemsOf(slot->holder()))
+            if (const SoTreeViewItem* row =
+                    holderRow->isDisabledNode() ? nullptr : slot->goingBelow(holderRow))
+                state.addBranch(*m_view, row);
+    }
+    for (const auto& slots : {left(), entered()})
+        for (const NodeSlot* slot : slots)
+            for (const SoTreeViewItem* holderRow : m_view->itemsOf(slot->holder()))
+                state.addGreyRows(holderRow);
+    return state;
+}
+
+void TreeEditCommand::enter(const TreeState& state)
+{
+    // The rows are where the user wants them: nothing that changed is to be gone to.
+    m_view->showLater(nullptr);
+    m_view->topologyManager().takeChangedItem();
+    if (state.isKnown())
+        state.restore(*m_view);
+    else if (SoTreeViewItem* current = arrived(*m_view))
+        m_view->makeCurrent(current);
+}
+
+SoTreeViewItem* TreeEditCommand::rowOf(const SoMiraboTreeView& view, const NodeSlot& slot,
+                                       const SoTreeViewItem* holderRow)
+{
+    SoTreeViewItem* any = nullptr;
+    for (SoTreeViewItem* row : view.itemsOf(slot.holder())) {
+        if (row->isDisabledNode())
+            continue;
+        // A list part may have made its group only now.
+        if (row == holderRow || row->parentItem() == holderRow)
+            return slot.rowBelow(row);
+        any = row;
+    }
+    return any ? slot.rowBelow(any) : nullptr;
+}
+
+} // namespace mirabo

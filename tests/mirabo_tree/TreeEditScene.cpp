@@ -1,0 +1,77 @@
+#include "TreeEditScene.h"
+
+#include "mirabo/extender/MrbCommand.h"
+#include "mirabo/tree/TreeEditCommand.h"
+
+SO_NODE_SOURCE(ParameterHolder)
+
+ParameterHolder::ParameterHolder()
+{
+    SO_NODE_CONSTRUCTOR(ParameterHolder);
+    SO_ADD_EMPTY_FIELD(parameter);
+}
+
+ParameterHolder::~ParameterHolder() = default;
+
+void ParameterHolder::initClass()
+{
+    if (s_classTypeId.isBad())
+        SO_NODE_INIT_CLASS(ParameterHolder, SoNode, "ParameterHolder");
+}
+
+EditedTree::EditedTree(SoMiraboTreeView& view)
+    : owner(stack,
+            [this](MrbCommand* command) {
+                names.push_back(command->getName().toStdString());
+                return stack.add(command);
+            }),
+      editor(&view,
+             {stack, owner,
+              [this](const mirabo::Refusal& refusal) {
+                  boxes.push_back(refusal.title.toStdString() + ": " + refusal.text.toStdString());
+              },
+              [this](SoNode* root) { m_view.setSceneGraph(root); }}),
+      m_view(view)
+{
+    ParameterHolder::initClass();
+    stack.clear(); // as every start does
+    QObject::connect(&view, &SoMiraboTreeView::outsideStructureChange, &editor, [this] {
+        if (!stack.isBusy())
+            stack.clear();
+    });
+    QObject::connect(&view, &SoMiraboTreeView::commandReady, &editor, [this](MrbCommand* command) {
+        editor.push(std::unique_ptr<MrbCommand>(command));
+    });
+    QObject::connect(&view, &SoMiraboTreeView::deleteRequested, &editor,
+                     [this] { editor.deleteCurrent(); });
+    QObject::connect(&view, &SoMiraboTreeView::moveRequested, &editor,
+                     &mirabo::TreeEditor::moveRow);
+    QObject::connect(&view, &SoMiraboTreeView::referenceRequested, &editor,
+                     &mirabo::TreeEditor::addReference);
+    QObject::connect(&view, &SoMiraboTreeView::stepRequested, &editor,
+                     &mirabo::TreeEditor::stepCurrent);
+}
+
+EditedTree::~EditedTree()
+{
+    m_view.blockSignals(true); // nobody is left to hear of it
+    stack.clear();
+    owner.freeForgotten();
+    m_view.blockSignals(false);
+}
+
+std::string EditedTree::box()
+{
+    QCoreApplication::processEvents(); // undo and redo tell later
+    std::string text = boxes.empty() ? "" : boxes.back();
+    boxes.clear();
+    return text;
+}
+
+std::string textOf(SoNode* node)
+{
+    SoOutput out;
+    out.setBuffer();
+    SoWriteAction(&out).apply(node);
+    return std::string(out.getText());
+}

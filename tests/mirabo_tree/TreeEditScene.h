@@ -1,0 +1,50 @@
+#pragma once
+
+#include "TreeTestScene.h"
+
+#include "mirabo/core/CommandOwner.h"
+#include "mirabo/core/UndoStack.h"
+#include "mirabo/tree/TreeEditor.h"
+
+#include <kalmyr/fields/SoMFUniformShaderParameter.h>
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoWriteAction.h>
+
+#include <string>
+#include <vector>
+
+/// A node with a list of uniform parameters, as shaders have.
+class ParameterHolder : public SoNode {
+    SO_NODE_HEADER(ParameterHolder)
+
+public:
+    ParameterHolder();
+    static void initClass();
+
+    SoMFUniformShaderParameter parameter;
+
+protected:
+    ~ParameterHolder() override;
+};
+
+/// What a tree with an editor needs around it, and the boxes that it shows.
+class EditedTree {
+public:
+    explicit EditedTree(SoMiraboTreeView& view);
+    ~EditedTree();
+
+    /// The last box, "title: text", and forgets it.
+    std::string box();
+
+    mirabo::UndoStack stack;
+    mirabo::CommandOwner owner;
+    std::vector<std::string> boxes;
+    std::vector<std::string> names; ///< of all commands that were pushed
+    mirabo::TreeEditor editor;
+
+private:
+    SoMiraboTreeView& m_view;
+};
+
+/// The scene as text.
+std::string textOf(SoNode* node);
