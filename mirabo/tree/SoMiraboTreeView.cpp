@@ -252,6 +252,7 @@ void SoMiraboTreeView::graphChanged()
 void SoMiraboTreeView::clearRows()
 {
     m_openBranches->restore();
+    m_context.bookmarks.clear();
     m_context.index.beginDiscard();
     while (topLevelItemCount() > 0)
         mirabo::destroyRows(asItem(takeTopLevelItem(0)));
@@ -272,6 +273,7 @@ bool SoMiraboTreeView::replaceRows(SoNode* root)
     const mirabo::GraphReading graph;
     if (!graph)
         return false;
+    Q_EMIT rootAboutToChange();
     clearRows();
     m_topology->follow(root);
     m_root = root;

@@ -158,6 +158,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// A row was chosen, by the user or by the tool; `newTab`: with Shift. Never null.
     void itemChosen(SoTreeViewItem* item, bool newTab);
+    /// The rows are about to go, all of them.
+    void rootAboutToChange();
     /// Another root is shown; null: none.
     void rootChanged(SoNode* root);
     /// The object is to be outlined; null: nothing. The path starts at the root.

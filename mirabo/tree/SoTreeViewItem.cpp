@@ -97,6 +97,8 @@ SoTreeViewItem::~SoTreeViewItem()
         m_context->dead.erase(this);
     if (m_indexed)
         m_context->index.remove(this);
+    if (m_bookmarked)
+        m_context->bookmarks.rowDies(this, m_node, !m_context->index.contains(m_node));
 }
 
 void* SoTreeViewItem::operator new(std::size_t size)
@@ -236,17 +238,31 @@ void SoTreeViewItem::updateReferenceMark(bool allowed)
     m_referenceMark = false;
 }
 
+void SoTreeViewItem::setBookmarked(bool on)
+{
+    if (m_bookmarked == on)
+        return;
+    m_bookmarked = on;
+    on ? m_context->bookmarks.add(this) : m_context->bookmarks.remove(this);
+}
+
 int SoTreeViewItem::childIndexValue() const
 {
     if (!m_shown)
         return -1;
+    const int row = rowInParent();
+    return parentItem() ? m_childIndex : row;
+}
+
+int SoTreeViewItem::rowInParent() const
+{
     const SoTreeViewItem* above = parentItem();
     if (!above)
         return treeWidget() ? treeWidget()->indexOfTopLevelItem(const_cast<SoTreeViewItem*>(this))
                             : 0;
     if (!isNumberedIn(above))
         above->numberChildrenUpTo(this);
-    return m_childIndex;
+    return m_row;
 }
 
 bool SoTreeViewItem::isNumberedIn(const SoTreeViewItem* above) const

@@ -107,7 +107,7 @@ public:
     bool hasDisabledChildren() const { return m_hasDisabledChildren; }
     void setHasDisabledChildren(bool on) { m_hasDisabledChildren = on; }
     bool isBookmarked() const { return m_bookmarked; }
-    void setBookmarked(bool on) { m_bookmarked = on; }
+    void setBookmarked(bool on);
     bool isFresh() const { return m_fresh; }
     void setFresh(bool on) { m_fresh = on; }
     /// An open branch that the view does not know of at the moment.
@@ -121,6 +121,8 @@ public:
 
     /// Position among the shown siblings, -1 for a row that is not shown. Numbered when asked for.
     int childIndexValue() const;
+    /// Position among all siblings, shown or not.
+    int rowInParent() const;
     /// Rows below, from `row` on, came or went: they are numbered anew when somebody asks.
     void childrenChanged(int row = 0) { m_numbered = std::min(m_numbered, row); }
     /// Where the row stood when somebody looked; a hint.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mirabo/tree/Bookmarks.h"
 #include "mirabo/tree/DisabledPlaces.h"
 #include "mirabo/tree/NodeIndex.h"
 #include "mirabo/tree/NodeNews.h"
@@ -43,6 +44,8 @@ struct TreeContext {
 
     /// Open branches that the view was made to forget for a while.
     std::unordered_set<SoTreeViewItem*> putAside;
+
+    Bookmarks bookmarks;
 
     /// Nodes that are out of the graph but still have rows, or may get them back.
     DisabledPlaces disabled;

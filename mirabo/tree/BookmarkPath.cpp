@@ -1,0 +1,116 @@
+#include "mirabo/tree/BookmarkPath.h"
+
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/TreeRows.h"
+
+#include <kalmyr/core/SoNode.h>
+
+#include <algorithm>
+
+namespace mirabo {
+
+namespace {
+
+/// How far from its old number a row is looked for, and how many nodes of its name are looked at.
+constexpr int kReach = 64;
+
+bool fits(const SoNode* node, const BookmarkPath::Step& step)
+{
+    return node->getTypeId().getName() == step.type.constData()
+           && node->getName() == step.name.constData();
+}
+
+QTreeWidgetItem* parentOf(const SoTreeViewItem* row, const SoMiraboTreeView& tree)
+{
+    QTreeWidgetItem* above = row->parentItem();
+    return above ? above : tree.invisibleRootItem();
+}
+
+/// The first row of a node of that name and type; below `parent` unless that is null.
+SoTreeViewItem* findByName(const SoMiraboTreeView& tree, const BookmarkPath::Step& step,
+                           const QTreeWidgetItem* parent)
+{
+    const SoType type = SoType::fromName(step.type.constData());
+    if (step.name.isEmpty() || !type.isDerivedFrom(SoNode::getClassTypeId()))
+        return nullptr;
+    std::vector<SoBase*> bases = SoBase::getNamedBases(step.name.constData(), type);
+    bases.resize(std::min<std::size_t>(bases.size(), kReach));
+    for (const SoBase* base : bases)
+        for (SoTreeViewItem* row : tree.itemsOf(static_cast<const SoNode*>(base)))
+            if (fits(row->getNode(), step) && (!parent || parentOf(row, tree) == parent))
+                return row;
+    return nullptr;
+}
+
+SoTreeViewItem* findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent,
+                          const BookmarkPath::Step& step)
+{
+    const int count = parent->childCount();
+    for (int distance = 0; distance <= kReach; ++distance)
+        for (const int row : {step.row - distance, step.row + distance})
+            if (row >= 0 && row < count && fits(asItem(parent->child(row))->getNode(), step))
+                return asItem(parent->child(row));
+    return findByName(tree, step, parent);
+}
+
+QByteArray toBytes(SbName name)
+{
+    return QByteArray(name.getString(), static_cast<int>(name.getLength()));
+}
+
+} // namespace
+
+BookmarkPath BookmarkPath::of(const SoTreeViewItem* row)
+{
+    BookmarkPath path;
+    for (const SoTreeViewItem* at = row; at; at = at->parentItem()) {
+        if (path.steps.size() == kMaxDepth)
+            return {};
+        const SoNode* node = at->getNode();
+        path.steps.push_back(
+            {at->rowInParent(), toBytes(node->getTypeId().getName()), toBytes(node->getName())});
+    }
+    std::reverse(path.steps.begin(), path.steps.end());
+    return path;
+}
+
+bool BookmarkPath::endsAt(const SoNode* node) const
+{
+    return isEmpty() || fits(node, steps.back());
+}
+
+SoTreeViewItem* BookmarkPath::find(const SoMiraboTreeView& tree) const
+{
+    if (isEmpty())
+        return nullptr;
+    SoTreeViewItem* row = nullptr;
+    QTreeWidgetItem* parent = tree.invisibleRootItem();
+    for (const Step& step : steps) {
+        row = findBelow(tree, parent, step);
+        if (!row)
+            return findByName(tree, steps.back(), nullptr);
+        parent = row;
+    }
+    return row;
+}
+
+QJsonArray BookmarkPath::toJson() const
+{
+    QJsonArray json;
+    for (const Step& step : steps)
+        json << step.row << QString::fromUtf8(step.type) << QString::fromUtf8(step.name);
+    return json;
+}
+
+BookmarkPath BookmarkPath::fromJson(const QJsonArray& json)
+{
+    BookmarkPath path;
+    if (json.size() % 3 != 0 || json.size() > 3 * kMaxDepth)
+        return path;
+    for (int i = 0; i < json.size(); i += 3)
+        path.steps.push_back(
+            {json[i].toInt(-1), json[i + 1].toString().toUtf8(), json[i + 2].toString().toUtf8()});
+    return path;
+}
+
+} // namespace mirabo

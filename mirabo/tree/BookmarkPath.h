@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonArray>
+
+#include <vector>
+
+class SoMiraboTreeView;
+class SoNode;
+class SoTreeViewItem;
+
+namespace mirabo {
+
+/// Where a row stands, told so that it is found again in another run: the numbers, types and names
+/// of the rows from the root down.
+struct BookmarkPath {
+    struct Step {
+        int row = 0;
+        QByteArray type; ///< as UTF-8, like the name
+        QByteArray name; ///< of the node; empty: none
+    };
+    /// Rows that are deeper have no path.
+    static constexpr int kMaxDepth = 400;
+
+    std::vector<Step> steps;
+
+    static BookmarkPath of(const SoTreeViewItem* row);
+    bool isEmpty() const { return steps.empty(); }
+    /// Whether the node has the last step's type and name; true for an empty path.
+    bool endsAt(const SoNode* node) const;
+
+    /// The row there: step by step the closest sibling of that type and name. When the way is lost,
+    /// the first row of a node with the last step's name and type, if that has a name. Else null.
+    SoTreeViewItem* find(const SoMiraboTreeView& tree) const;
+
+    QJsonArray toJson() const;
+    /// Empty when the text is no path.
+    static BookmarkPath fromJson(const QJsonArray& json);
+};
+
+} // namespace mirabo
