@@ -188,6 +188,7 @@ void SoMiraboMainFrame::createToolBars()
     QToolBar* search = addNamedToolBar("Search Tool Bar");
     addEntries(search, {ActionId::Find});
     m_findCombo = new QComboBox(search);
+    m_findCombo->setObjectName("SearchBox");
     m_findCombo->setEditable(true);
     m_findCombo->setMinimumWidth(kFindComboWidth);
     m_findCombo->setDuplicatesEnabled(false);

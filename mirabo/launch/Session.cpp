@@ -26,6 +26,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/SoTreeViewState.h"
+#include "mirabo/tree/TreeNavigator.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>
@@ -35,8 +36,10 @@
 #include <kalmyr/nodes/SoSelection.h>
 
 #include <QAction>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QPointer>
 #include <QUrl>
 
@@ -65,6 +68,16 @@ void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* e
     modal.run();
 }
 
+/// Names the scene for what is kept of it from run to run; empty: a host's that has no name.
+QString nameOfScene()
+{
+    const SoMiraboViewer* viewer = SoMiraboViewer::instance();
+    if (!viewer->getCurrentFile().isEmpty())
+        return QFileInfo(viewer->getCurrentFile()).absoluteFilePath();
+    const SoNode* root = viewer->getScene();
+    return root ? QString::fromUtf8(root->getName().getString()) : QString();
+}
+
 } // namespace
 
 Session::Session(SoMiraboMainFrame* frame, bool standalone)
@@ -80,6 +93,7 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     connectOverview();
     connectViewer();
     hub()->setUp(frame, SoMiraboViewer::instance(), m_tree, this);
+    createNavigator();
     connect(MrbServicesImpl::getInstance(), &MrbServices::selectedNodeChanged, hub(),
             &SoCommandManager::selectedNodeChanged);
     frame->setCloseHandler([this] { windowClosed(); });
@@ -137,6 +151,12 @@ void Session::connectTree()
                                           ActionId::NextReference, ActionId::PreviousReference})
                     hub()->actions().update(id);
             });
+}
+
+void Session::createNavigator()
+{
+    m_navigator = new TreeNavigator(m_tree, m_frame->findChild<QComboBox*>("SearchBox"), hub());
+    m_navigator->setSceneNamer(&nameOfScene);
 }
 
 void Session::connectOverview()
@@ -282,6 +302,7 @@ void Session::release()
     MrbServicesImpl::getInstance()->setSceneSetter({});
     hub()->release();
     m_follower.reset();
+    m_navigator->saveBookmarks();
     m_tree->disconnect();
     SoMiraboViewer::instance()->disconnect();
     m_edition->clear();

@@ -20,6 +20,7 @@ namespace mirabo {
 class EditActions;
 class IgnoreSwitch;
 class SceneFollower;
+class TreeNavigator;
 
 /// The panels of one run and the wires between them: what the user does in one reaches the hub,
 /// and through it the others.
@@ -49,6 +50,7 @@ private:
     void createPanels(bool standalone);
     void registerActions();
     void connectTree();
+    void createNavigator();
     void connectOverview();
     void connectViewer();
     void windowClosed();
@@ -79,6 +81,7 @@ private:
     std::unique_ptr<IgnoreSwitch> m_ignore;
     std::unique_ptr<SceneFollower> m_follower; ///< of the host's scene manager
     std::unique_ptr<EditActions> m_edits;
+    TreeNavigator* m_navigator = nullptr; // Owned by the tree.
     bool m_canShowReferences = false;
 };
 
