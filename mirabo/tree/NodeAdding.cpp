@@ -1,0 +1,109 @@
+#include "mirabo/tree/NodeAdding.h"
+
+#include "mirabo/tree/RowWalker.h"
+#include "mirabo/tree/SoMiraboAddDialog.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/TreeRows.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace mirabo {
+
+namespace {
+
+QModelIndex indexOf(const SoMiraboTreeView& tree, SoTreeViewItem* row)
+{
+    RowWalker walker(tree.invisibleRootItem());
+    walker.toRow(row);
+    QModelIndex index;
+    for (const int number : walker.place())
+        index = tree.model()->index(number, 0, index);
+    return index;
+}
+
+SoTreeViewItem* rowAt(const SoMiraboTreeView& tree, QModelIndex index)
+{
+    RowPlace place;
+    for (; index.isValid(); index = index.parent())
+        place.push_back(index.row());
+    std::reverse(place.begin(), place.end());
+    RowWalker walker(tree.invisibleRootItem());
+    walker.toPlace(place);
+    return walker.row();
+}
+
+QString textOf(const SoTreeViewItem* row)
+{
+    const QString type = row->data(SoTreeViewItem::Type, Qt::DisplayRole).toString();
+    return type + ' ' + row->data(SoTreeViewItem::Name, Qt::DisplayRole).toString();
+}
+
+} // namespace
+
+NodeAdding::NodeAdding(SoMiraboTreeView* tree, QWidget* window, Add add)
+    : QObject(tree), m_tree(tree), m_window(window), m_add(std::move(add))
+{
+    connect(tree, &QTreeWidget::currentItemChanged, this, &NodeAdding::currentChanged);
+}
+
+NodeAdding::~NodeAdding()
+{
+    delete m_dialog;
+}
+
+SoMiraboAddDialog* NodeAdding::dialog() const
+{
+    return m_dialog;
+}
+
+SoTreeViewItem* NodeAdding::target() const
+{
+    return rowAt(*m_tree, m_target);
+}
+
+void NodeAdding::open()
+{
+    if (!m_dialog) {
+        m_dialog = new SoMiraboAddDialog(m_window);
+        connect(m_dialog, &SoMiraboAddDialog::addRequested, this, &NodeAdding::add);
+    }
+    setTarget(asItem(m_tree->currentItem()));
+    m_dialog->show();
+    m_dialog->raise();
+    m_dialog->activateWindow();
+}
+
+void NodeAdding::setTarget(SoTreeViewItem* row)
+{
+    m_target = row ? indexOf(*m_tree, row) : QModelIndex();
+    if (m_dialog)
+        m_dialog->setTargetText(row ? tr("Target: %1").arg(textOf(row)) : QString());
+}
+
+void NodeAdding::currentChanged()
+{
+    if (m_dialog && !m_adding)
+        setTarget(asItem(m_tree->currentItem()));
+}
+
+void NodeAdding::add(SoNode* node)
+{
+    SoTreeViewItem* at = target() ? target() : asItem(m_tree->currentItem());
+    if (!at || m_adding)
+        return;
+    const QPointer<NodeAdding> self(this);
+    m_adding = true;
+    const bool done = m_add(node, at); // the host may end the tool
+    if (!self)
+        return;
+    SoTreeViewItem* row = done ? m_tree->context().index.firstOf(node) : nullptr;
+    if (row) {
+        setTarget(row->parentItem());
+        m_tree->showItem(row);
+    }
+    if (self)
+        m_adding = false;
+}
+
+} // namespace mirabo
