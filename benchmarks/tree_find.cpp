@@ -9,6 +9,7 @@
 
 #include <QTreeWidgetItemIterator>
 
+#include <limits>
 #include <string>
 
 using namespace treebench;
@@ -71,13 +72,9 @@ void search(benchmark::State& state, int kind, const char* text, unsigned option
 {
     Million& million = Million::get();
     for (auto _ : state) {
-        SoTreeViewItem* row = nullptr;
-        state.SetIterationTime(
-            timed([&] {
-                row = mirabo::findRow(million.view, {kind, text, options}, million.start());
-            })
-            / 1000);
-        if (row)
+        TreeFinder finder(million.view, {kind, text, options}, million.start());
+        state.SetIterationTime(timed([&] { finder.look(std::numeric_limits<int>::max()); }) / 1000);
+        if (finder.found())
             state.SkipWithError("found");
     }
     state.counters["floor_ms"] = floorMs();

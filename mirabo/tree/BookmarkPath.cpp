@@ -1,5 +1,6 @@
 #include "mirabo/tree/BookmarkPath.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"
 
@@ -14,10 +15,10 @@ namespace {
 /// How far from its old number a row is looked for, and how many nodes of its name are looked at.
 constexpr int kReach = 64;
 
-bool fits(const SoNode* node, const BookmarkPath::Step& step)
+bool fits(const SoTreeViewItem* row, const BookmarkPath::Step& step)
 {
-    return node->getTypeId().getName() == step.type.constData()
-           && node->getName() == step.name.constData();
+    return !row->isDead() && row->getNodeType().getName() == step.type.constData()
+           && row->getNode()->getName() == step.name.constData();
 }
 
 QTreeWidgetItem* parentOf(const SoTreeViewItem* row, const SoMiraboTreeView& tree)
@@ -37,7 +38,7 @@ SoTreeViewItem* findByName(const SoMiraboTreeView& tree, const BookmarkPath::Ste
     bases.resize(std::min<std::size_t>(bases.size(), kReach));
     for (const SoBase* base : bases)
         for (SoTreeViewItem* row : tree.itemsOf(static_cast<const SoNode*>(base)))
-            if (fits(row->getNode(), step) && (!parent || parentOf(row, tree) == parent))
+            if (fits(row, step) && (!parent || parentOf(row, tree) == parent))
                 return row;
     return nullptr;
 }
@@ -48,7 +49,7 @@ SoTreeViewItem* findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent,
     const int count = parent->childCount();
     for (int distance = 0; distance <= kReach; ++distance)
         for (const int row : {step.row - distance, step.row + distance})
-            if (row >= 0 && row < count && fits(asItem(parent->child(row))->getNode(), step))
+            if (row >= 0 && row < count && fits(asItem(parent->child(row)), step))
                 return asItem(parent->child(row));
     return findByName(tree, step, parent);
 }
@@ -63,20 +64,21 @@ QByteArray toBytes(SbName name)
 BookmarkPath BookmarkPath::of(const SoTreeViewItem* row)
 {
     BookmarkPath path;
+    const GraphReading graph;
     for (const SoTreeViewItem* at = row; at; at = at->parentItem()) {
         if (path.steps.size() == kMaxDepth)
             return {};
-        const SoNode* node = at->getNode();
+        const SbName name = graph && !at->isDead() ? at->getNode()->getName() : SbName();
         path.steps.push_back(
-            {at->rowInParent(), toBytes(node->getTypeId().getName()), toBytes(node->getName())});
+            {at->rowInParent(), toBytes(at->getNodeType().getName()), toBytes(name)});
     }
     std::reverse(path.steps.begin(), path.steps.end());
     return path;
 }
 
-bool BookmarkPath::endsAt(const SoNode* node) const
+bool BookmarkPath::endsAt(const SoTreeViewItem* row) const
 {
-    return isEmpty() || fits(node, steps.back());
+    return isEmpty() || fits(row, steps.back());
 }
 
 SoTreeViewItem* BookmarkPath::find(const SoMiraboTreeView& tree) const

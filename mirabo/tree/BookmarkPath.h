@@ -6,7 +6,6 @@
 #include <vector>
 
 class SoMiraboTreeView;
-class SoNode;
 class SoTreeViewItem;
 
 namespace mirabo {
@@ -24,10 +23,11 @@ struct BookmarkPath {
 
     std::vector<Step> steps;
 
+    /// Without names while another thread edits the graph.
     static BookmarkPath of(const SoTreeViewItem* row);
     bool isEmpty() const { return steps.empty(); }
-    /// Whether the node has the last step's type and name; true for an empty path.
-    bool endsAt(const SoNode* node) const;
+    /// Whether the row has the last step's type and name; true for an empty path.
+    bool endsAt(const SoTreeViewItem* row) const;
 
     /// The row there: step by step the closest sibling of that type and name. When the way is lost,
     /// the first row of a node with the last step's name and type, if that has a name. Else null.

@@ -103,7 +103,7 @@ SoTreeViewItem* Bookmarks::findRow(const SoMiraboTreeView& tree, const Lost& los
     SoTreeViewItem* found = nullptr;
     for (SoTreeViewItem* row : tree.itemsOf(lost.node)) {
         // The address may be that of another node by now.
-        if (row->isBookmarked() || !lost.path.endsAt(row->getNode()))
+        if (row->isBookmarked() || !lost.path.endsAt(row))
             continue;
         if (row->getParentNode() == lost.parent)
             return row;

@@ -1,10 +1,9 @@
 #include "mirabo/tree/TreeFinder.h"
 
+#include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 
 #include <kalmyr/core/SoNode.h>
-
-#include <QTreeWidget>
 
 #include <array>
 #include <charconv>
@@ -13,15 +12,16 @@
 
 namespace mirabo {
 
-TreeFinder::TreeFinder(QTreeWidget& tree, const Query& query)
-    : m_query(query),
+TreeFinder::TreeFinder(SoMiraboTreeView& tree, const Query& query)
+    : m_tree(tree),
+      m_query(query),
       m_matcher(query.text, query.options & CaseSensitive, query.options & ExactMatch),
       m_walker(tree.invisibleRootItem()),
       m_types(static_cast<std::size_t>(SoType::getNumTypes()))
 {
 }
 
-TreeFinder::TreeFinder(QTreeWidget& tree, const Query& query, SoTreeViewItem* start)
+TreeFinder::TreeFinder(SoMiraboTreeView& tree, const Query& query, SoTreeViewItem* start)
     : TreeFinder(tree, query)
 {
     if (start)
@@ -34,7 +34,7 @@ TreeFinder::TreeFinder(QTreeWidget& tree, const Query& query, SoTreeViewItem* st
     m_next = m_stop = m_walker.place();
 }
 
-TreeFinder::TreeFinder(QTreeWidget& tree, const Query& query, const RowPlace& first)
+TreeFinder::TreeFinder(SoMiraboTreeView& tree, const Query& query, const RowPlace& first)
     : TreeFinder(tree, query)
 {
     m_next = m_stop = first;
@@ -70,6 +70,9 @@ TreeFinder::State TreeFinder::look(int rows)
         return m_state;
     if (visitsNothing())
         return finish(State::NotFound);
+    m_tree.context().news.deliver(); // nodes that died in another thread
+    if (m_tree.context().changedElsewhere)
+        return State::Searching;
     // Rows may have changed since the last slice: only places are known.
     m_walker.toPlace(m_stop);
     const SoTreeViewItem* stop = m_walker.row();
@@ -95,10 +98,12 @@ TreeFinder::State TreeFinder::look(int rows)
 
 bool TreeFinder::matches(const SoTreeViewItem& row)
 {
-    SoNode& node = *row.getNode();
+    if (row.isDead())
+        return false;
+    const SoNode& node = *row.getNode();
     switch (m_query.kind) {
     case ByType:
-        return matchesType(node);
+        return matchesType(row.getNodeType());
     case ByName:
         return m_matcher.matches(row.isNamedPart() ? row.getPartName() : node.getName());
     case ByAddress:
@@ -110,9 +115,8 @@ bool TreeFinder::matches(const SoTreeViewItem& row)
     }
 }
 
-bool TreeFinder::matchesType(SoNode& node)
+bool TreeFinder::matchesType(SoType type)
 {
-    const SoType type = node.getTypeId();
     const auto index = static_cast<std::size_t>(type.getIndex());
     if (index >= m_types.size())
         m_types.resize(index + 1);
@@ -134,13 +138,6 @@ bool TreeFinder::matchesId(const SoNode& node)
     std::array<char, std::numeric_limits<std::uint64_t>::digits10 + 1> text;
     const auto end = std::to_chars(text.data(), text.data() + text.size(), node.getNodeId());
     return m_matcher.matches({text.data(), static_cast<std::size_t>(end.ptr - text.data())});
-}
-
-SoTreeViewItem* findRow(QTreeWidget& tree, const TreeFinder::Query& query, SoTreeViewItem* start)
-{
-    TreeFinder finder(tree, query, start);
-    finder.look(std::numeric_limits<int>::max());
-    return finder.found();
 }
 
 } // namespace mirabo

@@ -9,16 +9,18 @@
 #include <optional>
 #include <vector>
 
-class QTreeWidget;
+class SoMiraboTreeView;
 class SoNode;
+class SoType;
 
 namespace mirabo {
 
 /// A search over all rows of the scene tree, hidden ones and those in closed branches included.
 ///
 /// Visits every row at most once, from the row beside the start to that row again around the end of
-/// the tree. It can be done in slices: rows may come and go in between, what moved across the place
-/// that was reached may be missed.
+/// the tree, but for rows of dead nodes. It can be done in slices: rows may come and go in between,
+/// what moved across the place that was reached may be missed. Looks at nodes: needs a
+/// GraphReading.
 class TreeFinder {
 public:
     enum Kind { ByType = 0, ByName = 1, ByAddress = 2, ById = 3 };
@@ -30,12 +32,14 @@ public:
         unsigned options = 0; ///< sum of Option values
     };
 
+    /// Searching: there are more rows, or they cannot be looked at before they have been compared
+    /// with the graph, which another thread edited; to be tried again in a later pass.
     enum class State { Searching, Found, NotFound };
 
     /// Visits the start row last. Null: the first row, or the last one when searching backward.
-    TreeFinder(QTreeWidget& tree, const Query& query, SoTreeViewItem* start);
+    TreeFinder(SoMiraboTreeView& tree, const Query& query, SoTreeViewItem* start);
     /// Visits the row at a place first.
-    TreeFinder(QTreeWidget& tree, const Query& query, const RowPlace& first);
+    TreeFinder(SoMiraboTreeView& tree, const Query& query, const RowPlace& first);
 
     /// Goes on for at most so many rows.
     State look(int rows);
@@ -43,17 +47,18 @@ public:
     SoTreeViewItem* found() const { return m_found; }
 
 private:
-    TreeFinder(QTreeWidget& tree, const Query& query);
+    TreeFinder(SoMiraboTreeView& tree, const Query& query);
     bool isBackward() const { return m_query.options & Backward; }
     bool visitsNothing() const;
     void toBeginning();
     bool hasComeAround() const;
     State finish(State state);
     bool matches(const SoTreeViewItem& row);
-    bool matchesType(SoNode& node);
+    bool matchesType(SoType type);
     bool matchesAddress(const SoNode& node);
     bool matchesId(const SoNode& node);
 
+    SoMiraboTreeView& m_tree;
     const Query m_query;
     TextMatcher m_matcher;
     RowWalker m_walker;
@@ -64,8 +69,5 @@ private:
     bool m_wrapped = false;
     State m_state = State::Searching;
 };
-
-/// The whole search at once; null when nothing fits.
-SoTreeViewItem* findRow(QTreeWidget& tree, const TreeFinder::Query& query, SoTreeViewItem* start);
 
 } // namespace mirabo

@@ -12,6 +12,8 @@
 #include <QComboBox>
 #include <QLineEdit>
 
+#include <limits>
+
 namespace mirabo {
 
 namespace {
@@ -62,7 +64,7 @@ TreeNavigator::TreeNavigator(SoMiraboTreeView* tree, QComboBox* searchBox, SoCom
     connect(tree, &SoMiraboTreeView::rootChanged, this, &TreeNavigator::sceneCame);
     connect(tree, &SoMiraboTreeView::outsideStructureChange, this, [this] {
         if (m_tree->context().bookmarks.hasLost())
-            m_findLost.start();
+            m_findLost.start(0);
     });
     connect(tree, &QTreeWidget::currentItemChanged, this, &TreeNavigator::updateActions);
     registerActions();
@@ -137,17 +139,19 @@ void TreeNavigator::find(unsigned clear, unsigned set)
     const QString text = searchText();
     remember(m_dialog->isVisible() ? *m_dialog->textBox() : *m_searchBox, text);
     const unsigned options = (m_dialog->options() & ~clear) | set;
-    SoTreeViewItem* row = nullptr;
+    TreeFinder finder(*m_tree, {m_dialog->kind(), text, options}, asItem(m_tree->currentItem()));
+    TreeFinder::State state = TreeFinder::State::Searching;
     {
         const GraphReading graph;
-        if (!graph) {
-            QTimer::singleShot(GraphReading::kRetryMilliseconds, this,
-                               [this, clear, set] { find(clear, set); });
-            return;
-        }
-        row = findRow(*m_tree, {m_dialog->kind(), text, options}, asItem(m_tree->currentItem()));
+        if (graph)
+            state = finder.look(std::numeric_limits<int>::max());
     }
-    goTo(row);
+    if (state == TreeFinder::State::Searching) { // another thread edits the graph
+        QTimer::singleShot(GraphReading::kRetryMilliseconds, this,
+                           [this, clear, set] { find(clear, set); });
+        return;
+    }
+    goTo(finder.found());
 }
 
 /// Last in what calls it: the panels hear of the new current row, and may end the tool.
@@ -186,7 +190,7 @@ void TreeNavigator::clearBookmarks()
 void TreeNavigator::bookmarksChanged()
 {
     m_tree->viewport()->update();
-    m_saveLater.start();
+    m_saveLater.start(0);
     updateActions();
 }
 
@@ -213,6 +217,11 @@ void TreeNavigator::sceneCame()
 
 void TreeNavigator::findLostBookmarks()
 {
+    const GraphReading graph;
+    if (!graph || m_tree->context().changedElsewhere) {
+        m_findLost.start(GraphReading::kRetryMilliseconds);
+        return;
+    }
     if (!m_tree->context().bookmarks.findLost(*m_tree))
         return;
     m_tree->viewport()->update();

@@ -100,10 +100,16 @@ protected:
     }
     void makeCurrent(const SoNode* of) { tree->setCurrentItem(row(of)); }
     const SoNode* current() const { return tree->getCurrentNode(); }
+    SoTreeViewItem* search(const TreeFinder::Query& query, SoTreeViewItem* start)
+    {
+        TreeFinder finder(*tree, query, start);
+        finder.look(INT_MAX);
+        return finder.found();
+    }
     SoNode* found(int kind, const QString& text, unsigned options = 0)
     {
-        SoTreeViewItem* item = mirabo::findRow(*tree, {kind, text, options},
-                                               static_cast<SoTreeViewItem*>(tree->currentItem()));
+        SoTreeViewItem* item =
+            search({kind, text, options}, static_cast<SoTreeViewItem*>(tree->currentItem()));
         return item ? item->getNode() : nullptr;
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
@@ -198,7 +204,7 @@ TEST_F(FindTest, VisitsEveryRowOnceWhateverTheSlices)
                 TreeFinder cube(*tree, {0, "Cube", options}, row(start));
                 while (cube.look(slice) == TreeFinder::State::Searching) {
                 }
-                EXPECT_EQ(cube.found(), mirabo::findRow(*tree, {0, "Cube", options}, row(start)));
+                EXPECT_EQ(cube.found(), search({0, "Cube", options}, row(start)));
             }
 }
 
