@@ -1,5 +1,6 @@
 #include "mirabo/overview/FieldText.h"
 
+#include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMFInstanceParameter.h>
 #include <kalmyr/fields/SoMFNode.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 
 namespace mirabo {
 
@@ -27,11 +29,14 @@ QString typeName(const SoNode* node)
     return QString::fromUtf8(node->getTypeId().getName().getString());
 }
 
+/// As files have it, but of nodes only their names: whole graphs are nothing to read in a row.
 QString fullText(const SoField& field)
 {
-    SbString text;
-    field.get(text);
-    return toQString(text);
+    std::string text;
+    SoFieldWriter writer(text);
+    field.evaluate();
+    field.writeValue(writer);
+    return toQString(SbString(text));
 }
 
 bool isInstanceList(const SoField& field)
@@ -64,10 +69,12 @@ QString nodeNames(const SoMNodeField& field, int count)
 QString valueTexts(const SoMField& field, int count)
 {
     QString text;
-    SbString value;
+    std::string value;
+    SoFieldWriter writer(value);
     for (int i = 0; i < count; ++i) {
-        field.get1(i, value);
-        text += toQString(value) + ", ";
+        value.clear();
+        field.write1Value(i, writer);
+        text += toQString(SbString(value)) + ", ";
     }
     return text;
 }

@@ -5,10 +5,13 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFEngine.h>
 #include <kalmyr/fields/SoSFFieldContainer.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/fields/SoSFPath.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -67,25 +70,36 @@ bool isNodeField(SoType type)
            || type.isDerivedFrom(SoMNodeField::getClassTypeId());
 }
 
-SoNode* findInNodeFields(const SoNode* holder, const SoNode* child)
+bool hasObjectsInText(SoType type)
+{
+    const SoType others[] = {SoSFFieldContainer::getClassTypeId(), SoSFPath::getClassTypeId(),
+                             SoMFPath::getClassTypeId(), SoSFEngine::getClassTypeId(),
+                             SoMFEngine::getClassTypeId()};
+    return isNodeField(type)
+           || std::any_of(std::begin(others), std::end(others),
+                          [type](SoType other) { return type.isDerivedFrom(other); });
+}
+
+const SoField* findNodeField(const SoNode* holder, const SoNode* child, int& index)
 {
     const SoFieldData* data = holder->getFieldData();
     if (!data || !child)
         return nullptr;
     for (const int i : data->getNodeFields()) {
         const SoField* field = data->getField(holder, i);
-        if (field->isOfType(SoSFNode::getClassTypeId())) {
-            SoNode* node = static_cast<const SoSFNode*>(field)->getValue();
-            if (node == child)
-                return node;
-        } else {
-            const auto& nodes = static_cast<const SoMNodeField*>(field)->getValues();
-            const auto at = std::find(nodes.begin(), nodes.end(), child);
-            if (at != nodes.end())
-                return *at;
-        }
+        index = field->isOfType(SoSFNode::getClassTypeId())
+                    ? (static_cast<const SoSFNode*>(field)->getValue() == child ? 0 : -1)
+                    : static_cast<const SoMNodeField*>(field)->find(child);
+        if (index >= 0)
+            return field;
     }
     return nullptr;
+}
+
+SoNode* findInNodeFields(const SoNode* holder, const SoNode* child)
+{
+    int index = 0;
+    return findNodeField(holder, child, index) ? const_cast<SoNode*>(child) : nullptr;
 }
 
 bool mayBeAtOrAbove(const SoNode* node, const SoNode* holder)

@@ -1,5 +1,6 @@
 #pragma once
 
+class SoField;
 class SoFieldContainer;
 class SoNode;
 class SoType;
@@ -10,9 +11,15 @@ namespace kalmyr::detail {
 /// make no node the ancestor of another.
 bool isNodeField(SoType type);
 
+/// Whether the text of such fields has nodes or engines in it.
+bool hasObjectsInText(SoType type);
+
 /// The node `child` when a node-valued field of `holder` holds it, else null. `child` is only
 /// compared.
 SoNode* findInNodeFields(const SoNode* holder, const SoNode* child);
+
+/// The first field of `holder` that holds `child`, with its index there, or null.
+const SoField* findNodeField(const SoNode* holder, const SoNode* child, int& index);
 
 /// Whether `node` may be `holder` or one of its ancestors; false where a glance rules that out:
 /// nothing is above the holder, or nothing below the node.

@@ -1,23 +1,46 @@
 #include <kalmyr/core/SoField.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoFieldIO.h>
 
 #include "core/CacheLock.h"
+#include "core/FieldText.h"
+#include "core/NodeFields.h"
 #include "core/Threads.h"
 #include "core/WalkStack.h"
+#include "fields/NodeHolding.h"
 #include "SoFieldExtra.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace {
 
 SoType s_fieldType;
 SoType s_singleType;
 SoType s_multipleType;
+
+void postFault(const kalmyr::detail::TextFault& fault)
+{
+    SoReadError::post("", fault.line, fault.column, "%s", fault.message.c_str());
+}
+
+/// A value is all that the text says.
+template <class ReadValue>
+bool readWhole(SoFieldReader& in, SoType type, ReadValue readValue)
+{
+    const bool hasObjects = kalmyr::detail::hasObjectsInText(type);
+    // Engines as values begin as statements do; in front stand declarations of prototypes only.
+    const std::string_view first = hasObjects ? in.text.peekWord() : std::string_view();
+    const bool isDeclared = first == "PROTO" || first == "EXTERNPROTO";
+    return (!isDeclared || kalmyr::detail::readStatements(in)) && readValue()
+           && (!hasObjects || kalmyr::detail::readStatements(in))
+           && (in.text.atEnd() || in.text.fail("expected the end of the value"));
+}
 
 } // namespace
 
@@ -84,36 +107,42 @@ void SoField::setIgnored(bool on)
 
 void SoField::setFieldType(FieldType type)
 {
-    changeFlags(7u << kTypeShift, static_cast<std::uint32_t>(type) << kTypeShift);
+    if (kalmyr::holds(type <= 7, "a field type of three bits"))
+        changeFlags(7u << kTypeShift, static_cast<std::uint32_t>(type) << kTypeShift);
 }
 
 void SoField::get(SbString& text) const
 {
-    std::string result;
-    SoFieldWriter writer(result);
     evaluate();
-    writeValue(writer);
-    text = SbString(result);
+    text =
+        SbString(kalmyr::detail::writeValueText([this](SoFieldWriter& out) { writeValue(out); }));
 }
 
 bool SoField::set(const char* text)
 {
-    // Into a twin first, so that a fault leaves this value as it was.
-    const std::unique_ptr<SoField> twin(static_cast<SoField*>(getTypeId().createInstance()));
-    SoTokenizer tokens(text, std::string_view(text).size());
-    SoFieldReader reader(tokens);
-    SoField* target = twin ? twin.get() : this;
-    if (twin)
-        prepareTwin(*twin);
-    if (!target->readValue(reader)
-        || (!tokens.atEnd() && !tokens.fail("expected the end of the value"))) {
-        SoReadError::post("", tokens.getErrorLine(), tokens.getErrorColumn(), "%s",
-                          tokens.getError().c_str());
+    if (!kalmyr::holds(text, "a text"))
         return false;
+    // Into a twin first, so that a fault leaves this value as it was.
+    std::unique_ptr<SoField> twin;
+    const auto read = [this, &twin](SoFieldReader& in) {
+        twin.reset(static_cast<SoField*>(getTypeId().createInstance()));
+        if (twin)
+            prepareTwin(*twin);
+        SoField& target = twin ? *twin : *this;
+        return readWhole(in, getTypeId(), [&] { return target.readValue(in); });
+    };
+    kalmyr::detail::TextFault fault;
+    if (kalmyr::detail::readValueText(text, read, fault)) {
+        SbString why;
+        if (!twin || kalmyr::detail::mayTake(*this, *twin, why)) {
+            if (twin)
+                copyFrom(*twin);
+            return true;
+        }
+        fault = {1, 1, why.getString()};
     }
-    if (twin)
-        copyFrom(*twin);
-    return true;
+    postFault(fault);
+    return false;
 }
 
 void SoField::copyWith(SoNodeCopier&, const SoField& other)
@@ -240,6 +269,8 @@ private:
 
 void SoField::addAuditor(SoAuditor* auditor, SoAuditor::Type type)
 {
+    if (!kalmyr::holds(auditor, "an auditor"))
+        return;
     const FollowersLock lock(m_container);
     SoAuditorList& auditors = extra().auditors;
     const bool first = auditors.getLength() == 0;
@@ -267,21 +298,39 @@ const SoAuditorList& SoField::getAuditors() const
 
 void SoMField::get1(int index, SbString& text) const
 {
-    std::string result;
-    SoFieldWriter writer(result);
-    if (index >= 0 && index < getNum())
-        write1Value(index, writer);
-    text = SbString(result);
+    evaluate();
+    text.makeEmpty();
+    if (kalmyr::holds(index >= 0 && index < getNum(), "0 <= index < getNum()"))
+        text = SbString(kalmyr::detail::writeValueText(
+            [this, index](SoFieldWriter& out) { write1Value(index, out); }));
 }
 
 bool SoMField::set1(int index, const char* text)
 {
-    SoTokenizer tokens(text, std::string_view(text).size());
-    SoFieldReader reader(tokens);
-    if (index >= 0 && read1Value(index, reader))
+    if (!kalmyr::holds(text && index >= 0, "a text, and index >= 0"))
+        return false;
+    // A twin reads first, so that a fault leaves this value as it was.
+    std::unique_ptr<SoField> twin;
+    const auto readTwin = [this, &twin](SoFieldReader& in) {
+        twin.reset(static_cast<SoField*>(getTypeId().createInstance()));
+        if (!twin)
+            return true;
+        prepareTwin(*twin);
+        return readWhole(in, getTypeId(),
+                         [&] { return static_cast<SoMField&>(*twin).read1Value(0, in); });
+    };
+    const auto readOwn = [this, index](SoFieldReader& in) {
+        return readWhole(in, getTypeId(), [&] { return read1Value(index, in); });
+    };
+    kalmyr::detail::TextFault fault;
+    SbString why;
+    const bool isValue = kalmyr::detail::readValueText(text, readTwin, fault);
+    const bool isTaken = isValue && (!twin || kalmyr::detail::mayTake(*this, *twin, why));
+    if (isValue && !isTaken)
+        fault = {1, 1, why.getString()};
+    if (isTaken && kalmyr::detail::readValueText(text, readOwn, fault))
         return true;
-    SoReadError::post("", tokens.getErrorLine(), tokens.getErrorColumn(), "%s",
-                      tokens.getError().c_str());
+    postFault(fault);
     return false;
 }
 

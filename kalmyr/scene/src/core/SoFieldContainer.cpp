@@ -1,11 +1,19 @@
 #include <kalmyr/core/SoFieldContainer.h>
 
-#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoContract.h>
+#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoFieldIO.h>
 
 #include "core/DeathObservers.h"
+#include "core/FieldText.h"
+#include "fields/NodeHolding.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -96,53 +104,90 @@ bool SoFieldContainer::isFieldWritten(const SoField& field) const
 
 bool SoFieldContainer::set(const char* text)
 {
-    SoTokenizer tokens(text, std::string_view(text).size());
-    SoFieldReader reader(tokens);
-    std::string_view word;
-    while (!tokens.atEnd()) {
-        if (!tokens.readWord(word))
-            return tokens.fail("expected a field name");
+    if (!kalmyr::holds(text, "a text"))
+        return false;
+    struct NewValue {
+        SoField* field;
+        std::unique_ptr<SoField> value;
+        bool isIgnored;
+    };
+    // All values first, so that a fault leaves everything as it was.
+    std::vector<NewValue> values;
+    const auto readOne = [this, &values](SoFieldReader& in) {
+        std::string_view word;
+        if (!in.text.readWord(word) && !in.text.readName(word)) // fields from files may be numbers
+            return in.text.fail("expected a field name");
+        const std::size_t at = in.text.getOffset() - word.size();
         SoField* field = getField(SbName::find(word));
-        if (!field) {
-            SoDebugError::postWarning("SoFieldContainer::set", "%s has no field \"%s\"",
-                                      getTypeId().getName().getString(), std::string(word).c_str());
-            return false;
+        if (!field)
+            return in.text.failAt(at, std::string(getTypeId().getName().view()) + " has no field \""
+                                          + std::string(word) + '"');
+        std::unique_ptr<SoField> twin(static_cast<SoField*>(field->getTypeId().createInstance()));
+        if (!twin)
+            return in.text.failAt(at, "the type of \"" + std::string(word) + "\" has no text");
+        field->prepareTwin(*twin);
+        if (!twin->readValue(in))
+            return in.text.fail("expected a value");
+        SbString why;
+        if (!kalmyr::detail::mayTake(*field, *twin, why))
+            return in.text.failAt(at, why.getString());
+        const bool isIgnored = in.text.accept('~');
+        values.push_back({field, std::move(twin), isIgnored});
+        return true;
+    };
+    const auto read = [this, &values, &readOne](SoFieldReader& in) {
+        values.clear();
+        while (!in.text.atEnd()) {
+            const bool isField = getField(SbName::find(in.text.peekWord()));
+            if (!isField && !kalmyr::detail::readStatements(in))
+                return false;
+            if (!in.text.atEnd() && !readOne(in))
+                return false;
         }
-        if (!field->readValue(reader)) {
-            SoDebugError::postWarning("SoFieldContainer::set", "%s", tokens.getError().c_str());
-            return false;
-        }
-        if (tokens.accept('~'))
-            field->setIgnored(true);
+        return true;
+    };
+    kalmyr::detail::TextFault fault;
+    if (!kalmyr::detail::readValueText(text, read, fault)) {
+        SoReadError::post("", fault.line, fault.column, "%s", fault.message.c_str());
+        return false;
+    }
+    for (const NewValue& one : values) {
+        one.field->copyFrom(*one.value);
+        if (one.isIgnored)
+            one.field->setIgnored(true);
     }
     return true;
 }
 
 void SoFieldContainer::get(SbString& text) const
 {
-    std::string result;
-    SoFieldWriter writer(result);
-    const SoFieldData* data = getFieldData();
-    for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const SoField* field = data->getField(this, i);
-        const SoField::FieldType kind = field->getFieldType();
-        if (field->isDefault() || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT)
-            continue;
-        if (!result.empty())
-            result += ' ';
-        result += data->getFieldName(i).view();
-        result += ' ';
-        field->writeValue(writer);
-        if (field->isIgnored())
-            result += " ~";
-    }
-    text = SbString(result);
+    text = SbString(kalmyr::detail::writeValueText([this](SoFieldWriter& out) {
+        const SoFieldData* data = getFieldData();
+        bool isFirst = true;
+        for (int i = 0; data && i < data->getNumFields(); ++i) {
+            const SoField* field = data->getField(this, i);
+            const SoField::FieldType kind = field->getFieldType();
+            if ((field->isDefault() && !field->isIgnored()) || kind == SoField::EVENT_IN
+                || kind == SoField::EVENT_OUT)
+                continue;
+            if (!isFirst)
+                out.text += ' ';
+            isFirst = false;
+            out.text += data->getFieldName(i).view();
+            out.text += ' ';
+            field->writeValue(out);
+            if (field->isIgnored())
+                out.text += " ~";
+        }
+    }));
 }
 
 void SoFieldContainer::copyFieldValues(const SoFieldContainer* from, bool copyConnections)
 {
+    if (!kalmyr::holds(from && from->getTypeId() == getTypeId(), "a container of the same type"))
+        return;
     const SoFieldData* data = getFieldData();
-    if (!data || from == this || from->getTypeId() != getTypeId())
+    if (!data || from == this)
         return;
     {
         const QuietScope quiet(this);

@@ -3,6 +3,9 @@
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFFieldContainer.h>
+#include <kalmyr/fields/SoSFNode.h>
 
 #include "core/NodeFields.h"
 
@@ -54,4 +57,23 @@ bool kalmyr::detail::mayHoldAll(const SoField& field, std::span<SoNode* const> n
     return std::all_of(nodes.begin(), nodes.end(), [&](const SoNode* node) {
         return !node || !above.count(node) || refuse(field, holder, node);
     });
+}
+
+bool kalmyr::detail::mayTake(const SoField& field, const SoField& twin, SbString& why)
+{
+    why = kHoldsThis;
+    if (field.isOfType(SoMNodeField::getClassTypeId()))
+        return mayHoldAll(field, static_cast<const SoMNodeField&>(twin).getValues());
+    const SoFieldContainer* held = nullptr;
+    if (field.isOfType(SoSFNode::getClassTypeId()))
+        held = static_cast<const SoSFNode&>(twin).getValue();
+    else if (field.isOfType(SoSFFieldContainer::getClassTypeId()))
+        held = static_cast<const SoSFFieldContainer&>(twin).getValue();
+    if (!held || !held->isOfType(SoNode::getClassTypeId()))
+        return true;
+    const auto* node = static_cast<const SoNode*>(held);
+    const SoFieldContainer* holder = field.getContainer();
+    return mayHold(field, node)
+           && (!holder || !holder->isOfType(SoNode::getClassTypeId())
+               || static_cast<const SoNode*>(holder)->acceptsValue(field, node, why));
 }

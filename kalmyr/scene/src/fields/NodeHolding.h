@@ -2,6 +2,7 @@
 
 #include <span>
 
+class SbString;
 class SoField;
 class SoNode;
 
@@ -12,5 +13,12 @@ namespace kalmyr::detail {
 bool mayHold(const SoField& field, const SoNode* node);
 /// The same for all of several.
 bool mayHoldAll(const SoField& field, std::span<SoNode* const> nodes);
+
+/// What a reader says then.
+inline constexpr char kHoldsThis[] = "expected a node that does not hold this one";
+
+/// Whether the value of `twin`, a field of the same type, may become that of `field`: nodes are
+/// held where their container accepts them. If not, `why` tells what is wanted.
+bool mayTake(const SoField& field, const SoField& twin, SbString& why);
 
 } // namespace kalmyr::detail

@@ -4,7 +4,11 @@
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeCopier.h>
+#include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoValueText.h>
+
+#include "core/NodeFields.h"
 
 SO_FIELD_SOURCE(SoSFPath, SoSField, "SFPath")
 SO_FIELD_SOURCE(SoMFPath, SoMField, "MFPath")
@@ -22,6 +26,29 @@ SoRef<SoPath> copiedPath(const SoNodeCopier& copier, const SoPath* path)
         copy->append(copier.resolve(path->getNode(i)), path->getIndex(i));
     }
     return copy;
+}
+
+/// Behind the word FIELD.
+bool appendFromField(SoFieldReader& in, SoPath* path)
+{
+    std::string_view name;
+    std::int32_t index = 0;
+    if ((!in.text.readWord(name) && !in.text.readName(name)) || !in.text.readInt(index))
+        return in.text.fail("expected the name of a field and an index");
+    SoNode* tail = path->getTail();
+    const SoField* field = tail ? tail->getField(SbName::find(name)) : nullptr;
+    SoNode* node = nullptr;
+    if (field && field->isOfType(SoSFNode::getClassTypeId()) && index == 0) {
+        node = static_cast<const SoSFNode*>(field)->getValue();
+    } else if (field && field->isOfType(SoMNodeField::getClassTypeId())) {
+        const auto& nodes = static_cast<const SoMNodeField*>(field)->getValues();
+        if (index >= 0 && static_cast<std::size_t>(index) < nodes.size())
+            node = nodes[static_cast<std::size_t>(index)];
+    }
+    if (!node)
+        return in.text.fail("expected a field with a node in front of this");
+    path->append(node, -1);
+    return true;
 }
 
 bool appendChild(SoFieldReader& in, SoPath* path, std::int32_t index)
@@ -56,6 +83,11 @@ bool SoSFPath::readObject(SoFieldReader& in, SoRef<SoPath>& path)
     }
     while (!in.text.accept(']')) {
         std::int32_t index = 0;
+        if (in.text.acceptWord("FIELD")) {
+            if (!appendFromField(in, path.get()))
+                return false;
+            continue;
+        }
         if (!in.text.readInt(index) || !appendChild(in, path.get(), index)) {
             return false;
         }
@@ -74,7 +106,15 @@ void SoSFPath::writeObject(SoFieldWriter& out, const SoPath* path)
     out.text += " [";
     for (int i = 1; i < path->getLength(); ++i) {
         out.text += i > 1 ? ", " : " ";
-        kalmyr::writeText(out.text, path->getIndex(i));
+        int index = path->getIndex(i);
+        if (index < 0) {
+            const SoNode* above = path->getNode(i - 1);
+            const SoField* field = kalmyr::detail::findNodeField(above, path->getNode(i), index);
+            out.text += "FIELD ";
+            out.text += above->getFieldName(field).view();
+            out.text += ' ';
+        }
+        kalmyr::writeText(out.text, index);
     }
     out.text += " ] }";
 }

@@ -327,10 +327,14 @@ namespace {
 
 bool readPixels(SoTokenizer& in, const SbVec3i32& size, int components, SbImage& image)
 {
-    const std::size_t count = static_cast<std::size_t>(size[0]) * static_cast<std::size_t>(size[1]);
     // A pixel and its separator take two bytes at least.
-    if (count > in.getRemaining() / 2 + 1) {
-        return in.fail("expected a smaller picture: the text is too short for this size");
+    const std::size_t most = in.getRemaining() / 2 + 1;
+    std::size_t count = 1;
+    for (int i = 0; i < 3; ++i) {
+        const std::size_t n = i == 2 && size[i] == 0 ? 1 : static_cast<std::size_t>(size[i]);
+        if (count > most / n)
+            return in.fail("expected a smaller picture: the text is too short for this size");
+        count *= n;
     }
     std::vector<unsigned char> bytes;
     bytes.reserve(count * static_cast<std::size_t>(components));
@@ -352,6 +356,16 @@ bool readText(SoTokenizer& in, SbImage& value)
 {
     const std::size_t start = in.getOffset();
     SbVec3i32 head;
+    if (in.acceptWord("VOLUME")) {
+        std::int32_t components = 0;
+        if (!readText(in, head) || !in.readInt(components))
+            return false;
+        const bool isSize = head[0] > 0 && head[1] > 0 && head[2] > 0;
+        return isSize && components >= 1 && components <= 4
+                   ? readPixels(in, head, components, value)
+                   : in.fail(
+                       "expected the size and 1 to 4 components of a volume in front of this");
+    }
     if (!readText(in, head)) {
         return false;
     }
@@ -370,8 +384,14 @@ bool readText(SoTokenizer& in, SbImage& value)
 void writeText(std::string& out, const SbImage& value)
 {
     const int components = value.getComponents();
-    const int height = value.getHeight() * std::max(value.getDepth(), 1);
-    writeText(out, SbVec3i32(value.getWidth(), height, components));
+    if (value.getDepth() > 0) {
+        out += "VOLUME ";
+        writeText(out, value.getSize3());
+        out += ' ';
+        writeText(out, components);
+    } else {
+        writeText(out, SbVec3i32(value.getWidth(), value.getHeight(), components));
+    }
     const unsigned char* byte = value.getBytes();
     const unsigned char* const end = byte + value.getByteCount();
     while (byte != end) {

@@ -1,10 +1,12 @@
 #include <kalmyr/io/SoDB.h>
 
 #include "core/Threads.h"
+#include "NodeText.h"
 #include "SoReadHooks.h"
 #include "SoSceneReader.h"
 
 #include <kalmyr/actions/SoActionsInit.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/base/SoRef.h>
@@ -62,6 +64,7 @@ void initIo()
     SoToVRMLAction::initClass();
     SoToVRML2Action::initClass();
     kalmyr::detail::installReadHooks();
+    kalmyr::detail::installNodeText();
 }
 
 /// Lower areas first. What draws stands above this library part and comes by addInit().
@@ -142,10 +145,8 @@ SbString SoDB::getVersion()
 
 SceneReader* SoDB::readerOf(SoInput* in, bool headerNeeded)
 {
-    if (!in) {
-        SoDebugError::post("SoDB::read", "the input is null");
+    if (!kalmyr::holds(in, "an input"))
         return nullptr;
-    }
     if (!in->m_reader)
         in->m_reader = SceneReader::make(*in, headerNeeded);
     return in->m_reader.get();

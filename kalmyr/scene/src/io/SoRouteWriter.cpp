@@ -99,7 +99,9 @@ void SceneWriter::engines()
 
 void SceneWriter::writeEngine(const SoEngine* one)
 {
-    if (!one || m_dialect != KALMYR)
+    if (m_counting)
+        findEngine(one);
+    else if (!one || m_dialect != KALMYR)
         m_buffer += "NULL";
     else if (m_writtenEngines.count(one))
         m_buffer += m_engineNames[one];

@@ -49,6 +49,8 @@ public:
     ~SceneReader() override;
 
     bool readNode(SoNode*& node) override;
+    /// What stands here and is no node.
+    bool readStatements();
     /// Next node of the file itself; null with `true` at its end.
     virtual bool readTop(SoNode*& node);
     /// The rest of the file.
@@ -100,8 +102,6 @@ protected:
     virtual int tryIs(SoNode*, SoField&, bool /*isEvent*/) { return 0; }
     /// USE of a name that is not known, or of a node that is still open. True: it is left out.
     virtual bool mayLeaveOutUse() const { return false; }
-    /// What stands here and is no node.
-    bool readStatements();
     bool readFieldValue(SoField& field);
     /// The same, and in the formats that are read leniently names of values in any way of writing.
     bool readOddValue(SoField& field);

@@ -1,5 +1,6 @@
 #include "SoSceneWriter.h"
 
+#include "core/NodeFields.h"
 #include "Relocation.h"
 
 #include <kalmyr/actions/SoAction.h>
@@ -47,6 +48,15 @@ const char* kindWord(SoField::FieldType kind)
 bool hasValue(SoField::FieldType kind)
 {
     return kind != SoField::EVENT_IN && kind != SoField::EVENT_OUT;
+}
+
+/// VRML knows no volumes: the slices stand one above the other.
+void writeFlat(std::string& out, const SbImage& image)
+{
+    SbImage flat;
+    flat.setValue({image.getWidth(), image.getHeight() * std::max(image.getDepth(), 1)},
+                  image.getComponents(), image.getBytes());
+    writeText(out, flat);
 }
 
 /// Fields that nodes of VRML 1.0 have here and not there.
@@ -120,10 +130,17 @@ void SceneWriter::finishBinary()
     m_out.write(bytes);
 }
 
+void SceneWriter::values(const WriteValue& write)
+{
+    write(*this);
+    if (m_counting)
+        m_buffer.clear();
+}
+
 void SceneWriter::flushIfLarge()
 {
     // The size of the text stands in front of it in a binary file.
-    if (m_buffer.size() < kFlushSize || m_binary)
+    if (m_buffer.size() < kFlushSize || m_binary || m_counting)
         return;
     // A stopped traversal is how a failed output ends it; the output posts the reason.
     if (!m_out.write(m_buffer))
@@ -325,8 +342,8 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
     if (m_counting) {
         if (list)
             nodeList(node, *static_cast<SoMNodeField*>(field));
-        else if (field->isOfType(SoSFNode::getClassTypeId()))
-            writeNode(static_cast<SoSFNode*>(field)->getValue());
+        else if (hasObjectsInText(field->getTypeId()))
+            values([field](SoFieldWriter& out) { field->writeValue(out); });
         return;
     }
     newLine();
@@ -348,6 +365,10 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
 
 void SceneWriter::value(const SoNode* node, const SoField* field)
 {
+    if (m_dialect != KALMYR && field->isOfType(SoSFImage::getClassTypeId())) {
+        writeFlat(m_buffer, static_cast<const SoSFImage*>(field)->getValue());
+        return;
+    }
     const SbString* origin = m_folder.isEmpty() ? nullptr : originOf(node, field);
     if (!origin || origin->isEmpty()) {
         field->writeValue(*this);

@@ -2,6 +2,8 @@
 
 #include "SoBlocks.h"
 
+#include "core/FieldText.h"
+
 #include <kalmyr/base/SbName.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoForeignFields.h>
@@ -38,6 +40,8 @@ public:
     void leaveOutRoot() { m_rootLeftOut = true; }
     void startWriting();
     void finish();
+    /// Values by themselves, instead of a graph: once to count what they hold, and once to write.
+    void values(const WriteValue& write);
 
     /// Around the method of each node; false when the node was met before.
     bool enter(SoNode* node);

@@ -1,13 +1,16 @@
 #include <kalmyr/io/SoWriteAction.h>
 
+#include "NodeText.h"
 #include "SoSceneWriter.h"
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/nodes/SoFile.h>
+#include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
@@ -81,13 +84,13 @@ SoWriteAction::~SoWriteAction() = default;
 
 void SoWriteAction::apply(SoNode* root)
 {
-    if (root)
+    if (kalmyr::holds(root, "something to apply the action to"))
         write(root, nullptr);
 }
 
 void SoWriteAction::apply(SoPath* path)
 {
-    if (!path || path->isEmpty())
+    if (!kalmyr::holds(path && !path->isEmpty(), "something to apply the action to"))
         return;
     // What hangs on a field, stands inside a kit or comes from another file has no index in the
     // text; the path ends above it.
@@ -119,8 +122,39 @@ void SoWriteAction::write(SoNode* root, const SoPath* path)
     m_writer.reset();
 }
 
+struct kalmyr::detail::ValueWriting {
+    const SoNode* place; ///< what the action is applied to, being able to write nodes only then
+    const WriteValue& write;
+
+    static std::string run(const WriteValue& write)
+    {
+        SoOutput out;
+        out.setBuffer();
+        out.setHeaderString("");
+        SoWriteAction action(&out);
+        const SoRef<SoNode> place(new SoGroup);
+        const ValueWriting values{place.get(), write};
+        action.m_values = &values;
+        action.m_rootWritten = true;
+        action.write(place.get(), nullptr);
+        std::string text(out.getText());
+        while (!text.empty() && text.back() == '\n')
+            text.pop_back();
+        return text;
+    }
+};
+
+std::string kalmyr::detail::writeNodeText(const WriteValue& write)
+{
+    return ValueWriting::run(write);
+}
+
 bool SoWriteAction::beforeNode(SoNode* node)
 {
+    if (m_values && m_values->place == node) {
+        m_writer->values(m_values->write);
+        return false;
+    }
     return m_writer->enter(node);
 }
 

@@ -82,6 +82,13 @@ bool PartName::parse(std::string_view name)
     return error == std::errc() && end == last && !part.empty();
 }
 
+bool isPartText(std::string_view text)
+{
+    const std::size_t open = text.find('{');
+    return open != std::string_view::npos
+           && trimmed(text.substr(0, open)).find_first_of(" \t\r\n\"[") == std::string_view::npos;
+}
+
 bool takePartText(std::string_view& text, std::string_view& part, std::string_view& fields)
 {
     text = trimmed(text);

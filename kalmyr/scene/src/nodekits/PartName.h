@@ -18,6 +18,8 @@ struct PartName {
 
 /// Takes "part { fields }" from the front of a text, the fields without the braces. False at the
 /// end, then `text` is empty, and where the text has another form.
+/// Whether the text names parts with fields in braces, rather than fields of the kit.
+bool isPartText(std::string_view text);
 bool takePartText(std::string_view& text, std::string_view& part, std::string_view& fields);
 
 /// Whether a part is as a kit makes it: nameless, with default values, nothing below it, and used

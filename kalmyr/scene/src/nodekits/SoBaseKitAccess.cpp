@@ -2,6 +2,7 @@
 
 #include <kalmyr/nodekits/SoBaseKit.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/nodekits/SoNodeKitListPart.h>
@@ -88,25 +89,49 @@ bool SoBaseKit::setPartAsDefault(const SbString& name, SoNode* node)
     return true;
 }
 
-bool SoBaseKit::set(const SbString& part, const char* fields)
+namespace {
+
+bool setPartFields(SoBaseKit& kit, const SbString& part, const SbString& fields)
 {
-    SoNode* node = getPart(part, true);
+    SoNode* node = kit.getPart(part, true);
     if (!node)
         return false;
-    return node->isOfType(SoBaseKit::getClassTypeId()) ? static_cast<SoBaseKit*>(node)->set(fields)
-                                                       : node->set(fields);
+    return node->isOfType(SoBaseKit::getClassTypeId())
+               ? static_cast<SoBaseKit*>(node)->set(fields.getString())
+               : node->set(fields.getString());
+}
+
+bool setPartTexts(SoBaseKit& kit, std::string_view text)
+{
+    std::string_view part, fields;
+    while (kalmyr::detail::takePartText(text, part, fields))
+        if (!setPartFields(kit, SbString(part), SbString(fields)))
+            return false;
+    return text.empty();
+}
+
+} // namespace
+
+// On a copy first, so that a fault leaves everything as it was.
+
+bool SoBaseKit::set(const SbString& part, const char* fields)
+{
+    if (!kalmyr::holds(fields, "a text"))
+        return false;
+    const SoRef<SoNode> trial(copy());
+    return trial && setPartFields(static_cast<SoBaseKit&>(*trial), part, fields)
+           && setPartFields(*this, part, fields);
 }
 
 bool SoBaseKit::set(const char* text)
 {
-    std::string_view rest(text);
-    if (rest.find('{') == std::string_view::npos)
+    if (!kalmyr::holds(text, "a text"))
+        return false;
+    if (!kalmyr::detail::isPartText(text))
         return SoNode::set(text);
-    std::string_view part, fields;
-    while (kalmyr::detail::takePartText(rest, part, fields))
-        if (!set(SbString(part), std::string(fields).c_str()))
-            return false;
-    return rest.empty();
+    const SoRef<SoNode> trial(copy());
+    return trial && setPartTexts(static_cast<SoBaseKit&>(*trial), text)
+           && setPartTexts(*this, text);
 }
 
 SoPath* SoBaseKit::createPathToPart(const SbString& name, bool makeIfNeeded)

@@ -12,7 +12,8 @@ class SoVRMLScript;
 
 namespace kalmyr::detail {
 class SceneWriter;
-}
+struct ValueWriting;
+} // namespace kalmyr::detail
 
 /// Writes a graph, or what hangs on a path, as text: Kalmyr text, or what the header of the output
 /// says. In VRML97 text types lose their prefix, routes and prototypes are written in its own way,
@@ -62,10 +63,12 @@ protected:
 
 private:
     friend class kalmyr::detail::SceneWriter;
+    friend struct kalmyr::detail::ValueWriting;
     void write(SoNode* root, const SoPath* path);
 
     std::unique_ptr<SoOutput> m_ownOutput;
     SoOutput* m_out; // Not owned unless it is m_ownOutput.
     std::unique_ptr<kalmyr::detail::SceneWriter> m_writer;
+    const kalmyr::detail::ValueWriting* m_values = nullptr; ///< written instead of the root
     bool m_rootWritten = true;
 };
