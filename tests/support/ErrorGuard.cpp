@@ -1,5 +1,6 @@
 #include "support/ErrorGuard.h"
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoError.h>
 
@@ -24,6 +25,7 @@ namespace {
 
 std::mutex s_mutex;
 ErrorScope* s_scope = nullptr;
+bool s_contractsStop = false; // outside of all scopes
 std::vector<std::string> s_unannounced;
 
 bool isInformation(const SoError& error)
@@ -69,6 +71,9 @@ ErrorScope::ErrorScope()
 {
     const std::lock_guard lock(s_mutex);
     m_outer = std::exchange(s_scope, this);
+    const bool stopped = kalmyr::setContractsStop(false); // they are errors like others here
+    if (!m_outer)
+        s_contractsStop = stopped;
 }
 
 ErrorScope::~ErrorScope()
@@ -76,6 +81,8 @@ ErrorScope::~ErrorScope()
     {
         const std::lock_guard lock(s_mutex);
         s_scope = m_outer;
+        if (!m_outer)
+            kalmyr::setContractsStop(s_contractsStop);
     }
     if (m_texts.empty() && !m_mayStayEmpty)
         ADD_FAILURE() << "an announced error was not posted";

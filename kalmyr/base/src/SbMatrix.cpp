@@ -1,5 +1,7 @@
 #include <kalmyr/base/SbMatrix.h>
 
+#include <kalmyr/base/SoContract.h>
+
 #include <kalmyr/base/SbRotation.h>
 
 #include "Polar.h"
@@ -174,6 +176,8 @@ bool SbMatrix::isIdentity() const
 
 void SbMatrix::setValue(const float* values)
 {
+    if (!kalmyr::holds(values, "16 values"))
+        return;
     std::copy(values, values + 16, &m_v[0][0]);
 }
 

@@ -3,6 +3,7 @@
 #include "RenderAreaFrame.h"
 #include "SoGuiViewerView.h"
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
@@ -187,6 +188,8 @@ bool SoGuiViewer::isHeadlight() const
 
 bool SoGuiViewer::processEvent(const SoEvent* event)
 {
+    if (!kalmyr::holds(event, "an event"))
+        return false;
     const Frame frame(this);
     if (SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ESCAPE)) {
         setViewing(!m_viewing);

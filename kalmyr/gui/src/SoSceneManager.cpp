@@ -2,6 +2,7 @@
 
 #include "KeptAlive.h"
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/nodes/SoGroup.h>
 
@@ -147,6 +148,8 @@ bool SoSceneManager::render()
 
 bool SoSceneManager::processEvent(const SoEvent* event)
 {
+    if (!kalmyr::holds(event, "an event"))
+        return false;
     const KeptAlive self(this); // who handles the event may let go of both
     const SoRef<SoNode> scene(m_impl->m_root.getValue());
     if (!scene)

@@ -1,5 +1,6 @@
 #include <kalmyr/actions/SoAction.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoErrorStack.h>
 #include <kalmyr/base/SoRef.h>
@@ -59,12 +60,9 @@ void SoAction::apply(SoPath* path)
 
 void SoAction::run(SoNode* root, const SoPath* path)
 {
-    if (!root || m_methods) {
-        SoDebugError::post("SoAction::apply", "%s",
-                           root ? "the action is being applied already"
-                                : "there is nothing to apply it to");
+    if (!kalmyr::holds(root, "something to apply the action to")
+        || !kalmyr::holds(!m_methods, "an action that is not being applied already"))
         return;
-    }
     root->ref();
     m_state->reset();
     m_methods = &methods();

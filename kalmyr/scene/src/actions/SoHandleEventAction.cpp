@@ -1,5 +1,6 @@
 #include <kalmyr/actions/SoHandleEventAction.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/elements/SoViewElements.h>
@@ -99,6 +100,8 @@ void SoHandleEventAction::apply(SoNode* root)
 {
     m_picked = NOT_PICKED;
     m_handled = false;
+    if (!kalmyr::holds(m_event, "an event to handle"))
+        return;
     m_root = root;
     if (root && m_grabber)
         offerToGrabber(root);

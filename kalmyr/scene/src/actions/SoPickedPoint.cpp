@@ -1,7 +1,7 @@
 #include <kalmyr/actions/SoPickedPoint.h>
 
 #include <kalmyr/actions/SoGetMatrixAction.h>
-#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoNode.h>
 
 namespace {
@@ -71,7 +71,7 @@ SbMatrix SoPickedPoint::getObjectToWorld(const SoNode* node) const
         action.apply(m_path->copy(0, i + 1));
         return action.getMatrix();
     }
-    SoDebugError::post("SoPickedPoint::getObjectToWorld", "the node is not on the picked path");
+    static_cast<void>(kalmyr::holds(false, "a node of the picked path"));
     return m_objectToWorld;
 }
 

@@ -1,6 +1,7 @@
 #include <kalmyr/actions/SoRayPickAction.h>
 
 #include <kalmyr/actions/SoBoundingBoxCache.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
@@ -42,8 +43,10 @@ void SoRayPickAction::setRay(const SbVec3f& start, const SbVec3f& direction, flo
 
 const SoPickedPoint* SoRayPickAction::getPickedPoint(int index) const
 {
+    if (!kalmyr::holds(index >= 0, "index >= 0"))
+        return nullptr;
     const auto i = static_cast<std::size_t>(index);
-    return index >= 0 && i < m_points.size() ? &m_points[i] : nullptr;
+    return i < m_points.size() ? &m_points[i] : nullptr;
 }
 
 void SoRayPickAction::beginTraversal(SoNode*)

@@ -121,10 +121,8 @@ bool SoChildList::isFieldWatched() const
 
 bool SoChildList::accepts(const SoNode* child) const
 {
-    if (!child) {
-        SoDebugError::post("SoChildList", "a null child is refused");
+    if (!kalmyr::holds(child, "a child"))
         return false;
-    }
     if (!kalmyr::detail::mayBeAtOrAbove(child, m_parent) || !m_parent->isAtOrBelow(child))
         return true;
     return refuse(child);
@@ -186,11 +184,8 @@ bool SoChildList::append(SoNode* child)
 
 bool SoChildList::insert(SoNode* child, int index)
 {
-    if (index < 0 || index > getLength()) {
-        SoDebugError::post("SoChildList::insert", "index %d is out of the range 0 to %d", index,
-                           getLength());
+    if (!kalmyr::holds(index >= 0 && index <= getLength(), "0 <= index <= getLength()"))
         return false;
-    }
     if (index == getLength())
         return append(child);
     if (!accepts(child))
@@ -206,11 +201,8 @@ bool SoChildList::insert(SoNode* child, int index)
 
 bool SoChildList::remove(int index)
 {
-    if (index < 0 || index >= getLength()) {
-        SoDebugError::post("SoChildList::remove", "index %d is out of the range 0 to %d", index,
-                           getLength() - 1);
+    if (!kalmyr::holds(index >= 0 && index < getLength(), "0 <= index < getLength()"))
         return false;
-    }
     SoNode* child = m_nodes[static_cast<std::size_t>(index)];
     m_nodes.erase(m_nodes.begin() + index);
     if (m_beside && m_beside->index)
@@ -224,11 +216,8 @@ bool SoChildList::remove(int index)
 
 bool SoChildList::set(int index, SoNode* child)
 {
-    if (index < 0 || index >= getLength()) {
-        SoDebugError::post("SoChildList::set", "index %d is out of the range 0 to %d", index,
-                           getLength() - 1);
+    if (!kalmyr::holds(index >= 0 && index < getLength(), "0 <= index < getLength()"))
         return false;
-    }
     if (!accepts(child))
         return false;
     SoNode* old = m_nodes[static_cast<std::size_t>(index)];

@@ -1,3 +1,4 @@
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoField.h>
@@ -103,11 +104,8 @@ bool isEvent(const SoField& field)
 
 bool SoField::canFollow(const SoField* master) const
 {
-    if (!master) {
-        SoDebugError::post("SoField::connectFrom", "%s cannot follow nothing",
-                           nameOf(*this).c_str());
+    if (!kalmyr::holds(master, "a field to follow"))
         return false;
-    }
     const SoFieldContainer* container = getContainer();
     const char* reason = nullptr;
     if (!SoFieldConverter::canConvert(master->getTypeId(), getTypeId()))

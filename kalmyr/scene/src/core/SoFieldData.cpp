@@ -1,5 +1,6 @@
 #include <kalmyr/core/SoFieldData.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
@@ -17,6 +18,8 @@ std::ptrdiff_t distance(const SoFieldContainer* container, const SoField* field)
 void SoFieldData::addField(const SoFieldContainer* container, const SbName& name,
                            const SoField* field)
 {
+    if (!kalmyr::holds(container && field, "a container and its field"))
+        return;
     if (kalmyr::detail::isNodeField(field->getTypeId()))
         m_nodeFields.push_back(getNumFields());
     m_index.emplace(name, getNumFields());
@@ -29,6 +32,9 @@ void SoFieldData::addField(const SoFieldContainer* container, const SbName& name
 
 SoField* SoFieldData::getField(const SoFieldContainer* container, int index) const
 {
+    if (!kalmyr::holds(container && index >= 0 && index < getNumFields(),
+                       "a container, and 0 <= index < getNumFields()"))
+        return nullptr;
     const std::ptrdiff_t offset = m_entries[static_cast<std::size_t>(index)].offset;
     return reinterpret_cast<SoField*>(const_cast<char*>(reinterpret_cast<const char*>(container))
                                       + offset);

@@ -52,6 +52,8 @@ void SoPath::setHead(SoNode* head)
 
 void SoPath::append(SoNode* node, int index)
 {
+    if (!kalmyr::holds(node && index >= -1, "a node, and an index from -1 on"))
+        return;
     node->ref();
     m_nodes.push_back(node);
     m_indices.push_back(m_nodes.size() == 1 ? -1 : index);
@@ -145,13 +147,16 @@ void SoPath::append(int childIndex)
 {
     const SoNode* tail = getTail();
     const SoChildList* children = tail ? tail->getInternalChildren() : nullptr;
-    if (children && childIndex >= 0 && childIndex < children->getLength())
+    if (kalmyr::holds(children && childIndex >= 0 && childIndex < children->getLength(),
+                      "a tail with children, and 0 <= childIndex < their number"))
         append((*children)[childIndex], childIndex);
 }
 
 void SoPath::truncate(int length)
 {
-    while (getLength() > std::max(length, 0)) {
+    if (!kalmyr::holds(length >= 0 && length <= getLength(), "0 <= length <= getLength()"))
+        return;
+    while (getLength() > length) {
         listen(false, getLength() - 1);
         SoNode* node = m_nodes.back();
         m_nodes.pop_back();
@@ -167,6 +172,8 @@ bool SoPath::containsNode(const SoNode* node) const
 
 bool SoPath::containsPath(const SoPath* path) const
 {
+    if (!kalmyr::holds(path, "a path"))
+        return false;
     if (path->isEmpty())
         return true;
     const auto first = std::find(m_nodes.begin(), m_nodes.end(), path->getHead());
@@ -183,8 +190,12 @@ bool SoPath::containsPath(const SoPath* path) const
 SoPath* SoPath::copy(int startFromNodeIndex, int numNodes) const
 {
     auto* result = new SoPath;
-    const int end =
-        numNodes > 0 ? std::min(startFromNodeIndex + numNodes, getLength()) : getLength();
+    if (!kalmyr::holds(startFromNodeIndex >= 0 && startFromNodeIndex <= getLength()
+                           && numNodes >= 0,
+                       "0 <= startFromNodeIndex <= getLength(), and a number of nodes"))
+        return result;
+    const int rest = getLength() - startFromNodeIndex;
+    const int end = startFromNodeIndex + (numNodes > 0 ? std::min(numNodes, rest) : rest);
     for (int i = startFromNodeIndex; i < end; ++i)
         result->append(getNode(i), getIndex(i));
     return result;

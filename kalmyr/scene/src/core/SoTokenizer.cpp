@@ -1,6 +1,7 @@
 #include <kalmyr/core/SoTokenizer.h>
 
 #include <kalmyr/base/SbNumber.h>
+#include <kalmyr/base/SoContract.h>
 
 #include <algorithm>
 #include <array>
@@ -242,9 +243,12 @@ inline const char* scanNumber(const char* p, const char* end, T& value)
 } // namespace
 
 SoTokenizer::SoTokenizer(const char* text, std::size_t size, std::string_view sourceName)
-    : m_begin(text), m_at(text), m_end(text + size), m_source(sourceName)
+    : m_begin(text ? text : ""),
+      m_at(m_begin),
+      m_end(m_begin + (text ? size : 0)),
+      m_source(sourceName)
 {
-    assert(text[size] == 0);
+    assert(*m_end == 0);
 }
 
 void SoTokenizer::skip()

@@ -1,5 +1,6 @@
 #include <kalmyr/fields/SoDeclaredFields.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
@@ -7,6 +8,8 @@ SoDeclaredFields::~SoDeclaredFields() = default;
 
 void SoDeclaredFields::add(const SbName& name, SoField* field)
 {
+    if (!kalmyr::holds(field, "a field"))
+        return;
     field->setContainer(m_owner);
     m_data.addField(m_owner, name, field);
     ++m_numOwn;

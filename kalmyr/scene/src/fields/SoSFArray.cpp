@@ -1,5 +1,6 @@
 #include <kalmyr/fields/SoSFArray.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueText.h>
@@ -77,6 +78,8 @@ bool countOf(const SbVec3i32& dimensions, SoSFArray::DataType type, std::size_t&
 
 std::size_t SoSFArray::getSizeOf(DataType type)
 {
+    if (!kalmyr::holds(type <= DOUBLE, "a data type"))
+        return sizeof(float);
     return withType(type, [](auto value) { return sizeof(value); });
 }
 
@@ -88,7 +91,8 @@ const void* SoSFArray::getValues() const
 
 double SoSFArray::getValueAt(std::size_t index) const
 {
-    evaluate();
+    if (!kalmyr::holds(index < getNumValues(), "index < getNumValues()"))
+        return 0;
     return withType(m_type, [&](auto value) {
         return static_cast<double>(valueAt(m_bytes.data(), index, value));
     });
@@ -97,9 +101,9 @@ double SoSFArray::getValueAt(std::size_t index) const
 bool SoSFArray::setValue(const SbVec3i32& dimensions, DataType type, const void* values)
 {
     std::size_t count = 0;
-    if (!countOf(dimensions, type, count)) {
+    if (!kalmyr::holds(type <= DOUBLE && countOf(dimensions, type, count),
+                       "a data type, dimensions from 0 on, at most kMaxBytes"))
         return false;
-    }
     std::vector<std::byte> bytes(count * getSizeOf(type));
     if (values && !bytes.empty()) {
         std::memcpy(bytes.data(), values, bytes.size());
@@ -114,7 +118,7 @@ bool SoSFArray::setValue(const SbVec3i32& dimensions, DataType type, const void*
 void* SoSFArray::startEditing()
 {
     evaluate();
-    return m_bytes.data();
+    return m_bytes.empty() ? nullptr : m_bytes.data();
 }
 
 bool SoSFArray::isSame(const SoField& other) const
@@ -129,6 +133,9 @@ bool SoSFArray::isSame(const SoField& other) const
 
 void SoSFArray::copyFrom(const SoField& other)
 {
+    if (&other == this
+        || !kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+        return;
     const auto& array = static_cast<const SoSFArray&>(other);
     setValue(array.getDimensions(), array.getDataType(), array.getValues());
 }

@@ -1,6 +1,7 @@
 #include <kalmyr/fields/SoSFBufferObject.h>
 
 #include <kalmyr/base/SbNumber.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/fields/SoValueText.h>
@@ -75,7 +76,8 @@ bool SoSFBufferObject::isSame(const SoField& other) const
 
 void SoSFBufferObject::copyFrom(const SoField& other)
 {
-    setValue(static_cast<const SoSFBufferObject&>(other).getValue());
+    if (kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+        setValue(static_cast<const SoSFBufferObject&>(other).getValue());
 }
 
 bool SoSFBufferObject::readValue(SoFieldReader& in)

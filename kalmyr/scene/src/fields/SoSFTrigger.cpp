@@ -1,3 +1,4 @@
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/fields/SoSFTrigger.h>
 
 SO_FIELD_SOURCE(SoSFTrigger, SoSField, "SFTrigger")
@@ -7,9 +8,10 @@ bool SoSFTrigger::isSame(const SoField& other) const
     return other.getTypeId() == getTypeId();
 }
 
-void SoSFTrigger::copyFrom(const SoField&)
+void SoSFTrigger::copyFrom(const SoField& other)
 {
-    trigger();
+    if (kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+        trigger();
 }
 
 bool SoSFTrigger::readValue(SoFieldReader&)

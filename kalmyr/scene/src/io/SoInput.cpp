@@ -3,6 +3,7 @@
 #include "SoSceneReader.h"
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoReadError.h>
 
@@ -318,6 +319,8 @@ bool SoInput::load(const SbString& name)
 
 bool SoInput::setBuffer(const void* bytes, std::size_t size)
 {
+    if (!kalmyr::holds(bytes || size == 0, "size bytes"))
+        return false;
     closeFile();
     m_fileName.makeEmpty();
     m_header.makeEmpty();

@@ -1,6 +1,7 @@
 #include <kalmyr/io/SoOutput.h>
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoError.h>
 
 #include <zlib.h>
@@ -284,6 +285,8 @@ void SoOutput::noteFailure(const SbString& reason)
 void SoOutput::setBuffer(void* bytes, std::size_t size, SoOutputReallocCB* reallocate,
                          std::size_t offset)
 {
+    if (!kalmyr::holds((bytes || size == 0) && offset <= size, "size bytes, and offset <= size"))
+        return;
     closeFile();
     auto memory = std::make_unique<MemoryTarget>(bytes, size, reallocate, offset, false);
     m_memory = memory.get();
@@ -335,8 +338,10 @@ SbString SoOutput::getHeaderString() const
 
 void SoOutput::setCompression(bool on, int level)
 {
+    if (!kalmyr::holds(level >= 1 && level <= 9, "a level from 1 to 9"))
+        return;
     m_compress = on;
-    m_level = std::clamp(level, 1, 9);
+    m_level = level;
 }
 
 bool SoOutput::write(std::string_view bytes)

@@ -26,7 +26,7 @@ SoNode* SoBaseKit::partAt(const kalmyr::detail::PartName& name, bool makeIfNeede
         if (made)
             list->addChild(made.get());
     }
-    return list->getChild(name.index);
+    return name.index < list->getNumChildren() ? list->getChild(name.index) : nullptr;
 }
 
 SoBaseKit* SoBaseKit::kitAt(const kalmyr::detail::PartName& name, bool makeIfNeeded)

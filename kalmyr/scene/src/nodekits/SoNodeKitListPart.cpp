@@ -2,6 +2,7 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNodeCopier.h>
@@ -116,9 +117,18 @@ int SoNodeKitListPart::getNumChildren() const
     return group() ? group()->getNumChildren() : 0;
 }
 
+namespace {
+
+bool isIndex(int index, int num)
+{
+    return kalmyr::holds(index >= 0 && index < num, "0 <= index < getNumChildren()");
+}
+
+} // namespace
+
 SoNode* SoNodeKitListPart::getChild(int index) const
 {
-    return group() ? group()->getChild(index) : nullptr;
+    return isIndex(index, getNumChildren()) ? group()->getChild(index) : nullptr;
 }
 
 void SoNodeKitListPart::buildIndex() const
@@ -144,28 +154,32 @@ int SoNodeKitListPart::findChild(const SoNode* child) const
 
 bool SoNodeKitListPart::addChild(SoNode* child)
 {
-    return isChildPermitted(child) && groupOrNew()->addChild(child);
+    return kalmyr::holds(child, "a child") && isChildPermitted(child)
+           && groupOrNew()->addChild(child);
 }
 
 bool SoNodeKitListPart::insertChild(SoNode* child, int index)
 {
-    return isChildPermitted(child) && groupOrNew()->insertChild(child, index);
+    return kalmyr::holds(child && index >= 0 && index <= getNumChildren(),
+                         "a child, and 0 <= index <= getNumChildren()")
+           && isChildPermitted(child) && groupOrNew()->insertChild(child, index);
 }
 
 bool SoNodeKitListPart::replaceChild(int index, SoNode* child)
 {
-    return group() && isChildPermitted(child) && group()->replaceChild(index, child);
+    return kalmyr::holds(child, "a child") && isIndex(index, getNumChildren())
+           && isChildPermitted(child) && group()->replaceChild(index, child);
 }
 
 bool SoNodeKitListPart::removeChild(int index)
 {
-    return group() && group()->removeChild(index);
+    return isIndex(index, getNumChildren()) && group()->removeChild(index);
 }
 
 bool SoNodeKitListPart::removeChild(const SoNode* child)
 {
     const int index = findChild(child);
-    return index >= 0 && removeChild(index);
+    return kalmyr::holds(index >= 0, "a child of the list") && removeChild(index);
 }
 
 void SoNodeKitListPart::removeAllChildren()
@@ -176,7 +190,7 @@ void SoNodeKitListPart::removeAllChildren()
 
 bool SoNodeKitListPart::containerSet(const char* fields)
 {
-    return groupOrNew()->set(fields);
+    return kalmyr::holds(fields, "a text") && groupOrNew()->set(fields);
 }
 
 bool SoNodeKitListPart::affectsState() const

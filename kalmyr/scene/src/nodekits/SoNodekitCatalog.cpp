@@ -1,5 +1,6 @@
 #include <kalmyr/nodekits/SoNodekitCatalog.h>
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
 
 #include <algorithm>
@@ -36,7 +37,10 @@ SoNodekitCatalog::SoNodekitCatalog(const SoNodekitCatalog& parent, SoType kitTyp
 
 const SoNodekitCatalog::Part* SoNodekitCatalog::find(int part) const
 {
-    return part >= 0 && part < getNumEntries() ? &m_parts[static_cast<std::size_t>(part)] : nullptr;
+    if (part == -1
+        || !kalmyr::holds(part >= 0 && part < getNumEntries(), "-1 <= part < getNumEntries()"))
+        return nullptr;
+    return &m_parts[static_cast<std::size_t>(part)];
 }
 
 int SoNodekitCatalog::getPartNumber(const SbName& name) const

@@ -1,7 +1,7 @@
 #include <kalmyr/nodes/SoGroup.h>
 
 #include <kalmyr/actions/SoAction.h>
-#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoContract.h>
 
 SO_NODE_SOURCE(SoGroup)
 
@@ -40,11 +40,7 @@ bool SoGroup::removeChild(int index)
 bool SoGroup::removeChild(SoNode* child)
 {
     const int index = findChild(child);
-    if (index >= 0)
-        return removeChild(index);
-    SoDebugError::post("SoGroup::removeChild", "the node is no child of this %s",
-                       getTypeId().getName().getString());
-    return false;
+    return kalmyr::holds(index >= 0, "a child of the group") && removeChild(index);
 }
 
 bool SoGroup::replaceChild(int index, SoNode* child)
@@ -55,11 +51,7 @@ bool SoGroup::replaceChild(int index, SoNode* child)
 bool SoGroup::replaceChild(SoNode* oldChild, SoNode* newChild)
 {
     const int index = findChild(oldChild);
-    if (index >= 0)
-        return replaceChild(index, newChild);
-    SoDebugError::post("SoGroup::replaceChild", "the old node is no child of this %s",
-                       getTypeId().getName().getString());
-    return false;
+    return kalmyr::holds(index >= 0, "a child of the group") && replaceChild(index, newChild);
 }
 
 void SoGroup::removeAllChildren()
@@ -74,7 +66,7 @@ bool SoGroup::setChildren(const std::vector<SoNode*>& children)
 
 SoNode* SoGroup::getChild(int index) const
 {
-    return index >= 0 && index < getNumChildren() ? m_children[index] : nullptr;
+    return m_children[index];
 }
 
 void SoGroup::doAction(SoAction* action)

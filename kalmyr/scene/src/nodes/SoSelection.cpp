@@ -2,7 +2,7 @@
 
 #include <kalmyr/actions/SoHandleEventAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
-#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 
 #include <algorithm>
@@ -98,19 +98,20 @@ void SoSelection::initClass()
     });
 }
 
-SoRef<SoPath> SoSelection::ownPath(const SoPath* path, const char* caller) const
+SoRef<SoPath> SoSelection::ownPath(const SoPath* path, const char*) const
 {
     for (int i = 0; path && i < path->getLength(); ++i) {
         if (path->getNode(i) == this)
             return path->copy(i);
     }
-    SoDebugError::post(caller, path ? "the path does not lead through the selection node"
-                                    : "a null path is refused");
+    static_cast<void>(kalmyr::holds(false, "a path that leads through the selection node"));
     return nullptr;
 }
 
 SoRef<SoPath> SoSelection::pathTo(SoNode* node)
 {
+    if (!kalmyr::holds(node, "a node"))
+        return nullptr;
     SoSearchAction search;
     search.setNode(node);
     search.setSearchingAll(true);
@@ -182,13 +183,14 @@ void SoSelection::deselect(const SoPath* path)
 {
     const Guard self(this);
     const SoRef<SoPath> own = ownPath(path, "SoSelection::deselect");
-    if (own)
-        deselect(find(own.get()));
+    const int index = own ? find(own.get()) : -1;
+    if (index >= 0)
+        deselect(index);
 }
 
 void SoSelection::deselect(int index)
 {
-    if (index < 0 || index >= getNumSelected())
+    if (!kalmyr::holds(index >= 0 && index < getNumSelected(), "0 <= index < getNumSelected()"))
         return;
     const Guard self(this);
     const std::uint64_t before = m_selectionId;
@@ -247,9 +249,9 @@ bool SoSelection::isSelected(const SoNode* node) const
 
 SoPath* SoSelection::getPath(int index) const
 {
-    return index >= 0 && index < getNumSelected()
-               ? m_paths[static_cast<std::size_t>(index)].path.get()
-               : nullptr;
+    if (!kalmyr::holds(index >= 0 && index < getNumSelected(), "0 <= index < getNumSelected()"))
+        return nullptr;
+    return m_paths[static_cast<std::size_t>(index)].path.get();
 }
 
 void SoSelection::addSelectionCallback(PathFunction* function, void* userData)
