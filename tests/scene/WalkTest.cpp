@@ -231,8 +231,9 @@ private:
     void ask(std::size_t i)
     {
         const auto before = std::exchange(m_ids[i], m_nodes[i]->getNodeId());
-        if (m_changed.erase(i))
+        if (m_changed.erase(i)) {
             ASSERT_NE(m_ids[i], before);
+        }
     }
 
     struct Reached {
