@@ -1,9 +1,8 @@
 #include <kalmyr/core/SoBase.h>
 
-#include <kalmyr/core/SoNotification.h>
-
 #include <kalmyr/base/SbPointerMap.h>
 #include <kalmyr/base/SbString.h>
+#include <kalmyr/core/SoNotification.h>
 
 #include "core/CacheLock.h"
 #include "core/DeathObservers.h"

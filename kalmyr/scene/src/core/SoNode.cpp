@@ -181,15 +181,16 @@ void SoNode::notify(SoNotification& notification)
             break;
         }
         const bool endsHere = !mustHear && node->isUnheard();
-        node->m_changeId = notification.stamp;
-        if (endsHere)
-            break;
-        node->m_unheard = false; // until it is known
-        if (!node->isNotifyEnabled()) {
+        if (!endsHere && !node->isNotifyEnabled()) {
+            node->SoFieldContainer::notify(notification); // keeps it to itself
             node->m_unheard = !mustHear;
             notification.heard = mustHear;
             break;
         }
+        node->m_changeId = notification.stamp;
+        if (endsHere)
+            break;
+        node->m_unheard = false; // until it is known
         notification.chain = links.add(node, notification.chain);
         if (mustHear)
             hearing = notification.chain;
