@@ -1,5 +1,6 @@
 #include "mirabo/launch/NodePlace.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 
@@ -22,6 +23,9 @@ QString nameOf(const SoNode* node)
 
 QString placeOf(const SoMiraboTreeView& tree, const SoNode* node)
 {
+    const GraphReading graph;
+    if (!graph)
+        return {};
     const auto items = tree.itemsOf(node);
     QStringList steps;
     for (const SoTreeViewItem* at = items.empty() ? nullptr : items.front(); at;

@@ -2,6 +2,7 @@
 
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
+#include <kalmyr/io/SoReadLock.h>
 
 #include <QThread>
 
@@ -16,10 +17,14 @@ SceneFollower::SceneFollower(std::function<void(SoNode*)> show)
     m_sensor.setPriority(0);
 }
 
-SceneFollower::~SceneFollower() = default;
+SceneFollower::~SceneFollower()
+{
+    follow(nullptr);
+}
 
 void SceneFollower::follow(SoSceneManager* manager)
 {
+    const SoReadLock graph; // whoever gives the manager a scene in another thread holds the lock
     SoField* scene = manager ? &manager->getImpl()->getRootField() : nullptr;
     if (scene != m_sensor.getAttachedField())
         m_sensor.attach(scene);

@@ -290,11 +290,16 @@ SoTreeViewItem* SoGraphTopologyManager::takeChangedItem()
 
 void SoGraphTopologyManager::fetchInlines()
 {
-    const std::vector<SoRef<SoNode>> nodes = std::exchange(m_toFetch, {});
-    if (nodes.empty() || isVrmlScene())
+    if (m_toFetch.empty())
         return;
+    const mirabo::GraphReading graph; // no editor is waited for
+    if (!graph) {
+        requestUpdate();
+        return;
+    }
+    const std::vector<SoRef<SoNode>> nodes = std::exchange(m_toFetch, {});
     const SoWriteLock lock;
-    if (!lock)
+    if (!lock || isVrmlScene())
         return;
     const QScopedValueRollback<bool> fetching(m_fetching, true);
     for (const SoRef<SoNode>& node : nodes)

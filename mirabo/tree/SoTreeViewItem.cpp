@@ -229,13 +229,15 @@ void SoTreeViewItem::setShown(bool on)
 
 void SoTreeViewItem::updateReferenceMark(bool allowed)
 {
-    const auto alive = m_context->news.keepAlive();
-    if (allowed && !m_dead && m_node->getRefCount() >= 2) {
-        if (!hasNameIcon())
-            m_referenceMark = true;
-        return;
+    bool isShared = false;
+    {
+        const auto alive = m_context->news.keepAlive();
+        isShared = !m_dead && m_node->getRefCount() >= 2;
     }
-    m_referenceMark = false;
+    if (!allowed || !isShared)
+        m_referenceMark = false;
+    else if (!hasNameIcon())
+        m_referenceMark = true;
 }
 
 void SoTreeViewItem::setBookmarked(bool on)

@@ -20,7 +20,8 @@ public:
     SoDeathObserver& operator=(const SoDeathObserver&) = delete;
 
     /// The object is about to be destroyed: it is still whole, its reference count is 0.
-    virtual void objectDies(const SoBase* object) = 0;
+    /// Not pure: it may be called while a derived object is being destroyed.
+    virtual void objectDies(const SoBase*) {}
     /// The marked object has got another name, or none.
     virtual void nameChanged(const SoBase*) {}
     /// The first change at or below a container, marked or not, since its notification was switched
