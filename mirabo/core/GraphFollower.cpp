@@ -1,5 +1,8 @@
 #include "mirabo/core/GraphFollower.h"
 
+#include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldContainer.h>
+
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <QThread>
@@ -14,8 +17,9 @@ namespace mirabo {
 /// What stands in the list of auditors. Outlives its follower while an editor keeps the list.
 class GraphFollower::Ear final : public SoAuditor, public std::enable_shared_from_this<Ear> {
 public:
-    Ear(QObject* context, Calls calls, std::function<void(SoAuditor*)> remove)
-        : m_context(context), m_calls(std::move(calls)), m_remove(std::move(remove))
+    Ear(QObject* context, Calls calls, const SoRefCounter* owner,
+        std::function<void(SoAuditor*)> remove)
+        : m_context(context), m_calls(std::move(calls)), m_owner(owner), m_remove(std::move(remove))
     {
     }
 
@@ -28,11 +32,23 @@ public:
         m_context = nullptr;
         m_isCut = true;
     }
-    /// Leaves the list of auditors; under a GraphReading.
-    void leave()
+    SoRef<const SoRefCounter> hold()
     {
+        // A death waits for the mutex before anything of the object goes.
+        const std::scoped_lock lock(m_mutex);
+        return isAlive() && m_owner && m_owner->refIfAlive()
+                   ? SoRef<const SoRefCounter>::adopt(m_owner)
+                   : SoRef<const SoRefCounter>();
+    }
+    /// Leaves the list of auditors; under a GraphReading. False while the object is dying.
+    bool leave()
+    {
+        const SoRef<const SoRefCounter> held = hold();
+        if (isAlive() && m_owner && !held)
+            return false;
         if (m_alive.exchange(false))
             m_remove(this);
+        return true;
     }
 
     void auditedChanged(SoNotification&) override
@@ -42,11 +58,6 @@ public:
             return;
         if (m_calls.touched)
             m_calls.touched();
-        if (m_calls.changed && m_context && !m_pending.exchange(true))
-            post([](Ear& self) {
-                self.m_pending = false;
-                self.callHere(self.m_calls.changed);
-            });
     }
 
     void auditedDying() override
@@ -64,40 +75,34 @@ public:
                 return;
             here = QThread::currentThread() == m_context->thread();
             if (!here)
-                post([](Ear& ear) { ear.callHere(ear.m_calls.died); });
+                QMetaObject::invokeMethod(
+                    m_context,
+                    [weak = weak_from_this()] {
+                        if (const auto ear = weak.lock())
+                            ear->tellDeath();
+                    },
+                    Qt::QueuedConnection);
         }
         if (here)
-            callHere(m_calls.died);
+            tellDeath();
     }
 
 private:
-    /// With the mutex held: the context lives.
-    void post(void (*call)(Ear&))
-    {
-        QMetaObject::invokeMethod(
-            m_context,
-            [call, weak = weak_from_this()] {
-                if (const auto self = weak.lock())
-                    call(*self);
-            },
-            Qt::QueuedConnection);
-    }
-
     /// In the thread of the user interface, which is the only one that cuts.
-    void callHere(const std::function<void()>& call)
+    void tellDeath()
     {
         if (m_isCut)
             return;
-        const auto kept = call; // it may destroy the follower
-        kept();
+        const auto died = m_calls.died; // it may destroy the follower
+        died();
     }
 
     std::mutex m_mutex; ///< held while another thread calls
     QObject* m_context; // Not owned; null once cut.
-    Calls m_calls;
-    std::function<void(SoAuditor*)> m_remove;
+    const Calls m_calls;
+    const SoRefCounter* const m_owner; // Not owned; lives as long as the object.
+    const std::function<void(SoAuditor*)> m_remove;
     std::atomic<bool> m_alive{true}; ///< the object, and this among its auditors
-    std::atomic<bool> m_pending{false};
     std::atomic<bool> m_isCut{false};
 };
 
@@ -113,9 +118,15 @@ std::vector<std::shared_ptr<Ear>>& leftBehind()
 
 } // namespace
 
-void GraphFollower::start(Calls calls, std::function<void(SoAuditor*)> remove)
+const SoRefCounter* GraphFollower::ownerOf(const SoField* field)
 {
-    m_ear = std::make_shared<Ear>(m_context, std::move(calls), std::move(remove));
+    return field->getContainer();
+}
+
+void GraphFollower::start(Calls calls, const SoRefCounter* owner,
+                          std::function<void(SoAuditor*)> remove)
+{
+    m_ear = std::make_shared<Ear>(m_context, std::move(calls), owner, std::move(remove));
 }
 
 SoAuditor* GraphFollower::ear() const
@@ -133,17 +144,20 @@ void GraphFollower::release()
         return;
     {
         const GraphReading graph;
-        if (graph) {
-            ear->leave();
+        if (graph && ear->leave())
             return;
-        }
     }
     leftBehind<Ear>().push_back(ear);
-    if (QCoreApplication::instance() && leftBehind<Ear>().size() == 1)
+    if (QCoreApplication::instance())
         whenReadable(QCoreApplication::instance(), [] {
-            for (const auto& left : std::exchange(leftBehind<Ear>(), {}))
-                left->leave();
+            std::erase_if(leftBehind<Ear>(),
+                          [](const auto& left) { return !left->isAlive() || left->leave(); });
         });
+}
+
+SoRef<const SoRefCounter> GraphFollower::hold() const
+{
+    return m_ear ? m_ear->hold() : SoRef<const SoRefCounter>();
 }
 
 bool GraphFollower::isFollowing() const

@@ -30,6 +30,15 @@ QString plainToolTip(const QString& text)
 
 } // namespace
 
+SoFieldItem::Look::Look(const SoFieldItem& row)
+{
+    if (!m_graph || !row.m_list)
+        return;
+    m_held = row.m_list->hold(row.m_node);
+    m_node = row.m_node;
+    m_field = row.m_field;
+}
+
 SoFieldItem::SoFieldItem(SoMiraboList* list, SoNode* node, SoNode* twin, int index, bool part)
     : m_list(list),
       m_node(node),
@@ -79,9 +88,9 @@ void SoFieldItem::startWatching()
 
 void SoFieldItem::setLive(bool on)
 {
-    const mirabo::GraphReading graph;
-    SoField* field = m_field;
-    if (!graph || !field)
+    const Look look(*this);
+    SoField* field = look.field();
+    if (!field)
         return;
     // The fields of a class are members of its nodes and have a twin to compare with. Others may
     // die, and have no value any more then that could be kept.
@@ -144,9 +153,9 @@ const SoField* SoFieldItem::showDeath()
 
 void SoFieldItem::readFlags() const
 {
-    const mirabo::GraphReading graph;
-    const SoField* field = m_field;
-    if (!graph || !field)
+    const Look look(*this);
+    const SoField* field = look.field();
+    if (!field)
         return; // what was read last, or at its death
     m_shown.isDefault = field->isDefault();
     m_shown.isIgnored = field->isIgnored();
@@ -161,8 +170,8 @@ bool SoFieldItem::isFieldDefault() const
 
 void SoFieldItem::updateNodeName()
 {
-    const mirabo::GraphReading graph;
-    if (const SoNode* node = graph ? getNode() : nullptr)
+    const Look look(*this);
+    if (const SoNode* node = look.node())
         setText(SoMiraboList::NodeName, toText(node->getName()));
 }
 
@@ -170,9 +179,9 @@ void SoFieldItem::updateEnabled()
 {
     if (isDisabled())
         return;
-    const mirabo::GraphReading graph;
-    const SoField* field = m_field;
-    if (graph && field && !mirabo::isEditedInPlace(*field))
+    const Look look(*this);
+    const SoField* field = look.field();
+    if (field && !mirabo::isEditedInPlace(*field))
         setDisabled(true);
 }
 
@@ -194,9 +203,9 @@ SoFieldItem::Shown SoFieldItem::shownOf(const SoField& field)
 
 void SoFieldItem::refresh() const
 {
-    const mirabo::GraphReading graph;
-    const SoField* field = m_field;
-    if (!graph || !field)
+    const Look look(*this);
+    const SoField* field = look.field();
+    if (!field)
         return;
     m_shown = shownOf(*field);
     m_stale = !m_isLive; // may change unheard
@@ -218,15 +227,15 @@ int SoFieldItem::takeChange()
 
 QString SoFieldItem::copiedValue() const
 {
-    const mirabo::GraphReading graph;
-    const SoField* field = m_field;
-    return graph && field ? mirabo::copiedText(*field) : m_shown.value;
+    const Look look(*this);
+    const SoField* field = look.field();
+    return field ? mirabo::copiedText(*field) : m_shown.value;
 }
 
 QString SoFieldItem::placeText() const
 {
-    const mirabo::GraphReading graph;
-    const SoNode* node = graph ? getNode() : nullptr;
+    const Look look(*this);
+    const SoNode* node = look.node();
     const QString place = node && m_list ? m_list->placeOf(node) : QString();
     const QString name =
         QString("%1 (%2)").arg(text(SoMiraboList::FieldName), text(SoMiraboList::FieldTypeColumn));
@@ -235,10 +244,9 @@ QString SoFieldItem::placeText() const
 
 QString SoFieldItem::valueToolTip() const
 {
-    const mirabo::GraphReading graph;
-    const SoField* field = m_field;
-    return plainToolTip(graph && field ? mirabo::toolTipText(*field, m_shown.value)
-                                       : m_shown.value);
+    const Look look(*this);
+    const SoField* field = look.field();
+    return plainToolTip(field ? mirabo::toolTipText(*field, m_shown.value) : m_shown.value);
 }
 
 QVariant SoFieldItem::valueData(int role) const

@@ -23,9 +23,27 @@ class SoMiraboList;
 /// what it said last.
 ///
 /// Holds no reference. When the node or the field dies the row keeps its last texts, greyed, and
-/// says "(deleted)". Rows are made while the graph may be looked at (GraphReading).
+/// says "(deleted)". Rows are made while the graph may be looked at (GraphReading) and the node is
+/// held.
 class SoFieldItem final : public QTreeWidgetItem {
 public:
+    /// A look at a row's node and field, both null when they are dead or another thread edits. They
+    /// live as long as this does.
+    class Look {
+    public:
+        explicit Look(const SoFieldItem& row);
+        SoNode* node() const { return m_held ? m_node : nullptr; }
+        SoField* field() const { return m_held ? m_field : nullptr; }
+        /// False while another thread edits.
+        bool isPossible() const { return static_cast<bool>(m_graph); }
+
+    private:
+        mirabo::GraphReading m_graph; // first: what is held goes under it
+        SoRef<const SoRefCounter> m_held;
+        SoNode* m_node = nullptr;
+        SoField* m_field = nullptr;
+    };
+
     /// Shows field `index` of the node's field data. `twin` is a node of the same type with all
     /// fields at their defaults, or null; `part` marks a public part of a node kit. The list still
     /// has to take the row in.
@@ -36,7 +54,7 @@ public:
 
     /// Null once the node has died.
     SoNode* getNode() const { return m_node; }
-    /// Null once the field has died. To be looked at under a GraphReading only.
+    /// Null once the field has died. To be looked at by a Look only.
     SoField* getField() const { return m_field; }
     /// The field with its default value, for comparison; may be null.
     const SoField* getDefaultField() const { return m_defaultField; }

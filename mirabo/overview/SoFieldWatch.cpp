@@ -57,8 +57,8 @@ void SoFieldWatch::countRows()
 
 SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 {
-    const mirabo::GraphReading graph;
-    const SoField* field = graph ? row.getField() : nullptr;
+    const SoFieldItem::Look look(row);
+    const SoField* field = look.field();
     if (!field || !mirabo::isWatchable(*field) || findFieldItem(field))
         return nullptr;
     auto* added = new SoFieldItem(this, row);
@@ -69,8 +69,8 @@ SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 
 void SoFieldWatch::labelRow(SoFieldItem* row)
 {
-    const mirabo::GraphReading graph;
-    const SoNode* node = graph ? row->getNode() : nullptr;
+    const SoFieldItem::Look look(*row);
+    const SoNode* node = look.node();
     if (node && node->getName().isEmpty())
         row->setText(NodeName, placeOf(node));
 }

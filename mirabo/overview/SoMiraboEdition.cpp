@@ -75,11 +75,11 @@ void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
     m_watchDock->show();
     {
         const mirabo::GraphReading graph;
+        const SoRef<SoNode> keptNode(node);
+        const SoRef<SoNode> keptKit(kit);
         if (graph) {
             showWhole(node, kit, newTab);
         } else {
-            const SoRef<SoNode> keptNode(node);
-            const SoRef<SoNode> keptKit(kit);
             QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
                                [this, keptNode, keptKit, newTab] {
                                    showNode(keptNode.get(), keptKit.get(), newTab);
@@ -142,7 +142,7 @@ void SoMiraboEdition::clear()
     if (m_tabs)
         m_tabs->reset();
     if (m_selectedField)
-        selectField(nullptr);
+        deselectField();
 }
 
 void SoMiraboEdition::refresh()
@@ -155,36 +155,48 @@ void SoMiraboEdition::refresh()
     m_watch->updateField(nullptr);
 }
 
-void SoMiraboEdition::selectField(SoField* field)
+/// Its row may be gone by the time when it dies.
+void SoMiraboEdition::followField(SoField* field)
 {
     m_selectedInWatch = false;
     m_selectedFollower.release();
     m_selectedField = field;
-    // Its row may be gone by the time when it dies.
     if (field
         && !m_selectedFollower.follow(field, {.dying = [this] { m_selectedField = nullptr; },
-                                              .died = [this] { selectField(nullptr); }}))
-        m_selectedField = field = nullptr;
-    Q_EMIT fieldSelected(field);
+                                              .died = [this] { deselectField(); }}))
+        m_selectedField = nullptr;
+}
+
+void SoMiraboEdition::deselectField()
+{
+    followField(nullptr);
+    Q_EMIT fieldSelected(nullptr);
+}
+
+void SoMiraboEdition::pickLater(QTreeWidget* list, bool inWatch)
+{
+    // Whichever row is the current one when the other thread has edited.
+    QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
+                       [this, list = QPointer(list), inWatch] {
+                           if (list && list->currentItem())
+                               pickField(list->currentItem(), inWatch);
+                       });
 }
 
 void SoMiraboEdition::pickField(QTreeWidgetItem* row, bool inWatch)
 {
-    SoMiraboList* list = inWatch ? static_cast<SoMiraboList*>(m_watch.data())
-                         : row   ? static_cast<SoMiraboList*>(row->treeWidget())
-                                 : nullptr;
-    SoField* field = row ? static_cast<SoFieldItem*>(row)->getField() : nullptr;
-    if (field && !mirabo::GraphReading()) {
-        // Whichever row is the current one when the other thread has edited.
-        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                           [this, list = QPointer(list), inWatch] {
-                               if (list && list->currentItem())
-                                   pickField(list->currentItem(), inWatch);
-                           });
-        return;
+    if (row) {
+        const SoFieldItem::Look look(*static_cast<SoFieldItem*>(row));
+        if (!look.isPossible()) {
+            pickLater(row->treeWidget(), inWatch);
+            return;
+        }
+        followField(look.field());
+    } else {
+        followField(nullptr);
     }
     const QPointer<SoMiraboEdition> self(this);
-    selectField(field);
+    Q_EMIT fieldSelected(m_selectedField);
     if (!self)
         return;
     m_selectedInWatch = inWatch && row;
@@ -202,7 +214,7 @@ void SoMiraboEdition::watchRowChosen(QTreeWidgetItem* row)
 void SoMiraboEdition::forgetField(const SoField* field)
 {
     if (field && field == m_selectedField)
-        selectField(nullptr);
+        deselectField();
 }
 
 void SoMiraboEdition::setField(QTreeWidgetItem* current, QTreeWidgetItem*)
@@ -254,7 +266,8 @@ MrbCommand* SoMiraboEdition::makeOverrideCommand(bool on) const
 MrbCommand* SoMiraboEdition::makeIgnoreCommand() const
 {
     const mirabo::GraphReading graph;
-    SoField* field = graph ? m_selectedField.load() : nullptr;
+    const SoRef<const SoRefCounter> held = m_selectedFollower.hold();
+    SoField* field = graph && held ? m_selectedField.load() : nullptr;
     if (!field || !field->getContainer())
         return nullptr;
     return new SoFieldIgnoreCommand(field, !field->isIgnored());

@@ -14,6 +14,7 @@
 class MrbCommand;
 class QAction;
 class QDockWidget;
+class QTreeWidget;
 class QTreeWidgetItem;
 class SoCommandManager;
 class SoField;
@@ -93,7 +94,9 @@ private:
     void chooseFirstRow();
     void watchRowChosen(QTreeWidgetItem* row);
     void pickField(QTreeWidgetItem* row, bool inWatch);
-    void selectField(SoField* field);
+    void pickLater(QTreeWidget* list, bool inWatch);
+    void followField(SoField* field);
+    void deselectField();
     void forgetField(const SoField* field);
 
     QPointer<QDockWidget> m_overviewDock; // Not owned; the main window's.

@@ -138,8 +138,8 @@ SoFieldItem* SoMiraboList::currentFieldItem() const
 
 bool SoMiraboList::showsPlace(int row) const
 {
-    const mirabo::GraphReading graph;
-    const SoNode* node = graph ? fieldItem(row)->getNode() : nullptr;
+    const SoFieldItem::Look look(*fieldItem(row));
+    const SoNode* node = look.node();
     return !node || node->getName().isEmpty();
 }
 
@@ -159,12 +159,20 @@ void SoMiraboList::lookAfter(SoFieldItem* item)
         entry->follower.follow(node, {.touched = [this] { noteChange(); },
                                       .dying =
                                           [rows = entry.get()] {
+                                              const std::scoped_lock lock(rows->mutex);
                                               for (SoFieldItem* row : rows->rows)
                                                   row->forgetField(true);
                                           },
                                       .died = [this] { takeDeaths(); }});
     }
+    const std::scoped_lock lock(entry->mutex);
     entry->rows.push_back(item);
+}
+
+SoRef<const SoRefCounter> SoMiraboList::hold(const SoNode* node) const
+{
+    const auto at = m_nodes.find(node);
+    return at == m_nodes.end() ? SoRef<const SoRefCounter>() : at->second->follower.hold();
 }
 
 void SoMiraboList::forgetRow(SoFieldItem* item)
@@ -173,8 +181,13 @@ void SoMiraboList::forgetRow(SoFieldItem* item)
     auto at = item->getNode() ? m_nodes.find(item->getNode()) : m_nodes.begin();
     const auto end = item->getNode() && at != m_nodes.end() ? std::next(at) : m_nodes.end();
     while (at != end) {
-        std::erase(at->second->rows, item);
-        at = at->second->rows.empty() ? m_nodes.erase(at) : std::next(at);
+        bool isEmpty = false;
+        {
+            const std::scoped_lock lock(at->second->mutex);
+            std::erase(at->second->rows, item);
+            isEmpty = at->second->rows.empty();
+        }
+        at = isEmpty ? m_nodes.erase(at) : std::next(at);
     }
 }
 

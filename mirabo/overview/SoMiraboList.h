@@ -17,6 +17,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -108,6 +109,8 @@ public:
     /// A row came: it is told when its node dies.
     void lookAfter(SoFieldItem* item);
     void forgetRow(SoFieldItem* item);
+    /// Keeps the node of some row alive; null when it is dead or dying. See GraphFollower.
+    SoRef<const SoRefCounter> hold(const SoNode* node) const;
     /// Something changed that the rows show; called in any thread.
     void noteChange();
     /// Rows that died in the meantime say so.
@@ -161,6 +164,7 @@ protected:
 private:
     struct NodeRows {
         explicit NodeRows(QObject* list) : follower(list) {}
+        std::mutex mutex;               ///< for the rows; the node may die in another thread
         std::vector<SoFieldItem*> rows; // Not owned; the list's.
         mirabo::GraphFollower follower;
     };

@@ -170,10 +170,13 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
         return;
     }
     m_node = node;
+    m_follower.follow(node, {.touched = [this] { noteChange(); },
+                             .dying = [this] { m_node = nullptr; },
+                             .died = [this] { showDeath(); }});
     m_list->setNode(node);
-    followNode();
-    showName(kit);
-    showIdentity();
+    showName(*node, kit);
+    showId(*node);
+    m_addressLabel->setText(tr("<b> Node Address </b>: %1").arg(addressText(node)));
     m_list->updateField(nullptr);
     enableWidgets();
     m_overrideCheckBox->setChecked(node->isOverride());
@@ -182,19 +185,17 @@ void SoNodeOverview::setNode(SoNode* node, SoNode* kit)
     m_watchButton->setEnabled(false);
 }
 
-/// A panel in view hears of changes; every panel of the death.
-void SoNodeOverview::followNode()
+SoRef<SoNode> SoNodeOverview::holdNode() const
 {
-    mirabo::whenReadable(this, [this] {
-        SoNode* node = m_node;
-        if (!node)
-            return;
-        mirabo::GraphFollower::Calls calls{.dying = [this] { m_node = nullptr; },
-                                           .died = [this] { showDeath(); }};
-        if (m_inView)
-            calls.changed = [this] { followChange(); };
-        m_follower.follow(node, std::move(calls));
-    });
+    const SoRef<const SoRefCounter> held = m_follower.hold();
+    return held ? SoRef<SoNode>(m_node) : SoRef<SoNode>();
+}
+
+/// In any thread.
+void SoNodeOverview::noteChange()
+{
+    if (m_inView && !m_changeNoted.exchange(true))
+        QMetaObject::invokeMethod(this, &SoNodeOverview::followChange, Qt::QueuedConnection);
 }
 
 void SoNodeOverview::showDeath()
@@ -216,11 +217,11 @@ void SoNodeOverview::forgetNode()
 void SoNodeOverview::enableWidgets()
 {
     const mirabo::GraphReading graph;
-    const SoNode* node = m_node;
-    m_nodeNameValue->setEnabled(node);
-    m_showChangedCheckBox->setEnabled(node);
-    m_overrideCheckBox->setEnabled(graph && node && canOverride(node));
-    if (!node)
+    const SoRef<SoNode> node = graph ? holdNode() : nullptr;
+    m_nodeNameValue->setEnabled(m_node);
+    m_showChangedCheckBox->setEnabled(m_node);
+    m_overrideCheckBox->setEnabled(node && canOverride(node.get()));
+    if (!m_node)
         m_watchButton->setEnabled(false);
     // What a dead node said last stays, greyed.
     for (QLabel* label : {m_nodeNameLabel, m_nodeIdLabel, m_addressLabel, m_nodeNetNameLabel})
@@ -228,32 +229,26 @@ void SoNodeOverview::enableWidgets()
             label->setEnabled(!m_dead);
 }
 
-void SoNodeOverview::showName(SoNode* kit)
+void SoNodeOverview::showName(const SoNode& node, SoNode* kit)
 {
-    const QString part = mirabo::partName(kit, m_node);
+    const QString part = mirabo::partName(kit, &node);
     const bool isPart = !part.isEmpty();
     m_nodeNameLabel->setText(isPart ? tr("<b> Part Name </b>:") : tr("<b> Node Name </b>:"));
     m_nodeNameValue->setReadOnly(isPart);
-    m_nodeNameValue->setText(isPart ? part : QString::fromUtf8(getNode()->getName().getString()));
+    m_nodeNameValue->setText(isPart ? part : QString::fromUtf8(node.getName().getString()));
     m_nodeNameValue->setCursorPosition(0);
-    showNetName();
+    showNetName(node);
 }
 
-void SoNodeOverview::showNetName()
+void SoNodeOverview::showNetName(const SoNode& node)
 {
     if (!m_nodeNetNameLabel)
         return;
-    const SbName net = getNode()->getNetName();
+    const SbName net = node.getNetName();
     m_nodeNetNameLabel->setText(tr("<b> Node NetName </b>: %1")
                                     .arg(net.isEmpty()
                                              ? QString("&lt No NetName&gt ")
                                              : QString::fromUtf8(net.getString()).toHtmlEscaped()));
-}
-
-void SoNodeOverview::showIdentity()
-{
-    showId();
-    m_addressLabel->setText(tr("<b> Node Address </b>: %1").arg(addressText(m_node)));
 }
 
 void SoNodeOverview::clear()
@@ -279,18 +274,18 @@ void SoNodeOverview::setWatchEnabled(bool on)
 void SoNodeOverview::refreshAll()
 {
     const mirabo::GraphReading graph;
-    const SoNode* node = m_node;
-    if (!graph || !node)
+    const SoRef<SoNode> node = graph ? holdNode() : nullptr;
+    if (!node)
         return;
     m_overrideCheckBox->setChecked(node->isOverride());
-    showId();
+    showId(*node);
     refreshName();
     m_list->updateField(nullptr);
 }
 
-void SoNodeOverview::showId()
+void SoNodeOverview::showId(const SoNode& node)
 {
-    m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(getNode()->getNodeId()));
+    m_nodeIdLabel->setText(tr("<b> Node Id </b>: ") + QString::number(node.getNodeId()));
 }
 
 /// A node that moves has another id with every frame, and each new text lays the panel out anew.
@@ -302,21 +297,21 @@ void SoNodeOverview::followChange()
                            &SoNodeOverview::followChange);
         return;
     }
-    const SoNode* node = m_node;
+    m_changeNoted = false;
+    const SoRef<SoNode> node = holdNode();
     if (!node)
         return;
     m_overrideCheckBox->setChecked(node->isOverride());
     m_idStale = m_pause.isActive();
     if (m_idStale)
         return;
-    showId();
+    showId(*node);
     m_pause.start(kPauseMs);
 }
 
 void SoNodeOverview::showEvent(QShowEvent* event)
 {
     m_inView = true;
-    followNode();
     mirabo::whenReadable(this, [this] { refreshAll(); });
     QWidget::showEvent(event);
 }
@@ -324,7 +319,6 @@ void SoNodeOverview::showEvent(QShowEvent* event)
 void SoNodeOverview::hideEvent(QHideEvent* event)
 {
     m_inView = false;
-    followNode();
     QWidget::hideEvent(event);
 }
 
@@ -343,7 +337,7 @@ void SoNodeOverview::nameEdited(QString text)
             renameLater();
             return;
         }
-        SoNode* node = m_node;
+        const SoRef<SoNode> node = holdNode();
         const SoWriteLock lock;
         if (!node || !lock)
             return;
@@ -372,8 +366,8 @@ void SoNodeOverview::nodeNameChanged(SoNode* node)
 void SoNodeOverview::refreshName()
 {
     const mirabo::GraphReading graph;
-    const SoNode* node = m_node;
-    if (!graph || !node)
+    const SoRef<SoNode> node = graph ? holdNode() : nullptr;
+    if (!node)
         return;
     const QString accepted = QString::fromUtf8(node->getName().getString());
     const bool isEdited = m_isRenaming; // what was typed is not the name yet
@@ -382,8 +376,8 @@ void SoNodeOverview::refreshName()
         m_nodeNameValue->setText(accepted);
         m_nodeNameValue->setCursorPosition(cursor);
     }
-    showNetName();
-    m_list->updateNodeName(node);
+    showNetName(*node);
+    m_list->updateNodeName(node.get());
 }
 
 void SoNodeOverview::overrideButtonStateChanged()

@@ -4,6 +4,8 @@
 #include "mirabo/core/GraphFollower.h"
 #endif
 
+#include <kalmyr/base/SoRef.h>
+
 #include <QTimer>
 #include <QWidget>
 
@@ -30,11 +32,14 @@ public:
     ~SoNodeOverview() override;
 
     /// Shows a node; `kit` is the node kit that may hold it as a part, or null. Who calls holds a
-    /// GraphReading.
+    /// GraphReading and the node.
     void setNode(SoNode* node, SoNode* kit);
     void clear();
     /// Null when nothing is shown, and once the node has died.
     SoNode* getNode() const { return m_node; }
+    /// The node, held; null when it is dead or dying, or another thread edits. For a look at it
+    /// under a GraphReading.
+    SoRef<SoNode> holdNode() const;
     bool isNodeDead() const { return m_dead; }
     /// Takes over what nobody tells of: the name.
     void refreshName();
@@ -72,11 +77,10 @@ private:
     void connectWidgets();
     void buildChecks(QHBoxLayout* checks, bool withCloseButton);
     void enableWidgets();
-    void showName(SoNode* kit);
-    void showNetName();
-    void showIdentity();
-    void showId();
-    void followNode();
+    void showName(const SoNode& node, SoNode* kit);
+    void showNetName(const SoNode& node);
+    void showId(const SoNode& node);
+    void noteChange();
     void followChange();
     void showDeath();
     void forgetNode();
@@ -84,10 +88,11 @@ private:
 
     std::atomic<SoNode*> m_node = nullptr; // Not owned; forgotten when it dies.
     bool m_dead = false;
-    bool m_inView = false;
-    bool m_isRenaming = false; ///< as soon as no other thread edits
-    QTimer m_pause;            ///< runs for a while after the id was shown
-    bool m_idStale = false;    ///< the node changed since
+    std::atomic<bool> m_inView{false};
+    std::atomic<bool> m_changeNoted{false}; ///< and its pass is to come
+    bool m_isRenaming = false;              ///< as soon as no other thread edits
+    QTimer m_pause;                         ///< runs for a while after the id was shown
+    bool m_idStale = false;                 ///< the node changed since
     QFrame* m_upperFrame = nullptr;
     QLabel* m_nodeNameLabel = nullptr;
     QLineEdit* m_nodeNameValue = nullptr;

@@ -100,7 +100,7 @@ int SoTabNodeOverview::indexOfNode(const SoNode* node) const
 void SoTabNodeOverview::showTabTitle(int index, const QIcon& icon)
 {
     const mirabo::GraphReading graph;
-    const SoNode* node = graph ? overview(index)->getNode() : nullptr;
+    const SoRef<SoNode> node = graph ? overview(index)->holdNode() : nullptr;
     if (!icon.isNull())
         setTabIcon(index, icon);
     tabBar()->setTabTextColor(index, QColor()); // the palette's
@@ -123,10 +123,10 @@ void SoTabNodeOverview::showPlace(int index)
 {
     const mirabo::GraphReading graph;
     const SoNodeOverview* page = index < 0 || !graph ? nullptr : overview(index);
-    const SoNode* node = page ? page->getNode() : nullptr;
+    const SoRef<SoNode> node = page ? page->holdNode() : nullptr;
     if (!node)
         return;
-    const QString place = m_place ? m_place(node) : QString();
+    const QString place = m_place ? m_place(node.get()) : QString();
     setTabToolTip(index, (place.isEmpty() ? tabText(index) : place).toHtmlEscaped());
 }
 

@@ -163,6 +163,43 @@ TEST_F(PanelThreads, RowsGoBetweenADeathAndItsNews)
     EXPECT_EQ(edition.getTabs()->tabText(0), "Probe (deleted)");
 }
 
+TEST_F(PanelThreads, NodesDieWithoutTheLockWhileTheyAreShown)
+{
+    // As those do that were taken out of the graph before, and that the host lets go of later.
+    std::atomic<Probe*> unwanted{nullptr};
+    std::atomic<bool> done{false};
+    std::thread host([&] {
+        while (!done)
+            if (const Probe* node = unwanted.exchange(nullptr))
+                node->unref();
+    });
+    for (int round = 0; round < 200; ++round) {
+        auto* node = new Probe;
+        node->ref();
+        node->number.setValue(static_cast<float>(round));
+        watchField(node, "number");
+        unwanted = node;
+        while (edition.getNode()) {
+            watch()->fieldItem(watch()->topLevelItemCount() - 1)->copiedValue();
+            m_window.grab();
+            list()->updateField(nullptr);
+            if (round % 3 == 0)
+                edition.refresh();
+        }
+        if (round % 2)
+            delete watch()->topLevelItem(0);
+        if (round % 5 == 0)
+            edition.showNode(m_probe.get(), nullptr, false);
+        pass();
+    }
+    done = true;
+    host.join();
+    pass();
+    const SoFieldItem* last = watch()->fieldItem(watch()->topLevelItemCount() - 1);
+    EXPECT_EQ(last->text(List::FieldValue), "199");
+    EXPECT_TRUE(last->isDisabled());
+}
+
 TEST_F(PanelThreads, TheUserGoesOnWhileAnotherThreadHoldsTheLock)
 {
     watchField(m_probe.get(), "number");

@@ -7,6 +7,7 @@
 #include "support/Clock.h"
 #include "support/Passes.h"
 
+#include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 
@@ -85,4 +86,16 @@ TEST_F(Opening, ReadsOneFileAtATime)
     EXPECT_TRUE(viewer->getCurrentFile().endsWith("hello.ky"));
     EXPECT_EQ(SoMiraboImpl::processEvents(), 0) << "now it ends";
     EXPECT_FALSE(SoMiraboViewer::exists());
+}
+
+// An extension may hold the scene manager of the viewer and draw by it after the end.
+TEST_F(Opening, TakesItsWayOfDrawingBackFromTheSceneManager)
+{
+    const SoRef<SoSceneManager> manager(viewer->getExaminerViewer()->getSceneManager());
+    SoGLRenderAction* outlining = manager->getGLRenderAction();
+    SoMirabo::stop();
+    SoGLRenderAction* now = manager->getGLRenderAction();
+    EXPECT_NE(now, outlining);
+    manager->setGLRenderAction(nullptr);
+    EXPECT_EQ(now, manager->getGLRenderAction()) << "the manager's own";
 }
