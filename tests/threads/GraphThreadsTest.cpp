@@ -122,9 +122,10 @@ private:
 
     static SoCube* cubeIn(const SoGroup* group)
     {
+        if (group->getNumChildren() <= kFirst)
+            return nullptr;
         SoNode* node = group->getChild(kFirst);
-        return node && node->isOfType(SoCube::getClassTypeId()) ? static_cast<SoCube*>(node)
-                                                                : nullptr;
+        return node->isOfType(SoCube::getClassTypeId()) ? static_cast<SoCube*>(node) : nullptr;
     }
 
     void feed(SoCube* cube, std::mt19937& random)

@@ -146,6 +146,38 @@ TEST(SoRecursiveRWLockThreads, ATryEndsWhileAWriterStays)
     EXPECT_TRUE(lock.writeLock()); // nobody's turn is left over
 }
 
+TEST(SoRecursiveRWLockThreads, ATryToWriteNeedsNobodyElseWhoReads)
+{
+    SoRecursiveRWLock lock;
+    lock.readLock();
+    ASSERT_TRUE(lock.tryWriteLock());
+    ASSERT_TRUE(lock.tryWriteLock());
+    inThreads(1, [&](int) { EXPECT_FALSE(lock.tryReadLock()); });
+    EXPECT_TRUE(lock.writeUnlock());
+    EXPECT_TRUE(lock.writeUnlock());
+    inThreads(1, [&](int) {
+        EXPECT_FALSE(lock.tryWriteLock());
+        EXPECT_TRUE(lock.tryReadLock());
+        EXPECT_TRUE(lock.readUnlock());
+    });
+    // A writer that waits does not keep the reader from it whom it waits for.
+    std::thread writer([&] {
+        ASSERT_TRUE(lock.writeLock());
+        lock.writeUnlock();
+    });
+    inThreads(1, [&](int) {
+        while (lock.tryReadLock()) { // until the writer waits
+            lock.readUnlock();
+            std::this_thread::yield();
+        }
+        EXPECT_FALSE(lock.tryWriteLock());
+    });
+    EXPECT_TRUE(lock.tryWriteLock());
+    EXPECT_TRUE(lock.writeUnlock());
+    EXPECT_TRUE(lock.readUnlock());
+    writer.join();
+}
+
 TEST(SoRecursiveRWLockThreads, NobodyUnlocksWhatAnotherThreadHolds)
 {
     SoRecursiveRWLock lock;

@@ -275,7 +275,7 @@ private:
 
 TEST_F(PrivateGraphs, OfAllKindsLiveInSeveralThreads)
 {
-    const int turns = isLong() ? 300 : 12;
+    const int turns = isLong() ? 3000 : 30;
     std::atomic<int> ended{0};
     inThreads(5, [&](int me) {
         if (me == 0) { // a graph that is edited and served beside them
@@ -343,7 +343,7 @@ TEST_F(PrivateGraphs, SensorsOfAThreadThatEndsPassToTheApplication)
 
 TEST_F(PrivateGraphs, AThreadThatServesItsQueuesKeepsItsSensors)
 {
-    Calls calls, ticks;
+    Calls calls;
     std::unique_ptr<SoTimerSensor> timer;
     SoRef<SoSeparator> world;
     std::thread::id id;
@@ -375,6 +375,9 @@ TEST_F(PrivateGraphs, AThreadThatServesItsQueuesKeepsItsSensors)
     serve();
     EXPECT_EQ(calls.count, 2);
     EXPECT_EQ(calls.thread, std::this_thread::get_id());
+    clock.advance(1);
+    worker([&] { serve(); }); // and not its own again with the next turn
+    EXPECT_EQ(calls.count, 2);
     timer.reset();
 }
 
@@ -561,7 +564,7 @@ TEST_F(PrivateGraphs, PassToOneApplicationThatServesThemMeanwhile)
 {
     const SoRef<SoSeparator> root(new SoSeparator);
     std::atomic<int> loading{3};
-    const int files = isLong() ? 200 : 15;
+    const int files = isLong() ? 2000 : 20;
     const auto load = [&] {
         for (int i = 0; i < files; ++i) {
             SoRef<SoSeparator> world = readText(i % 2 ? kScene : kWorld);

@@ -89,9 +89,10 @@ bool SoRecursiveRWLock::tryWriteLock()
 {
     const auto self = std::this_thread::get_id();
     const std::scoped_lock lock(m_mutex);
+    // A reader that is alone goes before those that wait: they wait for it.
     const bool isReader = m_readers.count(self) > 0;
-    const bool isTaken = m_writeDepth > 0 || m_waitingWriters > 0 || othersRead(self);
-    if (m_writer != self && (isTaken || (m_readersTurn && !isReader)))
+    const bool othersFirst = !isReader && (m_waitingWriters > 0 || m_readersTurn);
+    if (m_writer != self && (m_writeDepth > 0 || othersRead(self) || othersFirst))
         return false;
     m_writer = self;
     ++m_writeDepth;

@@ -60,11 +60,12 @@ struct SoSensorQueues {
         sensor->m_scheduled.store(false, std::memory_order_relaxed);
     }
     bool isEmpty() const { return delay.empty() && idle.empty() && timers.empty(); }
-    void moveTo(SoSensorQueues& other)
+    /// All that waits here; the sensors are those of that thread now.
+    void moveTo(SoSensorQueues& other, std::uint32_t owner)
     {
-        moveTo(other, delay, other.delay);
-        moveTo(other, idle, other.idle);
-        moveTo(other, timers, other.timers);
+        move(delay, other, other.delay, owner);
+        move(idle, other, other.idle, owner);
+        move(timers, other, other.timers, owner);
     }
 
 private:
@@ -73,10 +74,13 @@ private:
         return {sensor->m_queuedPriority, sensor->m_ticket};
     }
     template <class Queue>
-    static void moveTo(SoSensorQueues& other, Queue& from, Queue& to)
+    static void move(Queue& from, SoSensorQueues& other, Queue& to, std::uint32_t owner)
     {
-        for (const auto& [key, sensor] : from)
+        for (const auto& [key, sensor] : from) {
             sensor->m_queues = &other;
+            if (sensor->m_owner != 0)
+                sensor->m_owner = owner;
+        }
         to.merge(from); // tickets are unique
     }
 };
@@ -186,10 +190,9 @@ void becomeApplication()
     Manager& m = manager();
     if (isApplication())
         return;
-    if (const auto own = m.others.find(threadNumber()); own != m.others.end()) {
-        own->second->moveTo(m.application);
-        m.others.erase(own);
-    }
+    // It may be processing its own queues now: they stay where they are, and empty.
+    if (const auto own = m.others.find(threadNumber()); own != m.others.end())
+        own->second->moveTo(m.application, threadNumber());
     m.applicationThread = threadNumber();
 }
 
@@ -264,16 +267,13 @@ bool moveToApplication(HandOver how)
 {
     Manager& m = manager();
     const Guard guard(m.mutex);
-    if (isApplication()) {
-        if (how == HandOver::END)
-            m.isApplicationChosen = false; // whoever processes the queues next goes on
-        return false;
-    }
+    if (isApplication() && how == HandOver::END)
+        m.isApplicationChosen = false; // whoever processes the queues next goes on
     const auto own = m.others.find(threadNumber());
     if (own == m.others.end())
         return false;
     const bool any = !own->second->isEmpty();
-    own->second->moveTo(m.application);
+    own->second->moveTo(m.application, m.applicationThread);
     if (how == HandOver::END)
         m.others.erase(own);
     return any;

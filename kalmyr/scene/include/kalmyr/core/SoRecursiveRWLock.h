@@ -27,8 +27,8 @@ public:
     bool readUnlock();
     /// False when another reader is waiting to become the writer, so that waiting would never end.
     [[nodiscard]] bool writeLock();
-    /// False, without waiting, when the lock cannot be had now. Readers that are there already may
-    /// come back first again and again.
+    /// False, without waiting, when the lock cannot be had now. A reader gets it when no other
+    /// thread reads.
     [[nodiscard]] bool tryWriteLock();
     /// False, with nothing changed, when the thread is not the writer.
     bool writeUnlock();
