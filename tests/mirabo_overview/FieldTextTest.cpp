@@ -164,9 +164,8 @@ TEST_F(FieldTextTest, ShowsNodesByTheirTypes)
 
     SoSFPath path;
     path.setValue(new SoPath(m_probe.get()));
-    SbString full;
-    path.get(full);
-    EXPECT_EQ(shownText(path), full.getString());
+    EXPECT_EQ(shownText(path), "Path { <Probe> [ ] }")
+        << "whole graphs are nothing to read in a row";
 }
 
 TEST_F(FieldTextTest, LeavesBigArraysUnwritten)

@@ -452,7 +452,7 @@ TEST_F(FieldText, HasPathsThroughChildrenAndFields)
     auto* holder = new fieldtest::Holder;
     root->addChild(new SoCube);
     root->addChild(holder);
-    holder->parts.addNode(nullptr);
+    holder->parts.addNode(new SoCube);
     auto* group = new SoGroup;
     holder->parts.addNode(group);
     group->addChild(new SoSphere);
