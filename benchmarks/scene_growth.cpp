@@ -145,11 +145,21 @@ void chainFromTheTop(benchmark::State& state)
 void boxAfterAnAddition(benchmark::State& state)
 {
     SoDB::init();
-    const auto root = makeRow(state.range(0));
+    const SoRef<SoSeparator> root(new SoSeparator);
+    const auto addPart = [&root] {
+        auto* part = new SoSeparator;
+        part->addChild(new SoCube);
+        root->addChild(part);
+    };
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+        addPart();
     SoGetBoundingBoxAction box(SbViewportRegion(100, 100));
-    box.apply(root.get());
+    for (int warm = 0; warm < 3; ++warm) {
+        box.apply(root.get());
+        addPart();
+    }
     for (auto _ : state) {
-        root->addChild(new SoCube);
+        addPart();
         box.apply(root.get());
     }
 }

@@ -225,8 +225,8 @@ bool SoFieldContainer::enableNotify(bool on)
     if (was && !on)
         m_nodeFlags = static_cast<std::uint8_t>(m_nodeFlags & ~kToldOfSilence);
     m_notifyEnabled = on;
-    if (on && !was)
-        SoNotification::repeatWalks(); // those that ended here meanwhile
+    if (on != was)
+        SoNotification::repeatWalks(); // those that ended here meanwhile, or will end here now
     return was;
 }
 

@@ -181,6 +181,8 @@ void SoNode::notify(SoNotification& notification)
             break;
         }
         const bool endsHere = !mustHear && node->isUnheard();
+        if (mustHear && node->m_unheard)
+            SoNotification::repeatWalks(); // the first time: those below take it for any other
         if (!endsHere && !node->isNotifyEnabled()) {
             node->SoFieldContainer::notify(notification); // keeps it to itself
             node->m_unheard = !mustHear;
