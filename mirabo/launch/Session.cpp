@@ -142,6 +142,10 @@ void Session::connectTree()
             &SoCommandManager::outsideStructureChange);
     connect(m_tree, &SoMiraboTreeView::overviewRefreshRequested, hub(),
             &SoCommandManager::refreshOverview);
+    connect(m_tree, &SoMiraboTreeView::nodeNameChanged, this, [this](SoNode* node) {
+        m_edition->getTabs()->nodeRenamed(node);
+        m_edition->getWatch()->updateNodeName(node);
+    });
     connect(m_tree, &SoMiraboTreeView::helpRequested, this,
             [](const QUrl& address) { QDesktopServices::openUrl(address); });
     connect(m_tree, &SoMiraboTreeView::currentReferencesChanged, this,
