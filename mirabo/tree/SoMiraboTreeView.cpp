@@ -81,6 +81,7 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     setItemDelegate(new mirabo::TreeDelegate(this));
     applyLook();
     setUpColumns();
+    setUpLayout();
     setSelectionMode(SingleSelection);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
@@ -234,6 +235,7 @@ void SoMiraboTreeView::doItemsLayout()
     if (m_closing)
         return;
     m_openBranches->restore();
+    m_layoutIsBehind = false;
     QTreeWidget::doItemsLayout();
 }
 
@@ -446,6 +448,7 @@ void SoMiraboTreeView::fitColumns(bool mayShrink)
 /// Deep rows begin far to the right, while the base goes to where their column begins.
 void SoMiraboTreeView::scrollTo(const QModelIndex& index, ScrollHint hint)
 {
+    layOutNow();
     const int x = horizontalScrollBar()->value();
     QTreeWidget::scrollTo(index, hint);
     horizontalScrollBar()->setValue(x);

@@ -127,6 +127,7 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
 
 void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 {
+    layOutNow();
     if (isCheckShortcut(event)) {
         reportCheck();
         return;
@@ -181,6 +182,7 @@ void SoMiraboTreeView::focusOutEvent(QFocusEvent* event)
 void SoMiraboTreeView::mousePressEvent(QMouseEvent* event)
 {
     m_topology->tryToBringUpToDate();
+    layOutNow();
     SoTreeViewItem* item = asItem(itemAt(event->pos()));
     if (!item) {
         m_context.pressed = nullptr;

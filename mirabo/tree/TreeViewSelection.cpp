@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QScopedValueRollback>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -126,7 +127,12 @@ void SoMiraboTreeView::showItem(SoTreeViewItem* item)
     if (!item || !item->isFresh())
         return;
     scrollToItem(item); // opens its ancestors
-    setCurrentItem(item);
+    {
+        // The base looks each row that changes up in the list of all open ones.
+        const QScopedValueRollback<bool> repainting(m_repaintsAll, true);
+        setCurrentItem(item);
+        viewport()->update();
+    }
     m_textPending = true;
     resizeAllColumns();
 }
