@@ -385,7 +385,8 @@ void SoMiraboTreeView::catchUp()
         return;
     for (SoTreeViewItem* marked : itemsOf(m_markedNode))
         marked->updateReferenceMark(true);
-    viewport()->update();
+    if (looksInView() != m_painted) // painting takes more time than asking
+        viewport()->update();
 }
 
 bool SoMiraboTreeView::canAddNodes() const

@@ -234,6 +234,7 @@ private:
     void setUpLayout();
     void layOutNow() const;
     bool isOutOfSight(const SoTreeViewItem* parent, int row) const;
+    QStringList looksInView() const;
     void setUpColumns();
     void applyLook();
     void clearRows();
@@ -278,6 +279,7 @@ private:
     bool m_layoutIsBehind = false;   ///< but right for the rows in view
     bool m_repaintsAll = false;      ///< nobody needs to know where rows are to be painted
     QTimer m_layoutTimer;
+    QStringList m_painted; ///< how the rows in view looked when they were painted
     bool m_shiftPressed = false;
     bool m_pressChose = false; ///< the press being handled has told the panels already
     bool m_userChose = false;  ///< in this pass of the event loop

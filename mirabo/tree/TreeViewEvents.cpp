@@ -116,6 +116,7 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
         }
     }
     QTreeWidget::paintEvent(event);
+    m_painted = looksInView();
     QPainter painter(viewport());
     m_dropGuide->paint(painter);
     if (topLevelItemCount() > 0)

@@ -3,6 +3,7 @@
 
 #include <QAccessible>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -97,6 +98,27 @@ bool SoMiraboTreeView::isOutOfSight(const SoTreeViewItem* parent, int row) const
     std::vector<int> place = rowsTo(indexFromItem(parent));
     place.push_back(row);
     return rowsTo(last) < place;
+}
+
+/// What the graph has to do with the looks of each row in view.
+QStringList SoMiraboTreeView::looksInView() const
+{
+    QStringList looks;
+    const int height = std::max(1, rowHeight(indexAt({1, 1})));
+    for (int y = 1; y < viewport()->height() + height; y += height) {
+        const SoTreeViewItem* item = asItem(itemFromIndex(indexAt({1, y})));
+        if (!item)
+            break;
+        QString look = QString::number(reinterpret_cast<quintptr>(item), 16);
+        for (const int column :
+             {SoTreeViewItem::Type, SoTreeViewItem::Name, SoTreeViewItem::ReferenceCount})
+            look += '\n' + item->data(column, Qt::DisplayRole).toString();
+        for (const bool flag : {item->hasReferenceMark(), item->isBookmarked(),
+                                item->isDisabledNode(), item->childCount() > 0})
+            look += flag ? '+' : '-';
+        looks << look;
+    }
+    return looks;
 }
 
 void SoMiraboTreeView::rowsInserted(const QModelIndex& parent, int start, int end)
