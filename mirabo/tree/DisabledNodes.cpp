@@ -1,6 +1,7 @@
 #include "mirabo/tree/DisabledNodes.h"
 
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/NodeSlot.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -21,7 +22,15 @@ namespace {
 /// Indices in child lists by the nodes that hold them, in rising order.
 using Places = std::map<SoNode*, std::vector<int>>;
 
-SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node)
+bool holds(const SavedLinks* only, const SoNode* parent, int index)
+{
+    return !only
+           || std::any_of(only->links.begin(), only->links.end(), [=](const ParentLink& link) {
+                  return link.parent == parent && link.index == index;
+              });
+}
+
+SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const SavedLinks* only)
 {
     SavedLinks saved{node, {}};
     std::unordered_set<const SoNode*> seen;
@@ -31,7 +40,7 @@ SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node)
             continue;
         const std::vector<SoNode*>& children = parent->getChildren()->getNodes();
         for (std::size_t i = 0; i < children.size(); ++i)
-            if (children[i] == node)
+            if (children[i] == node && holds(only, parent, static_cast<int>(i)))
                 saved.links.push_back({parent, static_cast<int>(i)});
     }
     return saved;
@@ -87,15 +96,20 @@ void dropRow(SoMiraboTreeView& view, SoTreeViewItem* row)
     parent->setHasDisabledChildren(others);
 }
 
-void putBack(const Places& places, SoNode* node)
+SavedLinks putBack(const Places& places, SoNode* node)
 {
+    SavedLinks put{node, {}};
     for (const auto& [parent, indices] : places) {
         if (parent->isAtOrBelow(node))
             continue;
         auto* group = static_cast<SoGroup*>(parent);
-        for (const int index : indices)
-            group->insertChild(node, std::min(index, group->getNumChildren()));
+        for (const int index : indices) {
+            const int at = std::min(index, group->getNumChildren());
+            if (group->insertChild(node, at))
+                put.links.push_back({parent, at});
+        }
     }
+    return put;
 }
 
 } // namespace
@@ -107,16 +121,19 @@ bool mayDisable(const SoTreeViewItem* item)
            && !item->isNamedPart() && traitsOf(parent->getNodeType()).isGroup;
 }
 
-std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node)
+std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node,
+                                              const SavedLinks* only)
 {
     const SoWriteLock lock;
     if (!lock)
         return nullptr;
     view.topologyManager().tryToBringUpToDate();
     std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
-    std::erase_if(
-        rows, [](const SoTreeViewItem* row) { return row->isDisabledNode() || !mayDisable(row); });
-    const auto saved = std::make_shared<const SavedLinks>(linksOf(rows, node));
+    std::erase_if(rows, [only](const SoTreeViewItem* row) {
+        return row->isDisabledNode() || !mayDisable(row)
+               || (only && !holds(only, row->getParentNode(), NodeSlot::of(row).index()));
+    });
+    const auto saved = std::make_shared<const SavedLinks>(linksOf(rows, node, only));
     if (saved->links.empty())
         return nullptr;
     {
@@ -134,7 +151,7 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
     return saved;
 }
 
-bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
+bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved, SavedLinks* put)
 {
     const SoWriteLock lock;
     if (!lock)
@@ -157,7 +174,9 @@ bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved)
     for (SoTreeViewItem* row : rows)
         dropRow(view, row);
     view.context().disabled.remove(node);
-    putBack(places, node);
+    SavedLinks done = putBack(places, node);
+    if (put)
+        *put = std::move(done);
     if (!chosenBelow)
         return true;
     for (SoTreeViewItem* row : view.itemsOf(node))

@@ -15,13 +15,15 @@ bool mayDisable(const SoTreeViewItem* item);
 
 /// Takes the node out of every group that the tree shows it in, under the write lock of the scene
 /// database. Returns the places, or null when there are none. As long as somebody keeps what was
-/// returned, rows that are made for those groups anew get their grey rows back.
-std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node);
+/// returned, rows that are made for those groups anew get their grey rows back. `only`: takes it
+/// out of these places and leaves it in others.
+std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* node,
+                                              const SavedLinks* only = nullptr);
 
 /// Puts the node back: to where its grey rows stand, else to the places of old. Places whose group
 /// has come below the node meanwhile are left out. False, with nothing changed, when the graph may
-/// not be edited now.
-bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved);
+/// not be edited now. `put`: gets the places in which the node stands on account of it.
+bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved, SavedLinks* put = nullptr);
 
 /// Gives a tree that was made anew the disabled nodes that it had before, with their grey rows.
 void restoreDisabled(SoMiraboTreeView& view, const DisabledPlaces& places);

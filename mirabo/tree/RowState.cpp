@@ -32,6 +32,50 @@ std::optional<RowPath> currentPath(const SoMiraboTreeView& view)
     return current ? std::optional(pathOf(current)) : std::nullopt;
 }
 
+GreyRows::GreyRows(const SoTreeViewItem* parent, const SoNode* without)
+{
+    for (int row = 0; parent->hasDisabledChildren() && row < parent->childCount(); ++row) {
+        const SoTreeViewItem* item = parent->childItem(row);
+        if (item->isDisabledNode() && item->getNode() != without)
+            m_rows.push_back({row, item->getNode()});
+    }
+}
+
+bool GreyRows::isInPlace(const SoTreeViewItem* parent) const
+{
+    return std::all_of(m_rows.begin(), m_rows.end(), [parent](const Row& place) {
+        const SoTreeViewItem* item = parent->childItem(place.row);
+        return item && item->isDisabledNode() && item->getNode() == place.node;
+    });
+}
+
+void GreyRows::restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const
+{
+    if (isInPlace(parent))
+        return;
+    std::vector<SoTreeViewItem*> present;
+    for (int row = 0; row < parent->childCount(); ++row)
+        if (parent->childItem(row)->isDisabledNode())
+            present.push_back(parent->childItem(row));
+    if (present.size() != m_rows.size())
+        return;
+    view.rowsAboutToChange();
+    QTreeWidgetItem* current = view.currentItem();
+    for (SoTreeViewItem* item : present)
+        parent->takeChild(parent->indexOfChild(item));
+    for (const Row& place : m_rows) {
+        const auto found = std::find_if(present.begin(), present.end(), [&](const auto* item) {
+            return item->getNode() == place.node;
+        });
+        const auto at = found == present.end() ? present.begin() : found;
+        parent->insertChild(std::min(place.row, parent->childCount()), *at);
+        present.erase(at);
+    }
+    parent->childrenChanged();
+    if (view.currentItem() != current)
+        view.setCurrentItem(current);
+}
+
 BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top)
 {
     struct Visit {
@@ -39,8 +83,13 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
         std::int32_t at;
     };
     const auto note = [&](const SoTreeViewItem* item, std::int32_t parent, int row) {
+        std::int32_t grey = -1;
+        if (item->hasDisabledChildren()) {
+            grey = static_cast<std::int32_t>(m_grey.size());
+            m_grey.emplace_back(item);
+        }
         m_rows.push_back(
-            {parent, row, item->childCount() > 0 && view.isOpen(item), item->isBookmarked()});
+            {parent, row, grey, item->childCount() > 0 && view.isOpen(item), item->isBookmarked()});
         return static_cast<std::int32_t>(m_rows.size() - 1);
     };
     std::vector<Visit> open{{top, note(top, -1, 0)}};
@@ -55,17 +104,22 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
                 note(child, visit.at, row);
         }
     }
-    // Parents stand before what is below them.
-    std::vector<bool> wanted(m_rows.size());
+    keepWhatTells();
+}
+
+/// Parents stand before what is below them.
+void BranchState::keepWhatTells()
+{
+    std::vector<bool> tells(m_rows.size());
     for (std::size_t i = m_rows.size(); i-- > 0;) {
-        wanted[i] = wanted[i] || m_rows[i].open || m_rows[i].bookmarked;
-        if (wanted[i] && m_rows[i].parent >= 0)
-            wanted[static_cast<std::size_t>(m_rows[i].parent)] = true;
+        tells[i] = tells[i] || m_rows[i].open || m_rows[i].bookmarked || m_rows[i].grey >= 0;
+        if (tells[i] && m_rows[i].parent >= 0)
+            tells[static_cast<std::size_t>(m_rows[i].parent)] = true;
     }
     std::vector<std::int32_t> moved(m_rows.size());
     std::int32_t kept = 0;
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        if (!wanted[i])
+        if (!tells[i])
             continue;
         Row row = m_rows[i];
         if (row.parent >= 0)
@@ -93,6 +147,8 @@ void BranchState::apply(SoMiraboTreeView& view, SoTreeViewItem* top) const
         items.push_back(item);
         if (!item)
             continue;
+        if (row.grey >= 0) // first, for the rows below go by their numbers
+            m_grey[static_cast<std::size_t>(row.grey)].restore(view, item);
         if (row.open)
             item->setExpanded(true);
         if (row.bookmarked)
@@ -115,61 +171,19 @@ void TreeState::addGreyRows(const SoTreeViewItem* parent, const SoNode* without)
 {
     if (!parent->hasDisabledChildren())
         return;
-    GreyRows grey{pathOf(parent), {}};
-    for (int row = 0; row < parent->childCount(); ++row)
-        if (parent->childItem(row)->isDisabledNode()
-            && parent->childItem(row)->getNode() != without)
-            grey.rows.push_back({row, parent->childItem(row)->getNode()});
-    const auto before = [](const GreyRows& a, const GreyRows& b) {
+    List list{pathOf(parent), GreyRows(parent, without)};
+    const auto isAbove = [](const List& a, const List& b) {
         return a.parent.size() < b.parent.size();
     };
-    m_grey.insert(std::upper_bound(m_grey.begin(), m_grey.end(), grey, before), std::move(grey));
-}
-
-void TreeState::restoreGreyRows(SoMiraboTreeView& view, const GreyRows& grey)
-{
-    SoTreeViewItem* parent = rowAt(view, grey.parent);
-    if (!parent)
-        return;
-    std::vector<SoTreeViewItem*> present;
-    bool isInPlace = true;
-    std::size_t at = 0;
-    for (int row = 0; row < parent->childCount(); ++row) {
-        SoTreeViewItem* item = parent->childItem(row);
-        if (!item->isDisabledNode())
-            continue;
-        present.push_back(item);
-        isInPlace = isInPlace && at < grey.rows.size() && grey.rows[at].row == row
-                    && grey.rows[at].node == item->getNode();
-        ++at;
-    }
-    if (isInPlace || present.size() != grey.rows.size())
-        return;
-    view.rowsAboutToChange();
-    QTreeWidgetItem* current = view.currentItem();
-    for (SoTreeViewItem* item : present)
-        parent->takeChild(parent->indexOfChild(item));
-    for (const GreyRow& place : grey.rows) {
-        const auto found = std::find_if(present.begin(), present.end(), [&](const auto* item) {
-            return item && item->getNode() == place.node;
-        });
-        if (found == present.end())
-            continue;
-        parent->insertChild(std::min(place.row, parent->childCount()), *found);
-        *found = nullptr;
-    }
-    for (SoTreeViewItem* left : present)
-        if (left)
-            parent->insertChild(0, left);
-    parent->childrenChanged();
-    if (view.currentItem() != current)
-        view.setCurrentItem(current);
+    const auto at = std::upper_bound(m_lists.begin(), m_lists.end(), list, isAbove);
+    m_lists.insert(at, std::move(list));
 }
 
 void TreeState::restoreGreyRows(SoMiraboTreeView& view) const
 {
-    for (const GreyRows& grey : m_grey)
-        restoreGreyRows(view, grey);
+    for (const List& list : m_lists)
+        if (SoTreeViewItem* parent = rowAt(view, list.parent))
+            list.rows.restore(view, parent);
 }
 
 void TreeState::restore(SoMiraboTreeView& view) const

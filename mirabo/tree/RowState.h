@@ -21,13 +21,34 @@ SoTreeViewItem* rowAt(const SoMiraboTreeView& view, const RowPath& path);
 /// The same for the current row; no path: there is none.
 std::optional<RowPath> currentPath(const SoMiraboTreeView& view);
 
-/// Which rows of a branch are open, and which have bookmarks.
+/// Where the rows of disabled nodes stand among their siblings: the graph does not tell.
+class GreyRows {
+public:
+    GreyRows() = default;
+    /// `without`: a node whose rows do not count.
+    explicit GreyRows(const SoTreeViewItem* parent, const SoNode* without = nullptr);
+
+    bool isEmpty() const { return m_rows.empty(); }
+    /// Arranges the present ones, if they are the same.
+    void restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const;
+
+private:
+    struct Row {
+        int row;
+        const SoNode* node; ///< only compared
+    };
+    bool isInPlace(const SoTreeViewItem* parent) const;
+
+    std::vector<Row> m_rows;
+};
+
+/// Which rows of a branch are open, which have bookmarks, and where its disabled nodes stand.
 class BranchState {
 public:
     BranchState() = default;
     BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top);
 
-    /// Nothing is open and nothing is marked.
+    /// Nothing is open, marked or disabled.
     bool isPlain() const { return m_rows.empty(); }
     /// Opens and marks what the old rows had; rows that are not there are left out.
     void apply(SoMiraboTreeView& view, SoTreeViewItem* top) const;
@@ -36,10 +57,14 @@ private:
     struct Row {
         std::int32_t parent; ///< in this list; -1 for the top
         std::int32_t row;
+        std::int32_t grey; ///< in the list below; -1: no disabled nodes stand below it
         bool open;
         bool bookmarked;
     };
+    void keepWhatTells();
+
     std::vector<Row> m_rows; ///< only those with something to tell at or below them
+    std::vector<GreyRows> m_grey;
 };
 
 /// What a command finds when it comes back to one of its two states of the graph: the row that was
@@ -50,8 +75,7 @@ public:
     /// Notes down the current row. The branches are added before the graph changes.
     explicit TreeState(const SoMiraboTreeView& view);
     void addBranch(const SoMiraboTreeView& view, const SoTreeViewItem* top);
-    /// Notes down where the rows of disabled nodes stand among those of a list that is edited: the
-    /// graph does not tell.
+    /// For the lists that are edited.
     void addGreyRows(const SoTreeViewItem* parent, const SoNode* without = nullptr);
 
     bool isKnown() const { return m_isKnown; }
@@ -64,20 +88,15 @@ private:
         RowPath path;
         BranchState state;
     };
-    struct GreyRow {
-        int row;
-        const SoNode* node; ///< only compared
-    };
-    struct GreyRows {
+    struct List {
         RowPath parent;
-        std::vector<GreyRow> rows;
+        GreyRows rows;
     };
-    static void restoreGreyRows(SoMiraboTreeView& view, const GreyRows& grey);
 
     bool m_isKnown = false;
     std::optional<RowPath> m_current;
     std::vector<Branch> m_branches;
-    std::vector<GreyRows> m_grey; ///< upper ones first
+    std::vector<List> m_lists; ///< upper ones first
 };
 
 } // namespace mirabo

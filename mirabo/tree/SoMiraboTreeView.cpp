@@ -424,8 +424,8 @@ void SoMiraboTreeView::ignoreEnable()
     if (item->isDirectlyFromField())
         Q_EMIT commandReady(new SoTreeIgnoreFieldCommand(item->getSourceField()));
     else
-        Q_EMIT commandReady(
-            new SoTreeDisableNodeCommand(this, item->getNode(), !item->isDisabledNode()));
+        Q_EMIT commandReady(new SoTreeDisableNodeCommand(
+            this, item->getNode(), !m_context.disabled.find(item->getNode())));
 }
 
 void SoMiraboTreeView::resizeAllColumns()

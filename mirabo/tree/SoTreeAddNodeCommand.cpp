@@ -25,9 +25,9 @@ SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoTreeViewItem* target,
     }
     m_place = NodeSlot::behind(target);
     if (!m_place)
-        m_noPlace = {Refusal::Kind::Information, boxTitle(),
-                     QString("Can not add this node<br>The %1 keeps no list of nodes here.")
-                         .arg(mirabo::nodeText(*m_holderRow->getNode()))};
+        m_noPlace = mirabo::refusalFor(boxTitle(), "Can not add this node",
+                                       QString("The %1 keeps no list of nodes here.")
+                                           .arg(mirabo::nodeText(*m_holderRow->getNode())));
 }
 
 SoTreeAddNodeCommand::SoTreeAddNodeCommand(NodeSlot place, SoTreeViewItem* holderRow,
@@ -49,7 +49,7 @@ bool SoTreeAddNodeCommand::add(SoNode* node)
     if (!m_place)
         return refuse(m_noPlace);
     if (const QString why = m_place->whyNotPut(node); !why.isEmpty())
-        return refuse({Refusal::Kind::Warning, boxTitle(), "Can not add this node<br>" + why});
+        return refuse(mirabo::refusalFor(boxTitle(), "Can not add this node", why));
     m_additions.push_back({mirabo::KeptNode(node), *m_place, m_asLast});
     m_isAdding = true;
     const bool done = runAgain();
@@ -85,7 +85,7 @@ bool SoTreeAddNodeCommand::put(Addition& addition)
         addition.slot.setIndex(addition.slot.count());
     if (addition.slot.put(addition.node.get()))
         return true;
-    return refuse({Refusal::Kind::Warning, boxTitle(), "Can not add this node<br>" + reason()});
+    return refuse(mirabo::refusalFor(boxTitle(), "Can not add this node", reason()));
 }
 
 bool SoTreeAddNodeCommand::apply()
@@ -107,8 +107,7 @@ bool SoTreeAddNodeCommand::revert()
         if (!m_additions[i].slot.take(m_additions[i].node.get())) {
             while (++i < m_additions.size())
                 m_additions[i].slot.put(m_additions[i].node.get());
-            return refuse(
-                {Refusal::Kind::Warning, boxTitle(), "Can not take this node back<br>" + reason()});
+            return refuse(mirabo::refusalFor(boxTitle(), "Can not take this node back", reason()));
         }
     return true;
 }

@@ -40,18 +40,22 @@ void SoTreeDeleteNodeCommand::visitNodes(const std::function<void(mirabo::KeptNo
     visit(m_node);
 }
 
+QString SoTreeDeleteNodeCommand::failedText() const
+{
+    return QString("<i>%1</i> can't be deleted.")
+        .arg(QString::fromUtf8(m_node->getTypeId().getName().getString()));
+}
+
 Refusal SoTreeDeleteNodeCommand::whyNot() const
 {
-    const QString type = QString::fromUtf8(m_node->getTypeId().getName().getString());
-    const QString text = QString("<i>%1</i> can't be deleted.").arg(type);
+    const QString text = failedText();
     if (m_slot.isContentOfFile())
         return {Refusal::Kind::Information, boxTitle(), text};
     if (m_slot.isGroupOfList())
         return {Refusal::Kind::Warning, boxTitle(),
                 "This SoNodeKitListPart container can't be deleted."};
     const QString why = m_slot.whyNotTake();
-    return why.isEmpty() ? Refusal()
-                         : Refusal{Refusal::Kind::Warning, boxTitle(), text + "<br>" + why};
+    return why.isEmpty() ? Refusal() : mirabo::refusalFor(boxTitle(), text, why);
 }
 
 bool SoTreeDeleteNodeCommand::apply()
@@ -67,10 +71,7 @@ bool SoTreeDeleteNodeCommand::apply()
     if (m_slot.take(m_node.get()))
         return true;
     if (m_slot.kind() != NodeSlot::Kind::Part)
-        return refuse({Refusal::Kind::Warning, boxTitle(),
-                       QString("<i>%1</i> can't be deleted.")
-                               .arg(QString::fromUtf8(m_node->getTypeId().getName().getString()))
-                           + "<br>" + reason()});
+        return refuse(mirabo::refusalFor(boxTitle(), failedText(), reason()));
     return refuse({Refusal::Kind::Warning, boxTitle(),
                    QString("<i>\"%1\"</i> part can't be deleted.")
                        .arg(QString::fromUtf8(m_slot.name().getString()))});

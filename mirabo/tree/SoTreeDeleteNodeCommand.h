@@ -30,6 +30,7 @@ private:
     std::vector<const mirabo::NodeSlot*> left() const override { return {&m_slot}; }
     SoTreeViewItem* arrived(SoMiraboTreeView& view) override;
     const char* boxTitle() const override { return "Mirabo Delete Node"; }
+    QString failedText() const;
     mirabo::Refusal whyNot() const;
 
     mirabo::KeptNode m_node;

@@ -56,23 +56,29 @@ void SoTreeMoveNodeCommand::visitNodes(const std::function<void(mirabo::KeptNode
     visit(m_node);
 }
 
+QString SoTreeMoveNodeCommand::failedText() const
+{
+    return mirabo::nodeText(*m_node.get()).toHtmlEscaped() + " can't be moved.";
+}
+
 bool SoTreeMoveNodeCommand::shift(NodeSlot& from, NodeSlot& to)
 {
-    const QString failed = QString("%1 can't be moved.").arg(mirabo::nodeText(*m_node.get()));
     if (!from.take(m_node.get()))
-        return refuse({Refusal::Kind::Warning, boxTitle(), failed + "<br>" + reason()});
+        return refuse(mirabo::refusalFor(boxTitle(), failedText(), reason()));
     if (to.put(m_node.get()))
         return true;
     from.put(m_node.get());
-    return refuse({Refusal::Kind::Warning, boxTitle(), failed + "<br>" + reason()});
+    return refuse(mirabo::refusalFor(boxTitle(), failedText(), reason()));
 }
 
 bool SoTreeMoveNodeCommand::apply()
 {
-    if (!m_whyNot.isEmpty())
-        return refuse({m_isIdle ? Refusal::Kind::Silent : Refusal::Kind::Warning, boxTitle(),
-                       QString("%1 can't be moved.").arg(mirabo::nodeText(*m_node.get())) + "<br>"
-                           + m_whyNot});
+    if (!m_whyNot.isEmpty()) {
+        Refusal why = mirabo::refusalFor(boxTitle(), failedText(), m_whyNot);
+        if (m_isIdle)
+            why.kind = Refusal::Kind::Silent;
+        return refuse(std::move(why));
+    }
     return m_to && shift(m_from, *m_to);
 }
 

@@ -32,6 +32,7 @@ private:
     }
     SoTreeViewItem* arrived(SoMiraboTreeView& view) override;
     const char* boxTitle() const override { return "Mirabo Move Node"; }
+    QString failedText() const;
     bool shift(mirabo::NodeSlot& from, mirabo::NodeSlot& to);
 
     mirabo::KeptNode m_node;

@@ -37,6 +37,11 @@ private:
 
 } // namespace
 
+Refusal refusalFor(const QString& title, const QString& html, const QString& reason)
+{
+    return {Refusal::Kind::Warning, title, html + "<br>" + reason.toHtmlEscaped()};
+}
+
 TreeEditCommand::TreeEditCommand(SoMiraboTreeView* view, std::shared_ptr<const TreeEditHost> host)
     : m_view(view), m_host(std::move(host))
 {

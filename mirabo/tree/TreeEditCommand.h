@@ -25,6 +25,9 @@ struct Refusal {
     QString text;
 };
 
+/// A warning with a sentence that tells the reason, which is plain text.
+Refusal refusalFor(const QString& title, const QString& html, const QString& reason);
+
 /// What the commands reach outside of the graph and the tree. Shared, since commands outlive the
 /// window; what is empty by then is left out.
 struct TreeEditHost {

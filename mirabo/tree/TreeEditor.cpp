@@ -151,8 +151,10 @@ bool TreeEditor::addReference(SoTreeViewItem* row, SoTreeViewItem* target, bool 
         return false;
     MovePlan plan = planReference(row, target, spaceHeld);
     if (!plan.isPossible()) {
-        show({plan.isIdle ? Refusal::Kind::Silent : Refusal::Kind::Warning, "Add node",
-              "Can not add this node<br>" + plan.refusal});
+        Refusal why = refusalFor("Add node", "Can not add this node", plan.refusal);
+        if (plan.isIdle)
+            why.kind = Refusal::Kind::Silent;
+        show(why);
         return false;
     }
     std::optional<UndoStack::Busy> busy(std::in_place, m_stack);

@@ -49,10 +49,9 @@ bool SoTreeDisableNodeCommand::apply(bool disable)
         if (disable && !row->isDisabledNode())
             leaving.addBranch(*m_view, row);
     }
-    if (disable) {
-        m_saved = mirabo::disableNode(*m_view, m_node.get());
-    }
-    if (!m_saved || (!disable && !mirabo::enableNode(*m_view, *m_saved)))
+    if (disable)
+        m_saved = mirabo::disableNode(*m_view, m_node.get(), m_disable ? nullptr : &m_put);
+    if (!m_saved || (!disable && !mirabo::enableNode(*m_view, *m_saved, &m_put)))
         return false;
     (disable ? m_whileEnabled : m_whileDisabled) = std::move(leaving);
     const mirabo::TreeState& arriving = disable ? m_whileDisabled : m_whileEnabled;

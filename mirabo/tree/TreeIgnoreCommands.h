@@ -43,6 +43,7 @@ private:
     QPointer<SoMiraboTreeView> m_view;
     SoRef<SoNode> m_node;
     std::shared_ptr<const mirabo::SavedLinks> m_saved; ///< null: it never was out
+    mirabo::SavedLinks m_put;                          ///< where enabling has put it
     bool m_disable;
     mirabo::TreeState m_whileEnabled;
     mirabo::TreeState m_whileDisabled;

@@ -200,6 +200,38 @@ TEST_F(TreeEdit, PutsANodeBackWhereItWasHoweverTheRowsAreNumbered)
     expectUndoable([&] { return edited.editor.moveRow(row(sphere), row(material), false); });
 }
 
+TEST_F(TreeEdit, EnablesADisabledNodeOnlyWhereItWasDisabled)
+{
+    std::vector<std::string> texts{textOf(root.get())};
+    const auto step = [&](SoNode* node) {
+        view.setCurrentItem(view.occurrencesOf(node).back());
+        view.ignoreEnable();
+        texts.push_back(textOf(root.get()));
+    };
+    step(material);
+    step(cube); // two neighbours
+    ASSERT_TRUE(edited.editor.addNode(cube, row(root.get())));
+    texts.push_back(textOf(root.get()));
+    step(cube); // one row is grey, the other one is not
+    EXPECT_EQ(wheel->getNumChildren(), 1);
+    EXPECT_EQ(root->getNumChildren(), 3);
+    step(material);
+    EXPECT_EQ(wheel->findChild(cube), 1);
+    EXPECT_EQ(texts.size(), 6u);
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = texts.size() - 1; i-- > 0;) {
+            edited.stack.undo();
+            EXPECT_EQ(textOf(root.get()), texts[i]) << i;
+            EXPECT_EQ(check(), "");
+        }
+        for (std::size_t i = 1; i < texts.size(); ++i) {
+            edited.stack.redo();
+            EXPECT_EQ(textOf(root.get()), texts[i]) << i;
+            EXPECT_EQ(check(), "");
+        }
+    }
+}
+
 TEST_F(TreeEdit, DeletesTheRootWithoutForgettingHow)
 {
     root->addChild(new SoCube);
@@ -371,9 +403,9 @@ TEST_F(TreeEdit, RefusesWithABoxAndChangesNothing)
     holder->one.connectFrom(&master->one);
     master->one = new SoCube;
     pass();
-    EXPECT_EQ(
-        boxOf([&] { return edited.editor.deleteRow(row(holder->one)); }),
-        "Mirabo Delete Node: <i>Cube</i> can't be deleted.<br>The field \"one\" is connected.");
+    EXPECT_EQ(boxOf([&] { return edited.editor.deleteRow(row(holder->one)); }),
+              "Mirabo Delete Node: <i>Cube</i> can't be deleted.<br>The field &quot;one&quot; is "
+              "connected.");
     holder->one.disconnect();
     holder->one.setFieldType(SoField::EVENT_OUT);
     EXPECT_NE(boxOf([&] { return edited.editor.deleteRow(row(holder->one)); }).find("read-only"),

@@ -1,0 +1,401 @@
+#include "TreeEditScene.h"
+
+#include "mirabo/tree/ChildRules.h"
+#include "mirabo/tree/MovePlan.h"
+
+#include <kalmyr/core/SoDeathObserver.h>
+#include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/nodekits/SoNodeKitListPart.h>
+#include <kalmyr/nodekits/SoShapeKit.h>
+#include <kalmyr/nodes/SoFile.h>
+#include <kalmyr/nodes/SoMaterial.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/nodes/SoTransform.h>
+#include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLSwitch.h>
+#include <kalmyr/vrml/SoVRMLTransform.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+#include <set>
+#include <unordered_set>
+
+namespace {
+
+/// The nodes that the test has met and that live.
+class LiveNodes final : public SoDeathObserver {
+public:
+    void meet(const SoNode* node)
+    {
+        if (m_nodes.insert(node).second)
+            node->tellOfDeath();
+    }
+    void objectDies(const SoBase* object) override { m_nodes.erase(object); }
+    std::size_t count() const { return m_nodes.size(); }
+
+private:
+    std::unordered_set<const SoBase*> m_nodes;
+};
+
+/// What stands below a node, found without the tree's own rules.
+std::vector<const SoNode*> nodesBelow(const SoNode* node, bool isVrmlScene)
+{
+    std::vector<const SoNode*> below;
+    const bool isInline = node->isOfType(SoWWWInline::getClassTypeId())
+                          || node->isOfType(SoVRMLInline::getClassTypeId());
+    const bool isFile = node->isOfType(SoFile::getClassTypeId());
+    if (node->getChildren() && !(isVrmlScene && (isInline || isFile)))
+        below.assign(node->getChildren()->getNodes().begin(),
+                     node->getChildren()->getNodes().end());
+    if (isInline && !below.empty())
+        below.erase(below.begin());
+    if (node->isOfType(SoVRMLParent::getClassTypeId()))
+        return below;
+    const bool isKit = node->isOfType(SoBaseKit::getClassTypeId());
+    const SoFieldData* fields = node->getFieldData();
+    for (int i = 0; i < fields->getNumFields(); ++i) {
+        const SoField* field = fields->getField(node, i);
+        if (field->getFieldType() == SoField::EVENT_IN
+            || field->getFieldType() == SoField::INTERNAL)
+            break;
+        if (field->isOfType(SoSFNode::getClassTypeId())) {
+            const SoNode* value = static_cast<const SoSFNode*>(field)->getValue();
+            const auto* catalog =
+                isKit ? static_cast<const SoBaseKit*>(node)->getNodekitCatalog() : nullptr;
+            if (value && catalog && catalog->getParentPartNumber(fields->getFieldName(i)) > 0)
+                break;
+            if (value)
+                below.push_back(value);
+        } else if (field->isOfType(SoMFNode::getClassTypeId())
+                   || field->isOfType(SoMFUniformShaderParameter::getClassTypeId())) {
+            const auto* list = static_cast<const SoMNodeField*>(field);
+            if (!list->isBound())
+                for (const SoNode* value : list->getValues())
+                    if (value)
+                        below.push_back(value);
+        }
+    }
+    return below;
+}
+
+/// Compares rows with graph; disabled rows stand for nothing. Meets all nodes on its way.
+std::string compare(const SoTreeViewItem* row, bool isVrmlScene, LiveNodes& live)
+{
+    live.meet(row->getNode());
+    std::vector<const SoNode*> rows;
+    for (int i = 0; i < row->childCount(); ++i)
+        if (!row->childItem(i)->isDisabledNode())
+            rows.push_back(row->childItem(i)->getNode());
+    if (rows != nodesBelow(row->getNode(), isVrmlScene))
+        return std::string("other rows below a ")
+               + row->getNode()->getTypeId().getName().getString();
+    for (int i = 0; i < row->childCount(); ++i)
+        if (!row->childItem(i)->isDisabledNode())
+            if (std::string fault = compare(row->childItem(i), isVrmlScene, live); !fault.empty())
+                return fault;
+    return {};
+}
+
+/// What the user sees of the tree: rows, which of them are open, and the current one.
+std::string lookOf(const SoMiraboTreeView& view)
+{
+    std::string look;
+    std::vector<const SoTreeViewItem*> open;
+    if (view.rootItem())
+        open.push_back(view.rootItem());
+    while (!open.empty()) {
+        const SoTreeViewItem* row = open.back();
+        open.pop_back();
+        look += row->getNode()->getTypeId().getName().getString();
+        look += row == view.currentItem() ? "*" : "";
+        look += row->isDisabledNode() ? "-" : row->childCount() > 0 && view.isOpen(row) ? "v" : ">";
+        look += std::to_string(row->childCount());
+        for (int i = row->childCount(); i-- > 0;)
+            open.push_back(row->childItem(i));
+    }
+    return look;
+}
+
+/// Where two texts part.
+std::string differenceOf(const std::string& a, const std::string& b)
+{
+    const auto at = static_cast<std::size_t>(
+        std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
+    const std::size_t from = at < 300 ? 0 : at - 300;
+    return "\nexpected ..." + a.substr(from, 600) + "\n\nfound ..." + b.substr(from, 600);
+}
+
+bool isFull()
+{
+    return std::getenv("MIRABO_FULL") != nullptr;
+}
+
+class Storm {
+public:
+    Storm(SoMiraboTreeView& view, EditedTree& edited, SoNode* root, unsigned seed)
+        : m_view(view), m_edited(edited), m_root(root), m_random(seed)
+    {
+        build();
+    }
+
+    LiveNodes& live() { return m_live; }
+
+    template <class N>
+    int below(N n)
+    {
+        return static_cast<int>(m_random() % static_cast<unsigned>(n));
+    }
+
+    /// One more command on the stack.
+    void push()
+    {
+        const int count = m_edited.stack.count();
+        for (int tries = 0; m_edited.stack.count() == count; ++tries) {
+            ASSERT_LT(tries, 1000) << "nothing can be edited any more";
+            lookAround();
+            edit();
+            ASSERT_TRUE(m_edited.stack.count() == count || m_edited.stack.count() == count + 1);
+            ++m_tries;
+        }
+    }
+    int tries() const { return m_tries; }
+
+    std::string text() { return m_view.getRoot() ? textOf(m_view.getRoot()) : std::string(); }
+    std::string check()
+    {
+        std::string fault = mirabo::checkTree(m_view).toStdString();
+        if (fault.empty() && m_view.rootItem())
+            fault = compare(m_view.rootItem(), mirabo::isVrmlScene(), m_live);
+        return fault;
+    }
+
+private:
+    void build()
+    {
+        auto* group = static_cast<SoGroup*>(m_root);
+        for (int i = 0; i < 3; ++i) {
+            auto* separator = new SoSeparator;
+            separator->setName(SbName(("part" + std::to_string(i)).c_str()));
+            auto* world = new SoVRMLTransform;
+            auto* holder = new FieldHolder;
+            auto* parameters = new ParameterHolder;
+            auto* kit = new SoShapeKit;
+            auto* file = new SoFile;
+            auto* web = new SoWWWInline;
+            auto* link = new SoVRMLInline;
+            auto* choice = new SoVRMLSwitch;
+            auto* shared = new SoMaterial;
+            for (SoNode* node :
+                 {static_cast<SoNode*>(separator), static_cast<SoNode*>(world),
+                  static_cast<SoNode*>(holder), static_cast<SoNode*>(parameters),
+                  static_cast<SoNode*>(kit), static_cast<SoNode*>(file), static_cast<SoNode*>(web),
+                  static_cast<SoNode*>(link), static_cast<SoNode*>(choice)})
+                group->addChild(node);
+            separator->addChild(shared);
+            separator->addChild(new SoCube);
+            separator->addChild(shared);
+            world->addChild(separator);
+            world->addChild(new SoVRMLGroup);
+            choice->addChild(world);
+            holder->one = separator;
+            SoNode* const values[] = {shared, nullptr, new SoCube, shared};
+            holder->many.setValues(values);
+            parameters->parameter.addShaderParameter(shared);
+            parameters->parameter.addShaderParameter(new SoTransform);
+            kit->setPart("shape", new SoCube);
+            kit->setPart("transform", new SoTransform);
+            kit->getPart("appearance.material");
+            auto* list = static_cast<SoNodeKitListPart*>(kit->getPart("childList"));
+            list->addChild(new SoShapeKit);
+            list->addChild(new SoShapeKit);
+            file->setChildData(new SoCube);
+            web->setChildData(separator);
+            link->setChildData(new SoCube);
+        }
+    }
+
+    SoTreeViewItem* anyRow()
+    {
+        SoTreeViewItem* row = m_view.rootItem();
+        while (row && row->childCount() > 0 && below(5) > 0)
+            row = row->childItem(below(row->childCount()));
+        return row;
+    }
+
+    /// The user chooses, opens and closes.
+    void lookAround()
+    {
+        if (SoTreeViewItem* row = anyRow())
+            m_view.setCurrentItem(row);
+        if (SoTreeViewItem* row = below(2) ? anyRow() : nullptr)
+            row->setExpanded(below(3) > 0);
+        if (below(50) == 0)
+            QCoreApplication::processEvents();
+    }
+
+    SoNode* newNode()
+    {
+        switch (below(12)) {
+        case 0:
+            return new SoSeparator;
+        case 1:
+            return new SoVRMLGroup;
+        case 2:
+            return new FieldHolder;
+        case 3:
+            return new SoShapeKit;
+        case 4: {
+            auto* kit = new SoShapeKit;
+            kit->getPart("childList");
+            return kit;
+        }
+        case 5:
+            return new SoFile;
+        default:
+            return new SoCube;
+        }
+    }
+
+    void edit()
+    {
+        mirabo::TreeEditor& editor = m_edited.editor;
+        SoTreeViewItem* row = static_cast<SoTreeViewItem*>(m_view.currentItem());
+        const bool isFullHouse = m_view.context().index.itemCount() > kMostRows;
+        if (!row || !row->parentItem()) { // the root stays
+            editor.addNode(newNode(), m_view.rootItem());
+            return;
+        }
+        switch (isFullHouse ? 0 : below(10)) {
+        case 0:
+        case 1:
+            editor.deleteCurrent();
+            break;
+        case 2:
+        case 3:
+            editor.addNode(newNode());
+            break;
+        case 4:
+        case 5:
+            editor.moveRow(row, anyRow(), below(3) == 0);
+            break;
+        case 6:
+            editor.addReference(row, anyRow(), below(3) == 0);
+            break;
+        case 7:
+            editor.stepCurrent(static_cast<mirabo::MoveStep>(below(4)));
+            break;
+        default:
+            m_view.ignoreEnable();
+        }
+    }
+
+    static constexpr std::size_t kMostRows = 700;
+    SoMiraboTreeView& m_view;
+    EditedTree& m_edited;
+    SoNode* m_root;
+    std::mt19937 m_random;
+    LiveNodes m_live;
+    int m_tries = 0;
+};
+
+class TreeEditStorm : public TreeTest, public ::testing::WithParamInterface<bool> {};
+
+} // namespace
+
+TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
+{
+    const int commands = isFull() ? 100000 : 1500;
+    const char* density = std::getenv("MIRABO_STORM_EVERY"); // 1: finds the command at fault
+    const int every = density ? std::atoi(density) : isFull() ? 100 : 10;
+    root = nullptr;
+    SoRef<SoNode> top(GetParam() ? static_cast<SoNode*>(new SoVRMLGroup) : new SoSeparator);
+    std::unique_ptr<Storm> storm;
+    {
+        EditedTree edited(view);
+        storm = std::make_unique<Storm>(view, edited, top.get(), GetParam() ? 7u : 11u);
+        view.setSceneGraph(top.get());
+        view.expandAll();
+        view.show();
+        edited.stack.clear();
+
+        std::vector<std::string> texts{storm->text()};
+        for (int i = 1; i <= commands; ++i) {
+            storm->push();
+            if (HasFatalFailure())
+                return;
+            if (i % every == 0) {
+                texts.push_back(storm->text());
+                ASSERT_EQ(storm->check(), "") << "after command " << i;
+                const std::string look = lookOf(view);
+                edited.stack.undo();
+                ASSERT_EQ(storm->check(), "") << "after undoing command " << i;
+                edited.stack.redo();
+                ASSERT_EQ(storm->text(), texts.back());
+                ASSERT_EQ(lookOf(view), look) << "after command " << i;
+            }
+        }
+        ASSERT_EQ(edited.stack.count(), commands);
+        pass();
+        const std::size_t refused = edited.boxes.size();
+
+        std::vector<std::string> looks(texts.size());
+        looks.back() = lookOf(view);
+        int at = commands;
+        const auto go = [&](int to) {
+            while (at > to) {
+                edited.stack.undo();
+                --at;
+            }
+            while (at < to) {
+                edited.stack.redo();
+                ++at;
+            }
+            if (at % every != 0)
+                return;
+            const auto i = static_cast<std::size_t>(at / every);
+            if (const std::string text = storm->text(); text != texts[i])
+                FAIL() << "another text at " << at << ", next to "
+                       << edited.names[static_cast<std::size_t>(at)]
+                       << differenceOf(texts[i], text);
+            ASSERT_EQ(storm->check(), "") << "at " << at;
+            if (looks[i].empty())
+                looks[i] = lookOf(view);
+            else
+                ASSERT_EQ(lookOf(view), looks[i]) << "at " << at;
+        };
+        const auto stride = [&] { return (storm->below(4) + 1) * every; };
+        while (at > 0) {
+            go(std::max(0, at - stride()));
+            if (storm->below(4) == 0)
+                go(std::min(commands, at + stride() / 2 / every * every));
+            if (HasFatalFailure())
+                return;
+        }
+        while (at < commands) {
+            go(std::min(commands, at + stride()));
+            if (HasFatalFailure())
+                return;
+        }
+        while (at > 0) {
+            go(std::max(0, at - every));
+            if (HasFatalFailure())
+                return;
+        }
+        go(commands);
+        pass();
+        EXPECT_EQ(edited.boxes.size(), refused) << edited.boxes.back(); // none in undo and redo
+        std::printf("%d commands of %d tries, %zu texts of %zu bytes at the end\n", commands,
+                    storm->tries(), texts.size(), texts.back().size());
+        view.setSceneGraph(nullptr);
+    }
+    top = nullptr;
+    pass();
+    EXPECT_EQ(storm->live().count(), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Worlds, TreeEditStorm, ::testing::Bool(),
+                         [](const auto& info) { return info.param ? "Vrml97" : "Kalmyr"; });
