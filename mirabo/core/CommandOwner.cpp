@@ -1,5 +1,6 @@
 #include "mirabo/core/CommandOwner.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/extender/MrbCommand.h"
 
 #include <QCoreApplication>
@@ -16,7 +17,7 @@ public:
     Pool()
     {
         m_timer.setSingleShot(true);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { freeForgotten(); });
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { freeLater(); });
     }
 
     void add(std::unique_ptr<MrbCommand> command)
@@ -38,6 +39,14 @@ public:
         m_forgotten.push_back(std::move(mine));
         if (QCoreApplication::instance())
             m_timer.start(0);
+    }
+    void freeLater()
+    {
+        const GraphReading graph; // nodes may die of it
+        if (graph)
+            freeForgotten();
+        else
+            m_timer.start(GraphReading::kRetryMilliseconds);
     }
     void freeForgotten()
     {

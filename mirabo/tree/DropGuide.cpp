@@ -1,6 +1,7 @@
 #include "mirabo/tree/DropGuide.h"
 
 #include "mirabo/core/CommandName.h"
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"
@@ -73,12 +74,17 @@ void DropGuide::look()
         if (target && !target->isExpanded() && target->childCount() > 0)
             m_open.start();
     }
-    if (!dragged || !target)
+    QString now;
+    {
+        const GraphReading graph;
         *m_plan = {};
-    else
-        *m_plan = m_asReference ? planReference(dragged, target, m_spaceHeld)
-                                : planMove(dragged, target, m_spaceHeld);
-    if (QString now = hint(); now != m_hint) {
+        if (graph && dragged && target && !dragged->isDead() && !target->isDead()) {
+            *m_plan = m_asReference ? planReference(dragged, target, m_spaceHeld)
+                                    : planMove(dragged, target, m_spaceHeld);
+            now = hint(*dragged);
+        }
+    }
+    if (now != m_hint) {
         m_hint = std::move(now);
         Q_EMIT hintChanged(m_hint);
     }
@@ -115,12 +121,9 @@ void DropGuide::scroll()
     look();
 }
 
-QString DropGuide::hint() const
+QString DropGuide::hint(const SoTreeViewItem& dragged) const
 {
-    const SoTreeViewItem* dragged = m_view->context().pressed;
-    if (!dragged || !m_plan->target)
-        return {};
-    const QString node = nodeText(*dragged->getNode());
+    const QString node = nodeText(*dragged.getNode());
     const QString target = nodeText(*m_plan->target->getNode());
     if (!m_plan->isPossible())
         return m_plan->isIdle ? m_plan->refusal
@@ -150,7 +153,8 @@ QString DropGuide::hint() const
 
 void DropGuide::paint(QPainter& painter) const
 {
-    if (!m_active || !m_plan->target || m_plan->isIdle)
+    // The row may have gone since.
+    if (!m_active || !m_plan->target || m_plan->isIdle || m_view->itemAt(m_point) != m_plan->target)
         return;
     const QRect viewport = m_view->viewport()->rect();
     QRect row = m_view->visualItemRect(m_plan->target);

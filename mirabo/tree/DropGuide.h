@@ -44,7 +44,7 @@ private:
     void look();
     void open();
     void scroll();
-    QString hint() const;
+    QString hint(const SoTreeViewItem& dragged) const;
 
     SoMiraboTreeView* m_view;         // Not owned; owns us.
     std::unique_ptr<MovePlan> m_plan; ///< never null

@@ -66,7 +66,10 @@ void check(MovePlan& plan, const SoTreeViewItem* dragged)
 
 QString whyNotFrom(const SoTreeViewItem* row, const SoTreeViewItem* target)
 {
-    if (!row || !target || row->isDisabledNode() || target->isDisabledNode())
+    for (const SoTreeViewItem* used : {row, target})
+        if (used->isDead() || (used->parentItem() && used->parentItem()->isDead()))
+            return "The application has deleted the node.";
+    if (row->isDisabledNode() || target->isDisabledNode())
         return "A disabled node stays where it is.";
     return {};
 }
@@ -113,7 +116,7 @@ MovePlan planReference(SoTreeViewItem* dragged, SoTreeViewItem* target, bool spa
 MovePlan planStep(SoTreeViewItem* row, MoveStep step)
 {
     SoTreeViewItem* parent = row->parentItem();
-    if (!parent || row->isDisabledNode())
+    if (!parent || row->isDisabledNode() || row->isDead() || parent->isDead())
         return idle(row, "The root of the scene and disabled nodes stay where they are.");
     const NodeSlot own = NodeSlot::of(row);
     if (step == MoveStep::OutOfParent)

@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeContextMenu.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -75,9 +76,11 @@ void TreeContextMenu::addMoveEntries()
 void TreeContextMenu::prepareMoveEntries()
 {
     auto* row = static_cast<SoTreeViewItem*>(m_view->currentItem());
-    m_delete->setVisible(row && m_view->canDeleteNodes());
+    const mirabo::GraphReading graph;
+    const bool isAlive = graph && row && !row->isDead() && !row->isDisabledNode();
+    m_delete->setVisible(isAlive && m_view->canDeleteNodes());
     for (const auto& [action, step] : m_moves)
-        action->setVisible(row && m_view->canMoveNodes()
+        action->setVisible(isAlive && m_view->canMoveNodes()
                            && mirabo::planStep(row, step).isPossible());
 }
 

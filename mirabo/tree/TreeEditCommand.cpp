@@ -79,6 +79,10 @@ bool TreeEditCommand::go(bool forward)
 {
     m_refusal = {};
     m_posted.clear();
+    const SoWriteLock lock;
+    if (!lock)
+        return refuse({Refusal::Kind::Warning, boxTitle(),
+                       "The scene cannot be edited now: another thread is reading it."});
     std::optional<SoMiraboTreeView::PatchScope> scope;
     TreeState& from = forward ? m_before : m_behind;
     const TreeState& to = forward ? m_behind : m_before;
@@ -102,10 +106,6 @@ bool TreeEditCommand::go(bool forward)
 bool TreeEditCommand::editGraph(bool forward)
 {
     const PostedErrors errors(m_posted);
-    const SoWriteLock lock;
-    if (!lock)
-        return refuse({Refusal::Kind::Warning, boxTitle(),
-                       "The scene cannot be edited now: another thread is reading it."});
     bool alive = true;
     visitNodes([&alive](KeptNode& node) {
         node.hold();

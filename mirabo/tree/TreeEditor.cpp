@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeEditor.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeAddNodeCommand.h"
@@ -8,8 +9,9 @@
 #include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoWriteLock.h>
 
-#include <optional>
+#include <algorithm>
 #include <utility>
 
 namespace mirabo {
@@ -51,34 +53,57 @@ void TreeEditor::show(const Refusal& refusal)
         m_showBox(refusal);
 }
 
-/// Pushes what was done, else tells why it was not.
-bool TreeEditor::finish(std::unique_ptr<TreeEditCommand> command, bool done)
-{
-    if (done)
-        return m_owner.push(std::move(command));
-    const Refusal refusal = command->refusal();
-    command.reset();
-    show(refusal); // last: the box may see the end of us
-    return false;
-}
-
 bool TreeEditor::push(std::unique_ptr<MrbCommand> command)
 {
     return isReady() && m_owner.push(std::move(command));
 }
 
+namespace {
+
+/// Whether the graph has the row, as far as is known.
+bool isUsable(const SoTreeViewItem* row)
+{
+    return row && !row->isDead() && !row->isDisabledNode()
+           && (!row->parentItem() || !row->parentItem()->isDead());
+}
+
+} // namespace
+
+bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> rows,
+                     const Make& make)
+{
+    if (!isReady())
+        return false;
+    Refusal refusal;
+    bool done = false;
+    {
+        const UndoStack::Busy busy(m_stack);
+        std::unique_ptr<TreeEditCommand> command;
+        {
+            // From the first look at the rows' nodes on: they may die while others edit.
+            const SoWriteLock lock;
+            if (!lock)
+                refusal = {Refusal::Kind::Warning, title,
+                           "The scene cannot be edited now: another thread is reading it."};
+            else if (std::all_of(rows.begin(), rows.end(), isUsable))
+                command = make(refusal);
+        }
+        if (command)
+            done = m_owner.push(std::move(command));
+    }
+    if (!done)
+        show(refusal); // last: the box may see the end of us
+    return done;
+}
+
 bool TreeEditor::deleteRow(SoTreeViewItem* row)
 {
-    if (!row || !isReady() || row->isDisabledNode())
-        return false;
-    bool done = false;
-    std::unique_ptr<TreeEditCommand> command;
-    std::optional<UndoStack::Busy> busy(std::in_place, m_stack);
-    command = std::make_unique<SoTreeDeleteNodeCommand>(row, m_host, done);
-    if (done)
-        return finish(std::move(command), true);
-    busy.reset();
-    return finish(std::move(command), false);
+    return run("Mirabo Delete Node", {row}, [&](Refusal& refusal) {
+        bool done = false;
+        auto command = std::make_unique<SoTreeDeleteNodeCommand>(row, m_host, done);
+        refusal = command->refusal();
+        return done ? std::move(command) : nullptr;
+    });
 }
 
 bool TreeEditor::deleteCurrent()
@@ -88,25 +113,20 @@ bool TreeEditor::deleteCurrent()
 
 bool TreeEditor::canDeleteCurrent() const
 {
-    const SoTreeViewItem* row = current();
-    return row && !row->isDisabledNode();
+    return isUsable(current());
 }
 
 bool TreeEditor::addNode(SoNode* node, SoTreeViewItem* target)
 {
     const SoRef<SoNode> kept(node);
     SoTreeViewItem* row = target ? target : current();
-    if (!node || !row || !isReady() || row->isDisabledNode())
-        return false;
-    std::optional<UndoStack::Busy> busy(std::in_place, m_stack);
-    auto command = std::make_unique<SoTreeAddNodeCommand>(row, m_host);
-    if (!command->add(node)) {
-        busy.reset();
-        return finish(std::move(command), false);
-    }
-    const bool done = finish(std::move(command), true);
-    busy.reset();
-    if (m_view && current())
+    const bool done = node && run("Add node", {row}, [&](Refusal& refusal) {
+                          auto command = std::make_unique<SoTreeAddNodeCommand>(row, m_host);
+                          const bool added = command->add(node);
+                          refusal = command->refusal();
+                          return added ? std::move(command) : nullptr;
+                      });
+    if (done && current())
         Q_EMIT nodeAdded(current());
     return done;
 }
@@ -116,54 +136,52 @@ bool TreeEditor::addType(SoType type, SoTreeViewItem* target)
     return addNode(SoNode::create(type), target);
 }
 
+bool TreeEditor::addReference(SoTreeViewItem* row, SoTreeViewItem* target, bool spaceHeld)
+{
+    return run("Add node", {row, target}, [&](Refusal& refusal) {
+        MovePlan plan = planReference(row, target, spaceHeld);
+        std::unique_ptr<SoTreeAddNodeCommand> command;
+        if (!plan.isPossible()) {
+            refusal = refusalFor("Add node", "Can not add this node", plan.refusal);
+            if (plan.isIdle)
+                refusal.kind = Refusal::Kind::Silent;
+            return command;
+        }
+        command =
+            std::make_unique<SoTreeAddNodeCommand>(std::move(*plan.slot), plan.holderRow, m_host);
+        const bool added = command->add(row->getNode());
+        refusal = command->refusal();
+        return added ? std::move(command) : nullptr;
+    });
+}
+
+bool TreeEditor::runMove(SoTreeViewItem* row, SoTreeViewItem* target,
+                         const std::function<MovePlan()>& plan)
+{
+    return run("Mirabo Move Node", {row, target}, [&](Refusal& refusal) {
+        auto command = std::make_unique<SoTreeMoveNodeCommand>(row, plan(), m_host);
+        const bool moved = command->execute();
+        refusal = command->refusal();
+        return moved ? std::move(command) : nullptr;
+    });
+}
+
 bool TreeEditor::moveRow(SoTreeViewItem* row, SoTreeViewItem* target, bool spaceHeld)
 {
-    if (!row || !target || row == target || !isReady())
-        return false;
-    return runMove(row, planMove(row, target, spaceHeld));
+    return runMove(row, target, [&] { return planMove(row, target, spaceHeld); });
 }
 
 bool TreeEditor::stepCurrent(MoveStep step)
 {
     SoTreeViewItem* row = current();
-    return row && isReady() && runMove(row, planStep(row, step));
+    return runMove(row, row, [&] { return planStep(row, step); });
 }
 
 bool TreeEditor::canStepCurrent(MoveStep step) const
 {
     SoTreeViewItem* row = current();
-    return row && planStep(row, step).isPossible();
-}
-
-bool TreeEditor::runMove(SoTreeViewItem* row, const MovePlan& plan)
-{
-    std::optional<UndoStack::Busy> busy(std::in_place, m_stack);
-    auto command = std::make_unique<SoTreeMoveNodeCommand>(row, plan, m_host);
-    if (command->execute())
-        return finish(std::move(command), true);
-    busy.reset();
-    return finish(std::move(command), false);
-}
-
-bool TreeEditor::addReference(SoTreeViewItem* row, SoTreeViewItem* target, bool spaceHeld)
-{
-    if (!row || !target || !isReady())
-        return false;
-    MovePlan plan = planReference(row, target, spaceHeld);
-    if (!plan.isPossible()) {
-        Refusal why = refusalFor("Add node", "Can not add this node", plan.refusal);
-        if (plan.isIdle)
-            why.kind = Refusal::Kind::Silent;
-        show(why);
-        return false;
-    }
-    std::optional<UndoStack::Busy> busy(std::in_place, m_stack);
-    auto command =
-        std::make_unique<SoTreeAddNodeCommand>(std::move(*plan.slot), plan.holderRow, m_host);
-    if (command->add(row->getNode()))
-        return finish(std::move(command), true);
-    busy.reset();
-    return finish(std::move(command), false);
+    const GraphReading graph;
+    return graph && isUsable(row) && planStep(row, step).isPossible();
 }
 
 } // namespace mirabo

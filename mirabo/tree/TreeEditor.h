@@ -8,6 +8,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 class MrbCommand;
@@ -69,8 +70,11 @@ Q_SIGNALS:
 private:
     SoTreeViewItem* current() const;
     bool isReady() const;
-    bool runMove(SoTreeViewItem* row, const MovePlan& plan);
-    bool finish(std::unique_ptr<TreeEditCommand> command, bool done);
+    /// Makes the edit and its command; null, with the reason, when it is refused.
+    using Make = std::function<std::unique_ptr<TreeEditCommand>(Refusal& refusal)>;
+    bool run(const char* title, std::initializer_list<SoTreeViewItem*> rows, const Make& make);
+    bool runMove(SoTreeViewItem* row, SoTreeViewItem* target,
+                 const std::function<MovePlan()>& plan);
     void show(const Refusal& refusal);
 
     QPointer<SoMiraboTreeView> m_view;
