@@ -41,6 +41,7 @@
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QPointer>
+#include <QToolBar>
 #include <QUrl>
 
 #include <utility>
@@ -248,17 +249,25 @@ void Session::forgetWindow()
 
 void Session::show()
 {
-    if (m_frame)
-        m_frame->show();
+    if (!m_frame)
+        return;
+    m_frame->show();
+    for (const QPointer<QWidget>& widget : std::exchange(m_hidden, {}))
+        if (widget)
+            widget->show();
 }
 
 void Session::hide()
 {
     if (!m_frame)
         return;
-    for (QWidget* widget : m_frame->findChildren<QWidget*>())
-        if (widget->isWindow())
-            widget->hide();
+    for (QWidget* widget : m_frame->findChildren<QWidget*>()) {
+        if (!widget->isWindow() || widget->isHidden())
+            continue;
+        if (qobject_cast<QDockWidget*>(widget) || qobject_cast<QToolBar*>(widget))
+            m_hidden.emplace_back(widget);
+        widget->hide();
+    }
     m_frame->hide();
 }
 

@@ -6,8 +6,10 @@
 #include <kalmyr/base/SbVec.h>
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
+#include <vector>
 
 class SbViewportRegion;
 class SoMiraboEdition;
@@ -73,7 +75,9 @@ private:
     SoMiraboEdition* edition() const override { return m_edition.get(); }
 
     SoMiraboMainFrame* m_frame; // Not owned; the shell's. Null once the window has died.
-    Rescued m_rescued;          ///< the panels of a window that died while they were in use
+    std::vector<QPointer<QWidget>>
+        m_hidden;      ///< torn-off docks and tool bars, shown again by show()
+    Rescued m_rescued; ///< the panels of a window that died while they were in use
     const bool m_standalone;
     bool m_released = false;
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.

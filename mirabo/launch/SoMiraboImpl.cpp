@@ -48,8 +48,6 @@ constexpr std::array kModules{"Vrml97",   "Nodekits", "Animation", "Copies",
 void frameLeft(Frame::Kind outermost);
 
 struct Run {
-    Run() { Frame::setLeftCallback(&frameLeft); }
-
     bool running = false;
     bool finishPending = false;
     bool tearDownDue = false; ///< as soon as no frame is open; the windows are hidden
@@ -64,6 +62,14 @@ Run& run()
     static Run r;
     return r;
 }
+
+/// A call from outside.
+struct Entry {
+    Entry() { Frame::setLeftCallback(&frameLeft); }
+
+    const bool nested = Frame::isOpen(); ///< inside one of the tool's own calls
+    const Frame frame{Frame::Kind::Call};
+};
 
 /// From within an event the application object has to stay, if it is the tool's.
 void tearDown(bool insideEvent = false);
@@ -250,16 +256,15 @@ void SoMiraboImpl::startNode(SoNode* root, QWidget* parent)
         return;
     if (!root)
         return refuse("there is no node to show");
-    const bool nested = Frame::isOpen();
-    const Frame frame(Frame::Kind::Call);
-    if (!prepare(false, nested))
+    const Entry entry;
+    if (!prepare(false, entry.nested))
         return;
     const SoRef<SoNode> kept(root);
     attachTo(nullptr);
     if (!run().application.obtain())
         return;
     MrbShellImpl::getInstance(parent);
-    if (!commonStart({}, nullptr, nested))
+    if (!commonStart({}, nullptr, entry.nested))
         return;
     run().session->showScene(root);
     if (run().running)
@@ -272,9 +277,8 @@ void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
         return;
     if (!manager)
         return refuse("there is no scene manager to show the scene of");
-    const bool nested = Frame::isOpen();
-    const Frame frame(Frame::Kind::Call);
-    if (!prepare(false, nested))
+    const Entry entry;
+    if (!prepare(false, entry.nested))
         return;
     attachTo(manager);
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
@@ -286,7 +290,7 @@ void SoMiraboImpl::startSceneManager(SoSceneManager* manager, QWidget* parent)
         return;
     }
     MrbShellImpl::getInstance(parent);
-    if (!commonStart({}, manager, nested))
+    if (!commonStart({}, manager, entry.nested))
         return;
     if (services->getSceneManager() == manager) // an extension may have taken it away
         run().session->showScene(manager->getSceneGraph());
@@ -311,9 +315,8 @@ void SoMiraboImpl::startStandalone(int& argc, char** argv)
         return;
     if (argc < 0 || (argc > 0 && !argv))
         return refuse("there are no arguments, though their number says so");
-    const bool nested = Frame::isOpen();
-    const Frame frame(Frame::Kind::Call);
-    if (!prepare(true, nested))
+    const Entry entry;
+    if (!prepare(true, entry.nested))
         return;
     if (!run().application.obtain(argc, argv))
         return;
@@ -325,7 +328,7 @@ void SoMiraboImpl::startStandalone(int& argc, char** argv)
     services->setStandalone(1);
     if (!SoLibMirabo::isAvailable())
         SoLibMirabo::instance();
-    if (!commonStart(QCoreApplication::arguments(), nullptr, nested))
+    if (!commonStart(QCoreApplication::arguments(), nullptr, entry.nested))
         return;
     if (!SoPreferences::getBool("KMR_DISABLE_MAINLOOP", false))
         run().session->show();
@@ -334,11 +337,10 @@ void SoMiraboImpl::startStandalone(int& argc, char** argv)
 void SoMiraboImpl::stop()
 {
     Run& r = run();
-    const bool nested = Frame::isOpen();
-    const Frame frame(Frame::Kind::Call);
+    const Entry entry;
     requestFinish();
     r.tearDownDue = true;
-    if (!nested || r.tearingDown)
+    if (!entry.nested || r.tearingDown)
         return; // leaving the frame does it; or it is being done
     Frame::setEnding(true);
     mirabo::ModalBase::closeAll();
@@ -355,7 +357,7 @@ int SoMiraboImpl::processEvents()
 {
     Run& r = run();
     {
-        const Frame frame(Frame::Kind::Call);
+        const Entry entry;
         if (r.running && r.application.isOwned())
             QCoreApplication::processEvents();
         if (r.finishPending)
@@ -366,7 +368,7 @@ int SoMiraboImpl::processEvents()
 
 void SoMiraboImpl::setPickAction(const SbViewportRegion& region, SbVec2s cursor)
 {
-    const Frame frame(Frame::Kind::Call);
+    const Entry entry;
     if (run().running && run().session)
         run().session->pick(region, cursor);
 }
