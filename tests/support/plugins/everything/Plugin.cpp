@@ -40,6 +40,9 @@ void at(const QString& where)
     if (qApp->property("failAt").toString() == where
         || qEnvironmentVariable("TEST_PLUGIN_FAIL_AT") == where)
         throw std::runtime_error("told to fail at " + where.toStdString());
+    if (qApp->property("taskAt").toString() == where)
+        if (const auto task = taskOfTest())
+            task();
 }
 
 class LoggingCommand final : public MrbCommand {

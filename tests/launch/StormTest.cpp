@@ -1,0 +1,420 @@
+// The host, an extension, the user and Qt end and start the tool at random moments from random
+// places. Every round has a seed of its own, which a failure names and MIRABO_STORM_SEED repeats.
+
+#include "LaunchSupport.h"
+
+#include <kalmyr/gui/SoGuiExaminerViewer.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
+#include <mirabo/extender/MrbServices.h>
+#include <mirabo/launch/SoMirabo.h>
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QDialog>
+#include <QDrag>
+#include <QDropEvent>
+#include <QFile>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMetaMethod>
+#include <QMimeData>
+#include <QPointer>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <QWindow>
+
+#include <algorithm>
+#include <random>
+#include <thread>
+
+Q_DECLARE_METATYPE(std::function<void()>)
+
+namespace {
+
+constexpr int kRounds = 200;
+constexpr int kFullRounds = 10000;
+constexpr int kSteps = 6; ///< what the user does in a round
+constexpr int kMaxPasses = 50;
+
+unsigned firstSeed()
+{
+    return qEnvironmentVariableIsSet("MIRABO_STORM_SEED")
+               ? qEnvironmentVariable("MIRABO_STORM_SEED").toUInt()
+               : 1;
+}
+
+int rounds()
+{
+    if (qEnvironmentVariableIsSet("MIRABO_STORM_SEED"))
+        return 1;
+    return qEnvironmentVariableIsSet("MIRABO_FULL") ? kFullRounds : kRounds;
+}
+
+/// One round: a host with its scene, a tool, and something that happens once, somewhere.
+class Round final : public QObject {
+    Q_OBJECT
+
+public:
+    Round(unsigned seed, const QString& file) : m_random(seed), m_file(file)
+    {
+        m_act = below(9);
+        connect(&m_loops, &QTimer::timeout, this, &Round::endLoop);
+        m_loops.start(0);
+    }
+    ~Round() override { m_sensor.detach(); }
+
+    void run()
+    {
+        if (below(2))
+            m_parent = new QWidget;
+        if (below(2)) {
+            m_area = SoRef<SoGuiExaminerViewer>(new SoGuiExaminerViewer);
+            m_area->setSceneGraph(m_scene.get());
+        }
+        arm(below(8));
+        start();
+        if (QWidget* frame = window())
+            frame->resize(1200, 800);
+        connectSignals();
+        for (int step = 0; step < kSteps; ++step) {
+            doSomething(below(10));
+            QCoreApplication::processEvents();
+            if (below(4) == 0)
+                connectSignals();
+        }
+        for (int passes = 0; passes < kMaxPasses && isInLoop(); ++passes)
+            QCoreApplication::processEvents();
+        qApp->setProperty("taskAt", QVariant());
+        qApp->setProperty("task", QVariant());
+        m_sensor.detach();
+        m_acted = true;
+        SoMirabo::stop();
+    }
+
+    static QWidget* window()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (widget->objectName() == "SoMiraboMainFrame")
+                return widget;
+        return nullptr;
+    }
+    const SoRef<SoSeparator>& scene() const { return m_scene; }
+    bool hasActed() const { return m_exploded; }
+    void dropParent() { delete m_parent.data(); }
+
+public Q_SLOTS:
+    /// Happens once a round, wherever it comes first.
+    void explode()
+    {
+        if (std::exchange(m_acted, true))
+            return;
+        m_exploded = true;
+        act(m_act);
+    }
+
+private:
+    unsigned below(unsigned limit) { return static_cast<unsigned>(m_random()) % limit; }
+    template <class List>
+    auto any(const List& list) -> decltype(list[0])
+    {
+        return list[static_cast<int>(below(static_cast<unsigned>(list.size())))];
+    }
+
+    void start()
+    {
+        if (below(5) == 0)
+            SoLibMirabo::instance()->m_mirabo_startStandalone(0, nullptr);
+        else if (m_area && below(2))
+            SoMirabo::start(static_cast<const SoRenderAreaCore*>(m_area.get()));
+        else
+            SoMirabo::start(m_scene.get(), m_parent.data());
+    }
+
+    void act(unsigned what)
+    {
+        switch (what) {
+        case 0:
+        case 1:
+            return SoMirabo::stop();
+        case 2:
+            SoMirabo::stop();
+            return start();
+        case 3:
+            SoMirabo::stop();
+            SoMirabo::processEvents();
+            return SoMirabo::stop();
+        case 4:
+            delete m_parent.data();
+            return;
+        case 5:
+            if (QWidget* frame = window())
+                frame->close();
+            return start();
+        case 6:
+            m_area = SoRef<SoGuiExaminerViewer>();
+            m_scene->removeAllChildren();
+            return SoMirabo::stop();
+        case 7:
+            SoMirabo::start(m_scene.get());
+            SoMirabo::processEvents();
+            return;
+        default:
+            if (QWidget* frame = window())
+                frame->deleteLater();
+            return SoMirabo::stop();
+        }
+    }
+
+    /// Chooses the place where it happens.
+    void arm(unsigned where)
+    {
+        static const char* const kExtensionPlaces[] = {"activate",
+                                                       "createView",
+                                                       "getInfo",
+                                                       "selectedNodeChanged",
+                                                       "sceneGraphChanged",
+                                                       "deactivate",
+                                                       "execute",
+                                                       "selectedFieldChanged",
+                                                       "entry",
+                                                       "load",
+                                                       "menu entry"};
+        m_inLoop = where == 0;
+        m_inSignal = where == 1 || where == 2;
+        if (where == 3) {
+            m_sensor.setPriority(below(2) ? 0 : 100);
+            m_sensor.attach(m_scene.get());
+        } else if (where == 4) {
+            QTimer::singleShot(0, this, &Round::explode);
+        } else if (where == 5) {
+            std::thread([this] {
+                QMetaObject::invokeMethod(this, &Round::explode, Qt::QueuedConnection);
+            }).join();
+        } else if (where >= 6) {
+            qApp->setProperty("taskAt", kExtensionPlaces[below(std::size(kExtensionPlaces))]);
+            qApp->setProperty("task",
+                              QVariant::fromValue(std::function<void()>([this] { explode(); })));
+        }
+    }
+
+    /// Any signals of any objects of the tool.
+    void connectSignals()
+    {
+        if (MrbServices* services = MrbServices::getInstance(); services && m_inSignal)
+            connect(services, &MrbServices::selectedNodeChanged, this, &Round::explode);
+        const QWidget* frame = window();
+        if (!m_inSignal || !frame)
+            return;
+        const QMetaMethod slot = metaObject()->method(metaObject()->indexOfSlot("explode()"));
+        const QList<QObject*> all = frame->findChildren<QObject*>();
+        for (int i = 0; i < 5 && !all.isEmpty(); ++i) {
+            const QObject* sender = any(all);
+            const QMetaObject* type = sender->metaObject();
+            const int method = static_cast<int>(below(unsigned(type->methodCount())));
+            // A dying object is no place from which anything can be saved.
+            if (type->method(method).methodType() == QMetaMethod::Signal
+                && type->method(method).name() != "destroyed")
+                connect(sender, type->method(method), this, slot);
+        }
+    }
+
+    static bool isInLoop()
+    {
+        return QApplication::activeModalWidget() || QApplication::activePopupWidget();
+    }
+
+    /// Ends whatever loop runs, by its own means or from outside.
+    void endLoop()
+    {
+        const QPointer<QWidget> popup = QApplication::activePopupWidget();
+        const QPointer<QWidget> modal = QApplication::activeModalWidget();
+        if (m_inLoop && (popup || modal || m_dragging))
+            explode();
+        if (m_dragging)
+            QDrag::cancel();
+        if (popup)
+            closeMenu(popup);
+        else if (auto* dialog = qobject_cast<QDialog*>(modal))
+            dialog->done(static_cast<int>(below(2)));
+    }
+
+    void closeMenu(QWidget* popup)
+    {
+        const QPointer<QWidget> open = popup;
+        const QList<QAction*> actions = popup->actions();
+        QAction* chosen = actions.isEmpty() ? nullptr : any(actions);
+        if (chosen && !chosen->isSeparator() && !chosen->menu() && below(2))
+            chosen->trigger();
+        if (open)
+            open->close();
+    }
+
+    /// As the window system sends it.
+    static void press(QWidget* widget, const QPoint& at, Qt::MouseButton button,
+                      Qt::KeyboardModifiers modifiers, bool release = true)
+    {
+        const QPointer<QWindow> to = widget->window()->windowHandle();
+        if (!to)
+            return;
+        const QPoint place = widget->mapTo(widget->window(), at);
+        QTest::mousePress(to, button, modifiers, place);
+        if (to && release)
+            QTest::mouseRelease(to, button, modifiers, place);
+    }
+
+    void doSomething(unsigned what)
+    {
+        QWidget* frame = window();
+        if (!frame || !frame->isVisible()) {
+            if (what == 0)
+                start();
+            return;
+        }
+        const auto trees = frame->findChildren<QTreeWidget*>();
+        QTreeWidget* tree = any(trees);
+        const QPoint somewhere(static_cast<int>(below(200)), static_cast<int>(below(120)));
+        switch (what) {
+        case 0:
+            return press(tree->viewport(), somewhere, Qt::LeftButton,
+                         below(4) ? Qt::NoModifier : Qt::ShiftModifier);
+        case 1: {
+            tree->setFocus();
+            static const Qt::Key kKeys[] = {Qt::Key_Down,  Qt::Key_Up,   Qt::Key_Asterisk,
+                                            Qt::Key_Right, Qt::Key_Left, Qt::Key_Delete};
+            if (QWindow* to = frame->windowHandle())
+                QTest::keyPress(to, kKeys[below(std::size(kKeys))]);
+            return;
+        }
+        case 2: {
+            QContextMenuEvent event(QContextMenuEvent::Mouse, somewhere,
+                                    tree->viewport()->mapToGlobal(somewhere));
+            QCoreApplication::sendEvent(tree->viewport(), &event);
+            return;
+        }
+        case 3:
+            return press(tree->header()->viewport(), somewhere, Qt::RightButton, {});
+        case 4:
+            return trigger(frame);
+        case 5:
+            return drag(tree, somewhere);
+        case 6:
+            m_scene->insertChild(support::hostScene().get(), 0);
+            return;
+        case 7:
+            if (QTreeWidgetItem* item = tree->topLevelItem(0))
+                tree->setCurrentItem(item);
+            return;
+        case 8:
+            return dropFile(frame);
+        default:
+            if (MrbServices* services = MrbServices::getInstance())
+                services->setSelectedNode(below(2) ? m_scene.get() : nullptr);
+        }
+    }
+
+    void trigger(QWidget* frame)
+    {
+        const auto actions = frame->findChildren<QAction*>();
+        QAction* action = any(actions);
+        // The help opens a browser.
+        if (action->isSeparator() || action->menu() || action->text() == "&Contents")
+            return;
+        action->trigger();
+    }
+
+    /// A standalone tool reads it.
+    void dropFile(QWidget* frame)
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(m_file)});
+        QDropEvent event(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(frame, &event);
+    }
+
+    void drag(QTreeWidget* tree, const QPoint& from)
+    {
+        QWindow* to = tree->window()->windowHandle();
+        if (!to)
+            return;
+        const QPointer<QWindow> alive = to;
+        m_dragging = true;
+        press(tree->viewport(), from, Qt::LeftButton, {}, false);
+        const QPoint place = tree->viewport()->mapTo(tree->window(), from);
+        if (alive)
+            QTest::mouseMove(alive, place + QPoint(30, 30));
+        m_dragging = false;
+        if (alive)
+            QTest::mouseRelease(alive, Qt::LeftButton, {}, place);
+    }
+
+    std::mt19937 m_random;
+    QString m_file;
+    QTimer m_loops;
+    QPointer<QWidget> m_parent;
+    SoRef<SoSeparator> m_scene = support::hostScene();
+    SoRef<SoGuiExaminerViewer> m_area;
+    SoNodeSensor m_sensor{[](void* data, SoSensor*) { static_cast<Round*>(data)->explode(); },
+                          this};
+    unsigned m_act;
+    bool m_inLoop = false;
+    bool m_inSignal = false;
+    bool m_dragging = false;
+    bool m_acted = false;
+    bool m_exploded = false;
+};
+
+class StormTest : public LaunchTest {
+protected:
+    void SetUp() override
+    {
+        LaunchTest::SetUp();
+        const QString configuration = folder.filePath("MrbConfiguration.xml");
+        QFile file(configuration);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("<configuration><plugins><loadPlugin file=\"TestEverything\"/></plugins>"
+                   "<profiles default=\"P\"><profile name=\"P\"><activeExtension "
+                   "plugin=\"TestEverything\" extension=\"Everything\"/></profile></profiles>"
+                   "</configuration>");
+        file.close();
+        qputenv("KMR_MIRABO_CONFIGURATION_FILE", configuration.toUtf8());
+        qputenv("KMR_MIRABO_PLUGIN_PATH", MIRABO_LIBRARY_DIR "/test-plugins");
+    }
+    void TearDown() override
+    {
+        LaunchTest::TearDown();
+        qunsetenv("KMR_MIRABO_CONFIGURATION_FILE");
+        qunsetenv("KMR_MIRABO_PLUGIN_PATH");
+    }
+};
+
+TEST_F(StormTest, NothingOfTheToolIsLeftAndTheHostGoesOn)
+{
+    const int widgets = QApplication::allWidgets().size();
+    int acted = 0;
+    const unsigned first = firstSeed();
+    std::printf("seeds %u to %u\n", first, first + static_cast<unsigned>(rounds()) - 1);
+    for (int i = 0; i < rounds() && !HasFailure(); ++i) {
+        const unsigned seed = first + static_cast<unsigned>(i);
+        SCOPED_TRACE("MIRABO_STORM_SEED=" + std::to_string(seed));
+        std::fprintf(stderr, "[seed %u]\n", seed);
+        auto errors = support::expectErrors(); // starts that are refused, and the like
+        errors.mayStayEmpty();
+        qApp->setProperty("log", QStringList());
+        Round round(seed, writeFile("scene.ky", "#Kalmyr V1.0 ascii\nCube {}\n").c_str());
+        round.run();
+        EXPECT_FALSE(SoMirabo::isRunning());
+        EXPECT_EQ(Round::window(), nullptr);
+        EXPECT_EQ(round.scene()->getRefCount(), 1);
+        EXPECT_EQ(round.scene()->getAuditors().getLength(), 0);
+        acted += round.hasActed() ? 1 : 0;
+        round.dropParent();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_EQ(QApplication::allWidgets().size(), widgets);
+    }
+    EXPECT_GT(acted * 2, rounds() == 1 ? 0 : rounds()) << "most rounds reach what they are about";
+}
+
+} // namespace
+
+#include "StormTest.moc"
