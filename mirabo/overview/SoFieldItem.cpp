@@ -119,7 +119,10 @@ void SoFieldItem::follow(SoField* field)
 
 void SoFieldItem::leaveList()
 {
+    refresh(); // from now on nobody tells whether the node lives
+    m_stale = false;
     m_follower.release();
+    m_list->forgetRow(this);
     m_list = nullptr;
 }
 

@@ -83,7 +83,7 @@ public:
     bool isDeathNews() const { return m_isDead && !m_showsDeath; }
     /// Greys the row; returns the field, for comparison only.
     const SoField* showDeath();
-    /// The list no longer looks after this row.
+    /// The list no longer looks after this row, which goes on saying what it says now.
     void leaveList();
 
     /// The value for the clipboard.

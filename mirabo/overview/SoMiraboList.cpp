@@ -252,9 +252,7 @@ void SoMiraboList::removeFieldItem(QTreeWidgetItem* item)
     const int row = indexOfTopLevelItem(item);
     if (row < 0)
         return;
-    auto* taken = static_cast<SoFieldItem*>(takeTopLevelItem(row));
-    forgetRow(taken);
-    taken->leaveList();
+    static_cast<SoFieldItem*>(takeTopLevelItem(row))->leaveList();
 }
 
 void SoMiraboList::rowChanged(SoFieldItem* item)

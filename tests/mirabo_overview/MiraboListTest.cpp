@@ -409,9 +409,10 @@ TEST_F(MiraboListTest, FindsUpdatesAndRemovesRows)
     other.setNode(m_probe.get());
     other.removeFieldItem(item); // of another list
     EXPECT_EQ(list.topLevelItemCount(), 8);
+    m_probe->many.setNum(3);
     list.removeFieldItem(item);
     EXPECT_EQ(list.topLevelItemCount(), 7);
-    m_probe->many.setNum(3);
+    m_probe->many.setNum(5); // nobody looks after it any more
     EXPECT_EQ(item->text(List::FieldValue), "0, 0, 0");
     delete item;
     list.updateField(nullptr);

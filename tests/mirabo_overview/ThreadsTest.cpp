@@ -172,6 +172,8 @@ TEST_F(PanelThreads, NodesDieWithoutTheLockWhileTheyAreShown)
         while (!done)
             if (const Probe* node = unwanted.exchange(nullptr))
                 node->unref();
+            else
+                std::this_thread::yield();
     });
     for (int round = 0; round < 200; ++round) {
         auto* node = new Probe;

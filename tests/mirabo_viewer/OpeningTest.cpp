@@ -1,6 +1,5 @@
 // The whole window on the sample scenes, as a user has it.
 #include "mirabo/core/LiveInput.h"
-#include "mirabo/launch/SoMirabo.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
@@ -36,7 +35,7 @@ protected:
         viewer->getTreeDock()->window()->show();
         support::flush();
     }
-    void TearDown() override { SoMirabo::stop(); }
+    void TearDown() override { SoMiraboImpl::stop(); }
 
     SoMiraboTreeView* tree() const { return viewer->getTreeDock()->findChild<SoMiraboTreeView*>(); }
     int outlined() const { return viewer->getSelectionNode()->getNumSelected(); }
@@ -93,7 +92,7 @@ TEST_F(Opening, TakesItsWayOfDrawingBackFromTheSceneManager)
 {
     const SoRef<SoSceneManager> manager(viewer->getExaminerViewer()->getSceneManager());
     SoGLRenderAction* outlining = manager->getGLRenderAction();
-    SoMirabo::stop();
+    SoMiraboImpl::stop();
     SoGLRenderAction* now = manager->getGLRenderAction();
     EXPECT_NE(now, outlining);
     manager->setGLRenderAction(nullptr);
