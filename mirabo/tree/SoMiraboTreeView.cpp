@@ -81,7 +81,6 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     setItemDelegate(new mirabo::TreeDelegate(this));
     applyLook();
     setUpColumns();
-    setUpLayout();
     setSelectionMode(SingleSelection);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
@@ -235,7 +234,6 @@ void SoMiraboTreeView::doItemsLayout()
     if (m_closing)
         return;
     m_openBranches->restore();
-    m_layoutIsBehind = false;
     QTreeWidget::doItemsLayout();
 }
 
@@ -385,8 +383,7 @@ void SoMiraboTreeView::catchUp()
         return;
     for (SoTreeViewItem* marked : itemsOf(m_markedNode))
         marked->updateReferenceMark(true);
-    if (looksInView() != m_painted) // painting takes more time than asking
-        viewport()->update();
+    viewport()->update();
 }
 
 bool SoMiraboTreeView::canAddNodes() const
@@ -449,7 +446,6 @@ void SoMiraboTreeView::fitColumns(bool mayShrink)
 /// Deep rows begin far to the right, while the base goes to where their column begins.
 void SoMiraboTreeView::scrollTo(const QModelIndex& index, ScrollHint hint)
 {
-    layOutNow();
     const int x = horizontalScrollBar()->value();
     QTreeWidget::scrollTo(index, hint);
     horizontalScrollBar()->setValue(x);

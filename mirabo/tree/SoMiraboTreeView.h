@@ -6,7 +6,6 @@
 #include <kalmyr/base/SoRef.h>
 
 #include <QPoint>
-#include <QTimer>
 #include <QTreeWidget>
 
 #include <cstdint>
@@ -116,22 +115,9 @@ public:
 
     void doItemsLayout() override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
-    QRect visualRect(const QModelIndex& index) const override;
 
     /// For the patcher: rows come or go; the layout is made once, later.
     void rowsAboutToChange();
-    /// While it lives one row below `parent` is put in or taken out, with rows below it that are
-    /// not open. Where that cannot be seen, the layout may wait until somebody needs it.
-    class RowEdit {
-    public:
-        RowEdit(SoMiraboTreeView& view, const SoTreeViewItem* parent, int row);
-        ~RowEdit();
-        RowEdit(const RowEdit&) = delete;
-        RowEdit& operator=(const RowEdit&) = delete;
-
-    private:
-        SoMiraboTreeView& m_view;
-    };
     mirabo::OpenBranches& openBranches() { return *m_openBranches; }
     /// Closes all branches without laying out anything.
     void closeAll();
@@ -207,13 +193,6 @@ Q_SIGNALS:
     void statusHint(const QString& hint);
 
 protected:
-    void rowsInserted(const QModelIndex& parent, int start, int end) override;
-    void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
-    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
-    void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
-    QRegion visualRegionForSelection(const QItemSelection& selection) const override;
-    void scrollContentsBy(int dx, int dy) override;
-    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -231,10 +210,6 @@ private:
     void nodeRenamed(const SoNode* node) override;
     void nodeChangedUnheard(const SoNode* node, std::uint64_t since) override;
     void newsWaiting() override;
-    void setUpLayout();
-    void layOutNow() const;
-    bool isOutOfSight(const SoTreeViewItem* parent, int row) const;
-    QStringList looksInView() const;
     void setUpColumns();
     void applyLook();
     void clearRows();
@@ -275,11 +250,6 @@ private:
     bool m_fitPending = false;
     bool m_lookPending = false;
     bool m_closing = false;
-    bool m_editIsOutOfSight = false; ///< the row that is just put in or taken out
-    bool m_layoutIsBehind = false;   ///< but right for the rows in view
-    bool m_repaintsAll = false;      ///< nobody needs to know where rows are to be painted
-    QTimer m_layoutTimer;
-    QStringList m_painted; ///< how the rows in view looked when they were painted
     bool m_shiftPressed = false;
     bool m_pressChose = false; ///< the press being handled has told the panels already
     bool m_userChose = false;  ///< in this pass of the event loop

@@ -11,7 +11,6 @@
 #include <kalmyr/fields/SoMNodeField.h>
 
 #include <algorithm>
-#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -221,29 +220,16 @@ void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* fi
 
 void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& place)
 {
-    SoTreeViewItem* made = m_builder.build(place.node, place.field, item);
-    const SoMiraboTreeView::RowEdit edit(m_view, item, row);
-    item->insertChild(row, made);
+    m_view.rowsAboutToChange();
+    item->insertChild(row, m_builder.build(place.node, place.field, item));
     item->childrenChanged(row);
-}
-
-SoTreeViewItem* TreePatcher::takeRow(SoTreeViewItem* item, int row)
-{
-    // The base forgets open and hidden rows only in a layout of its own, and goes elsewhere when
-    // the current row is taken.
-    const SoTreeViewItem* child = item->childItem(row);
-    std::optional<SoMiraboTreeView::RowEdit> edit;
-    if (child->childCount() == 0 && child->isShown() && child != m_view.currentItem())
-        edit.emplace(m_view, item, row);
-    else
-        m_view.rowsAboutToChange();
-    return static_cast<SoTreeViewItem*>(item->takeChild(row));
 }
 
 void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 {
+    m_view.rowsAboutToChange();
     const SbTime start = SbTime::monotonic();
-    SoTreeViewItem* taken = takeRow(item, row);
+    auto* taken = static_cast<SoTreeViewItem*>(item->takeChild(row));
     m_view.openBranches().removalTook(
         static_cast<qint64>((SbTime::monotonic() - start).getValue() * 1e9));
     destroyRows(taken);

@@ -47,7 +47,6 @@ private:
     bool syncRows(SoTreeViewItem* item, int begin, int end, const std::vector<PlacedNode>& wanted);
     void insertRow(SoTreeViewItem* item, int row, const PlacedNode& place);
     void insertRows(SoTreeViewItem* item, int row, const PlacedNode* first, int count);
-    SoTreeViewItem* takeRow(SoTreeViewItem* item, int row);
     void removeRow(SoTreeViewItem* item, int row);
     void removeRows(SoTreeViewItem* item, int row, int count);
     void rearrange(SoTreeViewItem* item, int begin, int end, const PlacedNode* first, int count);

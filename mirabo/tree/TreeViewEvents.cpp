@@ -116,7 +116,6 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
         }
     }
     QTreeWidget::paintEvent(event);
-    m_painted = looksInView();
     QPainter painter(viewport());
     m_dropGuide->paint(painter);
     if (topLevelItemCount() > 0)
@@ -128,7 +127,6 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
 
 void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)
 {
-    layOutNow();
     if (isCheckShortcut(event)) {
         reportCheck();
         return;
@@ -183,7 +181,6 @@ void SoMiraboTreeView::focusOutEvent(QFocusEvent* event)
 void SoMiraboTreeView::mousePressEvent(QMouseEvent* event)
 {
     m_topology->tryToBringUpToDate();
-    layOutNow();
     SoTreeViewItem* item = asItem(itemAt(event->pos()));
     if (!item) {
         m_context.pressed = nullptr;

@@ -9,7 +9,6 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QScopedValueRollback>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -127,12 +126,7 @@ void SoMiraboTreeView::showItem(SoTreeViewItem* item)
     if (!item || !item->isFresh())
         return;
     scrollToItem(item); // opens its ancestors
-    {
-        // The base looks each row that changes up in the list of all open ones.
-        const QScopedValueRollback<bool> repainting(m_repaintsAll, true);
-        setCurrentItem(item);
-        viewport()->update();
-    }
+    setCurrentItem(item);
     m_textPending = true;
     resizeAllColumns();
 }

@@ -89,7 +89,7 @@ bool SoMiraboTreeView::verify(SoTreeViewItem* item)
 bool SoMiraboTreeView::verifyRowsInView()
 {
     std::unordered_set<const QTreeWidgetItem*> families;
-    const int height = std::max(1, rowHeight(indexAt({1, 1})));
+    const int height = std::max(1, visualRect(indexAt({1, 1})).height());
     for (int y = 1; y < viewport()->height(); y += height) {
         SoTreeViewItem* item = asItem(itemFromIndex(indexAt({1, y})));
         if (!item)

@@ -15,7 +15,6 @@
 #include <kalmyr/vrml/SoVRMLInline.h>
 
 #include <QSignalSpy>
-#include <QtTest>
 
 namespace {
 
@@ -471,52 +470,6 @@ TEST_F(TreeTest, KeepsBranchesOpenThroughManyRemovals)
         EXPECT_EQ(row(node)->isExpanded(), i != 1049) << i; // 1000 before the turn
     }
     EXPECT_EQ(check(), "");
-}
-
-TEST_F(TreeTest, ShowsWhatWasEditedOutOfSightWhenItComesIntoSight)
-{
-    std::vector<SoNode*> nodes;
-    for (int i = 0; i < 300; ++i)
-        nodes.push_back(i % 10 ? new SoCube : static_cast<SoNode*>(makePair()));
-    root->setChildren(nodes);
-    view.show();
-    view.expandAll();
-    const auto expectRowsInOrder = [this](const char* when) {
-        view.grab();
-        int last = -1;
-        for (int y = 1; y < view.viewport()->height(); y += 9) {
-            const auto* item = asRow(view.itemAt(60, y));
-            if (!item || item->parentItem() != view.rootItem())
-                continue;
-            const int index = item->childIndexValue();
-            EXPECT_EQ(item->getNode(), root->getChild(index)) << when;
-            EXPECT_TRUE(last < 0 || index == last || index == last + 1) << when;
-            last = index;
-        }
-        EXPECT_EQ(check(), "") << when;
-    };
-    for (int round = 0; round < 60; ++round) {
-        pass();
-        const int at = 100 + round * 7 % 150;
-        if (round % 3 == 0)
-            root->removeChild(at);
-        else if (round % 3 == 1)
-            root->insertChild(new SoCube, at);
-        else
-            root->replaceChild(at, new SoCube);
-        expectRowsInOrder("at the top");
-        if (round % 5 == 4) { // in sight, above it, and whatever the user does then
-            view.scrollToItem(row(root->getChild(at + 3)));
-            root->removeChild(at + 1);
-            root->insertChild(makePair(), 0);
-            expectRowsInOrder("in the middle");
-            view.setCurrentItem(row(root->getChild(at)));
-            QTest::keyClick(&view, Qt::Key_Down);
-            QTest::keyClick(&view, Qt::Key_End);
-            expectRowsInOrder("at the end");
-            QTest::keyClick(&view, Qt::Key_Home);
-        }
-    }
 }
 
 TEST_F(TreeTest, ManagesDepthBeyondTheCallStackOfRecursion)

@@ -4,7 +4,6 @@
 #include <kalmyr/core/SoDeathObserver.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/nodes/SoSeparator.h>
-#include <kalmyr/sensors/SoNodeSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 
 #include <gtest/gtest.h>
@@ -61,13 +60,11 @@ struct SoDeathObserverTest : ::testing::Test {
         log.mark(root.get(), "root");
         log.mark(group, "group");
         log.mark(cube, "cube");
-        listener.attach(root.get()); // silence is told where somebody would listen
     }
     SoRef<SoSeparator> root;
     SoSeparator* group;
     SoCube* cube;
     Log log;
-    SoNodeSensor listener;
 };
 
 TEST_F(SoDeathObserverTest, HearsOfDeathsThatAreNotNotified)

@@ -25,7 +25,7 @@ public:
     /// The marked object has got another name, or none.
     virtual void nameChanged(const SoBase*) {}
     /// The first change at or below a container, marked or not, since its notification was switched
-    /// off; the change's stamp is the container's change id. Not where nobody listens above.
+    /// off; the change's stamp is the container's change id.
     virtual void changedUnheard(const SoFieldContainer*) {}
 
 protected:
