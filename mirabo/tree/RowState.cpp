@@ -88,8 +88,7 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
             grey = static_cast<std::int32_t>(m_grey.size());
             m_grey.emplace_back(item);
         }
-        m_rows.push_back(
-            {parent, row, grey, item->childCount() > 0 && view.isOpen(item), item->isBookmarked()});
+        m_rows.push_back({parent, row, grey, view.isOpen(item), item->isBookmarked()});
         return static_cast<std::int32_t>(m_rows.size() - 1);
     };
     std::vector<Visit> open{{top, note(top, -1, 0)}};
@@ -100,7 +99,7 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
             const SoTreeViewItem* child = visit.item->childItem(row);
             if (child->childCount() > 0)
                 open.push_back({child, note(child, visit.at, row)});
-            else if (child->isBookmarked())
+            else if (child->isBookmarked() || view.isOpen(child)) // what was below may come back
                 note(child, visit.at, row);
         }
     }
