@@ -250,7 +250,8 @@ private:
         const QList<QAction*> actions = popup->actions();
         QAction* chosen = actions.isEmpty() ? nullptr : any(actions);
         if (chosen && !chosen->isSeparator() && !chosen->menu() && below(2))
-            chosen->trigger();
+            // Not from the timer that ends loops: what it opens is to be ended by it, too.
+            QMetaObject::invokeMethod(chosen, &QAction::trigger, Qt::QueuedConnection);
         if (open)
             open->close();
     }
