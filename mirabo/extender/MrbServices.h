@@ -21,8 +21,7 @@ class SoSceneManager;
 ///
 /// Extensions reach it through MrbExtension::services(). Nodes and fields are the host's, which may
 /// delete them at any time: hold a reference on what is kept beyond the signal or call that handed
-/// it over, or ask again. Edits of the graph go through commands, and stand between
-/// SoDB::writelock() and SoDB::writeunlock().
+/// it over, or ask again. Edits of the graph go through commands, under an SoWriteLock.
 ///
 /// The order of the virtual operations is part of the binary interface. GUI thread only; the
 /// signals are emitted inside the call that causes them. A slot must not edit the graph or open a

@@ -103,6 +103,7 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
     registerActions();
     new Automation(frame, m_tree); // the window owns it
+    m_tree->setFocus(); // not the box to search in
 }
 
 Session::~Session() = default;
