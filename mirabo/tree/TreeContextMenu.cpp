@@ -22,7 +22,8 @@ QAction* TreeContextMenu::add(const char* text, const char* icon, std::function<
         if (!row)
             return;
         m_view->setCurrentItem(row);
-        function();
+        if (m_view->context().menuRow) // whoever was told may have taken it away
+            function();
     });
     return action;
 }

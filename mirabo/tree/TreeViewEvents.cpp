@@ -279,9 +279,12 @@ void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
         item = asItem(currentItem());
     if (!item || !verify(item))
         return;
-    setCurrentItem(item);
     m_context.menuRow = item;
-    m_menu->prepare(item->getNodeType());
+    setCurrentItem(item);
+    // Whoever was told of the choice may have taken the row away, or ended the tool.
+    if (!m_context.menuRow || mirabo::Frame::isEnding())
+        return;
+    m_menu->prepare(m_context.menuRow->getNodeType());
     m_menu->popup(viewport()->mapToGlobal(point));
 }
 
