@@ -241,7 +241,8 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
     for (std::size_t i = 0; i < m_actions.size(); ++i)
         hub->actions().bind(static_cast<ActionId>(i), m_actions[i]);
-    connect(&hub->actions(), &mirabo::ActionRegistry::updated, m_findCombo,
+    // The box may outlive the window: what is in use stays when the host deletes that.
+    connect(&hub->actions(), &mirabo::ActionRegistry::updated, this,
             [this] { m_findCombo->setEnabled(action(ActionId::FindNext)->isEnabled()); });
     for (QAction* recent : m_recentActions)
         connect(recent, &QAction::triggered, hub, &SoCommandManager::openFileRecent);
