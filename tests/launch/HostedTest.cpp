@@ -115,7 +115,8 @@ TEST_F(HostedTest, FollowsTheScenesOfItsSceneManager)
     const SoRef<SoSeparator> next(new SoSeparator);
     next->addChild(new SoSeparator);
     const SoRef<SoSeparator> kept(scene);
-    MrbServices::getInstance()->pushCommand(new NoCommand);
+    NoCommand command; // the stack forgets it without deleting it
+    MrbServices::getInstance()->pushCommand(&command);
     EXPECT_TRUE(undo->isEnabled());
     manager->setSceneGraph(next.get());
     EXPECT_EQ(rowCount(), 2);
