@@ -46,8 +46,10 @@ void (*s_afterWalk)() = nullptr;
 
 Deferred& deferred()
 {
-    if (!t_deferred)
+    if (!t_deferred) {
+        kalmyr::detail::threadNumber(); // from now on its end is noticed
         t_deferred = new Deferred;
+    }
     return *t_deferred;
 }
 
