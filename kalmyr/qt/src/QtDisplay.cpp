@@ -19,7 +19,7 @@
 
 namespace {
 
-/// What the environment and the command line tell Qt.
+/// The settings of the environment and the command line that Qt reads.
 struct Wishes {
     QStringList platforms; ///< in the order in which they are tried
     QString pluginPath;

@@ -13,7 +13,7 @@ using WriteValue = std::function<void(SoFieldWriter&)>;
 /// Reads them; false after a fault. May be called again from the beginning.
 using ReadValue = std::function<bool(SoFieldReader&)>;
 
-/// What is wrong with a text; line and column from 1.
+/// The first fault of a text; line and column from 1.
 struct TextFault {
     int line = 0;
     int column = 0;

@@ -242,7 +242,7 @@ bool SoChildList::assign(const std::vector<SoNode*>& children)
 {
     if (!acceptsAll(children))
         return false;
-    // What stands at the front and the back of both lists stays as it is.
+    // Equal children at the front and the back of both lists stay as they are.
     const auto front =
         std::mismatch(children.begin(), children.end(), m_nodes.begin(), m_nodes.end());
     const auto numFront = front.first - children.begin();

@@ -12,7 +12,7 @@ class SoRecursiveRWLock;
 class SoType;
 
 /// \file
-/// What the toolkit knows of threads: who owns what is kept beside the graphs (queued sensors,
+/// Thread support of the toolkit: who owns what is kept beside the graphs (queued sensors,
 /// bound nodes, followers of the time), and when that passes from one thread to another.
 
 namespace kalmyr::detail {

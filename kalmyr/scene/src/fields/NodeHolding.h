@@ -14,7 +14,7 @@ bool mayHold(const SoField& field, const SoNode* node);
 /// The same for all of several.
 bool mayHoldAll(const SoField& field, std::span<SoNode* const> nodes);
 
-/// What a reader says then.
+/// The reader's message for that case.
 inline constexpr char kHoldsThis[] = "expected a node that does not hold this one";
 
 /// Whether the value of `twin`, a field of the same type, may become that of `field`: nodes are

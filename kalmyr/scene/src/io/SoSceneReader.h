@@ -49,7 +49,7 @@ public:
     ~SceneReader() override;
 
     bool readNode(SoNode*& node) override;
-    /// What stands here and is no node.
+    /// Statements and other text here that is no node.
     bool readStatements();
     /// Next node of the file itself; null with `true` at its end.
     virtual bool readTop(SoNode*& node);

@@ -112,7 +112,7 @@ void SoDataSensor::forgetTrigger()
 {
     if (m_fate)
         *m_fate = Fate::FORGOTTEN;
-    // What dies of it may come back here.
+    // Objects that die with it may call back here.
     const Record reported = std::exchange(m_record, {});
     const auto waiting = std::exchange(m_waiting, {});
     m_nextWaiting = 0;

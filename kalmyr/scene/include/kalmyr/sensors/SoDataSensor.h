@@ -70,7 +70,7 @@ private:
     /// Forgets what was not to be held: it may be gone when its turn comes.
     static void dropWhatMayDie(Record& record);
 
-    /// What has happened to the sensor inside its callback.
+    /// Changes of the sensor inside its own callback.
     enum class Fate : std::uint8_t { KEPT, FORGOTTEN, GONE };
     bool isAnyWaiting() const { return m_nextWaiting < m_waiting.size(); }
     Record takeWaiting();
