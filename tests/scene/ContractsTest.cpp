@@ -30,6 +30,7 @@
 #include <memory>
 
 using fieldtest::Listener;
+using fieldtest::textOf;
 
 namespace {
 
@@ -50,6 +51,11 @@ void expectRefused(const std::vector<Misuse>& misuses, const std::function<std::
         EXPECT_EQ(state(), before) << misuse.name;
         errors.mayStayEmpty(); // said above, with the name
     }
+}
+
+std::unique_ptr<SoField> makeField(SoType type)
+{
+    return std::unique_ptr<SoField>(static_cast<SoField*>(type.createInstance()));
 }
 
 class Contracts : public nodetest::NodesTest {
@@ -81,6 +87,206 @@ protected:
 
 } // namespace
 
+/// All types of multiple values, those of modules and hosts among them.
+TEST_F(Contracts, ListsOfValuesRefuseWhatIsOutOfRange)
+{
+    for (const SoType type : SoType::getAllDerivedFrom(SoMField::getClassTypeId())) {
+        if (!type.canCreateInstance())
+            continue;
+        SCOPED_TRACE(type.getName().getString());
+        const auto field = makeField(type);
+        auto& list = static_cast<SoMField&>(*field);
+        list.setNum(2);
+        Listener listener;
+        list.addAuditor(&listener, SoAuditor::SENSOR);
+        list.setDefault(true);
+        SbString text("stays");
+        std::string out;
+        SoFieldWriter writer(out);
+        SoTokenizer tokens("1 ", 2);
+        SoFieldReader reader(tokens);
+        SoSFTrigger other;
+        expectRefused(
+            {
+                {"get1(-1)", [&] { list.get1(-1, text); }},
+                {"get1(num)", [&] { list.get1(2, text); }},
+                {"write1Value(-1)", [&] { list.write1Value(-1, writer); }},
+                {"write1Value(num)", [&] { list.write1Value(2, writer); }},
+                {"set1(-1)", [&] { EXPECT_FALSE(list.set1(-1, "1")); }},
+                {"set1(null)",
+                 [&] { EXPECT_FALSE(list.set1(0, static_cast<const char*>(nullptr))); }},
+                {"set1(most)", [&] { EXPECT_FALSE(list.set1(INT_MAX, "NULL")); }},
+                {"read1Value(-8)", [&] { EXPECT_FALSE(list.read1Value(-8, reader)); }},
+                {"setNum(-1)", [&] { list.setNum(-1); }},
+                {"setNum(most)", [&] { list.setNum(INT_MAX); }},
+                {"deleteValues(-1)", [&] { list.deleteValues(-1, 1); }},
+                {"deleteValues(3)", [&] { list.deleteValues(3); }},
+                {"deleteValues(-1) to the end", [&] { list.deleteValues(-1, INT_MAX); }},
+                {"insertSpace(-1)", [&] { list.insertSpace(-1, 1); }},
+                {"insertSpace(less than none)", [&] { list.insertSpace(0, -1); }},
+                {"insertSpace(most)", [&] { list.insertSpace(1, INT_MAX); }},
+                {"insertSpace(most, most)", [&] { list.insertSpace(INT_MAX, INT_MAX); }},
+            },
+            [&] { return textOf(list) + (list.isDefault() ? "default" : "") + out; });
+        EXPECT_TRUE(text.isEmpty());
+        EXPECT_EQ(listener.changes, 0);
+        list.deleteValues(2); // at the end: nothing to delete, and no mistake
+        EXPECT_EQ(list.getNum(), 2);
+        list.removeAuditor(&listener);
+    }
+}
+
+TEST_F(Contracts, FieldsRefuseOthersAndNull)
+{
+    SoSFTrigger trigger;
+    SoSFFloat number;
+    for (const SoType type : SoType::getAllDerivedFrom(SoField::getClassTypeId())) {
+        if (!type.canCreateInstance())
+            continue;
+        SCOPED_TRACE(type.getName().getString());
+        const auto field = makeField(type);
+        SoField* other = type == trigger.getTypeId() ? static_cast<SoField*>(&number) : &trigger;
+        Listener listener;
+        field->addAuditor(&listener, SoAuditor::SENSOR);
+        EXPECT_FALSE(field->isSame(*other));
+        expectRefused(
+            {
+                {"copyFrom", [&] { field->copyFrom(*other); }},
+                {"set(null)", [&] { EXPECT_FALSE(field->set(static_cast<const char*>(nullptr))); }},
+                {"connectFrom(null)", [&] { EXPECT_FALSE(field->connectFrom(nullptr)); }},
+                {"addAuditor(null)", [&] { field->addAuditor(nullptr, SoAuditor::SENSOR); }},
+                {"getAuditors()[1]", [&] { EXPECT_EQ(field->getAuditors()[1].auditor, nullptr); }},
+            },
+            [&] { return textOf(*field) + (field->isDefault() ? "default" : ""); });
+        EXPECT_EQ(listener.changes, 0);
+        EXPECT_TRUE(field->isSame(*field));
+        field->removeAuditor(&listener);
+    }
+}
+
+TEST_F(Contracts, TypedValuesRefuseWhatIsOutOfRange)
+{
+    SoMFVec3f points;
+    points.setValues({{1, 2, 3}, {4, 5, 6}});
+    const SbVec3f more[2];
+    EXPECT_EQ(points.getValues(2), points.getValues() + 2);
+    expectRefused(
+        {
+            {"operator[](-1)", [&] { EXPECT_EQ(points[-1], SbVec3f()); }},
+            {"operator[](num)", [&] { EXPECT_EQ(points[2], SbVec3f()); }},
+            {"getValues(-1)", [&] { points.getValues(-1); }},
+            {"set1Value(-8)", [&] { points.set1Value(-8, SbVec3f()); }},
+            {"set1Value(most)", [&] { points.set1Value(INT_MAX, SbVec3f()); }},
+            {"setValues(-1)", [&] { points.setValues(-1, 2, more); }},
+            {"setValues(less than none)", [&] { points.setValues(0, -2, more); }},
+            {"setValues(null)", [&] { points.setValues(0, 2, nullptr); }},
+            {"setValues(most)", [&] { points.setValues(INT_MAX, 2, more); }},
+            {"setNumQuietly(-1)", [&] { points.setNumQuietly(-1); }},
+            {"setNumRaw(most)", [&] { EXPECT_EQ(points.setNumRaw(INT_MAX), nullptr); }},
+            {"reserve(-1)", [&] { points.reserve(-1); }},
+        },
+        [&] { return textOf(points); });
+
+    SoSFArray array;
+    const float values[] = {1, 2, 3, 4};
+    ASSERT_TRUE(array.setValue({2, 2, 1}, SoSFArray::FLOAT, values));
+    constexpr auto kNoType = static_cast<SoSFArray::DataType>(99);
+    expectRefused(
+        {
+            {"getValueAt(num)", [&] { EXPECT_EQ(array.getValueAt(4), 0); }},
+            {"getValueAt(-1)",
+             [&] { EXPECT_EQ(array.getValueAt(static_cast<std::size_t>(-1)), 0); }},
+            {"dimensions below 0",
+             [&] {
+                 EXPECT_FALSE(array.setValue({-1, 2, 2}, SoSFArray::FLOAT));
+             }},
+            {"bytes overflow",
+             [&] {
+                 EXPECT_FALSE(array.setValue({INT_MAX, INT_MAX, INT_MAX}, SoSFArray::DOUBLE));
+             }},
+            {"no type",
+             [&] {
+                 EXPECT_FALSE(array.setValue({1, 1, 1}, kNoType));
+             }},
+            {"size of no type", [&] { SoSFArray::getSizeOf(kNoType); }},
+        },
+        [&] { return textOf(array); });
+
+    SoSFImage image;
+    const unsigned char pixels[4] = {1, 2, 3, 4};
+    ASSERT_TRUE(image.setValue({2, 2}, 1, pixels));
+    expectRefused(
+        {
+            {"size below 0",
+             [&] {
+                 EXPECT_FALSE(image.setValue({-2, 2}, 1, pixels));
+             }},
+            {"five components",
+             [&] {
+                 EXPECT_FALSE(image.setValue({1, 1}, 5, pixels));
+             }},
+            {"bytes overflow",
+             [&] {
+                 EXPECT_FALSE(image.setValue({INT_MAX, INT_MAX}, 4, nullptr));
+             }},
+        },
+        [&] { return textOf(image); });
+
+    constexpr SoEnumEntry kNames[] = {{"ONE", 1}, {"TWO", 2}};
+    SoSFEnum single;
+    SoMFEnum several;
+    single.setEnums(kNames);
+    several.setEnums(kNames);
+    SbName name("stays");
+    expectRefused(
+        {
+            {"getEnum(-1)", [&] { EXPECT_EQ(single.getEnum(-1, name), 0); }},
+            {"getEnum(num)", [&] { EXPECT_EQ(several.getEnum(2, name), 0); }},
+            {"too many names",
+             [&] { single.setEnums(std::vector<SoEnumEntry>(std::size_t(1) << 16)); }},
+        },
+        [&] { return textOf(single) + std::to_string(single.getNumEnums()); });
+    EXPECT_TRUE(name.isEmpty());
+}
+
+TEST_F(Contracts, NodeListsRefuseWhatIsOutOfRange)
+{
+    fieldtest::initTypes();
+    const SoRef<fieldtest::Bound> bound(new fieldtest::Bound);
+    bound->children.addNode(new SoCube);
+    SoMFNode loose;
+    loose.addNode(new SoCube);
+    loose.addNode(nullptr);
+    for (SoMFNode* nodes : {&bound->children, &loose}) {
+        SCOPED_TRACE(nodes->isBound() ? "bound" : "loose");
+        const int num = nodes->getNum();
+        SoNode* const two[2] = {stranger.get(), stranger.get()};
+        expectRefused(
+            {
+                {"operator[](-1)", [&] { EXPECT_EQ((*nodes)[-1], nullptr); }},
+                {"getNode(num)", [&] { EXPECT_EQ(nodes->getNode(num), nullptr); }},
+                {"insertNode(-1)", [&] { EXPECT_FALSE(nodes->insertNode(stranger.get(), -1)); }},
+                {"insertNode(num + 1)",
+                 [&] { EXPECT_FALSE(nodes->insertNode(stranger.get(), num + 1)); }},
+                {"removeNode(num)", [&] { EXPECT_FALSE(nodes->removeNode(num)); }},
+                {"removeNode(stranger)", [&] { EXPECT_FALSE(nodes->removeNode(stranger.get())); }},
+                {"replaceNode(stranger)",
+                 [&] { EXPECT_FALSE(nodes->replaceNode(stranger.get(), stranger.get())); }},
+                {"set1Value(-8)", [&] { EXPECT_FALSE(nodes->set1Value(-8, stranger.get())); }},
+                {"set1Value(most)",
+                 [&] { EXPECT_FALSE(nodes->set1Value(INT_MAX, stranger.get())); }},
+                {"setValues(-1)", [&] { EXPECT_FALSE(nodes->setValues(-1, 2, two)); }},
+                {"setValues(null)", [&] { EXPECT_FALSE(nodes->setValues(0, 2, nullptr)); }},
+                {"setNum(-1)", [&] { nodes->setNum(-1); }},
+                {"deleteValues(num + 1)", [&] { nodes->deleteValues(num + 1, 1); }},
+            },
+            [&] { return textOf(*nodes); });
+    }
+    expectRefused({{"bindTo(null)", [&] { loose.bindTo(nullptr); }},
+                   {"bindTo twice", [&] { loose.bindTo(bound->getChildren()); }}},
+                  [&] { return textOf(loose) + (loose.isBound() ? "bound" : ""); });
+}
+
 TEST_F(Contracts, GroupsAndPathsRefuseWhatIsNotThere)
 {
     SoNode* first = group->getChild(0);
@@ -105,6 +311,8 @@ TEST_F(Contracts, GroupsAndPathsRefuseWhatIsNotThere)
              [&] {
                  EXPECT_FALSE(group->setChildren({first, nullptr}));
              }},
+            {"SoGroup(-1)", [] { SoRef<SoGroup>(new SoGroup(-1)); }},
+            {"getAuditors()[-1]", [&] { EXPECT_EQ(group->getAuditors().getObject(-1), nullptr); }},
         },
         [this] { return children(); });
 
@@ -155,9 +363,12 @@ TEST_F(Contracts, ContainersAndTheirTablesRefuseNullAndStrangers)
             {"set(null)", [&] { EXPECT_FALSE(material->set(static_cast<const char*>(nullptr))); }},
             {"copyFieldValues(null)", [&] { material->copyFieldValues(nullptr); }},
             {"copyFieldValues(stranger)", [&] { material->copyFieldValues(stranger.get()); }},
+            {"getFieldName(-1)", [&] { EXPECT_TRUE(data->getFieldName(-1).isEmpty()); }},
             {"getField(num)", [&] { EXPECT_EQ(data->getField(material.get(), num), nullptr); }},
             {"getField(null)", [&] { EXPECT_EQ(data->getField(nullptr, 0), nullptr); }},
+            {"getDeclared(0)", [&] { EXPECT_EQ(declared.getDeclared(0), nullptr); }},
             {"add(null)", [&] { declared.add("x", nullptr); }},
+            {"addAuditor(null)", [&] { material->addAuditor(nullptr, SoAuditor::SENSOR); }},
         },
         [&] {
             SbString text;
@@ -206,28 +417,57 @@ TEST_F(Contracts, ActionsInputsAndOutputsRefuseNothing)
         misuses.push_back({"null node", [=] { action->apply(static_cast<SoNode*>(nullptr)); }});
         misuses.push_back({"null path", [=] { action->apply(static_cast<SoPath*>(nullptr)); }});
         misuses.push_back({"empty path", [=] { action->apply(empty.get()); }});
+        misuses.push_back({"getCurNode(-1)", [=] { action->getCurNode(-1); }});
     }
     SoInput in;
     const char text[] = "Cube { }";
     ASSERT_TRUE(in.setBuffer(text, sizeof text - 1));
+    SoState state(nullptr);
     misuses.insert(
         misuses.end(),
         {
             {"getPickedPoint(-1)", [&] { EXPECT_EQ(pick.getPickedPoint(-1), nullptr); }},
+            {"pop()", [&] { state.pop(); }},
             {"setBuffer(null)", [&] { EXPECT_FALSE(in.setBuffer(nullptr, 5)); }},
             {"setBuffer(null) of an output", [&] { out.setBuffer(nullptr, 5); }},
             {"setCompression(11)", [&] { out.setCompression(true, 11); }},
             {"readAll(null)", [] { EXPECT_EQ(SoDB::readAll(nullptr), nullptr); }},
             {"readAllVRML(null)", [] { EXPECT_EQ(SoDB::readAllVRML(nullptr), nullptr); }},
+            {"setOffset beyond the end", [&] { in.getTokenizer().setOffset(sizeof text + 1); }},
         });
     expectRefused(misuses, [&] {
-        return std::to_string(in.getTokenizer().getOffset()) + (in.isOpen() ? "open" : "")
-               + (out.isCompressed() ? "small" : "") + std::string(out.getText());
+        return std::to_string(state.getDepth()) + std::to_string(in.getTokenizer().getOffset())
+               + (in.isOpen() ? "open" : "") + (out.isCompressed() ? "small" : "")
+               + std::string(out.getText());
     });
     pick.apply(group.get());
     ASSERT_NE(pick.getPickedPoint(), nullptr);
     auto errors = support::expectErrors();
     EXPECT_EQ(pick.getPickedPoint()->getObjectToWorld(stranger.get()), SbMatrix());
+}
+
+/// The library of values; its own suite has the arithmetic.
+TEST_F(Contracts, TextsAndMatricesRefuseNull)
+{
+    SbString text("abc");
+    SbMatrix matrix;
+    matrix.setTranslate({1, 2, 3});
+    SbRotation rotation(SbVec3f(0, 0, 1), 1.0f);
+    const SbMatrix was = matrix;
+    const SbRotation turned = rotation;
+    expectRefused({{"SbString(null, 5)", [] { EXPECT_TRUE(SbString(nullptr, 5).isEmpty()); }},
+                   {"text[4]", [&] { EXPECT_EQ(std::as_const(text)[4], '\0'); }},
+                   {"text[3] = x", [&] { text[3] = 'x'; }},
+                   {"SbMatrix(null)",
+                    [] { EXPECT_TRUE(SbMatrix(static_cast<const float*>(nullptr)).isIdentity()); }},
+                   {"matrix.setValue(null)", [&] { matrix.setValue(nullptr); }},
+                   {"rotation.setValue(null)",
+                    [&] { rotation.setValue(static_cast<const float*>(nullptr)); }}},
+                  [&] {
+                      return text.toStdString() + (matrix == was ? "" : "changed")
+                             + (rotation == turned ? "" : "turned");
+                  });
+    EXPECT_EQ(std::as_const(text)[3], '\0');
 }
 
 TEST_F(Contracts, StopTheProgramWhereTheyAreToldTo)

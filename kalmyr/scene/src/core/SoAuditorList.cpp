@@ -82,8 +82,13 @@ int SoAuditorList::countMany() const
 
 const SoAuditorList::Entry& SoAuditorList::entryOfMany(int i) const
 {
+    static const Entry none;
     const kalmyr::detail::CacheLock lock;
-    m_many->settle();
+    if (m_many)
+        m_many->settle();
+    const int length = m_many ? static_cast<int>(m_many->entries.size()) : 0;
+    if (!kalmyr::holds(i >= 0 && i < length, "0 <= index < getLength()"))
+        return none;
     return m_many->entries[static_cast<std::size_t>(i)];
 }
 

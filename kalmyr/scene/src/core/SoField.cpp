@@ -14,6 +14,7 @@
 #include "fields/NodeHolding.h"
 #include "SoFieldExtra.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -120,8 +121,11 @@ void SoField::get(SbString& text) const
 
 bool SoField::set(const char* text)
 {
-    if (!kalmyr::holds(text, "a text"))
-        return false;
+    return kalmyr::holds(text, "a text") && set(SbString(text));
+}
+
+bool SoField::set(const SbString& text)
+{
     // Into a twin first, so that a fault leaves this value as it was.
     std::unique_ptr<SoField> twin;
     const auto read = [this, &twin](SoFieldReader& in) {
@@ -307,7 +311,12 @@ void SoMField::get1(int index, SbString& text) const
 
 bool SoMField::set1(int index, const char* text)
 {
-    if (!kalmyr::holds(text && index >= 0, "a text, and index >= 0"))
+    return kalmyr::holds(text, "a text") && set1(index, SbString(text));
+}
+
+bool SoMField::set1(int index, const SbString& text)
+{
+    if (!kalmyr::holds(index >= 0, "index >= 0"))
         return false;
     // A twin reads first, so that a fault leaves this value as it was.
     std::unique_ptr<SoField> twin;
@@ -332,6 +341,25 @@ bool SoMField::set1(int index, const char* text)
         return true;
     postFault(fault);
     return false;
+}
+
+bool SoMField::isIndex(int index, int num)
+{
+    return kalmyr::holds(index >= 0 && index < num, "0 <= index < the number of values");
+}
+
+int SoMField::countToDelete(int num, int start, int count)
+{
+    if (!kalmyr::holds(start >= 0 && start <= num, "0 <= start <= getNum()"))
+        return 0;
+    return count < 0 ? num - start : std::min(count, num - start);
+}
+
+bool SoMField::canInsert(int num, int start, int count, int maxNum)
+{
+    return kalmyr::holds(start >= 0 && count >= 0, "start and count from 0 on")
+           && kalmyr::holds(count <= maxNum - std::max(start, num), "at most kMaxNum values")
+           && count > 0;
 }
 
 bool SoMField::readValue(SoFieldReader& in)

@@ -104,8 +104,11 @@ bool SoFieldContainer::isFieldWritten(const SoField& field) const
 
 bool SoFieldContainer::set(const char* text)
 {
-    if (!kalmyr::holds(text, "a text"))
-        return false;
+    return kalmyr::holds(text, "a text") && set(SbString(text));
+}
+
+bool SoFieldContainer::set(const SbString& text)
+{
     struct NewValue {
         SoField* field;
         std::unique_ptr<SoField> value;

@@ -1,6 +1,5 @@
 #include <kalmyr/fields/SoMNodeField.h>
 
-#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoNode.h>
@@ -10,9 +9,7 @@
 #include "NodeHolding.h"
 
 #include <algorithm>
-#include <cassert>
 #include <iterator>
-#include <limits>
 #include <utility>
 
 namespace {
@@ -33,15 +30,6 @@ void SoMNodeField::initClass()
 
 namespace {
 
-bool isInRange(const char* function, int index, int num)
-{
-    if (index >= 0 && index < num) {
-        return true;
-    }
-    SoDebugError::post(function, "index %d is out of the range 0 to %d", index, num - 1);
-    return false;
-}
-
 auto at(std::vector<SoNode*>& nodes, int index)
 {
     return nodes.begin() + index;
@@ -58,7 +46,8 @@ SoMNodeField::~SoMNodeField()
 
 void SoMNodeField::bindTo(SoChildList* list)
 {
-    assert(m_nodes.empty() && !m_list);
+    if (!kalmyr::holds(list && m_nodes.empty() && !m_list, "a list, once, before any value"))
+        return;
     m_list = list;
     list->setField(this);
 }
@@ -172,8 +161,7 @@ bool SoMNodeField::insertNode(SoNode* node, int index)
     if (m_list) {
         return m_list->insert(node, index);
     }
-    return isInRange("SoMNodeField::insertNode", index, getNum() + 1)
-           && exchange(index, 0, {&node, 1});
+    return isIndex(index, std::min(getNum() + 1, kMaxNum)) && exchange(index, 0, {&node, 1});
 }
 
 bool SoMNodeField::removeNode(int index)
@@ -182,7 +170,7 @@ bool SoMNodeField::removeNode(int index)
     if (m_list) {
         return m_list->remove(index);
     }
-    return isInRange("SoMNodeField::removeNode", index, getNum()) && exchange(index, 1, {});
+    return isIndex(index, getNum()) && exchange(index, 1, {});
 }
 
 bool SoMNodeField::removeAllNodes()
@@ -193,7 +181,7 @@ bool SoMNodeField::removeAllNodes()
 bool SoMNodeField::replaceNode(const SoNode* old, SoNode* node)
 {
     const int index = find(old);
-    return isInRange("SoMNodeField::replaceNode", index, getNum()) && set1Value(index, node);
+    return kalmyr::holds(index >= 0, "a node of the field") && set1Value(index, node);
 }
 
 bool SoMNodeField::setValue(SoNode* node)
@@ -207,7 +195,7 @@ bool SoMNodeField::set1Value(int index, SoNode* node)
     if (m_list) {
         return index == m_list->getLength() ? m_list->append(node) : m_list->set(index, node);
     }
-    return setValues(index, {&node, 1});
+    return isIndex(index, kMaxNum) && setValues(index, {&node, 1});
 }
 
 bool SoMNodeField::setValues(std::span<SoNode* const> nodes)
@@ -217,9 +205,10 @@ bool SoMNodeField::setValues(std::span<SoNode* const> nodes)
 
 bool SoMNodeField::setValues(int start, std::span<SoNode* const> nodes)
 {
-    if (!isInRange("SoMNodeField::setValues", start, std::numeric_limits<int>::max())) {
+    if (!kalmyr::holds(start >= 0 && start <= kMaxNum
+                           && nodes.size() <= static_cast<std::size_t>(kMaxNum - start),
+                       "0 <= start, and at most kMaxNum nodes in all"))
         return false;
-    }
     const int num = getNum();
     if (m_list && nodes.size() == 1 && nodes[0] && start <= num) {
         return set1Value(start, nodes[0]);
@@ -240,21 +229,20 @@ bool SoMNodeField::setValues(int start, std::span<SoNode* const> nodes)
 
 void SoMNodeField::setNum(int num)
 {
+    if (!kalmyr::holds(num >= 0 && num <= kMaxNum, "0 <= num <= kMaxNum"))
+        return;
     const int before = getNum();
-    if (num < before) {
-        deleteValues(std::max(num, 0));
-    } else if (!m_list) {
+    if (num < before)
+        deleteValues(num);
+    else if (!m_list)
         exchange(before, 0, std::vector<SoNode*>(static_cast<std::size_t>(num - before)));
-    }
 }
 
 void SoMNodeField::deleteValues(int start, int count)
 {
-    const int num = getNum();
-    if (start < 0 || start >= num || count == 0) {
+    const int n = countToDelete(getNum(), start, count);
+    if (n == 0)
         return;
-    }
-    const int n = count < 0 ? num - start : std::min(count, num - start);
     if (!m_list) {
         exchange(start, n, {});
     } else if (n == 1) {
@@ -268,9 +256,8 @@ void SoMNodeField::deleteValues(int start, int count)
 
 void SoMNodeField::insertSpace(int start, int count)
 {
-    if (m_list || start < 0 || count <= 0) {
+    if (!canInsert(getNum(), start, count, kMaxNum) || m_list)
         return;
-    }
     const int place = std::min(start, getNum());
     exchange(place, 0, std::vector<SoNode*>(static_cast<std::size_t>(start - place + count)));
 }
@@ -283,13 +270,15 @@ bool SoMNodeField::isSame(const SoField& other) const
 
 void SoMNodeField::copyFrom(const SoField& other)
 {
-    if (&other != this) {
+    if (&other != this && canCopy(other)) {
         assign(static_cast<const SoMNodeField&>(other).getValues());
     }
 }
 
 void SoMNodeField::copyWith(SoNodeCopier& copier, const SoField& other)
 {
+    if (!canCopy(other))
+        return;
     std::vector<SoNode*> copies;
     for (SoNode* node : static_cast<const SoMNodeField&>(other).getValues()) {
         copies.push_back(copier.copyOf(node));
@@ -309,7 +298,7 @@ bool SoMNodeField::readValue(SoFieldReader& in)
     const SoRef<SoNode> keep(node);
     // A lone NULL is the empty list.
     return assign({&node, node ? std::size_t{1} : std::size_t{0}})
-           || in.text.fail("expected a node that does not hold this one");
+           || in.text.fail(kalmyr::detail::kHoldsThis);
 }
 
 bool SoMNodeField::readList(SoFieldReader& in)
@@ -325,20 +314,29 @@ bool SoMNodeField::readList(SoFieldReader& in)
     std::vector<SoNode*> nodes;
     std::transform(read.begin(), read.end(), std::back_inserter(nodes),
                    [](const SoRef<SoNode>& r) { return r.get(); });
-    return assign(nodes) || in.text.fail("expected nodes that do not hold this one");
+    return assign(nodes) || in.text.fail(kalmyr::detail::kHoldsThis);
 }
 
 bool SoMNodeField::read1Value(int index, SoFieldReader& in)
 {
     SoNode* node = nullptr;
-    if (!in.readNode(node)) {
+    if (!isIndex(index, kMaxNum) || !in.readNode(node)) {
         return false;
     }
     const SoRef<SoNode> keep(node);
-    return set1Value(index, node) || in.text.fail("expected a node that does not hold this one");
+    return set1Value(index, node) || in.text.fail(kalmyr::detail::kHoldsThis);
+}
+
+void SoMNodeField::writeValue(SoFieldWriter& out) const
+{
+    if (getNum() == 1 && !(*this)[0])
+        out.text += "[ NULL ]";
+    else
+        SoMField::writeValue(out);
 }
 
 void SoMNodeField::write1Value(int index, SoFieldWriter& out) const
 {
-    out.writeNode((*this)[index]);
+    if (isIndex(index, getNum()))
+        out.writeNode((*this)[index]);
 }

@@ -133,8 +133,7 @@ bool SoSFArray::isSame(const SoField& other) const
 
 void SoSFArray::copyFrom(const SoField& other)
 {
-    if (&other == this
-        || !kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+    if (&other == this || !canCopy(other))
         return;
     const auto& array = static_cast<const SoSFArray&>(other);
     setValue(array.getDimensions(), array.getDataType(), array.getValues());

@@ -76,7 +76,7 @@ bool SoSFBufferObject::isSame(const SoField& other) const
 
 void SoSFBufferObject::copyFrom(const SoField& other)
 {
-    if (kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+    if (canCopy(other))
         setValue(static_cast<const SoSFBufferObject&>(other).getValue());
 }
 

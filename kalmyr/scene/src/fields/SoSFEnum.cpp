@@ -18,6 +18,17 @@ bool findEnumValue(std::span<const SoEnumEntry> enums, std::string_view name, in
     return true;
 }
 
+int enumAt(std::span<const SoEnumEntry> enums, int index, SbName& name)
+{
+    name = SbName::empty();
+    if (!kalmyr::holds(index >= 0 && static_cast<std::size_t>(index) < enums.size(),
+                       "0 <= index < getNumEnums()"))
+        return 0;
+    const SoEnumEntry& entry = enums[static_cast<std::size_t>(index)];
+    name = SbName(entry.name);
+    return entry.value;
+}
+
 const char* findEnumName(std::span<const SoEnumEntry> enums, int value)
 {
     const auto at = std::find_if(enums.begin(), enums.end(),
@@ -180,13 +191,6 @@ bool SoSFBitMask::readValue(SoFieldReader& in)
 void SoSFBitMask::writeValue(SoFieldWriter& out) const
 {
     kalmyr::writeBitMask(out.text, getEnums(), getValue());
-}
-
-int SoMFEnum::getEnum(int index, SbName& name) const
-{
-    const SoEnumEntry& entry = m_enums[static_cast<std::size_t>(index)];
-    name = SbName(entry.name);
-    return entry.value;
 }
 
 void SoMFEnum::prepareTwin(SoField& twin) const

@@ -60,11 +60,14 @@ bool SoSFFieldContainer::isSame(const SoField& other) const
 
 void SoSFFieldContainer::copyFrom(const SoField& other)
 {
-    setValue(static_cast<const SoSFFieldContainer&>(other).getValue());
+    if (canCopy(other))
+        setValue(static_cast<const SoSFFieldContainer&>(other).getValue());
 }
 
 void SoSFFieldContainer::copyWith(SoNodeCopier& copier, const SoField& other)
 {
+    if (!canCopy(other))
+        return;
     SoFieldContainer* held = static_cast<const SoSFFieldContainer&>(other).getValue();
     SoNode* node = nodeOf(held);
     setValue(node ? copier.copyOf(node) : held);

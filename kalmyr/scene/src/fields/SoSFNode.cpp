@@ -48,12 +48,14 @@ bool SoSFNode::isSame(const SoField& other) const
 
 void SoSFNode::copyFrom(const SoField& other)
 {
-    setValue(static_cast<const SoSFNode&>(other).getValue());
+    if (canCopy(other))
+        setValue(static_cast<const SoSFNode&>(other).getValue());
 }
 
 void SoSFNode::copyWith(SoNodeCopier& copier, const SoField& other)
 {
-    setValue(copier.copyOf(static_cast<const SoSFNode&>(other).getValue()));
+    if (canCopy(other))
+        setValue(copier.copyOf(static_cast<const SoSFNode&>(other).getValue()));
 }
 
 bool SoSFNode::readValue(SoFieldReader& in)

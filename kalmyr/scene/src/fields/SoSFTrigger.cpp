@@ -10,7 +10,7 @@ bool SoSFTrigger::isSame(const SoField& other) const
 
 void SoSFTrigger::copyFrom(const SoField& other)
 {
-    if (kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type"))
+    if (canCopy(other))
         trigger();
 }
 

@@ -1,5 +1,7 @@
 #include <kalmyr/fields/SoValueFields.h>
 
+#include <kalmyr/base/SoContract.h>
+
 #define KALMYR_SINGLE_SOURCE(Suffix) SO_FIELD_SOURCE(SoSF##Suffix, SoSField, "SF" #Suffix)
 #define KALMYR_VALUE_SOURCE(Suffix)                                                                \
     KALMYR_SINGLE_SOURCE(Suffix)                                                                   \
@@ -38,10 +40,14 @@ KALMYR_SINGLE_SOURCE(Box3f)
 KALMYR_SINGLE_SOURCE(Box3s)
 KALMYR_SINGLE_SOURCE(Image)
 
-void SoSFImage::setValue(const SbVec2i32& size, int components, const unsigned char* bytes)
+bool SoSFImage::setValue(const SbVec2i32& size, int components, const unsigned char* bytes)
 {
-    m_value.setValue(size, components, bytes);
-    valueChanged();
+    SbImage image;
+    if (!kalmyr::holds(image.setValue(size, components, bytes),
+                       "a size from 0 on, 1 to 4 components, at most SbImage::kMaxBytes"))
+        return false;
+    setValue(image);
+    return true;
 }
 
 unsigned char* SoSFImage::startEditing(SbVec2i32& size, int& components)

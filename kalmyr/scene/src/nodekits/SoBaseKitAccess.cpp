@@ -96,9 +96,8 @@ bool setPartFields(SoBaseKit& kit, const SbString& part, const SbString& fields)
     SoNode* node = kit.getPart(part, true);
     if (!node)
         return false;
-    return node->isOfType(SoBaseKit::getClassTypeId())
-               ? static_cast<SoBaseKit*>(node)->set(fields.getString())
-               : node->set(fields.getString());
+    return node->isOfType(SoBaseKit::getClassTypeId()) ? static_cast<SoBaseKit*>(node)->set(fields)
+                                                       : node->set(fields);
 }
 
 bool setPartTexts(SoBaseKit& kit, std::string_view text)
@@ -125,13 +124,16 @@ bool SoBaseKit::set(const SbString& part, const char* fields)
 
 bool SoBaseKit::set(const char* text)
 {
-    if (!kalmyr::holds(text, "a text"))
-        return false;
-    if (!kalmyr::detail::isPartText(text))
+    return kalmyr::holds(text, "a text") && set(SbString(text));
+}
+
+bool SoBaseKit::set(const SbString& text)
+{
+    if (!kalmyr::detail::isPartText(text.view()))
         return SoNode::set(text);
     const SoRef<SoNode> trial(copy());
-    return trial && setPartTexts(static_cast<SoBaseKit&>(*trial), text)
-           && setPartTexts(*this, text);
+    return trial && setPartTexts(static_cast<SoBaseKit&>(*trial), text.view())
+           && setPartTexts(*this, text.view());
 }
 
 SoPath* SoBaseKit::createPathToPart(const SbString& name, bool makeIfNeeded)

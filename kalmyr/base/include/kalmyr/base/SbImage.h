@@ -57,7 +57,7 @@ public:
     }
     /// The pixels for writing; parts from copies that shared them.
     KALMYRBASE_API unsigned char* edit();
-    /// The address of a pixel; unchecked.
+    /// The address of a pixel of the first slice; unchecked, for it stands in loops over pixels.
     const unsigned char* getPixel(int x, int y) const
     {
         return getBytes() + (static_cast<std::size_t>(y) * m_size[0] + x) * m_components;

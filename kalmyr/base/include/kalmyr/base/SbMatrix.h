@@ -23,19 +23,19 @@ public:
     {
     }
     explicit SbMatrix(const Values& values) { setValue(&values[0][0]); }
-    /// Copies 16 values, row by row.
-    explicit SbMatrix(const float* values) { setValue(values); }
+    /// Copies 16 values, row by row; the identity, with an error posted, without values.
+    explicit SbMatrix(const float* values) : SbMatrix() { setValue(values); }
 
     static constexpr SbMatrix identity() { return SbMatrix(); }
     constexpr void makeIdentity() { *this = SbMatrix(); }
     KALMYRBASE_API bool isIdentity() const;
 
-    /// Copies 16 values, row by row.
+    /// Copies 16 values, row by row. Nothing changes, and an error is posted, without values.
     KALMYRBASE_API void setValue(const float* values);
     /// The four rows, contiguous.
     constexpr const Values& getValue() const { return m_v; }
     KALMYRBASE_API void getValue(Values& out) const;
-    /// A row; unchecked.
+    /// A row, 0 <= row < 4; unchecked, as the components of vectors are.
     constexpr float* operator[](int row) { return m_v[row]; }
     constexpr const float* operator[](int row) const { return m_v[row]; }
     constexpr operator const Values&() const { return m_v; }

@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbVec.h>
+#include <kalmyr/base/SoContract.h>
 
 class SbMatrix;
 
@@ -27,7 +28,11 @@ public:
     KALMYRBASE_API SbRotation& setValue(const SbVec3f& axis, float radians);
     KALMYRBASE_API SbRotation& setValue(const SbVec3f& from, const SbVec3f& to);
     KALMYRBASE_API SbRotation& setValue(float x, float y, float z, float w);
-    SbRotation& setValue(const float* q) { return setValue(q[0], q[1], q[2], q[3]); }
+    /// Nothing changes, and an error is posted, without a quaternion.
+    SbRotation& setValue(const float* q)
+    {
+        return kalmyr::holds(q, "four values") ? setValue(q[0], q[1], q[2], q[3]) : *this;
+    }
     KALMYRBASE_API SbRotation& setValue(const SbMatrix& m);
 
     /// The quaternion x, y, z, w.

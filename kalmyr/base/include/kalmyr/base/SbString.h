@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SoContract.h>
 
 #include <compare>
 #include <cstddef>
@@ -43,8 +44,13 @@ public:
         : m_text(std::string_view(text))
     {
     }
-    /// `length` bytes starting at `text`; they may contain zeros.
-    SbString(const char* text, std::size_t length) : m_text(text, length) {}
+    /// `length` bytes starting at `text`; they may contain zeros. Empty, with an error posted, for
+    /// a null pointer to some bytes.
+    SbString(const char* text, std::size_t length)
+    {
+        if (kalmyr::holds(text || length == 0, "text of length bytes"))
+            m_text.assign(text ? text : "", length);
+    }
     /// A number in decimal; floats in the shortest form that reads back the same.
     explicit SbString(int number) : m_text(std::to_string(number)) {}
     explicit SbString(unsigned int number) : m_text(std::to_string(number)) {}
@@ -63,9 +69,16 @@ public:
     operator std::string_view() const { return m_text; }
     std::string_view view() const { return m_text; }
 
-    /// Unchecked byte access.
-    char operator[](std::size_t i) const { return m_text[i]; }
-    char& operator[](std::size_t i) { return m_text[i]; }
+    /// A byte, or the zero behind the last one; zero, with an error posted, for positions beyond.
+    char operator[](std::size_t i) const
+    {
+        return kalmyr::holds(i <= m_text.size(), "position <= getLength()") ? m_text[i] : '\0';
+    }
+    /// A byte for writing. Positions at or beyond the end give a byte that stands for none.
+    char& operator[](std::size_t i)
+    {
+        return kalmyr::holds(i < m_text.size(), "position < getLength()") ? m_text[i] : noByte();
+    }
 
     auto begin() const { return m_text.begin(); }
     auto end() const { return m_text.end(); }
@@ -187,6 +200,12 @@ public:
     }
 
 private:
+    static char& noByte()
+    {
+        thread_local char byte;
+        return byte = '\0';
+    }
+
     std::string m_text;
 };
 

@@ -8,6 +8,7 @@
 /// A vector of N numbers, stored contiguously, zero unless told otherwise.
 /// Trivially copyable: arrays of vectors may be copied, hashed or uploaded as plain numbers.
 /// Arithmetic is component by component and stays in T; lengths of whole-number vectors are floats.
+/// Indices and pointers are not checked: they stand in inner loops and in constant expressions.
 template <typename T, int N>
 class SbVec {
     static_assert(std::is_arithmetic_v<T> && N >= 2);
@@ -37,7 +38,7 @@ public:
         m_v[N - 1] = last;
     }
 
-    /// Copies N values.
+    /// Copies N values; unchecked.
     explicit constexpr SbVec(const T* values) { setValue(values); }
     SbVec(std::nullptr_t) = delete;
 
@@ -85,7 +86,7 @@ public:
         ((out = m_v[i++]), ...);
     }
 
-    /// Unchecked access.
+    /// A component, 0 <= i < N; unchecked.
     constexpr T& operator[](int i) { return m_v[i]; }
     constexpr const T& operator[](int i) const { return m_v[i]; }
 

@@ -44,7 +44,7 @@ public:
     /// Draws into memory, with the scene manager's action and background, at the area's size.
     bool renderOffscreen(SoOffscreenRenderer& renderer);
 
-    /// True when somebody used the event.
+    /// True when somebody used the event, which is not null.
     virtual bool processEvent(const SoEvent* event);
 
 protected:

@@ -48,7 +48,7 @@ public:
 
     /// Clears, and draws the scene into the current OpenGL context; true when it did.
     bool render();
-    /// Passes an event to the scene; true when a node handled it.
+    /// Passes an event, which is not null, to the scene; true when a node handled it.
     bool processEvent(const SoEvent* event);
 
     SoSceneManagerImpl* getImpl() const { return m_impl.get(); }

@@ -79,8 +79,8 @@ public:
     static SoType getClassTypeId();
     static void initClass();
 
-    /// Applies to `root` and everything below. A null root, or an action that is being applied
-    /// already, is refused with a debug error.
+    /// Applies to `root` and everything below. A null root, an empty path, and an action that is
+    /// being applied already are broken contracts: nothing is traversed, an error is posted.
     virtual void apply(SoNode* root);
     /// Applies along a path and to everything below its tail. Beside the path only nodes that
     /// affect the state are visited, and only those that come before the path's next node.
@@ -103,9 +103,11 @@ public:
 
     /// Depth of the present node below the root of the application; 0 at the root.
     int getCurDepth() const { return static_cast<int>(m_stack.size()) - 1; }
-    /// The present node (0) or one above it. Null beyond the root.
+    /// The present node (0) or one above it. Null beyond the root; `fromTail` is not negative.
     SoNode* getCurNode(int fromTail = 0) const
     {
+        if (!kalmyr::holds(fromTail >= 0, "fromTail >= 0"))
+            return nullptr;
         const auto up = static_cast<std::size_t>(fromTail) + 1;
         return up <= m_stack.size() ? m_stack[m_stack.size() - up].node : nullptr;
     }

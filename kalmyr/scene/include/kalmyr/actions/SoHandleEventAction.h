@@ -23,7 +23,7 @@ public:
     void setViewportRegion(const SbViewportRegion& region);
     const SbViewportRegion& getViewportRegion() const { return m_region; }
 
-    /// Not owned; must live while the action is applied.
+    /// Not owned; must live while the action is applied, which needs an event.
     void setEvent(const SoEvent* event);
     const SoEvent* getEvent() const { return m_event; }
 

@@ -62,7 +62,7 @@ public:
 
     /// Results, nearest first; of hits at one distance the one traversed first comes first.
     const std::vector<SoPickedPoint>& getPickedPoints() const { return m_points; }
-    /// Null when there are not that many.
+    /// Null when there are not that many; `index` is not negative.
     const SoPickedPoint* getPickedPoint(int index = 0) const;
 
     /// For separators: true when a valid cache says that nothing inside can be met.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kalmyr/base/Export.h>
+#include <kalmyr/base/SoContract.h>
 
 #include <cstdint>
 class SoBase;
@@ -54,9 +55,11 @@ public:
     SoAuditorList(const SoAuditorList&) = delete;
     SoAuditorList& operator=(const SoAuditorList&) = delete;
 
-    /// Adds an auditor or raises its multiplicity.
+    /// Adds an auditor, which is not null, or raises its multiplicity.
     void append(SoAuditor* auditor, SoAuditor::Type type)
     {
+        if (!kalmyr::holds(auditor, "an auditor"))
+            return;
         if (m_many || m_one.auditor)
             appendFurther(auditor, type);
         else
@@ -74,7 +77,11 @@ public:
 
     /// Number of distinct auditors.
     int getLength() const { return m_many ? countMany() : m_one.auditor ? 1 : 0; }
-    const Entry& operator[](int i) const { return m_many ? entryOfMany(i) : m_one; }
+    /// An entry without auditor, with an error posted, for an index out of range.
+    const Entry& operator[](int i) const
+    {
+        return i == 0 && !m_many && m_one.auditor ? m_one : entryOfMany(i);
+    }
     SoAuditor* getObject(int i) const { return (*this)[i].auditor; }
     SoAuditor::Type getType(int i) const { return (*this)[i].type; }
 

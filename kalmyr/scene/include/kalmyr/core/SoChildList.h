@@ -40,8 +40,8 @@ public:
     /// index: constant time then for a child that stands in it once.
     int find(const SoNode* child) const;
 
-    /// The edits return false, and change nothing, for a null child, an index out of range or a
-    /// cycle.
+    /// The edits return false, and change nothing, for a null child or an index out of range, which
+    /// are broken contracts, and for a cycle.
     bool append(SoNode* child);
     /// `index` from 0 to getLength(), the latter appends.
     bool insert(SoNode* child, int index);
@@ -52,8 +52,13 @@ public:
     /// Replaces the whole list with one notification of kind ALL_REMOVED (intended: whoever
     /// mirrors the list reads it again).
     bool assign(const std::vector<SoNode*>& children);
-    /// Reserves memory for that many children.
-    void reserve(int count) { m_nodes.reserve(static_cast<std::size_t>(count)); }
+    /// Reserves memory for that many children, at most kMaxReserved.
+    void reserve(int count)
+    {
+        if (kalmyr::holds(count >= 0 && count <= kMaxReserved, "0 <= count <= kMaxReserved"))
+            m_nodes.reserve(static_cast<std::size_t>(count));
+    }
+    static constexpr int kMaxReserved = 1 << 28;
 
     /// Lets a field stand for the list: its listeners hear of every change before the parent does,
     /// and it stops being default with the first edit. The field lives as long as the list.

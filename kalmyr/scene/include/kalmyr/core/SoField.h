@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbString.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoAuditor.h>
 #include <kalmyr/core/SoNotification.h>
 #include <kalmyr/core/SoType.h>
@@ -61,18 +62,31 @@ public:
     FieldType getFieldType() const { return static_cast<FieldType>((flags() >> kTypeShift) & 7); }
     void setFieldType(FieldType type);
 
-    /// The value as scene text; exact: set() of it restores the value to the bit.
+    /// The value as scene text; exact: set() of it restores the value to the bit, except for the
+    /// payload of not-a-number and one component of a rotation next to a half or a whole turn
+    /// (3e-16).
+    ///
+    /// Nodes and engines stand there whole, as scene files have them: DEF and USE for what the
+    /// value holds several times, connections among what it holds, engines that these follow.
+    /// set() makes new ones. What follows a node outside the value keeps the value that it has, an
+    /// engine without a name gets one, and names of files are looked up from the working directory.
     void get(SbString& text) const;
-    /// Sets the value from text. False, with the value unchanged and an error posted as a read
-    /// error, for text that is no value of this type.
+    /// Sets the value from text. False, with nothing changed, nobody notified and an error posted
+    /// as a read error, for text that is no value of this type or no value that the field takes; a
+    /// null pointer is a broken contract.
     bool set(const char* text);
+    /// The same for texts that may have zeros in them.
+    bool set(const SbString& text);
 
     /// Value from and to scene text; the value is unspecified after a failed read.
     virtual bool readValue(SoFieldReader& in) = 0;
     virtual void writeValue(SoFieldWriter& out) const = 0;
 
+    /// Whether the values are equal or have the same bits, as a not-a-number has with itself. False
+    /// for a field of another type.
     virtual bool isSame(const SoField& other) const = 0;
-    /// Copies value, not flags, from a field of the same type, and notifies.
+    /// Copies value, not flags, from a field of the same type, and notifies. Does nothing, and
+    /// posts an error, for a field of another type.
     virtual void copyFrom(const SoField& other) = 0;
     /// Copies from a field of the same type inside a copied graph: nodes held are replaced by
     /// their copies.
@@ -94,8 +108,8 @@ public:
     /// fields may follow one master. Replaces an earlier connection.
     ///
     /// Refused, with an error that names the fields, where there is no conversion between the types
-    /// and where it would close a cycle. An output's engine is kept alive by its followers.
-    /// A value set on a connected field stays until the master changes.
+    /// where it would close a cycle, and for null. An output's engine is kept alive by its
+    /// followers. A value set on a connected field stays until the master changes.
     bool connectFrom(SoField* master);
     /// Keeps the present value of the master.
     void disconnect();
@@ -115,6 +129,7 @@ public:
             pull();
     }
 
+    /// Null is refused with an error.
     void addAuditor(SoAuditor* auditor, SoAuditor::Type type);
     void removeAuditor(SoAuditor* auditor);
     /// Sensors and connections on this field; an empty list when there are none.
@@ -134,6 +149,11 @@ protected:
     virtual bool mayFollow() const { return true; }
     /// Gives a twin made by set() what it needs to read a value (the names of an enum field).
     virtual void prepareTwin(SoField&) const {}
+    /// For copyFrom(): whether `other` is of this field's type; a broken contract if not.
+    bool canCopy(const SoField& other) const
+    {
+        return kalmyr::holds(other.getTypeId() == getTypeId(), "a field of the same type");
+    }
     /// The same as valueChanged() for an edit of a node list that has a kind of its own.
     void notifyChange(SoNotification& notification);
     /// The flags are read by many threads and changed by one at a time.
@@ -190,20 +210,30 @@ public:
 };
 
 /// A field with any number of values in one contiguous array.
+///
+/// Indices and counts out of range are broken contracts: nothing changes, an error is posted.
 class KALMYR_API SoMField : public SoField {
 public:
     static SoType getClassTypeId();
     static void initClass();
 
     virtual int getNum() const = 0;
+    /// New values are default ones.
     virtual void setNum(int num) = 0;
+    /// Deletes `count` values, or all from `start` on for a negative count or one that reaches
+    /// beyond the end; 0 <= start <= getNum().
     virtual void deleteValues(int start, int count = -1) = 0;
-    /// Makes room for `count` default values before `start`.
+    /// Makes room for `count` default values before `start`; beyond the end the field grows up to
+    /// there as well. None of the two may be negative.
     virtual void insertSpace(int start, int count) = 0;
 
-    /// One value as text; set1 grows the field when needed. False for text that is no value.
+    /// One value as text, as get() has it; empty for an index out of range.
     void get1(int index, SbString& text) const;
+    /// Sets one value from text and grows the field when needed. False, as of set(), with nothing
+    /// changed.
     bool set1(int index, const char* text);
+    bool set1(int index, const SbString& text);
+    /// Nothing is written for an index out of range, and reading is false.
     virtual bool read1Value(int index, SoFieldReader& in) = 0;
     virtual void write1Value(int index, SoFieldWriter& out) const = 0;
 
@@ -214,4 +244,9 @@ public:
 protected:
     /// Reads values up to the closing bracket; the typed fields override with their fast path.
     virtual bool readList(SoFieldReader& in) = 0;
+
+    /// The contracts of edits; false after a broken one, or (0, false) when there is nothing to do.
+    static bool isIndex(int index, int num);
+    static int countToDelete(int num, int start, int count);
+    static bool canInsert(int num, int start, int count, int maxNum);
 };

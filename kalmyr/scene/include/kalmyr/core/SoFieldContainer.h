@@ -39,14 +39,17 @@ public:
     /// follows another field.
     virtual bool isFieldWritten(const SoField& field) const;
 
-    /// Sets fields from text such as "radius 2 height 3". False, with nothing further set, at the
-    /// first fault.
+    /// Sets fields from text such as "radius 2 height 3"; a '~' behind a value makes the field
+    /// ignored. False at the first fault, with nothing changed at all and nobody notified; an error
+    /// is posted. A null pointer is a broken contract.
     bool set(const char* text);
-    /// All fields that do not hold their default, as text that set() takes.
+    bool set(const SbString& text);
+    /// All fields that do not hold their default or are ignored, as text that set() takes; values
+    /// as SoField::get() has them. Connections are not told of.
     void get(SbString& text) const;
 
     /// Copies all field values (and, with `copyConnections`, connections) from a container of
-    /// the same type; one notification.
+    /// the same type; one notification. Does nothing, and posts an error, for another type or null.
     virtual void copyFieldValues(const SoFieldContainer* from, bool copyConnections = false);
 
     /// Switches notification of this container on or off; returns what it was. While off, changes

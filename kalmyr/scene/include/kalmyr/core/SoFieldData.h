@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbName.h>
+#include <kalmyr/base/SoContract.h>
 
 #include <cstddef>
 #include <unordered_map>
@@ -14,17 +15,20 @@ class SoFieldContainer;
 ///
 /// One table serves all instances of a class: a field is found by its distance from the container.
 /// Containers whose fields come from a file own a table of their own.
+/// Indices out of range give the empty name and null, and post an error.
 class KALMYR_API SoFieldData {
 public:
     SoFieldData() = default;
     SoFieldData(const SoFieldData&) = default;
 
-    /// Adds a field that lives in, or is owned by, `container`.
+    /// Adds a field that lives in, or is owned by, `container`. Null is refused with an error.
     void addField(const SoFieldContainer* container, const SbName& name, const SoField* field);
 
     int getNumFields() const { return static_cast<int>(m_entries.size()); }
-    const SbName& getFieldName(int index) const
+    SbName getFieldName(int index) const
     {
+        if (!kalmyr::holds(index >= 0 && index < getNumFields(), "0 <= index < getNumFields()"))
+            return SbName::empty();
         return m_entries[static_cast<std::size_t>(index)].name;
     }
     SoField* getField(const SoFieldContainer* container, int index) const;

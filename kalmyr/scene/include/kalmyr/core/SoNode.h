@@ -60,6 +60,10 @@ public:
 
     /// Fills a new copy from `from`: fields, children, name, override. Nodes that keep state
     /// outside their fields override it.
+    ///
+    /// Afterwards the children are the copies of the children of `from`, in order, and nodes in
+    /// fields are copies of those there, whatever the constructor put there itself. Children that
+    /// are the node's own business are its own business here, too.
     virtual void copyContents(const SoNode* from, SoNodeCopier& copier);
 
     /// Whether a field of this node may hold `value`; if not, `why` tells what it takes instead.

@@ -14,6 +14,8 @@ class SoNode;
 ///
 /// It follows edits of the graph: indices change with the places of the nodes, and where a node is
 /// taken away from the one above it the path ends. SoLightPath costs less and follows when asked.
+///
+/// Null nodes, and indices out of range, are broken contracts: nothing changes, an error is posted.
 class KALMYR_API SoPath final : public SoBase, private SoAuditor {
 public:
     static SoType getClassTypeId();
@@ -23,12 +25,15 @@ public:
     SoPath() = default;
     explicit SoPath(SoNode* head);
 
+    /// Null makes the path empty.
     void setHead(SoNode* head);
     /// Appends a child of the tail by its index in the tail's (internal) children, or -1 when the
-    /// node is reached by a field.
+    /// node is reached by a field. To an empty path it appends the head.
     void append(SoNode* node, int index);
     void append(int childIndex);
+    /// Keeps the first `length` nodes, 0 <= length <= getLength().
     void truncate(int length);
+    /// Takes the tail off; the path must not be empty.
     void pop() { truncate(getLength() - 1); }
 
     int getLength() const { return static_cast<int>(m_nodes.size()); }
@@ -54,6 +59,8 @@ public:
 
     bool containsNode(const SoNode* node) const;
     bool containsPath(const SoPath* path) const;
+    /// A new path (reference count 0) of `numNodes` nodes from that one on, or of all from there
+    /// for 0 or a number that reaches beyond the tail; 0 <= startFromNodeIndex <= getLength().
     SoPath* copy(int startFromNodeIndex = 0, int numNodes = 0) const;
 
     friend bool operator==(const SoPath& a, const SoPath& b)

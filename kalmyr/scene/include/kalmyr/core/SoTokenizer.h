@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbString.h>
+#include <kalmyr/base/SoContract.h>
 
 #include <cstdint>
 #include <string>
@@ -21,7 +22,8 @@ public:
     static constexpr std::size_t kMaxWordLength = std::size_t(1) << 16;
 
     SoTokenizer() = default;
-    /// `text[size]` must be readable and zero. The buffer must outlive the tokenizer.
+    /// `text[size]` must be readable and zero. The buffer must outlive the tokenizer. Null stands
+    /// for the empty text.
     SoTokenizer(const char* text, std::size_t size, std::string_view sourceName = {});
 
     bool atEnd();                ///< skips separators; true when nothing follows
@@ -79,7 +81,12 @@ public:
     std::size_t getErrorOffset() const { return m_errorOffset; }
 
     std::size_t getOffset() const { return static_cast<std::size_t>(m_at - m_begin); }
-    void setOffset(std::size_t offset) { m_at = m_begin + offset; }
+    /// Goes to a place, at most getSize().
+    void setOffset(std::size_t offset)
+    {
+        if (kalmyr::holds(offset <= getSize(), "offset <= getSize()"))
+            m_at = m_begin + offset;
+    }
     std::size_t getSize() const { return static_cast<std::size_t>(m_end - m_begin); }
     /// Bytes not yet read.
     std::size_t getRemaining() const { return static_cast<std::size_t>(m_end - m_at); }

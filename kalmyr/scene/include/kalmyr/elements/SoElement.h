@@ -28,7 +28,8 @@ public:
     virtual void reset() = 0;
 
     /// Records the setter; the value id becomes that of the node's present state, or a new one
-    /// when the value comes from no node.
+    /// when the value comes from no node. A node that sets other values from visit to visit, though
+    /// it has not changed, tells them apart by mixValueId().
     void setBy(const SoNode* node);
     /// For values accumulated over several nodes (matrices, lights): mixes the node's id in.
     void accumulatedBy(const SoNode* node);

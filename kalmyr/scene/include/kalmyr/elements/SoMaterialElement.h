@@ -3,6 +3,8 @@
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/elements/SoState.h>
 
+#include <algorithm>
+
 /// Surface properties. The arrays belong to the nodes that set them, which live while traversed;
 /// shapes with per-part bindings pick from them by material index.
 struct SoMaterialValues {
@@ -15,15 +17,15 @@ struct SoMaterialValues {
     const float* transparency = nullptr; ///< 0 opaque to 1; null: opaque
     int numTransparency = 0;
 
+    /// Beyond either end the value there, as the indices of files are taken.
     SbColor getDiffuse(int i = 0) const
     {
-        return numDiffuse > 0 ? diffuse[i < numDiffuse ? i : numDiffuse - 1]
+        return numDiffuse > 0 ? diffuse[std::clamp(i, 0, numDiffuse - 1)]
                               : SbColor(0.8f, 0.8f, 0.8f);
     }
     float getTransparency(int i = 0) const
     {
-        return numTransparency > 0 ? transparency[i < numTransparency ? i : numTransparency - 1]
-                                   : 0.0f;
+        return numTransparency > 0 ? transparency[std::clamp(i, 0, numTransparency - 1)] : 0.0f;
     }
 };
 

@@ -3,7 +3,8 @@
 #include <kalmyr/base/SbMatrix.h>
 #include <kalmyr/elements/SoState.h>
 
-/// Object space to world space (row vectors: point * matrix).
+/// Object space to world space (row vectors: point * matrix). A node may set or multiply another
+/// matrix at every visit: the value id depends on the matrix.
 class KALMYR_API SoModelMatrixElement final
     : public SoValueElement<SoModelMatrixElement, SbMatrix> {
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/elements/SoElement.h>
 
 #include <cstdint>
@@ -29,7 +30,7 @@ public:
     {
         while (!m_changed.empty() && m_changed.back().depth == m_depth)
             dropChange();
-        if (m_depth > 0)
+        if (kalmyr::holds(m_depth > 0, "a push() for every pop()"))
             --m_depth;
     }
 

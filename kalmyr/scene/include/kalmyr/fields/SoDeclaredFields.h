@@ -19,7 +19,7 @@ public:
     SoDeclaredFields(const SoDeclaredFields&) = delete;
     SoDeclaredFields& operator=(const SoDeclaredFields&) = delete;
 
-    /// A field that the owner's class has anyway.
+    /// A field that the owner's class has anyway; null is refused with an error.
     void add(const SbName& name, SoField* field);
     /// A new field of a registered field type. Null when there is no such type, or when there is a
     /// field of that name already.
@@ -30,8 +30,11 @@ public:
 
     const SoFieldData* getData() const { return &m_data; }
     int getNumDeclared() const { return static_cast<int>(m_fields.size()); }
+    /// Null, and the empty name, for an index out of range.
     SoField* getDeclared(int index) const
     {
+        if (!kalmyr::holds(index >= 0 && index < getNumDeclared(), "0 <= index < getNumDeclared()"))
+            return nullptr;
         return m_fields[static_cast<std::size_t>(index)].get();
     }
     SbName getDeclaredName(int index) const { return m_data.getFieldName(m_numOwn + index); }

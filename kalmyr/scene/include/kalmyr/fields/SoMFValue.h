@@ -18,6 +18,8 @@
 /// Implementation of a multiple-value field of value type T; `Derived` is the concrete class.
 ///
 /// One contiguous array; a single value of at most 16 bytes is kept in place without allocation.
+/// Broken contracts (indices and counts out of range, more than kMaxNum values, values from a null
+/// pointer) change nothing and post an error; what is read then is a default value.
 /// A derived class whose text depends on more than the value shadows readItem() and writeItem()
 /// and says so by kOwnText.
 template <class Derived, class T>
@@ -25,7 +27,8 @@ class SoMFValue : public SoMField {
 public:
     using Value = T;
     /// More values than this are refused.
-    static constexpr int kMaxNum = std::numeric_limits<int>::max() / 2;
+    static constexpr int kMaxNum = static_cast<int>(std::min<std::size_t>(
+        std::numeric_limits<int>::max() / 2, std::numeric_limits<std::size_t>::max() / sizeof(T)));
 
     int getNum() const override
     {
@@ -77,16 +80,16 @@ public:
     }
     void initValues(std::initializer_list<T> values) { assign({values.begin(), values.size()}); }
 
-    /// Replaces one value, growing the field when `index` is at or beyond its end.
+    /// Replaces one value, growing the field by default values when `index` is at or beyond its
+    /// end.
     void set1Value(int index, const T& value)
     {
         if (!kalmyr::holds(index >= 0 && index < kMaxNum, "0 <= index < kMaxNum"))
             return;
         evaluate();
         const T copy = value;
-        if (index >= m_array.size()) {
+        if (index >= m_array.size())
             m_array.resize(index + 1);
-        }
         m_array.data()[index] = copy;
         valueChanged();
     }
@@ -121,17 +124,18 @@ public:
     void setNum(int num) override
     {
         evaluate();
-        m_array.resize(checkedNum(num));
+        if (!isNum(num))
+            return;
+        m_array.resize(num);
         valueChanged();
     }
     void deleteValues(int start, int count = -1) override
     {
         evaluate();
         const int num = m_array.size();
-        if (start < 0 || start >= num || count == 0) {
+        const int n = countToDelete(num, start, count);
+        if (n == 0)
             return;
-        }
-        const int n = count < 0 ? num - start : std::min(count, num - start);
         T* at = m_array.data();
         std::move(at + start + n, at + num, at + start);
         m_array.resize(num - n);
@@ -139,12 +143,9 @@ public:
     }
     void insertSpace(int start, int count) override
     {
-        if (start < 0 || count <= 0) {
-            return;
-        }
         evaluate();
         const int old = m_array.size();
-        if (!kalmyr::holds(std::max(start, old) <= kMaxNum - count, "at most kMaxNum values"))
+        if (!canInsert(old, start, count, kMaxNum))
             return;
         m_array.resize(std::max(start, old) + count);
         if (start < old) {
@@ -164,16 +165,27 @@ public:
     void finishEditing() { valueChanged(); }
     /// Sets the number of values without notification, to be followed by startEditing() and
     /// finishEditing(). New values are default ones.
-    void setNumQuietly(int num) { m_array.resize(checkedNum(num)); }
-    /// The same, but new values of plain types have no value until they are written.
+    void setNumQuietly(int num)
+    {
+        if (isNum(num))
+            m_array.resize(num);
+    }
+    /// The same, but new values of plain types have no value until they are written. Null, and the
+    /// number as it was, for a number out of range.
     T* setNumRaw(int num)
     {
         evaluate();
-        m_array.resizeRaw(checkedNum(num));
+        if (!isNum(num))
+            return nullptr;
+        m_array.resizeRaw(num);
         return m_array.data();
     }
     /// Takes memory for `num` values in advance.
-    void reserve(int num) { m_array.reserve(checkedNum(num)); }
+    void reserve(int num)
+    {
+        if (isNum(num))
+            m_array.reserve(num);
+    }
 
     /// Index of the first equal value, or -1.
     int find(const T& value) const
@@ -193,9 +205,8 @@ public:
     }
     void copyFrom(const SoField& other) override
     {
-        if (&other == this) {
+        if (&other == this || !canCopy(other))
             return;
-        }
         assign(static_cast<const SoMFValue&>(other).values());
         valueChanged();
     }
@@ -232,15 +243,15 @@ public:
     bool read1Value(int index, SoFieldReader& in) override
     {
         T value{};
-        if (!self().readItem(in, value)) {
+        if (!isIndex(index, kMaxNum) || !self().readItem(in, value))
             return false;
-        }
         set1Value(index, value);
         return true;
     }
     void write1Value(int index, SoFieldWriter& out) const override
     {
-        self().writeItem(out, (*this)[index]);
+        if (isIndex(index, getNum()))
+            self().writeItem(out, (*this)[index]);
     }
 
 protected:
@@ -263,11 +274,9 @@ protected:
     }
 
 private:
-    /// The present number when that many values cannot be.
-    int checkedNum(int num) const
+    static bool isNum(int num)
     {
-        const bool fits = kalmyr::holds(num <= kMaxNum, "at most kMaxNum values");
-        return fits ? std::max(num, 0) : m_array.size();
+        return kalmyr::holds(num >= 0 && num <= kMaxNum, "0 <= num <= kMaxNum");
     }
     /// Stands for values that the field does not have.
     static const T& noValue()

@@ -22,8 +22,13 @@ class SoNode;
 /// `child` null for a null). ALL_REMOVED tells that the field is empty now or, where it is bound,
 /// that the list is another; UNSPECIFIED, that several places of an unbound field changed.
 /// Edits take the time of moving the entries behind the place.
+/// Broken contracts (indices and counts out of range, nodes from a null pointer) change nothing and
+/// post an error.
 class KALMYR_API SoMNodeField : public SoMField {
 public:
+    /// More nodes than this are refused.
+    static constexpr int kMaxNum = 1 << 28;
+
     static SoType getClassTypeId();
     static void initClass();
 
@@ -31,12 +36,14 @@ public:
     ~SoMNodeField() override;
 
     /// Makes `list` the field's value; once, in the container's constructor, before any value is
-    /// set. The list belongs to the container and must outlive every use of the field.
+    /// set. The list belongs to the container and must outlive every use of the field. A second
+    /// list and null are refused with an error.
     void bindTo(SoChildList* list);
     bool isBound() const { return m_list; }
 
     int getNum() const override { return static_cast<int>(getValues().size()); }
     const std::vector<SoNode*>& getValues() const;
+    /// Null for an index out of range.
     SoNode* operator[](int i) const
     {
         const std::vector<SoNode*>& nodes = getValues();
@@ -52,7 +59,7 @@ public:
     /// The edits return false, and change nothing, for an index out of range or a refused node.
     bool addNode(SoNode* node) { return insertNode(node, getNum()); }
     bool insertNode(SoNode* node, int index);
-    /// Removes the first place of the node.
+    /// Removes the first place of the node, which must be in the field.
     bool removeNode(const SoNode* node) { return removeNode(find(node)); }
     bool removeNode(int index);
     bool removeAllNodes();
@@ -69,7 +76,8 @@ public:
     bool setValues(int start, std::span<SoNode* const> nodes);
     bool setValues(int start, int num, SoNode* const* nodes)
     {
-        return setValues(start, {nodes, static_cast<std::size_t>(num)});
+        return kalmyr::holds(num == 0 || (num > 0 && nodes), "num nodes, at least none")
+               && setValues(start, {nodes, static_cast<std::size_t>(num)});
     }
     SoMNodeField& operator=(const SoMNodeField& other)
     {
@@ -87,6 +95,8 @@ public:
     void copyFrom(const SoField& other) override;
     void copyWith(SoNodeCopier& copier, const SoField& other) override;
     bool readValue(SoFieldReader& in) override;
+    /// A single null stands in brackets: a lone NULL is no node at all.
+    void writeValue(SoFieldWriter& out) const override;
     bool read1Value(int index, SoFieldReader& in) override;
     void write1Value(int index, SoFieldWriter& out) const override;
 

@@ -39,7 +39,8 @@ public:
     }
     void copyFrom(const SoField& other) override
     {
-        setValue(static_cast<const SoSFReference&>(other).getValue());
+        if (canCopy(other))
+            setValue(static_cast<const SoSFReference&>(other).getValue());
     }
     bool readValue(SoFieldReader& in) override
     {
@@ -55,11 +56,16 @@ private:
     SoRef<T> m_object;
 };
 
-/// The same for any number of objects, null among them.
+/// The same for any number of objects, null among them. Broken contracts (indices and counts out of
+/// range) change nothing and post an error.
 template <class Derived, class T>
 class SoMFReference : public SoMField {
 public:
+    /// More than this are refused.
+    static constexpr int kMaxNum = 1 << 28;
+
     int getNum() const override { return static_cast<int>(values().size()); }
+    /// Null for an index out of range.
     T* operator[](int i) const
     {
         const auto& objects = values();
@@ -72,7 +78,7 @@ public:
     /// At or beyond the end the field grows by nulls.
     void set1Value(int index, T* object)
     {
-        if (!kalmyr::holds(index >= 0, "index >= 0"))
+        if (!isIndex(index, kMaxNum))
             return;
         evaluate();
         const auto at = static_cast<std::size_t>(index);
@@ -94,23 +100,24 @@ public:
 
     void setNum(int num) override
     {
+        if (!kalmyr::holds(num >= 0 && num <= kMaxNum, "0 <= num <= kMaxNum"))
+            return;
         std::vector<SoRef<T>> objects = values();
-        objects.resize(static_cast<std::size_t>(std::max(num, 0)));
+        objects.resize(static_cast<std::size_t>(num));
         assign(std::move(objects));
     }
     void deleteValues(int start, int count = -1) override
     {
-        const int num = getNum();
-        if (start < 0 || start >= num || count == 0)
+        const int n = countToDelete(getNum(), start, count);
+        if (n == 0)
             return;
-        const int n = count < 0 ? num - start : std::min(count, num - start);
         std::vector<SoRef<T>> objects = values();
         objects.erase(objects.begin() + start, objects.begin() + start + n);
         assign(std::move(objects));
     }
     void insertSpace(int start, int count) override
     {
-        if (start < 0 || count <= 0)
+        if (!canInsert(getNum(), start, count, kMaxNum))
             return;
         std::vector<SoRef<T>> objects = values();
         objects.resize(std::max(objects.size(), static_cast<std::size_t>(start)));
@@ -128,20 +135,21 @@ public:
     }
     void copyFrom(const SoField& other) override
     {
-        if (&other != this)
+        if (&other != this && canCopy(other))
             assign(static_cast<const SoMFReference&>(other).values());
     }
     bool read1Value(int index, SoFieldReader& in) override
     {
         SoRef<T> object;
-        if (!Derived::readObject(in, object))
+        if (!isIndex(index, kMaxNum) || !Derived::readObject(in, object))
             return false;
         set1Value(index, object.get());
         return true;
     }
     void write1Value(int index, SoFieldWriter& out) const override
     {
-        Derived::writeObject(out, (*this)[index]);
+        if (isIndex(index, getNum()))
+            Derived::writeObject(out, (*this)[index]);
     }
 
 protected:

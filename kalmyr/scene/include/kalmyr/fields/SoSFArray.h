@@ -27,6 +27,7 @@ class KALMYR_API SoSFArray final : public SoSField {
     /// More bytes than this are refused.
     static constexpr std::size_t kMaxBytes = std::size_t(1) << 31;
 
+    /// Bytes of one value; 4, with an error posted, for what is no type.
     static std::size_t getSizeOf(DataType type);
 
     SbVec3i32 getDimensions() const
@@ -47,13 +48,14 @@ class KALMYR_API SoSFArray final : public SoSField {
     }
     /// The values, or null while the array is empty; valid until the next edit.
     const void* getValues() const;
-    /// A value converted to double; unchecked.
+    /// A value converted to double; 0, with an error posted, for an index out of range.
     double getValueAt(std::size_t index) const;
 
-    /// Copies the values; without any they become 0. False, with the field unchanged, for
-    /// negative dimensions or too many bytes.
+    /// Copies the values; without any they become 0. False, with the field unchanged and an error
+    /// posted, for what is no type, negative dimensions or too many bytes.
     bool setValue(const SbVec3i32& dimensions, DataType type, const void* values = nullptr);
-    /// Direct access to the values; one notification, sent by finishEditing().
+    /// Direct access to the values, null while there are none; one notification, sent by
+    /// finishEditing().
     void* startEditing();
     void finishEditing() { valueChanged(); }
 

@@ -2,10 +2,10 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbName.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/fields/SoMFValue.h>
 #include <kalmyr/fields/SoSFValue.h>
 
-#include <cassert>
 #include <span>
 
 /// One named value. Names are string constants; tables of them live as long as the process.
@@ -19,6 +19,8 @@ namespace kalmyr {
 /// Value of a name; false when there is none.
 KALMYR_API bool findEnumValue(std::span<const SoEnumEntry> enums, std::string_view name,
                               int& value);
+/// Value and name number `index`; 0 and the empty name, with an error posted, out of range.
+KALMYR_API int enumAt(std::span<const SoEnumEntry> enums, int index, SbName& name);
 /// First name of a value, or null.
 KALMYR_API const char* findEnumName(std::span<const SoEnumEntry> enums, int value);
 
@@ -37,9 +39,11 @@ template <class Derived>
 class SoNamedValue : public SoSFValue<Derived, int> {
 public:
     /// Gives the values names; the table is not copied. Not a change of the field.
+    /// A table of 65,536 names or more is refused with an error.
     void setEnums(std::span<const SoEnumEntry> enums)
     {
-        assert(enums.size() < (1u << (32 - kCountShift)));
+        if (!kalmyr::holds(enums.size() < (1u << (32 - kCountShift)), "fewer than 65536 names"))
+            return;
         m_enums = enums.data();
         this->changeFlags(~((1u << kCountShift) - 1), static_cast<std::uint32_t>(enums.size())
                                                           << kCountShift);
@@ -49,13 +53,9 @@ public:
         return {m_enums, this->flags() >> kCountShift};
     }
     int getNumEnums() const { return static_cast<int>(getEnums().size()); }
-    /// Value and name number `index`, in the order of the table.
-    int getEnum(int index, SbName& name) const
-    {
-        const SoEnumEntry& entry = getEnums()[static_cast<std::size_t>(index)];
-        name = SbName(entry.name);
-        return entry.value;
-    }
+    /// Value and name number `index`, in the order of the table; 0 and the empty name, with an
+    /// error posted, for an index out of range.
+    int getEnum(int index, SbName& name) const { return kalmyr::enumAt(getEnums(), index, name); }
     /// False for an unknown name.
     bool findEnumValue(const SbName& name, int& value) const
     {
@@ -115,8 +115,9 @@ class KALMYR_API SoMFEnum final : public SoMFValue<SoMFEnum, int> {
     void setEnums(std::span<const SoEnumEntry> enums) { m_enums = enums; }
     std::span<const SoEnumEntry> getEnums() const { return m_enums; }
     int getNumEnums() const { return static_cast<int>(m_enums.size()); }
-    /// Value and name number `index`, in the order of the table.
-    int getEnum(int index, SbName& name) const;
+    /// Value and name number `index`, in the order of the table; 0 and the empty name, with an
+    /// error posted, for an index out of range.
+    int getEnum(int index, SbName& name) const { return kalmyr::enumAt(m_enums, index, name); }
     /// False for an unknown name.
     bool findEnumValue(const SbName& name, int& value) const
     {

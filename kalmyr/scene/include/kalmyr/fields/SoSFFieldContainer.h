@@ -29,7 +29,7 @@ class KALMYR_API SoSFFieldContainer final : public SoSField {
     bool isSame(const SoField& other) const override;
     void copyFrom(const SoField& other) override;
     void copyWith(SoNodeCopier& copier, const SoField& other) override;
-    /// "NULL" or a node; a container that is no node is written as NULL.
+    /// "NULL" or a node. A container that is no node is written as NULL: no text gives it back.
     bool readValue(SoFieldReader& in) override;
     void writeValue(SoFieldWriter& out) const override;
 

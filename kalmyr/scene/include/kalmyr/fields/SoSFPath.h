@@ -8,7 +8,9 @@
 /// Holds a path, or none, with a reference. Paths are shared, not copied: edit a path and call
 /// touch(), or set another one. Equal paths are the same value.
 ///
-/// As text: NULL, or "Path { HEAD [ 0, 2 ] }" with the head node and child indices from there.
+/// As text: NULL, or "Path { HEAD [ 0, 2 ] }" with the head node and child indices from there. A
+/// node that is reached by a field stands there as "FIELD name 0", with its index in the field.
+/// Text outside of a file has the whole graph below the head, and reading it makes a new one.
 class KALMYR_API SoSFPath final : public SoSFReference<SoSFPath, SoPath> {
     SO_FIELD_HEADER(SoSFPath)
     SO_REFERENCE_ASSIGNMENT(SoSFPath, SoPath)

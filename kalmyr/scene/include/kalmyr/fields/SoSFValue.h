@@ -46,7 +46,11 @@ public:
         m_value = T(args...);
     }
 
-    bool operator==(const SoSFValue& other) const { return getValue() == other.getValue(); }
+    /// As isSame(): equal values, or values with the same bits.
+    bool operator==(const SoSFValue& other) const
+    {
+        return kalmyr::isSameValue(getValue(), other.getValue());
+    }
 
     bool isSame(const SoField& other) const override
     {
@@ -55,7 +59,8 @@ public:
     }
     void copyFrom(const SoField& other) override
     {
-        setValue(static_cast<const SoSFValue&>(other).getValue());
+        if (canCopy(other))
+            setValue(static_cast<const SoSFValue&>(other).getValue());
     }
     bool readValue(SoFieldReader& in) override
     {

@@ -69,8 +69,9 @@ class KALMYR_API SoSFImage final : public SoSFValue<SoSFImage, SbImage> {
         return SoSFValue::getValue().getValue(size, components);
     }
     const SbImage& getValue() const { return SoSFValue::getValue(); }
-    /// Copies the pixels; see SbImage::setValue().
-    void setValue(const SbVec2i32& size, int components, const unsigned char* bytes);
+    /// Copies the pixels; without `bytes` they become 0. False, with the field unchanged and an
+    /// error posted, for sizes and numbers of components that SbImage::setValue() refuses.
+    bool setValue(const SbVec2i32& size, int components, const unsigned char* bytes);
     /// Direct access to the pixels; one notification, sent by finishEditing().
     unsigned char* startEditing(SbVec2i32& size, int& components);
     void finishEditing() { valueChanged(); }

@@ -87,7 +87,8 @@ KALMYR_API void writeText(std::string& out, const SbString& value);
 KALMYR_API bool readText(SoTokenizer& in, SbName& value);
 KALMYR_API void writeText(std::string& out, const SbName& value);
 /// "width height components" and one number a pixel, 0xRRGGBBAA with as many bytes as
-/// components, bottom row first. The slices of a volume are written one above the other.
+/// components, bottom row first. A volume: "VOLUME width height depth components" and the pixels,
+/// slice by slice.
 KALMYR_API bool readText(SoTokenizer& in, SbImage& value);
 KALMYR_API void writeText(std::string& out, const SbImage& value);
 

@@ -37,7 +37,8 @@ public:
 
     /// Reads everything in a scene file of any known format: the file's one separator, or a new
     /// separator around all of it. Reference count 0. Null after the first fatal error, which is
-    /// posted as a read error with its place; nothing that was read remains then.
+    /// posted as a read error with its place; nothing that was read remains then. A null input is a
+    /// broken contract, here and below: null or false, an error is posted.
     static SoSeparator* readAll(SoInput* in);
     /// The same for VRML97 files only: a group around everything in the file.
     static SoVRMLGroup* readAllVRML(SoInput* in);

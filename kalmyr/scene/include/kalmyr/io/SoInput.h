@@ -43,7 +43,8 @@ public:
     bool openFile(const SbString& name, bool okIfNotFound = false);
 
     /// Reads from a copy of these bytes. False and a read error for a broken compressed text; the
-    /// error has the place in the inflated text that was reached.
+    /// error has the place in the inflated text that was reached. Null with a size is a broken
+    /// contract: what was open stays open.
     bool setBuffer(const void* bytes, std::size_t size);
 
     /// Ends reading. The header, the format and the file name stay known until the next opening.

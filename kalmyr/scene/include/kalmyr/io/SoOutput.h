@@ -32,6 +32,7 @@ public:
 
     /// Writes to a memory block from `offset` on. A block that is too small is enlarged by
     /// `reallocate`, without which writing fails. A zero byte that does not count follows the text.
+    /// Null with a size, and an offset beyond it, are broken contracts: the target stays.
     void setBuffer(void* bytes, std::size_t size, SoOutputReallocCB* reallocate = nullptr,
                    std::size_t offset = 0);
     /// Writes to memory that the output owns.
@@ -53,8 +54,8 @@ public:
     /// Binary or text form; text at first. To be set before the first bytes.
     void setBinary(bool on) { m_binary = on; }
     bool isBinary() const { return m_binary; }
-    /// Compresses by gzip; `level` from 1 (fast) to 9 (small). To be set before the file is opened
-    /// or the buffer set.
+    /// Compresses by gzip; `level` from 1 (fast) to 9 (small), others change nothing. To be set
+    /// before the file is opened or the buffer set.
     void setCompression(bool on, int level = 6);
     bool isCompressed() const { return m_compress; }
 

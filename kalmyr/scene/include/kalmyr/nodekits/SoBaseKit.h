@@ -58,11 +58,14 @@ public:
     /// parts and list entries. Empty when the node is no part.
     SbString getPartString(const SoNode* node) const;
 
-    /// Sets fields of parts: set("material", "diffuseColor 1 0 0"). False at the first fault.
+    /// Sets fields of parts: set("material", "diffuseColor 1 0 0"). False at the first fault, with
+    /// nothing changed at all; a null pointer is a broken contract.
     bool set(const SbString& part, const char* fields);
     /// Parts and their fields: set("material { diffuseColor 1 0 0 } transform { ... }"). A text
-    /// without braces sets fields of the kit itself.
+    /// that does not begin with a part and a brace sets fields of the kit itself, as every
+    /// container has them.
     bool set(const char* text);
+    bool set(const SbString& text);
 
     /// A new path (reference count 0) from the kit to a part, through what is between; null when
     /// there is no such part. As getPart(), but for private parts as well when they exist.

@@ -43,12 +43,14 @@ public:
     bool isTypeLocked() const { return m_locked; }
 
     int getNumChildren() const;
-    /// Null for an index out of range.
+    /// Null, with an error posted, for an index out of range.
     SoNode* getChild(int index) const;
     /// Index of the first place of `child`, or -1. Constant time as long as the list stays the
     /// same.
     int findChild(const SoNode* child) const;
 
+    /// The edits are false, and change nothing, for null and for an index or child that is not
+    /// there, which are broken contracts, and for a child of a type that is not permitted.
     bool addChild(SoNode* child);
     /// `index` from 0 to getNumChildren(), the latter appends.
     bool insertChild(SoNode* child, int index);

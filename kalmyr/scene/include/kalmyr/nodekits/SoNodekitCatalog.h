@@ -27,8 +27,9 @@ public:
     /// Number of the part of that name; -1 when there is none.
     int getPartNumber(const SbName& name) const;
 
-    /// The rest asks by number or by name. A part that is not there has no name, the bad type,
-    /// parent number -1, and is neither public nor anything else.
+    /// The rest asks by number or by name. A part that is not there, -1, has no name, the bad type,
+    /// parent number -1, and is neither public nor anything else. Other numbers out of range get
+    /// the same answers, with an error posted.
     const SbName& getName(int part) const;
     /// What a node must be to stand there.
     SoType getType(int part) const;

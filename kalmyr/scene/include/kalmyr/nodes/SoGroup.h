@@ -15,12 +15,12 @@ class KALMYR_API SoGroup : public SoNode {
 
 public:
     SoGroup();
-    /// Reserves room for that many children.
+    /// Reserves room for that many children, from 0 on.
     explicit SoGroup(int numChildren);
     static void initClass();
 
-    /// Appends. The edits return false, and change nothing, for null, a cycle, or an index or
-    /// child that is not there (with a debug error).
+    /// Appends. The edits return false, and change nothing, for null and for an index or child that
+    /// is not there, which are broken contracts, and for a cycle, with a debug error.
     virtual bool addChild(SoNode* child);
     /// `index` from 0 to getNumChildren(), the latter appends.
     virtual bool insertChild(SoNode* child, int index);
@@ -35,7 +35,7 @@ public:
     virtual bool setChildren(const std::vector<SoNode*>& children);
 
     int getNumChildren() const { return m_children.getLength(); }
-    /// Null for an index out of range.
+    /// Null, with an error posted, for an index out of range.
     SoNode* getChild(int index) const;
     /// Index of the first place of `child`, or -1.
     int findChild(const SoNode* child) const { return m_children.find(child); }

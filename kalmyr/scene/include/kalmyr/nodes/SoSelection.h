@@ -40,8 +40,9 @@ public:
 
     SoSFEnum policy;
 
-    /// Paths must begin at this node or contain it; what is above is cut off. Others are refused
-    /// with a debug error. Selecting what is selected already does nothing.
+    /// Paths must begin at this node or contain it; what is above is cut off. Others, null, and
+    /// indices out of range are broken contracts: nothing changes, an error is posted. Selecting
+    /// what is selected already, and taking out what is not, does nothing.
     void select(const SoPath* path);
     /// Selects the first place of the node below; nothing when it is not there.
     void select(SoNode* node);
