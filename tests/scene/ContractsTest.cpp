@@ -169,6 +169,7 @@ TEST_F(Contracts, TypedValuesRefuseWhatIsOutOfRange)
     SoMFVec3f points;
     points.setValues({{1, 2, 3}, {4, 5, 6}});
     const SbVec3f more[2];
+    const int notFound = group->findChild(stranger.get()); // -1, which the compiler cannot know
     EXPECT_EQ(points.getValues(2), points.getValues() + 2);
     expectRefused(
         {
@@ -183,7 +184,7 @@ TEST_F(Contracts, TypedValuesRefuseWhatIsOutOfRange)
             {"setValues(most)", [&] { points.setValues(INT_MAX, 2, more); }},
             {"setNumQuietly(-1)", [&] { points.setNumQuietly(-1); }},
             {"setNumRaw(most)", [&] { EXPECT_EQ(points.setNumRaw(INT_MAX), nullptr); }},
-            {"reserve(-1)", [&] { points.reserve(-1); }},
+            {"reserve(-1)", [&] { points.reserve(notFound); }},
         },
         [&] { return textOf(points); });
 
