@@ -10,6 +10,7 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/details/SoFaceDetail.h>
 #include <kalmyr/elements/SoState.h>
 #include <kalmyr/fields/SoDeclaredFields.h>
 #include <kalmyr/fields/SoSFArray.h>
@@ -22,6 +23,11 @@
 #include <kalmyr/nodekits/SoSeparatorKit.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/rendering/SoOffscreenRenderer.h>
+#include <kalmyr/sensors/SoFieldSensor.h>
+#include <kalmyr/sensors/SoNodeSensor.h>
+#include <kalmyr/sensors/SoPathSensor.h>
+#include <kalmyr/sensors/SoRoute.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoSphere.h>
 
@@ -445,6 +451,31 @@ TEST_F(Contracts, ActionsInputsAndOutputsRefuseNothing)
     ASSERT_NE(pick.getPickedPoint(), nullptr);
     auto errors = support::expectErrors();
     EXPECT_EQ(pick.getPickedPoint()->getObjectToWorld(stranger.get()), SbMatrix());
+
+    SoFaceDetail face;
+    face.setPoints(std::vector<SoPointDetail>(3));
+    SoOffscreenRenderer renderer{SbViewportRegion()};
+    SoSFFloat field;
+    expectRefused(
+        {
+            {"getPoint(-1)", [&] { EXPECT_EQ(face.getPoint(-1).getCoordinateIndex(), -1); }},
+            {"getPoint(num)", [&] { EXPECT_EQ(face.getPoint(3).getCoordinateIndex(), -1); }},
+            {"render(null node)",
+             [&] { EXPECT_FALSE(renderer.render(static_cast<SoNode*>(nullptr))); }},
+            {"render(null path)",
+             [&] { EXPECT_FALSE(renderer.render(static_cast<SoPath*>(nullptr))); }},
+            {"writeToPNG(null name)",
+             [&] { EXPECT_FALSE(renderer.writeToPNG(static_cast<const char*>(nullptr))); }},
+            {"writeToPNG(null file)",
+             [&] { EXPECT_FALSE(renderer.writeToPNG(static_cast<std::FILE*>(nullptr))); }},
+        },
+        [&] { return std::to_string(face.getNumPoints()); });
+    // Nothing to listen to is what detach() leaves, and nothing is routed to or from nowhere.
+    SoNodeSensor().attach(nullptr);
+    SoFieldSensor().attach(nullptr);
+    SoPathSensor().attach(nullptr);
+    EXPECT_FALSE(SoRoute::add(nullptr, &field) || SoRoute::add(&field, nullptr));
+    EXPECT_FALSE(SoRoute::remove(nullptr, &field) || SoRoute::hasSources(nullptr));
 }
 
 /// The library of values; its own suite has the arithmetic.

@@ -4,6 +4,7 @@
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
@@ -292,6 +293,8 @@ bool SoOffscreenRenderer::writeToPNG(std::FILE* file) const
 
 bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
 {
+    if (!kalmyr::holds(fileName, "a file name"))
+        return false;
     std::FILE* file = std::fopen(fileName, "wb");
     if (!file) {
         SoError::post("%s: cannot be opened for writing", fileName);

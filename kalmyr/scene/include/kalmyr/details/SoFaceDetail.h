@@ -15,7 +15,8 @@ public:
     void setFaceIndex(int i) { m_face = i; }
     void setPartIndex(int i) { m_part = i; }
     int getNumPoints() const { return static_cast<int>(m_points.size()); }
-    const SoPointDetail& getPoint(int i) const { return m_points[static_cast<std::size_t>(i)]; }
+    /// A corner; 0 <= i < getNumPoints().
+    const SoPointDetail& getPoint(int i) const;
     const std::vector<SoPointDetail>& getPoints() const { return m_points; }
     void setPoints(std::vector<SoPointDetail> points) { m_points = std::move(points); }
 
