@@ -1,9 +1,9 @@
 #include <kalmyr/base/SbFileHelper.h>
 
+#include <kalmyr/base/SbFileReplacement.h>
 #include <kalmyr/base/SbName.h>
 #include <kalmyr/base/SoPreferences.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -101,28 +101,6 @@ bool readAll(std::FILE* file, std::vector<char>& bytes)
             return !std::ferror(file);
         }
     }
-}
-
-bool writeAll(const SbString& path, std::string_view bytes, SbString* error)
-{
-    File file(SbFileHelper::open(path, "wb", error));
-    if (!file) {
-        return false;
-    }
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    const bool closed = std::fclose(file.release()) == 0;
-    return (written && closed) || failWithErrno(error);
-}
-
-SbString temporaryName(const fs::path& target)
-{
-    static std::atomic<unsigned> s_counter{0};
-#if defined(_WIN32)
-    const auto process = 0;
-#else
-    const auto process = static_cast<int>(getpid());
-#endif
-    return fromPath(target) + SbString::format(".%d-%u.tmp", process, s_counter++);
 }
 
 } // namespace
@@ -248,24 +226,14 @@ bool SbFileHelper::readFile(const SbString& path, std::vector<char>& bytes, SbSt
 
 bool SbFileHelper::writeFile(const SbString& path, std::string_view bytes, SbString* error)
 {
-    std::error_code failed;
-    const fs::path target = fs::weakly_canonical(toPath(path), failed);
-    const fs::file_status status = fs::status(target, failed);
-    const bool plain =
-        status.type() == fs::file_type::regular || status.type() == fs::file_type::not_found;
-    const SbString temporary = temporaryName(target);
-    if (!plain || !writeAll(temporary, bytes, nullptr)) {
-        // Devices, and folders that take no new file.
-        fs::remove(toPath(temporary), failed);
-        return writeAll(path, bytes, error);
+    SbFileReplacement file;
+    if (!file.open(path, error)) {
+        return false;
     }
-    if (status.type() == fs::file_type::regular) {
-        fs::permissions(toPath(temporary), status.permissions(), failed);
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file.getFile()) != bytes.size()) {
+        return failWithErrno(error);
     }
-    fs::rename(toPath(temporary), target, failed);
-    if (failed) {
-        setError(error, failed.message());
-        fs::remove(toPath(temporary), failed);
+    if (!file.commit(error)) {
         return false;
     }
     setError(error, SbString());

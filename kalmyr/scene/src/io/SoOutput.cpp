@@ -1,6 +1,6 @@
 #include <kalmyr/io/SoOutput.h>
 
-#include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SbFileReplacement.h>
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoError.h>
 
@@ -11,10 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <utility>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -35,79 +32,34 @@ public:
 
 class SoOutput::FileTarget final : public SoOutput::Target {
 public:
-    explicit FileTarget(std::FILE* file) : m_file(file) {}
-    ~FileTarget() override { discard(); }
-
-    /// A temporary file beside the real one where that can be replaced, else the file itself.
-    bool open(const SbString& name)
-    {
-        std::error_code ignored;
-        const fs::path path = fs::weakly_canonical(fs::path(name.toStdString()), ignored);
-        m_path = path.empty() ? name.toStdString() : path.string();
-        const fs::file_status status = fs::status(m_path, ignored);
-        if (fs::exists(status) && !SbFileHelper::isAccessible(m_path, SbFileHelper::WRITABLE)) {
-            reason = std::strerror(EACCES);
-            return false;
-        }
-        if (!fs::exists(status) || fs::is_regular_file(status)) {
-            m_temporary = m_path + ".saving";
-            m_file = SbFileHelper::open(m_temporary, "wbx");
-            if (m_file && fs::exists(status))
-                fs::permissions(m_temporary, status.permissions(), ignored);
-        }
-        if (!m_file) {
-            m_temporary.clear();
-            m_file = SbFileHelper::open(m_path, "wb", &reason);
-        }
-        return m_file != nullptr;
-    }
+    bool open(const SbString& name) { return m_file.open(name, &reason); }
     bool write(std::string_view bytes) override
     {
-        return std::fwrite(bytes.data(), 1, bytes.size(), m_file) == bytes.size() || fail();
-    }
-    bool finish() override
-    {
-        if (m_path.empty())
-            return std::fflush(m_file) == 0 || fail();
-        const bool written = std::fflush(m_file) == 0 || fail();
-        const bool closed = std::fclose(std::exchange(m_file, nullptr)) == 0 || fail();
-        if (!written || !closed) {
-            discard();
-            return false;
-        }
-        if (m_temporary.empty())
+        if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.getFile()) == bytes.size())
             return true;
-        std::error_code error;
-        fs::rename(m_temporary, m_path, error);
-        if (error) {
-            reason = error.message();
-            discard();
-            return false;
-        }
-        m_temporary.clear();
-        return true;
+        reason = std::strerror(errno);
+        return false;
     }
+    bool finish() override { return m_file.commit(&reason); }
+
+private:
+    SbFileReplacement m_file;
+};
+
+class SoOutput::StandardTarget final : public SoOutput::Target {
+public:
+    bool write(std::string_view bytes) override
+    {
+        return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() || fail();
+    }
+    bool finish() override { return std::fflush(stdout) == 0 || fail(); }
 
 private:
     bool fail()
     {
-        if (reason.isEmpty())
-            reason = std::strerror(errno);
+        reason = std::strerror(errno);
         return false;
     }
-    void discard()
-    {
-        if (m_file && !m_path.empty())
-            std::fclose(m_file);
-        m_file = nullptr;
-        if (!m_temporary.empty())
-            std::remove(m_temporary.c_str());
-        m_temporary.clear();
-    }
-
-    std::FILE* m_file; ///< the standard output when there is no path
-    std::string m_path;
-    std::string m_temporary;
 };
 
 class SoOutput::MemoryTarget final : public SoOutput::Target {
@@ -244,7 +196,7 @@ bool SoOutput::openFile(const SbString& name)
 {
     closeFile();
     m_memory = nullptr;
-    auto file = std::make_unique<FileTarget>(nullptr);
+    auto file = std::make_unique<FileTarget>();
     if (!file->open(name)) {
         SoError::post("%s: cannot be created: %s", name.getString(), file->reason.getString());
         return false;
@@ -347,7 +299,7 @@ void SoOutput::setCompression(bool on, int level)
 bool SoOutput::write(std::string_view bytes)
 {
     if (!m_target)
-        begin(std::make_unique<FileTarget>(stdout));
+        begin(std::make_unique<StandardTarget>());
     if (m_failed)
         return false;
     bool ok = true;

@@ -4,6 +4,7 @@
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/base/SbFileReplacement.h>
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
@@ -295,13 +296,20 @@ bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
 {
     if (!kalmyr::holds(fileName, "a file name"))
         return false;
-    std::FILE* file = std::fopen(fileName, "wb");
-    if (!file) {
-        SoError::post("%s: cannot be opened for writing", fileName);
+    SbFileReplacement file;
+    SbString reason;
+    if (!file.open(fileName, &reason)) {
+        SoError::post("%s: cannot be created: %s", fileName, reason.getString());
         return false;
     }
-    const bool written = writeToPNG(file);
-    return std::fclose(file) == 0 && written;
+    if (!writeToPNG(file.getFile())) {
+        return false;
+    }
+    if (!file.commit(&reason)) {
+        SoError::post("%s: cannot be written: %s", fileName, reason.getString());
+        return false;
+    }
+    return true;
 }
 
 bool SoOffscreenRenderer::writeToJPEG(std::FILE* file, float quality) const

@@ -13,7 +13,7 @@ using SoOutputReallocCB = void*(void* bytes, std::size_t size);
 /// Where scenes are written to: the standard output, a file, or memory; compressed if asked for.
 ///
 /// A file comes into being under its name only when it is closed without an error, so that a failed
-/// save leaves the old file as it was. The header is written in front of the first bytes.
+/// save leaves the old file as it was; see SbFileReplacement. The header is written in front of the first bytes.
 class KALMYR_API SoOutput {
 public:
     SoOutput();
@@ -68,6 +68,7 @@ public:
 private:
     class Target;
     class FileTarget;
+    class StandardTarget;
     class MemoryTarget;
     class ZipTarget;
     void begin(std::unique_ptr<Target> target);
