@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPointer>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -321,6 +322,13 @@ void SoMiraboMainFrame::showRecentFiles(const QStringList& paths)
 
 void SoMiraboMainFrame::closeEvent(QCloseEvent* event)
 {
+    const QPointer<SoMiraboMainFrame> self(this);
+    if (m_mayClose && !m_mayClose()) {
+        event->ignore();
+        return;
+    }
+    if (!self)
+        return; // the host deleted the window while the question was open
     if (m_closeHandler)
         m_closeHandler();
     QMainWindow::closeEvent(event);

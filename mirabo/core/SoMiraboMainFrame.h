@@ -36,6 +36,8 @@ public:
     void showRecentFiles(const QStringList& paths);
     int getFilterMask() const { return m_filterMask; }
 
+    /// Asked before the user's closing the window has any effect: false keeps it open.
+    void setCloseQuestion(std::function<bool()> mayClose) { m_mayClose = std::move(mayClose); }
     /// Called when the user closes the window, before it is hidden.
     void setCloseHandler(std::function<void()> handler) { m_closeHandler = std::move(handler); }
     /// Called when the window dies while its docks still live: a host may delete the parent.
@@ -87,6 +89,7 @@ private:
     int m_filterMask = mirabo::kAllCategories;
     bool m_mayReplaceScene = false;
     bool m_togglingAll = false; ///< the categories follow one action
+    std::function<bool()> m_mayClose;
     std::function<void()> m_closeHandler;
     std::function<void()> m_deathHandler;
     std::function<void(const QString&)> m_dropHandler;

@@ -10,6 +10,7 @@
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
+#include "mirabo/launch/DocumentActions.h"
 #include "mirabo/launch/EditActions.h"
 #include "mirabo/launch/IgnoreSwitch.h"
 #include "mirabo/launch/NodePlace.h"
@@ -102,6 +103,7 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     frame->setDropHandler(
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
     registerActions();
+    new DocumentActions(frame, m_tree, hub(), standalone); // the window owns it
     new Automation(frame, m_tree); // the window owns it
     m_tree->setFocus(); // not the box to search in
 }

@@ -8,11 +8,11 @@
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/viewer/FirstLayout.h"
+#include "mirabo/viewer/ReadErrorScope.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoPreferences.h>
-#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/io/SoDB.h>
@@ -53,21 +53,6 @@ bool isEmbeddedLaunch()
     return SoPreferences::getBool("KMRU_LAUNCH_MIRABO", false)
            || SoPreferences::getBool("ART_LAUNCH_MIRABO", false);
 }
-
-/// Installs a read-error handler for a scope and puts the old one back.
-class ReadErrorScope {
-public:
-    ReadErrorScope(SoErrorCB* handler, void* data)
-        : m_oldHandler(SoReadError::getHandlerCallback()), m_oldData(SoReadError::getHandlerData())
-    {
-        SoReadError::setHandlerCallback(handler, data);
-    }
-    ~ReadErrorScope() { SoReadError::setHandlerCallback(m_oldHandler, m_oldData); }
-
-private:
-    SoErrorCB* m_oldHandler;
-    void* m_oldData;
-};
 
 } // namespace
 
@@ -245,7 +230,7 @@ void SoMiraboViewer::refresh()
 bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
 {
     m_readError.clear();
-    const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    const mirabo::ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
     return input.openFile(fileName.toUtf8().constData());
 }
 
@@ -255,7 +240,7 @@ bool SoMiraboViewer::openDroppedFile(const QString& fileName)
     if (m_reading)
         return false;
     LiveInput input(m_frame);
-    return open(input, fileName) && readScene(input);
+    return open(input, fileName) && mayReplaceScene() && m_frame && readScene(input);
 }
 
 bool SoMiraboViewer::openSceneFile(const QString& fileName)
@@ -282,7 +267,7 @@ void SoMiraboViewer::readErrorPosted(const SoError* error, void* data)
 
 SoNode* SoMiraboViewer::read(LiveInput& input)
 {
-    const ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    const mirabo::ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
     if (input.isFileVRML2())
         return SoDB::readAllVRML(&input);
     return SoDB::readAll(&input);
@@ -345,6 +330,9 @@ void SoMiraboViewer::setCurrentFile(const QString& fileName)
 
 bool SoMiraboViewer::closeScene()
 {
+    const mirabo::Frame frame;
+    if (!mayReplaceScene() || !m_frame)
+        return false;
     setCurrentFile(QString());
     const SoRef<SoNode> empty(new SoSeparator);
     setScene(empty.get(), true);
@@ -353,15 +341,23 @@ bool SoMiraboViewer::closeScene()
 
 void SoMiraboViewer::reopenRecentFile(int index)
 {
-    if (index >= m_recentFiles.paths().size())
+    const mirabo::Frame frame;
+    if (index >= m_recentFiles.paths().size() || !mayReplaceScene() || !m_frame)
         return;
-    const QString path = m_recentFiles.paths().at(index);
+    const QString path = m_recentFiles.paths().value(index); // a save may have changed them
     if (QFileInfo::exists(path))
         openSceneFile(path);
     else
         mirabo::showCritical(
             m_frame, "Mirabo -- Load File",
             QString("Can't load '%1'. \n This file doesn't exist anymore.").arg(path));
+}
+
+void SoMiraboViewer::adoptFile(const QString& fileName)
+{
+    setCurrentFile(fileName);
+    if (!fileName.isEmpty())
+        addRecentFile(fileName);
 }
 
 void SoMiraboViewer::addRecentFile(const QString& path)

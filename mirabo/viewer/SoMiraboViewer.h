@@ -64,6 +64,11 @@ public:
     void saveWindowSettings() override { writeSettings(); }
     void refresh() override;
 
+    /// Asked before another scene replaces this one: false when the user wants to keep it.
+    void setUnsavedQuestion(std::function<bool()> mayGoOn) { m_mayGoOn = std::move(mayGoOn); }
+    /// The scene was saved to a file, which is its own from now on; empty: it has none any more.
+    void adoptFile(const QString& fileName);
+
     HighlightMode getHighlightMode() const { return m_highlightMode; }
     void setHighlightMode(HighlightMode mode);
 
@@ -99,6 +104,7 @@ private:
     void createDocks();
     QDockWidget* addDock(const char* name, const QString& title);
     void setCurrentFile(const QString& fileName);
+    bool mayReplaceScene() const { return !m_mayGoOn || m_mayGoOn(); }
     void tellLoaded(const LiveInput& input, double seconds);
     static void pathSelected(void* data, SoPath* path);
     static void readErrorPosted(const SoError* error, void* data);
@@ -118,6 +124,7 @@ private:
     QDockWidget* m_viewerDock = nullptr;
     QString m_currentFile;
     mirabo::RecentFiles m_recentFiles;
+    std::function<bool()> m_mayGoOn;
     QString m_readError;
     bool m_reading = false;
     bool m_highlighting = false; ///< the selection is being changed by ourselves

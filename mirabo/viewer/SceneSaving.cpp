@@ -1,0 +1,154 @@
+#include "mirabo/viewer/SceneSaving.h"
+
+#include "mirabo/core/Messages.h"
+#include "mirabo/core/Modal.h"
+
+#include <kalmyr/base/SoRef.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <initializer_list>
+#include <utility>
+
+namespace mirabo {
+
+namespace {
+
+struct Button {
+    const char* text;
+    QMessageBox::ButtonRole role;
+};
+
+/// The number of the button that was chosen, `escape` for the escape key and the close button, and
+/// -1 when the box died.
+int choose(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text,
+           std::initializer_list<Button> buttons, int preferred, int escape)
+{
+    if (isBatch())
+        return escape;
+    Modal box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
+    QList<QAbstractButton*> added;
+    for (const Button& button : buttons)
+        added.append(box->addButton(button.text, button.role));
+    box->setDefaultButton(static_cast<QPushButton*>(added[preferred]));
+    box->setEscapeButton(added[escape]);
+    return box.run() ? added.indexOf(box->clickedButton()) : -1;
+}
+
+bool mayOverwrite(QWidget* parent, const QString& fileName)
+{
+    return choose(QMessageBox::Warning, parent, "Mirabo -- Overwrite File",
+                  QString("Overwrite\n'%1'?").arg(QDir(fileName).absolutePath()),
+                  {{"&Yes", QMessageBox::YesRole}, {"&No", QMessageBox::NoRole}}, 1, 1)
+           == 0;
+}
+
+/// A name without what follows its last dot, also where that is in the folder's.
+QString withoutExtension(const QString& fileName)
+{
+    const int dot = fileName.lastIndexOf('.');
+    return dot < 0 ? fileName : fileName.left(dot);
+}
+
+} // namespace
+
+SceneSaving::SceneSaving(Document document) : m_document(std::move(document)) {}
+
+SceneWriter SceneSaving::writer() const
+{
+    const auto& window = m_document.window;
+    return SceneWriter(
+        {[window](const QString& fileName) { return mayOverwrite(window(), fileName); },
+         [window](const QString& fileName) {
+             showWarning(window(), "File Error Dialog", "Error creating file: " + fileName);
+         },
+         [window](const QString& fileName, const QString& reason) {
+             showWarning(
+                 window(), "File Error Dialog",
+                 QString("%1 was not saved; the old file is as it was.\n%2").arg(fileName, reason));
+         }},
+        m_document.isVrml());
+}
+
+bool SceneSaving::saveTo(SoNode* node, const QString& fileName, SceneFileFormat format,
+                         bool isWhole)
+{
+    const SceneWriter::Result result = writer().write(node, fileName, format);
+    if (result.isWritten && isWhole)
+        m_document.show(result.written.get());
+    return result.isWritten;
+}
+
+bool SceneSaving::save()
+{
+    const QString fileName = m_document.file();
+    if (fileName.isEmpty())
+        return saveAs();
+    const bool isWritten = saveTo(m_document.scene(), fileName, SceneFileFormat::Detect, false);
+    if (!isWritten)
+        m_document.setFile(QString());
+    return isWritten;
+}
+
+bool SceneSaving::saveAs(SoNode* part)
+{
+    const SoRef<SoNode> kept(part ? part : m_document.scene());
+    if (!kept)
+        return false;
+    const QString current = m_document.file();
+    const QString proposed = current.isEmpty() ? "./Untitled File" : withoutExtension(current);
+    QString fileName, filter;
+    {
+        Modal dialog(
+            new QFileDialog(m_document.window(), "Mirabo -- Save As", proposed, saveFilters()));
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        dialog->selectFile(proposed);
+        if (dialog.run() != QDialog::Accepted)
+            return false;
+        fileName = dialog->selectedFiles().value(0).trimmed();
+        filter = dialog->selectedNameFilter();
+    }
+    const SceneFileFormat format = formatOfFilter(filter);
+    if (fileName.isEmpty() || format == SceneFileFormat::Detect)
+        return false;
+    const QString whole = withExtension(fileName, format);
+    // The dialog has asked about the name as it was typed only.
+    if (whole != fileName && QFileInfo::exists(whole) && !mayOverwrite(m_document.window(), whole))
+        return false;
+    fileName = whole;
+    if (!saveTo(kept.get(), fileName, format, !part))
+        return false;
+    if (!part)
+        m_document.setFile(fileName);
+    return true;
+}
+
+bool SceneSaving::confirmUnsavedChanges()
+{
+    if (!m_document.isModified())
+        return true;
+    const QString fileName = m_document.file();
+    const QString text =
+        fileName.isEmpty() ? QString("Save changes ") : QString("Save changes to %1").arg(fileName);
+    enum { Yes, No, Cancel };
+    switch (choose(QMessageBox::Information, m_document.window(), "Mirabo -- Unsaved Changes", text,
+                   {{"Yes", QMessageBox::YesRole},
+                    {"No", QMessageBox::NoRole},
+                    {"Cancel", QMessageBox::RejectRole}},
+                   Yes, No)) {
+    case Yes:
+        save();
+        return true;
+    case No:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace mirabo

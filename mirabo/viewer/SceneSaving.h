@@ -1,0 +1,48 @@
+#pragma once
+
+#include "mirabo/viewer/SceneWriter.h"
+
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+
+namespace mirabo {
+
+/// Saves the document: to its file, under a new name, a part of it; and asks before changes are
+/// lost. Every dialog may outlive the tool: after one, nothing is done once that ended.
+class SceneSaving {
+public:
+    /// What is saved; every call gives what holds now.
+    struct Document {
+        std::function<QWidget*()> window; ///< parent of the dialogs
+        std::function<SoNode*()> scene;
+        std::function<QString()> file; ///< empty without one
+        /// The scene has another file now, or none.
+        std::function<void(const QString& fileName)> setFile;
+        /// Shows what was written in place of the scene.
+        std::function<void(SoNode* scene)> show;
+        std::function<bool()> isVrml;
+        std::function<bool()> isModified;
+    };
+
+    explicit SceneSaving(Document document);
+
+    /// To the document's file, in its format; asks for a name without one. When the file has no
+    /// known format any more, or cannot be written, the document has no file afterwards. False
+    /// when nothing was saved.
+    bool save();
+    /// Asks for a name and a format. Null: the whole scene, which has that file from then on.
+    bool saveAs(SoNode* part = nullptr);
+    /// True when the caller may go on: nothing would be lost, or the user has decided.
+    bool confirmUnsavedChanges();
+
+private:
+    SceneWriter writer() const;
+    bool saveTo(SoNode* node, const QString& fileName, SceneFileFormat format, bool isWhole);
+
+    Document m_document;
+};
+
+} // namespace mirabo

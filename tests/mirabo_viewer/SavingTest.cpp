@@ -1,0 +1,288 @@
+// Scenes are saved from the real window, with its dialogs.
+#include "mirabo/core/SoCommandManager.h"
+#include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extension/MrbServicesImpl.h"
+#include "mirabo/launch/SoMiraboImpl.h"
+#include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/viewer/SoMiraboViewer.h"
+#include "support/DialogAnswers.h"
+#include "support/Passes.h"
+
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/shapes/SoCube.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using mirabo::ActionId;
+using support::DialogAnswers;
+
+class NoEdit final : public MrbCommand {
+public:
+    bool execute() override { return true; }
+    void undo() override {}
+    void redo() override {}
+};
+
+class Saving : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        for (const auto format : {QSettings::NativeFormat, QSettings::IniFormat})
+            QSettings::setPath(format, QSettings::UserScope, m_settings.path());
+        SoMiraboImpl::startStandalone(m_count, m_arguments);
+        viewer = SoMiraboViewer::instance();
+        window()->show();
+        support::flush();
+    }
+    void TearDown() override
+    {
+        // Nothing is asked any more: the question is the window's.
+        MrbServicesImpl::getInstance()->getCommandManager()->clearUndoCommand();
+        SoMiraboImpl::stop();
+    }
+
+    SoMiraboMainFrame* window() const
+    {
+        return static_cast<SoMiraboMainFrame*>(viewer->getTreeDock()->window());
+    }
+    SoMiraboTreeView* tree() const { return viewer->getTreeDock()->findChild<SoMiraboTreeView*>(); }
+    QString at(const QString& name) const { return m_folder.filePath(name); }
+    static QByteArray textOf(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+    }
+    QString write(const QString& name, const QByteArray& text) const
+    {
+        QFile file(at(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return at(name);
+    }
+    void trigger(ActionId id) const
+    {
+        support::flush();
+        QAction* action = window()->action(id);
+        EXPECT_TRUE(action->isEnabled()) << action->text().toStdString();
+        action->trigger();
+    }
+    void addCube() const
+    {
+        static_cast<SoGroup*>(viewer->getScene())->addChild(new SoCube);
+        support::flush();
+    }
+    /// Makes the document a changed one.
+    void edit() { MrbServicesImpl::getInstance()->getCommandManager()->addCommand(&m_edit); }
+    static DialogAnswers::Answer press(const QString& button)
+    {
+        return [button](QDialog* dialog) {
+            auto* box = qobject_cast<QMessageBox*>(dialog);
+            ASSERT_TRUE(box) << dialog->windowTitle().toStdString();
+            for (QAbstractButton* candidate : box->buttons())
+                if (candidate->text() == button)
+                    return candidate->click();
+            FAIL() << "no button " << button.toStdString();
+        };
+    }
+    static DialogAnswers::Answer name(const QString& path, int filter = 0)
+    {
+        return [path, filter](QDialog* dialog) {
+            auto* files = qobject_cast<QFileDialog*>(dialog);
+            ASSERT_TRUE(files);
+            EXPECT_EQ(files->windowTitle(), "Mirabo -- Save As");
+            EXPECT_EQ(files->nameFilters().size(), 2);
+            files->selectNameFilter(files->nameFilters().value(filter));
+            files->findChild<QLineEdit*>("fileNameEdit")->setText(path);
+            dialog->accept();
+        };
+    }
+    static DialogAnswers::Answer reads(const QString& title, QString* text)
+    {
+        return [title, text](QDialog* dialog) {
+            EXPECT_EQ(dialog->windowTitle(), title);
+            *text = static_cast<QMessageBox*>(dialog)->text();
+            QTest::keyClick(dialog, Qt::Key_Escape);
+        };
+    }
+
+    SoMiraboViewer* viewer = nullptr;
+
+private:
+    NoEdit m_edit;
+    QTemporaryDir m_settings;
+    QTemporaryDir m_folder;
+    int m_count = 1;
+    char m_name[7] = "mirabo";
+    char* m_arguments[2] = {m_name, nullptr};
+};
+
+} // namespace
+
+TEST_F(Saving, WritesTheFormatThatTheFileHas)
+{
+    const struct {
+        const char* name;
+        const char* text;
+        const char* header;
+    } files[] = {
+        {"scene.ky", "#Kalmyr V1.0 ascii\nSeparator { Sphere { } }\n", "#Kalmyr V1.0 ascii"},
+        {"one.wrl", "#VRML V1.0 ascii\nSeparator { Sphere { } }\n", "#VRML V1.0 ascii"},
+        {"two.wrl", "#VRML V2.0 utf8\nGroup { children [ Shape { geometry Sphere { } } ] }\n",
+         "#VRML V2.0 utf8"},
+    };
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.name);
+        const QString path = write(file.name, file.text);
+        ASSERT_TRUE(viewer->openSceneFile(path));
+        addCube();
+        trigger(ActionId::Save);
+        const QByteArray saved = textOf(path);
+        EXPECT_TRUE(saved.startsWith(file.header)) << saved.toStdString();
+        EXPECT_TRUE(saved.contains("Cube") || saved.contains("Box")) << saved.toStdString();
+        EXPECT_EQ(viewer->getCurrentFile(), path);
+        ASSERT_TRUE(viewer->openSceneFile(path));
+        trigger(ActionId::Save);
+        EXPECT_EQ(textOf(path), saved) << "saving what was not changed";
+    }
+}
+
+TEST_F(Saving, AsksForANameAndAFormat)
+{
+    ASSERT_TRUE(viewer->openSceneFile(
+        write("old.ky", "#Kalmyr V1.0 ascii\nSeparator { DEF part Group { Cone { } } }\n")));
+    const SoNode* scene = viewer->getScene();
+    {
+        DialogAnswers answers({name(at("scene"))});
+        trigger(ActionId::SaveAs);
+    }
+    EXPECT_TRUE(textOf(at("scene.ky")).startsWith("#Kalmyr V1.0 ascii"));
+    EXPECT_EQ(viewer->getCurrentFile(), at("scene.ky"));
+    EXPECT_EQ(window()->windowTitle(), "Mirabo -- " + at("scene.ky"));
+    EXPECT_EQ(viewer->getScene(), scene) << "the tree stays as the user has opened it";
+    {
+        DialogAnswers answers({name(at("PACKED.KYZ"), 1)});
+        trigger(ActionId::SaveAs);
+    }
+    EXPECT_TRUE(textOf(at("PACKED.KYZ")).startsWith("\x1f\x8b"));
+    EXPECT_TRUE(viewer->openSceneFile(at("PACKED.KYZ")));
+    // A part changes neither file nor title.
+    tree()->setCurrentItem(tree()->topLevelItem(0)->child(0));
+    {
+        DialogAnswers answers({name(at("part.ky"))});
+        MrbServicesImpl::getInstance()->getCommandManager()->saveSubSceneGraph();
+    }
+    EXPECT_TRUE(textOf(at("part.ky")).contains("DEF part Group"));
+    EXPECT_FALSE(textOf(at("part.ky")).contains("Separator"));
+    EXPECT_EQ(viewer->getCurrentFile(), at("PACKED.KYZ"));
+    // A name that becomes that of an existing file is asked about; so is a cancelled dialog safe.
+    const QByteArray before = textOf(at("scene.ky"));
+    addCube();
+    {
+        DialogAnswers answers({name(at("scene")), press("&No")});
+        trigger(ActionId::SaveAs);
+        EXPECT_EQ(answers.count(), 2);
+    }
+    EXPECT_EQ(textOf(at("scene.ky")), before);
+    EXPECT_EQ(viewer->getCurrentFile(), at("PACKED.KYZ"));
+}
+
+TEST_F(Saving, LeavesTheOldFileWhenItCannotSave)
+{
+    const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n");
+    ASSERT_TRUE(viewer->openSceneFile(path));
+    write("scene.ky", "somebody else's text");
+    {
+        DialogAnswers answers({});
+        trigger(ActionId::Save); // silent; the next one asks for a name
+        EXPECT_EQ(answers.count(), 0);
+    }
+    EXPECT_EQ(textOf(path), "somebody else's text");
+    EXPECT_EQ(viewer->getCurrentFile(), "");
+    QString text;
+    {
+        DialogAnswers answers({name("/dev/full/scene.ky"), reads("File Error Dialog", &text)});
+        trigger(ActionId::Save);
+    }
+    EXPECT_EQ(text, "Error creating file: /dev/full/scene.ky");
+    {
+        QFile::link("/dev/full", at("full.ky"));
+        DialogAnswers answers(
+            {name(at("full.ky")), press("&Yes"), reads("File Error Dialog", &text)});
+        trigger(ActionId::Save);
+    }
+    EXPECT_TRUE(text.contains("No space left on device")) << text.toStdString();
+    EXPECT_EQ(viewer->getCurrentFile(), "");
+}
+
+TEST_F(Saving, AsksBeforeChangesAreLost)
+{
+    const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n");
+    const auto answer = [&](DialogAnswers::Answer how, const std::function<void()>& what) {
+        edit();
+        DialogAnswers answers({std::move(how)});
+        what();
+        EXPECT_EQ(answers.count(), 1);
+    };
+    ASSERT_TRUE(viewer->openSceneFile(path));
+    const SoRef<SoNode> scene(viewer->getScene());
+    QString text;
+    answer(press("Cancel"), [&] { trigger(ActionId::Close); });
+    EXPECT_EQ(viewer->getScene(), scene.get());
+    answer(press("Cancel"), [&] { trigger(ActionId::Reload); });
+    EXPECT_EQ(viewer->getScene(), scene.get());
+    answer(press("Cancel"), [&] { viewer->openDroppedFile(path); });
+    EXPECT_EQ(viewer->getScene(), scene.get());
+    answer(press("Cancel"), [&] { window()->close(); });
+    EXPECT_TRUE(window()->isVisible());
+    addCube();
+    answer(press("Yes"), [&] { trigger(ActionId::Reload); });
+    EXPECT_TRUE(textOf(path).contains("Cube"));
+    EXPECT_NE(viewer->getScene(), scene.get());
+    // Escape means that the changes are not wanted.
+    addCube();
+    const QByteArray saved = textOf(path);
+    answer(reads("Mirabo -- Unsaved Changes", &text), [&] { trigger(ActionId::Close); });
+    EXPECT_EQ(text, "Save changes to " + path);
+    EXPECT_EQ(textOf(path), saved);
+    EXPECT_EQ(viewer->getCurrentFile(), "");
+    EXPECT_EQ(window()->windowTitle(), "Mirabo");
+    DialogAnswers none({});
+    trigger(ActionId::New); // nothing to lose
+    EXPECT_EQ(none.count(), 0);
+}
+
+TEST_F(Saving, AsksBeforeItRewritesReferencedFiles)
+{
+    const QString part = write("part.ky", "#Kalmyr V1.0 ascii\nSphere { radius 2 }\n");
+    const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { File { name \""
+                                               + part.toUtf8() + "\" } }\n");
+    ASSERT_TRUE(viewer->openSceneFile(path));
+    const QByteArray before = textOf(part);
+    DialogAnswers answers({press("&No"), press("&Yes")});
+    trigger(ActionId::Save);
+    EXPECT_EQ(textOf(part), before);
+    trigger(ActionId::Save);
+    EXPECT_EQ(answers.count(), 2);
+    EXPECT_NE(textOf(part), before) << "written anew";
+    EXPECT_TRUE(textOf(part).contains("radius 2"));
+    QFile::remove(part);
+    trigger(ActionId::Save);
+    EXPECT_EQ(answers.count(), 2) << "what is not there is never created";
+    EXPECT_FALSE(QFileInfo::exists(part));
+}
