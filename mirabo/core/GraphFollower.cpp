@@ -1,5 +1,7 @@
 #include "mirabo/core/GraphFollower.h"
 
+#include "mirabo/extender/private/Frame.h"
+
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 
@@ -93,6 +95,7 @@ private:
     {
         if (m_isCut)
             return;
+        const Frame frame;
         const auto died = m_calls.died; // it may destroy the follower
         died();
     }

@@ -23,16 +23,43 @@ SoRef<SoNode> readLocal(const QString& path)
 
 } // namespace
 
+template <>
+const InlineFetcher::Before<SoWWWInline>& InlineFetcher::before() const
+{
+    return m_before;
+}
+
+template <>
+const InlineFetcher::Before<SoVRMLInline>& InlineFetcher::before() const
+{
+    return m_vrmlBefore;
+}
+
+template <class Inline>
+void InlineFetcher::Before<Inline>::replace(InlineFetcher* fetcher)
+{
+    callback = Inline::getFetchURLCallBack();
+    data = Inline::getFetchURLData();
+    Inline::setFetchURLCallBack(&InlineFetcher::fetch<Inline>, fetcher);
+}
+
+template <class Inline>
+void InlineFetcher::Before<Inline>::putBack(const InlineFetcher* fetcher)
+{
+    if (Inline::getFetchURLData() == fetcher) // else the host has chosen another since
+        Inline::setFetchURLCallBack(callback, data);
+}
+
 InlineFetcher::InlineFetcher(QObject* parent) : QObject(parent)
 {
-    SoWWWInline::setFetchURLCallBack(&InlineFetcher::fetch<SoWWWInline>, this);
-    SoVRMLInline::setFetchURLCallBack(&InlineFetcher::fetch<SoVRMLInline>, this);
+    m_before.replace(this);
+    m_vrmlBefore.replace(this);
 }
 
 InlineFetcher::~InlineFetcher()
 {
-    SoWWWInline::setFetchURLCallBack(nullptr, nullptr);
-    SoVRMLInline::setFetchURLCallBack(nullptr, nullptr);
+    m_before.putBack(this);
+    m_vrmlBefore.putBack(this);
 }
 
 template <class Inline>
@@ -42,8 +69,12 @@ void InlineFetcher::fetch(const SbString& url, void* data, Inline* node)
     const QUrl address(text);
     const SoRef<SoNode> content =
         address.isLocalFile() ? readLocal(address.toLocalFile()) : SoRef<SoNode>();
+    const auto* self = static_cast<InlineFetcher*>(data);
+    const Before<Inline>& before = self->before<Inline>();
     if (content)
         node->setChildData(content.get());
+    else if (before.callback)
+        before.callback(url, before.data, node);
     else
         Q_EMIT static_cast<InlineFetcher*>(data)->notFetched(text);
 }

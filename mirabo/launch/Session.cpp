@@ -1,5 +1,6 @@
 #include "mirabo/launch/Session.h"
 
+#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
@@ -295,15 +296,23 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
     auto* viewer = static_cast<SoGuiViewer*>(area);
     if (viewer->isViewing() || !viewer->getCamera() || !m_frame)
         return;
-    const SoRef<SoSeparator> scene(new SoSeparator);
-    scene->addChild(viewer->getCamera());
-    scene->addChild(SoMiraboViewer::instance()->getSelectionNode());
-    SoRayPickAction action(region);
-    action.setPoint(cursor);
-    action.apply(scene.get());
+    SoRef<SoNode> picked;
+    {
+        const GraphReading graph;
+        if (!graph)
+            return; // another thread edits what the user clicks at
+        const SoRef<SoSeparator> scene(new SoSeparator);
+        scene->addChild(viewer->getCamera());
+        scene->addChild(SoMiraboViewer::instance()->getSelectionNode());
+        SoRayPickAction action(region);
+        action.setPoint(cursor);
+        action.apply(scene.get());
+        if (const SoPickedPoint* point = action.getPickedPoint())
+            picked = point->getPath()->getTail();
+    }
     // Nodes of the host may have ended the tool.
-    if (const SoPickedPoint* point = m_frame ? action.getPickedPoint() : nullptr)
-        m_tree->revealNode(point->getPath()->getTail());
+    if (picked && m_frame)
+        m_tree->revealNode(picked.get());
 }
 
 void Session::release()
@@ -382,11 +391,15 @@ void Session::selectWatchedField(QTreeWidgetItem* row)
 
 void Session::showWatchedNode(QTreeWidgetItem* row)
 {
-    SoNode* node = static_cast<SoFieldItem*>(row)->getNode();
+    SoRef<SoNode> node;
+    {
+        const SoFieldItem::Look look(*static_cast<SoFieldItem*>(row));
+        node = look.node();
+    }
     if (!node)
         return; // it died
-    m_edition->bringUp(node);
-    m_tree->revealNode(node);
+    m_edition->bringUp(node.get());
+    m_tree->revealNode(node.get());
 }
 
 QList<SoTreeViewItem*> Session::shownRows() const

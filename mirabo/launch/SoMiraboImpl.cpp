@@ -8,6 +8,7 @@
 #include "mirabo/extension/MrbShellImpl.h"
 #include "mirabo/launch/Configuration.h"
 #include "mirabo/launch/CriticalError.h"
+#include "mirabo/launch/ProcessSettings.h"
 #include "mirabo/launch/QtApplication.h"
 #include "mirabo/launch/RenderAreaFinder.h"
 #include "mirabo/launch/Session.h"
@@ -27,7 +28,6 @@
 #include <kalmyr/tilevex/TvSymTool.h>
 
 #include <QCoreApplication>
-#include <QLocale>
 #include <QThread>
 #include <QTimer>
 
@@ -53,6 +53,7 @@ struct Run {
     bool tearDownDue = false; ///< as soon as no frame is open; the windows are hidden
     bool tearingDown = false;
     bool sensorsServed = false; ///< SoQt was initialised by this run
+    mirabo::ProcessSettings process;
     mirabo::QtApplication application;
     std::unique_ptr<mirabo::Session> session;
 };
@@ -126,13 +127,6 @@ void attachTo(SoSceneManager* manager)
         manager->getImpl()->setOwnMirabo(1);
 }
 
-void setPreferences()
-{
-    if (!SoPreferences::hasValue("KMR_DEBUG_STACKERROR"))
-        SoPreferences::setValue("KMR_DEBUG_STACKERROR", "1");
-    SoPreferences::setValue("KMR_STACKWALKER_HTML_OUTPUT", "1");
-}
-
 SoRef<SoNode> defaultScene()
 {
     SoRef<SoSeparator> root(new SoSeparator);
@@ -158,7 +152,7 @@ void openSession()
         SoQt::init(frame);
         r.sensorsServed = true;
     }
-    QLocale::setDefault(QLocale::c()); // numbers in field texts have a point
+    r.process.useCLocale(); // numbers in field texts have a point
     mirabo::installCriticalErrorReport();
     for (const char* module : kModules)
         TvSymTool::initModule(module);
@@ -170,7 +164,7 @@ bool commonStart(const QStringList& arguments, SoSceneManager* manager, bool nes
 {
     Run& r = run();
     r.running = true;
-    setPreferences();
+    r.process.recordErrorStacks();
     const bool goesOn = r.session != nullptr;
     if (!goesOn)
         openSession();
@@ -235,6 +229,7 @@ void tearDown(bool insideEvent)
     mirabo::releaseSettings();
     mirabo::forgetCategoryIcons();
     mirabo::removeCriticalErrorReport();
+    r.process.putBack();
     for (auto module = kModules.rbegin(); module != kModules.rend(); ++module)
         TvSymTool::finishModule(*module);
     if (r.sensorsServed)

@@ -1,5 +1,6 @@
 #include "LaunchSupport.h"
 
+#include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/io/SoWriteLock.h>
@@ -11,6 +12,7 @@
 #include <mirabo/launch/SoMirabo.h>
 
 #include <QAction>
+#include <QLocale>
 #include <QMenuBar>
 #include <QPixmapCache>
 #include <QTimer>
@@ -55,6 +57,33 @@ TEST_F(HostedTest, ShowsAHostsSceneAndLeavesItAsItWas)
     EXPECT_EQ(support::writeScene(scene.get()), before);
     EXPECT_EQ(scene->getRefCount(), references);
     EXPECT_EQ(scene->getAuditors().getLength(), auditors);
+}
+
+TEST_F(HostedTest, PutsBackWhatItChangesInTheProcess)
+{
+    constexpr const char* kPreferences[] = {"KMR_DEBUG_STACKERROR", "KMR_STACKWALKER_HTML_OUTPUT"};
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German));
+    SoPreferences::setValue(kPreferences[1], "0");
+    for (int run = 0; run < 2; ++run) {
+        hooks().m_mirabo_startNode(scene.get());
+        EXPECT_EQ(QLocale(), QLocale::c());
+        for (const char* name : kPreferences)
+            EXPECT_STREQ(SoPreferences::getValue(name).getString(), "1") << name;
+        hooks().m_mirabo_stop();
+        EXPECT_EQ(QLocale().language(), QLocale::German);
+        EXPECT_FALSE(SoPreferences::hasValue(kPreferences[0]));
+        EXPECT_STREQ(SoPreferences::getValue(kPreferences[1]).getString(), "0");
+    }
+    // What the host chooses meanwhile stays.
+    hooks().m_mirabo_startNode(scene.get());
+    QLocale::setDefault(QLocale(QLocale::French));
+    SoPreferences::setValue(kPreferences[1], "2");
+    hooks().m_mirabo_stop();
+    EXPECT_EQ(QLocale().language(), QLocale::French);
+    EXPECT_STREQ(SoPreferences::getValue(kPreferences[1]).getString(), "2");
+    SoPreferences::removeValue(kPreferences[1]);
+    QLocale::setDefault(before);
 }
 
 TEST_F(HostedTest, FollowsTheHostsEdits)

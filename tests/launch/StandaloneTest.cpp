@@ -3,6 +3,7 @@
 #include "support/Passes.h"
 
 #include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/nodes/SoWWWInline.h>
 
 #include <QAction>
 #include <QMenu>
@@ -30,6 +31,21 @@ TEST_F(StandaloneTest, ShowsAnEmptySceneOnABackground)
     for (const char* name : {"dockMainWin", "dockNodeOverview", "dockFieldWatch"})
         EXPECT_NE(window()->findChild<QDockWidget*>(name), nullptr) << name;
     EXPECT_EQ(window()->centralWidget()->windowTitle(), "Kalmyr SceneViewer");
+}
+
+TEST_F(StandaloneTest, AsksTheHostForInlinesAndGivesThemBack)
+{
+    static int asked = 0;
+    SoWWWInline::setFetchURLCallBack([](const SbString&, void*, SoWWWInline*) { ++asked; },
+                                     nullptr);
+    const SoRef<SoWWWInline> node(new SoWWWInline);
+    hooks().m_mirabo_startStandalone(0, nullptr);
+    SoWWWInline::fetch("https://host/part.ky", node.get());
+    EXPECT_EQ(asked, 1);
+    hooks().m_mirabo_stop();
+    SoWWWInline::fetch("https://host/part.ky", node.get());
+    EXPECT_EQ(asked, 2);
+    SoWWWInline::setFetchURLCallBack(nullptr, nullptr);
 }
 
 TEST_F(StandaloneTest, StaysHiddenWhereTheMainLoopIsDisabled)

@@ -1,6 +1,7 @@
 // Panels on a graph that another thread of the host edits, and on values that changed unheard.
 
 #include "OverviewSupport.h"
+#include "support/Passes.h"
 
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -88,7 +89,7 @@ protected:
         edition.addFieldWatch();
     }
     /// Passes of the event loop until it is so; a hang reaches the limit.
-    static bool waitFor(const std::function<bool()>& isSo) { return QTest::qWaitFor(isSo, 60'000); }
+    static bool waitFor(const std::function<bool()>& isSo) { return support::passUntil(isSo); }
 
     QMainWindow m_window;
     QDockWidget* m_overviewDock = new QDockWidget(&m_window);

@@ -1,6 +1,7 @@
 // Render areas that die inside their own scene, and whose scene another thread edits.
 
 #include "QtTestTools.h"
+#include "support/Passes.h"
 
 #include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
@@ -60,7 +61,7 @@ protected:
         area->setSceneGraph(scene.root.get());
         area->getWidget()->resize(40, 30);
         area->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(area->getWidget()));
+        ASSERT_TRUE(support::passUntilExposed(area->getWidget()));
         ASSERT_TRUE(area->redraw());
     }
     void expectDeathOf(const std::function<void()>& deed)
@@ -69,7 +70,7 @@ protected:
         act = [this] { area.reset(); };
         deed();
         EXPECT_FALSE(area);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !widget; }, 60'000));
+        ASSERT_TRUE(support::passUntil([&] { return !widget; }));
         open();
     }
 
@@ -88,16 +89,23 @@ TEST_F(RenderAreaEnds, DiesWhileItDrawsOrHandlesAnEvent)
     expectDeathOf([this] { EXPECT_TRUE(area->grabImage().isNull()); });
     expectDeathOf([this] {
         area->scheduleRedraw();
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !area; }, 60'000));
+        EXPECT_TRUE(support::passUntil([this] { return !area; }));
     });
     expectDeathOf([this] { QTest::mouseClick(area->getRenderWidget(), Qt::LeftButton); });
     expectDeathOf([this] { QTest::keyClick(area->getRenderWidget(), Qt::Key_A); });
     // The host takes the window away instead.
     auto* window = new QWidget;
     area->getWidget()->setParent(window);
+    act = [window] { delete window; };
+    EXPECT_FALSE(area->redraw());
+    EXPECT_EQ(area->getWidget(), nullptr);
+    area.reset();
+    open();
+    window = new QWidget;
+    area->getWidget()->setParent(window);
     act = [window] { window->deleteLater(); };
     EXPECT_TRUE(area->redraw());
-    EXPECT_TRUE(QTest::qWaitFor([this] { return !area->getWidget(); }, 60'000));
+    EXPECT_TRUE(support::passUntil([this] { return !area->getWidget(); }));
 }
 
 TEST_F(RenderAreaEnds, WaitsForAnotherThreadThatEdits)
@@ -121,8 +129,8 @@ TEST_F(RenderAreaEnds, WaitsForAnotherThreadThatEdits)
     EXPECT_EQ(motions + buttons, 0);
     end.count_down();
     editor.join();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return buttons == 2; }, 60'000));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !area->isRedrawPending(); }, 60'000));
+    ASSERT_TRUE(support::passUntil([this] { return buttons == 2; }));
+    ASSERT_TRUE(support::passUntil([this] { return !area->isRedrawPending(); }));
     EXPECT_GT(shareOf(area->getWidget()->grab().toImage(), Qt::blue), 0.9);
 }
 
@@ -147,6 +155,6 @@ TEST_F(RenderAreaEnds, DrawsAndIsUsedWhileAnotherThreadEditsAllTheTime)
         QCoreApplication::processEvents();
     }
     host.join();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !area->isRedrawPending(); }, 60'000));
+    ASSERT_TRUE(support::passUntil([this] { return !area->isRedrawPending(); }));
     EXPECT_GT(shareOf(area->getWidget()->grab().toImage(), Qt::blue), 0.9);
 }

@@ -8,6 +8,7 @@
 #include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QTimer>
 #include <QWheelEvent>
 #include <QWidget>
@@ -171,8 +172,11 @@ bool EventBridge::eventFilter(QObject* watched, QEvent* event)
 bool EventBridge::deliver(const SoEvent& event)
 {
     const SoRef<SoGuiRenderArea> area(m_area); // who handles the event may let go of it
+    const QPointer<EventBridge> self(this);    // and may delete the window
     ++m_sending;
     const bool isHandled = area->processEvent(&event);
+    if (!self)
+        return true;
     --m_sending;
     return isHandled;
 }
@@ -187,7 +191,10 @@ void EventBridge::deliverWaiting()
         }
         const std::unique_ptr<SoEvent> event = std::move(m_waiting.front());
         m_waiting.pop_front();
+        const QPointer<EventBridge> self(this);
         deliver(*event);
+        if (!self)
+            return;
     }
     m_waiting.clear();
 }

@@ -37,7 +37,7 @@ ImageSurface::ImageSurface(SoGuiRenderArea* area, QWidget* parent)
     const SoOffscreenContext& context = SoOffscreenContext::shared();
     if (!context.isValid())
         m_failure = QString::fromUtf8(context.getError());
-    m_renderer = std::make_unique<SoOffscreenRenderer>(SbViewportRegion());
+    m_renderer = std::make_shared<SoOffscreenRenderer>(SbViewportRegion());
     m_renderer->setNumSamples(kSamples);
 }
 
@@ -45,8 +45,9 @@ ImageSurface::~ImageSurface() = default;
 
 bool ImageSurface::redraw()
 {
-    if (!m_failure.isEmpty()
-        || !drawWith([this](SoGuiRenderArea& area) { return area.renderOffscreen(*m_renderer); }))
+    if (!m_failure.isEmpty() || !drawWith([renderer = m_renderer](SoGuiRenderArea& area) {
+            return area.renderOffscreen(*renderer);
+        }))
         return false;
     const SbVec2s& size = m_renderer->getViewportRegion().getWindowSize();
     m_image = toImage(m_renderer->getBuffer(), size[0], size[1]);

@@ -32,7 +32,7 @@ private:
     bool isUpToDate() const;
     void paintFailure();
 
-    std::unique_ptr<SoOffscreenRenderer> m_renderer;
+    std::shared_ptr<SoOffscreenRenderer> m_renderer; // drawing outlives the surface
     QImage m_image;
     QString m_failure;
 };

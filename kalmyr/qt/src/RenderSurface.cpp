@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -37,8 +38,11 @@ bool RenderSurface::drawWith(const std::function<bool(SoGuiRenderArea&)>& draw)
         return false;
     }
     const SoRef<SoGuiRenderArea> area(m_area); // a callback in the scene may let go of it
+    const QPointer<QWidget> alive(widget());   // and may delete its window
     m_drawing = true;
     const bool isDrawn = draw(*area);
+    if (!alive)
+        return false;
     m_drawing = false;
     return isDrawn && m_area;
 }

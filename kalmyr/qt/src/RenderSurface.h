@@ -46,7 +46,8 @@ protected:
     }
 
     /// Calls `draw` with the area, while no other thread edits the scene; false, with another
-    /// repaint arranged for, when one does. The area and this outlive the call.
+    /// repaint arranged for, when one does. The area outlives the call; the surface may be gone
+    /// when it is false.
     bool drawWith(const std::function<bool(SoGuiRenderArea&)>& draw);
 
     SoGuiRenderArea* m_area; // Not owned.

@@ -40,6 +40,16 @@ void SoWWWInline::setFetchURLCallBack(FetchURLCallBack* callback, void* data)
     s_fetchData = data;
 }
 
+SoWWWInline::FetchURLCallBack* SoWWWInline::getFetchURLCallBack()
+{
+    return s_fetch;
+}
+
+void* SoWWWInline::getFetchURLData()
+{
+    return s_fetchData;
+}
+
 bool SoWWWInline::fetch(const SbString& url, SoWWWInline* node)
 {
     if (s_fetch)

@@ -42,6 +42,16 @@ void SoVRMLInline::setFetchURLCallBack(FetchURLCallBack* callback, void* data)
     s_fetchData = data;
 }
 
+SoVRMLInline::FetchURLCallBack* SoVRMLInline::getFetchURLCallBack()
+{
+    return s_fetch;
+}
+
+void* SoVRMLInline::getFetchURLData()
+{
+    return s_fetchData;
+}
+
 bool SoVRMLInline::fetch(const SbString& url, SoVRMLInline* node)
 {
     if (s_fetch)

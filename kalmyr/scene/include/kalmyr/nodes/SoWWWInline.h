@@ -19,6 +19,9 @@ public:
     /// Gets the content of a url that is no local file; hands it to setChildData() when it has it.
     using FetchURLCallBack = void(const SbString& url, void* data, SoWWWInline* node);
     static void setFetchURLCallBack(FetchURLCallBack* callback, void* data);
+    /// Null when there is none.
+    static FetchURLCallBack* getFetchURLCallBack();
+    static void* getFetchURLData();
     /// Asks the callback. False when there is none.
     static bool fetch(const SbString& url, SoWWWInline* node);
 
