@@ -198,6 +198,10 @@ TEST_F(BaseKitTest, SearchesEnterKitsWhenAskedTo)
     search.setInterest(SoSearchAction::ALL);
     search.apply(root.get());
     EXPECT_EQ(search.getPaths().size(), 0u);
+    search.setSearchingKits(true);
+    search.apply(root.get());
+    EXPECT_EQ(search.getPaths().size(), 1u);
+    search.setSearchingKits(false);
     SoBaseKit::setSearchingChildren(true);
     search.apply(root.get());
     SoBaseKit::setSearchingChildren(false);

@@ -12,7 +12,6 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
-#include <kalmyr/nodekits/SoBaseKit.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
 
@@ -39,20 +38,12 @@ SbBox3f boundsOf(const SoRef<SoNode>& node, const SbViewportRegion& region)
     return action.getBoundingBox();
 }
 
-/// Searches what actions traverse: into kits as well.
-void searchScene(SoSearchAction& search, SoNode* scene)
-{
-    const bool before = SoBaseKit::isSearchingChildren();
-    SoBaseKit::setSearchingChildren(true);
-    search.apply(scene);
-    SoBaseKit::setSearchingChildren(before);
-}
-
 SoCamera* firstCamera(SoNode* scene)
 {
     SoSearchAction search;
     search.setType(SoCamera::getClassTypeId());
-    searchScene(search, scene);
+    search.setSearchingKits(true);
+    search.apply(scene);
     return search.isFound() ? static_cast<SoCamera*>(search.getPath()->getTail()) : nullptr;
 }
 
@@ -243,7 +234,8 @@ void SoGuiViewer::followSceneCamera()
     if (!m_ownCamera) {
         SoSearchAction search;
         search.setNode(m_camera.get());
-        searchScene(search, m_scene.get());
+        search.setSearchingKits(true);
+        search.apply(m_scene.get());
         if (search.isFound())
             return;
     }
@@ -282,7 +274,8 @@ SbMatrix SoGuiViewer::cameraSpace() const
         return SbMatrix::identity();
     SoSearchAction search;
     search.setNode(m_camera.get());
-    searchScene(search, m_scene.get());
+    search.setSearchingKits(true);
+    search.apply(m_scene.get());
     if (!search.isFound())
         return SbMatrix::identity();
     SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());

@@ -40,6 +40,7 @@ void SoSearchAction::reset()
     m_interest = FIRST;
     m_derived = true;
     m_searchingAll = false;
+    m_searchingKits = false;
     m_paths.clear();
 }
 

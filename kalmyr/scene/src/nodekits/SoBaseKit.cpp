@@ -10,6 +10,7 @@
 #include <kalmyr/nodes/SoEventCallback.h>
 #include <kalmyr/nodes/SoSeparator.h>
 
+#include "KitSearch.h"
 #include "PartName.h"
 
 #include <algorithm>
@@ -21,14 +22,6 @@ SoNodekitCatalog* SoBaseKit::s_catalog = nullptr;
 namespace {
 
 constinit thread_local bool t_searchingChildren = false;
-
-void searchKit(SoAction* action, SoNode* node)
-{
-    auto* search = static_cast<SoSearchAction*>(action);
-    search->check(node);
-    if (!search->hasTerminated() && (search->isSearchingAll() || SoBaseKit::isSearchingChildren()))
-        search->traverseChildren(*node->getInternalChildren());
-}
 
 int placeFrom(const SoChildList& list, int start, const SoNode* node)
 {
@@ -57,7 +50,7 @@ void SoBaseKit::initClass()
                            SoSeparator::getClassTypeId(),
                            {SoCallback::getClassTypeId(), SoEventCallback::getClassTypeId()},
                            {SoNodekitCatalog::thisName(), ""});
-    SoSearchAction::addMethod(getClassTypeId(), searchKit);
+    SoSearchAction::addMethod(getClassTypeId(), kalmyr::detail::searchParts);
 }
 
 const SoNodekitCatalog* SoBaseKit::getNodekitCatalog() const

@@ -10,21 +10,9 @@
 #include <kalmyr/nodes/SoGroup.h>
 
 #include "core/CacheLock.h"
+#include "KitSearch.h"
 
 #include <algorithm>
-
-namespace {
-
-/// What a list holds is found as the parts of kits are.
-void searchList(SoAction* action, SoNode* node)
-{
-    auto* search = static_cast<SoSearchAction*>(action);
-    search->check(node);
-    if (!search->hasTerminated() && (search->isSearchingAll() || SoBaseKit::isSearchingChildren()))
-        search->traverseChildren(*node->getInternalChildren());
-}
-
-} // namespace
 
 SO_NODE_SOURCE(SoNodeKitListPart)
 
@@ -41,7 +29,7 @@ SoNodeKitListPart::~SoNodeKitListPart() = default;
 void SoNodeKitListPart::initClass()
 {
     SO_NODE_INIT_CLASS(SoNodeKitListPart, SoNode, "NodeKitListPart");
-    SoSearchAction::addMethod(getClassTypeId(), searchList);
+    SoSearchAction::addMethod(getClassTypeId(), kalmyr::detail::searchParts);
 }
 
 SoGroup* SoNodeKitListPart::group() const

@@ -49,6 +49,10 @@ public:
     /// and children that are a node's own business.
     void setSearchingAll(bool on) { m_searchingAll = on; }
     bool isSearchingAll() const { return m_searchingAll; }
+    /// Also looks at the parts of node kits. Searches for everything do so in any case, and all of
+    /// a thread where SoBaseKit::setSearchingChildren() is on.
+    void setSearchingKits(bool on) { m_searchingKits = on; }
+    bool isSearchingKits() const { return m_searchingKits; }
 
     using SoAction::apply;
     void apply(SoNode* root) override;
@@ -91,6 +95,7 @@ private:
     Interest m_interest = FIRST;
     bool m_derived = true;
     bool m_searchingAll = false;
+    bool m_searchingKits = false;
     std::vector<SoRef<SoPath>> m_paths;
     std::vector<NodeFields> m_nodeFields;          ///< by type index
     std::unordered_set<const SoNode*> m_nothingIn; ///< shared nodes that need no second look
