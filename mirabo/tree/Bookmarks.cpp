@@ -144,8 +144,11 @@ std::vector<BookmarkPath> Bookmarks::paths(std::size_t limit, bool mayLook)
             mark = {row->getParentNode(), BookmarkPath::of(row)};
         add(mark.path);
     }
+    // Those of rows that died while the scene was shown are not told: another row may stand there
+    // next time.
     for (const Lost& lost : m_lost)
-        add(lost.path);
+        if (!lost.node)
+            add(lost.path);
     return paths;
 }
 

@@ -43,7 +43,8 @@ public:
     /// Finds rows for bookmarks that have none. True when there were some.
     bool findLost(const SoMiraboTreeView& tree);
 
-    /// Where the bookmarks are, from top to bottom, and those without a row; at most `limit`.
+    /// Where the bookmarks are, from top to bottom, and those of another run that have no row yet;
+    /// at most `limit`.
     /// `mayLook`: the graph may be looked at, else they are where they were when they were set, or
     /// looked at last.
     std::vector<BookmarkPath> paths(std::size_t limit, bool mayLook);

@@ -87,6 +87,20 @@ void NodeAdding::currentChanged()
         setTarget(asItem(m_tree->currentItem()));
 }
 
+/// Where the target occurs several times, so does what was added: the row next to the target.
+SoTreeViewItem* NodeAdding::rowOf(const SoNode* added) const
+{
+    SoTreeViewItem* current = asItem(m_tree->currentItem());
+    if (current && current->getNode() == added)
+        return current; // made so by whoever added it
+    const SoTreeViewItem* at = target();
+    const std::vector<SoTreeViewItem*> rows = m_tree->itemsOf(added);
+    for (SoTreeViewItem* row : rows)
+        if (at && (row->parentItem() == at || row->parentItem() == at->parentItem()))
+            return row;
+    return rows.empty() ? nullptr : rows.front();
+}
+
 void NodeAdding::add(SoNode* node)
 {
     SoTreeViewItem* at = target() ? target() : asItem(m_tree->currentItem());
@@ -97,8 +111,7 @@ void NodeAdding::add(SoNode* node)
     const bool done = m_add(node, at); // the host may end the tool
     if (!self)
         return;
-    SoTreeViewItem* row = done ? m_tree->context().index.firstOf(node) : nullptr;
-    if (row) {
+    if (SoTreeViewItem* row = done ? rowOf(node) : nullptr) {
         setTarget(row->parentItem());
         m_tree->showItem(row);
     }

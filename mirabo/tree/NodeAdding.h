@@ -35,6 +35,7 @@ public:
 
 private:
     void add(SoNode* node);
+    SoTreeViewItem* rowOf(const SoNode* added) const;
     void setTarget(SoTreeViewItem* row);
     void currentChanged();
 

@@ -222,9 +222,8 @@ void TreeNavigator::findLostBookmarks()
         m_findLost.start(GraphReading::kRetryMilliseconds);
         return;
     }
-    if (!m_tree->context().bookmarks.findLost(*m_tree))
-        return;
-    m_tree->viewport()->update();
+    if (m_tree->context().bookmarks.findLost(*m_tree))
+        m_tree->viewport()->update();
     updateActions();
 }
 

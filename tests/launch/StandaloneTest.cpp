@@ -75,6 +75,29 @@ TEST_F(StandaloneTest, OpensReloadsAndClosesAFile)
     EXPECT_FALSE(action("&Reload")->isEnabled());
 }
 
+TEST_F(StandaloneTest, KeepsBookmarksOfAFile)
+{
+    const std::string path = writeFile("marked.ky", kGoodScene);
+    const auto isMarked = [] { return !tree()->topLevelItem(0)->child(1)->icon(4).isNull(); };
+    start();
+    drop(path);
+    tree()->setCurrentItem(tree()->topLevelItem(0)->child(1));
+    QCoreApplication::processEvents();
+    action("Toggle Bookmark")->trigger();
+    EXPECT_TRUE(isMarked());
+    action("&Reload")->trigger();
+    EXPECT_TRUE(isMarked());
+    hooks().m_mirabo_stop();
+    start();
+    drop(path);
+    EXPECT_TRUE(isMarked());
+    QCoreApplication::processEvents();
+    action("Clear All Bookmarks")->trigger();
+    EXPECT_FALSE(isMarked());
+    action("&Reload")->trigger();
+    EXPECT_FALSE(isMarked());
+}
+
 TEST_F(StandaloneTest, KeepsTheOldSceneWhenAFileIsBad)
 {
     const std::pair<const char*, std::string> kBad[] = {

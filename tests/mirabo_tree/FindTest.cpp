@@ -225,6 +225,20 @@ TEST_F(FindTest, GoesOnWhenRowsCameOrWentBetweenSlices)
     EXPECT_EQ(finder.look(3), TreeFinder::State::NotFound);
 }
 
+TEST_F(FindTest, FindsNoNodeThatDiedUnreported)
+{
+    makeCurrent(root.get());
+    const auto address = QString::number(reinterpret_cast<quintptr>(node(0, 1)), 16);
+    auto* group = static_cast<SoGroup*>(node(0));
+    group->enableNotify(false);
+    group->removeChild(1);
+    EXPECT_EQ(found(0, "Cube"), node(1));
+    EXPECT_EQ(found(1, "Hub"), nullptr);
+    EXPECT_EQ(found(1, "", TreeFinder::ExactMatch), node(0, 0));
+    EXPECT_EQ(found(2, address), nullptr);
+    group->enableNotify(true);
+}
+
 TEST_F(FindTest, SearchesFromTheDialog)
 {
     makeCurrent(root.get());
@@ -418,6 +432,30 @@ TEST_F(FindTest, KeepsBookmarksOfRowsThatMove)
     static_cast<SoGroup*>(node(0))->removeChild(cube.get());
     QCoreApplication::processEvents();
     EXPECT_FALSE(row(cube.get())->isBookmarked());
+}
+
+TEST_F(FindTest, DropsBookmarksOfNodesThatAreGone)
+{
+    scene = "/scenes/one.ky";
+    show(makeScene());
+    makeCurrent(node(0, 1));
+    hub.toggleBookmark();
+    static_cast<SoGroup*>(node(0))->removeChild(1);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(frame.action(ActionId::NextBookmark)->isEnabled());
+    show(makeScene()); // read anew, it would be there
+    EXPECT_EQ(tree->context().bookmarks.count(), 0u);
+    makeCurrent(node(0, 1));
+    hub.toggleBookmark();
+    auto* group = static_cast<SoGroup*>(node(0));
+    group->enableNotify(false);
+    group->removeChild(1); // nobody was told
+    group->enableNotify(true);
+    hub.nextBookmark();
+    navigator->saveBookmarks();
+    hub.clearBookmark();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(tree->context().bookmarks.count(), 0u);
 }
 
 TEST_F(FindTest, FindsBookmarksAgainWhenTheSceneIsShownAgain)

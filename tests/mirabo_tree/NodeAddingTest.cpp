@@ -85,6 +85,20 @@ TEST_F(NodeAddingTest, KeepsItsTargetFromNodeToNode)
     EXPECT_EQ(adding->target(), row(group));
 }
 
+TEST_F(NodeAddingTest, StaysAtItsOccurrenceOfASharedTarget)
+{
+    auto* other = new SoSeparator;
+    other->addChild(group);
+    root->addChild(other);
+    SoTreeViewItem* second = view.occurrencesOf(group)[1];
+    view.setCurrentItem(second);
+    adding->open();
+    addType("Cone");
+    EXPECT_EQ(rowsOf(group->getChild(1)), 2);
+    EXPECT_EQ(asRow(view.currentItem())->parentItem(), second);
+    EXPECT_EQ(adding->target(), second);
+}
+
 TEST_F(NodeAddingTest, GoesOnWhenTheTargetOrTheSceneGoes)
 {
     openAt(group);
