@@ -35,10 +35,7 @@ bool isBatch()
 
 void showInformation(QWidget* parent, const QString& title, const QString& text)
 {
-    if (isBatch())
-        print(text);
-    else
-        QMessageBox::information(parent, title, text);
+    show(QMessageBox::Information, parent, title, text);
 }
 
 void showWarning(QWidget* parent, const QString& title, const QString& text)

@@ -232,6 +232,7 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::NextBookmark, &SoCommandManager::nextBookmark);
     run(ActionId::PreviousBookmark, &SoCommandManager::previousBookmark);
     run(ActionId::ClearBookmarks, &SoCommandManager::clearBookmark);
+    run(ActionId::Insert, &SoCommandManager::treeAddNode);
     run(ActionId::IgnoreEnable, &SoCommandManager::ignoreEnable);
     run(ActionId::Preferences, &SoCommandManager::editPreferences);
     run(ActionId::ShowAllReferences, &SoCommandManager::showAllReferences);

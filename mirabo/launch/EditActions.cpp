@@ -4,6 +4,7 @@
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/tree/NodeAdding.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeEditCommand.h"
@@ -38,8 +39,12 @@ EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCom
                                          // undone.
                                          SoMiraboViewer::instance()->setScene(root, false);
                                      }});
-    connectTree(tree);
-    connectHub(tree, hub);
+    m_adding =
+        new NodeAdding(tree, frame, [editor = m_editor](SoNode* node, SoTreeViewItem* target) {
+            return editor && editor->addNode(node, target);
+        });
+    connectTree(tree, hub);
+    registerActions(tree, hub);
     connect(tree, &SoMiraboTreeView::statusHint, frame, [frame](const QString& hint) {
         if (hint.isEmpty())
             frame->statusBar()->clearMessage();
@@ -50,29 +55,35 @@ EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCom
 
 EditActions::~EditActions()
 {
-    delete m_editor; // the tree's, but it uses what is ours
+    delete m_adding; // the tree's, as the editor is, but both use what is ours
+    delete m_editor;
 }
 
-void EditActions::connectTree(SoMiraboTreeView* tree)
+void EditActions::connectTree(SoMiraboTreeView* tree, SoCommandManager* hub)
 {
     connect(tree, &SoMiraboTreeView::commandReady, m_editor,
             [editor = m_editor](MrbCommand* command) {
                 editor->push(std::unique_ptr<MrbCommand>(command));
             });
+    connect(tree, &SoMiraboTreeView::addNodeRequested, hub, &SoCommandManager::treeAddNode);
     connect(tree, &SoMiraboTreeView::deleteRequested, m_editor, &TreeEditor::deleteCurrent);
     connect(tree, &SoMiraboTreeView::moveRequested, m_editor, &TreeEditor::moveRow);
     connect(tree, &SoMiraboTreeView::referenceRequested, m_editor, &TreeEditor::addReference);
     connect(tree, &SoMiraboTreeView::stepRequested, m_editor, &TreeEditor::stepCurrent);
+    connect(hub, &SoCommandManager::moveRequested, m_editor, &TreeEditor::moveRow);
 }
 
-void EditActions::connectHub(SoMiraboTreeView* tree, SoCommandManager* hub)
+void EditActions::registerActions(SoMiraboTreeView* tree, SoCommandManager* hub)
 {
-    hub->actions().add(ActionId::DeleteNode, m_editor,
-                       {[editor = m_editor] { editor->deleteCurrent(); },
-                        [editor = m_editor] { return editor->canDeleteCurrent(); }});
-    connect(hub, &SoCommandManager::moveRequested, m_editor, &TreeEditor::moveRow);
-    connect(tree, &QTreeWidget::currentItemChanged, hub,
-            [hub] { hub->actions().update(ActionId::DeleteNode); });
+    ActionRegistry& actions = hub->actions();
+    // The current row may be one that nothing can be done with, which the user is told then.
+    const auto hasRow = [tree] { return tree->currentItem() != nullptr; };
+    for (const ActionId id : {ActionId::AddNode, ActionId::Insert})
+        actions.add(id, m_adding, {[adding = m_adding] { adding->open(); }, hasRow});
+    actions.add(ActionId::DeleteNode, m_editor,
+                {[editor = m_editor] { editor->deleteCurrent(); },
+                 [editor = m_editor] { return editor->canDeleteCurrent(); }});
+    connect(tree, &QTreeWidget::currentItemChanged, hub, [hub] { hub->actions().updateLater(); });
 }
 
 } // namespace mirabo

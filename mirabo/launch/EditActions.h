@@ -12,6 +12,8 @@ class SoMiraboTreeView;
 
 namespace mirabo {
 
+class NodeAdding;
+
 /// Lets the user edit the scene through the tree: what menus, keys and the mouse ask for becomes a
 /// command of the tree's editor.
 class EditActions final : public QObject {
@@ -23,14 +25,16 @@ public:
     ~EditActions() override;
 
     TreeEditor* editor() const { return m_editor; }
+    NodeAdding* adding() const { return m_adding; }
     CommandOwner& owner() { return m_owner; }
 
 private:
-    void connectTree(SoMiraboTreeView* tree);
-    void connectHub(SoMiraboTreeView* tree, SoCommandManager* hub);
+    void connectTree(SoMiraboTreeView* tree, SoCommandManager* hub);
+    void registerActions(SoMiraboTreeView* tree, SoCommandManager* hub);
 
     CommandOwner m_owner;
     QPointer<TreeEditor> m_editor; // The tree's; goes with the first of both.
+    QPointer<NodeAdding> m_adding; // The same.
 };
 
 } // namespace mirabo

@@ -33,10 +33,17 @@ SoTreeViewItem* rowAt(const SoMiraboTreeView& tree, QModelIndex index)
     return walker.row();
 }
 
+bool isBelow(const SoTreeViewItem* row, const SoTreeViewItem* above)
+{
+    while (row && row != above)
+        row = row->parentItem();
+    return row;
+}
+
 QString textOf(const SoTreeViewItem* row)
 {
     const QString type = row->data(SoTreeViewItem::Type, Qt::DisplayRole).toString();
-    return type + ' ' + row->data(SoTreeViewItem::Name, Qt::DisplayRole).toString();
+    return (type + ' ' + row->data(SoTreeViewItem::Name, Qt::DisplayRole).toString()).trimmed();
 }
 
 } // namespace
@@ -78,7 +85,8 @@ void NodeAdding::setTarget(SoTreeViewItem* row)
 {
     m_target = row ? indexOf(*m_tree, row) : QModelIndex();
     if (m_dialog)
-        m_dialog->setTargetText(row ? tr("Target: %1").arg(textOf(row)) : QString());
+        m_dialog->setTarget(
+            row ? tr("Target: %1").arg(textOf(row)) : tr("No row of the tree is chosen."), row);
 }
 
 void NodeAdding::currentChanged()
@@ -112,11 +120,15 @@ void NodeAdding::add(SoNode* node)
     if (!self)
         return;
     if (SoTreeViewItem* row = done ? rowOf(node) : nullptr) {
-        setTarget(row->parentItem());
+        if (!isBelow(row, target())) // a kit's list has a group between itself and its entries
+            setTarget(row->parentItem());
         m_tree->showItem(row);
     }
-    if (self)
-        m_adding = false;
+    if (!self)
+        return;
+    m_adding = false;
+    if (!target())
+        currentChanged();
 }
 
 } // namespace mirabo

@@ -103,6 +103,7 @@ QString lineage(SoType type)
 
 SoMiraboAddDialog::SoMiraboAddDialog(QWidget* parent) : QDialog(parent)
 {
+    setObjectName("AddDialog");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle("Add Nodes");
     setWindowIcon(mirabo::namedIcon("MiraboIcon"));
@@ -156,6 +157,7 @@ void SoMiraboAddDialog::createWidgets()
     icon->setPixmap(mirabo::namedIcon("find").pixmap(16, 16));
     icon->setBuddy(m_search);
     m_add = new QPushButton(tr("&Add"));
+    m_add->setObjectName("AddButton");
     m_add->setDefault(true);
     auto* cancel = new QPushButton(tr("&Cancel"));
     connect(m_add, &QPushButton::clicked, this, &SoMiraboAddDialog::addNode);
@@ -221,16 +223,23 @@ SoType SoMiraboAddDialog::selectedType() const
     return SoType::fromName(selected.front()->text(0).toUtf8().constData());
 }
 
-void SoMiraboAddDialog::setTargetText(const QString& text)
+void SoMiraboAddDialog::setTarget(const QString& text, bool canAdd)
 {
     m_target->setText(text);
     m_target->setVisible(!text.isEmpty());
+    m_canAdd = canAdd;
+    updateAddButton();
+}
+
+void SoMiraboAddDialog::updateAddButton()
+{
+    m_add->setEnabled(m_canAdd && !selectedType().isBad());
 }
 
 void SoMiraboAddDialog::selectionChanged()
 {
     const SoType type = selectedType();
-    m_add->setEnabled(!type.isBad());
+    updateAddButton();
     if (type.getIndex() != m_shownType)
         showFieldsOf(type);
 }
@@ -239,7 +248,7 @@ void SoMiraboAddDialog::showFieldsOf(SoType type)
 {
     m_shownType = type.getIndex();
     m_fields->clear();
-    m_fieldsTitle->setText(type.isBad() ? tr("No type chosen") : lineage(type));
+    m_fieldsTitle->setText(type.isBad() ? tr("Choose a type to see its fields.") : lineage(type));
     const SoRef<SoNode> node = makeNode(type);
     const SoFieldData* data = node ? node->getFieldData() : nullptr;
     QList<QTreeWidgetItem*> rows;
@@ -259,7 +268,7 @@ void SoMiraboAddDialog::showFieldsOf(SoType type)
 void SoMiraboAddDialog::addNode()
 {
     const SoType type = selectedType();
-    const SoRef<SoNode> node = makeNode(type);
+    const SoRef<SoNode> node = m_canAdd ? makeNode(type) : SoRef<SoNode>();
     if (!node)
         return;
     mirabo::settings().setValue(kLastTypeKey, toQString(type.getName().getString()));

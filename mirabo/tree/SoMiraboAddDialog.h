@@ -25,8 +25,8 @@ public:
 
     /// The chosen type; bad while a category or nothing is chosen.
     SoType selectedType() const;
-    /// Says where the next node will go; empty: nothing is said.
-    void setTargetText(const QString& text);
+    /// Says where the next node will go, or why it cannot be added now.
+    void setTarget(const QString& text, bool canAdd);
 
     /// The next type whose name contains `text` in any case, from `start` on (null: the current
     /// entry, else the first) and around the end. A text that begins with "So" is looked up without
@@ -55,6 +55,7 @@ private:
     void findAgain();
     void chooseLastType();
     bool isKeyHandled(QObject* watched, QKeyEvent* event);
+    void updateAddButton();
     void showFieldsOf(SoType type);
 
     QTreeWidget* m_catalogue;
@@ -63,5 +64,6 @@ private:
     QLabel* m_target;
     QLineEdit* m_search;
     QPushButton* m_add;
+    bool m_canAdd = true;
     int m_shownType = -1; ///< index of the type whose fields are shown
 };

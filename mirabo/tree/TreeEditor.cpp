@@ -67,6 +67,14 @@ bool isUsable(const SoTreeViewItem* row)
            && (!row->parentItem() || !row->parentItem()->isDead());
 }
 
+/// What is told of a row that is not usable.
+QString whyNotUsable(const SoTreeViewItem* row)
+{
+    return row->isDisabledNode() && !row->isDead()
+               ? "The node has been taken out of the scene; enable it first."
+               : "The application has deleted the node.";
+}
+
 } // namespace
 
 bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> rows,
@@ -82,11 +90,14 @@ bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> r
         {
             // From the first look at the rows' nodes on: they may die while others edit.
             const SoWriteLock lock;
+            const auto unusable = std::find_if_not(rows.begin(), rows.end(), isUsable);
             if (!lock)
                 refusal = {Refusal::Kind::Warning, title,
                            "The scene cannot be edited now: another thread is reading it."};
-            else if (std::all_of(rows.begin(), rows.end(), isUsable))
+            else if (unusable == rows.end())
                 command = make(refusal);
+            else if (*unusable)
+                refusal = {Refusal::Kind::Information, title, whyNotUsable(*unusable)};
         }
         if (command)
             done = m_owner.push(std::move(command));
