@@ -15,13 +15,17 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QStatusBar>
 #include <QUrl>
 #include <QUrlQuery>
+
+#include <utility>
 
 using mirabo::ActionId;
 
 namespace {
 
+constexpr int kMessageMs = 10000; // how long a message stays in the status bar
 constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
 
 } // namespace
@@ -36,11 +40,55 @@ void SoCommandManager::setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* do
     m_document = document;
     m_tree = tree;
     m_panels = panels;
-    m_undo.setStateCallback([this] {
-        m_actions.update(ActionId::Undo);
-        m_actions.update(ActionId::Redo);
-    });
+    m_undo.setStateCallback([this] { stackChanged(); });
     registerOwnActions();
+    registerUndo();
+}
+
+/// May run inside a change of the graph: only enables and names actions; the rest comes later.
+void SoCommandManager::stackChanged()
+{
+    m_actions.update(ActionId::Undo);
+    m_actions.update(ActionId::Redo);
+    if (std::exchange(m_historyPending, true))
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_historyPending = false;
+            Q_EMIT historyChanged();
+        },
+        Qt::QueuedConnection);
+}
+
+QString SoCommandManager::nameOfStep(int index) const
+{
+    const QString name = m_undo.nameOf(index);
+    return name.isEmpty() ? tr("Edit") : name;
+}
+
+void SoCommandManager::showStatus(const QString& text) const
+{
+    if (m_frame)
+        m_frame->statusBar()->showMessage(text, kMessageMs);
+}
+
+void SoCommandManager::registerUndo()
+{
+    m_actions.add(ActionId::Undo, this,
+                  {[this] { undo(); }, [this] { return m_undo.canUndo(); },
+                   [this] {
+                       return m_undo.canUndo()
+                                  ? tr("Undo %1").arg(nameOfStep(m_undo.currentIndex()))
+                                  : QString();
+                   }});
+    m_actions.add(ActionId::Redo, this,
+                  {[this] { redo(); }, [this] { return m_undo.canRedo(); },
+                   [this] {
+                       return m_undo.canRedo()
+                                  ? tr("Redo %1").arg(nameOfStep(m_undo.currentIndex() + 1))
+                                  : QString();
+                   }});
 }
 
 void SoCommandManager::registerOwnActions()
@@ -59,10 +107,6 @@ void SoCommandManager::registerOwnActions()
     m_actions.add(
         ActionId::Reload, this,
         {[this] { reloadFile(); }, [this] { return m_document && m_document->canReload(); }});
-    m_actions.add(ActionId::Undo, this,
-                  {[this] { m_undo.undo(); }, [this] { return m_undo.canUndo(); }});
-    m_actions.add(ActionId::Redo, this,
-                  {[this] { m_undo.redo(); }, [this] { return m_undo.canRedo(); }});
 }
 
 void SoCommandManager::setOverrideFactory(std::function<MrbCommand*(bool)> factory)
@@ -186,17 +230,54 @@ void SoCommandManager::nodeSetOverride(bool on)
 
 bool SoCommandManager::addCommand(MrbCommand* command)
 {
-    return command && m_undo.add(command);
+    if (!command)
+        return false;
+    const mirabo::Frame frame;
+    const bool done = m_undo.add(command);
+    // It is the last one, unless executing it had the stack cleared.
+    if (done && m_undo.canUndo())
+        showStatus(nameOfStep(m_undo.currentIndex()));
+    return done;
 }
 
 void SoCommandManager::undo()
 {
+    const mirabo::Frame frame;
+    if (!m_undo.canUndo())
+        return;
+    const QString name = nameOfStep(m_undo.currentIndex());
+    showStatus(tr("Undone: %1").arg(name)); // first: a refusal that follows takes its place
     m_undo.undo();
 }
 
 void SoCommandManager::redo()
 {
+    const mirabo::Frame frame;
+    if (!m_undo.canRedo())
+        return;
+    const QString name = nameOfStep(m_undo.currentIndex() + 1);
+    showStatus(tr("Redone: %1").arg(name));
     m_undo.redo();
+}
+
+void SoCommandManager::goToCommand(int executed)
+{
+    const mirabo::Frame frame;
+    const auto now = [this] { return m_undo.currentIndex() + 1; };
+    // Whoever hears of a step may clear the stack, or end the tool.
+    const auto goOn = [&](int before, int step) {
+        return now() == before + step && now() != executed && !mirabo::Frame::isEnding();
+    };
+    for (int before = now(); before > executed && m_undo.canUndo(); before = now()) {
+        undo();
+        if (!goOn(before, -1))
+            return;
+    }
+    for (int before = now(); before < executed && m_undo.canRedo(); before = now()) {
+        redo();
+        if (!goOn(before, 1))
+            return;
+    }
 }
 
 void SoCommandManager::clearUndoCommand()
@@ -323,8 +404,10 @@ void SoCommandManager::highlightNodeItem(const SoPath* path)
 
 void SoCommandManager::expandAll(QTreeWidgetItem* startItem)
 {
+    const mirabo::Frame frame;
     if (m_tree)
         m_tree->expandBelow(startItem);
+    m_actions.updateLater();
 }
 
 void SoCommandManager::showAllReferences()

@@ -43,6 +43,8 @@ public:
 
     const mirabo::UndoStack& undoStack() const { return m_undo; }
     mirabo::UndoStack& undoStack() { return m_undo; }
+    /// What the user reads of a command on the stack, 0 being the oldest.
+    QString nameOfStep(int index) const;
     /// A command was pushed since the stack was cleared.
     bool isModified() const { return m_undo.isModified(); }
 
@@ -74,7 +76,12 @@ public Q_SLOTS:
     bool addCommand(MrbCommand* command);
     void undo();
     void redo();
+    /// Undoes or redoes until that many commands are executed; no further when the stack is cleared
+    /// meanwhile.
+    void goToCommand(int executed);
     void clearUndoCommand();
+    /// Shows a line in the status bar for a while.
+    void showStatus(const QString& text) const;
     /// Somebody outside the tool changed the structure of the scene: what was done before it can
     /// no longer be undone. Ignored while one of our own commands is the cause.
     void outsideStructureChange();
@@ -134,6 +141,8 @@ public Q_SLOTS:
     void launchMiraboHelpViewer();
 
 Q_SIGNALS:
+    /// The undo stack has changed; told once, in the next pass of the event loop.
+    void historyChanged();
     void extensionsDescribed();
     /// The item's node is to move to the target; `asSibling`: behind it, with the space bar held.
     void moveRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
@@ -143,6 +152,8 @@ Q_SIGNALS:
 private:
     void announce(SoNode* node);
     void registerOwnActions();
+    void registerUndo();
+    void stackChanged();
 
     mirabo::UndoStack m_undo;
     mirabo::ActionRegistry m_actions;
@@ -153,5 +164,6 @@ private:
     std::function<MrbCommand*(bool)> m_overrideFactory;
     SoTreeViewItemList m_overviewList;
     bool m_spaceHeld = false;
+    bool m_historyPending = false;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

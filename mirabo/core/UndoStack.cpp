@@ -61,6 +61,13 @@ void UndoStack::redo()
     tellState();
 }
 
+QString UndoStack::nameOf(int index) const
+{
+    if (index < 0 || index >= count())
+        return {};
+    return m_commands[static_cast<std::size_t>(index)]->getName();
+}
+
 void UndoStack::clear()
 {
     m_clearRequested = true;

@@ -2,6 +2,8 @@
 
 #include "mirabo/extender/private/Frame.h"
 
+#include <QString>
+
 #include <functional>
 #include <vector>
 
@@ -69,6 +71,8 @@ public:
     int count() const { return static_cast<int>(m_commands.size()); }
     /// Index of the last executed command; -1 when there is nothing to undo.
     int currentIndex() const { return m_current; }
+    /// Name of a command, 0 being the oldest; empty when it has none.
+    QString nameOf(int index) const;
     bool canUndo() const { return m_current >= 0 && m_current < count(); }
     bool canRedo() const { return m_current + 1 < count(); }
 

@@ -1,6 +1,7 @@
 #include "mirabo/launch/Session.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/HistoryList.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
@@ -124,12 +125,22 @@ void Session::createPanels(bool standalone)
     m_edition =
         std::make_unique<SoMiraboEdition>(viewer->getOverviewDock(), viewer->getWatchDock());
     m_edition->setIconProvider(&nodeIcon);
+    createHistory();
     m_frame->fillViewMenu();
     viewer->readSettings();
 
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setMainWindow(m_frame);
     services->setSceneSetter([viewer](SoNode* root) { viewer->setScene(root, true); });
+}
+
+void Session::createHistory()
+{
+    auto* dock = new QDockWidget(tr("History"), m_frame);
+    dock->setObjectName("dockHistory");
+    dock->setWidget(new HistoryList(hub(), dock));
+    m_frame->addDockWidget(Qt::RightDockWidgetArea, dock);
+    dock->hide();
 }
 
 void Session::connectTree()

@@ -50,6 +50,7 @@ public:
 
 private:
     void createPanels(bool standalone);
+    void createHistory();
     void registerActions();
     void connectTree();
     void createNavigator();

@@ -1,3 +1,4 @@
+#include "mirabo/core/HistoryList.h"
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Observed.h"
 #include "mirabo/core/RecentFiles.h"
@@ -15,6 +16,7 @@
 #include <kalmyr/shapes/SoCube.h>
 
 #include <QAbstractButton>
+#include <QAbstractItemModelTester>
 #include <QAction>
 #include <QApplication>
 #include <QDragEnterEvent>
@@ -22,7 +24,9 @@
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QSettings>
+#include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <QTreeWidgetItem>
 
@@ -138,6 +142,62 @@ protected:
     SoCommandManager hub;
     MrbCommand* last = nullptr;
 };
+
+TEST_F(HubTest, TellsTheNamesOfTheStepsAndGoesToAnyOfThem)
+{
+    QAction* undo = frame.action(ActionId::Undo);
+    QAction* redo = frame.action(ActionId::Redo);
+    const QString ownTip = undo->toolTip();
+    for (const char* name : {"Delete Cube", "Add Cone", ""}) {
+        auto* edit = new Edit;
+        edit->setName(name);
+        hub.addCommand(edit);
+    }
+    EXPECT_EQ(undo->toolTip(), "Undo Edit (Ctrl+Z)") << "one without a name";
+    hub.undo();
+    EXPECT_EQ(undo->toolTip(), "Undo Add Cone (Ctrl+Z)");
+    EXPECT_EQ(undo->statusTip(), "Undo Add Cone");
+    EXPECT_EQ(redo->toolTip(), "Redo Edit (Ctrl+Y)");
+    EXPECT_EQ(undo->text(), "&Undo");
+    EXPECT_EQ(frame.statusBar()->currentMessage(), "Undone: Edit");
+
+    mirabo::HistoryList list(&hub);
+    const QAbstractItemModelTester tester(list.model());
+    const auto shown = [&list] {
+        QCoreApplication::processEvents();
+        QStringList rows;
+        for (int i = 0; i < list.model()->rowCount(); ++i)
+            rows << list.model()->index(i, 0).data().toString()
+                        + (list.currentIndex().row() == i ? "*" : "");
+        return rows.join(", ");
+    };
+    EXPECT_EQ(shown(), "Scene as it was") << "hidden: nobody counts";
+    list.show();
+    EXPECT_EQ(shown(), "Scene as it was, Delete Cube, Add Cone*, Edit");
+    const auto click = [&list](int row) {
+        const QRect place = list.visualRect(list.model()->index(row, 0));
+        QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, place.center());
+    };
+    click(0);
+    EXPECT_FALSE(canUndo());
+    EXPECT_EQ(shown(), "Scene as it was*, Delete Cube, Add Cone, Edit");
+    EXPECT_EQ(frame.statusBar()->currentMessage(), "Undone: Delete Cube");
+    click(3);
+    EXPECT_FALSE(canRedo());
+    EXPECT_EQ(frame.statusBar()->currentMessage(), "Redone: Edit");
+    list.setCurrentIndex(list.model()->index(1, 0));
+    QTest::keyClick(&list, Qt::Key_Return);
+    EXPECT_EQ(shown(), "Scene as it was, Delete Cube*, Add Cone, Edit");
+    hub.goToCommand(1);
+    EXPECT_EQ(hub.undoStack().currentIndex(), 0);
+
+    hub.goToCommand(0);
+    hub.addCommand(last = new Edit); // deletes what was undone
+    EXPECT_EQ(shown(), "Scene as it was, Edit*");
+    hub.clearUndoCommand();
+    EXPECT_EQ(undo->toolTip(), ownTip);
+    EXPECT_EQ(shown(), "Scene as it was*");
+}
 
 TEST_F(HubTest, UndoAndRedoActionsFollowTheStack)
 {
