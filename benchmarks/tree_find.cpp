@@ -1,5 +1,5 @@
-// Finding rows again among a million: searches, bookmarks, and the catalogue of node types. The
-// floor is a bare walk over a bare tree widget that compares the text of each row.
+// Finding rows again among a million: searches, bookmarks, branches, and the catalogue of node
+// types. The floor is a bare walk over a bare tree widget that compares the text of each row.
 
 #include "TreeBench.h"
 
@@ -107,6 +107,28 @@ void walkBookmarks(benchmark::State& state)
     state.counters["clear_ms"] = timed([&] { million.view.context().bookmarks.clear(); });
 }
 
+/// "Explore all" from the root of the closed tree, and what telling whether it would do something
+/// costs each pass.
+void exploreAll(benchmark::State& state)
+{
+    Million& million = Million::get();
+    million.view.setCurrentItem(million.view.rootItem());
+    std::vector<double> asked;
+    for (auto _ : state) {
+        million.view.collapseAll();
+        settle();
+        int closed = 0;
+        state.SetIterationTime(timed([&] {
+                                   closed = million.view.exploreAll();
+                                   settle();
+                               })
+                               / 1000);
+        state.counters["closed"] = closed;
+        asked.push_back(timed([&] { benchmark::DoNotOptimize(million.view.canExploreAll()); }));
+    }
+    state.counters["ask_ms"] = median(asked);
+}
+
 /// The dialog with all types, and more than 400.
 void openCatalogue(benchmark::State& state)
 {
@@ -149,6 +171,7 @@ BENCHMARK_CAPTURE(search, address, TreeFinder::ByAddress, "nowhere", 0u)->Apply(
 BENCHMARK_CAPTURE(search, id, TreeFinder::ById, "nowhere", 0u)->Apply(milliseconds);
 BENCHMARK(slice)->Apply(milliseconds);
 BENCHMARK(walkBookmarks)->Arg(1)->Arg(1000)->Arg(100000)->Apply(milliseconds);
+BENCHMARK(exploreAll)->Apply(milliseconds);
 BENCHMARK(openCatalogue)->Apply(milliseconds)->Iterations(20);
 
 } // namespace

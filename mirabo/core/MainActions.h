@@ -66,6 +66,8 @@ enum class ActionId {
     AddNode,
     DeleteNode,
     SaveBranch, ///< the current row of the tree and all below it
+    CopyPath,   ///< of the current row
+    ClassHelp,  ///< on the class of its node
     RequestCount
 };
 

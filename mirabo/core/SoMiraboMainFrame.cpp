@@ -233,6 +233,9 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::PreviousBookmark, &SoCommandManager::previousBookmark);
     run(ActionId::ClearBookmarks, &SoCommandManager::clearBookmark);
     run(ActionId::Insert, &SoCommandManager::treeAddNode);
+    for (const ActionId id : {ActionId::Delete, ActionId::Explore, ActionId::ExploreAll,
+                              ActionId::InsertClipboard, ActionId::OpenViewer})
+        connect(action(id), &QAction::triggered, hub, [hub, id] { hub->actions().run(id); });
     run(ActionId::IgnoreEnable, &SoCommandManager::ignoreEnable);
     run(ActionId::Preferences, &SoCommandManager::editPreferences);
     run(ActionId::ShowAllReferences, &SoCommandManager::showAllReferences);

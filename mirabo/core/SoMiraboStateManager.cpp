@@ -2,14 +2,21 @@
 
 #include "mirabo/core/SoMiraboState.h"
 
-#include <QHash>
-
 #include <cstdio>
+#include <memory>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
+/// What a name stands for.
+struct Wrapper {
+    SoMiraboState* state; // Not owned; its panel's.
+};
+
 struct States {
-    QHash<QString, SoMiraboState*> byName; // Not owned; their panels'.
+    /// No wrapper: the state of that name has died.
+    std::unordered_map<std::string, std::unique_ptr<Wrapper>> byName;
     QString current;
 };
 
@@ -19,15 +26,23 @@ States& states()
     return s;
 }
 
-/// The state of a name; without one tells what is missing.
-SoMiraboState* find(const QString& name, const char* missing)
+void tell(const char* missing)
 {
-    const auto at = states().byName.constFind(name);
-    const bool known = at != states().byName.constEnd();
-    if (known && *at)
-        return *at;
-    std::fprintf(stderr, "[E] SoMiraboStateManager::setCurrentState: Error %s\n",
-                 known ? "state is NULL" : missing);
+    std::fprintf(stderr, "[E] SoMiraboStateManager::setCurrentState: Error %s\n", missing);
+}
+
+/// The state of a name; without one tells what is missing.
+SoMiraboState* find(const QString& name, const char* notFound)
+{
+    const auto at = states().byName.find(name.toStdString());
+    if (at == states().byName.end())
+        tell(notFound);
+    else if (!at->second)
+        tell("wrapper is NULL");
+    else if (!at->second->state)
+        tell("state is NULL");
+    else
+        return at->second->state;
     return nullptr;
 }
 
@@ -40,7 +55,7 @@ SoMiraboState::~SoMiraboState()
 
 void SoMiraboStateManager::registerState(const QString& name, SoMiraboState* state)
 {
-    states().byName.insert(name, state);
+    states().byName[name.toStdString()] = std::make_unique<Wrapper>(Wrapper{state});
 }
 
 void SoMiraboStateManager::setCurrentState(const QString& name)
@@ -68,14 +83,11 @@ QString SoMiraboStateManager::getCurrentState()
 
 void SoMiraboStateManager::forget(const SoMiraboState* state)
 {
-    auto& byName = states().byName;
-    for (auto at = byName.begin(); at != byName.end();) {
-        if (*at == state) {
-            if (at.key() == states().current)
-                states().current.clear();
-            at = byName.erase(at);
-        } else {
-            ++at;
-        }
+    for (auto& [name, wrapper] : states().byName) {
+        if (!state || !wrapper || wrapper->state != state)
+            continue;
+        if (name == states().current.toStdString())
+            states().current.clear();
+        wrapper.reset();
     }
 }

@@ -5,35 +5,35 @@
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/tree/NodeAdding.h"
+#include "mirabo/tree/SceneText.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeEditCommand.h"
 #include "mirabo/tree/TreeEditor.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
-#include <QPointer>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QStatusBar>
 
 namespace mirabo {
 
 namespace {
 
-void showBox(QWidget* parent, const Refusal& refusal)
-{
-    if (refusal.kind == Refusal::Kind::Information)
-        showInformation(parent, refusal.title, refusal.text);
-    else
-        showWarning(parent, refusal.title, refusal.text);
-}
+constexpr char kClipboardTitle[] = "Mirabo Insert Clipboard";
 
 } // namespace
 
 EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCommandManager* hub)
-    : m_owner(hub->undoStack(), [hub](MrbCommand* command) { return hub->addCommand(command); })
+    : m_frame(frame),
+      m_owner(hub->undoStack(), [hub](MrbCommand* command) { return hub->addCommand(command); })
 {
-    const QPointer<QWidget> parent(frame);
     m_editor = new TreeEditor(tree, {hub->undoStack(), m_owner,
-                                     [parent](const Refusal& refusal) { showBox(parent, refusal); },
+                                     [this](const Refusal& refusal) { show(refusal); },
                                      [](SoNode* root) {
                                          // Not another scene: what was done before can still be
                                          // undone.
@@ -45,6 +45,7 @@ EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCom
         });
     connectTree(tree, hub);
     registerActions(tree, hub);
+    registerClipboard(tree, hub);
     connect(tree, &SoMiraboTreeView::statusHint, frame, [frame](const QString& hint) {
         if (hint.isEmpty())
             frame->statusBar()->clearMessage();
@@ -59,13 +60,23 @@ EditActions::~EditActions()
     delete m_editor;
 }
 
+/// Last in what calls it: the tool may have ended when the box is closed.
+void EditActions::show(const Refusal& refusal) const
+{
+    if (m_frame)
+        m_frame->statusBar()->clearMessage(); // may tell of a step that was not made
+    if (refusal.kind == Refusal::Kind::Information)
+        showInformation(m_frame, refusal.title, refusal.text);
+    else
+        showWarning(m_frame, refusal.title, refusal.text);
+}
+
 void EditActions::connectTree(SoMiraboTreeView* tree, SoCommandManager* hub)
 {
     connect(tree, &SoMiraboTreeView::commandReady, m_editor,
             [editor = m_editor](MrbCommand* command) {
                 editor->push(std::unique_ptr<MrbCommand>(command));
             });
-    connect(tree, &SoMiraboTreeView::addNodeRequested, hub, &SoCommandManager::treeAddNode);
     connect(tree, &SoMiraboTreeView::deleteRequested, m_editor, &TreeEditor::deleteCurrent);
     connect(tree, &SoMiraboTreeView::moveRequested, m_editor, &TreeEditor::moveRow);
     connect(tree, &SoMiraboTreeView::referenceRequested, m_editor, &TreeEditor::addReference);
@@ -84,6 +95,31 @@ void EditActions::registerActions(SoMiraboTreeView* tree, SoCommandManager* hub)
                 {[editor = m_editor] { editor->deleteCurrent(); },
                  [editor = m_editor] { return editor->canDeleteCurrent(); }});
     connect(tree, &QTreeWidget::currentItemChanged, hub, [hub] { hub->actions().updateLater(); });
+}
+
+void EditActions::registerClipboard(SoMiraboTreeView* tree, SoCommandManager* hub)
+{
+    hub->actions().add(ActionId::InsertClipboard, this,
+                       {[this] { insertClipboard(); },
+                        [this, tree] { return m_clipboardHasText && tree->currentItem(); }});
+    const auto look = [this, hub] {
+        const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+        m_clipboardHasText = data && data->hasText();
+        hub->actions().updateLater();
+    };
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, look);
+    look();
+}
+
+void EditActions::insertClipboard()
+{
+    QString problem;
+    const SoRef<SoNode> node = readSceneText(QGuiApplication::clipboard()->text(), problem);
+    if (!node)
+        show({Refusal::Kind::Warning, kClipboardTitle,
+              "The text of the clipboard is no scene.<br>" + problem.toHtmlEscaped()});
+    else if (m_editor)
+        m_editor->addNode(node.get());
 }
 
 } // namespace mirabo

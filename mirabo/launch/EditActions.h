@@ -13,6 +13,7 @@ class SoMiraboTreeView;
 namespace mirabo {
 
 class NodeAdding;
+struct Refusal;
 
 /// Lets the user edit the scene through the tree: what menus, keys and the mouse ask for becomes a
 /// command of the tree's editor.
@@ -25,16 +26,20 @@ public:
     ~EditActions() override;
 
     TreeEditor* editor() const { return m_editor; }
-    NodeAdding* adding() const { return m_adding; }
     CommandOwner& owner() { return m_owner; }
 
 private:
     void connectTree(SoMiraboTreeView* tree, SoCommandManager* hub);
     void registerActions(SoMiraboTreeView* tree, SoCommandManager* hub);
+    void registerClipboard(SoMiraboTreeView* tree, SoCommandManager* hub);
+    void insertClipboard();
+    void show(const Refusal& refusal) const;
 
+    QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's.
     CommandOwner m_owner;
     QPointer<TreeEditor> m_editor; // The tree's; goes with the first of both.
     QPointer<NodeAdding> m_adding; // The same.
+    bool m_clipboardHasText = false;
 };
 
 } // namespace mirabo

@@ -5,6 +5,7 @@
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/MrbShell.h"
@@ -15,7 +16,6 @@
 #include "mirabo/launch/DocumentActions.h"
 #include "mirabo/launch/EditActions.h"
 #include "mirabo/launch/IgnoreSwitch.h"
-#include "mirabo/launch/NodePlace.h"
 #include "mirabo/launch/SceneFollower.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -26,6 +26,8 @@
 #include "mirabo/overview/SoTabNodeOverview.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
 #include "mirabo/tree/NodeCategory.h"
+#include "mirabo/tree/NodePlace.h"
+#include "mirabo/tree/RowActions.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/SoTreeViewState.h"
@@ -107,7 +109,8 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     registerActions();
     new DocumentActions(frame, m_tree, hub(), standalone); // the window owns it
     new Automation(frame, m_tree); // the window owns it
-    m_tree->setFocus(); // not the box to search in
+    m_tree->setFocus();            // not the box to search in
+    SoMiraboStateManager::setCurrentState(SoTreeViewState::kName);
 }
 
 Session::~Session() = default;
@@ -189,10 +192,10 @@ void Session::connectOverview()
             &SoCommandManager::nodeNameChanged);
     hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
     m_edits = std::make_unique<EditActions>(m_frame, m_tree, hub());
+    new RowActions(m_tree, hub()); // the tree owns it
     m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub());
-    QAction* remove = m_frame->action(ActionId::Delete);
-    new SoTreeViewState(m_tree, remove, hub()); // the tree owns it
-    m_edition->createFieldWatchState(remove, hub());
+    new SoTreeViewState(m_tree, hub()); // the tree owns it
+    m_edition->createFieldWatchState(hub());
     m_edition->setPlaceProvider(
         [tree = QPointer(m_tree)](const SoNode* node) { return tree ? placeOf(*tree, node) : ""; });
     connect(m_edition->getWatch(), &SoFieldWatch::revealRequested, hub(),
@@ -218,6 +221,9 @@ void Session::registerActions()
     ActionRegistry& actions = hub()->actions();
     actions.add(ActionId::Preferences, this,
                 {[this] { editPreferences(m_frame, m_tree, m_edition.get()); }});
+    actions.add(ActionId::OpenViewer, this,
+                {[] { SoMiraboViewer::instance()->bringToFront(); },
+                 [] { return SoMiraboViewer::instance()->viewerWidget() != nullptr; }});
     const auto onReferences = [&](ActionId id, void (SoMiraboTreeView::*step)()) {
         actions.add(id, m_tree,
                     {[this, step] { (m_tree->*step)(); },

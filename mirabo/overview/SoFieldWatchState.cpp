@@ -8,9 +8,10 @@
 #include <QContextMenuEvent>
 #include <QMenu>
 
-SoFieldWatchState::SoFieldWatchState(SoFieldWatch* watch, QAction* deleteAction,
-                                     SoCommandManager* hub)
-    : SoMiraboState(watch), m_watch(watch), m_delete(deleteAction), m_hub(hub)
+using mirabo::ActionId;
+
+SoFieldWatchState::SoFieldWatchState(SoFieldWatch* watch, SoCommandManager* hub)
+    : SoMiraboState(watch), m_watch(watch), m_hub(hub)
 {
 }
 
@@ -18,28 +19,27 @@ SoFieldWatchState::~SoFieldWatchState() = default;
 
 void SoFieldWatchState::enter()
 {
-    if (!m_delete || !m_hub)
+    if (!m_hub)
         return;
-    connect(m_delete, &QAction::triggered, m_hub, &SoCommandManager::deleteFieldWatch);
+    m_hub->actions().add(ActionId::Delete, this,
+                         {[hub = m_hub] { hub->deleteFieldWatch(); },
+                          [watch = m_watch] { return watch->currentItem() != nullptr; }});
     connect(m_watch, &QTreeWidget::currentItemChanged, this,
             &SoFieldWatchState::updateItemFieldWatchAction);
     connect(m_watch, &SoFieldWatch::listCleared, this, &SoFieldWatchState::listClearedSlot);
-    updateItemFieldWatchAction(m_watch->currentItem(), nullptr);
 }
 
 void SoFieldWatchState::leave()
 {
     m_watch->disconnect(this);
-    if (!m_delete || !m_hub)
-        return;
-    disconnect(m_delete, &QAction::triggered, m_hub, &SoCommandManager::deleteFieldWatch);
-    m_delete->setEnabled(false);
+    if (m_hub)
+        m_hub->actions().withdraw(ActionId::Delete, this);
 }
 
-void SoFieldWatchState::updateItemFieldWatchAction(QTreeWidgetItem* current, QTreeWidgetItem*)
+void SoFieldWatchState::updateItemFieldWatchAction(QTreeWidgetItem*, QTreeWidgetItem*)
 {
-    if (m_delete)
-        m_delete->setEnabled(current);
+    if (m_hub)
+        m_hub->actions().update(ActionId::Delete);
 }
 
 void SoFieldWatchState::listClearedSlot()

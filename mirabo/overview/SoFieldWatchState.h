@@ -4,7 +4,6 @@
 
 #include <QPointer>
 
-class QAction;
 class QTreeWidgetItem;
 class SoCommandManager;
 class SoFieldWatch;
@@ -17,7 +16,7 @@ public:
     static constexpr char kName[] = "FieldWatchState";
 
     /// The watch owns the state; the others must outlive it or be QObjects' children with it.
-    SoFieldWatchState(SoFieldWatch* watch, QAction* deleteAction, SoCommandManager* hub);
+    SoFieldWatchState(SoFieldWatch* watch, SoCommandManager* hub);
     ~SoFieldWatchState() override;
 
     void enter() override;
@@ -30,6 +29,5 @@ public Q_SLOTS:
 
 private:
     SoFieldWatch* m_watch; // Not owned; it owns us.
-    QPointer<QAction> m_delete;
     QPointer<SoCommandManager> m_hub;
 };

@@ -247,9 +247,9 @@ void SoMiraboEdition::setPreferences()
         m_watch->setPreferences();
 }
 
-void SoMiraboEdition::createFieldWatchState(QAction* deleteAction, SoCommandManager* hub)
+void SoMiraboEdition::createFieldWatchState(SoCommandManager* hub)
 {
-    m_watch->setFieldWatchState(new SoFieldWatchState(m_watch, deleteAction, hub));
+    m_watch->setFieldWatchState(new SoFieldWatchState(m_watch, hub));
 }
 
 void SoMiraboEdition::enterFieldWatchState()

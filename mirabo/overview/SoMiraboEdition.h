@@ -12,7 +12,6 @@
 #include <functional>
 
 class MrbCommand;
-class QAction;
 class QDockWidget;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -61,7 +60,7 @@ public:
     void setPlaceProvider(const PlaceProvider& provider);
 
     /// Makes "&Delete" act on the watch whenever that has the focus; see SoFieldWatchState.
-    void createFieldWatchState(QAction* deleteAction, SoCommandManager* hub);
+    void createFieldWatchState(SoCommandManager* hub);
     /// The user works in the watch.
     void enterFieldWatchState();
 

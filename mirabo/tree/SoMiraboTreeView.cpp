@@ -386,21 +386,6 @@ void SoMiraboTreeView::catchUp()
     viewport()->update();
 }
 
-bool SoMiraboTreeView::canAddNodes() const
-{
-    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::addNodeRequested));
-}
-
-bool SoMiraboTreeView::canSaveSubGraphs() const
-{
-    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::saveSubGraphRequested));
-}
-
-bool SoMiraboTreeView::canDeleteNodes() const
-{
-    return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::deleteRequested));
-}
-
 bool SoMiraboTreeView::canMoveNodes() const
 {
     return isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::stepRequested));

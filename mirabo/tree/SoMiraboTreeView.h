@@ -95,6 +95,14 @@ public:
     /// Opens a row (null: the current one, else the root) and all rows below it. Asks first when
     /// there are very many, unless the application runs unattended.
     void expandBelow(QTreeWidgetItem* startItem) override;
+    /// Opens the current row.
+    void explore();
+    bool canExplore() const;
+    /// Opens the current row and what is below it, the uppermost branches first, as long as no more
+    /// rows than that come to be seen. Returns how many branches stay closed.
+    int exploreAll(int limit = kExpandLimit);
+    /// True as well when it would take long to tell.
+    bool canExploreAll() const;
     void showReferencesOfCurrent();
     void hideReferences();
     void nextReference() { stepReference(1); }
@@ -131,10 +139,7 @@ public:
     /// patched rows, and the item may be gone. False as well when the graph cannot be looked at.
     bool verify(SoTreeViewItem* item);
 
-    /// Whether anybody would do what the context menu offers to ask for.
-    bool canAddNodes() const;
-    bool canSaveSubGraphs() const;
-    bool canDeleteNodes() const;
+    /// Whether anybody would move the current row.
     bool canMoveNodes() const;
     /// Whether ignoreEnable() has something to do for the current row.
     bool canIgnoreOrEnable() const;
@@ -171,8 +176,6 @@ Q_SIGNALS:
     /// Whether ignoreEnable() has something to do.
     void ignoreEnableChanged(bool possible);
     void deleteRequested();
-    void addNodeRequested();
-    void saveSubGraphRequested();
     void overviewRequested();
     void expandAllRequested();
     /// A row was dropped on another that is not below it; `asSibling`: with the space bar held.
@@ -193,6 +196,7 @@ Q_SIGNALS:
     void statusHint(const QString& hint);
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -226,6 +230,7 @@ private:
     bool replaceRows(SoNode* root);
     void reportCheck();
     void stepReference(int direction);
+    void openMenuOfCurrent();
     bool mayExpand(SoTreeViewItem* top);
     void expandRows(SoTreeViewItem* top);
     void fitColumns(bool mayShrink);

@@ -4,12 +4,12 @@
 #include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 
-#include <QAction>
 #include <QContextMenuEvent>
 
-SoTreeViewState::SoTreeViewState(SoMiraboTreeView* tree, QAction* deleteAction,
-                                 SoCommandManager* hub)
-    : SoMiraboState(tree), m_tree(tree), m_delete(deleteAction), m_hub(hub)
+using mirabo::ActionId;
+
+SoTreeViewState::SoTreeViewState(SoMiraboTreeView* tree, SoCommandManager* hub)
+    : SoMiraboState(tree), m_tree(tree), m_hub(hub)
 {
     SoMiraboStateManager::registerState(kName, this);
     tree->installEventFilter(this);
@@ -26,28 +26,27 @@ bool SoTreeViewState::eventFilter(QObject*, QEvent* event)
 
 void SoTreeViewState::enter()
 {
-    if (!m_delete || !m_hub)
+    if (!m_hub)
         return;
-    connect(m_delete, &QAction::triggered, m_hub, &SoCommandManager::treeDeleteNode);
+    m_hub->actions().add(
+        ActionId::Delete, this,
+        {[hub = m_hub] { hub->treeDeleteNode(); },
+         [hub = m_hub] { return hub->actions().isPossible(ActionId::DeleteNode); }});
     connect(m_tree, &QTreeWidget::currentItemChanged, this,
             &SoTreeViewState::updateItemTreeViewAction);
-    updateItemTreeViewAction(m_tree->currentItem(), nullptr);
 }
 
 void SoTreeViewState::leave()
 {
     m_tree->disconnect(this);
-    if (!m_delete || !m_hub)
-        return;
-    disconnect(m_delete, &QAction::triggered, m_hub, &SoCommandManager::treeDeleteNode);
-    m_delete->setEnabled(false);
+    if (m_hub)
+        m_hub->actions().withdraw(ActionId::Delete, this);
 }
 
-void SoTreeViewState::updateItemTreeViewAction(QTreeWidgetItem* current, QTreeWidgetItem*)
+void SoTreeViewState::updateItemTreeViewAction(QTreeWidgetItem*, QTreeWidgetItem*)
 {
-    // The scene's root hangs on nothing that it could be taken from.
-    if (m_delete && m_hub)
-        m_delete->setEnabled(current && m_hub->actions().isPossible(mirabo::ActionId::DeleteNode));
+    if (m_hub)
+        m_hub->actions().update(ActionId::Delete);
 }
 
 void SoTreeViewState::contextMenu(QContextMenuEvent* event)

@@ -4,7 +4,6 @@
 
 #include <QPointer>
 
-class QAction;
 class QTreeWidgetItem;
 class SoCommandManager;
 class SoMiraboTreeView;
@@ -18,7 +17,7 @@ public:
     static constexpr char kName[] = "TreeViewState";
 
     /// Registers itself. The tree owns it.
-    SoTreeViewState(SoMiraboTreeView* tree, QAction* deleteAction, SoCommandManager* hub);
+    SoTreeViewState(SoMiraboTreeView* tree, SoCommandManager* hub);
     ~SoTreeViewState() override;
 
     void enter() override;
@@ -32,6 +31,5 @@ private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     SoMiraboTreeView* m_tree; // Not owned; it owns us.
-    QPointer<QAction> m_delete;
     QPointer<SoCommandManager> m_hub;
 };

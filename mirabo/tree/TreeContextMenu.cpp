@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeContextMenu.h"
 
+#include "mirabo/core/ActionRegistry.h"
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/NodeCategory.h"
@@ -8,14 +9,34 @@
 
 #include <kalmyr/core/SoNode.h>
 
+using mirabo::ActionId;
+
+namespace {
+
+/// The tree itself answers the keys that stand behind the entries.
+void showKey(QAction* action, const char* key)
+{
+    action->setShortcut(QKeySequence(QString::fromLatin1(key)));
+    action->setShortcutContext(Qt::WidgetShortcut);
+    action->setShortcutVisibleInContextMenu(true);
+}
+
+} // namespace
+
 TreeContextMenu::TreeContextMenu(SoMiraboTreeView* view) : QMenu(view), m_view(view)
 {
     addFixedEntries();
 }
 
-QAction* TreeContextMenu::add(const char* text, const char* icon, std::function<void()> function)
+void TreeContextMenu::setActions(mirabo::ActionRegistry* actions)
 {
-    QAction* action = addAction(mirabo::namedIcon(icon), QString::fromLatin1(text));
+    m_actions = actions;
+}
+
+QAction* TreeContextMenu::add(QMenu* menu, const QString& text, const char* icon,
+                              std::function<void()> function)
+{
+    QAction* action = menu->addAction(mirabo::namedIcon(icon), text);
     connect(action, &QAction::triggered, this, [this, function = std::move(function)] {
         // The row may have died, or the current row moved on, since the menu was opened.
         SoTreeViewItem* row = m_view->context().menuRow;
@@ -28,34 +49,50 @@ QAction* TreeContextMenu::add(const char* text, const char* icon, std::function<
     return action;
 }
 
-void TreeContextMenu::addFixedEntries()
+void TreeContextMenu::addRequest(const QString& text, const char* icon, ActionId id)
 {
-    add("Expand All", "", [this] { Q_EMIT m_view->expandAllRequested(); });
-    add("Add to Node Overview", "", [this] { Q_EMIT m_view->overviewRequested(); });
-    m_addNode = add("Add Node", "", [this] { Q_EMIT m_view->addNodeRequested(); });
-    m_save =
-        add("&Save scene graph", "filesave", [this] { Q_EMIT m_view->saveSubGraphRequested(); });
-    addMoveEntries();
-    m_firstSeparator = addSeparator();
-    m_ignore = add("Set &Ignored/Enable", "", [this] { m_view->ignoreEnable(); });
-    m_secondSeparator = addSeparator();
-    m_showReferences =
-        add("Show &All References", "", [this] { m_view->showReferencesOfCurrent(); });
-    m_hideReferences = add("&Hide All References", "", [this] { m_view->hideReferences(); });
-    m_steps = {add("Ne&xt Reference", "", [this] { m_view->nextReference(); }),
-               add("Pre&vious Reference", "", [this] { m_view->previousReference(); })};
+    QAction* action = add(this, text, icon, [this, id] {
+        if (m_actions)
+            m_actions->run(id);
+    });
+    if (id == ActionId::DeleteNode)
+        showKey(action, "Del");
+    m_requests.emplace_back(action, id);
 }
 
-/// The tree itself answers the keys that stand behind the entries.
+void TreeContextMenu::addWindowAction(ActionId id)
+{
+    addRequest(QString::fromLatin1(mirabo::actionTable()[static_cast<std::size_t>(id)].text), "",
+               id);
+}
+
+void TreeContextMenu::addFixedEntries()
+{
+    m_expandAll = add(this, "Expand All", "", [this] { Q_EMIT m_view->expandAllRequested(); });
+    add(this, "Add to Node Overview", "", [this] { Q_EMIT m_view->overviewRequested(); });
+    addRequest("Add Node", "", ActionId::AddNode);
+    addRequest("&Save scene graph", "filesave", ActionId::SaveBranch);
+    addRequest("&Delete", "editdelete", ActionId::DeleteNode);
+    addMoveEntries();
+    addSeparator();
+    for (const ActionId id : {ActionId::Explore, ActionId::ExploreAll, ActionId::Filter,
+                              ActionId::Insert, ActionId::InsertClipboard, ActionId::OpenViewer})
+        addWindowAction(id);
+    addSeparator();
+    addReferenceEntries();
+    addSeparator();
+    addRequest("Toggle &Bookmark", "bookmark", ActionId::ToggleBookmark);
+    addRequest("Copy &Path", "", ActionId::CopyPath);
+    addSeparator();
+    m_ignore = add(this, "Set &Ignored/Enable", "", [this] { m_view->ignoreEnable(); });
+    addRequest("Help on the Class", "help", ActionId::ClassHelp);
+    m_help = m_requests.back().first;
+    showKey(m_help, "F1");
+}
+
 void TreeContextMenu::addMoveEntries()
 {
-    const auto showKey = [](QAction* action, const char* key) {
-        action->setShortcut(QKeySequence(QString::fromLatin1(key)));
-        action->setShortcutContext(Qt::WidgetShortcut);
-        action->setShortcutVisibleInContextMenu(true);
-    };
-    m_delete = add("&Delete", "editdelete", [this] { Q_EMIT m_view->deleteRequested(); });
-    showKey(m_delete, "Del");
+    m_moveMenu = addMenu("&Move");
     constexpr struct {
         const char* text;
         const char* key;
@@ -67,22 +104,43 @@ void TreeContextMenu::addMoveEntries()
         {"Move Out &After Parent", "Ctrl+Shift+Left", mirabo::MoveStep::OutOfParent},
     };
     for (const auto& entry : kSteps) {
-        QAction* action =
-            add(entry.text, "", [this, step = entry.step] { Q_EMIT m_view->stepRequested(step); });
+        QAction* action = add(m_moveMenu, entry.text, "",
+                              [this, step = entry.step] { Q_EMIT m_view->stepRequested(step); });
         showKey(action, entry.key);
         m_moves.push_back({action, entry.step});
     }
+}
+
+void TreeContextMenu::addReferenceEntries()
+{
+    m_showReferences =
+        add(this, "Show &All References", "", [this] { m_view->showReferencesOfCurrent(); });
+    m_hideReferences = add(this, "&Hide All References", "", [this] { m_view->hideReferences(); });
+    m_steps = {add(this, "Ne&xt Reference", "", [this] { m_view->nextReference(); }),
+               add(this, "Pre&vious Reference", "", [this] { m_view->previousReference(); })};
 }
 
 void TreeContextMenu::prepareMoveEntries()
 {
     auto* row = static_cast<SoTreeViewItem*>(m_view->currentItem());
     const mirabo::GraphReading graph;
-    const bool isAlive = graph && row && !row->isDead() && !row->isDisabledNode();
-    m_delete->setVisible(isAlive && m_view->canDeleteNodes());
-    for (const auto& [action, step] : m_moves)
-        action->setVisible(isAlive && m_view->canMoveNodes()
-                           && mirabo::planStep(row, step).isPossible());
+    const bool mayMove = graph && m_view->canMoveNodes() && row && !row->isDead();
+    bool any = false;
+    for (const auto& [action, step] : m_moves) {
+        action->setVisible(mayMove && mirabo::planStep(row, step).isPossible());
+        any = any || action->isVisible();
+    }
+    m_moveMenu->menuAction()->setVisible(any);
+}
+
+void TreeContextMenu::prepareReferenceEntries()
+{
+    const bool isShared = m_view->itemsOf(m_view->getCurrentNode()).size() > 1;
+    const bool isMarked = m_view->hasMarkedReferences();
+    m_showReferences->setVisible(isShared);
+    m_hideReferences->setVisible(isMarked);
+    for (QAction* action : qAsConst(m_steps))
+        action->setVisible(isShared || isMarked);
 }
 
 void TreeContextMenu::removeExtensionEntries()
@@ -99,19 +157,13 @@ void TreeContextMenu::removeExtensionEntries()
 
 void TreeContextMenu::prepare(SoType type)
 {
-    const bool isShared = m_view->itemsOf(m_view->getCurrentNode()).size() > 1;
-    const bool isMarked = m_view->hasMarkedReferences();
-    const bool canIgnore = m_view->canIgnoreOrEnable();
-    m_addNode->setEnabled(m_view->canAddNodes());
-    m_save->setEnabled(m_view->canSaveSubGraphs());
+    for (const auto& [action, id] : m_requests)
+        action->setVisible(m_actions && m_actions->isPossible(id));
+    m_help->setText(QString("Help on %1").arg(QString::fromUtf8(type.getName().getString())));
+    m_expandAll->setVisible(m_view->canExploreAll());
+    m_ignore->setVisible(m_view->canIgnoreOrEnable());
     prepareMoveEntries();
-    m_ignore->setVisible(canIgnore);
-    m_firstSeparator->setVisible(canIgnore);
-    m_secondSeparator->setVisible(isShared || isMarked);
-    m_showReferences->setVisible(isShared);
-    m_hideReferences->setVisible(isMarked);
-    for (QAction* action : qAsConst(m_steps))
-        action->setVisible(isShared || isMarked);
+    prepareReferenceEntries();
 
     removeExtensionEntries();
     const QList<QMenu*> menus = m_extension && !type.isBad() ? m_extension(type) : QList<QMenu*>();
@@ -124,7 +176,9 @@ void TreeContextMenu::prepare(SoType type)
 
 QAction* TreeContextMenu::entry(const QString& text) const
 {
-    for (QAction* action : actions())
+    QList<QAction*> all = actions();
+    all += m_moveMenu->actions();
+    for (QAction* action : qAsConst(all))
         if (action->text() == text)
             return action;
     return nullptr;

@@ -15,6 +15,7 @@
 #include <kalmyr/core/SoNode.h>
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -22,6 +23,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <deque>
 #include <iterator>
 #include <vector>
 
@@ -34,6 +36,9 @@ namespace {
 const QString kDragText = QStringLiteral("Mirabo/Drop");
 const QString kEmptyHint = QStringLiteral("No scene: open a file or drop one here");
 constexpr int kHintMargin = 24;
+/// What is looked at to tell whether something below a row is closed.
+constexpr int kExploreRows = 20000;
+constexpr int kExploreBranches = 500;
 
 bool isTreeDrag(const QDropEvent* event)
 {
@@ -271,13 +276,33 @@ void SoMiraboTreeView::dropEvent(QDropEvent* event)
         Q_EMIT moveRequested(dragged, target, m_spaceHeld);
 }
 
+bool SoMiraboTreeView::event(QEvent* event)
+{
+    // Those of the mouse go to the viewport.
+    if (event->type() == QEvent::ContextMenu
+        && static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
+        openMenuOfCurrent();
+        event->accept();
+        return true;
+    }
+    return QTreeWidget::event(event);
+}
+
+void SoMiraboTreeView::openMenuOfCurrent()
+{
+    if (!currentItem())
+        return;
+    scrollToItem(currentItem());
+    const QRect seen = visualItemRect(currentItem()) & viewport()->rect();
+    if (!seen.isEmpty())
+        onCustomContextMenu(seen.center());
+}
+
 void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
 {
     m_topology->tryToBringUpToDate();
     SoTreeViewItem* item = asItem(itemAt(point));
-    if (!item)
-        item = asItem(currentItem());
-    if (!item || !verify(item))
+    if (!item || !verify(item) || item->isDisabledNode() || !item->isShown())
         return;
     m_context.menuRow = item;
     setCurrentItem(item);
@@ -316,6 +341,70 @@ void SoMiraboTreeView::expandRows(SoTreeViewItem* top)
                 open.push_back(child);
         }
     }
+}
+
+void SoMiraboTreeView::explore()
+{
+    if (SoTreeViewItem* row = asItem(currentItem())) {
+        m_openBranches->restore();
+        expandItem(row);
+    }
+}
+
+bool SoMiraboTreeView::canExplore() const
+{
+    const SoTreeViewItem* row = asItem(currentItem());
+    return row && row->childCount() > 0 && !isOpen(row);
+}
+
+int SoMiraboTreeView::exploreAll(int limit)
+{
+    if (!currentItem())
+        return 0;
+    m_openBranches->restore();
+    scheduleDelayedItemsLayout(); // an opened row is only noted down then
+    int closed = 0;
+    int seen = 0;
+    std::deque<QModelIndex> branches{currentIndex().siblingAtColumn(0)};
+    for (; !branches.empty(); branches.pop_front()) {
+        const QModelIndex branch = branches.front();
+        const int rows = model()->rowCount(branch);
+        if (!isExpanded(branch)) {
+            // The first one is what was asked for, however large it is.
+            if (seen > 0 && seen + rows > limit) {
+                ++closed;
+                continue;
+            }
+            seen += rows;
+            expand(branch);
+        }
+        for (int row = 0; row < rows; ++row)
+            if (const QModelIndex child = model()->index(row, 0, branch);
+                model()->hasChildren(child))
+                branches.push_back(child);
+    }
+    resizeAllColumns();
+    return closed;
+}
+
+bool SoMiraboTreeView::canExploreAll() const
+{
+    int rows = 0;
+    int branches = 0;
+    std::vector<const SoTreeViewItem*> open;
+    if (const SoTreeViewItem* current = asItem(currentItem()); current && current->childCount() > 0)
+        open.push_back(current);
+    while (!open.empty()) {
+        const SoTreeViewItem* row = open.back();
+        open.pop_back();
+        rows += row->childCount();
+        if (!isOpen(row) || rows > kExploreRows || ++branches > kExploreBranches)
+            return true;
+        for (int i = 0; i < row->childCount(); ++i)
+            if (row->child(i)->childCount() > 0)
+                open.push_back(asItem(row->child(i)));
+    }
+    return false;
 }
 
 void SoMiraboTreeView::expandBelow(QTreeWidgetItem* startItem)

@@ -18,6 +18,7 @@
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/qt/SoQt.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -132,6 +133,26 @@ void SoMiraboViewer::createExaminer()
     m_examiner->setBackgroundColor(kViewerBackground);
     m_viewerDock->setWidget(m_examiner->getWidget());
     m_frame->setCentralWidget(m_viewerDock);
+}
+
+QWidget* SoMiraboViewer::viewerWidget() const
+{
+    const SoGuiRenderArea* area = MrbServicesImpl::getInstance()->getRenderArea();
+    return m_examiner ? m_examiner->getWidget() : SoQtRenderArea::getWidgetOf(area);
+}
+
+void SoMiraboViewer::bringToFront()
+{
+    const mirabo::Frame frame;
+    QWidget* widget = viewerWidget();
+    if (!widget)
+        return;
+    if (m_viewerDock)
+        m_viewerDock->show();
+    QWidget* window = widget->window();
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    SoQt::show(window);
+    widget->setFocus();
 }
 
 QDockWidget* SoMiraboViewer::addDock(const char* name, const QString& title)

@@ -48,6 +48,11 @@ public:
     QDockWidget* getOverviewDock() const { return m_overviewDock; }
     QDockWidget* getWatchDock() const { return m_watchDock; }
     SoQtExaminerViewer* getExaminerViewer() const { return m_examiner.get(); }
+    /// The widget in which the scene is drawn: the viewer's own or the host's. Null when it is
+    /// drawn nowhere, or not by the toolkit's Qt widgets.
+    QWidget* viewerWidget() const;
+    /// Brings that widget's window to the front and gives it the focus.
+    void bringToFront();
     SoSelection* getSelectionNode() const { return m_selection.get(); }
     const QString& getCurrentFile() const { return m_currentFile; }
 

@@ -6,9 +6,12 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTabBar>
 #include <QTabWidget>
@@ -70,6 +73,7 @@ class EndsTest : public LaunchTest {
 public:
     using LaunchTest::action;
     using LaunchTest::openRecent;
+    using LaunchTest::pass;
     using LaunchTest::tree;
     using LaunchTest::window;
 
@@ -173,6 +177,32 @@ const std::vector<Place>& places()
              act();
              if (QWidget* popup = QApplication::activePopupWidget())
                  popup->close();
+         }},
+        {"BoxOfARefusal",
+         [](Act act) {
+             QGuiApplication::clipboard()->setText("no scene");
+             EndsTest::pass();
+             EndsTest::inDialogOf(act, "Insert &clipboard");
+             QGuiApplication::clipboard()->clear();
+         }},
+        {"AddDialog",
+         [](Act act) { // it has no loop of its own
+             EndsTest::click(EndsTest::tree(), EndsTest::cube());
+             EndsTest::pass();
+             EndsTest::action("&Insert...")->trigger();
+             EndsTest::pass();
+             QWidget* dialog = EndsTest::window()->findChild<QWidget*>("AddDialog");
+             ASSERT_NE(dialog, nullptr);
+             dialog->findChild<QLineEdit*>()->setText("Cone");
+             auto* add = dialog->findChild<QPushButton*>("AddButton");
+             const auto once = std::make_shared<bool>(false);
+             QObject::connect(add, &QPushButton::clicked, [act, once] {
+                 *once = true;
+                 MrbServices::getInstance()->undo(); // the rows are counted afterwards
+                 act();
+             });
+             EndsTest::clickAt(add, add->rect().center());
+             EXPECT_TRUE(*once);
          }},
         {"MenuOfTheOverview",
          [](Act act) {

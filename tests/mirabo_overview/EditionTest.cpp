@@ -225,6 +225,10 @@ TEST_F(EditionTest, HandsContextMenusAndFocusToTheState)
         Manager::setCurrentState("Gone");
     }
     EXPECT_EQ(Manager::getCurrentState(), "");
+    testing::internal::CaptureStderr();
+    Manager::setCurrentState("Gone");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "[E] SoMiraboStateManager::setCurrentState: Error wrapper is NULL\n");
     edition.enterFieldWatchState();
     EXPECT_EQ(state.log, "+-+-+");
 }

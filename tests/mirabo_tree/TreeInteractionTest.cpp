@@ -1,5 +1,7 @@
 #include "TreeTestScene.h"
 
+#include "mirabo/core/ActionRegistry.h"
+#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/TreeContextMenu.h"
 
@@ -9,6 +11,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/shapes/SoCube.h>
 
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
@@ -172,7 +175,8 @@ TEST_F(TreeInteraction, OffersInTheMenuWhatApplies)
     });
     view.onCustomContextMenu(pointOf(row(cube)));
     EXPECT_EQ(asked, SoCube::getClassTypeId());
-    EXPECT_TRUE(offers("Expand All") && offers("Add to Node Overview") && offers("Extra"));
+    EXPECT_TRUE(offers("Add to Node Overview") && offers("Extra"));
+    EXPECT_FALSE(offers("Expand All")) << "nothing is below it";
     EXPECT_TRUE(offers("Set &Ignored/Enable"));
     EXPECT_FALSE(offers("Ne&xt Reference") || offers("Add Node"));
     menu.close();
@@ -181,30 +185,126 @@ TEST_F(TreeInteraction, OffersInTheMenuWhatApplies)
     extra = nullptr;
     root->addChild(cube);
     pass();
-    QSignalSpy additions(&view, &SoMiraboTreeView::addNodeRequested);
+    mirabo::ActionRegistry actions;
+    menu.setActions(&actions);
+    int additions = 0;
+    bool mayAdd = true;
+    actions.add(mirabo::ActionId::AddNode, &view,
+                {[&additions] { ++additions; }, [&mayAdd] { return mayAdd; }});
     view.onCustomContextMenu(pointOf(row(cube)));
     EXPECT_FALSE(offers("Extra"));
     EXPECT_TRUE(offers("Ne&xt Reference") && offers("Show &All References"));
-    EXPECT_FALSE(offers("&Hide All References"));
+    EXPECT_FALSE(offers("&Hide All References") || offers("&Save scene graph"));
     EXPECT_TRUE(offers("Add Node"));
     menu.entry("Add Node")->trigger();
-    EXPECT_EQ(additions.size(), 1);
+    EXPECT_EQ(additions, 1);
     menu.close();
+    mayAdd = false;
     view.onCustomContextMenu(pointOf(view.rootItem()));
-    EXPECT_FALSE(offers("Set &Ignored/Enable"));
+    EXPECT_FALSE(offers("Set &Ignored/Enable") || offers("Add Node"));
     menu.close();
+}
+
+TEST_F(TreeInteraction, OpensTheMenuForEnabledRowsOnly)
+{
+    const auto openAt = [this](const QPoint& point) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, point,
+                                view.viewport()->mapToGlobal(point));
+        QCoreApplication::sendEvent(view.viewport(), &event);
+        const bool isOpen = view.contextMenu().isVisible();
+        view.contextMenu().close();
+        return isOpen;
+    };
+    view.setCurrentItem(row(material));
+    EXPECT_FALSE(openAt(QPoint(5, view.viewport()->height() - 5))) << "below the rows";
+    EXPECT_TRUE(openAt(pointOf(row(cube))));
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    QObject::connect(&view, &SoMiraboTreeView::commandReady, [](MrbCommand* command) {
+        command->execute();
+        delete command;
+    });
+    view.ignoreEnable();
+    ASSERT_TRUE(row(cube)->isDisabledNode());
+    EXPECT_FALSE(openAt(pointOf(row(cube))));
+    row(cube)->setDisabledNode(false);
+}
+
+TEST_F(TreeInteraction, OpensTheMenuOfTheCurrentRowByKey)
+{
+    for (int i = 0; i < 100; ++i)
+        root->addChild(new SoCube);
+    pass();
+    SoNode* last = root->getChild(root->getNumChildren() - 1);
+    view.setCurrentItem(row(last));
+    view.verticalScrollBar()->setValue(0);
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(1, 1), QPoint(1, 1));
+    QCoreApplication::sendEvent(&view, &event);
+    EXPECT_TRUE(view.contextMenu().isVisible());
+    EXPECT_EQ(view.context().menuRow, row(last));
+    EXPECT_TRUE(
+        view.viewport()->rect().contains(view.viewport()->mapFromGlobal(view.contextMenu().pos())));
+    view.contextMenu().close();
+    view.setSceneGraph(nullptr);
+    QCoreApplication::sendEvent(&view, &event);
+    EXPECT_FALSE(view.contextMenu().isVisible());
 }
 
 TEST_F(TreeInteraction, DoesNothingFromAMenuWhoseRowDied)
 {
-    QSignalSpy additions(&view, &SoMiraboTreeView::addNodeRequested);
+    mirabo::ActionRegistry actions;
+    view.contextMenu().setActions(&actions);
+    int additions = 0;
+    actions.add(mirabo::ActionId::AddNode, &view, {[&additions] { ++additions; }});
     view.onCustomContextMenu(pointOf(row(cube)));
     ASSERT_TRUE(view.contextMenu().isVisible());
     root->removeChild(1);
     view.contextMenu().entry("Add Node")->trigger();
-    EXPECT_EQ(additions.size(), 0);
+    EXPECT_EQ(additions, 0);
     pass();
     EXPECT_FALSE(view.contextMenu().isVisible());
+}
+
+TEST_F(TreeInteraction, ExploresOneBranchOrAllBelowIt)
+{
+    auto* inner = new SoSeparator;
+    inner->addChild(new SoCube);
+    group->addChild(inner);
+    view.collapseAll();
+    view.setCurrentItem(row(cube));
+    EXPECT_FALSE(view.canExplore() || view.canExploreAll()) << "nothing below it";
+    view.setCurrentItem(row(group));
+    EXPECT_TRUE(view.canExplore());
+    view.explore();
+    EXPECT_TRUE(row(group)->isExpanded());
+    EXPECT_FALSE(row(inner)->isExpanded());
+    EXPECT_FALSE(view.canExplore());
+    EXPECT_TRUE(view.canExploreAll());
+    EXPECT_EQ(view.exploreAll(), 0);
+    EXPECT_TRUE(row(inner)->isExpanded());
+    EXPECT_FALSE(view.canExploreAll());
+
+    // Up to a number of rows, the uppermost branches first.
+    for (int i = 0; i < 10; ++i)
+        inner->addChild(new SoSeparator);
+    for (int i = 1; i <= 10; ++i)
+        for (int k = 0; k < 5; ++k)
+            static_cast<SoGroup*>(inner->getChild(i))->addChild(new SoCube);
+    view.collapseAll();
+    view.setCurrentItem(view.rootItem());
+    const auto openBranches = [&] {
+        int open = 0;
+        for (int i = 1; i <= 10; ++i)
+            open += row(inner)->child(i)->isExpanded();
+        return open;
+    };
+    constexpr int kRowsAbove = 2 + 2 + 11;
+    EXPECT_EQ(view.exploreAll(kRowsAbove + 4 * 5), 6);
+    EXPECT_EQ(openBranches(), 4);
+    EXPECT_TRUE(view.canExploreAll());
+    EXPECT_EQ(view.exploreAll(1), 5) << "each time at least one";
+    EXPECT_EQ(view.exploreAll(), 0);
+    EXPECT_EQ(openBranches(), 10);
+    EXPECT_EQ(check(), "");
 }
 
 TEST_F(TreeInteraction, ShowsTheLastChangeOfAPass)

@@ -7,6 +7,8 @@
 #include <QImage>
 #include <QResizeEvent>
 
+#include <vector>
+
 namespace {
 
 QWidget* makeWhole(QWidget* parent, const char* name, bool embed)
@@ -20,6 +22,12 @@ QWidget* makeWhole(QWidget* parent, const char* name, bool embed)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     return whole;
+}
+
+std::vector<const SoQtRenderArea*>& liveAreas()
+{
+    static std::vector<const SoQtRenderArea*> s_areas;
+    return s_areas;
 }
 
 /// A widget that was never shown has not been told its size yet.
@@ -87,9 +95,21 @@ SoQtRenderArea::SoQtRenderArea(QWidget* parent, const char* name, bool embed)
 SoQtRenderArea::SoQtRenderArea(SoGuiRenderArea* area, QWidget* parent, const char* name, bool embed)
     : m_impl(std::make_unique<Impl>(area, parent, name, embed))
 {
+    liveAreas().push_back(this);
 }
 
-SoQtRenderArea::~SoQtRenderArea() = default;
+SoQtRenderArea::~SoQtRenderArea()
+{
+    std::erase(liveAreas(), this);
+}
+
+QWidget* SoQtRenderArea::getWidgetOf(const SoGuiRenderArea* area)
+{
+    for (const SoQtRenderArea* each : liveAreas())
+        if (area && each->getGuiRenderArea() == area)
+            return each->getWidget();
+    return nullptr;
+}
 
 QWidget* SoQtRenderArea::getWidget() const
 {

@@ -42,6 +42,9 @@ public:
 
     /// The whole widget, with the decoration of a viewer.
     QWidget* getWidget() const;
+    /// The same for whichever object of this class draws that render area; null when none does, or
+    /// its widget is gone. In the GUI thread.
+    static QWidget* getWidgetOf(const SoGuiRenderArea* area);
     /// The part of it that shows the scene and has the keyboard focus.
     QWidget* getRenderWidget() const;
 

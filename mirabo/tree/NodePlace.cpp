@@ -1,4 +1,4 @@
-#include "mirabo/launch/NodePlace.h"
+#include "mirabo/tree/NodePlace.h"
 
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -21,18 +21,22 @@ QString nameOf(const SoNode* node)
 
 } // namespace
 
-QString placeOf(const SoMiraboTreeView& tree, const SoNode* node)
+QString placeOf(const SoTreeViewItem* row)
 {
     const GraphReading graph;
     if (!graph)
         return {};
-    const auto items = tree.itemsOf(node);
     QStringList steps;
-    for (const SoTreeViewItem* at = items.empty() ? nullptr : items.front(); at;
-         at = at->parentItem())
-        if (const SoNode* above = at->getNode())
-            steps.prepend(nameOf(above));
+    for (; row; row = row->parentItem())
+        if (const SoNode* node = row->getNode())
+            steps.prepend(nameOf(node));
     return steps.join(" > ");
+}
+
+QString placeOf(const SoMiraboTreeView& tree, const SoNode* node)
+{
+    const auto rows = tree.itemsOf(node);
+    return rows.empty() ? QString() : placeOf(rows.front());
 }
 
 } // namespace mirabo

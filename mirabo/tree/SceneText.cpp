@@ -1,0 +1,86 @@
+#include "mirabo/tree/SceneText.h"
+
+#include <kalmyr/base/SoReadError.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoInput.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+
+#include <QByteArray>
+
+namespace mirabo {
+
+namespace {
+
+/// Keeps the first read error of a scope, which is the cause of the others.
+class FirstReadError {
+public:
+    explicit FirstReadError(QString& text)
+        : m_text(text),
+          m_oldHandler(SoReadError::getHandlerCallback()),
+          m_oldData(SoReadError::getHandlerData())
+    {
+        SoReadError::setHandlerCallback(
+            [](const SoError* error, void* data) {
+                QString& text = static_cast<FirstReadError*>(data)->m_text;
+                if (text.isEmpty())
+                    text = QString::fromUtf8(error->getPrintedText().getString());
+            },
+            this);
+    }
+    ~FirstReadError() { SoReadError::setHandlerCallback(m_oldHandler, m_oldData); }
+    FirstReadError(const FirstReadError&) = delete;
+    FirstReadError& operator=(const FirstReadError&) = delete;
+
+private:
+    QString& m_text;
+    SoErrorCB* m_oldHandler;
+    void* m_oldData;
+};
+
+/// The only child, which needs no group around it.
+SoRef<SoNode> onlyChildOf(const SoRef<SoGroup>& group)
+{
+    if (group->getNumChildren() == 1)
+        return SoRef<SoNode>(group->getChild(0));
+    return SoRef<SoNode>(group->getNumChildren() > 0 ? group.get() : nullptr);
+}
+
+SoRef<SoNode> readNodes(SoInput& in)
+{
+    const SoRef<SoGroup> group(new SoSeparator);
+    SoNode* node = nullptr;
+    while (SoDB::read(&in, node)) {
+        if (!node)
+            return onlyChildOf(group);
+        group->addChild(node);
+    }
+    return {};
+}
+
+SoRef<SoNode> readWorld(SoInput& in)
+{
+    const SoRef<SoVRMLGroup> world(SoDB::readAllVRML(&in));
+    if (!world || world->getNumChildren() == 0)
+        return {};
+    return SoRef<SoNode>(world->getNumChildren() == 1 ? world->getChild(0) : world.get());
+}
+
+} // namespace
+
+SoRef<SoNode> readSceneText(const QString& text, QString& problem)
+{
+    problem.clear();
+    const FirstReadError error(problem);
+    const QByteArray bytes = text.toUtf8();
+    SoInput in;
+    SoRef<SoNode> node;
+    if (in.setBuffer(bytes.constData(), static_cast<std::size_t>(bytes.size())))
+        node = in.isFileVRML2() ? readWorld(in) : readNodes(in);
+    if (!node && problem.isEmpty())
+        problem = "It holds no node.";
+    return node;
+}
+
+} // namespace mirabo
