@@ -320,32 +320,31 @@ SoField* NodeSlot::flaggedField() const
     }
 }
 
-bool NodeSlot::take(const SoNode* node)
+/// Makes an edit that goes from one state of the place to the other, and lets the field's default
+/// flag go with it.
+bool NodeSlot::change(std::optional<bool>& left, const std::optional<bool>& entered,
+                      const std::function<bool()>& edit)
 {
     if (!container())
         return false;
     const SoField* flagged = flaggedField();
     const bool wasDefault = flagged && flagged->isDefault();
-    if (!remove(node))
+    if (!edit())
         return false;
-    m_defaultWith = wasDefault;
-    if (SoField* now = flaggedField(); now && m_defaultWithout)
-        now->setDefault(*m_defaultWithout);
+    left = wasDefault;
+    if (SoField* now = flaggedField(); now && entered)
+        now->setDefault(*entered);
     return true;
+}
+
+bool NodeSlot::take(const SoNode* node)
+{
+    return change(m_defaultWith, m_defaultWithout, [&] { return remove(node); });
 }
 
 bool NodeSlot::put(SoNode* node)
 {
-    if (!container())
-        return false;
-    const SoField* flagged = flaggedField();
-    const bool wasDefault = flagged && flagged->isDefault();
-    if (!insert(node))
-        return false;
-    m_defaultWithout = wasDefault;
-    if (SoField* now = flaggedField(); now && m_defaultWith)
-        now->setDefault(*m_defaultWith);
-    return true;
+    return change(m_defaultWithout, m_defaultWith, [&] { return insert(node); });
 }
 
 bool NodeSlot::remove(const SoNode* node)

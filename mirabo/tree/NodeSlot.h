@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class SoField;
@@ -91,6 +92,8 @@ private:
     SoMNodeField* multiField() const;
     SoNodeKitListPart* list() const;
     SoField* flaggedField() const;
+    bool change(std::optional<bool>& left, const std::optional<bool>& entered,
+                const std::function<bool()>& edit);
     bool remove(const SoNode* node);
     bool insert(SoNode* node);
     bool removeEntry(const SoNode* node);
