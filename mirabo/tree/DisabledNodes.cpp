@@ -2,6 +2,7 @@
 
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/NodeSlot.h"
+#include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -90,6 +91,7 @@ void dropRow(SoMiraboTreeView& view, SoTreeViewItem* row)
     view.rowsAboutToChange();
     destroyRows(static_cast<SoTreeViewItem*>(parent->takeChild(parent->indexOfChild(row))));
     parent->childrenChanged();
+    view.openBranches().rowsChanged(parent);
     bool others = false;
     for (int i = 0; i < parent->childCount() && !others; ++i)
         others = parent->childItem(i)->isDisabledNode();
@@ -196,8 +198,10 @@ void restoreDisabled(SoMiraboTreeView& view, const DisabledPlaces& places)
     view.context().disabled = places;
     for (const SoNode* parent : places.parents())
         for (SoTreeViewItem* row : view.itemsOf(parent))
-            if (!row->isDisabledNode() && !row->hasDisabledChildren())
+            if (!row->isDisabledNode() && !row->hasDisabledChildren()) {
                 addGreyRows(row, view.context());
+                view.openBranches().rowsChanged(row);
+            }
 }
 
 void addGreyRows(SoTreeViewItem* item, TreeContext& context)

@@ -10,6 +10,40 @@
 
 namespace mirabo {
 
+void OpenBranches::open(SoTreeViewItem* item)
+{
+    if (item->childCount() == 0)
+        keep(item);
+    else
+        item->setExpanded(true);
+}
+
+void OpenBranches::close(SoTreeViewItem* item)
+{
+    if (m_view.context().putAside.erase(item) > 0)
+        item->setPutAside(false);
+    item->setExpanded(false);
+}
+
+void OpenBranches::rowsChanged(SoTreeViewItem* item)
+{
+    if (item->childCount() == 0) {
+        if (!item->isExpanded())
+            return;
+        keep(item);
+        item->setExpanded(false);
+    } else if (!m_isAside && m_view.context().putAside.erase(item) > 0) {
+        item->setPutAside(false);
+        item->setExpanded(true);
+    }
+}
+
+void OpenBranches::keep(SoTreeViewItem* item)
+{
+    item->setPutAside(true);
+    m_view.context().putAside.insert(item);
+}
+
 void OpenBranches::removalTook(qint64 nanoseconds)
 {
     m_spent += nanoseconds;
@@ -21,17 +55,14 @@ void OpenBranches::removalTook(qint64 nanoseconds)
 
 void OpenBranches::putAside()
 {
-    auto& aside = m_view.context().putAside;
     std::vector<SoTreeViewItem*> visit;
     if (SoTreeViewItem* root = m_view.rootItem())
         visit.push_back(root);
     while (!visit.empty()) {
         SoTreeViewItem* item = visit.back();
         visit.pop_back();
-        if (item->isExpanded()) {
-            item->setPutAside(true);
-            aside.insert(item);
-        }
+        if (item->isExpanded())
+            keep(item);
         for (int i = 0, n = item->childCount(); i < n; ++i)
             if (item->childItem(i)->childCount() > 0)
                 visit.push_back(item->childItem(i));
@@ -52,7 +83,7 @@ void OpenBranches::restore()
     m_view.rowsAboutToChange(); // an open branch is then only noted down
     for (SoTreeViewItem* item : aside) {
         item->setPutAside(false);
-        item->setExpanded(true);
+        open(item);
     }
 }
 

@@ -3,22 +3,33 @@
 #include <QtGlobal>
 
 class SoMiraboTreeView;
+class SoTreeViewItem;
 
 namespace mirabo {
 
 struct TreeContext;
 
-/// Keeps single removals cheap while many branches are open.
+/// Knows which branches are open where the view does not.
 ///
-/// A view remembers each open branch by an index that every removed row walks through. When that
-/// has cost enough in one pass of the event loop, the view is made to forget them; they are opened
-/// again before the next layout, so nobody sees it.
+/// A row that loses its last row below is open no longer for the view; here it stays so, and is
+/// opened again when rows come back.
+///
+/// Keeps single removals cheap while many branches are open: a view remembers each of them by an
+/// index that every removed row walks through. When that has cost enough in one pass of the event
+/// loop, the view is made to forget them; they are opened again before the next layout, so nobody
+/// sees it.
 class OpenBranches {
 public:
     /// What removals may cost in one pass before the branches are put aside.
     static constexpr qint64 kPatience = 2000000; ///< nanoseconds
 
     explicit OpenBranches(SoMiraboTreeView& view) : m_view(view) {}
+
+    /// Opens a row, at once or as soon as there is something below it.
+    void open(SoTreeViewItem* item);
+    void close(SoTreeViewItem* item);
+    /// Rows below the item have come or gone.
+    void rowsChanged(SoTreeViewItem* item);
 
     /// A removal took so long, without the rows' own end.
     void removalTook(qint64 nanoseconds);
@@ -29,6 +40,7 @@ public:
 
 private:
     void putAside();
+    void keep(SoTreeViewItem* item);
 
     SoMiraboTreeView& m_view;
     qint64 m_spent = 0;

@@ -1,6 +1,8 @@
 #include "mirabo/tree/RowState.h"
 
+#include "mirabo/tree/OpenBranches.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/tree/TreeBuilder.h"
 #include "mirabo/tree/TreeRows.h"
 
 #include <algorithm>
@@ -43,37 +45,47 @@ GreyRows::GreyRows(const SoTreeViewItem* parent, const SoNode* without)
 
 bool GreyRows::isInPlace(const SoTreeViewItem* parent) const
 {
-    return std::all_of(m_rows.begin(), m_rows.end(), [parent](const Row& place) {
-        const SoTreeViewItem* item = parent->childItem(place.row);
-        return item && item->isDisabledNode() && item->getNode() == place.node;
-    });
+    if (m_rows.empty())
+        return !parent->hasDisabledChildren();
+    return GreyRows(parent).m_rows == m_rows;
 }
 
 void GreyRows::restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const
 {
     if (isInPlace(parent))
         return;
-    std::vector<SoTreeViewItem*> present;
-    for (int row = 0; row < parent->childCount(); ++row)
-        if (parent->childItem(row)->isDisabledNode())
-            present.push_back(parent->childItem(row));
-    if (present.size() != m_rows.size())
-        return;
     view.rowsAboutToChange();
     QTreeWidgetItem* current = view.currentItem();
-    for (SoTreeViewItem* item : present)
-        parent->takeChild(parent->indexOfChild(item));
+    std::vector<SoTreeViewItem*> present;
+    for (int row = parent->childCount(); row-- > 0;)
+        if (parent->childItem(row)->isDisabledNode())
+            present.push_back(static_cast<SoTreeViewItem*>(parent->takeChild(row)));
+    bool any = false;
     for (const Row& place : m_rows) {
         const auto found = std::find_if(present.begin(), present.end(), [&](const auto* item) {
             return item->getNode() == place.node;
         });
-        const auto at = found == present.end() ? present.begin() : found;
-        parent->insertChild(std::min(place.row, parent->childCount()), *at);
-        present.erase(at);
+        SoTreeViewItem* item = nullptr;
+        if (found != present.end()) {
+            item = *found;
+            present.erase(found);
+        } else if (const auto saved = view.context().disabled.find(place.node)) {
+            item = new SoTreeViewItem(saved->node.get(), nullptr, parent, view.context());
+            item->setDisabledNode(true);
+        }
+        if (!item)
+            continue;
+        parent->insertChild(std::min(place.row, parent->childCount()), item);
+        any = true;
     }
-    parent->childrenChanged();
-    if (view.currentItem() != current)
+    if (view.currentItem() != current
+        && std::find(present.begin(), present.end(), current) == present.end())
         view.setCurrentItem(current);
+    for (SoTreeViewItem* surplus : present)
+        destroyRows(surplus);
+    parent->setHasDisabledChildren(any);
+    parent->childrenChanged();
+    view.openBranches().rowsChanged(parent);
 }
 
 BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top)
@@ -82,9 +94,14 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
         const SoTreeViewItem* item;
         std::int32_t at;
     };
+    const DisabledPlaces& disabled = view.context().disabled;
+    const bool anyDisabled = !disabled.isEmpty();
+    const auto mayHaveGreyRows = [&](const SoTreeViewItem* item) {
+        return anyDisabled && !disabled.below(item->getNode()).empty();
+    };
     const auto note = [&](const SoTreeViewItem* item, std::int32_t parent, int row) {
         std::int32_t grey = -1;
-        if (item->hasDisabledChildren()) {
+        if (item->hasDisabledChildren() || mayHaveGreyRows(item)) {
             grey = static_cast<std::int32_t>(m_grey.size());
             m_grey.emplace_back(item);
         }
@@ -99,8 +116,8 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
             const SoTreeViewItem* child = visit.item->childItem(row);
             if (child->childCount() > 0)
                 open.push_back({child, note(child, visit.at, row)});
-            else if (child->isBookmarked() || view.isOpen(child)) // what was below may come back
-                note(child, visit.at, row);
+            else if (child->isBookmarked() || view.isOpen(child) || mayHaveGreyRows(child))
+                note(child, visit.at, row); // what was below may come back
         }
     }
     keepWhatTells();
@@ -132,9 +149,9 @@ void BranchState::keepWhatTells()
 
 void BranchState::apply(SoMiraboTreeView& view, SoTreeViewItem* top) const
 {
-    if (m_rows.empty())
-        return;
     view.rowsAboutToChange(); // an open branch is then only noted down
+    if (m_rows.empty() || !m_rows.front().open)
+        view.openBranches().close(top); // a root is shown open
     std::vector<SoTreeViewItem*> items;
     items.reserve(m_rows.size());
     for (const Row& row : m_rows) {
@@ -149,7 +166,7 @@ void BranchState::apply(SoMiraboTreeView& view, SoTreeViewItem* top) const
         if (row.grey >= 0) // first, for the rows below go by their numbers
             m_grey[static_cast<std::size_t>(row.grey)].restore(view, item);
         if (row.open)
-            item->setExpanded(true);
+            view.openBranches().open(item);
         if (row.bookmarked)
             item->setBookmarked(true);
     }
@@ -162,7 +179,7 @@ TreeState::TreeState(const SoMiraboTreeView& view) : m_isKnown(true), m_current(
 void TreeState::addBranch(const SoMiraboTreeView& view, const SoTreeViewItem* top)
 {
     BranchState state(view, top);
-    if (!state.isPlain())
+    if (!state.isPlain() || !top->parentItem())
         m_branches.push_back({pathOf(top), std::move(state)});
 }
 

@@ -28,14 +28,14 @@ public:
     /// `without`: a node whose rows do not count.
     explicit GreyRows(const SoTreeViewItem* parent, const SoNode* without = nullptr);
 
-    bool isEmpty() const { return m_rows.empty(); }
-    /// Arranges the present ones, if they are the same.
+    /// Gives the row those of them whose nodes are still disabled, and no others.
     void restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const;
 
 private:
     struct Row {
         int row;
         const SoNode* node; ///< only compared
+        friend bool operator==(const Row&, const Row&) = default;
     };
     bool isInPlace(const SoTreeViewItem* parent) const;
 
@@ -50,7 +50,8 @@ public:
 
     /// Nothing is open, marked or disabled.
     bool isPlain() const { return m_rows.empty(); }
-    /// Opens and marks what the old rows had; rows that are not there are left out.
+    /// Opens and marks what the old rows had, given new rows; those that are not there are left
+    /// out.
     void apply(SoMiraboTreeView& view, SoTreeViewItem* top) const;
 
 private:

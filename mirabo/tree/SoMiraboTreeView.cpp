@@ -92,7 +92,11 @@ SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
     connect(this, &QTreeWidget::itemClicked, this, &SoMiraboTreeView::onItemClicked);
     connect(this, &QWidget::customContextMenuRequested, this,
             &SoMiraboTreeView::onCustomContextMenu);
-    connect(this, &QTreeWidget::itemExpanded, this, &SoMiraboTreeView::resizeAllColumns);
+    connect(this, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
+        if (item->childCount() == 0)
+            item->setExpanded(false); // by a key: what comes below it later has not been opened
+        resizeAllColumns();
+    });
     connect(this, &QTreeWidget::itemCollapsed, this, &SoMiraboTreeView::resizeAllColumns);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
         m_scrolled = true;
@@ -239,7 +243,8 @@ void SoMiraboTreeView::doItemsLayout()
 
 bool SoMiraboTreeView::isOpen(const SoTreeViewItem* item) const
 {
-    return m_context.putAside.count(const_cast<SoTreeViewItem*>(item)) > 0 || item->isExpanded();
+    return m_context.putAside.count(const_cast<SoTreeViewItem*>(item)) > 0
+           || (item->childCount() > 0 && item->isExpanded());
 }
 
 void SoMiraboTreeView::graphChanged()
@@ -341,6 +346,7 @@ void SoMiraboTreeView::populate(SoTreeViewItem* item)
     item->childrenChanged();
     m_patcher->sync(item);
     mirabo::addGreyRows(item, m_context);
+    m_openBranches->rowsChanged(item);
 }
 
 /// Disabled nodes whose last grey row went with what was around it and that no command can undo.

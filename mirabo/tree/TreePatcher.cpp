@@ -11,6 +11,7 @@
 #include <kalmyr/fields/SoMNodeField.h>
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -124,6 +125,21 @@ FieldRows rowsOf(const SoTreeViewItem* item, const SoField* field)
     return {row, row < item->childCount() ? endOfField(item, row) - row : 0};
 }
 
+/// The values of a field that have rows: all of them, if there are so many, or else those that are
+/// not null, in `copy`. `index` counts among them then.
+const std::vector<SoNode*>& valuesWithRows(const SoMNodeField* field, int rows, int& index,
+                                           std::vector<SoNode*>& copy)
+{
+    const std::vector<SoNode*>& values = field->getValues();
+    if (static_cast<int>(values.size()) == rows)
+        return values;
+    const auto isNull = [](const SoNode* node) { return !node; };
+    const auto before = std::clamp(index, 0, static_cast<int>(values.size()));
+    index -= static_cast<int>(std::count_if(values.begin(), values.begin() + before, isNull));
+    std::remove_copy_if(values.begin(), values.end(), std::back_inserter(copy), isNull);
+    return copy;
+}
+
 /// Whether a row stands for an entry of a field's list; true beyond both ends.
 bool agrees(const SoTreeViewItem* item, const FieldRows& rows, int row,
             const std::vector<SoNode*>& nodes, int entry)
@@ -205,6 +221,13 @@ TreePatcher::TreePatcher(SoMiraboTreeView& view)
 {
 }
 
+/// Rows from `row` on have come, gone or moved.
+void TreePatcher::rowsChanged(SoTreeViewItem* item, int row)
+{
+    item->childrenChanged(row);
+    m_view.openBranches().rowsChanged(item);
+}
+
 void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* first, int count)
 {
     if (count == 0)
@@ -215,14 +238,14 @@ void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* fi
     for (int i = 0; i < count; ++i)
         rows.append(m_builder.build(first[i].node, first[i].field, item));
     item->insertChildren(row, rows);
-    item->childrenChanged(row);
+    rowsChanged(item, row);
 }
 
 void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& place)
 {
     m_view.rowsAboutToChange();
     item->insertChild(row, m_builder.build(place.node, place.field, item));
-    item->childrenChanged(row);
+    rowsChanged(item, row);
 }
 
 void TreePatcher::removeRow(SoTreeViewItem* item, int row)
@@ -233,7 +256,7 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
     m_view.openBranches().removalTook(
         static_cast<qint64>((SbTime::monotonic() - start).getValue() * 1e9));
     destroyRows(taken);
-    item->childrenChanged(row);
+    rowsChanged(item, row);
 }
 
 void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)
@@ -242,7 +265,7 @@ void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)
         m_view.rowsAboutToChange();
         for (QTreeWidgetItem* taken : item->takeChildren())
             destroyRows(static_cast<SoTreeViewItem*>(taken));
-        item->childrenChanged();
+        rowsChanged(item);
         return;
     }
     if (count > kBulkRows) {
@@ -288,7 +311,7 @@ void TreePatcher::rearrange(SoTreeViewItem* item, int begin, int end, const Plac
     for (const auto& [row, place] : missing)
         rows[row] = m_builder.build(place.node, place.field, item);
     item->insertChildren(0, rows);
-    item->childrenChanged();
+    rowsChanged(item);
     state.restore();
 }
 
@@ -369,7 +392,7 @@ bool TreePatcher::syncAroundDisabled(SoTreeViewItem* item)
             m_view.setCurrentItem(at->row);
     }
     item->setHasDisabledChildren(!aside.empty());
-    item->childrenChanged();
+    rowsChanged(item);
     return true;
 }
 
@@ -424,13 +447,13 @@ bool TreePatcher::childReplaced(SoTreeViewItem* item, const SoNode* child, int i
     return true;
 }
 
-// As many rows as entries before the edit: so the list holds no null, and entries count like rows.
 // A field of a kit may end what is shown of those behind it.
 
 bool TreePatcher::fieldNodeInserted(SoTreeViewItem* item, SoMNodeField* field, int index)
 {
     const FieldRows rows = rowsOf(item, field);
-    const std::vector<SoNode*>& nodes = field->getValues();
+    std::vector<SoNode*> copy;
+    const std::vector<SoNode*>& nodes = valuesWithRows(field, rows.count + 1, index, copy);
     const bool asExpected =
         rows.count > 0 && !traitsOf(item->getNodeType()).isKit && index >= 0 && index <= rows.count
         && static_cast<int>(nodes.size()) == rows.count + 1
@@ -446,7 +469,8 @@ bool TreePatcher::fieldNodeRemoved(SoTreeViewItem* item, SoMNodeField* field, co
                                    int index)
 {
     const FieldRows rows = rowsOf(item, field);
-    const std::vector<SoNode*>& nodes = field->getValues();
+    std::vector<SoNode*> copy;
+    const std::vector<SoNode*>& nodes = valuesWithRows(field, rows.count - 1, index, copy);
     const bool asExpected = !traitsOf(item->getNodeType()).isKit && index >= 0 && index < rows.count
                             && static_cast<int>(nodes.size()) == rows.count - 1
                             && item->childItem(rows.begin + index)->getNode() == child

@@ -45,6 +45,7 @@ private:
     bool isInLine(const SoTreeViewItem* item) const;
     bool syncAroundDisabled(SoTreeViewItem* item);
     bool syncRows(SoTreeViewItem* item, int begin, int end, const std::vector<PlacedNode>& wanted);
+    void rowsChanged(SoTreeViewItem* item, int row = 0);
     void insertRow(SoTreeViewItem* item, int row, const PlacedNode& place);
     void insertRows(SoTreeViewItem* item, int row, const PlacedNode* first, int count);
     void removeRow(SoTreeViewItem* item, int row);

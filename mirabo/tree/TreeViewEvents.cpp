@@ -324,10 +324,6 @@ bool SoMiraboTreeView::mayExpand(SoTreeViewItem* top)
 void SoMiraboTreeView::expandRows(SoTreeViewItem* top)
 {
     m_openBranches->restore();
-    if (top == rootItem()) {
-        expandAll();
-        return;
-    }
     // With a layout pending an opened row is only noted down.
     scheduleDelayedItemsLayout();
     std::vector<QModelIndex> open{indexFromItem(top)};
