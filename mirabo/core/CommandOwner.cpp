@@ -75,11 +75,16 @@ CommandOwner::~CommandOwner() = default;
 
 bool CommandOwner::push(std::unique_ptr<MrbCommand> command)
 {
-    if (!command)
-        return false;
-    MrbCommand* pushed = command.get();
-    m_pool->add(std::move(command));
-    return m_push(pushed);
+    MrbCommand* pushed = adopt(std::move(command));
+    return pushed && m_push(pushed);
+}
+
+MrbCommand* CommandOwner::adopt(std::unique_ptr<MrbCommand> command)
+{
+    MrbCommand* adopted = command.get();
+    if (adopted)
+        m_pool->add(std::move(command));
+    return adopted;
 }
 
 void CommandOwner::freeForgotten()

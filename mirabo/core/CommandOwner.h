@@ -26,6 +26,8 @@ public:
     CommandOwner& operator=(const CommandOwner&) = delete;
 
     bool push(std::unique_ptr<MrbCommand> command);
+    /// Owns a command that somebody else pushes. Returns it; null for none.
+    MrbCommand* adopt(std::unique_ptr<MrbCommand> command);
     /// Frees what the stack has forgotten. Not inside a change of the graph.
     void freeForgotten();
     /// Number of commands kept, forgotten ones included.

@@ -1,5 +1,6 @@
 #include "mirabo/launch/IgnoreSwitch.h"
 
+#include "mirabo/core/CommandOwner.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/overview/SoMiraboEdition.h"
@@ -11,8 +12,9 @@
 
 namespace mirabo {
 
-IgnoreSwitch::IgnoreSwitch(SoMiraboTreeView* tree, SoMiraboEdition* edition, SoCommandManager* hub)
-    : m_tree(tree), m_edition(edition), m_hub(hub)
+IgnoreSwitch::IgnoreSwitch(SoMiraboTreeView* tree, SoMiraboEdition* edition, SoCommandManager* hub,
+                           CommandOwner& owner)
+    : m_tree(tree), m_edition(edition), m_hub(hub), m_owner(owner)
 {
     hub->actions().add(ActionId::IgnoreEnable, this,
                        {[this] { run(); }, [this] { return isPossible(); }});
@@ -56,8 +58,7 @@ bool IgnoreSwitch::eventFilter(QObject*, QEvent* event)
 
 void IgnoreSwitch::switchField()
 {
-    if (MrbCommand* command = m_edition->makeIgnoreCommand())
-        m_hub->addCommand(command);
+    m_owner.push(std::unique_ptr<MrbCommand>(m_edition->makeIgnoreCommand()));
 }
 
 bool IgnoreSwitch::isPossible() const

@@ -9,6 +9,8 @@ class SoMiraboTreeView;
 
 namespace mirabo {
 
+class CommandOwner;
+
 /// What "&Set Ignored/Enable" acts on: the row of the tree or the field, whichever the user
 /// selected last.
 class IgnoreSwitch final : public QObject {
@@ -16,7 +18,8 @@ class IgnoreSwitch final : public QObject {
 
 public:
     /// None of them is owned; all must outlive the switch.
-    IgnoreSwitch(SoMiraboTreeView* tree, SoMiraboEdition* edition, SoCommandManager* hub);
+    IgnoreSwitch(SoMiraboTreeView* tree, SoMiraboEdition* edition, SoCommandManager* hub,
+                 CommandOwner& owner);
     ~IgnoreSwitch() override;
 
 private:
@@ -31,6 +34,7 @@ private:
     SoMiraboTreeView* m_tree;
     SoMiraboEdition* m_edition;
     SoCommandManager* m_hub;
+    CommandOwner& m_owner;
     bool m_onField = false;
     bool m_hasField = false; ///< the field that was selected last is still there
 };

@@ -190,10 +190,13 @@ void Session::connectOverview()
             &SoCommandManager::nodeSetOverride);
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
-    hub()->setOverrideFactory([this](bool on) { return m_edition->makeOverrideCommand(on); });
     m_edits = std::make_unique<EditActions>(m_frame, m_tree, hub());
+    hub()->setOverrideFactory([this](bool on) {
+        return m_edits->owner().adopt(
+            std::unique_ptr<MrbCommand>(m_edition->makeOverrideCommand(on)));
+    });
     new RowActions(m_tree, hub()); // the tree owns it
-    m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub());
+    m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub(), m_edits->owner());
     new SoTreeViewState(m_tree, hub()); // the tree owns it
     m_edition->createFieldWatchState(hub());
     m_edition->setPlaceProvider(

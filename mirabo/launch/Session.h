@@ -83,10 +83,10 @@ private:
     bool m_released = false;
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
-    std::unique_ptr<IgnoreSwitch> m_ignore;
     std::unique_ptr<SceneFollower> m_follower; ///< of the host's scene manager
     std::unique_ptr<EditActions> m_edits;
-    TreeNavigator* m_navigator = nullptr; // Owned by the tree.
+    std::unique_ptr<IgnoreSwitch> m_ignore; // after the edits, whose commands it makes
+    TreeNavigator* m_navigator = nullptr;   // Owned by the tree.
     bool m_canShowReferences = false;
 };
 

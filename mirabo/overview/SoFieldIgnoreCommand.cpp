@@ -4,10 +4,11 @@
 #include <kalmyr/io/SoWriteLock.h>
 
 SoFieldIgnoreCommand::SoFieldIgnoreCommand(SoField* field, bool ignored)
-    : m_container(field->getContainer()), m_ignored(ignored), m_before(field->isIgnored())
+    : m_ignored(ignored), m_before(field->isIgnored())
 {
     m_field.reset(field);
-    const SbName name = m_container ? m_container->getFieldName(field) : SbName::empty();
+    const SoFieldContainer* container = field->getContainer();
+    const SbName name = container ? container->getFieldName(field) : SbName::empty();
     setName(QString(ignored ? "Ignore %1" : "Enable %1").arg(QString::fromUtf8(name.getString())));
 }
 

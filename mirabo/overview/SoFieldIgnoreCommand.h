@@ -3,10 +3,7 @@
 #include "mirabo/core/Observed.h"
 #include "mirabo/extender/MrbCommand.h"
 
-#include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoField.h>
-
-class SoFieldContainer;
 
 /// Sets a field's ignored flag; undo puts back what it was. Nothing once the field has died.
 class SoFieldIgnoreCommand final : public MrbCommand {
@@ -21,8 +18,7 @@ public:
 private:
     bool apply(bool ignored);
 
-    SoRef<SoFieldContainer> m_container; ///< held: the field lives as long as it
-    mirabo::Observed<SoField> m_field;   ///< a file's or a script's may go before it
+    mirabo::Observed<SoField> m_field;
     bool m_ignored;
     bool m_before;
 };

@@ -7,10 +7,10 @@
 
 namespace {
 
-bool apply(SoNode* node, bool state)
+bool apply(const mirabo::KeptNode& node, bool state)
 {
     const SoWriteLock lock;
-    if (!lock)
+    if (!lock || !node)
         return false;
     node->setOverride(state);
     return true;
@@ -26,12 +26,12 @@ SoNodeOverrideCommand::SoNodeOverrideCommand(SoNode* node, bool state)
 
 bool SoNodeOverrideCommand::execute()
 {
-    return apply(m_node.get(), m_state);
+    return apply(m_node, m_state);
 }
 
 void SoNodeOverrideCommand::undo()
 {
-    apply(m_node.get(), !m_state);
+    apply(m_node, !m_state);
 }
 
 void SoNodeOverrideCommand::redo()

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "mirabo/core/KeptNode.h"
 #include "mirabo/extender/MrbCommand.h"
-
-#include <kalmyr/base/SoRef.h>
 
 class SoNode;
 
-/// Sets a node's override flag. Undo sets the opposite (intended: not what it was before).
+/// Sets a node's override flag. Undo sets the opposite (intended: not what it was before). Nothing
+/// once the node has died: it is not kept alive.
 class SoNodeOverrideCommand final : public MrbCommand {
 public:
     SoNodeOverrideCommand(SoNode* node, bool state);
@@ -16,6 +16,6 @@ public:
     void redo() override;
 
 private:
-    SoRef<SoNode> m_node; ///< held: undo may come long after the node has left the scene
+    mirabo::KeptNode m_node; ///< null once it has died
     bool m_state;
 };
