@@ -74,8 +74,8 @@ void EditActions::show(const Refusal& refusal) const
 void EditActions::connectTree(SoMiraboTreeView* tree, SoCommandManager* hub)
 {
     connect(tree, &SoMiraboTreeView::commandReady, m_editor,
-            [editor = m_editor](MrbCommand* command) {
-                editor->push(std::unique_ptr<MrbCommand>(command));
+            [editor = m_editor](TreeEditCommand* command) {
+                editor->run(std::unique_ptr<TreeEditCommand>(command));
             });
     connect(tree, &SoMiraboTreeView::deleteRequested, m_editor, &TreeEditor::deleteCurrent);
     connect(tree, &SoMiraboTreeView::moveRequested, m_editor, &TreeEditor::moveRow);

@@ -1,7 +1,6 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 
 #include "mirabo/core/GraphReading.h"
-#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/DropGuide.h"
@@ -44,7 +43,7 @@ void registerArgumentTypes()
     qRegisterMetaType<SoNode*>("SoNode*");
     qRegisterMetaType<SoTreeViewItem*>("SoTreeViewItem*");
     qRegisterMetaType<const SoPath*>("const SoPath*");
-    qRegisterMetaType<MrbCommand*>("MrbCommand*");
+    qRegisterMetaType<mirabo::TreeEditCommand*>("mirabo::TreeEditCommand*");
 }
 
 } // namespace
@@ -409,11 +408,20 @@ void SoMiraboTreeView::ignoreEnable()
     SoTreeViewItem* item = asItem(currentItem());
     if (!item || !canIgnoreOrEnable() || !verify(item))
         return;
-    if (item->isDirectlyFromField())
-        Q_EMIT commandReady(new SoTreeIgnoreFieldCommand(item->getSourceField()));
-    else
-        Q_EMIT commandReady(new SoTreeDisableNodeCommand(
-            this, item->getNode(), !m_context.disabled.find(item->getNode())));
+    std::unique_ptr<mirabo::TreeEditCommand> command;
+    {
+        const mirabo::GraphReading graph;
+        if (!graph || item->isDead())
+            return;
+        SoNode* node = item->getNode();
+        if (const SoField* field = item->getSourceField())
+            command = std::make_unique<SoTreeIgnoreFieldCommand>(this, field);
+        else
+            command = std::make_unique<SoTreeDisableNodeCommand>(this, node,
+                                                                 !m_context.disabled.find(node));
+    }
+    if (isSignalConnected(QMetaMethod::fromSignal(&SoMiraboTreeView::commandReady)))
+        Q_EMIT commandReady(command.release());
 }
 
 void SoMiraboTreeView::resizeAllColumns()

@@ -13,7 +13,6 @@
 #include <memory>
 #include <vector>
 
-class MrbCommand;
 class QMenu;
 class QUrl;
 class SoField;
@@ -28,6 +27,7 @@ namespace mirabo {
 class DropGuide;
 enum class MoveStep;
 class OpenBranches;
+class TreeEditCommand;
 class TreePatcher;
 } // namespace mirabo
 
@@ -172,7 +172,7 @@ Q_SIGNALS:
     /// Whether the current node occurs several times, and whether occurrences are marked.
     void currentReferencesChanged(bool canShow, bool shown);
     /// An edit to be executed and kept for undo; the receiver owns it.
-    void commandReady(MrbCommand* command);
+    void commandReady(mirabo::TreeEditCommand* command);
     /// Whether ignoreEnable() has something to do.
     void ignoreEnableChanged(bool possible);
     void deleteRequested();

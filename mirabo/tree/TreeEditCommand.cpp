@@ -47,6 +47,11 @@ TreeEditCommand::TreeEditCommand(SoMiraboTreeView* view, std::shared_ptr<const T
 {
 }
 
+TreeEditCommand::TreeEditCommand(SoMiraboTreeView* view)
+    : TreeEditCommand(view, std::make_shared<TreeEditHost>())
+{
+}
+
 bool TreeEditCommand::execute()
 {
     return m_isDone || go(true);
@@ -89,7 +94,8 @@ bool TreeEditCommand::go(bool forward)
     TreeState leaving;
     if (m_view) {
         scope.emplace(*m_view);
-        leaving = leave(forward);
+        leaving = TreeState(*m_view);
+        noteRows(leaving, forward);
     }
     if (!editGraph(forward))
         return false;
@@ -131,9 +137,8 @@ void TreeEditCommand::setRoot(SoNode* root) const
         m_view->setSceneGraph(root);
 }
 
-TreeState TreeEditCommand::leave(bool forward) const
+void TreeEditCommand::noteRows(TreeState& state, bool forward) const
 {
-    TreeState state(*m_view);
     for (const NodeSlot* slot : forward ? left() : entered()) {
         if (slot->isRoot()) {
             if (const SoTreeViewItem* root = m_view->rootItem())
@@ -149,7 +154,6 @@ TreeState TreeEditCommand::leave(bool forward) const
         for (const NodeSlot* slot : slots)
             for (const SoTreeViewItem* holderRow : m_view->itemsOf(slot->holder()))
                 state.addGreyRows(holderRow);
-    return state;
 }
 
 void TreeEditCommand::enter(const TreeState& state)

@@ -56,11 +56,14 @@ public:
     void redo() final;
 
     bool isDone() const { return m_isDone; }
+    /// For commands that are made without knowing who runs them.
+    void setHost(std::shared_ptr<const TreeEditHost> host) { m_host = std::move(host); }
     /// Why the last edit was not made.
     const Refusal& refusal() const { return m_refusal; }
 
 protected:
     TreeEditCommand(SoMiraboTreeView* view, std::shared_ptr<const TreeEditHost> host);
+    explicit TreeEditCommand(SoMiraboTreeView* view);
 
     /// Edits the graph, under the write lock, with all nodes that matter held. False, with a
     /// refusal and the graph as it was, when that cannot be done.
@@ -71,6 +74,8 @@ protected:
     /// The places that are emptied by apply() and by revert().
     virtual std::vector<const NodeSlot*> left() const { return {}; }
     virtual std::vector<const NodeSlot*> entered() const { return {}; }
+    /// Notes down what the edit will take away of the rows: by default what stands in those places.
+    virtual void noteRows(TreeState& state, bool forward) const;
     /// The row to become current after the first execution, and what else is to be done with the
     /// new rows; null: the current row stays.
     virtual SoTreeViewItem* arrived(SoMiraboTreeView&) { return nullptr; }
@@ -94,7 +99,6 @@ protected:
 private:
     bool go(bool forward);
     bool editGraph(bool forward);
-    TreeState leave(bool forward) const;
     void enter(const TreeState& state);
     virtual const char* boxTitle() const = 0;
 

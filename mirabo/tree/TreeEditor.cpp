@@ -53,11 +53,6 @@ void TreeEditor::show(const Refusal& refusal)
         m_showBox(refusal);
 }
 
-bool TreeEditor::push(std::unique_ptr<MrbCommand> command)
-{
-    return isReady() && m_owner.push(std::move(command));
-}
-
 namespace {
 
 /// Whether the graph has the row, as far as is known.
@@ -105,6 +100,16 @@ bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> r
     if (!done)
         show(refusal); // last: the box may see the end of us
     return done;
+}
+
+bool TreeEditor::run(std::unique_ptr<TreeEditCommand> command)
+{
+    return run("Mirabo Ignore Node", {}, [&](Refusal& refusal) {
+        command->setHost(m_host);
+        const bool done = command->execute();
+        refusal = command->refusal();
+        return done ? std::move(command) : nullptr;
+    });
 }
 
 bool TreeEditor::deleteRow(SoTreeViewItem* row)

@@ -11,7 +11,6 @@
 #include <initializer_list>
 #include <memory>
 
-class MrbCommand;
 class SoMiraboTreeView;
 class SoNode;
 class SoTreeViewItem;
@@ -60,8 +59,8 @@ public:
     bool stepCurrent(MoveStep step);
     bool canStepCurrent(MoveStep step) const;
 
-    /// For what else is edited through the tree.
-    bool push(std::unique_ptr<MrbCommand> command);
+    /// Runs a command that the tree has made for its current row.
+    bool run(std::unique_ptr<TreeEditCommand> command);
 
 Q_SIGNALS:
     /// The node of the row was added; it is the current one.

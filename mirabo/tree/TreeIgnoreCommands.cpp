@@ -6,58 +6,92 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 
 #include <kalmyr/core/SoField.h>
-#include <kalmyr/io/SoWriteLock.h>
+#include <kalmyr/core/SoNode.h>
 
-SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoField* field) : m_field(field)
+SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoMiraboTreeView* view, const SoField* field)
+    : TreeEditCommand(view),
+      m_container(static_cast<SoNode*>(field->getContainer())),
+      m_name(field->getContainer()->getFieldName(field))
 {
-    SoFieldContainer* container = field->getContainer();
-    if (container && container->isOfType(SoNode::getClassTypeId()))
-        m_container = static_cast<SoNode*>(container);
-    const SbName name = container ? container->getFieldName(field) : SbName::empty();
     setName(QString(field->isIgnored() ? "Enable %1" : "Ignore %1")
-                .arg(QString::fromUtf8(name.getString())));
+                .arg(QString::fromUtf8(m_name.getString())));
 }
 
-bool SoTreeIgnoreFieldCommand::execute()
+void SoTreeIgnoreFieldCommand::visitNodes(const std::function<void(mirabo::KeptNode&)>& visit)
 {
-    const SoWriteLock lock;
-    if (!lock || !m_container)
-        return false;
-    m_field->setIgnored(!m_field->isIgnored());
+    visit(m_container);
+}
+
+bool SoTreeIgnoreFieldCommand::apply()
+{
+    SoField* field = m_container->getField(m_name);
+    if (!field)
+        return refuse({mirabo::Refusal::Kind::Warning, boxTitle(), "The field is gone."});
+    field->setIgnored(!field->isIgnored());
     return true;
 }
 
 SoTreeDisableNodeCommand::SoTreeDisableNodeCommand(SoMiraboTreeView* view, SoNode* node,
                                                    bool disable)
-    : m_view(view), m_node(node), m_saved(view->context().disabled.find(node)), m_disable(disable)
+    : TreeEditCommand(view),
+      m_node(node),
+      m_saved(view->context().disabled.find(node)),
+      m_disable(disable)
 {
     setName(mirabo::commandName(disable ? "Disable" : "Enable", *node));
 }
 
-bool SoTreeDisableNodeCommand::apply(bool disable)
+void SoTreeDisableNodeCommand::noteRows(mirabo::TreeState& state, bool forward) const
 {
-    if (!m_view)
-        return false;
-    const SoMiraboTreeView::PatchScope scope(*m_view);
-    mirabo::TreeState leaving(*m_view);
-    mirabo::TreeState others; // the node comes back where its row stood among them
-    for (const SoTreeViewItem* row : m_view->itemsOf(m_node.get())) {
+    const bool goes = forward == m_disable;
+    for (const SoTreeViewItem* row : view()->itemsOf(m_node.get())) {
         if (!row->isDisabledNode() && !mirabo::mayDisable(row))
             continue;
-        leaving.addGreyRows(row->parentItem());
-        others.addGreyRows(row->parentItem(), disable ? nullptr : m_node.get());
-        if (disable && !row->isDisabledNode())
-            leaving.addBranch(*m_view, row);
+        state.addGreyRows(row->parentItem());
+        if (goes && !row->isDisabledNode())
+            state.addBranch(*view(), row);
     }
-    if (disable)
-        m_saved = mirabo::disableNode(*m_view, m_node.get(), m_disable ? nullptr : &m_put);
-    if (!m_saved || (!disable && !mirabo::enableNode(*m_view, *m_saved, &m_put)))
+}
+
+bool SoTreeDisableNodeCommand::disable()
+{
+    if (view()) {
+        mirabo::SavedLinks only{m_node.get(), {}};
+        for (const Place& place : m_put)
+            if (place.parent)
+                only.links.push_back({place.parent.get(), place.index});
+        m_saved = mirabo::disableNode(*view(), m_node.get(), m_disable ? nullptr : &only);
+    }
+    return m_saved
+           || refuse({mirabo::Refusal::Kind::Warning, boxTitle(),
+                      mirabo::nodeText(*m_node.get()).toHtmlEscaped()
+                          + " stands nowhere that it can be taken out of."});
+}
+
+bool SoTreeDisableNodeCommand::enable()
+{
+    if (!view() || !m_saved)
+        return refuse({mirabo::Refusal::Kind::Warning, boxTitle(),
+                       mirabo::nodeText(*m_node.get()).toHtmlEscaped()
+                           + " has no place that it can be put back to."});
+    m_others = {};
+    for (const SoTreeViewItem* row : view()->itemsOf(m_node.get()))
+        if (row->isDisabledNode())
+            m_others.addGreyRows(row->parentItem(), m_node.get());
+    mirabo::SavedLinks put;
+    if (!mirabo::enableNode(*view(), *m_saved, &put))
         return false;
-    (disable ? m_whileEnabled : m_whileDisabled) = std::move(leaving);
-    const mirabo::TreeState& arriving = disable ? m_whileDisabled : m_whileEnabled;
-    if (arriving.isKnown())
-        arriving.restore(*m_view);
-    else if (!disable)
-        others.restoreGreyRows(*m_view);
+    m_put.clear();
+    for (const mirabo::ParentLink& link : put.links)
+        m_put.push_back({mirabo::KeptNode(link.parent.get()), link.index});
+    m_saved.reset(); // it shows in the reference counts
     return true;
+}
+
+/// The node has come back to where its row stood among other grey ones.
+SoTreeViewItem* SoTreeDisableNodeCommand::arrived(SoMiraboTreeView& view)
+{
+    if (!m_disable)
+        m_others.restoreGreyRows(view);
+    return nullptr;
 }

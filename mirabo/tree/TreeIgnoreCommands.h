@@ -1,50 +1,57 @@
 #pragma once
 
-#include "mirabo/extender/MrbCommand.h"
-#include "mirabo/tree/RowState.h"
 #include "mirabo/tree/TreeContext.h"
-
-#include <QPointer>
+#include "mirabo/tree/TreeEditCommand.h"
 
 #include <memory>
+#include <vector>
 
 class SoField;
-class SoMiraboTreeView;
 
 /// What "Set Ignored/Enable" does, undoably.
 
 /// Turns the ignore flag of a node's field around.
-class SoTreeIgnoreFieldCommand final : public MrbCommand {
+class SoTreeIgnoreFieldCommand final : public mirabo::TreeEditCommand {
 public:
-    explicit SoTreeIgnoreFieldCommand(SoField* field);
-
-    bool execute() override;
-    void undo() override { execute(); }
-    void redo() override { execute(); }
+    /// The field is one of a node.
+    SoTreeIgnoreFieldCommand(SoMiraboTreeView* view, const SoField* field);
 
 private:
-    SoField* m_field;          // Not owned; its container keeps it.
-    SoRef<SoNode> m_container; ///< null for a field that is none of a node
+    bool apply() override;
+    bool revert() override { return apply(); }
+    void visitNodes(const std::function<void(mirabo::KeptNode&)>& visit) override;
+    const char* boxTitle() const override { return "Mirabo Ignore Field"; }
+
+    mirabo::KeptNode m_container;
+    SbName m_name; ///< the field itself may be taken from its node and come again
 };
 
 /// Takes a node out of the graph, leaving its rows grey, or puts it back.
-class SoTreeDisableNodeCommand final : public MrbCommand {
+///
+/// Keeps references only while the node is out.
+class SoTreeDisableNodeCommand final : public mirabo::TreeEditCommand {
 public:
     SoTreeDisableNodeCommand(SoMiraboTreeView* view, SoNode* node, bool disable);
 
-    /// False when the node has no place that it can be taken out of or put back to.
-    bool execute() override { return apply(m_disable); }
-    void undo() override { apply(!m_disable); }
-    void redo() override { apply(m_disable); }
-
 private:
-    bool apply(bool disable);
+    /// A place that enabling has put the node into.
+    struct Place {
+        mirabo::KeptNode parent;
+        int index;
+    };
 
-    QPointer<SoMiraboTreeView> m_view;
-    SoRef<SoNode> m_node;
-    std::shared_ptr<const mirabo::SavedLinks> m_saved; ///< null: it never was out
-    mirabo::SavedLinks m_put;                          ///< where enabling has put it
+    bool apply() override { return m_disable ? disable() : enable(); }
+    bool revert() override { return m_disable ? enable() : disable(); }
+    void visitNodes(const std::function<void(mirabo::KeptNode&)>& visit) override { visit(m_node); }
+    void noteRows(mirabo::TreeState& state, bool forward) const override;
+    SoTreeViewItem* arrived(SoMiraboTreeView& view) override;
+    const char* boxTitle() const override { return m_disable ? "Mirabo Disable" : "Mirabo Enable"; }
+    bool disable();
+    bool enable();
+
+    mirabo::KeptNode m_node;
+    std::shared_ptr<const mirabo::SavedLinks> m_saved; ///< while it is out
+    std::vector<Place> m_put;
     bool m_disable;
-    mirabo::TreeState m_whileEnabled;
-    mirabo::TreeState m_whileDisabled;
+    mirabo::TreeState m_others; ///< where other grey rows stood when the node came back first
 };

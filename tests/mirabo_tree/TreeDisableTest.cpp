@@ -16,10 +16,11 @@ class TreeDisableTest : public TreeTest {
 protected:
     TreeDisableTest()
     {
-        QObject::connect(&view, &SoMiraboTreeView::commandReady, &view, [this](MrbCommand* made) {
-            command.reset(made);
-            executed = command->execute();
-        });
+        QObject::connect(&view, &SoMiraboTreeView::commandReady, &view,
+                         [this](mirabo::TreeEditCommand* made) {
+                             command.reset(made);
+                             executed = command->execute();
+                         });
     }
     void ignoreEnable(SoTreeViewItem* item)
     {
@@ -27,7 +28,7 @@ protected:
         view.ignoreEnable();
     }
 
-    std::unique_ptr<MrbCommand> command;
+    std::unique_ptr<mirabo::TreeEditCommand> command;
     bool executed = false;
 };
 

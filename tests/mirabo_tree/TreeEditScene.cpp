@@ -39,9 +39,10 @@ EditedTree::EditedTree(SoMiraboTreeView& view)
         if (!stack.isBusy())
             stack.clear();
     });
-    QObject::connect(&view, &SoMiraboTreeView::commandReady, &editor, [this](MrbCommand* command) {
-        editor.push(std::unique_ptr<MrbCommand>(command));
-    });
+    QObject::connect(&view, &SoMiraboTreeView::commandReady, &editor,
+                     [this](mirabo::TreeEditCommand* command) {
+                         editor.run(std::unique_ptr<mirabo::TreeEditCommand>(command));
+                     });
     QObject::connect(&view, &SoMiraboTreeView::deleteRequested, &editor,
                      [this] { editor.deleteCurrent(); });
     QObject::connect(&view, &SoMiraboTreeView::moveRequested, &editor,
