@@ -129,20 +129,20 @@ QString DropGuide::hint(const SoTreeViewItem& dragged) const
         return m_plan->isIdle ? m_plan->refusal
                               : QString("%1 cannot be %2 here. %3")
                                     .arg(node, m_asReference ? "used" : "moved", m_plan->refusal);
-    const char* where = "";
+    const char* what = "";
     switch (m_plan->where) {
     case MovePlan::Where::First:
-        where = "to the front of %1";
+        what = "Move %1 to the front of %2";
         break;
     case MovePlan::Where::Behind:
-        where = "behind %1";
+        what = m_asReference ? "Use %1 behind %2 as well" : "Move %1 behind %2";
         break;
     default:
-        where = "into %1, behind its other nodes";
+        what = m_asReference ? "Use %1 in %2 as well, behind its other nodes"
+                             : "Move %1 into %2, behind its other nodes";
         break;
     }
-    QString text = QString(m_asReference ? "Use %1 %2 as well" : "Move %1 %2")
-                       .arg(node, QString(where).arg(target));
+    const QString text = QString(what).arg(node, target);
     QStringList keys;
     if (m_plan->where != MovePlan::Where::Behind)
         keys << QString("press the space bar before you drag: behind %1").arg(target);

@@ -21,6 +21,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 
 #include <algorithm>
 #include <deque>
@@ -224,7 +225,10 @@ void SoMiraboTreeView::startDrag()
     drag->setMimeData(data);
     drag->setPixmap(
         mirabo::namedIcon("drag").pixmap(iconSize().isValid() ? iconSize() : QSize(24, 24)));
+    const QPointer<SoMiraboTreeView> self(this); // the host may end the tool meanwhile
     drag.run(Qt::MoveAction);
+    if (self)
+        m_spaceHeld = false; // its release went to the drag
 }
 
 void SoMiraboTreeView::dragEnterEvent(QDragEnterEvent* event)

@@ -1,13 +1,15 @@
 #include "LaunchSupport.h"
 
-#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbServices.h"
 
 #include <QAction>
+#include <QDragMoveEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSettings>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
@@ -23,14 +25,6 @@ constexpr int kIgnored = 1;
 constexpr int kNodeName = 4;
 constexpr int kFieldName = 6;
 constexpr int kFieldValue = 7;
-
-/// Does nothing, and outlives the undo stack.
-class Nothing final : public MrbCommand {
-public:
-    bool execute() override { return true; }
-    void undo() override {}
-    void redo() override {}
-};
 
 /// Tree, node overview and field watch of the whole tool, used with mouse and keys.
 class PanelsTest : public LaunchTest {
@@ -83,20 +77,10 @@ protected:
         tabs()->currentWidget()->findChild<QPushButton*>("m_watchButton")->click();
         pass();
     }
-    /// Undoes the last step, and has the stack delete it: what is left there when it is cleared
-    /// belongs to nobody.
-    void undoForGood()
-    {
-        press("&Undo");
-        MrbServices::getInstance()->pushCommand(&m_nothing);
-        press("&Undo");
-    }
     static bool isIgnored(const QString& field)
     {
         return !row(fields(), field)->icon(kIgnored).isNull();
     }
-
-    Nothing m_nothing;
 };
 
 TEST_F(PanelsTest, IgnoresOrDisablesWhatWasSelectedLast)
@@ -132,7 +116,33 @@ TEST_F(PanelsTest, IgnoresOrDisablesWhatWasSelectedLast)
     clickNode("Cube");
     press(ignore);
     EXPECT_FALSE(isIgnored("depth"));
-    undoForGood();
+    press("&Undo");
+}
+
+TEST_F(PanelsTest, TellsInTheStatusBarWhatADropWouldDo)
+{
+    open();
+    QTreeWidgetItem* dragged = row(tree(), "AsciiText", 0);
+    QTreeWidgetItem* target = row(tree(), "Cube", 0)->parent();
+    click(tree(), dragged);
+    QTest::mousePress(tree()->viewport(), Qt::LeftButton, {},
+                      tree()->visualItemRect(dragged).center());
+    QMimeData data;
+    data.setText("Mirabo/Drop");
+    const QPoint point = tree()->visualItemRect(target).center();
+    QDragEnterEvent enter(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(tree()->viewport(), &enter);
+    QDragMoveEvent over(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(tree()->viewport(), &over);
+    EXPECT_TRUE(window()->statusBar()->currentMessage().startsWith(
+        "Move AsciiText into Separator, behind its other nodes"));
+    QDropEvent drop(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(tree()->viewport(), &drop);
+    QTest::mouseRelease(tree()->viewport(), Qt::LeftButton);
+    EXPECT_FALSE(window()->statusBar()->currentMessage().contains("Move AsciiText into"));
+    EXPECT_EQ(target->childCount(), 2);
+    press("&Undo");
+    EXPECT_EQ(target->childCount(), 1);
 }
 
 TEST_F(PanelsTest, DeletesInTheWatchWhileThatHasTheFocus)
