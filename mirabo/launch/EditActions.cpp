@@ -5,11 +5,11 @@
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/tree/NodeAdding.h"
-#include "mirabo/tree/SceneText.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeEditCommand.h"
 #include "mirabo/tree/TreeEditor.h"
+#include "mirabo/viewer/SceneText.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/base/SoRef.h>

@@ -108,8 +108,8 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
         [](const QString& path) { SoMiraboViewer::instance()->openDroppedFile(path); });
     registerActions();
     new DocumentActions(frame, m_tree, hub(), standalone); // the window owns it
-    new Automation(frame, m_tree); // the window owns it
-    m_tree->setFocus();            // not the box to search in
+    new Automation(frame, m_tree);                         // the window owns it
+    m_tree->setFocus();                                    // not the box to search in
     SoMiraboStateManager::setCurrentState(SoTreeViewState::kName);
 }
 

@@ -210,12 +210,16 @@ TEST_F(EditingTest, RefusesAdditionsWithTheReason)
     {
         auto errors = support::expectErrors();
         const support::RefusedWriteLock readers;
-        EXPECT_EQ(messageOf(add),
-                  "Add node: The scene cannot be edited now: another thread is reading it.");
-        tree()->setFocus();
-        EXPECT_EQ(messageOf([] { action("&Delete")->trigger(); }),
-                  "Mirabo Delete Node: The scene cannot be edited now: another thread is reading "
-                  "it.");
+        const QString why = ": The scene cannot be edited now: another thread is reading it.";
+        EXPECT_EQ(messageOf(add), "Add node" + why);
+        EXPECT_EQ(messageOf([] { action("&Delete")->trigger(); }), "Mirabo Delete Node" + why);
+        EXPECT_EQ(messageOf([] { action("&Set Ignored/Enable")->trigger(); }),
+                  "Mirabo Edit Node" + why);
+        EXPECT_EQ(messageOf([] {
+                      QTest::keyClick(tree(), Qt::Key_Down,
+                                      Qt::ControlModifier | Qt::ShiftModifier);
+                  }),
+                  "Mirabo Move Node" + why);
     }
     EXPECT_EQ(text(), before);
     EXPECT_FALSE(isEnabled("&Undo"));
@@ -276,7 +280,7 @@ TEST_F(EditingTest, OffersInTheMenuWhatTheRowAllows)
     EXPECT_TRUE(openMenuAt(QPoint(5, tree()->viewport()->height() - 5)).isEmpty());
     const QStringList cube = openMenuAt(pointOf(rowAt({0, 1})));
     EXPECT_EQ(cube.join(", ").toStdString(),
-              "Add to Node Overview, Add Node, Delete, Move, Insert..., "
+              "Add to Node Overview, Add Node, Save scene graph, Delete, Move, Insert..., "
               "Show All References, Next Reference, Previous Reference, Toggle Bookmark, "
               "Copy Path, Set Ignored/Enable, Help on Cube");
     choose("Copy Path");

@@ -1,4 +1,6 @@
-#include "mirabo/tree/SceneText.h"
+#include "mirabo/viewer/SceneText.h"
+
+#include "mirabo/viewer/ReadErrorScope.h"
 
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoNode.h>
@@ -13,31 +15,13 @@ namespace mirabo {
 
 namespace {
 
-/// Keeps the first read error of a scope, which is the cause of the others.
-class FirstReadError {
-public:
-    explicit FirstReadError(QString& text)
-        : m_text(text),
-          m_oldHandler(SoReadError::getHandlerCallback()),
-          m_oldData(SoReadError::getHandlerData())
-    {
-        SoReadError::setHandlerCallback(
-            [](const SoError* error, void* data) {
-                QString& text = static_cast<FirstReadError*>(data)->m_text;
-                if (text.isEmpty())
-                    text = QString::fromUtf8(error->getPrintedText().getString());
-            },
-            this);
-    }
-    ~FirstReadError() { SoReadError::setHandlerCallback(m_oldHandler, m_oldData); }
-    FirstReadError(const FirstReadError&) = delete;
-    FirstReadError& operator=(const FirstReadError&) = delete;
-
-private:
-    QString& m_text;
-    SoErrorCB* m_oldHandler;
-    void* m_oldData;
-};
+/// Keeps the first error, which is the cause of the others.
+void errorPosted(const SoError* error, void* data)
+{
+    QString& text = *static_cast<QString*>(data);
+    if (text.isEmpty())
+        text = QString::fromUtf8(error->getPrintedText().getString());
+}
 
 /// The only child, which needs no group around it.
 SoRef<SoNode> onlyChildOf(const SoRef<SoGroup>& group)
@@ -72,7 +56,7 @@ SoRef<SoNode> readWorld(SoInput& in)
 SoRef<SoNode> readSceneText(const QString& text, QString& problem)
 {
     problem.clear();
-    const FirstReadError error(problem);
+    const ReadErrorScope scope(&errorPosted, &problem);
     const QByteArray bytes = text.toUtf8();
     SoInput in;
     SoRef<SoNode> node;
