@@ -55,9 +55,6 @@ void TreeEditor::show(const Refusal& refusal)
 
 namespace {
 
-const QString kLockRefused =
-    QStringLiteral("The scene cannot be edited now: another thread is reading it.");
-
 /// Whether the graph has the row, as far as is known.
 bool isUsable(const SoTreeViewItem* row)
 {
@@ -75,23 +72,6 @@ QString whyNotUsable(const SoTreeViewItem* row)
 
 } // namespace
 
-bool TreeEditor::push(std::unique_ptr<MrbCommand> command)
-{
-    if (!isReady())
-        return false;
-    bool done = false;
-    bool isLocked = false;
-    {
-        // A command that is refused the lock would stay on the stack as a step that does nothing.
-        const SoWriteLock lock;
-        isLocked = static_cast<bool>(lock);
-        done = isLocked && m_owner.push(std::move(command));
-    }
-    if (!isLocked)
-        show({Refusal::Kind::Warning, "Mirabo Edit Node", kLockRefused});
-    return done;
-}
-
 bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> rows,
                      const Make& make)
 {
@@ -107,7 +87,8 @@ bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> r
             const SoWriteLock lock;
             const auto unusable = std::find_if_not(rows.begin(), rows.end(), isUsable);
             if (!lock)
-                refusal = {Refusal::Kind::Warning, title, kLockRefused};
+                refusal = {Refusal::Kind::Warning, title,
+                           "The scene cannot be edited now: another thread is reading it."};
             else if (unusable == rows.end())
                 command = make(refusal);
             else if (*unusable)

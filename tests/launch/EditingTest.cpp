@@ -214,7 +214,7 @@ TEST_F(EditingTest, RefusesAdditionsWithTheReason)
         EXPECT_EQ(messageOf(add), "Add node" + why);
         EXPECT_EQ(messageOf([] { action("&Delete")->trigger(); }), "Mirabo Delete Node" + why);
         EXPECT_EQ(messageOf([] { action("&Set Ignored/Enable")->trigger(); }),
-                  "Mirabo Edit Node" + why);
+                  "Mirabo Ignore Node" + why);
         EXPECT_EQ(messageOf([] {
                       QTest::keyClick(tree(), Qt::Key_Down,
                                       Qt::ControlModifier | Qt::ShiftModifier);

@@ -1,9 +1,9 @@
 #include "TreeTestScene.h"
 
 #include "mirabo/core/ActionRegistry.h"
-#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/TreeContextMenu.h"
+#include "mirabo/tree/TreeEditCommand.h"
 
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
@@ -219,7 +219,7 @@ TEST_F(TreeInteraction, OpensTheMenuForEnabledRowsOnly)
     EXPECT_FALSE(openAt(QPoint(5, view.viewport()->height() - 5))) << "below the rows";
     EXPECT_TRUE(openAt(pointOf(row(cube))));
     EXPECT_EQ(view.getCurrentNode(), cube);
-    QObject::connect(&view, &SoMiraboTreeView::commandReady, [](MrbCommand* command) {
+    QObject::connect(&view, &SoMiraboTreeView::commandReady, [](mirabo::TreeEditCommand* command) {
         command->execute();
         delete command;
     });
