@@ -94,6 +94,7 @@ void SoFieldWatch::updateNodeNames()
 
 void SoFieldWatch::fieldSelectionChanged()
 {
+    const mirabo::RowKeeper::Scope announcing(keeper());
     Q_EMIT rowChosen(currentItem());
 }
 
@@ -103,7 +104,10 @@ void SoFieldWatch::deleteCurrent()
     if (!row)
         return;
     removeFieldItem(row);
-    delete row;
+    if (keeper().isOpen())
+        keeper().keep(row);
+    else
+        delete row;
 }
 
 void SoFieldWatch::setFieldWatchState(SoMiraboState* state)

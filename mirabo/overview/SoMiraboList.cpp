@@ -48,7 +48,8 @@ QTreeView::branch:open:has-children { border: 0px; }
 
 } // namespace
 
-SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
+SoMiraboList::SoMiraboList(QWidget* parent)
+    : QTreeWidget(parent), m_keeper(*this, [](QTreeWidgetItem* row) { delete row; })
 {
     setStyles(mirabo::defaultFieldStyles());
     auto* header = new SoHeaderView(this);
@@ -70,6 +71,11 @@ SoMiraboList::SoMiraboList(QWidget* parent) : QTreeWidget(parent)
     setItemDelegate(new FieldDelegate(this));
     setAccessibleName("Fields");
     applyNaturalWidths();
+    connect(this, &QTreeWidget::currentItemChanged, this,
+            [this](QTreeWidgetItem* row, QTreeWidgetItem* previous) {
+                const mirabo::RowKeeper::Scope announcing(m_keeper);
+                Q_EMIT currentRowChanged(row, previous);
+            });
     connect(header, &QHeaderView::sectionResized, this,
             [this](int column, int, int width) { widthChosen(column, width); });
 }
@@ -89,11 +95,30 @@ SoNode* SoMiraboList::twinOf(const SoNode* node)
     return twin.get();
 }
 
+void SoMiraboList::clearRows()
+{
+    m_keeper.rowsAboutToChange();
+    m_nodes.clear(); // once for all rows
+    if (!m_keeper.isOpen()) {
+        clear();
+        return;
+    }
+    selectionModel()->clear();
+    while (topLevelItemCount() > 0)
+        m_keeper.keep(takeRow(0));
+}
+
+SoFieldItem* SoMiraboList::takeRow(int row)
+{
+    auto* taken = static_cast<SoFieldItem*>(takeTopLevelItem(row));
+    taken->leaveList();
+    return taken;
+}
+
 void SoMiraboList::setNode(SoNode* node)
 {
     const mirabo::GraphReading graph;
-    m_nodes.clear(); // once for all rows
-    clear();
+    clearRows();
     if (!node || !graph)
         return;
     setUpdatesEnabled(false);
@@ -252,7 +277,8 @@ void SoMiraboList::removeFieldItem(QTreeWidgetItem* item)
     const int row = indexOfTopLevelItem(item);
     if (row < 0)
         return;
-    static_cast<SoFieldItem*>(takeTopLevelItem(row))->leaveList();
+    m_keeper.rowsAboutToChange();
+    takeRow(row);
 }
 
 void SoMiraboList::rowChanged(SoFieldItem* item)

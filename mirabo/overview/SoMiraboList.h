@@ -3,6 +3,7 @@
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
 #include "mirabo/core/GraphFollower.h"
 #endif
+#include "mirabo/core/RowKeeper.h"
 #include "mirabo/preferences/TextStyle.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -132,6 +133,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void columnWidthChanged(int column, int newWidth);
+    /// Another row is current. Receivers may let rows go, this one as well.
+    void currentRowChanged(QTreeWidgetItem* row, QTreeWidgetItem* previous);
     /// The row that is current already was clicked, or the keyboard came to it.
     void rowPicked(QTreeWidgetItem* row);
     /// The keyboard focus came here.
@@ -141,6 +144,8 @@ Q_SIGNALS:
     void fieldDied(const SoField* field);
 
 protected:
+    /// To be open while somebody is told of the current row.
+    mirabo::RowKeeper& keeper() { return m_keeper; }
     /// An entry for every column, which opens and closes it.
     void addColumnActions(QMenu* menu);
     void restoreColumnWidths(const QString& group);
@@ -176,6 +181,8 @@ private:
         int natural;
     };
 
+    void clearRows();
+    SoFieldItem* takeRow(int row);
     void setUpColumns();
     void applyNaturalWidths();
     /// Columns that nobody gave a width shrink with the list; the value takes what is left over.
@@ -196,6 +203,7 @@ private:
     void repaintRows();
     bool moveByKey(int key);
 
+    mirabo::RowKeeper m_keeper;
     QColor m_defaultColor;
     QColor m_changedColor;
     QFont m_defaultFont;

@@ -61,7 +61,7 @@ void SoTabNodeOverview::addCloseButton(SoNodeOverview* added)
 void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
 {
     SoNodeOverviewList* list = added->getList();
-    connect(list, &QTreeWidget::currentItemChanged, this, &SoTabNodeOverview::currentRowChanged);
+    connect(list, &SoMiraboList::currentRowChanged, this, &SoTabNodeOverview::currentRowChanged);
     connect(list, &SoMiraboList::rowPicked, this,
             [this](QTreeWidgetItem* row) { Q_EMIT currentRowChanged(row, row); });
     connect(list, &SoMiraboList::columnWidthChanged, this,

@@ -65,10 +65,13 @@ SoMiraboTreeView::PatchScope::~PatchScope()
         m_view.m_topology->requestUpdate();
 }
 
-SoMiraboTreeView::SoMiraboTreeView(QWidget* parent) : QTreeWidget(parent)
+SoMiraboTreeView::SoMiraboTreeView(QWidget* parent)
+    : QTreeWidget(parent),
+      m_keeper(*this, [](QTreeWidgetItem* row) { mirabo::destroyRows(asItem(row)); })
 {
     registerArgumentTypes();
     m_context.readEnvironment();
+    m_context.keeper = &m_keeper;
     m_patcher = std::make_unique<mirabo::TreePatcher>(*this);
     m_openBranches = std::make_unique<mirabo::OpenBranches>(*this);
     m_topology = std::make_unique<SoGraphTopologyManager>(this);
@@ -221,6 +224,7 @@ SoTreeViewItem* SoMiraboTreeView::rootItem() const
 
 void SoMiraboTreeView::rowsAboutToChange()
 {
+    m_keeper.rowsAboutToChange();
     // With a layout pending the view does nothing of its own for each row.
     scheduleDelayedItemsLayout();
     graphChanged();
@@ -256,6 +260,7 @@ void SoMiraboTreeView::graphChanged()
 void SoMiraboTreeView::clearRows()
 {
     m_openBranches->restore();
+    m_keeper.rowsAboutToChange();
     m_context.bookmarks.clear();
     m_context.index.beginDiscard();
     while (topLevelItemCount() > 0)

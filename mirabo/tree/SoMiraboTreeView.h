@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mirabo/core/Panels.h"
+#include "mirabo/core/RowKeeper.h"
 #include "mirabo/tree/TreeContext.h"
 
 #include <kalmyr/base/SoRef.h>
@@ -241,7 +242,8 @@ private:
     bool isUserBusy() const;
 
     mirabo::TreeContext m_context; // First: rows use it until the last is gone.
-    SoNode* m_root = nullptr;      // Not owned; the host's or the document's.
+    mirabo::RowKeeper m_keeper;
+    SoNode* m_root = nullptr; // Not owned; the host's or the document's.
     std::unique_ptr<mirabo::TreePatcher> m_patcher;
     std::unique_ptr<mirabo::OpenBranches> m_openBranches;
     std::unique_ptr<SoGraphTopologyManager> m_topology;

@@ -87,6 +87,12 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
 
 SoTreeViewItem::~SoTreeViewItem()
 {
+    leave();
+}
+
+/// Everything that knows the row forgets it.
+void SoTreeViewItem::leave()
+{
     m_disabled = true;
     for (SoTreeViewItem** kept : m_context->remembered())
         if (*kept == this)
@@ -99,6 +105,27 @@ SoTreeViewItem::~SoTreeViewItem()
         m_context->index.remove(this);
     if (m_bookmarked)
         m_context->bookmarks.rowDies(this, m_node, !m_context->index.contains(m_node));
+    m_putAside = m_indexed = m_bookmarked = false;
+}
+
+void SoTreeViewItem::leaveTree()
+{
+    std::vector<SoTreeViewItem*> open{this};
+    while (!open.empty()) {
+        SoTreeViewItem* item = open.back();
+        open.pop_back();
+        item->leave();
+        item->m_dead = true;
+        item->m_sourceField = nullptr;
+        item->m_partInfo.reset();
+        for (int i = 0; i < item->childCount(); ++i)
+            open.push_back(item->childItem(i));
+    }
+}
+
+mirabo::RowKeeper* SoTreeViewItem::keeper() const
+{
+    return m_context->keeper;
 }
 
 void* SoTreeViewItem::operator new(std::size_t size)

@@ -17,6 +17,7 @@ class SoNode;
 
 namespace mirabo {
 class NodeIndex;
+class RowKeeper;
 struct TreeContext;
 } // namespace mirabo
 
@@ -56,6 +57,11 @@ public:
     /// Rows have memory of their own: there are millions of them.
     static void* operator new(std::size_t size);
     static void operator delete(void* row);
+
+    /// For rows that outlive their place in the tree: as after the death of their nodes, and
+    /// nobody remembers them.
+    void leaveTree();
+    mirabo::RowKeeper* keeper() const;
 
     /// Null past the end.
     virtual SoTreeViewItem* childItem(int n) const
@@ -146,6 +152,7 @@ private:
     QVariant decoration(int column) const;
     QVariant foreground(int column) const;
     bool hasFieldNodeFont() const;
+    void leave();
     void setIndexed(bool on);
     bool isNumberedIn(const SoTreeViewItem* above) const;
     void numberChildrenUpTo(const SoTreeViewItem* item) const;

@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeBuilder.h"
 
+#include "mirabo/core/RowKeeper.h"
 #include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
@@ -96,6 +97,11 @@ std::vector<PlacedNode> TreeBuilder::placesBelow(const SoNode* node)
 
 void destroyRows(SoTreeViewItem* top)
 {
+    if (RowKeeper* keeper = top->keeper(); keeper && keeper->isOpen()) {
+        top->leaveTree();
+        keeper->keep(top);
+        return;
+    }
     const std::vector<SoTreeViewItem*> cuts = cutsBelow(top);
     // From below, so that no row is walked through twice.
     for (auto at = cuts.rbegin(); at != cuts.rend(); ++at)

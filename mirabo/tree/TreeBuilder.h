@@ -26,7 +26,8 @@ private:
     std::vector<PlacedNode> m_places;
 };
 
-/// Deletes rows that are in no view, however deep they reach.
+/// Deletes rows that are in no view, however deep they reach; later, when their view is announcing
+/// its current row.
 void destroyRows(SoTreeViewItem* top);
 
 } // namespace mirabo

@@ -17,6 +17,8 @@ class SoTreeViewItem;
 
 namespace mirabo {
 
+class RowKeeper;
+
 /// What the rows of one tree share. Outlives all of them.
 struct TreeContext {
     NodeIndex index;
@@ -44,6 +46,9 @@ struct TreeContext {
 
     /// Open branches that the view was made to forget for a while.
     std::unordered_set<SoTreeViewItem*> putAside;
+
+    /// Takes over the rows that go while the current row is being announced.
+    RowKeeper* keeper = nullptr; // Not owned; the view's.
 
     Bookmarks bookmarks;
 

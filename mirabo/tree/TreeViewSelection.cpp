@@ -57,6 +57,7 @@ void SoMiraboTreeView::selectChange(QTreeWidgetItem* item, QTreeWidgetItem*)
     m_userChose = true;
     m_context.toShow = nullptr;
     choose(asItem(item));
+    const mirabo::RowKeeper::Scope announcing(m_keeper);
 }
 
 /// The panels hear of the current row in the next pass.

@@ -420,6 +420,41 @@ TEST_F(MiraboListTest, FindsUpdatesAndRemovesRows)
     EXPECT_EQ(value(list, "number"), "1.5");
 }
 
+TEST_F(MiraboListTest, BearsThatRowsGoWhileTheCurrentOneIsAnnounced)
+{
+    List list;
+    list.setNode(m_probe.get());
+    list.show();
+    const SoRef<SoCone> cone(new SoCone);
+    const std::function<void()> choices[] = {
+        [&] { list.setCurrentItem(list.topLevelItem(1)); },
+        [&] { list.chooseRow(list.topLevelItem(1)); },
+        [&] { QTest::keyClick(&list, Qt::Key_PageDown); },
+        [&] {
+            QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                              list.visualItemRect(list.topLevelItem(1)).center());
+        },
+    };
+    for (const auto& choose : choices) {
+        list.setNode(m_probe.get());
+        list.chooseRow(list.topLevelItem(0));
+        const auto connection =
+            QObject::connect(&list, &List::currentRowChanged, &list,
+                             [&](const QTreeWidgetItem* current, const QTreeWidgetItem*) {
+                                 if (!current)
+                                     return; // the list is being cleared
+                                 list.setNode(cone.get());
+                                 EXPECT_FALSE(current->treeWidget());
+                             });
+        choose();
+        QObject::disconnect(connection);
+        EXPECT_TRUE(row(list, "bottomRadius"));
+        list.setNode(m_probe.get()); // tracks what is left of the indices
+        QCoreApplication::processEvents();
+        EXPECT_EQ(list.topLevelItemCount(), 8);
+    }
+}
+
 TEST_F(MiraboListTest, KeepsWhatADeadNodeSaidLast)
 {
     List shown;

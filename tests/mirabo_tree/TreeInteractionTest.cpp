@@ -19,6 +19,9 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <functional>
+#include <utility>
+
 namespace {
 
 /// A tree with its rows in sight, to be worked with mouse and keys.
@@ -67,6 +70,64 @@ protected:
 };
 
 } // namespace
+
+TEST_F(TreeInteraction, BearsThatRowsGoWhileTheirChoiceIsAnnounced)
+{
+    const SoRef<SoGroup> other(new SoGroup);
+    const SoRef<SoNode> kept[] = {SoRef<SoNode>(group), SoRef<SoNode>(cube)};
+    const std::function<void()> deeds[] = {
+        [&] { root->removeChild(cube); },
+        [&] { root->removeAllChildren(); },
+        [&] { view.setSceneGraph(other.get()); },
+        [&] {
+            view.setSceneGraph(nullptr);
+            view.setSceneGraph(root.get());
+        },
+        [&] { // a choice within the choice
+            view.setCurrentItem(row(group));
+            root->removeAllChildren();
+            view.setSceneGraph(other.get());
+        },
+    };
+    const std::function<void()> choices[] = {
+        [&] { view.setCurrentItem(row(cube)); },
+        [&] {
+            press(cube);
+            release();
+        },
+        [&] {
+            view.setCurrentItem(row(material));
+            QTest::keyClick(&view, Qt::Key_Down);
+        },
+    };
+    for (const auto& choose : choices) {
+        for (const auto& deed : deeds) {
+            root->removeAllChildren();
+            root->addChild(group);
+            root->addChild(cube);
+            view.setSceneGraph(root.get());
+            view.expandAll();
+            pass();
+            bool done = false;
+            const auto connection = QObject::connect(
+                &view, &SoMiraboTreeView::itemChosen, &view, [&](const SoTreeViewItem* item) {
+                    if (item->getNode() == cube && !std::exchange(done, true))
+                        deed();
+                });
+            choose();
+            EXPECT_TRUE(done);
+            QObject::disconnect(connection);
+            EXPECT_EQ(check(), "");
+            // The model looks at every index that it tracks when rows come and go.
+            view.setSceneGraph(other.get());
+            view.setSceneGraph(root.get());
+            pass();
+            root->insertChild(new SoCube, 0);
+            root->removeAllChildren();
+            EXPECT_EQ(check(), "");
+        }
+    }
+}
 
 TEST_F(TreeInteraction, ChoosesByMouseAndTellsTheShiftKey)
 {

@@ -1,0 +1,65 @@
+#include "mirabo/core/RowKeeper.h"
+
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <utility>
+
+namespace mirabo {
+
+RowKeeper::RowKeeper(QTreeWidget& view, Destroy* destroy) : m_view(view), m_destroy(destroy) {}
+
+RowKeeper::~RowKeeper()
+{
+    m_depth = 0;
+    destroyRows();
+}
+
+void RowKeeper::destroyRows()
+{
+    for (QTreeWidgetItem* row : std::exchange(m_rows, {}))
+        m_destroy(row);
+}
+
+void RowKeeper::keep(QTreeWidgetItem* row)
+{
+    m_rows.push_back(row);
+}
+
+void RowKeeper::enter()
+{
+    ++m_depth;
+    m_announced.emplace_back(m_view.currentIndex());
+}
+
+void RowKeeper::leave()
+{
+    --m_depth;
+    if (!m_rows.empty())
+        m_isIndexStale = true;
+    if (!isOpen() && !std::exchange(m_isReleasePending, true))
+        QTimer::singleShot(0, &m_view, [this] { release(); });
+}
+
+void RowKeeper::rowsAboutToChange()
+{
+    if (!std::exchange(m_isIndexStale, false))
+        return;
+    // The selection begins at the current row from now on, unless that is one that went.
+    const QTreeWidgetItem* item = m_view.currentItem();
+    const bool isInView = item && item->treeWidget() == &m_view;
+    static_cast<QAbstractItemView&>(m_view).setCurrentIndex(isInView ? m_view.currentIndex()
+                                                                     : QModelIndex());
+}
+
+void RowKeeper::release()
+{
+    m_isReleasePending = false;
+    if (isOpen())
+        return; // inside a loop that a listener runs; leaving the outermost scope asks again
+    m_announced.clear();
+    rowsAboutToChange();
+    destroyRows();
+}
+
+} // namespace mirabo
