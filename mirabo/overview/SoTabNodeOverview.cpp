@@ -155,8 +155,10 @@ QTreeWidgetItem* SoTabNodeOverview::currentListItem() const
 
 void SoTabNodeOverview::nodeRenamed(SoNode* node)
 {
-    for (int i = 0; i < count(); ++i)
+    for (int i = 0; i < count(); ++i) {
         overview(i)->nodeNameChanged(node);
+        showPlace(i); // names of all nodes above are part of it
+    }
 }
 
 void SoTabNodeOverview::tabClose(int index)

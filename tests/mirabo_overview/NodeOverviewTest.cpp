@@ -246,6 +246,18 @@ TEST_F(NodeOverviewTest, HidesAColumnInEveryTabAndForTheNextStart)
     EXPECT_EQ(list->columnWidth(List::FieldTypeColumn), 0);
 }
 
+TEST_F(NodeOverviewTest, NamesThePlacesAnewWhenANodeAboveIsRenamed)
+{
+    SoTabNodeOverview tabs;
+    const SoRef<SoCone> above(new SoCone);
+    tabs.setPlaceProvider([&](const SoNode*) { return QString(above->getName().getString()); });
+    tabs.currentOverview()->setNode(m_probe.get(), nullptr);
+    tabs.showTabTitle(0, {});
+    above->setName("wheel");
+    tabs.nodeRenamed(above.get());
+    EXPECT_EQ(tabs.tabToolTip(0), "wheel");
+}
+
 TEST_F(NodeOverviewTest, TellsTheTabsOfADeadNode)
 {
     SoTabNodeOverview tabs;
