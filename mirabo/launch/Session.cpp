@@ -121,6 +121,13 @@ void Session::createPanels(bool standalone)
     viewer->setUp(m_frame, standalone);
     m_tree = new SoMiraboTreeView(viewer->getTreeDock());
     viewer->getTreeDock()->setWidget(m_tree);
+    m_tree->setShowMode([] {
+        const bool outlines =
+            SoMiraboViewer::exists()
+            && SoMiraboViewer::instance()->getHighlightMode() == SoMiraboViewer::OUTLINED;
+        return outlines ? SoMiraboTreeView::ShowMode::Outline
+                        : SoMiraboTreeView::ShowMode::MakeCurrent;
+    });
     m_tree->setContextMenuExtension([](SoType type) {
         const MrbShell* shell = MrbShell::getInstance();
         return shell ? shell->contextMenusFor(type) : QList<QMenu*>();

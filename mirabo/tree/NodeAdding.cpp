@@ -122,7 +122,7 @@ void NodeAdding::add(SoNode* node)
     if (SoTreeViewItem* row = done ? rowOf(node) : nullptr) {
         if (!isBelow(row, target())) // a kit's list has a group between itself and its entries
             setTarget(row->parentItem());
-        m_tree->showItem(row);
+        m_tree->goToItem(row);
     }
     if (!self)
         return;

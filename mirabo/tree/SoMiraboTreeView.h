@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class QMenu;
@@ -71,9 +72,19 @@ public:
                                SoField* sourceField = nullptr, int index = -1);
     /// Makes everything below a row anew.
     void populate(SoTreeViewItem* item);
-    /// Makes a row current, opens its ancestors and scrolls to it. Rows that are not fresh and null
+    /// What is done about a place where the scene has changed.
+    enum class ShowMode {
+        Outline,    ///< the current row stays; the object is outlined
+        MakeCurrent ///< the tree goes there
+    };
+    /// Asked whenever something is to be shown. Without one the tree goes there.
+    void setShowMode(std::function<ShowMode()> mode) { m_showMode = std::move(mode); }
+    /// Shows a row where the scene has changed, as the mode says. Rows that are not fresh and null
     /// are ignored.
     void showItem(SoTreeViewItem* item);
+    /// Makes a row current, opens its ancestors and scrolls to it. Rows that are not fresh and null
+    /// are ignored.
+    void goToItem(SoTreeViewItem* item);
     /// Makes a row current and leaves what is closed closed. It is scrolled to in the next pass of
     /// the event loop if the rows above it are open.
     void makeCurrent(SoTreeViewItem* item);
@@ -225,6 +236,7 @@ private:
     void requestHighlight(SoTreeViewItem* item);
     void announceReferences();
     void showWhatChanged();
+    bool outlinesChanges() const { return m_showMode && m_showMode() == ShowMode::Outline; }
     void scrollToCurrent();
     void forgetDisabledNodes();
     void tellNames();
@@ -251,7 +263,8 @@ private:
     std::unique_ptr<mirabo::DropGuide> m_dropGuide;
     const SoNode* m_markedNode = nullptr; ///< only compared
     std::vector<const SoNode*> m_renamed; ///< in this pass of the event loop; only compared
-    SoRef<SoNode> m_nextRoot;             ///< to be shown when the graph may be looked at
+    std::function<ShowMode()> m_showMode;
+    SoRef<SoNode> m_nextRoot; ///< to be shown when the graph may be looked at
     int m_patchDepth = 0;
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;

@@ -160,7 +160,7 @@ void TreeNavigator::goTo(SoTreeViewItem* row)
     if (!row)
         return;
     if (row->isFresh()) {
-        m_tree->showItem(row);
+        m_tree->goToItem(row);
         return;
     }
     m_tree->scrollToItem(row);

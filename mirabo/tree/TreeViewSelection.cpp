@@ -55,9 +55,10 @@ void SoMiraboTreeView::selectChange(QTreeWidgetItem* item, QTreeWidgetItem*)
     }
     m_pressChose = true;
     m_userChose = true;
+    m_topology->requestUpdate(); // with the next pass that is over
     m_context.toShow = nullptr;
-    choose(asItem(item));
     const mirabo::RowKeeper::Scope announcing(m_keeper);
+    choose(asItem(item));
 }
 
 /// The panels hear of the current row in the next pass.
@@ -95,8 +96,14 @@ void SoMiraboTreeView::choose(SoTreeViewItem* item)
 void SoMiraboTreeView::onItemClicked(QTreeWidgetItem* item, int)
 {
     // A click on the row that was current already: it may ask for a tab of its own.
-    if (!m_pressChose)
-        Q_EMIT itemChosen(asItem(item), QApplication::keyboardModifiers() & Qt::ShiftModifier);
+    if (!m_pressChose) {
+        m_context.chosen = asItem(item);
+        if (isInGraph(m_context.chosen))
+            requestHighlight(m_context.chosen); // something else may be outlined
+        if (m_context.chosen)
+            Q_EMIT itemChosen(std::exchange(m_context.chosen, nullptr),
+                              QApplication::keyboardModifiers() & Qt::ShiftModifier);
+    }
     m_pressChose = true;
 }
 
@@ -123,6 +130,14 @@ void SoMiraboTreeView::requestHighlight(SoTreeViewItem* item)
 }
 
 void SoMiraboTreeView::showItem(SoTreeViewItem* item)
+{
+    if (!outlinesChanges())
+        goToItem(item);
+    else if (item && item->isFresh() && isInGraph(item))
+        requestHighlight(item);
+}
+
+void SoMiraboTreeView::goToItem(SoTreeViewItem* item)
 {
     if (!item || !item->isFresh())
         return;
@@ -164,12 +179,18 @@ void SoMiraboTreeView::showWhatChanged()
 {
     SoTreeViewItem* changed = m_topology->takeChangedItem();
     SoTreeViewItem* item = std::exchange(m_context.toShow, nullptr);
-    if (changed && !m_userChose)
+    // Where the current row went another one has to be current, whatever the mode.
+    const bool outlines = !item && outlinesChanges();
+    if (changed && !m_userChose && (!item || !outlinesChanges()))
         item = changed;
     if (!item || item == currentItem() || isUserBusy())
         return;
+    if (outlines) {
+        showItem(item);
+        return;
+    }
     m_currentMoved = false;
-    showItem(item);
+    goToItem(item);
 }
 
 SoNode* SoMiraboTreeView::getCurrentNode() const
@@ -201,7 +222,7 @@ bool SoMiraboTreeView::revealNode(const SoNode* node)
     if (!m_context.index.contains(node))
         return false;
     if (getCurrentNode() != node)
-        showItem(occurrencesOf(node).front());
+        goToItem(occurrencesOf(node).front());
     return true;
 }
 
@@ -244,5 +265,5 @@ void SoMiraboTreeView::stepReference(int direction)
     std::ptrdiff_t next = direction > 0 ? 0 : count - 1;
     if (at != items.end())
         next = (at - items.begin() + direction + count) % count;
-    showItem(items[static_cast<std::size_t>(next)]);
+    goToItem(items[static_cast<std::size_t>(next)]);
 }

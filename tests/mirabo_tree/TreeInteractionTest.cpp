@@ -395,6 +395,37 @@ TEST_F(TreeInteraction, ShowsTheLastChangeOfAPass)
     EXPECT_EQ(view.getCurrentNode(), group);
 }
 
+TEST_F(TreeInteraction, OutlinesWhatChangesAndStaysWhereTheViewerOutlines)
+{
+    auto mode = SoMiraboTreeView::ShowMode::Outline;
+    view.setShowMode([&mode] { return mode; });
+    view.setCurrentItem(row(material));
+    pass();
+    std::vector<const SoNode*> outlined;
+    QObject::connect(&view, &SoMiraboTreeView::highlightRequested, &view,
+                     [&](const SoPath* path) { outlined.push_back(path->getTail()); });
+    QSignalSpy chosen(&view, &SoMiraboTreeView::itemChosen);
+    cube->width = 3;
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), material);
+    EXPECT_EQ(outlined, std::vector<const SoNode*>{cube});
+    EXPECT_EQ(chosen.size(), 0) << "the panels stay as well";
+    press(material); // a click on the current row takes the outline back
+    release();
+    EXPECT_EQ(outlined.back(), material);
+    // What the user asks for is gone to, and a current row that went is replaced.
+    view.revealNode(cube);
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    view.setCurrentItem(row(material));
+    group->removeChild(0);
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), group);
+    mode = SoMiraboTreeView::ShowMode::MakeCurrent;
+    cube->width = 4;
+    pass();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+}
+
 TEST_F(TreeInteraction, FollowsNoSteadyStreamOfChanges)
 {
     view.topologyManager().recentChanges().setQuietTime(60000);
