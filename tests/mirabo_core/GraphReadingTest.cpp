@@ -3,6 +3,7 @@
 #include "mirabo/core/GraphReading.h"
 
 #include "support/ErrorGuard.h"
+#include "support/WriteLocked.h"
 
 #include <kalmyr/io/SoWriteLock.h>
 
@@ -12,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <memory>
 #include <thread>
 
@@ -20,36 +20,9 @@ using mirabo::GraphReading;
 
 namespace {
 
-/// Edits in another thread until release() or its end.
-class Editor {
-public:
-    Editor()
-        : m_thread([this] {
-              const SoWriteLock lock;
-              m_began.count_down();
-              m_end.wait();
-          })
-    {
-        m_began.wait();
-    }
-    ~Editor() { release(); }
-    void release()
-    {
-        if (!m_thread.joinable())
-            return;
-        m_end.count_down();
-        m_thread.join();
-    }
-
-private:
-    std::latch m_began{1};
-    std::latch m_end{1};
-    std::thread m_thread;
-};
-
 TEST(GraphReading, IsRefusedWhileAnotherThreadEdits)
 {
-    Editor editor;
+    support::WriteLocked editor;
     {
         const GraphReading graph;
         EXPECT_FALSE(graph);
@@ -91,7 +64,7 @@ TEST(GraphReading, DoesPutOffWorkWhenTheEditorHasLeft)
     int runs = 0;
     QObject context;
     auto dying = std::make_unique<QObject>();
-    Editor editor;
+    support::WriteLocked editor;
     mirabo::whenReadable(&context, [&] { ++runs; });
     mirabo::whenReadable(dying.get(), [&] { runs += 100; });
     EXPECT_EQ(runs, 0);

@@ -1,4 +1,5 @@
 #include "support/ErrorGuard.h"
+#include "support/TestExtension.h"
 
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbPluginsManager.h"
@@ -13,7 +14,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -28,33 +28,17 @@ protected:
     {
         SoDB::init();
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.path());
-        qApp->setProperty("log", QStringList());
-        qApp->setProperty("failAt", QString());
-        const QString path = m_folder.filePath("MrbConfiguration.xml");
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("<configuration><plugins><loadPlugin file=\"TestEverything\"/></plugins>"
-                   "<profiles default=\"P\"><profile name=\"P\"><activeExtension "
-                   "plugin=\"TestEverything\" extension=\"Everything\"/></profile></profiles>"
-                   "</configuration>");
-        file.close();
-        qputenv("KMR_MIRABO_CONFIGURATION_FILE", path.toUtf8());
-        qputenv("KMR_MIRABO_PLUGIN_PATH", MIRABO_LIBRARY_DIR "/test-plugins");
         m_root->addChild(new SoSphere);
         SoMiraboImpl::startNode(m_root.get(), nullptr);
     }
 
-    void TearDown() override
-    {
-        SoMiraboImpl::stop();
-        qunsetenv("KMR_MIRABO_CONFIGURATION_FILE");
-        qunsetenv("KMR_MIRABO_PLUGIN_PATH");
-    }
+    void TearDown() override { SoMiraboImpl::stop(); }
 
     static SoMiraboMainFrame* frame() { return MrbShellImpl::getInstance()->getMainFrame(); }
     static QStringList log() { return qApp->property("log").toStringList(); }
 
     QTemporaryDir m_folder;
+    const support::TestExtension m_extension{m_folder};
     const SoRef<SoSeparator> m_root{new SoSeparator};
 };
 

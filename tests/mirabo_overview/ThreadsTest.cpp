@@ -2,6 +2,7 @@
 
 #include "OverviewSupport.h"
 #include "support/Passes.h"
+#include "support/WriteLocked.h"
 
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -24,39 +25,11 @@
 #include <atomic>
 #include <cstdlib>
 #include <functional>
-#include <latch>
 #include <thread>
 
 namespace {
 
 using List = SoMiraboList;
-
-/// Another thread that holds the write lock from its making until release() or its end.
-class Editor {
-public:
-    Editor()
-        : m_thread([this] {
-              const SoWriteLock lock;
-              m_began.count_down();
-              m_end.wait();
-          })
-    {
-        m_began.wait();
-    }
-    ~Editor() { release(); }
-    void release()
-    {
-        if (!m_thread.joinable())
-            return;
-        m_end.count_down();
-        m_thread.join();
-    }
-
-private:
-    std::latch m_began{1};
-    std::latch m_end{1};
-    std::thread m_thread;
-};
 
 /// Edits once in another thread, under the write lock.
 void editElsewhere(const std::function<void()>& edit)
@@ -209,7 +182,7 @@ TEST_F(PanelThreads, TheUserGoesOnWhileAnotherThreadHoldsTheLock)
     pass();
     const SoRef<Probe> other(new Probe);
     {
-        Editor editor;
+        support::WriteLocked editor;
         m_window.grab();
         EXPECT_EQ(value(*list(), "number"), "1.5") << "what it said last";
         edition.showNode(other.get(), nullptr, true);
@@ -246,7 +219,7 @@ TEST_F(PanelThreads, PanelsDieWhileAnotherThreadHoldsTheLock)
     second->showNode(m_probe.get(), nullptr, false);
     second->addFieldWatch();
     {
-        Editor editor;
+        support::WriteLocked editor;
         second.reset();
         window.reset();
     }
