@@ -11,34 +11,47 @@
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTest>
-#include <QTreeWidgetItemIterator>
+
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <fstream>
 #include <random>
 #include <thread>
 
 namespace {
 
-/// Edits of every kind, in a thread of their own, each under the write lock.
+/// Edits of every kind, in a thread of their own, each under the write lock. Without a pause, but
+/// never so far ahead of the user that he would have nothing to do with it.
 class EditingThread {
 public:
+    static constexpr int kEditsAStep = 100;
+
     EditingThread(SoSeparator* root, int edits)
         : m_root(root), m_edits(edits), m_thread([this] { run(); })
     {
     }
-    ~EditingThread() { join(); }
+    ~EditingThread()
+    {
+        m_steps = m_edits; // it waits for nobody any more
+        join();
+    }
     void join()
     {
         if (m_thread.joinable())
             m_thread.join();
     }
     bool isDone() const { return m_done; }
+    /// The user has done something.
+    void stepDone() { ++m_steps; }
 
 private:
     void run()
     {
         for (int i = 1; i <= m_edits; ++i) {
+            while (i / kEditsAStep > m_steps)
+                std::this_thread::yield();
             const SoWriteLock lock;
             edit(i);
         }
@@ -100,9 +113,20 @@ private:
     SoSeparator* m_root; // Not owned.
     int m_edits;
     std::mt19937 m_random{7};
+    std::atomic<int> m_steps{0};
     std::atomic<bool> m_done{false};
     std::thread m_thread;
 };
+
+/// Resident memory of the process in KiB; 0 where it is not known.
+int residentMemory()
+{
+    std::ifstream statm("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    statm >> total >> resident;
+    return static_cast<int>(resident * (sysconf(_SC_PAGESIZE) / 1024));
+}
 
 class SoakTest : public LaunchTest {
 protected:
@@ -168,19 +192,23 @@ protected:
 
 TEST_F(SoakTest, AnotherThreadEditsWhileTheToolIsUsed)
 {
-    const int edits = std::getenv("MIRABO_FULL") ? 1'000'000 : 100'000;
+    const int edits = std::getenv("MIRABO_FULL") ? 1'000'000 : 20'000;
     for (int i = 0; i < 30; ++i)
         scene->addChild(new SoCube);
     hooks().m_mirabo_startNode(scene.get());
     window()->resize(1400, 900);
     tree()->expandAll();
     pass();
+    RecordProperty("KiB at the start", residentMemory());
     EditingThread host(scene.get(), edits);
     int step = 0;
-    while (!host.isDone())
+    while (!host.isDone()) {
         use(step++);
+        host.stepDone();
+    }
     host.join();
     RecordProperty("steps", step);
+    RecordProperty("KiB at the end", residentMemory());
     const int expected = occurrences(scene.get());
     EXPECT_TRUE(support::passUntil([&] { return rowCount() == expected; }))
         << rowCount() << " rows for " << expected << " places";
