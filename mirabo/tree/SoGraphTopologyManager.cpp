@@ -10,6 +10,7 @@
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoNotificationWay.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoWWWInline.h>
@@ -47,14 +48,6 @@ bool concernsRows(const SoNotification& notification)
     if (notification.field && !mirabo::isNodeField(notification.field))
         return false;
     return isEdit(notification.kind) || notification.kind == SoNotification::UNSPECIFIED;
-}
-
-/// The nodes from the watched one down to the change.
-void followChain(const SoNotification& notification, std::vector<const SoNode*>& nodes)
-{
-    nodes.clear();
-    for (const auto* link = notification.chain; link; link = link->below)
-        nodes.push_back(asNode(link->container));
 }
 
 /// Asks an inline that has an address, but no content, to fetch it.
@@ -163,7 +156,17 @@ void SoGraphTopologyManager::record(const SoNotification& notification)
     m_changes.push_back(
         {notification.kind, notification.index, node, notification.child, notification.field, {}});
     if (!isAddition(notification.kind))
-        followChain(notification, m_changes.back().chain);
+        followWay(notification, m_changes.back().chain);
+}
+
+/// Fills `nodes` with those from the watched one down to the change.
+void SoGraphTopologyManager::followWay(const SoNotification& notification,
+                                       std::vector<const SoNode*>& nodes)
+{
+    kalmyr::getWay(notification, m_way);
+    nodes.clear();
+    for (SoFieldContainer* container : m_way)
+        nodes.push_back(asNode(container));
 }
 
 /// In a thread that has no business with rows.
@@ -179,7 +182,7 @@ void SoGraphTopologyManager::recordValue(const SoNotification& notification)
 {
     if (m_highlighting)
         return;
-    followChain(notification, m_lastChange);
+    followWay(notification, m_lastChange);
     requestUpdate();
 }
 
@@ -187,8 +190,9 @@ void SoGraphTopologyManager::recordValue(const SoNotification& notification)
 void SoGraphTopologyManager::recordSilences(const SoNotification& notification)
 {
     auto& unheard = m_view->context().unheard;
-    for (const auto* link = notification.chain; link; link = link->below) {
-        SoNode* node = asNode(link->container);
+    kalmyr::getWay(notification, m_way);
+    for (SoFieldContainer* container : m_way) {
+        SoNode* node = asNode(container);
         const auto at = unheard.find(node);
         if (at == unheard.end() || node->getRefCount() == 0)
             continue;

@@ -119,6 +119,7 @@ private:
     void record(const SoNotification& notification);
     void recordElsewhere(const SoNotification& notification);
     void recordValue(const SoNotification& notification);
+    void followWay(const SoNotification& notification, std::vector<const SoNode*>& nodes);
     void recordSilences(const SoNotification& notification);
     void changed();
     void compareSilences();
@@ -142,6 +143,7 @@ private:
     SoNode* m_attached = nullptr; // Not owned; forgotten when it dies.
     std::vector<Change> m_changes;
     std::vector<Silence> m_silences;
+    std::vector<SoFieldContainer*> m_way;    ///< of the change that is recorded
     std::vector<const SoNode*> m_lastChange; ///< down to the node; only compared
     RecentChanges m_recent;
     std::vector<SoRef<SoNode>> m_toFetch;

@@ -3,6 +3,7 @@
 #include "FieldsSupport.h"
 
 #include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoNotificationWay.h>
 
 #include <algorithm>
 #include <map>
@@ -76,12 +77,24 @@ TEST_F(WalkTest, AChainThatNobodyLooksAtIsBuiltInLinearTime)
 
     Listener listener;
     top->addAuditor(&listener, SoAuditor::SENSOR);
+    EXPECT_EQ(visitsOfAChange(), kLength + 1) << "somebody listens";
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(visitsOfAChange(), kLength + 1) << "somebody listens";
-    EXPECT_EQ(listener.take(), 3);
+        EXPECT_LE(visitsOfAChange(), 2) << "and those between have news already";
+    EXPECT_EQ(listener.take(), 4);
     top->removeAuditor(&listener);
     visitsOfAChange();
     EXPECT_LE(visitsOfAChange(), 2) << "nobody listens any more";
+}
+
+TEST_F(WalkTest, AChainBelowAListenerIsBuiltInLinearTime)
+{
+    constexpr int kLength = 500;
+    const SoRef<Counting> top(new Counting);
+    Listener listener;
+    top->addAuditor(&listener, SoAuditor::SENSOR);
+    EXPECT_LE(build(top.get(), kLength), 4 * kLength);
+    EXPECT_EQ(listener.take(), kLength);
+    top->removeAuditor(&listener);
 }
 
 TEST_F(WalkTest, NodesThatMustHearEverythingDo)
@@ -117,18 +130,89 @@ TEST_F(WalkTest, WhatWasBuiltApartIsHeardOnceItIsPutBelowAListener)
     root->removeAuditor(&listener);
 }
 
+TEST_F(WalkTest, WhatComesSilentlyBelowANodeThatMustHearIsHeard)
+{
+    /// Must hear of everything below it, and counts that.
+    class Hearing : public Holder {
+    public:
+        int calls = 0;
+
+    protected:
+        ~Hearing() override = default;
+        bool noteChange(const SoNotification&) override
+        {
+            ++calls;
+            return true;
+        }
+    };
+    const SoRef<Counting> part(new Counting);
+    build(part.get(), 10);
+    const SoRef<Hearing> holder(new Hearing);
+    holder->part.initValue(part.get());
+    m_bottom->touch();
+    EXPECT_EQ(holder->calls, 1);
+    const SoRef<Hearing> other(new Hearing);
+    other->parts.enableNotify(false);
+    const SoRef<Counting> second(new Counting);
+    build(second.get(), 10);
+    other->parts.addNode(second.get());
+    m_bottom->touch();
+    EXPECT_EQ(other->calls, 1);
+}
+
+/// Hears what a listener at a node hears, and checks the way that is told along.
+class WayListener final : public SoAuditor {
+public:
+    explicit WayListener(const SoNode* node) : m_node(node) {}
+    void auditedChanged(SoNotification& notification) override
+    {
+        ++m_changes;
+        std::vector<SoFieldContainer*> way;
+        kalmyr::getWay(notification, way);
+        ASSERT_FALSE(way.empty());
+        EXPECT_EQ(way.front(), m_node);
+        EXPECT_EQ(way.back(), notification.container);
+        for (std::size_t i = 1; i < way.size(); ++i)
+            EXPECT_TRUE(holds(way[i - 1], way[i])) << i;
+    }
+    int take() { return std::exchange(m_changes, 0); }
+
+    static bool holds(const SoFieldContainer* holder, const SoFieldContainer* held)
+    {
+        const auto fields = holder->getFields();
+        return std::any_of(fields.begin(), fields.end(), [held](const SoField* field) {
+            if (field->isOfType(SoSFNode::getClassTypeId()))
+                return static_cast<const SoSFNode*>(field)->getValue() == held;
+            return field->isOfType(SoMFNode::getClassTypeId())
+                   && static_cast<const SoMFNode*>(field)->find(static_cast<const SoNode*>(held))
+                          >= 0;
+        });
+    }
+
+private:
+    const SoNode* m_node;
+    int m_changes = 0;
+};
+
 /// Random edits, listeners, silence and questions; after each change, whoever is above must have
-/// heard of it.
+/// heard of it. Few nodes, held in all ways, or a chain of many, edited here and there.
+enum class Graph { TANGLED, DEEP };
+
 class RandomWalks {
 public:
-    explicit RandomWalks(unsigned seed) : m_random(seed)
+    RandomWalks(unsigned seed, Graph graph)
+        : m_isDeep(graph == Graph::DEEP), m_count(m_isDeep ? 60 : 14), m_random(seed)
     {
-        for (int i = 0; i < kNodes; ++i) {
-            if (i % 3)
+        for (int i = 0; i < m_count; ++i) {
+            if (!m_isDeep && i % 3)
                 m_nodes.emplace_back(new Holder);
+            else if (i % 20 == 9)
+                m_nodes.emplace_back(m_hearing.emplace_back(new HearingBound));
             else
                 m_nodes.emplace_back(new Bound);
             m_ids.push_back(m_nodes.back()->getNodeId());
+            if (m_isDeep && i > 0)
+                nodeAt(i - 1)->getChildren()->append(nodeAt(i));
         }
     }
     ~RandomWalks()
@@ -141,14 +225,13 @@ public:
 
     void step()
     {
-        const int above = pick(kNodes - 1);
-        SoNode* holder = m_nodes[static_cast<std::size_t>(above)].get();
-        SoNode* below =
-            m_nodes[static_cast<std::size_t>(above + 1 + pick(kNodes - above - 1))].get();
-        switch (pick(8)) {
+        const int above = pick(m_count - 1);
+        SoNode* holder = nodeAt(above);
+        const int further = m_isDeep && pick(4) ? 0 : pick(m_count - above - 1);
+        switch (pick(m_isDeep ? 40 : 8)) {
         case 0:
         case 1:
-            edit(holder, below);
+            edit(holder, nodeAt(above + 1 + further));
             break;
         case 2:
             toggleListener(holder);
@@ -166,24 +249,38 @@ public:
         default:
             break;
         }
-        change(m_nodes[static_cast<std::size_t>(pick(kNodes))].get());
+        change(nodeAt(pick(3) ? m_count - 1 - pick(4) : pick(m_count)));
     }
 
 private:
-    static constexpr int kNodes = 14;
+    /// Must hear of everything below it.
+    class HearingBound final : public Bound {
+    public:
+        bool take() { return std::exchange(m_heard, false); }
+
+    private:
+        ~HearingBound() override = default;
+        bool noteChange(const SoNotification&) override { return m_heard = true; }
+        bool m_heard = false;
+    };
 
     int pick(int count) { return static_cast<int>(m_random() % static_cast<unsigned>(count)); }
+    SoNode* nodeAt(int i) const { return m_nodes[static_cast<std::size_t>(i)].get(); }
 
     void edit(SoNode* holder, SoNode* below)
     {
         if (auto* list = holder->getChildren()) {
             const int at = list->find(below);
-            if (pick(3) == 0 && list->getLength() > 0)
+            if (m_isDeep && at >= 0 && pick(3)) {
+                list->remove(at); // and comes back
+                list->append(below);
+            } else if (pick(3) == 0 && list->getLength() > 0) {
                 list->remove(pick(list->getLength()));
-            else if (at >= 0 && pick(2))
+            } else if (at >= 0 && pick(2)) {
                 list->set(at, m_nodes.back().get());
-            else
+            } else {
                 list->insert(below, pick(list->getLength() + 1));
+            }
             return;
         }
         auto* fields = static_cast<Holder*>(holder);
@@ -198,28 +295,30 @@ private:
         }
     }
 
-    template <class Listened>
-    void toggle(std::map<const Listened*, std::unique_ptr<Listener>>& all, Listened* on)
+    template <class Listened, class Hearer>
+    void toggle(std::map<const Listened*, std::unique_ptr<Hearer>>& all, Listened* on,
+                std::unique_ptr<Hearer> hearer)
     {
         const auto at = all.find(on);
         if (at != all.end()) {
             on->removeAuditor(at->second.get());
             all.erase(at);
         } else {
-            const auto& listener = all.emplace(on, std::make_unique<Listener>()).first->second;
+            const auto& listener = all.emplace(on, std::move(hearer)).first->second;
             on->addAuditor(listener.get(), SoAuditor::SENSOR);
         }
     }
     void toggleListener(SoNode* node)
     {
         if (pick(3) == 0)
-            toggle<SoNode>(m_onNodes, node);
+            toggle(m_onNodes, node, std::make_unique<WayListener>(node));
     }
     void toggleFieldListener(SoNode* node)
     {
         const auto fields = node->getFields();
         if (pick(3) == 0)
-            toggle<SoField>(m_onFields, fields[static_cast<std::size_t>(pick(int(fields.size())))]);
+            toggle(m_onFields, fields[static_cast<std::size_t>(pick(int(fields.size())))],
+                   std::make_unique<Listener>());
     }
 
     void ask()
@@ -268,6 +367,8 @@ private:
             listener->take();
         for (const auto& [on, listener] : m_onFields)
             listener->take();
+        for (HearingBound* hearing : m_hearing)
+            hearing->take();
         Reached reached;
         climb(node, reached);
         node->touch();
@@ -275,6 +376,8 @@ private:
             ASSERT_EQ(listener->take(), int(reached.told.count(on)));
         for (const auto& [on, listener] : m_onFields)
             ASSERT_EQ(listener->take() > 0, reached.fields.count(on) > 0);
+        for (HearingBound* hearing : m_hearing)
+            ASSERT_EQ(hearing->take(), reached.changed.count(hearing) > 0);
         for (std::size_t i = 0; i < m_nodes.size(); ++i)
             if (reached.changed.count(m_nodes[i].get()))
                 m_changed.insert(i);
@@ -285,18 +388,26 @@ private:
             ask(*m_changed.begin());
     }
 
+    bool m_isDeep;
+    int m_count;
     std::minstd_rand m_random;
     std::vector<SoRef<SoNode>> m_nodes; ///< each holds later ones only
-    std::vector<std::uint64_t> m_ids;   ///< as last asked
-    std::set<std::size_t> m_changed;    ///< since then
-    std::map<const SoNode*, std::unique_ptr<Listener>> m_onNodes;
+    std::vector<HearingBound*> m_hearing;
+    std::vector<std::uint64_t> m_ids; ///< as last asked
+    std::set<std::size_t> m_changed;  ///< since then
+    std::map<const SoNode*, std::unique_ptr<WayListener>> m_onNodes;
     std::map<const SoField*, std::unique_ptr<Listener>> m_onFields;
 };
 
-TEST_F(WalkTest, EveryChangeReachesAllWhoListenOrAskLater)
+class RandomWalkTest : public WalkTest, public testing::WithParamInterface<Graph> {};
+
+INSTANTIATE_TEST_SUITE_P(WalkTest, RandomWalkTest, testing::Values(Graph::TANGLED, Graph::DEEP));
+
+TEST_P(RandomWalkTest, EveryChangeReachesAllWhoListenOrAskLater)
 {
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        RandomWalks walks(seed);
+    const unsigned seeds = GetParam() == Graph::DEEP ? 50 : 200;
+    for (unsigned seed = 1; seed <= seeds; ++seed) {
+        RandomWalks walks(seed, GetParam());
         for (int i = 0; i < 150; ++i) {
             walks.step();
             if (HasFatalFailure()) {

@@ -9,6 +9,7 @@
 #include "core/ChildIndex.h"
 #include "core/LastRites.h"
 #include "core/NodeFields.h"
+#include "core/WalkMarks.h"
 #include "core/WalkStack.h"
 
 #include <algorithm>
@@ -28,6 +29,13 @@ constexpr std::size_t kLong = 256;
 /// about that time.
 constexpr std::size_t kPassedPerChild = 32;
 
+/// The reference stays for the moment.
+void part(SoChildList* list, SoNode* child)
+{
+    child->removeAuditor(list);
+    kalmyr::detail::endShortcuts(*child);
+}
+
 int findFirst(const std::vector<SoNode*>& nodes, const SoNode* child)
 {
     const auto at = std::find(nodes.begin(), nodes.end(), child);
@@ -43,7 +51,7 @@ SoChildList::~SoChildList()
     if (m_nodes.empty())
         return;
     for (SoNode* node : m_nodes)
-        node->removeAuditor(this);
+        part(this, node);
     kalmyr::detail::releaseInTurn(m_nodes);
 }
 
@@ -151,7 +159,7 @@ void SoChildList::adopt(SoNode* child)
 {
     child->ref();
     child->addAuditor(this, SoAuditor::PARENT);
-    child->joinHolder(m_parent, m_field);
+    child->joinHolder(m_parent, isFieldWatched() ? m_field : nullptr); // all are told in any case
 }
 
 void SoChildList::tell(SoNotification::Kind kind, SoNode* child, int index)
@@ -207,7 +215,7 @@ bool SoChildList::remove(int index)
     m_nodes.erase(m_nodes.begin() + index);
     if (m_beside && m_beside->index)
         m_beside->index->removed(child, index, getLength());
-    child->removeAuditor(this);
+    part(this, child);
     tellPaths(&SoPath::childRemoved, index);
     tell(SoNotification::CHILD_REMOVED, child, index);
     child->unref(); // after everybody heard of it
@@ -225,7 +233,7 @@ bool SoChildList::set(int index, SoNode* child)
     m_nodes[static_cast<std::size_t>(index)] = child;
     if (m_beside && m_beside->index)
         m_beside->index->replaced(old, child, index);
-    old->removeAuditor(this);
+    part(this, old);
     tellPaths(&SoPath::childReplaced, index);
     tell(SoNotification::CHILD_REPLACED, child, index);
     old->unref();
@@ -254,7 +262,7 @@ bool SoChildList::assign(const std::vector<SoNode*>& children)
     m_nodes = children;
     dropIndex();
     for (SoNode* node : gone)
-        node->removeAuditor(this);
+        part(this, node);
     tellPaths(&SoPath::childrenChanged, -1);
     tell(SoNotification::ALL_REMOVED, nullptr, -1);
     for (SoNode* node : gone)

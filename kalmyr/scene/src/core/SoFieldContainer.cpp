@@ -8,6 +8,7 @@
 
 #include "core/DeathObservers.h"
 #include "core/FieldText.h"
+#include "core/WalkMarks.h"
 #include "fields/NodeHolding.h"
 
 #include <memory>
@@ -19,8 +20,7 @@ namespace {
 
 SoType s_containerType;
 
-/// Bit of the node flags: observers know that this keeps changes to itself.
-constexpr std::uint8_t kToldOfSilence = 0x80;
+using kalmyr::detail::WalkMarks;
 
 /// Switches a container's notification off for a scope.
 class QuietScope {
@@ -226,7 +226,7 @@ bool SoFieldContainer::enableNotify(bool on)
 {
     const bool was = m_notifyEnabled;
     if (was && !on)
-        m_nodeFlags = static_cast<std::uint8_t>(m_nodeFlags & ~kToldOfSilence);
+        WalkMarks::set(*this, WalkMarks::kToldOfSilence, false);
     m_notifyEnabled = on;
     if (on != was)
         SoNotification::repeatWalks(); // those that ended here meanwhile, or will end here now
@@ -243,10 +243,14 @@ void SoFieldContainer::joinHolder(SoFieldContainer* holder, const SoField* field
 {
     if (holder)
         holder->m_holds = true;
+    kalmyr::detail::endShortcuts(*this); // it has one more
     if (!isUnheard())
         return;
     const bool isWatched = field && field->getAuditors().getLength() > 0;
-    if (!isWatched && (!holder || holder->isUnheard()))
+    // A field may be set without telling a holder that must hear everything and was never asked.
+    const bool isUnknown = field && holder && !WalkMarks::has(*holder, WalkMarks::kAsked);
+    const bool isHeard = holder && (!holder->isUnheard() || isUnknown);
+    if (!isWatched && !isHeard)
         return;
     m_unheard = false;
     // Walks that begin below would end below.
@@ -268,8 +272,9 @@ void SoFieldContainer::notify(SoNotification& notification)
         return;
     m_changeId = notification.stamp;
     if (!m_notifyEnabled) {
-        if (!(m_nodeFlags & kToldOfSilence) && kalmyr::detail::tellObserversOfUnheardChange(this))
-            m_nodeFlags |= kToldOfSilence;
+        if (!WalkMarks::has(*this, WalkMarks::kToldOfSilence)
+            && kalmyr::detail::tellObserversOfUnheardChange(this))
+            WalkMarks::set(*this, WalkMarks::kToldOfSilence);
         return;
     }
     const SoNotification::Link link{this, notification.chain};

@@ -9,6 +9,8 @@
 
 #include "core/CacheLock.h"
 #include "core/NodeFields.h"
+#include "core/WalkMarks.h"
+#include "core/WalkShortcuts.h"
 
 #include <cstddef>
 #include <memory>
@@ -122,33 +124,44 @@ SoNode::~SoNode()
 
 namespace {
 
+using kalmyr::detail::WalkMarks;
+using kalmyr::detail::WalkShortcuts;
+
+struct WalkLink : SoNotification::Link {
+    bool mustHear;    ///< the node returned true from noteChange()
+    bool hasShortcut; ///< the walk went on from the node by one
+};
+
 /// The links of a walk. Most are short; those of a deep graph are taken from the heap, since there
 /// is no end to how many there are.
 class Links {
 public:
-    const SoNotification::Link* add(SoFieldContainer* container, const SoNotification::Link* below)
+    const WalkLink* add(const WalkLink& link)
     {
         if (m_next == m_end) [[unlikely]]
             reserve();
-        *m_next = {container, below};
+        *m_next = link;
         return m_next++;
     }
+    /// Whether there are more than a walk of usual length has.
+    bool areMany() const { return !m_more.empty() || m_next > m_few + kUsual; }
 
 private:
+    static constexpr std::size_t kUsual = 12;
     static constexpr std::size_t kFew = 24;
     static constexpr std::size_t kMany = 2048;
 
     void reserve()
     {
-        m_more.push_back(std::make_unique_for_overwrite<SoNotification::Link[]>(kMany));
+        m_more.push_back(std::make_unique_for_overwrite<WalkLink[]>(kMany));
         m_next = m_more.back().get();
         m_end = m_next + kMany;
     }
 
-    SoNotification::Link m_few[kFew];
-    SoNotification::Link* m_next = m_few;
-    SoNotification::Link* m_end = m_few + kFew;
-    std::vector<std::unique_ptr<SoNotification::Link[]>> m_more;
+    WalkLink m_few[kFew];
+    WalkLink* m_next = m_few;
+    WalkLink* m_end = m_few + kFew;
+    std::vector<std::unique_ptr<WalkLink[]>> m_more;
 };
 
 /// Tells the auditors of a node. Where that is one child list and nobody else, only returns the
@@ -166,41 +179,99 @@ SoNode* tellHolders(const SoAuditorList& auditors, SoNotification& notification)
     return nullptr;
 }
 
+/// Remembers, on the way back down, where later walks may take shortcuts: up to the uppermost one
+/// of those that a walk passes without telling anybody.
+class ShortcutKeeper {
+public:
+    ShortcutKeeper(const SoNotification::Link* start, std::uint64_t stamp)
+        : m_start(start), m_stamp(stamp)
+    {
+    }
+    /// `isPassed`: somebody listens above, and only the parent, or those that it tells, at the
+    /// node.
+    void pass(const WalkLink& link, bool isPassed)
+    {
+        auto* node = static_cast<SoNode*>(link.container);
+        if (isPassed) {
+            WalkMarks::set(*node, WalkMarks::kPassed);
+            if (!m_top)
+                m_top = node;
+            else if (link.hasShortcut || isAtTheBottom(link))
+                WalkShortcuts::put(node, m_stamp, m_top);
+        }
+        if (!isPassed || link.mustHear)
+            m_top = nullptr;
+    }
+
+private:
+    /// The next change mostly happens where the last one did, or beside or below it.
+    bool isAtTheBottom(const WalkLink& link) const
+    {
+        return link.below == m_start || link.below->below == m_start;
+    }
+
+    const SoNotification::Link* m_start;
+    std::uint64_t m_stamp;
+    SoNode* m_top = nullptr;
+};
+
 } // namespace
+
+constinit thread_local std::array<WalkShortcuts::Shortcut, std::size_t{1} << WalkShortcuts::kBits>
+    WalkShortcuts::t_shortcuts{};
+
+SoFieldContainer& WalkShortcuts::asContainer(SoNode* node)
+{
+    return *node;
+}
 
 void SoNode::notify(SoNotification& notification)
 {
     Links links;
     const SoNotification::Link* const start = notification.chain;
-    const SoNotification::Link* hearing = nullptr; // the uppermost one that must hear everything
     const bool heardElsewhere = std::exchange(notification.heard, false);
-    for (SoNode* node = this; node;) {
-        const bool mustHear = node->noteChange(notification);
+    SoNode* shortcut = nullptr; // the node was reached by one
+    bool anyShortcut = false;
+    SoNode* node = this;
+    while (node) {
+        // One that a shortcut leads to has heard already of a change that came by the same child.
+        const bool mustHear = !shortcut && node->noteChange(notification);
         if (node->m_changeId == notification.stamp) {
             notification.heard = mustHear || !node->m_unheard; // it came by another way
             break;
         }
-        const bool endsHere = !mustHear && node->isUnheard();
+        WalkMarks::set(*node, WalkMarks::kAsked);
         if (mustHear && node->m_unheard)
             SoNotification::repeatWalks(); // the first time: those below take it for any other
+        const bool isFresh = !SoNotification::isRepeated(node->m_changeId);
+        if (!isFresh)
+            WalkMarks::set(*node, WalkMarks::kPassed, false); // what relied on it is out of use
+        const bool endsHere = !mustHear && isFresh && node->m_unheard;
         if (!endsHere && !node->isNotifyEnabled()) {
             node->SoFieldContainer::notify(notification); // keeps it to itself
             node->m_unheard = !mustHear;
             notification.heard = mustHear;
             break;
         }
-        node->m_changeId = notification.stamp;
+        const std::uint64_t before = std::exchange(node->m_changeId, notification.stamp);
         if (endsHere)
             break;
         node->m_unheard = false; // until it is known
-        notification.chain = links.add(node, notification.chain);
-        if (mustHear)
-            hearing = notification.chain;
-        node = tellHolders(node->getAuditors(), notification);
+        shortcut = isFresh ? WalkShortcuts::find(node, before) : nullptr;
+        anyShortcut = anyShortcut || shortcut;
+        notification.chain = links.add({{node, notification.chain}, mustHear, shortcut != nullptr});
+        node = shortcut ? shortcut : tellHolders(node->getAuditors(), notification);
     }
+    const bool isLong = anyShortcut || links.areMany();
+    bool isOnly = node; // the last one has nobody but its parent to tell
+    ShortcutKeeper keeper(start, notification.stamp);
     for (; notification.chain != start; notification.chain = notification.chain->below) {
-        notification.heard = notification.heard || notification.chain == hearing;
-        static_cast<SoNode*>(notification.chain->container)->m_unheard = !notification.heard;
+        const auto& link = static_cast<const WalkLink&>(*notification.chain);
+        notification.heard = notification.heard || link.mustHear;
+        static_cast<SoNode*>(link.container)->m_unheard = !notification.heard;
+        if (isLong)
+            keeper.pass(link, notification.heard && isOnly);
+        isOnly = true;
     }
     notification.heard = notification.heard || heardElsewhere;
 }

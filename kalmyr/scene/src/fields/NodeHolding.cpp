@@ -8,6 +8,7 @@
 #include <kalmyr/fields/SoSFNode.h>
 
 #include "core/NodeFields.h"
+#include "core/WalkMarks.h"
 
 #include <algorithm>
 
@@ -76,4 +77,10 @@ bool kalmyr::detail::mayTake(const SoField& field, const SoField& twin, SbString
     return mayHold(field, node)
            && (!holder || !holder->isOfType(SoNode::getClassTypeId())
                || static_cast<const SoNode*>(holder)->acceptsValue(field, node, why));
+}
+
+void kalmyr::detail::expectWalk(const SoField& field)
+{
+    if (SoFieldContainer* container = field.getContainer(); container && field.isNotifyEnabled())
+        WalkMarks::set(*container, WalkMarks::kAsked);
 }

@@ -14,6 +14,9 @@ bool mayHold(const SoField& field, const SoNode* node);
 /// The same for all of several.
 bool mayHoldAll(const SoField& field, std::span<SoNode* const> nodes);
 
+/// The field is about to hold other nodes, and to tell its container of it unless it is silent.
+void expectWalk(const SoField& field);
+
 /// The reader's message for that case.
 inline constexpr char kHoldsThis[] = "expected a node that does not hold this one";
 

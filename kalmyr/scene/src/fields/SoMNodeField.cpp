@@ -115,6 +115,8 @@ bool SoMNodeField::exchange(int start, int count, std::span<SoNode* const> nodes
     if (!acceptsAll(nodes)) {
         return false;
     }
+    if (!(flags() & kPulling))
+        kalmyr::detail::expectWalk(*this);
     for (SoNode* node : nodes) {
         hold(node);
     }

@@ -48,6 +48,8 @@ void SoSFFieldContainer::setValue(SoFieldContainer* container)
         return;
     }
     const SoRef<SoFieldContainer> old(m_held); // lives until everybody has heard of the change
+    if (!(flags() & kPulling))
+        kalmyr::detail::expectWalk(*this);
     initValue(container);
     valueChanged();
 }

@@ -36,6 +36,8 @@ void SoSFNode::setValue(SoNode* node)
         return;
     }
     const SoRef<SoNode> old(m_node); // lives until everybody has heard of the change
+    if (!(flags() & kPulling))
+        kalmyr::detail::expectWalk(*this);
     initValue(node);
     valueChanged();
 }

@@ -4,6 +4,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoNotificationWay.h>
 #include <kalmyr/core/SoPath.h>
 
 #include <utility>
@@ -37,8 +38,10 @@ SoRef<SoPath> pathOf(const SoNotification& notification)
 {
     SoNode* above = nullptr;
     SoRef<SoPath> path;
-    for (const auto* link = notification.chain; link; link = link->below) {
-        SoNode* node = asNode(link->container);
+    std::vector<SoFieldContainer*> way;
+    kalmyr::getWay(notification, way);
+    for (SoFieldContainer* container : way) {
+        SoNode* node = asNode(container);
         if (!node || node->getRefCount() == 0)
             continue;
         if (!path)
