@@ -177,7 +177,7 @@ void SoField::valueChanged(bool clearDefault)
     }
     if (clearDefault)
         changeFlags(kDefault | kDirty, 0); // a value that was set stays until the master changes
-    if (flags() & kQuiet)
+    if ((flags() & kQuiet) || (!m_container && !m_extra))
         return;
     SoNotification notification;
     notifyChange(notification);
