@@ -140,6 +140,7 @@ public:
             restore(at, node);
         else if (!isGone && leaf)
             delete m_top->takeChild(at);
+        settle(); // or its layout would be counted with the next edit of the other tree
         return ms;
     }
 
