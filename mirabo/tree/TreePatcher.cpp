@@ -253,10 +253,10 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
     m_view.rowsAboutToChange();
     const SbTime start = SbTime::monotonic();
     auto* taken = static_cast<SoTreeViewItem*>(item->takeChild(row));
-    m_view.openBranches().removalTook(
-        static_cast<qint64>((SbTime::monotonic() - start).getValue() * 1e9));
+    const SbTime end = SbTime::monotonic();
     destroyRows(taken);
-    rowsChanged(item, row);
+    rowsChanged(item, row); // first: it may have been the last one of an open branch
+    m_view.openBranches().removalTook(static_cast<qint64>((end - start).getValue() * 1e9));
 }
 
 void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)

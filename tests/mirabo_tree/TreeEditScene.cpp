@@ -76,3 +76,37 @@ std::string textOf(SoNode* node)
     SoWriteAction(&out).apply(node);
     return std::string(out.getText());
 }
+
+std::string lookOf(const SoMiraboTreeView& view)
+{
+    std::string look;
+    std::vector<const SoTreeViewItem*> open;
+    if (view.rootItem())
+        open.push_back(view.rootItem());
+    while (!open.empty()) {
+        const SoTreeViewItem* row = open.back();
+        open.pop_back();
+        look += row->getNode()->getTypeId().getName().getString();
+        look += row == view.currentItem() ? "*" : "";
+        look += row->isSelected() ? "#" : "";
+        look += row->isDisabledNode() ? "-" : row->childCount() > 0 && view.isOpen(row) ? "v" : ">";
+        look += std::to_string(row->childCount());
+        for (int i = row->childCount(); i-- > 0;)
+            open.push_back(row->childItem(i));
+    }
+    return look;
+}
+
+double SteppingClock::s_now = 0;
+double SteppingClock::s_step = 0;
+
+SteppingClock::SteppingClock(double seconds)
+{
+    s_step = seconds;
+    SbTime::setSource([] { return SbTime(s_now += s_step); });
+}
+
+SteppingClock::~SteppingClock()
+{
+    SbTime::setSource(nullptr);
+}

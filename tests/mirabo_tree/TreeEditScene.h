@@ -6,6 +6,7 @@
 #include "mirabo/core/UndoStack.h"
 #include "mirabo/tree/TreeEditor.h"
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/fields/SoMFUniformShaderParameter.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoWriteAction.h>
@@ -48,3 +49,20 @@ private:
 
 /// The scene as text.
 std::string textOf(SoNode* node);
+
+/// What the user sees of the tree: rows, which of them are open, and the current one.
+std::string lookOf(const SoMiraboTreeView& view);
+
+/// A clock on which so much passes from look to look: from two milliseconds on, every single
+/// removal is dear enough for the view to be made to forget its open branches.
+class SteppingClock {
+public:
+    explicit SteppingClock(double seconds);
+    ~SteppingClock();
+    SteppingClock(const SteppingClock&) = delete;
+    SteppingClock& operator=(const SteppingClock&) = delete;
+
+private:
+    static double s_now;
+    static double s_step;
+};

@@ -100,27 +100,6 @@ std::string compare(const SoTreeViewItem* row, bool isVrmlScene, LiveNodes& live
     return {};
 }
 
-/// What the user sees of the tree: rows, which of them are open, and the current one.
-std::string lookOf(const SoMiraboTreeView& view)
-{
-    std::string look;
-    std::vector<const SoTreeViewItem*> open;
-    if (view.rootItem())
-        open.push_back(view.rootItem());
-    while (!open.empty()) {
-        const SoTreeViewItem* row = open.back();
-        open.pop_back();
-        look += row->getNode()->getTypeId().getName().getString();
-        look += row == view.currentItem() ? "*" : "";
-        look += row->isSelected() ? "#" : "";
-        look += row->isDisabledNode() ? "-" : row->childCount() > 0 && view.isOpen(row) ? "v" : ">";
-        look += std::to_string(row->childCount());
-        for (int i = row->childCount(); i-- > 0;)
-            open.push_back(row->childItem(i));
-    }
-    return look;
-}
-
 /// Where two texts part.
 std::string differenceOf(const std::string& a, const std::string& b)
 {
@@ -339,6 +318,7 @@ TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
     const int commands = numberFrom("MIRABO_STORM_COMMANDS", isFull() ? 100000 : 1500);
     // 1: finds the command at fault
     const int every = numberFrom("MIRABO_STORM_EVERY", std::max(10, commands / 1000));
+    const SteppingClock clock(.0003); // removals get dear now and then
     root = nullptr;
     SoRef<SoNode> top(GetParam() ? static_cast<SoNode*>(new SoVRMLGroup) : new SoSeparator);
     std::unique_ptr<Storm> storm;

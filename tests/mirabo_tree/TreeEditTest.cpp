@@ -4,6 +4,7 @@
 #include "mirabo/tree/SoTreeAddNodeCommand.h"
 #include "mirabo/tree/SoTreeDeleteNodeCommand.h"
 #include "mirabo/tree/SoTreeMoveNodeCommand.h"
+#include "mirabo/tree/TreeIgnoreCommands.h"
 
 #include <kalmyr/fields/SoMFNode.h>
 #include <kalmyr/nodekits/SoNodeKitListPart.h>
@@ -256,6 +257,121 @@ TEST_F(TreeEdit, DeletesTheRootWithoutForgettingHow)
     edited.stack.undo();
     edited.stack.undo();
     EXPECT_EQ(wheel->getNumChildren(), 2);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeEdit, GivesBackWhichRowsWereOpen)
+{
+    const SteppingClock clock(.01);
+    auto* alone = new SoSeparator;
+    auto* only = new SoCube;
+    alone->addChild(only);
+    auto* closed = new SoSeparator;
+    closed->addChild(new SoCube);
+    auto* twice = new SoSeparator;
+    twice->addChild(new SoCube);
+    auto* holder = new FieldHolder;
+    SoNode* const values[] = {twice, nullptr, twice, nullptr, twice};
+    holder->many.setValues(values);
+    for (SoNode* node :
+         {static_cast<SoNode*>(alone), static_cast<SoNode*>(closed), static_cast<SoNode*>(holder)})
+        root->addChild(node);
+    edited.stack.clear();
+    row(alone)->setExpanded(true);
+    row(holder)->setExpanded(true);
+    row(holder)->childItem(1)->setExpanded(true);
+    pass();
+
+    std::vector<std::string> looks;
+    const auto remove = [&](SoTreeViewItem* place) {
+        view.setCurrentItem(place);
+        looks.push_back(lookOf(view));
+        ASSERT_TRUE(edited.editor.deleteRow(place));
+    };
+    remove(row(only)); // nothing is left below an open row
+    EXPECT_FALSE(view.isOpen(row(closed)));
+    remove(row(sphere));
+    remove(row(holder)->childItem(0)); // of three equal values the first; the second is open
+    EXPECT_TRUE(view.isOpen(row(holder)->childItem(0)));
+    EXPECT_FALSE(view.isOpen(row(holder)->childItem(1)));
+    pass();
+    remove(row(alone));
+    view.collapseItem(view.rootItem());
+    remove(view.rootItem());
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = looks.size(); i-- > 0;) {
+            edited.stack.undo();
+            EXPECT_EQ(lookOf(view), looks[i]) << i;
+            view.expandItem(view.rootItem()); // as it was until the last edit
+        }
+        for (std::size_t i = 1; i < looks.size(); ++i)
+            edited.stack.redo();
+        EXPECT_EQ(check(), "");
+        view.collapseItem(view.rootItem());
+        edited.stack.redo();
+        EXPECT_EQ(lookOf(view), "");
+    }
+}
+
+TEST_F(TreeEdit, GivesBackTheGreyRowsThatThereWere)
+{
+    // What hangs in a kit stands elsewhere, too: there it can be disabled, in the kit it cannot.
+    auto* kit = new SoShapeKit;
+    SoNode* part = kit->getPart("transform");
+    root->addChild(kit);
+    root->addChild(row(part)->getParentNode());
+    edited.stack.clear();
+    view.expandBelow(view.rootItem());
+    view.setCurrentItem(view.occurrencesOf(part).back());
+    view.ignoreEnable();
+    ASSERT_EQ(rowsOf(part), 1);
+    const std::string look = lookOf(view);
+    view.setCurrentItem(row(kit));
+    const std::string before = lookOf(view);
+    ASSERT_TRUE(edited.editor.deleteCurrent());
+    edited.stack.undo();
+    EXPECT_EQ(lookOf(view), before);
+    EXPECT_EQ(rowsOf(part), 1);
+    edited.stack.undo();
+    EXPECT_EQ(rowsOf(part), 2);
+    edited.stack.redo();
+    EXPECT_EQ(lookOf(view), look);
+    EXPECT_EQ(check(), "");
+}
+
+TEST_F(TreeEdit, ShowsInNoCountOfReferences)
+{
+    auto* holder = new FieldHolder;
+    holder->one = sphere;
+    root->addChild(holder);
+    edited.stack.clear();
+    const auto counts = [&] {
+        return std::vector<int>{root->getRefCount(), wheel->getRefCount(), cube->getRefCount(),
+                                sphere->getRefCount(), holder->getRefCount()};
+    };
+    const std::vector<int> before = counts();
+    view.setCurrentItem(row(cube));
+    view.ignoreEnable();
+    edited.stack.undo();
+    EXPECT_EQ(counts(), before);
+    view.setCurrentItem(row(holder)->childItem(0));
+    view.ignoreEnable();
+    EXPECT_TRUE(holder->one.isIgnored());
+    EXPECT_EQ(counts(), before);
+    ASSERT_TRUE(edited.editor.moveRow(row(cube), row(root.get()), false));
+    EXPECT_EQ(counts(), before);
+    edited.stack.undo();
+    EXPECT_EQ(counts(), before);
+
+    // So the application may delete what a command is about.
+    SoTreeIgnoreFieldCommand command(&view, &holder->one);
+    EXPECT_EQ(command.getName(), "Enable one");
+    ASSERT_TRUE(command.execute());
+    root->removeChild(holder);
+    command.undo();
+    EXPECT_TRUE(command.isDone());
+    EXPECT_EQ(command.refusal().text, "The application has deleted the node.");
+    edited.stack.undo();
     EXPECT_EQ(check(), "");
 }
 
