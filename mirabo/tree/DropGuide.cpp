@@ -157,8 +157,8 @@ void DropGuide::paint(QPainter& painter) const
     if (!m_active || !m_plan->target || m_plan->isIdle || m_view->itemAt(m_point) != m_plan->target)
         return;
     const QRect viewport = m_view->viewport()->rect();
-    QRect row = m_view->visualItemRect(m_plan->target);
     // From the icon on: the branches before it tell the level.
+    QRect row = m_view->visualRect(m_view->indexAt(m_point).siblingAtColumn(SoTreeViewItem::Type));
     row.setRight(viewport.right() - kLineWidth);
     const QColor color = m_plan->isPossible()
                              ? m_view->palette().color(QPalette::Highlight)

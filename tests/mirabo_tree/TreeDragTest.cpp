@@ -104,6 +104,7 @@ protected:
     /// What is drawn on account of a drag to that node.
     QRect markAt(const SoNode* node)
     {
+        enter();
         moveTo(node);
         const QImage with = picture();
         QDragLeaveEvent event;
@@ -227,7 +228,6 @@ TEST_F(TreeDrag, TellsWhatADropWouldRefuseAndWhy)
 TEST_F(TreeDrag, MarksThePlaceInTheTree)
 {
     press(transform);
-    enter();
     // Into: around the row. Behind: a line below the row, or below all that is open there.
     const QRect into = markAt(wheel);
     EXPECT_TRUE(rectOf(wheel).contains(into)) << into.top() << ' ' << into.bottom();
@@ -245,7 +245,6 @@ TEST_F(TreeDrag, MarksThePlaceInTheTree)
 
     // To the front: below the row, one level further in. Nothing to do: no mark.
     press(cube);
-    enter();
     const QRect front = markAt(wheel);
     EXPECT_LE(std::abs(front.center().y() - rectOf(wheel).bottom()), 2);
     EXPECT_GT(front.left(), rectOf(wheel).left());
@@ -254,8 +253,10 @@ TEST_F(TreeDrag, MarksThePlaceInTheTree)
 
     // What is refused has another mark than what is taken.
     press(wheel);
+    const QRect refused = markAt(cube);
+    EXPECT_TRUE(rectOf(cube).contains(refused))
+        << refused.top() << ' ' << refused.bottom() << ' ' << rectOf(cube).top();
     enter();
-    EXPECT_TRUE(rectOf(cube).contains(markAt(cube)));
     moveTo(hub);
     const QImage taken = picture().copy(rectOf(hub));
     leave();
