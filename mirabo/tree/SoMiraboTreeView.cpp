@@ -456,6 +456,19 @@ void SoMiraboTreeView::scrollTo(const QModelIndex& index, ScrollHint hint)
     bringTextIntoSight(index);
 }
 
+// A new current row would make a layout of all rows, inside the edit, only to find out what is to
+// be painted again: everything is, later.
+
+QRect SoMiraboTreeView::visualRect(const QModelIndex& index) const
+{
+    return m_patchDepth > 0 ? QRect() : QTreeWidget::visualRect(index);
+}
+
+QRegion SoMiraboTreeView::visualRegionForSelection(const QItemSelection& selection) const
+{
+    return m_patchDepth > 0 ? QRegion() : QTreeWidget::visualRegionForSelection(selection);
+}
+
 void SoMiraboTreeView::bringTextIntoSight(const QModelIndex& index)
 {
     updateGeometries(); // the scroll bar learns of new widths too late

@@ -135,6 +135,8 @@ public:
 
     void doItemsLayout() override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    /// Empty while rows are patched.
+    QRect visualRect(const QModelIndex& index) const override;
 
     /// For the patcher: rows come or go; the layout is made once, later.
     void rowsAboutToChange();
@@ -209,6 +211,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    QRegion visualRegionForSelection(const QItemSelection& selection) const override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
