@@ -48,7 +48,7 @@ void deleteBranch(benchmark::State& state)
 {
     Edited edited(static_cast<int>(state.range(0)));
     if (state.range(1) == AllOpen)
-        edited.view.expandAll();
+        edited.view.expandBelow(nullptr);
     settle();
     std::vector<double> deletions;
     std::vector<double> afterwards;
@@ -64,6 +64,46 @@ void deleteBranch(benchmark::State& state)
         state.SetIterationTime((deletions.back() + undos.back()) / 1000);
         if (edited.view.getCurrentNode() != edited.branch)
             state.SkipWithError("the undone branch is not the current row");
+    }
+    state.counters["delete_ms"] = median(deletions);
+    state.counters["delete_settled_ms"] = median(afterwards);
+    state.counters["undo_ms"] = median(undos);
+    state.counters["undo_settled_ms"] = median(afterUndo);
+}
+
+PlainItem* makePlain(const PlainScene& scene)
+{
+    auto* item = new PlainItem(&scene.nodes.front());
+    fillPlain(item, scene.nodes.front());
+    return item;
+}
+
+/// The floor of it: the same rows in a bare widget, destroyed, and made and put in again.
+void bareBranch(benchmark::State& state)
+{
+    const auto count = static_cast<int>(state.range(0));
+    const PlainScene branch(kBranch - 1, Balanced);
+    const PlainScene rest(std::max(1, count - kBranch), Balanced);
+    QTreeWidget widget;
+    setUp(widget);
+    auto* root = new PlainItem(&rest.nodes.front());
+    root->addChild(makePlain(branch));
+    root->addChild(makePlain(rest));
+    widget.addTopLevelItem(root);
+    std::vector<double> deletions;
+    std::vector<double> afterwards;
+    std::vector<double> undos;
+    std::vector<double> afterUndo;
+    for (auto _ : state) {
+        widget.expandItem(root);
+        if (state.range(1) == AllOpen)
+            widget.expandAll();
+        settle();
+        deletions.push_back(timed([&] { delete root->takeChild(0); }));
+        afterwards.push_back(timed(settle));
+        undos.push_back(timed([&] { root->insertChild(0, makePlain(branch)); }));
+        afterUndo.push_back(timed(settle));
+        state.SetIterationTime((deletions.back() + undos.back()) / 1000);
     }
     state.counters["delete_ms"] = median(deletions);
     state.counters["delete_settled_ms"] = median(afterwards);
@@ -93,12 +133,17 @@ void deleteSibling(benchmark::State& state)
     state.counters["undo_us"] = median(undos) * 1000;
 }
 
-BENCHMARK(deleteBranch)
-    ->ArgNames({"rows", "all_open"})
-    ->ArgsProduct({{100000, 1000000}, {RootOpen, AllOpen}})
-    ->Iterations(5)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+void branches(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->ArgNames({"rows", "all_open"})
+        ->ArgsProduct({{100000, 1000000}, {RootOpen, AllOpen}})
+        ->Iterations(5)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(deleteBranch)->Apply(branches);
+BENCHMARK(bareBranch)->Apply(branches);
 BENCHMARK(deleteSibling)->Iterations(20)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 } // namespace
