@@ -81,6 +81,8 @@ std::string lookOf(const SoMiraboTreeView& view)
 {
     std::string look;
     std::vector<const SoTreeViewItem*> open;
+    const QList<QTreeWidgetItem*> selection = view.selectedItems();
+    const QTreeWidgetItem* selected = selection.size() == 1 ? selection.front() : nullptr;
     if (view.rootItem())
         open.push_back(view.rootItem());
     while (!open.empty()) {
@@ -88,7 +90,7 @@ std::string lookOf(const SoMiraboTreeView& view)
         open.pop_back();
         look += row->getNode()->getTypeId().getName().getString();
         look += row == view.currentItem() ? "*" : "";
-        look += row->isSelected() ? "#" : "";
+        look += row == selected ? "#" : "";
         look += row->isDisabledNode() ? "-" : row->childCount() > 0 && view.isOpen(row) ? "v" : ">";
         look += std::to_string(row->childCount());
         for (int i = row->childCount(); i-- > 0;)
