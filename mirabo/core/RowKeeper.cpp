@@ -35,17 +35,23 @@ void RowKeeper::enter()
 void RowKeeper::leave()
 {
     --m_depth;
-    if (!m_rows.empty())
-        m_isIndexStale = true;
+    m_isIndexStale = m_isIndexStale || m_hasChanged;
     if (!isOpen() && !std::exchange(m_isReleasePending, true))
         QTimer::singleShot(0, &m_view, [this] { release(); });
 }
 
 void RowKeeper::rowsAboutToChange()
 {
-    if (!std::exchange(m_isIndexStale, false))
-        return;
-    // The selection begins at the current row from now on, unless that is one that went.
+    // Qt may not be done with the row that was announced in this pass.
+    const bool isPassOpen = m_isReleasePending && !isOpen();
+    m_hasChanged = m_hasChanged || isOpen() || isPassOpen;
+    if (std::exchange(m_isIndexStale, false) || isPassOpen)
+        renewIndex();
+}
+
+/// The selection begins at the current row from now on, unless that is one that went.
+void RowKeeper::renewIndex()
+{
     const QTreeWidgetItem* item = m_view.currentItem();
     const bool isInView = item && item->treeWidget() == &m_view;
     static_cast<QAbstractItemView&>(m_view).setCurrentIndex(isInView ? m_view.currentIndex()
@@ -58,7 +64,9 @@ void RowKeeper::release()
     if (isOpen())
         return; // inside a loop that a listener runs; leaving the outermost scope asks again
     m_announced.clear();
-    rowsAboutToChange();
+    m_isIndexStale = false;
+    if (std::exchange(m_hasChanged, false))
+        renewIndex();
     destroyRows();
 }
 

@@ -45,18 +45,20 @@ public:
     bool isOpen() const { return m_depth > 0; }
     /// Takes over a row that is in no view any more, with everything below it.
     void keep(QTreeWidgetItem* row);
-    /// Rows are about to come or go: makes the view forget an index of a row that went.
+    /// Rows are about to come or go: makes the view forget an index of a row that went or moved.
     void rowsAboutToChange();
 
 private:
     void enter();
     void leave();
     void release();
+    void renewIndex();
     void destroyRows();
 
     QTreeWidget& m_view;
     Destroy* m_destroy;
     int m_depth = 0;
+    bool m_hasChanged = false; ///< rows came or went since the first scope of this pass
     bool m_isIndexStale = false;
     bool m_isReleasePending = false;
     std::vector<QTreeWidgetItem*> m_rows;           // Owned.
