@@ -77,20 +77,26 @@ QString ActionRegistry::hint(ActionId id) const
 
 void ActionRegistry::update(ActionId id)
 {
-    const Slot& at = slot(id);
-    if (!at.action)
+    if (!slot(id).action)
         return;
-    at.action->setEnabled(isPossible(id));
+    const Frame frame; // whoever hears of a change may end the tool, or delete the window
+    const QPointer<QAction> action = slot(id).action;
+    const QString ownHint = slot(id).ownHint;
     const QString hint = this->hint(id);
-    const QString key = at.action->shortcut().toString(QKeySequence::NativeText);
+    action->setEnabled(isPossible(id));
+    if (!action)
+        return;
+    const QString key = action->shortcut().toString(QKeySequence::NativeText);
     const QString tip = key.isEmpty() ? hint : hint + " (" + key + ')';
-    at.action->setToolTip(hint.isEmpty() ? at.ownHint : tip);
-    at.action->setStatusTip(hint);
+    action->setToolTip(hint.isEmpty() ? ownHint : tip);
+    if (action)
+        action->setStatusTip(hint);
 }
 
 void ActionRegistry::updateAll()
 {
     m_updatePending = false;
+    const Frame frame;
     for (std::size_t i = 0; i < m_slots.size(); ++i)
         update(static_cast<ActionId>(i));
     Q_EMIT updated();
