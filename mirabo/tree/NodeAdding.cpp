@@ -52,6 +52,8 @@ NodeAdding::NodeAdding(SoMiraboTreeView* tree, QWidget* window, Add add)
     : QObject(tree), m_tree(tree), m_window(window), m_add(std::move(add))
 {
     connect(tree, &QTreeWidget::currentItemChanged, this, &NodeAdding::currentChanged);
+    // A view does not tell when its current row goes with a row above it.
+    connect(tree, &SoMiraboTreeView::rootChanged, this, &NodeAdding::currentChanged);
 }
 
 NodeAdding::~NodeAdding()

@@ -266,6 +266,7 @@ TEST_F(EditingTest, DeleteFollowsTheFocus)
     press("&Delete");
     EXPECT_EQ(scene->getNumChildren(), 4);
     EXPECT_TRUE(isEnabled("&Delete")) << "there is a current row again";
+    click(rowAt({3}));
     press("&Delete");
     EXPECT_EQ(scene->getNumChildren(), 3);
     press("&Undo");
