@@ -46,11 +46,12 @@ SoTreeViewItem* findByName(const SoMiraboTreeView& tree, const BookmarkPath::Ste
 SoTreeViewItem* findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent,
                           const BookmarkPath::Step& step)
 {
-    const int count = parent->childCount();
+    const QTreeWidgetItem* root = tree.invisibleRootItem();
+    const int count = rowCountBelow(parent, root);
     for (int distance = 0; distance <= kReach; ++distance)
         for (const int row : {step.row - distance, step.row + distance})
-            if (row >= 0 && row < count && fits(asItem(parent->child(row)), step))
-                return asItem(parent->child(row));
+            if (row >= 0 && row < count && fits(rowBelow(parent, row, root), step))
+                return rowBelow(parent, row, root);
     return findByName(tree, step, parent);
 }
 

@@ -22,6 +22,13 @@ RowPlace placeOf(const SoTreeViewItem* row)
     return place;
 }
 
+bool isIn(const SoMiraboTreeView& tree, const SoTreeViewItem* row)
+{
+    while (row->parentItem())
+        row = row->parentItem();
+    return row == tree.rootItem();
+}
+
 } // namespace
 
 void Bookmarks::add(SoTreeViewItem* row)
@@ -48,7 +55,7 @@ SoTreeViewItem* Bookmarks::closest(SoMiraboTreeView& tree, const SoTreeViewItem*
     std::pair<RowPlace, SoTreeViewItem*> next, around;
     for (const auto& mark : m_rows) {
         SoTreeViewItem* row = mark.first;
-        if (row == start || row->treeWidget() != &tree)
+        if (row == start || !isIn(tree, row))
             continue;
         RowPlace place = placeOf(row);
         const bool isBeyond = start && (backward ? place < from : place > from);

@@ -61,7 +61,7 @@ void grey(SoMiraboTreeView& view, SoTreeViewItem* row)
         view.setCurrentItem(row);
     view.rowsAboutToChange();
     // Nobody would tell of changes below: nothing is shown there.
-    for (QTreeWidgetItem* child : row->takeChildren())
+    for (QTreeWidgetItem* child : row->takeRows())
         destroyRows(static_cast<SoTreeViewItem*>(child));
     row->setDisabledNode(true);
     row->parentItem()->setHasDisabledChildren(true);
@@ -72,8 +72,8 @@ std::vector<int> placesIn(const SoTreeViewItem* parent, const SoNode* node)
 {
     std::vector<int> places;
     int index = 0;
-    for (int i = 0; i < parent->childCount(); ++i) {
-        const SoTreeViewItem* row = parent->childItem(i);
+    for (int i = 0; i < parent->rowCount(); ++i) {
+        const SoTreeViewItem* row = parent->rowAt(i);
         if (row->isDirectlyFromField())
             break;
         const bool isPlace = row->isDisabledNode() && row->getNode() == node;
@@ -89,12 +89,12 @@ void dropRow(SoMiraboTreeView& view, SoTreeViewItem* row)
 {
     SoTreeViewItem* parent = row->parentItem();
     view.rowsAboutToChange();
-    destroyRows(static_cast<SoTreeViewItem*>(parent->takeChild(parent->indexOfChild(row))));
+    destroyRows(parent->takeRow(parent->indexOfRow(row)));
     parent->childrenChanged();
     view.openBranches().rowsChanged(parent);
     bool others = false;
-    for (int i = 0; i < parent->childCount() && !others; ++i)
-        others = parent->childItem(i)->isDisabledNode();
+    for (int i = 0; i < parent->rowCount() && !others; ++i)
+        others = parent->rowAt(i)->isDisabledNode();
     parent->setHasDisabledChildren(others);
 }
 
@@ -212,7 +212,7 @@ void addGreyRows(SoTreeViewItem* item, TreeContext& context)
     int rows = childRowCount(item);
     for (const DisabledPlaces::Place& place : places) {
         auto* row = new SoTreeViewItem(place.node, nullptr, item, context);
-        item->insertChild(std::min(place.index, rows++), row);
+        item->insertRow(std::min(place.index, rows++), row);
         row->setDisabledNode(true);
     }
     item->setHasDisabledChildren(true);

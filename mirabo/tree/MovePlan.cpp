@@ -103,6 +103,26 @@ MovePlan planMove(SoTreeViewItem* dragged, SoTreeViewItem* target, bool spaceHel
     return checkedMove(into(target, dragged->parentItem() == target ? 0 : -1), dragged);
 }
 
+/// Where a step up or down brings a row in its list; -1: nowhere. Steps go
+/// past what the filter hides, so that they are seen.
+int indexOfStep(const SoTreeViewItem* row, const NodeSlot& own, bool up)
+{
+    const SoTreeViewItem* parent = row->parentItem();
+    int index = own.index();
+    if (parent->hasHiddenRows()) {
+        const int by = up ? -1 : 1;
+        int at = parent->indexOfChild(const_cast<SoTreeViewItem*>(row)) + by;
+        while (parent->childItem(at) && parent->childItem(at)->isDisabledNode())
+            at += by;
+        const SoTreeViewItem* next = parent->childItem(at);
+        if (!next || !NodeSlot::of(next).isBeside(own))
+            return -1;
+        index = NodeSlot::of(next).index() - by;
+    }
+    index += up ? -1 : 2;
+    return index <= own.count() ? index : -1;
+}
+
 MovePlan planReference(SoTreeViewItem* dragged, SoTreeViewItem* target, bool spaceHeld)
 {
     if (const QString why = whyNotFrom(dragged, target); !why.isEmpty())
@@ -133,8 +153,8 @@ MovePlan planStep(SoTreeViewItem* row, MoveStep step)
     plan.target = row;
     plan.holderRow = parent;
     plan.where = MovePlan::Where::Behind;
-    const int index = step == MoveStep::Up ? own.index() - 1 : own.index() + 2;
-    if (!own.isInList() || index < 0 || index > own.count())
+    const int index = own.isInList() ? indexOfStep(row, own, step == MoveStep::Up) : -1;
+    if (index < 0)
         return idle(row, "There is nothing on that side of it.");
     plan.slot = own;
     plan.slot->setIndex(index);

@@ -1,6 +1,5 @@
 #include "mirabo/tree/NodeAdding.h"
 
-#include "mirabo/tree/RowWalker.h"
 #include "mirabo/tree/SoMiraboAddDialog.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"
@@ -11,27 +10,6 @@
 namespace mirabo {
 
 namespace {
-
-QModelIndex indexOf(const SoMiraboTreeView& tree, SoTreeViewItem* row)
-{
-    RowWalker walker(tree.invisibleRootItem());
-    walker.toRow(row);
-    QModelIndex index;
-    for (const int number : walker.place())
-        index = tree.model()->index(number, 0, index);
-    return index;
-}
-
-SoTreeViewItem* rowAt(const SoMiraboTreeView& tree, QModelIndex index)
-{
-    RowPlace place;
-    for (; index.isValid(); index = index.parent())
-        place.push_back(index.row());
-    std::reverse(place.begin(), place.end());
-    RowWalker walker(tree.invisibleRootItem());
-    walker.toPlace(place);
-    return walker.row();
-}
 
 bool isBelow(const SoTreeViewItem* row, const SoTreeViewItem* above)
 {
@@ -68,7 +46,7 @@ SoMiraboAddDialog* NodeAdding::dialog() const
 
 SoTreeViewItem* NodeAdding::target() const
 {
-    return rowAt(*m_tree, m_target);
+    return m_tree->context().addTarget;
 }
 
 void NodeAdding::open()
@@ -85,7 +63,7 @@ void NodeAdding::open()
 
 void NodeAdding::setTarget(SoTreeViewItem* row)
 {
-    m_target = row ? indexOf(*m_tree, row) : QModelIndex();
+    m_tree->context().addTarget = row;
     if (m_dialog)
         m_dialog->setTarget(
             row ? tr("Target: %1").arg(textOf(row)) : tr("No row of the tree is chosen."), row);

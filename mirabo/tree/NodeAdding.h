@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-#include <QPersistentModelIndex>
 #include <QPointer>
 
 #include <functional>
@@ -43,7 +42,6 @@ private:
     QPointer<QWidget> m_window;
     Add m_add;
     QPointer<SoMiraboAddDialog> m_dialog;
-    QPersistentModelIndex m_target;
     bool m_adding = false; ///< the current row changes on our behalf
 };
 

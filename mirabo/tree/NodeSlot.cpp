@@ -32,7 +32,7 @@ QString typeText(const SoNode& node)
 
 const TreeContext& contextOf(const SoTreeViewItem* row)
 {
-    return static_cast<const SoMiraboTreeView*>(row->treeWidget())->context();
+    return row->context();
 }
 
 /// The list part that keeps its entries in the row's group, or null.
@@ -73,10 +73,10 @@ bool isOwnGroupOfKit(const SoTreeViewItem* row)
 int entryOf(const SoTreeViewItem* row)
 {
     const SoTreeViewItem* above = row->parentItem();
-    const int at = above->indexOfChild(const_cast<SoTreeViewItem*>(row));
+    const int at = above->indexOfRow(row);
     int entry = at;
     for (int i = 0; above->hasDisabledChildren() && i < at; ++i)
-        entry -= above->childItem(i)->isDisabledNode();
+        entry -= above->rowAt(i)->isDisabledNode();
     return entry + shownChildren(above->getNode(), contextOf(row)).first;
 }
 
@@ -87,8 +87,8 @@ int valueOf(const SoTreeViewItem* row)
         return 0;
     const SoTreeViewItem* above = row->parentItem();
     int left = 0;
-    for (int i = above->indexOfChild(const_cast<SoTreeViewItem*>(row)) - 1;
-         i >= 0 && above->childItem(i)->getSourceField() == row->getSourceField(); --i)
+    for (int i = above->indexOfRow(row) - 1;
+         i >= 0 && above->rowAt(i)->getSourceField() == row->getSourceField(); --i)
         ++left;
     const auto& values = static_cast<const SoMNodeField*>(row->getSourceField())->getValues();
     int index = 0;
@@ -473,30 +473,29 @@ int NodeSlot::valuesBefore() const
 
 SoTreeViewItem* NodeSlot::rowBelow(const SoTreeViewItem* holderRow) const
 {
-    const int rows = holderRow->childCount();
+    const int rows = holderRow->rowCount();
     if (m_kind == Kind::Field) {
         const SoField* at = field();
         int left = valuesBefore();
         for (int row = childRowCount(holderRow); row < rows; ++row)
-            if (holderRow->childItem(row)->getSourceField() == at && left-- == 0)
-                return holderRow->childItem(row);
+            if (holderRow->rowAt(row)->getSourceField() == at && left-- == 0)
+                return holderRow->rowAt(row);
         return nullptr;
     }
     if (m_kind == Kind::Part) {
         const SoField* at = field();
         const SoNode* part = at ? static_cast<const SoSFNode*>(at)->getValue() : nullptr;
         for (int row = 0; row < rows; ++row)
-            if (holderRow->childItem(row)->getNode() == part)
-                return holderRow->childItem(row);
+            if (holderRow->rowAt(row)->getNode() == part)
+                return holderRow->rowAt(row);
         return nullptr;
     }
     int entry = m_index - shownChildren(holderRow->getNode(), contextOf(holderRow)).first;
     if (!holderRow->hasDisabledChildren())
-        return entry >= 0 && entry < childRowCount(holderRow) ? holderRow->childItem(entry)
-                                                              : nullptr;
+        return entry >= 0 && entry < childRowCount(holderRow) ? holderRow->rowAt(entry) : nullptr;
     for (int row = 0; row < childRowCount(holderRow); ++row)
-        if (!holderRow->childItem(row)->isDisabledNode() && entry-- == 0)
-            return holderRow->childItem(row);
+        if (!holderRow->rowAt(row)->isDisabledNode() && entry-- == 0)
+            return holderRow->rowAt(row);
     return nullptr;
 }
 

@@ -12,7 +12,7 @@ namespace mirabo {
 
 void OpenBranches::open(SoTreeViewItem* item)
 {
-    if (item->childCount() == 0)
+    if (item->childCount() == 0 || !item->treeWidget())
         keep(item);
     else
         item->setExpanded(true);
@@ -32,7 +32,7 @@ void OpenBranches::rowsChanged(SoTreeViewItem* item)
             return;
         keep(item);
         item->setExpanded(false);
-    } else if (!m_isAside && m_view.context().putAside.erase(item) > 0) {
+    } else if (!m_isAside && item->treeWidget() && m_view.context().putAside.erase(item) > 0) {
         item->setPutAside(false);
         item->setExpanded(true);
     }
@@ -55,17 +55,23 @@ void OpenBranches::removalTook(qint64 nanoseconds)
 
 void OpenBranches::putAside()
 {
-    std::vector<SoTreeViewItem*> visit;
+    // A row that is asked for its index looks among all its siblings.
+    struct Visit {
+        SoTreeViewItem* item;
+        QModelIndex index;
+    };
+    const QAbstractItemModel* model = m_view.model();
+    std::vector<Visit> open;
     if (SoTreeViewItem* root = m_view.rootItem())
-        visit.push_back(root);
-    while (!visit.empty()) {
-        SoTreeViewItem* item = visit.back();
-        visit.pop_back();
-        if (item->isExpanded())
+        open.push_back({root, model->index(0, 0)});
+    while (!open.empty()) {
+        const auto [item, index] = open.back();
+        open.pop_back();
+        if (m_view.isExpanded(index))
             keep(item);
         for (int i = 0, n = item->childCount(); i < n; ++i)
             if (item->childItem(i)->childCount() > 0)
-                visit.push_back(item->childItem(i));
+                open.push_back({item->childItem(i), model->index(i, 0, index)});
     }
     m_isAside = true; // first: closing makes a layout
     const QSignalBlocker quiet(&m_view);

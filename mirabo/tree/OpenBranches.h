@@ -11,8 +11,8 @@ struct TreeContext;
 
 /// Knows which branches are open where the view does not.
 ///
-/// A row that loses its last row below is open no longer for the view; here it stays so, and is
-/// opened again when rows come back.
+/// A row that loses its last row below, or is hidden by the filter, is open no longer for the view;
+/// here it stays so, and is opened again when rows come back.
 ///
 /// Keeps single removals cheap while many branches are open: a view remembers each of them by an
 /// index that every removed row walks through. When that has cost enough in one pass of the event
@@ -25,7 +25,7 @@ public:
 
     explicit OpenBranches(SoMiraboTreeView& view) : m_view(view) {}
 
-    /// Opens a row, at once or as soon as there is something below it.
+    /// Opens a row, at once or as soon as the view has it and something below it.
     void open(SoTreeViewItem* item);
     void close(SoTreeViewItem* item);
     /// Rows below the item have come or gone.
@@ -33,13 +33,16 @@ public:
 
     /// A removal took so long, without the rows' own end.
     void removalTook(qint64 nanoseconds);
-    /// Opens what was put aside.
+    /// The view forgets all of them until restore().
+    void putAside();
+    /// Some that were put aside may be in the view again.
+    void came() { m_isAside = true; }
+    /// Opens what was put aside, as far as it is in the view.
     void restore();
     /// Another pass begins.
     void forgive() { m_spent = 0; }
 
 private:
-    void putAside();
     void keep(SoTreeViewItem* item);
 
     SoMiraboTreeView& m_view;

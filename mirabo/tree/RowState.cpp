@@ -13,7 +13,7 @@ RowPath pathOf(const SoTreeViewItem* row)
 {
     RowPath path;
     for (const SoTreeViewItem* above = row->parentItem(); above; above = row->parentItem()) {
-        path.push_back(above->indexOfChild(const_cast<SoTreeViewItem*>(row)));
+        path.push_back(above->indexOfRow(row));
         row = above;
     }
     std::reverse(path.begin(), path.end());
@@ -24,7 +24,7 @@ SoTreeViewItem* rowAt(const SoMiraboTreeView& view, const RowPath& path)
 {
     SoTreeViewItem* row = view.rootItem();
     for (auto at = path.begin(); row && at != path.end(); ++at)
-        row = row->childItem(*at);
+        row = row->rowAt(*at);
     return row;
 }
 
@@ -36,8 +36,8 @@ std::optional<RowPath> currentPath(const SoMiraboTreeView& view)
 
 GreyRows::GreyRows(const SoTreeViewItem* parent, const SoNode* without)
 {
-    for (int row = 0; parent->hasDisabledChildren() && row < parent->childCount(); ++row) {
-        const SoTreeViewItem* item = parent->childItem(row);
+    for (int row = 0; parent->hasDisabledChildren() && row < parent->rowCount(); ++row) {
+        const SoTreeViewItem* item = parent->rowAt(row);
         if (item->isDisabledNode() && item->getNode() != without)
             m_rows.push_back({row, item->getNode()});
     }
@@ -57,9 +57,9 @@ void GreyRows::restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const
     view.rowsAboutToChange();
     QTreeWidgetItem* current = view.currentItem();
     std::vector<SoTreeViewItem*> present;
-    for (int row = parent->childCount(); row-- > 0;)
-        if (parent->childItem(row)->isDisabledNode())
-            present.push_back(static_cast<SoTreeViewItem*>(parent->takeChild(row)));
+    for (int row = parent->rowCount(); row-- > 0;)
+        if (parent->rowAt(row)->isDisabledNode())
+            present.push_back(parent->takeRow(row));
     bool any = false;
     for (const Row& place : m_rows) {
         const auto found = std::find_if(present.begin(), present.end(), [&](const auto* item) {
@@ -75,7 +75,7 @@ void GreyRows::restore(SoMiraboTreeView& view, SoTreeViewItem* parent) const
         }
         if (!item)
             continue;
-        parent->insertChild(std::min(place.row, parent->childCount()), item);
+        parent->insertRow(std::min(place.row, parent->rowCount()), item);
         any = true;
     }
     if (view.currentItem() != current
@@ -112,9 +112,9 @@ BranchState::BranchState(const SoMiraboTreeView& view, const SoTreeViewItem* top
     while (!open.empty()) {
         const Visit visit = open.back();
         open.pop_back();
-        for (int row = 0, rows = visit.item->childCount(); row < rows; ++row) {
-            const SoTreeViewItem* child = visit.item->childItem(row);
-            if (child->childCount() > 0)
+        for (int row = 0, rows = visit.item->rowCount(); row < rows; ++row) {
+            const SoTreeViewItem* child = visit.item->rowAt(row);
+            if (child->rowCount() > 0)
                 open.push_back({child, note(child, visit.at, row)});
             else if (child->isBookmarked() || view.isOpen(child) || mayHaveGreyRows(child))
                 note(child, visit.at, row); // what was below may come back
@@ -158,7 +158,7 @@ void BranchState::apply(SoMiraboTreeView& view, SoTreeViewItem* top) const
         SoTreeViewItem* item = top;
         if (row.parent >= 0) {
             const SoTreeViewItem* above = items[static_cast<std::size_t>(row.parent)];
-            item = above ? above->childItem(row.row) : nullptr;
+            item = above ? above->rowAt(row.row) : nullptr;
         }
         items.push_back(item);
         if (!item)

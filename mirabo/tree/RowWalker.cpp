@@ -25,7 +25,7 @@ RowPlace RowWalker::place() const
 void RowWalker::enter(QTreeWidgetItem* parent, int row)
 {
     m_levels.push_back({parent, row});
-    m_row = asItem(parent->child(row));
+    m_row = rowBelow(parent, row, m_root);
 }
 
 void RowWalker::toFirst()
@@ -39,8 +39,8 @@ void RowWalker::toFirst()
 /// To the last of all rows below.
 void RowWalker::descend()
 {
-    while (m_row->childCount() > 0)
-        enter(m_row, m_row->childCount() - 1);
+    while (m_row->rowCount() > 0)
+        enter(m_row, m_row->rowCount() - 1);
 }
 
 void RowWalker::toLast()
@@ -57,11 +57,13 @@ void RowWalker::toRow(SoTreeViewItem* row)
 {
     m_levels.clear();
     m_row = row;
-    for (QTreeWidgetItem* at = row; at;) {
-        QTreeWidgetItem* above = at->parent();
-        QTreeWidgetItem* parent = above ? above : m_root;
-        m_levels.push_back({parent, parent->indexOfChild(at)});
-        at = above;
+    while (row) {
+        SoTreeViewItem* above = row->parentItem();
+        if (above)
+            m_levels.push_back({above, above->indexOfRow(row)});
+        else
+            m_levels.push_back({m_root, m_root->indexOfChild(row)});
+        row = above;
     }
     std::reverse(m_levels.begin(), m_levels.end());
 }
@@ -72,7 +74,7 @@ void RowWalker::toPlace(const RowPlace& place)
     m_row = nullptr;
     QTreeWidgetItem* parent = m_root;
     for (const int row : place) {
-        const int last = parent->childCount() - 1;
+        const int last = rowCountBelow(parent, m_root) - 1;
         if (last < 0)
             return;
         enter(parent, std::min(row, last));
@@ -88,17 +90,17 @@ void RowWalker::toNext()
 {
     if (!m_row)
         return;
-    if (m_row->childCount() > 0) {
+    if (m_row->rowCount() > 0) {
         enter(m_row, 0);
         return;
     }
     while (!m_levels.empty()) {
         Level& level = m_levels.back();
-        const int count = level.parent->childCount();
+        const int count = rowCountBelow(level.parent, m_root);
         if (++level.row < count) {
             if (level.row + kAhead < count)
-                __builtin_prefetch(level.parent->child(level.row + kAhead));
-            m_row = asItem(level.parent->child(level.row));
+                __builtin_prefetch(rowBelow(level.parent, level.row + kAhead, m_root));
+            m_row = rowBelow(level.parent, level.row, m_root);
             return;
         }
         m_levels.pop_back();
@@ -113,13 +115,14 @@ void RowWalker::toPrevious()
     Level& level = m_levels.back();
     if (level.row > 0) {
         if (level.row > kAhead)
-            __builtin_prefetch(level.parent->child(level.row - kAhead));
-        m_row = asItem(level.parent->child(--level.row));
+            __builtin_prefetch(rowBelow(level.parent, level.row - kAhead, m_root));
+        m_row = rowBelow(level.parent, --level.row, m_root);
         descend();
         return;
     }
     m_levels.pop_back();
-    m_row = m_levels.empty() ? nullptr : asItem(m_levels.back().parent->child(m_levels.back().row));
+    m_row =
+        m_levels.empty() ? nullptr : rowBelow(m_levels.back().parent, m_levels.back().row, m_root);
 }
 
 } // namespace mirabo

@@ -310,7 +310,7 @@ void SoMiraboTreeView::setSceneGraph(SoNode* root)
         // A receiver may have shown another scene meanwhile.
         if (m_root != root)
             return;
-        if (root)
+        if (root && rootItem()->isInSight())
             setCurrentItem(rootItem());
     }
     resizeAllColumns();
@@ -331,11 +331,12 @@ SoTreeViewItem* SoMiraboTreeView::createItem(SoNode* node, SoTreeViewItem* paren
     if (!parentItem) {
         insertTopLevelItem(index < 0 ? topLevelItemCount() : std::min(index, topLevelItemCount()),
                            item);
+        item->setHidden(item->isFilteredOut());
         return item;
     }
-    const int count = parentItem->childCount();
+    const int count = parentItem->rowCount();
     const int row = index < 0 ? count : std::min(index, count);
-    parentItem->insertChild(row, item);
+    parentItem->insertRow(row, item);
     parentItem->childrenChanged(row);
     return item;
 }
@@ -344,7 +345,7 @@ void SoMiraboTreeView::populate(SoTreeViewItem* item)
 {
     const PatchScope scope(*this);
     rowsAboutToChange();
-    for (QTreeWidgetItem* child : item->takeChildren())
+    for (QTreeWidgetItem* child : item->takeRows())
         mirabo::destroyRows(asItem(child));
     item->setHasDisabledChildren(false);
     item->childrenChanged();

@@ -145,6 +145,10 @@ public:
     void closeAll();
     /// Whether the user has the row opened, also while the view does not know it.
     bool isOpen(const SoTreeViewItem* item) const;
+    /// Shows a row that the filter hides, with the rows above it, until the rows are filtered anew.
+    void reveal(SoTreeViewItem* item);
+    /// Makes a row current, and reveals it.
+    void setCurrentItem(QTreeWidgetItem* item);
     /// For the topology manager: texts and icons may have changed with the graph.
     void graphChanged();
     /// For the topology manager: what was put off until the changes of this pass are over.
@@ -171,6 +175,13 @@ public Q_SLOTS:
     void selectChange(QTreeWidgetItem* item, QTreeWidgetItem* previous);
     void onItemClicked(QTreeWidgetItem* item, int column);
     void onCustomContextMenu(const QPoint& point);
+    /// Shows the rows of the nodes whose categories are in `filter`, a sum of NodeCategory values,
+    /// and hides the others with all that is below them. Rows that come later obey it as well.
+    /// Whatever row becomes the current one is shown all the same.
+    void setFilter(int filter);
+    int getFilter() const { return m_context.filter.mask(); }
+    /// Hides what was shown against the filter.
+    void filterItems();
     /// Fits the columns to what is in view, at the end of this pass of the event loop.
     void resizeAllColumns();
 
@@ -247,6 +258,7 @@ private:
     void reportCheck();
     void stepReference(int direction);
     void openMenuOfCurrent();
+    void sortRows(const std::vector<SoTreeViewItem*>& parents);
     bool mayExpand(SoTreeViewItem* top);
     void expandRows(SoTreeViewItem* top);
     void fitColumns(bool mayShrink);

@@ -2,7 +2,7 @@
 
 #include "mirabo/core/CommandName.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -11,7 +11,7 @@ using mirabo::Refusal;
 
 SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoTreeViewItem* target,
                                            std::shared_ptr<const mirabo::TreeEditHost> host)
-    : TreeEditCommand(static_cast<SoMiraboTreeView*>(target->treeWidget()), std::move(host)),
+    : TreeEditCommand(static_cast<SoMiraboTreeView*>(mirabo::treeOf(target)), std::move(host)),
       m_place(NodeSlot::into(target, -1)),
       m_asLast(m_place.has_value()),
       m_holderRow(target)
@@ -32,7 +32,7 @@ SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoTreeViewItem* target,
 
 SoTreeAddNodeCommand::SoTreeAddNodeCommand(NodeSlot place, SoTreeViewItem* holderRow,
                                            std::shared_ptr<const mirabo::TreeEditHost> host)
-    : TreeEditCommand(static_cast<SoMiraboTreeView*>(holderRow->treeWidget()), std::move(host)),
+    : TreeEditCommand(static_cast<SoMiraboTreeView*>(mirabo::treeOf(holderRow)), std::move(host)),
       m_place(std::move(place)),
       m_holderRow(holderRow)
 {

@@ -3,7 +3,7 @@
 #include "mirabo/core/CommandName.h"
 #include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 SoMiraboTreeView* viewOf(const SoTreeViewItem* item)
 {
-    return static_cast<SoMiraboTreeView*>(item->treeWidget());
+    return static_cast<SoMiraboTreeView*>(mirabo::treeOf(item));
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "mirabo/core/CommandName.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 SoMiraboTreeView* viewOf(const SoTreeViewItem* row)
 {
-    return static_cast<SoMiraboTreeView*>(row->treeWidget());
+    return static_cast<SoMiraboTreeView*>(mirabo::treeOf(row));
 }
 
 } // namespace
@@ -40,14 +40,13 @@ SoTreeMoveNodeCommand::SoTreeMoveNodeCommand(SoTreeViewItem* row, const MovePlan
     setName(mirabo::commandName("Move", *row->getNode()));
     if (m_to && m_to->isBeside(m_from) && m_to->index() > m_from.index())
         m_to->setIndex(m_to->index() - 1);
-    for (const auto* at = viewOf(row)->currentItem(); at; at = at->parent()) {
+    for (const auto* at = mirabo::asItem(viewOf(row)->currentItem()); at; at = at->parentItem()) {
         if (at == row) {
             m_hadCurrent = true;
             break;
         }
-        if (at->parent())
-            m_currentBelow.insert(m_currentBelow.begin(),
-                                  at->parent()->indexOfChild(const_cast<QTreeWidgetItem*>(at)));
+        if (at->parentItem())
+            m_currentBelow.insert(m_currentBelow.begin(), at->parentItem()->indexOfRow(at));
     }
 }
 
@@ -97,7 +96,7 @@ SoTreeViewItem* SoTreeMoveNodeCommand::arrived(SoMiraboTreeView& view)
     if (!m_hadCurrent)
         return nullptr;
     for (const int at : m_currentBelow)
-        if (SoTreeViewItem* below = row->childItem(at))
+        if (SoTreeViewItem* below = row->rowAt(at))
             row = below;
     return row;
 }

@@ -12,6 +12,7 @@
 #include <QBrush>
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -75,8 +76,12 @@ SoTreeViewItem::SoTreeViewItem(SoNode* node, SoField* source, const SoTreeViewIt
       m_fresh(true),
       m_shown(true),
       m_referenceMark(false),
-      m_indexed(true)
+      m_indexed(true),
+      m_filteredOut(context.filter.hides(m_type)),
+      m_revealed(false),
+      m_hasHiddenRows(false)
 {
+    m_shown = !m_filteredOut;
     if (SoBaseKit* kit = kitFor(parent)) {
         m_partInfo = std::make_unique<PartInfo>();
         m_partInfo->kit = kit;
@@ -94,6 +99,8 @@ SoTreeViewItem::~SoTreeViewItem()
 void SoTreeViewItem::leave()
 {
     m_disabled = true;
+    if (m_hasHiddenRows)
+        dropHiddenRows();
     for (SoTreeViewItem** kept : m_context->remembered())
         if (*kept == this)
             *kept = nullptr;
@@ -143,16 +150,16 @@ void SoTreeViewItem::nodeDied()
     m_dead = true;
     m_indexed = false;
     m_context->dead.insert(this);
-    for (int i = childCount(); i-- > 0 && childItem(i)->isDirectlyFromField();)
-        childItem(i)->m_sourceField = nullptr;
+    for (int i = rowCount(); i-- > 0 && rowAt(i)->isDirectlyFromField();)
+        rowAt(i)->m_sourceField = nullptr;
     if (!mirabo::traitsOf(m_type).isKit)
         return;
     std::vector<const SoTreeViewItem*> open{this};
     while (!open.empty()) {
         const SoTreeViewItem* item = open.back();
         open.pop_back();
-        for (int i = 0; i < item->childCount(); ++i) {
-            const SoTreeViewItem* child = item->childItem(i);
+        for (int i = 0; i < item->rowCount(); ++i) {
+            const SoTreeViewItem* child = item->rowAt(i);
             if (!child->m_partInfo || child->m_partInfo->kit != m_node)
                 continue;
             child->m_partInfo->kit = nullptr;
@@ -171,17 +178,17 @@ void SoTreeViewItem::setIndexed(bool on)
             on ? m_context->index.add(item) : m_context->index.remove(item);
             item->m_indexed = on;
         }
-        for (int i = 0; i < item->childCount(); ++i)
-            open.push_back(item->childItem(i));
+        for (int i = 0; i < item->rowCount(); ++i)
+            open.push_back(item->rowAt(i));
     }
 }
 
 void SoTreeViewItem::removeChildItem(SoTreeViewItem* item)
 {
-    const int row = indexOfChild(item);
+    const int row = indexOfRow(item);
     if (row < 0)
         return;
-    takeChild(row);
+    takeRow(row);
     item->setIndexed(false);
     childrenChanged(row);
 }
@@ -189,8 +196,114 @@ void SoTreeViewItem::removeChildItem(SoTreeViewItem* item)
 void SoTreeViewItem::addChildItem(SoTreeViewItem* item)
 {
     item->setIndexed(true);
-    addChild(item);
-    childrenChanged(childCount() - 1);
+    insertRow(rowCount(), item);
+    childrenChanged(rowCount() - 1);
+}
+
+SoTreeViewItem* SoTreeViewItem::parentOfHidden() const
+{
+    const QTreeWidgetItem* above = parent(); // none: the root, or in no tree
+    return above ? static_cast<const mirabo::HiddenRows*>(above)->parentRow() : nullptr;
+}
+
+mirabo::HiddenRows& SoTreeViewItem::hiddenRows() const
+{
+    return *m_context->hidden.find(this)->second;
+}
+
+mirabo::HiddenRows& SoTreeViewItem::makeHiddenRows()
+{
+    if (m_hasHiddenRows)
+        return hiddenRows();
+    m_hasHiddenRows = true;
+    return *(m_context->hidden[this] = std::make_unique<mirabo::HiddenRows>(this));
+}
+
+void SoTreeViewItem::dropHiddenRows()
+{
+    // Rows that it deletes may come here as well.
+    const std::unique_ptr<mirabo::HiddenRows> gone =
+        std::move(m_context->hidden.find(this)->second);
+    m_context->hidden.erase(this);
+    m_hasHiddenRows = false;
+}
+
+int SoTreeViewItem::countWithHidden() const
+{
+    return hiddenRows().count();
+}
+
+SoTreeViewItem* SoTreeViewItem::atWithHidden(int row) const
+{
+    return hiddenRows().at(row);
+}
+
+int SoTreeViewItem::shownBefore(int row) const
+{
+    return hiddenRows().shownBefore(std::min(row, countWithHidden()));
+}
+
+int SoTreeViewItem::indexOfRow(const SoTreeViewItem* row) const
+{
+    if (row->m_filteredOut)
+        return row->parentItem() == this ? hiddenRows().placeOf(row) : -1;
+    const bool isKnown = child(row->m_row) == row;
+    const int at = isKnown ? row->m_row : indexOfChild(const_cast<SoTreeViewItem*>(row));
+    return m_hasHiddenRows && at >= 0 ? hiddenRows().placeOfShown(at) : at;
+}
+
+void SoTreeViewItem::insertRow(int at, QTreeWidgetItem* row)
+{
+    if (!m_hasHiddenRows && !static_cast<const SoTreeViewItem*>(row)->m_filteredOut)
+        insertChild(at, row);
+    else
+        makeHiddenRows().insert(at, row);
+}
+
+void SoTreeViewItem::insertRows(int at, const QList<QTreeWidgetItem*>& rows)
+{
+    const auto isHidden = [](const QTreeWidgetItem* row) {
+        return static_cast<const SoTreeViewItem*>(row)->m_filteredOut;
+    };
+    if (m_hasHiddenRows
+        || (m_context->filter.isOn() && std::any_of(rows.begin(), rows.end(), isHidden)))
+        makeHiddenRows().insert(at, rows);
+    else
+        insertChildren(at, rows);
+}
+
+SoTreeViewItem* SoTreeViewItem::takeRow(int at)
+{
+    if (!m_hasHiddenRows)
+        return static_cast<SoTreeViewItem*>(takeChild(at));
+    SoTreeViewItem* row = hiddenRows().take(at);
+    if (hiddenRows().hiddenCount() == 0)
+        dropHiddenRows();
+    return row;
+}
+
+QList<QTreeWidgetItem*> SoTreeViewItem::takeRows()
+{
+    if (!m_hasHiddenRows)
+        return takeChildren();
+    const QList<QTreeWidgetItem*> rows = hiddenRows().takeAll();
+    dropHiddenRows();
+    return rows;
+}
+
+void SoTreeViewItem::setFilteredOut(bool on, bool revealed)
+{
+    m_filteredOut = on;
+    m_revealed = revealed;
+    m_shown = !on && !m_disabled;
+}
+
+bool SoTreeViewItem::isInSight() const
+{
+    const SoTreeViewItem* at = this;
+    while (at && !at->m_filteredOut)
+        at = at->parentItem();
+    return !at;
 }
 
 SoNode* SoTreeViewItem::getParentNode() const
@@ -242,7 +355,7 @@ SoNode* SoTreeViewItem::getPartKit() const
 void SoTreeViewItem::setDisabledNode(bool on)
 {
     m_disabled = on;
-    setShown(!on);
+    setShown(!on && !m_filteredOut);
 }
 
 void SoTreeViewItem::setShown(bool on)
@@ -279,8 +392,11 @@ int SoTreeViewItem::childIndexValue() const
 {
     if (!m_shown)
         return -1;
-    const int row = rowInParent();
-    return parentItem() ? m_childIndex : row;
+    const SoTreeViewItem* above = parentItem();
+    if (!above)
+        return rowInParent();
+    numberIn(above);
+    return m_childIndex;
 }
 
 int SoTreeViewItem::rowInParent() const
@@ -289,9 +405,16 @@ int SoTreeViewItem::rowInParent() const
     if (!above)
         return treeWidget() ? treeWidget()->indexOfTopLevelItem(const_cast<SoTreeViewItem*>(this))
                             : 0;
+    if (m_filteredOut)
+        return above->hiddenRows().placeOf(this);
+    numberIn(above);
+    return above->m_hasHiddenRows ? above->hiddenRows().placeOfShown(m_row) : m_row;
+}
+
+void SoTreeViewItem::numberIn(const SoTreeViewItem* above) const
+{
     if (!isNumberedIn(above))
         above->numberChildrenUpTo(this);
-    return m_row;
 }
 
 bool SoTreeViewItem::isNumberedIn(const SoTreeViewItem* above) const

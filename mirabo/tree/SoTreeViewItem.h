@@ -16,6 +16,7 @@ class SoField;
 class SoNode;
 
 namespace mirabo {
+class HiddenRows;
 class NodeIndex;
 class RowKeeper;
 struct TreeContext;
@@ -63,7 +64,7 @@ public:
     void leaveTree();
     mirabo::RowKeeper* keeper() const;
 
-    /// Null past the end.
+    /// The n-th one that the filter shows; null past the end.
     virtual SoTreeViewItem* childItem(int n) const
     {
         return static_cast<SoTreeViewItem*>(child(n));
@@ -99,7 +100,10 @@ public:
 
     /// Null once the node that owns the field has died.
     SoField* getSourceField() const { return m_sourceField; }
-    SoTreeViewItem* parentItem() const { return static_cast<SoTreeViewItem*>(parent()); }
+    SoTreeViewItem* parentItem() const
+    {
+        return m_filteredOut ? parentOfHidden() : static_cast<SoTreeViewItem*>(parent());
+    }
     PartInfo::Kind getPartKind() const { return partInfo().partKind; }
 
     /// Reached by a field, or below a row that is.
@@ -121,6 +125,35 @@ public:
     bool isShown() const { return m_shown; }
     void setShown(bool on);
 
+    /// All rows directly below in the order of the graph, those that the filter hides included.
+    /// Whoever compares rows with the graph, or keeps their numbers, goes by these; Qt's children
+    /// are the shown ones only.
+    int rowCount() const { return m_hasHiddenRows ? countWithHidden() : childCount(); }
+    /// Null past the end.
+    SoTreeViewItem* rowAt(int row) const
+    {
+        return m_hasHiddenRows ? atWithHidden(row) : static_cast<SoTreeViewItem*>(child(row));
+    }
+    /// -1 for a row that is not directly below.
+    int indexOfRow(const SoTreeViewItem* row) const;
+    /// The rows must be in no tree.
+    void insertRow(int at, QTreeWidgetItem* row);
+    void insertRows(int at, const QList<QTreeWidgetItem*>& rows);
+    /// The caller owns what is taken.
+    SoTreeViewItem* takeRow(int at);
+    QList<QTreeWidgetItem*> takeRows();
+
+    /// The filter hides the row, and with it all that is below.
+    bool isFilteredOut() const { return m_filteredOut; }
+    /// It would hide the row, but somebody went to it.
+    bool isRevealed() const { return m_revealed; }
+    /// For the filter, while the row is in no tree or the root.
+    void setFilteredOut(bool on, bool revealed = false);
+    bool hasHiddenRows() const { return m_hasHiddenRows; }
+    /// False when the filter hides the row or one above it.
+    bool isInSight() const;
+    const mirabo::TreeContext& context() const { return *m_context; }
+
     bool hasReferenceMark() const { return m_referenceMark; }
     /// The name column carries an icon.
     bool hasNameIcon() const { return !icon(Name).isNull(); }
@@ -129,8 +162,11 @@ public:
     int childIndexValue() const;
     /// Position among all siblings, shown or not.
     int rowInParent() const;
-    /// Rows below, from `row` on, came or went: they are numbered anew when somebody asks.
-    void childrenChanged(int row = 0) { m_numbered = std::min(m_numbered, row); }
+    /// Rows below, from `row` of all on, came or went: they are numbered anew when somebody asks.
+    void childrenChanged(int row = 0)
+    {
+        m_numbered = std::min(m_numbered, m_hasHiddenRows ? shownBefore(row) : row);
+    }
     /// Where the row stood when somebody looked; a hint.
     int lastKnownRow() const { return m_row; }
     void setLastKnownRow(int row) { m_row = row; }
@@ -154,6 +190,14 @@ private:
     bool hasFieldNodeFont() const;
     void leave();
     void setIndexed(bool on);
+    SoTreeViewItem* parentOfHidden() const;
+    mirabo::HiddenRows& hiddenRows() const;
+    mirabo::HiddenRows& makeHiddenRows();
+    void dropHiddenRows();
+    int countWithHidden() const;
+    SoTreeViewItem* atWithHidden(int row) const;
+    int shownBefore(int row) const;
+    void numberIn(const SoTreeViewItem* above) const;
     bool isNumberedIn(const SoTreeViewItem* above) const;
     void numberChildrenUpTo(const SoTreeViewItem* item) const;
 
@@ -178,6 +222,9 @@ private:
     bool m_shown : 1;
     bool m_referenceMark : 1;
     bool m_indexed : 1;
+    bool m_filteredOut : 1;
+    bool m_revealed : 1;
+    bool m_hasHiddenRows : 1;
 };
 
 Q_DECLARE_METATYPE(SoTreeViewItem*)

@@ -8,6 +8,8 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNotification.h>
 
+#include <cstddef>
+
 namespace mirabo {
 
 namespace {
@@ -33,9 +35,9 @@ std::vector<SoTreeViewItem*> cutsBelow(SoTreeViewItem* top)
         open.pop_back();
         if (visit.depth > 0 && visit.depth % kSafeDepth == 0)
             cuts.push_back(visit.item);
-        for (int i = 0, n = visit.item->childCount(); i < n; ++i) {
-            SoTreeViewItem* child = visit.item->childItem(i);
-            if (child->childCount() > 0)
+        for (int i = 0, n = visit.item->rowCount(); i < n; ++i) {
+            SoTreeViewItem* child = visit.item->rowAt(i);
+            if (child->rowCount() > 0)
                 open.push_back({child, visit.depth + 1});
         }
     }
@@ -65,8 +67,11 @@ void TreeBuilder::fill(SoTreeViewItem* item)
     m_fieldNodes.collect(node, m_places);
     for (const PlacedNode& place : m_places)
         m_open.push_back(new SoTreeViewItem(place.node, place.field, item, m_context));
-    for (std::size_t i = firstNew; i < m_open.size(); ++i)
-        item->addChild(m_open[i]);
+    if (m_context.filter.isOn())
+        item->insertRows(0, {m_open.begin() + static_cast<std::ptrdiff_t>(firstNew), m_open.end()});
+    else
+        for (std::size_t i = firstNew; i < m_open.size(); ++i)
+            item->addChild(m_open[i]);
     if (!m_context.disabled.isEmpty())
         addGreyRows(item, m_context);
 }
@@ -105,7 +110,7 @@ void destroyRows(SoTreeViewItem* top)
     const std::vector<SoTreeViewItem*> cuts = cutsBelow(top);
     // From below, so that no row is walked through twice.
     for (auto at = cuts.rbegin(); at != cuts.rend(); ++at)
-        qDeleteAll((*at)->takeChildren());
+        qDeleteAll((*at)->takeRows());
     delete top;
 }
 

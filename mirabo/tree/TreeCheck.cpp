@@ -62,11 +62,12 @@ private:
         const std::vector<PlacedNode> places = placesBelow(item);
         std::size_t place = 0;
         int number = 0;
-        for (int i = 0; i < item->childCount(); ++i) {
-            const SoTreeViewItem* child = item->childItem(i);
+        for (int i = 0; i < item->rowCount(); ++i) {
+            const SoTreeViewItem* child = item->rowAt(i);
             m_open.push_back(child);
             if (child->data(0, Qt::UserRole).toInt() != (child->isShown() ? number++ : -1))
                 fail(item, i, "wrong number");
+            checkFilter(item, i);
             if (child->isDisabledNode())
                 checkDisabled(item, i);
             else if (place < places.size())
@@ -75,7 +76,7 @@ private:
                 fail(item, i, "one row too many");
         }
         if (place != places.size())
-            fail(item, item->childCount(), "a node has no row");
+            fail(item, item->rowCount(), "a node has no row");
     }
 
     std::vector<PlacedNode> placesBelow(const SoTreeViewItem* item)
@@ -86,7 +87,7 @@ private:
 
     void checkPlace(const SoTreeViewItem* item, int row, const PlacedNode& place)
     {
-        const SoTreeViewItem* child = item->childItem(row);
+        const SoTreeViewItem* child = item->rowAt(row);
         if (child->getNode() != place.node || child->getSourceField() != place.field)
             fail(item, row, "another node");
         else if (child->isFromField() != (place.field || item->isFromField()))
@@ -95,13 +96,25 @@ private:
 
     void checkDisabled(const SoTreeViewItem* item, int row)
     {
-        const SoTreeViewItem* child = item->childItem(row);
+        const SoTreeViewItem* child = item->rowAt(row);
         if (!item->hasDisabledChildren())
             fail(item, row, "a disabled row that its parent does not know of");
-        if (child->childCount() > 0)
+        if (child->rowCount() > 0)
             fail(item, row, "something below a disabled row");
         if (!m_view.context().disabled.find(child->getNode()))
             fail(item, row, "a disabled row whose node nobody keeps");
+    }
+
+    void checkFilter(const SoTreeViewItem* item, int row)
+    {
+        SoTreeViewItem* child = item->rowAt(row);
+        const bool isExcluded = m_view.context().filter.hides(child->getNodeType());
+        if (child->isFilteredOut() != (isExcluded && !child->isRevealed()))
+            fail(item, row, "hidden or shown against the filter");
+        if (child->isFilteredOut() != (child->parent() != item))
+            fail(item, row, "a hidden row that the widget knows, or a shown one that it does not");
+        if (child->parentItem() != item || child->rowInParent() != row)
+            fail(item, row, "a row that does not know its place");
     }
 
     void checkIndex()

@@ -2,14 +2,17 @@
 
 #include "mirabo/tree/Bookmarks.h"
 #include "mirabo/tree/DisabledPlaces.h"
+#include "mirabo/tree/HiddenRows.h"
 #include "mirabo/tree/NodeIndex.h"
 #include "mirabo/tree/NodeNews.h"
+#include "mirabo/tree/RowFilter.h"
 
 #include <QFont>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -37,14 +40,22 @@ struct TreeContext {
     /// Rows that somebody remembers; set to null when the row goes.
     SoTreeViewItem* pressed = nullptr;
     SoTreeViewItem* toShow = nullptr;
-    SoTreeViewItem* menuRow = nullptr; ///< the one that the open context menu is about
-    SoTreeViewItem* chosen = nullptr;  ///< the one that is being announced
-    std::array<SoTreeViewItem**, 4> remembered() { return {&pressed, &toShow, &menuRow, &chosen}; }
+    SoTreeViewItem* menuRow = nullptr;   ///< the one that the open context menu is about
+    SoTreeViewItem* chosen = nullptr;    ///< the one that is being announced
+    SoTreeViewItem* addTarget = nullptr; ///< where the next node is added
+    std::array<SoTreeViewItem**, 5> remembered()
+    {
+        return {&pressed, &toShow, &menuRow, &chosen, &addTarget};
+    }
 
     /// Counts what may give parts of kits other names; never 0.
     std::uint32_t changes = 1;
 
-    /// Open branches that the view was made to forget for a while.
+    RowFilter filter;
+    /// By parent; only those that the filter hides rows of.
+    std::unordered_map<const SoTreeViewItem*, std::unique_ptr<HiddenRows>> hidden;
+
+    /// Open branches that the view was made to forget for a while, or that the filter hides.
     std::unordered_set<SoTreeViewItem*> putAside;
 
     /// Takes over the rows that go while the current row is being announced.

@@ -163,6 +163,7 @@ void TreeNavigator::goTo(SoTreeViewItem* row)
         m_tree->goToItem(row);
         return;
     }
+    m_tree->reveal(row);
     m_tree->scrollToItem(row);
     m_tree->setCurrentItem(row);
 }

@@ -5,6 +5,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoNode.h>
@@ -47,7 +48,7 @@ public:
                 ++row;
         return row;
     }
-    const SoNode* nodeAt(int entry) const { return m_item->childItem(rowOf(entry))->getNode(); }
+    const SoNode* nodeAt(int entry) const { return m_item->rowAt(rowOf(entry))->getNode(); }
     /// Whether the row of `entry` stands for `other` of the list; true beyond both ends.
     bool agree(int entry, const ShownChildren& children, int other) const
     {
@@ -61,7 +62,7 @@ public:
     {
         for (Grey& grey : m_grey)
             if (grey.row >= row)
-                grey.item->setLastKnownRow(grey.row += by);
+                keepRow(grey.item, grey.row += by);
     }
 
 private:
@@ -83,10 +84,18 @@ private:
         std::sort(m_grey.begin(), m_grey.end(),
                   [](const Grey& a, const Grey& b) { return a.row < b.row; });
     }
+    /// Rows that the filter shows know their number among those only.
+    void keepRow(SoTreeViewItem* item, int row) const
+    {
+        if (!m_item->hasHiddenRows())
+            item->setLastKnownRow(row);
+    }
     int rowOfItem(SoTreeViewItem* item) const
     {
-        if (m_item->child(item->lastKnownRow()) != item)
-            item->setLastKnownRow(m_item->indexOfChild(item));
+        if (m_item->hasHiddenRows())
+            return m_item->indexOfRow(item);
+        if (m_item->rowAt(item->lastKnownRow()) != item)
+            item->setLastKnownRow(m_item->indexOfRow(item));
         return item->lastKnownRow();
     }
 
@@ -104,12 +113,12 @@ struct FieldRows {
 /// The first row behind those of the same field as `row`.
 int endOfField(const SoTreeViewItem* item, int row)
 {
-    const SoField* field = item->childItem(row)->getSourceField();
+    const SoField* field = item->rowAt(row)->getSourceField();
     int low = row + 1;
-    for (int high = item->childCount(); low < high;) {
+    for (int high = item->rowCount(); low < high;) {
         // Rows of other fields differ from here on, so that halves decide.
         const int middle = low + (high - low) / 2;
-        if (item->childItem(middle)->getSourceField() == field)
+        if (item->rowAt(middle)->getSourceField() == field)
             low = middle + 1;
         else
             high = middle;
@@ -120,9 +129,9 @@ int endOfField(const SoTreeViewItem* item, int row)
 FieldRows rowsOf(const SoTreeViewItem* item, const SoField* field)
 {
     int row = childRowCount(item);
-    while (row < item->childCount() && item->childItem(row)->getSourceField() != field)
+    while (row < item->rowCount() && item->rowAt(row)->getSourceField() != field)
         row = endOfField(item, row);
-    return {row, row < item->childCount() ? endOfField(item, row) - row : 0};
+    return {row, row < item->rowCount() ? endOfField(item, row) - row : 0};
 }
 
 /// The values of a field that have rows: all of them, if there are so many, or else those that are
@@ -148,8 +157,7 @@ bool agrees(const SoTreeViewItem* item, const FieldRows& rows, int row,
     if (row < 0 || row >= rows.count)
         return !isEntry;
     return isEntry
-           && item->childItem(rows.begin + row)->getNode()
-                  == nodes[static_cast<std::size_t>(entry)];
+           && item->rowAt(rows.begin + row)->getNode() == nodes[static_cast<std::size_t>(entry)];
 }
 
 /// What the user has opened and chosen below a row, while its rows are taken out and put back.
@@ -162,11 +170,11 @@ public:
         while (!open.empty()) {
             SoTreeViewItem* item = open.back();
             open.pop_back();
-            for (int i = 0; i < item->childCount(); ++i) {
-                SoTreeViewItem* child = item->childItem(i);
+            for (int i = 0; i < item->rowCount(); ++i) {
+                SoTreeViewItem* child = item->rowAt(i);
                 if (child == m_current)
                     m_holdsCurrent = true;
-                if (child->childCount() == 0)
+                if (child->rowCount() == 0)
                     continue;
                 if (m_view.isOpen(child))
                     m_expanded.push_back(child);
@@ -177,13 +185,13 @@ public:
     /// A row is going away with everything below it.
     void forget(const SoTreeViewItem* gone)
     {
-        const auto isBelow = [gone](const QTreeWidgetItem* item) {
+        const auto isBelow = [gone](const SoTreeViewItem* item) {
             while (item && item != gone)
-                item = item->parent();
+                item = item->parentItem();
             return item != nullptr;
         };
         std::erase_if(m_expanded, isBelow);
-        if (m_holdsCurrent && isBelow(m_current))
+        if (m_holdsCurrent && isBelow(asItem(m_current)))
             m_holdsCurrent = false;
     }
     void restore()
@@ -206,9 +214,9 @@ private:
 int childRowCount(const SoTreeViewItem* item)
 {
     int low = 0;
-    for (int high = item->childCount(); low < high;) {
+    for (int high = item->rowCount(); low < high;) {
         const int middle = low + (high - low) / 2;
-        if (item->childItem(middle)->isDirectlyFromField())
+        if (item->rowAt(middle)->isDirectlyFromField())
             high = middle;
         else
             low = middle + 1;
@@ -237,14 +245,14 @@ void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* fi
     rows.reserve(count);
     for (int i = 0; i < count; ++i)
         rows.append(m_builder.build(first[i].node, first[i].field, item));
-    item->insertChildren(row, rows);
+    item->insertRows(row, rows);
     rowsChanged(item, row);
 }
 
 void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& place)
 {
     m_view.rowsAboutToChange();
-    item->insertChild(row, m_builder.build(place.node, place.field, item));
+    item->insertRow(row, m_builder.build(place.node, place.field, item));
     rowsChanged(item, row);
 }
 
@@ -252,7 +260,7 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 {
     m_view.rowsAboutToChange();
     const SbTime start = SbTime::monotonic();
-    auto* taken = static_cast<SoTreeViewItem*>(item->takeChild(row));
+    auto* taken = item->takeRow(row);
     const SbTime end = SbTime::monotonic();
     destroyRows(taken);
     rowsChanged(item, row); // first: it may have been the last one of an open branch
@@ -261,9 +269,9 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 
 void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)
 {
-    if (count == item->childCount() && count > 0) {
+    if (count == item->rowCount() && count > 0) {
         m_view.rowsAboutToChange();
-        for (QTreeWidgetItem* taken : item->takeChildren())
+        for (QTreeWidgetItem* taken : item->takeRows())
             destroyRows(static_cast<SoTreeViewItem*>(taken));
         rowsChanged(item);
         return;
@@ -284,11 +292,11 @@ void TreePatcher::rearrange(SoTreeViewItem* item, int begin, int end, const Plac
     ViewState state(m_view, item);
     std::unordered_multimap<const SoNode*, SoTreeViewItem*> old;
     for (int row = end; row-- > begin;) // an inserted duplicate is found first
-        old.emplace(item->childItem(row)->getNode(), item->childItem(row));
+        old.emplace(item->rowAt(row)->getNode(), item->rowAt(row));
     QList<QTreeWidgetItem*> rows;
-    rows.reserve(item->childCount() - (end - begin) + count);
+    rows.reserve(item->rowCount() - (end - begin) + count);
     for (int row = 0; row < begin; ++row)
-        rows.append(item->child(row));
+        rows.append(item->rowAt(row));
     std::vector<std::pair<int, PlacedNode>> missing;
     for (int i = 0; i < count; ++i) {
         auto [at, last] = old.equal_range(first[i].node);
@@ -300,17 +308,17 @@ void TreePatcher::rearrange(SoTreeViewItem* item, int begin, int end, const Plac
         if (at != last)
             old.erase(at);
     }
-    for (int row = end; row < item->childCount(); ++row)
-        rows.append(item->child(row));
+    for (int row = end; row < item->rowCount(); ++row)
+        rows.append(item->rowAt(row));
     for (const auto& gone : old)
         state.forget(gone.second);
 
-    item->takeChildren();
+    item->takeRows();
     for (const auto& gone : old)
         destroyRows(gone.second);
     for (const auto& [row, place] : missing)
         rows[row] = m_builder.build(place.node, place.field, item);
-    item->insertChildren(0, rows);
+    item->insertRows(0, rows);
     rowsChanged(item);
     state.restore();
 }
@@ -323,9 +331,9 @@ bool TreePatcher::syncRows(SoTreeViewItem* item, int begin, int end,
     const auto at = [&wanted](int i) -> const PlacedNode& {
         return wanted[static_cast<std::size_t>(i)];
     };
-    while (begin < end && first < last && placeOf(item->childItem(begin)) == at(first))
+    while (begin < end && first < last && placeOf(item->rowAt(begin)) == at(first))
         ++begin, ++first;
-    while (begin < end && first < last && placeOf(item->childItem(end - 1)) == at(last - 1))
+    while (begin < end && first < last && placeOf(item->rowAt(end - 1)) == at(last - 1))
         --end, --last;
     if (begin == end && first == last)
         return false;
@@ -349,7 +357,7 @@ bool TreePatcher::isInLine(const SoTreeViewItem* item) const
     const ShownChildren children = shownChildren(item->getNode(), m_context);
     int entry = 0;
     for (int row = 0, rows = childRowCount(item); row < rows; ++row) {
-        const SoTreeViewItem* child = item->childItem(row);
+        const SoTreeViewItem* child = item->rowAt(row);
         if (child->isDisabledNode())
             continue;
         if (entry >= children.count() || children[entry] != child->getNode())
@@ -372,22 +380,22 @@ bool TreePatcher::syncAroundDisabled(SoTreeViewItem* item)
     std::vector<Aside> aside;
     QTreeWidgetItem* before = nullptr;
     for (int row = 0; row < childRowCount(item);) {
-        if (!item->childItem(row)->isDisabledNode()) {
-            before = item->child(row++);
+        if (!item->rowAt(row)->isDisabledNode()) {
+            before = item->rowAt(row++);
             continue;
         }
         m_view.rowsAboutToChange();
-        aside.push_back({item->takeChild(row), before});
+        aside.push_back({item->takeRow(row), before});
     }
     item->setHasDisabledChildren(false);
     syncChildren(item);
     std::unordered_map<const QTreeWidgetItem*, int> rows;
     for (int row = 0; row < childRowCount(item); ++row)
-        rows.emplace(item->child(row), row);
+        rows.emplace(item->rowAt(row), row);
     // From behind, so that the rows found stay right; what lost its place goes to the front.
     for (auto at = aside.rbegin(); at != aside.rend(); ++at) {
         const auto found = rows.find(at->before);
-        item->insertChild(found == rows.end() ? 0 : found->second + 1, at->row);
+        item->insertRow(found == rows.end() ? 0 : found->second + 1, at->row);
         if (at->row == current)
             m_view.setCurrentItem(at->row);
     }
@@ -473,7 +481,7 @@ bool TreePatcher::fieldNodeRemoved(SoTreeViewItem* item, SoMNodeField* field, co
     const std::vector<SoNode*>& nodes = valuesWithRows(field, rows.count - 1, index, copy);
     const bool asExpected = !traitsOf(item->getNodeType()).isKit && index >= 0 && index < rows.count
                             && static_cast<int>(nodes.size()) == rows.count - 1
-                            && item->childItem(rows.begin + index)->getNode() == child
+                            && item->rowAt(rows.begin + index)->getNode() == child
                             && agrees(item, rows, index - 1, nodes, index - 1)
                             && agrees(item, rows, index + 1, nodes, index);
     if (!asExpected)
@@ -493,7 +501,7 @@ bool TreePatcher::fieldNodeReplaced(SoTreeViewItem* item, SoMNodeField* field, i
                             && agrees(item, rows, index + 1, nodes, index + 1);
     if (!asExpected)
         return syncFields(item);
-    if (item->childItem(rows.begin + index)->getNode() == nodes[at])
+    if (item->rowAt(rows.begin + index)->getNode() == nodes[at])
         return false;
     removeRow(item, rows.begin + index);
     insertRow(item, rows.begin + index, {field, nodes[at]});
@@ -515,7 +523,7 @@ bool TreePatcher::syncFields(SoTreeViewItem* item)
 {
     std::vector<PlacedNode> wanted;
     FieldNodes().collect(item->getNode(), wanted);
-    return syncRows(item, childRowCount(item), item->childCount(), wanted);
+    return syncRows(item, childRowCount(item), item->rowCount(), wanted);
 }
 
 bool TreePatcher::sync(SoTreeViewItem* item)
@@ -541,8 +549,8 @@ bool TreePatcher::syncSince(SoTreeViewItem* item, std::uint64_t since)
         if (unheard != m_context.unheard.end())
             visit.since = std::min(visit.since, unheard->second);
         changed = sync(visit.item) || changed;
-        for (int i = 0; i < visit.item->childCount(); ++i) {
-            SoTreeViewItem* child = visit.item->childItem(i);
+        for (int i = 0; i < visit.item->rowCount(); ++i) {
+            SoTreeViewItem* child = visit.item->rowAt(i);
             const SoNode* node = child->getNode();
             if (node && (node->getChangeId() >= visit.since || m_context.unheard.count(node)))
                 open.push_back({child, visit.since});

@@ -36,6 +36,7 @@ namespace {
 
 const QString kDragText = QStringLiteral("Mirabo/Drop");
 const QString kEmptyHint = QStringLiteral("No scene: open a file or drop one here");
+const QString kHiddenHint = QStringLiteral("The filter hides the root of the scene");
 constexpr int kHintMargin = 24;
 /// What is looked at to tell whether something below a row is closed.
 constexpr int kExploreRows = 20000;
@@ -124,11 +125,12 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
     QTreeWidget::paintEvent(event);
     QPainter painter(viewport());
     m_dropGuide->paint(painter);
-    if (topLevelItemCount() > 0)
+    const SoTreeViewItem* root = rootItem();
+    if (root && !root->isFilteredOut())
         return;
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect().adjusted(kHintMargin, 0, -kHintMargin, 0),
-                     Qt::AlignCenter | Qt::TextWordWrap, kEmptyHint);
+                     Qt::AlignCenter | Qt::TextWordWrap, root ? kHiddenHint : kEmptyHint);
 }
 
 void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)

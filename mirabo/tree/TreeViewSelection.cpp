@@ -28,7 +28,7 @@ int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
     if (!item->getParentNode())
         return -1;
     const mirabo::ShownChildren children = mirabo::shownChildren(item->getParentNode(), context);
-    int row = item->childIndexValue();
+    int row = item->parentItem()->hasHiddenRows() ? item->rowInParent() : item->childIndexValue();
     if (row < 0 || row >= children.count() || children[row] != item->getNode())
         for (row = 0; row < children.count() && children[row] != item->getNode();)
             ++row;
@@ -40,7 +40,7 @@ std::vector<int> placeOf(const SoTreeViewItem* item)
 {
     std::vector<int> place;
     for (; item; item = item->parentItem())
-        place.push_back(item->childIndexValue());
+        place.push_back(item->rowInParent());
     std::reverse(place.begin(), place.end());
     return place;
 }
@@ -141,6 +141,7 @@ void SoMiraboTreeView::goToItem(SoTreeViewItem* item)
 {
     if (!item || !item->isFresh())
         return;
+    reveal(item);
     scrollToItem(item); // opens its ancestors
     setCurrentItem(item);
     m_textPending = true;
@@ -183,7 +184,7 @@ void SoMiraboTreeView::showWhatChanged()
     const bool outlines = !item && outlinesChanges();
     if (changed && !m_userChose && (!item || !outlinesChanges()))
         item = changed;
-    if (!item || item == currentItem() || isUserBusy())
+    if (!item || !item->isInSight() || item == currentItem() || isUserBusy())
         return;
     if (outlines) {
         showItem(item);

@@ -34,7 +34,8 @@ bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& contex
         return std::find(places.begin(), places.end(), place) != places.end();
     }
     const mirabo::ShownChildren children = mirabo::shownChildren(parent, context);
-    const int row = item->childIndexValue();
+    const int row =
+        item->parentItem()->hasHiddenRows() ? item->rowInParent() : item->childIndexValue();
     if (row >= 0 && row < children.count() && children[row] == item->getNode())
         return true;
     return children.nodes

@@ -1,6 +1,7 @@
 #include "TreeTestScene.h"
 
 #include "mirabo/tree/DisabledNodes.h"
+#include "mirabo/tree/NodeCategory.h"
 
 #include <kalmyr/nodekits/SoNodeKitListPart.h>
 #include <kalmyr/nodekits/SoShapeKit.h>
@@ -351,6 +352,86 @@ TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
             pass();
         }
     }
+}
+
+namespace {
+
+/// The rows of a view that the filter should show, from those of one without a filter. Disabled
+/// nodes are a view's own affair, and revealed rows stand against the filter.
+std::string filterFault(const SoTreeViewItem* shown, const SoTreeViewItem* all, int mask)
+{
+    std::vector<SoTreeViewItem*> expected;
+    for (int i = 0; i < all->childCount(); ++i) {
+        const int category = static_cast<int>(mirabo::categoryOf(all->childItem(i)->getNodeType()));
+        if (category == static_cast<int>(mirabo::NodeCategory::Dragger) || (category & mask))
+            expected.push_back(all->childItem(i));
+    }
+    std::size_t next = 0;
+    for (int i = 0; i < shown->childCount(); ++i) {
+        const SoTreeViewItem* row = shown->childItem(i);
+        if (row->isDisabledNode() || row->isRevealed())
+            continue;
+        if (next == expected.size() || expected[next]->getNode() != row->getNode()
+            || expected[next]->getSourceField() != row->getSourceField())
+            return "a row that is not expected, number " + std::to_string(i);
+        if (const std::string fault = filterFault(row, expected[next++], mask); !fault.empty())
+            return fault;
+    }
+    return next == expected.size() ? "" : "a row is missing";
+}
+
+/// Masks that hide nothing, some, and nearly everything.
+int maskFrom(std::mt19937& random)
+{
+    const int mask = static_cast<int>(random()) & mirabo::kAllCategories;
+    const int groups = static_cast<int>(mirabo::NodeCategory::Group)
+                       | static_cast<int>(mirabo::NodeCategory::Separator);
+    switch (random() % 4) {
+    case 0:
+        return mirabo::kAllCategories;
+    case 1:
+        return mask;
+    default:
+        return mask | groups;
+    }
+}
+
+} // namespace
+
+TEST_P(TreeRandomEdits, ShowWhatTheFilterShows)
+{
+    SoMiraboTreeView unfiltered;
+    unfiltered.setSceneGraph(root.get());
+    Script script(view, root.get(), GetParam());
+    view.show();
+    std::mt19937 random(GetParam());
+    int revealed = 0;
+    for (int i = 0; i < steps(); ++i) {
+        if (i % 7 == 0)
+            view.setFilter(maskFrom(random));
+        script.step();
+        ASSERT_EQ(check(), "") << "after step " << i;
+        if (!view.rootItem()->isFilteredOut()) {
+            ASSERT_EQ(filterFault(view.rootItem(), unfiltered.rootItem(), view.getFilter()), "")
+                << "after step " << i;
+        }
+        if (i % 10 == 0) {
+            if (QTreeWidgetItem* item = view.itemAt(5, static_cast<int>(random() % 400)))
+                item->setExpanded(random() % 4 != 0);
+            SoTreeViewItem* row = view.rootItem();
+            while (row->rowCount() > 0 && random() % 4)
+                row =
+                    row->rowAt(static_cast<int>(random() % static_cast<unsigned>(row->rowCount())));
+            revealed += !row->isInSight();
+            view.showItem(row); // perhaps a hidden one
+            EXPECT_TRUE(row->isInSight());
+            pass();
+        }
+    }
+    EXPECT_GT(revealed, 0);
+    view.setFilter(mirabo::kAllCategories);
+    EXPECT_EQ(view.context().hidden.size(), 0u);
+    EXPECT_EQ(filterFault(view.rootItem(), unfiltered.rootItem(), mirabo::kAllCategories), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u, 4u));
