@@ -18,6 +18,7 @@
 #include <QPointer>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QToolButton>
 #include <QUrl>
 
 using mirabo::ActionId;
@@ -203,6 +204,13 @@ void SoMiraboMainFrame::createToolBars()
     QToolBar* filter = addNamedToolBar("Filter Tool Bar");
     addEntries(filter, {ActionId::ToggleFilters, kSeparator});
     addCategories(filter);
+    // The bar is full: the arrow beside the toggle leads to the dialog.
+    auto* toggle =
+        qobject_cast<QToolButton*>(filter->widgetForAction(action(ActionId::ToggleFilters)));
+    auto* custom = new QMenu(toggle);
+    custom->addAction(action(ActionId::CustomFilter));
+    toggle->setMenu(custom);
+    toggle->setPopupMode(QToolButton::MenuButtonPopup);
 }
 
 void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
@@ -260,6 +268,8 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
 void SoMiraboMainFrame::connectFilters(SoCommandManager* hub)
 {
     connect(this, &SoMiraboMainFrame::filterChanged, hub, &SoCommandManager::setFilter);
+    connect(action(ActionId::Filter), &QAction::triggered, hub,
+            [hub] { hub->actions().run(ActionId::Filter); });
     connect(action(ActionId::ToggleFilters), &QAction::toggled, this,
             &SoMiraboMainFrame::on_toggleFilterAction_toggled);
     connect(action(ActionId::CustomFilter), &QAction::toggled, this,
@@ -273,24 +283,38 @@ QAction* SoMiraboMainFrame::categoryAction(int bit) const
     return action(static_cast<ActionId>(static_cast<int>(ActionId::Appearance) + bit));
 }
 
+int SoMiraboMainFrame::getCheckedCategories() const
+{
+    int mask = 0;
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        if (categoryAction(bit)->isChecked())
+            mask |= 1 << bit;
+    return mask;
+}
+
+void SoMiraboMainFrame::checkCategories(int mask)
+{
+    m_checkingAll = true;
+    for (int bit = 0; bit < kCategoryCount; ++bit)
+        categoryAction(bit)->setChecked(mask & 1 << bit);
+    m_checkingAll = false;
+    on_filterChanged();
+}
+
 void SoMiraboMainFrame::on_toggleFilterAction_toggled(bool on)
 {
-    m_togglingAll = true;
-    for (int bit = 0; bit < kCategoryCount; ++bit)
-        categoryAction(bit)->setChecked(on);
-    m_togglingAll = false;
-    on_filterChanged();
+    m_filterMask = on ? getCheckedCategories() : mirabo::kAllCategories;
+    Q_EMIT filterChanged(m_filterMask);
 }
 
 void SoMiraboMainFrame::on_filterChanged()
 {
-    if (m_togglingAll)
+    if (m_checkingAll)
         return;
-    m_filterMask = 0;
-    for (int bit = 0; bit < kCategoryCount; ++bit)
-        if (categoryAction(bit)->isChecked())
-            m_filterMask |= 1 << bit;
-    Q_EMIT filterChanged(m_filterMask);
+    if (action(ActionId::ToggleFilters)->isChecked())
+        on_toggleFilterAction_toggled(true);
+    else
+        action(ActionId::ToggleFilters)->setChecked(true);
 }
 
 void SoMiraboMainFrame::on_customFilterAction_toggled(bool on)

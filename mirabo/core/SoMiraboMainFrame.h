@@ -34,7 +34,12 @@ public:
 
     QAction* action(mirabo::ActionId id) const { return m_actions[static_cast<std::size_t>(id)]; }
     void showRecentFiles(const QStringList& paths);
+    /// The categories that are shown: all of them while "Toggle Filters" is off.
     int getFilterMask() const { return m_filterMask; }
+    /// The categories that are checked, whether the filter is on or off.
+    int getCheckedCategories() const;
+    /// Checks those categories and no others, and turns the filter on.
+    void checkCategories(int mask);
 
     /// Asked before the user's closing the window has any effect: false keeps it open.
     void setCloseQuestion(std::function<bool()> mayClose) { m_mayClose = std::move(mayClose); }
@@ -49,13 +54,14 @@ public:
     }
 
 public Q_SLOTS:
-    /// Checks or unchecks all categories.
+    /// Turns the filter on or off; the categories that are checked stay so.
     void on_toggleFilterAction_toggled(bool on);
+    /// Other categories are checked: turns the filter on.
     void on_filterChanged();
     void on_customFilterAction_toggled(bool on);
 
 Q_SIGNALS:
-    /// One bit for each category that is checked, in the order of their actions.
+    /// One bit for each category that is shown, in the order of their actions.
     void filterChanged(int mask);
     void customFilterToggled(bool on);
     /// The selected row of a field list, or the current one of the tree, was dropped here.
@@ -88,7 +94,7 @@ private:
     QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;
     bool m_mayReplaceScene = false;
-    bool m_togglingAll = false; ///< the categories follow one action
+    bool m_checkingAll = false; ///< several categories change at once
     std::function<bool()> m_mayClose;
     std::function<void()> m_closeHandler;
     std::function<void()> m_deathHandler;

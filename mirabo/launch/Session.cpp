@@ -25,6 +25,7 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
+#include "mirabo/tree/FilterActions.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/NodePlace.h"
 #include "mirabo/tree/RowActions.h"
@@ -187,6 +188,7 @@ void Session::createNavigator()
 {
     m_navigator = new TreeNavigator(m_tree, m_frame->findChild<QComboBox*>("SearchBox"), hub());
     m_navigator->setSceneNamer(&nameOfScene);
+    new FilterActions(m_tree, m_frame, hub()); // the tree owns it
 }
 
 void Session::connectOverview()

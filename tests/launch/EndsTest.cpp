@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPointer>
@@ -287,6 +288,26 @@ const std::vector<Place>& places()
                                             });
              QTreeWidget* fields = EndsTest::list("m_nodeOverviewList");
              EndsTest::click(fields, fields->topLevelItem(1));
+         }},
+        {"FilterDialog",
+         [](Act act) {
+             EndsTest::click(EndsTest::tree(), EndsTest::cube());
+             EndsTest::action("Custom...")->trigger();
+             auto* dialog = EndsTest::window()->findChild<QDialog*>("FilterDialog");
+             ASSERT_TRUE(dialog && QTest::qWaitForWindowExposed(dialog));
+             const auto connection = std::make_shared<QMetaObject::Connection>();
+             *connection = QObject::connect(EndsTest::tree(), &QTreeWidget::currentItemChanged,
+                                            [act, connection] { // the filter hides it
+                                                QObject::disconnect(*connection);
+                                                act();
+                                            });
+             for (auto* box : dialog->findChildren<QAbstractButton*>())
+                 if (box->text() == "Shape") {
+                     EndsTest::clickAt(box, QPoint(5, box->height() / 2));
+                     break;
+                 }
+             if (SoMirabo::isRunning())
+                 EndsTest::action("Toggle Filters")->setChecked(false);
          }},
     };
     return s_places;

@@ -167,10 +167,15 @@ TEST_F(MainFrameTest, FilterMaskFollowsTheCategories)
     EXPECT_EQ(frame.getFilterMask(), 16382 - 8192);
     EXPECT_EQ(spy.count(), 2);
     frame.action(ActionId::ToggleFilters)->setChecked(false);
-    EXPECT_EQ(frame.getFilterMask(), 0);
-    EXPECT_EQ(spy.count(), 3) << "once for all of them";
+    EXPECT_EQ(frame.getFilterMask(), 16383) << "everything is shown while the filter is off";
+    EXPECT_EQ(spy.count(), 3);
     frame.action(ActionId::ToggleFilters)->setChecked(true);
-    EXPECT_EQ(frame.getFilterMask(), 16383);
+    EXPECT_EQ(frame.getFilterMask(), 16382 - 8192) << "the last choice is back";
+    frame.action(ActionId::ToggleFilters)->setChecked(false);
+    frame.checkCategories(1024 + 512);
+    EXPECT_EQ(frame.getFilterMask(), 1024 + 512);
+    EXPECT_TRUE(frame.action(ActionId::ToggleFilters)->isChecked());
+    EXPECT_EQ(spy.count(), 6) << "once for all of them";
 }
 
 TEST_F(MainFrameTest, ViewMenuShowsAndHidesDocksAndToolBars)
