@@ -253,8 +253,8 @@ TEST_F(TreeDrag, MarksThePlaceInTheTree)
 
     // What is refused has another mark than what is taken.
     press(wheel);
-    const QRect refused = markAt(cube);
-    EXPECT_TRUE(rectOf(cube).contains(refused))
+    const QRect refused = markAt(cube); // its dashes are blurred by a pixel
+    EXPECT_TRUE(rectOf(cube).adjusted(0, -1, 0, 1).contains(refused))
         << refused.top() << ' ' << refused.bottom() << ' ' << rectOf(cube).top();
     enter();
     moveTo(hub);

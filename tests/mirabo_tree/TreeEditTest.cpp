@@ -325,12 +325,11 @@ TEST_F(TreeEdit, GivesBackTheGreyRowsThatThereWere)
     view.setCurrentItem(view.occurrencesOf(part).back());
     view.ignoreEnable();
     ASSERT_EQ(rowsOf(part), 1);
-    const std::string look = lookOf(view);
     view.setCurrentItem(row(kit));
-    const std::string before = lookOf(view);
+    const std::string look = lookOf(view);
     ASSERT_TRUE(edited.editor.deleteCurrent());
     edited.stack.undo();
-    EXPECT_EQ(lookOf(view), before);
+    EXPECT_EQ(lookOf(view), look);
     EXPECT_EQ(rowsOf(part), 1);
     edited.stack.undo();
     EXPECT_EQ(rowsOf(part), 2);
