@@ -43,7 +43,7 @@ int without(C... categories)
 }
 
 /// What the user sees of the tree: rows, and which of them are open.
-std::string lookOf(const SoMiraboTreeView& view)
+std::string openRowsOf(const SoMiraboTreeView& view)
 {
     std::string look;
     std::vector<const SoTreeViewItem*> open{view.rootItem()};
@@ -274,7 +274,7 @@ TEST_F(TreeFilter, CommandsAreExactUnderIt)
         view.setFilter(mask);
         pass();
         const std::string text = textOf(root.get());
-        const std::string look = lookOf(view);
+        const std::string look = openRowsOf(view);
         std::mt19937 random(static_cast<unsigned>(mask));
         int done = 0;
         for (int i = 0; i < 300; ++i) {
@@ -308,7 +308,7 @@ TEST_F(TreeFilter, CommandsAreExactUnderIt)
         while (edited.stack.canUndo())
             edited.stack.undo();
         EXPECT_EQ(textOf(root.get()), text);
-        EXPECT_EQ(lookOf(view), look);
+        EXPECT_EQ(openRowsOf(view), look);
         EXPECT_EQ(check(), "");
         while (edited.stack.canRedo())
             edited.stack.redo();
