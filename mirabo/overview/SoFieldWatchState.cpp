@@ -31,7 +31,9 @@ void SoFieldWatchState::enter()
 
 void SoFieldWatchState::leave()
 {
-    m_watch->disconnect(this);
+    // Not the signal that enters it again.
+    disconnect(m_watch, &QTreeWidget::currentItemChanged, this, nullptr);
+    disconnect(m_watch, &SoFieldWatch::listCleared, this, nullptr);
     if (m_hub)
         m_hub->actions().withdraw(ActionId::Delete, this);
 }

@@ -38,7 +38,7 @@ void SoTreeViewState::enter()
 
 void SoTreeViewState::leave()
 {
-    m_tree->disconnect(this);
+    disconnect(m_tree, &QTreeWidget::currentItemChanged, this, nullptr);
     if (m_hub)
         m_hub->actions().withdraw(ActionId::Delete, this);
 }
