@@ -6,9 +6,11 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
+#include <QTest>
 #include <QTimer>
 #include <QTreeWidgetItemIterator>
 #include <QUrl>
+#include <QWindow>
 
 #include <fstream>
 
@@ -24,6 +26,20 @@ void LaunchTest::SetUp()
     m_topLevels = QApplication::topLevelWidgets().size();
 }
 
+namespace {
+
+/// A window that went while a button was down leaves it down for the tests that follow.
+void releaseMouse()
+{
+    QWindow window;
+    window.create();
+    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton})
+        if (QGuiApplication::mouseButtons() & button)
+            QTest::mouseRelease(&window, button);
+}
+
+} // namespace
+
 void LaunchTest::TearDown()
 {
     hooks().m_mirabo_stop();
@@ -31,6 +47,7 @@ void LaunchTest::TearDown()
     EXPECT_EQ(window(), nullptr);
     EXPECT_EQ(QApplication::topLevelWidgets().size(), m_topLevels);
     pass();
+    releaseMouse();
     SoQt::finish();
     QSettings("Mirabo", "MiraboViewer").clear();
 }
