@@ -9,6 +9,7 @@
 #include "mirabo/tree/TreeBuilder.h"
 #include "mirabo/tree/TreePatcher.h"
 
+#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/io/SoWriteLock.h>
 #include <kalmyr/nodes/SoGroup.h>
 
@@ -31,6 +32,13 @@ bool holds(const SavedLinks* only, const SoNode* parent, int index)
               });
 }
 
+/// Whether a node stands at a place, in a group that perhaps is nowhere shown.
+bool isAt(const ParentLink& place, const SoNode* node)
+{
+    const SoChildList* children = place.parent->getChildren();
+    return children && place.index < children->getLength() && (*children)[place.index] == node;
+}
+
 SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const SavedLinks* only)
 {
     SavedLinks saved{node, {}};
@@ -44,6 +52,10 @@ SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const
             if (children[i] == node && holds(only, parent, static_cast<int>(i)))
                 saved.links.push_back({parent, static_cast<int>(i)});
     }
+    // A group that was deleted after its child had been taken out got it back all the same.
+    for (const ParentLink& place : only ? only->links : std::vector<ParentLink>())
+        if (!seen.count(place.parent.get()) && isAt(place, node))
+            saved.links.push_back(place);
     return saved;
 }
 

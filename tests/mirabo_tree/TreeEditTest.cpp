@@ -338,6 +338,32 @@ TEST_F(TreeEdit, GivesBackTheGreyRowsThatThereWere)
     EXPECT_EQ(check(), "");
 }
 
+/// Enabling puts the node into a group that was deleted meanwhile as well; so does its undo.
+TEST_F(TreeEdit, TakesANodeOutOfDeletedGroupsAgain)
+{
+    auto* group = new SoSeparator;
+    auto* part = new SoMaterial;
+    group->addChild(part);
+    root->addChild(group);
+    root->addChild(part);
+    edited.stack.clear();
+    view.expandBelow(view.rootItem());
+    view.setCurrentItem(view.occurrencesOf(part).back());
+    view.ignoreEnable();
+    ASSERT_EQ(group->getNumChildren(), 0);
+    const std::string before = textOf(root.get());
+    view.setCurrentItem(row(group));
+    ASSERT_TRUE(edited.editor.deleteCurrent());
+    view.setCurrentItem(view.occurrencesOf(part).back());
+    view.ignoreEnable();
+    EXPECT_EQ(root->findChild(part), root->getNumChildren() - 1);
+    edited.stack.undo();
+    EXPECT_EQ(root->findChild(part), -1);
+    edited.stack.undo();
+    EXPECT_EQ(textOf(root.get()), before);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeEdit, ShowsInNoCountOfReferences)
 {
     auto* holder = new FieldHolder;

@@ -43,8 +43,8 @@ public:
     static std::FILE* open(const SbString& path, const char* mode, SbString* error = nullptr);
     /// The whole file. False when it fails; `bytes` is then empty.
     static bool readFile(const SbString& path, std::vector<char>& bytes, SbString* error = nullptr);
-    /// Replaces the file's content, by SbFileReplacement, so that no half file is left behind. False
-    /// when it fails; the old file is as it was then.
+    /// Replaces the file's content, by SbFileReplacement, so that no half file is left behind.
+    /// False when it fails; the old file is as it was then.
     static bool writeFile(const SbString& path, std::string_view bytes, SbString* error = nullptr);
 };
 

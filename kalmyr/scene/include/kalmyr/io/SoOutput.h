@@ -13,7 +13,8 @@ using SoOutputReallocCB = void*(void* bytes, std::size_t size);
 /// Where scenes are written to: the standard output, a file, or memory; compressed if asked for.
 ///
 /// A file comes into being under its name only when it is closed without an error, so that a failed
-/// save leaves the old file as it was; see SbFileReplacement. The header is written in front of the first bytes.
+/// save leaves the old file as it was; see SbFileReplacement. The header is written in front of the
+/// first bytes.
 class KALMYR_API SoOutput {
 public:
     SoOutput();
