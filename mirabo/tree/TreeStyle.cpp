@@ -55,9 +55,10 @@ QColor readableOn(const QColor& background, const QColor& color)
 void TreeDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    const QColor background = option->palette.color(QPalette::Base);
-    const QColor text = readableOn(background, option->palette.color(QPalette::Text));
-    option->palette.setColor(QPalette::Text, text);
+    const QColor wanted = option->palette.color(QPalette::Text);
+    const QColor text = readableOn(option->palette.color(QPalette::Base), wanted);
+    if (text != wanted) // a palette of its own for a cell takes as long as the rest
+        option->palette.setColor(QPalette::Text, text);
 }
 
 } // namespace mirabo
