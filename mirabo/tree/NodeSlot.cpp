@@ -364,8 +364,12 @@ bool NodeSlot::remove(const SoNode* node)
         value->setValue(nullptr);
         return !value->getValue();
     }
-    case Kind::Part:
+    case Kind::Part: {
+        const SoNode* group = holder();
+        const SoChildList* children = group ? group->getChildren() : nullptr;
+        m_partIndex = children ? children->find(node) : -1;
         return static_cast<SoBaseKit*>(container())->setPart(m_name, nullptr);
+    }
     case Kind::ListEntry:
         return removeEntry(node);
     default: {
@@ -412,7 +416,8 @@ bool NodeSlot::insert(SoNode* node)
         return value->getValue() == node;
     }
     case Kind::Part:
-        return static_cast<SoBaseKit*>(container())->setPart(m_name, node);
+        return static_cast<SoBaseKit*>(container())->setPart(m_name, node)
+               && restorePartIndex(node);
     case Kind::ListEntry: {
         SoSFNode& group = list()->containerNode;
         const bool isNew = !group.getValue();
@@ -438,6 +443,21 @@ bool NodeSlot::insert(SoNode* node)
                    : children->insert(node, index);
     }
     }
+}
+
+/// The kit puts a part to its place among the others; it may have stood elsewhere.
+bool NodeSlot::restorePartIndex(SoNode* node)
+{
+    SoNode* above = holder();
+    if (m_partIndex < 0 || !above || !above->isOfType(SoGroup::getClassTypeId()))
+        return true;
+    auto* group = static_cast<SoGroup*>(above);
+    const int index = group->findChild(node);
+    const int wanted = std::min(m_partIndex, group->getNumChildren() - 1);
+    if (index < 0 || index == wanted)
+        return true;
+    const SoRef<SoNode> kept(node); // the kit knows it when it comes back
+    return group->removeChild(index) && group->insertChild(node, wanted);
 }
 
 SoNode* NodeSlot::holder() const

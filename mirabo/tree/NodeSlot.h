@@ -97,11 +97,13 @@ private:
     bool remove(const SoNode* node);
     bool insert(SoNode* node);
     bool removeEntry(const SoNode* node);
+    bool restorePartIndex(SoNode* node);
     int valuesBefore() const;
 
     Kind m_kind;
     KeptNode m_container;
     int m_index;
+    int m_partIndex = -1; ///< of a part that was removed, among the children of the group above
     SbName m_name;
     bool m_isRoot = false;
     bool m_isInternal = false;         ///< the list is the container's own business

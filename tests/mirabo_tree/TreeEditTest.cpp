@@ -364,6 +364,32 @@ TEST_F(TreeEdit, TakesANodeOutOfDeletedGroupsAgain)
     EXPECT_EQ(check(), "");
 }
 
+/// The host has put a part of a kit in front of the others of its group.
+TEST_F(TreeEdit, PutsPartsBackToWhereTheyStood)
+{
+    auto* kit = new SoShapeKit;
+    const SoRef<SoNode> list(kit->getPart("childList"));
+    root->addChild(kit);
+    auto* group = static_cast<SoGroup*>(row(list.get())->getParentNode());
+    group->removeChild(list.get());
+    group->insertChild(list.get(), 0);
+    ASSERT_EQ(kit->getPart("childList", false), list.get());
+    const int children = group->getNumChildren();
+    edited.stack.clear();
+    view.expandBelow(view.rootItem());
+    view.setCurrentItem(row(list.get()));
+    ASSERT_TRUE(edited.editor.deleteCurrent());
+    EXPECT_EQ(kit->getPart("childList", false), nullptr);
+    EXPECT_EQ(group->findChild(list.get()), -1);
+    edited.stack.undo();
+    EXPECT_EQ(kit->getPart("childList", false), list.get());
+    EXPECT_EQ(group->findChild(list.get()), 0);
+    EXPECT_EQ(group->getNumChildren(), children);
+    edited.stack.redo();
+    EXPECT_EQ(group->findChild(list.get()), -1);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeEdit, ShowsInNoCountOfReferences)
 {
     auto* holder = new FieldHolder;

@@ -140,7 +140,9 @@ bool SoBaseKit::arrange(int part, SoNode* node)
         return !node;
     const SoRef<SoNode> group(getAnyPart(getNodekitCatalog()->getParentPartNumber(part)));
     const int index = indexAt(part, *list);
-    const int oldIndex = old ? placeFrom(*list, index, old) : -1;
+    int oldIndex = old ? placeFrom(*list, index, old) : -1;
+    if (old && oldIndex < 0)
+        oldIndex = list->find(old); // somebody has moved it in front of its place
     // First, for those who hear of the edit ask for part names.
     m_placed[static_cast<std::size_t>(part)] = node;
     bool done = true;
