@@ -39,7 +39,8 @@ bool isAt(const ParentLink& place, const SoNode* node)
     return children && place.index < children->getLength() && (*children)[place.index] == node;
 }
 
-SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const SavedLinks* only)
+SavedLinks linksOf(const SoMiraboTreeView& view, const std::vector<SoTreeViewItem*>& rows,
+                   SoNode* node, const SavedLinks* only)
 {
     SavedLinks saved{node, {}};
     std::unordered_set<const SoNode*> seen;
@@ -54,7 +55,7 @@ SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const
     }
     // A group that was deleted after its child had been taken out got it back all the same.
     for (const ParentLink& place : only ? only->links : std::vector<ParentLink>())
-        if (!seen.count(place.parent.get()) && isAt(place, node))
+        if (view.itemsOf(place.parent.get()).empty() && isAt(place, node))
             saved.links.push_back(place);
     return saved;
 }
@@ -147,7 +148,7 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
         return row->isDisabledNode() || !mayDisable(row)
                || (only && !holds(only, row->getParentNode(), NodeSlot::of(row).index()));
     });
-    const auto saved = std::make_shared<const SavedLinks>(linksOf(rows, node, only));
+    const auto saved = std::make_shared<const SavedLinks>(linksOf(view, rows, node, only));
     if (saved->links.empty())
         return nullptr;
     {
