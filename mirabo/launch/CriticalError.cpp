@@ -1,5 +1,6 @@
 #include "mirabo/launch/CriticalError.h"
 
+#include "mirabo/core/ErrorScope.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/Modal.h"
 
@@ -16,6 +17,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 namespace mirabo {
 
@@ -29,13 +31,7 @@ constexpr int kReportWidth = 500;
 constexpr int kReportHeight = 800;
 constexpr int kExitStatus = 1;
 
-struct Handler {
-    SoErrorCB* callback = nullptr;
-    void* data = nullptr;
-};
-
-Handler s_before;
-bool s_installed = false;
+std::optional<ErrorScope<SoErrorStack>> s_handler;
 bool s_showing = false;
 
 [[noreturn]] void endProcess()
@@ -108,21 +104,13 @@ QString criticalErrorText(const SoError& error)
 
 void installCriticalErrorReport()
 {
-    if (s_installed)
-        return;
-    s_before = {SoErrorStack::getHandlerCallback(), SoErrorStack::getHandlerData()};
-    // What is inherited stays inherited when it is given back.
-    if (s_before.callback == SoError::getHandlerCallback())
-        s_before = {};
-    SoErrorStack::setHandlerCallback(&handle);
-    s_installed = true;
+    if (!s_handler)
+        s_handler.emplace(&handle, nullptr);
 }
 
 void removeCriticalErrorReport()
 {
-    if (s_installed && SoErrorStack::getHandlerCallback() == &handle)
-        SoErrorStack::setHandlerCallback(s_before.callback, s_before.data);
-    s_installed = false;
+    s_handler.reset();
 }
 
 } // namespace mirabo

@@ -1,6 +1,7 @@
 #include "mirabo/tree/TreeEditCommand.h"
 
 #include "mirabo/core/CommandName.h"
+#include "mirabo/core/ErrorScope.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
@@ -12,28 +13,11 @@ namespace mirabo {
 
 namespace {
 
-/// Keeps back what is posted during an edit: the reason of a refusal is shown, not posted.
-class PostedErrors {
-public:
-    explicit PostedErrors(QStringList& texts)
-        : m_oldHandler(SoDebugError::getHandlerCallback()),
-          m_oldData(SoDebugError::getHandlerData())
-    {
-        SoDebugError::setHandlerCallback(
-            [](const SoError* error, void* data) {
-                *static_cast<QStringList*>(data)
-                    << QString::fromUtf8(error->getPrintedText().getString());
-            },
-            &texts);
-    }
-    ~PostedErrors() { SoDebugError::setHandlerCallback(m_oldHandler, m_oldData); }
-    PostedErrors(const PostedErrors&) = delete;
-    PostedErrors& operator=(const PostedErrors&) = delete;
-
-private:
-    SoErrorCB* m_oldHandler;
-    void* m_oldData;
-};
+/// Collects what is posted during an edit: the reason of a refusal is shown, not posted.
+void collect(const SoError* error, void* texts)
+{
+    *static_cast<QStringList*>(texts) << QString::fromUtf8(error->getPrintedText().getString());
+}
 
 } // namespace
 
@@ -111,7 +95,7 @@ bool TreeEditCommand::go(bool forward)
 
 bool TreeEditCommand::editGraph(bool forward)
 {
-    const PostedErrors errors(m_posted);
+    const ErrorScope<SoDebugError> errors(&collect, &m_posted);
     bool alive = true;
     visitNodes([&alive](KeptNode& node) {
         node.hold();

@@ -1,8 +1,9 @@
 #include "mirabo/viewer/SceneFormat.h"
 
-#include "mirabo/viewer/ReadErrorScope.h"
+#include "mirabo/core/ErrorScope.h"
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
 
@@ -67,7 +68,7 @@ const Format* find(SceneFileFormat format)
 SceneFileFormat detectSceneFormat(const QString& fileName)
 {
     SoInput input;
-    const ReadErrorScope silence([](const SoError*, void*) {}, nullptr);
+    const FirstError<SoReadError> untold;
     if (!input.openFile(fileName.toUtf8().constData()))
         return SceneFileFormat::Detect;
     const QString header = QString::fromUtf8(input.getHeader().getString()).trimmed();

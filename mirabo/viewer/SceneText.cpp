@@ -1,6 +1,6 @@
 #include "mirabo/viewer/SceneText.h"
 
-#include "mirabo/viewer/ReadErrorScope.h"
+#include "mirabo/core/ErrorScope.h"
 
 #include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoNode.h>
@@ -14,14 +14,6 @@
 namespace mirabo {
 
 namespace {
-
-/// Keeps the first error, which is the cause of the others.
-void errorPosted(const SoError* error, void* data)
-{
-    QString& text = *static_cast<QString*>(data);
-    if (text.isEmpty())
-        text = QString::fromUtf8(error->getPrintedText().getString());
-}
 
 /// The only child, which needs no group around it.
 SoRef<SoNode> onlyChildOf(const SoRef<SoGroup>& group)
@@ -55,15 +47,13 @@ SoRef<SoNode> readWorld(SoInput& in)
 
 SoRef<SoNode> readSceneText(const QString& text, QString& problem)
 {
-    problem.clear();
-    const ReadErrorScope scope(&errorPosted, &problem);
+    const FirstError<SoReadError> error;
     const QByteArray bytes = text.toUtf8();
     SoInput in;
     SoRef<SoNode> node;
     if (in.setBuffer(bytes.constData(), static_cast<std::size_t>(bytes.size())))
         node = in.isFileVRML2() ? readWorld(in) : readNodes(in);
-    if (!node && problem.isEmpty())
-        problem = "It holds no node.";
+    problem = node || !error.text().isEmpty() ? error.text() : "It holds no node.";
     return node;
 }
 

@@ -1,5 +1,6 @@
 #include "mirabo/viewer/SceneWriter.h"
 
+#include "mirabo/core/ErrorScope.h"
 #include "mirabo/core/GraphReading.h"
 
 #include <kalmyr/actions/SoSearchAction.h>
@@ -18,6 +19,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include <unordered_set>
 #include <utility>
@@ -29,8 +31,9 @@ namespace {
 
 /// Names in VRML files: "+", the default, is no character of theirs.
 constexpr char kVrmlInstancePrefix[] = "_";
+constexpr char kSceneChanges[] = "another thread is changing the scene";
 
-/// The files that a scene refers to are being written: those that they refer to stay.
+/// Set while the files that a scene refers to are written: those that they refer to stay.
 bool s_writingReferenced = false;
 
 bool isVrml(SceneFileFormat format)
@@ -57,32 +60,6 @@ public:
 private:
     bool m_files;
     bool m_kits;
-};
-
-/// Keeps the text of the first error of a scope, and whatever else is posted goes its way.
-class FirstError {
-public:
-    FirstError() : m_handler(SoError::getHandlerCallback()), m_data(SoError::getHandlerData())
-    {
-        SoError::setHandlerCallback(&FirstError::posted, this);
-    }
-    ~FirstError() { SoError::setHandlerCallback(m_handler, m_data); }
-    FirstError(const FirstError&) = delete;
-    FirstError& operator=(const FirstError&) = delete;
-
-    const QString& text() const { return m_text; }
-
-private:
-    static void posted(const SoError* error, void* data)
-    {
-        auto* self = static_cast<FirstError*>(data);
-        if (self->m_text.isEmpty())
-            self->m_text = QString::fromUtf8(error->getPrintedText().getString());
-    }
-
-    SoErrorCB* m_handler;
-    void* m_data;
-    QString m_text;
 };
 
 /// The scene as the format has it; null when it cannot be converted.
@@ -176,7 +153,7 @@ SceneWriter::Result SceneWriter::write(SoNode* node, const QString& fileName,
     {
         const GraphReading reading;
         if (!reading) {
-            m_dialogs.tellNotWritten(fileName, "another thread is changing the scene");
+            m_dialogs.tellNotWritten(fileName, kSceneChanges);
             return {};
         }
         graph = converted(node, format);
@@ -198,7 +175,7 @@ bool SceneWriter::writeFile(SoNode* graph, const QString& fileName, SceneFileFor
     output.setCompression(isPackedName(fileName));
     bool isOpen = false;
     {
-        const FirstError error; // told by a box
+        const FirstError<SoError> error; // told by a box
         isOpen = output.openFile(fileName.toUtf8().constData());
     }
     if (!isOpen) {
@@ -210,13 +187,13 @@ bool SceneWriter::writeFile(SoNode* graph, const QString& fileName, SceneFileFor
     QString reason;
     bool isWritten = false;
     {
-        const FirstError error;
+        const FirstError<SoError> error;
         const GraphReading reading;
         if (reading) {
             SoWriteAction(&output).apply(graph);
             isWritten = output.closeFile();
         }
-        reason = reading ? error.text() : "another thread is changing the scene";
+        reason = reading ? error.text() : kSceneChanges;
     }
     if (!isWritten)
         m_dialogs.tellNotWritten(fileName, reason);
@@ -232,10 +209,9 @@ void SceneWriter::writeReferencedFiles(SoNode* node)
             return;
         nodes = nodesThatReferToFiles(node);
     }
-    s_writingReferenced = true;
+    const QScopedValueRollback<bool> writing(s_writingReferenced, true);
     for (const SoRef<SoNode>& link : nodes)
         writeReferencedFile(link.get());
-    s_writingReferenced = false;
 }
 
 void SceneWriter::writeReferencedFile(SoNode* node)

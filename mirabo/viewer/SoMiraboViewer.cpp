@@ -1,5 +1,6 @@
 #include "mirabo/viewer/SoMiraboViewer.h"
 
+#include "mirabo/core/ErrorScope.h"
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Messages.h"
@@ -8,11 +9,11 @@
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/viewer/FirstLayout.h"
-#include "mirabo/viewer/ReadErrorScope.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/io/SoDB.h>
@@ -251,7 +252,7 @@ void SoMiraboViewer::refresh()
 bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
 {
     m_readError.clear();
-    const mirabo::ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    const mirabo::ErrorScope<SoReadError> scope(&SoMiraboViewer::readErrorPosted, this);
     return input.openFile(fileName.toUtf8().constData());
 }
 
@@ -288,7 +289,7 @@ void SoMiraboViewer::readErrorPosted(const SoError* error, void* data)
 
 SoNode* SoMiraboViewer::read(LiveInput& input)
 {
-    const mirabo::ReadErrorScope scope(&SoMiraboViewer::readErrorPosted, this);
+    const mirabo::ErrorScope<SoReadError> scope(&SoMiraboViewer::readErrorPosted, this);
     if (input.isFileVRML2())
         return SoDB::readAllVRML(&input);
     return SoDB::readAll(&input);
@@ -401,7 +402,7 @@ void SoMiraboViewer::readSettings()
     m_frame->showRecentFiles(m_recentFiles.paths());
     m_frame->move(x, y);
     if (layout.isEmpty()) {
-        // What "restore down" gives, and a desktop without a window manager.
+        // The size for "restore down", and for a desktop without a window manager.
         m_frame->resize(kFirstSize.boundedTo(m_frame->screen()->availableSize()));
         m_frame->setWindowState(Qt::WindowMaximized);
         new mirabo::FirstLayout(m_frame); // the window owns it
