@@ -19,7 +19,7 @@ SceneSaving::Document documentOf(SoMiraboMainFrame* frame, SoCommandManager* hub
             [] { return SoMiraboViewer::instance()->getCurrentFile(); },
             [](const QString& fileName) { SoMiraboViewer::instance()->adoptFile(fileName); },
             [](SoNode* written) {
-                // What was written unconverted is shown already.
+                // A scene that was written unconverted is shown already.
                 if (written != SoMiraboViewer::instance()->getScene())
                     SoMiraboViewer::instance()->setScene(written, true);
             },

@@ -57,11 +57,14 @@ QString withoutExtension(const QString& fileName)
 
 } // namespace
 
-SceneSaving::SceneSaving(Document document) : m_document(std::move(document)) {}
+SceneSaving::SceneSaving(Document document)
+    : m_document(std::make_shared<const Document>(std::move(document)))
+{
+}
 
 SceneWriter SceneSaving::writer() const
 {
-    const auto& window = m_document.window;
+    const auto& window = m_document->window;
     return SceneWriter(
         {[window](const QString& fileName) { return mayOverwrite(window(), fileName); },
          [window](const QString& fileName) {
@@ -72,40 +75,33 @@ SceneWriter SceneSaving::writer() const
                  window(), "File Error Dialog",
                  QString("%1 was not saved; the old file is as it was.\n%2").arg(fileName, reason));
          }},
-        m_document.isVrml());
-}
-
-bool SceneSaving::saveTo(SoNode* node, const QString& fileName, SceneFileFormat format,
-                         bool isWhole)
-{
-    const SceneWriter::Result result = writer().write(node, fileName, format);
-    if (result.isWritten && isWhole)
-        m_document.show(result.written.get());
-    return result.isWritten;
+        m_document->isVrml());
 }
 
 bool SceneSaving::save()
 {
-    const QString fileName = m_document.file();
+    const QString fileName = m_document->file();
     if (fileName.isEmpty())
         return saveAs();
-    const bool isWritten = saveTo(m_document.scene(), fileName, SceneFileFormat::Detect, false);
-    if (!isWritten)
-        m_document.setFile(QString());
+    const std::weak_ptr<const Document> document = m_document;
+    const bool isWritten =
+        writer().write(m_document->scene(), fileName, SceneFileFormat::Detect).isWritten;
+    if (const auto alive = document.lock(); alive && !isWritten)
+        alive->setFile(QString());
     return isWritten;
 }
 
 bool SceneSaving::saveAs(SoNode* part)
 {
-    const SoRef<SoNode> kept(part ? part : m_document.scene());
+    const SoRef<SoNode> kept(part ? part : m_document->scene());
     if (!kept)
         return false;
-    const QString current = m_document.file();
+    const QString current = m_document->file();
     const QString proposed = current.isEmpty() ? "./Untitled File" : withoutExtension(current);
     QString fileName, filter;
     {
         Modal dialog(
-            new QFileDialog(m_document.window(), "Mirabo -- Save As", proposed, saveFilters()));
+            new QFileDialog(m_document->window(), "Mirabo -- Save As", proposed, saveFilters()));
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->selectFile(proposed);
         if (dialog.run() != QDialog::Accepted)
@@ -118,25 +114,28 @@ bool SceneSaving::saveAs(SoNode* part)
         return false;
     const QString whole = withExtension(fileName, format);
     // The dialog has asked about the name as it was typed only.
-    if (whole != fileName && QFileInfo::exists(whole) && !mayOverwrite(m_document.window(), whole))
+    if (whole != fileName && QFileInfo::exists(whole) && !mayOverwrite(m_document->window(), whole))
         return false;
-    fileName = whole;
-    if (!saveTo(kept.get(), fileName, format, !part))
-        return false;
-    if (!part)
-        m_document.setFile(fileName);
-    return true;
+    const std::weak_ptr<const Document> document = m_document;
+    const SceneWriter::Result result = writer().write(kept.get(), whole, format);
+    const auto alive = document.lock();
+    if (alive && result.isWritten && !part) {
+        alive->show(result.written.get());
+        alive->setFile(whole);
+    }
+    return result.isWritten;
 }
 
 bool SceneSaving::confirmUnsavedChanges()
 {
-    if (!m_document.isModified())
+    if (!m_document->isModified())
         return true;
-    const QString fileName = m_document.file();
+    const QString fileName = m_document->file();
     const QString text =
         fileName.isEmpty() ? QString("Save changes ") : QString("Save changes to %1").arg(fileName);
     enum { Yes, No, Cancel };
-    switch (choose(QMessageBox::Information, m_document.window(), "Mirabo -- Unsaved Changes", text,
+    switch (choose(QMessageBox::Information, m_document->window(), "Mirabo -- Unsaved Changes",
+                   text,
                    {{"Yes", QMessageBox::YesRole},
                     {"No", QMessageBox::NoRole},
                     {"Cancel", QMessageBox::RejectRole}},

@@ -5,16 +5,17 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 class QWidget;
 
 namespace mirabo {
 
 /// Saves the document: to its file, under a new name, a part of it; and asks before changes are
-/// lost. Every dialog may outlive the tool: after one, nothing is done once that ended.
+/// lost. May be deleted while a dialog is open; the document is left alone afterwards.
 class SceneSaving {
 public:
-    /// What is saved; every call gives what holds now.
+    /// Access to the document; each function returns the present value.
     struct Document {
         std::function<QWidget*()> window; ///< parent of the dialogs
         std::function<SoNode*()> scene;
@@ -40,9 +41,8 @@ public:
 
 private:
     SceneWriter writer() const;
-    bool saveTo(SoNode* node, const QString& fileName, SceneFileFormat format, bool isWhole);
 
-    Document m_document;
+    std::shared_ptr<const Document> m_document; ///< never null; expires with the last owner
 };
 
 } // namespace mirabo

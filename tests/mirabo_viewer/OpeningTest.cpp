@@ -1,10 +1,7 @@
 // The whole window on the sample scenes, as a user has it.
 #include "mirabo/core/LiveInput.h"
-#include "mirabo/launch/SoMiraboImpl.h"
-#include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/viewer/SoMiraboViewer.h"
+#include "StandaloneSupport.h"
 #include "support/Clock.h"
-#include "support/Passes.h"
 
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/nodes/SoSelection.h>
@@ -22,31 +19,9 @@ namespace {
 
 const QString kScenes = QStringLiteral(MIRABO_SOURCE_DIR "/examples/scenes/");
 
-class Opening : public testing::Test {
+class Opening : public StandaloneTest {
 protected:
-    void SetUp() override
-    {
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        for (const auto format : {QSettings::NativeFormat, QSettings::IniFormat})
-            QSettings::setPath(format, QSettings::UserScope, m_settings.path());
-        SoMiraboImpl::startStandalone(m_count, m_arguments);
-        viewer = SoMiraboViewer::instance();
-        // The tree makes a row current when it gets the keyboard.
-        viewer->getTreeDock()->window()->show();
-        support::flush();
-    }
-    void TearDown() override { SoMiraboImpl::stop(); }
-
-    SoMiraboTreeView* tree() const { return viewer->getTreeDock()->findChild<SoMiraboTreeView*>(); }
     int outlined() const { return viewer->getSelectionNode()->getNumSelected(); }
-
-    SoMiraboViewer* viewer = nullptr;
-
-private:
-    QTemporaryDir m_settings;
-    int m_count = 1;
-    char m_name[7] = "mirabo";
-    char* m_arguments[2] = {m_name, nullptr};
 };
 
 } // namespace

@@ -2,11 +2,8 @@
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extension/MrbServicesImpl.h"
-#include "mirabo/launch/SoMiraboImpl.h"
-#include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/viewer/SoMiraboViewer.h"
+#include "StandaloneSupport.h"
 #include "support/DialogAnswers.h"
-#include "support/Passes.h"
 
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/shapes/SoCube.h>
@@ -14,17 +11,13 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QComboBox>
-#include <QDockWidget>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -38,30 +31,15 @@ public:
     void redo() override {}
 };
 
-class Saving : public testing::Test {
+class Saving : public StandaloneTest {
 protected:
-    void SetUp() override
-    {
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        for (const auto format : {QSettings::NativeFormat, QSettings::IniFormat})
-            QSettings::setPath(format, QSettings::UserScope, m_settings.path());
-        SoMiraboImpl::startStandalone(m_count, m_arguments);
-        viewer = SoMiraboViewer::instance();
-        window()->show();
-        support::flush();
-    }
     void TearDown() override
     {
         // Nothing is asked any more: the question is the window's.
         MrbServicesImpl::getInstance()->getCommandManager()->clearUndoCommand();
-        SoMiraboImpl::stop();
+        StandaloneTest::TearDown();
     }
 
-    SoMiraboMainFrame* window() const
-    {
-        return static_cast<SoMiraboMainFrame*>(viewer->getTreeDock()->window());
-    }
-    SoMiraboTreeView* tree() const { return viewer->getTreeDock()->findChild<SoMiraboTreeView*>(); }
     QString at(const QString& name) const { return m_folder.filePath(name); }
     static QByteArray textOf(const QString& path)
     {
@@ -121,15 +99,9 @@ protected:
         };
     }
 
-    SoMiraboViewer* viewer = nullptr;
-
 private:
     NoEdit m_edit;
-    QTemporaryDir m_settings;
     QTemporaryDir m_folder;
-    int m_count = 1;
-    char m_name[7] = "mirabo";
-    char* m_arguments[2] = {m_name, nullptr};
 };
 
 } // namespace
@@ -285,4 +257,21 @@ TEST_F(Saving, AsksBeforeItRewritesReferencedFiles)
     trigger(ActionId::Save);
     EXPECT_EQ(answers.count(), 2) << "what is not there is never created";
     EXPECT_FALSE(QFileInfo::exists(part));
+}
+
+// A host may end everything while a question is open.
+TEST_F(Saving, LeavesTheDocumentAloneOnceTheWindowIsGone)
+{
+    const QString part = write("part.ky", "#Kalmyr V1.0 ascii\nSphere { radius 2 }\n");
+    ASSERT_TRUE(
+        viewer->openSceneFile(write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { File { name \""
+                                                    + part.toUtf8() + "\" } }\n")));
+    bool asked = false;
+    DialogAnswers answers({name(at("copy.ky")), [&](QDialog*) {
+                               asked = true;
+                               delete window();
+                           }});
+    trigger(ActionId::SaveAs);
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(textOf(at("copy.ky")).contains("part.ky")) << "what was being saved is saved";
 }
