@@ -84,7 +84,8 @@ void MrbShellImpl::addDockWidget(QDockWidget* dock, Qt::DockWidgetArea area)
     if (!m_frame)
         return;
     placeDock(*m_frame, dock, area);
-    m_places.listDock(dock->toggleViewAction());
+    if (m_frame) // whoever was shown may have deleted it
+        m_places.listDock(dock->toggleViewAction());
 }
 
 void MrbShellImpl::removeDockWidget(QDockWidget* dock)
@@ -143,18 +144,25 @@ QDockWidget* MrbShellImpl::addView(MrbExtension* extension, Qt::DockWidgetArea a
     if (const auto known = m_views.find(extension); known != m_views.end() && known->second.dock)
         return known->second.dock;
     const MrbExtensionInfo info = extension->getInfo();
-    auto dock = std::make_unique<mirabo::ExtensionView>(info.description, m_frame.data());
+    if (!m_frame)
+        return nullptr; // here and below: the host may delete the window in any call of its code
+    const QPointer<mirabo::ExtensionView> dock =
+        new mirabo::ExtensionView(info.description, m_frame.data());
     dock->setObjectName("view:" + info.name); // its place is stored under this
-    QWidget* content = extension->createView(dock.get());
-    if (!content)
+    QWidget* content = extension->createView(dock);
+    if (!content || !m_frame) {
+        delete dock;
         return nullptr;
+    }
     dock->setWidget(content);
-    View& view = m_views[extension];
-    view.dock = dock.release();
-    placeDock(*m_frame, view.dock, area);
-    view.toggle = view.dock->createToggleAction(info.description);
-    m_places.listDock(view.toggle);
-    return view.dock;
+    m_views[extension].dock = dock;
+    placeDock(*m_frame, dock, area);
+    if (!m_frame || !dock)
+        return nullptr;
+    QAction* toggle = dock->createToggleAction(info.description);
+    m_views[extension].toggle = toggle;
+    m_places.listDock(toggle);
+    return dock;
 }
 
 void MrbShellImpl::removeView(MrbExtension* extension)
@@ -227,7 +235,8 @@ void MrbShellImpl::addToolBar(QToolBar* toolBar, Qt::ToolBarArea area)
     nameForLayout(toolBar);
     m_frame->addToolBar(area, toolBar);
     toolBar->show();
-    m_places.listToolBar(toolBar->toggleViewAction());
+    if (m_frame)
+        m_places.listToolBar(toolBar->toggleViewAction());
 }
 
 void MrbShellImpl::removeToolBar(QToolBar* toolBar)

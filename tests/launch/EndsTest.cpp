@@ -1,4 +1,5 @@
 #include "LaunchSupport.h"
+#include "support/TestExtension.h"
 
 #include <kalmyr/sensors/SoNodeSensor.h>
 #include <mirabo/extender/MrbServices.h>
@@ -25,6 +26,8 @@
 #include <tuple>
 #include <utility>
 #include <vector>
+
+Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 
@@ -167,6 +170,7 @@ const std::vector<Place>& places()
     static const std::vector<Place> s_places = {
         {"About", [](Act act) { EndsTest::inDialogOf(act, "&About Mirabo"); }},
         {"Preferences", [](Act act) { EndsTest::inDialogOf(act, "&Preferences..."); }},
+        {"SaveDialog", [](Act act) { EndsTest::inDialogOf(act, "Save &As..."); }},
         {"MenuOfTheTree",
          [](Act act) { // it has no loop of its own
              QTreeWidget* tree = EndsTest::tree();
@@ -381,6 +385,26 @@ TEST_F(EndsTest, StopsUnderTheDialogsOfAStandaloneTool)
         pass();
         EXPECT_EQ(window(), nullptr);
     }
+}
+
+// While the tool starts, extensions are asked for this and that.
+TEST_F(EndsTest, StartsNotWhenTheWindowIsDeletedInACallOfAnExtension)
+{
+    const support::TestExtension extension(folder);
+    qApp->setProperty("task", QVariant::fromValue(std::function<void()>([] { delete window(); })));
+    for (const char* where : {"getInfo", "activate", "createView"}) {
+        SCOPED_TRACE(where);
+        qApp->setProperty("log", QStringList());
+        qApp->setProperty("taskAt", where);
+        SoMirabo::start(scene.get());
+        pass();
+        EXPECT_EQ(window(), nullptr);
+        SoMirabo::stop();
+        EXPECT_EQ(scene->getAuditors().getLength(), 0);
+        EXPECT_TRUE(qApp->property("log").toStringList().contains(where));
+    }
+    qApp->setProperty("taskAt", QVariant());
+    qApp->setProperty("task", QVariant());
 }
 
 TEST_F(EndsTest, APlainCallThatIsStoppedInsideHasTornDownWhenItReturns)

@@ -1,6 +1,7 @@
 #include "LaunchSupport.h"
 
 #include <QAction>
+#include <QDir>
 #include <QDropEvent>
 #include <QMenu>
 #include <QMessageBox>
@@ -18,6 +19,7 @@ void LaunchTest::SetUpTestSuite()
 {
     static const QTemporaryDir store;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, store.path());
+    QDir::setCurrent(store.path()); // for files without a folder
 }
 
 void LaunchTest::SetUp()

@@ -1,5 +1,6 @@
 // The host, an extension, the user and Qt end and start the tool at random moments from random
-// places. Every round has a seed of its own, which a failure names and MIRABO_STORM_SEED repeats.
+// places. Every round has a seed of its own, which a failure names and MIRABO_STORM_SEED repeats;
+// MIRABO_STORM_ROUNDS asks for more rounds from there on.
 
 #include "LaunchSupport.h"
 #include "support/TestExtension.h"
@@ -54,6 +55,8 @@ unsigned firstSeed()
 
 int rounds()
 {
+    if (qEnvironmentVariableIsSet("MIRABO_STORM_ROUNDS"))
+        return qEnvironmentVariable("MIRABO_STORM_ROUNDS").toInt();
     if (qEnvironmentVariableIsSet("MIRABO_STORM_SEED"))
         return 1;
     return qEnvironmentVariableIsSet("MIRABO_FULL") ? kFullRounds : kRounds;
