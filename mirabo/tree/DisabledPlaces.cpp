@@ -7,7 +7,13 @@ namespace mirabo {
 std::shared_ptr<const SavedLinks> DisabledPlaces::find(const SoNode* node) const
 {
     const auto found = m_nodes.find(node);
-    return found == m_nodes.end() ? nullptr : found->second;
+    return found == m_nodes.end() ? nullptr : found->second.saved;
+}
+
+std::shared_ptr<const void> DisabledPlaces::claim(const SoNode* node) const
+{
+    const auto found = m_nodes.find(node);
+    return found == m_nodes.end() ? nullptr : found->second.claim;
 }
 
 std::vector<DisabledPlaces::Place> DisabledPlaces::below(const SoNode* parent) const
@@ -15,7 +21,7 @@ std::vector<DisabledPlaces::Place> DisabledPlaces::below(const SoNode* parent) c
     std::vector<Place> places;
     const auto [first, last] = m_byParent.equal_range(parent);
     for (auto at = first; at != last; ++at)
-        for (const ParentLink& link : m_nodes.at(at->second)->links)
+        for (const ParentLink& link : m_nodes.at(at->second).saved->links)
             if (link.parent.get() == parent)
                 places.push_back({link.index, at->second});
     std::stable_sort(places.begin(), places.end(),
@@ -42,7 +48,7 @@ void DisabledPlaces::add(std::shared_ptr<const SavedLinks> saved)
             m_byParent.emplace(link.parent.get(), node);
         last = link.parent.get();
     }
-    m_nodes.emplace(node, std::move(saved));
+    m_nodes.emplace(node, Record{std::move(saved), std::make_shared<const char>()});
 }
 
 void DisabledPlaces::remove(const SoNode* node)
@@ -50,7 +56,7 @@ void DisabledPlaces::remove(const SoNode* node)
     const auto found = m_nodes.find(node);
     if (found == m_nodes.end())
         return;
-    const std::shared_ptr<const SavedLinks> saved = std::move(found->second); // dies last
+    const std::shared_ptr<const SavedLinks> saved = found->second.saved; // dies last
     m_nodes.erase(found);
     for (const ParentLink& link : saved->links) {
         auto [at, last] = m_byParent.equal_range(link.parent.get());

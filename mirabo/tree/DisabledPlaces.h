@@ -34,7 +34,10 @@ public:
     bool isEmpty() const { return m_nodes.empty(); }
     /// Null for a node that is not disabled.
     std::shared_ptr<const SavedLinks> find(const SoNode* node) const;
-    /// What was taken out of a node's child list.
+    /// Keeps a disabled node from being forgotten, for those who mean to show its grey row again;
+    /// shows in no reference count. Null for a node that is not disabled.
+    std::shared_ptr<const void> claim(const SoNode* node) const;
+    /// Returns the places in a node's child list from which nodes were taken.
     std::vector<Place> below(const SoNode* parent) const;
 
     /// All nodes that something was taken out of.
@@ -44,20 +47,24 @@ public:
     /// The node may die of it.
     void remove(const SoNode* node);
     void clear();
-    /// Drops the nodes that nobody else remembers and `isKept` does not want either.
+    /// Drops the nodes that nobody else remembers or claims and `isKept` does not want either.
     template <class Predicate>
     void forget(Predicate isKept)
     {
         std::vector<const SoNode*> gone;
-        for (const auto& [node, saved] : m_nodes)
-            if (saved.use_count() == 1 && !isKept(node))
+        for (const auto& [node, record] : m_nodes)
+            if (record.saved.use_count() == 1 && record.claim.use_count() == 1 && !isKept(node))
                 gone.push_back(node);
         for (const SoNode* node : gone)
             remove(node);
     }
 
 private:
-    std::unordered_map<const SoNode*, std::shared_ptr<const SavedLinks>> m_nodes;
+    struct Record {
+        std::shared_ptr<const SavedLinks> saved;
+        std::shared_ptr<const void> claim;
+    };
+    std::unordered_map<const SoNode*, Record> m_nodes;
     std::unordered_multimap<const SoNode*, SoNode*> m_byParent;
 };
 

@@ -39,7 +39,8 @@ GreyRows::GreyRows(const SoTreeViewItem* parent, const SoNode* without)
     for (int row = 0; parent->hasDisabledChildren() && row < parent->rowCount(); ++row) {
         const SoTreeViewItem* item = parent->rowAt(row);
         if (item->isDisabledNode() && item->getNode() != without)
-            m_rows.push_back({row, item->getNode()});
+            m_rows.push_back(
+                {row, item->getNode(), item->context().disabled.claim(item->getNode())});
     }
 }
 

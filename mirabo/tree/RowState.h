@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -8,7 +9,7 @@ class SoMiraboTreeView;
 class SoNode;
 class SoTreeViewItem;
 
-/// What the user has made of rows, to be given to the rows that take their place later.
+/// State of rows that is given to the rows that take their place later.
 namespace mirabo {
 
 /// Where a row stands: its number among its siblings, level by level, from below the root on. Means
@@ -34,15 +35,17 @@ public:
 private:
     struct Row {
         int row;
-        const SoNode* node; ///< only compared
-        friend bool operator==(const Row&, const Row&) = default;
+        const SoNode* node;                ///< only compared
+        std::shared_ptr<const void> claim; ///< its last grey row may go and come back
+
+        bool operator==(const Row& other) const { return row == other.row && node == other.node; }
     };
     bool isInPlace(const SoTreeViewItem* parent) const;
 
     std::vector<Row> m_rows;
 };
 
-/// Which rows of a branch are open, which have bookmarks, and where its disabled nodes stand.
+/// Open rows, bookmarks and disabled nodes of a branch.
 class BranchState {
 public:
     BranchState() = default;
@@ -68,7 +71,7 @@ private:
     std::vector<GreyRows> m_grey;
 };
 
-/// What a command finds when it comes back to one of its two states of the graph: the row that was
+/// State that a command restores with one of its two states of the graph: the row that was
 /// current when it left it, and the branches that went with it.
 class TreeState {
 public:

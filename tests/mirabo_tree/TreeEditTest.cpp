@@ -339,6 +339,24 @@ TEST_F(TreeEdit, GivesBackTheGreyRowsThatThereWere)
 }
 
 /// Enabling puts the node into a group that was deleted meanwhile as well; so does its undo.
+// A node that no command can enable is remembered for the sake of the deleted branch alone.
+TEST_F(TreeEdit, GivesBackTheGreyRowOfANodeThatNobodyElseRemembers)
+{
+    view.setCurrentItem(row(cube));
+    view.ignoreEnable();
+    edited.stack.clear();
+    pass(); // frees the command
+    const std::string before = lookOf(view);
+    ASSERT_TRUE(edited.editor.deleteRow(row(wheel)));
+    pass();
+    edited.stack.undo();
+    EXPECT_EQ(lookOf(view), before);
+    view.setCurrentItem(row(wheel)->rowAt(1));
+    view.ignoreEnable();
+    EXPECT_EQ(wheel->getNumChildren(), 2);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeEdit, TakesANodeOutOfDeletedGroupsAgain)
 {
     auto* group = new SoSeparator;
