@@ -202,4 +202,17 @@ inline int run(int argc, char** argv)
     return 0;
 }
 
+/// A view of its own, shown, on a graph; the rows below the root are in sight.
+struct Watched {
+    explicit Watched(SoGroup* graph) : root(graph)
+    {
+        view.resize(600, 800);
+        view.show();
+        view.setSceneGraph(graph);
+        settle();
+    }
+    SoRef<SoGroup> root;
+    SoMiraboTreeView view;
+};
+
 } // namespace treebench

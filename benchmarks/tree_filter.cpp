@@ -20,25 +20,14 @@ int without(NodeCategory category)
     return mirabo::kAllCategories & ~static_cast<int>(category);
 }
 
-/// A view on a graph, shown, the rows below the root in sight.
-struct Watched {
-    explicit Watched(SoGroup* graph) : root(graph)
-    {
-        view.resize(600, 800);
-        view.show();
-        view.setSceneGraph(graph);
+/// Milliseconds until the rows of a filter are shown.
+double filter(Watched& tree, int mask)
+{
+    return timed([&] {
+        tree.view.setFilter(mask);
         settle();
-    }
-    double filter(int mask)
-    {
-        return timed([&] {
-            view.setFilter(mask);
-            settle();
-        });
-    }
-    SoRef<SoGroup> root;
-    SoMiraboTreeView view;
-};
+    });
+}
 
 /// Milliseconds for a bare widget to be filled with rows that were made outside of it.
 double fillFloor(const PlainScene& scene)
@@ -72,8 +61,8 @@ void hideAndShow(benchmark::State& state, Shape shape, Opened opened)
     warmMemory();
     for (auto _ : state) {
         floor.push_back(fillFloor(scene));
-        on.push_back(watched.filter(without(NodeCategory::Shape)));
-        off.push_back(watched.filter(mirabo::kAllCategories));
+        on.push_back(filter(watched, without(NodeCategory::Shape)));
+        off.push_back(filter(watched, mirabo::kAllCategories));
         state.SetIterationTime(on.back() / 1000);
     }
     state.counters["off_ms"] = median(off);
@@ -86,7 +75,7 @@ void edit(benchmark::State& state, int mask, bool hidden)
 {
     const int count = static_cast<int>(state.range(0));
     Watched watched(makeGraph(count, Flat));
-    watched.filter(mask);
+    filter(watched, mask);
     SoGroup* root = watched.root.get();
     int at = count / 2;
     while ((at % 3 == 1) != hidden) // see makeNode(); children count from 0, nodes from 1
@@ -116,7 +105,7 @@ void edit(benchmark::State& state, int mask, bool hidden)
 void find(benchmark::State& state, int mask)
 {
     Watched watched(makeGraph(static_cast<int>(state.range(0)), Balanced));
-    watched.filter(mask);
+    filter(watched, mask);
     for (auto _ : state) {
         mirabo::TreeFinder finder(watched.view, {mirabo::TreeFinder::ByName, "nowhere", 0},
                                   watched.view.rootItem());

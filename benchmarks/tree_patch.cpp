@@ -15,19 +15,6 @@ using namespace treebench;
 
 namespace {
 
-/// A view of its own, shown, on a graph.
-struct Watched {
-    explicit Watched(SoGroup* graph) : root(graph)
-    {
-        view.resize(600, 800);
-        view.show();
-        view.setSceneGraph(graph);
-        settle();
-    }
-    SoRef<SoGroup> root;
-    SoMiraboTreeView view;
-};
-
 struct PaintCounter : QObject {
     bool eventFilter(QObject*, QEvent* event) override
     {

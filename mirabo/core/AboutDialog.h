@@ -4,7 +4,7 @@
 
 namespace mirabo {
 
-/// What this is: version, purpose, libraries in use, licence.
+/// Tells about the product: version, purpose, libraries in use, licence.
 class AboutDialog final : public QDialog {
     Q_OBJECT
 

@@ -14,19 +14,19 @@ class QAction;
 
 namespace mirabo {
 
-/// What a request does, when it would do something, and what it would do.
+/// Handler of a request: its function, its enabled rule and its text.
 struct ActionHandler {
     std::function<void()> run;
     /// Whether run() would do something now; none: always.
     std::function<bool()> isPossible = {};
-    /// What run() would do, such as "Undo Delete Cube", for tool tips and the status bar; none or
-    /// empty: what the action's text says.
+    /// Returns what run() would do, such as "Undo Delete Cube", for tool tips and the status bar;
+    /// none or empty: what the action's text says.
     std::function<QString()> hint = {};
 };
 
-/// Who answers the requests of menus, tool bars and panels.
+/// The handlers of the requests of menus, tool bars and panels.
 ///
-/// Whoever owns a capability registers a handler for it; the last one registered is in force, so
+/// The owner of a capability registers a handler for it; the last one registered is in force, so
 /// a panel can put its own in front of another's while it has the focus. A request for which there
 /// is no handler, or whose handler has nothing to do, is refused, and its action is disabled.
 ///

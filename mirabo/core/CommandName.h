@@ -6,7 +6,7 @@ class SoNode;
 
 namespace mirabo {
 
-/// What users call a node: its name, else its type.
+/// Returns the name of a node for users: its own, else its type.
 QString nodeText(const SoNode& node);
 
 /// Name of a command that does something to one node: "Delete Cube".

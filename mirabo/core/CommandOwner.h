@@ -14,7 +14,7 @@ namespace mirabo {
 /// cleared in the midst of a change of the graph, which is no time to release nodes. The commands
 /// that the stack does delete (those undone, when another is pushed) it takes over from the owner.
 ///
-/// What is on the stack outlives this object, up to the end of the stack.
+/// Commands on the stack outlive this object, up to the end of the stack.
 class CommandOwner {
 public:
     /// Hands a command to the stack; returns what it returned.

@@ -16,7 +16,7 @@
 
 namespace mirabo {
 
-/// What stands in the list of auditors. Outlives its follower while an editor keeps the list.
+/// The entry in the list of auditors. Outlives its follower while an editor keeps the list.
 class GraphFollower::Ear final : public SoAuditor, public std::enable_shared_from_this<Ear> {
 public:
     Ear(QObject* context, Calls calls, const SoRefCounter* owner,

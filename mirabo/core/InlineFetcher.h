@@ -28,7 +28,7 @@ Q_SIGNALS:
     void notFetched(const QString& url);
 
 private:
-    /// What the host had set; null for nothing.
+    /// The callback of the host; null for none.
     template <class Inline>
     struct Before {
         typename Inline::FetchURLCallBack* callback = nullptr;

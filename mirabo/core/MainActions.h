@@ -5,8 +5,8 @@
 
 namespace mirabo {
 
-/// What can be asked for: the actions of the main window, in their fixed order, and behind them
-/// what only menus of panels and keys ask for.
+/// All requests: the actions of the main window, in their fixed order, and behind them
+/// those that only menus of panels and keys make.
 enum class ActionId {
     New,
     Open,

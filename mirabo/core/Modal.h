@@ -12,7 +12,7 @@
 
 namespace mirabo {
 
-/// What all modal things have in common: they are open at the same time, one inside the other.
+/// Base of all modal loops, which are open at the same time, one inside the other.
 class ModalBase {
 public:
     /// Ends the loops of all that are open; each run() returns nothing once its turn comes.
@@ -53,7 +53,8 @@ public:
 
     Widget* operator->() const { return m_widget; }
 
-    /// What exec() returned; nothing when the widget died or the tool ends.
+    /// Runs the loop and returns the result of exec(); nothing when the widget died or the tool
+    /// ends.
     std::optional<int> run()
     {
         if (isDismissed())

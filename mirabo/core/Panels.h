@@ -11,8 +11,8 @@ class SoNode;
 class SoPath;
 class SoTreeViewItem;
 
-/// What the command hub asks of the panels; each panel implements its interface. The panels talk
-/// back by signals only, connected by the launch code.
+/// Interfaces of the panels for the command hub; each panel implements its interface. The panels
+/// talk back by signals only, connected by the launch code.
 namespace mirabo {
 
 /// The document: the inspected scene and the file that it came from.

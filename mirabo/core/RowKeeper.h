@@ -11,7 +11,7 @@ namespace mirabo {
 
 /// Keeps the rows that leave an item view inside a change of its current row.
 ///
-/// Whoever hears of a new current row may let that very row go, or make another one current. Qt
+/// A listener to a new current row may let that very row go, or make another one current. Qt
 /// goes on with the index all the same: it is handed to the next listener by reference, measured,
 /// and becomes the place where a selection begins, which the model then tracks like any other. So
 /// rows that leave the view meanwhile stay in memory until a later pass of the event loop, as does

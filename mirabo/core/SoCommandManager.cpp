@@ -264,7 +264,7 @@ void SoCommandManager::goToCommand(int executed)
 {
     const mirabo::Frame frame;
     const auto now = [this] { return m_undo.currentIndex() + 1; };
-    // Whoever hears of a step may clear the stack, or end the tool.
+    // A listener may clear the stack, or end the tool.
     const auto goOn = [&](int before, int step) {
         return now() == before + step && now() != executed && !mirabo::Frame::isEnding();
     };

@@ -33,7 +33,7 @@ public:
     /// Once per start, when the window and the panels exist. None of them is owned.
     void setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document, mirabo::SceneTree* tree,
                mirabo::NodePanels* panels);
-    /// Who does what; the actions of the window follow it.
+    /// The handlers of all requests; the actions of the window follow it.
     mirabo::ActionRegistry& actions() { return m_actions; }
     /// Makes the command that switches the override flag of the node that the overview shows; null
     /// when there is none to switch.
@@ -43,7 +43,7 @@ public:
 
     const mirabo::UndoStack& undoStack() const { return m_undo; }
     mirabo::UndoStack& undoStack() { return m_undo; }
-    /// What the user reads of a command on the stack, 0 being the oldest.
+    /// Returns the name of a command on the stack for the user, 0 being the oldest.
     QString nameOfStep(int index) const;
     /// A command was pushed since the stack was cleared.
     bool isModified() const { return m_undo.isModified(); }

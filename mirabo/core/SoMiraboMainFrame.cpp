@@ -32,7 +32,7 @@ constexpr int kCategoryCount = 14;
 /// Stands for a separator in a list of entries.
 constexpr ActionId kSeparator = ActionId::Count;
 
-/// What the text leaves out: the key.
+/// Returns the key, which the text leaves out.
 QString toolTipOf(const QAction& action)
 {
     const QString text = QString(action.text()).remove('&').remove("...");

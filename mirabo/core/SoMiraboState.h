@@ -4,7 +4,7 @@
 
 class QContextMenuEvent;
 
-/// What some actions of the main window mean while the user works in one of the panels: connects
+/// Meaning of some actions of the main window while the user works in one of the panels: connects
 /// them when entered, disconnects them when left, and builds the panel's context menu.
 ///
 /// A state that dies leaves SoMiraboStateManager.

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What a name stands for.
+/// A registered state.
 struct Wrapper {
     SoMiraboState* state; // Not owned; its panel's.
 };

@@ -16,7 +16,7 @@ public:
     virtual void redo() = 0;
     virtual ~MrbCommand();
 
-    /// What the user reads of it, such as "Delete Cube" in "Undo Delete Cube"; empty when it has no
+    /// Its name for the user, such as "Delete Cube" in "Undo Delete Cube"; empty when it has no
     /// name. To be set before it is pushed.
     const QString& getName() const;
     void setName(const QString& name);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// What an exception of the code says; null when there was none.
+/// Runs the code and returns the text of its exception; null when there was none.
 QString causeOf(const char* what, const std::function<void()>& code)
 {
     try {

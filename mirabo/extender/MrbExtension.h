@@ -19,7 +19,7 @@ namespace mirabo {
 class HostedExtension;
 }
 
-/// What an extension says of itself.
+/// Description of an extension, given by itself.
 struct MrbExtensionInfo {
     QString name;        ///< heads its preference page
     QString description; ///< short; heads its view and the menu entry that shows the view
@@ -105,7 +105,7 @@ private:
     mirabo::HostedExtension* m_host = nullptr; // Not owned; owns us.
 };
 
-/// What a sensor of the toolkit needs to call an extension under its guard. Declared before the
+/// Lets a sensor of the toolkit call an extension under its guard. Declared before the
 /// sensor, which it must outlive:
 ///     MrbSensorGuard m_guard;
 ///     SoNodeSensor m_sensor{&MrbSensorGuard::call, &m_guard};

@@ -43,7 +43,7 @@ public:
         QString extension; ///< empty: the whole plug-in
         QString cause;
     };
-    /// What has become of an extension that the profile in force names.
+    /// State of an extension that the profile in force names.
     struct ExtensionState {
         QString plugin;
         QString extension;

@@ -17,7 +17,7 @@ class SoGuiRenderArea;
 class SoNode;
 class SoSceneManager;
 
-/// What extensions see of the tool: the scene, the selection and the command stack.
+/// Access of extensions to the tool: the scene, the selection and the command stack.
 ///
 /// Extensions reach it through MrbExtension::services(). Nodes and fields are the host's, which may
 /// delete them at any time: hold a reference on what is kept beyond the signal or call that handed
@@ -39,7 +39,7 @@ public:
     virtual bool pushCommand(MrbCommand* command) = 0;
     /// A parent for dialogs; null once the host has deleted the window.
     virtual QMainWindow* getMainWindow() = 0;
-    /// What was announced last and still lives; null for none.
+    /// Returns what was announced last and still lives; null for none.
     virtual SoField* getSelectedField() const = 0;
     virtual SoFieldContainer* getSelectedNode() const = 0;
     virtual void redo() = 0;

@@ -40,7 +40,8 @@ public:
     virtual void addDockWidget(QDockWidget* dock, Qt::DockWidgetArea area) = 0;
     virtual void removeDockWidget(QDockWidget* dock) = 0;
 
-    /// What is registered for a type, by its SoType::getIndex(); nothing for its ancestors.
+    /// Returns the menus that are registered for a type, by its SoType::getIndex(); nothing for its
+    /// ancestors.
     virtual MrbContextMenus getContextMenus(int typeIndex) const = 0;
     /// Offers a menu in the context menu of the tree's rows, for nodes of the type with that
     /// SoType::getIndex(), and of the types derived from it when `derivedToo`. One menu may be

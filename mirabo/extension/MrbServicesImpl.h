@@ -47,7 +47,7 @@ public:
     void setStandalone(int on) { m_standalone = on; }
     void setRenderArea(SoGuiRenderArea* area) { m_renderArea.reset(area); }
     void setSceneManager(SoSceneManager* manager) { m_sceneManager.reset(manager); }
-    /// Who replaces the shown scene, and who is the main window; set once the window exists.
+    /// The function that replaces the shown scene, and the main window; set once the window exists.
     void setSceneSetter(std::function<void(SoNode*)> setter) { m_sceneSetter = std::move(setter); }
     void setMainWindow(QMainWindow* window) { m_mainWindow = window; }
 

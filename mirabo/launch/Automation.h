@@ -7,8 +7,8 @@ class SoMiraboTreeView;
 
 namespace mirabo {
 
-/// What a program that drives the window unattended (the standalone inspector's screenshots) may
-/// ask of it; found as the child "automation" of the main window and called by name.
+/// Offers operations to a program that drives the window unattended (the standalone inspector's
+/// screenshots); found as the child "automation" of the main window and called by name.
 class Automation final : public QObject {
     Q_OBJECT
 

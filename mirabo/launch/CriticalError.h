@@ -18,7 +18,7 @@ void installCriticalErrorReport();
 /// Gives the errors back to whoever had them before.
 void removeCriticalErrorReport();
 
-/// What the report shows: the calls that led to the error, one a line, innermost first.
+/// Returns the text of the report: the calls that led to the error, one a line, innermost first.
 QString criticalErrorText(const SoError& error);
 
 } // namespace mirabo

@@ -11,7 +11,7 @@ namespace mirabo {
 
 class CommandOwner;
 
-/// What "&Set Ignored/Enable" acts on: the row of the tree or the field, whichever the user
+/// Keeps the target of "&Set Ignored/Enable": the row of the tree or the field, whichever the user
 /// selected last.
 class IgnoreSwitch final : public QObject {
     Q_OBJECT

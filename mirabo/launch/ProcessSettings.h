@@ -8,8 +8,8 @@
 
 namespace mirabo {
 
-/// What a run changes in the whole process, and puts back at its end unless somebody else has
-/// changed it since: Qt's default locale, and how the toolkit's errors are recorded.
+/// Changes settings of the whole process for a run, and restores them at its end unless somebody
+/// else has changed it since: Qt's default locale, and how the toolkit's errors are recorded.
 class ProcessSettings {
 public:
     /// Numbers have a point from now on.

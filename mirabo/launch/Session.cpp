@@ -227,7 +227,7 @@ void Session::connectViewer()
             [this](SoNode* node) { m_tree->revealNode(node); });
 }
 
-/// What the panels do when they are asked to.
+/// Registers the handlers of requests to the panels.
 void Session::registerActions()
 {
     ActionRegistry& actions = hub()->actions();

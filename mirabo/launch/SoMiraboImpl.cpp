@@ -140,7 +140,7 @@ void readConfiguration()
     MrbPluginsManager::getInstance()->read(configuration.pathOrText, configuration.isFile);
 }
 
-/// What a run needs around its scene; a start while the end of the last run is pending finds it.
+/// Surroundings of the scene in a run; a start while the end of the last run is pending finds it.
 void openSession()
 {
     Run& r = run();
@@ -237,7 +237,7 @@ void tearDown(bool insideEvent)
     r.sensorsServed = false;
     if (!insideEvent)
         r.application.release();
-    // Whoever asked for an end meanwhile has got it.
+    // An end that was requested meanwhile has taken place.
     r.tearDownDue = r.finishPending = false;
     Frame::setEnding(false);
     r.tearingDown = false;

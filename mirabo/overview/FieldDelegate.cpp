@@ -68,7 +68,7 @@ void FieldDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         paintPlain(painter, option, index);
 }
 
-/// What the style does, which lays every text out three times.
+/// Does the work of the style, which lays every text out three times.
 void FieldDelegate::paintPlain(QPainter* painter, const QStyleOptionViewItem& option,
                                const QModelIndex& index) const
 {

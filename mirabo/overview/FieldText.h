@@ -6,7 +6,7 @@ class SoField;
 
 namespace mirabo {
 
-/// What a field list shows of a field's value.
+/// Text of a field's value in a field list.
 struct FieldText {
     QString text;
     bool isImage = false; ///< shown without text

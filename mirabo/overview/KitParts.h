@@ -5,7 +5,7 @@
 class SbName;
 class SoNode;
 
-/// What the overview asks about node kits.
+/// Queries of the overview about node kits.
 namespace mirabo {
 
 enum class PartKind { None, Public, Private };

@@ -59,11 +59,11 @@ public:
     /// The field with its default value, for comparison; may be null.
     const SoField* getDefaultField() const { return m_defaultField; }
     bool isPart() const { return m_part; }
-    /// What the field said last once it has died.
+    /// Returns the last value once the field has died.
     bool isFieldDefault() const;
-    /// What a repaint has to cover.
+    /// Parts of the row that a repaint has to cover.
     enum Change { None = 0, Value = 1, Flags = 2 };
-    /// What differs from the last call; reads the value if it has gone stale.
+    /// Returns what differs from the last call; reads the value if it has gone stale.
     int takeChange();
 
     /// The value changed: its text is made anew when next asked for.
@@ -93,7 +93,7 @@ public:
     bool operator<(const QTreeWidgetItem& other) const override;
 
 private:
-    /// What a row says of its field beside its texts.
+    /// State of the field that a row shows beside its texts.
     struct Shown {
         QString value;
         bool isImage = false;

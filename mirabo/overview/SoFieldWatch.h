@@ -19,9 +19,9 @@ public:
     void updateNodeName(const SoNode* node) override;
     /// The same for all rows.
     void updateNodeNames();
-    /// What the main window's actions mean while the watch has the focus, and who shows its context
-    /// menu from now on; without one it offers its own. Not owned; it must live as long as the
-    /// watch. Registers the state.
+    /// Sets the meaning of the main window's actions while the watch has the focus, which also
+    /// shows its context menu from now on; without one it offers its own. Not owned; it must live
+    /// as long as the watch. Registers the state.
     void setFieldWatchState(SoMiraboState* state);
 
 Q_SIGNALS:

@@ -26,7 +26,7 @@ constexpr int kIconColumnWidth = 20;
 constexpr int kCellMargin = 16;
 constexpr int kLeastWidth = 48; ///< of a column that shrinks with the list
 
-/// What a column usually holds; a row's icons have fixed columns.
+/// Usual content of a column; a row's icons have fixed columns.
 constexpr std::pair<SoMiraboList::Column, const char*> kSamples[] = {
     {SoMiraboList::NodeType, "PerspectiveCamera"},
     {SoMiraboList::NodeName, "Node name of usual length"},

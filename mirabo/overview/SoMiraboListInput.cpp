@@ -1,4 +1,4 @@
-// What a field list does with the events of its window.
+// Events of a field list.
 
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"

@@ -223,7 +223,7 @@ void SoNodeOverview::enableWidgets()
     m_overrideCheckBox->setEnabled(node && canOverride(node.get()));
     if (!m_node)
         m_watchButton->setEnabled(false);
-    // What a dead node said last stays, greyed.
+    // The last values of a dead node stay, greyed.
     for (QLabel* label : {m_nodeNameLabel, m_nodeIdLabel, m_addressLabel, m_nodeNetNameLabel})
         if (label)
             label->setEnabled(!m_dead);

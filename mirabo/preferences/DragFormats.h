@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a drag out of a panel carries. The formats have no content: a drag begins at the selected
+/// Formats of a drag out of a panel. The formats have no content: a drag begins at the selected
 /// row of its panel, and is of no use outside the window.
 namespace mirabo {
 

@@ -8,7 +8,7 @@ class SoField;
 class SoFieldData;
 class SoNode;
 
-/// What stands below a node in the tree: its children, then the nodes that its fields hold.
+/// Rows below a node in the tree: its children, then the nodes that its fields hold.
 namespace mirabo {
 
 struct TreeContext;

@@ -14,7 +14,7 @@ namespace mirabo {
 
 struct MovePlan;
 
-/// What a drag over the tree shows before the drop: where the node will land, drawn over the rows;
+/// Shows the effect of a drag before the drop: where the node will land, drawn over the rows;
 /// what the drop would do, or why it would not, as a text. Opens the branch that the mouse rests
 /// on, and scrolls near the upper and lower edge.
 class DropGuide final : public QObject {

@@ -6,8 +6,8 @@
 
 class QCheckBox;
 
-/// Which categories of nodes the scene tree shows. The choice is in force at once; the dialog stays
-/// open beside the window.
+/// Chooses the categories of nodes that the scene tree shows. The choice is in force at once; the
+/// dialog stays open beside the window.
 class MrbFilterDialog final : public QDialog {
     Q_OBJECT
 

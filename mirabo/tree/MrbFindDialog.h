@@ -10,7 +10,7 @@ class QComboBox;
 class QRadioButton;
 class SoCommandManager;
 
-/// What to find in the scene tree, and how. The hub searches; the dialog stays open beside the
+/// Asks what to find in the scene tree, and how. The hub searches; the dialog stays open beside the
 /// window, and its kind and options hold for searches from the tool bar, too.
 class MrbFindDialog final : public QDialog {
     Q_OBJECT

@@ -4,7 +4,7 @@
 
 #include <QIcon>
 
-/// What the inspector makes of a node's type: the category that decides its icon and how it is
+/// Traits of a node's type: the category that decides its icon and how it is
 /// filtered, and how the tree finds what stands below it. All of it is looked up once per type.
 namespace mirabo {
 

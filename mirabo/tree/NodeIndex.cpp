@@ -97,7 +97,7 @@ void NodeIndex::erase(std::size_t at)
 {
     --m_nodes;
     const std::size_t mask = m_slots.size() - 1;
-    // Whoever was pushed beyond the freed slot moves back, so that no search ends too early.
+    // Entries that were pushed beyond the freed slot move back, so that no search ends too early.
     for (std::size_t i = (at + 1) & mask; m_slots[i].node; i = (i + 1) & mask) {
         const std::size_t distance = (i - home(m_slots[i].node)) & mask;
         if (distance < ((i - at) & mask))

@@ -12,10 +12,10 @@ class SoNode;
 
 namespace mirabo {
 
-/// What the toolkit tells of nodes apart from notifications: deaths, names, and changes below nodes
-/// whose notification is off. Passed on at once in the thread of the user interface; what happens
-/// in other threads is kept until that thread asks. About all nodes of the process: the receiver
-/// looks up whether it knows them.
+/// Receives what the toolkit tells of nodes apart from notifications: deaths, names, and changes
+/// below nodes whose notification is off. Passed on at once in the thread of the user interface;
+/// what happens in other threads is kept until that thread asks. About all nodes of the process:
+/// the receiver looks up whether it knows them.
 class NodeNews final : private SoDeathObserver {
 public:
     class Receiver {

@@ -176,7 +176,7 @@ std::optional<NodeSlot> NodeSlot::behind(const SoTreeViewItem* row)
 {
     const NodeSlot own = of(row);
     if (own.m_kind == Kind::Part) {
-        // What stands in a kit's own group beside its parts is nobody's.
+        // A child of a kit's own group that is no part belongs to nobody.
         std::optional<NodeSlot> slot = into(row->parentItem(), 0);
         if (slot)
             slot->m_isInternal = true;

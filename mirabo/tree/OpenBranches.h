@@ -20,7 +20,7 @@ struct TreeContext;
 /// sees it.
 class OpenBranches {
 public:
-    /// What removals may cost in one pass before the branches are put aside.
+    /// Time for removals in one pass before the branches are put aside.
     static constexpr qint64 kPatience = 2000000; ///< nanoseconds
 
     explicit OpenBranches(SoMiraboTreeView& view) : m_view(view) {}

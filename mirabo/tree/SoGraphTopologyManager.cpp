@@ -264,7 +264,7 @@ void SoGraphTopologyManager::apply(const Change& change)
         m_structureChanged = true;
 }
 
-/// What was added is in sight when its parent is; removals and other changes are gone to, unless
+/// Added nodes are in sight when their parent is; removals and other changes are gone to, unless
 /// they come in a stream. Where the current row itself went, there is nothing to disturb.
 void SoGraphTopologyManager::tellWhere(const Change& change, bool currentRowWent)
 {

@@ -57,7 +57,7 @@ public:
     /// The row of the last change of this pass, if the change is one to be shown. Asked once a
     /// pass.
     SoTreeViewItem* takeChangedItem();
-    /// What changed in this pass is not to be shown.
+    /// Changes of this pass are not to be shown.
     void forgetLastChange() { m_lastChange.clear(); }
     /// Compares what other threads have changed, and drops rows whose nodes died. The caller holds
     /// a GraphReading; after it every row is in the graph that it protects, as far as notifications

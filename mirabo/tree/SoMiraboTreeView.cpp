@@ -33,7 +33,7 @@ namespace {
 /// Widths in pixels; what the contents need comes on top.
 constexpr int kColumnWidths[SoTreeViewItem::kColumnCount] = {200, 120, 60, 44, 24};
 
-/// What is to be seen of a row that is gone to, from its icon on, and of the branches before it.
+/// Widths that scrolling keeps in sight: of a row from its icon on, and of the branches before it.
 constexpr int kTextRoom = 160;
 constexpr int kLeadIn = 80;
 

@@ -72,7 +72,7 @@ public:
                                SoField* sourceField = nullptr, int index = -1);
     /// Makes everything below a row anew.
     void populate(SoTreeViewItem* item);
-    /// What is done about a place where the scene has changed.
+    /// Reaction to a place where the scene has changed.
     enum class ShowMode {
         Outline,    ///< the current row stays; the object is outlined
         MakeCurrent ///< the tree goes there
@@ -217,7 +217,7 @@ Q_SIGNALS:
     void referenceRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
     /// The current row is to move one step.
     void stepRequested(mirabo::MoveStep step);
-    /// What a drop would do now; empty: nothing is dragged over the tree.
+    /// Tells what a drop would do now; empty: nothing is dragged over the tree.
     void statusHint(const QString& hint);
 
 protected:

@@ -9,7 +9,7 @@ class SoTreeViewItem;
 /// Adds nodes at a row: as the last children of the row's node when that keeps a list, else behind
 /// it in the list that it stands in itself. Nodes that are added later go to the same list.
 ///
-/// What is added may be a new node, or one that stands elsewhere in the scene already.
+/// The node may be a new one, or one that stands elsewhere in the scene already.
 class SoTreeAddNodeCommand final : public mirabo::TreeEditCommand {
 public:
     SoTreeAddNodeCommand(SoTreeViewItem* target, std::shared_ptr<const mirabo::TreeEditHost> host);

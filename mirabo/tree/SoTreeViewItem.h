@@ -22,7 +22,7 @@ class RowKeeper;
 struct TreeContext;
 } // namespace mirabo
 
-/// What an item is in the node kit that it was reached through.
+/// Role of an item in the node kit that it was reached through.
 struct PartInfo {
     enum Kind : std::int32_t { NotAPart = 0, Part = 1, TopSeparator = 2 };
 
@@ -126,8 +126,8 @@ public:
     void setShown(bool on);
 
     /// All rows directly below in the order of the graph, those that the filter hides included.
-    /// Whoever compares rows with the graph, or keeps their numbers, goes by these; Qt's children
-    /// are the shown ones only.
+    /// Comparison with the graph and stored row numbers use these; Qt's children are the shown ones
+    /// only.
     int rowCount() const { return m_hasHiddenRows ? countWithHidden() : childCount(); }
     /// Null past the end.
     SoTreeViewItem* rowAt(int row) const

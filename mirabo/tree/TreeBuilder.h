@@ -14,7 +14,7 @@ public:
 
     /// The row of a node to be put below `parent` (null: top level), with everything below it.
     SoTreeViewItem* build(SoNode* node, SoField* source, const SoTreeViewItem* parent);
-    /// What belongs directly below a node, in order.
+    /// Entries directly below a node, in order.
     std::vector<PlacedNode> placesBelow(const SoNode* node);
 
 private:

@@ -22,7 +22,7 @@ namespace mirabo {
 
 class RowKeeper;
 
-/// What the rows of one tree share. Outlives all of them.
+/// Data that the rows of one tree share. Outlives all of them.
 struct TreeContext {
     NodeIndex index;
 

@@ -27,7 +27,7 @@ class TreeContextMenu final : public QMenu {
 public:
     explicit TreeContextMenu(SoMiraboTreeView* view);
 
-    /// Who answers the entries that are not the tree's own, and tells which are possible; without
+    /// Handlers of the entries that are not the tree's own, which tell what is possible; without
     /// it they are not shown. Not owned; it may die.
     void setActions(mirabo::ActionRegistry* actions);
     void setExtension(std::function<QList<QMenu*>(SoType)> extension)

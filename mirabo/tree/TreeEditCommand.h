@@ -28,7 +28,7 @@ struct Refusal {
 /// A warning with a sentence that tells the reason, which is plain text.
 Refusal refusalFor(const QString& title, const QString& html, const QString& reason);
 
-/// What the commands reach outside of the graph and the tree. Shared, since commands outlive the
+/// Functions of the tool outside of the graph and the tree. Shared, since commands outlive the
 /// window; what is empty by then is left out.
 struct TreeEditHost {
     /// Shows a refusal, after the present call: boxes run an event loop.
@@ -37,7 +37,7 @@ struct TreeEditHost {
     std::function<void(SoNode*)> setRoot;
 };
 
-/// What the tree's edit commands have in common.
+/// Base of the tree's edit commands.
 ///
 /// The graph and the tree have two states, before and behind the edit. Going from one to the other
 /// the command notes down which row was current and what was open in the branches that go, and
@@ -89,7 +89,7 @@ protected:
     }
     /// For commands that make their edit in several steps: one more step towards done.
     bool runAgain();
-    /// What the toolkit said when it refused, or a word of ours.
+    /// Returns the toolkit's reason for a refusal, or a general one.
     QString reason() const;
     void setRoot(SoNode* root) const;
     /// The row of a place below that row, or below the first of its holder's.

@@ -62,7 +62,7 @@ bool isUsable(const SoTreeViewItem* row)
            && (!row->parentItem() || !row->parentItem()->isDead());
 }
 
-/// What is told of a row that is not usable.
+/// Returns the refusal for a row that is not usable.
 QString whyNotUsable(const SoTreeViewItem* row)
 {
     return row->isDisabledNode() && !row->isDead()

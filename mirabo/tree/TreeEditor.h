@@ -32,7 +32,7 @@ class TreeEditor final : public QObject {
     Q_OBJECT
 
 public:
-    /// What the editor needs of the others.
+    /// Parts of the tool that the editor uses.
     struct Wiring {
         UndoStack& stack;
         CommandOwner& owner;

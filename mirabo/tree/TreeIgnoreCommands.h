@@ -8,7 +8,7 @@
 
 class SoField;
 
-/// What "Set Ignored/Enable" does, undoably.
+/// The commands of "Set Ignored/Enable".
 
 /// Turns the ignore flag of a node's field around.
 class SoTreeIgnoreFieldCommand final : public mirabo::TreeEditCommand {

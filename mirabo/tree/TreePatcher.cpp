@@ -160,7 +160,7 @@ bool agrees(const SoTreeViewItem* item, const FieldRows& rows, int row,
            && item->rowAt(rows.begin + row)->getNode() == nodes[static_cast<std::size_t>(entry)];
 }
 
-/// What the user has opened and chosen below a row, while its rows are taken out and put back.
+/// Keeps what the user has opened and chosen below a row while its rows are taken out and put back.
 class ViewState {
 public:
     ViewState(SoMiraboTreeView& view, SoTreeViewItem* top)

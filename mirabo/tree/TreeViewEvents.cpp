@@ -28,7 +28,7 @@
 #include <iterator>
 #include <vector>
 
-// What the user does with the tree, and what is painted.
+// Input and painting of the tree.
 
 using mirabo::asItem;
 
@@ -38,7 +38,7 @@ const QString kDragText = QStringLiteral("Mirabo/Drop");
 const QString kEmptyHint = QStringLiteral("No scene: open a file or drop one here");
 const QString kHiddenHint = QStringLiteral("The filter hides the root of the scene");
 constexpr int kHintMargin = 24;
-/// What is looked at to tell whether something below a row is closed.
+/// Limit of the rows that are visited to find a closed one below a row.
 constexpr int kExploreRows = 20000;
 constexpr int kExploreBranches = 500;
 
@@ -312,7 +312,7 @@ void SoMiraboTreeView::onCustomContextMenu(const QPoint& point)
         return;
     m_context.menuRow = item;
     setCurrentItem(item);
-    // Whoever was told of the choice may have taken the row away, or ended the tool.
+    // A listener may have taken the row away, or ended the tool.
     if (!m_context.menuRow || mirabo::Frame::isEnding())
         return;
     m_menu->prepare(m_context.menuRow->getNodeType());

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-// Which rows the filter shows. A hidden row is out of the widget, but for the root.
+// Filtering of rows. A hidden row is out of the widget, but for the root.
 
 using mirabo::asItem;
 

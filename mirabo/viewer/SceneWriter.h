@@ -20,7 +20,7 @@ namespace mirabo {
 /// lock; where that is refused, because another thread edits, nothing is written.
 class SceneWriter {
 public:
-    /// What it asks and tells; called in the thread that writes.
+    /// Questions and messages; called in the thread that writes.
     struct Dialogs {
         /// Whether to rewrite a file that the scene refers to.
         std::function<bool(const QString& fileName)> confirmOverwrite;
@@ -31,7 +31,7 @@ public:
     };
     struct Result {
         bool isWritten = false;
-        /// What stands in the file now: the node, or what it was converted to.
+        /// Content of the file now: the node, or what it was converted to.
         SoRef<SoNode> written = {};
     };
 

@@ -68,7 +68,7 @@ bool removeStray(const std::string& name)
     struct stat status {};
     const bool isStray = fstat(file, &status) == 0 && S_ISREG(status.st_mode)
                          && status.st_uid == geteuid() && flock(file, LOCK_EX | LOCK_NB) == 0;
-    // Who removes or renames the file holds its lock, so the name cannot move on in between.
+    // A file is removed or renamed only under its lock, so the name cannot move on in between.
     if (isStray && isNamed(file, name))
         unlink(name.c_str());
     ::close(file);

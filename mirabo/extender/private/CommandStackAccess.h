@@ -8,7 +8,7 @@ class MrbCommand;
 
 namespace mirabo {
 
-/// What the services of a tool with an undo stack offer beyond the interface for extensions.
+/// Interface of services with an undo stack, beyond that for extensions.
 class MRBEXT_API CommandStackAccess {
 public:
     using Test = std::function<bool(const MrbCommand*)>;

@@ -10,7 +10,7 @@
 
 namespace mirabo {
 
-/// What a configuration says.
+/// Content of a configuration.
 struct PluginConfiguration {
     QStringList plugins;
     std::vector<MrbPluginsManager::Profile> profiles;

@@ -16,7 +16,7 @@ public:
     explicit ExtensionServices(HostedExtension& owner);
     ~ExtensionServices() override;
 
-    /// What it stands for; null when there is none any more.
+    /// Returns the services of the tool; null when there are none any more.
     static MrbServices* tool() { return getToolInstance(); }
 
     /// No more signals.

@@ -21,7 +21,7 @@ public:
     explicit ExtensionShell(HostedExtension& owner);
     ~ExtensionShell() override;
 
-    /// What it stands for; null when there is none any more.
+    /// Returns the shell of the tool; null when there is none any more.
     static MrbShell* tool() { return getToolInstance(); }
 
     /// Takes everything back from the window and deletes it.

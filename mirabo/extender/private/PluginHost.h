@@ -14,7 +14,8 @@ namespace mirabo {
 class HostedExtension;
 class PluginLibrary;
 
-/// What runs of a configuration: its libraries and the extensions of the active profile.
+/// Owns the running part of a configuration: its libraries and the extensions of the active
+/// profile.
 class PluginHost final : public QObject {
     Q_OBJECT
 

@@ -7,7 +7,7 @@
 
 namespace kalmyr::detail {
 
-/// What walks of notifications note in the flags of the containers that they come by. There are
+/// Marks of notification walks in the flags of the containers that they come by. There are
 /// objects of this class nowhere: it derives for the access to the flags.
 class WalkMarks : SoFieldContainer {
 public:
@@ -31,7 +31,8 @@ public:
     }
 };
 
-/// Who holds the container has changed: no walk takes a shortcut that relies on it.
+/// To be called when the holders of the container have changed: no walk takes a shortcut that
+/// relies on them.
 inline void endShortcuts(SoFieldContainer& container)
 {
     if (!WalkMarks::has(container, WalkMarks::kPassed))
