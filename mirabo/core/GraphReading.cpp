@@ -1,6 +1,6 @@
 #include "mirabo/core/GraphReading.h"
 
-#include <QTimer>
+#include "mirabo/core/Later.h"
 
 #include <utility>
 
@@ -40,8 +40,8 @@ void whenReadable(QObject* context, std::function<void()> work)
             return;
         }
     }
-    QTimer::singleShot(GraphReading::kRetryMilliseconds, context,
-                       [context, work = std::move(work)] { whenReadable(context, work); });
+    callLater(context, GraphReading::kRetryMilliseconds,
+              [context, work = std::move(work)] { whenReadable(context, work); });
 }
 
 } // namespace mirabo

@@ -1,6 +1,7 @@
 #include "mirabo/core/RowKeeper.h"
 
-#include <QTimer>
+#include "mirabo/core/Later.h"
+
 #include <QTreeWidget>
 
 #include <utility>
@@ -37,7 +38,7 @@ void RowKeeper::leave()
     --m_depth;
     m_isIndexStale = m_isIndexStale || m_hasChanged;
     if (!isOpen() && !std::exchange(m_isReleasePending, true))
-        QTimer::singleShot(0, &m_view, [this] { release(); });
+        callLater(&m_view, 0, [this] { release(); });
 }
 
 void RowKeeper::rowsAboutToChange()

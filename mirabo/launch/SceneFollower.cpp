@@ -1,5 +1,7 @@
 #include "mirabo/launch/SceneFollower.h"
 
+#include "mirabo/extender/private/Frame.h"
+
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/io/SoReadLock.h>
@@ -41,6 +43,7 @@ void SceneFollower::changed()
 
 void SceneFollower::tell()
 {
+    const Frame frame;
     if (const SoField* scene = m_sensor.getAttachedField())
         m_show(static_cast<const SoSFNode*>(scene)->getValue());
 }

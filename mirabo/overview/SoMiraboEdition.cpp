@@ -1,6 +1,7 @@
 #include "mirabo/overview/SoMiraboEdition.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Later.h"
 #include "mirabo/core/SoMiraboStateManager.h"
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -15,7 +16,6 @@
 #include <kalmyr/core/SoNode.h>
 
 #include <QDockWidget>
-#include <QTimer>
 
 SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDock)
     : m_overviewDock(overviewDock),
@@ -80,10 +80,10 @@ void SoMiraboEdition::showNode(SoNode* node, SoNode* kit, bool newTab)
         if (graph) {
             showWhole(node, kit, newTab);
         } else {
-            QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                               [this, keptNode, keptKit, newTab] {
-                                   showNode(keptNode.get(), keptKit.get(), newTab);
-                               });
+            mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds,
+                              [this, keptNode, keptKit, newTab] {
+                                  showNode(keptNode.get(), keptKit.get(), newTab);
+                              });
             return;
         }
     }
@@ -176,11 +176,11 @@ void SoMiraboEdition::deselectField()
 void SoMiraboEdition::pickLater(QTreeWidget* list, bool inWatch)
 {
     // Whichever row is the current one when the other thread has edited.
-    QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                       [this, list = QPointer(list), inWatch] {
-                           if (list && list->currentItem())
-                               pickField(list->currentItem(), inWatch);
-                       });
+    mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds,
+                      [this, list = QPointer(list), inWatch] {
+                          if (list && list->currentItem())
+                              pickField(list->currentItem(), inWatch);
+                      });
 }
 
 void SoMiraboEdition::pickField(QTreeWidgetItem* row, bool inWatch)

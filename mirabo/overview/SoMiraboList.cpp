@@ -1,6 +1,7 @@
 #include "mirabo/overview/SoMiraboList.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Later.h"
 #include "mirabo/overview/FieldDelegate.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -13,7 +14,6 @@
 #include <kalmyr/core/SoNode.h>
 
 #include <QPointer>
-#include <QTimer>
 
 #include <algorithm>
 #include <iterator>
@@ -176,7 +176,7 @@ void SoMiraboList::lookAfter(SoFieldItem* item)
     std::unique_ptr<NodeRows>& entry = m_nodes[node];
     if (entry && !entry->follower.isFollowing()) {
         entry.reset(); // of a node that died in the same place
-        QTimer::singleShot(0, this, &SoMiraboList::takeDeaths);
+        mirabo::callLater(this, 0, [this] { takeDeaths(); });
     }
     if (!entry) {
         entry = std::make_unique<NodeRows>(this);
@@ -300,8 +300,8 @@ void SoMiraboList::takeChanges()
 {
     const mirabo::GraphReading graph;
     if (!graph) {
-        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                           &SoMiraboList::takeChanges);
+        mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds,
+                          [this] { takeChanges(); });
         return;
     }
     m_changeNoted = false;
@@ -316,7 +316,7 @@ void SoMiraboList::repaintLater()
     m_repaintPending = true;
     const double since = 1000 * (SbTime::monotonic().getValue() - m_lastRepaint);
     const auto delay = static_cast<int>(std::clamp<double>(kRepaintMs - since, 0, kRepaintMs));
-    QTimer::singleShot(delay, Qt::PreciseTimer, this, &SoMiraboList::repaintRows);
+    mirabo::callLater(this, delay, [this] { repaintRows(); });
 }
 
 void SoMiraboList::repaintRows()

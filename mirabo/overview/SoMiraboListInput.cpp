@@ -1,6 +1,8 @@
 // Events of a field list.
 
 #include "mirabo/core/GraphReading.h"
+
+#include "mirabo/core/Later.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/DragFormats.h"
@@ -11,7 +13,6 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QPaintEvent>
-#include <QTimer>
 
 namespace {
 
@@ -76,8 +77,8 @@ void SoMiraboList::paintEvent(QPaintEvent* event)
         const mirabo::GraphReading graph;
         QTreeWidget::paintEvent(event);
         if (!graph)
-            QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, viewport(),
-                               qOverload<>(&QWidget::update));
+            mirabo::callLater(viewport(), mirabo::GraphReading::kRetryMilliseconds,
+                              [this] { viewport()->update(); });
     }
     m_painted = {};
     if (topLevelItemCount() > 0 || m_emptyHint.isEmpty())

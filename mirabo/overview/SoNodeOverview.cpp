@@ -1,6 +1,7 @@
 #include "mirabo/overview/SoNodeOverview.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Later.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
@@ -130,6 +131,7 @@ void SoNodeOverview::buildChecks(QHBoxLayout* checks, bool withCloseButton)
 
 void SoNodeOverview::connectWidgets()
 {
+    m_pause.setParent(this);
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, [this] {
         if (m_idStale)
@@ -293,8 +295,8 @@ void SoNodeOverview::followChange()
 {
     const mirabo::GraphReading graph;
     if (!graph) {
-        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                           &SoNodeOverview::followChange);
+        mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds,
+                          [this] { followChange(); });
         return;
     }
     m_changeNoted = false;
@@ -351,7 +353,7 @@ void SoNodeOverview::renameLater()
 {
     if (std::exchange(m_isRenaming, true))
         return;
-    QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this, [this] {
+    mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds, [this] {
         if (std::exchange(m_isRenaming, false))
             nameEdited(m_nodeNameValue->text());
     });

@@ -1,6 +1,7 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/Frame.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -74,7 +75,8 @@ bool isEmptied(SoNotification::Kind kind, const SoNode& node)
 } // namespace
 
 SoGraphTopologyManager::SoGraphTopologyManager(SoMiraboTreeView* view)
-    : m_view(view),
+    : QObject(view),
+      m_view(view),
       m_recorder(*this),
       m_sensor([](void* data, SoSensor*) { static_cast<SoGraphTopologyManager*>(data)->changed(); },
                this)
@@ -83,6 +85,7 @@ SoGraphTopologyManager::SoGraphTopologyManager(SoMiraboTreeView* view)
     m_sensor.setDeleteCallback(
         [](void* data, SoSensor*) { static_cast<SoGraphTopologyManager*>(data)->watchedDied(); },
         this);
+    m_timer.setParent(this);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &SoGraphTopologyManager::updateTreeViewDisplay);
 }
@@ -207,6 +210,7 @@ void SoGraphTopologyManager::changed()
 {
     if (isOtherThread() || m_applying || (m_changes.empty() && m_silences.empty()))
         return;
+    const mirabo::Frame frame; // a listener to the rows may end the tool, or delete the window
     m_applying = true;
     {
         const SoMiraboTreeView::PatchScope scope(*m_view);
@@ -396,6 +400,7 @@ SoTreeViewItem* SoGraphTopologyManager::itemAt(const std::vector<const SoNode*>&
 /// The watched node is being destroyed; what it holds still lives.
 void SoGraphTopologyManager::watchedDied()
 {
+    const mirabo::Frame frame;
     if (isOtherThread()) {
         m_rootDied = true;
         changedElsewhere(0);

@@ -1,6 +1,7 @@
 #include "mirabo/tree/TreeNavigator.h"
 
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Later.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/tree/BookmarkStore.h"
 #include "mirabo/tree/MrbFindDialog.h"
@@ -56,8 +57,10 @@ TreeNavigator::TreeNavigator(SoMiraboTreeView* tree, QComboBox* searchBox, SoCom
     connect(m_typed, &TypedSearch::found, this, &TreeNavigator::goTo);
     connect(m_dialog, &QDialog::finished, tree, [tree] { tree->setFocus(); });
 
-    for (QTimer* timer : {&m_saveLater, &m_findLost})
+    for (QTimer* timer : {&m_saveLater, &m_findLost}) {
+        timer->setParent(this);
         timer->setSingleShot(true);
+    }
     connect(&m_saveLater, &QTimer::timeout, this, &TreeNavigator::saveBookmarks);
     connect(&m_findLost, &QTimer::timeout, this, &TreeNavigator::findLostBookmarks);
     connect(tree, &SoMiraboTreeView::rootAboutToChange, this, &TreeNavigator::sceneLeaves);
@@ -147,8 +150,7 @@ void TreeNavigator::find(unsigned clear, unsigned set)
             state = finder.look(std::numeric_limits<int>::max());
     }
     if (state == TreeFinder::State::Searching) { // another thread edits the graph
-        QTimer::singleShot(GraphReading::kRetryMilliseconds, this,
-                           [this, clear, set] { find(clear, set); });
+        callLater(this, GraphReading::kRetryMilliseconds, [this, clear, set] { find(clear, set); });
         return;
     }
     goTo(finder.found());

@@ -21,6 +21,7 @@ TypedSearch::TypedSearch(SoMiraboTreeView* tree, QLineEdit* edit,
                          std::function<std::optional<TreeFinder::Query>(const QString&)> query)
     : QObject(tree), m_tree(tree), m_query(std::move(query))
 {
+    m_timer.setParent(this);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &TypedSearch::look);
     connect(edit, &QLineEdit::textEdited, this, &TypedSearch::typed);

@@ -1,11 +1,12 @@
 #include "mirabo/viewer/FirstLayout.h"
 
+#include "mirabo/core/Later.h"
+
 #include <kalmyr/base/SbTime.h>
 
 #include <QDockWidget>
 #include <QEvent>
 #include <QMainWindow>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -54,7 +55,7 @@ void FirstLayout::applyLater()
     if (m_pending)
         return;
     m_pending = true;
-    QTimer::singleShot(0, this, [this] {
+    callLater(this, 0, [this] {
         m_pending = false;
         apply();
     });

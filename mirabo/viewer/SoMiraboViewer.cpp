@@ -2,6 +2,7 @@
 
 #include "mirabo/core/ErrorScope.h"
 #include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Later.h"
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
@@ -32,7 +33,6 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QThread>
-#include <QTimer>
 
 namespace {
 
@@ -181,8 +181,8 @@ void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
     const SoRef<SoNode> kept(root);
     if (!mirabo::GraphReading()) {
         // An editor in another thread may be waiting for this one.
-        QTimer::singleShot(mirabo::GraphReading::kRetryMilliseconds, this,
-                           [this, kept, resetCommands] { setScene(kept.get(), resetCommands); });
+        mirabo::callLater(this, mirabo::GraphReading::kRetryMilliseconds,
+                          [this, kept, resetCommands] { setScene(kept.get(), resetCommands); });
         return;
     }
     Q_EMIT sceneAboutToChange();

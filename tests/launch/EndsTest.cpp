@@ -254,6 +254,36 @@ const std::vector<Place>& places()
              EndsTest::onSelection(act,
                                    [] { MrbServices::getInstance()->setSelectedNode(nullptr); });
          }},
+        {"RowInserted",
+         [](Act act) { // within an edit of the host
+             const SoRef<SoGroup> group(new SoGroup);
+             EndsTest::click(EndsTest::tree(), EndsTest::tree()->topLevelItem(0));
+             SoFieldContainer* root = MrbServices::getInstance()->getSelectedNode();
+             const auto connection = std::make_shared<QMetaObject::Connection>();
+             *connection = QObject::connect(EndsTest::tree()->model(),
+                                            &QAbstractItemModel::rowsInserted, [act, connection] {
+                                                QObject::disconnect(*connection);
+                                                act();
+                                            });
+             static_cast<SoGroup*>(root)->addChild(group.get());
+             static_cast<SoGroup*>(root)->removeChild(group.get());
+         }},
+        {"ColumnResized",
+         [](Act act) { // in the pass after an edit of the host
+             EndsTest::click(EndsTest::tree(), EndsTest::cube());
+             SoFieldContainer* cube = MrbServices::getInstance()->getSelectedNode();
+             const auto connection = std::make_shared<QMetaObject::Connection>();
+             *connection = QObject::connect(EndsTest::tree()->header(),
+                                            &QHeaderView::sectionResized, [act, connection] {
+                                                QObject::disconnect(*connection);
+                                                act();
+                                            });
+             cube->setName(std::string(40, 'n').c_str());
+             QTreeWidgetItem* branch = EndsTest::cube()->parent();
+             branch->setExpanded(false);
+             branch->setExpanded(true);
+             EndsTest::pass();
+         }},
         {"ScrollBar",
          [](Act act) {
              // Any signal of any widget of the tool.
