@@ -29,8 +29,11 @@ double filter(Watched& tree, int mask)
     });
 }
 
-/// Milliseconds for a bare widget to be filled with rows that were made outside of it.
-double fillFloor(const PlainScene& scene)
+enum Opened { RootOpen, AllOpen };
+
+/// Milliseconds for a bare widget to be filled with rows that were made outside of it, and to open
+/// as many.
+double fillFloor(const PlainScene& scene, Opened opened)
 {
     QTreeWidget widget;
     setUp(widget);
@@ -39,12 +42,13 @@ double fillFloor(const PlainScene& scene)
         auto* top = new PlainItem(&scene.nodes.front());
         fillPlain(top, scene.nodes.front());
         widget.addTopLevelItem(top);
-        widget.expandItem(top);
+        if (opened == AllOpen)
+            widget.expandAll();
+        else
+            widget.expandItem(top);
         settle();
     });
 }
-
-enum Opened { RootOpen, AllOpen };
 
 /// Hides the cubes, a third of the leaves, and shows them again.
 void hideAndShow(benchmark::State& state, Shape shape, Opened opened)
@@ -60,7 +64,7 @@ void hideAndShow(benchmark::State& state, Shape shape, Opened opened)
     settle();
     warmMemory();
     for (auto _ : state) {
-        floor.push_back(fillFloor(scene));
+        floor.push_back(fillFloor(scene, opened));
         on.push_back(filter(watched, without(NodeCategory::Shape)));
         off.push_back(filter(watched, mirabo::kAllCategories));
         state.SetIterationTime(on.back() / 1000);
