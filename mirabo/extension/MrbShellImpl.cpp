@@ -149,13 +149,13 @@ QDockWidget* MrbShellImpl::addView(MrbExtension* extension, Qt::DockWidgetArea a
     const QPointer<mirabo::ExtensionView> dock =
         new mirabo::ExtensionView(info.description, m_frame.data());
     dock->setObjectName("view:" + info.name); // its place is stored under this
+    m_views[extension].dock = dock; // goes with the extension, also when that throws
     QWidget* content = extension->createView(dock);
     if (!content || !m_frame) {
-        delete dock;
+        removeView(extension);
         return nullptr;
     }
     dock->setWidget(content);
-    m_views[extension].dock = dock;
     placeDock(*m_frame, dock, area);
     if (!m_frame || !dock)
         return nullptr;
