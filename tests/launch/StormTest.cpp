@@ -161,6 +161,14 @@ private:
         return list[static_cast<int>(below(static_cast<unsigned>(list.size())))];
     }
 
+    static bool isPainting()
+    {
+        const QWidgetList all = QApplication::allWidgets();
+        return std::any_of(all.begin(), all.end(), [](const QWidget* widget) {
+            return widget->testAttribute(Qt::WA_WState_InPaintEvent);
+        });
+    }
+
     void start()
     {
         if (m_inReading || below(5) == 0)
@@ -185,8 +193,8 @@ private:
             SoMirabo::processEvents();
             return SoMirabo::stop();
         case 4:
-            // After a right press Qt itself still asks for the size of the window that got it.
-            if (m_inRightPress)
+            // Qt itself goes on with a window that it paints, or that got a right press.
+            if (m_inRightPress || isPainting())
                 return SoMirabo::stop();
             delete m_parent.data();
             return;
