@@ -28,6 +28,7 @@ SoTreeDeleteNodeCommand::SoTreeDeleteNodeCommand(SoTreeViewItem* item,
       m_node(item->getNode()),
       m_slot(NodeSlot::of(item)),
       m_childIndex(item->childIndexValue()),
+      m_row(item->parentItem() ? item->parentItem()->indexOfRow(item) : 0),
       m_parentItem(item->parentItem())
 {
     setName(mirabo::commandName("Delete", *item->getNode()));
@@ -92,12 +93,20 @@ bool SoTreeDeleteNodeCommand::revert()
     return refuse({Refusal::Kind::Warning, "Mirabo Set Node", QString("Can't set %1.").arg(what)});
 }
 
-/// The row that the deleted one stood below; nothing further up is opened or chosen.
+/// The row that has taken the place, else the one before it, else their parent: pressing Delete
+/// again goes on with the siblings.
 SoTreeViewItem* SoTreeDeleteNodeCommand::arrived(SoMiraboTreeView& view)
 {
     const auto rows = view.itemsOf(m_slot.holder());
-    for (SoTreeViewItem* row : rows)
-        if (row == m_parentItem)
-            return row;
-    return rows.empty() ? nullptr : rows.front();
+    if (rows.empty())
+        return nullptr;
+    const auto known = std::find(rows.begin(), rows.end(), m_parentItem);
+    SoTreeViewItem* parent = known == rows.end() ? rows.front() : *known;
+    for (int row = m_row; row < parent->rowCount(); ++row)
+        if (!parent->rowAt(row)->isFilteredOut())
+            return parent->rowAt(row);
+    for (int row = std::min(m_row, parent->rowCount()); row-- > 0;)
+        if (!parent->rowAt(row)->isFilteredOut())
+            return parent->rowAt(row);
+    return parent;
 }

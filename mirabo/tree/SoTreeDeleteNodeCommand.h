@@ -37,5 +37,6 @@ private:
     mirabo::NodeSlot m_slot;
     mirabo::DisabledPlaces m_disabled; ///< what was out of the scene when its root was deleted
     int m_childIndex;
+    int m_row;                    ///< below its parent's row, when it was deleted first
     SoTreeViewItem* m_parentItem; ///< only compared
 };

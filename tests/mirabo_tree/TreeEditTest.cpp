@@ -530,10 +530,19 @@ TEST_F(TreeEdit, StepsWithTheKeyboard)
     EXPECT_EQ(view.getCurrentNode(), cube);
     EXPECT_EQ(edited.stack.count(), 4);
     EXPECT_EQ(edited.box(), "");
+    // Delete goes on with the siblings: first those behind, then those before, then the parent.
+    QTest::keyClick(&view, Qt::Key_Up, kBoth);
     QTest::keyClick(&view, Qt::Key_Delete);
     EXPECT_EQ(wheel->getNumChildren(), 1);
+    EXPECT_EQ(view.getCurrentNode(), material);
+    edited.stack.undo();
+    EXPECT_EQ(view.getCurrentNode(), cube);
+    edited.stack.undo();
+    QTest::keyClick(&view, Qt::Key_Delete);
+    EXPECT_EQ(view.getCurrentNode(), material);
+    QTest::keyClick(&view, Qt::Key_Delete);
     EXPECT_EQ(view.getCurrentNode(), wheel);
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 6; ++i)
         edited.stack.undo();
     EXPECT_EQ(wheel->findChild(cube), 1);
     EXPECT_EQ(check(), "");
