@@ -5,6 +5,7 @@
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbServices.h"
+#include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
 
 #include <kalmyr/base/SbFileHelper.h>
@@ -30,8 +31,15 @@ constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
 
 } // namespace
 
-SoCommandManager::SoCommandManager() = default;
-SoCommandManager::~SoCommandManager() = default;
+SoCommandManager::SoCommandManager()
+{
+    mirabo::EventFrames::addRoot(this);
+}
+
+SoCommandManager::~SoCommandManager()
+{
+    mirabo::EventFrames::removeRoot(this);
+}
 
 void SoCommandManager::setUp(SoMiraboMainFrame* frame, mirabo::SceneDocument* document,
                              mirabo::SceneTree* tree, mirabo::NodePanels* panels)

@@ -9,6 +9,7 @@
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/MrbShell.h"
+#include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
@@ -90,6 +91,7 @@ QString nameOfScene()
 Session::Session(SoMiraboMainFrame* frame, bool standalone)
     : m_frame(frame), m_standalone(standalone)
 {
+    EventFrames::addRoot(this);
     m_follower = std::make_unique<SceneFollower>([](SoNode* scene) {
         if (scene != SoMiraboViewer::instance()->getScene())
             SoMiraboViewer::instance()->setScene(scene, true);
@@ -114,7 +116,10 @@ Session::Session(SoMiraboMainFrame* frame, bool standalone)
     SoMiraboStateManager::setCurrentState(SoTreeViewState::kName);
 }
 
-Session::~Session() = default;
+Session::~Session()
+{
+    EventFrames::removeRoot(this);
+}
 
 void Session::createPanels(bool standalone)
 {
@@ -206,6 +211,10 @@ void Session::connectOverview()
     });
     new RowActions(m_tree, hub()); // the tree owns it
     m_ignore = std::make_unique<IgnoreSwitch>(m_tree, m_edition.get(), hub(), m_edits->owner());
+    // Below a root their events are delivered in frames. The members delete them first.
+    for (QObject* part : std::initializer_list<QObject*>{m_follower.get(), m_edits.get(),
+                                                         m_edition.get(), m_ignore.get()})
+        part->setParent(this);
     new SoTreeViewState(m_tree, hub()); // the tree owns it
     m_edition->createFieldWatchState(hub());
     m_edition->setPlaceProvider(

@@ -6,6 +6,7 @@
 #include "mirabo/core/LiveInput.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
@@ -80,10 +81,12 @@ SoMiraboViewer::SoMiraboViewer() : m_selection(new SoSelection)
 {
     m_selection->policy = SoSelection::SINGLE;
     m_selection->addSelectionCallback(&SoMiraboViewer::pathSelected, this);
+    mirabo::EventFrames::addRoot(this);
 }
 
 SoMiraboViewer::~SoMiraboViewer()
 {
+    mirabo::EventFrames::removeRoot(this);
     // Others may hold the scene manager, and go on drawing.
     if (m_examiner && m_highlightAction)
         m_examiner->getSceneManager()->setGLRenderAction(nullptr);

@@ -2,6 +2,7 @@
 #include "support/TestExtension.h"
 
 #include <kalmyr/sensors/SoNodeSensor.h>
+#include <mirabo/extender/MrbCommand.h>
 #include <mirabo/extender/MrbServices.h>
 #include <mirabo/launch/SoMirabo.h>
 
@@ -65,6 +66,13 @@ const Act kActs[] = {
          EXPECT_TRUE(SoMirabo::processEvents());
      },
      true},
+};
+
+class NoEdit final : public MrbCommand {
+public:
+    bool execute() override { return true; }
+    void undo() override {}
+    void redo() override {}
 };
 
 /// A place from which the host's code is called while code of the tool is on the stack.
@@ -282,6 +290,21 @@ const std::vector<Place>& places()
              QTreeWidgetItem* branch = EndsTest::cube()->parent();
              branch->setExpanded(false);
              branch->setExpanded(true);
+             EndsTest::pass();
+         }},
+        {"History",
+         [](Act act) { // told of a command by the event loop
+             EndsTest::window()->findChild<QDockWidget*>("dockHistory")->show();
+             EndsTest::pass();
+             auto* list = EndsTest::window()->findChild<QAbstractItemView*>("historyList");
+             const auto connection = std::make_shared<QMetaObject::Connection>();
+             *connection = QObject::connect(
+                 list->selectionModel(), &QItemSelectionModel::currentChanged, [act, connection] {
+                     QObject::disconnect(*connection);
+                     act();
+                 });
+             static NoEdit s_command;
+             MrbServices::getInstance()->pushCommand(&s_command);
              EndsTest::pass();
          }},
         {"ScrollBar",

@@ -6,8 +6,8 @@ class QObject;
 
 namespace mirabo {
 
-/// Opens a Frame around every event that Qt delivers to a root (the main window, an extension) or
-/// to anything below one. Whatever a slot or handler of such an event does, the receiver and what
+/// Opens a Frame around every event that Qt delivers to a root (the main window, the objects of the
+/// tool that have no parent, an extension) or to anything below one. Whatever a slot or handler of such an event does, the receiver and what
 /// is around it are there when Qt returns to them.
 ///
 /// Windows below a root do not count for Qt's rule that the application ends with its last window.
