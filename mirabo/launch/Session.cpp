@@ -17,6 +17,7 @@
 #include "mirabo/launch/DocumentActions.h"
 #include "mirabo/launch/EditActions.h"
 #include "mirabo/launch/IgnoreSwitch.h"
+#include "mirabo/launch/ReloadMemory.h"
 #include "mirabo/launch/SceneFollower.h"
 #include "mirabo/launch/SoMiraboImpl.h"
 #include "mirabo/overview/SoFieldItem.h"
@@ -228,6 +229,15 @@ void Session::connectViewer()
     SoMiraboViewer* viewer = SoMiraboViewer::instance();
     connect(viewer, &SoMiraboViewer::sceneAboutToChange, this, [this] { m_edition->clear(); });
     connect(viewer, &SoMiraboViewer::sceneChanged, m_tree, &SoMiraboTreeView::setSceneGraph);
+    viewer->setReloadKeeper(
+        [tree = QPointer(m_tree), edition = QPointer(m_edition.get())]() -> std::function<void()> {
+            if (!tree || !edition)
+                return {};
+            return [tree, edition, memory = ReloadMemory(*tree, *edition)] {
+                if (tree && edition)
+                    memory.restore(*tree, *edition);
+            };
+        });
     connect(viewer, &SoMiraboViewer::fileChanged, hub(),
             [] { hub()->actions().update(ActionId::Reload); });
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),

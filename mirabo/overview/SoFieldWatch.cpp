@@ -67,6 +67,20 @@ SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
     return added;
 }
 
+SoFieldItem* SoFieldWatch::addField(SoNode* node, const QString& fieldName)
+{
+    const mirabo::GraphReading graph;
+    if (!graph)
+        return nullptr;
+    SoFieldItem* added = nullptr;
+    const QList<QTreeWidgetItem*> rows = makeRows(node);
+    for (const QTreeWidgetItem* row : rows)
+        if (row->text(FieldName) == fieldName)
+            added = addField(static_cast<const SoFieldItem&>(*row));
+    qDeleteAll(rows);
+    return added;
+}
+
 void SoFieldWatch::labelRow(SoFieldItem* row)
 {
     const SoFieldItem::Look look(*row);

@@ -16,6 +16,8 @@ public:
 
     /// Adds a copy of a row; null when its field is watched already or cannot be.
     SoFieldItem* addField(const SoFieldItem& row);
+    /// Adds a row for a node's field. Null as above, or while another thread edits.
+    SoFieldItem* addField(SoNode* node, const QString& fieldName);
     void updateNodeName(const SoNode* node) override;
     /// The same for all rows.
     void updateNodeNames();

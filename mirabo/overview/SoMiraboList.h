@@ -144,6 +144,8 @@ Q_SIGNALS:
     void fieldDied(const SoField* field);
 
 protected:
+    /// Rows for all fields that are listed; in no list yet. The caller holds a GraphReading.
+    QList<QTreeWidgetItem*> makeRows(SoNode* node);
     /// To be open while somebody is told of the current row.
     mirabo::RowKeeper& keeper() { return m_keeper; }
     /// An entry for every column, which opens and closes it.
@@ -194,7 +196,6 @@ private:
     int fittingWidth(int column, const Fit& fit) const;
     void widthChosen(int column, int width);
     SoNode* twinOf(const SoNode* node);
-    QList<QTreeWidgetItem*> makeRows(SoNode* node);
     void setInView(bool on);
     void followFields();
     void takeChanges();

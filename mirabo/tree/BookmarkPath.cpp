@@ -43,24 +43,31 @@ SoTreeViewItem* findByName(const SoMiraboTreeView& tree, const BookmarkPath::Ste
     return nullptr;
 }
 
-SoTreeViewItem* findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent,
-                          const BookmarkPath::Step& step)
-{
-    const QTreeWidgetItem* root = tree.invisibleRootItem();
-    const int count = rowCountBelow(parent, root);
-    for (int distance = 0; distance <= kReach; ++distance)
-        for (const int row : {step.row - distance, step.row + distance})
-            if (row >= 0 && row < count && fits(rowBelow(parent, row, root), step))
-                return rowBelow(parent, row, root);
-    return findByName(tree, step, parent);
-}
-
 QByteArray toBytes(SbName name)
 {
     return QByteArray(name.getString(), static_cast<int>(name.getLength()));
 }
 
 } // namespace
+
+BookmarkPath::Step BookmarkPath::stepTo(const SoTreeViewItem* row)
+{
+    const GraphReading graph;
+    const SbName name = graph && !row->isDead() ? row->getNode()->getName() : SbName();
+    return {row->rowInParent(), toBytes(row->getNodeType().getName()), toBytes(name)};
+}
+
+int BookmarkPath::findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent, const Step& step)
+{
+    const QTreeWidgetItem* root = tree.invisibleRootItem();
+    const int count = rowCountBelow(parent, root);
+    for (int distance = 0; distance <= kReach; ++distance)
+        for (const int row : {step.row - distance, step.row + distance})
+            if (row >= 0 && row < count && fits(rowBelow(parent, row, root), step))
+                return row;
+    const SoTreeViewItem* named = findByName(tree, step, parent);
+    return named ? named->rowInParent() : -1;
+}
 
 BookmarkPath BookmarkPath::of(const SoTreeViewItem* row)
 {
@@ -69,9 +76,7 @@ BookmarkPath BookmarkPath::of(const SoTreeViewItem* row)
     for (const SoTreeViewItem* at = row; at; at = at->parentItem()) {
         if (path.steps.size() == kMaxDepth)
             return {};
-        const SbName name = graph && !at->isDead() ? at->getNode()->getName() : SbName();
-        path.steps.push_back(
-            {at->rowInParent(), toBytes(at->getNodeType().getName()), toBytes(name)});
+        path.steps.push_back(stepTo(at));
     }
     std::reverse(path.steps.begin(), path.steps.end());
     return path;
@@ -89,9 +94,10 @@ SoTreeViewItem* BookmarkPath::find(const SoMiraboTreeView& tree) const
     SoTreeViewItem* row = nullptr;
     QTreeWidgetItem* parent = tree.invisibleRootItem();
     for (const Step& step : steps) {
-        row = findBelow(tree, parent, step);
-        if (!row)
+        const int at = findBelow(tree, parent, step);
+        if (at < 0)
             return findByName(tree, steps.back(), nullptr);
+        row = rowBelow(parent, at, tree.invisibleRootItem());
         parent = row;
     }
     return row;

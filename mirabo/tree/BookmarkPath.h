@@ -5,6 +5,7 @@
 
 #include <vector>
 
+class QTreeWidgetItem;
 class SoMiraboTreeView;
 class SoTreeViewItem;
 
@@ -25,6 +26,11 @@ struct BookmarkPath {
 
     /// Without names while another thread edits the graph.
     static BookmarkPath of(const SoTreeViewItem* row);
+    static Step stepTo(const SoTreeViewItem* row);
+    /// Number of the row below `parent` (the invisible root for the top level) that is closest to
+    /// the step's and has its type and name; -1 when there is none. The caller holds a
+    /// GraphReading.
+    static int findBelow(const SoMiraboTreeView& tree, QTreeWidgetItem* parent, const Step& step);
     bool isEmpty() const { return steps.empty(); }
     /// Whether the row has the last step's type and name; true for an empty path.
     bool endsAt(const SoTreeViewItem* row) const;

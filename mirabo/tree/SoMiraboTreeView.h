@@ -135,6 +135,7 @@ public:
 
     void doItemsLayout() override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    using QTreeWidget::indexFromItem;
     /// Empty while rows are patched.
     QRect visualRect(const QModelIndex& index) const override;
 

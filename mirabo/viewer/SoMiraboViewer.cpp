@@ -318,8 +318,13 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     if (!m_frame)
         return false; // the host has deleted the window meanwhile
     if (root) {
+        const bool isReload = m_currentFile == toQString(name);
+        const auto restore =
+            isReload && m_keepForReload ? m_keepForReload() : std::function<void()>();
         setCurrentFile(toQString(name));
         setScene(root.get(), true);
+        if (restore && m_root.get() == root.get())
+            restore();
         if (!m_frame)
             return true; // whoever was told of the scene has deleted it
         addRecentFile(toQString(name));

@@ -71,6 +71,12 @@ public:
 
     /// Asked before another scene replaces this one: false when the user wants to keep it.
     void setUnsavedQuestion(std::function<bool()> mayGoOn) { m_mayGoOn = std::move(mayGoOn); }
+    /// Called when the document's own file was read anew, before the panels let go of the old
+    /// scene; returns what is to be called when they show the new one.
+    void setReloadKeeper(std::function<std::function<void()>()> keep)
+    {
+        m_keepForReload = std::move(keep);
+    }
     /// The scene was saved to a file, which is its own from now on; empty: it has none any more.
     void adoptFile(const QString& fileName);
 
@@ -130,6 +136,7 @@ private:
     QString m_currentFile;
     mirabo::RecentFiles m_recentFiles;
     std::function<bool()> m_mayGoOn;
+    std::function<std::function<void()>()> m_keepForReload;
     QString m_readError;
     bool m_reading = false;
     bool m_highlighting = false; ///< the selection is being changed by ourselves

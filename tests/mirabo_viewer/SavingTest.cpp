@@ -2,6 +2,11 @@
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extension/MrbServicesImpl.h"
+#include "mirabo/overview/SoFieldItem.h"
+#include "mirabo/overview/SoFieldWatch.h"
+#include "mirabo/overview/SoNodeOverview.h"
+#include "mirabo/overview/SoTabNodeOverview.h"
+#include "mirabo/tree/SoTreeViewItem.h"
 #include "StandaloneSupport.h"
 #include "support/DialogAnswers.h"
 
@@ -274,4 +279,57 @@ TEST_F(Saving, LeavesTheDocumentAloneOnceTheWindowIsGone)
     trigger(ActionId::SaveAs);
     EXPECT_TRUE(asked);
     EXPECT_TRUE(textOf(at("copy.ky")).contains("part.ky")) << "what was being saved is saved";
+}
+
+TEST_F(Saving, KeepsThePanelsWhenAFileIsReadAnew)
+{
+    const QByteArray rest = "  DEF wheel Separator { Material { } Group { Cube { width 3 } } }\n"
+                            "  DEF closed Group { Cone { } }\n}\n";
+    const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator {\n" + rest);
+    ASSERT_TRUE(viewer->openSceneFile(path));
+    const auto row = [this](std::initializer_list<int> way) {
+        support::flush();
+        QTreeWidgetItem* item = tree()->topLevelItem(0);
+        for (const int at : way)
+            item = item->child(at);
+        return static_cast<SoTreeViewItem*>(item);
+    };
+    row({0})->setExpanded(true);
+    row({0, 1})->setExpanded(true);
+    tree()->setCurrentItem(row({0, 1, 0})); // the cube, whose first field is watched
+    window()->findChild<QAbstractButton*>("m_watchButton")->click();
+    QTest::mouseClick(tree()->viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                      tree()->visualItemRect(row({1})).center());
+    const auto* tabs = window()->findChild<SoTabNodeOverview*>();
+    const auto* watch = window()->findChild<SoFieldWatch*>();
+    ASSERT_EQ(tabs->count(), 2);
+    ASSERT_EQ(watch->topLevelItemCount(), 1);
+    const QString field = watch->fieldItem(0)->text(SoMiraboList::FieldName);
+
+    write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator {\n  Sphere { }\n" + rest);
+    trigger(ActionId::Reload);
+    EXPECT_TRUE(row({1})->isExpanded());
+    EXPECT_TRUE(row({1, 1})->isExpanded());
+    EXPECT_FALSE(row({2})->isExpanded());
+    EXPECT_EQ(tree()->currentItem(), row({2}));
+    SoNode* cube = row({1, 1, 0})->getNode();
+    ASSERT_EQ(tabs->count(), 2);
+    EXPECT_EQ(tabs->overview(0)->getNode(), cube);
+    EXPECT_EQ(tabs->overview(1)->getNode(), row({2})->getNode());
+    EXPECT_EQ(tabs->currentIndex(), 1);
+    ASSERT_EQ(watch->topLevelItemCount(), 1);
+    EXPECT_EQ(watch->fieldItem(0)->getNode(), cube);
+    EXPECT_EQ(watch->fieldItem(0)->text(SoMiraboList::FieldName), field);
+
+    // What is not there any more is left out; the rest stays.
+    write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { DEF closed Group { Cone { } } }\n");
+    trigger(ActionId::Reload);
+    EXPECT_EQ(tree()->currentItem(), row({0}));
+    EXPECT_EQ(tabs->count(), 1);
+    EXPECT_EQ(watch->topLevelItemCount(), 0);
+    // Another file is another scene.
+    ASSERT_TRUE(
+        viewer->openSceneFile(write("other.ky", "#Kalmyr V1.0 ascii\nSeparator {\n" + rest)));
+    EXPECT_FALSE(row({0})->isExpanded());
+    EXPECT_EQ(tree()->currentItem(), row({}));
 }
