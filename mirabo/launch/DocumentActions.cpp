@@ -1,37 +1,36 @@
 #include "mirabo/launch/DocumentActions.h"
 
+#include "mirabo/core/Messages.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
+#include "mirabo/viewer/ChangedFileBar.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <QPointer>
 
 namespace mirabo {
 
-namespace {
-
-SceneSaving::Document documentOf(SoMiraboMainFrame* frame, SoCommandManager* hub)
+SceneSaving::Document DocumentActions::document()
 {
-    return {[frame = QPointer<QWidget>(frame)]() -> QWidget* { return frame; },
+    return {[frame = QPointer<QWidget>(m_frame)]() -> QWidget* { return frame; },
             [] { return SoMiraboViewer::instance()->getScene(); },
             [] { return SoMiraboViewer::instance()->getCurrentFile(); },
             [](const QString& fileName) { SoMiraboViewer::instance()->adoptFile(fileName); },
+            [this] { watchFile(); },
             [](SoNode* written) {
                 // A scene that was written unconverted is shown already.
                 if (written != SoMiraboViewer::instance()->getScene())
                     SoMiraboViewer::instance()->setScene(written, true);
             },
             [] { return SoGraphTopologyManager::isVrmlScene(); },
-            [hub] { return hub->undoStack().isModified(); }};
+            [this] { return m_hub->undoStack().isModified(); }};
 }
-
-} // namespace
 
 DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree,
                                  SoCommandManager* hub, bool standalone)
-    : QObject(frame), m_saving(documentOf(frame, hub))
+    : QObject(frame), m_frame(frame), m_hub(hub), m_saving(document()), m_change(this)
 {
     const auto hasScene = [] { return SoMiraboViewer::instance()->getScene() != nullptr; };
     ActionRegistry& actions = hub->actions();
@@ -48,6 +47,9 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
         return !self || self->m_saving.confirmUnsavedChanges();
     };
     SoMiraboViewer::instance()->setUnsavedQuestion(mayGoOn);
+    connect(SoMiraboViewer::instance(), &SoMiraboViewer::fileChanged, this,
+            &DocumentActions::watchFile);
+    connect(&m_change, &FileChange::changed, this, &DocumentActions::showFileChange);
     if (standalone)
         frame->setCloseQuestion(mayGoOn);
 }
@@ -56,6 +58,24 @@ DocumentActions::~DocumentActions()
 {
     if (SoMiraboViewer::exists())
         SoMiraboViewer::instance()->setUnsavedQuestion({});
+}
+
+/// The scene and its file agree from now on.
+void DocumentActions::watchFile()
+{
+    if (m_bar)
+        m_bar->remove();
+    m_change.watch(isBatch() ? QString() : SoMiraboViewer::instance()->getCurrentFile());
+}
+
+void DocumentActions::showFileChange(bool isDeleted)
+{
+    if (m_bar)
+        m_bar->remove();
+    m_bar = new ChangedFileBar(m_frame, m_change.fileName(), isDeleted);
+    connect(m_bar, &ChangedFileBar::keepRequested, this, &DocumentActions::watchFile);
+    connect(m_bar, &ChangedFileBar::reloadRequested, m_hub,
+            [hub = m_hub] { hub->actions().run(ActionId::Reload); });
 }
 
 } // namespace mirabo

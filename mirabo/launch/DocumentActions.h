@@ -1,8 +1,10 @@
 #pragma once
 
+#include "mirabo/viewer/FileChange.h"
 #include "mirabo/viewer/SceneSaving.h"
 
 #include <QObject>
+#include <QPointer>
 
 class SoCommandManager;
 class SoMiraboMainFrame;
@@ -10,8 +12,10 @@ class SoMiraboTreeView;
 
 namespace mirabo {
 
+class ChangedFileBar;
+
 /// Answers the requests to save, and asks before unsaved changes are lost: another scene, and, in
-/// a program of its own, the end.
+/// a program of its own, the end. Tells when another program has changed the file.
 class DocumentActions final : public QObject {
     Q_OBJECT
 
@@ -22,7 +26,15 @@ public:
     ~DocumentActions() override;
 
 private:
+    SceneSaving::Document document();
+    void watchFile();
+    void showFileChange(bool isDeleted);
+
+    SoMiraboMainFrame* m_frame; // Not owned; the parent.
+    SoCommandManager* m_hub;    // Not owned.
     SceneSaving m_saving;
+    FileChange m_change;
+    QPointer<ChangedFileBar> m_bar; // Not owned; the window's.
 };
 
 } // namespace mirabo

@@ -86,8 +86,8 @@ bool SceneSaving::save()
     const std::weak_ptr<const Document> document = m_document;
     const bool isWritten =
         writer().write(m_document->scene(), fileName, SceneFileFormat::Detect).isWritten;
-    if (const auto alive = document.lock(); alive && !isWritten)
-        alive->setFile(QString());
+    if (const auto alive = document.lock())
+        isWritten ? alive->saved() : alive->setFile(QString());
     return isWritten;
 }
 

@@ -22,6 +22,8 @@ public:
         std::function<QString()> file; ///< empty without one
         /// The scene has another file now, or none.
         std::function<void(const QString& fileName)> setFile;
+        /// The document's own file was written.
+        std::function<void()> saved;
         /// Shows what was written in place of the scene.
         std::function<void(SoNode* scene)> show;
         std::function<bool()> isVrml;

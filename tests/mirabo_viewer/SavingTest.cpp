@@ -12,6 +12,7 @@
 
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/shapes/SoSphere.h>
 
 #include <QAbstractButton>
 #include <QAction>
@@ -19,10 +20,13 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolBar>
 
 namespace {
 
@@ -332,4 +336,52 @@ TEST_F(Saving, KeepsThePanelsWhenAFileIsReadAnew)
         viewer->openSceneFile(write("other.ky", "#Kalmyr V1.0 ascii\nSeparator {\n" + rest)));
     EXPECT_FALSE(row({0})->isExpanded());
     EXPECT_EQ(tree()->currentItem(), row({}));
+}
+
+TEST_F(Saving, TellsThatAnotherProgramChangedTheFile)
+{
+    const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n");
+    ASSERT_TRUE(viewer->openSceneFile(path));
+    const auto bar = [this] { return window()->findChild<QToolBar*>("ChangedFileBar"); };
+    const auto said = [&] {
+        QString text;
+        for (const QLabel* label : bar()->findChildren<QLabel*>())
+            text += label->text();
+        return text;
+    };
+    const auto click = [&](const QString& text) {
+        for (QPushButton* button : bar()->findChildren<QPushButton*>())
+            if (button->text() == text)
+                return button->click();
+        ADD_FAILURE() << "no button";
+    };
+    // Written in place: the scene stays until the user wants the other one.
+    const SoNode* scene = viewer->getScene();
+    write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { Cone { } }\n");
+    ASSERT_TRUE(support::passUntil(bar));
+    EXPECT_EQ(said(), "scene.ky was changed by another program.");
+    EXPECT_EQ(viewer->getScene(), scene);
+    click("Keep");
+    support::flush();
+    EXPECT_FALSE(bar());
+    EXPECT_EQ(viewer->getScene(), scene);
+    // Replaced by another file, as most editors do.
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(
+        QFile::rename(write("new.ky", "#Kalmyr V1.0 ascii\nSeparator { Sphere { } }\n"), path));
+    ASSERT_TRUE(support::passUntil(bar));
+    click("Reload");
+    support::flush();
+    EXPECT_FALSE(bar());
+    EXPECT_EQ(static_cast<SoGroup*>(viewer->getScene())->getChild(0)->getTypeId(),
+              SoSphere::getClassTypeId());
+    // What the tool saves itself is no news; the same file once more is.
+    addCube();
+    trigger(ActionId::Save);
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(support::passUntil(bar));
+    EXPECT_EQ(said(), "scene.ky was deleted by another program.");
+    viewer->closeScene();
+    support::flush();
+    EXPECT_FALSE(bar());
 }
