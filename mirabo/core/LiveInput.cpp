@@ -39,12 +39,12 @@ void LiveInput::progress(std::size_t bytesRead, std::size_t total)
 {
     if (mirabo::isBatch() || total == 0 || (SbTime::monotonic() - m_start).getValue() < kPatience)
         return;
+    const mirabo::Frame frame; // the host may end the tool meanwhile
     if (!m_dialog && m_parent && !mirabo::Frame::isEnding())
         showDialog();
     // Not by the dialog, which would run the loop itself and rely on being there afterwards.
     if (m_bar)
         m_bar->setValue(static_cast<int>(100 * bytesRead / total));
-    const mirabo::Frame frame; // the host may end the tool meanwhile
     // The user's input waits until the file is read.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

@@ -242,8 +242,8 @@ void Session::connectViewer()
             [] { hub()->actions().update(ActionId::Reload); });
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
             &SoCommandManager::clearUndoCommand);
-    connect(viewer, &SoMiraboViewer::nodePicked, this,
-            [this](SoNode* node) { m_tree->revealNode(node); });
+    connect(viewer, &SoMiraboViewer::picked, this,
+            [this](const SoPath* path) { m_tree->revealPath(*path); });
 }
 
 /// Registers the handlers of requests to the panels.
@@ -344,7 +344,7 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
     auto* viewer = static_cast<SoGuiViewer*>(area);
     if (viewer->isViewing() || !viewer->getCamera() || !m_frame)
         return;
-    SoRef<SoNode> picked;
+    SoRef<SoPath> picked;
     {
         const GraphReading graph;
         if (!graph)
@@ -356,11 +356,11 @@ void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
         action.setPoint(cursor);
         action.apply(scene.get());
         if (const SoPickedPoint* point = action.getPickedPoint())
-            picked = point->getPath()->getTail();
+            picked = point->getPath()->copy();
     }
     // Nodes of the host may have ended the tool.
     if (picked && m_frame)
-        m_tree->revealNode(picked.get());
+        m_tree->revealPath(*picked);
 }
 
 void Session::release()

@@ -104,6 +104,10 @@ public:
     SoNode* getCurrentNode() const override;
     SoNode* getCurrentKit() const override;
     bool revealNode(const SoNode* node) override;
+    /// Makes the row of an occurrence current that a path leads to, or the nearest one above it
+    /// that has a row. When the node is held by a field, the nearest node above that is a child is
+    /// outlined. The path may begin above the root; false when it does not pass it.
+    bool revealPath(const SoPath& path);
     /// Opens a row (null: the current one, else the root) and all rows below it. Asks first when
     /// there are very many, unless the application runs unattended.
     void expandBelow(QTreeWidgetItem* startItem) override;

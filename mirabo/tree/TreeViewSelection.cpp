@@ -35,6 +35,36 @@ int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
     return row + children.first;
 }
 
+/// The row below `parent` that a step of a path leads to; null when the node has none there.
+SoTreeViewItem* childRow(const SoTreeViewItem* parent, const SoNode* node, int index)
+{
+    SoTreeViewItem* first = nullptr;
+    for (int row = 0; row < parent->rowCount(); ++row) {
+        SoTreeViewItem* child = parent->rowAt(row);
+        if (child->getNode() != node || child->isDisabledNode())
+            continue;
+        if (child->isDirectlyFromField() || child->childIndexValue() == index)
+            return child;
+        if (!first)
+            first = child;
+    }
+    return first;
+}
+
+/// The row of a path's last node that has one, below `root`; null when the path does not pass that.
+SoTreeViewItem* rowOf(const SoPath& path, SoTreeViewItem* root)
+{
+    SoTreeViewItem* row = nullptr;
+    for (int i = 0; i < path.getLength(); ++i) {
+        if (!row && root && path.getNode(i) == root->getNode())
+            row = root;
+        else if (row) // a kit's own groups have no rows
+            if (SoTreeViewItem* child = childRow(row, path.getNode(i), path.getIndex(i)))
+                row = child;
+    }
+    return row;
+}
+
 /// Rows of all levels from the top to an item: sorts like the rows do from top to bottom.
 std::vector<int> placeOf(const SoTreeViewItem* item)
 {
@@ -224,6 +254,26 @@ bool SoMiraboTreeView::revealNode(const SoNode* node)
         return false;
     if (getCurrentNode() != node)
         goToItem(occurrencesOf(node).front());
+    return true;
+}
+
+bool SoMiraboTreeView::revealPath(const SoPath& path)
+{
+    SoTreeViewItem* row = nullptr;
+    {
+        const mirabo::GraphReading graph;
+        if (graph)
+            row = rowOf(path, rootItem());
+    }
+    if (!row)
+        return false;
+    goToItem(row);
+    SoTreeViewItem* outlined = asItem(currentItem()); // a listener may have chosen another one
+    if (outlined != row || !row->isFromField())
+        return true;
+    while (outlined && outlined->isFromField())
+        outlined = outlined->parentItem();
+    requestHighlight(outlined);
     return true;
 }
 

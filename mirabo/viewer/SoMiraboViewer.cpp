@@ -102,7 +102,7 @@ void SoMiraboViewer::pathSelected(void* data, SoPath* path)
     if (self->m_highlighting || QThread::currentThread() != self->thread())
         return; // nobody picked
     const mirabo::Frame frame;
-    Q_EMIT self->nodePicked(path->getTail());
+    Q_EMIT self->picked(path);
 }
 
 void SoMiraboViewer::setUp(SoMiraboMainFrame* frame, bool standalone)

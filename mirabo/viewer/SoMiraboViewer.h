@@ -103,8 +103,9 @@ Q_SIGNALS:
     void undoResetRequested();
     /// The scene has another file, or none.
     void fileChanged();
-    /// The user picked a node in the viewer.
-    void nodePicked(SoNode* node);
+    /// The user picked an occurrence of a node in the viewer; the path begins at the selection
+    /// node.
+    void picked(const SoPath* path);
 
 private:
     SoMiraboViewer();

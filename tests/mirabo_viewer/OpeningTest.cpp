@@ -1,11 +1,18 @@
 // The whole window on the sample scenes, as a user has it.
 #include "mirabo/core/LiveInput.h"
+#include "mirabo/tree/SoTreeViewItem.h"
 #include "StandaloneSupport.h"
 #include "support/Clock.h"
 
+#include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
+#include <kalmyr/shapes/SoCube.h>
+#include <kalmyr/vrml/SoVRMLBox.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
 
 #include <QDockWidget>
 #include <QSettings>
@@ -72,4 +79,55 @@ TEST_F(Opening, TakesItsWayOfDrawingBackFromTheSceneManager)
     EXPECT_NE(now, outlining);
     manager->setGLRenderAction(nullptr);
     EXPECT_EQ(now, manager->getGLRenderAction()) << "the manager's own";
+}
+
+// Every occurrence of a shared node has a row; shapes of VRML97 worlds are held by fields.
+TEST_F(Opening, ChoosesTheOccurrenceThatWasPicked)
+{
+    const auto pick = [this](std::initializer_list<int> way, SoNode* geometry = nullptr) {
+        SoSelection* selection = viewer->getSelectionNode();
+        const SoRef<SoPath> path(new SoPath(selection));
+        path->append(0);
+        for (const int at : way)
+            path->append(at);
+        if (geometry)
+            path->append(geometry, 0);
+        selection->applyPick(path.get(), false);
+        support::flush();
+    };
+    const auto row = [this](std::initializer_list<int> way) {
+        QTreeWidgetItem* item = tree()->topLevelItem(0);
+        for (const int at : way)
+            item = item->child(at);
+        return item;
+    };
+    const auto* selection = viewer->getSelectionNode();
+    const SoRef<SoSeparator> scene(new SoSeparator);
+    const SoRef<SoNode> cube(new SoCube);
+    for (int i = 0; i < 2; ++i) {
+        auto* group = new SoSeparator;
+        group->addChild(cube.get());
+        group->addChild(cube.get());
+        scene->addChild(group);
+    }
+    viewer->setScene(scene.get(), true);
+    support::flush();
+    pick({1, 1});
+    EXPECT_EQ(tree()->currentItem(), row({1, 1}));
+    pick({0, 1});
+    EXPECT_EQ(tree()->currentItem(), row({0, 1}));
+    ASSERT_EQ(outlined(), 1);
+    EXPECT_EQ(selection->getPath(0)->getIndex(2), 0) << "that occurrence alone";
+
+    const SoRef<SoVRMLGroup> world(new SoVRMLGroup);
+    auto* shape = new SoVRMLShape;
+    auto* box = new SoVRMLBox;
+    shape->geometry = box;
+    world->addChild(shape);
+    viewer->setScene(world.get(), true);
+    support::flush();
+    pick({0}, box);
+    EXPECT_EQ(static_cast<SoTreeViewItem*>(tree()->currentItem())->getNode(), box);
+    ASSERT_EQ(outlined(), 1);
+    EXPECT_EQ(selection->getPath(0)->getTail(), shape);
 }
