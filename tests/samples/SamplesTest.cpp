@@ -4,9 +4,12 @@
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
+#include <kalmyr/io/SoOutput.h>
+#include <kalmyr/io/SoWriteAction.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include "support/ErrorGuard.h"
 
@@ -49,13 +52,41 @@ std::string nameOf(const testing::TestParamInfo<std::string>& info)
     return name;
 }
 
-SoRef<SoNode> readScene(const fs::path& file)
+SoRef<SoNode> readAll(SoInput& in)
+{
+    if (in.isFileVRML2())
+        return SoRef<SoNode>(SoDB::readAllVRML(&in));
+    return SoRef<SoNode>(SoDB::readAll(&in));
+}
+
+SoRef<SoNode> readScene(const fs::path& file, SbString* header = nullptr)
 {
     SoDB::init();
     SoInput in;
     if (!in.openFile(SbString(file.string())))
         return {};
-    return SoRef<SoNode>(SoDB::readAll(&in));
+    if (header)
+        *header = in.getHeader();
+    return readAll(in);
+}
+
+std::string written(SoNode* scene, const SbString& header, bool isBinary)
+{
+    SoOutput out;
+    out.setBuffer();
+    out.setHeaderString(header);
+    out.setBinary(isBinary);
+    SoWriteAction(&out).apply(scene);
+    return std::string(out.getText());
+}
+
+std::string pictureOf(SoNode* scene)
+{
+    SoOffscreenRenderer renderer(SbViewportRegion(96, 64));
+    renderer.setDefaultCamera(true);
+    if (!renderer.render(scene))
+        return {};
+    return std::string(reinterpret_cast<const char*>(renderer.getBuffer()), 3 * 96 * 64);
 }
 
 /// What a walk through all children finds.
@@ -113,6 +144,37 @@ TEST_P(Sample, IsReadAndDrawn)
     for (int i = 0; i < 96 * 64; ++i)
         colors.insert(std::string(reinterpret_cast<const char*>(renderer.getBuffer()) + 3 * i, 3));
     EXPECT_GT(colors.size(), 60u);
+}
+
+// In its own format, and in the two that every scene can be saved in.
+TEST_P(Sample, IsItselfAgainWhenItWasSaved)
+{
+    SbString header;
+    const SoRef<SoNode> scene = readScene(scenesDir() / GetParam(), &header);
+    ASSERT_TRUE(scene);
+    const SbString text = SoOutput::getDefaultASCIIHeader();
+    const std::string expected = written(scene.get(), text, false);
+    const bool canDraw = SoOffscreenContext::shared().isValid();
+    const std::string picture = canDraw ? pictureOf(scene.get()) : std::string();
+    const struct {
+        SbString header;
+        bool isBinary;
+    } forms[] = {{header, false}, {text, false}, {SoOutput::getDefaultBinaryHeader(), true}};
+    for (const auto& form : forms) {
+        SCOPED_TRACE(form.header.getString());
+        const std::string bytes = written(scene.get(), form.header, form.isBinary);
+        SoInput in;
+        ASSERT_TRUE(in.setBuffer(bytes.data(), bytes.size()));
+        in.setFolder(SbString(scenesDir().string())); // of the textures
+        SoRef<SoNode> again = readAll(in);
+        ASSERT_TRUE(again);
+        // Whatever is no separator is read into one.
+        if (again->getTypeId() != scene->getTypeId())
+            again = SoRef<SoNode>(static_cast<SoGroup*>(again.get())->getChild(0));
+        EXPECT_TRUE(written(again.get(), form.header, form.isBinary) == bytes) << "saved once more";
+        EXPECT_TRUE(written(again.get(), text, false) == expected);
+        EXPECT_TRUE(!canDraw || pictureOf(again.get()) == picture);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenes, Sample, testing::ValuesIn(scenesIn(scenesDir())), nameOf);
