@@ -10,12 +10,14 @@
 #include <malloc.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <map>
 #include <string>
@@ -257,6 +259,70 @@ void nodesPeak(benchmark::State& state)
     measurePeak(state, nodes(static_cast<int>(state.range(0)), bodies));
 }
 
+/// Stops itself half-way, and measures the pauses between calls of progress().
+class StoppedInput final : public SoInput {
+public:
+    /// Processor time: others use the machine, too.
+    static double now()
+    {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    }
+    void progress(std::size_t bytesRead, std::size_t total) override
+    {
+        const double time = now();
+        longestPause = std::max(longestPause, time - last);
+        last = time;
+        if (bytesRead >= total / 2)
+            stop();
+    }
+    double last = now();
+    double longestPause = 0;
+};
+
+/// The time from a stop inside progress() to the return; a stop that comes from elsewhere waits
+/// one pause in addition. Inflating is part of the reading.
+void measureStop(benchmark::State& state, const std::string& text)
+{
+    SoDB::init();
+    double pause = 0;
+    for (auto _ : state) {
+        StoppedInput in;
+        if (in.setBuffer(text.data(), text.size()))
+            SoDB::readAllVRML(&in);
+        state.SetIterationTime(StoppedInput::now() - in.last);
+        pause = std::max(pause, in.longestPause);
+    }
+    state.counters["pause_ms"] = pause * 1e3;
+}
+
+void meshStop(benchmark::State& state)
+{
+    measureStop(state, mesh(state.range(0)));
+}
+
+void packedStop(benchmark::State& state)
+{
+    measureStop(state, packed(mesh(state.range(0))));
+}
+
+void nodesStop(benchmark::State& state)
+{
+    std::int64_t bodies = 0;
+    measureStop(state, nodes(static_cast<int>(state.range(0)), bodies));
+}
+
+/// Argument: instances of a small prototype.
+void instancesStop(benchmark::State& state)
+{
+    std::string text = "#VRML V2.0 utf8\nPROTO P [ exposedField SFVec3f at 0 0 0 ] { Transform { "
+                       "translation IS at children Shape { geometry Box { } } } }\n";
+    for (int i = 0; i < state.range(0); ++i)
+        add(text, "P { at %d 0 0 }\n", i);
+    measureStop(state, text);
+}
+
 void meshes(benchmark::internal::Benchmark* b)
 {
     b->Arg(50'000)->Arg(250'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
@@ -275,6 +341,10 @@ BENCHMARK(nodesRead)->Apply(entries);
 BENCHMARK(meshPeak)->Apply(meshes)->Iterations(1);
 BENCHMARK(packedPeak)->Apply(meshes)->Iterations(1);
 BENCHMARK(nodesPeak)->Apply(entries)->Iterations(1);
+BENCHMARK(meshStop)->Apply(meshes)->UseManualTime()->Iterations(5);
+BENCHMARK(packedStop)->Apply(meshes)->UseManualTime()->Iterations(5);
+BENCHMARK(nodesStop)->Apply(entries)->UseManualTime()->Iterations(5);
+BENCHMARK(instancesStop)->Apply(entries)->UseManualTime()->Iterations(5);
 
 } // namespace
 

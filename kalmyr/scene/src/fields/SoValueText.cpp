@@ -346,6 +346,7 @@ bool readPixels(SoTokenizer& in, const SbVec3i32& size, int components, SbImage&
         for (int c = components - 1; c >= 0; --c) {
             bytes.push_back(static_cast<unsigned char>(pixel >> (8 * c)));
         }
+        in.reportProgress();
     }
     return image.adopt(size, components, std::move(bytes)) || in.fail("expected a smaller picture");
 }

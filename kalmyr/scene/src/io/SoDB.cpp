@@ -84,7 +84,7 @@ bool readNodes(SceneReader& reader, std::vector<SoRef<SoNode>>& nodes)
     if (reader.readAll(nodes))
         return true;
     nodes.clear();
-    reader.postError();
+    reader.abandon();
     return false;
 }
 
@@ -200,7 +200,7 @@ bool SoDB::read(SoInput* in, SoNode*& node)
         return false;
     if (reader->readTop(node))
         return true;
-    reader->postError();
+    reader->abandon();
     return false;
 }
 
@@ -218,7 +218,8 @@ bool SoDB::read(SoInput* in, SoPath*& path)
         return false;
     SoRef<SoPath> result;
     if (!reader->readPath(result)) {
-        reader->postError();
+        result.reset();
+        reader->abandon();
         return false;
     }
     path = result.release();

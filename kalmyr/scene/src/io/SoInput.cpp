@@ -45,6 +45,9 @@ constexpr std::array kOddHeaders{
 };
 
 constexpr std::size_t kReadStep = std::size_t(1) << 20;
+/// Files are brought in and inflated in pieces of this size, so that it can be stopped.
+constexpr std::size_t kPiece = 4 * kReadStep;
+constexpr char kStopped[] = "reading was stopped";
 /// No deflate stream grows by more than this factor.
 constexpr std::size_t kMaxInflateRatio = 1032;
 
@@ -179,6 +182,20 @@ void giveBack(char* data, std::size_t size)
 #endif
 }
 
+/// At most one piece; 0 at the end. Signals that stop nothing end nothing.
+std::size_t readPiece(std::FILE* file, char* to, std::size_t size, const SoInput& in)
+{
+    for (;;) {
+        errno = 0;
+        const std::size_t n = std::fread(to, 1, std::min(size, kPiece), file);
+        if (!std::ferror(file) || errno != EINTR)
+            return n;
+        std::clearerr(file);
+        if (n > 0 || in.isStopped())
+            return n;
+    }
+}
+
 /// Why inflating stopped.
 std::string whatIsWrong(const z_stream& z)
 {
@@ -230,10 +247,31 @@ SoInput::SoInput() = default;
 SoInput::SoInput(SoInput* parent) : m_parent(parent) {}
 SoInput::~SoInput() = default;
 
+bool SoInput::isStopped() const noexcept
+{
+    for (const SoInput* in = this; in; in = in->m_parent) {
+        if (in->m_stopped.load(std::memory_order_relaxed))
+            return true;
+    }
+    return false;
+}
+
+/// Makes a stop known, once: by the outermost input that was stopped. False when none was.
+bool SoInput::tellStop()
+{
+    if (!isStopped())
+        return false;
+    if (!m_stopTold && !(m_parent && m_parent->isStopped()))
+        SoReadError::post(m_fileName, 0, 0, "%s", kStopped);
+    m_stopTold = true;
+    return true;
+}
+
 bool SoInput::refuse(const char* reason)
 {
-    SoReadError::post(m_fileName, 0, 0, "%s", reason);
-    closeFile();
+    if (!tellStop())
+        SoReadError::post(m_fileName, 0, 0, "%s", reason);
+    release();
     return false;
 }
 
@@ -254,16 +292,32 @@ bool SoInput::refusePacked(const std::string& reason, std::size_t packedAt)
         line = column = 0; // there are no lines
     }
     SoReadError::post(m_fileName, line, column, "%s", message.c_str());
-    closeFile();
+    release();
     return false;
+}
+
+/// Closes what is open. False when a stop came that nobody has heard of yet.
+bool SoInput::beginOpening(const SbString& name)
+{
+    if (m_open || m_stopTold)
+        closeFile();
+    m_fileName = name;
+    m_header.makeEmpty();
+    m_format = UNKNOWN_FORMAT;
+    return !tellStop();
+}
+
+/// Between pieces of a file; false when it was stopped.
+bool SoInput::goOnOpening(std::size_t bytes)
+{
+    tellProgress(0, bytes);
+    return !isStopped();
 }
 
 bool SoInput::openFile(const SbString& name, bool okIfNotFound)
 {
-    closeFile();
-    m_fileName = name;
-    m_header.makeEmpty();
-    m_format = UNKNOWN_FORMAT;
+    if (!beginOpening(name))
+        return false;
     const SbString found = m_parent ? m_parent->findFile(name) : lookUp(name, {});
     if (found.isEmpty() && okIfNotFound)
         return false;
@@ -300,8 +354,10 @@ bool SoInput::load(const SbString& name)
             if (!ok)
                 break;
         }
-        n = std::fread(bytes->data + bytes->size, 1, bytes->capacity - 1 - bytes->size, file);
+        n = readPiece(file, bytes->data + bytes->size, bytes->capacity - 1 - bytes->size, *this);
         bytes->size += n;
+        if (n == kPiece ? !goOnOpening(bytes->size) : isStopped())
+            break;
         if (n > 0 && bytes->size + 1 == bytes->capacity) {
             ok = bytes->size < kMaxSize && bytes->reserve(bytes->size * 2);
             if (!ok)
@@ -310,6 +366,8 @@ bool SoInput::load(const SbString& name)
     }
     const bool readError = std::ferror(file) != 0;
     std::fclose(file);
+    if (isStopped())
+        return refuse(kStopped);
     if (!ok)
         return refuse("it is too large");
     if (readError)
@@ -321,10 +379,8 @@ bool SoInput::setBuffer(const void* bytes, std::size_t size)
 {
     if (!kalmyr::holds(bytes || size == 0, "size bytes"))
         return false;
-    closeFile();
-    m_fileName.makeEmpty();
-    m_header.makeEmpty();
-    m_format = UNKNOWN_FORMAT;
+    if (!beginOpening({}))
+        return false;
     auto copy = std::make_unique<Bytes>();
     if (size > kMaxSize || !copy->reserve(size))
         return refuse("there is not enough memory for it");
@@ -351,22 +407,64 @@ bool SoInput::adopt(std::unique_ptr<Bytes> bytes)
     m_open = true;
     m_filesRead = 0;
     m_numWarnings = 0;
+    m_aside = m_work = 0;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
     watchProgress();
+    giveBackWhatIsRead();
     readHeader();
     return true;
 }
 
 void SoInput::watchProgress()
 {
-    m_tokens.setProgress([](void* self, std::size_t at,
-                            std::size_t size) { static_cast<SoInput*>(self)->progress(at, size); },
-                         this);
+    m_tokens.setProgress(
+        [](void* self, std::size_t, std::size_t) { static_cast<SoInput*>(self)->reached(); }, this);
+}
+
+void SoInput::giveBackWhatIsRead()
+{
     m_tokens.setDiscard(
         [](void* self, std::size_t begin, std::size_t end) {
             giveBack(static_cast<SoInput*>(self)->m_bytes->data + begin, end - begin);
         },
         this);
+}
+
+void SoInput::reached()
+{
+    tellProgress(getPlace(), m_size);
+    if (isStopped())
+        m_tokens.failAt(m_tokens.getOffset(), kStopped);
+}
+
+/// To those that wait for this one as well: their hosts want to stay alive, and may stop it.
+void SoInput::tellProgress(std::size_t at, std::size_t size)
+{
+    progress(at, size);
+    for (SoInput* in = m_parent; in; in = in->m_parent)
+        in->progress(in->getPlace(), in->m_size);
+}
+
+/// Bytes of the file that were read. The text of a binary file is but a part of it.
+std::size_t SoInput::getPlace() const
+{
+    if (!m_bytes)
+        return m_tokens.getOffset();
+    const auto begin = static_cast<std::size_t>(m_tokens.getText() - m_bytes->data);
+    return std::min(begin + m_tokens.getOffset() + m_aside, m_size);
+}
+
+/// Counts what takes as long as reading that much text, but moves on in no text.
+void SoInput::countWork(std::size_t bytes)
+{
+    SoInput* top = this;
+    while (top->m_parent)
+        top = top->m_parent;
+    top->m_work += bytes;
+    if (top->m_work >= SoTokenizer::kProgressStep) {
+        top->m_work = 0;
+        tellProgress(getPlace(), m_size);
+    }
 }
 
 bool SoInput::inflateText(std::string_view packed)
@@ -395,10 +493,8 @@ bool SoInput::inflateText(std::string_view packed)
             reason = "it is too large when inflated";
             break;
         }
-        const std::size_t room =
-            std::min<std::size_t>(m_bytes->capacity - 1 - m_bytes->size, kReadStep << 6);
-        const std::size_t offer =
-            std::min<std::size_t>(static_cast<std::size_t>(end - at), kReadStep << 6);
+        const std::size_t room = std::min(m_bytes->capacity - 1 - m_bytes->size, kPiece);
+        const std::size_t offer = std::min(static_cast<std::size_t>(end - at), kPiece);
         z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(at));
         z.avail_in = static_cast<uInt>(offer);
         z.next_out = reinterpret_cast<Bytef*>(m_bytes->data + m_bytes->size);
@@ -415,9 +511,13 @@ bool SoInput::inflateText(std::string_view packed)
             reason = "the compressed text is cut short";
         } else if (result != Z_OK) {
             reason = whatIsWrong(z);
+        } else if (!goOnOpening(m_bytes->size)) {
+            reason = kStopped;
         }
     }
     inflateEnd(&z);
+    if (isStopped())
+        return refuse(kStopped);
     return reason.empty() || refusePacked(reason, static_cast<std::size_t>(at - packed.data()));
 }
 
@@ -460,9 +560,18 @@ void SoInput::cutEnd()
     m_bytes->size = m_size = size;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
     watchProgress();
+    giveBackWhatIsRead();
 }
 
 void SoInput::closeFile()
+{
+    release();
+    m_stopped = false;
+    m_stopTold = false;
+}
+
+/// Closes, and remembers a stop.
+void SoInput::release()
 {
     m_reader.reset();
     m_bytes.reset();

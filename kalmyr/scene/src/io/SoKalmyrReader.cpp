@@ -170,6 +170,8 @@ bool KalmyrReader::readGlobalStatement()
     const SbName global(name);
     const bool isNew = !SoGlobalField::find(global);
     SoField* field = SoGlobalField::create(global, fieldType);
+    if (isNew && field)
+        m_newGlobals.push_back(global);
     if (!field)
         return text.failAt(typeAt,
                            "expected another name or type: the global field is a different one");
@@ -178,10 +180,24 @@ bool KalmyrReader::readGlobalStatement()
     return readFieldValue(isNew ? *field : *ignored) || text.fail("expected a value");
 }
 
+void KalmyrReader::release()
+{
+    SceneReader::release();
+    m_engines.clear();
+    m_declared.clear();
+    // What the nodes of the file would have followed. Those that were handed out keep theirs.
+    for (const SbName& name : m_newGlobals) {
+        const SoField* field = SoGlobalField::find(name);
+        if (field && field->getAuditors().getLength() == 0)
+            SoGlobalField::remove(name);
+    }
+    m_newGlobals.clear();
+}
+
 bool KalmyrReader::readTop(SoNode*& node)
 {
     node = nullptr;
-    while (!node && !text.hasFailed() && !atEndOfFile()) {
+    while (!node && goesOn() && !atEndOfFile()) {
         std::string_view word;
         if (!text.readWord(word))
             return text.fail("expected a node");
@@ -190,7 +206,6 @@ bool KalmyrReader::readTop(SoNode*& node)
             return false;
         if (node && word == "USE")
             m_indexCheck.reuse(node);
-        text.reportProgress();
     }
     return !text.hasFailed();
 }
@@ -325,6 +340,8 @@ bool KalmyrReader::readKeptBody(SoUnknownNode* node, std::string_view typeName)
         return true;
     }
     static_cast<void>(m_indexCheck.close(node, scope));
+    if (isStopped())
+        return false;
     text = behind;
     node->removeFields();
     node->removeAllChildren();

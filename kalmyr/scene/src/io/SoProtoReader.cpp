@@ -177,7 +177,7 @@ SoVRMLProto* SceneReader::bodyOf(SoVRMLProto* proto)
             proto->resolving = true;
             for (const SbString& url : proto->urls) {
                 proto->resolved = findInFile(*proto, url);
-                if (proto->resolved)
+                if (proto->resolved || isStopped())
                     break;
             }
         }
@@ -205,7 +205,7 @@ SoRef<SoVRMLProto> SceneReader::findInFile(const SoVRMLProto& proto, const SbStr
         hash == std::string::npos ? std::string_view()
                                   : std::string_view(address).substr(hash + 1));
     if (!found)
-        reader.postError();
+        reader.abandon();
     return found;
 }
 
@@ -217,6 +217,10 @@ bool SceneReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
         return text.failAt(at, "expected prototypes nested at most "
                                    + std::to_string(kMaxProtoNesting) + " deep");
     const SoRef<SoVRMLProto> proto(bodyOf(declared));
+    // Instances cost time beside that for their text.
+    constexpr std::size_t kWork = 1000;
+    if (!countWork(kWork + (proto ? proto->text.size() : 0)))
+        return false;
     if (!proto) {
         warnOnce("prototype " + name, text.getText() + at,
                  "prototype '" + name + "' cannot be found; its instances stay empty");
@@ -225,13 +229,15 @@ bool SceneReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
     ProtoInput in(&m_in, *proto);
     in.m_tokens = SoTokenizer(proto->text.c_str(), proto->text.size(), name);
     in.m_open = true;
+    if (proto->text.size() > SoTokenizer::kProgressStep) // small ones are counted
+        in.watchProgress();
     Vrml97Reader reader(in, *this, proto->getPrevious(), instance);
     instance->enableNotify(false);
     const bool ok = readDefaults(reader, *instance)
                     && (reader.text.setOffset(proto->bodyAt), reader.readProtoBody(*instance));
     instance->enableNotify(true);
-    if (ok)
-        return true;
+    if (ok || isStopped())
+        return ok;
     // Of prototypes in each other's bodies the first and the last are named.
     const std::string_view inner(reader.text.getError());
     constexpr std::string_view kBecause = " cannot be made, because ";

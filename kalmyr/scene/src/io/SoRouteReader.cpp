@@ -180,11 +180,16 @@ bool SceneReader::readRoute(std::string_view word)
     return true;
 }
 
-void SceneReader::makeLateRoutes()
+bool SceneReader::makeLateRoutes()
 {
-    for (const RouteText& route : m_lateRoutes)
+    constexpr std::size_t kWork = 256; // bytes of other text that take as long
+    for (const RouteText& route : m_lateRoutes) {
         makeRoute(route);
+        if (!countWork(kWork))
+            return false;
+    }
     m_lateRoutes.clear();
+    return true;
 }
 
 void SceneReader::makeRoute(const RouteText& route)

@@ -38,7 +38,8 @@ bool isWordChar(char c)
 std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
 {
     if (!in.isOpen()) {
-        SoReadError::post(in.getCurFileName(), 0, 0, "no file is open");
+        if (!in.tellStop()) // while it was being opened
+            SoReadError::post(in.getCurFileName(), 0, 0, "no file is open");
         return nullptr;
     }
     switch (in.getFormat()) {
@@ -53,7 +54,7 @@ std::unique_ptr<SceneReader> SceneReader::make(SoInput& in, bool headerNeeded)
         reader->m_binary = {in.getTokenizer().getText(), in.getSize()};
         if (reader->openChunk(in.getTokenizer().getOffset()))
             return reader;
-        reader->postError();
+        reader->abandon();
         return nullptr;
     }
     case SoInput::UNKNOWN_FORMAT:
@@ -85,13 +86,43 @@ SceneReader::SceneReader(SoInput& in, SceneReader& outer, SoVRMLProto* protos)
 
 SceneReader::~SceneReader() = default;
 
-void SceneReader::postError()
+void SceneReader::abandon()
 {
     if (m_posted || !text.hasFailed())
         return;
     m_posted = true;
-    SoReadError::post(m_in.getCurFileName(), text.getErrorLine(), text.getErrorColumn(), "%s",
-                      text.getError().c_str());
+    if (!m_in.tellStop())
+        SoReadError::post(m_in.getCurFileName(), text.getErrorLine(), text.getErrorColumn(), "%s",
+                          text.getError().c_str());
+    release();
+}
+
+void SceneReader::release()
+{
+    m_lateRoutes.clear();
+    m_types.clear();
+    m_definitions.clear();
+    m_protos.reset();
+}
+
+bool SceneReader::isStopped()
+{
+    if (!m_in.isStopped())
+        return false;
+    text.failAt(text.getOffset(), "reading was stopped");
+    return true;
+}
+
+bool SceneReader::countWork(std::size_t bytes)
+{
+    m_in.countWork(bytes);
+    return !isStopped();
+}
+
+bool SceneReader::goesOn()
+{
+    text.reportProgress();
+    return !isStopped() && !text.hasFailed();
 }
 
 bool SceneReader::leaveOut(std::size_t at, const SbString& why)
@@ -121,21 +152,20 @@ bool SceneReader::readAll(std::vector<SoRef<SoNode>>& nodes)
             break;
         nodes.emplace_back(node);
     }
-    m_in.progress(m_in.getSize(), m_in.getSize());
-    return true;
+    m_in.tellProgress(m_in.getSize(), m_in.getSize());
+    return !isStopped();
 }
 
 bool SceneReader::readTop(SoNode*& node)
 {
     node = nullptr;
-    if (text.hasFailed())
-        return false;
     while (!node) {
+        if (!goesOn())
+            return false;
         if (text.atEnd())
             return true;
         if (!readNode(node))
             return false;
-        text.reportProgress();
     }
     return true;
 }
@@ -317,9 +347,10 @@ bool SceneReader::finishNode(SoNode* node, const TypeEntry& entry, std::size_t t
                                        + std::to_string(kMaxExpandedNodes) + " nodes");
     if (entry.proto)
         return expand(static_cast<SoVRMLProtoInstance*>(node), typeAt);
-    if (entry.hook)
-        entry.hook(&m_in, node);
-    return true;
+    if (!entry.hook)
+        return true;
+    entry.hook(&m_in, node);
+    return !isStopped(); // it may have read other files
 }
 
 bool SceneReader::readBodySafely(SoNode* node, std::string_view type, bool known)
@@ -409,6 +440,8 @@ bool SceneReader::openChunk(std::size_t offset)
         return text.failAt(text.getSize(),
                            std::string(fault) + " at byte " + std::to_string(m_chunk.end));
     text = SoTokenizer(m_chunk.text, m_chunk.textSize, text.getSourceName());
+    m_in.m_aside = 0;
+    m_in.watchProgress();
     return true;
 }
 
@@ -435,7 +468,9 @@ bool SceneReader::readBlock(SoField& field)
         return false;
     if (index >= m_chunk.blocks.size() || !setBlock(field, m_chunk.blocks[index]))
         return text.failAt(at, "expected the number of a block that fits the field");
-    return true;
+    const std::size_t size = m_chunk.blocks[index].size();
+    m_in.m_aside += size;
+    return countWork(size);
 }
 
 bool SceneReader::readFieldValue(SoField& field)
@@ -489,9 +524,17 @@ bool SceneReader::skipBlock(char open, bool keepNames, std::string_view* inside)
     const char* begin = text.getText() + text.getOffset();
     const char* end = text.getText() + text.getSize();
     const char* at = begin;
+    const char* report = begin;
     std::string closing(1, open == '{' ? '}' : ']');
     bool afterDef = false;
     while (at < end && !closing.empty()) {
+        if (at >= report) {
+            report = at + std::min(SoTokenizer::kProgressStep, static_cast<std::size_t>(end - at));
+            text.setOffset(static_cast<std::size_t>(at - text.getText()));
+            text.reportProgress();
+            if (text.hasFailed())
+                return false;
+        }
         const char c = *at;
         if (c == '"') {
             for (++at; at < end && *at != '"'; ++at)
@@ -542,8 +585,9 @@ bool SceneReader::skipNumbers()
                                     std::min<std::size_t>(text.getRemaining(), 2));
         const bool isHex = rest == "0x" || rest == "0X";
         if (isHex ? text.readNumbers(&pixel, 1) == 0 : text.readNumbers(&number, 1) == 0)
-            return any;
+            return any && !text.hasFailed();
         any = true;
+        text.reportProgress();
     }
 }
 
@@ -604,7 +648,7 @@ bool SceneReader::readStatements()
 
 bool SceneReader::readPath(SoRef<SoPath>& path)
 {
-    if (text.hasFailed())
+    if (!goesOn())
         return false;
     // Prototypes stand in front of what uses them, routes behind.
     if (!readStatements())

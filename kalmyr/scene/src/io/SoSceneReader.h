@@ -29,7 +29,7 @@ class Vrml97Reader;
 
 /// Reads the nodes of one file. A dialect says how type names are found and what a node's body is.
 ///
-/// The first fault ends reading: the tokenizer keeps it, and postError() makes it known. Nodes are
+/// The first fault ends reading: the tokenizer keeps it, and abandon() makes it known. Nodes are
 /// owned by what holds them; those that were given names are held here until reading ends.
 class SceneReader : public SoFieldReader {
 public:
@@ -61,8 +61,9 @@ public:
     /// Lets the root of the scene keep the prototypes that nothing in the file uses.
     void keepUnused(const SoNode* root) const;
 
-    /// Posts the fault as a read error, once.
-    void postError();
+    /// Ends reading after a fault or a stop: posts it as a read error, once, and lets go of all
+    /// that was kept for the rest of the file.
+    void abandon();
 
 protected:
     struct TypeEntry {
@@ -88,6 +89,15 @@ protected:
     virtual bool isLegalName(std::string_view name) const = 0;
     virtual std::string_view ownName(std::string_view name) const { return name; }
 
+    /// Lets go of nodes, prototypes and all else that has a name in the file.
+    virtual void release();
+    /// Whether reading was stopped; the text has failed then.
+    bool isStopped();
+    /// After work that moves on in no text, as long as reading that many bytes of it: reports
+    /// progress. False when reading was stopped.
+    bool countWork(std::size_t bytes);
+    /// Between nodes: reports progress. False after a fault and after a stop.
+    bool goesOn();
     /// Goes on after `word`, which is the first of a node.
     bool readNodeFrom(std::string_view word, SoNode*& node);
     /// 1 a field was read, 0 the node has no such field, -1 fault.
@@ -129,7 +139,8 @@ protected:
     /// ROUTE, behind that word.
     bool readRoute(std::string_view word);
     /// At the end of all in which names are known: the routes that stood in front of a name.
-    void makeLateRoutes();
+    /// False when reading was stopped.
+    bool makeLateRoutes();
     /// Whether routes may name fields that are no events, and convert between types.
     virtual bool routesAnyField() const { return false; }
     SoVRMLProto* findProto(std::string_view name) const;
@@ -218,6 +229,7 @@ protected:
     std::string_view ownName(std::string_view name) const override;
     void afterValue(SoField& field) override;
 
+    void release() override;
     bool mayLeaveOutUse() const override { return isVrml1(); }
     bool readEngine(SoEngine*& engine) override;
 
@@ -243,6 +255,7 @@ private:
     bool readGlobalStatement();
 
     std::unordered_map<std::string_view, SoRef<SoEngine>> m_engines;
+    std::vector<SbName> m_newGlobals; ///< global fields that the file made
     IndexCheck m_indexCheck;
     /// Names that "fields" declares beside those of the class, of nodes that are being read.
     std::unordered_map<const SoNode*, std::unordered_set<std::string_view>> m_declared;

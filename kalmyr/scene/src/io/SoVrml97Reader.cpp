@@ -41,20 +41,17 @@ SoType Vrml97Reader::findType(std::string_view name) const
 bool Vrml97Reader::readTop(SoNode*& node)
 {
     node = nullptr;
-    if (text.hasFailed())
-        return false;
     while (!node) {
-        if (text.atEnd()) {
-            makeLateRoutes();
-            return true;
-        }
+        if (!goesOn())
+            return false;
+        if (text.atEnd())
+            return makeLateRoutes();
         std::string_view word;
         if (!text.readWord(word))
             return text.fail("expected a node");
         const int skipped = tryStatement(word);
         if (skipped < 0 || (skipped == 0 && !readNodeFrom(word, node)))
             return false;
-        text.reportProgress();
     }
     return true;
 }
@@ -71,9 +68,9 @@ bool Vrml97Reader::readProtoBody(SoVRMLProtoInstance& instance)
             return false;
         if (node)
             instance.getParts().append(node);
+        text.reportProgress();
     }
-    makeLateRoutes();
-    return true;
+    return makeLateRoutes();
 }
 
 SoRef<SoVRMLProto> Vrml97Reader::readProtoNamed(std::string_view name)
@@ -187,6 +184,8 @@ bool Vrml97Reader::readUnknownBody(SoUnknownNode* node, std::string_view typeNam
         node->setBody({});
         return true;
     }
+    if (isStopped())
+        return false;
     text = behind;
     node->removeFields();
     SoForeignFields::forget(node);

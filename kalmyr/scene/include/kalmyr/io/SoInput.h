@@ -4,6 +4,7 @@
 #include <kalmyr/base/SbString.h>
 #include <kalmyr/core/SoTokenizer.h>
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -47,9 +48,27 @@ public:
     /// contract: what was open stays open.
     bool setBuffer(const void* bytes, std::size_t size);
 
-    /// Ends reading. The header, the format and the file name stay known until the next opening.
+    /// Ends reading and forgets a stop. The header, the format and the file name stay known until
+    /// the next opening. Not to be called from progress() and warn(), which stop() is for.
     void closeFile();
     bool isOpen() const { return m_open; }
+
+    /// Stops what is being opened or read, the files that the scene refers to included: when
+    /// progress() returns, or where it would be called next. May be called from progress() and
+    /// warn(), from other threads, and from signal handlers.
+    ///
+    /// Opening then returns false, and reading null, false or no path, after one read error
+    /// "reading was stopped" with the name of this input's file, whichever file was being read.
+    /// Everything that was read and not handed out yet is gone, with its names, routes and
+    /// prototypes; nodes that SoDB::read() returned before stay. What has ended already is not
+    /// undone.
+    ///
+    /// A stop holds until the input is closed. One that comes while nothing is open is not lost:
+    /// it refuses the next opening, and the one after that succeeds again.
+    void stop() noexcept { m_stopped.store(true, std::memory_order_relaxed); }
+    /// Whether this input or one of its parents was stopped: tells a stopped read from a faulty
+    /// file. Stays so until this input is closed or opened again.
+    bool isStopped() const noexcept;
 
     /// The header line: one of the known ones when the first line begins with it, else the first
     /// line if it begins with '#', else nothing.
@@ -81,7 +100,10 @@ public:
     static constexpr int kMaxFiles = 2000;
 
     /// Called about every megabyte while reading, and at the end of a file that was read whole.
-    /// The default does nothing.
+    /// While other files are read that the scene refers to, it is called as often, with the place
+    /// that this one has reached; while a large file is brought into memory or inflated, so that
+    /// its size is not known yet, with 0 and the size so far. It may call stop(). The default does
+    /// nothing.
     virtual void progress(std::size_t bytesRead, std::size_t total);
 
     /// Something in the file that is left out or read differently, with its place (from 1). The
@@ -117,10 +139,19 @@ private:
     struct Bytes;
     bool load(const SbString& name);
     bool inflateText(std::string_view packed);
+    void release();
+    bool beginOpening(const SbString& name);
+    bool goOnOpening(std::size_t bytes);
     bool adopt(std::unique_ptr<Bytes> bytes);
     void readHeader();
     void cutEnd();
+    void giveBackWhatIsRead();
     void watchProgress();
+    void reached();
+    void tellProgress(std::size_t at, std::size_t size);
+    std::size_t getPlace() const;
+    void countWork(std::size_t bytes);
+    bool tellStop();
     bool refuse(const char* reason);
     bool refusePacked(const std::string& reason, std::size_t packedAt);
 
@@ -140,4 +171,9 @@ private:
     std::unique_ptr<kalmyr::detail::SceneReader> m_reader; ///< goes on where the last reading ended
     int m_filesRead = 0; ///< files that this input's file brought in, at all levels
     int m_numWarnings = 0;
+    std::size_t m_aside = 0; ///< bytes read beside the text
+    std::size_t m_work = 0;  ///< bytes since the last progress that the place does not show
+    bool m_stopTold = false;
+    std::atomic<bool> m_stopped = false;
+    static_assert(std::atomic<bool>::is_always_lock_free, "stop() is for signal handlers, too");
 };
