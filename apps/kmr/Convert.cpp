@@ -95,10 +95,8 @@ int runConvert(const Arguments& given)
     if (!formatText.empty() && format == SoInput::UNKNOWN_FORMAT)
         return wrongUsage("unknown format " + formatText);
     const Scene scene = readScene(arguments[0], false);
-    if (!scene.ok) {
-        printErrors(scene);
-        return 1;
-    }
+    if (!scene.ok)
+        return printErrors(scene);
     const std::string name = lowerCase(arguments[1]);
     if (format == SoInput::UNKNOWN_FORMAT)
         format = formatFor(name, scene.format);

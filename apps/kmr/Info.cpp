@@ -194,18 +194,19 @@ int runInfo(const Arguments& given)
         return wrongUsage("unknown option " + option);
     if (arguments.empty())
         return wrongUsage("info needs a file");
-    bool ok = true;
+    int status = 0;
     for (const std::string& file : arguments) {
         Scene scene = readScene(file, json);
+        if (scene.stopped)
+            return printErrors(scene);
         const Facts facts = measure(scene);
         if (json) {
             printJson(scene, facts);
         } else {
             printText(scene, facts);
         }
-        printErrors(scene);
+        status = std::max(status, printErrors(scene));
         std::fflush(stdout);
-        ok = ok && scene.ok;
     }
-    return ok ? 0 : 1;
+    return status;
 }

@@ -240,9 +240,8 @@ int runRender(const Arguments& given)
         return wrongUsage("the picture's name must end in png, jpg, bmp, tif, rgb or ps");
     kalmyr::initRendering();
     const Scene scene = readScene(arguments[0], false);
-    printErrors(scene);
-    if (!scene.ok)
-        return 1;
+    if (const int status = printErrors(scene); status != 0)
+        return status;
     GraphCounter counter;
     counter.add(scene.root.get());
     if (counter.occurrences() > kMaxOccurrences) {

@@ -8,7 +8,9 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 
 #include <unistd.h>
@@ -63,6 +65,37 @@ private:
     const Clock::time_point m_start = Clock::now();
     const bool m_watched = isatty(STDERR_FILENO);
     bool m_shown = false;
+};
+
+std::atomic<SoInput*> s_reading = nullptr;
+
+/// Lets SIGINT stop an input while this lives; once: a second one is not held back. A program that
+/// was started deaf to it stays so.
+class Interruption {
+public:
+    explicit Interruption(SoInput& in)
+    {
+        s_reading = &in;
+        struct sigaction action = {};
+        action.sa_handler = [](int) {
+            if (SoInput* reading = s_reading)
+                reading->stop();
+        };
+        action.sa_flags = static_cast<int>(SA_RESETHAND); // and no SA_RESTART: pipes may wait
+        sigaction(SIGINT, nullptr, &m_before);
+        if (m_before.sa_handler != SIG_IGN)
+            sigaction(SIGINT, &action, nullptr);
+    }
+    ~Interruption()
+    {
+        sigaction(SIGINT, &m_before, nullptr);
+        s_reading = nullptr;
+    }
+    Interruption(const Interruption&) = delete;
+    Interruption& operator=(const Interruption&) = delete;
+
+private:
+    struct sigaction m_before = {};
 };
 
 void onReadError(const SoError* error, void* scene)
@@ -128,6 +161,7 @@ Scene readScene(const std::string& file, bool countTextToo)
     scene.file = file;
     const Listener listener(scene);
     WatchedInput in(scene);
+    const Interruption interruption(in);
     const auto start = Clock::now();
     const bool opened = in.openFile(SbString(file));
     scene.compressed = in.isCompressed();
@@ -140,11 +174,13 @@ Scene readScene(const std::string& file, bool countTextToo)
         scene.seconds = secondsSince(start);
         const bool isText =
             scene.format != SoInput::KALMYR_BINARY && scene.format != SoInput::UNKNOWN_FORMAT;
-        if (countTextToo && isText)
+        if (countTextToo && isText && !in.isStopped())
             scene.parsed = countText({text.getText() + begin, text.getSize() - begin});
     } else {
         scene.seconds = secondsSince(start);
     }
+    scene.stopped = in.isStopped(); // also when all had been read just then
+    scene.ok = scene.ok && !scene.stopped;
     if (!scene.ok)
         scene.nodes.clear();
     const bool isVrml97 =
@@ -174,8 +210,13 @@ SoInput::Format formatOfName(std::string_view name)
     return SoInput::UNKNOWN_FORMAT;
 }
 
-void printErrors(const Scene& scene)
+int printErrors(const Scene& scene)
 {
+    constexpr int kInterrupted = 128 + SIGINT; // as shells have it
+    if (scene.stopped) {
+        std::fprintf(stderr, "kmr: reading %s was stopped\n", scene.file.c_str());
+        return kInterrupted;
+    }
     for (const Remark& error : scene.errors) {
         if (error.line > 0) {
             std::fprintf(stderr, "%s:%d:%d: error: %s\n", error.file.c_str(), error.line,
@@ -184,6 +225,7 @@ void printErrors(const Scene& scene)
             std::fprintf(stderr, "%s: error: %s\n", error.file.c_str(), error.message.c_str());
         }
     }
+    return scene.ok ? 0 : 1;
 }
 
 Listener::Listener(Scene& scene)

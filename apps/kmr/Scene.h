@@ -22,6 +22,7 @@ struct Remark {
 struct Scene {
     std::string file;
     bool ok = false;
+    bool stopped = false; ///< by the user
     SoInput::Format format = SoInput::UNKNOWN_FORMAT;
     bool compressed = false;
     std::string header;
@@ -35,6 +36,7 @@ struct Scene {
 };
 
 /// Reads a file; shows how far it got when that takes longer than a second and a person looks on.
+/// An interrupt (SIGINT) stops reading; the next one ends the program as it always does.
 Scene readScene(const std::string& file, bool countText);
 
 /// "kalmyr-ascii" and so on; "unknown" for a file with no known header.
@@ -42,8 +44,9 @@ const char* formatName(SoInput::Format format);
 /// UNKNOWN_FORMAT for a name that is none.
 SoInput::Format formatOfName(std::string_view name);
 
-/// Prints "FILE:LINE:COLUMN: error: MESSAGE" for each error.
-void printErrors(const Scene& scene);
+/// Prints "FILE:LINE:COLUMN: error: MESSAGE" for each error, or that reading was stopped. Returns
+/// the exit status that stands for it.
+int printErrors(const Scene& scene);
 
 /// Takes down what is said about a scene while it lives.
 class Listener {

@@ -41,7 +41,8 @@ constexpr char kUsage[] =
     "  kmr render scene.ky picture.png --size 1280x720 --background 1,1,1\n"
     "\n"
     "Ends with 0 when done, 1 when something cannot be read or written (each fault is told as\n"
-    "FILE:LINE:COLUMN: error: MESSAGE), 2 for wrong usage.\n";
+    "FILE:LINE:COLUMN: error: MESSAGE), 2 for wrong usage, 130 when Ctrl+C stopped reading; a\n"
+    "second Ctrl+C ends at once.\n";
 
 struct Command {
     const char* name;

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -20,6 +24,60 @@ protected:
     {
         return support::runProgram("kmr", arguments);
     }
+};
+
+/// kmr with one argument that is a pipe, which it has open and waits for.
+class WaitingKmr {
+public:
+    WaitingKmr(const std::string& command, const std::string& pipe, const std::string& errors)
+    {
+        mkfifo(pipe.c_str(), 0600);
+        m_process = fork();
+        if (m_process == 0) {
+            std::signal(SIGINT, SIG_DFL); // the test may have been started deaf to it
+            const std::string program = std::string(MIRABO_RUNTIME_DIR) + "/kmr";
+            execl("/bin/sh", "sh", "-c",
+                  ("exec " + program + " " + command + " 2>" + errors + " </dev/null").c_str(),
+                  nullptr);
+            _exit(127);
+        }
+        // Opens as soon as kmr has done so, unless that has ended.
+        while (m_status < 0 && m_pipe < 0) {
+            m_pipe = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK);
+            if (m_pipe < 0)
+                wait(WNOHANG);
+        }
+    }
+    ~WaitingKmr() { end(); }
+
+    bool isWaiting() const { return m_pipe >= 0; }
+    void interrupt() const { kill(m_process, SIGINT); }
+    void write(std::string_view text) const
+    {
+        EXPECT_EQ(::write(m_pipe, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    /// Closes the pipe; the exit status, -1 when a signal ended the program.
+    int end()
+    {
+        if (m_pipe >= 0)
+            close(m_pipe);
+        m_pipe = -1;
+        if (m_status < 0)
+            wait(0);
+        return WIFEXITED(m_status) ? WEXITSTATUS(m_status) : -1;
+    }
+
+private:
+    void wait(int options)
+    {
+        int status = 0;
+        if (waitpid(m_process, &status, options) == m_process)
+            m_status = status;
+    }
+
+    pid_t m_process = -1;
+    int m_pipe = -1;
+    int m_status = -1; ///< as waitpid() gives it; -1 while it runs
 };
 
 bool has(const std::string& text, const std::string& part)
@@ -175,4 +233,36 @@ TEST_F(KmrTest, DrawsAPicture)
         EXPECT_GT(byte(20, 15, 2), 100) << scene;
         EXPECT_LT(byte(20, 15, 0), 60) << scene;
     }
+}
+
+TEST_F(KmrTest, StopsReadingWhenInterrupted)
+{
+    const std::string good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
+    const std::string outer = write("outer.wrl", "#VRML V2.0 utf8\nInline { url \"pipe\" }\n");
+    const std::string out = write("out.ky", "as it was");
+    const std::string pipe = path("pipe"), errors = path("errors");
+    const struct {
+        std::string command;
+        std::string file; ///< that is told of
+    } cases[] = {
+        {"info " + pipe + " " + good, pipe},
+        {"info --json " + outer + " " + good, outer}, // the pipe is a file that it refers to
+        {"convert " + pipe + " " + out, pipe},
+        {"convert " + outer + " " + out, outer},
+        {"render " + pipe + " " + path("out.png"), pipe},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.command);
+        WaitingKmr kmr(one.command + " >" + path("told"), pipe, errors);
+        ASSERT_TRUE(kmr.isWaiting()) << read("errors");
+        kmr.write("#VRML V2.0 utf8\nGroup {");
+        kmr.interrupt();
+        EXPECT_EQ(kmr.end(), 130);
+        EXPECT_EQ(read("errors"), "kmr: reading " + one.file + " was stopped\n");
+        EXPECT_EQ(read("told"), "");
+        EXPECT_EQ(read("out.ky"), "as it was");
+        EXPECT_FALSE(fs::exists(path("out.png")));
+    }
+    for (const auto& entry : fs::directory_iterator(folder()))
+        EXPECT_FALSE(has(entry.path().string(), ".saving")) << entry.path();
 }
