@@ -60,7 +60,7 @@ public:
     /// Opening then returns false, and reading null, false or no path, after one read error
     /// "reading was stopped" with the name of this input's file, whichever file was being read.
     /// Everything that was read and not handed out yet is gone, with its names, routes and
-    /// prototypes; nodes that SoDB::read() returned before stay. What has ended already is not
+    /// prototypes; referenced nodes that SoDB::read() returned before stay. What has ended is not
     /// undone.
     ///
     /// A stop holds until the input is closed. One that comes while nothing is open is not lost:
