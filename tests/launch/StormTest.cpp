@@ -310,7 +310,7 @@ private:
         const QList<QAction*> actions = popup->actions();
         QAction* chosen = actions.isEmpty() ? nullptr : any(actions);
         if (chosen && isFit(*chosen) && below(2))
-            chosen->trigger();
+            choose(chosen);
         if (open)
             open->close();
     }
@@ -386,7 +386,14 @@ private:
         const auto actions = frame->findChildren<QAction*>();
         QAction* action = any(actions);
         if (isFit(*action))
-            action->trigger();
+            choose(action);
+    }
+
+    /// By an event, as a key or a click does it: Qt goes on with the action's signal.
+    static void choose(QAction* action)
+    {
+        QMetaObject::invokeMethod(action, &QAction::trigger, Qt::QueuedConnection);
+        QCoreApplication::processEvents();
     }
 
     /// A standalone tool reads it, and shows how far it has come.
