@@ -175,8 +175,9 @@ void printText(const Scene& scene, const Facts& facts)
     for (const auto& [name, count] : facts.graph.types())
         std::printf("  %12llu %s\n", static_cast<unsigned long long>(count), name.c_str());
     for (const Remark& warning : scene.warnings) {
+        const std::string file = warning.file == scene.file ? std::string() : warning.file + ":";
         if (warning.line > 0)
-            std::printf("  warning: %d:%d: %s\n", warning.line, warning.column,
+            std::printf("  warning: %s%d:%d: %s\n", file.c_str(), warning.line, warning.column,
                         warning.message.c_str());
         else // of the file as a whole
             std::printf("  warning: %s\n", warning.message.c_str());

@@ -42,10 +42,9 @@ public:
         if (m_shown)
             std::fputs("\r\033[K", stderr);
     }
-    void warn(int line, int column, const SbString& text) override
+    void warn(const SbString& fileName, int line, int column, const SbString& text) override
     {
-        m_scene.warnings.push_back(
-            {getCurFileName().toStdString(), line, column, text.toStdString()});
+        m_scene.warnings.push_back({fileName.toStdString(), line, column, text.toStdString()});
     }
     void progress(std::size_t done, std::size_t total) override
     {

@@ -49,12 +49,12 @@ void LiveInput::progress(std::size_t bytesRead, std::size_t total)
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
-void LiveInput::warn(int line, int column, const SbString& text)
+void LiveInput::warn(const SbString& fileName, int line, int column, const SbString& text)
 {
-    SoInput::warn(line, column, text);
+    SoInput::warn(fileName, line, column, text);
     if (m_numWarnings++ > 0)
         return;
-    const QString name = QFileInfo(QString::fromUtf8(getCurFileName().getString())).fileName();
+    const QString name = QFileInfo(QString::fromUtf8(fileName.getString())).fileName();
     m_firstWarning = QStringLiteral("%1:%2:%3: ").arg(name).arg(line).arg(column)
                      + QString::fromUtf8(text.getString());
 }

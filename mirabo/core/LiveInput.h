@@ -18,7 +18,7 @@ public:
     ~LiveInput() override;
 
     void progress(std::size_t bytesRead, std::size_t total) override;
-    void warn(int line, int column, const SbString& text) override;
+    void warn(const SbString& fileName, int line, int column, const SbString& text) override;
 
     int getNumWarnings() const { return m_numWarnings; }
     /// "FILE:LINE:COLUMN: TEXT" without the folder; empty without warnings.

@@ -4,6 +4,7 @@
 
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <vector>
 
@@ -35,6 +36,37 @@ TEST_F(InputTest, FindsFilesBesideTheirParentThenInTheDirectories)
     SoInput::removeDirectory(folder() + "/b");
     EXPECT_FALSE(alone.openFile("part.ky", true)); // may be missing: no error
     EXPECT_FALSE(alone.isOpen());
+}
+
+TEST_F(InputTest, TellsOfWhatIsLeftOutInTheFilesThatASceneRefersTo)
+{
+    class Noting final : public SoInput {
+    public:
+        void warn(const SbString& fileName, int line, int column, const SbString&) override
+        {
+            notes.push_back(fileName.toStdString() + ':' + std::to_string(line) + ':'
+                            + std::to_string(column));
+        }
+        std::vector<std::string> notes;
+    };
+    SoInput::addInMemoryTextFile("inner.wrl", "#VRML V2.0 utf8\n\n Gizmo { }");
+    SoInput::addInMemoryTextFile("outer.wrl",
+                                 "#VRML V2.0 utf8\nInline { url \"inner.wrl\" }\n  Plumbus { }");
+    SoInput::addInMemoryTextFile("kinds.wrl",
+                                 "#VRML V2.0 utf8\nPROTO Kind [ ] { Odd { } }\nOdd { }");
+    const std::string scene = "#VRML V2.0 utf8\nInline { url \"outer.wrl\" }\n"
+                              "EXTERNPROTO Kind [ ] \"kinds.wrl\"\nWhatsit { } Kind { }";
+    Noting in;
+    ASSERT_TRUE(in.setBuffer(scene.data(), scene.size()));
+    const SoRef<SoVRMLGroup> root(SoDB::readAllVRML(&in));
+    EXPECT_TRUE(root);
+    for (const char* name : {"inner.wrl", "outer.wrl", "kinds.wrl"})
+        SoInput::removeInMemoryTextFile(name);
+    ASSERT_EQ(in.notes.size(), 4u);
+    EXPECT_EQ(in.notes[0], "inner.wrl:3:2");
+    EXPECT_EQ(in.notes[1], "outer.wrl:3:3");
+    EXPECT_EQ(in.notes[2], ":4:1") << "of memory";
+    EXPECT_EQ(in.notes[3].substr(0, 3), ":4:") << "in an instance: where that stands";
 }
 
 TEST_F(InputTest, ReadsTextFilesKeptInMemory)

@@ -592,9 +592,13 @@ bool SoInput::isReading(const SbString& fileName) const
 
 void SoInput::progress(std::size_t, std::size_t) {}
 
-void SoInput::warn(int line, int column, const SbString& text)
+void SoInput::warn(const SbString& fileName, int line, int column, const SbString& text)
 {
-    const SbString name = m_fileName.isEmpty() ? SbString("<memory>") : m_fileName;
+    if (m_parent) {
+        m_parent->warn(fileName, line, column, text);
+        return;
+    }
+    const SbString name = fileName.isEmpty() ? SbString("<memory>") : fileName;
     SoDebugError::postWarning("SoInput", "%s:%d:%d: %s", name.getString(), line, column,
                               text.getString());
 }
@@ -605,7 +609,7 @@ void SoInput::warnHere(const SbString& text)
         return;
     int line = 0, column = 0;
     m_tokens.getPosition(m_tokens.getOffset(), line, column);
-    warn(line, column,
+    warn(m_fileName, line, column,
          m_numWarnings > kMaxWarnings ? SbString("further remarks are left out") : text);
 }
 

@@ -37,7 +37,7 @@ public:
     {
         setFolder(proto.folder);
     }
-    void warn(int, int, const SbString& text) override
+    void warn(const SbString&, int, int, const SbString& text) override
     {
         getParent()->warnHere("in prototype '" + SbString(m_proto.name) + "': " + text);
     }

@@ -106,9 +106,10 @@ public:
     /// nothing.
     virtual void progress(std::size_t bytesRead, std::size_t total);
 
-    /// Something in the file that is left out or read differently, with its place (from 1). The
-    /// default posts a debug warning "FILE:LINE:COLUMN: TEXT".
-    virtual void warn(int line, int column, const SbString& text);
+    /// Something in the file, or in one that it refers to, that is left out or read differently,
+    /// with its place (line and column from 1; an empty file name stands for memory). The default
+    /// passes it on to the parent, and without one posts a debug warning "FILE:LINE:COLUMN: TEXT".
+    virtual void warn(const SbString& fileName, int line, int column, const SbString& text);
     /// The same at the place that was reached; only the first kMaxWarnings of a file are given.
     void warnHere(const SbString& text);
     static constexpr int kMaxWarnings = 50;
