@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <thread>
 #include <type_traits>
 
 namespace mirabo {
@@ -34,6 +35,15 @@ public:
     ErrorScope(const ErrorScope&) = delete;
     ErrorScope& operator=(const ErrorScope&) = delete;
 
+    /// Gives an error to the handler that was in force before.
+    void passOn(const SoError* error) const
+    {
+        if (m_oldCallback)
+            m_oldCallback(error, m_oldData);
+        else
+            SoError::getHandlerCallback()(error, SoError::getHandlerData());
+    }
+
 private:
     SoErrorCB* m_callback;
     void* m_data;
@@ -41,8 +51,31 @@ private:
     void* m_oldData;
 };
 
-/// Keeps the text of the first error of a class that is posted in a scope: the cause of those that
-/// follow. None of them is shown.
+/// The same for errors that the thread of the scope posts. Those of other threads, which have
+/// nothing to do with what it tries, go to the handler before.
+template <class Error>
+class ThreadErrorScope {
+public:
+    ThreadErrorScope(SoErrorCB* callback, void* data) : m_callback(callback), m_data(data) {}
+
+private:
+    static void posted(const SoError* error, void* data)
+    {
+        const auto* self = static_cast<ThreadErrorScope*>(data);
+        if (std::this_thread::get_id() == self->m_thread)
+            self->m_callback(error, self->m_data);
+        else
+            self->m_scope.passOn(error);
+    }
+
+    SoErrorCB* m_callback;
+    void* m_data;
+    std::thread::id m_thread = std::this_thread::get_id();
+    ErrorScope<Error> m_scope{&ThreadErrorScope::posted, this};
+};
+
+/// Keeps the text of the first error of a class that this thread posts in a scope: the cause of
+/// those that follow. None of them is shown.
 template <class Error>
 class FirstError {
 public:
@@ -58,7 +91,7 @@ private:
     }
 
     QString m_text;
-    ErrorScope<Error> m_scope{&FirstError::posted, this};
+    ThreadErrorScope<Error> m_scope{&FirstError::posted, this};
 };
 
 } // namespace mirabo

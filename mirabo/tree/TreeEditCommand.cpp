@@ -95,7 +95,7 @@ bool TreeEditCommand::go(bool forward)
 
 bool TreeEditCommand::editGraph(bool forward)
 {
-    const ErrorScope<SoDebugError> errors(&collect, &m_posted);
+    const ThreadErrorScope<SoDebugError> errors(&collect, &m_posted);
     bool alive = true;
     visitNodes([&alive](KeptNode& node) {
         node.hold();

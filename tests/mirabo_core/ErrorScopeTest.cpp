@@ -2,6 +2,8 @@
 
 #include <kalmyr/base/SoReadError.h>
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -50,4 +52,27 @@ TEST(ErrorScope, LeavesTheHandlersAsTheyWere)
     EXPECT_EQ(own, 1);
     SoReadError::setHandlerCallback(nullptr, nullptr);
     EXPECT_EQ(SoReadError::getHandlerCallback(), before);
+}
+
+TEST(ErrorScope, LeavesOtherThreadsTheirErrors)
+{
+    int base = 0;
+    int hosts = 0;
+    const mirabo::ErrorScope<SoError> host(&count, &base);
+    const auto postElsewhere = [] {
+        std::thread([] { SoReadError::post("theirs.ky", 1, 1, "of a host's thread"); }).join();
+    };
+    {
+        const mirabo::FirstError<SoReadError> first;
+        postElsewhere();
+        EXPECT_EQ(base, 1) << "by the handler of the base class";
+        SoReadError::post("file.ky", 1, 1, "ours");
+        EXPECT_TRUE(first.text().contains("ours"));
+    }
+    const mirabo::ErrorScope<SoReadError> read(&count, &hosts);
+    const mirabo::FirstError<SoReadError> first;
+    postElsewhere();
+    EXPECT_EQ(hosts, 1);
+    EXPECT_EQ(base, 1);
+    EXPECT_TRUE(first.text().isEmpty());
 }
