@@ -1,6 +1,8 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/core/ReadMessages.h"
+
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #endif
@@ -11,6 +13,8 @@
 class SbString;
 
 namespace mirabo {
+
+class ReadMessages;
 
 /// Gets the content of inline nodes whose address the toolkit cannot read by itself: file: links
 /// are read, and others named to the user, who may have to fetch them by other means.
@@ -26,6 +30,9 @@ public:
 
 Q_SIGNALS:
     void notFetched(const QString& url);
+    /// Fetching gave messages: errors and warnings of the file that was read, or that there is
+    /// none.
+    void messagesPosted(const mirabo::ReadMessages& messages);
 
 private:
     /// The callback of the host; null for none.

@@ -1,6 +1,7 @@
 #include "mirabo/core/LiveInput.h"
 
 #include "mirabo/core/Messages.h"
+#include "mirabo/core/ReadMessages.h"
 #include "mirabo/extender/private/Frame.h"
 
 #include <QCoreApplication>
@@ -52,9 +53,6 @@ void LiveInput::progress(std::size_t bytesRead, std::size_t total)
 void LiveInput::warn(const SbString& fileName, int line, int column, const SbString& text)
 {
     SoInput::warn(fileName, line, column, text);
-    if (m_numWarnings++ > 0)
-        return;
-    const QString name = QFileInfo(QString::fromUtf8(fileName.getString())).fileName();
-    m_firstWarning = QStringLiteral("%1:%2:%3: ").arg(name).arg(line).arg(column)
-                     + QString::fromUtf8(text.getString());
+    if (m_messages)
+        m_messages->add({mirabo::ReadMessage::Warning, fileName, line, column, text});
 }

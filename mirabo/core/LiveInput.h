@@ -4,11 +4,14 @@
 #include <kalmyr/io/SoInput.h>
 
 #include <QPointer>
-#include <QString>
 
 class QProgressBar;
 class QProgressDialog;
 class QWidget;
+
+namespace mirabo {
+class ReadMessages;
+}
 
 /// A scene input that shows how far reading has come, in a dialog that keeps the window alive and
 /// cannot be cancelled.
@@ -20,9 +23,8 @@ public:
     void progress(std::size_t bytesRead, std::size_t total) override;
     void warn(const SbString& fileName, int line, int column, const SbString& text) override;
 
-    int getNumWarnings() const { return m_numWarnings; }
-    /// "FILE:LINE:COLUMN: TEXT" without the folder; empty without warnings.
-    const QString& getFirstWarning() const { return m_firstWarning; }
+    /// Warnings are added to a list that outlives the reading; null: to none.
+    void setMessages(mirabo::ReadMessages* messages) { m_messages = messages; }
 
 private:
     void showDialog();
@@ -31,6 +33,5 @@ private:
     QPointer<QProgressDialog> m_dialog; ///< owned, unless its parent deleted it
     QPointer<QProgressBar> m_bar;       // Not owned; the dialog's.
     SbTime m_start = SbTime::monotonic();
-    QString m_firstWarning;
-    int m_numWarnings = 0;
+    mirabo::ReadMessages* m_messages = nullptr; // Not owned.
 };

@@ -97,6 +97,8 @@ void SoMiraboMainFrame::setUp(SoCommandManager* hub, bool standalone)
         connect(fetcher, &mirabo::InlineFetcher::notFetched, this, [this](const QString& url) {
             statusBar()->showMessage(tr("not loaded: %1").arg(url));
         });
+        connect(fetcher, &mirabo::InlineFetcher::messagesPosted, this,
+                &SoMiraboMainFrame::inlineRead);
     }
     statusBar()->setSizeGripEnabled(true);
 }

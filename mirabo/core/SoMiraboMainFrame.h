@@ -14,6 +14,10 @@ class QMimeData;
 class QToolBar;
 class SoCommandManager;
 
+namespace mirabo {
+class ReadMessages;
+}
+
 /// The tool's main window: actions, menus, tool bars and docks. Holds no editing logic.
 class SoMiraboMainFrame final : public QMainWindow {
     Q_OBJECT
@@ -64,6 +68,8 @@ Q_SIGNALS:
     /// One bit for each category that is shown, in the order of their actions.
     void filterChanged(int mask);
     void customFilterToggled(bool on);
+    /// Fetching the content of an inline node gave messages, while its file is read or later.
+    void inlineRead(const mirabo::ReadMessages& messages);
     /// The selected row of a field list, or the current one of the tree, was dropped here.
     void fieldRowDropped();
     void treeRowDropped();

@@ -6,9 +6,11 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/ChangedFileBar.h"
+#include "mirabo/viewer/ReadMessagesButton.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <QPointer>
+#include <QStatusBar>
 
 namespace mirabo {
 
@@ -27,6 +29,22 @@ SceneSaving::Document DocumentActions::document()
             [] { return SoGraphTopologyManager::isVrmlScene(); },
             [this] { return m_hub->undoStack().isModified(); }};
 }
+
+namespace {
+
+/// At the right of the status bar.
+void showReadMessages(SoMiraboMainFrame* frame)
+{
+    SoMiraboViewer* viewer = SoMiraboViewer::instance();
+    auto* button = new ReadMessagesButton(frame);
+    frame->statusBar()->addPermanentWidget(button);
+    QObject::connect(viewer, &SoMiraboViewer::readMessagesChanged, button,
+                     &ReadMessagesButton::setMessages);
+    QObject::connect(frame, &SoMiraboMainFrame::inlineRead, viewer,
+                     &SoMiraboViewer::addReadMessages);
+}
+
+} // namespace
 
 DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree,
                                  SoCommandManager* hub, bool standalone)
@@ -52,6 +70,7 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
     connect(&m_change, &FileChange::changed, this, &DocumentActions::showFileChange);
     if (standalone)
         frame->setCloseQuestion(mayGoOn);
+    showReadMessages(frame);
 }
 
 DocumentActions::~DocumentActions()

@@ -1,6 +1,5 @@
 #include "mirabo/viewer/SoMiraboViewer.h"
 
-#include "mirabo/core/ErrorScope.h"
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Later.h"
 #include "mirabo/core/LiveInput.h"
@@ -15,7 +14,6 @@
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoPreferences.h>
-#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/io/SoDB.h>
@@ -35,6 +33,8 @@
 #include <QStatusBar>
 #include <QThread>
 
+#include <utility>
+
 namespace {
 
 SoMiraboViewer* s_instance = nullptr;
@@ -49,6 +49,19 @@ const SbColor kViewerBackground(0.20f, 0.23f, 0.28f);
 QString toQString(const SbString& text)
 {
     return QString::fromUtf8(text.getString());
+}
+
+bool open(LiveInput& input, const QString& fileName, mirabo::ReadMessages& messages)
+{
+    const mirabo::ReadErrorCollector collector(messages);
+    return input.openFile(fileName.toUtf8().constData());
+}
+
+/// The text of the first error, which is the cause of those that follow; empty without errors.
+QString firstError(const mirabo::ReadMessages& messages)
+{
+    const mirabo::ReadMessage* error = messages.first(mirabo::ReadMessage::Error);
+    return error ? error->place() + ": error: " + error->text : QString();
 }
 
 bool isEmbeddedLaunch()
@@ -252,20 +265,14 @@ void SoMiraboViewer::refresh()
         m_examiner->scheduleRedraw();
 }
 
-bool SoMiraboViewer::open(LiveInput& input, const QString& fileName)
-{
-    m_readError.clear();
-    const mirabo::ErrorScope<SoReadError> scope(&SoMiraboViewer::readErrorPosted, this);
-    return input.openFile(fileName.toUtf8().constData());
-}
-
 bool SoMiraboViewer::openDroppedFile(const QString& fileName)
 {
     const mirabo::Frame frame;
     if (m_reading)
         return false;
     LiveInput input(m_frame);
-    return open(input, fileName) && mayReplaceScene() && m_frame && readScene(input);
+    mirabo::ReadMessages untold;
+    return open(input, fileName, untold) && mayReplaceScene() && m_frame && readScene(input);
 }
 
 bool SoMiraboViewer::openSceneFile(const QString& fileName)
@@ -274,28 +281,41 @@ bool SoMiraboViewer::openSceneFile(const QString& fileName)
     if (m_reading)
         return false; // asked for by a timer of the host while a file is being read
     LiveInput input(m_frame);
-    if (open(input, fileName))
+    mirabo::ReadMessages messages(fileName);
+    if (open(input, fileName, messages))
         return readScene(input);
+    setReadMessages(messages);
+    const QString error = firstError(messages);
     mirabo::showWarning(m_frame, "MiraboReadFile",
-                        m_readError.isEmpty() ? tr("Can't load '%1'.").arg(fileName) : m_readError);
-    m_readError.clear();
+                        error.isEmpty() ? tr("Can't load '%1'.").arg(fileName) : error);
     return false;
 }
 
-void SoMiraboViewer::readErrorPosted(const SoError* error, void* data)
+void SoMiraboViewer::setReadMessages(const mirabo::ReadMessages& messages)
 {
-    auto* self = static_cast<SoMiraboViewer*>(data);
-    // The first is the cause; what follows comes from it.
-    if (self->m_readError.isEmpty())
-        self->m_readError = toQString(error->getPrintedText());
+    m_messages = messages;
+    Q_EMIT readMessagesChanged(m_messages);
+}
+
+void SoMiraboViewer::addReadMessages(const mirabo::ReadMessages& messages)
+{
+    const mirabo::Frame frame;
+    if (m_reading) {
+        m_gathered.add(messages);
+        return;
+    }
+    m_messages.add(messages);
+    Q_EMIT readMessagesChanged(m_messages);
 }
 
 SoNode* SoMiraboViewer::read(LiveInput& input)
 {
-    const mirabo::ErrorScope<SoReadError> scope(&SoMiraboViewer::readErrorPosted, this);
-    if (input.isFileVRML2())
-        return SoDB::readAllVRML(&input);
-    return SoDB::readAll(&input);
+    const mirabo::ReadErrorCollector collector(m_gathered);
+    input.setMessages(&m_gathered);
+    SoNode* root = input.isFileVRML2() ? static_cast<SoNode*>(SoDB::readAllVRML(&input))
+                                       : SoDB::readAll(&input);
+    input.setMessages(nullptr);
+    return root;
 }
 
 bool SoMiraboViewer::readScene(LiveInput& input)
@@ -307,7 +327,7 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     const SbString directory = SbFileHelper::getDirName(name);
     SoInput::removeDirectory(directory);
     SoInput::addDirectoryLast(directory);
-    m_readError.clear();
+    m_gathered = mirabo::ReadMessages(toQString(name));
     const SbTime start = SbTime::monotonic();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_reading = true;
@@ -317,6 +337,8 @@ bool SoMiraboViewer::readScene(LiveInput& input)
     QApplication::restoreOverrideCursor();
     if (!m_frame)
         return false; // the host has deleted the window meanwhile
+    setReadMessages(std::exchange(m_gathered, {}));
+    const QString error = firstError(m_messages);
     if (root) {
         const bool isReload = m_currentFile == toQString(name);
         const auto restore =
@@ -328,21 +350,23 @@ bool SoMiraboViewer::readScene(LiveInput& input)
         if (!m_frame)
             return true; // whoever was told of the scene has deleted it
         addRecentFile(toQString(name));
-        tellLoaded(input, (SbTime::monotonic() - start).getValue());
+        tellLoaded((SbTime::monotonic() - start).getValue());
     }
-    if (!m_readError.isEmpty())
-        mirabo::showWarning(m_frame, "MiraboReadFile", m_readError);
-    m_readError.clear();
+    if (!error.isEmpty())
+        mirabo::showWarning(m_frame, "MiraboReadFile", error);
     return static_cast<bool>(root);
 }
 
-void SoMiraboViewer::tellLoaded(const LiveInput& input, double seconds)
+void SoMiraboViewer::tellLoaded(double seconds)
 {
     const QString name = QFileInfo(m_currentFile).fileName();
-    QString text = tr("%1 loaded in %2 s").arg(name).arg(seconds, 0, 'f', 2);
-    const int numMore = input.getNumWarnings() - 1;
-    if (numMore >= 0)
-        text += ". " + input.getFirstWarning();
+    QString text = tr("%1 loaded in %2 s").arg(name, QString::number(seconds, 'f', 2));
+    if (const mirabo::ReadMessage* warning = m_messages.first(mirabo::ReadMessage::Warning)) {
+        mirabo::ReadMessage shown = *warning;
+        shown.file = QFileInfo(shown.file).fileName();
+        text += ". " + shown.toText();
+    }
+    const int numMore = m_messages.count(mirabo::ReadMessage::Warning) - 1;
     if (numMore > 0)
         text += tr(" (and %n more)", nullptr, numMore);
     m_frame->statusBar()->showMessage(text, kMessageMs);
@@ -363,6 +387,7 @@ bool SoMiraboViewer::closeScene()
     const mirabo::Frame frame;
     if (!mayReplaceScene() || !m_frame)
         return false;
+    setReadMessages({});
     setCurrentFile(QString());
     const SoRef<SoNode> empty(new SoSeparator);
     setScene(empty.get(), true);

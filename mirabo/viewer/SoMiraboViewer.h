@@ -4,6 +4,7 @@
 #include "mirabo/core/Observed.h"
 #endif
 #include "mirabo/core/Panels.h"
+#include "mirabo/core/ReadMessages.h"
 #include "mirabo/core/RecentFiles.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 
@@ -19,7 +20,6 @@
 class LiveInput;
 class QDockWidget;
 class QWidget;
-class SoError;
 class SoLineHighlightRenderAction;
 class SoPath;
 class SoQtExaminerViewer;
@@ -89,6 +89,8 @@ public:
     /// Reads a whole scene from an opened input and makes it the document. The old scene stays, and
     /// the first error is shown, when that fails.
     bool readScene(LiveInput& input);
+    /// Adds what reading another file, which the scene refers to, gave.
+    void addReadMessages(const mirabo::ReadMessages& messages);
 
     void addRecentFile(const QString& path);
     /// Window geometry, dock layout and recent files, from and to the settings.
@@ -106,6 +108,9 @@ Q_SIGNALS:
     /// The user picked an occurrence of a node in the viewer; the path begins at the selection
     /// node.
     void picked(const SoPath* path);
+    /// The errors and warnings of the last file that was read, or could not be: once a read, at its
+    /// end, and whenever more come in later; none when the scene is closed.
+    void readMessagesChanged(const mirabo::ReadMessages& messages);
 
 private:
     SoMiraboViewer();
@@ -117,11 +122,10 @@ private:
     QDockWidget* addDock(const char* name, const QString& title);
     void setCurrentFile(const QString& fileName);
     bool mayReplaceScene() const { return !m_mayGoOn || m_mayGoOn(); }
-    void tellLoaded(const LiveInput& input, double seconds);
+    void setReadMessages(const mirabo::ReadMessages& messages);
+    void tellLoaded(double seconds);
     static void pathSelected(void* data, SoPath* path);
-    static void readErrorPosted(const SoError* error, void* data);
     SoNode* read(LiveInput& input);
-    bool open(LiveInput& input, const QString& fileName);
 
     QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's. The host may delete it.
     /// Kept by the selection node, which others can reach as well.
@@ -138,7 +142,8 @@ private:
     mirabo::RecentFiles m_recentFiles;
     std::function<bool()> m_mayGoOn;
     std::function<std::function<void()>()> m_keepForReload;
-    QString m_readError;
+    mirabo::ReadMessages m_messages;
+    mirabo::ReadMessages m_gathered; ///< of the file that is being read
     bool m_reading = false;
     bool m_highlighting = false; ///< the selection is being changed by ourselves
 };
