@@ -65,7 +65,7 @@ public:
         if (calls++ == m_at)
             stop();
     }
-    void warn(int, int, const SbString&) override {}
+    void warn(const SbString&, int, int, const SbString&) override {}
     bool set(std::string_view text) { return setBuffer(text.data(), text.size()); }
 
     int calls = 0;
