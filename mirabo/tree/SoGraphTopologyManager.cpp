@@ -232,6 +232,7 @@ void SoGraphTopologyManager::changed()
 
 void SoGraphTopologyManager::compareSilences()
 {
+    const QScopedValueRollback<bool> patching(m_patching, true);
     for (std::size_t i = 0; i < m_silences.size(); ++i) {
         const Silence silence = m_silences[i];
         for (SoTreeViewItem* item : m_view->itemsOf(silence.node.get()))
@@ -254,9 +255,12 @@ void SoGraphTopologyManager::apply(const Change& change)
     m_view->graphChanged();
     bool rowsChanged = false;
     const QTreeWidgetItem* current = m_view->currentItem();
-    for (SoTreeViewItem* item : m_view->itemsOf(change.node.get()))
-        if (!item->isDisabledNode())
-            rowsChanged = applyTo(item, change) || rowsChanged;
+    {
+        const QScopedValueRollback<bool> patching(m_patching, true);
+        for (SoTreeViewItem* item : m_view->itemsOf(change.node.get()))
+            if (!item->isDisabledNode())
+                rowsChanged = applyTo(item, change) || rowsChanged;
+    }
     tellWhere(change, m_view->currentItem() != current);
     const mirabo::NodeTraits& traits = mirabo::traitsOf(change.node->getTypeId());
     if ((traits.isFile || traits.isInline) && !change.field) {
@@ -466,6 +470,7 @@ void SoGraphTopologyManager::compareChangesElsewhere()
     if (!m_view->rootItem())
         return;
     const SoMiraboTreeView::PatchScope scope(*m_view);
+    const QScopedValueRollback<bool> patching(m_patching, true);
     m_view->graphChanged();
     m_view->patcher().syncSince(m_view->rootItem(), since);
 }
@@ -504,12 +509,19 @@ void SoGraphTopologyManager::showAnotherScene()
 /// Nodes that died without a word of their removal: their rows go with the next comparison.
 void SoGraphTopologyManager::dropDeadRows()
 {
+    const QScopedValueRollback<bool> patching(m_patching, true);
     auto& dead = m_view->context().dead;
     while (!dead.empty() && m_view->hasLivingRoot()) {
         SoTreeViewItem* row = *dead.begin();
         m_view->verify(row);
         dead.erase(row); // gone already, as a rule
     }
+}
+
+void SoGraphTopologyManager::setRootLater(SoNode* root)
+{
+    m_laterRoot = SoRef<SoNode>(root);
+    requestUpdate();
 }
 
 void SoGraphTopologyManager::requestUpdate()
@@ -521,6 +533,8 @@ void SoGraphTopologyManager::requestUpdate()
 void SoGraphTopologyManager::updateTreeViewDisplay()
 {
     m_timer.stop();
+    if (const auto root = std::exchange(m_laterRoot, std::nullopt))
+        m_view->setSceneGraph(root->get());
     if (!tryToBringUpToDate()) {
         m_timer.start(mirabo::GraphReading::kRetryMilliseconds);
         return;

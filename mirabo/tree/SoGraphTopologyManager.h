@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 class SoMiraboTreeView;
@@ -67,6 +68,13 @@ public:
     bool tryToBringUpToDate();
     /// A node that the tree may know is being destroyed.
     void nodeDied(const SoNode* node);
+
+    /// Rows are being patched: some are on the stack, while the view tells listeners of others.
+    bool isPatching() const { return m_patching; }
+    /// Shows another root with the next pass.
+    void setRootLater(SoNode* root);
+    /// Another root is shown now.
+    void forgetLaterRoot() { m_laterRoot.reset(); }
 
     /// Fetches the content of inlines that were told to have changed but have none.
     void fetchInlines();
@@ -150,6 +158,8 @@ private:
     bool m_fetching = false;
     bool m_highlighting = false;
     bool m_applying = false;
+    bool m_patching = false;
+    std::optional<SoRef<SoNode>> m_laterRoot; ///< null: an empty tree
     bool m_structureChanged = false;
     bool m_contentReplaced = false;
     bool m_structureChangedElsewhere = false;       ///< told in the next pass

@@ -298,6 +298,11 @@ bool SoMiraboTreeView::replaceRows(SoNode* root)
 
 void SoMiraboTreeView::setSceneGraph(SoNode* root)
 {
+    if (m_topology->isPatching()) {
+        m_topology->setRootLater(root);
+        return;
+    }
+    m_topology->forgetLaterRoot();
     m_nextRoot.reset();
     {
         const PatchScope scope(*this);
