@@ -1,5 +1,6 @@
 #include <kalmyr/io/SoInput.h>
 
+#include "FilePlaces.h"
 #include "SoSceneReader.h"
 
 #include <kalmyr/base/SbFileHelper.h>
@@ -15,14 +16,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <map>
-#include <mutex>
 #include <optional>
 
 #if defined(__linux__)
 #include <sys/mman.h>
 #include <unistd.h>
 #endif
+
+using kalmyr::detail::lookUp;
+using kalmyr::detail::memoryFile;
 
 namespace {
 
@@ -98,71 +100,6 @@ const KnownHeader* findHeader(std::string_view line)
             return std::find_if(kKnownHeaders.begin(), kKnownHeaders.end(),
                                 [&](const KnownHeader& k) { return k.format == odd.format; });
     return nullptr;
-}
-
-/// Where files are looked for, for all threads.
-struct Places {
-    std::mutex mutex;
-    std::vector<SbString> directories;
-    std::map<SbString, SbString> memoryFiles;
-};
-
-Places& places()
-{
-    static auto* p = new Places;
-    return *p;
-}
-
-std::vector<SbString> directoriesNow()
-{
-    const std::scoped_lock lock(places().mutex);
-    return places().directories;
-}
-
-/// The text of a file in memory.
-std::optional<SbString> memoryFile(const SbString& name)
-{
-    const std::scoped_lock lock(places().mutex);
-    const auto found = places().memoryFiles.find(name);
-    return found == places().memoryFiles.end() ? std::nullopt : std::optional(found->second);
-}
-
-bool isInMemory(const SbString& name)
-{
-    const std::scoped_lock lock(places().mutex);
-    return places().memoryFiles.count(name) > 0;
-}
-
-bool exists(const SbString& path)
-{
-    return isInMemory(path)
-           || (SbFileHelper::isAccessible(path, SbFileHelper::READABLE)
-               && !SbFileHelper::isDirectory(path));
-}
-
-/// The first place of a name: as it stands in memory, beside `folder`, as it stands, in the search
-/// directories.
-SbString lookUp(const SbString& name, const SbString& folder)
-{
-    if (name.isEmpty())
-        return {};
-    if (isInMemory(name))
-        return name;
-    if (!folder.isEmpty() && !SbFileHelper::isAbsolute(name)) {
-        const SbString beside = SbFileHelper::join(folder, name);
-        if (exists(beside))
-            return beside;
-    }
-    if (exists(name))
-        return name;
-    if (SbFileHelper::isAbsolute(name))
-        return {};
-    for (const SbString& directory : directoriesNow()) {
-        const SbString inside = SbFileHelper::join(directory, name);
-        if (exists(inside))
-            return inside;
-    }
-    return {};
 }
 
 /// Lets the system have the memory of what was read, except for the ends that share pages with
@@ -631,65 +568,6 @@ SbString SoInput::getFolder() const
     if (!m_fileName.isEmpty())
         return SbFileHelper::getDirName(m_fileName);
     return m_folder.isEmpty() && m_parent ? m_parent->getFolder() : m_folder;
-}
-
-void SoInput::addDirectoryFirst(const SbString& directory)
-{
-    const std::scoped_lock lock(places().mutex);
-    places().directories.insert(places().directories.begin(), directory);
-}
-
-void SoInput::addDirectoryLast(const SbString& directory)
-{
-    const std::scoped_lock lock(places().mutex);
-    places().directories.push_back(directory);
-}
-
-void SoInput::removeDirectory(const SbString& directory)
-{
-    const std::scoped_lock lock(places().mutex);
-    std::erase(places().directories, directory);
-}
-
-void SoInput::clearDirectories()
-{
-    const std::scoped_lock lock(places().mutex);
-    places().directories.clear();
-}
-
-const std::vector<SbString>& SoInput::getDirectories()
-{
-    thread_local std::vector<SbString> t_list; // what is returned stands still
-    t_list = directoriesNow();
-    return t_list;
-}
-
-void SoInput::addInMemoryTextFile(const SbString& name, const SbString& text)
-{
-    const std::scoped_lock lock(places().mutex);
-    places().memoryFiles[name] = text;
-}
-
-void SoInput::removeInMemoryTextFile(const SbString& name)
-{
-    const std::scoped_lock lock(places().mutex);
-    places().memoryFiles.erase(name);
-}
-
-bool SoInput::readTextFile(const SbString& name, SbString& text)
-{
-    const SbString found = lookUp(name, {});
-    if (found.isEmpty())
-        return false;
-    if (const std::optional<SbString> memory = memoryFile(found)) {
-        text = *memory;
-        return true;
-    }
-    std::vector<char> bytes;
-    if (!SbFileHelper::readFile(found, bytes))
-        return false;
-    text = SbString(bytes.data(), bytes.size());
-    return true;
 }
 
 SoInput::Format SoInput::formatOfHeader(std::string_view header)

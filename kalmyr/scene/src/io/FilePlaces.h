@@ -1,0 +1,17 @@
+#pragma once
+
+#include <kalmyr/base/SbString.h>
+
+#include <optional>
+
+/// The search directories of SoInput and its files in memory, for all threads.
+namespace kalmyr::detail {
+
+/// The first place of a name: as it stands in memory, beside `folder`, as it stands, in the search
+/// directories. Empty when there is no such file.
+SbString lookUp(const SbString& name, const SbString& folder);
+
+/// The text of a file in memory.
+std::optional<SbString> memoryFile(const SbString& name);
+
+} // namespace kalmyr::detail
