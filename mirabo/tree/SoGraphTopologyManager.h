@@ -71,7 +71,8 @@ public:
 
     /// Rows are being patched: some are on the stack, while the view tells listeners of others.
     bool isPatching() const { return m_patching; }
-    /// Shows another root with the next pass.
+    /// Shows another root with the next pass in which the graph may be looked at. Holds it till
+    /// then.
     void setRootLater(SoNode* root);
     /// Another root is shown now.
     void forgetLaterRoot() { m_laterRoot.reset(); }

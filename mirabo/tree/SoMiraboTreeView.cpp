@@ -303,12 +303,10 @@ void SoMiraboTreeView::setSceneGraph(SoNode* root)
         return;
     }
     m_topology->forgetLaterRoot();
-    m_nextRoot.reset();
     {
         const PatchScope scope(*this);
         if (!replaceRows(root)) {
-            m_nextRoot = root;
-            m_topology->requestUpdate();
+            m_topology->setRootLater(root);
             return;
         }
         Q_EMIT rootChanged(root);
@@ -371,8 +369,6 @@ void SoMiraboTreeView::forgetDisabledNodes()
 
 void SoMiraboTreeView::catchUp()
 {
-    if (const SoRef<SoNode> next = m_nextRoot)
-        setSceneGraph(next.get());
     m_openBranches->restore();
     forgetDisabledNodes();
     m_topology->fetchInlines();

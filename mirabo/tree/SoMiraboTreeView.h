@@ -284,7 +284,6 @@ private:
     const SoNode* m_markedNode = nullptr; ///< only compared
     std::vector<const SoNode*> m_renamed; ///< in this pass of the event loop; only compared
     std::function<ShowMode()> m_showMode;
-    SoRef<SoNode> m_nextRoot; ///< to be shown when the graph may be looked at
     int m_patchDepth = 0;
     bool m_currentMoved = false; ///< while patching; the panels are not told yet
     bool m_fitPending = false;
