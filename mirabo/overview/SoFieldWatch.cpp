@@ -10,12 +10,15 @@
 #include "mirabo/preferences/Settings.h"
 
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
+
+#include <memory>
 
 SoFieldWatch::SoFieldWatch(QWidget* parent) : SoMiraboList(parent)
 {
@@ -72,13 +75,10 @@ SoFieldItem* SoFieldWatch::addField(SoNode* node, const QString& fieldName)
     const mirabo::GraphReading graph;
     if (!graph)
         return nullptr;
-    SoFieldItem* added = nullptr;
-    const QList<QTreeWidgetItem*> rows = makeRows(node);
-    for (const QTreeWidgetItem* row : rows)
-        if (row->text(FieldName) == fieldName)
-            added = addField(static_cast<const SoFieldItem&>(*row));
-    qDeleteAll(rows);
-    return added;
+    const SoFieldData* data = node->getFieldData();
+    const int index = data ? data->getIndex(SbName(fieldName.toUtf8().constData())) : -1;
+    const std::unique_ptr<SoFieldItem> row(index < 0 ? nullptr : makeRow(node, index));
+    return row ? addField(*row) : nullptr;
 }
 
 void SoFieldWatch::labelRow(SoFieldItem* row)

@@ -133,22 +133,29 @@ void SoMiraboList::setNode(SoNode* node)
 
 QList<QTreeWidgetItem*> SoMiraboList::makeRows(SoNode* node)
 {
-    SoNode* twin = twinOf(node);
     const SoFieldData* data = node->getFieldData();
+    QList<QTreeWidgetItem*> rows;
+    for (int i = 0; data && i < data->getNumFields(); ++i)
+        if (SoFieldItem* row = makeRow(node, i)) // the list owns it
+            rows << row;
+    return rows;
+}
+
+SoFieldItem* SoMiraboList::makeRow(SoNode* node, int index)
+{
+    const SoFieldData* data = node->getFieldData();
+    const auto type = data->getField(node, index)->getFieldType();
+    const PartKind part = mirabo::partKind(node, data->getFieldName(index));
+    const bool listed = part == PartKind::None
+                            ? type != SoField::EVENT_IN && type != SoField::INTERNAL
+                            : part == PartKind::Public;
+    if (!listed)
+        return nullptr;
+    SoNode* twin = twinOf(node);
     // A node with fields of its own (an unknown node) has no twin to compare with.
     if (twin && twin->getFieldData() != data)
         twin = nullptr;
-    QList<QTreeWidgetItem*> rows;
-    for (int i = 0; data && i < data->getNumFields(); ++i) {
-        const auto type = data->getField(node, i)->getFieldType();
-        const PartKind part = mirabo::partKind(node, data->getFieldName(i));
-        const bool listed = part == PartKind::None
-                                ? type != SoField::EVENT_IN && type != SoField::INTERNAL
-                                : part == PartKind::Public;
-        if (listed) // the list owns the row
-            rows << new SoFieldItem(this, node, twin, i, part == PartKind::Public);
-    }
-    return rows;
+    return new SoFieldItem(this, node, twin, index, part == PartKind::Public);
 }
 
 SoFieldItem* SoMiraboList::fieldItem(int row) const

@@ -144,8 +144,9 @@ Q_SIGNALS:
     void fieldDied(const SoField* field);
 
 protected:
-    /// Rows for all fields that are listed; in no list yet. The caller holds a GraphReading.
-    QList<QTreeWidgetItem*> makeRows(SoNode* node);
+    /// A row for field `index` of the node's field data, in no list yet; null when that is not
+    /// listed. The caller holds a GraphReading.
+    SoFieldItem* makeRow(SoNode* node, int index);
     /// To be open while somebody is told of the current row.
     mirabo::RowKeeper& keeper() { return m_keeper; }
     /// An entry for every column, which opens and closes it.
@@ -196,6 +197,7 @@ private:
     int fittingWidth(int column, const Fit& fit) const;
     void widthChosen(int column, int width);
     SoNode* twinOf(const SoNode* node);
+    QList<QTreeWidgetItem*> makeRows(SoNode* node);
     void setInView(bool on);
     void followFields();
     void takeChanges();
