@@ -18,6 +18,7 @@ FileChange::FileChange(QObject* parent) : QObject(parent)
 {
     for (QObject* part : std::initializer_list<QObject*>{&m_watcher, &m_settled})
         part->setParent(this);
+    m_settled.setObjectName("fileSettles");
     m_settled.setSingleShot(true);
     m_settled.setInterval(kSettleMs);
     connect(&m_settled, &QTimer::timeout, this, &FileChange::look);

@@ -26,6 +26,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolBar>
 
 namespace {
@@ -325,7 +326,7 @@ TEST_F(Saving, KeepsThePanelsWhenAFileIsReadAnew)
     EXPECT_EQ(watch->fieldItem(0)->getNode(), cube);
     EXPECT_EQ(watch->fieldItem(0)->text(SoMiraboList::FieldName), field);
 
-    // What is not there any more is left out; the rest stays.
+    // Nodes that are gone are left out; the rest stays.
     write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { DEF closed Group { Cone { } } }\n");
     trigger(ActionId::Reload);
     EXPECT_EQ(tree()->currentItem(), row({0}));
@@ -342,6 +343,7 @@ TEST_F(Saving, TellsThatAnotherProgramChangedTheFile)
 {
     const QString path = write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n");
     ASSERT_TRUE(viewer->openSceneFile(path));
+    window()->findChild<QTimer*>("fileSettles")->setInterval(0); // nothing is waited for
     const auto bar = [this] { return window()->findChild<QToolBar*>("ChangedFileBar"); };
     const auto said = [&] {
         QString text;
@@ -375,7 +377,7 @@ TEST_F(Saving, TellsThatAnotherProgramChangedTheFile)
     EXPECT_FALSE(bar());
     EXPECT_EQ(static_cast<SoGroup*>(viewer->getScene())->getChild(0)->getTypeId(),
               SoSphere::getClassTypeId());
-    // What the tool saves itself is no news; the same file once more is.
+    // A save of the tool itself is no news; a deletion afterwards is.
     addCube();
     trigger(ActionId::Save);
     ASSERT_TRUE(QFile::remove(path));
