@@ -14,8 +14,6 @@ class SbString;
 
 namespace mirabo {
 
-class ReadMessages;
-
 /// Gets the content of inline nodes whose address the toolkit cannot read by itself: file: links
 /// are read, and others named to the user, who may have to fetch them by other means.
 ///

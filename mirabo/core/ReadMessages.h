@@ -14,7 +14,7 @@ class SbString;
 
 namespace mirabo {
 
-/// What reading a file gave besides the scene, at one place.
+/// An error or a warning of a read, with its place.
 struct ReadMessage {
     enum Severity { Error, Warning };
 

@@ -12,8 +12,8 @@ class SoNode;
 
 namespace mirabo {
 
-/// What the user has made of the panels, for the time when a scene is read anew: open branches,
-/// current row, tabs and watched fields, found again by the places of their nodes.
+/// Restores the state of the panels when a scene has been read anew: open branches, current row,
+/// tabs and watched fields, found again by the places of their nodes.
 class ReloadMemory {
 public:
     ReloadMemory(const SoMiraboTreeView& tree, const SoMiraboEdition& edition);

@@ -86,8 +86,11 @@ bool SceneSaving::save()
     const std::weak_ptr<const Document> document = m_document;
     const bool isWritten =
         writer().write(m_document->scene(), fileName, SceneFileFormat::Detect).isWritten;
-    if (const auto alive = document.lock())
-        isWritten ? alive->saved() : alive->setFile(QString());
+    const auto alive = document.lock();
+    if (alive && isWritten)
+        alive->saved();
+    else if (alive)
+        alive->setFile(QString());
     return isWritten;
 }
 

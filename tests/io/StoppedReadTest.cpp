@@ -111,7 +111,7 @@ struct Sample {
     std::function<std::string()> text;
 };
 
-/// What each part of the readers spends long times with.
+/// Texts that keep each part of the readers busy for long.
 std::vector<Sample> samples()
 {
     const std::string vrml1 = "#VRML V1.0 ascii\n", vrml97 = io::kVrml97, kalmyr = io::kAscii;

@@ -185,7 +185,7 @@ void KalmyrReader::release()
     SceneReader::release();
     m_engines.clear();
     m_declared.clear();
-    // What the nodes of the file would have followed. Those that were handed out keep theirs.
+    // Global fields of the file that no node follows go, too. Nodes handed out before keep theirs.
     for (const SbName& name : m_newGlobals) {
         const SoField* field = SoGlobalField::find(name);
         if (field && field->getAuditors().getLength() == 0)
