@@ -1,32 +1,29 @@
 #pragma once
 
-#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
-#include "mirabo/core/Observed.h"
-#endif
 #include "mirabo/core/Panels.h"
-#include "mirabo/core/ReadMessages.h"
-#include "mirabo/core/RecentFiles.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
-
-#include <kalmyr/actions/SoGLRenderAction.h>
-#include <kalmyr/base/SoRef.h>
+#include "mirabo/viewer/Document.h"
+#ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
+#include "mirabo/viewer/SceneHighlighter.h"
+#endif
+#include "mirabo/viewer/ViewerDocks.h"
 
 #include <QObject>
 #include <QPointer>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class LiveInput;
 class QDockWidget;
 class QWidget;
-class SoLineHighlightRenderAction;
 class SoPath;
 class SoQtExaminerViewer;
 class SoSelection;
 
-/// Owner of the inspected scene as a document: selection node with the scene below it, highlight,
-/// current file, recent files, and, when the tool runs standalone, the viewer.
+/// The inspected scene as the rest of the tool has it: as a document, with its outline, in the
+/// docks of the window, and, when the tool runs standalone, in a viewer of its own.
 class SoMiraboViewer final : public QObject, public mirabo::SceneDocument {
     Q_OBJECT
 
@@ -42,29 +39,30 @@ public:
     void setUp(SoMiraboMainFrame* frame, bool standalone);
 
     /// The main window is being destroyed; its docks may outlive it.
-    void forgetWindow() { m_frame = nullptr; }
+    void forgetWindow();
 
-    QDockWidget* getTreeDock() const { return m_treeDock; }
-    QDockWidget* getOverviewDock() const { return m_overviewDock; }
-    QDockWidget* getWatchDock() const { return m_watchDock; }
+    /// Null before setUp().
+    QDockWidget* getTreeDock() const { return m_docks ? m_docks->tree : nullptr; }
+    QDockWidget* getOverviewDock() const { return m_docks ? m_docks->overview : nullptr; }
+    QDockWidget* getWatchDock() const { return m_docks ? m_docks->watch : nullptr; }
     SoQtExaminerViewer* getExaminerViewer() const { return m_examiner.get(); }
     /// The widget in which the scene is drawn: the viewer's own or the host's. Null when it is
     /// drawn nowhere, or not by the toolkit's Qt widgets.
     QWidget* viewerWidget() const;
     /// Brings that widget's window to the front and gives it the focus.
     void bringToFront();
-    SoSelection* getSelectionNode() const { return m_selection.get(); }
-    const QString& getCurrentFile() const { return m_currentFile; }
+    SoSelection* getSelectionNode() const { return m_highlighter.getSelection(); }
+    const QString& getCurrentFile() const { return m_document.getFile(); }
 
     /// While another thread edits, as soon as that is over.
     void setScene(SoNode* root, bool resetCommands) override;
-    SoNode* getScene() const override { return m_root.get(); }
+    SoNode* getScene() const override { return m_highlighter.getScene(); }
     bool openSceneFile(const QString& fileName) override;
     /// As openSceneFile(), but a file that cannot be opened at all changes and shows nothing.
     bool openDroppedFile(const QString& fileName);
     bool closeScene() override;
     void reopenRecentFile(int index) override;
-    bool canReload() const override { return !m_currentFile.isEmpty(); }
+    bool canReload() const override { return !getCurrentFile().isEmpty(); }
     void highlight(const SoPath* path) override;
     void saveWindowSettings() override { writeSettings(); }
     void refresh() override;
@@ -80,12 +78,15 @@ public:
     /// The scene was saved to a file, which is its own from now on; empty: it has none any more.
     void adoptFile(const QString& fileName);
 
-    HighlightMode getHighlightMode() const { return m_highlightMode; }
+    HighlightMode getHighlightMode() const
+    {
+        return m_highlighter.isOn() ? OUTLINED : NOT_HIGHLIGHTED;
+    }
     void setHighlightMode(HighlightMode mode);
 
     /// A file is being read: the window is painted meanwhile, and timers of the host run, but
     /// nothing may be replaced or torn down.
-    bool isReading() const { return m_reading; }
+    bool isReading() const { return m_document.isReading(); }
     /// Reads a whole scene from an opened input and makes it the document. The old scene stays, and
     /// the first error is shown, when that fails.
     bool readScene(LiveInput& input);
@@ -116,34 +117,17 @@ private:
     SoMiraboViewer();
     ~SoMiraboViewer() override;
 
+    mirabo::Document::Listener listener();
     void replaceScene(SoNode* root);
     void createExaminer();
-    void createDocks();
-    QDockWidget* addDock(const char* name, const QString& title);
-    void setCurrentFile(const QString& fileName);
-    bool mayReplaceScene() const { return !m_mayGoOn || m_mayGoOn(); }
-    void setReadMessages(const mirabo::ReadMessages& messages);
-    void tellLoaded(double seconds);
-    static void pathSelected(void* data, SoPath* path);
-    SoNode* read(LiveInput& input);
+    void showRead(SoNode* root, bool isReload);
 
     QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's. The host may delete it.
-    /// Kept by the selection node, which others can reach as well.
-    mirabo::Observed<SoNode> m_root;
     std::unique_ptr<SoQtExaminerViewer> m_examiner;
-    SoRef<SoSelection> m_selection;
-    HighlightMode m_highlightMode = OUTLINED;
-    std::unique_ptr<SoLineHighlightRenderAction> m_highlightAction;
-    QDockWidget* m_treeDock = nullptr;
-    QDockWidget* m_overviewDock = nullptr;
-    QDockWidget* m_watchDock = nullptr;
+    mirabo::SceneHighlighter m_highlighter;
+    mirabo::Document m_document;
+    std::optional<mirabo::ViewerDocks> m_docks;
     QDockWidget* m_viewerDock = nullptr;
-    QString m_currentFile;
-    mirabo::RecentFiles m_recentFiles;
     std::function<bool()> m_mayGoOn;
     std::function<std::function<void()>()> m_keepForReload;
-    mirabo::ReadMessages m_messages;
-    mirabo::ReadMessages m_gathered; ///< of the file that is being read
-    bool m_reading = false;
-    bool m_highlighting = false; ///< the selection is being changed by ourselves
 };
