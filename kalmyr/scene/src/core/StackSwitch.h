@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <type_traits>
 
 /// Lets recursion over deep graphs go on when the thread's stack has been used up to a limit: the
 /// rest runs on a stack of its own, in the same thread, and returns as any call does.
@@ -37,5 +39,35 @@ void callOnNewStack(F&& function)
         },
         static_cast<void*>(std::addressof(function)));
 }
+
+/// A function on a stack of its own, in the same thread, that can stop half way and go on later. It
+/// may call callOnNewStack(), and pause there as well.
+class PausableCall {
+public:
+    explicit PausableCall(std::function<void()> function);
+    /// The function must not have begun, or have ended.
+    ~PausableCall();
+    PausableCall(const PausableCall&) = delete;
+    PausableCall& operator=(const PausableCall&) = delete;
+
+    /// Begins, or goes on behind the last pause(). Returns at the next one, or at the end: true
+    /// then. Runs all of it on the present stack when there is no memory for another; pause() does
+    /// nothing then.
+    bool resume();
+    /// From within the function.
+    void pause();
+    bool hasBegun() const { return m_begun; }
+    bool hasEnded() const { return m_ended; }
+
+private:
+    struct Stacks;
+    static void start(unsigned high, unsigned low);
+    void run();
+
+    std::function<void()> m_function;
+    std::unique_ptr<Stacks> m_stacks; ///< null: not begun, or on the present stack
+    bool m_begun = false;
+    bool m_ended = false;
+};
 
 } // namespace kalmyr::detail

@@ -71,6 +71,7 @@ void SceneWriter::collect(SoVRMLProto* proto)
         if (SoVRMLProto* used = findUsed(proto, type))
             collect(used);
     }
+    hold(proto);
     m_protos.push_back(proto);
 }
 

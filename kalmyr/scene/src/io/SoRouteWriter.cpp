@@ -31,8 +31,11 @@ void SceneWriter::findRoutes(const SoFieldContainer* container)
         for (const SoField* source : SoRoute::getSources(one))
             m_routes.push_back({source, one});
     }
-    for (; at < m_routes.size(); ++at)
+    for (; at < m_routes.size(); ++at) {
+        hold(m_routes[at].from->getContainer());
+        hold(m_routes[at].to->getContainer());
         findEngine(m_routes[at].from->getContainer());
+    }
 }
 
 void SceneWriter::findEngine(const SoFieldContainer* engine)
@@ -40,6 +43,7 @@ void SceneWriter::findEngine(const SoFieldContainer* engine)
     if (m_dialect != KALMYR || !engine || !engine->isOfType(SoEngine::getClassTypeId())
         || m_engineNames.count(engine))
         return;
+    hold(const_cast<SoFieldContainer*>(engine));
     m_engineNames[engine]; // named when all names of nodes are known
     m_engines.push_back(engine);
     findRoutes(engine);
@@ -51,7 +55,7 @@ bool SceneWriter::isWritten(const Route& route) const
     if (!master || m_dialect == VRML10)
         return false;
     if (master->isOfType(SoNode::getClassTypeId()))
-        return m_nodes.count(static_cast<const SoNode*>(master)) > 0;
+        return m_nodes.contains(static_cast<const SoNode*>(master));
     return m_dialect == KALMYR
            && (master->isOfType(SoEngine::getClassTypeId())
                || master->isOfType(SoGlobalField::getClassTypeId()));

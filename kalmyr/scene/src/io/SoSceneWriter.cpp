@@ -11,6 +11,7 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFArray.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/fields/SoValueText.h>
@@ -67,6 +68,16 @@ bool isUnknownToVrml1(std::string_view field)
         "fastEditing",   "model",          "nearDistance",       "pickCulling",
         "renderCaching", "vertexProperty", "viewportMapping"};
     return std::find(std::begin(kFields), std::end(kFields), field) != std::end(kFields);
+}
+
+/// Whether writing a field takes long enough to be interrupted.
+bool isLong(const SoField& field)
+{
+    constexpr int kLong = 4096; // values
+    if (field.isOfType(SoSFArray::getClassTypeId()))
+        return static_cast<const SoSFArray&>(field).getNumValues() > kLong;
+    return field.isOfType(SoMField::getClassTypeId()) && !hasObjectsInText(field.getTypeId())
+           && static_cast<const SoMField&>(field).getNum() > kLong;
 }
 
 const SoVRMLProto* protoOf(const SoNode* node)
@@ -132,13 +143,25 @@ void SceneWriter::finishBinary()
 
 void SceneWriter::values(const WriteValue& write)
 {
+    ++m_valueDepth;
     write(*this);
+    --m_valueDepth;
     if (m_counting)
         m_buffer.clear();
 }
 
+void SceneWriter::askToGoOn()
+{
+    if (!m_goOn || m_interrupted || (m_valueDepth > 0 && !m_inCopy) || m_goOn())
+        return;
+    m_interrupted = true;
+    m_action.setTerminated(true);
+}
+
 void SceneWriter::flushIfLarge()
 {
+    if (m_inCopy)
+        askToGoOn();
     // The size of the text stands in front of it in a binary file.
     if (m_buffer.size() < kFlushSize || m_binary || m_counting)
         return;
@@ -171,18 +194,20 @@ void SceneWriter::breakLine()
 
 const std::string& SceneWriter::nameOf(const SoNode* node, Info& info)
 {
-    if (!info.name.empty())
-        return info.name;
+    if (info.name >= 0)
+        return m_nodeNames[static_cast<std::size_t>(info.name)];
+    info.name = static_cast<std::int32_t>(m_nodeNames.size());
     const std::string own(node->getName().view());
+    std::string& name = m_nodeNames.emplace_back(own);
     if (!own.empty() && m_taken.insert(own).second)
-        return info.name = own;
+        return name;
     do {
         // Names of VRML have no plus sign.
         const SbString& prefix = SoBase::getInstancePrefix();
-        info.name = own + (m_dialect != KALMYR && prefix == "+" ? "_" : prefix.getString());
-        SbNumber::appendInt(info.name, m_nextInstance++);
-    } while (m_names.count(info.name));
-    return info.name;
+        name = own + (m_dialect != KALMYR && prefix == "+" ? "_" : prefix.getString());
+        SbNumber::appendInt(name, m_nextInstance++);
+    } while (m_names.count(name));
+    return name;
 }
 
 void SceneWriter::header(SoNode* node, Info& info)
@@ -207,21 +232,31 @@ void SceneWriter::header(SoNode* node, Info& info)
     m_buffer += " {";
 }
 
+void SceneWriter::hold(SoRefCounter* object)
+{
+    if (m_goOn && object && object->getRefCount() > 0)
+        m_held.emplace_back(object);
+}
+
 bool SceneWriter::enter(SoNode* node)
 {
+    askToGoOn();
+    if (m_interrupted)
+        return false;
     Info& info = m_nodes[node];
     if (m_counting) {
-        if (++info.count == 1 && !node->getName().isEmpty())
+        const bool isFirst = ++info.count == 1;
+        if (isFirst && !node->getName().isEmpty())
             m_names.emplace(node->getName().view());
         if (!m_root)
             m_root = node;
-        if (info.count == 1) {
+        if (isFirst) {
             findRoutes(node);
             for (SoForeignFields::Entry& entry : SoForeignFields::of(node))
                 if (isStatement(entry))
                     m_unused.push_back(std::move(entry));
         }
-        return info.count == 1;
+        return isFirst;
     }
     if (isWrapper(node))
         return true;
@@ -278,7 +313,7 @@ void SceneWriter::children(SoNode* node)
     const SoChildList* list = node->getChildren();
     if (!list)
         return;
-    for (int i = 0; i < list->getLength() && !m_action.hasTerminated(); ++i) {
+    for (int i = 0; !m_action.hasTerminated() && i < list->getLength(); ++i) {
         SoNode* child = (*list)[i];
         if (!isKept(node, child, i))
             continue;
@@ -299,7 +334,7 @@ void SceneWriter::nodeList(SoNode* node, const SoMNodeField& field)
     }
     bool any = false;
     const bool bound = field.isBound();
-    for (int i = 0; i < field.getNum() && !m_action.hasTerminated(); ++i) {
+    for (int i = 0; !m_action.hasTerminated() && i < field.getNum(); ++i) {
         SoNode* child = field[i];
         if (bound && !isKept(node, child, i))
             continue;
@@ -371,7 +406,13 @@ void SceneWriter::value(const SoNode* node, const SoField* field)
     }
     const SbString* origin = m_folder.isEmpty() ? nullptr : originOf(node, field);
     if (!origin || origin->isEmpty()) {
-        field->writeValue(*this);
+        if (m_goOn && isLong(*field)) {
+            writeCopy(*field);
+        } else {
+            ++m_valueDepth;
+            field->writeValue(*this);
+            --m_valueDepth;
+        }
     } else if (field->isOfType(SoSFString::getClassTypeId())) {
         SoSFString moved;
         moved = relocated(static_cast<const SoSFString*>(field)->getValue(), *origin, m_folder);
@@ -387,10 +428,20 @@ void SceneWriter::value(const SoNode* node, const SoField* field)
     }
 }
 
+/// The field may get other values while its text is interrupted.
+void SceneWriter::writeCopy(const SoField& field)
+{
+    const std::unique_ptr<SoField> copy(static_cast<SoField*>(field.getTypeId().createInstance()));
+    copy->copyFrom(field);
+    m_inCopy = true;
+    copy->writeValue(*this);
+    m_inCopy = false;
+}
+
 void SceneWriter::fields(SoNode* node)
 {
     const SoFieldData* data = node->getFieldData();
-    for (int i = 0; data && i < data->getNumFields() && !m_action.hasTerminated(); ++i)
+    for (int i = 0; data && !m_action.hasTerminated() && i < data->getNumFields(); ++i)
         field(node, data->getFieldName(i), data->getField(node, i));
     if (!m_counting)
         foreign(node);

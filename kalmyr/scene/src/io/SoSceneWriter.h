@@ -1,13 +1,18 @@
 #pragma once
 
+#include "NodeTable.h"
 #include "SoBlocks.h"
 
 #include "core/FieldText.h"
 
 #include <kalmyr/base/SbName.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/base/SoRefCounter.h>
 #include <kalmyr/core/SoFieldIO.h>
 #include <kalmyr/core/SoForeignFields.h>
 
+#include <deque>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -38,6 +43,11 @@ public:
     void keepOnly(const SoPath& path);
     /// The children of the root are written in its place.
     void leaveOutRoot() { m_rootLeftOut = true; }
+    /// Asked before each node, and inside long values, whether to go on: the graph may have been
+    /// edited when it returns, as long as the nodes on the way to the present one live. False ends
+    /// the traversals.
+    void setInterruption(std::function<bool()> goOn) { m_goOn = std::move(goOn); }
+    bool isInterrupted() const { return m_interrupted; }
     void startWriting();
     void finish();
     /// Values by themselves, instead of a graph: once to count what they hold, and once to write.
@@ -69,12 +79,7 @@ public:
 
 private:
     enum Dialect { KALMYR, VRML10, VRML97 };
-    struct Info {
-        int count = 0;
-        bool routed = false; ///< a route names it
-        bool written = false;
-        std::string name;
-    };
+    using Info = NodeTable::Info;
     /// Prototypes are called "proto:Name" in Kalmyr text, so that they cannot be taken for classes.
     static constexpr std::string_view kProtoPrefix = "proto:";
     /// A field that follows another.
@@ -85,6 +90,9 @@ private:
     /// Text is handed on in pieces of this size (bytes).
     static constexpr std::size_t kFlushSize = std::size_t(1) << 18;
 
+    void askToGoOn();
+    void writeCopy(const SoField& field);
+    void hold(SoRefCounter* object);
     void newLine();
     void indent(int levels);
     void finishBinary();
@@ -118,7 +126,8 @@ private:
     SoAction& m_action;
     SoOutput& m_out;
     std::string m_buffer;
-    std::unordered_map<const SoNode*, Info> m_nodes;
+    NodeTable m_nodes;
+    std::deque<std::string> m_nodeNames;             ///< in the order in which they were given
     std::unordered_map<const SoNode*, int> m_onPath; ///< child index that the path takes
     std::unordered_set<std::string> m_names;         ///< in use, or wanted by a named node
     std::unordered_set<std::string> m_taken;
@@ -139,7 +148,12 @@ private:
     SbString m_folder; ///< of the file that is written; empty for other targets
     bool m_binary = false;
     bool m_counting = true;
-    bool m_empty = true;     ///< nothing stands yet in the innermost braces
+    bool m_empty = true; ///< nothing stands yet in the innermost braces
+    std::function<bool()> m_goOn;
+    std::vector<SoRef<SoRefCounter>> m_held; ///< what is needed again later, with an interruption
+    bool m_interrupted = false;
+    int m_valueDepth = 0;    ///< inside values of the graph, which must not change
+    bool m_inCopy = false;   ///< inside those of a copy
     bool m_verbatim = false; ///< what stands there brings its own space in front of the brace
 };
 

@@ -111,14 +111,19 @@ void SoWriteAction::write(SoNode* root, const SoPath* path)
         m_writer->keepOnly(*path);
     else if (!m_rootWritten)
         m_writer->leaveOutRoot();
+    if (m_goOn)
+        m_writer->setInterruption(m_goOn);
     SoAction::apply(root);
-    m_writer->startWriting();
-    if (path)
-        m_writer->beginPath();
-    SoAction::apply(root);
-    if (path)
-        m_writer->endPath(*path);
-    m_writer->finish();
+    if (!m_writer->isInterrupted()) {
+        m_writer->startWriting();
+        if (path)
+            m_writer->beginPath();
+        SoAction::apply(root);
+        if (path)
+            m_writer->endPath(*path);
+    }
+    if (!m_writer->isInterrupted())
+        m_writer->finish();
     m_writer.reset();
 }
 

@@ -27,6 +27,8 @@ public:
     bool openFile(const SbString& name);
     /// Ends the file. False and an error when any part of it could not be written.
     bool closeFile();
+    /// Ends what was begun: a file does not come into being, and counts as failed.
+    void discard() { m_failed = true; }
     bool isFileOpen() const;
     /// The file that is written, as it was given; empty for other targets.
     const SbString& getFileName() const { return m_fileName; }

@@ -2,10 +2,12 @@
 
 #include <kalmyr/actions/SoAction.h>
 
+#include <functional>
 #include <memory>
 
 class SoOutput;
 class SoPath;
+class SoSlicedWrite;
 class SoUnknownNode;
 class SoVRMLProtoInstance;
 class SoVRMLScript;
@@ -63,6 +65,7 @@ protected:
 
 private:
     friend class kalmyr::detail::SceneWriter;
+    friend class SoSlicedWrite;
     friend struct kalmyr::detail::ValueWriting;
     void write(SoNode* root, const SoPath* path);
 
@@ -70,5 +73,6 @@ private:
     SoOutput* m_out; // Not owned unless it is m_ownOutput.
     std::unique_ptr<kalmyr::detail::SceneWriter> m_writer;
     const kalmyr::detail::ValueWriting* m_values = nullptr; ///< written instead of the root
+    std::function<bool()> m_goOn;                           ///< as the writer's interruption
     bool m_rootWritten = true;
 };
