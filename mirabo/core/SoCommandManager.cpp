@@ -179,16 +179,21 @@ void SoCommandManager::newFile()
     setScene(nullptr);
 }
 
+void SoCommandManager::runSave(ActionId id)
+{
+    m_modifiedBeforeSave = m_undo.isModified();
+    m_undo.clear();
+    m_actions.run(id);
+}
+
 void SoCommandManager::saveFile()
 {
-    m_undo.clear();
-    m_actions.run(ActionId::Save);
+    runSave(ActionId::Save);
 }
 
 void SoCommandManager::saveAsFile()
 {
-    m_undo.clear();
-    m_actions.run(ActionId::SaveAs);
+    runSave(ActionId::SaveAs);
 }
 
 void SoCommandManager::closeFile()

@@ -47,6 +47,9 @@ public:
     QString nameOfStep(int index) const;
     /// A command was pushed since the stack was cleared.
     bool isModified() const { return m_undo.isModified(); }
+    /// For the handler of a save, before which the stack is cleared: whether the scene was modified
+    /// then. When nothing is saved it still is.
+    bool wasModifiedBeforeSave() const { return m_modifiedBeforeSave; }
 
     // The order of the virtual slots is part of the binary interface.
 public Q_SLOTS:
@@ -154,6 +157,7 @@ private:
     void registerOwnActions();
     void registerUndo();
     void stackChanged();
+    void runSave(mirabo::ActionId id);
 
     mirabo::UndoStack m_undo;
     mirabo::ActionRegistry m_actions;
@@ -164,6 +168,7 @@ private:
     std::function<MrbCommand*(bool)> m_overrideFactory;
     SoTreeViewItemList m_overviewList;
     bool m_spaceHeld = false;
+    bool m_modifiedBeforeSave = false;
     bool m_historyPending = false;
     bool m_announcing = false; ///< the services repeat what we told them ourselves
 };

@@ -68,6 +68,8 @@ public:
     bool isBusy() const { return m_busyDepth > 0; }
     /// A command was pushed since the last clear.
     bool isModified() const { return m_modified; }
+    /// The scene was modified by something else than a command.
+    void markModified() { m_modified = true; }
     int count() const { return static_cast<int>(m_commands.size()); }
     /// Index of the last executed command; -1 when there is nothing to undo.
     int currentIndex() const { return m_current; }

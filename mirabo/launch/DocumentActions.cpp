@@ -1,15 +1,22 @@
 #include "mirabo/launch/DocumentActions.h"
 
+#include "mirabo/core/Later.h"
 #include "mirabo/core/Messages.h"
+#include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/ChangedFileBar.h"
 #include "mirabo/viewer/ReadMessagesButton.h"
+#include "mirabo/viewer/RecoveryCopy.h"
+#include "mirabo/viewer/RecoveryPlace.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
+#include <QLocale>
+#include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 #include <QStatusBar>
 
 namespace mirabo {
@@ -20,7 +27,7 @@ SceneSaving::Document DocumentActions::document()
             [] { return SoMiraboViewer::instance()->getScene(); },
             [] { return SoMiraboViewer::instance()->getCurrentFile(); },
             [](const QString& fileName) { SoMiraboViewer::instance()->adoptFile(fileName); },
-            [this] { watchFile(); },
+            [this] { documentSaved(); },
             [](SoNode* written) {
                 // A scene that was written unconverted is shown already.
                 if (written != SoMiraboViewer::instance()->getScene())
@@ -52,8 +59,12 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
 {
     const auto hasScene = [] { return SoMiraboViewer::instance()->getScene() != nullptr; };
     ActionRegistry& actions = hub->actions();
-    actions.add(ActionId::Save, this, {[this] { m_saving.save(); }, hasScene});
-    actions.add(ActionId::SaveAs, this, {[this] { m_saving.saveAs(); }, hasScene});
+    const auto save = [self = QPointer<DocumentActions>(this)](bool isSaved) {
+        if (self && !isSaved && self->m_hub->wasModifiedBeforeSave())
+            self->m_hub->undoStack().markModified();
+    };
+    actions.add(ActionId::Save, this, {[this, save] { save(m_saving.save()); }, hasScene});
+    actions.add(ActionId::SaveAs, this, {[this, save] { save(m_saving.saveAs()); }, hasScene});
     actions.add(ActionId::SaveBranch, this,
                 {[this, tree] { m_saving.saveAs(tree->getCurrentNode()); },
                  [tree] { return tree->getCurrentNode() != nullptr; }});
@@ -70,6 +81,8 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
     connect(&m_change, &FileChange::changed, this, &DocumentActions::showFileChange);
     if (standalone)
         frame->setCloseQuestion(mayGoOn);
+    if (standalone && !isBatch())
+        keepRecoveryCopy(tree);
     showReadMessages(frame);
 }
 
@@ -79,7 +92,64 @@ DocumentActions::~DocumentActions()
         SoMiraboViewer::instance()->setUnsavedQuestion({});
 }
 
+void DocumentActions::keepRecoveryCopy(SoMiraboTreeView* tree)
+{
+    m_recovery = std::make_unique<RecoveryCopy>(
+        RecoveryCopy::Document{[] { return SoMiraboViewer::instance()->getScene(); },
+                               [] { return SoMiraboViewer::instance()->getCurrentFile(); },
+                               [hub = m_hub] { return hub->undoStack().isModified(); }},
+        RecoveryPlace::folder(), this);
+    RecoveryCopy* copy = m_recovery.get();
+    connect(m_hub, &SoCommandManager::historyChanged, copy, &RecoveryCopy::documentChanged);
+    connect(tree, &SoMiraboTreeView::outsideStructureChange, copy, &RecoveryCopy::documentChanged);
+    connect(SoMiraboViewer::instance(), &SoMiraboViewer::sceneChanged, copy,
+            &RecoveryCopy::documentChanged);
+    connect(copy, &RecoveryCopy::failed, this, [this] {
+        m_hub->showStatus(tr("Unsaved work cannot be kept for the case of a crash: %1 cannot be "
+                             "written.")
+                              .arg(RecoveryPlace::folder()));
+    });
+    // When the window is there, and the file of the command line is shown.
+    callLater(this, 0, [this] { offerRecovery(); });
+}
+
+void DocumentActions::offerRecovery()
+{
+    auto place = RecoveryPlace::takeAbandoned(RecoveryPlace::folder());
+    if (!place || !m_frame->isVisible())
+        return;
+    const QString what = place->getFile().isEmpty()
+                             ? tr("a scene that was never saved")
+                             : tr("unsaved changes to '%1'").arg(place->getFile());
+    const QPointer<DocumentActions> self(this);
+    Modal box(
+        new QMessageBox(QMessageBox::Question, "Mirabo -- Recover Scene",
+                        tr("Mirabo ended without closing the scene. There is a copy of %1, "
+                           "made on %2.")
+                            .arg(what, QLocale().toString(place->getTime(), QLocale::ShortFormat)),
+                        QMessageBox::NoButton, m_frame));
+    const QPushButton* recover = box->addButton(tr("&Recover"), QMessageBox::AcceptRole);
+    const QPushButton* discard = box->addButton(tr("&Discard"), QMessageBox::DestructiveRole);
+    box->addButton(tr("&Later"), QMessageBox::RejectRole);
+    if (!box.run() || !self)
+        return; // it is offered again
+    if (box->clickedButton() == discard)
+        place->clear();
+    if (box->clickedButton() != recover || !m_saving.confirmUnsavedChanges() || !self
+        || !SoMiraboViewer::instance()->restoreScene(place->scenePath(), place->getFile()))
+        return;
+    m_hub->undoStack().markModified();
+    m_recovery->adopt(std::move(place));
+}
+
 /// The scene and its file agree from now on.
+void DocumentActions::documentSaved()
+{
+    watchFile();
+    if (m_recovery)
+        m_recovery->documentChanged();
+}
+
 void DocumentActions::watchFile()
 {
     if (m_bar)

@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+
 class SoCommandManager;
 class SoMiraboMainFrame;
 class SoMiraboTreeView;
@@ -13,9 +15,11 @@ class SoMiraboTreeView;
 namespace mirabo {
 
 class ChangedFileBar;
+class RecoveryCopy;
 
 /// Answers the requests to save, and asks before unsaved changes are lost: another scene, and, in
-/// a program of its own, the end. Tells when another program has changed the file.
+/// a program of its own, the end. Tells when another program has changed the file. In a program of
+/// its own a copy of unsaved work is kept, and offered at the next start after a crash.
 class DocumentActions final : public QObject {
     Q_OBJECT
 
@@ -29,12 +33,16 @@ private:
     SceneSaving::Document document();
     void watchFile();
     void showFileChange(bool isDeleted);
+    void documentSaved();
+    void keepRecoveryCopy(SoMiraboTreeView* tree);
+    void offerRecovery();
 
     SoMiraboMainFrame* m_frame; // Not owned; the parent.
     SoCommandManager* m_hub;    // Not owned.
     SceneSaving m_saving;
     FileChange m_change;
-    QPointer<ChangedFileBar> m_bar; // Not owned; the window's.
+    QPointer<ChangedFileBar> m_bar;           // Not owned; the window's.
+    std::unique_ptr<RecoveryCopy> m_recovery; ///< in a program of its own
 };
 
 } // namespace mirabo

@@ -79,18 +79,27 @@ void Document::adoptFile(const QString& fileName)
 
 bool Document::open(const QString& fileName)
 {
+    return openAs(fileName, fileName);
+}
+
+bool Document::restore(const QString& copy, const QString& fileName)
+{
+    return openAs(copy, fileName);
+}
+
+bool Document::openAs(const QString& path, const QString& fileName)
+{
     if (m_reading)
         return false; // asked for by a timer of the host while a file is being read
     LiveInput input(m_window);
-    ReadMessages messages(fileName);
-    if (openInput(input, fileName, messages))
-        return read(input);
+    ReadMessages messages(path);
+    if (openInput(input, path, messages))
+        return path == fileName ? read(input) : readAs(input, fileName);
     setMessages(messages);
     const QString error = firstError(messages);
     showWarning(m_window, "MiraboReadFile",
-                error.isEmpty()
-                    ? QApplication::translate(kContext, "Can't load '%1'.").arg(fileName)
-                    : error);
+                error.isEmpty() ? QApplication::translate(kContext, "Can't load '%1'.").arg(path)
+                                : error);
     return false;
 }
 
@@ -136,12 +145,16 @@ SoNode* Document::readNodes(LiveInput& input)
 
 bool Document::read(LiveInput& input)
 {
+    return readAs(input, toQString(input.getCurFileName()));
+}
+
+bool Document::readAs(LiveInput& input, const QString& fileName)
+{
     const SbString name = input.getCurFileName();
     if (name.isEmpty() || m_reading)
         return false;
-    const QString fileName = toQString(name);
     searchBeside(name);
-    m_gathered = ReadMessages(fileName);
+    m_gathered = ReadMessages(toQString(name));
     const SbTime start = SbTime::monotonic();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_reading = true;
@@ -159,7 +172,8 @@ bool Document::read(LiveInput& input)
         m_listener.show(root.get(), isReload);
         if (!m_window)
             return true; // whoever was told of the scene has deleted it
-        addRecentFile(fileName);
+        if (!fileName.isEmpty())
+            addRecentFile(fileName);
         tellLoaded((SbTime::monotonic() - start).getValue());
     }
     if (!error.isEmpty())

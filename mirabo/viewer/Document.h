@@ -58,6 +58,9 @@ public:
     /// Reads a whole scene from an opened input and makes it the document. False, with the first
     /// error shown, when it cannot be read.
     bool read(LiveInput& input);
+    /// Reads a copy of a document that has another file (empty: none), from then on its own. False,
+    /// with a message shown, when it cannot be read.
+    bool restore(const QString& copy, const QString& fileName);
     /// A file is being read: the window is painted meanwhile, and timers of the host run, but
     /// nothing may be replaced or torn down.
     bool isReading() const { return m_reading; }
@@ -73,6 +76,8 @@ public:
     void writeRecentFiles() const { m_recentFiles.write(); }
 
 private:
+    bool openAs(const QString& path, const QString& fileName);
+    bool readAs(LiveInput& input, const QString& fileName);
     void setMessages(const ReadMessages& messages);
     SoNode* readNodes(LiveInput& input);
     void tellLoaded(double seconds);

@@ -124,6 +124,7 @@ bool SceneSaving::saveAs(SoNode* part)
     const auto alive = document.lock();
     if (alive && result.isWritten && !part) {
         alive->show(result.written.get());
+        alive->saved();
         alive->setFile(whole);
     }
     return result.isWritten;

@@ -22,7 +22,7 @@ public:
         std::function<QString()> file; ///< empty without one
         /// The scene has another file now, or none.
         std::function<void(const QString& fileName)> setFile;
-        /// The document's own file was written.
+        /// The document's own file was written; told before setFile() when it is another one.
         std::function<void()> saved;
         /// Shows what was written in place of the scene.
         std::function<void(SoNode* scene)> show;

@@ -190,6 +190,12 @@ bool SoMiraboViewer::openSceneFile(const QString& fileName)
     return m_document.open(fileName);
 }
 
+bool SoMiraboViewer::restoreScene(const QString& copy, const QString& fileName)
+{
+    const mirabo::Frame frame;
+    return m_document.restore(copy, fileName);
+}
+
 bool SoMiraboViewer::readScene(LiveInput& input)
 {
     const mirabo::Frame frame;

@@ -60,6 +60,8 @@ public:
     bool openSceneFile(const QString& fileName) override;
     /// As openSceneFile(), but a file that cannot be opened at all changes and shows nothing.
     bool openDroppedFile(const QString& fileName);
+    /// Shows a copy of the document that has that file (empty: none).
+    bool restoreScene(const QString& copy, const QString& fileName);
     bool closeScene() override;
     void reopenRecentFile(int index) override;
     bool canReload() const override { return !getCurrentFile().isEmpty(); }

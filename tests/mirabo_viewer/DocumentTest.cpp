@@ -146,7 +146,8 @@ protected:
 TEST_F(DocumentTest, TakesTheFileOnlyWhenItCouldBeRead)
 {
     const QString good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { } Cube { }\n");
-    const QString bad = write("bad.ky", "#Kalmyr V1.0 ascii\nSeparator {\n  Cube { width wide }\n}\n");
+    const QString bad =
+        write("bad.ky", "#Kalmyr V1.0 ascii\nSeparator {\n  Cube { width wide }\n}\n");
     ASSERT_TRUE(document.open(good));
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].numNodes, 2);

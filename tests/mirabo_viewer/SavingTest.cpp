@@ -249,6 +249,25 @@ TEST_F(Saving, AsksBeforeChangesAreLost)
     EXPECT_EQ(none.count(), 0);
 }
 
+TEST_F(Saving, AsksOnlyForWhatIsNotInTheFile)
+{
+    ASSERT_TRUE(viewer->openSceneFile(write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n")));
+    const auto numAsked = [this] {
+        DialogAnswers answers({press("Cancel")});
+        trigger(ActionId::Close);
+        return answers.count();
+    };
+    edit();
+    EXPECT_EQ(numAsked(), 1);
+    {
+        DialogAnswers answers({[](QDialog* dialog) { dialog->reject(); }});
+        trigger(ActionId::SaveAs);
+    }
+    EXPECT_EQ(numAsked(), 1) << "nothing was saved";
+    trigger(ActionId::Save);
+    EXPECT_EQ(numAsked(), 0);
+}
+
 TEST_F(Saving, AsksBeforeItRewritesReferencedFiles)
 {
     const QString part = write("part.ky", "#Kalmyr V1.0 ascii\nSphere { radius 2 }\n");
