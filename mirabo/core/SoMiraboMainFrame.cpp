@@ -1,5 +1,6 @@
 #include "mirabo/core/SoMiraboMainFrame.h"
 
+#include "mirabo/core/FilePresence.h"
 #include "mirabo/core/InlineFetcher.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/private/EventFrames.h"
@@ -149,6 +150,10 @@ void SoMiraboMainFrame::createMenus()
         recent = m_recentMenu->addAction(QString());
         recent->setVisible(false);
     }
+    m_presence = new mirabo::FilePresence(this);
+    connect(m_presence, &mirabo::FilePresence::checked, this, &SoMiraboMainFrame::showPresence);
+    connect(m_recentMenu, &QMenu::aboutToShow, m_presence,
+            [this] { m_presence->check(recentPaths()); });
     addEntries(file, {kSeparator, ActionId::Quit});
 
     addEntries(addNamedMenu("&Edit"),
@@ -347,6 +352,27 @@ void SoMiraboMainFrame::showRecentFiles(const QStringList& paths)
             continue;
         recent->setText(QString("&%1 %2").arg(i + 1).arg(paths[i]));
         recent->setData(paths[i]);
+        recent->setIcon(QIcon());
+        recent->setStatusTip(QString());
+    }
+}
+
+QStringList SoMiraboMainFrame::recentPaths() const
+{
+    QStringList paths;
+    for (const QAction* recent : m_recentActions)
+        if (recent->isVisible())
+            paths << recent->data().toString();
+    return paths;
+}
+
+void SoMiraboMainFrame::showPresence(const QString& path, bool exists)
+{
+    for (QAction* recent : m_recentActions) {
+        if (recent->data().toString() != path)
+            continue;
+        recent->setIcon(exists ? QIcon() : QIcon(":/Mirabo_icons/Icons/error.png"));
+        recent->setStatusTip(exists ? QString() : tr("This file doesn't exist anymore."));
     }
 }
 

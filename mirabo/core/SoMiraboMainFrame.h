@@ -15,8 +15,9 @@ class QToolBar;
 class SoCommandManager;
 
 namespace mirabo {
+class FilePresence;
 class ReadMessages;
-}
+} // namespace mirabo
 
 /// The tool's main window: actions, menus, tool bars and docks. Holds no editing logic.
 class SoMiraboMainFrame final : public QMainWindow {
@@ -81,6 +82,8 @@ protected:
 
 private:
     bool takes(const QMimeData& data) const;
+    QStringList recentPaths() const;
+    void showPresence(const QString& path, bool exists);
     void createActions();
     void createMenus();
     void createTreeViewMenu();
@@ -96,6 +99,7 @@ private:
     std::array<QAction*, mirabo::kActionCount> m_actions{};
     std::array<QAction*, kRecentFileCount> m_recentActions{};
     QMenu* m_recentMenu = nullptr;
+    mirabo::FilePresence* m_presence = nullptr; ///< of the recent files; a child of ours
     QMenu* m_viewMenu = nullptr;
     QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;

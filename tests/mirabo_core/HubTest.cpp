@@ -9,6 +9,7 @@
 #include "mirabo/preferences/Settings.h"
 #include "support/Clock.h"
 #include "support/ErrorGuard.h"
+#include "support/Passes.h"
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/io/SoDB.h>
@@ -259,6 +260,12 @@ TEST_F(HubTest, FileActionsReachTheDocument)
     menu->actions()[1]->trigger();
     EXPECT_EQ(panels.taken(), QStringList("open /two.ky"));
     EXPECT_FALSE(menu->actions()[2]->isVisible());
+    frame.showRecentFiles({"/one.ky", QCoreApplication::applicationFilePath()});
+    Q_EMIT const_cast<QMenu*>(menu)->aboutToShow();
+    ASSERT_TRUE(support::passUntil([&] { return !menu->actions()[0]->icon().isNull(); }));
+    EXPECT_TRUE(menu->actions()[1]->icon().isNull()) << "it exists";
+    frame.showRecentFiles({"/two.ky"});
+    EXPECT_TRUE(menu->actions()[0]->icon().isNull()) << "another file, not looked for yet";
     hub.openFileRecent(); // not by an action
     EXPECT_EQ(panels.taken(), QStringList());
     hub.newFile();
