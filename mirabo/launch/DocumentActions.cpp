@@ -21,22 +21,6 @@
 
 namespace mirabo {
 
-SceneSaving::Document DocumentActions::document()
-{
-    return {[frame = QPointer<QWidget>(m_frame)]() -> QWidget* { return frame; },
-            [] { return SoMiraboViewer::instance()->getScene(); },
-            [] { return SoMiraboViewer::instance()->getCurrentFile(); },
-            [](const QString& fileName) { SoMiraboViewer::instance()->adoptFile(fileName); },
-            [this] { documentSaved(); },
-            [](SoNode* written) {
-                // A scene that was written unconverted is shown already.
-                if (written != SoMiraboViewer::instance()->getScene())
-                    SoMiraboViewer::instance()->setScene(written, true);
-            },
-            [] { return SoGraphTopologyManager::isVrmlScene(); },
-            [this] { return m_hub->undoStack().isModified(); }};
-}
-
 namespace {
 
 /// At the right of the status bar.
@@ -55,32 +39,34 @@ void showReadMessages(SoMiraboMainFrame* frame)
 
 DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree,
                                  SoCommandManager* hub, bool standalone)
-    : QObject(frame), m_frame(frame), m_hub(hub), m_saving(document()), m_change(this)
+    : QObject(frame), m_frame(frame), m_hub(hub), m_change(this)
 {
+    SoMiraboViewer* viewer = SoMiraboViewer::instance();
+    viewer->setSceneState({[hub = QPointer(hub)] { return hub && hub->isModified(); },
+                           [] { return SoGraphTopologyManager::isVrmlScene(); }});
     const auto hasScene = [] { return SoMiraboViewer::instance()->getScene() != nullptr; };
-    ActionRegistry& actions = hub->actions();
-    const auto save = [self = QPointer<DocumentActions>(this)](bool isSaved) {
-        if (self && !isSaved && self->m_hub->wasModifiedBeforeSave())
-            self->m_hub->undoStack().markModified();
+    const auto tell = [hub = QPointer(hub)](bool isSaved) {
+        if (hub && !isSaved && hub->wasModifiedBeforeSave())
+            hub->undoStack().markModified();
     };
-    actions.add(ActionId::Save, this, {[this, save] { save(m_saving.save()); }, hasScene});
-    actions.add(ActionId::SaveAs, this, {[this, save] { save(m_saving.saveAs()); }, hasScene});
+    ActionRegistry& actions = hub->actions();
+    actions.add(ActionId::Save, this, {[viewer, tell] { tell(viewer->saveScene()); }, hasScene});
+    actions.add(ActionId::SaveAs, this,
+                {[viewer, tell] { tell(viewer->saveSceneAs()); }, hasScene});
     actions.add(ActionId::SaveBranch, this,
-                {[this, tree] { m_saving.saveAs(tree->getCurrentNode()); },
+                {[viewer, tree] { viewer->saveSceneAs(tree->getCurrentNode()); },
                  [tree] { return tree->getCurrentNode() != nullptr; }});
     connect(tree, &SoMiraboTreeView::rootChanged, this, [hub] {
         for (const ActionId id : {ActionId::Save, ActionId::SaveAs})
             hub->actions().update(id);
     });
-    const auto mayGoOn = [self = QPointer<DocumentActions>(this)] {
-        return !self || self->m_saving.confirmUnsavedChanges();
-    };
-    SoMiraboViewer::instance()->setUnsavedQuestion(mayGoOn);
-    connect(SoMiraboViewer::instance(), &SoMiraboViewer::fileChanged, this,
-            &DocumentActions::watchFile);
+    connect(viewer, &SoMiraboViewer::fileChanged, this, &DocumentActions::watchFile);
+    connect(viewer, &SoMiraboViewer::sceneSaved, this, &DocumentActions::documentSaved);
     connect(&m_change, &FileChange::changed, this, &DocumentActions::showFileChange);
     if (standalone)
-        frame->setCloseQuestion(mayGoOn);
+        frame->setCloseQuestion([] {
+            return !SoMiraboViewer::exists() || SoMiraboViewer::instance()->confirmUnsavedChanges();
+        });
     if (standalone && !isBatch())
         keepRecoveryCopy(tree);
     showReadMessages(frame);
@@ -89,15 +75,15 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
 DocumentActions::~DocumentActions()
 {
     if (SoMiraboViewer::exists())
-        SoMiraboViewer::instance()->setUnsavedQuestion({});
+        SoMiraboViewer::instance()->setSceneState({});
 }
 
 void DocumentActions::keepRecoveryCopy(SoMiraboTreeView* tree)
 {
     m_recovery = std::make_unique<RecoveryCopy>(
-        RecoveryCopy::Document{[] { return SoMiraboViewer::instance()->getScene(); },
+        RecoveryCopy::Document{[] { return SoMiraboViewer::instance()->wholeScene(); },
                                [] { return SoMiraboViewer::instance()->getCurrentFile(); },
-                               [hub = m_hub] { return hub->undoStack().isModified(); }},
+                               [hub = m_hub] { return hub->isModified(); }},
         RecoveryPlace::folder(), this);
     RecoveryCopy* copy = m_recovery.get();
     connect(m_hub, &SoCommandManager::historyChanged, copy, &RecoveryCopy::documentChanged);
@@ -135,8 +121,8 @@ void DocumentActions::offerRecovery()
         return; // it is offered again
     if (box->clickedButton() == discard)
         place->clear();
-    if (box->clickedButton() != recover || !m_saving.confirmUnsavedChanges() || !self
-        || !SoMiraboViewer::instance()->restoreScene(place->scenePath(), place->getFile()))
+    if (box->clickedButton() != recover || !SoMiraboViewer::instance()->confirmUnsavedChanges()
+        || !self || !SoMiraboViewer::instance()->restoreScene(place->scenePath(), place->getFile()))
         return;
     m_hub->undoStack().markModified();
     m_recovery->adopt(std::move(place));

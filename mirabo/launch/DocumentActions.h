@@ -1,7 +1,6 @@
 #pragma once
 
 #include "mirabo/viewer/FileChange.h"
-#include "mirabo/viewer/SceneSaving.h"
 
 #include <QObject>
 #include <QPointer>
@@ -30,7 +29,6 @@ public:
     ~DocumentActions() override;
 
 private:
-    SceneSaving::Document document();
     void watchFile();
     void showFileChange(bool isDeleted);
     void documentSaved();
@@ -39,7 +37,6 @@ private:
 
     SoMiraboMainFrame* m_frame; // Not owned; the parent.
     SoCommandManager* m_hub;    // Not owned.
-    SceneSaving m_saving;
     FileChange m_change;
     QPointer<ChangedFileBar> m_bar;           // Not owned; the window's.
     std::unique_ptr<RecoveryCopy> m_recovery; ///< in a program of its own

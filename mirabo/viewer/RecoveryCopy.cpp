@@ -44,11 +44,12 @@ bool isInput(const QEvent& event)
 class RecoveryCopy::Writing {
 public:
     /// False when the file cannot be created.
-    bool begin(SoNode* scene, const QString& path)
+    bool begin(const SceneWriter::Content& scene, const QString& path)
     {
         if (!m_output->openFile(path.toUtf8().constData()))
             return false;
-        m_write = std::make_unique<SoSlicedWrite>(scene, m_output.get());
+        m_write = std::make_unique<SoSlicedWrite>(scene.node.get(), m_output.get());
+        m_write->setRootWritten(!scene.childrenOnly);
         return true;
     }
     SoSlicedWrite::State run() { return m_write->run(kSlice); }
@@ -148,8 +149,8 @@ void RecoveryCopy::begin()
         m_idle.start(); // the one before has not reached the disk yet
         return;
     }
-    SoNode* scene = m_document.scene();
-    if (!scene || !m_document.isUnsaved())
+    const SceneWriter::Content scene = m_document.scene();
+    if (!scene.node || !m_document.isUnsaved())
         return;
     if (!m_place)
         m_place = RecoveryPlace::create(m_folder);

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "mirabo/viewer/SceneWriter.h"
+
 #include <QObject>
 #include <QString>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
-
-class SoNode;
 
 namespace mirabo {
 
@@ -25,7 +25,7 @@ class RecoveryCopy final : public QObject {
 public:
     /// Access to the document; each function returns the present value.
     struct Document {
-        std::function<SoNode*()> scene;
+        std::function<SceneWriter::Content()> scene;
         std::function<QString()> file; ///< empty without one
         std::function<bool()> isUnsaved;
     };
@@ -61,8 +61,8 @@ private:
     QString m_folder;
     std::unique_ptr<RecoveryPlace> m_place;
     std::unique_ptr<Writing> m_writing;
-    QTimer m_idle;   ///< from an edit to the copy
-    QTimer m_slices; ///< between two slices
+    QTimer m_idle;          ///< from an edit to the copy
+    QTimer m_slices;        ///< between two slices
     double m_lastInput = 0; ///< in seconds
     bool m_isUpToDate = false;
     bool m_hasFailed = false;

@@ -96,8 +96,9 @@ bool SceneSaving::save()
 
 bool SceneSaving::saveAs(SoNode* part)
 {
-    const SoRef<SoNode> kept(part ? part : m_document->scene());
-    if (!kept)
+    const SceneWriter::Content content =
+        part ? SceneWriter::Content{SoRef<SoNode>(part)} : m_document->scene();
+    if (!content.node)
         return false;
     const QString current = m_document->file();
     const QString proposed = current.isEmpty() ? "./Untitled File" : withoutExtension(current);
@@ -120,14 +121,30 @@ bool SceneSaving::saveAs(SoNode* part)
     if (whole != fileName && QFileInfo::exists(whole) && !mayOverwrite(m_document->window(), whole))
         return false;
     const std::weak_ptr<const Document> document = m_document;
-    const SceneWriter::Result result = writer().write(kept.get(), whole, format);
+    const SceneWriter::Result result = writer().write(content, whole, format);
     const auto alive = document.lock();
     if (alive && result.isWritten && !part) {
-        alive->show(result.written.get());
+        if (result.converted)
+            alive->show(result.converted.get());
         alive->saved();
         alive->setFile(whole);
     }
     return result.isWritten;
+}
+
+bool SceneSaving::write(SoNode* node, const QString& fileName, SceneFileFormat format, bool isShown)
+{
+    const SceneWriter::Content content{SoRef<SoNode>(node)};
+    const std::weak_ptr<const Document> document = m_document;
+    const SceneWriter::Result result = writer().write(content, fileName, format);
+    const auto alive = document.lock();
+    if (!alive || !result.isWritten || !isShown)
+        return result.isWritten;
+    if (result.converted)
+        alive->show(result.converted.get());
+    else if (alive->scene().node != content.node)
+        alive->show(node);
+    return true;
 }
 
 bool SceneSaving::confirmUnsavedChanges()

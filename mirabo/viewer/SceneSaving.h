@@ -18,13 +18,13 @@ public:
     /// Access to the document; each function returns the present value.
     struct Document {
         std::function<QWidget*()> window; ///< parent of the dialogs
-        std::function<SoNode*()> scene;
+        std::function<SceneWriter::Content()> scene;
         std::function<QString()> file; ///< empty without one
         /// The scene has another file now, or none.
         std::function<void(const QString& fileName)> setFile;
         /// The document's own file was written; told before setFile() when it is another one.
         std::function<void()> saved;
-        /// Shows what was written in place of the scene.
+        /// Shows what the scene was converted to in its place.
         std::function<void(SoNode* scene)> show;
         std::function<bool()> isVrml;
         std::function<bool()> isModified;
@@ -38,6 +38,8 @@ public:
     bool save();
     /// Asks for a name and a format. Null: the whole scene, which has that file from then on.
     bool saveAs(SoNode* part = nullptr);
+    /// Writes a graph; `isShown`: shows what was written as the scene, if that is another one.
+    bool write(SoNode* node, const QString& fileName, SceneFileFormat format, bool isShown);
     /// True when the caller may go on: nothing would be lost, or the user has decided.
     bool confirmUnsavedChanges();
 

@@ -62,7 +62,7 @@ private:
     bool m_kits;
 };
 
-/// The scene as the format has it; null when it cannot be converted.
+/// The scene as a VRML format has it; null when it cannot be converted.
 SoRef<SoNode> converted(SoNode* node, SceneFileFormat format)
 {
     if (format == SceneFileFormat::Vrml1) {
@@ -78,7 +78,7 @@ SoRef<SoNode> converted(SoNode* node, SceneFileFormat format)
         action.apply(node);
         return SoRef<SoNode>(action.getVRML2SceneGraph());
     }
-    return SoRef<SoNode>(node);
+    return {};
 }
 
 /// The file that a node stands for, and what it holds of it.
@@ -139,35 +139,35 @@ SceneWriter::SceneWriter(Dialogs dialogs, bool isVrmlScene)
 {
 }
 
-SceneWriter::Result SceneWriter::write(SoNode* node, const QString& fileName,
+SceneWriter::Result SceneWriter::write(const Content& content, const QString& fileName,
                                        SceneFileFormat format)
 {
-    if (!node)
+    if (!content.node)
         return {};
     if (format == SceneFileFormat::Detect)
         format = detectSceneFormat(fileName);
     if (format == SceneFileFormat::Detect || headerOf(format).isEmpty())
         return {};
-    const SoRef<SoNode> kept(node);
-    SoRef<SoNode> graph;
-    {
+    const Content original = content; // the dialogs may see the end of what it came from
+    Content written = content;
+    if (isVrml(format)) {
         const GraphReading reading;
         if (!reading) {
             m_dialogs.tellNotWritten(fileName, kSceneChanges);
             return {};
         }
-        graph = converted(node, format);
+        written = {converted(original.node.get(), format), false};
     }
-    if (!graph)
+    if (!written.node)
         return {};
     if (!m_isVrmlScene && !s_writingReferenced)
-        writeReferencedFiles(node); // asks, so not under the lock
-    if (!writeFile(graph.get(), fileName, format))
+        writeReferencedFiles(original.node.get()); // asks, so not under the lock
+    if (!writeFile(written, fileName, format))
         return {};
-    return {true, graph};
+    return {true, written.node == original.node ? SoRef<SoNode>() : written.node};
 }
 
-bool SceneWriter::writeFile(SoNode* graph, const QString& fileName, SceneFileFormat format)
+bool SceneWriter::writeFile(const Content& content, const QString& fileName, SceneFileFormat format)
 {
     if (isVrml(format))
         SoBase::setInstancePrefix(kVrmlInstancePrefix); // for all that is written from now on
@@ -190,7 +190,9 @@ bool SceneWriter::writeFile(SoNode* graph, const QString& fileName, SceneFileFor
         const FirstError<SoError> error;
         const GraphReading reading;
         if (reading) {
-            SoWriteAction(&output).apply(graph);
+            SoWriteAction action(&output);
+            action.setRootWritten(!content.childrenOnly);
+            action.apply(content.node.get());
             isWritten = output.closeFile();
         }
         reason = reading ? error.text() : kSceneChanges;
@@ -227,7 +229,7 @@ void SceneWriter::writeReferencedFile(SoNode* node)
     if (!file.content || file.name.isEmpty() || !QFileInfo(file.name).isFile())
         return;
     if (m_dialogs.confirmOverwrite(file.name))
-        write(file.content.get(), file.name, SceneFileFormat::Detect);
+        write({file.content}, file.name, SceneFileFormat::Detect);
 }
 
 } // namespace mirabo

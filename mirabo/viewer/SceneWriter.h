@@ -29,10 +29,15 @@ public:
         /// Writing failed half way, and why; the old file is as it was.
         std::function<void(const QString& fileName, const QString& reason)> tellNotWritten;
     };
+    /// A graph, or the children of a node side by side.
+    struct Content {
+        SoRef<SoNode> node;
+        bool childrenOnly = false;
+    };
     struct Result {
         bool isWritten = false;
-        /// Content of the file now: the node, or what it was converted to.
-        SoRef<SoNode> written = {};
+        /// Content of the file now if that is another graph; null when it was not converted.
+        SoRef<SoNode> converted = {};
     };
 
     /// `isVrmlScene`: the files that a VRML97 world refers to are not rewritten.
@@ -40,10 +45,10 @@ public:
 
     /// With SceneFileFormat::Detect the format of the file that is there; when it has none that is
     /// known, or is not there, nothing is written and nothing told.
-    Result write(SoNode* node, const QString& fileName, SceneFileFormat format);
+    Result write(const Content& content, const QString& fileName, SceneFileFormat format);
 
 private:
-    bool writeFile(SoNode* graph, const QString& fileName, SceneFileFormat format);
+    bool writeFile(const Content& content, const QString& fileName, SceneFileFormat format);
     void writeReferencedFiles(SoNode* node);
     void writeReferencedFile(SoNode* node);
 

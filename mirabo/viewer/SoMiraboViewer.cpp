@@ -52,7 +52,9 @@ void SoMiraboViewer::destroyInstance()
 }
 
 SoMiraboViewer::SoMiraboViewer()
-    : m_highlighter([this](const SoPath* path) { Q_EMIT picked(path); }), m_document(listener())
+    : m_highlighter([this](const SoPath* path) { Q_EMIT picked(path); }),
+      m_document(listener()),
+      m_saving(savedDocument())
 {
     mirabo::EventFrames::addRoot(this);
 }
@@ -64,7 +66,7 @@ SoMiraboViewer::~SoMiraboViewer()
 
 mirabo::Document::Listener SoMiraboViewer::listener()
 {
-    return {[this] { return !m_mayGoOn || m_mayGoOn(); },
+    return {[this] { return confirmUnsavedChanges(); },
             [this](SoNode* root, bool isReload) { showRead(root, isReload); },
             [this] { Q_EMIT fileChanged(); },
             [this](const mirabo::ReadMessages& messages) { Q_EMIT readMessagesChanged(messages); },
@@ -72,6 +74,18 @@ mirabo::Document::Listener SoMiraboViewer::listener()
                 if (m_frame)
                     m_frame->showRecentFiles(paths);
             }};
+}
+
+mirabo::SceneSaving::Document SoMiraboViewer::savedDocument()
+{
+    return {[this]() -> QWidget* { return m_frame; },
+            [this] { return wholeScene(); },
+            [this] { return getCurrentFile(); },
+            [this](const QString& fileName) { m_document.adoptFile(fileName); },
+            [this] { Q_EMIT sceneSaved(); },
+            [this](SoNode* converted) { setScene(converted, true); },
+            [this] { return m_state.isVrml && m_state.isVrml(); },
+            [this] { return isModified(); }};
 }
 
 void SoMiraboViewer::setUp(SoMiraboMainFrame* frame, bool standalone)
@@ -232,9 +246,36 @@ void SoMiraboViewer::reopenRecentFile(int index)
     m_document.reopen(index);
 }
 
-void SoMiraboViewer::adoptFile(const QString& fileName)
+mirabo::SceneWriter::Content SoMiraboViewer::wholeScene() const
 {
-    m_document.adoptFile(fileName);
+    const bool isAlone = getSelectionNode()->getNumChildren() <= 1;
+    return isAlone ? mirabo::SceneWriter::Content{SoRef<SoNode>(getScene())}
+                   : mirabo::SceneWriter::Content{SoRef<SoNode>(getSelectionNode()), true};
+}
+
+bool SoMiraboViewer::saveScene()
+{
+    const mirabo::Frame frame;
+    return m_saving.save();
+}
+
+bool SoMiraboViewer::saveSceneAs(SoNode* node)
+{
+    const mirabo::Frame frame;
+    return m_saving.saveAs(node);
+}
+
+bool SoMiraboViewer::writeScene(SoNode* node, const QString& fileName,
+                                mirabo::SceneFileFormat format, bool showInViewer)
+{
+    const mirabo::Frame frame;
+    return m_saving.write(node, fileName, format, showInViewer);
+}
+
+bool SoMiraboViewer::confirmUnsavedChanges()
+{
+    const mirabo::Frame frame;
+    return m_saving.confirmUnsavedChanges();
 }
 
 void SoMiraboViewer::addRecentFile(const QString& path)

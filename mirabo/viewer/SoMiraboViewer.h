@@ -6,6 +6,7 @@
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
 #include "mirabo/viewer/SceneHighlighter.h"
 #endif
+#include "mirabo/viewer/SceneSaving.h"
 #include "mirabo/viewer/ViewerDocks.h"
 
 #include <QObject>
@@ -69,17 +70,33 @@ public:
     void saveWindowSettings() override { writeSettings(); }
     void refresh() override;
 
-    /// Asked before another scene replaces this one: false when the user wants to keep it.
-    void setUnsavedQuestion(std::function<bool()> mayGoOn) { m_mayGoOn = std::move(mayGoOn); }
+    /// State of the scene that others know.
+    struct SceneState {
+        std::function<bool()> isModified; ///< since it was shown or saved
+        std::function<bool()> isVrml;     ///< a VRML97 world
+    };
+    void setSceneState(SceneState state) { m_state = std::move(state); }
+    /// All that is shown: the scene, and what was pasted beside it.
+    mirabo::SceneWriter::Content wholeScene() const;
+
+    /// To the document's file, in its format; asks for a name without one. When the file has no
+    /// known format any more, or cannot be written, the document has no file afterwards. False
+    /// when nothing was saved.
+    bool saveScene();
+    /// Asks for a name and a format. Null: the whole scene, which has that file from then on.
+    bool saveSceneAs(SoNode* node = nullptr);
+    /// Writes a graph without asking for anything but files that it refers to. `showInViewer`:
+    /// shows what was written as the scene.
+    bool writeScene(SoNode* node, const QString& fileName, mirabo::SceneFileFormat format,
+                    bool showInViewer);
+    /// True when the caller may go on: nothing would be lost, or the user has decided.
+    bool confirmUnsavedChanges();
     /// Called when the document's own file was read anew, before the panels let go of the old
     /// scene; returns what is to be called when they show the new one.
     void setReloadKeeper(std::function<std::function<void()>()> keep)
     {
         m_keepForReload = std::move(keep);
     }
-    /// The scene was saved to a file, which is its own from now on; empty: it has none any more.
-    void adoptFile(const QString& fileName);
-
     HighlightMode getHighlightMode() const
     {
         return m_highlighter.isOn() ? OUTLINED : NOT_HIGHLIGHTED;
@@ -108,6 +125,8 @@ Q_SIGNALS:
     void undoResetRequested();
     /// The scene has another file, or none.
     void fileChanged();
+    /// The scene was saved to its file.
+    void sceneSaved();
     /// The user picked an occurrence of a node in the viewer; the path begins at the selection
     /// node.
     void picked(const SoPath* path);
@@ -120,6 +139,8 @@ private:
     ~SoMiraboViewer() override;
 
     mirabo::Document::Listener listener();
+    mirabo::SceneSaving::Document savedDocument();
+    bool isModified() const { return m_state.isModified && m_state.isModified(); }
     void replaceScene(SoNode* root);
     void createExaminer();
     void showRead(SoNode* root, bool isReload);
@@ -130,6 +151,7 @@ private:
     mirabo::Document m_document;
     std::optional<mirabo::ViewerDocks> m_docks;
     QDockWidget* m_viewerDock = nullptr;
-    std::function<bool()> m_mayGoOn;
+    SceneState m_state;
+    mirabo::SceneSaving m_saving;
     std::function<std::function<void()>()> m_keepForReload;
 };

@@ -57,8 +57,8 @@ protected:
     SoRef<SoSeparator> scene{new SoSeparator};
     bool unsaved = true;
     std::unique_ptr<RecoveryCopy> copy = std::make_unique<RecoveryCopy>(
-        RecoveryCopy::Document{[this] { return scene.get(); }, [] { return "/tmp/a.ky"; },
-                               [this] { return unsaved; }},
+        RecoveryCopy::Document{[this] { return mirabo::SceneWriter::Content{scene}; },
+                               [] { return "/tmp/a.ky"; }, [this] { return unsaved; }},
         folder.path());
 };
 
@@ -95,9 +95,9 @@ TEST_F(Recovery, TellsOnceThatItCannotWrite)
 {
     int numFailed = 0;
     write(folder.filePath("file"), "no folder");
-    RecoveryCopy hopeless(
-        {[this] { return scene.get(); }, [] { return QString(); }, [this] { return unsaved; }},
-        folder.filePath("file"));
+    RecoveryCopy hopeless({[this] { return mirabo::SceneWriter::Content{scene}; },
+                           [] { return QString(); }, [this] { return unsaved; }},
+                          folder.filePath("file"));
     hopeless.findChild<QTimer*>("recoveryIdle")->setInterval(0);
     QObject::connect(&hopeless, &RecoveryCopy::failed, [&] { ++numFailed; });
     hopeless.documentChanged();
