@@ -178,7 +178,8 @@ bool enableNode(SoMiraboTreeView& view, const SavedLinks& saved, SavedLinks* put
     for (const ParentLink& link : kept.links)
         places[link.parent.get()].push_back(link.index);
     SoNode* chosenBelow = nullptr;
-    std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
+    // Grey rows of one group may stand in different places: the last occurrence tells.
+    std::vector<SoTreeViewItem*> rows = view.occurrencesOf(node);
     std::erase_if(rows, [](const SoTreeViewItem* row) { return !row->isDisabledNode(); });
     for (const SoTreeViewItem* row : rows) {
         places[row->getParentNode()] = placesIn(row->parentItem(), node);

@@ -425,7 +425,13 @@ bool NodeSlot::insert(SoNode* node)
         if (isNew && m_group)
             group.setValue(m_group.get());
         m_group.settle();
-        if (!list()->insertChild(node, std::min(m_index, list()->getNumChildren())))
+        const int index = std::min(m_index, list()->getNumChildren());
+        // Of the list's own types, or one that came in where the group stands in another place.
+        SoNode* own = group.getValue();
+        const bool isForeign = own && own->isOfType(SoGroup::getClassTypeId())
+                               && !list()->isChildPermitted(node);
+        if (isForeign ? !static_cast<SoGroup*>(own)->insertChild(node, index)
+                      : !list()->insertChild(node, index))
             return false;
         if (isNew) {
             m_madeGroup = true;

@@ -8,6 +8,8 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoNode.h>
 
+#include <unordered_set>
+
 SoTreeIgnoreFieldCommand::SoTreeIgnoreFieldCommand(SoMiraboTreeView* view, const SoField* field)
     : TreeEditCommand(view),
       m_container(static_cast<SoNode*>(field->getContainer())),
@@ -44,8 +46,16 @@ SoTreeDisableNodeCommand::SoTreeDisableNodeCommand(SoMiraboTreeView* view, SoNod
 void SoTreeDisableNodeCommand::noteRows(mirabo::TreeState& state, bool forward) const
 {
     const bool goes = forward == m_disable;
-    for (const SoTreeViewItem* row : view()->itemsOf(m_node.get())) {
-        if (!row->isDisabledNode() && !mirabo::mayDisable(row))
+    // A group from which the node is taken may also stand in a kit, with the node as its part.
+    std::unordered_set<const SoNode*> groups;
+    const std::vector<SoTreeViewItem*> rows = view()->itemsOf(m_node.get());
+    for (const SoTreeViewItem* row : rows)
+        if (mirabo::mayDisable(row))
+            groups.insert(row->getParentNode());
+    for (const SoTreeViewItem* row : rows) {
+        const bool isPlace = row->parentItem() && !row->isDirectlyFromField()
+                             && groups.count(row->getParentNode()) > 0;
+        if (!row->isDisabledNode() && !isPlace)
             continue;
         state.addGreyRows(row->parentItem());
         if (goes && !row->isDisabledNode())

@@ -260,6 +260,46 @@ TEST_F(TreeEdit, DeletesTheRootWithoutForgettingHow)
     EXPECT_EQ(check(), "");
 }
 
+/// Groups of a kit may stand in further places, where other rules hold.
+TEST_F(TreeEdit, GivesBackWhatGroupsOfKitsGotElsewhere)
+{
+    auto* kit = new SoShapeKit;
+    kit->setPart("shape", new SoCube);
+    auto* list = static_cast<SoNodeKitListPart*>(kit->getPart("childList"));
+    list->addChild(new SoShapeKit);
+    auto* group = static_cast<SoGroup*>(list->containerNode.getValue());
+    group->addChild(new SoCube); // the list itself takes kits only
+    root->addChild(kit);
+    root->addChild(group);
+    const SoTreeViewItem* inList = nullptr;
+    for (SoTreeViewItem* at : view.itemsOf(group))
+        inList = at->isDirectlyFromField() ? at : inList;
+    ASSERT_TRUE(inList);
+    view.setCurrentItem(inList->rowAt(1));
+    edited.stack.clear();
+    expectUndoable([&] { return edited.editor.deleteRow(inList->rowAt(1)); });
+
+    // The part of the kit's group is an ordinary child where the group stands by itself.
+    auto* separator = static_cast<SoGroup*>(row(kit)->rowAt(0)->getNode());
+    root->addChild(separator);
+    edited.stack.clear();
+    SoTreeViewItem* inKit = row(kit)->rowAt(0);
+    view.expandBelow(inKit);
+    SoNode* part = separator->getChild(0);
+    SoTreeViewItem* alone = nullptr;
+    for (SoTreeViewItem* at : view.itemsOf(part))
+        alone = at->isNamedPart() ? alone : at;
+    ASSERT_TRUE(alone);
+    ASSERT_TRUE(view.isOpen(inKit->rowAt(0)));
+    view.setCurrentItem(alone);
+    const std::string look = lookOf(view);
+    view.ignoreEnable();
+    ASSERT_EQ(separator->findChild(part), -1);
+    edited.stack.undo();
+    EXPECT_EQ(lookOf(view), look);
+    EXPECT_EQ(check(), "");
+}
+
 TEST_F(TreeEdit, GivesBackWhichRowsWereOpen)
 {
     const SteppingClock clock(.01);
