@@ -26,7 +26,7 @@ bool isIn(const SoMiraboTreeView& tree, const SoTreeViewItem* row)
 {
     while (row->parentItem())
         row = row->parentItem();
-    return row == tree.rootItem();
+    return row->treeWidget() == &tree;
 }
 
 } // namespace

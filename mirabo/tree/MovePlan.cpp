@@ -1,7 +1,7 @@
 #include "mirabo/tree/MovePlan.h"
 
 #include "mirabo/core/CommandName.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/RowList.h"
 
 #include <kalmyr/core/SoNode.h>
 
@@ -36,7 +36,7 @@ MovePlan behind(SoTreeViewItem* target)
     plan.target = target;
     plan.where = MovePlan::Where::Behind;
     plan.holderRow = target->parentItem();
-    if (!plan.holderRow)
+    if (NodeSlot::of(target).isRoot())
         return refused(target, "There is nothing beside the root of the scene.");
     plan.slot = NodeSlot::behind(target);
     if (!plan.slot)
@@ -103,18 +103,27 @@ MovePlan planMove(SoTreeViewItem* dragged, SoTreeViewItem* target, bool spaceHel
     return checkedMove(into(target, dragged->parentItem() == target ? 0 : -1), dragged);
 }
 
+/// The next sibling in that direction that can be seen; null: none. Disabled ones do not count.
+SoTreeViewItem* nextSibling(const SoTreeViewItem* row, int by)
+{
+    const RowList siblings(*treeOf(row), row->parentItem());
+    SoTreeViewItem* next = nullptr;
+    int at = siblings.indexOf(row);
+    do
+        next = siblings.at(at += by);
+    while (next && (next->isFilteredOut() || next->isDisabledNode()));
+    return next;
+}
+
 /// Where a step up or down brings a row in its list; -1: nowhere. Steps go
 /// past what the filter hides, so that they are seen.
 int indexOfStep(const SoTreeViewItem* row, const NodeSlot& own, bool up)
 {
     const SoTreeViewItem* parent = row->parentItem();
     int index = own.index();
-    if (parent->hasHiddenRows()) {
+    if (!parent || parent->hasHiddenRows()) {
         const int by = up ? -1 : 1;
-        int at = parent->indexOfChild(const_cast<SoTreeViewItem*>(row)) + by;
-        while (parent->childItem(at) && parent->childItem(at)->isDisabledNode())
-            at += by;
-        const SoTreeViewItem* next = parent->childItem(at);
+        const SoTreeViewItem* next = nextSibling(row, by);
         if (!next || !NodeSlot::of(next).isBeside(own))
             return -1;
         index = NodeSlot::of(next).index() - by;
@@ -136,18 +145,17 @@ MovePlan planReference(SoTreeViewItem* dragged, SoTreeViewItem* target, bool spa
 MovePlan planStep(SoTreeViewItem* row, MoveStep step)
 {
     SoTreeViewItem* parent = row->parentItem();
-    if (!parent || row->isDisabledNode() || row->isDead() || parent->isDead())
+    if (row->isDisabledNode() || row->isDead() || (parent && parent->isDead())
+        || NodeSlot::of(row).isRoot())
         return idle(row, "The root of the scene and disabled nodes stay where they are.");
     const NodeSlot own = NodeSlot::of(row);
     if (step == MoveStep::OutOfParent)
-        return checkedMove(behind(parent), row);
+        return parent ? checkedMove(behind(parent), row)
+                      : idle(row, "There is nothing that it could be moved out of.");
     if (step == MoveStep::IntoPrevious) {
-        int at = parent->indexOfChild(row) - 1;
-        while (at >= 0 && parent->childItem(at)->isDisabledNode())
-            --at;
-        if (at < 0)
-            return idle(row, "There is nothing before it.");
-        return checkedMove(into(parent->childItem(at), -1), row);
+        SoTreeViewItem* previous = nextSibling(row, -1);
+        return previous ? checkedMove(into(previous, -1), row)
+                        : idle(row, "There is nothing before it.");
     }
     MovePlan plan;
     plan.target = row;

@@ -100,7 +100,8 @@ void NodeAdding::add(SoNode* node)
     if (!self)
         return;
     if (SoTreeViewItem* row = done ? rowOf(node) : nullptr) {
-        if (!isBelow(row, target())) // a kit's list has a group between itself and its entries
+        // A kit's list has a group between itself and its entries.
+        if (!isBelow(row, target()) && row->parentItem())
             setTarget(row->parentItem());
         m_tree->goToItem(row);
     }

@@ -4,8 +4,8 @@
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreePatcher.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/fields/SoMFNode.h>
@@ -136,6 +136,9 @@ NodeSlot NodeSlot::of(const SoTreeViewItem* row)
 {
     const SoTreeViewItem* above = row->parentItem();
     if (!above) {
+        const auto* view = static_cast<const SoMiraboTreeView*>(row->treeWidget());
+        if (view && view->getContainer() && row != view->rootItem())
+            return inList(view->getContainer(), row->rowInParent());
         NodeSlot root(Kind::Child, nullptr, 0);
         root.m_isRoot = true;
         return root;
@@ -186,8 +189,27 @@ std::optional<NodeSlot> NodeSlot::behind(const SoTreeViewItem* row)
         return std::nullopt;
     NodeSlot slot(own.m_kind, own.container(), own.m_index + 1);
     slot.m_name = own.m_name;
-    slot.m_isInternal = own.m_isInternal || isOwnGroupOfKit(row->parentItem());
+    const SoTreeViewItem* above = row->parentItem();
+    slot.m_isInternal = own.m_isInternal || (above && isOwnGroupOfKit(above));
     return slot;
+}
+
+std::optional<NodeSlot> NodeSlot::behindAll(const SoMiraboTreeView& view)
+{
+    SoGroup* container = view.getContainer();
+    if (!container)
+        return std::nullopt;
+    return inList(container, container->getNumChildren());
+}
+
+bool NodeSlot::isTopLevel(const SoMiraboTreeView& view) const
+{
+    return view.getContainer() && container() == view.getContainer() && m_kind != Kind::Field;
+}
+
+SoTreeViewItem* NodeSlot::topRow(const SoMiraboTreeView& view) const
+{
+    return isTopLevel(view) ? asItem(view.topLevelItem(m_index)) : nullptr;
 }
 
 bool NodeSlot::isInList() const

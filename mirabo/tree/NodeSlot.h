@@ -11,6 +11,7 @@
 
 class SoField;
 class SoMNodeField;
+class SoMiraboTreeView;
 class SoNode;
 class SoNodeKitListPart;
 class SoTreeViewItem;
@@ -41,6 +42,9 @@ public:
     static std::optional<NodeSlot> into(const SoTreeViewItem* row, int index);
     /// The place right behind a row in the list that it stands in; none when that is no list.
     static std::optional<NodeSlot> behind(const SoTreeViewItem* row);
+    /// The place of a further top-level row, behind all others; none unless the tree has a
+    /// container for them.
+    static std::optional<NodeSlot> behindAll(const SoMiraboTreeView& view);
 
     Kind kind() const { return m_kind; }
     bool isRoot() const { return m_isRoot; }
@@ -70,8 +74,12 @@ public:
     bool put(SoNode* node);
 
     /// The node below whose rows the place's row stands, while there is something in the place;
-    /// null for the root.
+    /// null for the root. The container of top-level rows has no row.
     SoNode* holder() const;
+    /// Whether it is the place of a top-level row other than the root's.
+    bool isTopLevel(const SoMiraboTreeView& view) const;
+    /// The top-level row of such a place; null when it has none.
+    SoTreeViewItem* topRow(const SoMiraboTreeView& view) const;
     /// The row of the place below a row of holder(); null when it has none.
     SoTreeViewItem* rowBelow(const SoTreeViewItem* holderRow) const;
     /// The uppermost row that goes below a row of holder() when the place is emptied: that of the

@@ -1,7 +1,7 @@
 #include "mirabo/tree/OpenBranches.h"
 
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <QSignalBlocker>
 
@@ -62,8 +62,8 @@ void OpenBranches::putAside()
     };
     const QAbstractItemModel* model = m_view.model();
     std::vector<Visit> open;
-    if (SoTreeViewItem* root = m_view.rootItem())
-        open.push_back({root, model->index(0, 0)});
+    for (int row = 0; row < m_view.topLevelItemCount(); ++row)
+        open.push_back({asItem(m_view.topLevelItem(row)), model->index(row, 0)});
     while (!open.empty()) {
         const auto [item, index] = open.back();
         open.pop_back();

@@ -22,8 +22,9 @@ RememberedRows::RememberedRows(const SoMiraboTreeView& tree)
         if (item->childCount() > 0 && tree.isExpanded(index))
             open.push_back({item, index, parent});
     };
-    if (const SoTreeViewItem* root = tree.rootItem())
-        visit(root, tree.model()->index(0, 0), -1);
+    m_isRootClosed = tree.rootItem() && !tree.isExpanded(tree.indexFromItem(tree.rootItem()));
+    for (int row = 0; row < tree.topLevelItemCount(); ++row)
+        visit(asItem(tree.topLevelItem(row)), tree.model()->index(row, 0), -1);
     for (std::size_t i = 0; i < open.size(); ++i) {
         const auto [item, index, parent] = open[i];
         m_open.push_back({parent, BookmarkPath::stepTo(item)});
@@ -36,7 +37,7 @@ void RememberedRows::openBranches(SoMiraboTreeView& tree) const
 {
     const SoMiraboTreeView::PatchScope scope(tree);
     tree.rowsAboutToChange(); // one layout for all of them
-    if (m_open.empty())
+    if (m_isRootClosed)
         tree.collapseItem(tree.rootItem());
     std::vector<QModelIndex> opened;
     for (const OpenRow& open : m_open) {

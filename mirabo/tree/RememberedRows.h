@@ -12,19 +12,20 @@ class RememberedRows {
 public:
     explicit RememberedRows(const SoMiraboTreeView& tree);
 
-    /// Opens the branches that are found, and closes the root where it was closed. The current row
+    /// Opens the branches that are found, and closes the root if it was closed. The current row
     /// is chosen as if the user had; without it, the closest row above it that is found.
     void restore(SoMiraboTreeView& tree) const;
 
 private:
     /// An open row below another one that is open.
     struct OpenRow {
-        int parent; ///< number in the list; -1 for the root
+        int parent; ///< number in the list; -1 for a top-level row
         BookmarkPath::Step step;
     };
     void openBranches(SoMiraboTreeView& tree) const;
 
     std::vector<OpenRow> m_open; ///< upper ones first
+    bool m_isRootClosed = false;
     BookmarkPath m_current;
     BookmarkPath m_top; ///< the uppermost row in view
 };

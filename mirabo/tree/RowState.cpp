@@ -16,15 +16,16 @@ RowPath pathOf(const SoTreeViewItem* row)
         path.push_back(above->indexOfRow(row));
         row = above;
     }
+    path.push_back(row->rowInParent());
     std::reverse(path.begin(), path.end());
     return path;
 }
 
 SoTreeViewItem* rowAt(const SoMiraboTreeView& view, const RowPath& path)
 {
-    SoTreeViewItem* row = view.rootItem();
-    for (auto at = path.begin(); row && at != path.end(); ++at)
-        row = row->rowAt(*at);
+    SoTreeViewItem* row = path.empty() ? nullptr : asItem(view.topLevelItem(path.front()));
+    for (std::size_t level = 1; row && level < path.size(); ++level)
+        row = row->rowAt(path[level]);
     return row;
 }
 

@@ -12,8 +12,8 @@ class SoTreeViewItem;
 /// State of rows that is given to the rows that take their place later.
 namespace mirabo {
 
-/// Where a row stands: its number among its siblings, level by level, from below the root on. Means
-/// the same row whenever the graph is the same.
+/// Where a row stands: its number among its siblings, level by level, from the top-level row on.
+/// Means the same row whenever the graph is the same.
 using RowPath = std::vector<int>;
 
 RowPath pathOf(const SoTreeViewItem* row);

@@ -14,6 +14,7 @@
 #include <kalmyr/core/SoNotificationWay.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoWriteLock.h>
+#include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
@@ -21,6 +22,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -41,14 +43,6 @@ bool isAddition(SoNotification::Kind kind)
 bool isEdit(SoNotification::Kind kind)
 {
     return kind >= SoNotification::CHILD_ADDED && kind <= SoNotification::ALL_REMOVED;
-}
-
-/// Whether rows may depend on what changed.
-bool concernsRows(const SoNotification& notification)
-{
-    if (notification.field && !mirabo::isNodeField(notification.field))
-        return false;
-    return isEdit(notification.kind) || notification.kind == SoNotification::UNSPECIFIED;
 }
 
 /// Asks an inline that has an address, but no content, to fetch it.
@@ -107,10 +101,11 @@ void SoGraphTopologyManager::setVrmlScene(bool on)
 
 void SoGraphTopologyManager::attach(SoNode* node)
 {
-    if (m_attached && !m_rootDied)
+    if (m_attached && !m_watchedDied)
         m_attached->removeAuditor(&m_recorder);
     m_attached = node;
-    m_rootDied = false;
+    m_isForContainer = false;
+    m_watchedDied = false;
     m_changes.clear();
     m_silences.clear();
     m_lastChange.clear();
@@ -120,11 +115,60 @@ void SoGraphTopologyManager::attach(SoNode* node)
         node->addAuditor(&m_recorder, SoAuditor::SENSOR);
 }
 
+void SoGraphTopologyManager::setContainer(SoGroup* container)
+{
+    m_container = container;
+    if (container)
+        container->tellOfDeath();
+    m_isContainerNew = true;
+    applyContainer();
+}
+
+/// Watches the new container, or no container, as soon as the graph may be looked at.
+void SoGraphTopologyManager::applyContainer()
+{
+    const mirabo::GraphReading graph;
+    if (!graph || m_patching) {
+        requestUpdate();
+        return;
+    }
+    m_view->context().news.deliver();
+    if (!m_isContainerNew || !m_view->hasLivingRoot())
+        return; // the next root brings it along
+    const SoMiraboTreeView::PatchScope scope(*m_view);
+    const QScopedValueRollback<bool> patching(m_patching, true);
+    follow(m_view->getRoot());
+    if (m_view->patcher().syncTops())
+        m_view->graphChanged();
+}
+
+bool SoGraphTopologyManager::watchesContainer() const
+{
+    return m_isForContainer && m_container && m_attached == m_container && !m_watchedDied;
+}
+
+SoGroup* SoGraphTopologyManager::getContainer() const
+{
+    return watchesContainer() && m_view->getRoot() ? m_container : nullptr;
+}
+
 void SoGraphTopologyManager::follow(SoNode* root)
 {
-    if (m_attached == root && !m_rootDied)
+    m_isContainerNew = false;
+    if (m_container && (!root || m_container->findChild(root) >= 0)) {
+        if (!watchesContainer())
+            attach(m_container);
+        m_isForContainer = true;
+        auto& context = m_view->context();
+        if (!m_container->isNotifyEnabled()) { // observers may have been told already
+            context.unheard.emplace(m_container, SoNotification::nextStamp());
+            context.anyUnheard = true;
+        }
         return;
-    if (m_attached && !m_rootDied) {
+    }
+    if (m_attached && m_attached == root && !m_watchedDied)
+        return;
+    if (m_attached && !m_watchedDied && !m_isForContainer) {
         const SoChildList* children = m_attached->getInternalChildren();
         // Without a scene for the moment, a container goes on waiting for the next one.
         const bool isContainer = m_attached != m_view->getRoot() && children;
@@ -139,6 +183,16 @@ bool SoGraphTopologyManager::isOtherThread() const
     return QThread::currentThread() != thread();
 }
 
+/// Whether rows may depend on what changed. The container has no row, only children.
+bool SoGraphTopologyManager::concernsRows(const SoNotification& notification) const
+{
+    if (notification.field && !mirabo::isNodeField(notification.field))
+        return false;
+    return isEdit(notification.kind)
+           || (notification.kind == SoNotification::UNSPECIFIED
+               && !(m_isForContainer && notification.container == m_attached));
+}
+
 /// Runs inside the notification walk, for every change below the watched node.
 void SoGraphTopologyManager::record(const SoNotification& notification)
 {
@@ -149,7 +203,8 @@ void SoGraphTopologyManager::record(const SoNotification& notification)
     if (!m_view->context().unheard.empty())
         recordSilences(notification);
     if (!concernsRows(notification)) {
-        if (notification.kind != SoNotification::OTHER)
+        if (notification.kind != SoNotification::OTHER
+            && !(m_isForContainer && notification.container == m_attached))
             recordValue(notification);
         return;
     }
@@ -232,16 +287,30 @@ void SoGraphTopologyManager::changed()
 
 void SoGraphTopologyManager::compareSilences()
 {
-    const QScopedValueRollback<bool> patching(m_patching, true);
-    for (std::size_t i = 0; i < m_silences.size(); ++i) {
-        const Silence silence = m_silences[i];
-        for (SoTreeViewItem* item : m_view->itemsOf(silence.node.get()))
-            if (m_view->patcher().syncSince(item, silence.since))
-                m_structureChanged = true;
+    if (m_silences.empty())
+        return;
+    bool isAnotherScene = false;
+    SoNode* next = nullptr;
+    {
+        const QScopedValueRollback<bool> patching(m_patching, true);
+        for (std::size_t i = 0; i < m_silences.size(); ++i) {
+            const Silence silence = m_silences[i];
+            if (watchesContainer() && silence.node == m_container) {
+                isAnotherScene = hasAnotherScene(next);
+                if (!isAnotherScene && m_view->patcher().syncTopsSince(silence.since))
+                    m_structureChanged = true;
+            }
+            for (SoTreeViewItem* item : m_view->itemsOf(silence.node.get()))
+                if (m_view->patcher().syncSince(item, silence.since))
+                    m_structureChanged = true;
+        }
     }
-    if (!m_silences.empty())
-        m_view->graphChanged();
+    m_view->graphChanged();
     m_silences.clear();
+    if (isAnotherScene) {
+        m_structureChanged = true;
+        m_view->setSceneGraph(next);
+    }
 }
 
 void SoGraphTopologyManager::apply(const Change& change)
@@ -346,6 +415,8 @@ bool SoGraphTopologyManager::applyToField(SoTreeViewItem* item, const Change& ch
         return patcher.syncFields(item);
     auto* list = static_cast<SoMNodeField*>(change.field);
     const bool isBound = list->isBound();
+    if (!item && !isBound)
+        return false;
     switch (change.kind) {
     case SoNotification::CHILD_ADDED:
     case SoNotification::CHILD_INSERTED:
@@ -370,6 +441,14 @@ void SoGraphTopologyManager::applyToContainer(const Change& change)
     if (!children || change.kind == SoNotification::UNSPECIFIED)
         return;
     SoNode* root = m_view->getRoot();
+    if (watchesContainer() && root && children->find(root) >= 0) {
+        m_view->graphChanged();
+        const QScopedValueRollback<bool> patching(m_patching, true);
+        if (applyTo(nullptr, change))
+            m_structureChanged = true;
+        requestUpdate();
+        return;
+    }
     const bool isAddition =
         change.kind != SoNotification::CHILD_REMOVED && change.kind != SoNotification::ALL_REMOVED;
     const int at = children->find(isAddition ? change.child : root);
@@ -395,7 +474,8 @@ SoTreeViewItem* SoGraphTopologyManager::itemAt(const std::vector<const SoNode*>&
             at = at->parentItem();
             ++link;
         }
-        if (!at)
+        // What is left of the chain is the container.
+        if (!at && std::distance(link, chain.rend()) <= (m_attached == m_view->getRoot() ? 0 : 1))
             return item;
     }
     return items.empty() ? nullptr : items.front();
@@ -406,7 +486,7 @@ void SoGraphTopologyManager::watchedDied()
 {
     const mirabo::Frame frame;
     if (isOtherThread()) {
-        m_rootDied = true;
+        m_watchedDied = true;
         changedElsewhere(0);
         return;
     }
@@ -416,12 +496,35 @@ void SoGraphTopologyManager::watchedDied()
     m_silences.clear();
     if (wasRoot)
         m_view->setSceneGraph(nullptr);
+    else if (m_isForContainer)
+        containerDied();
     else
         follow(m_view->getRoot());
 }
 
+/// The root lives on, at least for the moment; other top-level rows do not.
+void SoGraphTopologyManager::containerDied()
+{
+    m_container = nullptr;
+    follow(m_view->getRoot());
+    if (m_patching) {
+        m_isContainerNew = true;
+        requestUpdate();
+        return;
+    }
+    const SoMiraboTreeView::PatchScope scope(*m_view);
+    const QScopedValueRollback<bool> patching(m_patching, true);
+    if (!m_view->patcher().syncTops())
+        return;
+    m_view->graphChanged();
+    m_structureChangedElsewhere = true; // told in the next pass
+    requestUpdate();
+}
+
 void SoGraphTopologyManager::nodeDied(const SoNode* node)
 {
+    if (node == m_container && node != m_attached)
+        m_container = nullptr;
     m_recent.forget(node);
     if (std::find(m_lastChange.begin(), m_lastChange.end(), node) != m_lastChange.end())
         m_lastChange.clear();
@@ -446,6 +549,10 @@ void SoGraphTopologyManager::bringUpToDate()
     if (m_applying)
         return;
     m_view->context().news.deliver();
+    if (m_watchedDied && m_isForContainer && m_view->rootItem() && !m_view->rootItem()->isDead())
+        containerDied();
+    if (m_isContainerNew)
+        applyContainer();
     compareChangesElsewhere();
     dropDeadRows();
 }
@@ -472,7 +579,7 @@ void SoGraphTopologyManager::compareChangesElsewhere()
     const SoMiraboTreeView::PatchScope scope(*m_view);
     const QScopedValueRollback<bool> patching(m_patching, true);
     m_view->graphChanged();
-    m_view->patcher().syncSince(m_view->rootItem(), since);
+    m_view->patcher().syncTopsSince(since);
 }
 
 /// Whether another thread has given the watched container another scene, or the root died.
@@ -486,8 +593,20 @@ bool SoGraphTopologyManager::hasAnotherScene(SoNode*& next) const
     const SoChildList* children = m_attached->getInternalChildren();
     if (!children || (m_view->getRoot() && children->find(m_view->getRoot()) >= 0))
         return false;
-    next = children->getLength() > 0 ? children->getNodes().back() : nullptr;
+    const std::vector<SoNode*>& nodes = children->getNodes();
+    const auto last = std::find_if(nodes.rbegin(), nodes.rend(),
+                                   [this](const SoNode* node) { return !isShownAtTop(node); });
+    next = last == nodes.rend() ? nullptr : *last;
     return next != m_view->getRoot();
+}
+
+/// A further top-level row does not become the root when that goes.
+bool SoGraphTopologyManager::isShownAtTop(const SoNode* node) const
+{
+    for (const SoTreeViewItem* item : m_view->itemsOf(node))
+        if (!item->parentItem())
+            return true;
+    return false;
 }
 
 void SoGraphTopologyManager::showAnotherScene()

@@ -16,6 +16,7 @@
 #include <optional>
 #include <vector>
 
+class SoGroup;
 class SoMiraboTreeView;
 class SoSensor;
 class SoTreeViewItem;
@@ -46,7 +47,10 @@ public:
     /// child added to such a container is a new root to be shown. No reference is held.
     void attach(SoNode* node);
     SoNode* getAttachedNode() const { return m_attached; }
-    /// The tree shows another root: watches it unless the present container holds it.
+    /// As the view's function.
+    void setContainer(SoGroup* container);
+    SoGroup* getContainer() const;
+    /// The tree shows another root: watches it, or a container that holds it.
     void follow(SoNode* root);
 
     /// The root is a VRML97 world; file and inline nodes then show no children.
@@ -83,8 +87,9 @@ public:
     /// is shown on account of them.
     void setHighlighting(bool on) { m_highlighting = on; }
     RecentChanges& recentChanges() { return m_recent; }
-    /// True from the death of the root in another thread until the tree is cleared.
-    bool hasRootDied() const { return m_rootDied; }
+    /// True from the death of the watched node in another thread until the tree is cleared, or the
+    /// root turns out to live on without its container.
+    bool hasWatchedDied() const { return m_watchedDied; }
 
 public Q_SLOTS:
     /// Does what was put off to this pass of the event loop.
@@ -125,6 +130,7 @@ private:
     };
 
     bool isOtherThread() const;
+    bool concernsRows(const SoNotification& notification) const;
     void record(const SoNotification& notification);
     void recordElsewhere(const SoNotification& notification);
     void recordValue(const SoNotification& notification);
@@ -134,11 +140,15 @@ private:
     void compareSilences();
     void apply(const Change& change);
     void applyToContainer(const Change& change);
-    bool applyTo(SoTreeViewItem* item, const Change& change);
+    bool applyTo(SoTreeViewItem* item, const Change& change); ///< null: the top level
     bool applyToField(SoTreeViewItem* item, const Change& change);
     void tellWhere(const Change& change, bool currentRowWent);
     SoTreeViewItem* itemAt(const std::vector<const SoNode*>& chain) const;
     void watchedDied();
+    void containerDied();
+    void applyContainer();
+    bool watchesContainer() const;
+    bool isShownAtTop(const SoNode* node) const;
     void changedElsewhere(std::uint64_t stamp);
     void compareChangesElsewhere();
     bool hasAnotherScene(SoNode*& next) const;
@@ -149,7 +159,10 @@ private:
     QTimer m_timer;
     Recorder m_recorder;
     SoNodeSensor m_sensor;
-    SoNode* m_attached = nullptr; // Not owned; forgotten when it dies.
+    SoNode* m_attached = nullptr;   // Not owned; forgotten when it dies.
+    SoGroup* m_container = nullptr; // Not owned; forgotten when it dies.
+    bool m_isContainerNew = false;  ///< it waits for the next pass
+    bool m_isForContainer = false;  ///< what is watched is, or was, the container
     std::vector<Change> m_changes;
     std::vector<Silence> m_silences;
     std::vector<SoFieldContainer*> m_way;    ///< of the change that is recorded
@@ -165,6 +178,6 @@ private:
     bool m_contentReplaced = false;
     bool m_structureChangedElsewhere = false;       ///< told in the next pass
     std::atomic<std::uint64_t> m_elsewhereSince{0}; ///< stamp of the first change; 0: none
-    std::atomic<bool> m_rootDied{false};
+    std::atomic<bool> m_watchedDied{false};
     std::atomic<bool> m_unlockedReported{false};
 };

@@ -6,6 +6,7 @@
 #include "mirabo/tree/DropGuide.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
+#include "mirabo/tree/RowList.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/TreeContextMenu.h"
 #include "mirabo/tree/TreeIgnoreCommands.h"
@@ -15,6 +16,7 @@
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoGroup.h>
 
 #include <QApplication>
 #include <QHeaderView>
@@ -125,7 +127,7 @@ SoMiraboTreeView::~SoMiraboTreeView()
 bool SoMiraboTreeView::hasLivingRoot() const
 {
     const SoTreeViewItem* item = rootItem();
-    return !m_topology->hasRootDied() && (!item || !item->isDead());
+    return !m_topology->hasWatchedDied() && (!item || !item->isDead());
 }
 
 void SoMiraboTreeView::nodeDied(const SoNode* node)
@@ -163,7 +165,7 @@ void SoMiraboTreeView::tellNames()
 
 void SoMiraboTreeView::nodeChangedUnheard(const SoNode* node, std::uint64_t since)
 {
-    if (!m_context.index.contains(node))
+    if (!m_context.index.contains(node) && node != m_topology->getContainer())
         return;
     m_context.unheard.emplace(node, since);
     m_context.anyUnheard = true;
@@ -219,7 +221,33 @@ void SoMiraboTreeView::setPreferences()
 
 SoTreeViewItem* SoMiraboTreeView::rootItem() const
 {
+    for (int row = 0, rows = topLevelItemCount(); row < rows; ++row)
+        if (SoTreeViewItem* item = asItem(topLevelItem(row)); item->wasMadeFor(m_root))
+            return item;
     return asItem(topLevelItem(0));
+}
+
+void SoMiraboTreeView::setContainer(SoGroup* container)
+{
+    m_topology->setContainer(container);
+}
+
+SoGroup* SoMiraboTreeView::getContainer() const
+{
+    return m_topology->getContainer();
+}
+
+std::vector<SoNode*> SoMiraboTreeView::topNodes() const
+{
+    if (!m_root)
+        return {};
+    const SoGroup* container = getContainer();
+    if (!container)
+        return {m_root};
+    std::vector<SoNode*> nodes = container->getChildren()->getNodes();
+    if (container->findChild(m_root) < 0) // nobody has told yet
+        nodes.insert(nodes.begin(), m_root);
+    return nodes;
 }
 
 void SoMiraboTreeView::rowsAboutToChange()
@@ -290,7 +318,7 @@ bool SoMiraboTreeView::replaceRows(SoNode* root)
     if (!root)
         return true;
     m_context.showAll = true;
-    createItem(root, nullptr);
+    m_patcher->syncTops();
     m_context.showAll = false;
     expandItem(rootItem());
     return true;
@@ -331,16 +359,11 @@ SoTreeViewItem* SoMiraboTreeView::createItem(SoNode* node, SoTreeViewItem* paren
     mirabo::TreeBuilder builder(m_context);
     SoTreeViewItem* item = builder.build(node, sourceField, parentItem);
     rowsAboutToChange();
-    if (!parentItem) {
-        insertTopLevelItem(index < 0 ? topLevelItemCount() : std::min(index, topLevelItemCount()),
-                           item);
-        item->setHidden(item->isFilteredOut());
-        return item;
-    }
-    const int count = parentItem->rowCount();
-    const int row = index < 0 ? count : std::min(index, count);
-    parentItem->insertRow(row, item);
-    parentItem->childrenChanged(row);
+    const mirabo::RowList rows(*this, parentItem);
+    const int row = index < 0 ? rows.count() : std::min(index, rows.count());
+    rows.insert(row, item);
+    if (parentItem)
+        parentItem->childrenChanged(row);
     return item;
 }
 

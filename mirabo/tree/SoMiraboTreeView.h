@@ -19,6 +19,7 @@ class QMenu;
 class QUrl;
 class SoField;
 class SoGraphTopologyManager;
+class SoGroup;
 class SoNode;
 class SoPath;
 class SoTreeViewItem;
@@ -35,6 +36,9 @@ class TreePatcher;
 
 /// The live scene graph as a tree, one row for every occurrence of every node.
 ///
+/// The root of the scene is a top-level row. With a container that holds it there is one for each
+/// of the container's children, in their order; the container itself has no row.
+///
 /// Built completely from the root; from then on every change of the graph is in the rows before the
 /// call that made it returns. Nodes are not kept alive.
 class SoMiraboTreeView final : public QTreeWidget,
@@ -49,11 +53,22 @@ public:
     explicit SoMiraboTreeView(QWidget* parent = nullptr);
     ~SoMiraboTreeView() override;
 
-    /// Node of the first row, or null. Only compared when it may have died in another thread.
+    /// The root of the scene, or null. Only compared when it may have died in another thread.
     SoNode* getRoot() const { return m_root; }
     /// False when the root died and the tree is not cleared yet.
     bool hasLivingRoot() const;
+    /// The row of the root: the first one, unless the container has other children before it.
     SoTreeViewItem* rootItem() const;
+    /// Shows the other children of `container` (null, as at first: of none) beside the root while
+    /// it holds the root, which is looked for now and with every new root. A child that replaces
+    /// the root is another root; when the root is taken out the tree is empty, until the container
+    /// gets another child. The container is not kept alive; its death ends its rows but for the
+    /// root's. Takes effect in a later pass of the event loop while another thread edits.
+    void setContainer(SoGroup* container);
+    /// The container whose children are the top-level rows; null when the root is the only one.
+    SoGroup* getContainer() const;
+    /// The nodes of the top-level rows as the graph has them now, always with the root.
+    std::vector<SoNode*> topNodes() const;
     /// All rows of a node, in no particular order.
     std::vector<SoTreeViewItem*> itemsOf(const SoNode* node) const
     {
@@ -106,7 +121,7 @@ public:
     bool revealNode(const SoNode* node) override;
     /// Makes the row of an occurrence current that a path leads to, or the nearest one above it
     /// that has a row. When the node is held by a field, the nearest node above that is a child is
-    /// outlined. The path may begin above the root; false when it does not pass it.
+    /// outlined. The path may begin above the root; false when it passes no top-level row.
     bool revealPath(const SoPath& path);
     /// Opens a row (null: the current one, else the root) and all rows below it. Asks first when
     /// there are very many, unless the application runs unattended.
@@ -197,7 +212,7 @@ Q_SIGNALS:
     void rootAboutToChange();
     /// Another root is shown; null: none.
     void rootChanged(SoNode* root);
-    /// The object is to be outlined; null: nothing. The path starts at the root.
+    /// The object is to be outlined; null: nothing. The path starts at its top-level row's node.
     void highlightRequested(const SoPath* path);
     /// Whether the current node occurs several times, and whether occurrences are marked.
     void currentReferencesChanged(bool canShow, bool shown);
@@ -270,6 +285,7 @@ private:
     void bringTextIntoSight(const QModelIndex& index);
     bool verifyRowsInView();
     SoTreeViewItem* firstStrayAbove(SoTreeViewItem* item) const;
+    bool standsInGraph(const SoTreeViewItem* item) const;
     bool isInGraph(SoTreeViewItem* item) const;
     bool isUserBusy() const;
 

@@ -19,7 +19,7 @@ SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoTreeViewItem* target,
     if (m_place)
         return;
     m_holderRow = target->parentItem();
-    if (!m_holderRow) {
+    if (NodeSlot::of(target).isRoot()) {
         m_noPlace = {Refusal::Kind::Information, boxTitle(), "Can not add this node"};
         return;
     }
@@ -30,11 +30,10 @@ SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoTreeViewItem* target,
                                            .arg(mirabo::nodeText(*m_holderRow->getNode())));
 }
 
-SoTreeAddNodeCommand::SoTreeAddNodeCommand(NodeSlot place, SoTreeViewItem* holderRow,
+SoTreeAddNodeCommand::SoTreeAddNodeCommand(SoMiraboTreeView* view, NodeSlot place,
+                                           SoTreeViewItem* holderRow,
                                            std::shared_ptr<const mirabo::TreeEditHost> host)
-    : TreeEditCommand(static_cast<SoMiraboTreeView*>(mirabo::treeOf(holderRow)), std::move(host)),
-      m_place(std::move(place)),
-      m_holderRow(holderRow)
+    : TreeEditCommand(view, std::move(host)), m_place(std::move(place)), m_holderRow(holderRow)
 {
 }
 

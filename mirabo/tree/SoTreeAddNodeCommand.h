@@ -13,8 +13,8 @@ class SoTreeViewItem;
 class SoTreeAddNodeCommand final : public mirabo::TreeEditCommand {
 public:
     SoTreeAddNodeCommand(SoTreeViewItem* target, std::shared_ptr<const mirabo::TreeEditHost> host);
-    /// Adds at a place that was chosen already, below that row.
-    SoTreeAddNodeCommand(mirabo::NodeSlot place, SoTreeViewItem* holderRow,
+    /// Adds at a place that was chosen already, below that row (null: a top-level one).
+    SoTreeAddNodeCommand(SoMiraboTreeView* view, mirabo::NodeSlot place, SoTreeViewItem* holderRow,
                          std::shared_ptr<const mirabo::TreeEditHost> host);
 
     /// Adds a node at once, as a further addition of this command. Only before it is pushed. False,

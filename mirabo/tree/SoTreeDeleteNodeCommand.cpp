@@ -2,15 +2,16 @@
 
 #include "mirabo/core/CommandName.h"
 #include "mirabo/tree/DisabledNodes.h"
+#include "mirabo/tree/RowList.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/TreeRows.h"
 
-#include <kalmyr/core/SoNode.h>
+#include <kalmyr/nodes/SoGroup.h>
 
 #include <algorithm>
 
 using mirabo::NodeSlot;
 using mirabo::Refusal;
+using mirabo::RowList;
 
 namespace {
 
@@ -28,9 +29,12 @@ SoTreeDeleteNodeCommand::SoTreeDeleteNodeCommand(SoTreeViewItem* item,
       m_node(item->getNode()),
       m_slot(NodeSlot::of(item)),
       m_childIndex(item->childIndexValue()),
-      m_row(item->parentItem() ? item->parentItem()->indexOfRow(item) : 0),
+      m_row(RowList(*item->treeWidget(), item->parentItem()).indexOf(item)),
       m_parentItem(item->parentItem())
 {
+    if (m_slot.isRoot() && view()->getContainer())
+        for (SoNode* node : view()->topNodes())
+            m_tops.emplace_back(node);
     setName(mirabo::commandName("Delete", *item->getNode()));
     done = execute();
     m_parentItem = nullptr;
@@ -39,6 +43,8 @@ SoTreeDeleteNodeCommand::SoTreeDeleteNodeCommand(SoTreeViewItem* item,
 void SoTreeDeleteNodeCommand::visitNodes(const std::function<void(mirabo::KeptNode&)>& visit)
 {
     visit(m_node);
+    for (mirabo::KeptNode& node : m_tops)
+        visit(node);
 }
 
 QString SoTreeDeleteNodeCommand::failedText() const
@@ -82,6 +88,9 @@ bool SoTreeDeleteNodeCommand::revert()
 {
     if (m_slot.isRoot()) {
         setRoot(m_node.get());
+        if (!restoreTops())
+            return refuse(
+                {Refusal::Kind::Warning, boxTitle(), "The scene did not come back as it was."});
         if (view())
             mirabo::restoreDisabled(*view(), m_disabled);
         return true;
@@ -93,20 +102,36 @@ bool SoTreeDeleteNodeCommand::revert()
     return refuse({Refusal::Kind::Warning, "Mirabo Set Node", QString("Can't set %1.").arg(what)});
 }
 
+/// Puts the other top-level nodes beside the root again, unless they stand there still.
+bool SoTreeDeleteNodeCommand::restoreTops()
+{
+    SoGroup* container = view() ? view()->getContainer() : nullptr;
+    for (std::size_t i = 0; container && i < m_tops.size(); ++i) {
+        const int index = static_cast<int>(i);
+        SoNode* node = m_tops[i].get();
+        const bool isThere =
+            index < container->getNumChildren() && container->getChild(index) == node;
+        if (!isThere && !container->insertChild(node, index))
+            return false;
+    }
+    return true;
+}
+
 /// The row that has taken the place, else the one before it, else their parent: pressing Delete
 /// again goes on with the siblings.
 SoTreeViewItem* SoTreeDeleteNodeCommand::arrived(SoMiraboTreeView& view)
 {
     const auto rows = view.itemsOf(m_slot.holder());
-    if (rows.empty())
+    if (rows.empty() && !m_slot.isTopLevel(view))
         return nullptr;
     const auto known = std::find(rows.begin(), rows.end(), m_parentItem);
-    SoTreeViewItem* parent = known == rows.end() ? rows.front() : *known;
-    for (int row = m_row; row < parent->rowCount(); ++row)
-        if (!parent->rowAt(row)->isFilteredOut())
-            return parent->rowAt(row);
-    for (int row = std::min(m_row, parent->rowCount()); row-- > 0;)
-        if (!parent->rowAt(row)->isFilteredOut())
-            return parent->rowAt(row);
+    SoTreeViewItem* parent = known != rows.end() ? *known : rows.empty() ? nullptr : rows.front();
+    const RowList list(view, parent);
+    for (int row = m_row; row < list.count(); ++row)
+        if (!list.at(row)->isFilteredOut())
+            return list.at(row);
+    for (int row = std::min(m_row, list.count()); row-- > 0;)
+        if (!list.at(row)->isFilteredOut())
+            return list.at(row);
     return parent;
 }

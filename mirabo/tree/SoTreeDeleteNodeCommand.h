@@ -5,7 +5,8 @@
 
 class SoTreeViewItem;
 
-/// Takes the node of a row out of the place where the row stands, and can put it back.
+/// Takes the node of a row out of the place where the row stands, and can put it back. Without the
+/// root nothing is shown: the other top-level nodes go and come back with it.
 ///
 /// The node is taken by the constructor already, so that what cannot be deleted is never pushed;
 /// execute() does not do it again. Keeps a reference on the node only while it holds the last one.
@@ -32,10 +33,12 @@ private:
     const char* boxTitle() const override { return "Mirabo Delete Node"; }
     QString failedText() const;
     mirabo::Refusal whyNot() const;
+    bool restoreTops();
 
     mirabo::KeptNode m_node;
     mirabo::NodeSlot m_slot;
-    mirabo::DisabledPlaces m_disabled; ///< what was out of the scene when its root was deleted
+    mirabo::DisabledPlaces m_disabled;    ///< what was out of the scene when its root was deleted
+    std::vector<mirabo::KeptNode> m_tops; ///< with the root among them, when that is deleted
     int m_childIndex;
     int m_row;                    ///< below its parent's row, when it was deleted first
     SoTreeViewItem* m_parentItem; ///< only compared

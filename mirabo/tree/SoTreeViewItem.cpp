@@ -394,9 +394,19 @@ int SoTreeViewItem::childIndexValue() const
         return -1;
     const SoTreeViewItem* above = parentItem();
     if (!above)
-        return rowInParent();
+        return numberAtTop();
     numberIn(above);
     return m_childIndex;
+}
+
+int SoTreeViewItem::numberAtTop() const
+{
+    int number = 0;
+    for (int row = rowInParent(); row-- > 0;)
+        if (static_cast<const SoTreeViewItem*>(treeWidget()->topLevelItem(row))->m_shown
+            || m_context->showAll)
+            ++number;
+    return number;
 }
 
 int SoTreeViewItem::rowInParent() const

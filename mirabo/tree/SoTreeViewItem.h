@@ -147,7 +147,7 @@ public:
     bool isFilteredOut() const { return m_filteredOut; }
     /// It would hide the row, but somebody went to it.
     bool isRevealed() const { return m_revealed; }
-    /// For the filter, while the row is in no tree or the root.
+    /// For the filter, while the row is in no tree or a top-level one.
     void setFilteredOut(bool on, bool revealed = false);
     bool hasHiddenRows() const { return m_hasHiddenRows; }
     /// False when the filter hides the row or one above it.
@@ -197,6 +197,7 @@ private:
     int countWithHidden() const;
     SoTreeViewItem* atWithHidden(int row) const;
     int shownBefore(int row) const;
+    int numberAtTop() const;
     void numberIn(const SoTreeViewItem* above) const;
     bool isNumberedIn(const SoTreeViewItem* above) const;
     void numberChildrenUpTo(const SoTreeViewItem* item) const;

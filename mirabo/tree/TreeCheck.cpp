@@ -29,21 +29,40 @@ public:
 
     QString run()
     {
-        if (m_view.topLevelItemCount() != (m_view.getRoot() ? 1 : 0))
-            return "wrong number of roots";
-        if (m_view.getRoot())
-            walk(m_view.rootItem());
+        checkTops();
+        walk();
         if (m_fault.isEmpty())
             checkIndex();
         return m_fault;
     }
 
 private:
-    void walk(SoTreeViewItem* root)
+    void checkTops()
     {
-        if (root->getNode() != m_view.getRoot())
+        const std::vector<SoNode*> nodes = m_view.topNodes();
+        if (m_view.topLevelItemCount() != static_cast<int>(nodes.size())) {
+            m_fault = "wrong number of top-level rows";
+            return;
+        }
+        if (m_view.getRoot() && m_view.rootItem()->getNode() != m_view.getRoot())
             m_fault = "wrong root";
-        m_open.push_back(root);
+        int number = 0;
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            auto* top = static_cast<SoTreeViewItem*>(m_view.topLevelItem(static_cast<int>(i)));
+            m_open.push_back(top);
+            const bool isExcluded = m_view.context().filter.hides(top->getNodeType());
+            if (top->getNode() != nodes[i] || top->isFromField())
+                m_fault = QString("top-level row %1: another node").arg(i);
+            else if (top->data(0, Qt::UserRole).toInt() != (top->isShown() ? number++ : -1))
+                m_fault = QString("top-level row %1: wrong number").arg(i);
+            else if (top->isFilteredOut() != (isExcluded && !top->isRevealed())
+                     || top->isHidden() != top->isFilteredOut())
+                m_fault = QString("top-level row %1: hidden or shown against the filter").arg(i);
+        }
+    }
+
+    void walk()
+    {
         while (!m_open.empty() && m_fault.isEmpty()) {
             const SoTreeViewItem* item = m_open.back();
             m_open.pop_back();

@@ -4,7 +4,7 @@
 #include "mirabo/core/ErrorScope.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
-#include "mirabo/tree/SoTreeViewItem.h"
+#include "mirabo/tree/TreeRows.h"
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/io/SoWriteLock.h>
@@ -124,11 +124,13 @@ void TreeEditCommand::setRoot(SoNode* root) const
 void TreeEditCommand::noteRows(TreeState& state, bool forward) const
 {
     for (const NodeSlot* slot : forward ? left() : entered()) {
-        if (slot->isRoot()) {
-            if (const SoTreeViewItem* root = m_view->rootItem())
-                state.addBranch(*m_view, root);
+        if (slot->isRoot()) { // the others go with it
+            for (int row = 0; row < m_view->topLevelItemCount(); ++row)
+                state.addBranch(*m_view, asItem(m_view->topLevelItem(row)));
             continue;
         }
+        if (const SoTreeViewItem* top = slot->topRow(*m_view))
+            state.addBranch(*m_view, top);
         for (SoTreeViewItem* holderRow : m_view->itemsOf(slot->holder()))
             if (const SoTreeViewItem* row =
                     holderRow->isDisabledNode() ? nullptr : slot->goingBelow(holderRow))
@@ -155,6 +157,8 @@ SoTreeViewItem* TreeEditCommand::rowOf(const SoMiraboTreeView& view, const NodeS
                                        const SoTreeViewItem* holderRow)
 {
     SoTreeViewItem* any = nullptr;
+    if (slot.isTopLevel(view))
+        return slot.topRow(view);
     for (SoTreeViewItem* row : view.itemsOf(slot.holder())) {
         if (row->isDisabledNode())
             continue;

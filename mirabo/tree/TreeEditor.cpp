@@ -152,6 +152,24 @@ bool TreeEditor::addType(SoType type, SoTreeViewItem* target)
     return addNode(SoNode::create(type), target);
 }
 
+bool TreeEditor::addTopLevel(SoNode* node)
+{
+    const SoRef<SoNode> kept(node);
+    return node && run("Add node", {}, [&](Refusal& refusal) {
+               std::unique_ptr<SoTreeAddNodeCommand> command;
+               std::optional<NodeSlot> place = NodeSlot::behindAll(*m_view);
+               if (!place) {
+                   refusal = {Refusal::Kind::Information, "Add node", "Can not add this node"};
+                   return command;
+               }
+               command = std::make_unique<SoTreeAddNodeCommand>(m_view.data(), std::move(*place),
+                                                                nullptr, m_host);
+               const bool added = command->add(node);
+               refusal = command->refusal();
+               return added ? std::move(command) : nullptr;
+           });
+}
+
 bool TreeEditor::addReference(SoTreeViewItem* row, SoTreeViewItem* target, bool spaceHeld)
 {
     return run("Add node", {row, target}, [&](Refusal& refusal) {
@@ -163,8 +181,8 @@ bool TreeEditor::addReference(SoTreeViewItem* row, SoTreeViewItem* target, bool 
                 refusal.kind = Refusal::Kind::Silent;
             return command;
         }
-        command =
-            std::make_unique<SoTreeAddNodeCommand>(std::move(*plan.slot), plan.holderRow, m_host);
+        command = std::make_unique<SoTreeAddNodeCommand>(m_view.data(), std::move(*plan.slot),
+                                                         plan.holderRow, m_host);
         const bool added = command->add(row->getNode());
         refusal = command->refusal();
         return added ? std::move(command) : nullptr;

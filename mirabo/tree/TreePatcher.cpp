@@ -2,6 +2,7 @@
 
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/OpenBranches.h"
+#include "mirabo/tree/RowList.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeContext.h"
@@ -10,6 +11,7 @@
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/nodes/SoGroup.h>
 
 #include <algorithm>
 #include <iterator>
@@ -31,11 +33,12 @@ PlacedNode placeOf(const SoTreeViewItem* item)
 /// Where the entries of a child list have their rows, of which some stand for disabled nodes.
 class EntryRows {
 public:
-    EntryRows(SoTreeViewItem* item, const TreeContext& context)
-        : m_item(item), m_rows(childRowCount(item))
+    /// Item null: those at the top level.
+    EntryRows(const SoMiraboTreeView& view, SoTreeViewItem* item)
+        : m_list(view, item), m_item(item), m_rows(item ? childRowCount(item) : m_list.count())
     {
-        if (item->hasDisabledChildren())
-            findGreyRows(context);
+        if (item && item->hasDisabledChildren())
+            findGreyRows(view.context());
     }
     /// Number of rows for entries.
     int count() const { return m_rows - static_cast<int>(m_grey.size()); }
@@ -48,7 +51,7 @@ public:
                 ++row;
         return row;
     }
-    const SoNode* nodeAt(int entry) const { return m_item->rowAt(rowOf(entry))->getNode(); }
+    const SoNode* nodeAt(int entry) const { return m_list.at(rowOf(entry))->getNode(); }
     /// Whether the row of `entry` stands for `other` of the list; true beyond both ends.
     bool agree(int entry, const ShownChildren& children, int other) const
     {
@@ -99,6 +102,7 @@ private:
         return item->lastKnownRow();
     }
 
+    RowList m_list;
     SoTreeViewItem* m_item;
     int m_rows;
     std::vector<Grey> m_grey; ///< by row
@@ -160,26 +164,21 @@ bool agrees(const SoTreeViewItem* item, const FieldRows& rows, int row,
            && item->rowAt(rows.begin + row)->getNode() == nodes[static_cast<std::size_t>(entry)];
 }
 
-/// Keeps what the user has opened and chosen below a row while its rows are taken out and put back.
+/// Keeps what the user has opened and chosen in some rows of a list, and below them, while they are
+/// taken out and put back.
 class ViewState {
 public:
-    ViewState(SoMiraboTreeView& view, SoTreeViewItem* top)
+    ViewState(SoMiraboTreeView& view, const RowList& list, int begin, int end)
         : m_view(view), m_current(view.currentItem())
     {
-        std::vector<SoTreeViewItem*> open{top};
+        std::vector<SoTreeViewItem*> open;
+        for (int row = begin; row < end; ++row)
+            look(list.at(row), open);
         while (!open.empty()) {
-            SoTreeViewItem* item = open.back();
+            const SoTreeViewItem* item = open.back();
             open.pop_back();
-            for (int i = 0; i < item->rowCount(); ++i) {
-                SoTreeViewItem* child = item->rowAt(i);
-                if (child == m_current)
-                    m_holdsCurrent = true;
-                if (child->rowCount() == 0)
-                    continue;
-                if (m_view.isOpen(child))
-                    m_expanded.push_back(child);
-                open.push_back(child);
-            }
+            for (int i = 0; i < item->rowCount(); ++i)
+                look(item->rowAt(i), open);
         }
     }
     /// A row is going away with everything below it.
@@ -203,6 +202,17 @@ public:
     }
 
 private:
+    void look(SoTreeViewItem* item, std::vector<SoTreeViewItem*>& open)
+    {
+        if (item == m_current)
+            m_holdsCurrent = true;
+        if (item->rowCount() == 0)
+            return;
+        if (m_view.isOpen(item))
+            m_expanded.push_back(item);
+        open.push_back(item);
+    }
+
     SoMiraboTreeView& m_view;
     QTreeWidgetItem* m_current;
     bool m_holdsCurrent = false;
@@ -229,9 +239,16 @@ TreePatcher::TreePatcher(SoMiraboTreeView& view)
 {
 }
 
+RowList TreePatcher::rowsBelow(SoTreeViewItem* item) const
+{
+    return RowList(m_view, item);
+}
+
 /// Rows from `row` on have come, gone or moved.
 void TreePatcher::rowsChanged(SoTreeViewItem* item, int row)
 {
+    if (!item)
+        return; // top-level rows count themselves
     item->childrenChanged(row);
     m_view.openBranches().rowsChanged(item);
 }
@@ -245,14 +262,14 @@ void TreePatcher::insertRows(SoTreeViewItem* item, int row, const PlacedNode* fi
     rows.reserve(count);
     for (int i = 0; i < count; ++i)
         rows.append(m_builder.build(first[i].node, first[i].field, item));
-    item->insertRows(row, rows);
+    rowsBelow(item).insert(row, rows);
     rowsChanged(item, row);
 }
 
 void TreePatcher::insertRow(SoTreeViewItem* item, int row, const PlacedNode& place)
 {
     m_view.rowsAboutToChange();
-    item->insertRow(row, m_builder.build(place.node, place.field, item));
+    rowsBelow(item).insert(row, m_builder.build(place.node, place.field, item));
     rowsChanged(item, row);
 }
 
@@ -260,7 +277,7 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 {
     m_view.rowsAboutToChange();
     const SbTime start = SbTime::monotonic();
-    auto* taken = item->takeRow(row);
+    auto* taken = rowsBelow(item).take(row);
     const SbTime end = SbTime::monotonic();
     destroyRows(taken);
     rowsChanged(item, row); // first: it may have been the last one of an open branch
@@ -269,9 +286,10 @@ void TreePatcher::removeRow(SoTreeViewItem* item, int row)
 
 void TreePatcher::removeRows(SoTreeViewItem* item, int row, int count)
 {
-    if (count == item->rowCount() && count > 0) {
+    const RowList list = rowsBelow(item);
+    if (count == list.count() && count > 0) {
         m_view.rowsAboutToChange();
-        for (QTreeWidgetItem* taken : item->takeRows())
+        for (QTreeWidgetItem* taken : list.takeAll())
             destroyRows(static_cast<SoTreeViewItem*>(taken));
         rowsChanged(item);
         return;
@@ -289,14 +307,18 @@ void TreePatcher::rearrange(SoTreeViewItem* item, int begin, int end, const Plac
                             int count)
 {
     m_view.rowsAboutToChange();
-    ViewState state(m_view, item);
+    const RowList list = rowsBelow(item);
+    // Nearly all rows of the tree stand below the first top-level one: it stays.
+    const int from = item ? 0 : begin;
+    const int to = item ? list.count() : end;
+    ViewState state(m_view, list, from, to);
     std::unordered_multimap<const SoNode*, SoTreeViewItem*> old;
     for (int row = end; row-- > begin;) // an inserted duplicate is found first
-        old.emplace(item->rowAt(row)->getNode(), item->rowAt(row));
+        old.emplace(list.at(row)->getNode(), list.at(row));
     QList<QTreeWidgetItem*> rows;
-    rows.reserve(item->rowCount() - (end - begin) + count);
-    for (int row = 0; row < begin; ++row)
-        rows.append(item->rowAt(row));
+    rows.reserve(to - from - (end - begin) + count);
+    for (int row = from; row < begin; ++row)
+        rows.append(list.at(row));
     std::vector<std::pair<int, PlacedNode>> missing;
     for (int i = 0; i < count; ++i) {
         auto [at, last] = old.equal_range(first[i].node);
@@ -308,17 +330,20 @@ void TreePatcher::rearrange(SoTreeViewItem* item, int begin, int end, const Plac
         if (at != last)
             old.erase(at);
     }
-    for (int row = end; row < item->rowCount(); ++row)
-        rows.append(item->rowAt(row));
+    for (int row = end; row < to; ++row)
+        rows.append(list.at(row));
     for (const auto& gone : old)
         state.forget(gone.second);
 
-    item->takeRows();
+    if (item)
+        list.takeAll();
+    for (int row = from; !item && row < to; ++row)
+        list.take(from);
     for (const auto& gone : old)
         destroyRows(gone.second);
     for (const auto& [row, place] : missing)
         rows[row] = m_builder.build(place.node, place.field, item);
-    item->insertRows(0, rows);
+    list.insert(from, rows);
     rowsChanged(item);
     state.restore();
 }
@@ -331,9 +356,10 @@ bool TreePatcher::syncRows(SoTreeViewItem* item, int begin, int end,
     const auto at = [&wanted](int i) -> const PlacedNode& {
         return wanted[static_cast<std::size_t>(i)];
     };
-    while (begin < end && first < last && placeOf(item->rowAt(begin)) == at(first))
+    const RowList list = rowsBelow(item);
+    while (begin < end && first < last && placeOf(list.at(begin)) == at(first))
         ++begin, ++first;
-    while (begin < end && first < last && placeOf(item->rowAt(end - 1)) == at(last - 1))
+    while (begin < end && first < last && placeOf(list.at(end - 1)) == at(last - 1))
         --end, --last;
     if (begin == end && first == last)
         return false;
@@ -404,10 +430,18 @@ bool TreePatcher::syncAroundDisabled(SoTreeViewItem* item)
     return true;
 }
 
+ShownChildren TreePatcher::childrenOf(const SoTreeViewItem* item) const
+{
+    if (item)
+        return shownChildren(item->getNode(), m_context);
+    const SoGroup* container = m_view.getContainer();
+    return container ? ShownChildren{&container->getChildren()->getNodes(), 0} : ShownChildren{};
+}
+
 bool TreePatcher::childInserted(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    EntryRows rows(item, m_context);
-    const ShownChildren children = shownChildren(item->getNode(), m_context);
+    EntryRows rows(m_view, item);
+    const ShownChildren children = childrenOf(item);
     const int entry = index - children.first;
     const bool asExpected = children.count() == rows.count() + 1 && entry >= 0
                             && entry <= rows.count() && children[entry] == child
@@ -423,8 +457,8 @@ bool TreePatcher::childInserted(SoTreeViewItem* item, const SoNode* child, int i
 
 bool TreePatcher::childRemoved(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    EntryRows rows(item, m_context);
-    const ShownChildren children = shownChildren(item->getNode(), m_context);
+    EntryRows rows(m_view, item);
+    const ShownChildren children = childrenOf(item);
     const int entry = index - children.first;
     const bool asExpected = children.count() == rows.count() - 1 && entry >= 0
                             && entry < rows.count() && rows.nodeAt(entry) == child
@@ -440,8 +474,8 @@ bool TreePatcher::childRemoved(SoTreeViewItem* item, const SoNode* child, int in
 
 bool TreePatcher::childReplaced(SoTreeViewItem* item, const SoNode* child, int index)
 {
-    const EntryRows rows(item, m_context);
-    const ShownChildren children = shownChildren(item->getNode(), m_context);
+    const EntryRows rows(m_view, item);
+    const ShownChildren children = childrenOf(item);
     const int entry = index - children.first;
     const bool asExpected = children.count() == rows.count() && entry >= 0 && entry < rows.count()
                             && children[entry] == child && rows.nodeAt(entry) != child
@@ -510,6 +544,8 @@ bool TreePatcher::fieldNodeReplaced(SoTreeViewItem* item, SoMNodeField* field, i
 
 bool TreePatcher::syncChildren(SoTreeViewItem* item)
 {
+    if (!item)
+        return syncTops();
     if (item->hasDisabledChildren())
         return syncAroundDisabled(item);
     const ShownChildren children = shownChildren(item->getNode(), m_context);
@@ -521,6 +557,8 @@ bool TreePatcher::syncChildren(SoTreeViewItem* item)
 
 bool TreePatcher::syncFields(SoTreeViewItem* item)
 {
+    if (!item)
+        return false; // nodes in fields of the container are not shown
     std::vector<PlacedNode> wanted;
     FieldNodes().collect(item->getNode(), wanted);
     return syncRows(item, childRowCount(item), item->rowCount(), wanted);
@@ -555,6 +593,28 @@ bool TreePatcher::syncSince(SoTreeViewItem* item, std::uint64_t since)
             if (node && (node->getChangeId() >= visit.since || m_context.unheard.count(node)))
                 open.push_back({child, visit.since});
         }
+    }
+    return changed;
+}
+
+bool TreePatcher::syncTops()
+{
+    std::vector<PlacedNode> wanted;
+    for (SoNode* node : m_view.topNodes())
+        wanted.push_back({nullptr, node});
+    return syncRows(nullptr, 0, m_view.topLevelItemCount(), wanted);
+}
+
+bool TreePatcher::syncTopsSince(std::uint64_t since)
+{
+    bool changed = syncTops();
+    const RowList tops = rowsBelow(nullptr);
+    for (int i = 0; i < tops.count(); ++i) {
+        SoTreeViewItem* top = tops.at(i);
+        const SoNode* node = top->getNode();
+        if (top == m_view.rootItem()
+            || (node && (node->getChangeId() >= since || m_context.unheard.count(node))))
+            changed = syncSince(top, since) || changed;
     }
     return changed;
 }

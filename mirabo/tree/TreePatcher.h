@@ -12,6 +12,8 @@ class SoTreeViewItem;
 
 namespace mirabo {
 
+class RowList;
+
 /// Brings the rows of a tree back in line with the graph, touching only what differs.
 ///
 /// The single edits take a short way when the rows are what they were before the edit, which is
@@ -22,7 +24,8 @@ class TreePatcher {
 public:
     explicit TreePatcher(SoMiraboTreeView& view);
 
-    /// `index` counts in the node's child list, which has the change in it already.
+    /// `index` counts in the node's child list, which has the change in it already. Item null: the
+    /// list of the view's container, which holds the root.
     bool childInserted(SoTreeViewItem* item, const SoNode* child, int index);
     bool childRemoved(SoTreeViewItem* item, const SoNode* child, int index);
     bool childReplaced(SoTreeViewItem* item, const SoNode* child, int index);
@@ -41,9 +44,14 @@ public:
     /// the graph.
     bool syncSince(SoTreeViewItem* item, std::uint64_t since);
 
+    /// The top-level rows, which are those of the view's topNodes().
+    bool syncTops();
+    bool syncTopsSince(std::uint64_t since);
+
 private:
-    bool isInLine(const SoTreeViewItem* item) const;
-    bool syncAroundDisabled(SoTreeViewItem* item);
+    // In these, no item stands for the top level.
+    RowList rowsBelow(SoTreeViewItem* item) const;
+    ShownChildren childrenOf(const SoTreeViewItem* item) const;
     bool syncRows(SoTreeViewItem* item, int begin, int end, const std::vector<PlacedNode>& wanted);
     void rowsChanged(SoTreeViewItem* item, int row = 0);
     void insertRow(SoTreeViewItem* item, int row, const PlacedNode& place);
@@ -51,6 +59,9 @@ private:
     void removeRow(SoTreeViewItem* item, int row);
     void removeRows(SoTreeViewItem* item, int row, int count);
     void rearrange(SoTreeViewItem* item, int begin, int end, const PlacedNode* first, int count);
+
+    bool isInLine(const SoTreeViewItem* item) const;
+    bool syncAroundDisabled(SoTreeViewItem* item);
 
     SoMiraboTreeView& m_view;
     TreeContext& m_context;

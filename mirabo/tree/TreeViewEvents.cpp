@@ -125,12 +125,12 @@ void SoMiraboTreeView::paintEvent(QPaintEvent* event)
     QTreeWidget::paintEvent(event);
     QPainter painter(viewport());
     m_dropGuide->paint(painter);
-    const SoTreeViewItem* root = rootItem();
-    if (root && !root->isFilteredOut())
-        return;
+    for (int row = 0; row < topLevelItemCount(); ++row)
+        if (!asItem(topLevelItem(row))->isFilteredOut())
+            return;
     painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
     painter.drawText(viewport()->rect().adjusted(kHintMargin, 0, -kHintMargin, 0),
-                     Qt::AlignCenter | Qt::TextWordWrap, root ? kHiddenHint : kEmptyHint);
+                     Qt::AlignCenter | Qt::TextWordWrap, rootItem() ? kHiddenHint : kEmptyHint);
 }
 
 void SoMiraboTreeView::keyPressEvent(QKeyEvent* event)

@@ -1,4 +1,5 @@
 #include "mirabo/tree/OpenBranches.h"
+#include "mirabo/tree/RowList.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"
 
@@ -8,26 +9,34 @@
 #include <utility>
 #include <vector>
 
-// Filtering of rows. A hidden row is out of the widget, but for the root.
+// Filtering of rows. A hidden row is out of the widget, but for the top-level ones.
 
 using mirabo::asItem;
 
 namespace {
 
+/// Whether a row is to be hidden or shown.
+bool differs(const SoTreeViewItem* row, const mirabo::RowFilter& filter)
+{
+    return row->isRevealed() || row->isFilteredOut() != filter.hides(row->getNodeType());
+}
+
 /// Rows with something below them that is to be hidden or shown, upper ones first.
-std::vector<SoTreeViewItem*> findChanges(SoTreeViewItem* root, const mirabo::TreeContext& context)
+std::vector<SoTreeViewItem*> findChanges(const mirabo::RowList& tops,
+                                         const mirabo::TreeContext& context)
 {
     std::vector<SoTreeViewItem*> changed;
-    std::vector<SoTreeViewItem*> open{root};
+    std::vector<SoTreeViewItem*> open;
+    for (int row = tops.count(); row-- > 0;)
+        open.push_back(tops.at(row));
     while (!open.empty()) {
         SoTreeViewItem* item = open.back();
         open.pop_back();
-        bool differs = false;
+        bool anyDiffers = false;
         const auto look = [&](const QTreeWidgetItem* parent) {
             for (int row = 0, rows = parent->childCount(); row < rows; ++row) {
                 SoTreeViewItem* child = asItem(parent->child(row));
-                differs |= child->isRevealed()
-                           || child->isFilteredOut() != context.filter.hides(child->getNodeType());
+                anyDiffers |= differs(child, context.filter);
                 if (child->rowCount() > 0)
                     open.push_back(child);
             }
@@ -35,13 +44,13 @@ std::vector<SoTreeViewItem*> findChanges(SoTreeViewItem* root, const mirabo::Tre
         look(item);
         if (item->hasHiddenRows())
             look(context.hidden.at(item).get());
-        if (differs)
+        if (anyDiffers)
             changed.push_back(item);
     }
     return changed;
 }
 
-/// The row itself or the next one above that the filter will show; null: not even the root.
+/// The row itself or the next one above that the filter will show; null: none.
 SoTreeViewItem* nextShown(SoTreeViewItem* item, const mirabo::RowFilter& filter)
 {
     SoTreeViewItem* shown = item;
@@ -83,16 +92,14 @@ void SoMiraboTreeView::filterItems()
     SoTreeViewItem* current = asItem(currentItem());
     if (SoTreeViewItem* next = nextShown(current, m_context.filter); next != current)
         QTreeWidget::setCurrentItem(next); // whoever hears of it may show another scene
-    SoTreeViewItem* root = rootItem();
-    if (!root)
-        return;
-    const bool hidesRoot = m_context.filter.hides(root->getNodeType());
-    const std::vector<SoTreeViewItem*> changed = findChanges(root, m_context);
-    if (changed.empty() && root->isFilteredOut() == hidesRoot && !root->isRevealed())
+    const mirabo::RowList tops(*this, nullptr);
+    const std::vector<SoTreeViewItem*> changed = findChanges(tops, m_context);
+    bool topsDiffer = false;
+    for (int row = 0; row < tops.count(); ++row)
+        topsDiffer = topsDiffer || differs(tops.at(row), m_context.filter);
+    if (changed.empty() && !topsDiffer)
         return;
     sortRows(changed);
-    root->setFilteredOut(hidesRoot);
-    root->setHidden(hidesRoot);
     m_scrollPending = true;
     resizeAllColumns();
 }
@@ -105,11 +112,20 @@ void SoMiraboTreeView::sortRows(const std::vector<SoTreeViewItem*>& parents)
     m_openBranches->putAside();
     const QScopedValueRollback<bool> closing(m_closing, true); // a layout would open them again
     QTreeWidget::setCurrentItem(nullptr);
-    SoTreeViewItem* root = rootItem();
-    const int at = indexOfTopLevelItem(root);
-    takeTopLevelItem(at);
+    const mirabo::RowList tops(*this, nullptr);
+    const QList<QTreeWidgetItem*> rows = tops.takeAll();
     sort(parents, m_context.filter);
-    insertTopLevelItem(at, root);
+    std::vector<SoTreeViewItem*> shownAgain;
+    for (QTreeWidgetItem* row : rows) {
+        SoTreeViewItem* top = asItem(row);
+        const bool wasHidden = top->isFilteredOut();
+        top->setFilteredOut(m_context.filter.hides(top->getNodeType()));
+        if (wasHidden && !top->isFilteredOut())
+            shownAgain.push_back(top);
+    }
+    tops.insert(0, rows);
+    for (SoTreeViewItem* top : shownAgain)
+        top->setHidden(false);
     QTreeWidget::setCurrentItem(current);
     rowsAboutToChange();
 }

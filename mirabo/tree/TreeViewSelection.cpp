@@ -6,6 +6,7 @@
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoGroup.h>
 
 #include <QApplication>
 #include <QLineEdit>
@@ -51,17 +52,40 @@ SoTreeViewItem* childRow(const SoTreeViewItem* parent, const SoNode* node, int i
     return first;
 }
 
-/// The row of a path's last node that has one, below `root`; null when the path does not pass that.
-SoTreeViewItem* rowOf(const SoPath& path, SoTreeViewItem* root)
-{
+/// A top-level row that a path passes, and where.
+struct Entrance {
     SoTreeViewItem* row = nullptr;
+    int at = -1;
+};
+
+/// Behind the container it is known which of them; else the root's comes before others.
+Entrance entranceOf(const SoPath& path, const SoMiraboTreeView& view)
+{
+    const SoNode* container = view.getContainer();
+    Entrance any;
     for (int i = 0; i < path.getLength(); ++i) {
-        if (!row && root && path.getNode(i) == root->getNode())
-            row = root;
-        else if (row) // a kit's own groups have no rows
-            if (SoTreeViewItem* child = childRow(row, path.getNode(i), path.getIndex(i)))
-                row = child;
+        const SoNode* node = path.getNode(i);
+        if (container && i > 0 && path.getNode(i - 1) == container) {
+            SoTreeViewItem* row = asItem(view.topLevelItem(path.getIndex(i)));
+            if (row && row->getNode() == node)
+                return {row, i};
+        }
+        if (any.row && any.row == view.rootItem())
+            continue;
+        for (SoTreeViewItem* row : view.itemsOf(node))
+            if (row->parentItem() == nullptr && (!any.row || row == view.rootItem()))
+                any = {row, i};
     }
+    return any;
+}
+
+/// The row of a path's last node that has one; null when the path passes no top-level row.
+SoTreeViewItem* rowOf(const SoPath& path, const SoMiraboTreeView& view)
+{
+    auto [row, at] = entranceOf(path, view);
+    for (int i = at + 1; row && i < path.getLength(); ++i) // a kit's own groups have no rows
+        if (SoTreeViewItem* child = childRow(row, path.getNode(i), path.getIndex(i)))
+            row = child;
     return row;
 }
 
@@ -263,7 +287,7 @@ bool SoMiraboTreeView::revealPath(const SoPath& path)
     {
         const mirabo::GraphReading graph;
         if (graph)
-            row = rowOf(path, rootItem());
+            row = rowOf(path, *this);
     }
     if (!row)
         return false;

@@ -8,6 +8,7 @@
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/nodes/SoGroup.h>
 
 #include <algorithm>
 #include <unordered_set>
@@ -19,8 +20,8 @@ using mirabo::asItem;
 
 namespace {
 
-/// Whether a row still is where the graph has its node. Only the parent's node is looked into.
-bool standsInGraph(const SoTreeViewItem* item, const mirabo::TreeContext& context)
+/// The same for a row with a parent. Only that one's node is looked into.
+bool standsBelow(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
     const SoNode* parent = item->getParentNode();
     if (item->isDisabledNode())
@@ -60,10 +61,26 @@ SoTreeViewItem* SoMiraboTreeView::firstStrayAbove(SoTreeViewItem* item) const
     std::vector<SoTreeViewItem*> chain;
     for (; item; item = item->parentItem())
         chain.push_back(item);
-    for (auto at = chain.rbegin() + 1; at < chain.rend(); ++at)
-        if (!standsInGraph(*at, m_context))
+    for (auto at = chain.rbegin(); at < chain.rend(); ++at)
+        if (!standsInGraph(*at))
             return *at;
     return nullptr;
+}
+
+/// Whether a row still is where the graph has its node. The root is, while it lives.
+bool SoMiraboTreeView::standsInGraph(const SoTreeViewItem* item) const
+{
+    if (item->parentItem())
+        return standsBelow(item, m_context);
+    if (item == rootItem())
+        return true;
+    const SoGroup* container = getContainer();
+    if (!container || item->isDead())
+        return !item->isDead();
+    // As topNodes() has them.
+    const int child = item->rowInParent() - (container->findChild(m_root) < 0 ? 1 : 0);
+    return child >= 0 && child < container->getNumChildren()
+           && container->getChild(child) == item->getNode();
 }
 
 bool SoMiraboTreeView::isInGraph(SoTreeViewItem* item) const
@@ -83,7 +100,10 @@ bool SoMiraboTreeView::verify(SoTreeViewItem* item)
     if (!stray)
         return true;
     const PatchScope scope(*this);
-    m_patcher->sync(stray->parentItem());
+    if (SoTreeViewItem* parent = stray->parentItem())
+        m_patcher->sync(parent);
+    else
+        m_patcher->syncTops();
     return false;
 }
 
@@ -97,8 +117,7 @@ bool SoMiraboTreeView::verifyRowsInView()
             break;
         // Siblings share their ancestors; but each may itself be a stray.
         const bool isNewFamily = families.insert(item->parent()).second;
-        if (isNewFamily ? !verify(item)
-                        : item->parent() && !standsInGraph(item, m_context) && !verify(item))
+        if (isNewFamily ? !verify(item) : !standsInGraph(item) && !verify(item))
             return false;
     }
     return true;

@@ -30,7 +30,7 @@ EditedTree::EditedTree(SoMiraboTreeView& view)
               [this](const mirabo::Refusal& refusal) {
                   boxes.push_back(refusal.title.toStdString() + ": " + refusal.text.toStdString());
               },
-              [this](SoNode* root) { m_view.setSceneGraph(root); }}),
+              [this](SoNode* root) { setRoot(root); }}),
       m_view(view)
 {
     ParameterHolder::initClass();
@@ -61,6 +61,18 @@ EditedTree::~EditedTree()
     m_view.blockSignals(false);
 }
 
+void EditedTree::setRoot(SoNode* root)
+{
+    if (container) {
+        m_view.setContainer(nullptr);
+        container->removeAllChildren();
+        if (root)
+            container->addChild(root);
+        m_view.setContainer(container.get());
+    }
+    m_view.setSceneGraph(root);
+}
+
 std::string EditedTree::box()
 {
     QCoreApplication::processEvents(); // undo and redo tell later
@@ -83,8 +95,8 @@ std::string lookOf(const SoMiraboTreeView& view)
     std::vector<const SoTreeViewItem*> open;
     const QList<QTreeWidgetItem*> selection = view.selectedItems();
     const QTreeWidgetItem* selected = selection.size() == 1 ? selection.front() : nullptr;
-    if (view.rootItem())
-        open.push_back(view.rootItem());
+    for (int row = view.topLevelItemCount(); row-- > 0;)
+        open.push_back(static_cast<const SoTreeViewItem*>(view.topLevelItem(row)));
     while (!open.empty()) {
         const SoTreeViewItem* row = open.back();
         open.pop_back();

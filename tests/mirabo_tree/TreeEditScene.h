@@ -37,6 +37,8 @@ public:
     /// The last box, "title: text", and forgets it.
     std::string box();
 
+    /// Set: holds the root, as a viewer does, and perhaps further top-level nodes.
+    SoRef<SoGroup> container;
     mirabo::UndoStack stack;
     mirabo::CommandOwner owner;
     std::vector<std::string> boxes;
@@ -44,6 +46,8 @@ public:
     mirabo::TreeEditor editor;
 
 private:
+    void setRoot(SoNode* root);
+
     SoMiraboTreeView& m_view;
 };
 

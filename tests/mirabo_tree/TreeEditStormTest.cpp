@@ -160,16 +160,37 @@ public:
     /// What the tree looked like when the last command at a point was given.
     const std::string& lookBefore() const { return m_lookBefore; }
 
-    std::string text() { return m_view.getRoot() ? textOf(m_view.getRoot()) : std::string(); }
+    std::string text()
+    {
+        std::string text;
+        for (SoNode* node : tops())
+            text += textOf(node);
+        return text;
+    }
     std::string check()
     {
         std::string fault = mirabo::checkTree(m_view).toStdString();
-        if (fault.empty() && m_view.rootItem())
-            fault = compare(m_view.rootItem(), mirabo::isVrmlScene(), m_live);
+        const std::vector<SoNode*> nodes = tops();
+        if (fault.empty() && m_view.topLevelItemCount() != static_cast<int>(nodes.size()))
+            fault = "a top-level row too many or too few";
+        for (std::size_t i = 0; i < nodes.size() && fault.empty(); ++i) {
+            const auto* row =
+                static_cast<SoTreeViewItem*>(m_view.topLevelItem(static_cast<int>(i)));
+            fault = row->getNode() == nodes[i] ? compare(row, mirabo::isVrmlScene(), m_live)
+                                               : "another node at the top";
+        }
         return fault;
     }
 
 private:
+    std::vector<SoNode*> tops()
+    {
+        if (!m_view.getRoot())
+            return {};
+        return m_edited.container ? m_edited.container->getChildren()->getNodes()
+                                  : std::vector<SoNode*>{m_view.getRoot()};
+    }
+
     void build()
     {
         auto* group = static_cast<SoGroup*>(m_root);
@@ -216,7 +237,8 @@ private:
 
     SoTreeViewItem* anyRow()
     {
-        SoTreeViewItem* row = m_view.rootItem();
+        const int count = m_view.topLevelItemCount();
+        auto* row = static_cast<SoTreeViewItem*>(m_view.topLevelItem(count > 1 ? below(count) : 0));
         while (row && row->childCount() > 0 && below(5) > 0)
             row = row->childItem(below(row->childCount()));
         return row;
@@ -272,8 +294,12 @@ private:
         mirabo::TreeEditor& editor = m_edited.editor;
         SoTreeViewItem* row = static_cast<SoTreeViewItem*>(m_view.currentItem());
         const bool isFullHouse = m_view.context().index.itemCount() > kMostRows;
-        if (!row || !row->parentItem()) { // the root stays
+        if (!row || row == m_view.rootItem()) { // the root stays
             editor.addNode(newNode(), m_view.rootItem());
+            return;
+        }
+        if (m_edited.container && !isFullHouse && below(m_view.topLevelItemCount() * 3) == 0) {
+            editor.addTopLevel(newNode());
             return;
         }
         switch (isFullHouse ? 0 : below(10)) {
@@ -310,7 +336,14 @@ private:
     int m_tries = 0;
 };
 
-class TreeEditStorm : public TreeTest, public ::testing::WithParamInterface<bool> {};
+struct World {
+    const char* name;
+    bool isVrml;
+    bool hasContainer; ///< for further top-level rows
+    unsigned seed;
+};
+
+class TreeEditStorm : public TreeTest, public ::testing::WithParamInterface<World> {};
 
 } // namespace
 
@@ -321,11 +354,18 @@ TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
     const int every = numberFrom("MIRABO_STORM_EVERY", std::max(10, commands / 1000));
     const SteppingClock clock(.0003); // removals get dear now and then
     root = nullptr;
-    SoRef<SoNode> top(GetParam() ? static_cast<SoNode*>(new SoVRMLGroup) : new SoSeparator);
+    SoRef<SoNode> top(GetParam().isVrml ? static_cast<SoNode*>(new SoVRMLGroup) : new SoSeparator);
     std::unique_ptr<Storm> storm;
     {
         EditedTree edited(view);
-        storm = std::make_unique<Storm>(view, edited, top.get(), GetParam() ? 7u : 11u);
+        const auto seed = static_cast<unsigned>(
+            numberFrom("MIRABO_STORM_SEED", static_cast<int>(GetParam().seed)));
+        storm = std::make_unique<Storm>(view, edited, top.get(), seed);
+        if (GetParam().hasContainer) {
+            edited.container = new SoSeparator;
+            edited.container->addChild(top.get());
+            view.setContainer(edited.container.get());
+        }
         view.setSceneGraph(top.get());
         view.expandBelow(nullptr);
         view.show();
@@ -392,6 +432,7 @@ TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
         EXPECT_EQ(edited.boxes.size(), refused) << edited.boxes.back(); // none in undo and redo
         std::printf("%d commands of %d tries, %zu points, %zu bytes of text at the end\n", commands,
                     storm->tries(), points.size(), points.back().text.size());
+        view.setContainer(nullptr);
         view.setSceneGraph(nullptr);
     }
     top = nullptr;
@@ -399,5 +440,9 @@ TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
     EXPECT_EQ(storm->live().count(), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Worlds, TreeEditStorm, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "Vrml97" : "Kalmyr"; });
+INSTANTIATE_TEST_SUITE_P(Worlds, TreeEditStorm,
+                         ::testing::Values(World{"Kalmyr", false, false, 11},
+                                           World{"Vrml97", true, false, 7},
+                                           World{"KalmyrTops", false, true, 3},
+                                           World{"Vrml97Tops", true, true, 5}),
+                         [](const auto& info) { return info.param.name; });

@@ -22,11 +22,13 @@
 
 namespace {
 
-/// Random edits of a graph with shared groups, holders, node kits, files, inlines and VRML groups.
-/// Refused edits (cycles) post errors in the toolkit, so the script looks first.
+/// Random edits of a graph with shared groups, holders, node kits, files, inlines and VRML groups,
+/// and of the container that holds the root, if there is one. Refused edits (cycles) post errors in
+/// the toolkit, so the script looks first.
 class Script {
 public:
-    Script(SoMiraboTreeView& view, SoGroup* root, unsigned seed) : m_view(view), m_random(seed)
+    Script(SoMiraboTreeView& view, SoGroup* root, unsigned seed, SoGroup* container = nullptr)
+        : m_view(view), m_root(root), m_container(container), m_random(seed)
     {
         SoWWWInline::setFetchURLCallBack(fetch<SoWWWInline>, this);
         SoVRMLInline::setFetchURLCallBack(fetch<SoVRMLInline>, this);
@@ -59,6 +61,10 @@ public:
         // The number of occurrences may explode: then it is time to tidy up.
         if (m_view.context().index.itemCount() > kMostRows)
             m_groups[below(m_groups.size())]->removeAllChildren();
+        if (m_container && below(6) == 0) {
+            editTops();
+            return;
+        }
         switch (below(5)) {
         case 0:
             editKit(m_kits[below(m_kits.size())].get());
@@ -76,7 +82,13 @@ public:
 
     /// An edit to be made in the midst of another one. Kits are left alone: they make parts in
     /// several edits, and hand them out in the end.
-    void stepInside() { editGroup(m_groups[below(m_groups.size())].get()); }
+    void stepInside()
+    {
+        if (m_container && below(4) == 0)
+            editTops();
+        else
+            editGroup(m_groups[below(m_groups.size())].get());
+    }
 
     template <class N>
     int below(N n)
@@ -113,6 +125,47 @@ private:
             break;
         default:
             shuffle(group);
+        }
+    }
+
+    /// The root stays, though other nodes, or itself once more, may come before it.
+    void editTops()
+    {
+        std::vector<SoNode*> nodes = m_container->getChildren()->getNodes();
+        const int at = below(nodes.size());
+        const bool mayGo = nodes[static_cast<std::size_t>(at)] != m_root
+                           || std::count(nodes.begin(), nodes.end(), m_root) > 1;
+        switch (below(6)) {
+        case 0:
+        case 1:
+            add(m_container, below(nodes.size() + 1));
+            break;
+        case 2:
+            if (mayGo)
+                m_container->removeChild(at);
+            break;
+        case 3:
+            if (const SoRef<SoNode> node = pick(m_container); node && mayGo)
+                m_container->replaceChild(at, node.get());
+            break;
+        case 4:
+            std::shuffle(nodes.begin(), nodes.end(), m_random);
+            if (nodes.back() != m_root)
+                nodes.pop_back();
+            m_container->setChildren(nodes);
+            break;
+        default:
+            if (!m_container->isNotifyEnabled())
+                break;
+            m_container->enableNotify(false);
+            for (int i = 0; i < 3; ++i)
+                editTops();
+            if (below(2))
+                editGroup(m_groups[below(m_groups.size())].get());
+            if (below(3) == 0)
+                QCoreApplication::processEvents();
+            m_container->enableNotify(true);
+            m_container->touch();
         }
     }
 
@@ -286,6 +339,8 @@ private:
     static constexpr int kWidest = 4;
     static constexpr std::size_t kMostRows = 3000;
     SoMiraboTreeView& m_view;
+    SoNode* m_root;
+    SoGroup* m_container;
     std::mt19937 m_random;
     std::vector<SoRef<SoGroup>> m_groups;
     std::vector<SoRef<FieldHolder>> m_holders;
@@ -329,15 +384,31 @@ int steps()
 
 } // namespace
 
-class TreeRandomEdits : public TreeTest, public ::testing::WithParamInterface<unsigned> {};
+/// Seeds 3 and above have a container with further top-level rows.
+class TreeRandomEdits : public TreeTest, public ::testing::WithParamInterface<unsigned> {
+protected:
+    void useContainer(SoMiraboTreeView& tree)
+    {
+        if (GetParam() < 3)
+            return;
+        if (!container)
+            container = new SoSeparator;
+        if (container->getNumChildren() == 0)
+            container->addChild(root.get());
+        tree.setContainer(container.get());
+    }
+
+    SoRef<SoGroup> container;
+};
 
 TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
 {
     if (GetParam() % 2 == 0) // a VRML97 world
         root = new SoVRMLGroup;
+    useContainer(view);
     view.setSceneGraph(root.get());
-    Script script(view, root.get(), GetParam());
-    const Meddler meddler(script, root.get());
+    Script script(view, root.get(), GetParam(), container.get());
+    const Meddler meddler(script, container ? container.get() : root.get());
     view.show();
     std::mt19937 random(GetParam());
     for (int i = 0; i < steps(); ++i) {
@@ -352,6 +423,7 @@ TEST_P(TreeRandomEdits, LeaveTheTreeEqualToTheGraph)
             pass();
         }
     }
+    ASSERT_EQ(view.getRoot(), root.get());
 }
 
 namespace {
@@ -402,7 +474,9 @@ TEST_P(TreeRandomEdits, ShowWhatTheFilterShows)
 {
     SoMiraboTreeView unfiltered;
     unfiltered.setSceneGraph(root.get());
-    Script script(view, root.get(), GetParam());
+    useContainer(unfiltered);
+    useContainer(view);
+    Script script(view, root.get(), GetParam(), container.get());
     view.show();
     std::mt19937 random(GetParam());
     int revealed = 0;
@@ -411,14 +485,18 @@ TEST_P(TreeRandomEdits, ShowWhatTheFilterShows)
             view.setFilter(maskFrom(random));
         script.step();
         ASSERT_EQ(check(), "") << "after step " << i;
-        if (!view.rootItem()->isFilteredOut()) {
-            ASSERT_EQ(filterFault(view.rootItem(), unfiltered.rootItem(), view.getFilter()), "")
-                << "after step " << i;
-        }
+        for (int top = 0; top < view.topLevelItemCount(); ++top)
+            if (!asRow(view.topLevelItem(top))->isFilteredOut()) {
+                ASSERT_EQ(filterFault(asRow(view.topLevelItem(top)),
+                                      asRow(unfiltered.topLevelItem(top)), view.getFilter()),
+                          "")
+                    << "after step " << i;
+            }
         if (i % 10 == 0) {
             if (QTreeWidgetItem* item = view.itemAt(5, static_cast<int>(random() % 400)))
                 item->setExpanded(random() % 4 != 0);
-            SoTreeViewItem* row = view.rootItem();
+            SoTreeViewItem* row = asRow(view.topLevelItem(
+                static_cast<int>(random() % static_cast<unsigned>(view.topLevelItemCount()))));
             while (row->rowCount() > 0 && random() % 4)
                 row =
                     row->rowAt(static_cast<int>(random() % static_cast<unsigned>(row->rowCount())));
@@ -434,7 +512,7 @@ TEST_P(TreeRandomEdits, ShowWhatTheFilterShows)
     EXPECT_EQ(filterFault(view.rootItem(), unfiltered.rootItem(), mirabo::kAllCategories), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Values(1u, 2u, 3u, 4u));
+INSTANTIATE_TEST_SUITE_P(Seeds, TreeRandomEdits, ::testing::Range(1u, 7u));
 
 namespace {
 

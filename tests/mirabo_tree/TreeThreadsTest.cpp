@@ -43,6 +43,7 @@ public:
             m_kits.emplace_back(new SoShapeKit);
             root->addChild(m_kits.back().get());
         }
+        m_first = root->getNumChildren();
     }
 
     void edit()
@@ -111,7 +112,7 @@ private:
     }
     void editGroup(SoGroup* group)
     {
-        const int first = group == m_groups[0].get() ? 14 : 0; // what is edited stays
+        const int first = group == m_groups[0].get() ? m_first : 0; // what is edited stays
         const int count = group->getNumChildren() - first;
         switch (count > 6 ? 2 : below(4)) {
         case 0:
@@ -154,6 +155,7 @@ public:
 
 private:
     std::mt19937 m_random;
+    int m_first = 0;
     std::vector<SoRef<SoGroup>> m_groups;
     std::vector<SoRef<FieldHolder>> m_holders;
     std::vector<SoRef<SoShapeKit>> m_kits;
@@ -206,9 +208,13 @@ class TreeThreads : public TreeTest, public ::testing::WithParamInterface<int> {
 TEST_P(TreeThreads, FollowsEditorsOfOtherThreads)
 {
     std::vector<std::unique_ptr<Editor>> editors;
+    const SoRef<SoGroup> container(new SoSeparator);
+    container->addChild(root.get());
+    view.setContainer(container.get());
     for (int i = 0; i < GetParam(); ++i) {
-        auto* part = new SoSeparator;
-        root->addChild(part);
+        SoGroup* part = i == 2 ? container.get() : new SoSeparator; // its top-level rows
+        if (part != container)
+            root->addChild(part);
         editors.push_back(std::make_unique<Editor>(part, static_cast<unsigned>(i) + 1));
     }
     view.show();
@@ -239,7 +245,7 @@ TEST_P(TreeThreads, FollowsEditorsOfOtherThreads)
     EXPECT_EQ(check(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Editors, TreeThreads, ::testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Editors, TreeThreads, ::testing::Values(1, 2, 3));
 
 TEST_F(TreeTest, ComparesWhatAnotherThreadChanged)
 {
