@@ -227,8 +227,14 @@ void Session::connectOverview()
 void Session::connectViewer()
 {
     SoMiraboViewer* viewer = SoMiraboViewer::instance();
-    connect(viewer, &SoMiraboViewer::sceneAboutToChange, this, [this] { m_edition->clear(); });
-    connect(viewer, &SoMiraboViewer::sceneChanged, m_tree, &SoMiraboTreeView::setSceneGraph);
+    connect(viewer, &SoMiraboViewer::sceneAboutToChange, this, [this] {
+        m_edition->clear();
+        m_tree->setContainer(nullptr); // what leaves the selection node now is no scene by itself
+    });
+    connect(viewer, &SoMiraboViewer::sceneChanged, m_tree, [this](SoNode* root) {
+        m_tree->setContainer(SoMiraboViewer::instance()->getSelectionNode());
+        m_tree->setSceneGraph(root);
+    });
     viewer->setReloadKeeper(
         [tree = QPointer(m_tree), edition = QPointer(m_edition.get())]() -> std::function<void()> {
             if (!tree || !edition)
@@ -380,6 +386,7 @@ void Session::release()
     SoMiraboViewer::instance()->disconnect();
     m_edition->clear();
     m_edition->disconnect();
+    m_tree->setContainer(nullptr);
     m_tree->setSceneGraph(nullptr);
     m_ignore.reset();
     m_edits.reset();

@@ -4,6 +4,7 @@
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/io/SoWriteLock.h>
+#include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 #include <kalmyr/qt/SoQtRenderArea.h>
 
@@ -96,6 +97,65 @@ TEST_F(HostedTest, FollowsTheHostsEdits)
     scene->removeAllChildren();
     EXPECT_EQ(rowCount(), 1);
     pass();
+}
+
+/// The selection node above the scene; null: there is none.
+SoSelection* selectionAbove(const SoNode& scene)
+{
+    const SoAuditorList& auditors = scene.getAuditors();
+    for (int i = 0; i < auditors.getLength(); ++i) {
+        if (auditors[i].type != SoAuditor::PARENT)
+            continue;
+        SoNode* parent = static_cast<SoChildList*>(auditors[i].auditor)->getParent();
+        if (parent->isOfType(SoSelection::getClassTypeId()))
+            return static_cast<SoSelection*>(parent);
+    }
+    return nullptr;
+}
+
+TEST_F(HostedTest, ShowsWhatStandsBesideTheScene)
+{
+    hooks().m_mirabo_startNode(scene.get());
+    const SoRef<SoSelection> selection(selectionAbove(*scene));
+    ASSERT_TRUE(selection);
+    auto* pasted = new SoSeparator;
+    pasted->addChild(new SoCube);
+    selection->addChild(pasted);
+    ASSERT_EQ(tree()->topLevelItemCount(), 2);
+    pasted->addChild(new SoSphere);
+    QTreeWidgetItem* row = tree()->topLevelItem(1);
+    ASSERT_EQ(row->childCount(), 2);
+    tree()->setCurrentItem(row->child(1));
+    EXPECT_EQ(MrbServices::getInstance()->getSelectedNode(), pasted->getChild(1));
+    ASSERT_EQ(selection->getNumSelected(), 1);
+    const SoPath* outlined = selection->getPath(0);
+    EXPECT_EQ(outlined->getTail(), pasted->getChild(1));
+    EXPECT_EQ(outlined->getIndex(1), 1);
+
+    tree()->setCurrentItem(row);
+    pass();
+    action("&Delete")->trigger();
+    EXPECT_EQ(selection->getNumChildren(), 1);
+    EXPECT_EQ(rowCount(), support::kHostSceneRows);
+    action("&Undo")->trigger();
+    EXPECT_EQ(rowCount(), support::kHostSceneRows + 3);
+
+    // The root goes with all, and comes back with all.
+    tree()->setCurrentItem(tree()->topLevelItem(0));
+    pass();
+    action("&Delete")->trigger();
+    EXPECT_EQ(rowCount(), 0);
+    EXPECT_EQ(selection->getNumChildren(), 0);
+    action("&Undo")->trigger();
+    EXPECT_EQ(rowCount(), support::kHostSceneRows + 3);
+    EXPECT_EQ(selection->findChild(pasted), 1);
+
+    MrbServices::getInstance()->setSceneGraph(pasted); // another scene
+    EXPECT_EQ(rowCount(), 3);
+    EXPECT_EQ(tree()->topLevelItemCount(), 1);
+    hooks().m_mirabo_stop();
+    EXPECT_EQ(selection->getNumChildren(), 0);
+    selection->addChild(new SoCube); // nobody follows it any more
 }
 
 TEST_F(HostedTest, IgnoresASecondStart)
