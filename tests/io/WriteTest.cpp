@@ -189,3 +189,17 @@ TEST_F(WriteTest, KeepsFloatsToTheBit)
     EXPECT_EQ(std::memcmp(points.getValues(), coords->point.getValues(), sizeof(SbVec3f) * 3000),
               0);
 }
+
+TEST_F(WriteTest, LeavesTheFieldsOutWithTheRoot)
+{
+    const SoRef<SoSeparator> holder(new SoSeparator);
+    holder->renderCaching = SoSeparator::OFF;
+    holder->addChild(new SoCube);
+    holder->addChild(new SoMaterial);
+    SoOutput out;
+    out.setBuffer();
+    SoWriteAction write(&out);
+    write.setRootWritten(false);
+    write.apply(holder.get());
+    EXPECT_EQ(std::string(out.getText()), std::string(io::kAscii) + "\nCube { }\nMaterial { }\n");
+}

@@ -367,7 +367,9 @@ void SceneWriter::field(SoNode* node, const SbName& name, SoField* field)
     const SoField::FieldType kind = field->getFieldType();
     if ((unset && !field->isIgnored()) || kind == SoField::EVENT_IN || kind == SoField::EVENT_OUT)
         return;
-    if (!m_counting && isWrapper(node) && bound) {
+    if (isWrapper(node) && !bound)
+        return; // its children only
+    if (!m_counting && isWrapper(node)) {
         for (SoNode* child : static_cast<SoMNodeField*>(field)->getValues()) {
             writeNode(child);
             m_buffer += '\n';
