@@ -9,11 +9,14 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/tree/TreeEditCommand.h"
 #include "mirabo/tree/TreeEditor.h"
+#include "mirabo/viewer/SceneClipboard.h"
 #include "mirabo/viewer/SceneText.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoSeparator.h>
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -25,6 +28,23 @@ namespace mirabo {
 namespace {
 
 constexpr char kClipboardTitle[] = "Mirabo Insert Clipboard";
+constexpr int kMessageMs = 5000; // how long a message stays in the status bar
+
+/// Null when the viewer would have it selected, if anybody had chosen it.
+SoRef<SoPath> pathOfCurrent(const SoMiraboTreeView& tree)
+{
+    const auto* row = static_cast<const SoTreeViewItem*>(tree.currentItem());
+    const bool isSelectable = row && !row->isFromField();
+    if (!row || row->isDead()
+        || (isSelectable
+            && SoMiraboViewer::instance()->getHighlightMode() == SoMiraboViewer::OUTLINED))
+        return {};
+    const SoRef<SoSeparator> top(new SoSeparator);
+    top->addChild(row->getNode());
+    SoRef<SoPath> path(new SoPath(top.get()));
+    path->append(row->getNode(), 0);
+    return path;
+}
 
 } // namespace
 
@@ -46,6 +66,7 @@ EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCom
     connectTree(tree, hub);
     registerActions(tree, hub);
     registerClipboard(tree, hub);
+    registerScene(tree, hub);
     connect(tree, &SoMiraboTreeView::statusHint, frame, [frame](const QString& hint) {
         if (hint.isEmpty())
             frame->statusBar()->clearMessage();
@@ -56,6 +77,8 @@ EditActions::EditActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tree, SoCom
 
 EditActions::~EditActions()
 {
+    if (SoMiraboViewer::exists())
+        SoMiraboViewer::instance()->setSceneEdits({});
     delete m_adding; // the tree's, as the editor is, but both use what is ours
     delete m_editor;
 }
@@ -105,10 +128,38 @@ void EditActions::registerClipboard(SoMiraboTreeView* tree, SoCommandManager* hu
     const auto look = [this, hub] {
         const QMimeData* data = QGuiApplication::clipboard()->mimeData();
         m_clipboardHasText = data && data->hasText();
+        m_clipboardMayHoldPath = mayHoldPath(data);
         hub->actions().updateLater();
     };
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, look);
     look();
+}
+
+/// What is selected in the viewer is what is current in the tree.
+void EditActions::registerScene(SoMiraboTreeView* tree, SoCommandManager* hub)
+{
+    SoMiraboViewer* viewer = SoMiraboViewer::instance();
+    const QPointer<TreeEditor> editor = m_editor;
+    viewer->setSceneEdits(
+        {[tree = QPointer(tree)] { return tree ? pathOfCurrent(*tree) : nullptr; },
+         [editor] { return editor && editor->cutCurrent(); },
+         [editor](SoNode* node) { return editor && editor->addTopLevel(node); }});
+    ActionRegistry& actions = hub->actions();
+    actions.add(ActionId::Copy, this,
+                {[viewer] { viewer->copySelection(); }, [viewer] { return viewer->canCopy(); }});
+    actions.add(
+        ActionId::Cut, this,
+        {[viewer] { viewer->cutSelection(); },
+         [viewer, editor] { return viewer->canCopy() && editor && editor->canDeleteCurrent(); }});
+    actions.add(ActionId::Paste, this,
+                {[this] { paste(); }, [this] { return m_clipboardMayHoldPath; }});
+}
+
+void EditActions::paste()
+{
+    if (!SoMiraboViewer::instance()->pasteClipboard() && m_frame)
+        m_frame->statusBar()->showMessage(
+            tr("The clipboard holds nothing that was copied from a scene."), kMessageMs);
 }
 
 void EditActions::insertClipboard()

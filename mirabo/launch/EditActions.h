@@ -32,7 +32,9 @@ private:
     void connectTree(SoMiraboTreeView* tree, SoCommandManager* hub);
     void registerActions(SoMiraboTreeView* tree, SoCommandManager* hub);
     void registerClipboard(SoMiraboTreeView* tree, SoCommandManager* hub);
+    void registerScene(SoMiraboTreeView* tree, SoCommandManager* hub);
     void insertClipboard();
+    void paste();
     void show(const Refusal& refusal) const;
 
     QPointer<SoMiraboMainFrame> m_frame; // Not owned; the shell's.
@@ -40,6 +42,7 @@ private:
     QPointer<TreeEditor> m_editor; // The tree's; goes with the first of both.
     QPointer<NodeAdding> m_adding; // The same.
     bool m_clipboardHasText = false;
+    bool m_clipboardMayHoldPath = false;
 };
 
 } // namespace mirabo

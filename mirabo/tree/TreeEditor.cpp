@@ -4,6 +4,7 @@
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeAddNodeCommand.h"
+#include "mirabo/tree/SoTreeCutNodeCommand.h"
 #include "mirabo/tree/SoTreeDeleteNodeCommand.h"
 #include "mirabo/tree/SoTreeMoveNodeCommand.h"
 #include "mirabo/tree/TreeRows.h"
@@ -81,7 +82,7 @@ bool TreeEditor::run(const char* title, std::initializer_list<SoTreeViewItem*> r
     bool done = false;
     {
         const UndoStack::Busy busy(m_stack);
-        std::unique_ptr<TreeEditCommand> command;
+        std::unique_ptr<MrbCommand> command;
         {
             // From the first look at the rows' nodes on: they may die while others edit.
             const SoWriteLock lock;
@@ -125,6 +126,17 @@ bool TreeEditor::deleteRow(SoTreeViewItem* row)
 bool TreeEditor::deleteCurrent()
 {
     return deleteRow(current());
+}
+
+bool TreeEditor::cutCurrent()
+{
+    SoTreeViewItem* row = current();
+    return run("Mirabo Delete Node", {row}, [&](Refusal& refusal) {
+        bool done = false;
+        auto command = std::make_unique<SoTreeCutNodeCommand>(row, m_host, done);
+        refusal = command->refusal();
+        return done ? std::move(command) : nullptr;
+    });
 }
 
 bool TreeEditor::canDeleteCurrent() const

@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <memory>
 
+class MrbCommand;
 class SoMiraboTreeView;
 class SoNode;
 class SoTreeViewItem;
@@ -47,6 +48,8 @@ public:
     bool deleteRow(SoTreeViewItem* row);
     bool deleteCurrent();
     bool canDeleteCurrent() const;
+    /// Takes the current row's node out of the scene, with what is left without content above it.
+    bool cutCurrent();
 
     /// Adds a new node at a row; null: at the current row. Of several additions at one row each is
     /// a command of its own.
@@ -72,7 +75,7 @@ private:
     SoTreeViewItem* current() const;
     bool isReady() const;
     /// Makes the edit and its command; null, with the reason, when it is refused.
-    using Make = std::function<std::unique_ptr<TreeEditCommand>(Refusal& refusal)>;
+    using Make = std::function<std::unique_ptr<MrbCommand>(Refusal& refusal)>;
     bool run(const char* title, std::initializer_list<SoTreeViewItem*> rows, const Make& make);
     bool runMove(SoTreeViewItem* row, SoTreeViewItem* target,
                  const std::function<MovePlan()>& plan);

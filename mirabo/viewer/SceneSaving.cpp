@@ -134,7 +134,8 @@ bool SceneSaving::saveAs(SoNode* part)
 
 bool SceneSaving::write(SoNode* node, const QString& fileName, SceneFileFormat format, bool isShown)
 {
-    const SceneWriter::Content content{SoRef<SoNode>(node)};
+    const SceneWriter::Content content =
+        node ? SceneWriter::Content{SoRef<SoNode>(node)} : m_document->scene();
     const std::weak_ptr<const Document> document = m_document;
     const SceneWriter::Result result = writer().write(content, fileName, format);
     const auto alive = document.lock();
@@ -142,7 +143,7 @@ bool SceneSaving::write(SoNode* node, const QString& fileName, SceneFileFormat f
         return result.isWritten;
     if (result.converted)
         alive->show(result.converted.get());
-    else if (alive->scene().node != content.node)
+    else if (node && alive->scene().node != content.node)
         alive->show(node);
     return true;
 }

@@ -2,10 +2,12 @@
 
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Later.h"
+#include "mirabo/core/Messages.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/viewer/SceneClipboard.h"
 #include "mirabo/viewer/WindowSettings.h"
 
 #include <kalmyr/base/SoPreferences.h>
@@ -15,7 +17,10 @@
 #include <kalmyr/qt/SoQt.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 
+#include <QClipboard>
 #include <QDockWidget>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QSettings>
 
 namespace {
@@ -244,6 +249,54 @@ void SoMiraboViewer::reopenRecentFile(int index)
 {
     const mirabo::Frame frame;
     m_document.reopen(index);
+}
+
+SoRef<SoPath> SoMiraboViewer::pathToCopy() const
+{
+    if (getSelectionNode()->getNumSelected() > 0)
+        return SoRef<SoPath>(getSelectionNode()->getPath(0));
+    return m_edits.currentPath ? m_edits.currentPath() : nullptr;
+}
+
+bool SoMiraboViewer::canCopy() const
+{
+    const mirabo::GraphReading graph;
+    return graph && pathToCopy();
+}
+
+bool SoMiraboViewer::copySelection()
+{
+    const mirabo::Frame frame;
+    std::optional<QByteArray> text;
+    {
+        const mirabo::GraphReading graph;
+        const SoRef<SoPath> path = graph ? pathToCopy() : nullptr;
+        if (!path)
+            return false;
+        text = mirabo::pathText(*path);
+    }
+    if (text)
+        QGuiApplication::clipboard()->setMimeData(mirabo::sceneMimeData(*text).release());
+    else
+        mirabo::showWarning(m_frame, "Copy", "Can't copy data to clipboard. Out of memory");
+    return text.has_value();
+}
+
+void SoMiraboViewer::cutSelection()
+{
+    const mirabo::Frame frame;
+    if (!copySelection() || !m_edits.cutCurrent || !m_edits.cutCurrent())
+        return;
+    const mirabo::GraphReading graph;
+    m_highlighter.deselect();
+}
+
+bool SoMiraboViewer::pasteClipboard()
+{
+    const mirabo::Frame frame;
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    const SoRef<SoNode> node = data ? mirabo::readPastedNode(*data) : nullptr;
+    return node && m_edits.addBeside && m_edits.addBeside(node.get());
 }
 
 mirabo::SceneWriter::Content SoMiraboViewer::wholeScene() const

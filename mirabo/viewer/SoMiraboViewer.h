@@ -85,10 +85,30 @@ public:
     bool saveScene();
     /// Asks for a name and a format. Null: the whole scene, which has that file from then on.
     bool saveSceneAs(SoNode* node = nullptr);
-    /// Writes a graph without asking for anything but files that it refers to. `showInViewer`:
-    /// shows what was written as the scene.
+    /// Writes a graph (null: the whole scene) without asking for anything but files that it refers
+    /// to. `showInViewer`: shows what was written as the scene.
     bool writeScene(SoNode* node, const QString& fileName, mirabo::SceneFileFormat format,
                     bool showInViewer);
+    /// Edits of the scene by which the clipboard's operations are undoable.
+    struct SceneEdits {
+        /// Path of what is current, for when nothing can be selected: when there is no outline, or
+        /// it hangs on a field. Null without anything current.
+        std::function<SoRef<SoPath>()> currentPath;
+        /// Takes what is current out of the scene, with what is left without content above it.
+        std::function<bool()> cutCurrent;
+        /// Puts a node beside the scene.
+        std::function<bool(SoNode*)> addBeside;
+    };
+    void setSceneEdits(SceneEdits edits) { m_edits = std::move(edits); }
+    bool canCopy() const;
+    /// Copies what is selected, with its way from the top, to the clipboard. False when there is
+    /// nothing, another thread edits, or, with a message shown, memory is short.
+    bool copySelection();
+    /// The same, and takes it out of the scene.
+    void cutSelection();
+    /// Puts what was copied beside the scene. False, with nothing told, when the clipboard holds
+    /// something else.
+    bool pasteClipboard();
     /// True when the caller may go on: nothing would be lost, or the user has decided.
     bool confirmUnsavedChanges();
     /// Called when the document's own file was read anew, before the panels let go of the old
@@ -151,7 +171,10 @@ private:
     mirabo::Document m_document;
     std::optional<mirabo::ViewerDocks> m_docks;
     QDockWidget* m_viewerDock = nullptr;
+    SoRef<SoPath> pathToCopy() const;
+
     SceneState m_state;
+    SceneEdits m_edits;
     mirabo::SceneSaving m_saving;
     std::function<std::function<void()>()> m_keepForReload;
 };
