@@ -143,7 +143,7 @@ void EditActions::registerScene(SoMiraboTreeView* tree, SoCommandManager* hub)
     viewer->setSceneEdits(
         {[tree = QPointer(tree)] { return tree ? pathOfCurrent(*tree) : nullptr; },
          [editor] { return editor && editor->cutCurrent(); },
-         [editor](SoNode* node) { return editor && editor->addTopLevel(node); }});
+         [editor](SoNode* node) { return editor && editor->pasteTopLevel(node); }});
     ActionRegistry& actions = hub->actions();
     actions.add(ActionId::Copy, this,
                 {[viewer] { viewer->copySelection(); }, [viewer] { return viewer->canCopy(); }});

@@ -1,5 +1,6 @@
 #include "mirabo/tree/TreeEditor.h"
 
+#include "mirabo/core/CommandName.h"
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -164,20 +165,21 @@ bool TreeEditor::addType(SoType type, SoTreeViewItem* target)
     return addNode(SoNode::create(type), target);
 }
 
-bool TreeEditor::addTopLevel(SoNode* node)
+bool TreeEditor::pasteTopLevel(SoNode* node)
 {
     const SoRef<SoNode> kept(node);
-    return node && run("Add node", {}, [&](Refusal& refusal) {
+    return node && run("Paste node", {}, [&](Refusal& refusal) {
                std::unique_ptr<SoTreeAddNodeCommand> command;
                std::optional<NodeSlot> place = NodeSlot::behindAll(*m_view);
                if (!place) {
-                   refusal = {Refusal::Kind::Information, "Add node", "Can not add this node"};
+                   refusal = {Refusal::Kind::Information, "Paste node", "Can not paste this node"};
                    return command;
                }
                command = std::make_unique<SoTreeAddNodeCommand>(m_view.data(), std::move(*place),
                                                                 nullptr, m_host);
                const bool added = command->add(node);
                refusal = command->refusal();
+               command->setName(commandName("Paste", *node));
                return added ? std::move(command) : nullptr;
            });
 }

@@ -55,8 +55,9 @@ public:
     /// a command of its own.
     bool addNode(SoNode* node, SoTreeViewItem* target = nullptr);
     bool addType(SoType type, SoTreeViewItem* target = nullptr);
-    /// Adds a node as a further top-level row; refused when the tree has no container for it.
-    bool addTopLevel(SoNode* node);
+    /// Adds what was copied as a further top-level row; refused when the tree has no container for
+    /// it.
+    bool pasteTopLevel(SoNode* node);
 
     bool moveRow(SoTreeViewItem* row, SoTreeViewItem* target, bool spaceHeld);
     /// Puts a further reference to the row's node where a drop would bring it.

@@ -299,7 +299,7 @@ private:
             return;
         }
         if (m_edited.container && !isFullHouse && below(m_view.topLevelItemCount() * 3) == 0) {
-            editor.addTopLevel(newNode());
+            editor.pasteTopLevel(newNode());
             return;
         }
         switch (isFullHouse ? 0 : below(10)) {

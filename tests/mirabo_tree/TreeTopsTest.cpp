@@ -252,7 +252,7 @@ TEST_F(TreeTops, AreEditedLikeOtherRows)
     EXPECT_EQ(container->getNumChildren(), 1);
     undoAll();
 
-    ASSERT_TRUE(editor.addTopLevel(new SoCube));
+    ASSERT_TRUE(editor.pasteTopLevel(new SoCube));
     EXPECT_EQ(view.currentItem(), top(2));
     ASSERT_TRUE(editor.addNode(new SoSphere)); // the cube keeps no list: behind it
     EXPECT_EQ(view.topLevelItemCount(), 4);
@@ -288,7 +288,7 @@ TEST_F(TreeTops, AreEditedLikeOtherRows)
     EXPECT_EQ(edited.box(), "");
 
     view.setContainer(nullptr);
-    EXPECT_FALSE(editor.addTopLevel(new SoCube));
+    EXPECT_FALSE(editor.pasteTopLevel(new SoCube));
     EXPECT_EQ(edited.box(), "Add node: Can not add this node");
 }
 

@@ -108,6 +108,7 @@ TEST_F(Clipboard, PastesWhatWasCopiedBesideTheSceneAndSavesIt)
     EXPECT_EQ(copiedCube->getName(), "R\xc3\xa4"
                                      "der");
 
+    EXPECT_EQ(hub()->undoStack().nameOf(0), "Paste Separator");
     // What was pasted can be chosen, and outlined.
     choose(copiedCube);
     ASSERT_EQ(viewer->getSelectionNode()->getNumSelected(), 1);
