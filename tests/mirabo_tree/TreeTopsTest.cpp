@@ -289,7 +289,7 @@ TEST_F(TreeTops, AreEditedLikeOtherRows)
 
     view.setContainer(nullptr);
     EXPECT_FALSE(editor.pasteTopLevel(new SoCube));
-    EXPECT_EQ(edited.box(), "Add node: Can not add this node");
+    EXPECT_EQ(edited.box(), "Paste node: Can not paste this node");
 }
 
 TEST_F(TreeTops, AreFilteredFoundAndRemembered)

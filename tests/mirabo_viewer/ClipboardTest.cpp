@@ -1,9 +1,11 @@
 // Cut, copy and paste in the real window.
+#include "mirabo/core/Observed.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/viewer/SceneClipboard.h"
 #include "StandaloneSupport.h"
+#include "support/DialogAnswers.h"
 
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/core/SoPath.h>
@@ -23,6 +25,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QTest>
 
 namespace {
 
@@ -186,6 +189,34 @@ TEST_F(Clipboard, CopiesTheCurrentRowWhenNothingCanBeSelected)
     hub()->paste();
     ASSERT_EQ(numTops(), 2);
     EXPECT_EQ(viewer->getSelectionNode()->getChild(1)->getTypeId(), SoCube::getClassTypeId());
+}
+
+TEST_F(Clipboard, LetsTheOldSceneGoWithItsCommands)
+{
+    choose(cube);
+    hub()->cutNode();
+    hub()->undo();
+    hub()->copy();
+    hub()->paste();
+    support::flush();
+    choose(viewer->getSelectionNode()->getChild(1));
+    hub()->treeDeleteNode(); // held by its command alone
+    choose(root->getChild(2));
+    hub()->treeDeleteNode();
+    support::flush();
+    ASSERT_EQ(hub()->undoStack().count(), 3);
+    mirabo::Observed<SoNode> old;
+    old.reset(root.get());
+    mirabo::Observed<SoNode> oldCube;
+    oldCube.reset(cube);
+    root.reset();
+    ASSERT_TRUE(old);
+    support::DialogAnswers answers({[](QDialog* box) { QTest::keyClick(box, Qt::Key_Escape); }});
+    hub()->closeFile();
+    support::flush();
+    ASSERT_NE(viewer->getScene(), old.get()) << "the changes are not wanted";
+    EXPECT_FALSE(old);
+    EXPECT_FALSE(oldCube);
 }
 
 TEST_F(Clipboard, TakesNothingElse)
