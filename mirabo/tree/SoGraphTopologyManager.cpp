@@ -155,6 +155,8 @@ SoGroup* SoGraphTopologyManager::getContainer() const
 void SoGraphTopologyManager::follow(SoNode* root)
 {
     m_isContainerNew = false;
+    if (m_watchedDied && m_attached == m_container)
+        m_container = nullptr; // died in another thread, perhaps with the root
     if (m_container && (!root || m_container->findChild(root) >= 0)) {
         if (!watchesContainer())
             attach(m_container);
