@@ -32,6 +32,14 @@ bool holds(const SavedLinks* only, const SoNode* parent, int index)
               });
 }
 
+/// Whether a row has rows for what stands below the node: grey ones have not.
+bool showsChildren(const SoMiraboTreeView& view, const SoNode* node)
+{
+    const std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
+    return !std::all_of(rows.begin(), rows.end(),
+                        [](const auto* row) { return row->isDisabledNode(); });
+}
+
 /// Whether a node stands at a place, in a group that perhaps is nowhere shown.
 bool isAt(const ParentLink& place, const SoNode* node)
 {
@@ -53,9 +61,10 @@ SavedLinks linksOf(const SoMiraboTreeView& view, const std::vector<SoTreeViewIte
             if (children[i] == node && holds(only, parent, static_cast<int>(i)))
                 saved.links.push_back({parent, static_cast<int>(i)});
     }
-    // A group that was deleted after its child had been taken out got it back all the same.
+    // A group that was deleted or disabled after its child had been taken out got it back all the
+    // same.
     for (const ParentLink& place : only ? only->links : std::vector<ParentLink>())
-        if (view.itemsOf(place.parent.get()).empty() && isAt(place, node))
+        if (!showsChildren(view, place.parent.get()) && isAt(place, node))
             saved.links.push_back(place);
     return saved;
 }
