@@ -122,7 +122,7 @@ bool SbFileReplacement::open(const SbString& path, SbString* error)
         return m_file != nullptr;
     }
     if (isThere && !SbFileHelper::isAccessible(SbString(target.string()), SbFileHelper::WRITABLE))
-        return fail(error, EACCES);
+        return fail(error, errno); // that of the system: also a file system that is read-only
     m_target = target.string();
     if (!openBeside(m_target, error)) {
         m_target.clear();

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include <png.h>
 
@@ -94,11 +95,11 @@ bool SoImageFile::readMemory(std::span<const unsigned char> bytes, SbImage& imag
 bool SoImageFile::read(const SbString& path, SbImage& image, SbString* error)
 {
     image.makeNull();
-    SbFileMapping file;
-    if (!file.open(path, error))
-        return false;
-    return readMemory({reinterpret_cast<const unsigned char*>(file.data()), file.size()}, image,
-                      error);
+    // Not mapped: another program may cut the file meanwhile.
+    std::vector<char> bytes;
+    return SbFileHelper::readFile(path, bytes, error)
+           && readMemory({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()},
+                         image, error);
 }
 
 bool SoImageFile::writePng(const SbString& path, const SbImage& image, SbString* error)
