@@ -49,6 +49,13 @@ void SceneHighlighter::install(SoSceneManager* manager)
         m_manager->setGLRenderAction(m_action.get());
 }
 
+SoNode* SceneHighlighter::getScene() const
+{
+    if (m_scene || m_selection->getNumChildren() == 0)
+        return m_scene.get();
+    return m_selection->getChild(0);
+}
+
 void SceneHighlighter::setScene(SoNode* root)
 {
     const GraphReading graph;

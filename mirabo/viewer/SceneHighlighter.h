@@ -35,8 +35,9 @@ public:
     void install(SoSceneManager* manager);
 
     SoSelection* getSelection() const { return m_selection.get(); }
-    /// Null when there is none, or when it died.
-    SoNode* getScene() const { return m_scene.get(); }
+    /// The node that was set; when there is none, or when it died, the first one that was put into
+    /// the selection node since, or null.
+    SoNode* getScene() const;
     /// Replaces whatever the selection node holds; null: by nothing.
     void setScene(SoNode* root);
 

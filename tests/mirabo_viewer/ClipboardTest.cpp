@@ -180,6 +180,28 @@ TEST_F(Clipboard, CutsWithWhatIsLeftEmptyAsOneStep)
     EXPECT_EQ(wheel->findChild(hubNode), 2);
 }
 
+TEST_F(Clipboard, CutsAndPastesTheWholeScene)
+{
+    choose(cube);
+    choose(root.get()); // it is current at first, but not chosen
+    hub()->cutNode();
+    support::flush();
+    EXPECT_EQ(numTops(), 0);
+    EXPECT_EQ(tree()->topLevelItemCount(), 0);
+    EXPECT_FALSE(viewer->getScene());
+    EXPECT_FALSE(isEnabled(ActionId::Save));
+    hub()->paste();
+    support::flush();
+    ASSERT_EQ(tree()->topLevelItemCount(), 1);
+    EXPECT_TRUE(viewer->getScene());
+    EXPECT_TRUE(isEnabled(ActionId::Save));
+    hub()->undo();
+    hub()->undo();
+    support::flush();
+    EXPECT_EQ(viewer->getScene(), root.get());
+    EXPECT_EQ(tree()->topLevelItemCount(), 1);
+}
+
 TEST_F(Clipboard, CopiesTheCurrentRowWhenNothingCanBeSelected)
 {
     viewer->setHighlightMode(SoMiraboViewer::NOT_HIGHLIGHTED);
