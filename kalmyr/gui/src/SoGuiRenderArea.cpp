@@ -95,6 +95,18 @@ SbVec2i32 SoGuiRenderArea::getSize() const
     return SbVec2i32(size[0], size[1]);
 }
 
+void SoGuiRenderArea::setPixelRatio(float ratio)
+{
+    SbViewportRegion region = m_manager->getViewportRegion();
+    region.setPixelsPerInch((ratio > 0 ? ratio : 1) * SbViewportRegion::kDefaultPixelsPerInch);
+    m_manager->setViewportRegion(region);
+}
+
+float SoGuiRenderArea::getPixelRatio() const
+{
+    return m_manager->getViewportRegion().getPixelsPerPoint();
+}
+
 bool SoGuiRenderArea::render()
 {
     const Frame frame(this); // a callback in the scene may let go of the area

@@ -101,6 +101,8 @@ void EventBridge::takeSize()
                          std::max(qRound(m_widget->height() * ratio), 1));
     if (!(size == m_area->getSize()))
         m_area->setSize(size);
+    if (static_cast<float>(ratio) != m_area->getPixelRatio())
+        m_area->setPixelRatio(static_cast<float>(ratio));
 }
 
 SoMouseButtonEvent::Button EventBridge::buttonOf(Qt::MouseButton button)

@@ -17,7 +17,7 @@ class QWidget;
 class SoGuiRenderArea;
 
 /// Watches the widget that shows a scene: its mouse, wheel and keyboard events go to the render
-/// area, its size in device pixels becomes the area's.
+/// area, its size in device pixels and their density become the area's.
 class EventBridge final : public QObject {
 public:
     /// Belongs to the widget. `area` must outlive it or detach() be called.

@@ -36,6 +36,10 @@ public:
     /// In device pixels; below 1 counts as 1.
     void setSize(const SbVec2i32& size);
     SbVec2i32 getSize() const;
+    /// Device pixels of one point; 1 at first and for what is not above 0. What is drawn of a given
+    /// size on the screen, as an outline, grows with it.
+    void setPixelRatio(float ratio);
+    float getPixelRatio() const;
 
     /// Brings everything up to date that a frame needs (a viewer's camera); the two below call it.
     virtual void prepareFrame() {}
