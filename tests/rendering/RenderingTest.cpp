@@ -1,21 +1,18 @@
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
-#include <kalmyr/nodes/SoCoordinate3.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoScale.h>
-#include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoTranslation.h>
-#include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 #include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/shapes/SoCube.h>
-#include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoSphere.h>
 #include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
@@ -255,87 +252,6 @@ TEST_F(Rendering, PaintsTexturesAndFreesThemAndBuffersAgain)
     EXPECT_EQ(statistics.geometries, geometries - 1);
     EXPECT_EQ(statistics.textures, 0u);
     expectPixel(32, 32, {0, 0, 0});
-}
-
-/// Outlines in magenta what is selected in a scene of green shapes.
-class Outlines : public Rendering {
-protected:
-    void SetUp() override
-    {
-        Rendering::SetUp();
-        needContext();
-        m_selection->addChild(m_root.get());
-        unlit();
-        auto* material = new SoMaterial;
-        material->diffuseColor.setValue(SbColor(0, 1, 0));
-        m_root->addChild(material);
-        m_action.setColor(SbColor(1, 0, 1));
-        m_renderer.setGLRenderAction(&m_action);
-    }
-    void TearDown() override
-    {
-        m_renderer.setGLRenderAction(nullptr);
-        m_selection->deselectAll(); // its paths hold the node itself
-    }
-    int countLines()
-    {
-        EXPECT_TRUE(m_renderer.render(m_selection.get()));
-        int count = 0;
-        for (int i = 0; i < kSize * kSize; ++i) {
-            const auto p = pixel(i % kSize, i / kSize);
-            count += p[0] > 200 && p[1] < 50 && p[2] > 200 ? 1 : 0;
-        }
-        return count;
-    }
-    void select(SoNode* node)
-    {
-        m_root->addChild(node);
-        m_selection->select(node);
-    }
-
-    SoRef<SoSelection> m_selection{new SoSelection};
-    SoLineHighlightRenderAction m_action;
-};
-
-TEST_F(Outlines, AreDrawnAroundTheSelectionOnly)
-{
-    SoSeparator* one = addCube(SbColor(0, 1, 0), 0);
-    EXPECT_EQ(countLines(), 0);
-    m_selection->select(one);
-    EXPECT_GT(countLines(), 200); // 4 edges of 32 pixels, 3 wide
-    EXPECT_LT(countLines(), 600);
-    m_action.setVisible(false);
-    EXPECT_EQ(countLines(), 0);
-}
-
-TEST_F(Outlines, FollowTheContourOfARoundShape)
-{
-    select(new SoSphere); // a circle of 32 pixels, 3 wide
-    const int count = countLines();
-    EXPECT_GT(count, 150);
-    EXPECT_LT(count, 450);
-    expectPixel(32, 32, {0, 255, 0});
-    expectPixel(24, 36, {0, 255, 0});
-}
-
-TEST_F(Outlines, LeaveTheEdgesWithinAPlaneOut)
-{
-    auto* grid = new SoSeparator;
-    auto* points = new SoCoordinate3;
-    for (int i = 0; i < 21 * 21; ++i) {
-        const float x = static_cast<float>(i % 21) / 10 - 1;
-        const float y = static_cast<float>(i / 21) / 10 - 1;
-        points->point.set1Value(i, SbVec3f(x, y, 0));
-    }
-    auto* mesh = new SoQuadMesh;
-    mesh->verticesPerRow.setValue(21);
-    mesh->verticesPerColumn.setValue(21);
-    grid->addChild(points);
-    grid->addChild(mesh);
-    select(grid);
-    EXPECT_GT(countLines(), 200);
-    EXPECT_LT(countLines(), 600);
-    expectPixel(32, 32, {0, 255, 0});
 }
 
 TEST_F(Rendering, ShowsTheSkyInItsDirection)

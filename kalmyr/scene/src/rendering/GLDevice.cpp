@@ -2,6 +2,7 @@
 
 #include "rendering/FaceEdges.h"
 #include "rendering/GLCurrent.h"
+#include "rendering/GLOutline.h"
 
 #include <kalmyr/base/SoError.h>
 
@@ -84,32 +85,6 @@ void bindBlock(GLuint program, const char* name, GLuint binding)
     }
 }
 
-GLuint link(const ShaderSource& source)
-{
-    const GLuint program = glCreateProgram();
-    const std::pair<GLenum, const std::string&> stages[] = {{GL_VERTEX_SHADER, source.vertex},
-                                                            {GL_GEOMETRY_SHADER, source.geometry},
-                                                            {GL_FRAGMENT_SHADER, source.fragment}};
-    for (const auto& [stage, text] : stages) {
-        if (!text.empty()) {
-            const GLuint shader = compile(stage, text);
-            glAttachShader(program, shader);
-            glDeleteShader(shader);
-        }
-    }
-    glLinkProgram(program);
-    GLint ok = 0;
-    glGetProgramiv(program, GL_LINK_STATUS, &ok);
-    if (ok) {
-        return program;
-    }
-    char log[512] = "";
-    glGetProgramInfoLog(program, sizeof log, nullptr, log);
-    SoError::post("rendering: a shader program was refused: %s", log);
-    glDeleteProgram(program);
-    return 0;
-}
-
 std::uint32_t wrapsOf(const SoTextureValues& values)
 {
     return static_cast<std::uint32_t>(values.wrapS) << 16
@@ -161,6 +136,37 @@ GLuint uploadTexture(const SbImage& image)
 }
 
 } // namespace
+
+struct GLDevice::Outline {
+    GLOutline resources;
+    std::uint64_t frame = 0; ///< when it was last drawn
+};
+
+GLuint linkProgram(const ShaderSource& source)
+{
+    const GLuint program = glCreateProgram();
+    const std::pair<GLenum, const std::string&> stages[] = {{GL_VERTEX_SHADER, source.vertex},
+                                                            {GL_GEOMETRY_SHADER, source.geometry},
+                                                            {GL_FRAGMENT_SHADER, source.fragment}};
+    for (const auto& [stage, text] : stages) {
+        if (!text.empty()) {
+            const GLuint shader = compile(stage, text);
+            glAttachShader(program, shader);
+            glDeleteShader(shader);
+        }
+    }
+    glLinkProgram(program);
+    GLint ok = 0;
+    glGetProgramiv(program, GL_LINK_STATUS, &ok);
+    if (ok) {
+        return program;
+    }
+    char log[512] = "";
+    glGetProgramInfoLog(program, sizeof log, nullptr, log);
+    SoError::post("rendering: a shader program was refused: %s", log);
+    glDeleteProgram(program);
+    return 0;
+}
 
 GLDevice* GLDevice::current(const char*& error)
 {
@@ -263,6 +269,9 @@ GLDevice::~GLDevice()
             glDeleteProgram(program->program);
         }
     }
+    for (const auto& [number, outline] : m_outlines) {
+        outline->resources.free();
+    }
     for (const GLuint buffer : {m_marker, m_viewBuffer, m_surroundingsBuffer, m_streamBuffer}) {
         glDeleteBuffers(1, &buffer);
     }
@@ -279,6 +288,7 @@ void GLDevice::endFrame()
 {
     freeDead();
     freeOldTextures();
+    freeOldOutlines();
 }
 
 void GLDevice::freeDead()
@@ -305,6 +315,27 @@ void GLDevice::freeOldTextures()
         }
         return old;
     });
+}
+
+void GLDevice::freeOldOutlines()
+{
+    std::erase_if(m_outlines, [this](const auto& entry) {
+        const bool old = entry.second->frame + kKeptTextureFrames < m_frame;
+        if (old) {
+            entry.second->resources.free();
+        }
+        return old;
+    });
+}
+
+GLOutline& GLDevice::outline(std::uint64_t number)
+{
+    std::unique_ptr<Outline>& known = m_outlines[number];
+    if (!known) {
+        known = std::make_unique<Outline>();
+    }
+    known->frame = m_frame;
+    return known->resources;
 }
 
 void GLDevice::free(const GLGeometry& buffers)
@@ -433,10 +464,14 @@ const GLProgram* GLDevice::program(unsigned features)
     std::unique_ptr<GLProgram>& known = m_programs[features];
     if (!known) {
         known = std::make_unique<GLProgram>();
-        known->program = link(shaderSource(features));
+        known->program = linkProgram(shaderSource(features));
         if (known->program) {
             known->toEye = glGetUniformLocation(known->program, "toEye");
             known->material = glGetUniformLocation(known->program, "material");
+            if (const GLint depths = glGetUniformLocation(known->program, "depths"); depths >= 0) {
+                glUseProgram(known->program);
+                glUniform1i(depths, kDepthUnit);
+            }
             bindBlock(known->program, "View", kViewBinding);
             bindBlock(known->program, "Surroundings", kSurroundingsBinding);
         }

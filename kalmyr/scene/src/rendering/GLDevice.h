@@ -34,6 +34,11 @@ struct GLGeometry {
     GLsizei numVertices = 0;
 };
 
+/// Compiles and links; 0, with an error posted, when the driver refuses.
+GLuint linkProgram(const ShaderSource& source);
+
+class GLOutline;
+
 struct GLProgram {
     GLuint program = 0;
     GLint toEye = -1;
@@ -71,6 +76,9 @@ public:
     /// Null, with an error posted, when the driver refuses the program.
     const GLProgram* program(unsigned features);
 
+    /// What is kept of the outline with that number; freed when not asked for in a while.
+    GLOutline& outline(std::uint64_t number);
+
     /// A buffer for index runs of the present frame.
     GLuint streamIndices(const std::vector<std::uint32_t>& indices);
     GLuint viewBuffer() const { return m_viewBuffer; }
@@ -85,8 +93,10 @@ public:
     static constexpr GLuint kSurroundingsBinding = 1;
 
 private:
-    /// Textures that were not drawn for so many frames are freed.
+    /// Textures and outlines that were not drawn for so many frames are freed.
     static constexpr std::uint64_t kKeptTextureFrames = 60;
+
+    struct Outline;
 
     struct Texture {
         GLuint name = 0;
@@ -105,10 +115,12 @@ private:
     static void free(const GLGeometry& buffers);
     void freeDead();
     void freeOldTextures();
+    void freeOldOutlines();
 
     std::unordered_map<std::uint64_t, GLGeometry> m_geometries;
     std::unordered_map<const unsigned char*, Texture> m_textures;
     std::array<std::unique_ptr<GLProgram>, kNumShaderVariants> m_programs;
+    std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
     // Guarded by the mutex of all devices.
     std::unordered_set<std::uint64_t> m_known; ///< what there are buffers of and lives
     std::vector<std::uint64_t> m_dead;         ///< whose buffers are to be freed

@@ -182,6 +182,14 @@ void GLRenderer::end()
     glBindTexture(GL_TEXTURE_2D, 0);
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);
+    m_program = nullptr;
+    m_material = nullptr;
+    m_vertexArray = 0;
+    m_texture = 0;
+    m_mirrored = false;
+    m_view = -1;
+    m_surroundings = -1;
+    m_clipPlanes = 0;
 }
 
 void GLRenderer::clear()
@@ -266,7 +274,7 @@ void GLRenderer::uploadSurroundings()
                  GL_STREAM_DRAW);
 }
 
-void GLRenderer::draw()
+void GLRenderer::draw(const LayerFunction& layerDrawn)
 {
     begin();
     clear();
@@ -281,6 +289,11 @@ void GLRenderer::draw()
             glClear(GL_DEPTH_BUFFER_BIT);
         }
         drawLayer(layer);
+        if (layerDrawn) {
+            end();
+            layerDrawn(layer);
+            begin();
+        }
     }
     end();
 }
@@ -396,7 +409,8 @@ void GLRenderer::drawFaces(const FrameItem& item, const GLGeometry& buffers)
 void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges)
 {
     const SoDrawStyleValues& style = item.entry->appearance->drawStyle;
-    const bool wide = m_outlining || style.lineWidth > 1 || style.linePattern != 0xffff;
+    const bool wide =
+        m_purpose == Purpose::EDGES || style.lineWidth > 1 || style.linePattern != 0xffff;
     if (!prepare(item, buffers, featuresOf(item) | when(wide, SHADER_WIDE_LINES))) {
         return;
     }
@@ -456,10 +470,14 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     const SoRenderAppearance& look = *item.entry->appearance;
     const EyeSurroundings& surroundings = m_frame.surroundings[item.surroundings];
     unsigned features = when(!surroundings.clipPlanes.empty(), SHADER_CLIP);
-    if (m_outlining) {
+    const std::size_t count = geometry.positions.size();
+    if (m_purpose == Purpose::MASK) {
+        const bool hasHoles = look.translucentTexture && geometry.texCoords.size() >= count;
+        return features | SHADER_MASK | when(hasHoles, SHADER_TEXTURE);
+    }
+    if (m_purpose == Purpose::EDGES) {
         return features;
     }
-    const std::size_t count = geometry.positions.size();
     if (look.lit && geometry.normals.size() >= count) {
         features |= SHADER_LIT | when(!isBlack(look.specular), SHADER_SPECULAR)
                     | when(!isOneDirectional(surroundings), SHADER_MANY_LIGHTS)
@@ -560,7 +578,8 @@ void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
     const bool blends = m_blending != Blending::NONE;
     setVector(values[SLOT_DIFFUSE], look.diffuse, blends ? 1 - look.transparency : 1);
     setVector(values[SLOT_AMBIENT], look.ambient, look.shininess * 128);
-    setVector(values[SLOT_SPECULAR], look.specular, look.drawStyle.linePattern);
+    const float pattern = m_purpose == Purpose::MASK ? 0xffff : look.drawStyle.linePattern;
+    setVector(values[SLOT_SPECULAR], look.specular, pattern);
     const SoEnvironmentValues& around = look.environment;
     SbColor glow;
     for (int c = 0; c < 3; ++c) {
@@ -627,16 +646,44 @@ void GLRenderer::setBlending(Blending blending, bool writeDepth)
     glDepthMask(writeDepth ? GL_TRUE : GL_FALSE);
 }
 
-void GLRenderer::drawOutlines(const GLOutlineStyle& style)
+/// Whatever their style, faces are drawn whole, so that no edge within the object shows.
+void GLRenderer::drawMask(int layer)
 {
-    m_outlining = true;
+    m_purpose = Purpose::MASK;
+    begin();
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_BLEND);
+    glBlendEquation(GL_MAX);
+    for (const FrameItem& item : m_frame.items) {
+        if (item.layer != layer) {
+            continue;
+        }
+        const GLGeometry& buffers = m_device.geometry(*item.entry->geometry);
+        if (buffers.numTriangleIndices && prepare(item, buffers, featuresOf(item))) {
+            submit(GL_TRIANGLES, buffers.numTriangleIndices, 0);
+        }
+        if (buffers.numLineIndices) {
+            drawSegments(item, buffers, false);
+        }
+        if (buffers.numPointIndices) {
+            drawPoints(item, buffers, false);
+        }
+    }
+    glBlendEquation(GL_FUNC_ADD);
+    glDisable(GL_BLEND);
+    end();
+}
+
+void GLRenderer::drawEdges(const OutlineStyle& style, float width)
+{
+    m_purpose = Purpose::EDGES;
     begin();
     glDisable(GL_DEPTH_TEST);
     SoRef<SoRenderAppearance> look(new SoRenderAppearance);
     look->diffuse = style.color;
-    look->drawStyle.lineWidth = style.width;
+    look->drawStyle.lineWidth = width;
     look->drawStyle.linePattern = style.pattern;
-    look->drawStyle.pointSize = 2 * style.width;
+    look->drawStyle.pointSize = 2 * width;
     for (const FrameItem& item : m_frame.items) {
         RenderList::Entry entry = *item.entry;
         entry.appearance = look;

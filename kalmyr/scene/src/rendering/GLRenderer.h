@@ -2,11 +2,13 @@
 
 #include "rendering/FrameBuilder.h"
 #include "rendering/GLDevice.h"
+#include "rendering/GLOutline.h"
 
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace kalmyr::detail {
@@ -19,23 +21,21 @@ struct GLFrameOptions {
     bool clearDepth = false;
 };
 
-/// How edges are laid over a picture.
-struct GLOutlineStyle {
-    SbColor color;
-    float width = 1;
-    unsigned short pattern = 0xffff;
-};
-
 /// Submits one frame to the current context.
 class GLRenderer {
 public:
     GLRenderer(GLDevice& device, const Frame& frame, const GLFrameOptions& options,
                RenderStatistics& statistics);
 
+    /// Called with the number of each layer, from 0 on, when it is drawn and its depths still
+    /// stand.
+    using LayerFunction = std::function<void(int layer)>;
     /// Clears, draws the background, then the items.
-    void draw();
-    /// Draws the edges of all items of the frame over what is there.
-    void drawOutlines(const GLOutlineStyle& style);
+    void draw(const LayerFunction& layerDrawn = {});
+    /// Draws what the items of a layer cover as SHADER_MASK has it, added to what is there.
+    void drawMask(int layer);
+    /// Draws the edges of all items of the frame over what is there, `width` pixels wide.
+    void drawEdges(const OutlineStyle& style, float width);
 
 private:
     struct Order {
@@ -48,6 +48,7 @@ private:
         std::uint32_t triangle;
     };
     enum class Blending { NONE, SCREEN_DOOR, BLEND };
+    enum class Purpose { SCENE, MASK, EDGES };
 
     void begin();
     void end();
@@ -104,7 +105,7 @@ private:
     std::size_t m_surroundingsStride = 0;
     float m_nearDepth = 0; ///< range of the items' depths, for the order of drawing
     float m_farDepth = 0;
-    bool m_outlining = false;
+    Purpose m_purpose = Purpose::SCENE;
 };
 
 } // namespace kalmyr::detail

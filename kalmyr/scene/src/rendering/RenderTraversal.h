@@ -55,6 +55,7 @@ public:
 
     /// Matrix in front of everything, and the view to take before any camera.
     void setStart(const SbMatrix& matrix, const RenderView& view);
+    void clearStart() { m_hasStart = false; }
 
     RenderStatistics statistics;
     Frame frame; ///< of the latest drawing; its memory is used again

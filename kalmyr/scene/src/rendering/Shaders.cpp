@@ -178,6 +178,9 @@ noperspective in float along;
 #ifdef TEXTURE
 uniform sampler2D image;
 #endif
+#ifdef MASK
+uniform sampler2D depths;
+#endif
 out vec4 fragment;
 
 #ifdef LIT
@@ -261,6 +264,11 @@ const float kHoles[16] = float[16](0.5, 8.5, 2.5, 10.5, 12.5, 4.5, 14.5, 6.5,
 
 void main()
 {
+#ifdef MASK
+    // The slope allows for depths that were taken at another place within the pixel, the constant
+    // for programs that round differently.
+    float slack = fwidth(gl_FragCoord.z) + 5e-7;
+#endif
 #ifdef WIDE_LINES
     int bit = int(mod(along, 16.0));
     if (((int(material[2].w) >> bit) & 1) == 0) discard;
@@ -283,6 +291,10 @@ void main()
 #endif
 #ifdef FOG
     c.rgb = fog(c.rgb);
+#endif
+#ifdef MASK
+    float before = texelFetch(depths, ivec2(gl_FragCoord.xy), 0).r;
+    c = vec4(1.0, gl_FragCoord.z <= before + slack ? 1.0 : 0.0, 0.0, 1.0);
 #endif
     fragment = c;
 }
@@ -319,6 +331,83 @@ void main()
 }
 )";
 
+constexpr const char* kOutlineTop = R"(#version 330 core
+uniform sampler2D from;
+out vec4 fragment;
+)";
+
+constexpr const char* kCover = R"(
+void main()
+{
+    if (texelFetch(from, ivec2(gl_FragCoord.xy), 0).r >= 1.0) discard;
+    fragment = vec4(0.0);
+}
+)";
+
+// Of the whole mask, then of its visible part: how many pixels away the nearest pixel of it is, and
+// how much of that pixel it covers.
+constexpr const char* kRows = R"(
+uniform int reach;
+void main()
+{
+    ivec2 at = ivec2(gl_FragCoord.xy);
+    int last = textureSize(from, 0).x - 1;
+    vec2 all = vec2(255.0, 0.0);
+    vec2 seen = vec2(255.0, 0.0);
+    for (int d = 0; d <= reach; ++d) {
+        vec2 a = texelFetch(from, ivec2(max(at.x - d, 0), at.y), 0).rg;
+        vec2 b = texelFetch(from, ivec2(min(at.x + d, last), at.y), 0).rg;
+        vec2 most = max(a, b);
+        float f = float(d);
+        if (most.r > 0.0 && f - most.r < all.x - all.y) all = vec2(f, most.r);
+        if (most.g > 0.0 && f - most.g < seen.x - seen.y) seen = vec2(f, most.g);
+        if (seen.y == 1.0) break;
+    }
+    fragment = vec4(all.x / 255.0, all.y, seen.x / 255.0, seen.y);
+}
+)";
+
+// The edge of the mask runs half a pixel beyond the middle of a pixel that is wholly covered, and
+// through the middle of one that is half covered.
+constexpr const char* kColumns = R"(
+uniform int reach;
+uniform vec4 line;
+uniform vec4 rim;
+uniform vec4 sizes; // widths of the line, of the line where the object is hidden, of the rim; pattern
+void main()
+{
+    ivec2 at = ivec2(gl_FragCoord.xy);
+    vec4 here = texelFetch(from, at, 0);
+    float inside = here.x == 0.0 ? here.y : 0.0;
+    fragment = vec4(0.0);
+    if (inside == 1.0) return;
+    int last = textureSize(from, 0).y - 1;
+    float all = 1000.0;
+    float seen = 1000.0;
+    for (int d = -reach; d <= reach; ++d) {
+        vec4 t = texelFetch(from, ivec2(at.x, clamp(at.y + d, 0, last)), 0);
+        float dy = float(d);
+        if (t.y > 0.0) all = min(all, length(vec2(t.x * 255.0, dy)) + 0.5 - t.y);
+        if (t.w > 0.0) seen = min(seen, length(vec2(t.z * 255.0, dy)) + 0.5 - t.w);
+    }
+    vec2 edge = sizes.xy + 0.5;
+    float lined = max(clamp(edge.x - seen, 0.0, 1.0), clamp(edge.y - all, 0.0, 1.0));
+    edge += sizes.z;
+    float rimmed = max(clamp(edge.x - seen, 0.0, 1.0), clamp(edge.y - all, 0.0, 1.0));
+    int bit = int(gl_FragCoord.x + gl_FragCoord.y) & 15;
+    float shown = ((int(sizes.w) >> bit) & 1) == 0 ? 0.0 : 1.0 - inside;
+    fragment = (line * lined + rim * (rimmed - lined)) * shown;
+}
+)";
+
+constexpr const char* kLay = R"(
+void main()
+{
+    fragment = texelFetch(from, ivec2(gl_FragCoord.xy), 0);
+    if (fragment.a == 0.0) discard;
+}
+)";
+
 std::string header(unsigned features)
 {
     constexpr struct {
@@ -334,7 +423,8 @@ std::string header(unsigned features)
                   {SHADER_SCREEN_DOOR, "SCREEN_DOOR"},
                   {SHADER_WIDE_LINES, "WIDE_LINES"},
                   {SHADER_CLIP, "CLIP"},
-                  {SHADER_SILHOUETTE, "SILHOUETTE"}};
+                  {SHADER_SILHOUETTE, "SILHOUETTE"},
+                  {SHADER_MASK, "MASK"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {
         if (features & entry.feature) {
@@ -357,6 +447,14 @@ ShaderSource shaderSource(unsigned features)
         source.geometry = top + kCommon + kGeometry;
     }
     return source;
+}
+
+ShaderSource outlineShaderSource(OutlinePass pass)
+{
+    constexpr const char* kTexts[kNumOutlinePasses] = {kCover, kRows, kColumns, kLay};
+    return {std::string("#version 330 core\n") + kBackgroundVertex,
+            {},
+            std::string(kOutlineTop) + kTexts[static_cast<std::size_t>(pass)]};
 }
 
 } // namespace kalmyr::detail

@@ -17,9 +17,14 @@ enum ShaderFeature : unsigned {
     SHADER_WIDE_LINES = 256, ///< lines as quads, with width and pattern
     SHADER_CLIP = 512,
     SHADER_SILHOUETTE = 1024, ///< with wide lines: of edges with their two triangles' corners
-    SHADER_BACKGROUND = 2048  ///< stands alone
+    SHADER_MASK =
+        2048, ///< what is covered, and what of it nothing in `depths` hides, as red and green
+    SHADER_BACKGROUND = 4096 ///< stands alone
 };
-constexpr unsigned kNumShaderVariants = 4096;
+constexpr unsigned kNumShaderVariants = 8192;
+
+/// Texture unit of the depths that SHADER_MASK compares with.
+constexpr int kDepthUnit = 1;
 
 /// Limits of the uniform block of lights and planes; what is beyond them is left out.
 constexpr int kMaxLights = 16;
@@ -47,5 +52,18 @@ struct ShaderSource {
     std::string fragment;
 };
 ShaderSource shaderSource(unsigned features);
+
+/// The passes that turn a mask into an outline; each covers the viewport and has one sampler,
+/// `from`. Distances are in pixels.
+enum class OutlinePass {
+    COVER,   ///< from depths: where there is any, nothing of the mask is visible
+    ROWS,    ///< from the mask: the nearest part of it in the same row
+    COLUMNS, ///< from those: the colours of line and rim; uniforms `reach`, `line`, `rim`, `sizes`
+    LAY      ///< from those: copies
+};
+constexpr int kNumOutlinePasses = 4;
+/// Pixels beyond which no part of a mask is found.
+constexpr int kMaxOutlineReach = 64;
+ShaderSource outlineShaderSource(OutlinePass pass);
 
 } // namespace kalmyr::detail

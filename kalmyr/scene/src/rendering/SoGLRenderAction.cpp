@@ -3,12 +3,17 @@
 #include "rendering/FrameBuilder.h"
 #include "rendering/GLDevice.h"
 #include "rendering/GLRenderer.h"
+#include "rendering/Outliner.h"
 #include "rendering/RenderTraversal.h"
 
 #include <kalmyr/base/SbTime.h>
 #include <kalmyr/base/SoError.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/core/SoPlaces.h>
+#include <kalmyr/rendering/SoOutline.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -30,7 +35,34 @@ SoGLRenderAction::SoGLRenderAction(const SbViewportRegion& region)
     kalmyr::initRendering();
 }
 
-SoGLRenderAction::~SoGLRenderAction() = default;
+SoGLRenderAction::~SoGLRenderAction()
+{
+    for (SoOutline* outline : m_outlines) {
+        std::erase(outline->m_actions, this);
+    }
+}
+
+bool SoGLRenderAction::addOutline(SoOutline& outline)
+{
+    if (std::find(m_outlines.begin(), m_outlines.end(), &outline) != m_outlines.end()) {
+        return false;
+    }
+    m_outlines.push_back(&outline);
+    outline.m_actions.push_back(this);
+    return true;
+}
+
+bool SoGLRenderAction::removeOutline(SoOutline& outline)
+{
+    std::erase(outline.m_actions, this);
+    return std::erase(m_outlines, &outline) > 0;
+}
+
+SoNode* SoGLRenderAction::findRootOf(SoNode* node) const
+{
+    // The node may have died meanwhile: what stands above the given one is alive.
+    return m_latestRoot ? kalmyr::findAbove(node, m_latestRoot) : nullptr;
+}
 
 void SoGLRenderAction::setClearing(bool color, bool depth)
 {
@@ -71,6 +103,7 @@ const kalmyr::detail::RenderStatistics& SoGLRenderAction::getStatistics() const
 void SoGLRenderAction::beginTraversal(SoNode* root)
 {
     SoAction::beginTraversal(root);
+    m_latestRoot = root;
     m_traversal->begin(root);
     m_traversal->statistics.traverseSeconds = -now();
 }
@@ -100,19 +133,20 @@ void SoGLRenderAction::apply(SoNode* root)
 {
     if (canDraw()) {
         SoAction::apply(root);
-        draw();
+        draw(root);
     }
 }
 
 void SoGLRenderAction::apply(SoPath* path)
 {
+    const SoRef<SoPath> held(path); // a path made for the call dies with it
     if (canDraw()) {
         SoAction::apply(path);
-        draw();
+        draw(path ? path->getHead() : nullptr);
     }
 }
 
-void SoGLRenderAction::draw()
+void SoGLRenderAction::draw(SoNode* root)
 {
     using namespace kalmyr::detail;
     const char* error = "";
@@ -127,11 +161,8 @@ void SoGLRenderAction::draw()
     Frame& frame = m_traversal->frame;
     buildFrame(*m_traversal->getList(), m_traversal->getViews(), frame);
     const double built = now();
-    const GLFrameOptions options{m_region, m_backgroundColor, m_transparencyType, m_clearColor,
-                                 m_clearDepth};
     device->beginFrame();
-    GLRenderer(*device, frame, options, statistics).draw();
-    drawMore();
+    drawFrame(*device, root);
     device->endFrame();
     statistics.flattenSeconds = built - start;
     statistics.submitSeconds = now() - built;
@@ -139,4 +170,41 @@ void SoGLRenderAction::draw()
     statistics.culled = frame.culled;
     statistics.geometries = device->getNumGeometries();
     statistics.textures = device->getNumTextures();
+}
+
+void SoGLRenderAction::drawFrame(kalmyr::detail::GLDevice& device, SoNode* root)
+{
+    using namespace kalmyr::detail;
+    RenderStatistics& statistics = m_traversal->statistics;
+    const Frame& frame = m_traversal->frame;
+    const GLFrameOptions options{m_region, m_backgroundColor, m_transparencyType, m_clearColor,
+                                 m_clearDepth};
+    bool isStale = false;
+    std::vector<Outliner*> outliners;
+    const auto prepare = [&](SoOutline& outline) {
+        if (outline.outliner().prepare(device, root, frame, options)) {
+            isStale = isStale || outline.outliner().isStale();
+            outliners.push_back(&outline.outliner());
+        }
+    };
+    if (SoOutline* own = frameOutline()) {
+        prepare(*own);
+    }
+    for (SoOutline* outline : std::vector(m_outlines)) { // callbacks may change it
+        prepare(*outline);
+    }
+    GLRenderer::LayerFunction layerDrawn;
+    if (isStale) {
+        layerDrawn = [&](int layer) {
+            for (Outliner* outliner : outliners) {
+                if (outliner->isStale()) {
+                    outliner->layerDrawn(layer);
+                }
+            }
+        };
+    }
+    GLRenderer(device, frame, options, statistics).draw(layerDrawn);
+    for (Outliner* outliner : outliners) {
+        outliner->finish(statistics);
+    }
 }

@@ -6,11 +6,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace kalmyr::detail {
+class GLDevice;
 class RenderTraversal;
 struct RenderStatistics;
 } // namespace kalmyr::detail
+class SoOutline;
 
 /// Draws a scene into the OpenGL context that is current when it is applied.
 ///
@@ -62,6 +65,15 @@ public:
     void setBackgroundColor(const SbColorRGBA& color) { m_backgroundColor = color; }
     const SbColorRGBA& getBackgroundColor() const { return m_backgroundColor; }
 
+    /// Drawn after the scene; not owned, and either may die first. False, and nothing changes, when
+    /// the outline is added already, or is not.
+    bool addOutline(SoOutline& outline);
+    bool removeOutline(SoOutline& outline);
+
+    /// The node that the action was applied to most recently when `node` is that or stands below
+    /// it; null otherwise.
+    SoNode* findRootOf(SoNode* node) const;
+
     /// Lists of separators are kept between applications; on at first.
     void setCaching(bool on);
     bool isCaching() const;
@@ -92,13 +104,18 @@ public:
 protected:
     void beginTraversal(SoNode* root) override;
     void endTraversal(SoNode* root) override;
-    /// Called with the context current after the scene was drawn.
-    virtual void drawMore() {}
+    /// An outline that a derived action draws besides those that were added; called in each frame
+    /// when the scene was traversed. Null: none.
+    virtual SoOutline* frameOutline() { return nullptr; }
 
 private:
     bool canDraw();
-    void draw();
+    void draw(SoNode* root);
+    void drawFrame(kalmyr::detail::GLDevice& device, SoNode* root);
 
+    friend class SoOutline;
+    std::vector<SoOutline*> m_outlines;   // Not owned.
+    const SoNode* m_latestRoot = nullptr; // Not owned; only compared.
     SbViewportRegion m_region;
     SbColorRGBA m_backgroundColor;
     int m_transparencyType = SORTED_OBJECT_BLEND;

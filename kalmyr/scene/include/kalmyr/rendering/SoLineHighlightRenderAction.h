@@ -2,9 +2,10 @@
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/base/SbColor.h>
+#include <kalmyr/rendering/SoOutline.h>
 
-/// Draws a scene, and over it the edges of everything that the scene's selection nodes have
-/// selected, as lines in one colour that nothing hides.
+/// Draws a scene, and over it the outline (SoOutline) of everything that the scene's selection
+/// nodes have selected, wherever in the scene those nodes stand.
 class KALMYR_API SoLineHighlightRenderAction : public SoGLRenderAction {
     SO_DERIVED_ACTION_HEADER(SoLineHighlightRenderAction)
 
@@ -13,28 +14,24 @@ public:
     ~SoLineHighlightRenderAction() override;
 
     /// Off: the selection is not shown. On at first.
-    void setVisible(bool on) { m_visible = on; }
-    bool isVisible() const { return m_visible; }
+    void setVisible(bool on) { m_selected.setVisible(on); }
+    bool isVisible() const { return m_selected.isVisible(); }
 
-    /// At first red.
-    void setColor(const SbColor& color) { m_color = color; }
-    const SbColor& getColor() const { return m_color; }
+    /// At first orange.
+    void setColor(const SbColor& color) { m_selected.setColor(color); }
+    const SbColor& getColor() const { return m_selected.getColor(); }
 
-    /// Pixels; at first 3.
-    void setLineWidth(float width) { m_lineWidth = width; }
-    float getLineWidth() const { return m_lineWidth; }
+    /// Points; at first 2. See SoOutline.
+    void setLineWidth(float width) { m_selected.setLineWidth(width); }
+    float getLineWidth() const { return m_selected.getLineWidth(); }
 
-    /// A bit pattern of 16 pixels along the lines; at first solid.
-    void setLinePattern(unsigned short pattern) { m_linePattern = pattern; }
-    unsigned short getLinePattern() const { return m_linePattern; }
+    /// At first solid. See SoOutline.
+    void setLinePattern(unsigned short pattern) { m_selected.setLinePattern(pattern); }
+    unsigned short getLinePattern() const { return m_selected.getLinePattern(); }
 
 protected:
-    void drawMore() override;
+    SoOutline* frameOutline() override;
 
 private:
-    SbColor m_color{1, 0, 0};
-    float m_lineWidth = 3;
-    unsigned short m_linePattern = 0xffff;
-    bool m_visible = true;
-    std::unique_ptr<SoGLRenderAction> m_collector; ///< walks the selected paths, draws nothing
+    SoOutline m_selected;
 };

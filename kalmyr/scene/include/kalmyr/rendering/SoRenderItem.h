@@ -64,17 +64,18 @@ namespace kalmyr::detail {
 
 /// Counts of one frame.
 struct RenderStatistics {
-    std::size_t visits = 0;      ///< nodes traversed
-    std::size_t listsBuilt = 0;  ///< lists of separators made
-    std::size_t listsReused = 0; ///< lists of separators that were still valid
-    std::size_t items = 0;       ///< shapes in view
-    std::size_t culled = 0;      ///< shapes or whole lists out of view
-    std::size_t drawCalls = 0;
-    std::size_t geometries = 0; ///< geometries in the context's buffers after the frame
-    std::size_t textures = 0;   ///< images in the context after the frame
-    double traverseSeconds = 0; ///< making the list
-    double flattenSeconds = 0;  ///< placing, culling, sorting
-    double submitSeconds = 0;   ///< handing over to OpenGL
+    std::size_t visits = 0;           ///< nodes traversed
+    std::size_t listsBuilt = 0;       ///< lists of separators made
+    std::size_t listsReused = 0;      ///< lists of separators that were still valid
+    std::size_t items = 0;            ///< shapes in view
+    std::size_t culled = 0;           ///< shapes or whole lists out of view
+    std::size_t drawCalls = 0;        ///< of the scene
+    std::size_t outlineDrawCalls = 0; ///< more, of what is outlined
+    std::size_t geometries = 0;       ///< geometries in the context's buffers after the frame
+    std::size_t textures = 0;         ///< images in the context after the frame
+    double traverseSeconds = 0;       ///< making the list
+    double flattenSeconds = 0;        ///< placing, culling, sorting
+    double submitSeconds = 0;         ///< handing over to OpenGL
 };
 
 } // namespace kalmyr::detail

@@ -1,0 +1,433 @@
+#include "rendering/GLOutline.h"
+
+#include <kalmyr/base/SbViewportRegion.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kalmyr::detail {
+
+namespace {
+
+constexpr float kRimWidth = 1; // points
+constexpr float kRimOpacity = 0.8f;
+constexpr int kMaxPendingErrors = 16;
+constexpr float kBrightLine = 0.4f; // luminance from which on the rim is dark
+
+/// Puts back what is bound for drawing and reading, and the scissor box.
+class SavedTarget {
+public:
+    SavedTarget()
+    {
+        glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &m_draw);
+        glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &m_read);
+        glGetIntegerv(GL_SCISSOR_BOX, m_box);
+        glGetIntegerv(GL_VIEWPORT, m_viewport);
+        m_scissored = glIsEnabled(GL_SCISSOR_TEST);
+    }
+    ~SavedTarget()
+    {
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(m_draw));
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(m_read));
+        glScissor(m_box[0], m_box[1], m_box[2], m_box[3]);
+        glViewport(m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3]);
+        if (m_scissored) {
+            glEnable(GL_SCISSOR_TEST);
+        } else {
+            glDisable(GL_SCISSOR_TEST);
+        }
+    }
+    SavedTarget(const SavedTarget&) = delete;
+    SavedTarget& operator=(const SavedTarget&) = delete;
+
+    /// What may be drawn into.
+    PixelBox limit(const PixelBox& box) const
+    {
+        const PixelBox scissor{m_box[0], m_box[1], m_box[0] + m_box[2], m_box[1] + m_box[3]};
+        return m_scissored ? box.intersection(scissor) : box;
+    }
+
+private:
+    GLint m_draw = 0;
+    GLint m_read = 0;
+    GLint m_box[4] = {};
+    GLint m_viewport[4] = {};
+    GLboolean m_scissored = GL_FALSE;
+};
+
+void limitTo(const PixelBox& box)
+{
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(box.left, box.bottom, box.width(), box.height());
+}
+
+GLuint makeTexture(GLint format, GLenum layout, GLenum type, int width, int height)
+{
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    glBindTexture(GL_TEXTURE_2D, name);
+    glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, layout, type, nullptr);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    return name;
+}
+
+bool makeFramebuffer(GLuint& name, GLenum attachment, GLuint texture)
+{
+    glGenFramebuffers(1, &name);
+    glBindFramebuffer(GL_FRAMEBUFFER, name);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, attachment, GL_TEXTURE_2D, texture, 0);
+    if (attachment != GL_COLOR_ATTACHMENT0) {
+        glDrawBuffer(GL_NONE);
+        glReadBuffer(GL_NONE);
+    }
+    return glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+}
+
+GLint depthParameter(GLuint framebuffer, GLenum name)
+{
+    GLint value = 0;
+    glGetFramebufferAttachmentParameteriv(
+        GL_DRAW_FRAMEBUFFER, framebuffer ? GL_DEPTH_ATTACHMENT : GL_DEPTH, name, &value);
+    return value;
+}
+
+/// Depths are copied between equal formats only. GL_NONE: there are none.
+GLenum boundDepthFormat(GLuint framebuffer)
+{
+    if (depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE) == GL_NONE) {
+        return GL_NONE;
+    }
+    const GLint depth = depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_DEPTH_SIZE);
+    const bool stencil = depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_STENCIL_SIZE) > 0;
+    switch (depth) {
+    case 16:
+        return GL_DEPTH_COMPONENT16;
+    case 24:
+        return stencil ? GL_DEPTH24_STENCIL8 : GL_DEPTH_COMPONENT24;
+    case 32:
+        if (depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_COMPONENT_TYPE) == GL_FLOAT) {
+            return stencil ? GL_DEPTH32F_STENCIL8 : GL_DEPTH_COMPONENT32F;
+        }
+        return GL_DEPTH_COMPONENT32;
+    default:
+        return GL_NONE;
+    }
+}
+
+GLuint makeDepthTexture(GLenum format, int width, int height)
+{
+    const auto internal = static_cast<GLint>(format);
+    if (format == GL_DEPTH24_STENCIL8) {
+        return makeTexture(internal, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, width, height);
+    }
+    if (format == GL_DEPTH32F_STENCIL8) {
+        return makeTexture(internal, GL_DEPTH_STENCIL, GL_FLOAT_32_UNSIGNED_INT_24_8_REV, width,
+                           height);
+    }
+    return makeTexture(internal, GL_DEPTH_COMPONENT, GL_FLOAT, width, height);
+}
+
+bool hasStencil(GLenum format)
+{
+    return format == GL_DEPTH24_STENCIL8 || format == GL_DEPTH32F_STENCIL8;
+}
+
+void deleteTarget(GLuint& framebuffer, GLuint& texture)
+{
+    glDeleteFramebuffers(1, &framebuffer);
+    glDeleteTextures(1, &texture);
+    framebuffer = 0;
+    texture = 0;
+}
+
+/// What is seen best beside the line.
+float rimTone(const SbColor& line)
+{
+    const float luminance = 0.2126f * line[0] + 0.7152f * line[1] + 0.0722f * line[2];
+    return luminance > kBrightLine ? 0.0f : 1.0f;
+}
+
+} // namespace
+
+PixelBox PixelBox::intersection(const PixelBox& other) const
+{
+    return {std::max(left, other.left), std::max(bottom, other.bottom),
+            std::min(right, other.right), std::min(top, other.top)};
+}
+
+/// In pixels.
+struct GLOutline::Widths {
+    float line;
+    float hidden; ///< of the line where something hides the object
+    float rim;
+    int reach() const
+    {
+        return std::min(static_cast<int>(std::ceil(std::max(line, hidden) + rim)),
+                        kMaxOutlineReach);
+    }
+};
+
+GLOutline::Widths GLOutline::widthsOf(const OutlineStyle& style, float pixelsPerPoint)
+{
+    const float scale = std::max(pixelsPerPoint, 1.0f);
+    const float line = std::max(style.width, 1.0f);
+    return {line * scale, std::max(line / 2, 1.0f) * scale, kRimWidth * scale};
+}
+
+int GLOutline::reachOf(const OutlineStyle& style, float pixelsPerPoint)
+{
+    return widthsOf(style, pixelsPerPoint).reach();
+}
+
+GLint GLOutline::boundSamples()
+{
+    GLint samples = 0;
+    glGetIntegerv(GL_SAMPLES, &samples);
+    return samples;
+}
+
+void GLOutline::free()
+{
+    for (int i = 0; i < NUM_TARGETS; ++i) {
+        deleteTarget(m_framebuffers[i], m_textures[i]);
+    }
+    deleteTarget(m_depthsFramebuffer, m_depths);
+    glDeleteFramebuffers(1, &m_samplesFramebuffer);
+    glDeleteRenderbuffers(1, &m_samplesBuffer);
+    glDeleteVertexArrays(1, &m_vertexArray);
+    m_vertexArray = 0;
+    m_samplesFramebuffer = 0;
+    m_samplesBuffer = 0;
+    for (GLuint& program : m_programs) {
+        glDeleteProgram(program);
+        program = 0;
+    }
+    m_depthFormat = GL_NONE;
+    m_width = 0;
+    m_height = 0;
+    m_key = 0;
+}
+
+bool GLOutline::makeTargets(int width, int height, GLint samples)
+{
+    if (m_width == width && m_height == height && m_samples == samples) {
+        return true;
+    }
+    free();
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    if (width > limit || height > limit) {
+        return false;
+    }
+    glGenVertexArrays(1, &m_vertexArray);
+    bool ok = true;
+    for (int i = 0; i < NUM_TARGETS; ++i) {
+        m_textures[i] =
+            makeTexture(i == MASK ? GL_RG8 : GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, width, height);
+        ok = makeFramebuffer(m_framebuffers[i], GL_COLOR_ATTACHMENT0, m_textures[i]) && ok;
+    }
+    if (samples > 1) {
+        glGenRenderbuffers(1, &m_samplesBuffer);
+        glBindRenderbuffer(GL_RENDERBUFFER, m_samplesBuffer);
+        glRenderbufferStorageMultisample(GL_RENDERBUFFER, samples, GL_RG8, width, height);
+        glBindRenderbuffer(GL_RENDERBUFFER, 0);
+        glGenFramebuffers(1, &m_samplesFramebuffer);
+        glBindFramebuffer(GL_FRAMEBUFFER, m_samplesFramebuffer);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER,
+                                  m_samplesBuffer);
+        ok = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE && ok;
+    }
+    if (!ok) {
+        free();
+        return false;
+    }
+    m_width = width;
+    m_height = height;
+    m_samples = samples;
+    return true;
+}
+
+bool GLOutline::makeDepths(int width, int height, GLenum format)
+{
+    if (m_depths && m_depthFormat == format) {
+        return true;
+    }
+    deleteTarget(m_depthsFramebuffer, m_depths);
+    m_depths = makeDepthTexture(format, width, height);
+    m_depthFormat = format;
+    return makeFramebuffer(m_depthsFramebuffer,
+                           hasStencil(format) ? GL_DEPTH_STENCIL_ATTACHMENT : GL_DEPTH_ATTACHMENT,
+                           m_depths);
+}
+
+void GLOutline::setEmpty(std::uint64_t key)
+{
+    m_box = {};
+    m_key = key;
+}
+
+bool GLOutline::begin(int width, int height, const PixelBox& box)
+{
+    const SavedTarget saved;
+    if (!makeTargets(width, height, boundSamples())) {
+        return false;
+    }
+    m_box = box;
+    m_key = 0;
+    m_hasLayer = false;
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER,
+                      m_samplesFramebuffer ? m_samplesFramebuffer : m_framebuffers[MASK]);
+    limitTo(m_box);
+    constexpr GLfloat kNothing[4] = {};
+    glClearBufferfv(GL_COLOR, 0, kNothing);
+    return true;
+}
+
+/// False when there are none, or not to be had: then nothing counts as hidden.
+bool GLOutline::copyDepths()
+{
+    GLint bound = 0;
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &bound);
+    const auto from = static_cast<GLuint>(bound);
+    const GLenum format = m_copiesDepths ? boundDepthFormat(from) : GL_NONE;
+    const bool isNew = m_depthFormat != format;
+    if (!makeDepths(m_width, m_height, format == GL_NONE ? GL_DEPTH_COMPONENT24 : format)) {
+        return false;
+    }
+    glDisable(GL_SCISSOR_TEST);
+    glDepthMask(GL_TRUE);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_depthsFramebuffer);
+    if (format == GL_NONE) {
+        constexpr GLfloat kFar = 1;
+        glClearBufferfv(GL_DEPTH, 0, &kFar);
+        return true;
+    }
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, from);
+    for (int i = 0; isNew && i < kMaxPendingErrors && glGetError() != GL_NO_ERROR;) {
+        ++i;
+    }
+    glBlitFramebuffer(m_box.left, m_box.bottom, m_box.right, m_box.top, m_box.left, m_box.bottom,
+                      m_box.right, m_box.top, GL_DEPTH_BUFFER_BIT, GL_NEAREST);
+    if (isNew && glGetError() != GL_NO_ERROR) {
+        m_copiesDepths = false;
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, from);
+        return copyDepths();
+    }
+    return true;
+}
+
+void GLOutline::addLayer(const std::function<void()>& draw)
+{
+    const SavedTarget saved;
+    if (!copyDepths()) {
+        return;
+    }
+    const GLuint target = m_samplesFramebuffer ? m_samplesFramebuffer : m_framebuffers[MASK];
+    if (m_hasLayer) {
+        glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_FALSE);
+        runPass(OutlinePass::COVER, target, m_depths);
+        glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    }
+    m_hasLayer = true;
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, target);
+    limitTo(m_box);
+    glActiveTexture(GL_TEXTURE0 + kDepthUnit);
+    glBindTexture(GL_TEXTURE_2D, m_depths);
+    glActiveTexture(GL_TEXTURE0);
+    draw();
+    glActiveTexture(GL_TEXTURE0 + kDepthUnit);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+GLuint GLOutline::program(OutlinePass pass)
+{
+    GLuint& known = m_programs[static_cast<std::size_t>(pass)];
+    if (!known) {
+        known = linkProgram(outlineShaderSource(pass));
+    }
+    return known;
+}
+
+/// Fills the box, in whatever is bound for drawing into, from the texture.
+void GLOutline::cover(OutlinePass pass, GLuint texture)
+{
+    glViewport(0, 0, m_width, m_height);
+    glDisable(GL_DEPTH_TEST);
+    glUseProgram(program(pass));
+    glBindVertexArray(m_vertexArray);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glBindVertexArray(0);
+    glUseProgram(0);
+}
+
+void GLOutline::runPass(OutlinePass pass, GLuint framebuffer, GLuint texture)
+{
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
+    limitTo(m_box);
+    cover(pass, texture);
+}
+
+void GLOutline::setUniforms(const OutlineStyle& style, const Widths& widths)
+{
+    const auto place = [this](OutlinePass pass, const char* name) {
+        return glGetUniformLocation(program(pass), name);
+    };
+    glUseProgram(program(OutlinePass::ROWS));
+    glUniform1i(place(OutlinePass::ROWS, "reach"), widths.reach());
+    glUseProgram(program(OutlinePass::COLUMNS));
+    glUniform1i(place(OutlinePass::COLUMNS, "reach"), widths.reach());
+    const SbColor& c = style.color;
+    const float tone = rimTone(c) * kRimOpacity;
+    glUniform4f(place(OutlinePass::COLUMNS, "line"), c[0], c[1], c[2], 1);
+    glUniform4f(place(OutlinePass::COLUMNS, "rim"), tone, tone, tone, kRimOpacity);
+    glUniform4f(place(OutlinePass::COLUMNS, "sizes"), widths.line, widths.hidden, widths.rim,
+                style.pattern);
+}
+
+void GLOutline::end(const OutlineStyle& style, float pixelsPerPoint, std::uint64_t key)
+{
+    const SavedTarget saved;
+    if (m_samplesFramebuffer) {
+        glDisable(GL_SCISSOR_TEST);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, m_samplesFramebuffer);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_framebuffers[MASK]);
+        glBlitFramebuffer(m_box.left, m_box.bottom, m_box.right, m_box.top, m_box.left,
+                          m_box.bottom, m_box.right, m_box.top, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    }
+    setUniforms(style, widthsOf(style, pixelsPerPoint));
+    runPass(OutlinePass::ROWS, m_framebuffers[ROWS], m_textures[MASK]);
+    runPass(OutlinePass::COLUMNS, m_framebuffers[PICTURE], m_textures[ROWS]);
+    m_key = key;
+}
+
+void GLOutline::lay()
+{
+    if (m_box.isEmpty()) {
+        return;
+    }
+    const SavedTarget saved;
+    const PixelBox box = saved.limit(m_box);
+    if (box.isEmpty()) {
+        return;
+    }
+    limitTo(box);
+    constexpr GLenum kNames[] = {GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA,
+                                 GL_BLEND_DST_ALPHA};
+    GLint functions[4];
+    for (int i = 0; i < 4; ++i) {
+        glGetIntegerv(kNames[i], &functions[i]);
+    }
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    cover(OutlinePass::LAY, m_textures[PICTURE]);
+    glDisable(GL_BLEND);
+    glBlendFuncSeparate(static_cast<GLenum>(functions[0]), static_cast<GLenum>(functions[1]),
+                        static_cast<GLenum>(functions[2]), static_cast<GLenum>(functions[3]));
+}
+
+} // namespace kalmyr::detail

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "rendering/FrameBuilder.h"
+#include "rendering/GLOutline.h"
+#include "rendering/GLRenderer.h"
+#include "rendering/RenderList.h"
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoPath.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class SoGLRenderAction;
+
+namespace kalmyr::detail {
+
+/// An object to be outlined.
+struct OutlinedObject {
+    /// Anywhere in the scene.
+    explicit OutlinedObject(SoPath* objectPath) : path(objectPath), length(objectPath->getLength())
+    {
+    }
+    /// Below a selection node that was seen in a place of its own.
+    OutlinedObject(SoPath* objectPath, const SbMatrix& matrix, const RenderView& startView)
+        : OutlinedObject(objectPath)
+    {
+        toWorld = matrix;
+        view = startView;
+        isPlaced = true;
+    }
+    bool isWhole() const { return path->getLength() == length; }
+
+    SoRef<SoPath> path;
+    int length; ///< a path that was cut off names something else
+    SbMatrix toWorld;
+    RenderView view;
+    bool isPlaced = false; ///< matrix and view in front of the path's head are known
+};
+
+/// Draws the outline of some objects over the frames of render actions.
+///
+/// A frame is drawn between prepare() and finish(); in frames for which the picture of the outline
+/// has to be made anew the objects are added layer by layer.
+class Outliner {
+public:
+    Outliner();
+    ~Outliner();
+
+    OutlineStyle style;
+    bool isVisible = true;
+
+    void setObjects(std::vector<OutlinedObject> objects);
+    bool hasObjects() const { return !m_objects.empty(); }
+
+    /// Returns whether there is anything to outline in the frame, which was made of `root`. The
+    /// device, frame and options outlast the call of finish().
+    bool prepare(GLDevice& device, SoNode* root, const Frame& scene, const GLFrameOptions& options);
+    /// Whether layerDrawn() is to be called.
+    bool isStale() const { return m_stale; }
+    void layerDrawn(int layer);
+    void finish(RenderStatistics& statistics);
+
+private:
+    struct Collected {
+        SoRef<const RenderList> list; ///< holds what the frame points to
+        Frame frame;
+    };
+    std::uint64_t keyOf(const Frame& scene, const GLFrameOptions& options) const;
+    void collect(SoNode* root, const Frame& scene);
+    void collect(SoPath& path);
+    void openPicture(GLOutline& outline, const GLFrameOptions& options);
+    void close();
+    bool areAllIn(const Frame& scene) const;
+    PixelBox boxOf(const GLFrameOptions& options) const;
+    void drawEdges();
+
+    const std::uint64_t m_number; ///< among all of the process
+    std::vector<OutlinedObject> m_objects;
+    std::unique_ptr<SoGLRenderAction> m_collector; ///< walks the paths, draws nothing
+    std::vector<Collected> m_collected;            ///< while a frame is drawn
+    /// Objects that the scene does not show (a switch leaves them out) change unseen: every change
+    /// of the graph counts then.
+    bool m_followsGraph = false;
+    bool m_stale = false;
+    bool m_asEdges = false;
+    std::uint64_t m_key = 0;
+    RenderStatistics m_statistics;
+    GLDevice* m_device = nullptr;              // Not owned; of the present frame.
+    const GLFrameOptions* m_options = nullptr; // Not owned; the same.
+};
+
+} // namespace kalmyr::detail
