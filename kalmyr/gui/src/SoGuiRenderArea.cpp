@@ -5,15 +5,20 @@
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
+#include <kalmyr/events/SoLocation2Event.h>
+#include <kalmyr/events/SoMouseButtonEvent.h>
+#include <kalmyr/gui/SoInspectorViews.h>
 #include <kalmyr/gui/SoLibMirabo.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
-constexpr int kMaxSize = 32767; // window positions are short
+constexpr int kMaxSize = 32767;   // window positions are short
+constexpr float kClickMotion = 3; // points that a hand moves in a click
 
 SoType s_coreType;
 SoType s_type;
@@ -123,15 +128,41 @@ bool SoGuiRenderArea::renderOffscreen(SoOffscreenRenderer& renderer)
     renderer.setViewportRegion(m_manager->getViewportRegion());
     renderer.setBackgroundColor(m_manager->getBackgroundColor());
     renderer.setGLRenderAction(m_manager->getGLRenderAction());
+    const SoInspectorViews::Drawing outline(*m_manager->getGLRenderAction());
     return renderer.render(scene.get());
 }
 
 bool SoGuiRenderArea::processEvent(const SoEvent* event)
 {
     const Frame frame(this);
-    if (!SoKeyboardEvent::isKeyPressEvent(event, SoLibMirabo::getShortcutValue()))
-        return m_manager->processEvent(event);
+    if (!SoKeyboardEvent::isKeyPressEvent(event, SoLibMirabo::getShortcutValue())) {
+        const bool isHandled = m_manager->processEvent(event);
+        followClick(*event, isHandled);
+        return isHandled;
+    }
     if (SoLibMirabo* hooks = SoLibMirabo::instance())
         hooks->m_mirabo_startRenderArea(static_cast<SoRenderAreaCore*>(this));
     return true;
+}
+
+/// Of two events that are handled in the scene neither is one for the inspector: a dragger has the
+/// press, and what comes of it.
+void SoGuiRenderArea::followClick(const SoEvent& event, bool isHandled)
+{
+    const SbVec2s at = event.getPosition();
+    if (SoMouseButtonEvent::isPressEvent(&event, SoMouseButtonEvent::BUTTON1)) {
+        m_isPressed = !isHandled;
+        m_pressedAt = at;
+        if (m_isPressed)
+            SoInspectorViews::tell(this, at, SoInspectorViews::PRESSED);
+        return;
+    }
+    const float limit = kClickMotion * getPixelRatio();
+    const bool isAway =
+        std::max(std::abs(at[0] - m_pressedAt[0]), std::abs(at[1] - m_pressedAt[1])) > limit;
+    m_isPressed = m_isPressed && !isHandled && !isAway;
+    if (!m_isPressed || !SoMouseButtonEvent::isReleaseEvent(&event, SoMouseButtonEvent::BUTTON1))
+        return;
+    m_isPressed = false;
+    SoInspectorViews::tell(this, m_pressedAt, SoInspectorViews::CLICKED);
 }

@@ -3,6 +3,7 @@
 #include "KeptAlive.h"
 
 #include <kalmyr/base/SoContract.h>
+#include <kalmyr/gui/SoInspectorViews.h>
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/nodes/SoGroup.h>
 
@@ -62,10 +63,14 @@ SoType SoSceneManager::getTypeId() const
     return s_type;
 }
 
-SoSceneManager::SoSceneManager() : m_impl(std::make_unique<SoSceneManagerImpl>(this)) {}
+SoSceneManager::SoSceneManager() : m_impl(std::make_unique<SoSceneManagerImpl>(this))
+{
+    SoInspectorViews::add(this);
+}
 
 SoSceneManager::~SoSceneManager()
 {
+    SoInspectorViews::remove(this);
     m_impl->m_sensor.detach();
 }
 
@@ -142,6 +147,7 @@ bool SoSceneManager::render()
     action.setViewportRegion(m_impl->m_region);
     action.setBackgroundColor(SbColorRGBA(m_impl->m_background));
     action.setClearing(true, true);
+    const SoInspectorViews::Drawing outline(action);
     action.apply(scene.get());
     return action.hasDrawn();
 }

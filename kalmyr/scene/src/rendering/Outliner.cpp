@@ -190,8 +190,8 @@ std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options)
             sum.add(object.view.view.viewing[0], 16);
             addView(object.view, sum);
         }
-        if (m_followsGraph) {
-            sum.add(object.path->getHead()->getChangeId());
+        if (m_followsGraph && object.isWhole()) {
+            sum.add(object.getHead()->getChangeId());
         }
     }
     sum.add(style.color.getValue(), 3);
@@ -209,8 +209,7 @@ bool Outliner::prepare(GLDevice& device, SoNode* root, const Frame& scene,
     const bool isSeen =
         isVisible && !m_device
         && std::any_of(m_objects.begin(), m_objects.end(), [root](const OutlinedObject& object) {
-               return object.isWhole()
-                      && (object.isPlaced || isBelow(root, object.path->getHead()));
+               return object.isWhole() && (object.isPlaced || isBelow(root, object.getHead()));
            });
     if (!isSeen) {
         return false;
@@ -273,8 +272,8 @@ void Outliner::collect(SoNode* root, const Frame& scene)
             continue;
         }
         m_collector->traversal().clearStart();
-        for (const SoRef<SoPath>& place : findPlaces(root, object.path->getHead(), kMaxPlaces)) {
-            for (int i = 1; i < object.length; ++i) {
+        for (const SoRef<SoPath>& place : findPlaces(root, object.getHead(), kMaxPlaces)) {
+            for (int i = object.first + 1; i < object.length; ++i) {
                 place->append(object.path->getNode(i), object.path->getIndex(i));
             }
             collect(*place);
@@ -284,9 +283,10 @@ void Outliner::collect(SoNode* root, const Frame& scene)
     m_followsGraph = !areAllIn(scene);
 }
 
-void Outliner::collect(SoPath& path)
+void Outliner::collect(const SoPath& path)
 {
-    m_collector->SoAction::apply(&path);
+    // Actions follow a path and change nothing of it.
+    m_collector->SoAction::apply(const_cast<SoPath*>(&path));
     RenderTraversal& walk = m_collector->traversal();
     Collected& one = m_collected.emplace_back();
     one.list = walk.getList();

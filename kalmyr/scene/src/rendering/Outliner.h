@@ -19,20 +19,24 @@ namespace kalmyr::detail {
 /// An object to be outlined.
 struct OutlinedObject {
     /// Anywhere in the scene.
-    explicit OutlinedObject(SoPath* objectPath) : path(objectPath), length(objectPath->getLength())
+    OutlinedObject(const SoPath* objectPath, int firstNode)
+        : path(objectPath), first(firstNode), length(objectPath->getLength())
     {
     }
     /// Below a selection node that was seen in a place of its own.
-    OutlinedObject(SoPath* objectPath, const SbMatrix& matrix, const RenderView& startView)
-        : OutlinedObject(objectPath)
+    OutlinedObject(const SoPath* objectPath, const SbMatrix& matrix, const RenderView& startView)
+        : OutlinedObject(objectPath, 0)
     {
         toWorld = matrix;
         view = startView;
         isPlaced = true;
     }
     bool isWhole() const { return path->getLength() == length; }
+    /// Null when not even that is left.
+    SoNode* getHead() const { return path->getLength() > first ? path->getNode(first) : nullptr; }
 
-    SoRef<SoPath> path;
+    SoRef<const SoPath> path;
+    int first;  ///< node that counts
     int length; ///< a path that was cut off names something else
     SbMatrix toWorld;
     RenderView view;
@@ -52,6 +56,7 @@ public:
     bool isVisible = true;
 
     void setObjects(std::vector<OutlinedObject> objects);
+    const std::vector<OutlinedObject>& getObjects() const { return m_objects; }
     bool hasObjects() const { return !m_objects.empty(); }
 
     /// Returns whether there is anything to outline in the frame, which was made of `root`. The
@@ -69,7 +74,7 @@ private:
     };
     std::uint64_t keyOf(const Frame& scene, const GLFrameOptions& options) const;
     void collect(SoNode* root, const Frame& scene);
-    void collect(SoPath& path);
+    void collect(const SoPath& path);
     void openPicture(GLOutline& outline, const GLFrameOptions& options);
     void close();
     bool areAllIn(const Frame& scene) const;

@@ -22,20 +22,24 @@ SoOutline::~SoOutline()
     }
 }
 
-void SoOutline::setPaths(const std::vector<const SoPath*>& paths)
+void SoOutline::setPath(const SoPath* path, int from)
 {
     std::vector<kalmyr::detail::OutlinedObject> objects;
-    for (const SoPath* path : paths) {
-        if (path && !path->isEmpty()) {
-            objects.emplace_back(path->copy());
-        }
-    }
+    if (path && from >= 0 && from < path->getLength())
+        objects.emplace_back(path, from);
     m_outliner->setObjects(std::move(objects));
 }
 
-void SoOutline::setPath(const SoPath* path)
+const SoPath* SoOutline::getPath() const
 {
-    setPaths({path});
+    const auto& objects = m_outliner->getObjects();
+    return objects.empty() ? nullptr : objects.front().path.get();
+}
+
+SoNode* SoOutline::getHead() const
+{
+    const auto& objects = m_outliner->getObjects();
+    return objects.empty() ? nullptr : objects.front().getHead();
 }
 
 bool SoOutline::isEmpty() const

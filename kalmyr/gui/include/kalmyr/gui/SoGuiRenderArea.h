@@ -59,6 +59,10 @@ protected:
     bool isInFrame() const { return m_frames > 0; }
 
 private:
+    void followClick(const SoEvent& event, bool isHandled);
+
     SoRef<SoSceneManager> m_manager;
-    int m_frames = 0; ///< drawings and events under way, one inside the other
+    SbVec2s m_pressedAt;
+    bool m_isPressed = false; ///< the first button, and nothing has come between since
+    int m_frames = 0;         ///< drawings and events under way, one inside the other
 };

@@ -7,19 +7,20 @@
 #include <vector>
 
 class SoGLRenderAction;
+class SoNode;
 class SoPath;
 
 namespace kalmyr::detail {
 class Outliner;
 }
 
-/// The silhouette of some objects as a line around what is seen of them, with a narrow rim of a
-/// contrasting tone. Where something hides an object the line is half as wide.
+/// The silhouette of an object as a line around what is seen of them, with a narrow rim of a
+/// contrasting tone. Where something hides the object the line is half as wide.
 ///
 /// An outline is drawn by every render action that it is given to (SoGLRenderAction::addOutline)
-/// whose scene holds the objects, after the scene and over all of it. It costs one more drawing of
-/// the objects in frames in which they, the camera, or the shapes that may hide them have changed;
-/// in others the picture of the outline is laid over the scene again, and without objects it costs
+/// whose scene holds the object, after the scene and over all of it. It costs one more drawing of
+/// the object in frames in which it, the camera, or the shapes that may hide it have changed; in
+/// others the picture of the outline is laid over the scene again, and without an object it costs
 /// nothing. What a program drew into the depth buffer by itself is taken as it was in the latest
 /// frame of the former kind.
 ///
@@ -31,12 +32,14 @@ public:
     SoOutline(const SoOutline&) = delete;
     SoOutline& operator=(const SoOutline&) = delete;
 
-    /// The objects: what is below the tail of each path. A path may begin anywhere in the scene:
-    /// where its head stands in several places there is an outline in each. Paths follow edits of
-    /// the graph; one that was cut off is left out. Nulls and empty paths are ignored.
-    void setPaths(const std::vector<const SoPath*>& paths);
-    /// One path; null: none.
-    void setPath(const SoPath* path);
+    /// The object: what is below the tail of a path; null: none. Of the path only the nodes from
+    /// number `from` on count, and they may stand anywhere in the scene: where the first of them is
+    /// found in several places there is an outline in each. Holds a reference on the path, which is
+    /// not copied and follows edits of the graph; one that is cut off names nothing any more.
+    void setPath(const SoPath* path, int from = 0);
+    const SoPath* getPath() const;
+    /// The first node of the path that counts; null without.
+    SoNode* getHead() const;
     bool isEmpty() const;
 
     /// Off: nothing is drawn. On at first.
