@@ -1,10 +1,13 @@
-// A Qt program with a moving scene. F12 in the view, or the button, opens the inspector on it.
+// A Qt program with a moving scene. F12 in the left view, or the button, opens the inspector on it.
+// That view is the toolkit's: it outlines what is chosen in the inspector's tree, and in picking
+// mode (Esc) clicks choose, without a line here. The right one is the program's own.
 //
 //   example_host_qt [--run SECONDS]
 //
 // --run opens the inspector at once, and ends the program after that time.
 
 #include "../common/Orrery.h"
+#include "PlanView.h"
 
 #include <kalmyr/gui/SoGuiRenderArea.h>
 #include <kalmyr/qt/SoQt.h>
@@ -13,6 +16,7 @@
 #include <mirabo/launch/SoMirabo.h>
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -20,6 +24,8 @@
 #include <cstdio>
 
 namespace {
+
+constexpr double kSpread = 2; // seconds from which on the planets stand on all sides
 
 double secondsOf(const QStringList& arguments)
 {
@@ -34,22 +40,34 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     QWidget window;
     window.setWindowTitle("Host");
-    window.resize(720, 520);
+    window.resize(900, 520);
     SoQt::init(&window); // from here on Qt's event loop serves the toolkit's sensors
 
     Orrery orrery;
+    PlanView plan(orrery.root.get(), &window);
+    struct Moving {
+        Orrery& orrery;
+        PlanView& plan;
+        SbTime start;
+    } moving{orrery, plan, SbTime::getTimeOfDay()};
     SoTimerSensor clock(
         [](void* data, SoSensor*) {
-            static_cast<Orrery*>(data)->moveTo(SbTime::getTimeOfDay().getValue());
+            auto* all = static_cast<Moving*>(data);
+            all->orrery.moveTo(kSpread + (SbTime::getTimeOfDay() - all->start).getValue());
+            all->plan.update();
         },
-        &orrery);
+        &moving);
     clock.schedule();
 
     QVBoxLayout layout(&window);
+    auto* views = new QHBoxLayout;
+    layout.addLayout(views);
     SoQtExaminerViewer viewer(&window, "view");
     viewer.setSceneGraph(orrery.root.get());
+    orrery.moveTo(kSpread);
     viewer.viewAll();
-    layout.addWidget(viewer.getWidget());
+    views->addWidget(viewer.getWidget(), 3);
+    views->addWidget(&plan, 2);
     QPushButton inspect("Inspect (F12)");
     layout.addWidget(&inspect);
     const auto open = [&viewer] {

@@ -16,6 +16,7 @@
 #include "mirabo/launch/Automation.h"
 #include "mirabo/launch/DocumentActions.h"
 #include "mirabo/launch/EditActions.h"
+#include "mirabo/launch/HostViews.h"
 #include "mirabo/launch/IgnoreSwitch.h"
 #include "mirabo/launch/ReloadMemory.h"
 #include "mirabo/launch/SceneFollower.h"
@@ -37,11 +38,8 @@
 #include "mirabo/tree/TreeNavigator.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
-#include <kalmyr/actions/SoRayPickAction.h>
-#include <kalmyr/cameras/SoCamera.h>
 #include <kalmyr/core/SoNode.h>
-#include <kalmyr/gui/SoGuiViewer.h>
-#include <kalmyr/nodes/SoSelection.h>
+#include <kalmyr/core/SoPath.h>
 
 #include <QAction>
 #include <QComboBox>
@@ -249,7 +247,10 @@ void Session::connectViewer()
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
             &SoCommandManager::clearUndoCommand);
     connect(viewer, &SoMiraboViewer::picked, this,
-            [this](const SoPath* path) { m_tree->revealPath(*path); });
+            [this](const SoPath* path) { showPicked(path); });
+    m_views = std::make_unique<HostViews>(viewer->getSelectionNode(), m_standalone,
+                                          viewer->canHighlight(),
+                                          [this](const SoPath* path) { showPicked(path); });
 }
 
 /// Registers the handlers of requests to the panels.
@@ -343,30 +344,21 @@ bool Session::openFile(const QString& path)
 
 void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
 {
-    MrbServicesImpl* services = MrbServicesImpl::getInstance();
-    SoGuiRenderArea* area = services->getRenderArea();
-    if (services->isStandalone() || !area || !area->isOfType(SoGuiViewer::getClassTypeId()))
+    if (m_frame)
+        m_views->pick(region, cursor);
+}
+
+/// Null: the user clicked on nothing.
+void Session::showPicked(const SoPath* path)
+{
+    if (!m_frame)
         return;
-    auto* viewer = static_cast<SoGuiViewer*>(area);
-    if (viewer->isViewing() || !viewer->getCamera() || !m_frame)
+    if (path) {
+        m_tree->revealPath(*path);
         return;
-    SoRef<SoPath> picked;
-    {
-        const GraphReading graph;
-        if (!graph)
-            return; // another thread edits what the user clicks at
-        const SoRef<SoSeparator> scene(new SoSeparator);
-        scene->addChild(viewer->getCamera());
-        scene->addChild(SoMiraboViewer::instance()->getSelectionNode());
-        SoRayPickAction action(region);
-        action.setPoint(cursor);
-        action.apply(scene.get());
-        if (const SoPickedPoint* point = action.getPickedPoint())
-            picked = point->getPath()->copy();
     }
-    // Nodes of the host may have ended the tool.
-    if (picked && m_frame)
-        m_tree->revealPath(*picked);
+    m_tree->setCurrentItem(nullptr);
+    SoMiraboViewer::instance()->highlight(nullptr);
 }
 
 void Session::release()
@@ -381,6 +373,7 @@ void Session::release()
     MrbServicesImpl::getInstance()->setSceneSetter({});
     hub()->release();
     m_follower.reset();
+    m_views.reset();
     m_navigator->saveBookmarks();
     m_tree->disconnect();
     SoMiraboViewer::instance()->disconnect();

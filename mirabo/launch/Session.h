@@ -16,10 +16,12 @@ class SoMiraboEdition;
 class SoMiraboMainFrame;
 class SoMiraboTreeView;
 class SoNode;
+class SoPath;
 
 namespace mirabo {
 
 class EditActions;
+class HostViews;
 class IgnoreSwitch;
 class SceneFollower;
 class TreeNavigator;
@@ -37,7 +39,7 @@ public:
     bool openFile(const QString& path);
     /// Whether a new start of this kind may go on with this session's window.
     bool canServe(bool standalone) const { return m_frame && m_standalone == standalone; }
-    /// Selects what lies under a window position of the host's viewer.
+    /// Selects what lies under a window position of a view of the host.
     void pick(const SbViewportRegion& region, SbVec2s cursor);
 
     /// Shows the window; nothing once it has died.
@@ -56,6 +58,7 @@ private:
     void createNavigator();
     void connectOverview();
     void connectViewer();
+    void showPicked(const SoPath* path);
     void windowClosed();
     void windowDied();
     void forgetWindow();
@@ -84,6 +87,7 @@ private:
     SoMiraboTreeView* m_tree = nullptr; // Not owned; its dock's.
     std::unique_ptr<SoMiraboEdition> m_edition;
     std::unique_ptr<SceneFollower> m_follower; ///< of the host's scene manager
+    std::unique_ptr<HostViews> m_views;
     std::unique_ptr<EditActions> m_edits;
     std::unique_ptr<IgnoreSwitch> m_ignore; // after the edits, whose commands it makes
     TreeNavigator* m_navigator = nullptr;   // Owned by the tree.

@@ -4,6 +4,7 @@
 
 #include <kalmyr/base/SbViewportRegion.h>
 #include <kalmyr/gui/SoGuiRenderArea.h>
+#include <kalmyr/gui/SoInspectorViews.h>
 #include <kalmyr/gui/SoLibMirabo.h>
 
 namespace {
@@ -107,6 +108,11 @@ bool SoMirabo::processEvents()
     if (!running)
         SoLibMirabo::finish();
     return running;
+}
+
+void SoMirabo::addView(SoGLRenderAction* action, void (*redraw)(void* data), void* data)
+{
+    SoInspectorViews::addView(action, redraw, data);
 }
 
 void SoMirabo::setPickAction(const SbViewportRegion& region, SbVec2s cursor)

@@ -6,6 +6,7 @@
 
 class QStringList;
 class SbViewportRegion;
+class SoGLRenderAction;
 class SoGuiRenderArea;
 class SoNode;
 class SoRenderAreaCore;
@@ -52,7 +53,13 @@ public:
     /// longer runs.
     static bool processEvents();
 
-    /// A pick of the host at a window position (pixels): the picked node is selected in the tree.
+    /// For views that are neither render areas of the toolkit nor drawn by a scene manager: see
+    /// SoInspectorViews::addView(). Does not load the tool; may be called before a start.
+    static void addView(SoGLRenderAction* action, void (*redraw)(void* data) = nullptr,
+                        void* data = nullptr);
+
+    /// A pick of the host at a window position (pixels): the picked node is selected in the tree,
+    /// or, when there is none, nothing. Render areas of the toolkit pick by themselves.
     static void setPickAction(const SbViewportRegion& region, SbVec2s cursor);
     static void setSceneGraph(SoNode* root);
 

@@ -34,6 +34,8 @@ public:
     /// Draws the outline in the frames of a manager, which is held; null: where the host draws it.
     void install(SoSceneManager* manager);
 
+    bool isInstalled() const { return m_action != nullptr; }
+
     SoSelection* getSelection() const { return m_selection.get(); }
     /// The node that was set; when there is none, or when it died, the first one that was put into
     /// the selection node since, or null.

@@ -122,6 +122,8 @@ public:
         return m_highlighter.isOn() ? OUTLINED : NOT_HIGHLIGHTED;
     }
     void setHighlightMode(HighlightMode mode);
+    /// False in the launch modes that have no highlight.
+    bool canHighlight() const { return m_highlighter.isInstalled(); }
 
     /// A file is being read: the window is painted meanwhile, and timers of the host run, but
     /// nothing may be replaced or torn down.

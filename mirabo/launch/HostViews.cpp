@@ -1,0 +1,167 @@
+#include "mirabo/launch/HostViews.h"
+
+#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/Frame.h"
+#include "mirabo/extension/MrbServicesImpl.h"
+
+#include <kalmyr/actions/SoRayPickAction.h>
+#include <kalmyr/cameras/SoCamera.h>
+#include <kalmyr/core/SoChildList.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/core/SoPlaces.h>
+#include <kalmyr/gui/SoGuiViewer.h>
+#include <kalmyr/nodes/SoSelection.h>
+
+#include <QThread>
+
+#include <utility>
+
+namespace mirabo {
+
+namespace {
+
+/// The viewer that the tool was started on, if it is one.
+SoGuiViewer* hostViewer()
+{
+    SoGuiRenderArea* area = MrbServicesImpl::getInstance()->getRenderArea();
+    return area && area->isOfType(SoGuiViewer::getClassTypeId()) ? static_cast<SoGuiViewer*>(area)
+                                                                 : nullptr;
+}
+
+} // namespace
+
+HostViews::HostViews(SoSelection* selection, bool standalone, bool outlines, PickFunction picked)
+    : m_selection(selection), m_standalone(standalone), m_picked(std::move(picked))
+{
+    SoInspectorViews::setClickFunction(&HostViews::clicked, this);
+    if (!standalone && outlines)
+        m_selection->addChangeCallback(&HostViews::selectionChanged, this);
+}
+
+HostViews::~HostViews()
+{
+    const GraphReading graph;
+    SoInspectorViews::setClickFunction(nullptr, nullptr);
+    m_selection->removeChangeCallback(&HostViews::selectionChanged, this);
+    SoInspectorViews::setOutlined(nullptr);
+}
+
+/// What is outlined has its path below the selection node, which the host's views do not know.
+void HostViews::selectionChanged(void* data, SoSelection* selection)
+{
+    const SoPath* path = selection->getNumSelected() > 0 ? selection->getPath(0) : nullptr;
+    const SoNode* scene = static_cast<HostViews*>(data)->hostScene();
+    const bool isInScene = path && path->getLength() > 2 && path->getNode(2) == scene;
+    SoInspectorViews::setOutlined(path, isInScene ? 2 : 1);
+}
+
+SoNode* HostViews::inspectedRoot() const
+{
+    return m_selection->getNumChildren() > 0 ? m_selection->getChild(0) : nullptr;
+}
+
+/// What the host's views have in common. The tool that was started on a viewer shows what that has
+/// around the host's scene as well, and other views have not.
+SoNode* HostViews::hostScene() const
+{
+    SoNode* root = inspectedRoot();
+    const SoGuiViewer* viewer = hostViewer();
+    const bool isViewers =
+        viewer && viewer->getSceneGraph() && viewer->getSceneManager()->getSceneGraph() == root;
+    return isViewers ? viewer->getSceneGraph() : root;
+}
+
+/// The path of something in the host's scene as the tool has it; null for what is not in it.
+SoRef<SoPath> HostViews::pathFromRoot(const SoPath& picked) const
+{
+    SoNode* root = inspectedRoot();
+    if (picked.containsNode(root))
+        return SoRef<SoPath>(picked.copy());
+    SoNode* scene = hostScene();
+    int i = 0;
+    while (i < picked.getLength() && picked.getNode(i) != scene)
+        ++i;
+    if (scene == root || i == picked.getLength())
+        return nullptr;
+    const int index = root->getChildren()->find(scene); // a viewer's own group
+    if (index < 0)
+        return nullptr;
+    SoRef<SoPath> path(new SoPath(root));
+    for (path->append(index); ++i < picked.getLength();)
+        path->append(picked.getNode(i), picked.getIndex(i));
+    return path;
+}
+
+void HostViews::clicked(void* data, SoGuiRenderArea* area, const SbVec2s& position,
+                        SoInspectorViews::Click click)
+{
+    auto* self = static_cast<HostViews*>(data);
+    if (QThread::currentThread() != self->thread())
+        return;
+    const Frame frame;
+    // In the tool's own viewer a press on something is handled by the selection node.
+    if (!self->m_standalone && click == SoInspectorViews::CLICKED)
+        self->clickedIn(*area, position);
+    else if (self->m_standalone && click == SoInspectorViews::PRESSED
+             && area == MrbServicesImpl::getInstance()->getRenderArea())
+        self->m_picked(nullptr);
+}
+
+void HostViews::clickedIn(const SoGuiRenderArea& area, const SbVec2s& position)
+{
+    const SoSceneManager& manager = *area.getSceneManager();
+    pickIn(manager.getSceneGraph(), manager.getViewportRegion(), position);
+}
+
+void HostViews::pick(const SbViewportRegion& region, const SbVec2s& position)
+{
+    if (m_standalone || !inspectedRoot())
+        return;
+    const SoRef<SoSeparator> seen(new SoSeparator);
+    SoNode* graph = seen.get();
+    {
+        const GraphReading reading;
+        if (!reading)
+            return; // another thread edits what the user clicks at
+        const SoGuiViewer* viewer = hostViewer();
+        SoNode* drawn = SoInspectorViews::findDrawn(hostScene(), region);
+        const bool isInViewer =
+            viewer && (!drawn || viewer->getSceneManager()->getViewportRegion() == region);
+        if (isInViewer && (viewer->isViewing() || !viewer->getCamera()))
+            return;
+        if (isInViewer)
+            seen->addChild(viewer->getCamera());
+        if (isInViewer || !drawn)
+            seen->addChild(m_selection.get()); // with a camera of its own, if need be
+        else
+            graph = drawn;
+    }
+    pickIn(graph, region, position);
+    const GraphReading reading;
+    seen->removeAllChildren();
+}
+
+void HostViews::pickIn(SoNode* graph, const SbViewportRegion& region, const SbVec2s& position)
+{
+    SoRef<SoPath> hit;
+    const SoRef<SoNode> held(graph);
+    {
+        const GraphReading reading;
+        if (!reading || !graph || !inspectedRoot() || !kalmyr::isBelow(graph, hostScene()))
+            return;
+        SoRayPickAction action(region);
+        action.setPoint(position);
+        action.apply(graph);
+        const SoPickedPoint* point = action.getPickedPoint();
+        if (point && inspectedRoot())
+            hit = pathFromRoot(*point->getPath());
+        if (point && !hit)
+            return; // something of the host's that has no row
+    }
+    // Nodes of the host may have ended the tool.
+    m_picked(hit.get());
+    const GraphReading reading;
+    hit.reset();
+}
+
+} // namespace mirabo
