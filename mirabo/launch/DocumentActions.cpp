@@ -5,13 +5,14 @@
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
-#include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/ChangedFileBar.h"
 #include "mirabo/viewer/ReadMessagesButton.h"
 #include "mirabo/viewer/RecoveryCopy.h"
 #include "mirabo/viewer/RecoveryPlace.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
+
+#include <kalmyr/vrml/SoVRMLParent.h>
 
 #include <QLocale>
 #include <QMessageBox>
@@ -43,7 +44,11 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
 {
     SoMiraboViewer* viewer = SoMiraboViewer::instance();
     viewer->setSceneState({[hub = QPointer(hub)] { return hub && hub->isModified(); },
-                           [] { return SoGraphTopologyManager::isVrmlScene(); }});
+                           [] {
+                               // One that is a world in part only may have files that were edited.
+                               const SoNode* root = SoMiraboViewer::instance()->getScene();
+                               return root && root->isOfType(SoVRMLParent::getClassTypeId());
+                           }});
     const auto hasScene = [] { return SoMiraboViewer::instance()->getScene() != nullptr; };
     const auto tell = [hub = QPointer(hub)](bool isSaved) {
         if (hub && !isSaved && hub->wasModifiedBeforeSave())

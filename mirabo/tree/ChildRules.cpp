@@ -1,5 +1,7 @@
 #include "mirabo/tree/ChildRules.h"
 
+#include "mirabo/core/GraphReading.h"
+#include "mirabo/core/Observed.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/TreeContext.h"
 
@@ -14,12 +16,41 @@
 #include <kalmyr/nodekits/SoBaseKit.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace mirabo {
 
 namespace {
 
 bool s_vrmlScene = false;
+
+/// The root that has not been searched yet. Not destroyed with the library: it may follow a node.
+Observed<SoNode>& unsearched()
+{
+    static auto* const root = new Observed<SoNode>;
+    return *root;
+}
+
+/// Of the scene itself: what files and inlines hold, which is another file's, says nothing.
+bool hasVrmlGroup(const SoNode* root)
+{
+    std::unordered_set<const SoNode*> known{root};
+    std::vector<const SoNode*> waiting{root};
+    while (!waiting.empty()) {
+        const SoNode* node = waiting.back();
+        waiting.pop_back();
+        const NodeTraits& traits = traitsOf(node->getTypeId());
+        if (traits.isVrmlParent)
+            return true;
+        const SoChildList* children = node->getInternalChildren();
+        if (!children || traits.isFile || traits.isInline)
+            continue;
+        for (const SoNode* child : children->getNodes())
+            if (known.insert(child).second)
+                waiting.push_back(child);
+    }
+    return false;
+}
 
 ShownChildren allOf(const SoChildList* list, int first = 0)
 {
@@ -93,12 +124,25 @@ int ShownChildren::count() const
 
 bool isVrmlScene()
 {
+    if (!unsearched())
+        return s_vrmlScene;
+    const GraphReading graph;
+    if (graph && unsearched())
+        setVrmlScene(hasVrmlGroup(unsearched().get()));
     return s_vrmlScene;
 }
 
 void setVrmlScene(bool on)
 {
+    unsearched().reset();
     s_vrmlScene = on;
+}
+
+void setVrmlSceneBy(SoNode* root)
+{
+    setVrmlScene(root && traitsOf(root->getTypeId()).isVrmlParent);
+    if (root && !s_vrmlScene)
+        unsearched().reset(root);
 }
 
 ShownChildren shownChildren(const SoNode* node, const TreeContext& context)

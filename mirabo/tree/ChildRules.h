@@ -29,9 +29,13 @@ struct PlacedNode {
     friend bool operator==(const PlacedNode&, const PlacedNode&) = default;
 };
 
-/// The scene is a VRML97 world: file and inline nodes then show no children.
+/// The scene is a VRML97 world, or has groups of one in it (not in its files and inlines): file and
+/// inline nodes then show no children.
 bool isVrmlScene();
 void setVrmlScene(bool on);
+/// Another root, or null. It is searched when isVrmlScene() is first asked after that, as it is
+/// then, which most scenes never need: a search takes as long as a look at every node.
+void setVrmlSceneBy(SoNode* root);
 
 ShownChildren shownChildren(const SoNode* node, const TreeContext& context);
 

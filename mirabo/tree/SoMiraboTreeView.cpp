@@ -314,7 +314,7 @@ bool SoMiraboTreeView::replaceRows(SoNode* root)
     clearRows();
     m_topology->follow(root);
     m_root = root;
-    mirabo::setVrmlScene(root && mirabo::traitsOf(root->getTypeId()).isVrmlParent);
+    mirabo::setVrmlSceneBy(root);
     if (!root)
         return true;
     m_context.showAll = true;

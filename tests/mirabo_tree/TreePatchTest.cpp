@@ -315,6 +315,32 @@ TEST_F(TreeTest, ShowsInlinesWithoutTheirBoxAndNotAtAllInAVrmlWorld)
     EXPECT_EQ(check(), "");
 }
 
+/// A world below a group of another kind, as a viewer's.
+TEST_F(TreeTest, KnowsAVrmlWorldByTheGroupsInIt)
+{
+    auto* file = new SoFile;
+    auto* world = new SoVRMLGroup;
+    file->setChildData(world);
+    const SoRef<SoSeparator> scene(new SoSeparator);
+    scene->addChild(file);
+    view.setSceneGraph(scene.get());
+    EXPECT_EQ(row(file)->childCount(), 1) << "what the file holds is not the scene's own";
+
+    auto* above = new SoSeparator;
+    above->addChild(new SoVRMLGroup);
+    scene->addChild(above);
+    file->setChildData(new SoCube);
+    EXPECT_EQ(row(file)->childCount(), 1) << "the scene stays what it was";
+    view.setSceneGraph(scene.get());
+    EXPECT_EQ(row(file)->childCount(), 0);
+    EXPECT_EQ(check(), "");
+
+    scene->removeChild(above);
+    view.setSceneGraph(scene.get());
+    EXPECT_EQ(row(file)->childCount(), 1);
+    view.setSceneGraph(nullptr);
+}
+
 TEST_F(TreeTest, ShowsWhatFilesAndInlinesHoldAndFollowsIt)
 {
     view.topologyManager().recentChanges().setQuietTime(0);
