@@ -28,6 +28,13 @@ SoGuiViewer* hostViewer()
                                                                  : nullptr;
 }
 
+bool isOfSize(const SoGuiRenderArea& area, const SbViewportRegion& region)
+{
+    const SbVec2i32 size = area.getSize();
+    return region.getWindowSize()
+           == SbVec2s(static_cast<short>(size[0]), static_cast<short>(size[1]));
+}
+
 } // namespace
 
 HostViews::HostViews(SoSelection* selection, bool standalone, bool outlines, PickFunction picked)
@@ -117,28 +124,36 @@ void HostViews::pick(const SbViewportRegion& region, const SbVec2s& position)
 {
     if (m_standalone || !inspectedRoot())
         return;
-    const SoRef<SoSeparator> seen(new SoSeparator);
-    SoNode* graph = seen.get();
+    SoRef<SoNode> graph;
     {
         const GraphReading reading;
         if (!reading)
             return; // another thread edits what the user clicks at
-        const SoGuiViewer* viewer = hostViewer();
-        SoNode* drawn = SoInspectorViews::findDrawn(hostScene(), region);
-        const bool isInViewer =
-            viewer && (!drawn || viewer->getSceneManager()->getViewportRegion() == region);
-        if (isInViewer && (viewer->isViewing() || !viewer->getCamera()))
-            return;
-        if (isInViewer)
-            seen->addChild(viewer->getCamera());
-        if (isInViewer || !drawn)
-            seen->addChild(m_selection.get()); // with a camera of its own, if need be
-        else
-            graph = drawn;
+        graph = findGraph(region);
     }
-    pickIn(graph, region, position);
+    if (!graph)
+        return;
+    pickIn(graph.get(), region, position);
     const GraphReading reading;
-    seen->removeAllChildren();
+    graph.reset();
+}
+
+/// What the host's view with that region is drawn from; null while that is in viewing mode.
+SoRef<SoNode> HostViews::findGraph(const SbViewportRegion& region) const
+{
+    SoNode* drawn = SoInspectorViews::findDrawn(hostScene(), region);
+    const SoGuiViewer* viewer = hostViewer();
+    if (viewer && (!drawn || isOfSize(*viewer, region))) {
+        if (viewer->isViewing() || !viewer->getCamera())
+            return nullptr;
+        SoRef<SoSeparator> seen(new SoSeparator);
+        seen->addChild(viewer->getCamera());
+        seen->addChild(m_selection.get());
+        return seen;
+    }
+    if (!drawn)
+        drawn = SoInspectorViews::findManaged(hostScene(), region);
+    return drawn ? drawn : m_selection.get(); // with a camera of its own, if at all
 }
 
 void HostViews::pickIn(SoNode* graph, const SbViewportRegion& region, const SbVec2s& position)

@@ -39,6 +39,7 @@ private:
     SoNode* hostScene() const;
     SoRef<SoPath> pathFromRoot(const SoPath& picked) const;
     void clickedIn(const SoGuiRenderArea& area, const SbVec2s& position);
+    SoRef<SoNode> findGraph(const SbViewportRegion& region) const;
     void pickIn(SoNode* graph, const SbViewportRegion& region, const SbVec2s& position);
 
     SoRef<SoSelection> m_selection;

@@ -187,18 +187,45 @@ TEST_F(HostViewsTest, OutlineWhatHoldsANodeInAField)
 TEST_F(HostViewsTest, OutlineNothingWhereThereIsNoHighlight)
 {
     show(scene.get());
-    for (const char* mode : {"KMRU_LAUNCH_MIRABO", "ART_LAUNCH_MIRABO"}) {
-        SoPreferences::setValue(mode, "1");
+    const auto expectNone = [this](const char* why) {
         hooks().m_mirabo_startNode(scene.get());
         pass();
         choose(row(0));
-        EXPECT_EQ(orangeInView(*viewer), 0) << mode;
+        EXPECT_EQ(orangeInView(*viewer), 0) << why;
         click(*viewer, kSize / 4, kSize / 2);
         EXPECT_EQ(currentRow(), "Cube") << "picks select rows all the same";
-        EXPECT_EQ(orangeInView(*viewer), 0) << mode;
+        EXPECT_EQ(orangeInView(*viewer), 0) << why;
         hooks().m_mirabo_stop();
+    };
+    for (const char* mode : {"KMRU_LAUNCH_MIRABO", "ART_LAUNCH_MIRABO"}) {
+        SoPreferences::setValue(mode, "1");
+        expectNone(mode);
         SoPreferences::removeValue(mode);
     }
+    QSettings store("Mirabo", "MiraboViewer");
+    store.setValue("/TreeViewPreferences/HighlightSelectedNode", false);
+    store.sync();
+    expectNone("the setting");
+}
+
+/// A scene manager that the host draws and feeds by itself.
+TEST_F(HostViewsTest, ArePickedInByTheirScene)
+{
+    const SoRef<SoSceneManager> manager(new SoSceneManager);
+    const SbViewportRegion region(kSize, kSize);
+    const SoRef<SoSeparator> drawn(new SoSeparator);
+    auto* camera = new SoPerspectiveCamera;
+    drawn->addChild(camera);
+    drawn->addChild(scene.get());
+    camera->viewAll(scene.get(), region);
+    manager->setViewportRegion(region);
+    manager->setSceneGraph(drawn.get());
+    hooks().m_mirabo_startNode(scene.get());
+    pass();
+    hooks().m_mirabo_setPickAction(region, SbVec2s(kSize / 4, kSize / 2));
+    EXPECT_EQ(currentRow(), "Cube");
+    hooks().m_mirabo_setPickAction(region, SbVec2s(2, 2));
+    EXPECT_EQ(currentRow(), "none");
 }
 
 /// Drawn with an action of the host's own, in whatever context: two lines.

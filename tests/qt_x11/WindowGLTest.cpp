@@ -2,6 +2,9 @@
 #include "qt/QtTestTools.h"
 #include "support/Passes.h"
 
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/gui/SoInspectorViews.h>
+#include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
 #include <QGuiApplication>
@@ -115,4 +118,46 @@ TEST_F(WindowGL, WindowAndOffscreenContextsLiveTogether)
         EXPECT_LT(p[0], 20);
         EXPECT_GT(shareOf(viewer->grabImage(), Qt::green), 0.1);
     }
+}
+
+namespace {
+
+/// How much of the line there is in a picture of what is green or black; its edges are soft.
+double redIn(const QImage& image)
+{
+    double sum = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            sum += image.pixelColor(x, y).redF();
+    return sum;
+}
+
+} // namespace
+
+/// The window's depths have several samples a pixel, and a stencil beside them.
+TEST_F(WindowGL, OutlinesWithTheDepthsOfTheWindow)
+{
+    const QColor orange(255, 153, 0);
+    const SoRef<SoPath> path(new SoPath(scene.root.get()));
+    path->append(scene.cube, scene.root->findChild(scene.cube));
+    EXPECT_LE(shareOf(viewer->grabImage(), orange), 0);
+    SoInspectorViews::setOutlined(path.get());
+    EXPECT_TRUE(showsSoon(surface(), orange, 0.003)) << "it asks for a redraw";
+    const double open = redIn(viewer->grabImage());
+
+    auto* front = new SoSeparator;
+    auto* place = new SoTranslation;
+    place->translation.setValue(0, 0, 1.2f);
+    auto* screen = new SoCube;
+    screen->width.setValue(6);
+    screen->height.setValue(6);
+    screen->depth.setValue(0.1f);
+    front->addChild(place);
+    front->addChild(screen);
+    scene.root->addChild(front);
+    const double hidden = redIn(viewer->grabImage());
+    EXPECT_LT(hidden, 0.7 * open);
+    EXPECT_GT(hidden, 0.3 * open);
+    SoInspectorViews::setOutlined(nullptr);
+    EXPECT_LE(shareOf(viewer->grabImage(), orange), 0);
 }

@@ -8,7 +8,9 @@
 #include <kalmyr/rendering/SoOutline.h>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
+#include <thread>
 
 namespace {
 
@@ -23,6 +25,10 @@ struct Views {
     std::vector<View> others;
     SoInspectorViews::ClickFunction* click = nullptr;
     void* clickData = nullptr;
+
+    /// Whose thread the outline belongs to; none without an object. Views that are drawn in other
+    /// threads touch nothing of it.
+    std::atomic<std::thread::id> thread;
 
     std::mutex mutex;                      ///< of the managers
     std::vector<SoSceneManager*> managers; // Not owned.
@@ -49,18 +55,32 @@ std::vector<View>& otherViews()
     return others;
 }
 
-void redrawWhatShows(const SoNode* node)
+std::vector<SoSceneManager*> managersThatShow(const SoNode* node)
 {
-    if (!node)
-        return;
     std::vector<SoSceneManager*> managers;
     {
         const std::scoped_lock lock(views().mutex);
         managers = views().managers;
     }
-    for (SoSceneManager* manager : managers)
-        if (manager->getSceneGraph() && kalmyr::isBelow(manager->getSceneGraph(), node))
-            manager->scheduleRedraw();
+    std::erase_if(managers, [node](const SoSceneManager* manager) {
+        return !node || !manager->getSceneGraph()
+               || !kalmyr::isBelow(manager->getSceneGraph(), node);
+    });
+    return managers;
+}
+
+void redrawWhatShows(const SoNode* node)
+{
+    for (SoSceneManager* manager : managersThatShow(node))
+        manager->scheduleRedraw();
+}
+
+/// Whatever the density of the pixels.
+bool isSamePart(const SbViewportRegion& a, const SbViewportRegion& b)
+{
+    return a.getWindowSize() == b.getWindowSize()
+           && a.getViewportOriginPixels() == b.getViewportOriginPixels()
+           && a.getViewportSizePixels() == b.getViewportSizePixels();
 }
 
 } // namespace
@@ -89,6 +109,7 @@ void SoInspectorViews::setOutlined(const SoPath* path, int from)
     const SoNode* before = outline.getHead();
     redrawWhatShows(before);
     outline.setPath(path, from);
+    views().thread = path ? std::this_thread::get_id() : std::thread::id();
     if (outline.getHead() != before)
         redrawWhatShows(outline.getHead());
     for (const View& view : std::vector(otherViews())) {
@@ -108,16 +129,29 @@ SoNode* SoInspectorViews::findDrawn(SoNode* scene, const SbViewportRegion& regio
     SoNode* found = nullptr;
     for (const View& view : otherViews()) {
         SoNode* root = view.action->findRootOf(scene);
-        if (root && view.action->getViewportRegion() == region)
+        if (root && isSamePart(view.action->getViewportRegion(), region))
             return root;
         found = found ? found : root;
     }
     return found;
 }
 
-SoInspectorViews::Drawing::Drawing(SoGLRenderAction& action)
-    : m_action(action.addOutline(views().outline) ? &action : nullptr)
+SoNode* SoInspectorViews::findManaged(SoNode* scene, const SbViewportRegion& region)
 {
+    const std::vector<SoSceneManager*> managers = managersThatShow(scene);
+    const auto same =
+        std::find_if(managers.begin(), managers.end(), [&region](const SoSceneManager* manager) {
+            return isSamePart(manager->getViewportRegion(), region);
+        });
+    if (managers.empty())
+        return nullptr;
+    return (same != managers.end() ? *same : managers.front())->getSceneGraph();
+}
+
+SoInspectorViews::Drawing::Drawing(SoGLRenderAction& action)
+{
+    if (views().thread == std::this_thread::get_id() && action.addOutline(views().outline))
+        m_action = &action;
 }
 
 SoInspectorViews::Drawing::~Drawing()

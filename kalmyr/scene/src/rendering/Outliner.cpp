@@ -170,6 +170,9 @@ Outliner::~Outliner() = default;
 void Outliner::setObjects(std::vector<OutlinedObject> objects)
 {
     m_objects = std::move(objects);
+    if (m_objects.empty()) {
+        m_kept = {};
+    }
 }
 
 /// What the picture of the outline depends on.
@@ -267,8 +270,7 @@ void Outliner::collect(SoNode* root, const Frame& scene)
             continue;
         }
         if (object.isPlaced) {
-            m_collector->traversal().setStart(object.toWorld, object.view);
-            collect(*object.path);
+            collectPlaced(object);
             continue;
         }
         m_collector->traversal().clearStart();
@@ -281,6 +283,25 @@ void Outliner::collect(SoNode* root, const Frame& scene)
     }
     m_collector->traversal().clear();
     m_followsGraph = !areAllIn(scene);
+}
+
+void Outliner::collectPlaced(const OutlinedObject& object)
+{
+    const std::uint64_t changeId = object.path->getHead()->getChangeId();
+    if (m_kept.list && m_kept.path == object.path && m_kept.changeId == changeId
+        && m_kept.toWorld == object.toWorld) {
+        Collected& one = m_collected.emplace_back();
+        one.list = m_kept.list;
+        buildFrame(*one.list, {object.view}, one.frame);
+        return;
+    }
+    RenderTraversal& walk = m_collector->traversal();
+    walk.setStart(object.toWorld, object.view);
+    collect(*object.path);
+    m_kept = {};
+    if (!walk.isViewDependent() && walk.getViews().size() == 1) {
+        m_kept = {m_collected.back().list, object.path, changeId, object.toWorld};
+    }
 }
 
 void Outliner::collect(const SoPath& path)

@@ -72,9 +72,17 @@ private:
         SoRef<const RenderList> list; ///< holds what the frame points to
         Frame frame;
     };
+    /// The list of a placed object that was collected last: another view of it needs no traversal.
+    struct Kept {
+        SoRef<const RenderList> list;
+        SoRef<const SoPath> path;
+        std::uint64_t changeId = 0; ///< of the path's head
+        SbMatrix toWorld;
+    };
     std::uint64_t keyOf(const Frame& scene, const GLFrameOptions& options) const;
     void collect(SoNode* root, const Frame& scene);
     void collect(const SoPath& path);
+    void collectPlaced(const OutlinedObject& object);
     void openPicture(GLOutline& outline, const GLFrameOptions& options);
     void close();
     bool areAllIn(const Frame& scene) const;
@@ -85,6 +93,7 @@ private:
     std::vector<OutlinedObject> m_objects;
     std::unique_ptr<SoGLRenderAction> m_collector; ///< walks the paths, draws nothing
     std::vector<Collected> m_collected;            ///< while a frame is drawn
+    Kept m_kept;
     /// Objects that the scene does not show (a switch leaves them out) change unseen: every change
     /// of the graph counts then.
     bool m_followsGraph = false;

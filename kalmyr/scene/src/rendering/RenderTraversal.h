@@ -47,6 +47,8 @@ public:
     /// Valid until the next begin(); null before the first.
     const RenderList* getList() const { return m_top.get(); }
     const std::vector<RenderView>& getViews() const { return m_views; }
+    /// Whether something in the latest traversal depends on the view, or on the program.
+    bool isViewDependent() const { return m_viewDependent; }
     const RenderListCache& getCache() const { return m_cache; }
 
     void setCaching(bool on);

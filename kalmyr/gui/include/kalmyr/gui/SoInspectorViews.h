@@ -48,8 +48,10 @@ public:
     static void setClickFunction(ClickFunction* function, void* data);
 
     /// The graph, with `scene` in it, that one of the views made known with addView() was drawn
-    /// from: one with that viewport region if there is any. Null when none was.
+    /// from: one with that viewport if there is any. Null when none was.
     static SoNode* findDrawn(SoNode* scene, const SbViewportRegion& region);
+    /// The same of scene managers.
+    static SoNode* findManaged(SoNode* scene, const SbViewportRegion& region);
 
     /// For scene managers: has an action draw the outline as long as this lives.
     class KALMYRGUI_API Drawing {
@@ -60,7 +62,7 @@ public:
         Drawing& operator=(const Drawing&) = delete;
 
     private:
-        SoGLRenderAction* m_action; // Not owned; null when it drew the outline before.
+        SoGLRenderAction* m_action = nullptr; // Not owned; null when there is nothing to undo.
     };
     /// For scene managers, while they live.
     static void add(SoSceneManager* manager);
