@@ -149,6 +149,13 @@ float rimTone(const SbColor& line)
     return luminance > kBrightLine ? 0.0f : 1.0f;
 }
 
+/// The tiles that have a part in the box.
+PixelBox tilesOf(const PixelBox& box)
+{
+    return {box.left / kOutlineTileSize, box.bottom / kOutlineTileSize,
+            (box.right - 1) / kOutlineTileSize + 1, (box.top - 1) / kOutlineTileSize + 1};
+}
+
 } // namespace
 
 PixelBox PixelBox::intersection(const PixelBox& other) const
@@ -372,6 +379,39 @@ void GLOutline::runPass(OutlinePass pass, GLuint framebuffer, GLuint texture)
     cover(pass, texture);
 }
 
+/// Most of the box is within the object or beside its outline.
+void GLOutline::findTiles()
+{
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_framebuffers[TILES]);
+    limitTo(tilesOf(m_box));
+    cover(OutlinePass::TILES, m_textures[PICTURE]);
+}
+
+void GLOutline::layTiles()
+{
+    const GLuint used = program(OutlinePass::LAY);
+    const PixelBox tiles = tilesOf(m_box);
+    glViewport(0, 0, m_width, m_height);
+    glDisable(GL_DEPTH_TEST);
+    glUseProgram(used);
+    glUniform1i(glGetUniformLocation(used, "tiles"), kDepthUnit);
+    glUniform4i(glGetUniformLocation(used, "grid"), tiles.left, tiles.bottom, tiles.width(), 0);
+    glUniform2f(glGetUniformLocation(used, "window"), static_cast<float>(m_width),
+                static_cast<float>(m_height));
+    glActiveTexture(GL_TEXTURE0 + kDepthUnit);
+    glBindTexture(GL_TEXTURE_2D, m_textures[TILES]);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, m_textures[PICTURE]);
+    glBindVertexArray(m_vertexArray);
+    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, tiles.width() * tiles.height());
+    glBindVertexArray(0);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glActiveTexture(GL_TEXTURE0 + kDepthUnit);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glActiveTexture(GL_TEXTURE0);
+    glUseProgram(0);
+}
+
 void GLOutline::setUniforms(const OutlineStyle& style, const Widths& widths)
 {
     const auto place = [this](OutlinePass pass, const char* name) {
@@ -402,6 +442,7 @@ void GLOutline::end(const OutlineStyle& style, float pixelsPerPoint, std::uint64
     setUniforms(style, widthsOf(style, pixelsPerPoint));
     runPass(OutlinePass::ROWS, m_framebuffers[ROWS], m_textures[MASK]);
     runPass(OutlinePass::COLUMNS, m_framebuffers[PICTURE], m_textures[ROWS]);
+    findTiles();
     m_key = key;
 }
 
@@ -424,7 +465,7 @@ void GLOutline::lay()
     }
     glEnable(GL_BLEND);
     glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-    cover(OutlinePass::LAY, m_textures[PICTURE]);
+    layTiles();
     glDisable(GL_BLEND);
     glBlendFuncSeparate(static_cast<GLenum>(functions[0]), static_cast<GLenum>(functions[1]),
                         static_cast<GLenum>(functions[2]), static_cast<GLenum>(functions[3]));

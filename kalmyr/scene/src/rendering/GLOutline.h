@@ -74,8 +74,10 @@ private:
     void setUniforms(const OutlineStyle& style, const Widths& widths);
     void runPass(OutlinePass pass, GLuint framebuffer, GLuint texture);
     void cover(OutlinePass pass, GLuint texture);
+    void findTiles();
+    void layTiles();
 
-    enum Target { MASK, ROWS, PICTURE, NUM_TARGETS };
+    enum Target { MASK, ROWS, PICTURE, TILES, NUM_TARGETS };
     GLuint m_textures[NUM_TARGETS] = {};
     GLuint m_framebuffers[NUM_TARGETS] = {};
     GLuint m_samplesBuffer = 0; ///< of the mask, when it has several samples a pixel

@@ -331,7 +331,7 @@ void main()
 }
 )";
 
-constexpr const char* kOutlineTop = R"(#version 330 core
+constexpr const char* kOutlineFragmentTop = R"(
 uniform sampler2D from;
 out vec4 fragment;
 )";
@@ -400,6 +400,33 @@ void main()
 }
 )";
 
+constexpr const char* kTiles = R"(
+void main()
+{
+    ivec2 first = ivec2(gl_FragCoord.xy) * TILE;
+    ivec2 end = min(first + TILE, textureSize(from, 0));
+    fragment = vec4(0.0);
+    for (int y = first.y; y < end.y; ++y)
+        for (int x = first.x; x < end.x; ++x)
+            if (texelFetch(from, ivec2(x, y), 0).a > 0.0) {
+                fragment = vec4(1.0);
+                return;
+            }
+}
+)";
+
+constexpr const char* kLayVertex = R"(
+uniform sampler2D tiles;
+uniform ivec4 grid; // first tile, number of columns
+uniform vec2 window;
+void main()
+{
+    ivec2 tile = grid.xy + ivec2(gl_InstanceID % grid.z, gl_InstanceID / grid.z);
+    vec2 corner = vec2((tile + ivec2(gl_VertexID & 1, gl_VertexID >> 1)) * TILE);
+    bool isEmpty = texelFetch(tiles, tile, 0).r == 0.0;
+    gl_Position = isEmpty ? vec4(2.0, 2.0, 2.0, 1.0) : vec4(corner / window * 2.0 - 1.0, 0.0, 1.0);
+}
+)";
 constexpr const char* kLay = R"(
 void main()
 {
@@ -451,10 +478,12 @@ ShaderSource shaderSource(unsigned features)
 
 ShaderSource outlineShaderSource(OutlinePass pass)
 {
-    constexpr const char* kTexts[kNumOutlinePasses] = {kCover, kRows, kColumns, kLay};
-    return {std::string("#version 330 core\n") + kBackgroundVertex,
+    constexpr const char* kTexts[kNumOutlinePasses] = {kCover, kRows, kColumns, kTiles, kLay};
+    const std::string top =
+        "#version 330 core\n#define TILE " + std::to_string(kOutlineTileSize) + "\n";
+    return {top + (pass == OutlinePass::LAY ? kLayVertex : kBackgroundVertex),
             {},
-            std::string(kOutlineTop) + kTexts[static_cast<std::size_t>(pass)]};
+            top + kOutlineFragmentTop + kTexts[static_cast<std::size_t>(pass)]};
 }
 
 } // namespace kalmyr::detail

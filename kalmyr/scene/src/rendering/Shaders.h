@@ -53,15 +53,18 @@ struct ShaderSource {
 };
 ShaderSource shaderSource(unsigned features);
 
-/// The passes that turn a mask into an outline; each covers the viewport and has one sampler,
-/// `from`. Distances are in pixels.
+/// The passes that turn a mask into an outline; each has a sampler `from`. Distances are in pixels.
+/// All but LAY fill the viewport.
 enum class OutlinePass {
     COVER,   ///< from depths: where there is any, nothing of the mask is visible
     ROWS,    ///< from the mask: the nearest part of it in the same row
     COLUMNS, ///< from those: the colours of line and rim; uniforms `reach`, `line`, `rim`, `sizes`
-    LAY      ///< from those: copies
+    TILES,   ///< from those: which tiles of the picture have any
+    LAY ///< from the picture: copies the tiles that have any, as instances of four vertices each;
+        ///< sampler `tiles`, uniforms `grid`, `window`
 };
-constexpr int kNumOutlinePasses = 4;
+constexpr int kNumOutlinePasses = 5;
+constexpr int kOutlineTileSize = 32;
 /// Pixels beyond which no part of a mask is found.
 constexpr int kMaxOutlineReach = 64;
 ShaderSource outlineShaderSource(OutlinePass pass);
