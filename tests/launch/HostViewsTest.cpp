@@ -295,11 +295,14 @@ TEST_F(HostViewsTest, ClearTheRowWithAClickOnNothing)
     examiner->setViewing(false);
     own->setSize(SbVec2i32(kSize, kSize));
     examiner->viewAll();
+    const SoNode* root = static_cast<SoSelection*>(own->getSceneGraph())->getChild(0);
+    const int held = root->getRefCount();
     click(*own, kSize / 2, kSize / 2);
     EXPECT_EQ(currentRow(), "Cube");
     EXPECT_GT(orangeInView(*own), 50);
     click(*own, 2, 2);
     EXPECT_EQ(currentRow(), "none");
     EXPECT_EQ(orangeInView(*own), 0);
+    EXPECT_EQ(root->getRefCount(), held);
     renderer.setGLRenderAction(nullptr);
 }
