@@ -441,6 +441,27 @@ TEST_F(Outlines, FindTheirPlacesInTheScene)
     m_renderer.setGLRenderAction(nullptr);
 }
 
+/// Views in one context keep a picture each.
+TEST_F(Outlines, AreKeptForEachView)
+{
+    const SoRef<SoPath> path(new SoPath(add(cube(2))));
+    SoOutline outline;
+    outline.setPath(path.get());
+    SoGLRenderAction first;
+    SoGLRenderAction second;
+    first.addOutline(outline);
+    second.addOutline(outline);
+    second.setTransparencyType(SoGLRenderAction::BLEND);
+    for (int round = 0; round < 4; ++round) {
+        for (SoGLRenderAction* action : {&first, &second}) {
+            m_renderer.setGLRenderAction(action);
+            ASSERT_TRUE(draw());
+            EXPECT_EQ(action->getStatistics().outlineDrawCalls, round == 0 ? 1u : 0u) << round;
+        }
+    }
+    m_renderer.setGLRenderAction(nullptr);
+}
+
 TEST_F(Outlines, EndBeforeOrAfterTheirActions)
 {
     auto outline = std::make_unique<SoOutline>();

@@ -43,6 +43,10 @@ public:
     /// Everything, in the current context. Without it the memory goes with the context.
     void free();
 
+    /// Objects that the scene does not show (a switch leaves them out) change unseen: every change
+    /// of the graph counts then.
+    bool followsGraph = false;
+
     /// What the picture was made of; 0: nothing yet.
     std::uint64_t getKey() const { return m_key; }
 

@@ -176,7 +176,8 @@ void Outliner::setObjects(std::vector<OutlinedObject> objects)
 }
 
 /// What the picture of the outline depends on.
-std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options) const
+std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options,
+                              bool followsGraph) const
 {
     Sum sum;
     sum.add(std::uint64_t(GLOutline::boundSamples()));
@@ -193,7 +194,7 @@ std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options)
             sum.add(object.view.view.viewing[0], 16);
             addView(object.view, sum);
         }
-        if (m_followsGraph && object.isWhole()) {
+        if (followsGraph && object.isWhole()) {
             sum.add(object.getHead()->getChangeId());
         }
     }
@@ -203,8 +204,8 @@ std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options)
     return sum.get();
 }
 
-bool Outliner::prepare(GLDevice& device, SoNode* root, const Frame& scene,
-                       const GLFrameOptions& options)
+bool Outliner::prepare(GLDevice& device, const SoGLRenderAction& action, SoNode* root,
+                       const Frame& scene, const GLFrameOptions& options)
 {
     m_stale = false;
     m_asEdges = false;
@@ -220,22 +221,28 @@ bool Outliner::prepare(GLDevice& device, SoNode* root, const Frame& scene,
     m_device = &device;
     m_options = &options;
     m_statistics = {};
-    m_key = keyOf(scene, options);
-    if (device.outline(m_number).getKey() == m_key) {
+    Sum number; // several views may be drawn in one context
+    number.add(m_number);
+    number.add(&action);
+    m_picture = number.get();
+    m_key = keyOf(scene, options, picture().followsGraph);
+    if (picture().getKey() == m_key) {
         return true;
     }
-    collect(root, scene);
+    collect(root);
     const char* error = "";
     if (GLDevice::current(error) != &device) {
         close(); // a callback in the scene has changed what is current
         return false;
     }
-    openPicture(device.outline(m_number), options);
+    picture().followsGraph = !areAllIn(scene);
+    openPicture(options);
     return true;
 }
 
-void Outliner::openPicture(GLOutline& outline, const GLFrameOptions& options)
+void Outliner::openPicture(const GLFrameOptions& options)
 {
+    GLOutline& outline = picture();
     const PixelBox box = boxOf(options);
     const SbVec2s& size = options.region.getWindowSize();
     if (SoPreferences::getBool("KMR_OUTLINE_EDGES", false)) {
@@ -256,7 +263,7 @@ void Outliner::close()
     m_options = nullptr;
 }
 
-void Outliner::collect(SoNode* root, const Frame& scene)
+void Outliner::collect(SoNode* root)
 {
     if (!m_collector) {
         m_collector = std::make_unique<SoGLRenderAction>();
@@ -282,7 +289,6 @@ void Outliner::collect(SoNode* root, const Frame& scene)
         }
     }
     m_collector->traversal().clear();
-    m_followsGraph = !areAllIn(scene);
 }
 
 void Outliner::collectPlaced(const OutlinedObject& object)
@@ -347,7 +353,7 @@ PixelBox Outliner::boxOf(const GLFrameOptions& options) const
 
 void Outliner::layerDrawn(int layer)
 {
-    m_device->outline(m_number).addLayer([this, layer] {
+    picture().addLayer([this, layer] {
         for (const Collected& one : m_collected) {
             GLRenderer(*m_device, one.frame, *m_options, m_statistics).drawMask(layer);
         }
@@ -365,7 +371,7 @@ void Outliner::drawEdges()
 
 void Outliner::finish(RenderStatistics& statistics)
 {
-    GLOutline& outline = m_device->outline(m_number);
+    GLOutline& outline = picture();
     if (m_asEdges) {
         drawEdges();
     } else {

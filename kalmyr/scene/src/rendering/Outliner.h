@@ -59,9 +59,10 @@ public:
     const std::vector<OutlinedObject>& getObjects() const { return m_objects; }
     bool hasObjects() const { return !m_objects.empty(); }
 
-    /// Returns whether there is anything to outline in the frame, which was made of `root`. The
-    /// device, frame and options outlast the call of finish().
-    bool prepare(GLDevice& device, SoNode* root, const Frame& scene, const GLFrameOptions& options);
+    /// Returns whether there is anything to outline in the frame, which `action` made of `root`.
+    /// The device, frame and options outlast the call of finish().
+    bool prepare(GLDevice& device, const SoGLRenderAction& action, SoNode* root, const Frame& scene,
+                 const GLFrameOptions& options);
     /// Whether layerDrawn() is to be called.
     bool isStale() const { return m_stale; }
     void layerDrawn(int layer);
@@ -79,11 +80,12 @@ private:
         std::uint64_t changeId = 0; ///< of the path's head
         SbMatrix toWorld;
     };
-    std::uint64_t keyOf(const Frame& scene, const GLFrameOptions& options) const;
-    void collect(SoNode* root, const Frame& scene);
+    std::uint64_t keyOf(const Frame& scene, const GLFrameOptions& options, bool followsGraph) const;
+    GLOutline& picture() const { return m_device->outline(m_picture); }
+    void collect(SoNode* root);
     void collect(const SoPath& path);
     void collectPlaced(const OutlinedObject& object);
-    void openPicture(GLOutline& outline, const GLFrameOptions& options);
+    void openPicture(const GLFrameOptions& options);
     void close();
     bool areAllIn(const Frame& scene) const;
     PixelBox boxOf(const GLFrameOptions& options) const;
@@ -94,11 +96,9 @@ private:
     std::unique_ptr<SoGLRenderAction> m_collector; ///< walks the paths, draws nothing
     std::vector<Collected> m_collected;            ///< while a frame is drawn
     Kept m_kept;
-    /// Objects that the scene does not show (a switch leaves them out) change unseen: every change
-    /// of the graph counts then.
-    bool m_followsGraph = false;
     bool m_stale = false;
     bool m_asEdges = false;
+    std::uint64_t m_picture = 0; ///< number of the present action's, among the device's
     std::uint64_t m_key = 0;
     RenderStatistics m_statistics;
     GLDevice* m_device = nullptr;              // Not owned; of the present frame.

@@ -182,7 +182,7 @@ void SoGLRenderAction::drawFrame(kalmyr::detail::GLDevice& device, SoNode* root)
     bool isStale = false;
     std::vector<Outliner*> outliners;
     const auto prepare = [&](SoOutline& outline) {
-        if (outline.outliner().prepare(device, root, frame, options)) {
+        if (outline.outliner().prepare(device, *this, root, frame, options)) {
             isStale = isStale || outline.outliner().isStale();
             outliners.push_back(&outline.outliner());
         }
