@@ -38,19 +38,33 @@ bool isOfSize(const SoGuiRenderArea& area, const SbViewportRegion& region)
 } // namespace
 
 HostViews::HostViews(SoSelection* selection, bool standalone, bool outlines, PickFunction picked)
-    : m_selection(selection), m_standalone(standalone), m_picked(std::move(picked))
+    : m_selection(selection),
+      m_standalone(standalone),
+      m_outlines(outlines && !standalone),
+      m_picked(std::move(picked))
 {
-    SoInspectorViews::setClickFunction(&HostViews::clicked, this);
-    if (!standalone && outlines)
-        m_selection->addChangeCallback(&HostViews::selectionChanged, this);
+    setActive(true);
 }
 
 HostViews::~HostViews()
 {
+    setActive(false);
+}
+
+void HostViews::setActive(bool on)
+{
+    if (on == m_active)
+        return;
+    m_active = on;
     const GraphReading graph;
-    SoInspectorViews::setClickFunction(nullptr, nullptr);
-    m_selection->removeChangeCallback(&HostViews::selectionChanged, this);
-    SoInspectorViews::setOutlined(nullptr);
+    SoInspectorViews::setClickFunction(on ? &HostViews::clicked : nullptr, this);
+    if (on && m_outlines) {
+        m_selection->addChangeCallback(&HostViews::selectionChanged, this);
+        selectionChanged(this, m_selection.get());
+    } else {
+        m_selection->removeChangeCallback(&HostViews::selectionChanged, this);
+        SoInspectorViews::setOutlined(nullptr);
+    }
 }
 
 /// What is outlined has its path below the selection node, which the host's views do not know.

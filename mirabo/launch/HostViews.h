@@ -28,6 +28,10 @@ public:
     HostViews(SoSelection* selection, bool standalone, bool outlines, PickFunction picked);
     ~HostViews() override;
 
+    /// Off: nothing is outlined in the host's views, and no clicks are told, while the tool waits
+    /// for its end. On at first.
+    void setActive(bool on);
+
     /// A pick that the host reports at a window position of a view with that region.
     void pick(const SbViewportRegion& region, const SbVec2s& position);
 
@@ -44,6 +48,8 @@ private:
 
     SoRef<SoSelection> m_selection;
     const bool m_standalone;
+    const bool m_outlines;
+    bool m_active = false;
     PickFunction m_picked;
 };
 

@@ -279,6 +279,7 @@ void Session::windowClosed()
 {
     SoMiraboViewer::instance()->saveWindowSettings();
     saveColumnWidths();
+    setViewsActive(false);
     SoMiraboImpl::requestFinish();
 }
 
@@ -306,10 +307,17 @@ void Session::forgetWindow()
     m_frame = nullptr;
 }
 
+void Session::setViewsActive(bool on)
+{
+    if (m_views) // not released yet
+        m_views->setActive(on);
+}
+
 void Session::show()
 {
     if (!m_frame)
         return;
+    setViewsActive(true);
     m_frame->show();
     for (const QPointer<QWidget>& widget : std::exchange(m_hidden, {}))
         if (widget)
@@ -320,6 +328,7 @@ void Session::hide()
 {
     if (!m_frame)
         return;
+    setViewsActive(false);
     for (QWidget* widget : m_frame->findChildren<QWidget*>()) {
         if (!widget->isWindow() || widget->isHidden())
             continue;
@@ -344,7 +353,7 @@ bool Session::openFile(const QString& path)
 
 void Session::pick(const SbViewportRegion& region, SbVec2s cursor)
 {
-    if (m_frame)
+    if (m_frame && m_views)
         m_views->pick(region, cursor);
 }
 

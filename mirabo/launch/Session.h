@@ -59,6 +59,7 @@ private:
     void connectOverview();
     void connectViewer();
     void showPicked(const SoPath* path);
+    void setViewsActive(bool on);
     void windowClosed();
     void windowDied();
     void forgetWindow();

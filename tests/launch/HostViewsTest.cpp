@@ -284,6 +284,28 @@ TEST_F(HostViewsTest, MayDieWhileSomethingIsOutlined)
     EXPECT_EQ(scene->getRefCount(), 1);
 }
 
+/// The user closes the window, and the host has not pumped yet.
+TEST_F(HostViewsTest, ForgetAToolThatWaitsForItsEnd)
+{
+    show(scene.get());
+    hooks().m_mirabo_startNode(scene.get());
+    pass();
+    choose(row(0));
+    EXPECT_GT(orangeInView(*viewer), 50);
+    window()->close();
+    EXPECT_FALSE(hooks().m_mirabo_isRunning());
+    EXPECT_EQ(orangeInView(*viewer), 0);
+    choose(row(2));
+    click(*viewer, kSize / 4, kSize / 2);
+    EXPECT_EQ(tree()->currentItem(), row(2));
+    EXPECT_EQ(orangeInView(*viewer), 0);
+    hooks().m_mirabo_startNode(scene.get()); // goes on with the same window
+    pass();
+    click(*viewer, kSize / 4, kSize / 2);
+    EXPECT_EQ(currentRow(), "Cube");
+    EXPECT_GT(orangeInView(*viewer), 50);
+}
+
 /// The tool's own viewer.
 TEST_F(HostViewsTest, ClearTheRowWithAClickOnNothing)
 {
