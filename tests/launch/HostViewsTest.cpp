@@ -51,27 +51,27 @@ protected:
         area->setSceneGraph(whole.get());
     }
 
-    static int orangeIn(const SoOffscreenRenderer& drawn)
+    static int lineIn(const SoOffscreenRenderer& drawn)
     {
         int count = 0;
         const unsigned char* p = drawn.getBuffer();
         for (int i = 0; p && i < kSize * kSize; ++i, p += 3)
-            count += p[0] > 250 && std::abs(p[1] - 153) < 3 && p[2] < 3 ? 1 : 0;
+            count += p[0] < 3 && std::abs(p[1] - 230) < 3 && p[2] > 250 ? 1 : 0;
         return count;
     }
-    int orangeInView(SoGuiRenderArea& view)
+    int lineInView(SoGuiRenderArea& view)
     {
         EXPECT_TRUE(view.renderOffscreen(renderer));
-        return orangeIn(renderer);
+        return lineIn(renderer);
     }
     /// Of a horizontal line through the middle: first and last pixel with the outline's colour.
-    std::pair<int, int> orangeSpan()
+    std::pair<int, int> lineSpan()
     {
         std::pair<int, int> span(-1, -1);
         EXPECT_TRUE(viewer->renderOffscreen(renderer));
         for (int x = 0; x < kSize; ++x) {
             const unsigned char* p = renderer.getBuffer() + 3 * (kSize / 2 * kSize + x);
-            if (p[0] < 250 || std::abs(p[1] - 153) > 3 || p[2] > 3)
+            if (p[0] > 3 || std::abs(p[1] - 230) > 3 || p[2] < 250)
                 continue;
             span.first = span.first < 0 ? x : span.first;
             span.second = x;
@@ -117,17 +117,17 @@ TEST_F(HostViewsTest, OutlineTheChosenOccurrence)
     pass();
     choose(tree()->topLevelItem(0));
     choose(row(0)); // the left wheel, of two
-    EXPECT_GT(orangeInView(*viewer), 50);
-    EXPECT_GT(orangeInView(*area), 50);
-    const auto left = orangeSpan();
+    EXPECT_GT(lineInView(*viewer), 50);
+    EXPECT_GT(lineInView(*area), 50);
+    const auto left = lineSpan();
     choose(row(2)); // the right wheel
-    const auto right = orangeSpan();
+    const auto right = lineSpan();
     EXPECT_LT(left.second, right.first);
     EXPECT_EQ(viewer->getSceneManager()->getGLRenderAction(), &own);
 
     hooks().m_mirabo_stop();
-    EXPECT_EQ(orangeInView(*viewer), 0);
-    EXPECT_EQ(orangeInView(*area), 0);
+    EXPECT_EQ(lineInView(*viewer), 0);
+    EXPECT_EQ(lineInView(*area), 0);
     viewer->getSceneManager()->setGLRenderAction(nullptr);
     renderer.setGLRenderAction(nullptr);
 }
@@ -141,15 +141,15 @@ TEST_F(HostViewsTest, ClickIntoTheTree)
     for (SoGuiRenderArea* view : {static_cast<SoGuiRenderArea*>(viewer.get()), area.get()}) {
         click(*view, 2, 2);
         EXPECT_EQ(currentRow(), "none") << "a click on nothing";
-        EXPECT_EQ(orangeInView(*view), 0);
+        EXPECT_EQ(lineInView(*view), 0);
         for (short x = kSize; currentRow() == "none" && x > 0;)
             click(*view, x = static_cast<short>(x - 5), kSize / 2);
         EXPECT_EQ(currentRow(), "Cube");
         ASSERT_NE(tree()->currentItem()->parent(), nullptr);
         QTreeWidgetItem* above = tree()->currentItem()->parent()->parent();
         EXPECT_EQ(above->indexOfChild(tree()->currentItem()->parent()), 2) << "the right wheel";
-        EXPECT_GT(orangeInView(*viewer), 50);
-        EXPECT_GT(orangeInView(*area), 50);
+        EXPECT_GT(lineInView(*viewer), 50);
+        EXPECT_GT(lineInView(*area), 50);
     }
     click(*viewer, 2, 2);
     viewer->setViewing(true);
@@ -176,12 +176,12 @@ TEST_F(HostViewsTest, OutlineWhatHoldsANodeInAField)
     pass();
     click(*area, kSize / 2, kSize / 2);
     EXPECT_EQ(currentRow(), "VRMLBox");
-    EXPECT_GT(orangeInView(*area), 50);
+    EXPECT_GT(lineInView(*area), 50);
     choose(tree()->topLevelItem(0));
-    EXPECT_GT(orangeInView(*area), 50);
+    EXPECT_GT(lineInView(*area), 50);
     QTreeWidgetItem* box = row(0)->child(row(0)->childCount() - 1);
     choose(box);
-    EXPECT_EQ(orangeInView(*area), 0) << "chosen in the tree it outlines nothing";
+    EXPECT_EQ(lineInView(*area), 0) << "chosen in the tree it outlines nothing";
 }
 
 TEST_F(HostViewsTest, OutlineNothingWhereThereIsNoHighlight)
@@ -191,10 +191,10 @@ TEST_F(HostViewsTest, OutlineNothingWhereThereIsNoHighlight)
         hooks().m_mirabo_startNode(scene.get());
         pass();
         choose(row(0));
-        EXPECT_EQ(orangeInView(*viewer), 0) << why;
+        EXPECT_EQ(lineInView(*viewer), 0) << why;
         click(*viewer, kSize / 4, kSize / 2);
         EXPECT_EQ(currentRow(), "Cube") << "picks select rows all the same";
-        EXPECT_EQ(orangeInView(*viewer), 0) << why;
+        EXPECT_EQ(lineInView(*viewer), 0) << why;
         hooks().m_mirabo_stop();
     };
     for (const char* mode : {"KMRU_LAUNCH_MIRABO", "ART_LAUNCH_MIRABO"}) {
@@ -250,21 +250,21 @@ TEST_F(HostViewsTest, TakeTwoLinesWhereTheyAreTheHostsOwn)
     choose(row(2));
     EXPECT_GT(redraws, 0);
     EXPECT_TRUE(renderer.render(drawn.get()));
-    EXPECT_GT(orangeIn(renderer), 50);
+    EXPECT_GT(lineIn(renderer), 50);
 
     SoMirabo::setPickAction(region, SbVec2s(2, 2));
     EXPECT_EQ(currentRow(), "none");
     EXPECT_TRUE(renderer.render(drawn.get()));
-    EXPECT_EQ(orangeIn(renderer), 0);
+    EXPECT_EQ(lineIn(renderer), 0);
     short x = kSize;
     while (currentRow() == "none" && x > 0)
         SoMirabo::setPickAction(region, SbVec2s(x = static_cast<short>(x - 5), kSize / 2));
     EXPECT_EQ(currentRow(), "Cube");
     EXPECT_TRUE(renderer.render(drawn.get()));
-    EXPECT_GT(orangeIn(renderer), 50);
+    EXPECT_GT(lineIn(renderer), 50);
     SoMirabo::stop();
     EXPECT_TRUE(renderer.render(drawn.get()));
-    EXPECT_EQ(orangeIn(renderer), 0);
+    EXPECT_EQ(lineIn(renderer), 0);
     renderer.setGLRenderAction(nullptr);
 }
 
@@ -274,10 +274,10 @@ TEST_F(HostViewsTest, MayDieWhileSomethingIsOutlined)
     hooks().m_mirabo_startSceneManager(viewer->getSceneManager());
     pass();
     choose(tree()->topLevelItem(0)->child(tree()->topLevelItem(0)->childCount() - 1));
-    EXPECT_GT(orangeInView(*viewer), 50);
+    EXPECT_GT(lineInView(*viewer), 50);
     viewer.reset();
     pass();
-    EXPECT_GT(orangeInView(*area), 50) << "the other one goes on";
+    EXPECT_GT(lineInView(*area), 50) << "the other one goes on";
     area.reset();
     pass();
     hooks().m_mirabo_stop();
@@ -291,19 +291,19 @@ TEST_F(HostViewsTest, ForgetAToolThatWaitsForItsEnd)
     hooks().m_mirabo_startNode(scene.get());
     pass();
     choose(row(0));
-    EXPECT_GT(orangeInView(*viewer), 50);
+    EXPECT_GT(lineInView(*viewer), 50);
     window()->close();
     EXPECT_FALSE(hooks().m_mirabo_isRunning());
-    EXPECT_EQ(orangeInView(*viewer), 0);
+    EXPECT_EQ(lineInView(*viewer), 0);
     choose(row(2));
     click(*viewer, kSize / 4, kSize / 2);
     EXPECT_EQ(tree()->currentItem(), row(2));
-    EXPECT_EQ(orangeInView(*viewer), 0);
+    EXPECT_EQ(lineInView(*viewer), 0);
     hooks().m_mirabo_startNode(scene.get()); // goes on with the same window
     pass();
     click(*viewer, kSize / 4, kSize / 2);
     EXPECT_EQ(currentRow(), "Cube");
-    EXPECT_GT(orangeInView(*viewer), 50);
+    EXPECT_GT(lineInView(*viewer), 50);
 }
 
 /// The tool's own viewer.
@@ -321,10 +321,10 @@ TEST_F(HostViewsTest, ClearTheRowWithAClickOnNothing)
     const int held = root->getRefCount();
     click(*own, kSize / 2, kSize / 2);
     EXPECT_EQ(currentRow(), "Cube");
-    EXPECT_GT(orangeInView(*own), 50);
+    EXPECT_GT(lineInView(*own), 50);
     click(*own, 2, 2);
     EXPECT_EQ(currentRow(), "none");
-    EXPECT_EQ(orangeInView(*own), 0);
+    EXPECT_EQ(lineInView(*own), 0);
     EXPECT_EQ(root->getRefCount(), held);
     renderer.setGLRenderAction(nullptr);
 }

@@ -11,7 +11,7 @@ namespace kalmyr::detail {
 
 /// How an outline looks.
 struct OutlineStyle {
-    SbColor color{1.0f, 0.6f, 0.0f};
+    SbColor color{0.0f, 0.9f, 1.0f};
     float width = 2; ///< points: pixels of a screen of usual density
     unsigned short pattern = 0xffff;
 };

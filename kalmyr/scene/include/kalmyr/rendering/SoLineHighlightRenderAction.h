@@ -17,7 +17,7 @@ public:
     void setVisible(bool on) { m_selected.setVisible(on); }
     bool isVisible() const { return m_selected.isVisible(); }
 
-    /// At first orange.
+    /// At first cyan.
     void setColor(const SbColor& color) { m_selected.setColor(color); }
     const SbColor& getColor() const { return m_selected.getColor(); }
 

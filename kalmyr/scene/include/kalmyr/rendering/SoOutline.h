@@ -45,7 +45,8 @@ public:
     /// Off: nothing is drawn. On at first.
     void setVisible(bool on);
     bool isVisible() const;
-    /// At first orange. The rim is dark around a bright line and bright around a dark one.
+    /// At first cyan, which few things in scenes are. The rim is dark around a bright line and
+    /// bright around a dark one.
     void setColor(const SbColor& color);
     const SbColor& getColor() const;
     /// Points, which are pixels on a screen of 72 pixels an inch (SbViewportRegion); from 1 to 16,
