@@ -3,6 +3,7 @@
 #include "mirabo/core/CommandName.h"
 #include "mirabo/core/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
+#include "mirabo/tree/SetRootCommand.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/SoTreeAddNodeCommand.h"
 #include "mirabo/tree/SoTreeCutNodeCommand.h"
@@ -169,18 +170,24 @@ bool TreeEditor::pasteTopLevel(SoNode* node)
 {
     const SoRef<SoNode> kept(node);
     return node && run("Paste node", {}, [&](Refusal& refusal) {
-               std::unique_ptr<SoTreeAddNodeCommand> command;
-               std::optional<NodeSlot> place = NodeSlot::behindAll(*m_view);
-               if (!place) {
-                   refusal = {Refusal::Kind::Information, "Paste node", "Can not paste this node"};
-                   return command;
+               std::unique_ptr<TreeEditCommand> command;
+               bool done = false;
+               if (!m_view->getRoot()) {
+                   command = std::make_unique<SetRootCommand>(m_view, m_host, node);
+                   done = command->execute();
+               } else if (auto place = NodeSlot::behindAll(*m_view)) {
+                   auto add = std::make_unique<SoTreeAddNodeCommand>(m_view, std::move(*place),
+                                                                     nullptr, m_host);
+                   done = add->add(node);
+                   command = std::move(add);
                }
-               command = std::make_unique<SoTreeAddNodeCommand>(m_view.data(), std::move(*place),
-                                                                nullptr, m_host);
-               const bool added = command->add(node);
-               refusal = command->refusal();
-               command->setName(commandName("Paste", *node));
-               return added ? std::move(command) : nullptr;
+               if (command) {
+                   command->setName(commandName("Paste", *node));
+                   refusal = command->refusal();
+               } else {
+                   refusal = {Refusal::Kind::Information, "Paste node", "Can not paste this node"};
+               }
+               return done ? std::move(command) : nullptr;
            });
 }
 
