@@ -19,7 +19,7 @@ protected:
 
 TEST_P(ExampleHostsTest, RunsWithTheInspectorOpen)
 {
-    const support::Outcome host = support::runProgram(GetParam(), "--run 1");
+    const support::Outcome host = support::runProgram(GetParam(), "--run 1 --swap");
     const std::string told = host.output + host.errors;
     EXPECT_EQ(host.status, 0) << told;
     EXPECT_NE(told.find("inspector running: 1\n"), std::string::npos) << told;
@@ -27,6 +27,7 @@ TEST_P(ExampleHostsTest, RunsWithTheInspectorOpen)
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, ExampleHostsTest,
-                         testing::Values("example_host_qt", "example_host_plain"));
+                         testing::Values("example_host_qt", "example_host_plain",
+                                         "example_host_views_qt"));
 
 } // namespace
