@@ -142,7 +142,9 @@ void EditActions::registerScene(SoMiraboTreeView* tree, SoCommandManager* hub)
     const QPointer<TreeEditor> editor = m_editor;
     viewer->setSceneEdits(
         {[tree = QPointer(tree)] { return tree ? pathOfCurrent(*tree) : nullptr; },
-         [editor] { return editor && editor->cutCurrent(); },
+         [tree = QPointer(tree), editor](const SoPath& path) {
+             return tree && editor && editor->cutRow(tree->rowOfPath(path));
+         },
          [editor](SoNode* node) { return editor && editor->pasteTopLevel(node); }});
     ActionRegistry& actions = hub->actions();
     actions.add(ActionId::Copy, this,

@@ -119,6 +119,10 @@ public:
     SoNode* getCurrentNode() const override;
     SoNode* getCurrentKit() const override;
     bool revealNode(const SoNode* node) override;
+    /// The row of the occurrence that a path leads to, or the nearest one above it that has a row.
+    /// The path may begin above the root; null when it passes no top-level row, and while the graph
+    /// cannot be looked at.
+    SoTreeViewItem* rowOfPath(const SoPath& path) const;
     /// Makes the row of an occurrence current that a path leads to, or the nearest one above it
     /// that has a row. When the node is held by a field, the nearest node above that is a child is
     /// outlined. The path may begin above the root; false when it passes no top-level row.

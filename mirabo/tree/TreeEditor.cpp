@@ -130,9 +130,10 @@ bool TreeEditor::deleteCurrent()
     return deleteRow(current());
 }
 
-bool TreeEditor::cutCurrent()
+bool TreeEditor::cutRow(SoTreeViewItem* row)
 {
-    SoTreeViewItem* row = current();
+    if (!row)
+        row = current();
     return run("Mirabo Delete Node", {row}, [&](Refusal& refusal) {
         bool done = false;
         auto command = std::make_unique<SoTreeCutNodeCommand>(row, m_host, done);

@@ -48,8 +48,9 @@ public:
     bool deleteRow(SoTreeViewItem* row);
     bool deleteCurrent();
     bool canDeleteCurrent() const;
-    /// Takes the current row's node out of the scene, with what is left without content above it.
-    bool cutCurrent();
+    /// Takes a row's node out of the scene, with what is left without content above it. Null: the
+    /// current row's.
+    bool cutRow(SoTreeViewItem* row = nullptr);
 
     /// Adds a new node at a row; null: at the current row. Of several additions at one row each is
     /// a command of its own.

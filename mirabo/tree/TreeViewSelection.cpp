@@ -281,14 +281,15 @@ bool SoMiraboTreeView::revealNode(const SoNode* node)
     return true;
 }
 
+SoTreeViewItem* SoMiraboTreeView::rowOfPath(const SoPath& path) const
+{
+    const mirabo::GraphReading graph;
+    return graph ? rowOf(path, *this) : nullptr;
+}
+
 bool SoMiraboTreeView::revealPath(const SoPath& path)
 {
-    SoTreeViewItem* row = nullptr;
-    {
-        const mirabo::GraphReading graph;
-        if (graph)
-            row = rowOf(path, *this);
-    }
+    SoTreeViewItem* row = rowOfPath(path);
     if (!row)
         return false;
     goToItem(row);

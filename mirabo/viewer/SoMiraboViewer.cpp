@@ -285,10 +285,13 @@ bool SoMiraboViewer::copySelection()
 void SoMiraboViewer::cutSelection()
 {
     const mirabo::Frame frame;
-    if (!copySelection() || !m_edits.cutCurrent || !m_edits.cutCurrent())
-        return;
-    const mirabo::GraphReading graph;
-    m_highlighter.deselect();
+    SoRef<SoPath> path;
+    {
+        const mirabo::GraphReading graph;
+        path = graph ? pathToCopy() : nullptr;
+    }
+    if (path && copySelection() && m_edits.cut && m_edits.cut(*path))
+        m_highlighter.deselect();
 }
 
 bool SoMiraboViewer::pasteClipboard()

@@ -94,8 +94,9 @@ public:
         /// Path of what is current, for when nothing can be selected: when there is no outline, or
         /// it hangs on a field. Null without anything current.
         std::function<SoRef<SoPath>()> currentPath;
-        /// Takes what is current out of the scene, with what is left without content above it.
-        std::function<bool()> cutCurrent;
+        /// Takes the end of a path out of the scene, with what is left without content above it;
+        /// what is current when the path does not lead into the scene.
+        std::function<bool(const SoPath& path)> cut;
         /// Puts a node beside the scene.
         std::function<bool(SoNode*)> addBeside;
     };

@@ -19,6 +19,7 @@
 #include <kalmyr/shapes/SoSphere.h>
 #include <kalmyr/vrml/SoVRMLBox.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
 
 #include <QAction>
 #include <QClipboard>
@@ -211,6 +212,31 @@ TEST_F(Clipboard, CopiesTheCurrentRowWhenNothingCanBeSelected)
     hub()->paste();
     ASSERT_EQ(numTops(), 2);
     EXPECT_EQ(viewer->getSelectionNode()->getChild(1)->getTypeId(), SoCube::getClassTypeId());
+}
+
+TEST_F(Clipboard, CutsWhatIsOutlinedWhenThePickedNodeHangsOnAField)
+{
+    auto* world = new SoVRMLGroup;
+    auto* shape = new SoVRMLShape;
+    auto* box = new SoVRMLBox;
+    shape->geometry = box;
+    world->addChild(shape);
+    root->addChild(world);
+    support::flush();
+    const SoRef<SoPath> picked(new SoPath(root.get()));
+    picked->append(world, 3);
+    picked->append(shape, 0);
+    picked->append(box, -1);
+    ASSERT_TRUE(tree()->revealPath(*picked));
+    support::flush();
+    EXPECT_EQ(static_cast<SoTreeViewItem*>(tree()->currentItem())->getNode(), box);
+    hub()->cutNode();
+    support::flush();
+    EXPECT_EQ(world->getNumChildren(), 0);
+    EXPECT_EQ(root->findChild(world), -1) << "an empty group goes as well";
+    hub()->undo();
+    EXPECT_EQ(shape->geometry.getValue(), box);
+    EXPECT_EQ(root->findChild(world), 3);
 }
 
 TEST_F(Clipboard, LetsTheOldSceneGoWithItsCommands)

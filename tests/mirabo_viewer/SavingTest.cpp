@@ -17,6 +17,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -210,6 +211,24 @@ TEST_F(Saving, LeavesTheOldFileWhenItCannotSave)
     }
     EXPECT_TRUE(text.contains("No space left on device")) << text.toStdString();
     EXPECT_EQ(viewer->getCurrentFile(), "");
+}
+
+TEST_F(Saving, TakesAnyNameAndRefusesFolders)
+{
+    const QString odd = at(QString::fromUtf8("two\nlines & \xc3\xa4 %1.ky"));
+    addCube();
+    ASSERT_TRUE(viewer->writeScene(nullptr, odd, mirabo::SceneFileFormat::KalmyrAscii, false));
+    ASSERT_TRUE(viewer->openSceneFile(odd));
+    EXPECT_EQ(viewer->getCurrentFile(), odd);
+    EXPECT_EQ(window()->windowTitle(), "Mirabo -- " + odd);
+
+    QString text;
+    DialogAnswers answers({reads("File Error Dialog", &text)});
+    ASSERT_TRUE(QDir(at("")).mkdir("folder.ky"));
+    EXPECT_FALSE(
+        viewer->writeScene(nullptr, at("folder.ky"), mirabo::SceneFileFormat::KalmyrAscii, true));
+    EXPECT_EQ(text, "Error creating file: " + at("folder.ky"));
+    EXPECT_EQ(viewer->getCurrentFile(), odd);
 }
 
 TEST_F(Saving, AsksBeforeChangesAreLost)
