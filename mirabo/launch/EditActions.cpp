@@ -146,6 +146,8 @@ void EditActions::registerScene(SoMiraboTreeView* tree, SoCommandManager* hub)
              return tree && editor && editor->cutRow(tree->rowOfPath(path));
          },
          [editor](SoNode* node) { return editor && editor->pasteTopLevel(node); }});
+    connect(viewer, &SoMiraboViewer::selectionChanged, hub,
+            [hub] { hub->actions().updateLater(); });
     ActionRegistry& actions = hub->actions();
     actions.add(ActionId::Copy, this,
                 {[viewer] { viewer->copySelection(); }, [viewer] { return viewer->canCopy(); }});

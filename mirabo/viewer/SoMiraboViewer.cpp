@@ -165,6 +165,7 @@ void SoMiraboViewer::setScene(SoNode* root, bool resetCommands)
     Q_EMIT sceneChanged(root);
     // The tree has made its first row current; nobody has chosen the scene as a whole yet.
     m_highlighter.deselect();
+    Q_EMIT selectionChanged();
 }
 
 void SoMiraboViewer::replaceScene(SoNode* root)
@@ -188,6 +189,7 @@ void SoMiraboViewer::highlight(const SoPath* path)
 {
     const mirabo::Frame frame;
     m_highlighter.highlight(path);
+    Q_EMIT selectionChanged();
 }
 
 void SoMiraboViewer::refresh()

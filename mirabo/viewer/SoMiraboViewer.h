@@ -148,6 +148,8 @@ Q_SIGNALS:
     void undoResetRequested();
     /// The scene has another file, or none.
     void fileChanged();
+    /// Something else is selected, or nothing.
+    void selectionChanged();
     /// The scene was saved to its file.
     void sceneSaved();
     /// The user picked an occurrence of a node in the viewer; the path begins at the selection

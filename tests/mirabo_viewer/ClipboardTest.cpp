@@ -89,6 +89,11 @@ TEST_F(Clipboard, PastesWhatWasCopiedBesideTheSceneAndSavesIt)
         << "nothing is chosen yet";
     EXPECT_FALSE(isEnabled(ActionId::Copy));
     EXPECT_FALSE(isEnabled(ActionId::Paste));
+    const SoRef<SoPath> whole(new SoPath(root.get()));
+    viewer->highlight(whole.get());
+    EXPECT_TRUE(isEnabled(ActionId::Copy)) << "selected without a change of the current row";
+    viewer->highlight(nullptr);
+    EXPECT_FALSE(isEnabled(ActionId::Copy));
     choose(wheel);
     EXPECT_TRUE(isEnabled(ActionId::Copy));
     hub()->copy();
@@ -113,7 +118,7 @@ TEST_F(Clipboard, PastesWhatWasCopiedBesideTheSceneAndSavesIt)
                                      "der");
 
     EXPECT_EQ(hub()->undoStack().nameOf(0), "Paste Separator");
-    // What was pasted can be chosen, and outlined.
+    // What is in it can be chosen, and outlined.
     choose(copiedCube);
     ASSERT_EQ(viewer->getSelectionNode()->getNumSelected(), 1);
     EXPECT_EQ(viewer->getSelectionNode()->getPath(0)->getTail(), copiedCube);
