@@ -88,13 +88,19 @@ void DocumentActions::keepRecoveryCopy(SoMiraboTreeView* tree)
     m_recovery = std::make_unique<RecoveryCopy>(
         RecoveryCopy::Document{[] { return SoMiraboViewer::instance()->wholeScene(); },
                                [] { return SoMiraboViewer::instance()->getCurrentFile(); },
-                               [hub = m_hub] { return hub->isModified(); }},
+                               [this] { return m_isUnsaved; }},
         RecoveryPlace::folder(), this);
     RecoveryCopy* copy = m_recovery.get();
-    connect(m_hub, &SoCommandManager::historyChanged, copy, &RecoveryCopy::documentChanged);
+    // Also when the stack was cleared because somebody else changed the scene.
+    connect(m_hub, &SoCommandManager::historyChanged, this, [this] {
+        m_isUnsaved = m_isUnsaved || m_hub->isModified();
+        m_recovery->documentChanged();
+    });
     connect(tree, &SoMiraboTreeView::outsideStructureChange, copy, &RecoveryCopy::documentChanged);
-    connect(SoMiraboViewer::instance(), &SoMiraboViewer::sceneChanged, copy,
-            &RecoveryCopy::documentChanged);
+    connect(SoMiraboViewer::instance(), &SoMiraboViewer::undoResetRequested, this, [this] {
+        m_isUnsaved = false; // another scene
+        m_recovery->documentChanged();
+    });
     connect(copy, &RecoveryCopy::failed, this, [this] {
         m_hub->showStatus(tr("Unsaved work cannot be kept for the case of a crash: %1 cannot be "
                              "written.")
@@ -130,6 +136,7 @@ void DocumentActions::offerRecovery()
         || !self || !SoMiraboViewer::instance()->restoreScene(place->scenePath(), place->getFile()))
         return;
     m_hub->undoStack().markModified();
+    m_isUnsaved = true;
     m_recovery->adopt(std::move(place));
 }
 
@@ -137,6 +144,7 @@ void DocumentActions::offerRecovery()
 void DocumentActions::documentSaved()
 {
     watchFile();
+    m_isUnsaved = false;
     if (m_recovery)
         m_recovery->documentChanged();
 }

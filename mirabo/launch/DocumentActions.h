@@ -40,6 +40,7 @@ private:
     FileChange m_change;
     QPointer<ChangedFileBar> m_bar;           // Not owned; the window's.
     std::unique_ptr<RecoveryCopy> m_recovery; ///< in a program of its own
+    bool m_isUnsaved = false; ///< edited since the scene was shown or saved; known with m_recovery
 };
 
 } // namespace mirabo

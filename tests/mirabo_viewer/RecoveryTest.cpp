@@ -166,6 +166,26 @@ TEST_F(AfterACrash, RecoversTheDocumentWithItsFile)
     EXPECT_FALSE(isOffered());
 }
 
+TEST_F(AfterACrash, KeepsEditsThatCannotBeUndoneAnyMore)
+{
+    start("&Discard");
+    window()->findChild<QTimer*>("recoveryIdle")->setInterval(0);
+    auto* copy = window()->findChild<RecoveryCopy*>();
+    const auto shownScene = [this] { return static_cast<SoGroup*>(viewer->getScene()); };
+    ASSERT_TRUE(tree()->revealNode(shownScene()->getChild(0)));
+    hub()->treeDeleteNode();
+    ASSERT_TRUE(support::passUntil([&] { return copy->isUpToDate(); }));
+    shownScene()->addChild(new SoCone); // by somebody else
+    support::flush();
+    EXPECT_FALSE(hub()->isModified());
+    ASSERT_TRUE(support::passUntil([&] { return copy->isUpToDate(); }));
+    const QDir folder(RecoveryPlace::folder());
+    EXPECT_EQ(folder.entryList({"*.ky"}).size(), 1);
+    hub()->closeFile();
+    support::flush();
+    EXPECT_EQ(folder.entryList({"*.ky"}).size(), 0) << "given up";
+}
+
 TEST_F(AfterACrash, LeavesWhatIsPutOffAndRemovesWhatIsDiscarded)
 {
     start("&Later");
