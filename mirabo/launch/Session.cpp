@@ -246,6 +246,9 @@ void Session::connectViewer()
             [] { hub()->actions().update(ActionId::Reload); });
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
             &SoCommandManager::clearUndoCommand);
+    // What is selected is held once more: the column of reference counts follows.
+    connect(viewer, &SoMiraboViewer::selectionChanged, m_tree->viewport(),
+            qOverload<>(&QWidget::update));
     connect(viewer, &SoMiraboViewer::picked, this,
             [this](const SoPath* path) { showPicked(path); });
     m_views = std::make_unique<HostViews>(viewer->getSelectionNode(), m_standalone,

@@ -245,6 +245,9 @@ TEST_F(Saving, AsksBeforeChangesAreLost)
     QString text;
     answer(press("Cancel"), [&] { trigger(ActionId::Close); });
     EXPECT_EQ(viewer->getScene(), scene.get());
+    answer(press("Cancel"), [&] { trigger(ActionId::New); });
+    answer(press("Cancel"), [&] { trigger(ActionId::Quit); });
+    EXPECT_EQ(viewer->getScene(), scene.get());
     answer(press("Cancel"), [&] { trigger(ActionId::Reload); });
     EXPECT_EQ(viewer->getScene(), scene.get());
     answer(press("Cancel"), [&] { viewer->openDroppedFile(path); });
