@@ -32,14 +32,6 @@ bool holds(const SavedLinks* only, const SoNode* parent, int index)
               });
 }
 
-/// Whether a row has rows for what stands below the node: grey ones have not.
-bool showsChildren(const SoMiraboTreeView& view, const SoNode* node)
-{
-    const std::vector<SoTreeViewItem*> rows = view.itemsOf(node);
-    return !std::all_of(rows.begin(), rows.end(),
-                        [](const auto* row) { return row->isDisabledNode(); });
-}
-
 /// Whether a node stands at a place, in a group that perhaps is nowhere shown.
 bool isAt(const ParentLink& place, const SoNode* node)
 {
@@ -47,8 +39,7 @@ bool isAt(const ParentLink& place, const SoNode* node)
     return children && place.index < children->getLength() && (*children)[place.index] == node;
 }
 
-SavedLinks linksOf(const SoMiraboTreeView& view, const std::vector<SoTreeViewItem*>& rows,
-                   SoNode* node, const SavedLinks* only)
+SavedLinks linksOf(const std::vector<SoTreeViewItem*>& rows, SoNode* node, const SavedLinks* only)
 {
     SavedLinks saved{node, {}};
     std::unordered_set<const SoNode*> seen;
@@ -61,10 +52,10 @@ SavedLinks linksOf(const SoMiraboTreeView& view, const std::vector<SoTreeViewIte
             if (children[i] == node && holds(only, parent, static_cast<int>(i)))
                 saved.links.push_back({parent, static_cast<int>(i)});
     }
-    // A group that was deleted or disabled after its child had been taken out got it back all the
-    // same.
+    // The node also came back to groups that have no row from which it could be taken: that were
+    // deleted or disabled meanwhile, or in which it counts as a part of a kit.
     for (const ParentLink& place : only ? only->links : std::vector<ParentLink>())
-        if (!showsChildren(view, place.parent.get()) && isAt(place, node))
+        if (seen.count(place.parent.get()) == 0 && isAt(place, node))
             saved.links.push_back(place);
     return saved;
 }
@@ -157,7 +148,7 @@ std::shared_ptr<const SavedLinks> disableNode(SoMiraboTreeView& view, SoNode* no
         return row->isDisabledNode() || !mayDisable(row)
                || (only && !holds(only, row->getParentNode(), NodeSlot::of(row).index()));
     });
-    const auto saved = std::make_shared<const SavedLinks>(linksOf(view, rows, node, only));
+    const auto saved = std::make_shared<const SavedLinks>(linksOf(rows, node, only));
     if (saved->links.empty())
         return nullptr;
     {

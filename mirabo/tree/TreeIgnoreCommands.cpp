@@ -52,6 +52,8 @@ void SoTreeDisableNodeCommand::noteRows(mirabo::TreeState& state, bool forward) 
     for (const SoTreeViewItem* row : rows)
         if (mirabo::mayDisable(row))
             groups.insert(row->getParentNode());
+    for (const Place& place : m_put)
+        groups.insert(place.parent.get());
     for (const SoTreeViewItem* row : rows) {
         const bool isPlace = row->parentItem() && !row->isDirectlyFromField()
                              && groups.count(row->getParentNode()) > 0;

@@ -449,6 +449,6 @@ TEST_P(TreeEditStorm, IsUndoneAndRedoneToTheLetter)
 INSTANTIATE_TEST_SUITE_P(Worlds, TreeEditStorm,
                          ::testing::Values(World{"Kalmyr", false, false, 12},
                                            World{"Vrml97", true, false, 8},
-                                           World{"KalmyrTops", false, true, 3},
+                                           World{"KalmyrTops", false, true, 21},
                                            World{"Vrml97Tops", true, true, 5}),
                          [](const auto& info) { return info.param.name; });
