@@ -4,6 +4,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"
 
+#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/nodes/SoGroup.h>
@@ -21,13 +22,18 @@ using mirabo::asItem;
 
 namespace {
 
-/// Index of a row's node in its parent's child list; -1 for the node of a field.
+/// Index of a row's node in its parent's child list; -1 for the node of a field that is no part of
+/// a kit.
 int graphIndexOf(const SoTreeViewItem* item, const mirabo::TreeContext& context)
 {
-    if (item->isDirectlyFromField())
+    const SoNode* parent = item->getParentNode();
+    if (!parent)
         return -1;
-    if (!item->getParentNode())
-        return -1;
+    if (item->isDirectlyFromField()) {
+        // The parts of a kit hang on its fields, and stand among its children as well.
+        const SoChildList* parts = item->isNamedPart() ? parent->getInternalChildren() : nullptr;
+        return parts ? parts->find(item->getNode()) : -1;
+    }
     const mirabo::ShownChildren children = mirabo::shownChildren(item->getParentNode(), context);
     int row = item->parentItem()->hasHiddenRows() ? item->rowInParent() : item->childIndexValue();
     if (row < 0 || row >= children.count() || children[row] != item->getNode())

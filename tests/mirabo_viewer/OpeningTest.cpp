@@ -4,10 +4,13 @@
 #include "StandaloneSupport.h"
 #include "support/Clock.h"
 
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoSceneManager.h>
+#include <kalmyr/nodekits/SoShapeKit.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/qt/SoQtExaminerViewer.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/vrml/SoVRMLBox.h>
@@ -46,6 +49,33 @@ TEST_F(Opening, OutlinesNothingUntilARowIsChosen)
 }
 
 // A host's timer may run whenever the window is painted while a file is being read.
+TEST_F(Opening, OutlinesTheOccurrenceOfAKitsPart)
+{
+    const SoRef<SoSeparator> root(new SoSeparator);
+    auto* kit = new SoShapeKit;
+    ASSERT_TRUE(kit->setPart("shape", new SoCube));
+    auto* shift = new SoTranslation;
+    shift->translation.setValue(5, 0, 0);
+    for (SoNode* child : std::initializer_list<SoNode*>{kit, shift, kit})
+        root->addChild(child);
+    viewer->setScene(root.get(), true);
+    const SoNode* part = kit->getPart("shape");
+    for (const SoNode* node : std::initializer_list<const SoNode*>{kit, part}) {
+        float left = -1;
+        for (SoTreeViewItem* row : tree()->occurrencesOf(node)) {
+            tree()->goToItem(row);
+            support::flush();
+            ASSERT_EQ(viewer->getSelectionNode()->getNumSelected(), 1);
+            SoPath* path = viewer->getSelectionNode()->getPath(0);
+            EXPECT_EQ(path->getTail(), node);
+            SoGetBoundingBoxAction box{SbViewportRegion()};
+            box.apply(path); // what the outline is drawn around
+            EXPECT_EQ(box.getBoundingBox().getMin()[0], left);
+            left += 5;
+        }
+    }
+}
+
 TEST_F(Opening, ReadsOneFileAtATime)
 {
     const QString lights = kScenes + "lights.ky";
