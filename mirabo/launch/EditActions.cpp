@@ -16,7 +16,6 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
-#include <kalmyr/nodes/SoSeparator.h>
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -31,19 +30,15 @@ constexpr char kClipboardTitle[] = "Mirabo Insert Clipboard";
 constexpr int kMessageMs = 5000; // how long a message stays in the status bar
 
 /// Null when the viewer would have it selected, if anybody had chosen it.
-SoRef<SoPath> pathOfCurrent(const SoMiraboTreeView& tree)
+SoNode* unselectableCurrent(const SoMiraboTreeView& tree)
 {
     const auto* row = static_cast<const SoTreeViewItem*>(tree.currentItem());
-    const bool isSelectable = row && !row->isFromField();
-    if (!row || row->isDead()
-        || (isSelectable
-            && SoMiraboViewer::instance()->getHighlightMode() == SoMiraboViewer::OUTLINED))
-        return {};
-    const SoRef<SoSeparator> top(new SoSeparator);
-    top->addChild(row->getNode());
-    SoRef<SoPath> path(new SoPath(top.get()));
-    path->append(row->getNode(), 0);
-    return path;
+    if (!row || row->isDead())
+        return nullptr;
+    const bool isSelectable =
+        !row->isFromField()
+        && SoMiraboViewer::instance()->getHighlightMode() == SoMiraboViewer::OUTLINED;
+    return isSelectable ? nullptr : row->getNode();
 }
 
 } // namespace
@@ -135,13 +130,15 @@ void EditActions::registerClipboard(SoMiraboTreeView* tree, SoCommandManager* hu
     look();
 }
 
-/// What is selected in the viewer is what is current in the tree.
+/// Cut, copy and paste of the selection, which follows the current row.
 void EditActions::registerScene(SoMiraboTreeView* tree, SoCommandManager* hub)
 {
     SoMiraboViewer* viewer = SoMiraboViewer::instance();
     const QPointer<TreeEditor> editor = m_editor;
     viewer->setSceneEdits(
-        {[tree = QPointer(tree)] { return tree ? pathOfCurrent(*tree) : nullptr; },
+        {[tree = QPointer(tree)]() -> SoNode* {
+             return tree ? unselectableCurrent(*tree) : nullptr;
+         },
          [tree = QPointer(tree), editor](const SoPath& path) {
              return tree && editor && editor->cutRow(tree->rowOfPath(path));
          },

@@ -80,7 +80,7 @@ SoRef<SoNode> readPastedNode(const QMimeData& data)
         || !SoDB::read(&in, read) || !read)
         return {};
     const SoRef<SoPath> path(read);
-    return SoRef<SoNode>(path->getLength() > 1 ? path->getNode(1) : nullptr);
+    return SoRef<SoNode>(path->getNode(path->getLength() > 1 ? 1 : 0));
 }
 
 } // namespace mirabo

@@ -27,8 +27,8 @@ std::unique_ptr<QMimeData> sceneMimeData(const QByteArray& text);
 /// Whether the data may be a path that was written by pathText(), without reading it.
 bool mayHoldPath(const QMimeData* data);
 
-/// Reads a path and returns the node below its head: what hung there, with its way. Null, with
-/// nothing told, for anything else.
+/// Reads a path and returns the node below its head: what hung there, with its way. Of a path
+/// without a way the head itself. Null, with nothing told, for anything else.
 SoRef<SoNode> readPastedNode(const QMimeData& data);
 
 } // namespace mirabo

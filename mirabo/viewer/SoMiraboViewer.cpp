@@ -257,7 +257,8 @@ SoRef<SoPath> SoMiraboViewer::pathToCopy() const
 {
     if (getSelectionNode()->getNumSelected() > 0)
         return SoRef<SoPath>(getSelectionNode()->getPath(0));
-    return m_edits.currentPath ? m_edits.currentPath() : nullptr;
+    SoNode* current = m_edits.currentNode ? m_edits.currentNode() : nullptr;
+    return SoRef<SoPath>(current ? new SoPath(current) : nullptr);
 }
 
 bool SoMiraboViewer::canCopy() const

@@ -91,11 +91,11 @@ public:
                     bool showInViewer);
     /// Edits of the scene by which the clipboard's operations are undoable.
     struct SceneEdits {
-        /// Path of what is current, for when nothing can be selected: when there is no outline, or
-        /// it hangs on a field. Null without anything current.
-        std::function<SoRef<SoPath>()> currentPath;
+        /// Returns the current node when it cannot be selected: when there is no outline, or it
+        /// hangs on a field. Else null.
+        std::function<SoNode*()> currentNode;
         /// Takes the end of a path out of the scene, with what is left without content above it;
-        /// what is current when the path does not lead into the scene.
+        /// the current node when the path does not lead into the scene.
         std::function<bool(const SoPath& path)> cut;
         /// Puts a node beside the scene.
         std::function<bool(SoNode*)> addBeside;
