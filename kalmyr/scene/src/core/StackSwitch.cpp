@@ -62,61 +62,6 @@ T* joined(unsigned high, unsigned low)
     return reinterpret_cast<T*>((static_cast<std::uintptr_t>(high) << 32) | low);
 }
 
-struct Switch {
-    void (*function)(void*, const char*) = nullptr;
-    void* data = nullptr;
-    const char* floor = nullptr;
-    char* stack = nullptr;
-    ucontext_t caller = {};
-    ucontext_t callee = {};
-    // For the sanitizers, which must know which stack is in use.
-    void* fakeStack = nullptr;
-    const void* callerBottom = nullptr;
-    std::size_t callerSize = 0;
-    void* callerFiber = nullptr;
-    void* fiber = nullptr;
-};
-
-void enter(Switch& s)
-{
-#if defined(__SANITIZE_ADDRESS__)
-    __sanitizer_start_switch_fiber(&s.fakeStack, s.stack, kStackSize);
-#endif
-#if defined(__SANITIZE_THREAD__)
-    s.callerFiber = __tsan_get_current_fiber();
-    s.fiber = __tsan_create_fiber(0);
-    __tsan_switch_to_fiber(s.fiber, 0);
-#endif
-    swapcontext(&s.caller, &s.callee);
-#if defined(__SANITIZE_ADDRESS__)
-    __sanitizer_finish_switch_fiber(s.fakeStack, nullptr, nullptr);
-#endif
-#if defined(__SANITIZE_THREAD__)
-    __tsan_destroy_fiber(s.fiber);
-#endif
-}
-
-void leave([[maybe_unused]] Switch& s)
-{
-#if defined(__SANITIZE_ADDRESS__)
-    __sanitizer_start_switch_fiber(nullptr, s.callerBottom, s.callerSize);
-#endif
-#if defined(__SANITIZE_THREAD__)
-    __tsan_switch_to_fiber(s.callerFiber, 0);
-#endif
-    setcontext(&s.caller);
-}
-
-void start(unsigned high, unsigned low)
-{
-    auto* s = joined<Switch>(high, low);
-#if defined(__SANITIZE_ADDRESS__)
-    __sanitizer_finish_switch_fiber(nullptr, &s->callerBottom, &s->callerSize);
-#endif
-    s->function(s->data, s->floor);
-    leave(*s);
-}
-
 } // namespace
 
 const char* stackLimit()
@@ -127,28 +72,14 @@ const char* stackLimit()
 
 void callOnNewStack(void (*function)(void* data, const char* limit), void* data)
 {
-    char* stack = makeStack();
-    if (!stack) {
-        function(data, nullptr);
-        return;
-    }
-    Switch s;
-    s.function = function;
-    s.data = data;
-    s.stack = stack;
-    s.floor = stack + kReserve;
-    prepare(s.callee, stack, start, &s);
-    const char* floorBefore = t_floor;
-    t_floor = s.floor;
-    enter(s);
-    t_floor = floorBefore;
-    freeStack(stack);
+    PausableCall call([&] { function(data, call.getFloor()); });
+    call.resume();
 }
 
-/// Of a pausable call: who resumed it, and where it goes on.
+/// The stacks of the resumer and of a call, and how each goes on.
 struct PausableCall::Stacks {
     char* stack = nullptr;
-    const char* floor = nullptr; ///< of the stack in use, the call's own or one above it
+    const char* floor = nullptr; ///< of the stack to go on with, the call's own or a nested one
     ucontext_t resumer = {};
     ucontext_t call = {};
     // For the sanitizers. The stack that is gone back to is the one that was left last.
@@ -159,7 +90,8 @@ struct PausableCall::Stacks {
     const void* callBottom = nullptr;
     std::size_t callSize = 0;
     void* resumerFiber = nullptr;
-    void* callFiber = nullptr;
+    void* callFiber = nullptr; ///< to go on with
+    void* ownFiber = nullptr;
 };
 
 PausableCall::PausableCall(std::function<void()> function) : m_function(std::move(function)) {}
@@ -181,6 +113,11 @@ void PausableCall::start(unsigned high, unsigned low)
     __tsan_switch_to_fiber(s.resumerFiber, 0);
 #endif
     setcontext(&s.resumer);
+}
+
+const char* PausableCall::getFloor() const
+{
+    return m_stacks ? m_stacks->stack + kReserve : nullptr;
 }
 
 void PausableCall::run()
@@ -207,7 +144,7 @@ bool PausableCall::resume()
         m_stacks->callSize = kStackSize;
         prepare(m_stacks->call, stack, start, this);
 #if defined(__SANITIZE_THREAD__)
-        m_stacks->callFiber = __tsan_create_fiber(0);
+        m_stacks->callFiber = m_stacks->ownFiber = __tsan_create_fiber(0);
 #endif
     }
     Stacks& s = *m_stacks;
@@ -227,7 +164,7 @@ bool PausableCall::resume()
     if (!m_ended)
         return false;
 #if defined(__SANITIZE_THREAD__)
-    __tsan_destroy_fiber(s.callFiber);
+    __tsan_destroy_fiber(s.ownFiber);
 #endif
     freeStack(s.stack);
     m_stacks.reset();

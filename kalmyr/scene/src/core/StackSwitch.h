@@ -56,6 +56,8 @@ public:
     bool resume();
     /// From within the function.
     void pause();
+    /// Address down to which recursion may use the call's own stack; null when there is none.
+    const char* getFloor() const;
     bool hasBegun() const { return m_begun; }
     bool hasEnded() const { return m_ended; }
 
