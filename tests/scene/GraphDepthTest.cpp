@@ -4,6 +4,7 @@
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/core/SoPlaces.h>
 #include <kalmyr/engines/SoBoolOperation.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoWriteAction.h>
@@ -90,6 +91,9 @@ TEST_F(GraphDepthTest, IsCopiedSearchedAndMeasuredOnASmallStack)
         search.apply(top.get());
         ASSERT_TRUE(search.isFound());
         EXPECT_EQ(search.getPath()->getLength(), kDepth + 1);
+        const auto places = kalmyr::findPlaces(top.get(), cube, 2);
+        ASSERT_EQ(places.size(), 1u);
+        EXPECT_EQ(places.front()->getLength(), kDepth + 1);
         SoGetBoundingBoxAction box(SbViewportRegion(10, 10));
         box.apply(copy.get());
         EXPECT_EQ(box.getBoundingBox().getMax(), SbVec3f(1, 1, 1));

@@ -5,6 +5,8 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoPath.h>
 
+#include "core/StackSwitch.h"
+
 #include <unordered_set>
 
 namespace kalmyr {
@@ -33,6 +35,7 @@ public:
 
     std::vector<SoRef<SoPath>> run(SoNode* node)
     {
+        m_stackLimit = detail::stackLimit();
         visit(node);
         return std::move(m_found);
     }
@@ -43,15 +46,17 @@ private:
         int index; ///< in the node above it
     };
     void visit(SoNode* node);
+    void visitOnSomeStack(SoNode* node);
     void visitHolder(SoNode* node, SoNode* holder, const SoAuditorList::Entry& entry);
     void addPath(SoNode* root);
     bool isOver() const { return m_found.size() >= m_limit || m_numVisits > kMaxVisits; }
 
     /// Nodes that hold others several times over, level upon level, have ways without end.
-    static constexpr int kMaxVisits = 10000;
+    static constexpr int kMaxVisits = 100'000;
 
     const SoNode* m_root;
     const std::size_t m_limit;
+    const char* m_stackLimit = nullptr;
     int m_numVisits = 0;
     std::vector<Step> m_way; ///< from the node up to what is below the present one
     std::vector<SoRef<SoPath>> m_found;
@@ -83,11 +88,26 @@ void Ascent::visit(SoNode* node)
     }
 }
 
+/// Graphs may be deeper than a thread's stack.
+void Ascent::visitOnSomeStack(SoNode* node)
+{
+    if (!detail::isStackLow(m_stackLimit)) {
+        visit(node);
+        return;
+    }
+    const char* limitBefore = m_stackLimit;
+    detail::callOnNewStack([&](const char* limit) {
+        m_stackLimit = limit;
+        visit(node);
+    });
+    m_stackLimit = limitBefore;
+}
+
 void Ascent::visitHolder(SoNode* node, SoNode* holder, const SoAuditorList::Entry& entry)
 {
     const auto visitFrom = [&](int index) {
         m_way.push_back({node, index});
-        visit(holder);
+        visitOnSomeStack(holder);
         m_way.pop_back();
     };
     if (entry.type == SoAuditor::FIELD) {

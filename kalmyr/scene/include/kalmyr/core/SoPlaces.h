@@ -9,9 +9,9 @@
 class SoNode;
 class SoPath;
 
-// Where a node stands, found from the node upwards: the cost is that of what holds it, as a child
-// or in a field, however large the graph is. Nodes that are reached by fields alone count, whether
-// or not actions go there.
+// Finds the places of a node from the node upwards: the cost grows with the number of nodes that hold
+// it, as a child or in a field, not with the size of the graph. Places below fields count, whether or
+// not actions go there.
 
 namespace kalmyr {
 
