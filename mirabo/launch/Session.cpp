@@ -246,9 +246,6 @@ void Session::connectViewer()
             [] { hub()->actions().update(ActionId::Reload); });
     connect(viewer, &SoMiraboViewer::undoResetRequested, hub(),
             &SoCommandManager::clearUndoCommand);
-    // What is selected is held once more: the column of reference counts follows.
-    connect(viewer, &SoMiraboViewer::selectionChanged, m_tree->viewport(),
-            qOverload<>(&QWidget::update));
     connect(viewer, &SoMiraboViewer::picked, this,
             [this](const SoPath* path) { showPicked(path); });
     m_views = std::make_unique<HostViews>(viewer->getSelectionNode(), m_standalone,
@@ -371,6 +368,7 @@ void Session::showPicked(const SoPath* path)
     }
     m_tree->setCurrentItem(nullptr);
     SoMiraboViewer::instance()->highlight(nullptr);
+    m_tree->viewport()->update(); // reference counts: the selection has let go
 }
 
 void Session::release()
