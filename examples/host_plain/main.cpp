@@ -75,7 +75,7 @@ int main(int argc, char** argv)
         if (limited && now > limit)
             break;
         orrery.moveTo(now);
-        // What a program does where the mouse is clicked in its view; here once, on the sun.
+        // Called for each click of the mouse in the view of a program; here once, for the sun.
         if (frames == 1)
             inspector->m_mirabo_setPickAction(region, SbVec2s(kWidth / 2, kHeight / 2));
         if (renderer.render(view.get()))

@@ -7,6 +7,7 @@
 // --run opens the inspector at once, and ends the program after that time.
 
 #include "../common/Orrery.h"
+#include "../common/RunTime.h"
 #include "PlanView.h"
 
 #include <kalmyr/gui/SoGuiRenderArea.h>
@@ -26,12 +27,6 @@
 namespace {
 
 constexpr double kSpread = 2; // seconds from which on the planets stand on all sides
-
-double secondsOf(const QStringList& arguments)
-{
-    const int at = arguments.indexOf("--run");
-    return at < 0 || at + 1 >= arguments.size() ? 0 : arguments[at + 1].toDouble();
-}
 
 } // namespace
 
@@ -81,7 +76,7 @@ int main(int argc, char** argv)
     QObject::connect(&pump, &QTimer::timeout, [] { SoMirabo::processEvents(); });
     pump.start(100);
 
-    if (const double seconds = secondsOf(QApplication::arguments()); seconds > 0) {
+    if (const double seconds = secondsToRun(QApplication::arguments()); seconds > 0) {
         open();
         std::printf("inspector running: %d\n", SoMirabo::isRunning());
         QTimer::singleShot(static_cast<int>(seconds * 1000), &application, &QApplication::quit);
