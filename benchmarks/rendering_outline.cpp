@@ -1,4 +1,4 @@
-// What the outline of a selected object adds to a frame of 1280 by 1024 pixels.
+// Frames of 1280 by 1024 pixels with and without the outline of a selected object.
 
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/io/SoDB.h>

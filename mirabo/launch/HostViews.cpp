@@ -67,7 +67,7 @@ void HostViews::setActive(bool on)
     }
 }
 
-/// What is outlined has its path below the selection node, which the host's views do not know.
+/// The selected path begins at the selection node, which the host's views do not know.
 void HostViews::selectionChanged(void* data, SoSelection* selection)
 {
     const SoPath* path = selection->getNumSelected() > 0 ? selection->getPath(0) : nullptr;
@@ -81,8 +81,8 @@ SoNode* HostViews::inspectedRoot() const
     return m_selection->getNumChildren() > 0 ? m_selection->getChild(0) : nullptr;
 }
 
-/// What the host's views have in common. The tool that was started on a viewer shows what that has
-/// around the host's scene as well, and other views have not.
+/// Returns the graph that all views of the host show. A tool that was started on a viewer also
+/// shows the camera and headlight that the viewer has around it.
 SoNode* HostViews::hostScene() const
 {
     SoNode* root = inspectedRoot();
@@ -152,7 +152,8 @@ void HostViews::pick(const SbViewportRegion& region, const SbVec2s& position)
     graph.reset();
 }
 
-/// What the host's view with that region is drawn from; null while that is in viewing mode.
+/// Returns the graph that the host's view with that region draws; null while that view is in
+/// viewing mode.
 SoRef<SoNode> HostViews::findGraph(const SbViewportRegion& region) const
 {
     SoNode* drawn = SoInspectorViews::findDrawn(hostScene(), region);

@@ -476,7 +476,7 @@ SoTreeViewItem* SoGraphTopologyManager::itemAt(const std::vector<const SoNode*>&
             at = at->parentItem();
             ++link;
         }
-        // What is left of the chain is the container.
+        // At most the container stands above the top-level row.
         if (!at && std::distance(link, chain.rend()) <= (m_attached == m_view->getRoot() ? 0 : 1))
             return item;
     }

@@ -22,7 +22,7 @@ namespace mirabo {
 /// Opening replaces the scene only when the file could be read.
 class Document {
 public:
-    /// What the document asks and tells. All are called in the thread of the calls.
+    /// Questions and news of the document. All are called in the thread of its functions.
     struct Listener {
         /// Whether another scene may take the present one's place.
         std::function<bool()> mayReplace;

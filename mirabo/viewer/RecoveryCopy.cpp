@@ -109,7 +109,7 @@ bool RecoveryCopy::isUserBusy() const
            || SbTime::monotonic().getValue() - m_lastInput < kQuiet;
 }
 
-/// What is being closed goes on: nobody waits for the disk, and it is a copy as well.
+/// Lets a file that is being closed go on: nobody waits for the disk, and it is a copy as well.
 void RecoveryCopy::cancel()
 {
     m_idle.stop();

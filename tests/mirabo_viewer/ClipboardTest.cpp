@@ -118,7 +118,7 @@ TEST_F(Clipboard, PastesWhatWasCopiedBesideTheSceneAndSavesIt)
                                      "der");
 
     EXPECT_EQ(hub()->undoStack().nameOf(0), "Paste Separator");
-    // What is in it can be chosen, and outlined.
+    // A pasted node can be chosen, and outlined.
     choose(copiedCube);
     ASSERT_EQ(viewer->getSelectionNode()->getNumSelected(), 1);
     EXPECT_EQ(viewer->getSelectionNode()->getPath(0)->getTail(), copiedCube);

@@ -207,7 +207,7 @@ TEST_F(Outlines, AreThinWhereSomethingHidesTheObject)
         EXPECT_EQ(column(20, 12, 18), "BB?LBB") << samples;
         EXPECT_EQ(column(40, 12, 18), ".RLLGG") << samples;
     }
-    // What is seen through hides nothing; the selected object may be of the kind itself.
+    // Transparent shapes hide nothing; the selected object may be one itself.
     blue->transparency.setValue(0.5f);
     ASSERT_TRUE(draw());
     EXPECT_EQ(row(32, 12, 16), "??LL");

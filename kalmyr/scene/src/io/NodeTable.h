@@ -10,7 +10,7 @@ class SoNode;
 
 namespace kalmyr::detail {
 
-/// What the writer knows of each node of a graph. Addresses are only compared.
+/// Maps each node of a graph to its occurrences and name in a text. Addresses are only compared.
 ///
 /// Open addressing in many small tables, so that no insertion moves more than a part of the
 /// entries: one large table of a million nodes takes 40 ms to grow.

@@ -62,7 +62,7 @@ private:
     }
     void resume()
     {
-        // What was held stays so until the call no longer needs it.
+        // The call goes on with these nodes: they are released after it has paused again.
         const std::vector<SoRef<SoNode>> before = std::exchange(m_held, {});
         if (m_call.resume()) {
             m_state = m_out->hasFailed() ? FAILED : DONE;

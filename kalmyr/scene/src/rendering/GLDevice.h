@@ -76,7 +76,7 @@ public:
     /// Null, with an error posted, when the driver refuses the program.
     const GLProgram* program(unsigned features);
 
-    /// What is kept of the outline's picture with that number; freed when not asked for in a while.
+    /// Returns the picture of an outline by its number; freed when not asked for in a while.
     GLOutline& outline(std::uint64_t number);
 
     /// A buffer for index runs of the present frame.

@@ -40,7 +40,7 @@ public:
     SavedTarget(const SavedTarget&) = delete;
     SavedTarget& operator=(const SavedTarget&) = delete;
 
-    /// What may be drawn into.
+    /// Clips a box to the scissor box.
     PixelBox limit(const PixelBox& box) const
     {
         const PixelBox scissor{m_box[0], m_box[1], m_box[0] + m_box[2], m_box[1] + m_box[3]};
@@ -142,7 +142,7 @@ void deleteTarget(GLuint& framebuffer, GLuint& texture)
     texture = 0;
 }
 
-/// What is seen best beside the line.
+/// Returns the grey of the rim: dark beside a bright line, bright beside a dark one.
 float rimTone(const SbColor& line)
 {
     const float luminance = 0.2126f * line[0] + 0.7152f * line[1] + 0.0722f * line[2];

@@ -9,7 +9,7 @@
 
 namespace kalmyr::detail {
 
-/// How an outline looks.
+/// Colour, width and pattern of an outline.
 struct OutlineStyle {
     SbColor color{0.0f, 0.9f, 1.0f};
     float width = 2; ///< points: pixels of a screen of usual density
@@ -47,7 +47,7 @@ public:
     /// of the graph counts then.
     bool followsGraph = false;
 
-    /// What the picture was made of; 0: nothing yet.
+    /// Returns the sum over everything that the picture was made of; 0: there is none yet.
     std::uint64_t getKey() const { return m_key; }
 
     /// Nothing of the objects is in view.
@@ -63,9 +63,9 @@ public:
     /// Lays the picture over what is bound for drawing into.
     void lay();
 
-    /// How far beyond the mask an outline reaches.
+    /// Returns how many pixels an outline reaches beyond the mask.
     static int reachOf(const OutlineStyle& style, float pixelsPerPoint);
-    /// Samples a pixel of what is bound for drawing into.
+    /// Returns the number of samples a pixel of the framebuffer that is bound for drawing.
     static GLint boundSamples();
 
 private:

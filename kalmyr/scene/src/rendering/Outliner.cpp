@@ -122,7 +122,7 @@ PixelBox unionOf(const PixelBox& a, const PixelBox& b)
             std::max(a.top, b.top)};
 }
 
-/// Where an item is seen; all of the view when it reaches behind the eye.
+/// Returns the pixels that an item may cover; all of the view when it reaches behind the eye.
 PixelBox boxOf(const FrameItem& item, const RenderView& view)
 {
     const PixelBox all = boxOf(view.region);
@@ -175,7 +175,7 @@ void Outliner::setObjects(std::vector<OutlinedObject> objects)
     }
 }
 
-/// What the picture of the outline depends on.
+/// Sums up everything that the picture of the outline depends on.
 std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options,
                               bool followsGraph) const
 {

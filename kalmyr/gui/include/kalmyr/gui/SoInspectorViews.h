@@ -13,7 +13,7 @@ class SoOutline;
 class SoPath;
 class SoSceneManager;
 
-/// What the inspector draws in, and hears of, the views of the program.
+/// Draws the inspector's outline in the views of the program, and tells it of clicks in them.
 ///
 /// Every scene manager draws the inspector's outline over its scene, with whatever action it has,
 /// and every render area tells of clicks. Views of another kind are made known by their action, in
