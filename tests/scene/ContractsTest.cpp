@@ -112,6 +112,8 @@ TEST_F(Contracts, ListsOfValuesRefuseWhatIsOutOfRange)
         SoTokenizer tokens("1 ", 2);
         SoFieldReader reader(tokens);
         SoSFTrigger other;
+        const std::unique_ptr<SoMField> source(
+            static_cast<SoMField*>(list.getTypeId().createInstance()));
         expectRefused(
             {
                 {"get1(-1)", [&] { list.get1(-1, text); }},
@@ -132,6 +134,12 @@ TEST_F(Contracts, ListsOfValuesRefuseWhatIsOutOfRange)
                 {"insertSpace(less than none)", [&] { list.insertSpace(0, -1); }},
                 {"insertSpace(most)", [&] { list.insertSpace(1, INT_MAX); }},
                 {"insertSpace(most, most)", [&] { list.insertSpace(INT_MAX, INT_MAX); }},
+                {"replaceValues(itself)",
+                 [&] { EXPECT_FALSE(list.replaceValues(0, 1, list, 0, 1)); }},
+                {"replaceValues(beyond)",
+                 [&] { EXPECT_FALSE(list.replaceValues(1, 2, *source, 0, 0)); }},
+                {"replaceValues(from beyond)",
+                 [&] { EXPECT_FALSE(list.replaceValues(0, 0, *source, 0, INT_MAX)); }},
             },
             [&] { return textOf(list) + (list.isDefault() ? "default" : "") + out; });
         EXPECT_TRUE(text.isEmpty());

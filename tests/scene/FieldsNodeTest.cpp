@@ -193,6 +193,13 @@ TEST_F(NodeFields, EditListsWithOneNotificationEach)
     step("setNum", {a, a}, Note::UNSPECIFIED);
     EXPECT_TRUE(parts.set1Value(4, e));
     step("set1Value beyond", {a, a, nullptr, nullptr, e}, Note::UNSPECIFIED);
+    SoMFNode source;
+    source.setValues(plain);
+    EXPECT_TRUE(parts.replaceValues(1, 3, source, 3, 1));
+    step("replaceValues", {a, d, e}, Note::UNSPECIFIED);
+    EXPECT_TRUE(parts.replaceValues(2, 0, source, 1, 1));
+    step("replaceValues of none", {a, d, b, e}, Note::CHILD_INSERTED, b, 2);
+    source.setNum(0);
     EXPECT_TRUE(parts.removeAllNodes());
     step("removeAllNodes", {}, Note::ALL_REMOVED);
     EXPECT_TRUE(parts.setValue(b));

@@ -414,6 +414,16 @@ TYPED_TEST(MultipleField, EditsLikeAVectorWithOneNotificationEach)
     expected[0] = value;
     field.finishEditing();
     step("startEditing");
+    TypeParam source;
+    source.setNum(3);
+    source.set1Value(1, value);
+    for (const auto& [removed, count] : {std::pair{0, 2}, {3, 1}, {1, 1}, {1, 0}, {0, 3}}) {
+        const int from = 3 - count;
+        ASSERT_TRUE(field.replaceValues(1, removed, source, from, count));
+        expected.erase(expected.begin() + 1, expected.begin() + 1 + removed);
+        expected.insert(expected.begin() + 1, source.getValues() + from, source.getValues() + 3);
+        step("replaceValues");
+    }
     field.setValue(value);
     expected = other;
     step("setValue");

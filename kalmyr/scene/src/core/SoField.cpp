@@ -124,28 +124,51 @@ bool SoField::set(const char* text)
     return kalmyr::holds(text, "a text") && set(SbString(text));
 }
 
-bool SoField::set(const SbString& text)
+std::unique_ptr<SoField> SoField::createTwin() const
+{
+    std::unique_ptr<SoField> twin(static_cast<SoField*>(getTypeId().createInstance()));
+    if (twin)
+        prepareTwin(*twin);
+    return twin;
+}
+
+bool SoField::readText(const SbString& text, kalmyr::detail::TextFault& fault)
 {
     // Into a twin first, so that a fault leaves this value as it was.
     std::unique_ptr<SoField> twin;
     const auto read = [this, &twin](SoFieldReader& in) {
-        twin.reset(static_cast<SoField*>(getTypeId().createInstance()));
-        if (twin)
-            prepareTwin(*twin);
+        twin = createTwin();
         SoField& target = twin ? *twin : *this;
         return readWhole(in, getTypeId(), [&] { return target.readValue(in); });
     };
-    kalmyr::detail::TextFault fault;
-    if (kalmyr::detail::readValueText(text, read, fault)) {
-        SbString why;
-        if (!twin || kalmyr::detail::mayTake(*this, *twin, why)) {
-            if (twin)
-                copyFrom(*twin);
-            return true;
-        }
+    if (!kalmyr::detail::readValueText(text, read, fault))
+        return false;
+    SbString why;
+    if (twin && !kalmyr::detail::mayTake(*this, *twin, why)) {
         fault = {1, 1, why.getString()};
+        return false;
     }
+    if (twin)
+        copyFrom(*twin);
+    return true;
+}
+
+bool SoField::set(const SbString& text)
+{
+    kalmyr::detail::TextFault fault;
+    if (readText(text, fault))
+        return true;
     postFault(fault);
+    return false;
+}
+
+bool SoField::set(const SbString& text, SbString& problem)
+{
+    kalmyr::detail::TextFault fault;
+    if (readText(text, fault))
+        return true;
+    problem = SbString(std::to_string(fault.line) + ':' + std::to_string(fault.column) + ": "
+                       + fault.message);
     return false;
 }
 
@@ -321,10 +344,9 @@ bool SoMField::set1(int index, const SbString& text)
     // A twin reads first, so that a fault leaves this value as it was.
     std::unique_ptr<SoField> twin;
     const auto readTwin = [this, &twin](SoFieldReader& in) {
-        twin.reset(static_cast<SoField*>(getTypeId().createInstance()));
+        twin = createTwin();
         if (!twin)
             return true;
-        prepareTwin(*twin);
         return readWhole(in, getTypeId(),
                          [&] { return static_cast<SoMField&>(*twin).read1Value(0, in); });
     };
@@ -341,6 +363,20 @@ bool SoMField::set1(int index, const SbString& text)
         return true;
     postFault(fault);
     return false;
+}
+
+bool SoMField::canReplace(int start, int removed, const SoMField& source, int from, int count,
+                          int maxNum) const
+{
+    const auto isRange = [](int first, int length, int num) {
+        return first >= 0 && length >= 0 && first <= num && length <= num - first;
+    };
+    const int num = getNum();
+    return kalmyr::holds(&source != this && source.getTypeId() == getTypeId(),
+                         "another field of the same type")
+           && kalmyr::holds(isRange(start, removed, num) && isRange(from, count, source.getNum())
+                                && count <= maxNum - (num - removed),
+                            "ranges of values that are there, and no more than kMaxNum values");
 }
 
 bool SoMField::isIndex(int index, int num)

@@ -125,10 +125,9 @@ bool SoFieldContainer::set(const SbString& text)
         if (!field)
             return in.text.failAt(at, std::string(getTypeId().getName().view()) + " has no field \""
                                           + std::string(word) + '"');
-        std::unique_ptr<SoField> twin(static_cast<SoField*>(field->getTypeId().createInstance()));
+        std::unique_ptr<SoField> twin = field->createTwin();
         if (!twin)
             return in.text.failAt(at, "the type of \"" + std::string(word) + "\" has no text");
-        field->prepareTwin(*twin);
         if (!twin->readValue(in))
             return in.text.fail("expected a value");
         SbString why;

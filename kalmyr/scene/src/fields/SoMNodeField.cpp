@@ -240,6 +240,22 @@ void SoMNodeField::setNum(int num)
         exchange(before, 0, std::vector<SoNode*>(static_cast<std::size_t>(num - before)));
 }
 
+bool SoMNodeField::replaceValues(int start, int removed, const SoMField& source, int from,
+                                 int count)
+{
+    if (!canReplace(start, removed, source, from, count, kMaxNum))
+        return false;
+    const std::span<SoNode* const> nodes(static_cast<const SoMNodeField&>(source).getValues());
+    const auto added =
+        nodes.subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(count));
+    if (!m_list)
+        return exchange(start, removed, added);
+    std::vector<SoNode*> all = getValues();
+    all.erase(at(all, start), at(all, start + removed));
+    all.insert(at(all, start), added.begin(), added.end());
+    return assign(all);
+}
+
 void SoMNodeField::deleteValues(int start, int count)
 {
     const int n = countToDelete(getNum(), start, count);

@@ -17,6 +17,10 @@ class SoFieldReader;
 class SoFieldWriter;
 class SoNodeCopier;
 
+namespace kalmyr::detail {
+struct TextFault;
+}
+
 /// A typed value of a field container that tells its container of every change.
 ///
 /// 32 bytes and the value: connections and auditors are kept aside and cost nothing until used.
@@ -77,6 +81,8 @@ public:
     bool set(const char* text);
     /// The same for texts that may have zeros in them.
     bool set(const SbString& text);
+    /// The same without an error: `problem` becomes "LINE:COLUMN: what was expected".
+    bool set(const SbString& text, SbString& problem);
 
     /// Value from and to scene text; the value is unspecified after a failed read.
     virtual bool readValue(SoFieldReader& in) = 0;
@@ -85,6 +91,9 @@ public:
     /// Whether the values are equal or have the same bits, as a not-a-number has with itself. False
     /// for a field of another type.
     virtual bool isSame(const SoField& other) const = 0;
+    /// A new field of the same type in no container, with the names of this one's values, but with
+    /// the default value of the type. Null for a type that cannot be created by name.
+    std::unique_ptr<SoField> createTwin() const;
     /// Copies value, not flags, from a field of the same type, and notifies. Does nothing, and
     /// posts an error, for a field of another type.
     virtual void copyFrom(const SoField& other) = 0;
@@ -178,6 +187,7 @@ private:
     friend class SoEngine;
     friend class SoFieldContainer;
     friend class SoNotification;
+    bool readText(const SbString& text, kalmyr::detail::TextFault& fault);
     void pull() const;
     void pullChain();
     void pullFrom(const SoField* master);
@@ -226,6 +236,13 @@ public:
     /// Makes room for `count` default values before `start`; beyond the end the field grows up to
     /// there as well. None of the two may be negative.
     virtual void insertSpace(int start, int count) = 0;
+    /// Puts `count` values of `source`, from its value `from` on, in the place of `removed` values
+    /// from `start` on, bit for bit and with one notification. Cost: the values in both ranges, and
+    /// those behind them when the numbers differ. False, with nothing changed, for a source that is
+    /// this field or of another type, for ranges that are not there, and for nodes that the field
+    /// refuses.
+    virtual bool replaceValues(int start, int removed, const SoMField& source, int from,
+                               int count) = 0;
 
     /// One value as text, as get() has it; empty for an index out of range.
     void get1(int index, SbString& text) const;
@@ -249,4 +266,6 @@ protected:
     static bool isIndex(int index, int num);
     static int countToDelete(int num, int start, int count);
     static bool canInsert(int num, int start, int count, int maxNum);
+    bool canReplace(int start, int removed, const SoMField& source, int from, int count,
+                    int maxNum) const;
 };

@@ -155,6 +155,26 @@ public:
         }
         valueChanged();
     }
+    bool replaceValues(int start, int removed, const SoMField& source, int from, int count) override
+    {
+        if (!canReplace(start, removed, source, from, count, kMaxNum))
+            return false;
+        const T* values = static_cast<const SoMFValue&>(source).m_array.data() + from;
+        const int old = m_array.size();
+        const int num = old - removed + count;
+        if (num > old)
+            m_array.resize(num);
+        T* at = m_array.data();
+        if (num > old)
+            std::move_backward(at + start + removed, at + old, at + num);
+        else if (num < old)
+            std::move(at + start + removed, at + old, at + start + count);
+        std::copy_n(values, count, at + start);
+        if (num < old)
+            m_array.resize(num);
+        valueChanged();
+        return true;
+    }
 
     /// Direct access for bulk edits: exactly one notification, sent by finishEditing().
     T* startEditing()

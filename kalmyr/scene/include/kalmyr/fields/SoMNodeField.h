@@ -90,6 +90,8 @@ public:
     void deleteValues(int start, int count = -1) override;
     /// Does nothing in a bound field.
     void insertSpace(int start, int count) override;
+    bool replaceValues(int start, int removed, const SoMField& source, int from,
+                       int count) override;
 
     bool isSame(const SoField& other) const override;
     void copyFrom(const SoField& other) override;

@@ -124,6 +124,18 @@ public:
         objects.insert(objects.begin() + start, static_cast<std::size_t>(count), SoRef<T>());
         assign(std::move(objects));
     }
+    bool replaceValues(int start, int removed, const SoMField& source, int from, int count) override
+    {
+        if (!canReplace(start, removed, source, from, count, kMaxNum))
+            return false;
+        std::vector<SoRef<T>> objects = values();
+        const auto& others = static_cast<const SoMFReference&>(source).values();
+        objects.erase(objects.begin() + start, objects.begin() + start + removed);
+        objects.insert(objects.begin() + start, others.begin() + from,
+                       others.begin() + from + count);
+        assign(std::move(objects));
+        return true;
+    }
     bool isSame(const SoField& other) const override
     {
         if (other.getTypeId() != getTypeId())
