@@ -1,6 +1,6 @@
 #include "mirabo/core/CommandOwner.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/MrbCommand.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "mirabo/core/RowKeeper.h"
 
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 
 #include <QTreeWidget>
 

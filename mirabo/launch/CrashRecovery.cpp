@@ -1,6 +1,6 @@
 #include "mirabo/launch/CrashRecovery.h"
 
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"

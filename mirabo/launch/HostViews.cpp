@@ -1,6 +1,6 @@
 #include "mirabo/launch/HostViews.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 

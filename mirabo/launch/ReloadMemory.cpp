@@ -1,6 +1,6 @@
 #include "mirabo/launch/ReloadMemory.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
 #include "mirabo/overview/SoMiraboEdition.h"

@@ -1,6 +1,6 @@
 #include "mirabo/launch/Session.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/core/HistoryList.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mirabo/core/Observed.h"
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extender/private/Observed.h"
 
 #include <kalmyr/core/SoField.h>
 

@@ -1,9 +1,8 @@
 #include "mirabo/overview/SoFieldItem.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/overview/FieldText.h"
+#include "mirabo/extender/MrbFieldPresentation.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/overview/SoMiraboList.h"
-#include "mirabo/overview/ValueOrder.h"
 
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
@@ -184,7 +183,7 @@ void SoFieldItem::updateEnabled()
         return;
     const Look look(*this);
     const SoField* field = look.field();
-    if (field && !mirabo::isEditedInPlace(*field))
+    if (field && !MrbFieldPresentations::of(*field)->isEditable(*field))
         setDisabled(true);
 }
 
@@ -199,7 +198,7 @@ void SoFieldItem::updateValue()
 
 SoFieldItem::Shown SoFieldItem::shownOf(const SoField& field)
 {
-    mirabo::FieldText text = mirabo::fieldText(field);
+    MrbFieldPresentation::Shown text = MrbFieldPresentations::of(field)->shown(field);
     return {std::move(text.text), text.isImage, field.isDefault(), field.isIgnored(),
             field.isConnected()};
 }
@@ -232,7 +231,7 @@ QString SoFieldItem::copiedValue() const
 {
     const Look look(*this);
     const SoField* field = look.field();
-    return field ? mirabo::copiedText(*field) : m_shown.value;
+    return field ? MrbFieldPresentations::of(*field)->clipboardText(*field) : m_shown.value;
 }
 
 QString SoFieldItem::placeText() const
@@ -249,7 +248,8 @@ QString SoFieldItem::valueToolTip() const
 {
     const Look look(*this);
     const SoField* field = look.field();
-    return plainToolTip(field ? mirabo::toolTipText(*field, m_shown.value) : m_shown.value);
+    return plainToolTip(field ? MrbFieldPresentations::of(*field)->toolTip(*field, m_shown.value)
+                              : m_shown.value);
 }
 
 QVariant SoFieldItem::valueData(int role) const
@@ -289,10 +289,21 @@ QVariant SoFieldItem::data(int column, int role) const
     return QTreeWidgetItem::data(column, role);
 }
 
+MrbSortKey SoFieldItem::sortKey(int column) const
+{
+    const QString shown = text(column);
+    if (column == SoMiraboList::FieldValue) {
+        const Look look(*this);
+        if (const SoField* field = look.field())
+            return MrbFieldPresentations::of(*field)->sortKey(*field, shown);
+    }
+    return MrbSortKey::ofText(shown);
+}
+
 bool SoFieldItem::operator<(const QTreeWidgetItem& other) const
 {
     const int column = m_list ? m_list->sortColumn() : 0;
     if (column == SoMiraboList::Ignored || column == SoMiraboList::Connected)
         return hasFlag(column) && !static_cast<const SoFieldItem&>(other).hasFlag(column);
-    return column >= 0 && mirabo::valueLess(text(column), other.text(column));
+    return column >= 0 && sortKey(column) < static_cast<const SoFieldItem&>(other).sortKey(column);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
-#include "mirabo/core/GraphFollower.h"
+#include "mirabo/extender/private/GraphFollower.h"
 #endif
+#include "mirabo/extender/MrbFieldPresentation.h"
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
@@ -110,6 +111,7 @@ private:
     QVariant valueData(int role) const;
     QString valueToolTip() const;
     QString placeText() const;
+    MrbSortKey sortKey(int column) const;
     /// Whether the row has the icon of column Ignored or Connected.
     bool hasFlag(int column) const;
 

@@ -1,10 +1,10 @@
 #include "mirabo/overview/SoFieldWatch.h"
 
-#include "mirabo/core/GraphReading.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoMiraboState.h"
 #include "mirabo/core/SoMiraboStateManager.h"
-#include "mirabo/overview/FieldText.h"
+#include "mirabo/extender/MrbFieldPresentation.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatchState.h"
 #include "mirabo/preferences/Settings.h"
@@ -62,7 +62,7 @@ SoFieldItem* SoFieldWatch::addField(const SoFieldItem& row)
 {
     const SoFieldItem::Look look(row);
     const SoField* field = look.field();
-    if (!field || !mirabo::isWatchable(*field) || findFieldItem(field))
+    if (!field || !MrbFieldPresentations::of(*field)->isWatchable(*field) || findFieldItem(field))
         return nullptr;
     auto* added = new SoFieldItem(this, row);
     labelRow(added);

@@ -1,8 +1,8 @@
 #include "mirabo/overview/SoMiraboEdition.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Later.h"
 #include "mirabo/core/SoMiraboStateManager.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/overview/SoFieldIgnoreCommand.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"

@@ -1,7 +1,7 @@
 #include "mirabo/overview/SoMiraboList.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/overview/FieldDelegate.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"

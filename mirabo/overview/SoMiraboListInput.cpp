@@ -1,8 +1,8 @@
 // Events of a field list.
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/DragFormats.h"

@@ -1,7 +1,7 @@
 #include "mirabo/overview/SoNodeOverview.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/overview/KitParts.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoNodeOverviewList.h"

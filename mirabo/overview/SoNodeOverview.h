@@ -1,7 +1,7 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
-#include "mirabo/core/GraphFollower.h"
+#include "mirabo/extender/private/GraphFollower.h"
 #endif
 
 #include <kalmyr/base/SoRef.h>

@@ -1,7 +1,7 @@
 #include "mirabo/overview/SoNodeOverviewList.h"
 
 #include "mirabo/core/Modal.h"
-#include "mirabo/overview/FieldText.h"
+#include "mirabo/extender/MrbFieldPresentation.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/preferences/Settings.h"
 
@@ -22,7 +22,8 @@ void SoNodeOverviewList::addRowActions(QMenu* menu, const SoFieldItem& row)
     connect(menu->addAction(tr("&Copy Value")), &QAction::triggered, this,
             &SoNodeOverviewList::copyCurrentValue);
     QAction* watch = menu->addAction(tr("&Watch"));
-    watch->setEnabled(row.getField() && mirabo::isWatchable(*row.getField()));
+    watch->setEnabled(row.getField()
+                      && MrbFieldPresentations::of(*row.getField())->isWatchable(*row.getField()));
     connect(watch, &QAction::triggered, this, &SoNodeOverviewList::watchRequested);
     QAction* ignore = menu->addAction(tr("&Set Ignored/Enable"));
     ignore->setEnabled(row.getField());

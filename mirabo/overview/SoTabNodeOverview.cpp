@@ -1,6 +1,6 @@
 #include "mirabo/overview/SoTabNodeOverview.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/preferences/Settings.h"

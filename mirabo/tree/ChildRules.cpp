@@ -1,7 +1,7 @@
 #include "mirabo/tree/ChildRules.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Observed.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Observed.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/TreeContext.h"
 

@@ -1,7 +1,7 @@
 #include "mirabo/tree/DropGuide.h"
 
 #include "mirabo/core/CommandName.h"
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/tree/TreeRows.h"

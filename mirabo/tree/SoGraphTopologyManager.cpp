@@ -1,6 +1,6 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/NodeCategory.h"

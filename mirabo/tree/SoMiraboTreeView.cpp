@@ -1,6 +1,6 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/DisabledNodes.h"
 #include "mirabo/tree/DropGuide.h"

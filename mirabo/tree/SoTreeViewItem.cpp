@@ -1,6 +1,6 @@
 #include "mirabo/tree/SoTreeViewItem.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/RowPool.h"
 #include "mirabo/tree/TreeContext.h"

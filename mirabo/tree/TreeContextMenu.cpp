@@ -1,7 +1,7 @@
 #include "mirabo/tree/TreeContextMenu.h"
 
 #include "mirabo/core/ActionRegistry.h"
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/tree/MovePlan.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"

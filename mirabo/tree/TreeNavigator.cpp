@@ -1,7 +1,7 @@
 #include "mirabo/tree/TreeNavigator.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/tree/BookmarkStore.h"
 #include "mirabo/tree/MrbFindDialog.h"

@@ -1,4 +1,4 @@
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/preferences/DragFormats.h"

@@ -1,6 +1,6 @@
 #include "mirabo/viewer/FirstLayout.h"
 
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 
 #include <kalmyr/base/SbTime.h>
 

@@ -1,6 +1,6 @@
 #include "mirabo/viewer/RecoveryCopy.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/viewer/RecoveryPlace.h"
 
 #include <kalmyr/base/SbTime.h>

@@ -1,6 +1,6 @@
 #include "mirabo/viewer/SceneHighlighter.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
 
 #include <kalmyr/core/SoPath.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
-#include "mirabo/core/Observed.h"
+#include "mirabo/extender/private/Observed.h"
 #endif
 
 #include <kalmyr/base/SoRef.h>

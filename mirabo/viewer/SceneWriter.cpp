@@ -1,7 +1,7 @@
 #include "mirabo/viewer/SceneWriter.h"
 
 #include "mirabo/core/ErrorScope.h"
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/base/SoError.h>

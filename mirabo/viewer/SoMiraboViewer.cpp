@@ -1,7 +1,7 @@
 #include "mirabo/viewer/SoMiraboViewer.h"
 
-#include "mirabo/core/GraphReading.h"
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"

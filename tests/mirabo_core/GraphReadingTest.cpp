@@ -1,6 +1,6 @@
 // The tool's look at a graph that other threads edit.
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 
 #include "support/ErrorGuard.h"
 #include "support/WriteLocked.h"

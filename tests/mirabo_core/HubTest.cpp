@@ -1,6 +1,6 @@
 #include "mirabo/core/HistoryList.h"
 #include "mirabo/core/LiveInput.h"
-#include "mirabo/core/Observed.h"
+#include "mirabo/extender/private/Observed.h"
 #include "mirabo/core/RecentFiles.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"

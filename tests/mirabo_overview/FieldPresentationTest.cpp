@@ -1,7 +1,6 @@
 #include "OverviewSupport.h"
 
-#include "mirabo/overview/FieldText.h"
-#include "mirabo/overview/ValueOrder.h"
+#include "mirabo/extender/MrbFieldPresentation.h"
 
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/fields/SoMFUniformShaderParameter.h>
@@ -107,7 +106,7 @@ const Case kCases[] = {
     {"SFFieldContainer", "NULL", "NULL"},
 };
 
-using FieldTextTest = OverviewTest;
+using FieldPresentationTest = OverviewTest;
 
 std::unique_ptr<SoField> makeField(SoType type)
 {
@@ -116,12 +115,32 @@ std::unique_ptr<SoField> makeField(SoType type)
 
 std::string shownText(const SoField& field)
 {
-    return mirabo::fieldText(field).text.toStdString();
+    return MrbFieldPresentations::of(field)->shown(field).text.toStdString();
+}
+
+bool isEditable(const SoField& field)
+{
+    return MrbFieldPresentations::of(field)->isEditable(field);
+}
+
+bool isWatchable(const SoField& field)
+{
+    return MrbFieldPresentations::of(field)->isWatchable(field);
+}
+
+QString clipboardText(const SoField& field)
+{
+    return MrbFieldPresentations::of(field)->clipboardText(field);
+}
+
+QString toolTip(const SoField& field, const QString& shown)
+{
+    return MrbFieldPresentations::of(field)->toolTip(field, shown);
 }
 
 } // namespace
 
-TEST_F(FieldTextTest, ShowsTheValueOfEveryFieldType)
+TEST_F(FieldPresentationTest, ShowsTheValueOfEveryFieldType)
 {
     std::map<std::string, int> tried;
     for (const Case& c : kCases) {
@@ -130,8 +149,9 @@ TEST_F(FieldTextTest, ShowsTheValueOfEveryFieldType)
         const auto field = makeField(type);
         ASSERT_TRUE(field->set(c.set)) << c.type << ' ' << c.set;
         EXPECT_EQ(shownText(*field), c.shown) << c.type;
-        EXPECT_EQ(mirabo::isEditedInPlace(*field), c.editable) << c.type;
-        EXPECT_EQ(mirabo::fieldText(*field).isImage, std::string(c.type) == "SFImage");
+        EXPECT_EQ(isEditable(*field), c.editable) << c.type;
+        EXPECT_EQ(MrbFieldPresentations::of(*field)->shown(*field).isImage,
+                  std::string(c.type) == "SFImage");
         ++tried[c.type];
     }
     // A type of an optional module or a new one: what the toolkit writes.
@@ -145,11 +165,11 @@ TEST_F(FieldTextTest, ShowsTheValueOfEveryFieldType)
     }
 }
 
-TEST_F(FieldTextTest, ShowsNodesByTheirTypes)
+TEST_F(FieldPresentationTest, ShowsNodesByTheirTypes)
 {
     m_probe->one.setValue(new SoCone);
     EXPECT_EQ(shownText(m_probe->one), "Cone");
-    EXPECT_FALSE(mirabo::isEditedInPlace(m_probe->one));
+    EXPECT_FALSE(isEditable(m_probe->one));
 
     m_probe->nodes.addNode(nullptr);
     for (int i = 0; i < 5; ++i)
@@ -157,10 +177,10 @@ TEST_F(FieldTextTest, ShowsNodesByTheirTypes)
     EXPECT_EQ(shownText(m_probe->nodes), "Cube, Cone, Cube, Cone, Cube");
     m_probe->nodes.addNode(new SoCone);
     EXPECT_EQ(shownText(m_probe->nodes), "Cube, Cone, Cube, Cone, Cube...");
-    EXPECT_FALSE(mirabo::isEditedInPlace(m_probe->nodes));
-    EXPECT_FALSE(mirabo::isWatchable(m_probe->nodes));
-    EXPECT_FALSE(mirabo::isWatchable(m_probe->one));
-    EXPECT_TRUE(mirabo::isWatchable(m_probe->many));
+    EXPECT_FALSE(isEditable(m_probe->nodes));
+    EXPECT_FALSE(isWatchable(m_probe->nodes));
+    EXPECT_FALSE(isWatchable(m_probe->one));
+    EXPECT_TRUE(isWatchable(m_probe->many));
 
     SoSFPath path;
     path.setValue(new SoPath(m_probe.get()));
@@ -168,33 +188,35 @@ TEST_F(FieldTextTest, ShowsNodesByTheirTypes)
         << "whole graphs are nothing to read in a row";
 }
 
-TEST_F(FieldTextTest, LeavesBigArraysUnwritten)
+TEST_F(FieldPresentationTest, LeavesBigArraysUnwritten)
 {
     m_probe->array.setValue(SbVec3i32(16, 16, 16), SoSFArray::UNSIGNED_BYTE);
     EXPECT_EQ(shownText(m_probe->array).substr(0, 24), "UNSIGNED_BYTE 16 16 16 [");
-    EXPECT_TRUE(mirabo::isEditedInPlace(m_probe->array));
+    EXPECT_TRUE(isEditable(m_probe->array));
     m_probe->array.setValue(SbVec3i32(17, 241, 1), SoSFArray::UNSIGNED_BYTE);
     EXPECT_EQ(shownText(m_probe->array), "ARRAY TOO BIG");
-    EXPECT_FALSE(mirabo::isEditedInPlace(m_probe->array));
+    EXPECT_FALSE(isEditable(m_probe->array));
 }
 
-TEST_F(FieldTextTest, CopiesMoreThanItShows)
+TEST_F(FieldPresentationTest, CopiesMoreThanItShows)
 {
     m_probe->many.setValues({1, 2, 3, 4, 5, 6, 7, 8});
-    EXPECT_EQ(mirabo::copiedText(m_probe->many), "[ 1, 2, 3, 4, 5, 6, 7, 8 ]");
-    EXPECT_EQ(mirabo::copiedText(m_probe->vector), "1 2 3");
-    EXPECT_TRUE(mirabo::toolTipText(m_probe->many, "1, 2").contains("8 values"));
+    EXPECT_EQ(clipboardText(m_probe->many), "[ 1, 2, 3, 4, 5, 6, 7, 8 ]");
+    EXPECT_EQ(clipboardText(m_probe->vector), "1 2 3");
+    EXPECT_TRUE(toolTip(m_probe->many, "1, 2").contains("8 values"));
 
-    m_probe->many.setNum(mirabo::kMaxCopiedValues + 1);
-    EXPECT_EQ(mirabo::copiedText(m_probe->many), "1, 2, 3, 4, 5, 6...");
+    m_probe->many.setNum(MrbFieldPresentation::kMaxCopiedValues + 1);
+    EXPECT_EQ(clipboardText(m_probe->many), "1, 2, 3, 4, 5, 6...");
     const unsigned char pixels[12] = {};
     m_probe->image.setValue(SbVec2i32(2, 2), 3, pixels);
-    EXPECT_EQ(mirabo::toolTipText(m_probe->image, ""), "2 x 2 pixels, 3 components");
+    EXPECT_EQ(toolTip(m_probe->image, ""), "2 x 2 pixels, 3 components");
 }
 
-TEST_F(FieldTextTest, OrdersNumbersAsNumbers)
+TEST_F(FieldPresentationTest, OrdersNumbersAsNumbers)
 {
-    using mirabo::valueLess;
+    const auto valueLess = [](const char* a, const char* b) {
+        return MrbSortKey::ofText(a) < MrbSortKey::ofText(b);
+    };
     EXPECT_TRUE(valueLess("9", "10"));
     EXPECT_FALSE(valueLess("10", "9"));
     EXPECT_TRUE(valueLess("-1e3", "2"));
@@ -206,4 +228,30 @@ TEST_F(FieldTextTest, OrdersNumbersAsNumbers)
     EXPECT_FALSE(valueLess("apple", "apple"));
     EXPECT_FALSE(valueLess("5", "5"));
     EXPECT_FALSE(valueLess("", ""));
+}
+
+TEST_F(FieldPresentationTest, TakesTheNearestAndTheLastRegistered)
+{
+    struct Said final : MrbFieldPresentation {
+        explicit Said(const char* text) : text(text) {}
+        Shown shown(const SoField&) const override { return {text}; }
+        QString text;
+    };
+    const auto before = shownText(m_probe->vector);
+    {
+        const MrbFieldPresentations::Registration all(SoSField::getClassTypeId(),
+                                                      std::make_unique<Said>("any"));
+        EXPECT_EQ(shownText(m_probe->vector), "any");
+        const MrbFieldPresentations::Registration vectors(SoSFVec3f::getClassTypeId(),
+                                                          std::make_unique<Said>("vector"));
+        EXPECT_EQ(shownText(m_probe->vector), "vector");
+        {
+            const MrbFieldPresentations::Registration others(SoSFVec3f::getClassTypeId(),
+                                                             std::make_unique<Said>("other"));
+            EXPECT_EQ(shownText(m_probe->vector), "other");
+        }
+        EXPECT_EQ(shownText(m_probe->vector), "vector");
+        EXPECT_EQ(shownText(m_probe->one), "") << "the toolkit's own is nearer";
+    }
+    EXPECT_EQ(shownText(m_probe->vector), before);
 }

@@ -4,7 +4,7 @@
 #include "support/Passes.h"
 #include "support/WriteLocked.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoFieldWatch.h"
 #include "mirabo/overview/SoMiraboEdition.h"

@@ -4,7 +4,7 @@
 
 #include "support/ErrorGuard.h"
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
 #include <kalmyr/io/SoReadLock.h>

@@ -1,5 +1,5 @@
 // Cut, copy and paste in the real window.
-#include "mirabo/core/Observed.h"
+#include "mirabo/extender/private/Observed.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/tree/SoTreeViewItem.h"

@@ -1,4 +1,4 @@
-#include "mirabo/core/GraphFollower.h"
+#include "mirabo/extender/private/GraphFollower.h"
 
 #include "mirabo/extender/private/Frame.h"
 

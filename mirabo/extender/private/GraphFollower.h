@@ -1,6 +1,7 @@
 #pragma once
 
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/MrbExport.h"
+#include "mirabo/extender/private/GraphReading.h"
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/base/SoRefCounter.h>
@@ -20,7 +21,7 @@ namespace mirabo {
 ///
 /// Belongs to the thread of the user interface. It may be destroyed at any time, while another
 /// thread edits as well: nothing is called from then on.
-class GraphFollower {
+class MRBEXT_API GraphFollower {
 public:
     struct Calls {
         /// Inside the change, in the thread that edits: may only note. Null: nobody notes.

@@ -1,6 +1,6 @@
-#include "mirabo/core/GraphReading.h"
+#include "mirabo/extender/private/GraphReading.h"
 
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 
 #include <utility>
 

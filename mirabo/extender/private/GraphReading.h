@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mirabo/extender/MrbExport.h"
+
 #include <kalmyr/io/SoReadLock.h>
 
 #include <functional>
@@ -32,8 +34,8 @@ public:
     static constexpr double kPatience = 0.02;     ///< seconds
     static constexpr int kRetryMilliseconds = 20; ///< when to try again
 
-    GraphReading();
-    ~GraphReading();
+    MRBEXT_API GraphReading();
+    MRBEXT_API ~GraphReading();
     GraphReading(const GraphReading&) = delete;
     GraphReading& operator=(const GraphReading&) = delete;
 
@@ -47,6 +49,6 @@ private:
 
 /// Does the work under a GraphReading: at once if that is possible, else in a later pass of the
 /// event loop, unless the context dies before.
-void whenReadable(QObject* context, std::function<void()> work);
+MRBEXT_API void whenReadable(QObject* context, std::function<void()> work);
 
 } // namespace mirabo

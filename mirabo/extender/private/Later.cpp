@@ -1,4 +1,4 @@
-#include "mirabo/core/Later.h"
+#include "mirabo/extender/private/Later.h"
 
 #include "mirabo/extender/private/Frame.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mirabo/core/GraphFollower.h"
+#include "mirabo/extender/private/GraphFollower.h"
 
 #include <atomic>
 
