@@ -75,6 +75,12 @@ public:
     int currentIndex() const { return m_current; }
     /// Name of a command, 0 being the oldest; empty when it has none.
     QString nameOf(int index) const;
+    /// Nothing has been done or undone since this command was executed. The pointer is compared
+    /// only.
+    bool isLast(const MrbCommand* command) const
+    {
+        return canUndo() && !canRedo() && m_commands.back() == command;
+    }
     bool canUndo() const { return m_current >= 0 && m_current < count(); }
     bool canRedo() const { return m_current + 1 < count(); }
 

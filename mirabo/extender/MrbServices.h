@@ -55,6 +55,8 @@ public:
     virtual int isStandalone() const = 0;
     /// The host's render area, or none.
     virtual SoGuiRenderArea* getRenderArea() const = 0;
+    /// The inspected scene's root; null for none.
+    virtual SoNode* getSceneGraph() const = 0;
 
 Q_SIGNALS:
     /// Another root is shown; null for none. What was selected before is not any more.

@@ -1,6 +1,8 @@
 #include "mirabo/extension/MrbServicesImpl.h"
 
+#include "mirabo/core/CommandOwner.h"
 #include "mirabo/core/SoCommandManager.h"
+#include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/private/Frame.h"
 
 #include <kalmyr/base/SoError.h>
@@ -49,7 +51,13 @@ void MrbServicesImpl::destroyInstance()
     s_instance = nullptr;
 }
 
-MrbServicesImpl::MrbServicesImpl() : m_hub(std::make_unique<SoCommandManager>()) {}
+MrbServicesImpl::MrbServicesImpl()
+    : m_hub(std::make_unique<SoCommandManager>()),
+      m_ownCommands(std::make_unique<mirabo::CommandOwner>(
+          m_hub->undoStack(),
+          [hub = m_hub.get()](MrbCommand* command) { return hub->addCommand(command); }))
+{
+}
 
 MrbServicesImpl::~MrbServicesImpl()
 {
@@ -65,6 +73,17 @@ bool MrbServicesImpl::pushCommand(MrbCommand* command)
 QMainWindow* MrbServicesImpl::getMainWindow()
 {
     return m_mainWindow;
+}
+
+bool MrbServicesImpl::pushOwnCommand(std::unique_ptr<MrbCommand> command)
+{
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
+    return m_ownCommands->push(std::move(command));
+}
+
+bool MrbServicesImpl::isLastCommand(const MrbCommand* command) const
+{
+    return m_hub->undoStack().isLast(command);
 }
 
 bool MrbServicesImpl::isRunningCommand() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts, which this one includes
-#include "mirabo/core/Observed.h"
+#include "mirabo/extender/private/Observed.h"
 #endif
 #include "mirabo/extender/MrbServices.h"
 #include "mirabo/extender/private/CommandStackAccess.h"
@@ -15,6 +15,10 @@
 
 class SoCommandManager;
 class SoSelection;
+
+namespace mirabo {
+class CommandOwner;
+}
 
 /// The tool's services: what extensions see, and the launch context. Owns the command hub.
 class MrbServicesImpl final : public MrbServices, public mirabo::CommandStackAccess {
@@ -40,7 +44,10 @@ public:
     SoSceneManager* getSceneManager() const override { return m_sceneManager.get(); }
     int isStandalone() const override { return m_standalone; }
     SoGuiRenderArea* getRenderArea() const override { return m_renderArea.get(); }
+    SoNode* getSceneGraph() const override { return m_sceneGraph.get(); }
 
+    bool pushOwnCommand(std::unique_ptr<MrbCommand> command) override;
+    bool isLastCommand(const MrbCommand* command) const override;
     bool isRunningCommand() const override;
     void removeCommands(const Test& test) override;
 
@@ -53,7 +60,6 @@ public:
 
     /// The tree shows a new root: stored and told, without giving it to the viewer again.
     void announceSceneGraph(SoNode* root);
-    SoNode* getSceneGraph() const { return m_sceneGraph.get(); }
     /// Redraws the host's scene whenever this selection changes; null watches none.
     void watchSelection(SoSelection* selection);
 
@@ -63,6 +69,7 @@ private:
     static void selectionChanged(void* data, SoSelection* selection);
 
     std::unique_ptr<SoCommandManager> m_hub;
+    std::unique_ptr<mirabo::CommandOwner> m_ownCommands;
     mirabo::Observed<SoField> m_selectedField; ///< a file's or a script's may go before its node
     mirabo::Observed<SoFieldContainer> m_fieldContainer;
     mirabo::Observed<SoFieldContainer> m_selectedNode;

@@ -3,6 +3,7 @@
 #include "mirabo/extender/MrbExport.h"
 
 #include <functional>
+#include <memory>
 
 class MrbCommand;
 
@@ -15,6 +16,12 @@ public:
 
     virtual ~CommandStackAccess();
 
+    /// Executes a command and puts it on the undo stack. Unlike those pushed through MrbServices it
+    /// is deleted when the stack forgets it, and stays when the extension goes that had it made.
+    virtual bool pushOwnCommand(std::unique_ptr<MrbCommand> command) = 0;
+    /// Nothing has been done or undone since this command was executed. The pointer is compared
+    /// only.
+    virtual bool isLastCommand(const MrbCommand* command) const = 0;
     /// A command is being executed, undone or redone.
     virtual bool isRunningCommand() const = 0;
     /// Not while a command runs. Removes and deletes the commands that the test names, and those of

@@ -110,4 +110,9 @@ SoGuiRenderArea* ExtensionServices::getRenderArea() const
     return tool() ? tool()->getRenderArea() : nullptr;
 }
 
+SoNode* ExtensionServices::getSceneGraph() const
+{
+    return tool() ? tool()->getSceneGraph() : nullptr;
+}
+
 } // namespace mirabo

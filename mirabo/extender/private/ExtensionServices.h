@@ -34,6 +34,7 @@ public:
     SoSceneManager* getSceneManager() const override;
     int isStandalone() const override;
     SoGuiRenderArea* getRenderArea() const override;
+    SoNode* getSceneGraph() const override;
 
 private:
     void pass(const char* signal, const std::function<void()>& emission);
