@@ -1,30 +1,32 @@
 #pragma once
 
+#include "Burst.h"
 #include "FieldNumbers.h"
 
 #include <QWidget>
 
-class NumberGrip;
+#include <functional>
+
+class MarkedLineEdit;
 class QLabel;
-class QLineEdit;
+class QMouseEvent;
 
 /// A one-line box for a number of any kind. Knows nothing of fields.
 ///
 /// Takes numbers and expressions ("2*pi", "*= 1.5") as they are typed: each text that can be read
 /// is told by edited(). Up, Down and the wheel step by the magnitude of the number (Shift ten
 /// times, Ctrl a tenth as much), a drag on the grip or on the label changes it. What cannot be read
-/// is marked (the property "illegal", a frame, a tool tip) and stays until it is mended or Escape
-/// is pressed.
+/// is marked (illegal, a frame, the tool tip) and stays until it is mended or Escape is pressed.
 ///
 /// A typing, a run of steps or a drag is one gesture: begun() comes before its first edited(), and
 /// ended() or cancelled() after its last.
 class NumberBox final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(bool illegal READ isIllegal)
+    Q_PROPERTY(double number READ number WRITE setNumber)
 
 public:
     explicit NumberBox(FieldNumbers::Kind kind, QWidget* parent = nullptr);
-    ~NumberBox() override;
 
     FieldNumbers::Kind kind() const { return m_kind; }
     double number() const { return m_number; }
@@ -32,32 +34,42 @@ public:
     /// the user is done.
     void setNumber(double number);
 
-    /// The name of the number, for screen readers and for its tool tip.
+    /// The name of the number, for screen readers and for the tool tip.
     void setName(const QString& name);
     /// What the tool tip says below the name: unit, range, meaning.
     void setHint(const QString& hint);
     /// A drag on the label changes the number, too. The label is not owned.
     void setLabel(QLabel* label);
-    /// The box alone, for cells of a table.
+    /// Without the grip the box is the line of text alone, as for cells of a table. Shown by
+    /// default.
     void setGripShown(bool on);
-    /// Numbers outside are refused; by default the limits of the kind.
+    /// Numbers outside are refused; by default the limits of the kind. Infinities and not-a-number
+    /// are outside of any range that is set.
     void setRange(double lowest, double highest);
+    /// The characters that there is room for; 9 by default.
+    void setWidthInCharacters(int count);
+
     bool isHex() const { return m_isHex; }
     /// Shows a number of an unsigned kind in hexadecimal.
     void setHex(bool on);
 
-    /// The text cannot be read as a number of the kind.
-    bool isIllegal() const { return !m_problem.isEmpty(); }
+    /// The text cannot be read as a number of the kind, or was refused.
+    bool isIllegal() const;
     /// What is wrong with the text, and where; empty when nothing is.
-    const QString& problem() const { return m_problem; }
-    /// The text was changed by the user and the gesture is not over.
-    bool isTyping() const { return m_isTyping; }
-    /// Why the owner could not take the number; marks the text like a problem of its own.
+    const QString& problem() const;
+    /// The user has typed and is not done.
+    bool isTyping() const { return m_gesture == Gesture::Typing; }
+    /// Says why the owner could not take the number told by edited(); marks the text, which stays.
+    /// An empty `why` takes the mark away.
     void refuse(const QString& why);
-    /// Ends a gesture. An illegal text stays.
+    /// Ends the gesture. A text that is illegal stays.
     void commit();
 
-    QLineEdit* lineEdit() const { return m_edit; }
+    /// Reads a text from the clipboard that is more than one number; false to have it pasted.
+    void setPasteReader(std::function<bool(const QString& text)> reader);
+
+    QString text() const;
+    MarkedLineEdit* lineEdit() const { return m_edit; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -65,19 +77,53 @@ Q_SIGNALS:
     void begun();
     void edited(double number);
     void ended();
-    /// Escape: the number from before the gesture is shown again.
+    /// Escape; the number from before the gesture is shown again. Also when an illegal text is
+    /// given up that was typed in an earlier gesture, or before any.
     void cancelled();
-    /// The user is done with the box: Return, or Escape without a gesture.
+    /// Follows ended(), cancelled(), and the end of a typing that changed nothing.
+    void settled();
+    /// The user is done with the box: Return with a legal text, or Escape without a gesture.
     void finished();
 
 private:
-    friend class NumberGrip;
     enum class Gesture { None, Typing, Steps, Drag };
 
+    void takeText();
+    bool readText(double& number, QString& problem) const;
+    bool isInRange(double& number, QString* problem) const;
+    void stepBy(double steps, bool isKey);
+    void drag(const QMouseEvent& event);
+    void startDrag(const QMouseEvent& event);
+    void enter(Gesture gesture);
+    void change(double number);
+    void endGesture();
+    void cancel();
+    void showNumber();
+    void updateHint();
+    bool filterEdit(QEvent* event);
+    bool filterHandle(QEvent* event);
+    void showMenu(const QPoint& position);
+
     FieldNumbers::Kind m_kind;
-    double m_number = 0;
+    double m_lowest;
+    double m_highest;
+    bool m_hasRange = false;
     bool m_isHex = false;
-    bool m_isTyping = false;
-    QString m_problem;
-    QLineEdit* m_edit;
+    QString m_name;
+    QString m_hint;
+    double m_number = 0;
+
+    Gesture m_gesture = Gesture::None;
+    bool m_isTold = false; // begun() was sent
+    bool m_isRefused = false;
+    double m_before = 0; // the gesture
+    double m_step = 0;   // of the gesture
+    double m_base = 0;   // where the drag or the steps began, as shown
+    double m_steps = 0;  // since then
+    int m_dragX = 0;
+    Burst m_burst;
+
+    MarkedLineEdit* m_edit;
+    QWidget* m_grip;
+    QLabel* m_label = nullptr; // Not owned; null after its death.
 };

@@ -98,7 +98,7 @@ bool fitNumber(Kind kind, double& number, QString* problem)
     if (rounded < row.lowest || rounded > row.highest)
         return refuse(numberText(Kind::Double, number) + " is beyond the limits, "
                       + numberText(kind, row.lowest) + " to " + numberText(kind, row.highest));
-    number = rounded;
+    number = row.isWhole ? rounded + 0.0 : rounded; // whole numbers have no negative zero
     return true;
 }
 

@@ -1,0 +1,275 @@
+#include "NumbersWidget.h"
+
+#include "BoxedWidget.h"
+#include "Looks.h"
+#include "NumberBox.h"
+#include "NumberText.h"
+
+#include <kalmyr/base/SbTime.h>
+#include <kalmyr/fields/SoValueFields.h>
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QToolButton>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kCompactCharacters = 5;
+
+bool isOf(SoType type, SoType single, SoType multiple)
+{
+    return type == single || type == multiple;
+}
+
+/// Two links of a chain, in the unit square.
+void drawChain(QPainter& painter)
+{
+    painter.translate(0.5, 0.5);
+    painter.rotate(-45);
+    painter.drawRoundedRect(QRectF(-0.5, -0.16, 0.46, 0.32), 0.16, 0.16);
+    painter.drawRoundedRect(QRectF(0.04, -0.16, 0.46, 0.32), 0.16, 0.16);
+    painter.drawLine(QPointF(-0.2, 0), QPointF(0.2, 0));
+}
+
+/// A time as a date and as a span, where it makes sense as such.
+QString timeHint(double seconds)
+{
+    constexpr double kYear = 365.25 * 86400;
+    constexpr double kMost = 8000 * kYear;
+    if (!std::isfinite(seconds) || std::fabs(seconds) > kMost)
+        return "Seconds";
+    const SbTime span(std::fabs(seconds));
+    const char* pattern = span.getValue() >= 86400 ? "%D days %H:%M:%S.%I" : "%H:%M:%S.%I";
+    return QString("Seconds\nAs a span: %1%2\nAs a date: %3")
+        .arg(seconds < 0 ? "-" : "", span.format(pattern).getString(),
+             SbTime(seconds).formatDate().getString());
+}
+
+class NumbersWidget final : public BoxedWidget {
+public:
+    NumbersWidget(MrbFieldEdit* edit, Form form, QWidget* parent);
+
+    void showValue() override;
+
+protected:
+    void gestureBegins() override;
+
+private:
+    /// What the type is beside its numbers.
+    enum class Shape { Number, Time, Vector, Plane, Box };
+
+    static Shape shapeOf(const FieldNumbers& numbers, SoType type);
+    void build(Form form);
+    void addNumber(QHBoxLayout& line, int component, bool isCompact);
+    void addLink(QHBoxLayout& line);
+    void addNow(QHBoxLayout& line);
+    void take(int component, double number);
+    bool takeLinked(int component, double number);
+    bool takePlane(int component, double number);
+    /// What the boxes show.
+    Numbers shownNumbers() const;
+    bool isShownAlready(const Numbers& present) const;
+
+    Shape m_shape;
+    QToolButton* m_link = nullptr;
+    std::vector<Numbers> m_bases; // of each field, when the gesture began
+};
+
+NumbersWidget::NumbersWidget(MrbFieldEdit* edit, Form form, QWidget* parent)
+    : BoxedWidget(edit, parent), m_shape(shapeOf(numbers(), edit->getFieldType()))
+{
+    build(form);
+}
+
+NumbersWidget::Shape NumbersWidget::shapeOf(const FieldNumbers& numbers, SoType type)
+{
+    if (isOf(type, SoSFTime::getClassTypeId(), SoMFTime::getClassTypeId()))
+        return Shape::Time;
+    if (isOf(type, SoSFPlane::getClassTypeId(), SoMFPlane::getClassTypeId()))
+        return Shape::Plane;
+    if (numbers.labels().front().startsWith("min"))
+        return Shape::Box;
+    return numbers.count() == 1 ? Shape::Number : Shape::Vector;
+}
+
+void NumbersWidget::build(Form form)
+{
+    auto* lines = new QVBoxLayout(this);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(looks::kSpacing);
+    const int count = numbers().count();
+    const bool isCompact = form == Form::Compact;
+    const int perLine = m_shape == Shape::Box && !isCompact ? count / 2 : count;
+    QHBoxLayout* line = nullptr;
+    for (int i = 0; i < count; ++i) {
+        if (i % perLine == 0) {
+            line = new QHBoxLayout;
+            line->setSpacing(looks::kSpacing);
+            lines->addLayout(line);
+        }
+        addNumber(*line, i, isCompact);
+    }
+    if (m_shape == Shape::Vector && !isCompact)
+        addLink(*line);
+    if (m_shape == Shape::Time && !isCompact)
+        addNow(*line);
+    if (!isCompact)
+        lines->addStretch();
+    setFocusProxy(boxes().front());
+}
+
+void NumbersWidget::addNumber(QHBoxLayout& line, int component, bool isCompact)
+{
+    const QString label = numbers().labels()[component];
+    const QString group = label.section(' ', 0, -2);
+    auto* box = new NumberBox(numbers().kind(), this);
+    box->setName(label.isEmpty() ? edit()->getState().fieldName : label);
+    if (isCompact) {
+        box->setWidthInCharacters(kCompactCharacters);
+        box->setGripShown(numbers().count() == 1);
+    } else if (!label.isEmpty()) {
+        const bool isFirst =
+            component == 0 || !numbers().labels()[component - 1].startsWith(group + ' ');
+        if (!group.isEmpty() && isFirst)
+            line.addWidget(looks::makeLabel(group, this));
+        QLabel* name = looks::makeLabel(label.section(' ', -1), this);
+        box->setLabel(name);
+        line.addWidget(name);
+    }
+    line.addWidget(box, 1);
+    adopt(box);
+    if (numbers().count() > 1)
+        acceptLists(box);
+    connect(box, &NumberBox::edited, this,
+            [this, component](double number) { take(component, number); });
+}
+
+void NumbersWidget::addLink(QHBoxLayout& line)
+{
+    m_link = looks::makeButton({}, "Keep the proportions: scale all components together", this);
+    m_link->setIcon(looks::drawIcon(this, drawChain));
+    m_link->setCheckable(true);
+    line.addWidget(m_link);
+}
+
+void NumbersWidget::addNow(QHBoxLayout& line)
+{
+    QToolButton* now = looks::makeButton("Now", "Set to the present date and time", this);
+    connect(now, &QToolButton::clicked, this, [this] {
+        take(0, SbTime::getTimeOfDay().getValue());
+        showValue();
+    });
+    line.addWidget(now);
+}
+
+void NumbersWidget::gestureBegins()
+{
+    m_bases.clear();
+    for (int i = 0; i < edit()->getFieldCount(); ++i)
+        m_bases.push_back(readNumbers(i));
+}
+
+void NumbersWidget::take(int component, double number)
+{
+    bool isHeld = true; // by the type
+    if (m_link && m_link->isChecked())
+        isHeld = takeLinked(component, number);
+    else if (m_shape == Shape::Plane)
+        isHeld = takePlane(component, number);
+    else
+        change([this, component, number, &isHeld](SoField& value) {
+            return isHeld = numbers().set(value, 0, component, number);
+        });
+    NumberBox* box = boxes()[static_cast<std::size_t>(component)];
+    if (isHeld)
+        clearRefusals();
+    else
+        box->refuse(m_shape == Shape::Plane ? "The normal must not be zero"
+                                            : "Another component would be beyond the limits");
+}
+
+bool NumbersWidget::takeLinked(int component, double number)
+{
+    bool isHeld = true;
+    // Fields that cannot be changed are left out.
+    std::vector<const Numbers*> bases;
+    for (int i = 0; i < edit()->getFieldCount(); ++i) {
+        const MrbFieldState state = edit()->getState(i);
+        if (state.isAlive && !state.isReadOnly && static_cast<std::size_t>(i) < m_bases.size()
+            && !m_bases[static_cast<std::size_t>(i)].empty())
+            bases.push_back(&m_bases[static_cast<std::size_t>(i)]);
+    }
+    const auto at = static_cast<std::size_t>(component);
+    changeNumbers([&](int field, double* present) {
+        if (static_cast<std::size_t>(field) >= bases.size())
+            return false;
+        // From the start of the gesture: typing passes through zero.
+        const Numbers& base = *bases[static_cast<std::size_t>(field)];
+        const double factor = number / base[at];
+        for (std::size_t i = 0; i < base.size(); ++i) {
+            present[i] = std::isfinite(factor) ? base[i] * factor : base[i];
+            if (isWhole(numbers().kind()))
+                present[i] = std::round(present[i]);
+            isHeld = isHeld && fitNumber(numbers().kind(), present[i]);
+        }
+        present[at] = number;
+        return isHeld;
+    });
+    return isHeld;
+}
+
+bool NumbersWidget::takePlane(int component, double number)
+{
+    // The normal has length 1 in the field; here it stays as it is typed, number by number.
+    const Numbers shown = shownNumbers();
+    const bool isOne = edit()->getFieldCount() == 1;
+    bool isHeld = true;
+    change([&](SoField& value) {
+        return isHeld = isOne ? numbers().setAll(value, 0, shown.data())
+                              : numbers().set(value, 0, component, number);
+    });
+    return isHeld;
+}
+
+BoxedWidget::Numbers NumbersWidget::shownNumbers() const
+{
+    Numbers shown;
+    for (const NumberBox* box : boxes())
+        shown.push_back(box->number());
+    return shown;
+}
+
+bool NumbersWidget::isShownAlready(const Numbers& present) const
+{
+    if (m_shape != Shape::Plane)
+        return false;
+    const std::unique_ptr<SoField> made = edit()->makeValue();
+    if (!made || !numbers().setAll(*made, 0, shownNumbers().data()))
+        return false;
+    Numbers asMade(present.size());
+    numbers().get(*made, 0, asMade.data());
+    return sameNumbers(asMade, present);
+}
+
+void NumbersWidget::showValue()
+{
+    const Numbers present = readNumbers();
+    rememberNumbers();
+    if (present.empty() || isShownAlready(present))
+        return;
+    for (std::size_t i = 0; i < present.size(); ++i)
+        boxes()[i]->setNumber(present[i]);
+    if (m_shape == Shape::Time)
+        boxes().front()->setHint(timeHint(present.front()));
+}
+
+} // namespace
+
+MrbFieldWidget* makeNumbersWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QWidget* parent)
+{
+    return FieldNumbers::of(edit->getFieldType()) ? new NumbersWidget(edit, form, parent) : nullptr;
+}
