@@ -48,12 +48,34 @@ bool BoxedWidget::change(const MrbFieldEdit::Change& change)
 
 bool BoxedWidget::changeNumbers(const NumbersChange& change)
 {
-    int field = 0;
+    if (!m_isBoxBusy)
+        rememberBases();
+    std::size_t call = 0;
     return this->change([&](SoField& value) {
+        if (call >= m_bases.size())
+            return false;
         double numbers[FieldNumbers::kMaxCount];
         m_numbers->get(value, 0, numbers);
-        return change(field++, numbers) && m_numbers->setAll(value, 0, numbers);
+        return change(m_bases[call++], numbers) && m_numbers->setAll(value, 0, numbers);
     });
+}
+
+std::vector<int> BoxedWidget::editableFields() const
+{
+    std::vector<int> fields;
+    for (int i = 0; i < edit()->getFieldCount(); ++i) {
+        const MrbFieldState state = edit()->getState(i);
+        if (state.isAlive && !state.isReadOnly)
+            fields.push_back(i);
+    }
+    return fields;
+}
+
+void BoxedWidget::rememberBases()
+{
+    m_bases.clear();
+    for (const int field : editableFields())
+        m_bases.push_back(readNumbers(field));
 }
 
 void BoxedWidget::rememberNumbers()
@@ -65,7 +87,8 @@ void BoxedWidget::adopt(NumberBox* box)
 {
     m_boxes.push_back(box);
     connect(box, &NumberBox::begun, this, [this] {
-        gestureBegins();
+        rememberBases();
+        m_isBoxBusy = true;
         edit()->beginGesture();
     });
     connect(box, &NumberBox::ended, this, [this] { edit()->endGesture(); });
@@ -74,7 +97,11 @@ void BoxedWidget::adopt(NumberBox* box)
         clearRefusals();
         showValue();
     });
-    connect(box, &NumberBox::settled, this, &BoxedWidget::typingEnded);
+    connect(box, &NumberBox::settled, this, [this] {
+        m_isBoxBusy = false;
+        if (!isTyping())
+            typingEnded();
+    });
     connect(box, &NumberBox::finished, this, &BoxedWidget::finished);
 }
 
@@ -95,10 +122,27 @@ bool BoxedWidget::pasteList(const QString& text)
     return true;
 }
 
+BoxedWidget::Numbers BoxedWidget::shownNumbers() const
+{
+    Numbers shown;
+    for (const NumberBox* box : m_boxes)
+        shown.push_back(box->number());
+    return shown;
+}
+
+void BoxedWidget::markRefusal(NumberBox* box, const QString& why)
+{
+    const QString problem = why.isEmpty() ? edit()->getProblem() : why;
+    if (problem.isEmpty())
+        clearRefusals();
+    else
+        box->refuse(problem);
+}
+
 void BoxedWidget::clearRefusals()
 {
     for (NumberBox* box : m_boxes)
-        box->refuse({});
+        box->clearRefusal();
 }
 
 std::vector<double> readNumberList(const QString& text)

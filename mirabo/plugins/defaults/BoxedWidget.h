@@ -22,16 +22,18 @@ public:
 protected:
     /// The numbers of a value.
     using Numbers = std::vector<double>;
-    /// Changes the numbers of a field's value; `field` is the number of the field. False gives the
-    /// change up.
-    using NumbersChange = std::function<bool(int field, double* numbers)>;
+    /// Changes the numbers of a field's value. `base` has those from before the gesture of a box.
+    /// False gives the change up.
+    using NumbersChange = std::function<bool(const Numbers& base, double* numbers)>;
 
     const FieldNumbers& numbers() const { return *m_numbers; }
     /// Those of a field; empty when they cannot be read.
     Numbers readNumbers(int field = 0) const;
-    /// Changes the values of all fields.
+    /// Changes the values of all fields; what it returns is that of MrbFieldEdit::change().
     bool change(const MrbFieldEdit::Change& change);
     bool changeNumbers(const NumbersChange& change);
+    /// The fields that change() changes, in its order.
+    std::vector<int> editableFields() const;
     /// What the fields hold is shown: isTyping() compares with it.
     void rememberNumbers();
 
@@ -40,17 +42,22 @@ protected:
     /// Reads several numbers from the clipboard, pasted into the box, as the whole value.
     void acceptLists(NumberBox* box);
     const std::vector<NumberBox*>& boxes() const { return m_boxes; }
-    /// Takes the marks off the boxes whose numbers had been refused.
+    /// What the boxes show.
+    Numbers shownNumbers() const;
+    /// Marks a box whose number could not be taken, or takes the marks off all of them when `why`
+    /// is empty and the fields could be changed.
+    void markRefusal(NumberBox* box, const QString& why);
     void clearRefusals();
-    /// Called before the first change of a gesture of a box.
-    virtual void gestureBegins() {}
 
 private:
+    void rememberBases();
     bool pasteList(const QString& text);
 
     const FieldNumbers* m_numbers;
     std::vector<NumberBox*> m_boxes; // Not owned; children.
     Numbers m_remembered;
+    std::vector<Numbers> m_bases; // of the editable fields, when the gesture began
+    bool m_isBoxBusy = false;     // with a gesture
 };
 
 /// Reads numbers and expressions with spaces, commas, semicolons or brackets around them. Empty

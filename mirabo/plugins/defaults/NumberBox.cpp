@@ -211,7 +211,8 @@ void NumberBox::setPasteReader(std::function<bool(const QString& text)> reader)
         if (!reader(text))
             return false;
         endGesture();
-        refuse({});
+        m_isRefused = false;
+        m_edit->setProblem({});
         showNumber();
         return true;
     });
@@ -219,8 +220,16 @@ void NumberBox::setPasteReader(std::function<bool(const QString& text)> reader)
 
 void NumberBox::refuse(const QString& why)
 {
-    m_isRefused = !why.isEmpty();
+    m_isRefused = true;
     m_edit->setProblem(why);
+}
+
+void NumberBox::clearRefusal()
+{
+    if (!m_isRefused)
+        return;
+    m_isRefused = false;
+    m_edit->setProblem({});
 }
 
 void NumberBox::commit()
@@ -364,7 +373,8 @@ void NumberBox::cancel()
     if (std::exchange(m_gesture, Gesture::None) != Gesture::None)
         m_number = m_before;
     m_burst.end();
-    refuse({});
+    m_isRefused = false;
+    m_edit->setProblem({});
     showNumber();
     m_edit->selectAll();
     if (isTold)

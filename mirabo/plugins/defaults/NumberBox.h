@@ -60,8 +60,9 @@ public:
     /// The user has typed and is not done.
     bool isTyping() const { return m_gesture == Gesture::Typing; }
     /// Says why the owner could not take the number told by edited(); marks the text, which stays.
-    /// An empty `why` takes the mark away.
     void refuse(const QString& why);
+    /// Takes the mark of a refusal away; one of a text that cannot be read stays.
+    void clearRefusal();
     /// Ends the gesture. A text that is illegal stays.
     void commit();
 

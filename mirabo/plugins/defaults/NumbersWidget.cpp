@@ -55,9 +55,6 @@ public:
 
     void showValue() override;
 
-protected:
-    void gestureBegins() override;
-
 private:
     /// What the type is beside its numbers.
     enum class Shape { Number, Time, Vector, Plane, Box };
@@ -70,13 +67,10 @@ private:
     void take(int component, double number);
     bool takeLinked(int component, double number);
     bool takePlane(int component, double number);
-    /// What the boxes show.
-    Numbers shownNumbers() const;
     bool isShownAlready(const Numbers& present) const;
 
     Shape m_shape;
     QToolButton* m_link = nullptr;
-    std::vector<Numbers> m_bases; // of each field, when the gesture began
 };
 
 NumbersWidget::NumbersWidget(MrbFieldEdit* edit, Form form, QWidget* parent)
@@ -166,13 +160,6 @@ void NumbersWidget::addNow(QHBoxLayout& line)
     line.addWidget(now);
 }
 
-void NumbersWidget::gestureBegins()
-{
-    m_bases.clear();
-    for (int i = 0; i < edit()->getFieldCount(); ++i)
-        m_bases.push_back(readNumbers(i));
-}
-
 void NumbersWidget::take(int component, double number)
 {
     bool isHeld = true; // by the type
@@ -184,31 +171,17 @@ void NumbersWidget::take(int component, double number)
         change([this, component, number, &isHeld](SoField& value) {
             return isHeld = numbers().set(value, 0, component, number);
         });
-    NumberBox* box = boxes()[static_cast<std::size_t>(component)];
-    if (isHeld)
-        clearRefusals();
-    else
-        box->refuse(m_shape == Shape::Plane ? "The normal must not be zero"
-                                            : "Another component would be beyond the limits");
+    const char* why = m_shape == Shape::Plane ? "The normal must not be zero"
+                                              : "Another component would be beyond the limits";
+    markRefusal(boxes()[static_cast<std::size_t>(component)], isHeld ? "" : why);
 }
 
 bool NumbersWidget::takeLinked(int component, double number)
 {
     bool isHeld = true;
-    // Fields that cannot be changed are left out.
-    std::vector<const Numbers*> bases;
-    for (int i = 0; i < edit()->getFieldCount(); ++i) {
-        const MrbFieldState state = edit()->getState(i);
-        if (state.isAlive && !state.isReadOnly && static_cast<std::size_t>(i) < m_bases.size()
-            && !m_bases[static_cast<std::size_t>(i)].empty())
-            bases.push_back(&m_bases[static_cast<std::size_t>(i)]);
-    }
     const auto at = static_cast<std::size_t>(component);
-    changeNumbers([&](int field, double* present) {
-        if (static_cast<std::size_t>(field) >= bases.size())
-            return false;
+    changeNumbers([&](const Numbers& base, double* present) {
         // From the start of the gesture: typing passes through zero.
-        const Numbers& base = *bases[static_cast<std::size_t>(field)];
         const double factor = number / base[at];
         for (std::size_t i = 0; i < base.size(); ++i) {
             present[i] = std::isfinite(factor) ? base[i] * factor : base[i];
@@ -233,14 +206,6 @@ bool NumbersWidget::takePlane(int component, double number)
                               : numbers().set(value, 0, component, number);
     });
     return isHeld;
-}
-
-BoxedWidget::Numbers NumbersWidget::shownNumbers() const
-{
-    Numbers shown;
-    for (const NumberBox* box : boxes())
-        shown.push_back(box->number());
-    return shown;
 }
 
 bool NumbersWidget::isShownAlready(const Numbers& present) const
