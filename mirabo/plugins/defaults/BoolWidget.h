@@ -1,0 +1,6 @@
+#pragma once
+
+#include <mirabo/extender/MrbFieldEditor.h>
+
+/// A box to check.
+MrbFieldWidget* makeBoolWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QWidget* parent);

@@ -1,0 +1,44 @@
+#include "FieldEditor.h"
+
+#include "FieldEditorPanel.h"
+
+#include <mirabo/extender/MrbFieldEditor.h>
+#include <mirabo/extender/MrbServices.h>
+#include <mirabo/extender/MrbShell.h>
+
+#include <QDockWidget>
+
+FieldEditor::FieldEditor() = default;
+
+FieldEditor::~FieldEditor() = default;
+
+MrbExtensionInfo FieldEditor::getInfo() const
+{
+    return {"Field Editor", "Field Editor", "Mirabo", "1.0"};
+}
+
+bool FieldEditor::activate()
+{
+    if (QDockWidget* dock = shell()->addView(this, Qt::RightDockWidgetArea))
+        dock->setObjectName("dockFieldEditor");
+    if (!m_panel)
+        return false;
+    connect(services(), &MrbServices::selectedFieldChanged, m_panel,
+            &FieldEditorPanel::fieldSelected);
+    connect(services(), &MrbServices::sceneGraphChanged, m_panel, &FieldEditorPanel::sceneChanged);
+    connect(MrbFieldEditors::getInstance(), &MrbFieldEditors::editorsChanged, m_panel,
+            &FieldEditorPanel::editorsChanged);
+    return true;
+}
+
+void FieldEditor::deactivate()
+{
+    if (m_panel)
+        m_panel->sceneChanged();
+}
+
+QWidget* FieldEditor::createView(QWidget* parent)
+{
+    m_panel = new FieldEditorPanel(this, parent);
+    return m_panel;
+}
