@@ -1,6 +1,5 @@
 #include "mirabo/launch/Session.h"
 
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/core/HistoryList.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
@@ -11,6 +10,7 @@
 #include "mirabo/extender/MrbShell.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
@@ -47,6 +47,7 @@
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QPointer>
+#include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
 
@@ -55,6 +56,8 @@
 namespace mirabo {
 
 namespace {
+
+constexpr int kMessageMs = 5000; // how long a message stays in the status bar
 
 SoCommandManager* hub()
 {
@@ -203,6 +206,10 @@ void Session::connectOverview()
             &SoCommandManager::nodeSetOverride);
     connect(m_edition.get(), &SoMiraboEdition::nodeRenamed, hub(),
             &SoCommandManager::nodeNameChanged);
+    connect(m_edition.get(), &SoMiraboEdition::message, m_frame,
+            [frame = m_frame](const QString& text) {
+                frame->statusBar()->showMessage(text, kMessageMs);
+            });
     m_edits = std::make_unique<EditActions>(m_frame, m_tree, hub());
     hub()->setOverrideFactory([this](bool on) {
         return m_edits->owner().adopt(

@@ -30,6 +30,7 @@ SoMiraboEdition::SoMiraboEdition(QDockWidget* overviewDock, QDockWidget* watchDo
     connect(m_watch, &SoFieldWatch::rowChosen, this, &SoMiraboEdition::watchRowChosen);
     connect(m_watch, &SoMiraboList::rowPicked, this, &SoMiraboEdition::watchRowChosen);
     connect(m_watch, &SoMiraboList::fieldDied, this, &SoMiraboEdition::forgetField);
+    connect(m_watch, &SoMiraboList::message, this, &SoMiraboEdition::message);
 }
 
 SoMiraboEdition::~SoMiraboEdition() = default;
@@ -43,6 +44,7 @@ void SoMiraboEdition::connectTabs()
     connect(m_tabs, &SoTabNodeOverview::overrideRequested, this,
             &SoMiraboEdition::overrideRequested);
     connect(m_tabs, &SoTabNodeOverview::ignoreRequested, this, &SoMiraboEdition::ignoreRequested);
+    connect(m_tabs, &SoTabNodeOverview::message, this, &SoMiraboEdition::message);
     connect(m_tabs, &SoTabNodeOverview::watchRequested, this, &SoMiraboEdition::addFieldWatch);
     connect(m_tabs, &SoTabNodeOverview::renamed, this, [this](SoNode* node) {
         m_tabs->nodeRenamed(node);

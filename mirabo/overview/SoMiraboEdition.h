@@ -79,6 +79,8 @@ Q_SIGNALS:
     /// The selected field's ignored flag is to be switched.
     void ignoreRequested();
     void nodeRenamed(SoNode* node);
+    /// Why something could not be done, for the status bar.
+    void message(const QString& text);
 
 public Q_SLOTS:
     void setField(QTreeWidgetItem* current, QTreeWidgetItem* previousField);

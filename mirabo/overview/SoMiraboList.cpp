@@ -4,6 +4,7 @@
 #include "mirabo/extender/private/Later.h"
 #include "mirabo/overview/FieldDelegate.h"
 #include "mirabo/overview/KitParts.h"
+#include "mirabo/overview/RowEditor.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoHeaderView.h"
 #include "mirabo/preferences/Settings.h"
@@ -49,8 +50,12 @@ QTreeView::branch:open:has-children { border: 0px; }
 } // namespace
 
 SoMiraboList::SoMiraboList(QWidget* parent)
-    : QTreeWidget(parent), m_keeper(*this, [](QTreeWidgetItem* row) { delete row; })
+    : QTreeWidget(parent),
+      m_keeper(*this, [](QTreeWidgetItem* row) { delete row; }),
+      m_rowEditor(new mirabo::RowEditor(this))
 {
+    setEditTriggers(NoEditTriggers); // the row editor has its own
+    connect(m_rowEditor, &mirabo::RowEditor::message, this, &SoMiraboList::message);
     setStyles(mirabo::defaultFieldStyles());
     auto* header = new SoHeaderView(this);
     setHeader(header);

@@ -24,6 +24,10 @@
 
 class QAction;
 class QMenu;
+
+namespace mirabo {
+class RowEditor;
+}
 class SoField;
 class SoFieldItem;
 class SoNode;
@@ -130,6 +134,12 @@ public Q_SLOTS:
     void toggleHeaderColumnVisibility(QAction* toggledAction);
     /// Puts the current row's value on the clipboard.
     void copyCurrentValue();
+    /// Sets the current row's value from the clipboard; values of other types are refused.
+    void pasteToCurrent();
+    /// Edits the current row's value in its cell.
+    void editCurrent();
+    /// Puts the default value of the current row's field back.
+    void resetCurrent();
 
 Q_SIGNALS:
     void columnWidthChanged(int column, int newWidth);
@@ -139,6 +149,8 @@ Q_SIGNALS:
     void rowPicked(QTreeWidgetItem* row);
     /// The keyboard focus came here.
     void focused();
+    /// Why something could not be done, for the status bar.
+    void message(const QString& text);
     /// The field of a row is dying, inside the change that kills its node. The pointer is good for
     /// comparison only.
     void fieldDied(const SoField* field);
@@ -168,6 +180,8 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
                  const QModelIndex& index) const override;
+
+    mirabo::RowEditor& rowEditor() { return *m_rowEditor; }
 
 private:
     struct NodeRows {
@@ -207,6 +221,7 @@ private:
     bool moveByKey(int key);
 
     mirabo::RowKeeper m_keeper;
+    mirabo::RowEditor* m_rowEditor; // Owned as a child.
     QColor m_defaultColor;
     QColor m_changedColor;
     QFont m_defaultFont;

@@ -3,6 +3,7 @@
 #include "mirabo/extender/private/GraphReading.h"
 
 #include "mirabo/extender/private/Later.h"
+#include "mirabo/overview/RowEditor.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/overview/SoMiraboList.h"
 #include "mirabo/preferences/DragFormats.h"
@@ -52,7 +53,25 @@ void SoMiraboList::resizeEvent(QResizeEvent* event)
 void SoMiraboList::copyCurrentValue()
 {
     if (const SoFieldItem* item = currentFieldItem())
-        QGuiApplication::clipboard()->setText(item->copiedValue());
+        QGuiApplication::clipboard()->setMimeData(mirabo::RowEditor::copiedValue(*item));
+}
+
+void SoMiraboList::pasteToCurrent()
+{
+    if (SoFieldItem* item = currentFieldItem())
+        m_rowEditor->paste(item);
+}
+
+void SoMiraboList::editCurrent()
+{
+    if (SoFieldItem* item = currentFieldItem(); item && !item->isDisabled())
+        m_rowEditor->open(item);
+}
+
+void SoMiraboList::resetCurrent()
+{
+    if (SoFieldItem* item = currentFieldItem())
+        m_rowEditor->resetToDefault(item);
 }
 
 QStringList SoMiraboList::mimeTypes() const
@@ -108,11 +127,13 @@ void SoMiraboList::drawRow(QPainter* painter, const QStyleOptionViewItem& option
 
 bool SoMiraboList::event(QEvent* event)
 {
-    // A row's value comes before the window's own "Copy".
-    if (event->type() == QEvent::ShortcutOverride
-        && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy) && currentItem()) {
-        event->accept();
-        return true;
+    // A row's value comes before the window's own "Copy" and "Paste".
+    if (event->type() == QEvent::ShortcutOverride && currentItem()) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::Paste)) {
+            event->accept();
+            return true;
+        }
     }
     return QTreeWidget::event(event);
 }
@@ -138,7 +159,18 @@ void SoMiraboList::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
+    if (event->matches(QKeySequence::Paste) && currentItem()) {
+        event->accept();
+        pasteToCurrent(); // last: the host may end the tool
+        return;
+    }
     const int key = event->key();
+    const bool isReturn = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2;
+    if (isReturn && event->modifiers() == Qt::NoModifier && currentItem()) {
+        event->accept();
+        editCurrent();
+        return;
+    }
     const bool moves =
         key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_Home || key == Qt::Key_End;
     if (moves && (event->modifiers() & ~Qt::KeypadModifier) == 0 && moveByKey(key)) {

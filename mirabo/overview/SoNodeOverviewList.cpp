@@ -2,6 +2,7 @@
 
 #include "mirabo/core/Modal.h"
 #include "mirabo/extender/MrbFieldPresentation.h"
+#include "mirabo/overview/RowEditor.h"
 #include "mirabo/overview/SoFieldItem.h"
 #include "mirabo/preferences/Settings.h"
 
@@ -15,12 +16,27 @@ SoNodeOverviewList::SoNodeOverviewList(QWidget* parent) : SoMiraboList(parent)
     setObjectName("m_nodeOverviewList");
     setEmptyHint(tr("Select a node in the tree to see its fields."));
     restoreColumnWidths(mirabo::kNodeOverviewGroup);
+    connect(this, &QTreeWidget::itemDoubleClicked, this, &SoNodeOverviewList::editCurrent);
 }
 
 void SoNodeOverviewList::addRowActions(QMenu* menu, const SoFieldItem& row)
 {
     connect(menu->addAction(tr("&Copy Value")), &QAction::triggered, this,
             &SoNodeOverviewList::copyCurrentValue);
+    const bool isLive = row.getField() != nullptr;
+    const bool isEditable = isLive && !row.isDisabled();
+    const auto addEdit = [&](const QString& text, bool isEnabled,
+                             void (SoNodeOverviewList::*slot)()) {
+        QAction* action = menu->addAction(text);
+        action->setEnabled(isEnabled);
+        connect(action, &QAction::triggered, this, slot);
+    };
+    addEdit(tr("&Paste Value"), isEditable && mirabo::RowEditor::canPaste(),
+            &SoNodeOverviewList::pasteToCurrent);
+    addEdit(tr("&Edit"), isEditable, &SoNodeOverviewList::editCurrent);
+    addEdit(tr("&Reset to Default"), isLive && !row.isFieldDefault(),
+            &SoNodeOverviewList::resetCurrent);
+    menu->addSeparator();
     QAction* watch = menu->addAction(tr("&Watch"));
     watch->setEnabled(row.getField()
                       && MrbFieldPresentations::of(*row.getField())->isWatchable(*row.getField()));

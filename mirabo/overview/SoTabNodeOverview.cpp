@@ -69,6 +69,7 @@ void SoTabNodeOverview::connectOverview(SoNodeOverview* added)
     connect(list, &SoMiraboList::fieldDied, this, &SoTabNodeOverview::fieldDied);
     connect(list, &SoNodeOverviewList::watchRequested, this, &SoTabNodeOverview::watchRequested);
     connect(list, &SoNodeOverviewList::ignoreRequested, this, &SoTabNodeOverview::ignoreRequested);
+    connect(list, &SoMiraboList::message, this, &SoTabNodeOverview::message);
     connect(list, &SoNodeOverviewList::catalogPartsRequested, this,
             &SoTabNodeOverview::setShowCatalogParts);
     connect(added, &SoNodeOverview::overrideRequested, this, &SoTabNodeOverview::overrideRequested);

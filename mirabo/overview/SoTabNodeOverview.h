@@ -46,6 +46,8 @@ Q_SIGNALS:
     void overrideRequested(bool on);
     void watchRequested();
     void ignoreRequested();
+    /// Why something could not be done, for the status bar.
+    void message(const QString& text);
     void renamed(SoNode* node);
 
 public Q_SLOTS:
