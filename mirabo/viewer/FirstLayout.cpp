@@ -1,5 +1,6 @@
 #include "mirabo/viewer/FirstLayout.h"
 
+#include "mirabo/core/ExtensionView.h"
 #include "mirabo/extender/private/Later.h"
 
 #include <kalmyr/base/SbTime.h>
@@ -24,6 +25,9 @@ constexpr double kOverviewShare = 0.42;
 constexpr int kOverviewLines = 19;
 /// Beside the tree: what overview and watch need to stand side by side, in characters.
 constexpr int kTwoPanels = 78;
+/// The same for the viewer and the views of extensions on its right, and what those take.
+constexpr int kViewerAndViews = 78;
+constexpr int kViews = 38;
 
 } // namespace
 
@@ -63,7 +67,7 @@ void FirstLayout::applyLater()
 
 void FirstLayout::placeWatch(QDockWidget* overview, QDockWidget* watch, bool beside)
 {
-    const bool isBeside = m_window->tabifiedDockWidgets(overview).isEmpty();
+    const bool isBeside = !m_window->tabifiedDockWidgets(overview).contains(watch);
     if (beside == isBeside)
         return;
     if (beside) {
@@ -73,6 +77,25 @@ void FirstLayout::placeWatch(QDockWidget* overview, QDockWidget* watch, bool bes
     } else {
         m_window->tabifyDockWidget(overview, watch);
         overview->raise();
+    }
+}
+
+/// The views of extensions on the right: beside the viewer, or for lack of room behind the watch.
+void FirstLayout::placeViews(QDockWidget* watch, int width)
+{
+    const int letter = m_window->fontMetrics().averageCharWidth();
+    const bool beside = width >= letter * kViewerAndViews;
+    for (auto* view :
+         m_window->findChildren<ExtensionView*>(QString(), Qt::FindDirectChildrenOnly)) {
+        const bool isBeside = m_window->dockWidgetArea(view) == Qt::RightDockWidgetArea;
+        if (isBeside && beside) {
+            m_window->resizeDocks({view}, {letter * kViews}, Qt::Horizontal);
+        } else if (isBeside && view->isVisible()) {
+            m_window->tabifyDockWidget(watch, view);
+            m_moved.push_back(view);
+        } else if (beside && m_moved.removeOne(view)) {
+            m_window->addDockWidget(Qt::RightDockWidgetArea, view);
+        }
     }
 }
 
@@ -94,6 +117,8 @@ void FirstLayout::apply()
         std::min(font.height() * kOverviewLines, int(m_window->height() * kOverviewShare));
     m_window->resizeDocks({tree}, {treeWidth}, Qt::Horizontal);
     placeWatch(overview, watch, rest >= font.averageCharWidth() * kTwoPanels);
+    placeViews(watch, rest);
+    (m_window->tabifiedDockWidgets(overview).contains(watch) ? overview : watch)->raise();
     m_window->resizeDocks({overview, watch}, {rest * 3 / 5, rest * 2 / 5}, Qt::Horizontal);
     m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 
 class QDockWidget;
@@ -23,8 +24,10 @@ private:
     void applyLater();
     void apply();
     void placeWatch(QDockWidget* overview, QDockWidget* watch, bool beside);
+    void placeViews(QDockWidget* watch, int width);
 
-    QMainWindow* m_window; // Not owned; owns us.
+    QMainWindow* m_window;       // Not owned; owns us.
+    QList<QDockWidget*> m_moved; ///< views that stood on the right; compared only
     bool m_pending = false;
     double m_shownAt = -1; ///< in seconds; negative before
 };

@@ -198,13 +198,17 @@ TEST_F(StandaloneTest, FirstLayoutFollowsTheSizeThatTheWindowGets)
     };
     auto* treeDock = window()->findChild<QDockWidget*>("dockMainWin");
     auto* overview = window()->findChild<QDockWidget*>("dockNodeOverview");
+    auto* editor = window()->findChild<QDockWidget*>("view:Field Editor");
+    ASSERT_TRUE(editor);
     settle(QSize(1440, 900));
     EXPECT_GT(treeDock->width(), 350);
     EXPECT_LT(treeDock->width(), 720);
     EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty());
+    EXPECT_EQ(window()->dockWidgetArea(editor), Qt::RightDockWidgetArea);
     settle(QSize(900, 700));
     EXPECT_LT(treeDock->width(), 450);
-    EXPECT_EQ(window()->tabifiedDockWidgets(overview).size(), 1) << "no room for two";
+    EXPECT_EQ(window()->tabifiedDockWidgets(overview).size(), 2) << "no room for two";
+    EXPECT_TRUE(window()->tabifiedDockWidgets(overview).contains(editor));
     settle(QSize(1440, 900));
     EXPECT_TRUE(window()->tabifiedDockWidgets(overview).isEmpty());
     support::Clock::advance(2);

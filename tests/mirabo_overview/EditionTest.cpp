@@ -254,14 +254,16 @@ TEST_F(EditionTest, OffersWhatAFieldCanDoInAMenu)
         return entries.join(' ');
     };
     EXPECT_EQ(choose("Watch"),
-              "+Copy Value +Watch +Set Ignored/Enable + +Show Catalog Parts +Columns");
+              "+Copy Value -Paste Value +Edit -Reset to Default + +Watch +Set Ignored/Enable + "
+              "+Show Catalog Parts +Columns");
     EXPECT_EQ(watch()->topLevelItemCount(), 1);
     choose("Set Ignored/Enable");
     EXPECT_EQ(ignores.count(), 1);
     choose("Show Catalog Parts");
     EXPECT_TRUE(mirabo::readShowCatalogPart());
     list()->chooseRow(row(*list(), "one"));
-    EXPECT_EQ(choose("Watch").left(20), "+Copy Value -Watch +");
+    EXPECT_EQ(choose("Watch"), "+Copy Value -Paste Value -Edit -Reset to Default + -Watch "
+                               "+Set Ignored/Enable + +Show Catalog Parts +Columns");
     edition.clear();
     EXPECT_EQ(choose("Watch"), "+Show Catalog Parts +Columns");
 }

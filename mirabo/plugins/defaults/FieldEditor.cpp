@@ -6,8 +6,6 @@
 #include <mirabo/extender/MrbServices.h>
 #include <mirabo/extender/MrbShell.h>
 
-#include <QDockWidget>
-
 FieldEditor::FieldEditor() = default;
 
 FieldEditor::~FieldEditor() = default;
@@ -19,8 +17,7 @@ MrbExtensionInfo FieldEditor::getInfo() const
 
 bool FieldEditor::activate()
 {
-    if (QDockWidget* dock = shell()->addView(this, Qt::RightDockWidgetArea))
-        dock->setObjectName("dockFieldEditor");
+    shell()->addView(this, Qt::RightDockWidgetArea);
     if (!m_panel)
         return false;
     connect(services(), &MrbServices::selectedFieldChanged, m_panel,

@@ -43,7 +43,7 @@ FieldEditorPanel::FieldEditorPanel(MrbExtension* extension, QWidget* parent)
       m_pin(looks::makeButton("", tr("Keep this field while others are selected"), this)),
       m_state(new FieldStateLine(this)),
       m_outdated(new QWidget(this)),
-      m_body(new QScrollArea(this)),
+      m_body(new QVBoxLayout),
       m_hint(new QLabel(tr("Select a field in the node overview to edit its value."), this)),
       m_together(new TogetherLine(this))
 {
@@ -84,8 +84,6 @@ void FieldEditorPanel::buildLayout()
     note->setWordWrap(true);
     outdated->addWidget(note, 1);
     m_outdated->setObjectName("outdated");
-    m_body->setWidgetResizable(true);
-    m_body->setFrameShape(QFrame::NoFrame);
     m_hint->setWordWrap(true);
     m_hint->setAlignment(Qt::AlignCenter);
     m_hint->setEnabled(false); // dimmed
@@ -94,13 +92,22 @@ void FieldEditorPanel::buildLayout()
     title->setSpacing(looks::kSpacing);
     title->addWidget(m_name, 1);
     title->addWidget(m_pin);
-    auto* layout = new QVBoxLayout(this);
+    // A narrow dock scrolls instead of widening the window.
+    auto* scroll = new QScrollArea(this);
+    auto* content = new QWidget;
+    scroll->setWidget(content);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(scroll);
+    auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     layout->setSpacing(looks::kSpacing);
     layout->addLayout(title);
     for (QWidget* part : std::initializer_list<QWidget*>{m_place, m_state, m_outdated})
         layout->addWidget(part);
-    layout->addWidget(m_body, 1);
+    layout->addLayout(m_body, 1);
     layout->addWidget(m_together);
     layout->addWidget(m_hint, 1);
 }
@@ -179,15 +186,16 @@ void FieldEditorPanel::makeWidget()
 {
     clearWidget();
     auto* editors = MrbFieldEditors::getInstance();
-    m_widget = editors->create(m_edit, MrbFieldWidget::Form::Full, m_body);
+    m_widget = editors->create(m_edit, MrbFieldWidget::Form::Full, m_body->parentWidget());
     if (!m_widget) {
-        m_widget = makeTextWidget(m_edit, MrbFieldWidget::Form::Full, m_body);
+        m_widget = makeTextWidget(m_edit, MrbFieldWidget::Form::Full, m_body->parentWidget());
         m_widget->showValue();
         m_widget->setReadOnly(!m_edit->isEditable());
     }
-    m_body->setWidget(m_widget);
+    m_body->addWidget(m_widget);
+    m_widget->show();
     connect(m_widget, &MrbFieldWidget::outdatedChanged, this, &FieldEditorPanel::showOutdated);
-    for (QWidget* part : std::initializer_list<QWidget*>{m_name, m_place, m_pin, m_state, m_body})
+    for (QWidget* part : std::initializer_list<QWidget*>{m_name, m_place, m_pin, m_state})
         part->show();
     m_hint->hide();
     m_state->setEdit(m_edit);
@@ -202,15 +210,15 @@ void FieldEditorPanel::clearWidget()
         m_widget->commit();
     m_state->setEdit(nullptr);
     m_together->setEdit(nullptr);
-    delete m_body->takeWidget();
+    delete m_widget;
 }
 
 void FieldEditorPanel::clear()
 {
     clearWidget();
     delete m_edit;
-    for (QWidget* part : std::initializer_list<QWidget*>{m_name, m_place, m_pin, m_state,
-                                                         m_outdated, m_body, m_together})
+    for (QWidget* part :
+         std::initializer_list<QWidget*>{m_name, m_place, m_pin, m_state, m_outdated, m_together})
         part->hide();
     m_hint->show();
 }

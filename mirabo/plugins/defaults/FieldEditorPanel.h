@@ -10,8 +10,8 @@
 class FieldStateLine;
 class MrbExtension;
 class QLabel;
-class QScrollArea;
 class QToolButton;
+class QVBoxLayout;
 class SoField;
 class TogetherLine;
 
@@ -62,7 +62,7 @@ private:
     QToolButton* m_pin;
     FieldStateLine* m_state;
     QWidget* m_outdated;
-    QScrollArea* m_body;
+    QVBoxLayout* m_body; ///< holds the widget
     QLabel* m_hint;
     TogetherLine* m_together;
 };
