@@ -38,10 +38,9 @@ SbVec4d product(const SbVec4d& a, const SbVec4d& b)
     return {u * b[3] + v * a[3] + v.cross(u), a[3] * b[3] - u.dot(v)};
 }
 
-/// As a matrix for column vectors.
-void columnMatrix(const SbRotation& rotation, double (&m)[3][3])
+void columnMatrix(const SbVec4d& quaternion, Matrix& m)
 {
-    const SbVec4d q = SbVec4d(SbVec4f(rotation.getValue())).normalized();
+    const SbVec4d q = quaternion.normalized();
     for (int column = 0; column < 3; ++column) {
         SbVec3d v;
         v[column] = 1;
@@ -53,23 +52,12 @@ void columnMatrix(const SbRotation& rotation, double (&m)[3][3])
     }
 }
 
-void splitEuler(const EulerOrder& order, const SbRotation& rotation, double* angles)
+SbVec4d eulerQuaternion(const EulerOrder& order, const double* angles)
 {
-    // Where the second angle is this near to a quarter turn, the other two turn about one axis.
-    constexpr double kLocked = 1 - 1e-12;
-    const auto [i, j, k, name] = order;
-    const double sign = (j - i + 3) % 3 == 1 ? 1 : -1; // of the permutation
-    double m[3][3];
-    columnMatrix(rotation, m);
-    const double sine = std::clamp(-sign * m[k][i], -1., 1.);
-    angles[j] = std::asin(sine);
-    if (std::fabs(sine) < kLocked) {
-        angles[i] = std::atan2(sign * m[k][j], m[k][k]);
-        angles[k] = std::atan2(sign * m[j][i], m[i][i]);
-    } else {
-        angles[i] = std::atan2(-sign * m[j][k], m[j][j]);
-        angles[k] = 0;
-    }
+    SbVec4d q(0, 0, 0, 1);
+    for (const int axis : {order.first, order.second, order.third})
+        q = product(q, turnAbout(axis, angles[axis]));
+    return q;
 }
 
 void splitExactly(const Notation& notation, const SbRotation& rotation, double* numbers)
@@ -80,7 +68,9 @@ void splitExactly(const Notation& notation, const SbRotation& rotation, double* 
         return;
     }
     if (notation.parts == Parts::Euler) {
-        splitEuler(kEulerOrders[notation.order], rotation, numbers);
+        Matrix m;
+        columnMatrix(q, m);
+        splitEuler(kEulerOrders[notation.order], m, numbers);
     } else {
         SbVec3d axis(q.getValue());
         const double sine = axis.normalize();
@@ -122,13 +112,36 @@ bool make(const Notation& notation, const double* numbers, SbRotation& rotation)
             return false;
         q = turnAbout(axis, numbers[3] * unitOf(notation));
     } else {
-        const EulerOrder& order = kEulerOrders[notation.order];
-        for (const int axis : {order.first, order.second, order.third})
-            q = product(q, turnAbout(axis, numbers[axis] * unitOf(notation)));
+        double angles[3];
+        std::transform(numbers, numbers + 3, angles,
+                       [&](double number) { return number * unitOf(notation); });
+        q = eulerQuaternion(kEulerOrders[notation.order], angles);
     }
     const SbVec4f single(q);
     rotation.setValue(single[0], single[1], single[2], single[3]);
     return true;
+}
+
+void splitEuler(const EulerOrder& order, const Matrix& m, double* angles)
+{
+    // Where the second angle is this near to a quarter turn, the other two turn about one axis.
+    constexpr double kLocked = 1 - 1e-12;
+    const auto [i, j, k, name] = order;
+    const double sign = (j - i + 3) % 3 == 1 ? 1 : -1; // of the permutation
+    const double sine = std::clamp(-sign * m[k][i], -1., 1.);
+    angles[j] = std::asin(sine);
+    if (std::fabs(sine) < kLocked) {
+        angles[i] = std::atan2(sign * m[k][j], m[k][k]);
+        angles[k] = std::atan2(sign * m[j][i], m[i][i]);
+    } else {
+        angles[i] = std::atan2(-sign * m[j][k], m[j][j]);
+        angles[k] = 0;
+    }
+}
+
+void makeEuler(const EulerOrder& order, const double* angles, Matrix& matrix)
+{
+    columnMatrix(eulerQuaternion(order, angles), matrix);
 }
 
 void split(const Notation& notation, const SbRotation& rotation, double* numbers)

@@ -34,6 +34,12 @@ bool isAngle(Parts parts, int component);
 /// The rotation that numbers stand for. False, and nothing, for an axis or a quaternion without a
 /// direction and for numbers that are not finite.
 bool make(const Notation& notation, const double* numbers, SbRotation& rotation);
+/// A rotation for column vectors.
+using Matrix = double[3][3];
+/// The angles, in radians, about x, y and z that turn as the matrix does.
+void splitEuler(const EulerOrder& order, const Matrix& matrix, double* angles);
+void makeEuler(const EulerOrder& order, const double* angles, Matrix& matrix);
+
 /// The numbers of a rotation: round ones where they make the same bits.
 void split(const Notation& notation, const SbRotation& rotation, double* numbers);
 
