@@ -35,6 +35,19 @@ qreal lineWidth(const QWidget* widget)
     return std::max(1.5, widget->fontMetrics().height() / 10.0);
 }
 
+void paintCheckers(QPainter& painter, const QRectF& room, qreal size)
+{
+    painter.save();
+    painter.setClipRect(room);
+    painter.fillRect(room, Qt::white);
+    for (int row = 0; row * size < room.height(); ++row)
+        for (int column = row % 2; column * size < room.width(); column += 2)
+            painter.fillRect(
+                QRectF(room.left() + column * size, room.top() + row * size, size, size),
+                Qt::lightGray);
+    painter.restore();
+}
+
 QToolButton* makeButton(const QString& text, const QString& name, QWidget* parent)
 {
     auto* button = new QToolButton(parent);

@@ -7,6 +7,7 @@
 class QLabel;
 class QPainter;
 class QPalette;
+class QRectF;
 class QToolButton;
 class QWidget;
 
@@ -23,6 +24,9 @@ QColor warningColor(const QPalette& palette);
 QColor axisColor(const QPalette& palette, int axis);
 /// Of frames that must be seen.
 qreal lineWidth(const QWidget* widget);
+
+/// What shows through colours that are not opaque.
+void paintCheckers(QPainter& painter, const QRectF& room, qreal size);
 
 /// A flat button with a text, or an icon where `icon` is not null; `name` is for tool tips and
 /// screen readers.

@@ -80,7 +80,8 @@ MatrixParts MatrixParts::split(const SbMatrix& matrix)
     for (const double decimals : {1e3, 1e5, 1e7}) {
         Numbers round = parts.numbers;
         for (std::size_t i = kRotation; i < round.size(); ++i)
-            round[i] = std::round(round[i] * decimals) / decimals + 0.0; // no negative zero
+            round[i] =
+                static_cast<float>(std::round(round[i] * decimals) / decimals + 0.0); // no -0
         if (make(round) == matrix) {
             parts.numbers = round;
             break;

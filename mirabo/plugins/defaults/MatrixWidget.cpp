@@ -15,7 +15,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
+#include <cmath>
 
 namespace {
 

@@ -132,7 +132,8 @@ NumberBox::NumberBox(FieldNumbers::Kind kind, QWidget* parent)
 
 void NumberBox::setNumber(double number)
 {
-    m_number = number;
+    m_number = m_kind == FieldNumbers::Kind::Float ? static_cast<double>(static_cast<float>(number))
+                                                   : number;
     if (!isTyping())
         showNumber();
 }

@@ -151,7 +151,7 @@ void split(const Notation& notation, const SbRotation& rotation, double* numbers
     for (const double decimals : {1e3, 1e5, 1e7}) {
         double round[4];
         std::transform(numbers, numbers + count, round, [decimals](double number) {
-            return std::round(number * decimals) / decimals + 0.0; // no negative zero
+            return static_cast<float>(std::round(number * decimals) / decimals + 0.0); // no -0
         });
         SbRotation made;
         if (make(notation, round, made) && made == rotation) {

@@ -40,7 +40,7 @@ using Matrix = double[3][3];
 void splitEuler(const EulerOrder& order, const Matrix& matrix, double* angles);
 void makeEuler(const EulerOrder& order, const double* angles, Matrix& matrix);
 
-/// The numbers of a rotation: round ones where they make the same bits.
+/// The numbers of a rotation: round ones, as floats, where they make the same bits.
 void split(const Notation& notation, const SbRotation& rotation, double* numbers);
 
 } // namespace rotations
