@@ -31,6 +31,11 @@ public:
         setTabChangesFocus(true);
         setLineWrapMode(QPlainTextEdit::NoWrap);
         document()->setDocumentMargin(2);
+        setFrameShape(Box);
+        setFrameShadow(Plain);
+        QPalette framed = palette();
+        framed.setColor(QPalette::WindowText, framed.color(QPalette::Highlight));
+        setPalette(framed);
     }
     /// The text with all its blanks, which toPlainText() evens out.
     QString exactText() const
@@ -171,10 +176,7 @@ void ListDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewI
         const int lines = std::min(box->document()->blockCount(), kMaxLines);
         const int margins =
             2 * (box->frameWidth() + static_cast<int>(box->document()->documentMargin()));
-        const int scrollBar =
-            lines > 1
-                ? box->horizontalScrollBarPolicy() != Qt::ScrollBarAlwaysOff ? metrics.height() : 0
-                : 0;
+        const int scrollBar = lines > 1 ? metrics.height() : 0;
         box->setVerticalScrollBarPolicy(lines == 1 ? Qt::ScrollBarAlwaysOff
                                                    : Qt::ScrollBarAsNeeded);
         box->setHorizontalScrollBarPolicy(lines == 1 ? Qt::ScrollBarAlwaysOff

@@ -130,7 +130,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const
     const bool isCheck = m_cells.input() == ListCells::Input::Check;
     switch (role) {
     case Qt::DisplayRole:
-        return isSwatch || isCheck ? QVariant() : oneLine(cellText(index));
+        return isSwatch ? QVariant() : oneLine(cellText(index));
     case Qt::EditRole:
     case Qt::AccessibleTextRole:
         return isSwatch ? QVariant() : cellText(index);

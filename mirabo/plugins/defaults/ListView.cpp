@@ -40,16 +40,26 @@ ListView::ListView(ListModel& model, ListDelegate& delegate, QWidget* parent)
 
 void ListView::updateSizes()
 {
-    constexpr int kNumberCharacters = 11;
+    constexpr int kCharacters = 11;
+    constexpr int kLeastCharacters = 6;
+    constexpr int kMostStretched = 4; // columns that share the width
     const QFontMetrics metrics = fontMetrics();
+    const int digit = metrics.horizontalAdvance('0');
     const int rowHeight = metrics.height() + std::max(4, metrics.height() / 3);
+    const int first = m_model.tableColumn(0);
     verticalHeader()->setMinimumSectionSize(rowHeight);
     verticalHeader()->setDefaultSectionSize(rowHeight);
-    horizontalHeader()->setMinimumSectionSize(rowHeight);
-    horizontalHeader()->setDefaultSectionSize(metrics.horizontalAdvance('0') * kNumberCharacters);
-    if (m_model.cellColumn(0) < 0)
-        horizontalHeader()->resizeSection(0, rowHeight * 3 / 2);
-    horizontalHeader()->setStretchLastSection(m_model.columnCount() == m_model.tableColumn(1));
+    QHeaderView& columns = *horizontalHeader();
+    columns.setMinimumSectionSize(rowHeight);
+    columns.setDefaultSectionSize(digit * kCharacters);
+    if (m_model.columnCount() - first <= kMostStretched) {
+        columns.setMinimumSectionSize(std::max(rowHeight, digit * kLeastCharacters));
+        columns.setSectionResizeMode(QHeaderView::Stretch);
+    }
+    for (int column = 0; column < first; ++column) {
+        columns.setSectionResizeMode(column, QHeaderView::Fixed);
+        columns.resizeSection(column, rowHeight * 3 / 2);
+    }
     updateRowNumbers();
 }
 

@@ -39,6 +39,13 @@ QString grouped(int number)
     return QLocale().toString(number);
 }
 
+/// As exact as the numbers are.
+QString meanText(FieldNumbers::Kind kind, double mean)
+{
+    constexpr int kDigits = 12;
+    return isWhole(kind) ? QString::number(mean, 'g', kDigits) : numberText(kind, mean);
+}
+
 /// The cells of a list as spreadsheets copy them: all rows with a selected cell, and from the first
 /// to the last column with one.
 QString tabText(const SoMField& list, const ListCells& cells, const CellSelection& selection)
@@ -220,7 +227,7 @@ void ListWidget::commit()
 
 QString ListWidget::footText() const
 {
-    return m_foot->text();
+    return m_foot->text().replace(QChar::Nbsp, u' ');
 }
 
 QString ListWidget::problemText() const
@@ -503,11 +510,12 @@ void ListWidget::updateFoot()
         const QString of = label.isEmpty() ? QString() : label + ": ";
         if (result.count > 0)
             parts << of + "min " + numberText(kind, result.min)
-                  << "max " + numberText(kind, result.max)
-                  << "mean " + numberText(FieldNumbers::Kind::Double, result.mean);
+                  << "max " + numberText(kind, result.max) << "mean " + meanText(kind, result.mean);
         if (result.notNumbers > 0)
             parts << grouped(result.notNumbers) + " not-a-number";
     }
+    for (QString& part : parts)
+        part.replace(u' ', QChar::Nbsp); // lines break between the parts
     m_foot->setText(parts.join("  \u00b7  "));
 }
 
