@@ -2,8 +2,12 @@
 
 #include "BitMaskWidget.h"
 #include "BoolWidget.h"
+#include "ColorWidget.h"
 #include "EnumWidget.h"
 #include "FieldNumbers.h"
+#include "ImageWidget.h"
+#include "ListWidget.h"
+#include "MatrixWidget.h"
 #include "NumbersWidget.h"
 #include "ReferenceWidget.h"
 #include "RotationWidget.h"
@@ -20,19 +24,19 @@
 const std::vector<EditorEntry>& editorTable()
 {
     static const std::vector<EditorEntry> entries{
-        {"MFColor", makeTextWidget},      {"MFFloat", makeTextWidget},
-        {"MFInt32", makeTextWidget},      {"MFMatrix", makeTextWidget},
-        {"MFPlane", makeTextWidget},      {"MFRotation", makeTextWidget},
-        {"MFShort", makeTextWidget},      {"MFString", makeTextWidget},
-        {"MFUInt32", makeTextWidget},     {"MFUShort", makeTextWidget},
-        {"MFVec2f", makeTextWidget},      {"MFVec2i32", makeTextWidget},
-        {"MFVec2s", makeTextWidget},      {"MFVec3f", makeTextWidget},
-        {"MFVec4f", makeTextWidget},      {"MField", makeTextWidget},
+        {"MFColor", makeListWidget},      {"MFFloat", makeListWidget},
+        {"MFInt32", makeListWidget},      {"MFMatrix", makeListWidget},
+        {"MFPlane", makeListWidget},      {"MFRotation", makeListWidget},
+        {"MFShort", makeListWidget},      {"MFString", makeListWidget},
+        {"MFUInt32", makeListWidget},     {"MFUShort", makeListWidget},
+        {"MFVec2f", makeListWidget},      {"MFVec2i32", makeListWidget},
+        {"MFVec2s", makeListWidget},      {"MFVec3f", makeListWidget},
+        {"MFVec4f", makeListWidget},      {"MField", makeListWidget},
         {"SFBitMask", makeBitMaskWidget}, {"SFBool", makeBoolWidget},
-        {"SFBox3s", makeNumbersWidget},   {"SFColor", makeTextWidget},
+        {"SFBox3s", makeNumbersWidget},   {"SFColor", makeColorWidget},
         {"SFEnum", makeEnumWidget},       {"SFFloat", makeNumbersWidget},
-        {"SFImage", makeTextWidget},      {"SFInt32", makeNumbersWidget},
-        {"SFMatrix", makeTextWidget},     {"SFName", makeStringWidget},
+        {"SFImage", makeImageWidget},     {"SFInt32", makeNumbersWidget},
+        {"SFMatrix", makeMatrixWidget},   {"SFName", makeStringWidget},
         {"SFPlane", makeNumbersWidget},   {"SFRotation", makeRotationWidget},
         {"SFShort", makeNumbersWidget},   {"SFString", makeStringWidget},
         {"SFUInt32", makeNumbersWidget},  {"SFUShort", makeNumbersWidget},
@@ -47,7 +51,7 @@ MrbFieldWidget* makeWidgetByType(MrbFieldEdit* edit, MrbFieldWidget::Form form, 
 {
     const SoType type = edit->getFieldType();
     if (type == SoSFColorRGBA::getClassTypeId())
-        return makeTextWidget(edit, form, parent);
+        return makeColorWidget(edit, form, parent);
     if (isReferenceType(type))
         return makeReferenceWidget(edit, form, parent);
     if (FieldNumbers::of(type))
