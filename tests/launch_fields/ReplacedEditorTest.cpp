@@ -50,8 +50,7 @@ TEST_F(ReplacedEditorTest, GivesThePlaceBackWithItsProfile)
     choose(sphere->radius);
     const QPointer<QSlider> slider = control<QSlider>();
     ASSERT_TRUE(slider);
-    MrbFieldEditor* editor =
-        MrbFieldEditors::getInstance()->find(SoSFFloat::getClassTypeId());
+    MrbFieldEditor* editor = MrbFieldEditors::getInstance()->find(SoSFFloat::getClassTypeId());
     ASSERT_EQ(editor->getInfo().name, "Slider");
     const auto reported = support::expectErrors();
     editor->fail("enough");
