@@ -29,8 +29,12 @@ public:
         auto* boxes = new QGridLayout;
         boxes->setHorizontalSpacing(12);
         edit->read([&](const SoField& field) {
-            for (const SoEnumEntry& entry : static_cast<const SoSFBitMask&>(field).getEnums())
-                if (entry.value != 0)
+            const auto entries = static_cast<const SoSFBitMask&>(field).getEnums();
+            for (const SoEnumEntry& entry : entries)
+                m_all |= entry.value;
+            for (const SoEnumEntry& entry : entries)
+                if (entry.value != 0
+                    && (entry.value != m_all || entries.size() == 1)) // the rest has buttons
                     addBox(boxes, entry);
         });
         layout->addLayout(boxes);
@@ -73,14 +77,11 @@ private:
     {
         auto* foot = new QHBoxLayout;
         foot->setSpacing(4);
-        int all = 0;
-        for (const Bits& bits : m_boxes)
-            all |= bits.value;
         const auto addButton = [&](const QString& text, bool on) {
             auto* button = new QToolButton(this);
             button->setText(text);
             button->setAutoRaise(true);
-            connect(button, &QToolButton::clicked, this, [this, all, on] { apply(all, on); });
+            connect(button, &QToolButton::clicked, this, [this, on] { apply(m_all, on); });
             foot->addWidget(button);
         };
         addButton(tr("All"), true);
@@ -103,6 +104,7 @@ private:
     }
 
     std::vector<Bits> m_boxes;
+    int m_all = 0; ///< every bit that has a name
     QLabel* m_number;
 };
 

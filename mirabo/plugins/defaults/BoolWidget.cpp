@@ -9,12 +9,14 @@ namespace {
 
 class BoolWidget final : public MrbFieldWidget {
 public:
-    BoolWidget(MrbFieldEdit* edit, QWidget* parent)
+    BoolWidget(MrbFieldEdit* edit, Form form, QWidget* parent)
         : MrbFieldWidget(edit, parent), m_box(new QCheckBox(this))
     {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(m_box);
+        if (form == Form::Full)
+            layout->addStretch();
         m_box->setAccessibleName(tr("Value"));
         setFocusProxy(m_box);
         connect(m_box, &QCheckBox::clicked, this, [this](bool on) {
@@ -41,7 +43,7 @@ private:
 
 } // namespace
 
-MrbFieldWidget* makeBoolWidget(MrbFieldEdit* edit, MrbFieldWidget::Form, QWidget* parent)
+MrbFieldWidget* makeBoolWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QWidget* parent)
 {
-    return new BoolWidget(edit, parent);
+    return new BoolWidget(edit, form, parent);
 }

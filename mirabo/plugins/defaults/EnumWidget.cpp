@@ -11,12 +11,14 @@ namespace {
 
 class EnumWidget final : public MrbFieldWidget {
 public:
-    EnumWidget(MrbFieldEdit* edit, QWidget* parent)
+    EnumWidget(MrbFieldEdit* edit, Form form, QWidget* parent)
         : MrbFieldWidget(edit, parent), m_box(new QComboBox(this))
     {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(m_box);
+        if (form == Form::Full)
+            layout->addStretch();
         m_box->setAccessibleName(tr("Value"));
         m_box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         setFocusProxy(m_box);
@@ -68,5 +70,5 @@ MrbFieldWidget* makeEnumWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QW
         hasNames = static_cast<const SoSFEnum&>(field).getNumEnums() > 0;
     });
     // Without names it holds plain numbers.
-    return hasNames ? new EnumWidget(edit, parent) : makeTextWidget(edit, form, parent);
+    return hasNames ? new EnumWidget(edit, form, parent) : makeTextWidget(edit, form, parent);
 }

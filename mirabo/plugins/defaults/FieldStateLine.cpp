@@ -31,7 +31,7 @@ FieldStateLine::FieldStateLine(QWidget* parent)
     line->setSpacing(looks::kSpacing);
     for (QWidget* part :
          std::initializer_list<QWidget*>{m_ignored, m_reset, m_connect, m_disconnect})
-        line->addWidget(part);
+        line->addWidget(part, 0, Qt::AlignVCenter);
     line->addStretch();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

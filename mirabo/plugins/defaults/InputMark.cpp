@@ -1,5 +1,7 @@
 #include "InputMark.h"
 
+#include "Looks.h"
+
 #include <QVariant>
 #include <QWidget>
 

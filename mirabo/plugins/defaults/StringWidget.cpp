@@ -128,9 +128,11 @@ private:
 
 class LineString final : public StringWidgetBase {
 public:
-    LineString(MrbFieldEdit* edit, QLineEdit* input, QWidget* parent)
+    LineString(MrbFieldEdit* edit, Form form, QLineEdit* input, QWidget* parent)
         : StringWidgetBase(edit, input, parent), m_input(input)
     {
+        if (form == Form::Full)
+            static_cast<QVBoxLayout*>(layout())->addStretch();
         m_input->setPlaceholderText(tr("Empty"));
         connect(m_input, &QLineEdit::textEdited, this, [this] { apply(); });
     }
@@ -158,10 +160,10 @@ MrbFieldWidget* makeStringWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, 
 {
     const bool isName = edit->getFieldType() == SoSFName::getClassTypeId();
     if (isName)
-        return new LineString(edit, new QLineEdit, parent);
+        return new LineString(edit, form, new QLineEdit, parent);
     if (form == MrbFieldWidget::Form::Full)
         return new BlockString(edit, new QPlainTextEdit, parent);
     bool isLine = true;
     edit->read([&isLine](const SoField& field) { isLine = !textOf(field).contains('\n'); });
-    return isLine ? new LineString(edit, new QLineEdit, parent) : nullptr;
+    return isLine ? new LineString(edit, form, new QLineEdit, parent) : nullptr;
 }

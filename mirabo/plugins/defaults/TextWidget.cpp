@@ -2,6 +2,7 @@
 
 #include "FieldText.h"
 #include "InputMark.h"
+#include "MarkedLineEdit.h"
 
 #include <kalmyr/core/SoField.h>
 #include <mirabo/extender/MrbFieldPresentation.h>
@@ -10,7 +11,6 @@
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
@@ -21,7 +21,7 @@ namespace {
 /// Longer texts are shown cut, and cannot be edited here.
 constexpr int kMaxLength = 1'000'000;
 
-/// What both forms share; `Input` is QPlainTextEdit or QLineEdit.
+/// What both forms share.
 class TextWidgetBase : public MrbFieldWidget {
 public:
     TextWidgetBase(MrbFieldEdit* edit, QWidget* parent) : MrbFieldWidget(edit, parent)
@@ -151,7 +151,7 @@ private:
 class LineText final : public TextWidgetBase {
 public:
     LineText(MrbFieldEdit* edit, QWidget* parent)
-        : TextWidgetBase(edit, parent), m_input(new QLineEdit(this))
+        : TextWidgetBase(edit, parent), m_input(new MarkedLineEdit(this))
     {
         m_input->setAccessibleName(tr("Value as text"));
         m_input->installEventFilter(this);
@@ -175,7 +175,7 @@ protected:
         if (m_input->text() != text)
             m_input->setText(text);
     }
-    void showProblem(const QString& problem) override { markInput(m_input, problem); }
+    void showProblem(const QString& problem) override { m_input->setProblem(problem); }
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::KeyPress
@@ -187,7 +187,7 @@ protected:
     }
 
 private:
-    QLineEdit* m_input;
+    MarkedLineEdit* m_input;
 };
 
 } // namespace
