@@ -48,7 +48,7 @@ bool BoxedWidget::change(const MrbFieldEdit::Change& change)
 
 bool BoxedWidget::changeNumbers(const NumbersChange& change)
 {
-    if (!m_isBoxBusy)
+    if (!m_isInGesture)
         rememberBases();
     std::size_t call = 0;
     return this->change([&](SoField& value) {
@@ -83,22 +83,36 @@ void BoxedWidget::rememberNumbers()
     m_remembered = readNumbers();
 }
 
+void BoxedWidget::beginGesture()
+{
+    rememberBases();
+    m_isInGesture = true;
+    edit()->beginGesture();
+}
+
+void BoxedWidget::endGesture()
+{
+    m_isInGesture = false;
+    edit()->endGesture();
+}
+
+void BoxedWidget::cancelGesture()
+{
+    m_isInGesture = false;
+    edit()->cancelGesture();
+}
+
 void BoxedWidget::adopt(NumberBox* box)
 {
     m_boxes.push_back(box);
-    connect(box, &NumberBox::begun, this, [this] {
-        rememberBases();
-        m_isBoxBusy = true;
-        edit()->beginGesture();
-    });
-    connect(box, &NumberBox::ended, this, [this] { edit()->endGesture(); });
+    connect(box, &NumberBox::begun, this, &BoxedWidget::beginGesture);
+    connect(box, &NumberBox::ended, this, &BoxedWidget::endGesture);
     connect(box, &NumberBox::cancelled, this, [this] {
-        edit()->cancelGesture();
+        cancelGesture();
         clearRefusals();
         showValue();
     });
     connect(box, &NumberBox::settled, this, [this] {
-        m_isBoxBusy = false;
         if (!isTyping())
             typingEnded();
     });

@@ -22,8 +22,8 @@ public:
 protected:
     /// The numbers of a value.
     using Numbers = std::vector<double>;
-    /// Changes the numbers of a field's value. `base` has those from before the gesture of a box.
-    /// False gives the change up.
+    /// Changes the numbers of a field's value. `base` has those from before the gesture, which
+    /// typing starts from again with every key. False gives the change up.
     using NumbersChange = std::function<bool(const Numbers& base, double* numbers)>;
 
     const FieldNumbers& numbers() const { return *m_numbers; }
@@ -36,6 +36,11 @@ protected:
     std::vector<int> editableFields() const;
     /// What the fields hold is shown: isTyping() compares with it.
     void rememberNumbers();
+
+    /// Those of the edit; in between changeNumbers() knows the numbers from before.
+    void beginGesture();
+    void endGesture();
+    void cancelGesture();
 
     /// Has a box begin and end gestures of the edit; what it tells by edited() is up to the caller.
     void adopt(NumberBox* box);
@@ -57,7 +62,7 @@ private:
     std::vector<NumberBox*> m_boxes; // Not owned; children.
     Numbers m_remembered;
     std::vector<Numbers> m_bases; // of the editable fields, when the gesture began
-    bool m_isBoxBusy = false;     // with a gesture
+    bool m_isInGesture = false;
 };
 
 /// Reads numbers and expressions with spaces, commas, semicolons or brackets around them. Empty

@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -188,10 +189,10 @@ void ColorWidget::addRow(QGridLayout& grid, int row, const Row& names, const QSt
     connect(bar, &ColorBar::moved, this, [this, row](double position) {
         take(row, static_cast<float>(position * scaleOf(row)));
     });
-    connect(bar, &ColorBar::begun, this, [this] { this->edit()->beginGesture(); });
-    connect(bar, &ColorBar::ended, this, [this] { this->edit()->endGesture(); });
+    connect(bar, &ColorBar::begun, this, [this] { beginGesture(); });
+    connect(bar, &ColorBar::ended, this, [this] { endGesture(); });
     connect(bar, &ColorBar::cancelled, this, [this] {
-        this->edit()->cancelGesture();
+        cancelGesture();
         showValue();
     });
     connect(bar, &ColorBar::finished, this, &ColorWidget::finished);
@@ -233,6 +234,8 @@ void ColorWidget::takeHex(const QString& text)
 {
     m_isHexTyped = true;
     Numbers read = m_present;
+    read.resize(4, NAN);
+    read[3] = NAN; // unless the text tells alpha
     if (!colors::readHex(text, read.data(), count())) {
         m_hex->setProblem(count() > 3 ? "Expected #rgb, #rgba, #rrggbb, #rrggbbaa or a name"
                                       : "Expected #rgb, #rrggbb or the name of a colour");
@@ -240,17 +243,19 @@ void ColorWidget::takeHex(const QString& text)
     }
     m_hex->setProblem({});
     if (!std::exchange(m_isHexGesture, true))
-        edit()->beginGesture();
-    const QString shown = colors::hexText(m_present.data(), count());
-    if (colors::hexText(read.data(), count()) == shown
-        && !colors::isBeyondLimits(m_present.data(), count()))
-        return; // no other colour than was shown: that one may be finer
-    const bool hasAlpha = count() > 3 && read[3] != m_present[3];
-    change([this, &read, hasAlpha](SoField& value) {
-        double all[FieldNumbers::kMaxCount];
-        numbers().get(value, 0, all);
-        std::copy_n(read.begin(), hasAlpha ? 4 : 3, all);
-        return numbers().setAll(value, 0, all);
+        beginGesture();
+    changeNumbers([this, &read](const Numbers& base, double* present) {
+        Numbers made = base;
+        std::copy_n(read.begin(), 3, made.begin());
+        if (!std::isnan(read[3]))
+            made[3] = read[3];
+        // No other colour than was shown: that one may be finer than the text.
+        const bool isShown =
+            colors::hexText(made.data(), count()) == colors::hexText(base.data(), count());
+        const Numbers& result =
+            isShown && !colors::isBeyondLimits(base.data(), count()) ? base : made;
+        std::copy_n(result.begin(), count(), present);
+        return true;
     });
     m_hex->setProblem(edit()->getProblem());
     showValue();
@@ -261,7 +266,7 @@ void ColorWidget::endHex()
     if (!m_isHexTyped)
         return;
     if (std::exchange(m_isHexGesture, false))
-        edit()->endGesture();
+        endGesture();
     if (m_hex->isIllegal())
         return; // it stays
     m_isHexTyped = false;
@@ -276,7 +281,7 @@ void ColorWidget::cancelHex()
     }
     m_hex->setProblem({});
     if (std::exchange(m_isHexGesture, false))
-        edit()->cancelGesture();
+        cancelGesture();
     typingEnded();
     m_hex->selectAll();
 }
@@ -298,7 +303,7 @@ void ColorWidget::openDialog()
         if (!color.isValid())
             return;
         if (!std::exchange(m_isDialogGesture, true))
-            edit()->beginGesture();
+            beginGesture();
         takeColor(color, true);
     });
     connect(m_dialog, &QDialog::finished, this,
@@ -312,9 +317,9 @@ void ColorWidget::endDialog(bool isAccepted)
     if (!std::exchange(m_isDialogGesture, false))
         return;
     if (isAccepted)
-        edit()->endGesture();
+        endGesture();
     else
-        edit()->cancelGesture();
+        cancelGesture();
     showValue();
 }
 
@@ -384,18 +389,17 @@ bool ColorWidget::takeHsv(int component, double number)
     shown[component] = number;
     const bool isOne = edit()->getFieldCount() == 1;
     bool isHeld = true;
-    change([&](SoField& value) {
-        double all[FieldNumbers::kMaxCount];
+    changeNumbers([&](const Numbers& base, double* present) {
         double hsv[kHsv];
-        numbers().get(value, 0, all);
         if (isOne)
             std::copy_n(shown, kHsv, hsv);
         else
-            splitHsv(all, hsv);
+            splitHsv(base.data(), hsv);
         hsv[component] = number;
-        colors::fromHsv(hsv, all);
-        return isHeld = std::all_of(all, all + kHsv, [](double n) { return std::isfinite(n); })
-                        && numbers().setAll(value, 0, all);
+        colors::fromHsv(hsv, present);
+        return isHeld = std::all_of(present, present + kHsv, [](double n) {
+                   return std::fabs(n) <= std::numeric_limits<float>::max();
+               });
     });
     // A slider tells the number, its box does not know of it yet.
     if (isHeld)

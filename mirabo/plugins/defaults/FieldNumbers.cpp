@@ -218,6 +218,9 @@ struct Parts<SbRotation> : Made<SbRotation, Parts<SbRotation>> {
     }
     static bool setAll(SbRotation& value, const double* numbers)
     {
+        SbVec4f single;
+        if (!Parts<SbVec4f>::setAll(single, numbers))
+            return false;
         SbVec3d axis(numbers);
         const double length = axis.normalize();
         if (!(length > 0) || !std::isfinite(length) || !std::isfinite(numbers[3]))

@@ -15,6 +15,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -216,20 +217,22 @@ void MatrixWidget::takePart(int index, double number)
     const MatrixParts::Numbers shown = shownParts();
     const bool isOne = edit()->getFieldCount() == 1;
     QString problem;
-    change([&](SoField& value) {
-        auto& field = static_cast<SoSFMatrix&>(value);
+    changeNumbers([&](const Numbers& base, double* present) {
+        SbMatrix before;
+        std::transform(base.begin(), base.end(), before[0],
+                       [](double n) { return static_cast<float>(n); });
         MatrixParts parts;
         parts.numbers = shown;
         if (!isOne)
-            parts = MatrixParts::split(field.getValue());
+            parts = MatrixParts::split(before);
         parts.numbers[static_cast<std::size_t>(index)] = number;
-        const SbMatrix made = MatrixParts::make(parts.numbers, index, field.getValue());
+        const SbMatrix made = MatrixParts::make(parts.numbers, index, before);
         if (!std::isfinite(number))
             problem = "A part must be finite";
         else if (!parts.problem.isEmpty())
             problem = "A matrix: " + parts.problem;
         else
-            field.setValue(made);
+            std::copy_n(made[0], kElements, present);
         return problem.isEmpty();
     });
     markRefusal(part(index), problem);

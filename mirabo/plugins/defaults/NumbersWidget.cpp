@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <QToolButton>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -201,9 +202,12 @@ bool NumbersWidget::takePlane(int component, double number)
     const Numbers shown = shownNumbers();
     const bool isOne = edit()->getFieldCount() == 1;
     bool isHeld = true;
-    change([&](SoField& value) {
-        return isHeld = isOne ? numbers().setAll(value, 0, shown.data())
-                              : numbers().set(value, 0, component, number);
+    changeNumbers([&](const Numbers& base, double* present) {
+        const Numbers& start = isOne ? shown : base;
+        std::copy(start.begin(), start.end(), present);
+        present[component] = number;
+        return isHeld = std::hypot(present[0], present[1], present[2]) > 0
+                        && std::isfinite(std::hypot(present[0], present[1], present[2]));
     });
     return isHeld;
 }

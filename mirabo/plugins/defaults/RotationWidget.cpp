@@ -15,6 +15,8 @@
 #include <QToolButton>
 
 #include <array>
+#include <functional>
+#include <vector>
 
 using rotations::Notation;
 using rotations::Parts;
@@ -58,6 +60,10 @@ private:
     void setNotation(const Notation& notation);
     void take(int component, double number);
     void turn(const SbRotation& by);
+    /// Makes rotations of those from before the gesture.
+    using RotationChange = std::function<bool(const SbRotation& base, SbRotation& rotation)>;
+    bool changeRotations(const RotationChange& change);
+    void rememberRotations();
     bool isShownAlready() const;
 
     Notation m_notation;
@@ -68,7 +74,7 @@ private:
     QComboBox* m_order = nullptr;
     QToolButton* m_unit = nullptr;
     Trackball* m_ball = nullptr;
-    std::vector<SbRotation> m_turnBases; // of the editable fields, when the ball was taken
+    std::vector<SbRotation> m_bases; // of the editable fields, when the gesture began
 };
 
 RotationWidget::RotationWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QWidget* parent)
@@ -91,6 +97,7 @@ void RotationWidget::addBoxes()
     for (int i = 0; i < kNumbers; ++i) {
         auto* box = new NumberBox(FieldNumbers::Kind::Float, this);
         adopt(box);
+        connect(box, &NumberBox::begun, this, &RotationWidget::rememberRotations);
         connect(box, &NumberBox::edited, this, [this, i](double number) { take(i, number); });
     }
 }
@@ -177,16 +184,13 @@ void RotationWidget::addTrackball(QGridLayout& grid)
     m_ball = new Trackball(this);
     grid.addWidget(m_ball, 1, 2, kNumbers + 1, 1, Qt::AlignTop);
     connect(m_ball, &Trackball::begun, this, [this] {
-        m_turnBases.clear();
-        for (const int field : editableFields())
-            edit()->read([this](const SoField& value) { m_turnBases.push_back(rotationOf(value)); },
-                         field);
-        edit()->beginGesture();
+        rememberRotations();
+        beginGesture();
     });
     connect(m_ball, &Trackball::turned, this, &RotationWidget::turn);
-    connect(m_ball, &Trackball::ended, this, [this] { edit()->endGesture(); });
+    connect(m_ball, &Trackball::ended, this, [this] { endGesture(); });
     connect(m_ball, &Trackball::cancelled, this, [this] {
-        edit()->cancelGesture();
+        cancelGesture();
         showValue();
     });
     connect(m_ball, &Trackball::finished, this, &RotationWidget::finished);
@@ -228,20 +232,11 @@ void RotationWidget::take(int component, double number)
     const Numbers shown = shownNumbers();
     const bool isOne = edit()->getFieldCount() == 1;
     bool isHeld = true;
-    change([&](SoField& value) {
-        auto& field = static_cast<SoSFRotation&>(value);
-        SbRotation rotation;
-        if (isOne) {
-            isHeld = rotations::make(m_notation, shown.data(), rotation);
-        } else {
-            double numbers[kNumbers];
-            rotations::split(m_notation, field.getValue(), numbers);
-            numbers[component] = number;
-            isHeld = rotations::make(m_notation, numbers, rotation);
-        }
-        if (isHeld)
-            field.setValue(rotation);
-        return isHeld;
+    changeRotations([&](const SbRotation& base, SbRotation& rotation) {
+        double numbers[kNumbers];
+        rotations::split(m_notation, base, numbers);
+        numbers[component] = number;
+        return isHeld = rotations::make(m_notation, isOne ? shown.data() : numbers, rotation);
     });
     const char* why = m_notation.parts == Parts::Euler ? "An angle must be finite"
                                                        : "There is no direction in zeros and no "
@@ -253,14 +248,32 @@ void RotationWidget::take(int component, double number)
 
 void RotationWidget::turn(const SbRotation& by)
 {
-    std::size_t call = 0;
-    change([&](SoField& value) {
-        if (call >= m_turnBases.size())
-            return false;
-        static_cast<SoSFRotation&>(value).setValue(m_turnBases[call++] * by);
+    changeRotations([&by](const SbRotation& base, SbRotation& rotation) {
+        rotation = base * by;
         return true;
     });
     showValue();
+}
+
+bool RotationWidget::changeRotations(const RotationChange& change)
+{
+    if (!edit()->isInGesture())
+        rememberRotations();
+    std::size_t call = 0;
+    return this->change([&](SoField& value) {
+        SbRotation rotation;
+        if (call >= m_bases.size() || !change(m_bases[call++], rotation))
+            return false;
+        static_cast<SoSFRotation&>(value).setValue(rotation);
+        return true;
+    });
+}
+
+void RotationWidget::rememberRotations()
+{
+    m_bases.clear();
+    for (const int field : editableFields())
+        edit()->read([this](const SoField& value) { m_bases.push_back(rotationOf(value)); }, field);
 }
 
 bool RotationWidget::isShownAlready() const
