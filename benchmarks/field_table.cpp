@@ -16,6 +16,7 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/io/SoDB.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QScrollBar>
 
@@ -172,6 +173,28 @@ void sortAll(benchmark::State& state)
     }
 }
 
+void copyAll(benchmark::State& state)
+{
+    Table table(state);
+    table.show();
+    table.widget->view()->selectAll();
+    for (auto _ : state)
+        table.widget->action(ListAction::Copy)->trigger();
+}
+
+void fillAll(benchmark::State& state)
+{
+    Table table(state);
+    table.show();
+    table.widget->view()->selectAll();
+    for (auto _ : state) {
+        table.widget->action(ListAction::FillDown)->trigger();
+        state.PauseTiming();
+        table.services.undo();
+        state.ResumeTiming();
+    }
+}
+
 #define LENGTHS ArgName("values")->RangeMultiplier(10)->Range(1'000, 1'000'000)
 BENCHMARK(showTable)->LENGTHS->Unit(benchmark::kMillisecond);
 BENCHMARK(scroll)->LENGTHS->Unit(benchmark::kMillisecond);
@@ -180,6 +203,8 @@ BENCHMARK(editOneFieldOnly)->LENGTHS->Unit(benchmark::kMicrosecond);
 BENCHMARK(followChange)->LENGTHS->Unit(benchmark::kMillisecond);
 BENCHMARK(selectAll)->LENGTHS->Unit(benchmark::kMillisecond);
 BENCHMARK(multiplyAll)->LENGTHS->Unit(benchmark::kMillisecond);
+BENCHMARK(copyAll)->LENGTHS->Unit(benchmark::kMillisecond);
+BENCHMARK(fillAll)->LENGTHS->Unit(benchmark::kMillisecond);
 BENCHMARK(sortAll)->LENGTHS->Unit(benchmark::kMillisecond);
 
 } // namespace

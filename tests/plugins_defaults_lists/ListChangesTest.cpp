@@ -169,6 +169,41 @@ TEST_F(ListChangesTest, CopiesOnlyWhatIsSelected)
     EXPECT_EQ(clipboard(), "0\t\n\t10\n");
 }
 
+TEST_F(ListChangesTest, SetsNumbersThatDependOnEachOtherTogether)
+{
+    SoMFRotation field, copies;
+    field.set1Value(0, SbRotation(SbVec3f(1, 2, 3), 0.7f));
+    field.set1Value(1, SbRotation(SbVec3f(0, 0, -1), 3));
+    show(field);
+    view().selectAll();
+    press(Qt::Key_C, Qt::ControlModifier);
+    copies.setNum(2);
+    show(copies);
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_V, Qt::ControlModifier);
+    ASSERT_EQ(copies.getNum(), 2);
+    EXPECT_TRUE(copies[0].equals(field[0], 1e-6f));
+    EXPECT_TRUE(copies[1].equals(field[1], 1e-6f));
+    show(field);
+    view().selectAll();
+    run(ListAction::FillDown);
+    EXPECT_EQ(field[1], field[0]) << "to the bit";
+    click(0, 3);
+    click(1, 3, Qt::ShiftModifier);
+    answer(ListAction::Multiply, "2");
+    EXPECT_TRUE(field[1].equals(SbRotation(SbVec3f(1, 2, 3), 1.4f), 1e-6f));
+}
+
+TEST_F(ListChangesTest, GoesOnFromEachCellByItself)
+{
+    SoMFInt32 field;
+    field.setValues(0, std::array{1, 2, 3});
+    show(field);
+    view().selectAll();
+    answer(ListAction::Set, "*= 10");
+    EXPECT_EQ(valuesOf(field), (Ints{10, 20, 30}));
+}
+
 TEST_F(ListChangesTest, PastesNothingOfATableWithABadCell)
 {
     SoMFVec2f field;
@@ -176,9 +211,9 @@ TEST_F(ListChangesTest, PastesNothingOfATableWithABadCell)
     field.setDefault(true);
     show(field);
     click(0, 0);
-    for (const auto& [pasted, problem] : {std::pair{"1\t2\n3\tx", "Row 2, column 2"},
+    for (const auto& [pasted, problem] : {std::pair{"1\t2\n3\tx", "Row 2 of the clipboard: column y"},
                                           {"1\t2\t3", "Row 1 of the clipboard has 3"},
-                                          {"1\t2\n\n", "Row 2, column 1"}}) {
+                                          {"1\t2\n\n", "Row 2 of the clipboard: column x"}}) {
         putOnClipboard(pasted);
         press(Qt::Key_V, Qt::ControlModifier);
         EXPECT_TRUE(widget().problemText().contains(problem))

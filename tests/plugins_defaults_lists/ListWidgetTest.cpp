@@ -10,6 +10,7 @@
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoSphere.h>
 
+#include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
@@ -197,6 +198,7 @@ TEST_F(ListWidgetTest, FollowsChangesFromOutsideWithoutDisturbing)
 {
     SoMFVec3f field;
     show(fill(field, 5));
+    const QAbstractItemModelTester tester(view().model());
     view().selectRows(RowRanges({1, 2}));
     click(3, 0);
     click(1, 0, Qt::ControlModifier);

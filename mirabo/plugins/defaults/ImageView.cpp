@@ -190,6 +190,9 @@ void ImageView::paintEvent(QPaintEvent*)
     const QSizeF pixels(static_cast<double>(m_part.width()) / m_factor,
                         static_cast<double>(m_part.height()) / m_factor);
     painter.drawImage(place, m_picture, QRectF(QPointF(), pixels));
+    // Where the image ends, whatever colours it and the desktop have.
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(QRectF(origin(), QSizeF(m_size) * scale()).adjusted(-1, -1, 0, 0));
 }
 
 void ImageView::resizeEvent(QResizeEvent* event)

@@ -174,6 +174,8 @@ void ImageWidget::showValue()
     m_view->imageChanged({value.getWidth(), value.getHeight()});
     showSize(value);
     showPixel(m_shownPixel);
+    m_fit->setEnabled(!value.isNull());
+    m_original->setEnabled(!value.isNull());
     m_save->setEnabled(!value.isNull());
     m_clear->setEnabled(!value.isNull() && !m_isReadOnly);
     m_load->setEnabled(!m_isReadOnly);
@@ -265,13 +267,10 @@ void ImageWidget::tell(const QString& problem)
 
 void ImageWidget::setImage(const SbImage& image)
 {
-    const QPointer<ImageWidget> self(this); // a sensor of the host may end the tool
     edit()->change([&image](SoField& value) {
         static_cast<SoSFImage&>(value).setValue(image);
         return true;
     });
-    if (!self)
-        return;
     tell(edit()->getProblem());
     showValue();
 }

@@ -61,12 +61,16 @@ void sortBy(const std::vector<Key>& keys, bool isDescending, const Less& less,
 
 class NumberCells final : public ListCells {
 public:
-    NumberCells(const FieldNumbers& numbers, bool isColor)
-        : ListCells(Input::Line, numbers.labels()), m_numbers(numbers), m_isColor(isColor)
+    NumberCells(const FieldNumbers& numbers, bool isColor, bool isJoint)
+        : ListCells(Input::Line, numbers.labels()),
+          m_numbers(numbers),
+          m_isColor(isColor),
+          m_isJoint(isJoint)
     {
     }
 
     const FieldNumbers* numbers() const override { return &m_numbers; }
+    bool isJoint() const override { return m_isJoint; }
     QString text(const SoMField& field, int row, int column) const override
     {
         return numberText(m_numbers.kind(), number(field, row, column));
@@ -91,10 +95,6 @@ public:
             return true;
         problem = "No such value: a direction has a length";
         return false;
-    }
-    bool copyCell(SoMField& values, int from, int to, int column) const override
-    {
-        return m_numbers.set(values, to, column, number(values, from, column));
     }
     void sort(const SoMField& values, int column, bool isDescending,
               std::vector<int>& rows) const override
@@ -121,6 +121,7 @@ private:
 
     const FieldNumbers& m_numbers;
     bool m_isColor;
+    bool m_isJoint;
 };
 
 class BoolCells final : public ListCells {
@@ -256,7 +257,8 @@ std::unique_ptr<const ListCells> ListCells::of(const SoMField& field)
     const auto is = [&field](auto... type) { return (field.isOfType(type) || ...); };
     if (const FieldNumbers* numbers = FieldNumbers::of(field.getTypeId()))
         return std::make_unique<NumberCells>(
-            *numbers, is(SoMFColor::getClassTypeId(), SoMFColorRGBA::getClassTypeId()));
+            *numbers, is(SoMFColor::getClassTypeId(), SoMFColorRGBA::getClassTypeId()),
+            is(SoMFRotation::getClassTypeId(), SoMFPlane::getClassTypeId()));
     if (is(SoMFBool::getClassTypeId()))
         return std::make_unique<BoolCells>();
     if (is(SoMFEnum::getClassTypeId()))
@@ -269,16 +271,6 @@ std::unique_ptr<const ListCells> ListCells::of(const SoMField& field)
         return std::make_unique<NodeCells>();
     const bool isReference = is(SoMFPath::getClassTypeId(), SoMFEngine::getClassTypeId());
     return std::make_unique<SceneTextCells>(isReference ? Input::None : Input::Line);
-}
-
-bool ListCells::copyCell(SoMField& values, int from, int to, int) const
-{
-    const std::unique_ptr<SoField> one = values.createTwin();
-    if (!one)
-        return false;
-    auto& list = static_cast<SoMField&>(*one);
-    return list.replaceValues(0, list.getNum(), values, from, 1)
-           && values.replaceValues(to, 1, list, 0, 1);
 }
 
 void ListCells::sort(const SoMField& values, int column, bool isDescending,

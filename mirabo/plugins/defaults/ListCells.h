@@ -51,8 +51,8 @@ public:
     /// with nothing changed and the reason told, for a text that is no such value.
     virtual bool setText(SoMField& values, int row, int column, const QString& text,
                          QString& problem) const = 0;
-    /// Copies one cell within a list.
-    virtual bool copyCell(SoMField& values, int from, int to, int column) const;
+    /// Numbers of a value depend on each other: several of them are set together.
+    virtual bool isJoint() const { return false; }
     /// Orders rows by their cells in a column; those with equal cells stay in order, and what is
     /// not a number comes last.
     virtual void sort(const SoMField& values, int column, bool isDescending,

@@ -2,6 +2,7 @@
 
 #include "FieldNumbers.h"
 #include "ListCells.h"
+#include "NumberInput.h"
 #include "NumberText.h"
 
 #include "mirabo/extender/MrbFieldEdit.h"
@@ -73,6 +74,25 @@ int CellSelection::count() const
                            [](int sum, const RowRanges& rows) { return sum + rows.count(); });
 }
 
+bool CellSelection::allRows(
+    int end, const std::function<bool(int row, std::span<const int> columns)>& function) const
+{
+    std::vector<std::size_t> ranges(columns.size()); // of each column, that of the row or the next
+    std::vector<int> selected;
+    return rows().below(end).all([&](int row) {
+        selected.clear();
+        for (std::size_t column = 0; column < columns.size(); ++column) {
+            const std::vector<RowRange>& all = columns[column].ranges();
+            std::size_t& range = ranges[column];
+            while (range < all.size() && all[range].last < row)
+                ++range;
+            if (range < all.size() && all[range].first <= row)
+                selected.push_back(static_cast<int>(column));
+        }
+        return function(row, selected);
+    });
+}
+
 ListChanges::ListChanges(MrbFieldEdit& edit, const ListCells& cells) : m_edit(edit), m_cells(cells)
 {
 }
@@ -91,11 +111,10 @@ bool ListChanges::fail(const QString& why)
     return false;
 }
 
-QString ListChanges::placeOf(int row, int column) const
+QString ListChanges::headOf(int column) const
 {
     const QString& label = m_cells.labels().at(column);
-    const QString place = QString("Row %1").arg(row);
-    return label.isEmpty() ? place : place + ", " + label;
+    return label.isEmpty() ? QString() : "column " + label + ": ";
 }
 
 bool ListChanges::rewrite(RowRange rows, const Change& change)
@@ -138,79 +157,128 @@ bool ListChanges::setCell(int row, int column, const QString& text, const SoMFie
 
 bool ListChanges::set(const CellSelection& cells, const QString& text)
 {
-    return rewrite(cells.rows().bounds(), [&](SoMField& values, int offset) {
-        for (int column = 0; column < m_cells.columnCount(); ++column) {
-            const RowRanges rows =
-                cells.columns[static_cast<std::size_t>(column)].below(offset + values.getNum());
-            int first = -1; // the text is read once
-            const bool isSet = rows.all([&](int row) {
-                if (first >= 0)
-                    return m_cells.copyCell(values, first, row - offset, column);
-                first = row - offset;
-                return m_cells.setText(values, first, column, text, m_problem);
-            });
-            if (!isSet)
-                return false;
-        }
-        return true;
+    if (const FieldNumbers* numbers = m_cells.numbers())
+        return changeNumbers(cells, [&, kind = numbers->kind()](double& number, int, QString& why) {
+            return readNumber(kind, text, number, number, why);
+        });
+    const RowRanges rows = cells.rows();
+    return rewrite(rows.bounds(), [&](SoMField& values, int offset) {
+        std::unique_ptr<SoMField> one; // the text is read once
+        return rows.below(offset + values.getNum()).all([&](int row) {
+            if (one)
+                return values.replaceValues(row - offset, 1, *one, 0, 1);
+            const bool isSet = m_cells.setText(values, row - offset, 0, text, m_problem);
+            one = copyOf(values, row - offset, 1);
+            return isSet && one;
+        });
     });
+}
+
+bool ListChanges::changeRow(SoMField& values, int row, std::span<const int> columns,
+                            const NumberChange& change, QString& problem) const
+{
+    const FieldNumbers& numbers = *m_cells.numbers();
+    double parts[FieldNumbers::kMaxCount];
+    numbers.get(values, row, parts);
+    for (const int column : columns) {
+        double& part = parts[column];
+        if (!change(part, column, problem) || !fitNumber(numbers.kind(), part, &problem)) {
+            problem = headOf(column) + problem;
+            return false;
+        }
+    }
+    const bool isSet = m_cells.isJoint()
+                           ? numbers.setAll(values, row, parts)
+                           : std::all_of(columns.begin(), columns.end(), [&](int column) {
+                                 return numbers.set(values, row, column, parts[column]);
+                             });
+    if (!isSet)
+        problem = "no such value";
+    return isSet;
 }
 
 bool ListChanges::changeNumbers(const CellSelection& cells, const NumberChange& change)
 {
-    const FieldNumbers* numbers = m_cells.numbers();
-    if (!numbers)
+    if (!m_cells.numbers())
         return fail("These values are no numbers");
     return rewrite(cells.rows().bounds(), [&](SoMField& values, int offset) {
-        double parts[FieldNumbers::kMaxCount];
-        for (int column = 0; column < m_cells.columnCount(); ++column) {
-            const RowRanges rows =
-                cells.columns[static_cast<std::size_t>(column)].below(offset + values.getNum());
-            const bool isSet = rows.all([&](int row) {
-                numbers->get(values, row - offset, parts);
-                double result = change(parts[column]);
-                if (isWhole(numbers->kind()))
-                    result = std::round(result);
-                if (numbers->set(values, row - offset, column, result))
-                    return true;
-                QString why;
-                if (fitNumber(numbers->kind(), result, &why))
-                    why = "no such value";
-                return fail(placeOf(row, column) + ": " + why);
-            });
-            if (!isSet)
-                return false;
-        }
-        return true;
+        return cells.allRows(offset + values.getNum(), [&](int row, std::span<const int> columns) {
+            QString why;
+            return changeRow(values, row - offset, columns, change, why)
+                   || fail(QString("Row %1: %2").arg(row).arg(why));
+        });
     });
 }
 
 bool ListChanges::add(const CellSelection& cells, double number)
 {
-    return changeNumbers(cells, [number](double present) { return present + number; });
+    return changeNumbers(cells, [this, number](double& present, int, QString&) {
+        present = rounded(present + number);
+        return true;
+    });
 }
 
 bool ListChanges::multiply(const CellSelection& cells, double factor)
 {
-    return changeNumbers(cells, [factor](double present) { return present * factor; });
+    return changeNumbers(cells, [this, factor](double& present, int, QString&) {
+        present = rounded(present * factor);
+        return true;
+    });
+}
+
+double ListChanges::rounded(double number) const
+{
+    return isWhole(m_cells.numbers()->kind()) ? std::round(number) : number;
 }
 
 bool ListChanges::fillDown(const CellSelection& cells)
 {
+    const auto columnCount = static_cast<std::size_t>(m_cells.columnCount());
+    std::vector<int> first; // row of each column
+    for (const RowRanges& rows : cells.columns)
+        first.push_back(rows.bounds().first);
+    const bool isWholeRows =
+        std::all_of(cells.columns.begin(), cells.columns.end(),
+                    [&](const RowRanges& rows) { return rows == cells.columns.front(); });
     return rewrite(cells.rows().bounds(), [&](SoMField& values, int offset) {
-        for (int column = 0; column < m_cells.columnCount(); ++column) {
-            const RowRanges rows =
-                cells.columns[static_cast<std::size_t>(column)].below(offset + values.getNum());
-            const int first = rows.bounds().first - offset;
-            const bool isSet = rows.all([&](int row) {
-                return row - offset == first
-                       || m_cells.copyCell(values, first, row - offset, column);
-            });
-            if (!isSet)
-                return fail("No such value");
-        }
-        return true;
+        double from[FieldNumbers::kMaxCount] = {};
+        if (const FieldNumbers* numbers = m_cells.numbers())
+            for (std::size_t column = 0; column < columnCount; ++column) {
+                double parts[FieldNumbers::kMaxCount] = {};
+                numbers->get(values, first[column] - offset, parts);
+                from[column] = parts[column];
+            }
+        const auto take = [&from](double& number, int column, QString&) {
+            number = from[column];
+            return true;
+        };
+        const bool isThere = first[0] - offset < values.getNum();
+        const std::unique_ptr<SoMField> one =
+            isWholeRows && isThere ? copyOf(values, first[0] - offset, 1) : nullptr;
+        return cells.allRows(offset + values.getNum(), [&](int row, std::span<const int> columns) {
+            if (one)
+                return values.replaceValues(row - offset, 1, *one, 0, 1);
+            QString why;
+            return changeRow(values, row - offset, columns, take, why)
+                   || fail(QString("Row %1: %2").arg(row).arg(why));
+        });
     });
+}
+
+bool ListChanges::setRow(SoMField& values, int row, int column, const QStringList& texts,
+                         QString& problem) const
+{
+    const FieldNumbers* numbers = m_cells.numbers();
+    if (!numbers)
+        return texts.isEmpty() || m_cells.setText(values, row, column, texts.front(), problem);
+    std::vector<int> columns(static_cast<std::size_t>(texts.size()));
+    std::iota(columns.begin(), columns.end(), column);
+    return changeRow(
+        values, row, columns,
+        [&](double& number, int at, QString& why) {
+            return readNumber(numbers->kind(), texts[at - column], number, number, why);
+        },
+        problem);
 }
 
 bool ListChanges::paste(int row, int column, const std::vector<QStringList>& table)
@@ -233,14 +301,9 @@ bool ListChanges::paste(int row, int column, const std::vector<QStringList>& tab
                                 .arg(i + 1)
                                 .arg(cells.size())
                                 .arg(m_cells.columnCount() - column));
-            for (int j = 0; j < cells.size(); ++j) {
-                QString why;
-                if (!m_cells.setText(values, row - offset + i, column + j, cells[j], why))
-                    return fail(QString("Row %1, column %2 of the clipboard: %3")
-                                    .arg(i + 1)
-                                    .arg(j + 1)
-                                    .arg(why));
-            }
+            QString why;
+            if (!setRow(values, row - offset + i, column, cells, why))
+                return fail(QString("Row %1 of the clipboard: %2").arg(i + 1).arg(why));
         }
         return true;
     });

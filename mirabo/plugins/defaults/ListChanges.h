@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <span>
 #include <vector>
 
 class ListCells;
@@ -21,6 +22,10 @@ struct CellSelection {
     bool isEmpty() const { return rows().isEmpty(); }
     /// Number of cells.
     int count() const;
+    /// Calls with each row in order, below `end`, and its columns, until one call is false; false
+    /// then. Cost: the rows, whatever their number of ranges.
+    bool allRows(int end,
+                 const std::function<bool(int row, std::span<const int> columns)>& function) const;
 };
 
 /// Changes the values of multiple-value fields, each time by one command.
@@ -41,7 +46,7 @@ public:
 
     /// `base`, where given, holds one value: the cell is set in that instead of in the present one.
     bool setCell(int row, int column, const QString& text, const SoMField* base = nullptr);
-    /// Sets all cells to the value of a text.
+    /// Sets all cells to the value of a text; a relative expression starts from each cell's own.
     bool set(const CellSelection& cells, const QString& text);
     /// Cells that hold whole numbers are rounded to the nearest one. Nothing is changed when one of
     /// the results is beyond the limits of the type.
@@ -67,13 +72,19 @@ public:
 private:
     /// Changes scratch values, of which the first one is that of row `offset`; false gives it up.
     using Change = std::function<bool(SoMField& values, int offset)>;
-    using NumberChange = std::function<double(double)>;
+    /// Changes the number of a cell; false, with the reason told, when it cannot.
+    using NumberChange = std::function<bool(double& number, int column, QString& problem)>;
 
     int valueCount() const;
     bool rewrite(RowRange rows, const Change& change);
     bool changeNumbers(const CellSelection& cells, const NumberChange& change);
+    bool changeRow(SoMField& values, int row, std::span<const int> columns,
+                   const NumberChange& change, QString& problem) const;
+    bool setRow(SoMField& values, int row, int column, const QStringList& texts,
+                QString& problem) const;
     bool fail(const QString& why);
-    QString placeOf(int row, int column) const;
+    QString headOf(int column) const;
+    double rounded(double number) const;
 
     MrbFieldEdit& m_edit;
     const ListCells& m_cells;

@@ -33,9 +33,6 @@ public:
         document()->setDocumentMargin(2);
         setFrameShape(Box);
         setFrameShadow(Plain);
-        QPalette framed = palette();
-        framed.setColor(QPalette::WindowText, framed.color(QPalette::Highlight));
-        setPalette(framed);
     }
     /// The text with all its blanks, which toPlainText() evens out.
     QString exactText() const

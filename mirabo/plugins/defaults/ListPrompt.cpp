@@ -6,7 +6,6 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPointer>
 #include <QToolButton>
 
 ListPrompt::ListPrompt(QWidget* parent)
@@ -66,11 +65,8 @@ void ListPrompt::give()
 {
     if (!m_answer)
         return;
-    const QPointer<ListPrompt> self(this); // what the answer changes may end the tool
     const Answer answer = m_answer;
     const QString problem = answer(m_line->text());
-    if (!self)
-        return;
     if (problem.isEmpty()) {
         close();
         return;

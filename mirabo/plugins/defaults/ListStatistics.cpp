@@ -4,6 +4,7 @@
 
 #include "mirabo/extender/MrbFieldEdit.h"
 
+#include <kalmyr/base/SbTime.h>
 #include <kalmyr/core/SoField.h>
 
 #include <algorithm>
@@ -25,10 +26,12 @@ void ListStatistics::start(int column, const RowRanges& rows)
 
 void ListStatistics::repeat()
 {
-    if (isRunning())
-        m_isRepeating = true;
-    else
-        begin();
+    if (isRunning()) {
+        m_isRepeating = !m_isDelayed;
+        return;
+    }
+    const double since = 1000 * (SbTime::monotonic().getValue() - m_endTime);
+    begin(static_cast<int>(std::clamp(kPauseMs - since, 0.0, double(kPauseMs))));
 }
 
 void ListStatistics::stop()
@@ -36,14 +39,15 @@ void ListStatistics::stop()
     m_timer.stop();
 }
 
-void ListStatistics::begin()
+void ListStatistics::begin(int delayMs)
 {
     m_isRepeating = false;
     m_range = 0;
     m_row = m_rows.bounds().first;
     m_running = {};
     m_sum = m_lost = 0;
-    m_timer.start(0, this);
+    m_isDelayed = delayMs > 0;
+    m_timer.start(delayMs, this);
 }
 
 void ListStatistics::take(double number)
@@ -63,6 +67,10 @@ void ListStatistics::take(double number)
 
 void ListStatistics::timerEvent(QTimerEvent*)
 {
+    if (m_isDelayed) {
+        m_isDelayed = false;
+        m_timer.start(0, this);
+    }
     const auto& ranges = m_rows.ranges();
     const bool isRead = m_edit.read([&](const SoField& field) {
         const int num = static_cast<const SoMField&>(field).getNum();
@@ -94,7 +102,8 @@ void ListStatistics::end()
         m_running.mean = m_running.count ? (m_sum + lost) / m_running.count : 0;
         m_result = m_running;
     }
+    m_endTime = SbTime::monotonic().getValue();
     if (m_isRepeating)
-        begin();
+        begin(kPauseMs);
     Q_EMIT finished();
 }

@@ -18,6 +18,8 @@ class ListStatistics final : public QObject {
 public:
     /// Values read in one pass.
     static constexpr int kPiece = 50'000;
+    /// Between a computation and one that a change of the values brings about.
+    static constexpr int kPauseMs = 250;
 
     struct Result {
         int count = 0; ///< of numbers, not-a-number left out
@@ -33,7 +35,8 @@ public:
     /// Computes anew for the rows of a column; what is under way is given up. Nothing is computed
     /// before the next pass.
     void start(int column, const RowRanges& rows);
-    /// Computes once more for the same rows, after what is under way.
+    /// Computes once more for the same rows, after what is under way and a pause: values that
+    /// change all the time leave time for others.
     void repeat();
     void stop();
     bool isRunning() const { return m_timer.isActive(); }
@@ -47,7 +50,7 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    void begin();
+    void begin(int delayMs = 0);
     void take(double number);
     void end();
 
@@ -57,6 +60,8 @@ private:
     int m_column = 0;
     RowRanges m_rows;
     bool m_isRepeating = false;
+    bool m_isDelayed = false;
+    double m_endTime = 0;    ///< in seconds
     std::size_t m_range = 0; ///< of the next value
     int m_row = 0;
     Result m_running;

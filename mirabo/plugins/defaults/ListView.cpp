@@ -149,12 +149,18 @@ void ListView::editNext(int by)
 
 QAction* ListView::actionOf(const QKeyEvent& event) const
 {
-    const QKeySequence keys(event.key()
-                            | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier));
-    for (QAction* action : actions())
-        if (action->shortcuts().contains(keys))
-            return action;
-    return nullptr;
+    const auto find = [this, &event](Qt::KeyboardModifiers modifiers) -> QAction* {
+        const QKeySequence keys(event.key() | static_cast<int>(modifiers));
+        for (QAction* action : actions())
+            if (action->shortcuts().contains(keys))
+                return action;
+        return nullptr;
+    };
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    QAction* action = find(modifiers);
+    // Some keyboards have signs such as * above others.
+    const bool isSign = event.key() < Qt::Key_Escape && !QChar(event.key()).isLetterOrNumber();
+    return action || !isSign ? action : find(modifiers & ~Qt::ShiftModifier);
 }
 
 bool ListView::event(QEvent* event)

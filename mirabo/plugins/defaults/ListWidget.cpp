@@ -23,7 +23,6 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLocale>
-#include <QPointer>
 #include <QScrollBar>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -50,23 +49,20 @@ QString meanText(FieldNumbers::Kind kind, double mean)
 /// to the last column with one.
 QString tabText(const SoMField& list, const ListCells& cells, const CellSelection& selection)
 {
-    const auto& columns = selection.columns;
     const auto isUsed = [](const RowRanges& rows) { return !rows.isEmpty(); };
+    const auto& columns = selection.columns;
     const auto begin = std::find_if(columns.begin(), columns.end(), isUsed);
     const auto end = std::find_if(columns.rbegin(), columns.rend(), isUsed).base();
-    std::vector<std::size_t> ranges(columns.size()); // of each column, that of the row or the next
+    const int first = static_cast<int>(begin - columns.begin());
+    const int last = static_cast<int>(end - columns.begin()) - 1;
     QString text;
-    selection.rows().below(list.getNum()).all([&](int row) {
-        for (auto rows = begin; rows != end; ++rows) {
-            const auto column = static_cast<std::size_t>(rows - columns.begin());
-            std::size_t& range = ranges[column];
-            while (range < rows->ranges().size() && rows->ranges()[range].last < row)
-                ++range;
-            const bool isSelected =
-                range < rows->ranges().size() && rows->ranges()[range].first <= row;
-            writeTabCell(text,
-                         isSelected ? cells.text(list, row, static_cast<int>(column)) : QString(),
-                         rows == begin);
+    selection.allRows(list.getNum(), [&](int row, std::span<const int> selected) {
+        auto next = selected.begin();
+        for (int column = first; column <= last; ++column) {
+            const bool isSelected = next != selected.end() && *next == column;
+            writeTabCell(text, isSelected ? cells.text(list, row, column) : QString(),
+                         column == first);
+            next += isSelected;
         }
         text += u'\n';
         return true;
@@ -112,8 +108,9 @@ ListWidget::ListWidget(MrbFieldEdit* edit, std::unique_ptr<const ListCells> cell
 
 ListWidget::~ListWidget()
 {
-    m_delegate->disconnect(this); // the view closes the editor when it goes
+    m_delegate->disconnect(this);
     m_view->selectionModel()->disconnect(this);
+    m_delegate->discard();
     delete m_view;
 }
 
@@ -159,6 +156,7 @@ void ListWidget::makeLayout()
     column->addWidget(m_view, 1);
     column->addWidget(m_problem);
     column->addWidget(m_foot);
+    setTabOrder(m_prompt, m_view);
     drawIcons();
 }
 
@@ -293,10 +291,8 @@ void ListWidget::insert(ListAction action)
         row = action == ListAction::InsertBefore ? rows.bounds().first : rows.bounds().last + 1;
         count = rows.count();
     }
-    const QPointer<ListWidget> self(this); // a sensor of the host may end the tool
     const bool isChanged = m_changes.insert(row, count);
-    if (self)
-        tellChange(isChanged, RowRanges({row, row + count - 1}));
+    tellChange(isChanged, RowRanges({row, row + count - 1}));
 }
 
 void ListWidget::removeRows()
@@ -304,10 +300,7 @@ void ListWidget::removeRows()
     const RowRanges rows = m_view->selectedCells().rows();
     const int first = rows.bounds().first;
     const int left = m_model->valueCount() - rows.count();
-    const QPointer<ListWidget> self(this);
     const bool isChanged = m_changes.remove(rows);
-    if (!self)
-        return;
     const int next = std::min(first, left - 1);
     tellChange(isChanged, RowRanges({next, next < 0 ? next - 1 : next}));
 }
@@ -316,10 +309,8 @@ void ListWidget::moveRows(int by)
 {
     const RowRanges rows = m_view->selectedCells().rows();
     const RowRanges moved = ListChanges::moved(rows, by, m_model->valueCount());
-    const QPointer<ListWidget> self(this);
     const bool isChanged = m_changes.move(rows, by);
-    if (self)
-        tellChange(isChanged, moved);
+    tellChange(isChanged, moved);
 }
 
 void ListWidget::sortRows(bool isDescending)
@@ -327,10 +318,8 @@ void ListWidget::sortRows(bool isDescending)
     RowRanges rows = m_view->selectedCells().rows();
     if (rows.count() < 2)
         rows = RowRanges({0, m_model->valueCount() - 1});
-    const QPointer<ListWidget> self(this);
     const bool isChanged = m_changes.sort(rows, m_view->currentColumn(), isDescending);
-    if (self)
-        tellChange(isChanged);
+    tellChange(isChanged);
 }
 
 void ListWidget::askForValue(ListAction action)
@@ -346,7 +335,6 @@ void ListWidget::askForValue(ListAction action)
                                                      : "1";
     m_prompt->ask(question, text, m_cells->numbers() ? expressionHelp() : QString(),
                   [this, action, cells](const QString& answer) -> QString {
-                      const QPointer<ListWidget> self(this);
                       double number = 0;
                       QString problem;
                       bool isChanged = false;
@@ -358,8 +346,6 @@ void ListWidget::askForValue(ListAction action)
                           isChanged = m_changes.add(cells, number);
                       else
                           isChanged = m_changes.multiply(cells, number);
-                      if (!self)
-                          return {};
                       problem = m_changes.problem();
                       if (isChanged || problem.isEmpty())
                           showValue();
@@ -395,7 +381,6 @@ void ListWidget::askForCount()
 {
     m_prompt->ask("Number of values", QString::number(m_model->valueCount()), {},
                   [this](const QString& answer) -> QString {
-                      const QPointer<ListWidget> self(this);
                       double count = 0;
                       QString problem;
                       if (!readNumber(FieldNumbers::Kind::Int32, answer, m_model->valueCount(),
@@ -405,8 +390,6 @@ void ListWidget::askForCount()
                           return QString("A list has 0 to %1 values here")
                               .arg(grouped(ListChanges::kMaxValues));
                       m_changes.setCount(static_cast<int>(count));
-                      if (!self)
-                          return {};
                       showValue();
                       return m_changes.problem();
                   });
@@ -427,11 +410,9 @@ void ListWidget::paste()
 {
     const std::vector<QStringList> table = readTabText(QGuiApplication::clipboard()->text());
     const CellSelection cells = m_view->selectedCells();
-    const QPointer<ListWidget> self(this);
     if (table.size() == 1 && table.front().size() == 1 && cells.count() > 1) {
         const bool isChanged = m_changes.set(cells, table.front().front());
-        if (self)
-            tellChange(isChanged);
+        tellChange(isChanged);
         return;
     }
     const RowRanges rows = cells.rows();
@@ -441,8 +422,7 @@ void ListWidget::paste()
     const int column =
         used == cells.columns.end() ? 0 : static_cast<int>(used - cells.columns.begin());
     const bool isChanged = m_changes.paste(row, column, table);
-    if (self)
-        tellChange(isChanged, RowRanges({row, row + static_cast<int>(table.size()) - 1}));
+    tellChange(isChanged, RowRanges({row, row + static_cast<int>(table.size()) - 1}));
 }
 
 void ListWidget::chooseStatistics()
