@@ -211,9 +211,10 @@ TEST_F(ListChangesTest, PastesNothingOfATableWithABadCell)
     field.setDefault(true);
     show(field);
     click(0, 0);
-    for (const auto& [pasted, problem] : {std::pair{"1\t2\n3\tx", "Row 2 of the clipboard: column y"},
-                                          {"1\t2\t3", "Row 1 of the clipboard has 3"},
-                                          {"1\t2\n\n", "Row 2 of the clipboard: column x"}}) {
+    for (const auto& [pasted, problem] :
+         {std::pair{"1\t2\n3\tx", "Row 2 of the clipboard: column y"},
+          {"1\t2\t3", "Row 1 of the clipboard has 3"},
+          {"1\t2\n\n", "Row 2 of the clipboard: column x"}}) {
         putOnClipboard(pasted);
         press(Qt::Key_V, Qt::ControlModifier);
         EXPECT_TRUE(widget().problemText().contains(problem))

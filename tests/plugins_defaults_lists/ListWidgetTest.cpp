@@ -11,6 +11,7 @@
 #include <kalmyr/shapes/SoSphere.h>
 
 #include <QAbstractItemModelTester>
+#include <QColorDialog>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
@@ -265,6 +266,65 @@ TEST_F(ListWidgetTest, ChangesTheCellThroughTheKeysOfTheTableOnly)
     EXPECT_EQ(triggered, 0);
     EXPECT_EQ(field.getNum(), 2);
     widget().setParent(nullptr);
+}
+
+TEST_F(ListWidgetTest, TakesNumbersUpToTheLimits)
+{
+    SoMFFloat field;
+    field.setNum(1);
+    show(field);
+    click(0, 0);
+    const auto typed = [this, &field](const char* number) {
+        press(Qt::Key_F2);
+        type(number);
+        EXPECT_FALSE(widget().isTyping()) << number;
+        press(Qt::Key_Return);
+        return field[0];
+    };
+    EXPECT_TRUE(std::isnan(typed("nan")));
+    EXPECT_EQ(shown(0, 0), "nan");
+    EXPECT_EQ(typed("-inf"), -std::numeric_limits<float>::infinity());
+    EXPECT_EQ(typed("3.4028235e38"), std::numeric_limits<float>::max());
+    EXPECT_EQ(typed("1e-45"), std::numeric_limits<float>::denorm_min());
+    EXPECT_TRUE(std::signbit(typed("-0")));
+    press(Qt::Key_F2);
+    type("4e38");
+    EXPECT_TRUE(widget().isTyping());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(std::signbit(field[0])) << "-0, as before";
+}
+
+TEST_F(ListWidgetTest, ShowsColoursAndChoosesThem)
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    SoMFColorRGBA field;
+    field.setValue(SbColorRGBA(1, 0, 2, 0.5f));
+    show(field);
+    EXPECT_EQ(view().model()->columnCount(), 5);
+    EXPECT_EQ(index(0, 0).data(Qt::DecorationRole).value<QColor>().rgba(), qRgba(255, 0, 255, 128));
+    const auto openDialog = [this]() -> QColorDialog* {
+        QApplication::setActiveWindow(&widget()); // as a window manager does
+        click(0, 0);
+        press(Qt::Key_Return);
+        return widget().findChild<QColorDialog*>();
+    };
+    QColorDialog* dialog = openDialog();
+    ASSERT_TRUE(dialog);
+    static_cast<QDialog*>(dialog)->accept();
+    support::flush();
+    EXPECT_EQ(field[0], SbColorRGBA(1, 0, 2, 0.5f)) << "confirmed unchanged";
+    dialog = openDialog();
+    dialog->setCurrentColor(Qt::green);
+    dialog->setCurrentColor(Qt::blue);
+    EXPECT_EQ(field[0], SbColorRGBA(0, 0, 1, 1));
+    static_cast<QDialog*>(dialog)->accept();
+    support::flush();
+    EXPECT_EQ(services.done(), 1);
+    dialog = openDialog();
+    dialog->setCurrentColor(Qt::green);
+    dialog->reject();
+    EXPECT_EQ(field[0], SbColorRGBA(0, 0, 1, 1));
+    EXPECT_EQ(services.done(), 1);
 }
 
 TEST_F(ListWidgetTest, SwitchesBooleans)

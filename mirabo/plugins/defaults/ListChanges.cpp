@@ -155,6 +155,16 @@ bool ListChanges::setCell(int row, int column, const QString& text, const SoMFie
     });
 }
 
+bool ListChanges::setNumbers(int row, const std::vector<double>& numbers)
+{
+    CellSelection cells;
+    cells.columns.assign(numbers.size(), RowRanges({row, row}));
+    return changeNumbers(cells, [&numbers](double& number, int column, QString&) {
+        number = numbers[static_cast<std::size_t>(column)];
+        return true;
+    });
+}
+
 bool ListChanges::set(const CellSelection& cells, const QString& text)
 {
     if (const FieldNumbers* numbers = m_cells.numbers())

@@ -46,6 +46,8 @@ public:
 
     /// `base`, where given, holds one value: the cell is set in that instead of in the present one.
     bool setCell(int row, int column, const QString& text, const SoMField* base = nullptr);
+    /// Sets the first numbers of a value.
+    bool setNumbers(int row, const std::vector<double>& numbers);
     /// Sets all cells to the value of a text; a relative expression starts from each cell's own.
     bool set(const CellSelection& cells, const QString& text);
     /// Cells that hold whole numbers are rounded to the nearest one. Nothing is changed when one of

@@ -148,6 +148,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const
         return static_cast<int>(Qt::AlignVCenter
                                 | (m_cells.numbers() ? Qt::AlignRight : Qt::AlignLeft));
     case Qt::ToolTipRole:
+        if (isSwatch)
+            return "Choose a colour by a double-click";
         return m_cells.numbers() || isCheck ? QVariant() : cellText(index).left(2000);
     default:
         return {};

@@ -129,6 +129,11 @@ bool ListView::canEdit(const QModelIndex& index) const
     return m_model.flags(index) & Qt::ItemIsEditable;
 }
 
+bool ListView::isSwatch(const QModelIndex& index) const
+{
+    return index.isValid() && m_model.cellColumn(index.column()) < 0;
+}
+
 void ListView::editNext(int by)
 {
     const int columns = m_model.columnCount();
@@ -206,6 +211,9 @@ void ListView::keyPressEvent(QKeyEvent* event)
                            || event->key() == Qt::Key_F2;
     if (!isEditKey) {
         QTableView::keyPressEvent(event);
+    } else if (isSwatch(currentIndex())) {
+        Q_EMIT swatchOpened(currentRow());
+        event->accept();
     } else if (canEdit(currentIndex())) {
         edit(currentIndex());
         event->accept();
@@ -222,6 +230,15 @@ void ListView::mousePressEvent(QMouseEvent* event)
 {
     if (m_delegate.finish())
         QTableView::mousePressEvent(event);
+}
+
+void ListView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->pos());
+    if (isSwatch(index) && m_delegate.finish())
+        Q_EMIT swatchOpened(index.row());
+    else
+        QTableView::mouseDoubleClickEvent(event);
 }
 
 void ListView::paintEvent(QPaintEvent* event)

@@ -30,16 +30,22 @@ public:
     void keyboardSearch(const QString&) override {} // intended: it reads all rows
     QSize sizeHint() const override;
 
+Q_SIGNALS:
+    /// The user wants to edit the colour of a row by its swatch.
+    void swatchOpened(int row);
+
 protected:
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QAction* actionOf(const QKeyEvent& event) const;
     bool canEdit(const QModelIndex& index) const;
+    bool isSwatch(const QModelIndex& index) const;
     void editNext(int by);
     void updateSizes();
     void updateRowNumbers();

@@ -18,6 +18,7 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QColorDialog>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QItemSelectionModel>
@@ -101,6 +102,7 @@ ListWidget::ListWidget(MrbFieldEdit* edit, std::unique_ptr<const ListCells> cell
     connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this, choose);
     connect(m_delegate, &ListDelegate::applied, this, &ListWidget::showValue);
     connect(m_delegate, &ListDelegate::inputEnded, this, &ListWidget::typingEnded);
+    connect(m_view, &ListView::swatchOpened, this, &ListWidget::chooseColor);
     connect(m_prompt, &ListPrompt::closed, m_view, [this] { m_view->setFocus(); });
     setFocusProxy(m_view);
     showValue();
@@ -111,6 +113,7 @@ ListWidget::~ListWidget()
     m_delegate->disconnect(this);
     m_view->selectionModel()->disconnect(this);
     m_delegate->discard();
+    delete m_colorDialog;
     delete m_view;
 }
 
@@ -213,6 +216,8 @@ void ListWidget::setReadOnly(bool on)
     if (on) {
         m_delegate->discard();
         m_prompt->close();
+        if (m_colorDialog)
+            m_colorDialog->reject();
     }
     m_model->setReadOnly(on);
     updateActions();
@@ -393,6 +398,37 @@ void ListWidget::askForCount()
                       showValue();
                       return m_changes.problem();
                   });
+}
+
+void ListWidget::chooseColor(int row)
+{
+    if (m_model->isReadOnly())
+        return;
+    delete m_colorDialog;
+    const QModelIndex swatch = m_model->index(row, 0);
+    m_colorDialog = new QColorDialog(swatch.data(Qt::DecorationRole).value<QColor>(), this);
+    m_colorDialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_colorDialog->setWindowTitle(QString("Colour of Row %1").arg(row));
+    m_colorDialog->setOption(QColorDialog::ShowAlphaChannel, m_cells->columnCount() == 4);
+    edit()->beginGesture();
+    connect(m_colorDialog, &QColorDialog::currentColorChanged, this,
+            [this, row](const QColor& color) { setColor(row, color); });
+    connect(m_colorDialog, &QDialog::finished, this, [this](int result) {
+        if (result == QDialog::Accepted)
+            edit()->endGesture();
+        else
+            edit()->cancelGesture();
+        showValue();
+    });
+    m_colorDialog->open();
+}
+
+void ListWidget::setColor(int row, const QColor& color)
+{
+    std::vector<double> numbers{color.redF(), color.greenF(), color.blueF(), color.alphaF()};
+    numbers.resize(static_cast<std::size_t>(m_cells->columnCount()));
+    m_changes.setNumbers(row, numbers);
+    showValue();
 }
 
 void ListWidget::copy()

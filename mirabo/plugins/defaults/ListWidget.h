@@ -6,6 +6,8 @@
 
 #include "mirabo/extender/MrbFieldEditor.h"
 
+#include <QPointer>
+
 #include <map>
 #include <memory>
 
@@ -15,6 +17,7 @@ class ListPrompt;
 class ListStatistics;
 class ListView;
 class QAction;
+class QColorDialog;
 class QLabel;
 class QToolBar;
 
@@ -60,6 +63,8 @@ private:
     void askForValue(ListAction action);
     void askForRow();
     void askForCount();
+    void chooseColor(int row);
+    void setColor(int row, const QColor& color);
     void copy();
     void paste();
     /// Shows what a change has done; `rows`, where given, become the selection.
@@ -79,6 +84,7 @@ private:
     QToolBar* m_tools;
     QLabel* m_problem;
     QLabel* m_foot;
+    QPointer<QColorDialog> m_colorDialog;     // Deletes itself when it is closed.
     std::map<ListAction, QAction*> m_actions; // Not owned; children.
 };
 
