@@ -30,6 +30,14 @@ void BoxedWidget::commit()
         box->commit();
 }
 
+void BoxedWidget::setReadOnly(bool on)
+{
+    for (NumberBox* box : m_boxes)
+        box->setReadOnly(on);
+    for (QWidget* control : m_controls)
+        control->setEnabled(!on);
+}
+
 BoxedWidget::Numbers BoxedWidget::readNumbers(int field) const
 {
     Numbers numbers(static_cast<std::size_t>(m_numbers->count()));

@@ -18,6 +18,9 @@ public:
     /// True for a text that is illegal, and for one that the fields no longer agree with.
     bool isTyping() const override;
     void commit() override;
+    /// The boxes can still be read and copied from; other controls that change the value are
+    /// disabled.
+    void setReadOnly(bool on) override;
 
 protected:
     /// The numbers of a value.
@@ -44,6 +47,8 @@ protected:
 
     /// Has a box begin and end gestures of the edit; what it tells by edited() is up to the caller.
     void adopt(NumberBox* box);
+    /// Names a control that changes the value.
+    void addControl(QWidget* control) { m_controls.push_back(control); }
     /// Reads several numbers from the clipboard, pasted into the box, as the whole value.
     void acceptLists(NumberBox* box);
     const std::vector<NumberBox*>& boxes() const { return m_boxes; }
@@ -59,7 +64,8 @@ private:
     bool pasteList(const QString& text);
 
     const FieldNumbers* m_numbers;
-    std::vector<NumberBox*> m_boxes; // Not owned; children.
+    std::vector<NumberBox*> m_boxes;  // Not owned; children.
+    std::vector<QWidget*> m_controls; // Not owned; children.
     Numbers m_remembered;
     std::vector<Numbers> m_bases; // of the editable fields, when the gesture began
     bool m_isInGesture = false;

@@ -200,12 +200,12 @@ void ColorBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (!isEnabled())
-        painter.setOpacity(0.4);
     const QRectF room = groove();
     const qreal bar = room.height() * 0.5;
     const QRectF strip(room.left(), room.center().y() - bar / 2, room.width(), bar);
-    looks::paintCheckers(painter, strip, bar / 2);
+    if (std::any_of(m_colors.begin(), m_colors.end(),
+                    [](const QColor& color) { return color.alpha() < 255; }))
+        looks::paintCheckers(painter, strip, bar / 2);
     QLinearGradient gradient(strip.topLeft(), strip.topRight());
     for (std::size_t i = 0; i < m_colors.size(); ++i)
         gradient.setColorAt(
@@ -221,6 +221,8 @@ void ColorBar::paintEvent(QPaintEvent*)
     const qreal half = room.height() / 4;
     const QRectF handle(strip.left() + shown * strip.width() - half, room.top(), 2 * half,
                         room.height());
+    if (!isEnabled())
+        painter.setOpacity(0.5);
     painter.setBrush(palette().color(QPalette::Button));
     const QColor frame = isBeyond     ? looks::warningColor(palette())
                          : hasFocus() ? palette().color(QPalette::Highlight)

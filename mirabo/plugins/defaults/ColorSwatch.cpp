@@ -33,9 +33,9 @@ void ColorSwatch::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     const qreal width = hasFocus() ? looks::lineWidth(this) : 1;
     const QRectF room = QRectF(rect()).adjusted(width, width, -width, -width);
-    if (!isEnabled())
-        painter.setOpacity(0.4);
-    looks::paintCheckers(painter, room, room.height() / 4);
+    // Disabled it shows its colour as well: that is what people look for.
+    if (m_color.alpha() < 255)
+        looks::paintCheckers(painter, room, room.height() / 4);
     painter.fillRect(room, m_color);
     if (m_color.alpha() < 255) { // the left half shows the colour itself
         QColor opaque = m_color;

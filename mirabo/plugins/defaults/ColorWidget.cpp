@@ -28,7 +28,7 @@
 namespace {
 
 constexpr int kHsv = 3;
-constexpr int kCharacters = 6;
+constexpr int kCharacters = 11; // of a box, its frame among them
 constexpr double kCircle = 360;
 
 struct Row {
@@ -136,6 +136,7 @@ QLayout* ColorWidget::makeLine(bool isCompact)
     line->setSpacing(looks::kSpacing);
     m_swatch = new ColorSwatch(this);
     connect(m_swatch, &ColorSwatch::clicked, this, &ColorWidget::openDialog);
+    addControl(m_swatch);
     m_hex = new MarkedLineEdit(this);
     m_hex->setAccessibleName("Hexadecimal colour");
     constexpr int kHexCharacters = 11;
@@ -149,6 +150,7 @@ QLayout* ColorWidget::makeLine(bool isCompact)
     m_eye->setIcon(looks::drawIcon(this, drawPipette));
     m_eye->setCheckable(true);
     connect(m_eye, &QToolButton::toggled, this, &ColorWidget::dropEye);
+    addControl(m_eye);
     line->addWidget(m_eye);
     line->addStretch();
     return line;
@@ -176,8 +178,7 @@ void ColorWidget::addRow(QGridLayout& grid, int row, const Row& names, const QSt
     box->setHint(hint);
     box->setLabel(label);
     box->setGripShown(false);
-    box->setWidthInCharacters(kCharacters);
-    box->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    box->setFixedWidth(fontMetrics().horizontalAdvance('0') * kCharacters);
     grid.addWidget(label, row, 0);
     grid.addWidget(bar, row, 1);
     grid.addWidget(box, row, 2);
@@ -185,6 +186,7 @@ void ColorWidget::addRow(QGridLayout& grid, int row, const Row& names, const QSt
     if (row < count())
         acceptLists(box);
     m_bars.push_back(bar);
+    addControl(bar);
     connect(box, &NumberBox::edited, this, [this, row](double number) { take(row, number); });
     connect(bar, &ColorBar::moved, this, [this, row](double position) {
         take(row, static_cast<float>(position * scaleOf(row)));
@@ -497,6 +499,7 @@ void ColorWidget::commit()
 void ColorWidget::setReadOnly(bool on)
 {
     BoxedWidget::setReadOnly(on);
+    m_hex->setReadOnly(on);
     if (!on)
         return;
     closeDialog();

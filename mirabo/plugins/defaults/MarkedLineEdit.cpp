@@ -5,9 +5,12 @@
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
+#include <QStyleOptionFrame>
+#include <QToolTip>
 
 MarkedLineEdit::MarkedLineEdit(QWidget* parent) : QLineEdit(parent) {}
 
@@ -52,9 +55,52 @@ QMenu* MarkedLineEdit::makeMenu()
     return menu;
 }
 
+QRect MarkedLineEdit::textRoom() const
+{
+    constexpr int kInnerMargin = 2; // of the base class, beside the frame
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    return style()
+        ->subElementRect(QStyle::SE_LineEditContents, &option, this)
+        .adjusted(kInnerMargin, 0, -kInnerMargin, 0);
+}
+
+bool MarkedLineEdit::isCut() const
+{
+    return fontMetrics().horizontalAdvance(text()) > textRoom().width();
+}
+
+bool MarkedLineEdit::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip && isCut()) {
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text() + '\n' + toolTip(),
+                           this);
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
+void MarkedLineEdit::paintEllipsis()
+{
+    const QString ellipsis = QChar(0x2026);
+    QRect room = textRoom();
+    // Behind the last whole character that leaves room for it.
+    int shown = text().size();
+    while (shown > 0
+           && fontMetrics().horizontalAdvance(text().left(shown) + ellipsis) > room.width())
+        --shown;
+    room.setLeft(room.left() + fontMetrics().horizontalAdvance(text().left(shown)));
+    QPainter painter(this);
+    painter.fillRect(room, palette().color(QPalette::Base));
+    painter.setPen(palette().color(QPalette::Text));
+    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, ellipsis);
+}
+
 void MarkedLineEdit::paintEvent(QPaintEvent* event)
 {
     QLineEdit::paintEvent(event);
+    if (!hasFocus() && cursorPosition() == 0 && isCut())
+        paintEllipsis();
     if (!isIllegal())
         return;
     QPainter painter(this);

@@ -4,7 +4,8 @@
 
 #include <functional>
 
-/// A line of text that can be marked: its text is illegal, and the tool tip says why.
+/// A line of text that can be marked: its text is illegal, and the tool tip says why. A text that
+/// is cut off without the focus ends in an ellipsis, and the tool tip has it in full.
 class MarkedLineEdit final : public QLineEdit {
     Q_OBJECT
     Q_PROPERTY(bool illegal READ isIllegal)
@@ -29,10 +30,14 @@ public:
     QMenu* makeMenu();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    QRect textRoom() const;
+    bool isCut() const;
+    void paintEllipsis();
     void updateToolTip();
 
     QString m_hint;

@@ -37,6 +37,15 @@ bool splitRows(const SbVec3d (&rows)[3], double* scale, double* shear, SbVec3d (
     return true;
 }
 
+// What floats leave of a zero.
+constexpr double kAngleNoise = 2e-5;
+constexpr double kShearNoise = 5e-7;
+
+double withoutNoise(double number, double noise)
+{
+    return std::fabs(number) < noise ? 0 : number;
+}
+
 bool isFinite(const SbMatrix& matrix)
 {
     return std::all_of(matrix[0], matrix[0] + 16,
@@ -75,8 +84,10 @@ MatrixParts MatrixParts::split(const SbMatrix& matrix)
         for (int column = 0; column < 3; ++column)
             turned[row][column] = axes[column][row];
     rotations::splitEuler(kOrder, turned, numbers + kRotation);
-    for (int i = 0; i < 3; ++i)
-        numbers[kRotation + i] /= kDegree;
+    for (int i = 0; i < 3; ++i) {
+        numbers[kRotation + i] = withoutNoise(numbers[kRotation + i] / kDegree, kAngleNoise);
+        numbers[kShear + i] = withoutNoise(numbers[kShear + i], kShearNoise);
+    }
     for (const double decimals : {1e3, 1e5, 1e7}) {
         Numbers round = parts.numbers;
         for (std::size_t i = kRotation; i < round.size(); ++i)

@@ -129,6 +129,7 @@ QToolButton* MatrixWidget::addOperation(QLayout& line, const char* text, const c
                                         Operation operation)
 {
     QToolButton* button = looks::makeButton(text, name, this);
+    addControl(button);
     line.addWidget(button);
     connect(button, &QToolButton::clicked, this, [this, operation] {
         commit();
@@ -255,7 +256,7 @@ void MatrixWidget::showValue()
         return;
     bool isInvertible = false;
     (void)m_matrix.inverse(&isInvertible);
-    m_inverse->setEnabled(isInvertible);
+    m_inverse->setEnabled(isInvertible && edit()->isEditable());
     m_inverse->setToolTip(isInvertible ? "Invert" : "There is no inverse: the determinant is 0");
     showElements();
     if (m_pages->checkedId() == Parts)

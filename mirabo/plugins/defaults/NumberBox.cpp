@@ -184,6 +184,19 @@ void NumberBox::setWidthInCharacters(int count)
     m_edit->setMinimumWidth(m_edit->fontMetrics().horizontalAdvance('0') * (count + 2));
 }
 
+void NumberBox::setReadOnly(bool on)
+{
+    if (on)
+        commit();
+    m_edit->setReadOnly(on);
+    m_grip->setEnabled(!on);
+}
+
+bool NumberBox::isReadOnly() const
+{
+    return m_edit->isReadOnly();
+}
+
 void NumberBox::setHex(bool on)
 {
     m_isHex = on && isUnsigned(m_kind);
@@ -284,6 +297,8 @@ void NumberBox::takeText()
 
 void NumberBox::stepBy(double steps, bool isKey)
 {
+    if (isReadOnly())
+        return;
     if (m_gesture != Gesture::Steps || m_burst.step()) {
         endGesture();
         enter(Gesture::Steps);
@@ -310,7 +325,7 @@ void NumberBox::startDrag(const QMouseEvent& event)
 
 void NumberBox::drag(const QMouseEvent& event)
 {
-    if (m_gesture != Gesture::Drag || !std::isfinite(m_base))
+    if (m_gesture != Gesture::Drag || !std::isfinite(m_base) || isReadOnly())
         return;
     const double pixels = event.globalX() - m_dragX;
     if (pixels == 0)
@@ -449,7 +464,7 @@ bool NumberBox::filterEdit(QEvent* event)
         }
     }
     case QEvent::Wheel: {
-        if (!m_edit->hasFocus())
+        if (!m_edit->hasFocus() || isReadOnly())
             return false;
         constexpr double kNotch = 120;
         const auto& wheel = static_cast<const QWheelEvent&>(*event);
@@ -473,7 +488,7 @@ bool NumberBox::filterEdit(QEvent* event)
 
 bool NumberBox::filterHandle(QEvent* event)
 {
-    if (!isEnabled())
+    if (!isEnabled() || isReadOnly())
         return false;
     switch (event->type()) {
     case QEvent::MouseButtonPress: {

@@ -49,6 +49,10 @@ public:
     /// The characters that there is room for; 9 by default.
     void setWidthInCharacters(int count);
 
+    /// Read-only, the text can be selected and copied.
+    void setReadOnly(bool on);
+    bool isReadOnly() const;
+
     bool isHex() const { return m_isHex; }
     /// Shows a number of an unsigned kind in hexadecimal.
     void setHex(bool on);

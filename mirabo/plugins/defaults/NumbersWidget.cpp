@@ -9,9 +9,9 @@
 #include <kalmyr/fields/SoValueFields.h>
 
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPainterPath>
 #include <QToolButton>
 
 #include <algorithm>
@@ -19,7 +19,11 @@
 
 namespace {
 
-constexpr int kCompactCharacters = 5;
+/// Least room of a box, in characters, beside others in a line.
+constexpr int kInLine = 6;
+constexpr int kInShortLine = 3; // compact, with many others
+constexpr int kInCompactLine = 5;
+constexpr int kManyNumbers = 4;
 
 bool isOf(SoType type, SoType single, SoType multiple)
 {
@@ -31,9 +35,20 @@ void drawChain(QPainter& painter)
 {
     painter.translate(0.5, 0.5);
     painter.rotate(-45);
-    painter.drawRoundedRect(QRectF(-0.5, -0.16, 0.46, 0.32), 0.16, 0.16);
-    painter.drawRoundedRect(QRectF(0.04, -0.16, 0.46, 0.32), 0.16, 0.16);
-    painter.drawLine(QPointF(-0.2, 0), QPointF(0.2, 0));
+    for (const int side : {-1, 1}) {
+        QPainterPath link;
+        link.addRoundedRect(QRectF(-0.29, -0.19, 0.58, 0.38), 0.19, 0.19);
+        link.translate(side * 0.21, 0);
+        // The end of one lies above the other.
+        QPainterPath gap;
+        gap.addRect(QRectF(side > 0 ? -0.14 : -0.03, side > 0 ? -0.3 : 0, 0.17, 0.3));
+        painter.save();
+        QPainterPath all;
+        all.addRect(QRectF(-1, -1, 2, 2));
+        painter.setClipPath(all.subtracted(gap));
+        painter.drawPath(link);
+        painter.restore();
+    }
 }
 
 /// A time as a date and as a span, where it makes sense as such.
@@ -62,9 +77,10 @@ private:
 
     static Shape shapeOf(const FieldNumbers& numbers, SoType type);
     void build(Form form);
-    void addNumber(QHBoxLayout& line, int component, bool isCompact);
-    void addLink(QHBoxLayout& line);
-    void addNow(QHBoxLayout& line);
+    void addNumber(QGridLayout& grid, int component, int perLine, bool isCompact);
+    void addLabels(QGridLayout& grid, int row, int column, int component, NumberBox* box);
+    void addLink(QGridLayout& grid);
+    void addNow(QGridLayout& grid);
     void take(int component, double number);
     bool takeLinked(int component, double number);
     bool takePlane(int component, double number);
@@ -93,72 +109,87 @@ NumbersWidget::Shape NumbersWidget::shapeOf(const FieldNumbers& numbers, SoType 
 
 void NumbersWidget::build(Form form)
 {
-    auto* lines = new QVBoxLayout(this);
-    lines->setContentsMargins(0, 0, 0, 0);
-    lines->setSpacing(looks::kSpacing);
+    auto* grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(looks::kSpacing);
     const int count = numbers().count();
     const bool isCompact = form == Form::Compact;
-    const int perLine = m_shape == Shape::Box && !isCompact ? count / 2 : count;
-    QHBoxLayout* line = nullptr;
-    for (int i = 0; i < count; ++i) {
-        if (i % perLine == 0) {
-            line = new QHBoxLayout;
-            line->setSpacing(looks::kSpacing);
-            lines->addLayout(line);
-        }
-        addNumber(*line, i, isCompact);
-    }
+    const int perLine = isCompact                 ? count
+                        : m_shape == Shape::Box   ? count / 2
+                        : m_shape == Shape::Plane ? count - 1
+                                                  : count;
+    for (int i = 0; i < count; ++i)
+        addNumber(*grid, i, perLine, isCompact);
     if (m_shape == Shape::Vector && !isCompact)
-        addLink(*line);
+        addLink(*grid);
     if (m_shape == Shape::Time && !isCompact)
-        addNow(*line);
+        addNow(*grid);
     if (!isCompact)
-        lines->addStretch();
+        grid->setRowStretch(grid->rowCount(), 1);
     setFocusProxy(boxes().front());
 }
 
-void NumbersWidget::addNumber(QHBoxLayout& line, int component, bool isCompact)
+void NumbersWidget::addNumber(QGridLayout& grid, int component, int perLine, bool isCompact)
 {
     const QString label = numbers().labels()[component];
-    const QString group = label.section(' ', 0, -2);
+    const int count = numbers().count();
     auto* box = new NumberBox(numbers().kind(), this);
     box->setName(label.isEmpty() ? edit()->getState().fieldName : label);
-    if (isCompact) {
-        box->setWidthInCharacters(kCompactCharacters);
-        box->setGripShown(numbers().count() == 1);
-    } else if (!label.isEmpty()) {
-        const bool isFirst =
-            component == 0 || !numbers().labels()[component - 1].startsWith(group + ' ');
-        if (!group.isEmpty() && isFirst)
-            line.addWidget(looks::makeLabel(group, this));
-        QLabel* name = looks::makeLabel(label.section(' ', -1), this);
-        box->setLabel(name);
-        line.addWidget(name);
-    }
-    line.addWidget(box, 1);
+    if (count > 1)
+        box->setWidthInCharacters(!isCompact             ? kInLine
+                                  : count > kManyNumbers ? kInShortLine
+                                                         : kInCompactLine);
+    // Columns of a number: that of its group, its own name, its box.
+    constexpr int kColumns = 3;
+    const int row = component / perLine;
+    const int column = kColumns * (component % perLine);
+    if (isCompact)
+        box->setGripShown(count == 1);
+    else if (!label.isEmpty())
+        addLabels(grid, row, column, component, box);
+    grid.addWidget(box, row, column + 2);
+    grid.setColumnStretch(column + 2, 1);
     adopt(box);
-    if (numbers().count() > 1)
+    if (count > 1)
         acceptLists(box);
     connect(box, &NumberBox::edited, this,
             [this, component](double number) { take(component, number); });
 }
 
-void NumbersWidget::addLink(QHBoxLayout& line)
+void NumbersWidget::addLabels(QGridLayout& grid, int row, int column, int component, NumberBox* box)
+{
+    const QStringList labels = numbers().labels();
+    const QString& label = labels[component];
+    const QString group = label.section(' ', 0, -2);
+    const bool isFirst = component == 0 || !labels[component - 1].startsWith(group + ' ');
+    if (!group.isEmpty() && isFirst)
+        grid.addWidget(looks::makeLabel(group, this), row, column);
+    QLabel* name = looks::makeLabel(label.section(' ', -1), this);
+    box->setLabel(name);
+    if (group.isEmpty() && m_shape == Shape::Plane)
+        grid.addWidget(name, row, column, 1, 2);
+    else
+        grid.addWidget(name, row, column + 1);
+}
+
+void NumbersWidget::addLink(QGridLayout& grid)
 {
     m_link = looks::makeButton({}, "Keep the proportions: scale all components together", this);
     m_link->setIcon(looks::drawIcon(this, drawChain));
     m_link->setCheckable(true);
-    line.addWidget(m_link);
+    addControl(m_link);
+    grid.addWidget(m_link, 0, grid.columnCount());
 }
 
-void NumbersWidget::addNow(QHBoxLayout& line)
+void NumbersWidget::addNow(QGridLayout& grid)
 {
     QToolButton* now = looks::makeButton("Now", "Set to the present date and time", this);
     connect(now, &QToolButton::clicked, this, [this] {
         take(0, SbTime::getTimeOfDay().getValue());
         showValue();
     });
-    line.addWidget(now);
+    addControl(now);
+    grid.addWidget(now, 0, grid.columnCount());
 }
 
 void NumbersWidget::take(int component, double number)

@@ -182,6 +182,7 @@ QLayout* RotationWidget::makeChoices()
 void RotationWidget::addTrackball(QGridLayout& grid)
 {
     m_ball = new Trackball(this);
+    addControl(m_ball);
     grid.addWidget(m_ball, 1, 2, kNumbers + 1, 1, Qt::AlignTop);
     connect(m_ball, &Trackball::begun, this, [this] {
         rememberRotations();
