@@ -339,6 +339,22 @@ TEST_F(NumberBoxTest, KeepsTheTextBeingTyped)
     EXPECT_EQ(box->text(), "9");
 }
 
+TEST_F(NumberBoxTest, LeavesUndoToTheWindowUnlessTheTextHasSteps)
+{
+    NumberBox* box = make(Kind::Float, 1);
+    const auto isTaken = [box] {
+        QKeyEvent event(QEvent::ShortcutOverride, Qt::Key_Z, Qt::ControlModifier);
+        event.ignore();
+        QApplication::sendEvent(box->lineEdit(), &event);
+        return event.isAccepted();
+    };
+    EXPECT_FALSE(isTaken());
+    typeInto(box, "25");
+    EXPECT_TRUE(isTaken());
+    key(Qt::Key_Return);
+    EXPECT_FALSE(isTaken());
+}
+
 TEST_F(NumberBoxTest, RefusesWhatItsOwnerCannotTake)
 {
     NumberBox* box = make(Kind::Float, 1);

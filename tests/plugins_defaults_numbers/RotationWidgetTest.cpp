@@ -6,6 +6,7 @@
 #include "mirabo/plugins/defaults/Trackball.h"
 #include "support/Passes.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QTest>
 #include <QToolButton>
@@ -229,6 +230,19 @@ TEST_F(RotationWidgetTest, TurnsSeveralFields)
     (about(0, 90) * about(2, 45)).getValue(before, unused);
     EXPECT_TRUE(axis.equals(before, 1e-5f)) << "the axis of the other is left";
     EXPECT_EQ(m_stack.count(), 2);
+}
+
+TEST_F(RotationWidgetTest, IsWalkedByTheTabKeyAsItIsRead)
+{
+    Editor editor(m_probe->rotation, makeRotationWidget);
+    editor.child<QComboBox>("Notation")->setFocus();
+    QStringList names;
+    for (int i = 0; i < 7; ++i) {
+        names << QApplication::focusWidget()->accessibleName();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(names.join(", "), "Notation, Unit of the angles: degrees or radians, axis x, axis y, "
+                                "axis z, angle, Trackball");
 }
 
 TEST_F(RotationWidgetTest, FitsALine)

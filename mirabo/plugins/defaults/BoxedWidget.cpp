@@ -56,7 +56,8 @@ bool BoxedWidget::change(const MrbFieldEdit::Change& change)
 
 bool BoxedWidget::changeNumbers(const NumbersChange& change)
 {
-    if (!m_isInGesture)
+    // A field that died or was connected meanwhile has none any more.
+    if (!m_isInGesture || editableFields().size() != m_bases.size())
         rememberBases();
     std::size_t call = 0;
     return this->change([&](SoField& value) {

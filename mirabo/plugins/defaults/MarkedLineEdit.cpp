@@ -12,6 +12,12 @@
 #include <QStyleOptionFrame>
 #include <QToolTip>
 
+namespace {
+
+constexpr int kInnerMargin = 2; // of the base class, beside the frame
+
+} // namespace
+
 MarkedLineEdit::MarkedLineEdit(QWidget* parent) : QLineEdit(parent) {}
 
 void MarkedLineEdit::setHint(const QString& hint)
@@ -57,7 +63,6 @@ QMenu* MarkedLineEdit::makeMenu()
 
 QRect MarkedLineEdit::textRoom() const
 {
-    constexpr int kInnerMargin = 2; // of the base class, beside the frame
     QStyleOptionFrame option;
     initStyleOption(&option);
     return style()
@@ -72,6 +77,15 @@ bool MarkedLineEdit::isCut() const
 
 bool MarkedLineEdit::event(QEvent* event)
 {
+    if (event->type() == QEvent::ShortcutOverride) {
+        // With nothing to undo in the text, Ctrl+Z is the window's.
+        const auto& key = static_cast<const QKeyEvent&>(*event);
+        if ((key.matches(QKeySequence::Undo) && !isUndoAvailable())
+            || (key.matches(QKeySequence::Redo) && !isRedoAvailable())) {
+            event->ignore();
+            return false;
+        }
+    }
     if (event->type() == QEvent::ToolTip && isCut()) {
         QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text() + '\n' + toolTip(),
                            this);
@@ -91,7 +105,7 @@ void MarkedLineEdit::paintEllipsis()
         --shown;
     room.setLeft(room.left() + fontMetrics().horizontalAdvance(text().left(shown)));
     QPainter painter(this);
-    painter.fillRect(room, palette().color(QPalette::Base));
+    painter.fillRect(room.adjusted(0, 0, kInnerMargin, 0), palette().color(QPalette::Base));
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, ellipsis);
 }

@@ -377,6 +377,8 @@ void NumberBox::endGesture()
     if (std::exchange(m_isTold, false))
         Q_EMIT ended();
     Q_EMIT settled();
+    if (!isIllegal())
+        m_edit->setText(m_edit->text()); // forgets its own steps to undo
 }
 
 void NumberBox::cancel()

@@ -80,7 +80,6 @@ private:
 RotationWidget::RotationWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QWidget* parent)
     : BoxedWidget(edit, parent)
 {
-    addBoxes();
     if (form == MrbFieldWidget::Form::Compact)
         buildCompact();
     else
@@ -104,6 +103,7 @@ void RotationWidget::addBoxes()
 
 void RotationWidget::buildCompact()
 {
+    addBoxes();
     auto* line = new QHBoxLayout(this);
     line->setContentsMargins(0, 0, 0, 0);
     line->setSpacing(looks::kSpacing);
@@ -123,6 +123,7 @@ void RotationWidget::buildFull()
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(looks::kSpacing);
     grid->addLayout(makeChoices(), 0, 0, 1, 3);
+    addBoxes(); // behind the choices in the order of the Tab key
     for (int i = 0; i < kNumbers; ++i) {
         NumberBox* box = boxes()[static_cast<std::size_t>(i)];
         auto*& label = m_labels[static_cast<std::size_t>(i)];
@@ -258,7 +259,7 @@ void RotationWidget::turn(const SbRotation& by)
 
 bool RotationWidget::changeRotations(const RotationChange& change)
 {
-    if (!edit()->isInGesture())
+    if (!edit()->isInGesture() || editableFields().size() != m_bases.size())
         rememberRotations();
     std::size_t call = 0;
     return this->change([&](SoField& value) {
