@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/SbNumber.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -92,9 +93,12 @@ bool fitNumber(Kind kind, double& number, QString* problem)
         return refuse(numberText(Kind::Double, number) + " is no whole number");
     if (!row.isWhole && !std::isfinite(number))
         return true;
-    const double rounded = kind == Kind::Float && std::fabs(number) <= row.highest
-                               ? static_cast<double>(static_cast<float>(number))
-                               : number;
+    // Half a step beyond the greatest float: what is nearer to it is it, as its own text is.
+    constexpr double kFloatEnd = 0x1.ffffffp127;
+    const double rounded =
+        kind == Kind::Float && std::fabs(number) < kFloatEnd
+            ? static_cast<double>(static_cast<float>(std::clamp(number, row.lowest, row.highest)))
+            : number;
     if (rounded < row.lowest || rounded > row.highest)
         return refuse(numberText(Kind::Double, number) + " is beyond the limits, "
                       + numberText(kind, row.lowest) + " to " + numberText(kind, row.highest));
