@@ -1,10 +1,13 @@
 #include "ListDelegate.h"
 
+#include "Expression.h"
+#include "FieldNumbers.h"
 #include "ListCells.h"
 #include "ListChanges.h"
 #include "ListModel.h"
 #include "Looks.h"
 #include "MarkedLineEdit.h"
+#include "NumberText.h"
 
 #include "mirabo/extender/MrbFieldEdit.h"
 
@@ -106,6 +109,7 @@ QWidget* ListDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
         auto* line = new MarkedLineEdit(parent);
         m_editor = line;
         connect(line, &QLineEdit::textEdited, self, takeTyped);
+        line->setHint(hint());
         line->setFrame(false);
         line->setAutoFillBackground(true);
         if (m_cells.input() == ListCells::Input::Choice) {
@@ -131,6 +135,12 @@ MarkedLineEdit* ListDelegate::lineEdit() const
     if (auto* box = qobject_cast<QComboBox*>(m_editor))
         return qobject_cast<MarkedLineEdit*>(box->lineEdit());
     return qobject_cast<MarkedLineEdit*>(m_editor);
+}
+
+QString ListDelegate::hint() const
+{
+    const FieldNumbers* numbers = m_cells.numbers();
+    return numbers ? kindText(numbers->kind()) + '\n' + expressionHelp() : QString();
 }
 
 QString ListDelegate::typedText() const
@@ -244,9 +254,10 @@ void ListDelegate::refresh()
     const QString present = m_model.cellText(m_cell);
     const bool isOutdated = present != m_applied;
     m_editor->setProperty("outdated", isOutdated);
+    constexpr int kHintLength = 200;
     if (MarkedLineEdit* line = lineEdit())
-        line->setHint(isOutdated ? "The value has been changed to " + present.left(200)
-                                 : QString());
+        line->setHint(isOutdated ? "The value has been changed to " + present.left(kHintLength)
+                                 : hint());
 }
 
 bool ListDelegate::finish()

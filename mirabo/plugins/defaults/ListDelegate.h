@@ -59,6 +59,7 @@ protected:
 
 private:
     bool handleKey(int key, Qt::KeyboardModifiers modifiers);
+    QString hint() const;
     QString typedText() const;
     MarkedLineEdit* lineEdit() const;
     void takeTyped();
