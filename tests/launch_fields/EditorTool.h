@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDockWidget>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -64,6 +65,12 @@ protected:
     {
         MrbFieldWidget* shown = widget();
         return shown ? shown->findChild<Control*>(name) : nullptr;
+    }
+    /// Of an editor whose first control is a line of text.
+    static bool isReadOnly()
+    {
+        const auto* line = control<QLineEdit>();
+        return line && line->isReadOnly();
     }
     /// Lets the editor show a field, as a click on its row does.
     static void choose(SoField& field)

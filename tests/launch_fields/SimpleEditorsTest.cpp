@@ -250,7 +250,7 @@ TEST_F(SimpleEditorsTest, ConnectsByADialogAndGoesToAnEngine)
     Q_EMIT panel()->findChild<QLabel*>("fieldSource")->linkActivated("source");
     support::flush();
     EXPECT_EQ(panel()->findChild<QLabel*>("fieldPlace")->text(), "SFTime of ElapsedTime");
-    EXPECT_FALSE(widget()->isEnabled());
+    EXPECT_TRUE(isReadOnly());
 }
 
 /// The dialog may be open when the scene, the field or the tool goes.

@@ -1,17 +1,14 @@
 #include "StringWidget.h"
 
 #include "FieldText.h"
+#include "MarkedLineEdit.h"
+#include "TextBlock.h"
 
 #include <kalmyr/fields/SoValueFields.h>
 
 #include <QEvent>
 #include <QKeyEvent>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace {
 
@@ -98,10 +95,9 @@ protected:
 
 class BlockString final : public StringWidgetBase {
 public:
-    BlockString(MrbFieldEdit* edit, QPlainTextEdit* input, QWidget* parent)
+    BlockString(MrbFieldEdit* edit, TextBlock* input, QWidget* parent)
         : StringWidgetBase(edit, input, parent), m_input(input)
     {
-        m_input->setTabChangesFocus(true);
         m_input->setPlaceholderText(tr("The empty string"));
         connect(m_input, &QPlainTextEdit::textChanged, this, [this] { apply(); });
     }
@@ -109,26 +105,16 @@ public:
 
 protected:
     QString input() const override { return m_input->toPlainText(); }
-    void setInput(const QString& text) override
-    {
-        if (m_input->toPlainText() == text)
-            return;
-        const QSignalBlocker blocker(m_input);
-        const int at = m_input->textCursor().position();
-        m_input->setPlainText(text);
-        QTextCursor cursor = m_input->textCursor();
-        cursor.setPosition(std::min(at, text.size()));
-        m_input->setTextCursor(cursor);
-    }
+    void setInput(const QString& text) override { m_input->showText(text); }
     bool takesReturn() const override { return true; }
 
 private:
-    QPlainTextEdit* m_input;
+    TextBlock* m_input;
 };
 
 class LineString final : public StringWidgetBase {
 public:
-    LineString(MrbFieldEdit* edit, Form form, QLineEdit* input, QWidget* parent)
+    LineString(MrbFieldEdit* edit, Form form, MarkedLineEdit* input, QWidget* parent)
         : StringWidgetBase(edit, input, parent), m_input(input)
     {
         if (form == Form::Full)
@@ -151,7 +137,7 @@ protected:
     bool takesReturn() const override { return false; }
 
 private:
-    QLineEdit* m_input;
+    MarkedLineEdit* m_input;
 };
 
 } // namespace
@@ -160,10 +146,10 @@ MrbFieldWidget* makeStringWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, 
 {
     const bool isName = edit->getFieldType() == SoSFName::getClassTypeId();
     if (isName)
-        return new LineString(edit, form, new QLineEdit, parent);
+        return new LineString(edit, form, new MarkedLineEdit, parent);
     if (form == MrbFieldWidget::Form::Full)
-        return new BlockString(edit, new QPlainTextEdit, parent);
+        return new BlockString(edit, new TextBlock, parent);
     bool isLine = true;
     edit->read([&isLine](const SoField& field) { isLine = !textOf(field).contains('\n'); });
-    return isLine ? new LineString(edit, form, new QLineEdit, parent) : nullptr;
+    return isLine ? new LineString(edit, form, new MarkedLineEdit, parent) : nullptr;
 }

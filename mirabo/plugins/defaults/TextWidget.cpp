@@ -3,6 +3,7 @@
 #include "FieldText.h"
 #include "InputMark.h"
 #include "MarkedLineEdit.h"
+#include "TextBlock.h"
 
 #include <kalmyr/core/SoField.h>
 #include <mirabo/extender/MrbFieldPresentation.h>
@@ -11,7 +12,6 @@
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QVBoxLayout>
 
 #include <functional>
@@ -86,13 +86,10 @@ private:
 class BlockText final : public TextWidgetBase {
 public:
     BlockText(MrbFieldEdit* edit, QWidget* parent)
-        : TextWidgetBase(edit, parent),
-          m_input(new QPlainTextEdit(this)),
-          m_problem(new QLabel(this))
+        : TextWidgetBase(edit, parent), m_input(new TextBlock(this)), m_problem(new QLabel(this))
     {
         m_input->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
         m_input->setAccessibleName(tr("Value as text"));
-        m_input->setTabChangesFocus(true);
         m_input->installEventFilter(this);
         m_problem->setWordWrap(true);
         m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -106,17 +103,7 @@ public:
 
 protected:
     QString input() const override { return m_input->toPlainText(); }
-    void setInput(const QString& text) override
-    {
-        if (m_input->toPlainText() == text)
-            return;
-        const int at = m_input->textCursor().position();
-        const QSignalBlocker blocker(m_input);
-        m_input->setPlainText(text);
-        QTextCursor cursor = m_input->textCursor();
-        cursor.setPosition(std::min(at, text.size()));
-        m_input->setTextCursor(cursor);
-    }
+    void setInput(const QString& text) override { m_input->showText(text); }
     void showProblem(const QString& problem) override
     {
         markInput(m_input, problem, tr("Ctrl+Return applies, Escape takes back"));
@@ -144,7 +131,7 @@ protected:
     }
 
 private:
-    QPlainTextEdit* m_input;
+    TextBlock* m_input;
     QLabel* m_problem;
 };
 
