@@ -61,6 +61,17 @@ void UndoStack::redo()
     tellState();
 }
 
+bool UndoStack::extend(const MrbCommand* command, const std::function<bool()>& edit)
+{
+    const Busy busy(*this);
+    if (!isLast(command))
+        return false;
+    const bool done = edit();
+    m_modified = true;
+    tellState();
+    return done;
+}
+
 QString UndoStack::nameOf(int index) const
 {
     if (index < 0 || index >= count())

@@ -54,6 +54,9 @@ public:
     bool add(MrbCommand* command);
     void undo();
     void redo();
+    /// Makes a further edit, which the command takes for its own. Nothing, and false, when it is
+    /// not the last one (isLast()); else what the edit returned.
+    bool extend(const MrbCommand* command, const std::function<bool()>& edit);
 
     /// Forgets all commands without deleting them (intended: extensions may hold on to theirs).
     /// While a command runs the clear waits until it has ended.

@@ -214,10 +214,11 @@ bool MrbFieldEdit::Private::push(const QString& name, FieldCommand::Entries entr
     mirabo::CommandStackAccess* stack = commandStack();
     if (!stack)
         return false;
-    if (inGesture && command && stack->isLastCommand(command))
+    if (inGesture && command && stack->isLastCommand(command)) {
         // It is on the stack, so it lives, and this is the only place that makes such commands.
-        return static_cast<FieldCommand*>(const_cast<MrbCommand*>(command))
-            ->extend(std::move(entries));
+        auto* last = static_cast<FieldCommand*>(const_cast<MrbCommand*>(command));
+        return stack->extendCommand(command, [&] { return last->extend(std::move(entries)); });
+    }
     auto made = std::make_unique<FieldCommand>(name, std::move(entries));
     const QPointer<MrbFieldEdit> owner(m_owner);
     if (inGesture)

@@ -86,6 +86,12 @@ bool MrbServicesImpl::isLastCommand(const MrbCommand* command) const
     return m_hub->undoStack().isLast(command);
 }
 
+bool MrbServicesImpl::extendCommand(const MrbCommand* command, const std::function<bool()>& edit)
+{
+    const mirabo::Frame frame(mirabo::Frame::Kind::Call);
+    return m_hub->undoStack().extend(command, edit);
+}
+
 bool MrbServicesImpl::isRunningCommand() const
 {
     return m_hub->undoStack().isBusy();

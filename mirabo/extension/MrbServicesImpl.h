@@ -48,6 +48,7 @@ public:
 
     bool pushOwnCommand(std::unique_ptr<MrbCommand> command) override;
     bool isLastCommand(const MrbCommand* command) const override;
+    bool extendCommand(const MrbCommand* command, const std::function<bool()>& edit) override;
     bool isRunningCommand() const override;
     void removeCommands(const Test& test) override;
 

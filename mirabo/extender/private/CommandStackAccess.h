@@ -22,6 +22,9 @@ public:
     /// Nothing has been done or undone since this command was executed. The pointer is compared
     /// only.
     virtual bool isLastCommand(const MrbCommand* command) const = 0;
+    /// Makes a further edit, which that command takes for its own. Nothing, and false, when it is
+    /// not the last one; else what the edit returned.
+    virtual bool extendCommand(const MrbCommand* command, const std::function<bool()>& edit) = 0;
     /// A command is being executed, undone or redone.
     virtual bool isRunningCommand() const = 0;
     /// Not while a command runs. Removes and deletes the commands that the test names, and those of
