@@ -226,6 +226,9 @@ bool ColorWidget::eventFilter(QObject* watched, QEvent* event)
             Q_EMIT finished();
         return true;
     }
+    if (event->type() == QEvent::FocusIn
+        && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
+        m_hex->selectAll();
     if (event->type() == QEvent::FocusOut
         && static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
         endHex();

@@ -475,6 +475,11 @@ bool NumberBox::filterEdit(QEvent* event)
         stepBy((delta.y() ? delta.y() : delta.x()) / kNotch * factorOf(wheel.modifiers()), false);
         return true;
     }
+    case QEvent::FocusIn:
+        // Opened for editing: what is typed takes the place of the number.
+        if (static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
+            m_edit->selectAll();
+        return false;
     case QEvent::FocusOut:
         // A menu of the box's own comes back.
         if (static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
