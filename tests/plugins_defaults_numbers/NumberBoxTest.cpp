@@ -370,17 +370,3 @@ TEST_F(NumberBoxTest, RefusesWhatItsOwnerCannotTake)
     EXPECT_FALSE(box->isIllegal());
     EXPECT_EQ(box->number(), 0.5);
 }
-
-TEST_F(NumberBoxTest, HoldsARangeOfItsOwn)
-{
-    NumberBox* box = make(Kind::Float, 0.5);
-    box->setRange(0, 1);
-    typeInto(box, "1.5");
-    EXPECT_TRUE(box->isIllegal());
-    key(Qt::Key_Escape);
-    enter(box, "1");
-    key(Qt::Key_Up);
-    EXPECT_EQ(box->text(), "1");
-    typeInto(box, "nan");
-    EXPECT_TRUE(box->isIllegal());
-}

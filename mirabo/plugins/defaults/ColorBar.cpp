@@ -1,6 +1,7 @@
 #include "ColorBar.h"
 
 #include "Looks.h"
+#include "NumberSteps.h"
 
 #include <QKeyEvent>
 #include <QLinearGradient>
@@ -16,12 +17,6 @@
 namespace {
 
 constexpr double kStep = 0.01;
-
-double factorOf(Qt::KeyboardModifiers modifiers)
-{
-    constexpr double kFaster = 10;
-    return modifiers & Qt::ShiftModifier ? kFaster : modifiers & Qt::ControlModifier ? 0.1 : 1;
-}
 
 } // namespace
 
@@ -156,12 +151,12 @@ void ColorBar::wheelEvent(QWheelEvent* event)
     constexpr double kNotch = 120;
     const QPoint delta = event->angleDelta();
     stepTo(m_position
-           + (delta.y() ? delta.y() : delta.x()) / kNotch * kStep * factorOf(event->modifiers()));
+           + (delta.y() ? delta.y() : delta.x()) / kNotch * kStep * stepFactor(event->modifiers()));
 }
 
 void ColorBar::keyPressEvent(QKeyEvent* event)
 {
-    const double step = kStep * factorOf(event->modifiers());
+    const double step = kStep * stepFactor(event->modifiers());
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Down:

@@ -5,6 +5,7 @@
 #include "ColorParts.h"
 #include "ColorSwatch.h"
 #include "Eyedropper.h"
+#include "HexInput.h"
 #include "Looks.h"
 #include "MarkedLineEdit.h"
 #include "NumberBox.h"
@@ -14,7 +15,6 @@
 #include <QColorDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPointer>
@@ -77,16 +77,13 @@ public:
     bool isTyping() const override;
     void commit() override;
     void setReadOnly(bool on) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     QLayout* makeLine(bool isCompact);
     QLayout* makeRows();
     void addRow(QGridLayout& grid, int row, const Row& names, const QString& hint);
-    void watchHex();
+    void connectHex();
     void takeHex(const QString& text);
-    void endHex();
-    void cancelHex();
     void openDialog();
     void endDialog(bool isAccepted);
     void closeDialog();
@@ -105,13 +102,11 @@ private:
 
     Numbers m_present; // of the first field
     ColorSwatch* m_swatch = nullptr;
-    MarkedLineEdit* m_hex = nullptr;
+    HexInput* m_hex = nullptr;
     QToolButton* m_eye = nullptr;
     std::vector<ColorBar*> m_bars; // one for each box
     QPointer<QColorDialog> m_dialog;
     QPointer<Eyedropper> m_eyedropper;
-    bool m_isHexTyped = false;
-    bool m_isHexGesture = false;
     bool m_isDialogGesture = false;
 };
 
@@ -127,7 +122,7 @@ ColorWidget::ColorWidget(MrbFieldEdit* edit, Form form, QWidget* parent)
         lines->addLayout(makeRows());
         lines->addStretch();
     }
-    setFocusProxy(m_hex);
+    setFocusProxy(m_hex->lineEdit());
 }
 
 QLayout* ColorWidget::makeLine(bool isCompact)
@@ -137,13 +132,10 @@ QLayout* ColorWidget::makeLine(bool isCompact)
     m_swatch = new ColorSwatch(this);
     connect(m_swatch, &ColorSwatch::clicked, this, &ColorWidget::openDialog);
     addControl(m_swatch);
-    m_hex = new MarkedLineEdit(this);
-    m_hex->setAccessibleName("Hexadecimal colour");
-    constexpr int kHexCharacters = 11;
-    m_hex->setMinimumWidth(m_hex->fontMetrics().horizontalAdvance('0') * kHexCharacters);
-    watchHex();
+    m_hex = new HexInput(this);
+    connectHex();
     line->addWidget(m_swatch);
-    line->addWidget(m_hex, isCompact ? 1 : 0);
+    line->addWidget(m_hex->lineEdit(), isCompact ? 1 : 0);
     if (isCompact)
         return line;
     m_eye = looks::makeButton({}, "Take a colour from a window: click on it (Escape: leave)", this);
@@ -200,44 +192,21 @@ void ColorWidget::addRow(QGridLayout& grid, int row, const Row& names, const QSt
     connect(bar, &ColorBar::finished, this, &ColorWidget::finished);
 }
 
-void ColorWidget::watchHex()
+void ColorWidget::connectHex()
 {
-    m_hex->installEventFilter(this);
-    connect(m_hex, &QLineEdit::textEdited, this, &ColorWidget::takeHex);
-}
-
-bool ColorWidget::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched != m_hex)
-        return BoxedWidget::eventFilter(watched, event);
-    const bool isKey = event->type() == QEvent::KeyPress;
-    const int key = isKey || event->type() == QEvent::ShortcutOverride
-                        ? static_cast<QKeyEvent*>(event)->key()
-                        : 0;
-    if (event->type() == QEvent::ShortcutOverride && key == Qt::Key_Escape && m_isHexTyped)
-        event->accept();
-    if (isKey && key == Qt::Key_Escape) {
-        cancelHex();
-        return true;
-    }
-    if (isKey && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
-        endHex();
-        if (!m_hex->isIllegal())
-            Q_EMIT finished();
-        return true;
-    }
-    if (event->type() == QEvent::FocusIn
-        && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
-        m_hex->selectAll();
-    if (event->type() == QEvent::FocusOut
-        && static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
-        endHex();
-    return false;
+    connect(m_hex, &HexInput::begun, this, [this] { beginGesture(); });
+    connect(m_hex, &HexInput::edited, this, &ColorWidget::takeHex);
+    connect(m_hex, &HexInput::ended, this, [this] { endGesture(); });
+    connect(m_hex, &HexInput::cancelled, this, [this] { cancelGesture(); });
+    connect(m_hex, &HexInput::settled, this, [this] {
+        if (!isTyping())
+            typingEnded();
+    });
+    connect(m_hex, &HexInput::finished, this, &ColorWidget::finished);
 }
 
 void ColorWidget::takeHex(const QString& text)
 {
-    m_isHexTyped = true;
     Numbers read = m_present;
     read.resize(4, NAN);
     read[3] = NAN; // unless the text tells alpha
@@ -247,8 +216,6 @@ void ColorWidget::takeHex(const QString& text)
         return;
     }
     m_hex->setProblem({});
-    if (!std::exchange(m_isHexGesture, true))
-        beginGesture();
     changeNumbers([this, &read](const Numbers& base, double* present) {
         Numbers made = base;
         std::copy_n(read.begin(), 3, made.begin());
@@ -266,31 +233,6 @@ void ColorWidget::takeHex(const QString& text)
     showValue();
 }
 
-void ColorWidget::endHex()
-{
-    if (!m_isHexTyped)
-        return;
-    if (std::exchange(m_isHexGesture, false))
-        endGesture();
-    if (m_hex->isIllegal())
-        return; // it stays
-    m_isHexTyped = false;
-    typingEnded();
-}
-
-void ColorWidget::cancelHex()
-{
-    if (!std::exchange(m_isHexTyped, false)) {
-        Q_EMIT finished();
-        return;
-    }
-    m_hex->setProblem({});
-    if (std::exchange(m_isHexGesture, false))
-        cancelGesture();
-    typingEnded();
-    m_hex->selectAll();
-}
-
 void ColorWidget::openDialog()
 {
     if (m_dialog) {
@@ -299,7 +241,7 @@ void ColorWidget::openDialog()
         return;
     }
     BoxedWidget::commit();
-    endHex();
+    m_hex->commit();
     m_dialog = new QColorDialog(colors::toColor(m_present.data(), count()), this);
     m_dialog->setAttribute(Qt::WA_DeleteOnClose);
     m_dialog->setWindowTitle("Colour of " + edit()->getState().fieldName);
@@ -342,14 +284,13 @@ void ColorWidget::dropEye(bool on)
         return;
     }
     BoxedWidget::commit();
-    endHex();
+    m_hex->commit();
     m_eyedropper = new Eyedropper(this);
     connect(m_eyedropper, &Eyedropper::hovered, this, [this](const QColor& color) {
         if (!color.isValid())
             return;
         m_swatch->setColor(color);
-        if (!m_isHexTyped)
-            m_hex->setText(color.name());
+        m_hex->showText(color.name());
     });
     const auto leave = [this] {
         m_eyedropper = nullptr; // it deletes itself
@@ -419,8 +360,7 @@ void ColorWidget::showValue()
     if (present.empty())
         return;
     m_present = present;
-    if (!m_isHexTyped)
-        m_hex->setText(colors::hexText(present.data(), count()));
+    m_hex->showText(colors::hexText(present.data(), count()));
     showSwatch();
     if (m_bars.empty())
         return;
@@ -436,8 +376,8 @@ void ColorWidget::showSwatch()
     m_swatch->setColor(colors::toColor(m_present.data(), count()), isBeyond);
     m_swatch->setToolTip(isBeyond ? "Beyond 0 to 1: the nearest colour is shown. Opens the dialog"
                                   : "Opens the colour dialog");
-    m_hex->setHint(isBeyond ? "Beyond 0 to 1: the nearest colour is shown"
-                            : "#rrggbb, #rgb or the name of a colour");
+    m_hex->lineEdit()->setHint(isBeyond ? "Beyond 0 to 1: the nearest colour is shown"
+                                        : "#rrggbb, #rgb or the name of a colour");
 }
 
 void ColorWidget::showHsv()
@@ -495,14 +435,14 @@ void ColorWidget::commit()
     BoxedWidget::commit();
     for (ColorBar* bar : m_bars)
         bar->commit();
-    endHex();
+    m_hex->commit();
     closeDialog();
 }
 
 void ColorWidget::setReadOnly(bool on)
 {
     BoxedWidget::setReadOnly(on);
-    m_hex->setReadOnly(on);
+    m_hex->lineEdit()->setReadOnly(on);
     if (!on)
         return;
     closeDialog();

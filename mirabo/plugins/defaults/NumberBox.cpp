@@ -3,6 +3,7 @@
 #include "Expression.h"
 #include "Looks.h"
 #include "MarkedLineEdit.h"
+#include "NumberSteps.h"
 #include "NumberText.h"
 
 #include <kalmyr/base/SbNumber.h>
@@ -65,55 +66,10 @@ bool sameBits(double a, double b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-/// The number that its text says: the doubles next to floats have long tails.
-double asShown(FieldNumbers::Kind kind, double number)
-{
-    double shown = number;
-    SbNumber::toDouble(numberText(kind, number).toStdString(), shown);
-    return shown;
-}
-
-/// A step that changes the second digit of a number, a power of ten.
-double stepOf(FieldNumbers::Kind kind, double number)
-{
-    constexpr double kOfZero = 0.1;
-    const double magnitude = std::fabs(number);
-    double step = kOfZero;
-    if (magnitude > 0 && std::isfinite(magnitude))
-        step = std::pow(10, std::floor(std::log10(magnitude)) - 1);
-    return std::max(step, isWhole(kind) ? 1. : std::numeric_limits<double>::min());
-}
-
-/// Rounds away what the sum of decimal fractions leaves in binary; far below the step.
-double roundBelow(double number, double step, FieldNumbers::Kind kind)
-{
-    if (isWhole(kind))
-        return std::round(number);
-    const double digits = kind == FieldNumbers::Kind::Float ? 1e6 : 1e12;
-    // Powers of ten are exact above one only.
-    const double unit = step / digits;
-    const double rounded = unit < 1
-                               ? std::round(number * std::round(1 / unit)) / std::round(1 / unit)
-                               : std::round(number / unit) * unit;
-    return std::isfinite(rounded) ? rounded : number;
-}
-
-/// Ten times with Shift, a tenth with Ctrl.
-double factorOf(Qt::KeyboardModifiers modifiers)
-{
-    constexpr double kFaster = 10;
-    return modifiers & Qt::ShiftModifier ? kFaster : modifiers & Qt::ControlModifier ? 0.1 : 1;
-}
-
 } // namespace
 
 NumberBox::NumberBox(FieldNumbers::Kind kind, QWidget* parent)
-    : QWidget(parent),
-      m_kind(kind),
-      m_lowest(lowest(kind)),
-      m_highest(highest(kind)),
-      m_edit(new MarkedLineEdit(this)),
-      m_grip(new Grip(this))
+    : QWidget(parent), m_kind(kind), m_edit(new MarkedLineEdit(this)), m_grip(new Grip(this))
 {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -168,14 +124,6 @@ void NumberBox::setLabel(QLabel* label)
 void NumberBox::setGripShown(bool on)
 {
     m_grip->setVisible(on);
-}
-
-void NumberBox::setRange(double lowest, double highest)
-{
-    m_lowest = lowest;
-    m_highest = highest;
-    m_hasRange = true;
-    updateHint();
 }
 
 void NumberBox::setWidthInCharacters(int count)
@@ -253,19 +201,6 @@ void NumberBox::commit()
         showNumber();
 }
 
-bool NumberBox::isInRange(double& number, QString* problem) const
-{
-    if (!fitNumber(m_kind, number, problem))
-        return false;
-    if (!m_hasRange || (number >= m_lowest && number <= m_highest))
-        return true;
-    if (problem)
-        *problem = QString("%1 is not in %2 to %3")
-                       .arg(numberText(m_kind, number), numberText(m_kind, m_lowest),
-                            numberText(m_kind, m_highest));
-    return false;
-}
-
 bool NumberBox::readText(double& number, QString& problem) const
 {
     // The way through a double could round twice.
@@ -273,7 +208,7 @@ bool NumberBox::readText(double& number, QString& problem) const
     if (m_kind == FieldNumbers::Kind::Float
         && SbNumber::toFloat(m_edit->text().trimmed().toStdString(), single)) {
         number = single;
-        return isInRange(number, &problem);
+        return fitNumber(m_kind, number, &problem);
     }
     const Expression read = Expression::evaluate(m_edit->text(), m_before);
     if (!read.isValid) {
@@ -281,7 +216,7 @@ bool NumberBox::readText(double& number, QString& problem) const
         return false;
     }
     number = read.number;
-    return isInRange(number, &problem);
+    return fitNumber(m_kind, number, &problem);
 }
 
 void NumberBox::takeText()
@@ -306,13 +241,7 @@ void NumberBox::stepBy(double steps, bool isKey)
     }
     const bool isTooSmall = isKey && isWhole(m_kind) && std::fabs(steps) * m_step < 1;
     m_steps += isTooSmall ? std::copysign(1 / m_step, steps) : steps;
-    double number = roundBelow(m_base + m_steps * m_step, m_step, m_kind);
-    number = std::clamp(number, m_lowest, m_highest);
-    if (!std::isfinite(m_base) || !isInRange(number, nullptr))
-        return;
-    m_edit->setProblem({});
-    change(number);
-    showNumber();
+    takeSteps(m_steps);
 }
 
 void NumberBox::startDrag(const QMouseEvent& event)
@@ -325,22 +254,25 @@ void NumberBox::startDrag(const QMouseEvent& event)
 
 void NumberBox::drag(const QMouseEvent& event)
 {
-    if (m_gesture != Gesture::Drag || !std::isfinite(m_base) || isReadOnly())
+    if (m_gesture != Gesture::Drag || isReadOnly())
         return;
     const double pixels = event.globalX() - m_dragX;
     if (pixels == 0)
         return;
     m_dragX = event.globalX();
     const double pixelsPerStep = std::max(1., fontMetrics().averageCharWidth() / 2.);
-    m_steps += pixels / pixelsPerStep * factorOf(event.modifiers());
+    m_steps += pixels / pixelsPerStep * stepFactor(event.modifiers());
     constexpr double kFinest = 10; // parts of a step
     const double steps = std::round(m_steps * kFinest) / kFinest;
-    double number = roundBelow(m_base + steps * m_step, m_step, m_kind);
-    number = std::clamp(number, m_lowest, m_highest);
-    if (!isInRange(number, nullptr))
+    takeSteps(steps);
+}
+
+void NumberBox::takeSteps(double steps)
+{
+    if (!std::isfinite(m_base))
         return;
     m_edit->setProblem({});
-    change(number);
+    change(afterSteps(m_kind, m_base, m_step, steps));
     showNumber();
 }
 
@@ -418,9 +350,7 @@ void NumberBox::updateHint()
         lines << m_name;
     if (!m_hint.isEmpty())
         lines << m_hint;
-    lines << (m_hasRange ? QString("%1 to %2")
-                               .arg(numberText(m_kind, m_lowest), numberText(m_kind, m_highest))
-                         : kindText(m_kind));
+    lines << kindText(m_kind);
     lines << expressionHelp()
           << "Up, Down, wheel, or a drag on the grip: steps (Shift: larger, Ctrl: smaller)";
     m_edit->setHint(lines.join('\n'));
@@ -446,10 +376,10 @@ bool NumberBox::filterEdit(QEvent* event)
         const auto& key = static_cast<const QKeyEvent&>(*event);
         switch (key.key()) {
         case Qt::Key_Up:
-            stepBy(factorOf(key.modifiers()), true);
+            stepBy(stepFactor(key.modifiers()), true);
             return true;
         case Qt::Key_Down:
-            stepBy(-factorOf(key.modifiers()), true);
+            stepBy(-stepFactor(key.modifiers()), true);
             return true;
         case Qt::Key_Escape:
             cancel();
@@ -472,7 +402,7 @@ bool NumberBox::filterEdit(QEvent* event)
         const auto& wheel = static_cast<const QWheelEvent&>(*event);
         // Some desktops turn the direction with a modifier.
         const QPoint delta = wheel.angleDelta();
-        stepBy((delta.y() ? delta.y() : delta.x()) / kNotch * factorOf(wheel.modifiers()), false);
+        stepBy((delta.y() ? delta.y() : delta.x()) / kNotch * stepFactor(wheel.modifiers()), false);
         return true;
     }
     case QEvent::FocusIn:

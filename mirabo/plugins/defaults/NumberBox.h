@@ -43,9 +43,6 @@ public:
     /// Without the grip the box is the line of text alone, as for cells of a table. Shown by
     /// default.
     void setGripShown(bool on);
-    /// Numbers outside are refused; by default the limits of the kind. Infinities and not-a-number
-    /// are outside of any range that is set.
-    void setRange(double lowest, double highest);
     /// The characters that there is room for; 9 by default.
     void setWidthInCharacters(int count);
 
@@ -95,8 +92,8 @@ private:
 
     void takeText();
     bool readText(double& number, QString& problem) const;
-    bool isInRange(double& number, QString* problem) const;
     void stepBy(double steps, bool isKey);
+    void takeSteps(double steps);
     void drag(const QMouseEvent& event);
     void startDrag(const QMouseEvent& event);
     void enter(Gesture gesture);
@@ -110,9 +107,6 @@ private:
     void showMenu(const QPoint& position);
 
     FieldNumbers::Kind m_kind;
-    double m_lowest;
-    double m_highest;
-    bool m_hasRange = false;
     bool m_isHex = false;
     QString m_name;
     QString m_hint;
