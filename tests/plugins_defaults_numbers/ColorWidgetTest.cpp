@@ -109,12 +109,12 @@ TEST_F(ColorWidgetTest, ReadsHexadecimalText)
         EXPECT_EQ(value()[0], 0.2f);
         QTest::keyClick(hex(editor), Qt::Key_Escape);
         EXPECT_TRUE(m_probe->color.isDefault());
-        EXPECT_EQ(m_stack.count(), 0);
+        EXPECT_EQ(m_stack.done(), 0);
 
         typeHex(editor, "#ff8000");
         QTest::keyClick(hex(editor), Qt::Key_Return);
         EXPECT_EQ(value(), SbColor(1, 128 / 255.f, 0));
-        EXPECT_EQ(m_stack.count(), 1);
+        EXPECT_EQ(m_stack.done(), 1);
         typeHex(editor, "#ff80zz");
         EXPECT_TRUE(hex(editor)->isIllegal());
         EXPECT_TRUE(editor.widget->isTyping());
@@ -134,7 +134,7 @@ TEST_F(ColorWidgetTest, SetsComponentsByBoxesAndBars)
     EXPECT_EQ(editor.texts(), QStringList({"0.2", "0.4", "0.6", "210", "0.6666667", "0.6"}));
     auto* red = editor.child<ColorBar>("Red");
     drag(red, QPoint(red->width() / 4, red->height() / 2), QPoint(red->width() / 2, 0));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     EXPECT_NEAR(value()[0], 0.75, 0.05);
     EXPECT_EQ(value()[1], 0.4f);
     red->setFocus();
@@ -142,10 +142,10 @@ TEST_F(ColorWidgetTest, SetsComponentsByBoxesAndBars)
     QTest::keyClick(red, Qt::Key_Left);
     QTest::keyClick(red, Qt::Key_Left, Qt::ShiftModifier);
     EXPECT_EQ(value()[0], 0.89f);
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
     QTest::keyClick(red, Qt::Key_Escape);
     EXPECT_NEAR(value()[0], 0.75, 0.05);
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
 
     enter(editor.box("Green"), "2.5");
     EXPECT_EQ(value()[1], 2.5f);
@@ -224,7 +224,7 @@ TEST_F(ColorWidgetTest, FollowsTheDialogAsOneGesture)
     dialog->setCurrentColor(Qt::blue);
     dialog->accept();
     EXPECT_EQ(value(), SbColor(0, 0, 1));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
 
     pass();
     dialog = open();
@@ -270,7 +270,7 @@ TEST_F(ColorWidgetTest, TakesAColorFromAnyWindow)
     pass();
     EXPECT_EQ(value(), SbColor(10 / 255.f, 20 / 255.f, 30 / 255.f));
     EXPECT_FALSE(QApplication::overrideCursor());
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     move(); // the mouse is the windows' again
     EXPECT_EQ(hex(editor)->text(), "#0a141e");
     m_stack.undo();
@@ -300,5 +300,5 @@ TEST_F(ColorWidgetTest, ChangesOneComponentInAllColors)
     typeHex(editor, "#fff");
     QTest::keyClick(hex(editor), Qt::Key_Return);
     EXPECT_EQ(other->color.getValue(), value());
-    EXPECT_EQ(m_stack.count(), 3);
+    EXPECT_EQ(m_stack.done(), 3);
 }

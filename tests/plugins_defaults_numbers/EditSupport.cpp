@@ -47,36 +47,6 @@ void NumberProbe::initClass()
         SO_NODE_INIT_CLASS(NumberProbe, SoNode, "NumberProbe");
 }
 
-void StackServices::undo()
-{
-    ASSERT_FALSE(m_done.empty());
-    m_done.back()->undo();
-    m_undone.push_back(std::move(m_done.back()));
-    m_done.pop_back();
-}
-
-void StackServices::redo()
-{
-    ASSERT_FALSE(m_undone.empty());
-    m_undone.back()->redo();
-    m_done.push_back(std::move(m_undone.back()));
-    m_undone.pop_back();
-}
-
-bool StackServices::pushOwnCommand(std::unique_ptr<MrbCommand> command)
-{
-    if (!command->execute())
-        return false;
-    m_undone.clear();
-    m_done.push_back(std::move(command));
-    return true;
-}
-
-bool StackServices::isLastCommand(const MrbCommand* command) const
-{
-    return m_undone.empty() && !m_done.empty() && m_done.back().get() == command;
-}
-
 Editor::Editor(SoField& field, MakeWidget make, MrbFieldWidget::Form form) : edit(&field)
 {
     auto* layout = new QVBoxLayout(&window);

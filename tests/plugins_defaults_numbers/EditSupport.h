@@ -2,10 +2,9 @@
 
 #include "mirabo/extender/MrbCommand.h"
 #include "mirabo/extender/MrbFieldEditor.h"
-#include "mirabo/extender/MrbServices.h"
-#include "mirabo/extender/private/CommandStackAccess.h"
 #include "mirabo/plugins/defaults/NumberBox.h"
 #include "support/Clock.h"
+#include "support/TestServices.h"
 
 #ifndef Q_MOC_RUN
 #include <kalmyr/base/SoRef.h>
@@ -50,51 +49,6 @@ public:
 
 protected:
     ~NumberProbe() override;
-};
-
-/// Services with an undo stack and nothing else.
-class StackServices final : public MrbServices, public mirabo::CommandStackAccess {
-public:
-    StackServices() { setInstance(this); }
-    ~StackServices() override { setInstance(nullptr); }
-
-    int count() const { return static_cast<int>(m_done.size()); }
-    void undo() override;
-    void redo() override;
-    void undoAll()
-    {
-        while (count() > 0)
-            undo();
-    }
-    void redoAll()
-    {
-        while (!m_undone.empty())
-            redo();
-    }
-
-    bool pushOwnCommand(std::unique_ptr<MrbCommand> command) override;
-    bool isLastCommand(const MrbCommand* command) const override;
-    bool isRunningCommand() const override { return false; }
-    void removeCommands(const Test&) override {}
-
-    bool pushCommand(MrbCommand* command) override
-    {
-        return pushOwnCommand(std::unique_ptr<MrbCommand>(command));
-    }
-    QMainWindow* getMainWindow() override { return nullptr; }
-    SoField* getSelectedField() const override { return nullptr; }
-    SoFieldContainer* getSelectedNode() const override { return nullptr; }
-    void setSceneGraph(SoNode*) override {}
-    void setSelectedField(SoField*) override {}
-    void setSelectedNode(SoFieldContainer*) override {}
-    SoSceneManager* getSceneManager() const override { return nullptr; }
-    int isStandalone() const override { return 1; }
-    SoGuiRenderArea* getRenderArea() const override { return nullptr; }
-    SoNode* getSceneGraph() const override { return nullptr; }
-
-private:
-    std::vector<std::unique_ptr<MrbCommand>> m_done;
-    std::vector<std::unique_ptr<MrbCommand>> m_undone;
 };
 
 using MakeWidget = MrbFieldWidget* (*)(MrbFieldEdit* edit, MrbFieldWidget::Form form,
@@ -147,6 +101,6 @@ protected:
     static void pass();
 
     support::Clock m_clock;
-    StackServices m_stack;
+    support::TestServices m_stack;
     SoRef<NumberProbe> m_probe = makeProbe();
 };

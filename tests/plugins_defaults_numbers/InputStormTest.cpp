@@ -85,7 +85,7 @@ protected:
             below(5) ? key() : press(editor);
         editor.widget->commit();
         const std::string after = text(field);
-        const int count = m_stack.count();
+        const int count = m_stack.done();
         m_stack.undoAll();
         m_commands += count;
         EXPECT_EQ(text(field), before);

@@ -78,7 +78,7 @@ TEST_F(MatrixWidgetTest, SetsOneNumberAndUndoesIt)
     enter(editor.box("row 1, column 4"), "nan");
     EXPECT_EQ(value()[3][0], 5.5f);
     EXPECT_TRUE(std::isnan(value()[0][3]));
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
     enter(editor.box("row 4, column 1"), editor.box("row 4, column 1")->text());
     QTest::keyClick(editor.box("row 1, column 4")->lineEdit(), Qt::Key_Return);
     m_stack.undoAll();
@@ -102,7 +102,7 @@ TEST_F(MatrixWidgetTest, HasIdentityInverseAndTranspose)
     click(editor, "Set to the identity");
     EXPECT_EQ(value(), SbMatrix());
     click(editor, "Set to the identity");
-    EXPECT_EQ(m_stack.count(), 3) << "no command when nothing changes";
+    EXPECT_EQ(m_stack.done(), 3) << "no command when nothing changes";
     m_stack.undoAll();
     EXPECT_EQ(value(), start);
     enter(editor.box("row 1, column 1"), "0");
@@ -133,7 +133,7 @@ TEST_F(MatrixWidgetTest, EditsThePartsOfAMatrix)
     QTest::keyClicks(editor.box("scale y")->lineEdit(), ".5");
     QTest::keyClick(editor.box("scale y")->lineEdit(), Qt::Key_Return);
     EXPECT_EQ(parts(editor)[7], "0.5");
-    EXPECT_EQ(m_stack.count(), 5);
+    EXPECT_EQ(m_stack.done(), 5);
     typeInto(editor.box("scale z"), "inf");
     EXPECT_TRUE(editor.box("scale z")->isIllegal());
     m_stack.undoAll();

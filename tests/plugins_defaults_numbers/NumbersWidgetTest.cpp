@@ -58,7 +58,7 @@ TEST_F(NumbersWidgetTest, ShowsAndSetsEveryType)
             enter(editor.box(name), typed);
             EXPECT_EQ(text(field), expected) << name;
             EXPECT_FALSE(field.isDefault());
-            ASSERT_EQ(m_stack.count(), 1) << name;
+            ASSERT_EQ(m_stack.done(), 1) << name;
             m_stack.undo();
             EXPECT_EQ(text(field), before);
             EXPECT_TRUE(field.isDefault()) << name;
@@ -82,7 +82,7 @@ TEST_F(NumbersWidgetTest, LeavesAFieldAloneThatIsConfirmedUnchanged)
             enter(box, box->text()); // and when it is typed once more
         }
         editor.widget->commit();
-        EXPECT_EQ(m_stack.count() > 0, !field->isDefault());
+        EXPECT_EQ(m_stack.done() > 0, !field->isDefault());
         m_stack.undoAll();
         EXPECT_TRUE(field->isDefault()) << text(*field);
     }
@@ -103,13 +103,13 @@ TEST_F(NumbersWidgetTest, MakesOneCommandOfAGesture)
 {
     Editor editor(m_probe->vector, makeNumbersWidget);
     drag(editor.child<QLabel>(""), QPoint(1, 1), QPoint(40, 0));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     EXPECT_NE(m_probe->vector.getValue()[0], 1);
     enter(editor.box("y"), "12345");
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
     typeInto(editor.box("z"), "99");
     QTest::keyClick(editor.box("z")->lineEdit(), Qt::Key_Escape);
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
     EXPECT_EQ(m_probe->vector.getValue()[2], 4);
     EXPECT_EQ(editor.box("z")->text(), "4");
     m_stack.undoAll();
@@ -128,7 +128,7 @@ TEST_F(NumbersWidgetTest, ChangesOneComponentInAllFields)
     enter(editor.box("y"), "5");
     EXPECT_EQ(m_probe->vector.getValue(), SbVec3f(1, 5, 4));
     EXPECT_EQ(other->vector.getValue(), SbVec3f(7, 5, 9));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     m_stack.undo();
     EXPECT_EQ(other->vector.getValue(), SbVec3f(7, 8, 9));
 }
@@ -143,7 +143,7 @@ TEST_F(NumbersWidgetTest, KeepsProportions)
     enter(editor.box("x"), "0.5"); // through 0
     EXPECT_EQ(m_probe->vector.getValue(), SbVec3f(0.5f, 1, 2));
     EXPECT_EQ(other->vector.getValue(), SbVec3f(0.5f, 0, -0.2f));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     EXPECT_EQ(editor.texts(), QStringList({"0.5", "1", "2"}));
 
     Editor whole(m_probe->quad, makeNumbersWidget);
@@ -168,7 +168,7 @@ TEST_F(NumbersWidgetTest, TakesNormalsNumberByNumber)
     Editor editor(m_probe->plane, makeNumbersWidget);
     typeInto(editor.box("normal z"), "0");
     EXPECT_TRUE(editor.box("normal z")->isIllegal()) << "no direction is left";
-    EXPECT_EQ(m_stack.count(), 0);
+    EXPECT_EQ(m_stack.done(), 0);
     enter(editor.box("normal x"), "3"); // now there is one
     EXPECT_FALSE(editor.box("normal z")->isIllegal());
     enter(editor.box("normal y"), "4");
@@ -192,7 +192,7 @@ TEST_F(NumbersWidgetTest, PastesAllNumbersAtOnce)
     paste("[ 7, pi\t9 ]\n");
     EXPECT_EQ(m_probe->vector.getValue(), SbVec3f(7, 3.1415927f, 9));
     EXPECT_EQ(editor.texts(), QStringList({"7", "3.1415927", "9"}));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     paste("5");
     EXPECT_EQ(m_probe->vector.getValue(), SbVec3f(7, 5, 9));
     paste("1 2");
@@ -235,7 +235,7 @@ TEST_F(NumbersWidgetTest, IsReadOnlyForAFieldThatIsDriven)
     EXPECT_TRUE(box->isReadOnly());
     enter(box, "5");
     QTest::keyClick(box->lineEdit(), Qt::Key_Up);
-    EXPECT_EQ(m_stack.count(), 0);
+    EXPECT_EQ(m_stack.done(), 0);
     EXPECT_FALSE(box->isIllegal());
     master.setValue(4);
     pass();

@@ -111,7 +111,7 @@ TEST_F(RotationWidgetTest, ShowsAndSetsEachNotation)
     EXPECT_EQ(editor.texts().first(), "0");
     enter(editor.box("w"), "0");
     EXPECT_TRUE(value().equals(about(1, -180), 1e-6f)) << "any length will do";
-    EXPECT_EQ(m_stack.count(), 3);
+    EXPECT_EQ(m_stack.done(), 3);
     const std::string last = text(m_probe->rotation);
     m_stack.undoAll();
     EXPECT_EQ(text(m_probe->rotation), "0 1 0 0.5");
@@ -131,7 +131,7 @@ TEST_F(RotationWidgetTest, LeavesTheFieldAloneThatIsConfirmedUnchanged)
             QTest::keyClick(box->lineEdit(), Qt::Key_Return);
         }
     }
-    EXPECT_EQ(m_stack.count(), 0);
+    EXPECT_EQ(m_stack.done(), 0);
     EXPECT_TRUE(m_probe->rotation.isDefault());
 }
 
@@ -179,7 +179,7 @@ TEST_F(RotationWidgetTest, IsTurnedByTheBall)
     auto* ball = editor.widget->findChild<Trackball*>();
     ASSERT_TRUE(ball);
     drag(ball, ball->rect().center(), QPoint(20, 0));
-    EXPECT_EQ(m_stack.count(), 1) << "a drag is one gesture";
+    EXPECT_EQ(m_stack.done(), 1) << "a drag is one gesture";
     SbVec3f axis;
     float angle = 0;
     value().getValue(axis, angle);
@@ -193,11 +193,11 @@ TEST_F(RotationWidgetTest, IsTurnedByTheBall)
     QTest::keyClick(ball, Qt::Key_Up, Qt::ShiftModifier);
     QTest::keyClick(ball, Qt::Key_Up, Qt::ShiftModifier);
     EXPECT_TRUE(value().equals(about(0, -90), 1e-6f));
-    EXPECT_EQ(m_stack.count(), 1);
+    EXPECT_EQ(m_stack.done(), 1);
     m_clock.advance(2);
     QTest::keyClick(ball, Qt::Key_PageUp);
     EXPECT_TRUE(value().equals(about(0, -90) * about(2, 5), 1e-6f)) << "about the fixed axis";
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
     QTest::keyClick(ball, Qt::Key_Escape);
     EXPECT_TRUE(value().equals(about(0, -90), 1e-6f));
 
@@ -229,7 +229,7 @@ TEST_F(RotationWidgetTest, TurnsSeveralFields)
     other->rotation.getValue().getValue(axis, angle);
     (about(0, 90) * about(2, 45)).getValue(before, unused);
     EXPECT_TRUE(axis.equals(before, 1e-5f)) << "the axis of the other is left";
-    EXPECT_EQ(m_stack.count(), 2);
+    EXPECT_EQ(m_stack.done(), 2);
 }
 
 TEST_F(RotationWidgetTest, IsWalkedByTheTabKeyAsItIsRead)

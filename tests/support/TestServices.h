@@ -19,6 +19,16 @@ public:
 
     /// Commands that can be undone.
     int done() const { return static_cast<int>(m_done); }
+    void undoAll()
+    {
+        while (m_done > 0)
+            undo();
+    }
+    void redoAll()
+    {
+        while (m_done < m_commands.size())
+            redo();
+    }
     QString lastName() const { return m_done ? m_commands[m_done - 1]->getName() : QString(); }
 
     bool pushOwnCommand(std::unique_ptr<MrbCommand> command) override
@@ -33,6 +43,10 @@ public:
     bool isLastCommand(const MrbCommand* command) const override
     {
         return m_done > 0 && m_done == m_commands.size() && m_commands.back().get() == command;
+    }
+    bool extendCommand(const MrbCommand* command, const std::function<bool()>& edit) override
+    {
+        return isLastCommand(command) && edit();
     }
     bool isRunningCommand() const override { return false; }
     void removeCommands(const Test&) override {}
