@@ -25,15 +25,21 @@ std::array<int, 4> sources(int components, ImageChannels channels)
     return components >= 3 ? std::array{0, 1, 2, alpha} : std::array{0, 0, 0, alpha};
 }
 
-/// Averages a block of pixels; colours count as much as they are opaque.
+/// Averages a block of pixels, of large ones some that are spread evenly; colours count as much as
+/// they are opaque.
 QRgb average(const unsigned char* block, std::ptrdiff_t stride, int components, int width,
              int height, const std::array<int, 4>& from)
 {
+    constexpr int kSamples = 4; // along a side
+    const int stepX = std::max(width / kSamples, 1);
+    const int stepY = std::max(height / kSamples, 1);
     Rgba sum{};
     unsigned weights = 0;
-    for (int y = 0; y < height; ++y) {
-        const unsigned char* pixel = block + y * stride;
-        for (int x = 0; x < width; ++x, pixel += components) {
+    unsigned count = 0;
+    for (int y = stepY / 2; y < height; y += stepY) {
+        const unsigned char* row = block + y * stride;
+        for (int x = stepX / 2; x < width; x += stepX, ++count) {
+            const unsigned char* pixel = row + static_cast<std::ptrdiff_t>(x) * components;
             const unsigned alpha = from[3] < 0 ? 255 : pixel[from[3]];
             for (std::size_t i = 0; i < 3; ++i)
                 sum[i] += pixel[from[i]] * alpha;
@@ -45,7 +51,6 @@ QRgb average(const unsigned char* block, std::ptrdiff_t stride, int components, 
     const auto part = [&](std::size_t i) {
         return static_cast<int>((sum[i] + weights / 2) / weights);
     };
-    const unsigned count = static_cast<unsigned>(width * height);
     return qRgba(part(0), part(1), part(2), static_cast<int>((weights + count / 2) / count));
 }
 

@@ -18,7 +18,7 @@ int sliceCount(const SbImage& image);
 int alphaOf(int components);
 
 /// A part of a slice, in pixels from the top left, made `factor` times smaller by averaging (1: as
-/// it is). One channel alone is grey. Costs the pixels of the part.
+/// it is). One channel alone is grey. Costs some 16 pixels of the part for each of the result.
 QImage toQImage(const SbImage& image, int slice, ImageChannels channels, QRect part,
                 int factor = 1);
 /// A picture that shows what a QImage does, with as few components as that takes.

@@ -27,11 +27,23 @@ enum class ListAction {
     SetCount
 };
 
+/// What must be there for an action.
+enum class ListNeed { Nothing, Values, TwoValues, Selection };
+
+/// What an action does with values.
+enum class ListUse {
+    Read,
+    Rearrange, ///< deletes and moves those that there are
+    Make
+};
+
 struct ListActionEntry {
     ListAction action;
     const char* text;
     const char* toolTip;
     const char* keys; ///< empty for none
+    ListNeed need;
+    ListUse use;
     bool endsGroup;
     /// Draws it in the unit square.
     void (*draw)(QPainter& painter);

@@ -472,42 +472,29 @@ void ListWidget::chooseStatistics()
     m_statistics->start(column, rows);
 }
 
-void ListWidget::updateActions()
+bool ListWidget::isPossible(const ListActionEntry& entry) const
 {
     const bool canChange = !m_model->isReadOnly();
-    const bool canMake = canChange && m_cells->isEditable();
-    const bool isSelected = m_view->currentRow() >= 0 || m_view->selectionModel()->hasSelection();
-    const bool isAny = m_model->valueCount() > 0;
-    for (const auto& [id, action] : m_actions) {
-        bool isOn = canMake && isSelected;
-        switch (id) {
-        case ListAction::InsertBefore:
-        case ListAction::InsertAfter:
-        case ListAction::Append:
-        case ListAction::Paste:
-        case ListAction::SetCount:
-            isOn = canMake;
-            break;
-        case ListAction::Delete:
-        case ListAction::MoveUp:
-        case ListAction::MoveDown:
-            isOn = canChange && isSelected;
-            break;
-        case ListAction::SortAscending:
-        case ListAction::SortDescending:
-            isOn = canMake && m_model->valueCount() > 1;
-            break;
-        case ListAction::Copy:
-            isOn = isSelected;
-            break;
-        case ListAction::GoTo:
-            isOn = isAny;
-            break;
-        default:
-            break;
-        }
-        action->setEnabled(isOn);
+    const bool canUse =
+        entry.use == ListUse::Read
+        || (canChange && (entry.use == ListUse::Rearrange || m_cells->isEditable()));
+    switch (entry.need) {
+    case ListNeed::Nothing:
+        return canUse;
+    case ListNeed::Values:
+        return canUse && m_model->valueCount() > 0;
+    case ListNeed::TwoValues:
+        return canUse && m_model->valueCount() > 1;
+    case ListNeed::Selection:
+        return canUse && (m_view->currentRow() >= 0 || m_view->selectionModel()->hasSelection());
     }
+    return false;
+}
+
+void ListWidget::updateActions()
+{
+    for (const ListActionEntry& entry : listActions())
+        m_actions[entry.action]->setEnabled(isPossible(entry));
 }
 
 void ListWidget::updateFoot()

@@ -71,6 +71,7 @@ private:
     void tellChange(bool isChanged, const RowRanges& rows = {});
     void goTo(int row);
     void chooseStatistics();
+    bool isPossible(const ListActionEntry& entry) const;
     void updateActions();
     void updateFoot();
 
