@@ -145,7 +145,7 @@ TEST_F(ImageWidgetTest, ShowsChannelsAndPixels)
     QTest::mouseMove(view().viewport(), center);
     QTest::mouseMove(view().viewport(), inTopLeft);
     EXPECT_EQ(view().pixelAt(inTopLeft), QPoint(0, 0));
-    EXPECT_TRUE(support::passUntil([this] { return says("x 0  y 1   16 17 18 19   #10111213"); }));
+    EXPECT_TRUE(support::passUntil([this] { return says("x 0  y 1  16 17 18 19  #10111213"); }));
     QTest::keyClicks(&channels(), "g");
     EXPECT_EQ(channels().currentText(), "Green");
     widget().grab();

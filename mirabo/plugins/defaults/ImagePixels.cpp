@@ -30,9 +30,9 @@ std::array<int, 4> sources(int components, ImageChannels channels)
 QRgb average(const unsigned char* block, std::ptrdiff_t stride, int components, int width,
              int height, const std::array<int, 4>& from)
 {
-    constexpr int kSamples = 4; // along a side
-    const int stepX = std::max(width / kSamples, 1);
-    const int stepY = std::max(height / kSamples, 1);
+    constexpr int kSamples = 8; // along a side
+    const int stepX = (width + kSamples - 1) / kSamples;
+    const int stepY = (height + kSamples - 1) / kSamples;
     Rgba sum{};
     unsigned weights = 0;
     unsigned count = 0;

@@ -18,7 +18,8 @@ int sliceCount(const SbImage& image);
 int alphaOf(int components);
 
 /// A part of a slice, in pixels from the top left, made `factor` times smaller by averaging (1: as
-/// it is). One channel alone is grey. Costs some 16 pixels of the part for each of the result.
+/// it is). One channel alone is grey. Costs 64 pixels of the part at most for each of
+/// the result.
 QImage toQImage(const SbImage& image, int slice, ImageChannels channels, QRect part,
                 int factor = 1);
 /// A picture that shows what a QImage does, with as few components as that takes.

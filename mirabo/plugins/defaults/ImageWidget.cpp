@@ -109,9 +109,8 @@ void ImageWidget::makeTools()
     m_size = looks::makeLabel({}, this);
     m_pixel = looks::makeLabel({}, this);
     m_problem = looks::makeLabel({}, this);
-    m_size->setWordWrap(true);
-    m_pixel->setToolTip("The pixel under the cursor; y counts from below");
-    m_pixel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // texts of any length
+    for (QLabel* label : {m_size, m_pixel}) // of one line, whatever they say: the image stays put
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_problem->setWordWrap(true);
     m_problem->hide();
 }
@@ -208,7 +207,6 @@ void ImageWidget::showSize(const SbImage& image)
     m_sizeText += ", " + kindName(components);
     if (!image.isNull())
         m_sizeText += ", " + QLocale().formattedDataSize(static_cast<qint64>(image.getByteCount()));
-    m_size->setToolTip(QString("%1 components; the size on the screen").arg(components));
     showZoom();
 }
 
@@ -219,6 +217,9 @@ void ImageWidget::showZoom()
     m_fit->setChecked(m_view->isFitted());
     m_original->setChecked(!m_view->isFitted() && m_view->zoom() == 1);
     m_size->setText(m_components > 0 ? m_sizeText + ", " + shown : m_sizeText);
+    m_size->setToolTip(QString("%1\n%2 components; size on the screen")
+                           .arg(m_size->text())
+                           .arg(std::max(m_components, 0)));
     m_view->setAccessibleDescription(m_size->text());
 }
 
@@ -232,8 +233,8 @@ void ImageWidget::showPixel(QPoint pixel)
         const std::size_t slice = static_cast<std::size_t>(m_slice->value()) * value.getWidth()
                                   * value.getHeight() * value.getComponents();
         const unsigned char* parts = value.getPixel(pixel.x(), row) + slice;
-        text = QString("x %1  y %2   ").arg(pixel.x()).arg(row);
-        QString hex = "  #";
+        text = QString("x %1  y %2  ").arg(pixel.x()).arg(row);
+        QString hex = " #";
         for (int i = 0; i < value.getComponents(); ++i) {
             text += QString::number(parts[i]) + ' ';
             hex += QString("%1").arg(parts[i], 2, 16, QChar('0'));
@@ -241,6 +242,7 @@ void ImageWidget::showPixel(QPoint pixel)
         text += hex;
     }
     m_pixel->setText(text);
+    m_pixel->setToolTip(text.trimmed() + "\nThe pixel under the cursor; y counts from below");
 }
 
 void ImageWidget::setReadOnly(bool on)

@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr int kMaxToolTipLength = 2000;
+
 /// A text of several lines in one, and not longer than a cell shows.
 QString oneLine(const QString& text)
 {
@@ -150,7 +152,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         if (isSwatch)
             return "Choose a colour by a double-click";
-        return m_cells.numbers() || isCheck ? QVariant() : cellText(index).left(2000);
+        return isCheck ? QVariant() : cellText(index).left(kMaxToolTipLength);
     default:
         return {};
     }

@@ -41,26 +41,45 @@ ListView::ListView(ListModel& model, ListDelegate& delegate, QWidget* parent)
 void ListView::updateSizes()
 {
     constexpr int kCharacters = 11;
-    constexpr int kLeastCharacters = 6;
-    constexpr int kMostStretched = 4; // columns that share the width
     const QFontMetrics metrics = fontMetrics();
-    const int digit = metrics.horizontalAdvance('0');
     const int rowHeight = metrics.height() + std::max(4, metrics.height() / 3);
-    const int first = m_model.tableColumn(0);
     verticalHeader()->setMinimumSectionSize(rowHeight);
     verticalHeader()->setDefaultSectionSize(rowHeight);
     QHeaderView& columns = *horizontalHeader();
     columns.setMinimumSectionSize(rowHeight);
-    columns.setDefaultSectionSize(digit * kCharacters);
-    if (m_model.columnCount() - first <= kMostStretched) {
-        columns.setMinimumSectionSize(std::max(rowHeight, digit * kLeastCharacters));
-        columns.setSectionResizeMode(QHeaderView::Stretch);
-    }
-    for (int column = 0; column < first; ++column) {
+    columns.setDefaultSectionSize(metrics.horizontalAdvance('0') * kCharacters);
+    for (int column = 0; column < m_model.tableColumn(0); ++column) {
         columns.setSectionResizeMode(column, QHeaderView::Fixed);
         columns.resizeSection(column, rowHeight * 3 / 2);
     }
+    shareWidth();
     updateRowNumbers();
+}
+
+void ListView::shareWidth()
+{
+    constexpr int kMostColumns = 4;
+    constexpr int kLeastCharacters = 9;
+    const int first = m_model.tableColumn(0);
+    const int count = m_model.columnCount() - first;
+    if (count > kMostColumns)
+        return;
+    int room = viewport()->width();
+    for (int column = 0; column < first; ++column)
+        room -= columnWidth(column);
+    const int least = fontMetrics().horizontalAdvance('0') * kLeastCharacters;
+    for (int column = first; column < first + count; ++column) {
+        const int width = std::max(room / (first + count - column), least);
+        horizontalHeader()->setSectionResizeMode(column, QHeaderView::Fixed);
+        horizontalHeader()->resizeSection(column, width);
+        room -= width;
+    }
+}
+
+void ListView::resizeEvent(QResizeEvent* event)
+{
+    QTableView::resizeEvent(event);
+    shareWidth();
 }
 
 void ListView::updateRowNumbers()

@@ -41,6 +41,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QAction* actionOf(const QKeyEvent& event) const;
@@ -48,6 +49,8 @@ private:
     bool isSwatch(const QModelIndex& index) const;
     void editNext(int by);
     void updateSizes();
+    /// A few columns share the width.
+    void shareWidth();
     void updateRowNumbers();
 
     ListModel& m_model;
