@@ -8,6 +8,7 @@
 #include "Looks.h"
 #include "MarkedLineEdit.h"
 #include "NumberText.h"
+#include "TextBlock.h"
 
 #include "mirabo/extender/MrbFieldEdit.h"
 
@@ -17,8 +18,6 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPlainTextEdit>
-#include <QSignalBlocker>
 #include <QTextDocument>
 #include <QToolTip>
 
@@ -26,23 +25,17 @@
 
 namespace {
 
-/// A box that keeps to the characters: no rich text, no other line ends than those typed.
-class TextBox final : public QPlainTextEdit {
-public:
-    explicit TextBox(QWidget* parent) : QPlainTextEdit(parent)
-    {
-        setTabChangesFocus(true);
-        setLineWrapMode(QPlainTextEdit::NoWrap);
-        document()->setDocumentMargin(2);
-        setFrameShape(Box);
-        setFrameShadow(Plain);
-    }
-    /// The text with all its blanks, which toPlainText() evens out.
-    QString exactText() const
-    {
-        return document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
-    }
-};
+/// A box in the place of a cell.
+TextBlock* makeBox(const QString& text, QWidget* parent)
+{
+    auto* box = new TextBlock(parent);
+    box->setLineWrapMode(QPlainTextEdit::NoWrap);
+    box->document()->setDocumentMargin(2);
+    box->setFrameShape(QFrame::Box);
+    box->setFrameShadow(QFrame::Plain);
+    box->setPlainText(text);
+    return box;
+}
 
 /// Texts with other line ends than LF would not come out of a box as they went in.
 bool fitsBox(const QString& text)
@@ -99,9 +92,8 @@ QWidget* ListDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     const QString text = m_model.cellText(index);
     const auto takeTyped = [self] { self->takeTyped(); };
     if (m_cells.input() == ListCells::Input::Box && fitsBox(text)) {
-        auto* box = new TextBox(parent);
+        TextBlock* box = makeBox(text, parent);
         m_editor = box;
-        box->setPlainText(text);
         connect(box, &QPlainTextEdit::textChanged, self, takeTyped);
         connect(box, &QPlainTextEdit::textChanged, box,
                 [self, box] { self->updateEditorGeometry(box, {}, self->m_cell); });
@@ -147,7 +139,7 @@ QString ListDelegate::typedText() const
 {
     if (const MarkedLineEdit* line = lineEdit())
         return line->text();
-    return static_cast<const TextBox*>(m_editor.data())->exactText();
+    return static_cast<const TextBlock*>(m_editor.data())->exactText();
 }
 
 void ListDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
@@ -163,10 +155,8 @@ void ListDelegate::setEditorData(QWidget* editor, const QModelIndex& index) cons
         line->selectAll();
         return;
     }
-    auto* box = static_cast<TextBox*>(editor);
-    const QSignalBlocker noTyping(box);
-    if (box->exactText() != m_shown)
-        box->setPlainText(m_shown);
+    auto* box = static_cast<TextBlock*>(editor);
+    box->showText(m_shown);
     box->selectAll();
 }
 

@@ -104,7 +104,7 @@ public:
     void setReadOnly(bool on) override { m_input->setReadOnly(on); }
 
 protected:
-    QString input() const override { return m_input->toPlainText(); }
+    QString input() const override { return m_input->exactText(); }
     void setInput(const QString& text) override { m_input->showText(text); }
     bool takesReturn() const override { return true; }
 

@@ -10,9 +10,14 @@ TextBlock::TextBlock(QWidget* parent) : QPlainTextEdit(parent)
     setTabChangesFocus(true);
 }
 
+QString TextBlock::exactText() const
+{
+    return document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
 void TextBlock::showText(const QString& text)
 {
-    if (toPlainText() == text)
+    if (exactText() == text)
         return;
     const QSignalBlocker blocker(this);
     const int at = textCursor().position();

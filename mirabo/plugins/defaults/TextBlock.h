@@ -10,6 +10,8 @@ class TextBlock final : public QPlainTextEdit {
 public:
     explicit TextBlock(QWidget* parent = nullptr);
 
+    /// The text with all its blanks, some of which toPlainText() evens out.
+    QString exactText() const;
     /// Shows another text, silently, and keeps the cursor where it can be.
     void showText(const QString& text);
 
