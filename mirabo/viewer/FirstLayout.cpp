@@ -27,7 +27,8 @@ constexpr int kOverviewLines = 19;
 constexpr int kTwoPanels = 78;
 /// The same for the viewer and the views of extensions on its right, and what those take.
 constexpr int kViewerAndViews = 78;
-constexpr int kViews = 38;
+constexpr int kViews = 46;
+constexpr double kViewsShare = 0.42;
 
 } // namespace
 
@@ -89,7 +90,8 @@ void FirstLayout::placeViews(QDockWidget* watch, int width)
          m_window->findChildren<ExtensionView*>(QString(), Qt::FindDirectChildrenOnly)) {
         const bool isBeside = m_window->dockWidgetArea(view) == Qt::RightDockWidgetArea;
         if (isBeside && beside) {
-            m_window->resizeDocks({view}, {letter * kViews}, Qt::Horizontal);
+            m_window->resizeDocks({view}, {std::min(letter * kViews, int(width * kViewsShare))},
+                                  Qt::Horizontal);
         } else if (isBeside && view->isVisible()) {
             m_window->tabifyDockWidget(watch, view);
             m_moved.push_back(view);

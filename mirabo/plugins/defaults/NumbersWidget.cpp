@@ -20,7 +20,7 @@
 namespace {
 
 /// Least room of a box, in characters, beside others in a line.
-constexpr int kInLine = 6;
+constexpr int kInLine = 4;
 constexpr int kInShortLine = 3; // compact, with many others
 constexpr int kInCompactLine = 5;
 constexpr int kManyNumbers = 4;
