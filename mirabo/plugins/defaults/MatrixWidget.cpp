@@ -21,7 +21,7 @@
 namespace {
 
 constexpr int kElements = 16;
-constexpr int kCharacters = 6;
+constexpr int kCharacters = 3; // at least; four boxes share the width of a dock
 
 constexpr const char* kRows[] = {"x axis", "y axis", "z axis", "origin"};
 constexpr const char* kPartRows[] = {"translation", "rotation", "scale", "shear"};
@@ -57,7 +57,8 @@ private:
     enum Page { Elements, Parts, Problem };
     using Operation = SbMatrix (*)(const SbMatrix& matrix);
 
-    QLayout* makeButtons();
+    QLayout* makePageButtons();
+    QLayout* makeOperations();
     QToolButton* addOperation(QLayout& line, const char* text, const char* name,
                               Operation operation);
     QWidget* makeElements();
@@ -91,8 +92,9 @@ MatrixWidget::MatrixWidget(MrbFieldEdit* edit, QWidget* parent)
     auto* lines = new QVBoxLayout(this);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(looks::kSpacing);
-    lines->addLayout(makeButtons());
+    lines->addLayout(makePageButtons());
     lines->addWidget(m_stack);
+    lines->addLayout(makeOperations());
     lines->addStretch();
     m_stack->addWidget(makeElements());
     m_stack->addWidget(makeParts());
@@ -102,7 +104,7 @@ MatrixWidget::MatrixWidget(MrbFieldEdit* edit, QWidget* parent)
     choosePage(s_page);
 }
 
-QLayout* MatrixWidget::makeButtons()
+QLayout* MatrixWidget::makePageButtons()
 {
     auto* line = new QHBoxLayout;
     line->setSpacing(looks::kSpacing);
@@ -116,12 +118,20 @@ QLayout* MatrixWidget::makeButtons()
     addPage(Parts, "Parts", "As scale, shear, rotation and translation");
     connect(m_pages, &QButtonGroup::idClicked, this, &MatrixWidget::choosePage);
     line->addStretch();
+    return line;
+}
+
+QLayout* MatrixWidget::makeOperations()
+{
+    auto* line = new QHBoxLayout;
+    line->setSpacing(looks::kSpacing);
     addOperation(*line, "Identity", "Set to the identity",
                  [](const SbMatrix&) { return SbMatrix(); });
     m_inverse = addOperation(*line, "Inverse", "Invert",
                              [](const SbMatrix& matrix) { return matrix.inverse(); });
     addOperation(*line, "Transpose", "Exchange rows and columns",
                  [](const SbMatrix& matrix) { return matrix.transpose(); });
+    line->addStretch();
     return line;
 }
 
