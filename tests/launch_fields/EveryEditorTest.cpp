@@ -2,8 +2,10 @@
 #include "ProbeNode.h"
 
 #include <kalmyr/core/SoFieldData.h>
+#include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/nodes/SoDrawStyle.h>
 #include <kalmyr/shapes/SoCone.h>
+#include <kalmyr/vrml/SoVRMLShape.h>
 
 #include <QDir>
 
@@ -22,6 +24,9 @@ protected:
         scene->addChild(probe.get());
         scene->addChild(style);
         scene->addChild(cone);
+        scene->addChild(shape);
+        if (qEnvironmentVariableIsSet("MIRABO_DARK_PICTURES"))
+            darken();
         start();
     }
     std::vector<SoField*> fields() const
@@ -29,6 +34,7 @@ protected:
         std::vector<SoField*> all = probe->getFields();
         all.push_back(&style->style);
         all.push_back(&cone->parts);
+        all.push_back(&shape->geometry);
         return all;
     }
     static const std::vector<std::string>& samples(const SoField& field)
@@ -39,6 +45,14 @@ protected:
     static std::string typeOf(const SoField& field)
     {
         return field.getTypeId().getName().getString();
+    }
+    static void darken()
+    {
+        QApplication::setStyle("Fusion");
+        QPalette dark(QColor(53, 53, 53), QColor(45, 45, 45));
+        dark.setColor(QPalette::Base, QColor(35, 35, 35));
+        dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
+        QApplication::setPalette(dark);
     }
     /// Pictures of the editors, for people, where MIRABO_FIELD_PICTURES says.
     static void takePicture(const std::string& name)
@@ -51,6 +65,7 @@ protected:
     SoRef<SoNode> probe;
     SoDrawStyle* style = new SoDrawStyle;
     SoCone* cone = new SoCone;
+    SoVRMLShape* shape = new SoVRMLShape;
 };
 
 TEST_F(EveryEditorTest, ShowsEveryTypeAndLeavesTheValueAlone)
@@ -131,6 +146,13 @@ protected:
     }
     void changeText(MrbFieldEdit& edit, const SoField& field)
     {
+        if (&field == &shape->geometry) {
+            edit.change([this](SoField& value) {
+                static_cast<SoSFNode&>(value).setValue(number(2) ? cone : nullptr);
+                return true;
+            });
+            return;
+        }
         QString problem;
         edit.setText(QString::fromStdString(sample(field)), &problem);
         EXPECT_TRUE(problem.isEmpty()) << problem.toStdString();
