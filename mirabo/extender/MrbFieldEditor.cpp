@@ -61,8 +61,14 @@ bool MrbFieldEditor::activate()
 void MrbFieldEditor::deactivate()
 {
     MrbFieldEditors::getInstance()->remove(this);
-    for (const QPointer<MrbFieldWidget>& widget : m_widgets)
-        delete widget;
+    // Not at once: the host may end the extension from within a change that a widget makes.
+    for (const QPointer<MrbFieldWidget>& widget : m_widgets) {
+        if (!widget)
+            continue;
+        widget->edit()->disconnect(widget);
+        widget->hide();
+        widget->deleteLater();
+    }
     m_widgets.clear();
 }
 

@@ -83,7 +83,7 @@ public:
 
     /// Register and take back the types; an override calls them.
     bool activate() override;
-    /// Deletes the widgets, too.
+    /// Hides the widgets, too, and deletes them with the next pass of the event loop.
     void deactivate() override;
 
 private:

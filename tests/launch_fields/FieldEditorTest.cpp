@@ -3,6 +3,7 @@
 #include <kalmyr/engines/SoElapsedTime.h>
 #include <kalmyr/nodes/SoInfo.h>
 #include <kalmyr/nodes/SoTranslation.h>
+#include <kalmyr/sensors/SoFieldSensor.h>
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoSphere.h>
 
@@ -10,6 +11,8 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QToolButton>
+
+#include <utility>
 
 namespace {
 
@@ -54,6 +57,7 @@ TEST_F(FieldEditorTest, FollowsTheSelectedFieldWhileItIsSeen)
     EXPECT_EQ(panel()->findChild<QLabel*>("fieldPlace")->text(), "SFFloat of Sphere");
     const int auditors = sphere->radius.getAuditors().getLength();
     panel()->parentWidget()->hide();
+    support::flush();
     EXPECT_LT(sphere->radius.getAuditors().getLength(), auditors)
         << "a hidden panel follows nothing";
     panel()->parentWidget()->show();
@@ -187,5 +191,58 @@ TEST_F(FieldEditorTest, FollowsTheFieldUnlessTheUserIsTyping)
     EXPECT_TRUE(input->hasFocus());
     EXPECT_TRUE(panel()->findChild<QWidget*>("outdated")->isVisible());
 }
+
+/// What the host does when a field changes, inside the change.
+class FieldEditorEnds : public FieldEditorTest, public testing::WithParamInterface<int> {
+public:
+    void hostActs()
+    {
+        switch (GetParam()) {
+        case 0:
+            SoLibMirabo::instance()->m_mirabo_stop();
+            break;
+        case 1:
+            delete window();
+            break;
+        case 2:
+            scene->removeAllChildren();
+            break;
+        default:
+            MrbServices::getInstance()->setSelectedField(&info->string);
+            break;
+        }
+    }
+};
+
+TEST_P(FieldEditorEnds, TheHostActsWhileAFieldIsEdited)
+{
+    const SoRef<SoNode> kept(info);
+    const SoRef<SoSphere> keptSphere(GetParam() == 2 ? nullptr : sphere);
+    bool hasActed = false;
+    SoFieldSensor sensor(
+        [](void* data, SoSensor*) {
+            auto& [test, done] = *static_cast<std::pair<FieldEditorEnds*, bool*>*>(data);
+            if (!std::exchange(*done, true))
+                test->hostActs();
+        },
+        nullptr);
+    std::pair<FieldEditorEnds*, bool*> data(this, &hasActed);
+    sensor.setData(&data);
+    sensor.setPriority(0);
+    sensor.attach(&sphere->radius);
+    choose(sphere->radius);
+    auto* line = control<QLineEdit>();
+    line->setFocus();
+    line->selectAll();
+    QTest::keyClicks(line, "4");
+    support::flush();
+    EXPECT_TRUE(hasActed);
+    if (keptSphere) {
+        EXPECT_EQ(keptSphere->radius.getValue(), 4);
+    }
+    sensor.detach();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FieldEditorEnds, testing::Range(0, 4));
 
 } // namespace

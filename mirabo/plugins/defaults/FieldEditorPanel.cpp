@@ -61,7 +61,7 @@ FieldEditorPanel::FieldEditorPanel(MrbExtension* extension, QWidget* parent)
 
 FieldEditorPanel::~FieldEditorPanel()
 {
-    clear();
+    delete m_widget; // before the edit
 }
 
 void FieldEditorPanel::buildLayout()
@@ -127,7 +127,8 @@ void FieldEditorPanel::editorsChanged()
 {
     if (m_edit && isVisible())
         QTimer::singleShot(0, this, m_extension->guard([this] {
-            if (m_edit && !m_widget) // its editor went
+            // Its editor went, or another one came.
+            if (m_edit && MrbFieldEditors::getInstance()->find(m_edit->getFieldType()) != m_editor)
                 makeWidget();
         }));
 }
@@ -186,6 +187,7 @@ void FieldEditorPanel::makeWidget()
 {
     clearWidget();
     auto* editors = MrbFieldEditors::getInstance();
+    m_editor = editors->find(m_edit->getFieldType());
     m_widget = editors->create(m_edit, MrbFieldWidget::Form::Full, m_body->parentWidget());
     if (!m_widget) {
         m_widget = makeTextWidget(m_edit, MrbFieldWidget::Form::Full, m_body->parentWidget());
@@ -210,13 +212,25 @@ void FieldEditorPanel::clearWidget()
         m_widget->commit();
     m_state->setEdit(nullptr);
     m_together->setEdit(nullptr);
-    delete m_widget;
+    if (!m_widget)
+        return;
+    // The host may hide the window, or select another field, from within a change that the widget
+    // is making.
+    m_body->removeWidget(m_widget);
+    m_widget->disconnect(this);
+    m_widget->hide();
+    m_widget->deleteLater();
+    m_widget = nullptr;
 }
 
 void FieldEditorPanel::clear()
 {
     clearWidget();
-    delete m_edit;
+    if (m_edit) {
+        m_edit->disconnect(this);
+        m_edit->deleteLater(); // after the widget
+        m_edit = nullptr;
+    }
     for (QWidget* part :
          std::initializer_list<QWidget*>{m_name, m_place, m_pin, m_state, m_outdated, m_together})
         part->hide();
