@@ -1,7 +1,7 @@
 #include "mirabo/core/CommandOwner.h"
 
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/MrbCommand.h"
+#include "mirabo/extender/private/GraphReading.h"
 
 #include <QCoreApplication>
 #include <QTimer>

@@ -77,6 +77,19 @@ mirabo::CommandStackAccess* commandStack()
     return dynamic_cast<mirabo::CommandStackAccess*>(mirabo::ExtensionServices::tool());
 }
 
+/// Calls with the selected field, if there is one that lives and no other thread edits.
+void lookAtSelected(const std::function<void(SoField&)>& look)
+{
+    const mirabo::CommandStackAccess* access = commandStack();
+    const GraphReading graph; // first: what is held goes under it
+    if (!access || !graph)
+        return;
+    SoField* field = nullptr;
+    const SoRef<const SoRefCounter> held = access->holdSelectedField(field);
+    if (field)
+        look(*field);
+}
+
 } // namespace
 
 class MrbFieldEdit::Private {
@@ -259,6 +272,30 @@ MrbFieldEdit::MrbFieldEdit(SoField* field, QObject* parent)
 }
 
 MrbFieldEdit::~MrbFieldEdit() = default;
+
+MrbFieldEdit* MrbFieldEdit::createForSelectedField(QObject* parent)
+{
+    std::unique_ptr<MrbFieldEdit> edit;
+    lookAtSelected([&](SoField& field) { edit = std::make_unique<MrbFieldEdit>(&field, parent); });
+    return edit && edit->getFieldCount() > 0 ? edit.release() : nullptr;
+}
+
+bool MrbFieldEdit::addSelectedField()
+{
+    bool isAdded = false;
+    lookAtSelected([&](SoField& field) { isAdded = addField(&field); });
+    return isAdded;
+}
+
+QString MrbFieldEdit::selectedFieldToAdd() const
+{
+    QString name;
+    lookAtSelected([&](const SoField& field) {
+        if (field.getTypeId() == m->type && !m->has(&field))
+            name = placeOf(field);
+    });
+    return name;
+}
 
 bool MrbFieldEdit::addField(SoField* field)
 {

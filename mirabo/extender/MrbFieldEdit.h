@@ -45,14 +45,25 @@ public:
     /// value; false gives the change up. Called once for each field.
     using Change = std::function<bool(SoField& value)>;
 
+    /// The caller sees to it that the field lives during the call. One that cannot be followed, as
+    /// another thread edits, is left out: getFieldCount() is 0 then.
     explicit MrbFieldEdit(SoField* field, QObject* parent = nullptr);
     ~MrbFieldEdit() override;
+
+    /// The editing of the field that is selected in the tool; null when none is, or another thread
+    /// edits. The caller owns it, or `parent` does.
+    static MrbFieldEdit* createForSelectedField(QObject* parent = nullptr);
 
     /// \name The fields
     /// @{
     /// Edits another field together with those here. False for one that is here already, has
     /// another type, or is dead.
     bool addField(SoField* field);
+    /// The same for the field that is selected in the tool.
+    bool addSelectedField();
+    /// Names the selected field, such as "radius of Ball", if addSelectedField() would add it; else
+    /// empty.
+    QString selectedFieldToAdd() const;
     /// The first field stays.
     void removeField(int index);
     int getFieldCount() const;

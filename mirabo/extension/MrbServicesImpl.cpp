@@ -92,6 +92,13 @@ bool MrbServicesImpl::extendCommand(const MrbCommand* command, const std::functi
     return m_hub->undoStack().extend(command, edit);
 }
 
+SoRef<const SoRefCounter> MrbServicesImpl::holdSelectedField(SoField*& field) const
+{
+    SoRef<const SoRefCounter> held = m_selectedField.hold();
+    field = held ? m_selectedField.get() : nullptr;
+    return held;
+}
+
 bool MrbServicesImpl::isRunningCommand() const
 {
     return m_hub->undoStack().isBusy();

@@ -49,6 +49,7 @@ public:
     bool pushOwnCommand(std::unique_ptr<MrbCommand> command) override;
     bool isLastCommand(const MrbCommand* command) const override;
     bool extendCommand(const MrbCommand* command, const std::function<bool()>& edit) override;
+    SoRef<const SoRefCounter> holdSelectedField(SoField*& field) const override;
     bool isRunningCommand() const override;
     void removeCommands(const Test& test) override;
 

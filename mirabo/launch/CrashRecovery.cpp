@@ -1,9 +1,9 @@
 #include "mirabo/launch/CrashRecovery.h"
 
-#include "mirabo/extender/private/Later.h"
 #include "mirabo/core/Modal.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/RecoveryPlace.h"
 #include "mirabo/viewer/SoMiraboViewer.h"

@@ -1,7 +1,7 @@
 #include "mirabo/launch/HostViews.h"
 
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>

@@ -1,7 +1,7 @@
 #include "mirabo/tree/SoGraphTopologyManager.h"
 
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/tree/ChildRules.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/SoMiraboTreeView.h"

@@ -1,8 +1,8 @@
 #include "mirabo/tree/TreeNavigator.h"
 
+#include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Later.h"
-#include "mirabo/core/SoCommandManager.h"
 #include "mirabo/tree/BookmarkStore.h"
 #include "mirabo/tree/MrbFindDialog.h"
 #include "mirabo/tree/SoMiraboTreeView.h"

@@ -1,6 +1,6 @@
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/Modal.h"
+#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/preferences/DragFormats.h"
 #include "mirabo/tree/DropGuide.h"
 #include "mirabo/tree/HelpAddress.h"

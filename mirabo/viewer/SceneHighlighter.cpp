@@ -1,7 +1,7 @@
 #include "mirabo/viewer/SceneHighlighter.h"
 
-#include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/extender/private/GraphReading.h"
 
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/gui/SoSceneManager.h>

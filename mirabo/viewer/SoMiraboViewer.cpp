@@ -1,10 +1,10 @@
 #include "mirabo/viewer/SoMiraboViewer.h"
 
-#include "mirabo/extender/private/GraphReading.h"
-#include "mirabo/extender/private/Later.h"
 #include "mirabo/core/Messages.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/extender/private/GraphReading.h"
+#include "mirabo/extender/private/Later.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/viewer/SceneClipboard.h"

@@ -1,6 +1,6 @@
 // Cut, copy and paste in the real window.
-#include "mirabo/extender/private/Observed.h"
 #include "mirabo/core/SoCommandManager.h"
+#include "mirabo/extender/private/Observed.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/tree/SoTreeViewItem.h"
 #include "mirabo/viewer/SceneClipboard.h"

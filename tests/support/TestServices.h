@@ -48,6 +48,11 @@ public:
     {
         return isLastCommand(command) && edit();
     }
+    SoRef<const SoRefCounter> holdSelectedField(SoField*& field) const override
+    {
+        field = nullptr;
+        return {};
+    }
     bool isRunningCommand() const override { return false; }
     void removeCommands(const Test&) override {}
     bool pushCommand(MrbCommand* command) override

@@ -2,10 +2,14 @@
 
 #include "mirabo/extender/MrbExport.h"
 
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/base/SoRefCounter.h>
+
 #include <functional>
 #include <memory>
 
 class MrbCommand;
+class SoField;
 
 namespace mirabo {
 
@@ -25,6 +29,9 @@ public:
     /// Makes a further edit, which that command takes for its own. Nothing, and false, when it is
     /// not the last one; else what the edit returned.
     virtual bool extendCommand(const MrbCommand* command, const std::function<bool()>& edit) = 0;
+    /// The selected field, and what keeps it alive for a look under a GraphReading: another thread
+    /// may destroy it at any time. Null, with nothing kept, for none.
+    virtual SoRef<const SoRefCounter> holdSelectedField(SoField*& field) const = 0;
     /// A command is being executed, undone or redone.
     virtual bool isRunningCommand() const = 0;
     /// Not while a command runs. Removes and deletes the commands that the test names, and those of

@@ -1,11 +1,25 @@
 #include "mirabo/extender/private/FieldCommand.h"
 
+#include <kalmyr/core/SoFieldContainer.h>
 #include <kalmyr/io/SoWriteLock.h>
 
 #include <algorithm>
 #include <utility>
 
 namespace mirabo {
+
+namespace {
+
+/// Calls an operation of the step if the field lives; its container lives until that is over.
+void call(const FieldCommand::Entry& entry, void (FieldStep::*operation)(const Observed<SoField>&))
+{
+    if (!*entry.field)
+        return;
+    const SoRef<const SoFieldContainer> held(entry.field->get()->getContainer());
+    (entry.step.get()->*operation)(*entry.field);
+}
+
+} // namespace
 
 FieldCommand::FieldCommand(const QString& name, Entries entries) : m_entries(std::move(entries))
 {
@@ -18,8 +32,7 @@ bool FieldCommand::execute()
     if (!lock)
         return false;
     for (const Entry& entry : m_entries)
-        if (SoField* field = entry.field->get())
-            entry.step->make(*field);
+        call(entry, &FieldStep::make);
     return true;
 }
 
@@ -29,8 +42,7 @@ void FieldCommand::undo()
     if (!lock)
         return;
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry)
-        if (SoField* field = entry->field->get())
-            entry->step->takeBack(*field);
+        call(*entry, &FieldStep::takeBack);
 }
 
 void FieldCommand::redo()
@@ -52,8 +64,7 @@ bool FieldCommand::extend(Entries entries)
     if (!lock)
         return false;
     for (Entry& entry : entries) {
-        if (SoField* field = entry.field->get())
-            entry.step->make(*field);
+        call(entry, &FieldStep::make);
         if (!absorb(entry))
             m_entries.push_back(std::move(entry));
     }

@@ -42,6 +42,13 @@ bool isSameToTheBit(const SoField& a, const SoField& b)
     return !isShort || textOf(a) == textOf(b);
 }
 
+/// Behind a change, which the field may not have survived.
+void setDefault(const Observed<SoField>& field, bool on)
+{
+    if (field)
+        field->setDefault(on);
+}
+
 class ValueStep final : public FieldStep {
 public:
     ValueStep(std::unique_ptr<SoField> before, bool wasDefault, std::unique_ptr<SoField> after,
@@ -53,8 +60,8 @@ public:
     {
     }
 
-    void make(SoField& field) override { give(field, *m_after, m_isDefault); }
-    void takeBack(SoField& field) override { give(field, *m_before, m_wasDefault); }
+    void make(const Observed<SoField>& field) override { give(field, *m_after, m_isDefault); }
+    void takeBack(const Observed<SoField>& field) override { give(field, *m_before, m_wasDefault); }
     bool absorb(FieldStep& later) override
     {
         auto* other = dynamic_cast<ValueStep*>(&later);
@@ -66,10 +73,10 @@ public:
     }
 
 private:
-    static void give(SoField& field, const SoField& value, bool isDefault)
+    static void give(const Observed<SoField>& field, const SoField& value, bool isDefault)
     {
-        field.copyFrom(value);
-        field.setDefault(isDefault);
+        field->copyFrom(value);
+        setDefault(field, isDefault);
     }
 
     std::unique_ptr<SoField> m_before;
@@ -89,11 +96,11 @@ public:
     {
     }
 
-    void make(SoField& field) override { exchange(field, *m_before, *m_after); }
-    void takeBack(SoField& field) override
+    void make(const Observed<SoField>& field) override { exchange(field, *m_before, *m_after); }
+    void takeBack(const Observed<SoField>& field) override
     {
         if (exchange(field, *m_after, *m_before))
-            field.setDefault(m_wasDefault);
+            setDefault(field, m_wasDefault);
     }
     bool absorb(FieldStep& later) override
     {
@@ -106,9 +113,10 @@ public:
 
 private:
     /// Nothing when the field has been cut short meanwhile.
-    bool exchange(SoField& field, const SoMField& present, const SoMField& other) const
+    bool exchange(const Observed<SoField>& field, const SoMField& present,
+                  const SoMField& other) const
     {
-        auto& list = static_cast<SoMField&>(field);
+        auto& list = static_cast<SoMField&>(*field.get());
         return m_start + present.getNum() <= list.getNum()
                && list.replaceValues(m_start, present.getNum(), other, 0, other.getNum());
     }
@@ -123,8 +131,8 @@ class IgnoredStep final : public FieldStep {
 public:
     explicit IgnoredStep(bool on) : m_on(on) {}
 
-    void make(SoField& field) override { field.setIgnored(m_on); }
-    void takeBack(SoField& field) override { field.setIgnored(!m_on); }
+    void make(const Observed<SoField>& field) override { field->setIgnored(m_on); }
+    void takeBack(const Observed<SoField>& field) override { field->setIgnored(!m_on); }
     bool absorb(FieldStep&) override { return false; }
 
 private:
@@ -159,23 +167,23 @@ public:
     {
     }
 
-    void make(SoField& field) override
+    void make(const Observed<SoField>& field) override
     {
         if (SoField* master = m_after.get())
-            field.connectFrom(master);
+            field->connectFrom(master);
         else
-            field.disconnect();
+            field->disconnect();
     }
-    void takeBack(SoField& field) override
+    void takeBack(const Observed<SoField>& field) override
     {
         if (SoField* master = m_before.get()) {
-            field.connectFrom(master);
+            field->connectFrom(master);
             return;
         }
-        field.disconnect();
-        if (m_value)
-            field.copyFrom(*m_value);
-        field.setDefault(m_wasDefault);
+        field->disconnect();
+        if (m_value && field)
+            field->copyFrom(*m_value);
+        setDefault(field, m_wasDefault);
     }
     bool absorb(FieldStep&) override { return false; }
 

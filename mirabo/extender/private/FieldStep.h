@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mirabo/extender/private/Observed.h"
+
 #include <kalmyr/core/SoField.h>
 
 #include <memory>
@@ -15,10 +17,10 @@ public:
     FieldStep(const FieldStep&) = delete;
     FieldStep& operator=(const FieldStep&) = delete;
 
-    /// \name Under the write lock, while the field lives
+    /// \name Under the write lock, while the field lives; the host may let it die inside the change
     /// @{
-    virtual void make(SoField& field) = 0;
-    virtual void takeBack(SoField& field) = 0;
+    virtual void make(const Observed<SoField>& field) = 0;
+    virtual void takeBack(const Observed<SoField>& field) = 0;
     /// @}
 
     /// Goes on to where a later step of the same field, which was made after this one, leads. False

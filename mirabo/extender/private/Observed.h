@@ -24,6 +24,9 @@ public:
             m_object = nullptr;
     }
     T* get() const { return m_object; }
+    /// Keeps the object, or the container of a field, alive for a look at it under a GraphReading;
+    /// null when it is dead or dying.
+    SoRef<const SoRefCounter> hold() const { return m_follower.hold(); }
     T* operator->() const { return m_object; }
     explicit operator bool() const { return m_object != nullptr; }
 

@@ -161,11 +161,11 @@ void FieldEditorPanel::showLater()
 
 void FieldEditorPanel::showSelected()
 {
-    SoField* field = m_extension->services()->getSelectedField();
     if (m_isKept && m_edit) {
-        m_together->setCandidate(field);
+        m_together->showCandidate();
         return;
     }
+    const SoField* field = m_extension->services()->getSelectedField(); // compared only
     if (!field) {
         clear();
         return;
@@ -173,9 +173,8 @@ void FieldEditorPanel::showSelected()
     if (m_edit && m_edit->getField() == field && m_edit->getFieldCount() == 1 && m_widget)
         return;
     clear();
-    m_edit = new MrbFieldEdit(field, this);
-    if (m_edit->getFieldCount() == 0) { // another thread edits
-        delete m_edit;
+    m_edit = MrbFieldEdit::createForSelectedField(this);
+    if (!m_edit) { // another thread edits
         QTimer::singleShot(kRetryMs, this, m_extension->guard([this] { showLater(); }));
         return;
     }
@@ -277,5 +276,5 @@ void FieldEditorPanel::showOutdated()
 void FieldEditorPanel::addSelected()
 {
     if (m_edit)
-        m_edit->addField(m_extension->services()->getSelectedField());
+        m_edit->addSelectedField();
 }

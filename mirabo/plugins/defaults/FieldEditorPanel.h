@@ -54,7 +54,7 @@ private:
 
     MrbExtension* m_extension; // Not owned; owns the dock we are in.
     QPointer<MrbFieldEdit> m_edit;
-    QPointer<MrbFieldWidget> m_widget; // Not owned; the scroll area's.
+    QPointer<MrbFieldWidget> m_widget;        // Not owned; the scroll area's.
     const MrbFieldEditor* m_editor = nullptr; ///< of the widget; for comparison only
     bool m_isLater = false;
     bool m_isKept = false;

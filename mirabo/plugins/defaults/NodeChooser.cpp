@@ -5,6 +5,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoReadLock.h>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -20,6 +21,7 @@
 namespace {
 
 constexpr int kMaxListed = 500;
+constexpr double kPatience = 0.05; // seconds to wait for an editing thread
 
 /// Up and down in the search line move in the list.
 class SearchLine final : public QLineEdit {
@@ -126,7 +128,8 @@ void NodeChooser::listFields()
         const QString before = m_fields->currentText();
         m_fields->clear();
         const SoRef<SoNode> node = resolveSceneNode(currentNode());
-        const SoFieldData* data = node ? node->getFieldData() : nullptr;
+        const SoReadLock lock{SbTime(kPatience)};
+        const SoFieldData* data = node && lock ? node->getFieldData() : nullptr;
         for (int i = 0; data && i < data->getNumFields(); ++i)
             if (m_filter(*data->getField(node.get(), i)))
                 m_fields->addItem(toText(data->getFieldName(i)));

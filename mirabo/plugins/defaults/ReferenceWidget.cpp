@@ -142,9 +142,10 @@ protected:
     {
         event->setDropAction(Qt::CopyAction); // the row stays where it is
         event->accept();
-        SoFieldContainer* dropped = MrbServices::getInstance()->getSelectedNode();
-        if (dropped && dropped->isOfType(SoNode::getClassTypeId()))
-            setNode(static_cast<SoNode*>(dropped));
+        const SoFieldContainer* dropped = MrbServices::getInstance()->getSelectedNode();
+        const SoRef<SoNode> node = resolveSceneNode(static_cast<const SoNode*>(dropped));
+        if (node)
+            setNode(node.get());
     }
 
 private:

@@ -1,11 +1,6 @@
 #include "TogetherLine.h"
 
-#include "FieldText.h"
 #include "Looks.h"
-#include "SceneNodes.h"
-
-#include <kalmyr/core/SoField.h>
-#include <kalmyr/core/SoFieldContainer.h>
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -39,24 +34,17 @@ void TogetherLine::setEdit(MrbFieldEdit* edit)
 void TogetherLine::setOffering(bool on)
 {
     m_isOffering = on;
-    setCandidate(nullptr);
     showFields();
 }
 
-void TogetherLine::setCandidate(SoField* field)
+void TogetherLine::showCandidate()
 {
-    bool isNew = m_edit && field && field->getTypeId() == m_edit->getFieldType();
-    for (int i = 0; isNew && i < m_edit->getFieldCount(); ++i)
-        isNew = m_edit->getField(i) != field;
-    m_add->setEnabled(isNew);
-    const SoFieldContainer* container = isNew ? field->getContainer() : nullptr;
-    m_add->setText(
-        container
-            ? tr("Add %1 of %2").arg(toText(container->getFieldName(field)), describe(*container))
-            : tr("Add the Selected Field"));
+    const QString name = m_edit && m_isOffering ? m_edit->selectedFieldToAdd() : QString();
+    m_add->setEnabled(!name.isEmpty());
+    m_add->setText(name.isEmpty() ? tr("Add the Selected Field") : tr("Add %1").arg(name));
     m_add->setToolTip(m_edit ? tr("Edit the selected field together with this one; it must be "
                                   "another %1")
-                                   .arg(toText(m_edit->getFieldType().getName()))
+                                   .arg(m_edit->getState().typeName)
                              : QString());
 }
 
@@ -67,7 +55,7 @@ void TogetherLine::showFields()
     const int count = m_edit ? m_edit->getFieldCount() : 0;
     setVisible(m_edit && (m_isOffering || count > 1));
     m_add->setVisible(m_isOffering);
-    setCandidate(nullptr);
+    showCandidate();
     if (count < 2)
         return;
     m_list = new QWidget(this);

@@ -21,8 +21,8 @@ public:
     void setEdit(MrbFieldEdit* edit);
     /// Whether the selected field is offered.
     void setOffering(bool on);
-    /// The selected field, which may be added; null: none.
-    void setCandidate(SoField* field);
+    /// Another field was selected, which may be added.
+    void showCandidate();
 
 Q_SIGNALS:
     void addRequested();
