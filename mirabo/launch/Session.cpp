@@ -27,6 +27,7 @@
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
+#include "mirabo/preferences/Settings.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
 #include "mirabo/tree/FilterActions.h"
 #include "mirabo/tree/NodeCategory.h"
@@ -66,6 +67,7 @@ SoCommandManager* hub()
 
 void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition)
 {
+    syncSettings(); // what other tools have written shows in the pages
     auto* dialog = new SoMiraboPreferences(parent);
     Modal modal(dialog);
     for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
@@ -146,6 +148,10 @@ void Session::createPanels(bool standalone)
     createHistory();
     m_frame->fillViewMenu();
     viewer->readSettings();
+    setSettingsListener([frame = QPointer(m_frame)](const QString& message) {
+        if (frame)
+            frame->statusBar()->showMessage(message);
+    });
 
     MrbServicesImpl* services = MrbServicesImpl::getInstance();
     services->setMainWindow(m_frame);

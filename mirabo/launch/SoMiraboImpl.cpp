@@ -226,6 +226,7 @@ void tearDown(bool insideEvent)
     SoMiraboViewer::destroyInstance();
     r.session.reset();
     MrbShellImpl::destroyInstance();
+    mirabo::setSettingsListener({});
     mirabo::releaseSettings();
     mirabo::forgetCategoryIcons();
     mirabo::removeCriticalErrorReport();

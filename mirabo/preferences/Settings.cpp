@@ -1,19 +1,68 @@
 #include "mirabo/preferences/Settings.h"
 
+#include "mirabo/preferences/SettingKeys.h"
+#include "mirabo/preferences/SettingsStore.h"
+
 #include <QGuiApplication>
 #include <QSettings>
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace mirabo {
 
 namespace {
 
-std::unique_ptr<QSettings>& store()
+struct State {
+    std::unique_ptr<SettingsStore> store;
+    SettingsStore::Listener listener;
+    QString untold;  ///< for the next listener
+    int changes = 0; ///< that are open
+};
+
+State& state()
 {
-    static std::unique_ptr<QSettings> s;
+    static State s;
     return s;
+}
+
+void tellUser(const QString& message)
+{
+    if (state().listener)
+        state().listener(message);
+    else
+        state().untold = message;
+}
+
+SettingsStore& store()
+{
+    if (!state().store)
+        state().store = std::make_unique<SettingsStore>(&tellUser);
+    return *state().store;
+}
+
+/// The stored value, checked; invalid: none of use.
+QVariant storedValue(const QString& key, SettingKey::Kind kind)
+{
+    const SettingKey* declared = findSettingKey(key);
+    return declared && declared->kind == kind ? checkedSetting(*declared, settings().value(key))
+                                              : QVariant();
+}
+
+QVariant valueOf(const QString& key, SettingKey::Kind kind, const QVariant& fallback, bool* present)
+{
+    if (present)
+        *present = settings().contains(key);
+    const QVariant value = storedValue(key, kind);
+    return value.isValid() ? value : fallback;
+}
+
+/// The declared default where nothing of use is stored.
+QVariant valueOf(const QString& key, SettingKey::Kind kind)
+{
+    const SettingKey* declared = findSettingKey(key);
+    return valueOf(key, kind, declared ? declared->fallback : QVariant(), nullptr);
 }
 
 QString columnWidthKey(const QString& group, int column)
@@ -21,11 +70,9 @@ QString columnWidthKey(const QString& group, int column)
     return group + "/ListColumnWidth/" + QString::number(column);
 }
 
-int defaultColumnWidth(int column)
+QString treeKey(const char* name)
 {
-    if (column == 0 || column == 1)
-        return 20;
-    return column == 2 || column == 3 ? 0 : -1;
+    return QString(kTreeGroup) + name;
 }
 
 TextStyle plainStyle(const QColor& color)
@@ -55,12 +102,9 @@ void readStyle(const QString& key, bool withShow, TextStyle& style)
     font.setWeight(readBool(key + "/bold", style.font.bold()) ? QFont::Bold : QFont::Normal);
     font.setItalic(readBool(key + "/italic", style.font.italic()));
     font.setUnderline(readBool(key + "/underline", style.font.underline()));
-    const auto component = [&](const char* name, int present) {
-        return std::clamp(readInt(key + name, present), 0, 255);
-    };
-    const int red = component("/red", style.color.red());
-    const int green = component("/green", style.color.green());
-    const int blue = component("/blue", style.color.blue());
+    const int red = readInt(key + "/red", style.color.red());
+    const int green = readInt(key + "/green", style.color.green());
+    const int blue = readInt(key + "/blue", style.color.blue());
     style.font = font;
     style.color = QColor(red, green, blue);
     if (withShow)
@@ -69,17 +113,16 @@ void readStyle(const QString& key, bool withShow, TextStyle& style)
 
 void writeStyle(const QString& key, bool withShow, const TextStyle& style)
 {
-    QSettings& s = settings();
-    s.setValue(key + "/family", style.font.family());
-    s.setValue(key + "/size", style.font.pointSize());
-    s.setValue(key + "/bold", style.font.bold());
-    s.setValue(key + "/italic", style.font.italic());
-    s.setValue(key + "/underline", style.font.underline());
-    s.setValue(key + "/red", style.color.red());
-    s.setValue(key + "/green", style.color.green());
-    s.setValue(key + "/blue", style.color.blue());
+    writeSetting(key + "/family", style.font.family());
+    writeSetting(key + "/size", style.font.pointSize());
+    writeSetting(key + "/bold", style.font.bold());
+    writeSetting(key + "/italic", style.font.italic());
+    writeSetting(key + "/underline", style.font.underline());
+    writeSetting(key + "/red", style.color.red());
+    writeSetting(key + "/green", style.color.green());
+    writeSetting(key + "/blue", style.color.blue());
     if (withShow)
-        s.setValue(key + "/show", style.show);
+        writeSetting(key + "/show", style.show);
 }
 
 } // namespace
@@ -104,36 +147,90 @@ void StyleTable::set(const QString& element, const TextStyle& style)
 
 QSettings& settings()
 {
-    if (!store())
-        store() = std::make_unique<QSettings>("Mirabo", "MiraboViewer");
-    return *store();
+    return store().settings();
 }
 
 void releaseSettings()
 {
-    store().reset();
+    if (!state().store)
+        return;
+    syncSettings();
+    state().store.reset();
+    state().untold.clear(); // nobody is left whom it concerns
+}
+
+void syncSettings()
+{
+    store().sync();
+}
+
+void setSettingsListener(const std::function<void(const QString& message)>& listener)
+{
+    state().listener = listener;
+    if (listener && !state().untold.isEmpty())
+        listener(std::exchange(state().untold, {}));
+}
+
+SettingsChange::SettingsChange()
+{
+    ++state().changes;
+}
+
+SettingsChange::~SettingsChange()
+{
+    if (--state().changes == 0)
+        syncSettings();
+}
+
+void writeSetting(const QString& key, const QVariant& value)
+{
+    store().set(key, value);
+}
+
+void removeSetting(const QString& key)
+{
+    store().remove(key);
+}
+
+bool isSettingStored(const QString& key)
+{
+    const SettingKey* declared = findSettingKey(key);
+    return declared && storedValue(key, declared->kind).isValid();
 }
 
 int readInt(const QString& key, int fallback, bool* present)
 {
-    const QVariant value = settings().value(key);
-    bool ok = false;
-    const int number = value.toInt(&ok);
-    if (present)
-        *present = value.isValid();
-    return ok ? number : fallback;
+    return valueOf(key, SettingKey::Number, fallback, present).toInt();
 }
 
 QString readText(const QString& key, const QString& fallback, bool* present)
 {
-    if (present)
-        *present = settings().contains(key);
-    return settings().value(key, fallback).toString();
+    return valueOf(key, SettingKey::Text, fallback, present).toString();
 }
 
 bool readBool(const QString& key, bool fallback)
 {
-    return settings().value(key, fallback).toBool();
+    return valueOf(key, SettingKey::Flag, fallback, nullptr).toBool();
+}
+
+int readInt(const QString& key)
+{
+    return valueOf(key, SettingKey::Number).toInt();
+}
+
+QString readText(const QString& key)
+{
+    return valueOf(key, SettingKey::Text).toString();
+}
+
+QStringList readTexts(const QString& key)
+{
+    return valueOf(key, SettingKey::Texts).toStringList();
+}
+
+bool readBool(const QString& key)
+{
+    return valueOf(key, SettingKey::Flag).toBool();
 }
 
 StyleTable defaultFieldStyles()
@@ -162,73 +259,74 @@ void readStyles(const QString& group, StyleTable& table)
 
 void writeStyles(const QString& group, const StyleTable& table)
 {
+    const SettingsChange change;
     for (const auto& [element, style] : table.entries())
         writeStyle(group + element, hasShowKey(group), style);
 }
 
 bool readHighlightSelectedNode()
 {
-    return readBool(QString(kTreeGroup) + "/HighlightSelectedNode", true);
+    return readBool(treeKey("HighlightSelectedNode"));
 }
 
 void writeHighlightSelectedNode(bool on)
 {
-    settings().setValue(QString(kTreeGroup) + "/HighlightSelectedNode", on);
+    writeSetting(treeKey("HighlightSelectedNode"), on);
 }
 
 bool readRealNodekitsCounter()
 {
-    return readBool(QString(kTreeGroup) + "/RealNodekitsCounter", false);
+    return readBool(treeKey("RealNodekitsCounter"));
 }
 
 void writeRealNodekitsCounter(bool on)
 {
-    settings().setValue(QString(kTreeGroup) + "/RealNodekitsCounter", on);
+    writeSetting(treeKey("RealNodekitsCounter"), on);
 }
 
 bool readRealVrmlCounter()
 {
-    return readBool(QString(kTreeGroup) + "/RealVRMLCounter", false);
+    return readBool(treeKey("RealVRMLCounter"));
 }
 
 void writeRealVrmlCounter(bool on)
 {
-    settings().setValue(QString(kTreeGroup) + "/RealVRMLCounter", on);
+    writeSetting(treeKey("RealVRMLCounter"), on);
 }
 
 bool readShowCatalogPart()
 {
-    return readBool(QString(kNodeOverviewGroup) + "/ShowCatalogPart", false);
+    return readBool(QString(kNodeOverviewGroup) + "ShowCatalogPart");
 }
 
 void writeShowCatalogPart(bool on)
 {
-    settings().setValue(QString(kNodeOverviewGroup) + "/ShowCatalogPart", on);
+    writeSetting(QString(kNodeOverviewGroup) + "ShowCatalogPart", on);
 }
 
 int readFieldWatchHeight()
 {
-    return std::max(0, readInt(QString(kFieldWatchGroup) + "/FieldWatchHeight", 0));
+    return readInt(QString(kFieldWatchGroup) + "FieldWatchHeight");
 }
 
 void writeFieldWatchHeight(int height)
 {
-    settings().setValue(QString(kFieldWatchGroup) + "/FieldWatchHeight", height);
+    writeSetting(QString(kFieldWatchGroup) + "FieldWatchHeight", height);
 }
 
 bool hasListColumnWidth(const QString& group, int column)
 {
-    return settings().contains(columnWidthKey(group, column));
+    return isSettingStored(columnWidthKey(group, column));
 }
 
 int readListColumnWidth(const QString& group, int column)
 {
-    return readInt(columnWidthKey(group, column), defaultColumnWidth(column));
+    return readInt(columnWidthKey(group, column));
 }
 
 void writeListColumnWidth(const QString& group, int column, int width)
 {
-    settings().setValue(columnWidthKey(group, column), width);
+    writeSetting(columnWidthKey(group, column), width);
 }
 
 } // namespace mirabo

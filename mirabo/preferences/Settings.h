@@ -3,11 +3,17 @@
 #include "mirabo/preferences/TextStyle.h"
 
 #include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <functional>
 
 class QSettings;
 
 /// The persistent preferences: one store per process, opened on first use and shared by every
-/// view. Keys are a group text followed directly by a suffix.
+/// view. Keys are a group text followed directly by a suffix; SettingKeys.h declares them with
+/// their limits, and every value is checked when it is read. See SettingsStore for stores that
+/// cannot be used, and for several processes.
 namespace mirabo {
 
 inline constexpr char kTreeGroup[] = "/TreeViewPreferences/";
@@ -15,15 +21,44 @@ inline constexpr char kNodeOverviewGroup[] = "/NodeOverviewPreferences/";
 inline constexpr char kFieldWatchGroup[] = "/FieldWatchPreferences/";
 inline constexpr char kMainFrameGroup[] = "/MiraboViewer/MiraboMainFrame";
 
-/// Organisation "Mirabo", application "MiraboViewer".
+/// Organisation "Mirabo", application "MiraboViewer". For looking only: what is written here is
+/// neither checked nor told of when it fails.
 QSettings& settings();
 /// Writes what is pending and closes the store; the next use opens it again.
 void releaseSettings();
+/// Writes what is pending and takes over what other processes have written.
+void syncSettings();
 
-/// The value of a key, or `fallback`; `present` tells whether the key was there.
+/// Tells the user what became of a store that cannot be read or written; what was to be told before
+/// is told now. An empty function: it is kept until there is one.
+void setSettingsListener(const std::function<void(const QString& message)>& listener);
+
+/// Writes what is changed while it lives together and at once, when it ends. May be nested; the
+/// outermost writes.
+class SettingsChange {
+public:
+    SettingsChange();
+    ~SettingsChange();
+    SettingsChange(const SettingsChange&) = delete;
+    SettingsChange& operator=(const SettingsChange&) = delete;
+};
+
+/// Stores a value within the limits of its key. Written by the event loop at the latest.
+void writeSetting(const QString& key, const QVariant& value);
+void removeSetting(const QString& key);
+/// Whether a value of use is stored under the key.
+bool isSettingStored(const QString& key);
+
+/// The value of a key, or `fallback` where none of use is stored; `present` tells whether the key
+/// was there. A number beyond its limits reads as the nearest one.
 int readInt(const QString& key, int fallback, bool* present = nullptr);
 QString readText(const QString& key, const QString& fallback, bool* present = nullptr);
 bool readBool(const QString& key, bool fallback);
+/// With the declared default of the key.
+int readInt(const QString& key);
+QString readText(const QString& key);
+QStringList readTexts(const QString& key);
+bool readBool(const QString& key);
 
 /// "Default Value" and "Changed Value" of the field lists, in the application's font.
 StyleTable defaultFieldStyles();
@@ -33,6 +68,7 @@ StyleTable defaultTreeStyles();
 /// Reads every element of the table; its present values are the defaults. The "/show" key belongs
 /// to the tree's elements only.
 void readStyles(const QString& group, StyleTable& table);
+/// Writes every key of the group together and at once.
 void writeStyles(const QString& group, const StyleTable& table);
 
 /// Outline the selected object in the viewer (on).
@@ -53,7 +89,7 @@ void writeFieldWatchHeight(int height);
 
 /// Stored width of a field-list column in pixels; -1: none, its natural width.
 int readListColumnWidth(const QString& group, int column);
-/// Whether a width was ever stored: readListColumnWidth() then gives no default.
+/// Whether a width is stored: readListColumnWidth() then gives no default.
 bool hasListColumnWidth(const QString& group, int column);
 void writeListColumnWidth(const QString& group, int column, int width);
 

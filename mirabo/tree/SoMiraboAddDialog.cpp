@@ -17,7 +17,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QSettings>
 #include <QSplitter>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -209,7 +208,7 @@ void SoMiraboAddDialog::fillCatalogue()
 
 void SoMiraboAddDialog::chooseLastType()
 {
-    const QString name = mirabo::readText(kLastTypeKey, QString());
+    const QString name = mirabo::readText(kLastTypeKey);
     for (QTreeWidgetItemIterator at(m_catalogue); *at; ++at)
         if (isType(*at) && (*at)->text(0) == name)
             m_catalogue->setCurrentItem(*at);
@@ -271,7 +270,7 @@ void SoMiraboAddDialog::addNode()
     const SoRef<SoNode> node = m_canAdd ? makeNode(type) : SoRef<SoNode>();
     if (!node)
         return;
-    mirabo::settings().setValue(kLastTypeKey, toQString(type.getName().getString()));
+    mirabo::writeSetting(kLastTypeKey, toQString(type.getName().getString()));
     Q_EMIT addRequested(node.get()); // last: the dialog may be gone
 }
 
