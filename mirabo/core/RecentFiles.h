@@ -15,12 +15,14 @@ public:
     /// there it stays, so that a list that is not full yet may show it twice).
     void add(const QString& path);
 
-    /// From and to the settings store.
+    /// From and to the settings store. What other processes have stored since stays: the paths
+    /// added here come in front of theirs.
     void read();
-    void write() const;
+    void write();
 
 private:
     QStringList m_paths;
+    QStringList m_added; ///< since the list was read or written, oldest first
 };
 
 } // namespace mirabo

@@ -17,8 +17,11 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QScreen>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 SoFieldWatch::SoFieldWatch(QWidget* parent) : SoMiraboList(parent)
 {
@@ -48,6 +51,15 @@ void SoFieldWatch::applyStoredWidths()
     restoreColumnWidths(mirabo::kFieldWatchGroup);
     if (!mirabo::hasListColumnWidth(mirabo::kFieldWatchGroup, NodeName - 1))
         openColumn(NodeName);
+    m_widths = storedWidths();
+}
+
+std::vector<int> SoFieldWatch::storedWidths() const
+{
+    std::vector<int> widths;
+    for (int column = 1; column < columnCount(); ++column)
+        widths.push_back(storedWidth(column));
+    return widths;
 }
 
 void SoFieldWatch::countRows()
@@ -157,13 +169,20 @@ void SoFieldWatch::setPreferences()
     mirabo::StyleTable styles = mirabo::defaultFieldStyles();
     mirabo::readStyles(mirabo::kFieldWatchGroup, styles);
     setStyles(styles);
-    setMinimumHeight(mirabo::readFieldWatchHeight());
+    // The window cannot be smaller: it has to fit on the screen with what is above and below.
+    setMinimumHeight(std::min(mirabo::readFieldWatchHeight(), screen()->size().height() / 2));
 }
 
 void SoFieldWatch::saveColumnWidths()
 {
-    for (int i = 0; i + 1 < columnCount(); ++i)
-        mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, i, storedWidth(i + 1));
+    const std::vector<int> before = std::exchange(m_widths, storedWidths());
+    for (std::size_t i = 0; i < m_widths.size(); ++i) {
+        const int column = static_cast<int>(i);
+        // What nobody changed here may have been changed by another process.
+        const bool isKnown = i < before.size() && before[i] == m_widths[i];
+        if (!isKnown || !mirabo::hasListColumnWidth(mirabo::kFieldWatchGroup, column))
+            mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, column, m_widths[i]);
+    }
 }
 
 void SoFieldWatch::keyReleaseEvent(QKeyEvent* event)

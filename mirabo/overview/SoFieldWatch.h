@@ -2,6 +2,8 @@
 
 #include "mirabo/overview/SoMiraboList.h"
 
+#include <vector>
+
 class SoMiraboState;
 
 /// Fields picked from any nodes, kept in view while the user moves through the scene.
@@ -47,9 +49,12 @@ protected:
 
 private:
     void applyStoredWidths();
+    /// Of all columns as the settings keep them.
+    std::vector<int> storedWidths() const;
     void labelRow(SoFieldItem* row);
     void countRows();
 
     SoMiraboState* m_state = nullptr; // Not owned; our child.
+    std::vector<int> m_widths;        ///< as they were read or written last
     bool m_hadRows = false;
 };

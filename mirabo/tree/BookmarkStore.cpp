@@ -4,7 +4,6 @@
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
-#include <QSettings>
 #include <QStringList>
 
 #include <algorithm>
@@ -38,7 +37,7 @@ std::vector<BookmarkPath> readBookmarks(const QString& scene)
     std::vector<BookmarkPath> paths;
     if (scene.isEmpty())
         return paths;
-    const QString text = readText(keyOf(scene), QString());
+    const QString text = readText(keyOf(scene));
     for (const QJsonValue& value : QJsonDocument::fromJson(text.toUtf8()).array()) {
         const BookmarkPath path = BookmarkPath::fromJson(value.toArray());
         if (!path.isEmpty() && paths.size() < kMaxStoredBookmarks)
@@ -47,23 +46,31 @@ std::vector<BookmarkPath> readBookmarks(const QString& scene)
     return paths;
 }
 
-void writeBookmarks(const QString& scene, const std::vector<BookmarkPath>& paths)
+void writeBookmarks(const QString& scene, const std::vector<BookmarkPath>& paths,
+                    const std::vector<BookmarkPath>& known)
 {
     if (scene.isEmpty())
         return;
-    QStringList scenes = settings().value(kScenesKey).toStringList();
+    const QString text = toText(paths);
+    const bool isChanged = text != toText(known);
+    syncSettings(); // the list of scenes is everybody's
+    const QStringList stored = readTexts(kScenesKey);
+    QStringList scenes = stored;
     const bool wasKept = scenes.removeAll(scene) > 0;
-    if (paths.empty()) {
-        if (!wasKept)
-            return;
-        settings().remove(keyOf(scene));
+    if (!wasKept && (paths.empty() || !isChanged))
+        return;
+    const SettingsChange change;
+    if (isChanged && paths.empty()) {
+        removeSetting(keyOf(scene));
     } else {
-        settings().setValue(keyOf(scene), toText(paths));
+        if (isChanged)
+            writeSetting(keyOf(scene), text);
         scenes.prepend(scene);
     }
     while (scenes.size() > kMaxStoredScenes)
-        settings().remove(keyOf(scenes.takeLast()));
-    settings().setValue(kScenesKey, scenes);
+        removeSetting(keyOf(scenes.takeLast()));
+    if (scenes != stored)
+        writeSetting(kScenesKey, scenes);
 }
 
 } // namespace mirabo

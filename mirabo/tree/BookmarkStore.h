@@ -15,6 +15,9 @@ inline constexpr int kMaxStoredScenes = 50;
 
 /// Nothing is kept of a scene without a name.
 std::vector<BookmarkPath> readBookmarks(const QString& scene);
-void writeBookmarks(const QString& scene, const std::vector<BookmarkPath>& paths);
+/// `known` are the scene's bookmarks as this process has read or written them last. Where nothing
+/// has changed since, those in the store stay, which may be another process's.
+void writeBookmarks(const QString& scene, const std::vector<BookmarkPath>& paths,
+                    const std::vector<BookmarkPath>& known);
 
 } // namespace mirabo

@@ -14,6 +14,7 @@
 #include <QLineEdit>
 
 #include <limits>
+#include <utility>
 
 namespace mirabo {
 
@@ -201,7 +202,10 @@ void TreeNavigator::saveBookmarks()
 {
     m_saveLater.stop();
     const GraphReading graph;
-    writeBookmarks(m_scene, m_tree->context().bookmarks.paths(kMaxStoredBookmarks, bool(graph)));
+    std::vector<BookmarkPath> paths =
+        m_tree->context().bookmarks.paths(kMaxStoredBookmarks, bool(graph));
+    writeBookmarks(m_scene, paths, m_stored);
+    m_stored = std::move(paths);
 }
 
 void TreeNavigator::sceneLeaves()
@@ -213,7 +217,8 @@ void TreeNavigator::sceneLeaves()
 void TreeNavigator::sceneCame()
 {
     m_scene = m_sceneNamer && m_tree->getRoot() ? m_sceneNamer() : QString();
-    m_tree->context().bookmarks.addLost(readBookmarks(m_scene));
+    m_stored = readBookmarks(m_scene);
+    m_tree->context().bookmarks.addLost(m_stored);
     findLostBookmarks();
     updateActions();
 }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "mirabo/tree/BookmarkPath.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
 
 #include <functional>
+#include <vector>
 
 class MrbFindDialog;
 class QComboBox;
@@ -59,9 +62,10 @@ private:
     QPointer<MrbFindDialog> m_dialog;
     TypedSearch* m_typed; // Owned by the tree.
     std::function<QString()> m_sceneNamer;
-    QString m_scene;    ///< name of the shown scene
-    QTimer m_saveLater; ///< at the end of the pass
-    QTimer m_findLost;  ///< at the end of a pass in which rows changed
+    QString m_scene;                    ///< name of the shown scene
+    std::vector<BookmarkPath> m_stored; ///< its bookmarks as they were read or written last
+    QTimer m_saveLater;                 ///< at the end of the pass
+    QTimer m_findLost;                  ///< at the end of a pass in which rows changed
 };
 
 } // namespace mirabo

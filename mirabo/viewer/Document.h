@@ -73,7 +73,7 @@ public:
     void addRecentFile(const QString& path);
     /// From and to the settings store.
     void readRecentFiles();
-    void writeRecentFiles() const { m_recentFiles.write(); }
+    void writeRecentFiles() { m_recentFiles.write(); }
 
 private:
     bool openAs(const QString& path, const QString& fileName);

@@ -21,7 +21,6 @@
 #include <QDockWidget>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QSettings>
 
 namespace {
 
@@ -352,7 +351,7 @@ void SoMiraboViewer::writeSettings()
 {
     if (!m_frame)
         return;
-    mirabo::writeWindowSettings(*m_frame);
+    const mirabo::SettingsChange change;
     m_document.writeRecentFiles();
-    mirabo::settings().sync();
+    mirabo::writeWindowSettings(*m_frame);
 }
