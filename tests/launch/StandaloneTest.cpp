@@ -6,7 +6,11 @@
 #include <kalmyr/nodes/SoWWWInline.h>
 
 #include <QAction>
+#include <QFile>
+#include <QHeaderView>
+#include <QMap>
 #include <QMenu>
+#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -162,22 +166,95 @@ TEST_F(StandaloneTest, RemembersNineFilesAndTheWindow)
         drop(last);
     }
     window()->setWindowState(Qt::WindowNoState);
-    window()->setGeometry(30, 40, 1001, 702);
+    window()->setGeometry(30, 40, 701, 552); // smaller than the screen
     pass();
     window()->close();
     hooks().m_mirabo_processEvents();
     QSettings store("Mirabo", "MiraboViewer");
-    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowWidth").toInt(), 1001);
-    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowHeight").toInt(), 702);
+    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowWidth").toInt(), 701);
+    EXPECT_EQ(store.value("/MiraboViewer/MiraboMainFrame/WindowHeight").toInt(), 552);
 
     start();
-    EXPECT_EQ(window()->size(), QSize(1001, 702));
+    EXPECT_EQ(window()->size(), QSize(701, 552));
     EXPECT_FALSE(window()->isMaximized());
     const auto* menu = window()->findChild<QMenu*>("RecentFilesMenu");
     ASSERT_EQ(menu->actions().size(), 9);
     EXPECT_EQ(menu->actions()[0]->text(), QString("&1 %1").arg(last.c_str()));
     EXPECT_TRUE(menu->actions()[8]->isVisible());
     EXPECT_TRUE(menu->actions()[8]->text().endsWith("1.ky"));
+}
+
+/// Sizes, colours and widths that would make a window of a million pixels.
+TEST_F(StandaloneTest, StaysUsableWithAStoreFullOfAbsurdValues)
+{
+    start();
+    window()->setWindowState(Qt::WindowNoState);
+    pass();
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    QSettings store("Mirabo", "MiraboViewer");
+    for (const QString& key : store.allKeys())
+        if (key != "Store/Version" && !key.endsWith("MainWindowLayout"))
+            store.setValue(key, 1'000'000);
+    for (const char* group :
+         {"TreeViewPreferences/Node Type", "TreeViewPreferences/Node/Part Name",
+          "NodeOverviewPreferences/Default Value", "FieldWatchPreferences/Default Value"})
+        for (const char* name : {"family", "size", "red", "bold", "show"})
+            store.setValue(QString("%1/%2").arg(group, name), 1'000'000);
+    store.setValue("FieldWatchPreferences/FieldWatchHeight", 1'000'000);
+    store.sync();
+    start();
+    pass();
+    EXPECT_LE(window()->width(), window()->screen()->size().width());
+    EXPECT_LE(window()->height(), window()->screen()->size().height());
+    EXPECT_LE(tree()->header()->length(), 4000);
+    EXPECT_GT(tree()->visualItemRect(tree()->topLevelItem(0)).height(), 0);
+}
+
+/// Another tool's, while this one runs.
+TEST_F(StandaloneTest, EndLeavesSettingsThatChangedMeanwhile)
+{
+    start();
+    pass();
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    start();
+    pass();
+    const QString path = QSettings("Mirabo", "MiraboViewer").fileName();
+    const QString copy = folder.filePath("copy.conf");
+    ASSERT_TRUE(QFile::copy(path, copy));
+    const QMap<QString, QVariant> theirs = {{"FieldWatchPreferences/ListColumnWidth/0", "161"},
+                                            {"NodeOverviewPreferences/ListColumnWidth/0", "171"},
+                                            {"NodeOverviewPreferences/ShowCatalogPart", "true"},
+                                            {"TreeViewPreferences/Node Type/red", "181"},
+                                            {"MiraboViewer/MiraboMainFrame/File1", "/theirs.ky"},
+                                            {"Bookmarks/Scenes", "/theirs.ky"}};
+    {
+        QSettings other(copy, QSettings::IniFormat); // under another name, as in another process
+        for (auto at = theirs.begin(); at != theirs.end(); ++at)
+            other.setValue(at.key(), at.value());
+    }
+    ASSERT_TRUE(QFile::remove(path) && QFile::rename(copy, path));
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    hooks().m_mirabo_stop();
+    QSettings store(path, QSettings::IniFormat);
+    for (auto at = theirs.begin(); at != theirs.end(); ++at)
+        EXPECT_EQ(store.value(at.key()), at.value()) << at.key().toStdString();
+}
+
+TEST_F(StandaloneTest, TellsInTheStatusBarThatItsSettingsWereKeptAside)
+{
+    const QString path = QSettings("Mirabo", "MiraboViewer").fileName();
+    {
+        QSettings store("Mirabo", "MiraboViewer");
+        store.setValue("Store/Version", 1000);
+    }
+    const auto errors = support::expectErrors();
+    start();
+    EXPECT_TRUE(window()->statusBar()->currentMessage().contains(path))
+        << window()->statusBar()->currentMessage().toStdString();
+    EXPECT_EQ(errors.count(), 1U);
 }
 
 TEST_F(StandaloneTest, OpensMaximisedTheFirstTime)
