@@ -67,7 +67,6 @@ SoCommandManager* hub()
 
 void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition)
 {
-    syncSettings(); // what other tools have written shows in the pages
     auto* dialog = new SoMiraboPreferences(parent);
     Modal modal(dialog);
     for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
@@ -270,8 +269,10 @@ void Session::connectViewer()
 void Session::registerActions()
 {
     ActionRegistry& actions = hub()->actions();
-    actions.add(ActionId::Preferences, this,
-                {[this] { editPreferences(m_frame, m_tree, m_edition.get()); }});
+    actions.add(ActionId::Preferences, this, {[this] {
+                    syncSettings(); // what other tools have written shows in the pages
+                    editPreferences(m_frame, m_tree, m_edition.get());
+                }});
     actions.add(ActionId::OpenViewer, this,
                 {[] { SoMiraboViewer::instance()->bringToFront(); },
                  [] { return SoMiraboViewer::instance()->viewerWidget() != nullptr; }});

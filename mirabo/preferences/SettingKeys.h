@@ -10,8 +10,8 @@
 namespace mirabo {
 
 /// Point sizes of the texts of rows.
-inline constexpr int kLeastPointSize = 1;
-inline constexpr int kMostPointSize = 200;
+inline constexpr int kLeastPointSize = 4;
+inline constexpr int kMostPointSize = 96;
 /// Pixels that a column or a window may be asked to have, and those of a panel in a window, which
 /// cannot be smaller than all of its panels.
 inline constexpr int kMostPixels = 32767;

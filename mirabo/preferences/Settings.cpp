@@ -94,7 +94,7 @@ void readStyle(const QString& key, bool withShow, TextStyle& style)
     QFont font(readText(key + "/family", style.font.family()));
     const int size = readInt(key + "/size", style.font.pointSize());
     if (size > 0)
-        font.setPointSize(size);
+        font.setPointSize(std::max(size, kLeastPointSize));
     else if (style.font.pointSize() > 0)
         font.setPointSize(style.font.pointSize());
     else // a font given in pixels has no size in points
@@ -262,6 +262,28 @@ void writeStyles(const QString& group, const StyleTable& table)
     const SettingsChange change;
     for (const auto& [element, style] : table.entries())
         writeStyle(group + element, hasShowKey(group), style);
+}
+
+bool haveSameSettings(const StyleTable& a, const StyleTable& b)
+{
+    const auto same = [](const StyleTable::Entry& x, const StyleTable::Entry& y) {
+        const TextStyle& p = x.second;
+        const TextStyle& q = y.second;
+        return x.first == y.first && p.font.family() == q.font.family()
+               && p.font.pointSize() == q.font.pointSize() && p.font.bold() == q.font.bold()
+               && p.font.italic() == q.font.italic() && p.font.underline() == q.font.underline()
+               && p.color == q.color && p.show == q.show;
+    };
+    return std::equal(a.entries().begin(), a.entries().end(), b.entries().begin(),
+                      b.entries().end(), same);
+}
+
+bool areStylesStored(const QString& group, const StyleTable& table)
+{
+    const auto& entries = table.entries();
+    return std::all_of(entries.begin(), entries.end(), [&](const StyleTable::Entry& entry) {
+        return isSettingStored(group + entry.first + "/family");
+    });
 }
 
 bool readHighlightSelectedNode()

@@ -70,6 +70,10 @@ StyleTable defaultTreeStyles();
 void readStyles(const QString& group, StyleTable& table);
 /// Writes every key of the group together and at once.
 void writeStyles(const QString& group, const StyleTable& table);
+/// Whether writeStyles() would store the same for both. A page that was not changed since it was
+/// loaded, and whose styles are stored, need not be written: another tool may have changed it.
+bool haveSameSettings(const StyleTable& a, const StyleTable& b);
+bool areStylesStored(const QString& group, const StyleTable& table);
 
 /// Outline the selected object in the viewer (on).
 bool readHighlightSelectedNode();

@@ -220,9 +220,10 @@ void SettingsStore::sync()
 
 void SettingsStore::tell(const QString& message)
 {
+    const Listener listener = m_listener; // the host's error handler may end the tool, and us
     SoError::post("Mirabo settings: %s", message.toUtf8().constData());
-    if (m_listener)
-        m_listener(message);
+    if (listener)
+        listener(message);
 }
 
 } // namespace mirabo

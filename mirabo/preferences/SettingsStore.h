@@ -54,6 +54,7 @@ private:
     void setAside();
     void useTemporary();
     void syncLater();
+    /// Last in its callers: this object may be gone afterwards.
     void tell(const QString& message);
 
     Listener m_listener;

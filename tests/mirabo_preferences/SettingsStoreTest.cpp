@@ -5,6 +5,8 @@
 #include "support/ErrorGuard.h"
 #include "support/Passes.h"
 
+#include <kalmyr/base/SoError.h>
+
 #include <unistd.h>
 
 using namespace mirabo;
@@ -61,16 +63,16 @@ TEST_F(SettingsStoreTest, BringsAStoreWithoutAVersionUpToDate)
     EXPECT_TRUE(readHighlightSelectedNode());
     releaseSettings();
     EXPECT_EQ(valueOnDisk("Store/Version"), "1");
-    EXPECT_EQ(valueOnDisk("TreeViewPreferences/Node Type/size"), "200");
+    EXPECT_EQ(valueOnDisk("TreeViewPreferences/Node Type/size"), "96");
     EXPECT_EQ(valueOnDisk("TreeViewPreferences/Node Type/red"), "12");
     EXPECT_EQ(valueOnDisk("TreeViewPreferences/Node Type/green"), "");
     EXPECT_EQ(valueOnDisk("TreeViewPreferences/HighlightSelectedNode"), "true");
     EXPECT_EQ(valueOnDisk("Elsewhere/thing"), "perhaps"); // nobody knows whose it is
 
     // Once: later damage is read within the limits, and left to whoever made it.
-    const QByteArray stored = bytes().replace("size=200", "size=300");
+    const QByteArray stored = bytes().replace("size=96", "size=300");
     put(stored);
-    EXPECT_EQ(readInt("/TreeViewPreferences/Node Type/size"), 200);
+    EXPECT_EQ(readInt("/TreeViewPreferences/Node Type/size"), 96);
     releaseSettings();
     EXPECT_EQ(bytes(), stored);
 }
@@ -213,6 +215,22 @@ TEST_F(SettingsStoreTest, ReadsAStoreInAFolderWithoutPermissionToWrite)
     QFile::setPermissions(place(), QFile::ReadOwner | QFile::WriteOwner);
     QFile::setPermissions(folder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_EQ(bytes(), stored);
+}
+
+TEST_F(SettingsStoreTest, MayBeClosedByWhoHearsOfItsTrouble)
+{
+    QFile file(folder());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    static bool heard;
+    heard = false;
+    SoError::setHandlerCallback([](const SoError*, void*) {
+        heard = true;
+        releaseSettings();
+    });
+    writeShowCatalogPart(true);
+    support::flush();
+    EXPECT_TRUE(heard);
+    EXPECT_FALSE(readShowCatalogPart()); // another store by now
 }
 
 TEST_F(SettingsStoreTest, WritesWhatIsChangedTogetherAtOnce)

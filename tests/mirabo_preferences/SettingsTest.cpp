@@ -117,6 +117,39 @@ TEST_F(SettingsTest, WritesEveryKeyOfAStyleAndReadsItBack)
     EXPECT_FALSE(settings().contains(QString(kFieldWatchGroup) + "Default Value/show"));
 }
 
+TEST_F(SettingsTest, TellsWhetherStylesNeedBeWritten)
+{
+    const StyleTable defaults = defaultTreeStyles();
+    EXPECT_FALSE(areStylesStored(kTreeGroup, defaults));
+    writeStyles(kTreeGroup, defaults);
+    EXPECT_TRUE(areStylesStored(kTreeGroup, defaults));
+    restart();
+    StyleTable read = defaultTreeStyles();
+    readStyles(kTreeGroup, read);
+    EXPECT_TRUE(haveSameSettings(read, defaults));
+    EXPECT_FALSE(haveSameSettings(defaultFieldStyles(), defaults));
+    const std::function<void(TextStyle&)> changes[] = {
+        [](TextStyle& style) { style.font.setFamily("Courier"); },
+        [](TextStyle& style) { style.font.setPointSize(33); },
+        [](TextStyle& style) { style.font.setBold(true); },
+        [](TextStyle& style) { style.font.setItalic(true); },
+        [](TextStyle& style) { style.font.setUnderline(true); },
+        [](TextStyle& style) { style.color = QColor(1, 2, 3); },
+        [](TextStyle& style) { style.show = false; }};
+    for (const auto& change : changes) {
+        StyleTable changed = defaults;
+        TextStyle style = changed["Node Type"];
+        change(style);
+        changed.set("Node Type", style);
+        EXPECT_FALSE(haveSameSettings(changed, defaults));
+        writeStyles(kTreeGroup, changed);
+        restart();
+        StyleTable back = defaultTreeStyles();
+        readStyles(kTreeGroup, back);
+        EXPECT_TRUE(haveSameSettings(back, changed));
+    }
+}
+
 TEST_F(SettingsTest, KeepsEveryChoiceOverARestart)
 {
     writeHighlightSelectedNode(false);

@@ -185,6 +185,10 @@ TEST_F(StoredValuesTest, AreBroughtToTheNearestLimit)
     EXPECT_EQ(readInt(key + "/size", 8, &present), kMostPointSize);
     EXPECT_TRUE(present);
 
+    put("[TreeViewPreferences]\nNode%20Type\\size=1\n");
+    styles = defaultTreeStyles();
+    readStyles(kTreeGroup, styles);
+    EXPECT_EQ(styles["Node Type"].font.pointSize(), kLeastPointSize);
     // No point size: what a font that is measured in pixels was stored with.
     for (const char* none : {"0", "-1"}) {
         put(QByteArray("[TreeViewPreferences]\nNode%20Type\\size=") + none + "\n");
