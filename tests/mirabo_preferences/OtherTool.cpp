@@ -62,6 +62,12 @@ public:
                  applyStyles(command.value(1), value.toInt());
                  return QString();
              }},
+            {"applyStylesOften",
+             [&] {
+                 for (int i = 0; i < value.toInt(); ++i)
+                     applyStyles(command.value(1), 100 + i);
+                 return QString();
+             }},
             {"addRecentFile",
              [&] {
                  m_recent.add(command.value(1));
@@ -133,7 +139,18 @@ OtherTool::~OtherTool()
 
 QString OtherTool::ask(const QStringList& command)
 {
+    begin(command);
+    return answer();
+}
+
+void OtherTool::begin(const QStringList& command)
+{
     m_process->write(command.join(kSeparator).toUtf8() + '\n');
+    EXPECT_TRUE(m_process->bytesToWrite() == 0 || m_process->waitForBytesWritten(support::kHangMs));
+}
+
+QString OtherTool::answer()
+{
     for (;;) {
         while (m_process->canReadLine()) {
             const QString line = QString::fromUtf8(m_process->readLine()).chopped(1);

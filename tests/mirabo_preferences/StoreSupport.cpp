@@ -31,13 +31,23 @@ QByteArray StoreTest::bytesOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+QMap<QString, QString> StoreTest::valuesOnDisk() const
+{
+    // Under a name of its own: stores of one name share what they know.
+    static int number = 0;
+    const QString copy = m_folder.path() + "/copy" + QString::number(++number);
+    QFile::copy(place(), copy);
+    const QSettings store(copy, QSettings::IniFormat);
+    QMap<QString, QString> values;
+    for (const QString& key : store.allKeys())
+        values[key] = store.value(key).toString();
+    EXPECT_EQ(store.status(), QSettings::NoError);
+    return values;
+}
+
 QString StoreTest::valueOnDisk(const QString& key) const
 {
-    // Under another name: stores of one name share what they know.
-    const QString copy = m_folder.path() + "/copy.conf";
-    QFile::remove(copy);
-    QFile::copy(place(), copy);
-    return QSettings(copy, QSettings::IniFormat).value(key).toString();
+    return valuesOnDisk().value(key.split('/', Qt::SkipEmptyParts).join('/'));
 }
 
 QStringList StoreTest::kept() const

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMap>
 #include <QSettings>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -26,7 +27,8 @@ protected:
     /// What is on the disk.
     QByteArray bytes() const { return bytesOf(place()); }
     static QByteArray bytesOf(const QString& path);
-    /// A value on the disk, as any tool finds it.
+    /// All values on the disk at one time, as any tool finds them.
+    QMap<QString, QString> valuesOnDisk() const;
     QString valueOnDisk(const QString& key) const;
     /// Stores that were kept aside.
     QStringList kept() const;
@@ -49,6 +51,9 @@ public:
 
     /// Has it carry out one of the commands in OtherTool.cpp; what it answers.
     QString ask(const QStringList& command);
+    /// The same in two steps, with something else between them.
+    void begin(const QStringList& command);
+    QString answer();
 
 private:
     std::unique_ptr<QProcess> m_process;

@@ -19,9 +19,10 @@ protected:
     QStringList reds(const QString& group) const
     {
         QStringList found;
-        for (const QString& key : settings().allKeys())
-            if (("/" + key).startsWith(group) && key.endsWith("/red"))
-                found << valueOnDisk(key);
+        const QMap<QString, QString> values = valuesOnDisk();
+        for (auto at = values.begin(); at != values.end(); ++at)
+            if (("/" + at.key()).startsWith(group) && at.key().endsWith("/red"))
+                found << at.value();
         return found;
     }
 };
@@ -108,6 +109,28 @@ TEST_F(TwoToolsTest, EndOfOneLeavesWhatTheOtherHasChangedMeanwhile)
     EXPECT_EQ(reds(kTreeGroup), QStringList({"111", "111", "111", "111"}));
     EXPECT_EQ(valueOnDisk("NodeOverviewPreferences/ShowCatalogPart"), "false");
     EXPECT_EQ(valueOnDisk("MiraboViewer/MiraboMainFrame/WindowWidth"), "640");
+}
+
+TEST_F(TwoToolsTest, PagesStayWholeWhileBothApplyThem)
+{
+    constexpr int kTimes = 30;
+    OtherTool other(root());
+    other.ask({"sync"}); // it runs
+    for (const char* theirs : {kTreeGroup, kNodeOverviewGroup}) {
+        other.begin({"applyStylesOften", theirs, QString::number(kTimes)});
+        for (int i = 0; i < kTimes; ++i) {
+            applyStyles(kTreeGroup, 10 + i);
+            const QStringList seen = reds(kTreeGroup);
+            EXPECT_EQ(seen.count(seen.value(0)), 4) << seen.join(" ").toStdString();
+        }
+        other.answer();
+    }
+    for (const char* group : {kTreeGroup, kNodeOverviewGroup}) {
+        const QStringList seen = reds(group);
+        EXPECT_EQ(seen.count(seen.value(0)), seen.size()) << seen.join(" ").toStdString();
+        EXPECT_FALSE(seen.isEmpty());
+    }
+    EXPECT_TRUE(kept().isEmpty());
 }
 
 TEST_F(TwoToolsTest, RecentFilesOfBothAreKept)
