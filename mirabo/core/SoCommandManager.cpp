@@ -7,6 +7,7 @@
 #include "mirabo/extender/MrbServices.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
+#include "mirabo/preferences/Settings.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoRef.h>
@@ -27,7 +28,6 @@ using mirabo::ActionId;
 namespace {
 
 constexpr int kMessageMs = 10000; // how long a message stays in the status bar
-constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
 
 } // namespace
 
@@ -530,8 +530,9 @@ void SoCommandManager::launchAboutMiraboFrame()
 
 void SoCommandManager::launchMiraboHelpViewer()
 {
-    QUrl page(QString(kDocumentationServer) + "/APIS/RefManCpp/toolsmirabo.html");
-    QUrl address(QString(kDocumentationServer) + "/content/c-api");
+    const QString server = mirabo::readDocumentationAddress();
+    QUrl page(server + "/APIS/RefManCpp/toolsmirabo.html");
+    QUrl address(server + "/content/c-api");
     QUrlQuery query;
     query.addQueryItem("apiurl", page.toString());
     address.setQuery(query);

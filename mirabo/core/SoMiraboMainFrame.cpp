@@ -111,6 +111,27 @@ void SoMiraboMainFrame::createActions()
         m_actions[i] = makeAction(table[i], this);
 }
 
+mirabo::ShortcutEntries SoMiraboMainFrame::shortcutEntries() const
+{
+    const auto& table = mirabo::actionTable();
+    mirabo::ShortcutEntries entries;
+    for (std::size_t i = 0; i < table.size(); ++i)
+        entries.push_back(
+            {m_actions[i]->objectName(), QString(table[i].text).remove('&').remove("..."),
+             QKeySequence::fromString(table[i].shortcut, QKeySequence::PortableText)});
+    return entries;
+}
+
+void SoMiraboMainFrame::applyShortcuts(SoCommandManager* hub)
+{
+    const mirabo::ShortcutEntries entries = shortcutEntries();
+    for (std::size_t i = 0; i < m_actions.size(); ++i) {
+        m_actions[i]->setShortcut(mirabo::readShortcut(entries[i]));
+        m_actions[i]->setToolTip(toolTipOf(*m_actions[i]));
+        hub->actions().bind(static_cast<ActionId>(i), m_actions[i]); // which reads the tool tip
+    }
+}
+
 void SoMiraboMainFrame::addEntries(QWidget* target, std::initializer_list<ActionId> ids) const
 {
     for (const ActionId id : ids) {
@@ -259,8 +280,7 @@ void SoMiraboMainFrame::connectActions(SoCommandManager* hub)
     run(ActionId::PreviousReference, &SoCommandManager::previousReference);
     run(ActionId::Contents, &SoCommandManager::launchMiraboHelpViewer);
     run(ActionId::About, &SoCommandManager::launchAboutMiraboFrame);
-    for (std::size_t i = 0; i < m_actions.size(); ++i)
-        hub->actions().bind(static_cast<ActionId>(i), m_actions[i]);
+    applyShortcuts(hub);
     // The box may outlive the window: what is in use stays when the host deletes that.
     connect(&hub->actions(), &mirabo::ActionRegistry::updated, this,
             [this] { m_findCombo->setEnabled(action(ActionId::FindNext)->isEnabled()); });

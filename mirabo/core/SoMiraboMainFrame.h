@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mirabo/core/MainActions.h"
+#include "mirabo/preferences/Shortcuts.h"
 
 #include <QMainWindow>
 #include <QStringList>
@@ -37,6 +38,10 @@ public:
     /// The "View" menu lists the docks and tool bars that exist now.
     void fillViewMenu();
 
+    /// The shortcuts that the actions can have, by their names; see applyShortcuts().
+    mirabo::ShortcutEntries shortcutEntries() const;
+    /// Gives the actions the shortcuts of the preferences.
+    void applyShortcuts(SoCommandManager* hub);
     QAction* action(mirabo::ActionId id) const { return m_actions[static_cast<std::size_t>(id)]; }
     void showRecentFiles(const QStringList& paths);
     /// The categories that are shown: all of them while "Toggle Filters" is off.

@@ -27,7 +27,10 @@
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
+#include "mirabo/preferences/GeneralPage.h"
+#include "mirabo/preferences/OutlinePage.h"
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/preferences/ShortcutsPage.h"
 #include "mirabo/preferences/SoMiraboPreferences.h"
 #include "mirabo/tree/FilterActions.h"
 #include "mirabo/tree/NodeCategory.h"
@@ -65,12 +68,31 @@ SoCommandManager* hub()
     return MrbServicesImpl::getInstance()->getCommandManager();
 }
 
-void editPreferences(QWidget* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition)
+/// The pages beyond those of the panels.
+void addOwnPages(SoMiraboPreferences* dialog, SoMiraboMainFrame* frame, bool standalone)
+{
+    dialog->addPage((new GeneralPage(standalone, dialog))->asPage());
+    const auto applyShortcuts = [frame = QPointer(frame)] {
+        if (frame)
+            frame->applyShortcuts(hub());
+    };
+    dialog->addPage(
+        (new ShortcutsPage(frame->shortcutEntries(), applyShortcuts, dialog))->asPage());
+    const auto applyOutline = [] {
+        if (SoMiraboViewer::exists())
+            SoMiraboViewer::instance()->readOutlineStyle();
+    };
+    dialog->addPage((new OutlinePage(applyOutline, dialog))->asPage());
+}
+
+void editPreferences(SoMiraboMainFrame* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition,
+                     bool standalone)
 {
     auto* dialog = new SoMiraboPreferences(parent);
     Modal modal(dialog);
     for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
         dialog->addPage(page);
+    addOwnPages(dialog, parent, standalone);
     // Last: choosing another profile ends the extensions whose pages come before.
     dialog->addPage((new ExtensionsPage(dialog))->asPage());
     QObject::connect(dialog, &SoMiraboPreferences::saved, tree, &SoMiraboTreeView::setPreferences);
@@ -271,7 +293,7 @@ void Session::registerActions()
     ActionRegistry& actions = hub()->actions();
     actions.add(ActionId::Preferences, this, {[this] {
                     syncSettings(); // what other tools have written shows in the pages
-                    editPreferences(m_frame, m_tree, m_edition.get());
+                    editPreferences(m_frame, m_tree, m_edition.get(), m_standalone);
                 }});
     actions.add(ActionId::OpenViewer, this,
                 {[] { SoMiraboViewer::instance()->bringToFront(); },

@@ -1,6 +1,7 @@
 #include "mirabo/launch/SoMiraboImpl.h"
 
 #include "mirabo/core/Modal.h"
+#include "mirabo/core/RecentFiles.h"
 #include "mirabo/core/SoMiraboMainFrame.h"
 #include "mirabo/extender/MrbPluginsManager.h"
 #include "mirabo/extender/private/Frame.h"
@@ -28,6 +29,7 @@
 #include <kalmyr/tilevex/TvSymTool.h>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QThread>
 #include <QTimer>
 
@@ -159,6 +161,17 @@ void openSession()
     r.session = std::make_unique<mirabo::Session>(frame, standalone);
 }
 
+/// The file that the program had open last, when the user wants it back; empty for none.
+QString fileToRestore(const QStringList& arguments)
+{
+    if (arguments.isEmpty() || !mirabo::readRestoreFile())
+        return {}; // not the program by itself
+    mirabo::RecentFiles recent;
+    recent.read();
+    const QString file = recent.paths().value(0);
+    return QFileInfo::exists(file) ? file : QString();
+}
+
 /// False when the tool has been ended meanwhile, by an extension or a callback of the host.
 bool commonStart(const QStringList& arguments, SoSceneManager* manager, bool nested)
 {
@@ -170,8 +183,9 @@ bool commonStart(const QStringList& arguments, SoSceneManager* manager, bool nes
         openSession();
     if (!manager)
         r.session->showScene(defaultScene().get());
-    if (r.running && arguments.size() > 1)
-        r.session->openFile(arguments.last());
+    const QString file = arguments.size() > 1 ? arguments.last() : fileToRestore(arguments);
+    if (r.running && !file.isEmpty())
+        r.session->openFile(file);
     // Extensions whose code is on the stack stay as they are.
     if (r.running && !(goesOn && nested))
         readConfiguration();

@@ -12,6 +12,8 @@ namespace {
 constexpr int kMostLetters = 256;       // of a name: a font family, a node type
 constexpr int kMostPathLetters = 32768; // the longest that any system has
 constexpr int kMostColor = 255;
+constexpr int kMostOutlineWidth = 16; // points; the outline draws no wider ones
+constexpr int kMostDigits = 17;       // which tell each double from all others
 constexpr int kMostVersion = std::numeric_limits<int>::max();
 /// The layout of a hundred docks takes some 20,000 characters.
 constexpr int kMostLayoutLetters = 1 << 20;
@@ -89,6 +91,15 @@ Keys makeKeys()
     keys.push_back(text("AddDialog/LastType", QString(), 0, kMostLetters));
     keys.push_back({"Bookmarks/Scenes", SettingKey::Texts, QStringList(), 0, kMostScenes});
     keys.push_back(text("Bookmarks/*", QString(), 0, kMostBookmarkLetters));
+    keys.push_back(text("General/Documentation", QString(), 0, kMostPathLetters));
+    keys.push_back(text("Outline/Color", QString(), 1, kMostLetters));
+    keys.push_back(number("Outline/Width", 2, 1, kMostOutlineWidth));
+    keys.push_back(flag("Start/RestoreWindow", true));
+    keys.push_back(flag("Start/RestoreBookmarks", true));
+    keys.push_back(flag("Start/RestoreFile", false));
+    keys.push_back(text("Shortcuts/*", {}, 1, kMostLetters));
+    keys.push_back(number("FieldEditor/Digits", 0, 0, kMostDigits));
+    keys.push_back(flag("FieldEditor/AnglesInDegrees", true));
     keys.push_back(number("Store/Version", 0, 0, kMostVersion));
     return keys;
 }

@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QSettings>
+#include <QUrl>
 
 #include <algorithm>
 #include <memory>
@@ -13,6 +14,14 @@
 namespace mirabo {
 
 namespace {
+
+constexpr char kDocumentationKey[] = "/General/Documentation";
+constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
+constexpr char kOutlineColorKey[] = "/Outline/Color";
+constexpr char kOutlineWidthKey[] = "/Outline/Width";
+constexpr char kRestoreWindowKey[] = "/Start/RestoreWindow";
+constexpr char kRestoreBookmarksKey[] = "/Start/RestoreBookmarks";
+constexpr char kRestoreFileKey[] = "/Start/RestoreFile";
 
 struct State {
     std::unique_ptr<SettingsStore> store;
@@ -324,6 +333,72 @@ bool readShowCatalogPart()
 void writeShowCatalogPart(bool on)
 {
     writeSetting(QString(kNodeOverviewGroup) + "ShowCatalogPart", on);
+}
+
+QString readDocumentationAddress()
+{
+    QString address = readText(kDocumentationKey).trimmed();
+    while (address.endsWith('/'))
+        address.chop(1);
+    const QUrl url(address, QUrl::StrictMode);
+    const bool isAddress = url.isValid() && !url.isRelative();
+    return isAddress ? address : QString(kDocumentationServer);
+}
+
+void writeDocumentationAddress(const QString& address)
+{
+    writeSetting(kDocumentationKey, address);
+}
+
+QColor readOutlineColor()
+{
+    const QColor color(readText(kOutlineColorKey));
+    return color.isValid() ? color : QColor(Qt::cyan);
+}
+
+void writeOutlineColor(const QColor& color)
+{
+    writeSetting(kOutlineColorKey, color.name());
+}
+
+int readOutlineWidth()
+{
+    return readInt(kOutlineWidthKey);
+}
+
+void writeOutlineWidth(int width)
+{
+    writeSetting(kOutlineWidthKey, width);
+}
+
+bool readRestoreWindow()
+{
+    return readBool(kRestoreWindowKey);
+}
+
+void writeRestoreWindow(bool on)
+{
+    writeSetting(kRestoreWindowKey, on);
+}
+
+bool readRestoreBookmarks()
+{
+    return readBool(kRestoreBookmarksKey);
+}
+
+void writeRestoreBookmarks(bool on)
+{
+    writeSetting(kRestoreBookmarksKey, on);
+}
+
+bool readRestoreFile()
+{
+    return readBool(kRestoreFileKey);
+}
+
+void writeRestoreFile(bool on)
+{
+    writeSetting(kRestoreFileKey, on);
 }
 
 int readFieldWatchHeight()

@@ -2,6 +2,7 @@
 
 #include "mirabo/preferences/TextStyle.h"
 
+#include <QColor>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -86,6 +87,25 @@ void writeRealVrmlCounter(bool on);
 /// Catalogue parts of node kits in the node overview (off).
 bool readShowCatalogPart();
 void writeShowCatalogPart(bool on);
+
+/// Address of the server of the reference pages, without a slash behind it.
+QString readDocumentationAddress();
+void writeDocumentationAddress(const QString& address);
+
+/// Colour and width, in points from 1 to 16, of the outline around the selected object.
+QColor readOutlineColor();
+void writeOutlineColor(const QColor& color);
+int readOutlineWidth();
+void writeOutlineWidth(int width);
+
+/// What a start restores: place, size and layout of the window (on); the bookmarks of a scene (on);
+/// in the program, the file that was open last (off).
+bool readRestoreWindow();
+void writeRestoreWindow(bool on);
+bool readRestoreBookmarks();
+void writeRestoreBookmarks(bool on);
+bool readRestoreFile();
+void writeRestoreFile(bool on);
 
 /// Least height of the field watch in pixels (0: as the layout has it).
 int readFieldWatchHeight();

@@ -1,12 +1,8 @@
 #include "mirabo/tree/HelpAddress.h"
 
+#include "mirabo/preferences/Settings.h"
+
 namespace mirabo {
-
-namespace {
-
-const char* const kServer = "https://docs.mirabo.example";
-
-} // namespace
 
 QString helpPageName(std::string_view typeName)
 {
@@ -23,7 +19,7 @@ QString helpPageName(std::string_view typeName)
 
 QUrl helpAddress(std::string_view typeName)
 {
-    const QString server = QString::fromLatin1(kServer);
+    const QString server = readDocumentationAddress();
     return QUrl(server + "/content/c-api?apiurl=" + server + "/APIS/RefManCpp/class"
                 + helpPageName(typeName) + ".html");
 }

@@ -3,6 +3,7 @@
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/private/GraphReading.h"
 #include "mirabo/extender/private/Later.h"
+#include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/BookmarkStore.h"
 #include "mirabo/tree/MrbFindDialog.h"
 #include "mirabo/tree/SoMiraboTreeView.h"
@@ -201,6 +202,8 @@ void TreeNavigator::bookmarksChanged()
 void TreeNavigator::saveBookmarks()
 {
     m_saveLater.stop();
+    if (!readRestoreBookmarks())
+        return; // what is stored stays for when it is wanted again
     const GraphReading graph;
     std::vector<BookmarkPath> paths =
         m_tree->context().bookmarks.paths(kMaxStoredBookmarks, bool(graph));
@@ -217,7 +220,7 @@ void TreeNavigator::sceneLeaves()
 void TreeNavigator::sceneCame()
 {
     m_scene = m_sceneNamer && m_tree->getRoot() ? m_sceneNamer() : QString();
-    m_stored = readBookmarks(m_scene);
+    m_stored = readRestoreBookmarks() ? readBookmarks(m_scene) : decltype(m_stored)();
     m_tree->context().bookmarks.addLost(m_stored);
     findLostBookmarks();
     updateActions();

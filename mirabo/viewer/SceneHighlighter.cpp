@@ -4,6 +4,7 @@
 #include "mirabo/extender/private/GraphReading.h"
 
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/gui/SoInspectorViews.h>
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 
@@ -44,6 +45,7 @@ void SceneHighlighter::install(SoSceneManager* manager)
 {
     m_action = std::make_unique<SoLineHighlightRenderAction>();
     m_action->setVisible(m_on);
+    applyStyle();
     m_manager = SoRef<SoSceneManager>(manager);
     if (m_manager)
         m_manager->setGLRenderAction(m_action.get());
@@ -76,6 +78,24 @@ void SceneHighlighter::setOn(bool on)
         m_selection->deselectAll();
     if (m_action)
         m_action->setVisible(on);
+}
+
+void SceneHighlighter::setStyle(const SbColor& color, float width)
+{
+    m_color = color;
+    m_width = width;
+    SoInspectorViews::setOutlineStyle(color, width);
+    applyStyle();
+    if (m_manager)
+        m_manager->scheduleRedraw();
+}
+
+void SceneHighlighter::applyStyle()
+{
+    if (!m_action)
+        return;
+    m_action->setColor(m_color);
+    m_action->setLineWidth(m_width);
 }
 
 void SceneHighlighter::deselect()

@@ -4,6 +4,7 @@
 #include "mirabo/extender/private/Observed.h"
 #endif
 
+#include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/nodes/SoSelection.h>
@@ -47,6 +48,9 @@ public:
     /// Off: nothing is selected any more, and nothing outlined.
     void setOn(bool on);
 
+    /// The look of the outline, here and in the host's views; `width` in points, 1 to 16.
+    void setStyle(const SbColor& color, float width);
+
     /// Selects the occurrence at the end of a path that begins at a child of the selection node;
     /// null and other paths: nothing. Does nothing when off.
     void highlight(const SoPath* path);
@@ -54,6 +58,7 @@ public:
 
 private:
     static void pathSelected(void* data, SoPath* path);
+    void applyStyle();
 
     std::function<void(const SoPath*)> m_picked;
     SoRef<SoSelection> m_selection;
@@ -61,6 +66,8 @@ private:
     std::unique_ptr<SoLineHighlightRenderAction> m_action;
     SoRef<SoSceneManager> m_manager;
     std::thread::id m_thread = std::this_thread::get_id();
+    SbColor m_color{0, 1, 1};
+    float m_width = 2;
     bool m_on = true;
     bool m_selecting = false; ///< the selection is being changed by ourselves
 };

@@ -99,6 +99,7 @@ void SoMiraboViewer::setUp(SoMiraboMainFrame* frame, bool standalone)
     if (standalone)
         createExaminer();
     m_highlighter.setOn(mirabo::readHighlightSelectedNode());
+    readOutlineStyle();
     if (!isEmbeddedLaunch()) {
         MrbServicesImpl* services = MrbServicesImpl::getInstance();
         m_highlighter.install(standalone ? services->getSceneManager() : nullptr);
@@ -172,6 +173,15 @@ void SoMiraboViewer::replaceScene(SoNode* root)
     m_highlighter.setScene(root);
     if (root && m_examiner)
         m_examiner->setSceneGraph(getSelectionNode());
+}
+
+void SoMiraboViewer::readOutlineStyle()
+{
+    const QColor color = mirabo::readOutlineColor();
+    m_highlighter.setStyle(SbColor(static_cast<float>(color.redF()),
+                                   static_cast<float>(color.greenF()),
+                                   static_cast<float>(color.blueF())),
+                           static_cast<float>(mirabo::readOutlineWidth()));
 }
 
 void SoMiraboViewer::setHighlightMode(HighlightMode mode)

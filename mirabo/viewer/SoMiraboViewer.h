@@ -123,6 +123,8 @@ public:
         return m_highlighter.isOn() ? OUTLINED : NOT_HIGHLIGHTED;
     }
     void setHighlightMode(HighlightMode mode);
+    /// Takes over colour and width of the outline from the preferences.
+    void readOutlineStyle();
     /// False in the launch modes that have no highlight.
     bool canHighlight() const { return m_highlighter.isInstalled(); }
 

@@ -71,7 +71,7 @@ void readWindowSettings(QMainWindow& window)
 {
     const QPoint position(readInt(key("/WindowX")), readInt(key("/WindowY")));
     const QByteArray layout = QByteArray::fromBase64(readText(key("/MainWindowLayout")).toLatin1());
-    if (!layout.isEmpty()) {
+    if (readRestoreWindow() && !layout.isEmpty()) {
         const QSize size(readInt(key("/WindowWidth")), readInt(key("/WindowHeight")));
         const QRect place = placeOnScreens(QRect(position, size), screens());
         window.move(place.topLeft());

@@ -1,6 +1,7 @@
 #include <kalmyr/gui/SoInspectorViews.h>
 
 #include <kalmyr/actions/SoGLRenderAction.h>
+#include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/core/SoPlaces.h>
@@ -75,6 +76,14 @@ void redrawWhatShows(const SoNode* node)
         manager->scheduleRedraw();
 }
 
+void tellOthers()
+{
+    for (const View& view : std::vector(otherViews())) {
+        if (view.redraw)
+            view.redraw(view.data);
+    }
+}
+
 /// Whatever the density of the pixels.
 bool isSamePart(const SbViewportRegion& a, const SbViewportRegion& b)
 {
@@ -101,6 +110,15 @@ void SoInspectorViews::removeView(SoGLRenderAction* action)
         action->removeOutline(views().outline);
 }
 
+void SoInspectorViews::setOutlineStyle(const SbColor& color, float width)
+{
+    SoOutline& outline = views().outline;
+    outline.setColor(color);
+    outline.setLineWidth(width);
+    redrawWhatShows(outline.getHead());
+    tellOthers();
+}
+
 void SoInspectorViews::setOutlined(const SoPath* path, int from)
 {
     SoOutline& outline = views().outline;
@@ -112,10 +130,7 @@ void SoInspectorViews::setOutlined(const SoPath* path, int from)
     views().thread = path ? std::this_thread::get_id() : std::thread::id();
     if (outline.getHead() != before)
         redrawWhatShows(outline.getHead());
-    for (const View& view : std::vector(otherViews())) {
-        if (view.redraw)
-            view.redraw(view.data);
-    }
+    tellOthers();
 }
 
 void SoInspectorViews::setClickFunction(ClickFunction* function, void* data)

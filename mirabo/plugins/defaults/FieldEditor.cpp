@@ -1,5 +1,6 @@
 #include "FieldEditor.h"
 
+#include "EditorPage.h"
 #include "FieldEditorPanel.h"
 
 #include <mirabo/extender/MrbFieldEditor.h>
@@ -38,4 +39,12 @@ QWidget* FieldEditor::createView(QWidget* parent)
 {
     m_panel = new FieldEditorPanel(this, parent);
     return m_panel;
+}
+
+MrbPreferencePage* FieldEditor::createPreferencePage(QWidget* parent)
+{
+    auto* page = new EditorPage(parent);
+    if (m_panel)
+        connect(page, &EditorPage::saved, m_panel, &FieldEditorPanel::showAnew);
+    return page;
 }

@@ -18,6 +18,7 @@ public:
     bool activate() override;
     void deactivate() override;
     QWidget* createView(QWidget* parent) override;
+    MrbPreferencePage* createPreferencePage(QWidget* parent) override;
 
 private:
     QPointer<FieldEditorPanel> m_panel; // Not owned; the dock's.

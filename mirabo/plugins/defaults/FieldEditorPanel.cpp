@@ -133,6 +133,12 @@ void FieldEditorPanel::editorsChanged()
         }));
 }
 
+void FieldEditorPanel::showAnew()
+{
+    if (m_edit)
+        makeWidget();
+}
+
 void FieldEditorPanel::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);

@@ -35,6 +35,8 @@ public Q_SLOTS:
     void fieldSelected(SoField* field);
     void sceneChanged();
     void editorsChanged();
+    /// Makes the widget anew, for other preferences.
+    void showAnew();
 
 protected:
     void showEvent(QShowEvent* event) override;

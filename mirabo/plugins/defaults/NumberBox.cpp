@@ -1,5 +1,6 @@
 #include "NumberBox.h"
 
+#include "EditorSettings.h"
 #include "Expression.h"
 #include "Looks.h"
 #include "MarkedLineEdit.h"
@@ -336,11 +337,31 @@ void NumberBox::showNumber()
 {
     if (isIllegal())
         return;
-    const QString text = numberText(m_kind, m_number, m_isHex);
+    const QString text = m_edit->hasFocus() || m_gesture != Gesture::None
+                             ? numberText(m_kind, m_number, m_isHex)
+                             : roundedText();
     if (text == m_edit->text())
         return;
     m_edit->setText(text);
     m_edit->setCursorPosition(0); // the leading digits count when there is no room for all
+}
+
+/// For the keyboard: what is read back is the number.
+void NumberBox::showExactly()
+{
+    const QString text = numberText(m_kind, m_number, m_isHex);
+    if (!isIllegal() && text != m_edit->text())
+        m_edit->setText(text);
+}
+
+/// As the user wants to see numbers that are not being edited.
+QString NumberBox::roundedText() const
+{
+    const int digits = settings::digits();
+    const bool isRounded = digits > 0 && !isWhole(m_kind) && std::isfinite(m_number);
+    const QString text = numberText(m_kind, m_number, m_isHex);
+    const QString rounded = isRounded ? QString::number(m_number, 'g', digits) : text;
+    return rounded.size() < text.size() ? rounded : text;
 }
 
 void NumberBox::updateHint()
@@ -406,14 +427,18 @@ bool NumberBox::filterEdit(QEvent* event)
         return true;
     }
     case QEvent::FocusIn:
+        if (m_gesture == Gesture::None)
+            showExactly();
         // Opened for editing: what is typed takes the place of the number.
         if (static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
             m_edit->selectAll();
         return false;
     case QEvent::FocusOut:
         // A menu of the box's own comes back.
-        if (static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
+        if (static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
             commit();
+            showNumber();
+        }
         return false;
     case QEvent::ContextMenu:
         showMenu(static_cast<QContextMenuEvent*>(event)->globalPos());

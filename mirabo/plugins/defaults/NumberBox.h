@@ -101,6 +101,8 @@ private:
     void endGesture();
     void cancel();
     void showNumber();
+    void showExactly();
+    QString roundedText() const;
     void updateHint();
     bool filterEdit(QEvent* event);
     bool filterHandle(QEvent* event);

@@ -1,6 +1,7 @@
 #include "RotationWidget.h"
 
 #include "BoxedWidget.h"
+#include "EditorSettings.h"
 #include "Looks.h"
 #include "NumberBox.h"
 #include "RotationParts.h"
@@ -84,6 +85,9 @@ RotationWidget::RotationWidget(MrbFieldEdit* edit, MrbFieldWidget::Form form, QW
         buildCompact();
     else
         buildFull();
+    static bool s_unitOfPreferences = s_chosen.isInDegrees;
+    if (std::exchange(s_unitOfPreferences, settings::anglesInDegrees()) != s_unitOfPreferences)
+        s_chosen.isInDegrees = s_unitOfPreferences;
     Notation notation = s_chosen;
     if (form == MrbFieldWidget::Form::Compact)
         notation.parts = Parts::AxisAngle;

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+class SbColor;
 class SbViewportRegion;
 class SoGLRenderAction;
 class SoGuiRenderArea;
@@ -35,6 +36,9 @@ public:
     /// For the inspector: outlines an object, as SoOutline::setPath() has it, in all views that
     /// show it, and has them redrawn. Null: nothing.
     static void setOutlined(const SoPath* path, int from = 0);
+
+    /// For the inspector: the look of that outline, as SoOutline has it.
+    static void setOutlineStyle(const SbColor& color, float width);
 
     enum Click {
         PRESSED, ///< the first button went down
