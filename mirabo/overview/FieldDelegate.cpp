@@ -93,6 +93,13 @@ void FieldDelegate::paintPlain(QPainter* painter, const QStyleOptionViewItem& op
     painter->restore();
 }
 
+QSize FieldDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QSize hint = QStyledItemDelegate::sizeHint(option, index);
+    hint.setHeight(m_list->rowHeight());
+    return hint;
+}
+
 void FieldDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
@@ -112,10 +119,9 @@ void FieldDelegate::styleValue(QStyleOptionViewItem* option, bool changed) const
 {
     option->font = m_list->valueFont(changed);
     option->fontMetrics = QFontMetrics(option->font);
-    const QColor color = m_list->valueColor(changed);
-    // Black is the style's "no colour of its own": it follows the palette, so that it can be read
-    // on dark desktops too.
-    if (color == Qt::black || (option->state & QStyle::State_Selected))
+    const QColor color = mirabo::shownColor(m_list->valueColor(changed), m_list->palette());
+    if ((option->state & QStyle::State_Selected)
+        || color == option->palette.color(QPalette::Active, QPalette::Text))
         return;
     option->palette.setColor(QPalette::Active, QPalette::Text, color);
     option->palette.setColor(QPalette::Inactive, QPalette::Text, color);

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 using mirabo::PartKind;
 
@@ -26,9 +27,11 @@ namespace {
 /// Values that move faster than the eye are not painted for every frame of the host.
 constexpr qint64 kRepaintMs = 16;
 
+constexpr int kRowHeight = 24; ///< in pixels; taller fonts make rows taller
+
 constexpr char kStyleSheet[] = R"(
 QTreeView { show-decoration-selected: 0; }
-QTreeView::item { border: 0px; border-top-color: transparent; border-bottom-color: transparent; height: 24px; }
+QTreeView::item { border: 0px; border-top-color: transparent; border-bottom-color: transparent; }
 QTreeView::item:hover {
     background: qlineargradient(x1: 0, y1: 0, x2: 0, y2: 1, stop: 0 #e7effd, stop: 1 #cbdaf1);
     color: black;
@@ -399,6 +402,9 @@ void SoMiraboList::setStyles(const mirabo::StyleTable& styles)
     m_defaultFont = styles["Default Value"].font;
     m_changedColor = styles["Changed Value"].color;
     m_changedFont = styles["Changed Value"].font;
+    const int height = mirabo::rowHeightFor(styles, kRowHeight);
+    if (std::exchange(m_rowHeight, height) != height)
+        scheduleDelayedItemsLayout();
     if (isVisible())
         viewport()->update();
 }

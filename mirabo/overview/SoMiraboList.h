@@ -97,6 +97,7 @@ public:
     void setStyles(const mirabo::StyleTable& styles);
     const QFont& valueFont(bool changed) const { return changed ? m_changedFont : m_defaultFont; }
     QColor valueColor(bool changed) const { return changed ? m_changedColor : m_defaultColor; }
+    int rowHeight() const { return m_rowHeight; }
 
     /// Grey line shown while the list is empty.
     void setEmptyHint(const QString& hint) { m_emptyHint = hint; }
@@ -226,6 +227,7 @@ private:
     QColor m_changedColor;
     QFont m_defaultFont;
     QFont m_changedFont;
+    int m_rowHeight = 0; ///< in pixels
     bool m_showCatalogParts = true;
     bool m_showChangedOnly = false;
     /// Default-valued twins by type, kept as long as the list.

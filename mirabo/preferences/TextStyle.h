@@ -7,7 +7,11 @@
 #include <utility>
 #include <vector>
 
+class QPalette;
+
 namespace mirabo {
+
+class StyleTable;
 
 /// How one kind of text in a list or the tree is drawn.
 struct TextStyle {
@@ -15,6 +19,18 @@ struct TextStyle {
     QColor color;
     bool show = true; ///< tree only: whether the text is shown at all
 };
+
+/// The colour in which a text of that colour is painted on the base of a palette: black is no
+/// colour of its own and follows the palette's text; others keep their hue and are lightened on a
+/// dark base.
+QColor shownColor(const QColor& color, const QPalette& palette);
+
+/// A colour as it can be read on a background.
+QColor readableOn(const QColor& background, const QColor& color);
+
+/// Height of a row in pixels in which the texts of all the styles that are shown fit, at least
+/// `least`.
+int rowHeightFor(const StyleTable& styles, int least);
 
 /// Styles by element name, in the order in which the user sees them.
 class StyleTable {

@@ -9,6 +9,7 @@
 #include "mirabo/tree/RowList.h"
 #include "mirabo/tree/SoGraphTopologyManager.h"
 #include "mirabo/tree/TreeContextMenu.h"
+#include "mirabo/tree/TreeDelegate.h"
 #include "mirabo/tree/TreeIgnoreCommands.h"
 #include "mirabo/tree/TreePatcher.h"
 #include "mirabo/tree/TreeRows.h"
@@ -31,6 +32,8 @@
 using mirabo::asItem;
 
 namespace {
+
+constexpr int kRowHeight = 27; ///< in pixels; taller fonts make rows taller
 
 /// Widths in pixels; what the contents need comes on top.
 constexpr int kColumnWidths[SoTreeViewItem::kColumnCount] = {200, 120, 60, 44, 24};
@@ -202,9 +205,9 @@ void SoMiraboTreeView::initPreferences()
 {
     mirabo::StyleTable styles = mirabo::defaultTreeStyles();
     mirabo::readStyles(mirabo::kTreeGroup, styles);
-    m_context.itemFont = styles["Node Type"].font;
-    m_context.fieldNodeFont = styles["Node From Field"].font;
-    m_context.highlightFieldNodes = styles["Node From Field"].show;
+    m_context.styles = {styles["Node Type"], styles["Node From Field"], styles["Node/Part Name"],
+                        styles["Reference Count"]};
+    m_context.rowHeight = mirabo::rowHeightFor(styles, kRowHeight);
     m_context.realKitCounter = mirabo::readRealNodekitsCounter();
     m_context.realVrmlCounter = mirabo::readRealVrmlCounter();
     setColumnHidden(SoTreeViewItem::Name, !styles["Node/Part Name"].show);
@@ -213,10 +216,24 @@ void SoMiraboTreeView::initPreferences()
 
 void SoMiraboTreeView::setPreferences()
 {
+    const int height = m_context.rowHeight;
     initPreferences();
-    scheduleDelayedItemsLayout();
+    if (m_context.rowHeight != height)
+        takeRowHeight();
     viewport()->update();
     resizeAllColumns();
+}
+
+/// The view asks for the height that all rows share when its first row changes. A layout would walk
+/// all open rows.
+void SoMiraboTreeView::takeRowHeight()
+{
+    for (int row = 0; row < topLevelItemCount(); ++row)
+        if (!isRowHidden(row, QModelIndex())) {
+            const QModelIndex first = model()->index(row, SoTreeViewItem::Type);
+            dataChanged(first, first, {Qt::SizeHintRole});
+            return;
+        }
 }
 
 SoTreeViewItem* SoMiraboTreeView::rootItem() const

@@ -159,6 +159,7 @@ public:
     void doItemsLayout() override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
     using QTreeWidget::indexFromItem;
+    using QTreeWidget::itemFromIndex;
     /// Empty while rows are patched.
     QRect visualRect(const QModelIndex& index) const override;
 
@@ -266,6 +267,7 @@ private:
     void newsWaiting() override;
     void setUpColumns();
     void applyLook();
+    void takeRowHeight();
     void clearRows();
     void startDrag();
     bool mayMove(SoTreeViewItem* dragged, SoTreeViewItem* target);

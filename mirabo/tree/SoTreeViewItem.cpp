@@ -525,7 +525,7 @@ QVariant SoTreeViewItem::foreground(int column) const
 {
     switch (column) {
     case Type:
-        return QBrush(m_disabled || m_dead ? Qt::darkGray : Qt::black);
+        return QBrush(isGrey() ? Qt::darkGray : Qt::black);
     case Name:
         return QBrush(kNameColor);
     case ReferenceCount:
@@ -537,9 +537,24 @@ QVariant SoTreeViewItem::foreground(int column) const
 
 bool SoTreeViewItem::hasFieldNodeFont() const
 {
-    if (!m_context->highlightFieldNodes)
+    if (!m_context->styles.fieldNode.show)
         return false;
     return isPart() ? !isNamedPart() && isDirectlyFromField() : isFromField();
+}
+
+const mirabo::TextStyle* SoTreeViewItem::styleOf(int column) const
+{
+    const mirabo::TreeContext::Styles& styles = m_context->styles;
+    switch (column) {
+    case Type:
+        return hasFieldNodeFont() ? &styles.fieldNode : &styles.type;
+    case Name:
+        return &styles.name;
+    case ReferenceCount:
+        return &styles.count;
+    default:
+        return nullptr;
+    }
 }
 
 QVariant SoTreeViewItem::data(int column, int role) const
@@ -552,7 +567,7 @@ QVariant SoTreeViewItem::data(int column, int role) const
     case Qt::ForegroundRole:
         return foreground(column);
     case Qt::FontRole:
-        return hasFieldNodeFont() ? m_context->fieldNodeFont : m_context->itemFont;
+        return styleOf(Type)->font;
     case Qt::UserRole:
         if (column == Type)
             return childIndexValue();

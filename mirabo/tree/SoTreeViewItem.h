@@ -19,6 +19,7 @@ namespace mirabo {
 class HiddenRows;
 class NodeIndex;
 class RowKeeper;
+struct TextStyle;
 struct TreeContext;
 } // namespace mirabo
 
@@ -93,6 +94,10 @@ public:
     /// Of the node, also of one that died.
     SoType getNodeType() const { return m_type; }
     bool isDead() const { return m_dead; }
+    /// Whether its type is grey: the node died, or is taken out of the graph.
+    bool isGrey() const { return m_disabled || m_dead; }
+    /// How the text of a column is painted; null: as the view has it.
+    const mirabo::TextStyle* styleOf(int column) const;
     /// Whether the row was made for that node, which may be dead; only compared.
     bool wasMadeFor(const SoNode* node) const { return m_node == node; }
     /// For the tree: the node is being destroyed, and the index has dropped the row.

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "mirabo/preferences/TextStyle.h"
 #include "mirabo/tree/Bookmarks.h"
 #include "mirabo/tree/DisabledPlaces.h"
 #include "mirabo/tree/HiddenRows.h"
 #include "mirabo/tree/NodeIndex.h"
 #include "mirabo/tree/NodeNews.h"
 #include "mirabo/tree/RowFilter.h"
-
-#include <QFont>
 
 #include <array>
 #include <atomic>
@@ -26,12 +25,18 @@ class RowKeeper;
 struct TreeContext {
     NodeIndex index;
 
-    QFont itemFont;
-    QFont fieldNodeFont;
-    bool highlightFieldNodes = true; ///< nodes reached by fields have their own font
-    bool realKitCounter = false;     ///< kits: the toolkit's reference count
-    bool realVrmlCounter = false;    ///< VRML97 nodes: the toolkit's reference count
-    bool showAll = false;            ///< numbering counts rows that are not shown, too
+    /// Looks of the texts in the rows.
+    struct Styles {
+        TextStyle type;
+        TextStyle fieldNode; ///< types of nodes that are reached by fields; not shown: as others
+        TextStyle name;
+        TextStyle count;
+    };
+    Styles styles;
+    int rowHeight = 0;            ///< in pixels
+    bool realKitCounter = false;  ///< kits: the toolkit's reference count
+    bool realVrmlCounter = false; ///< VRML97 nodes: the toolkit's reference count
+    bool showAll = false;         ///< numbering counts rows that are not shown, too
 
     bool embeddedLaunch = false;       ///< every child list that is open to all is shown
     bool showInternalChildren = false; ///< the children that are a node's own business, too

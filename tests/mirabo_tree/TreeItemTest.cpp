@@ -3,6 +3,7 @@
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/tree/HelpAddress.h"
 #include "mirabo/tree/NodeCategory.h"
+#include "support/Passes.h"
 
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSelection.h>
@@ -12,8 +13,11 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <QBrush>
+#include <QImage>
 #include <QSettings>
 #include <QTemporaryDir>
+
+#include <map>
 
 using mirabo::NodeCategory;
 
@@ -147,15 +151,15 @@ TEST_F(TreeTest, GivesNodesOfFieldsTheirOwnFont)
     auto* cube = new SoCube;
     inner->addChild(cube);
     holder->one = inner;
-    const QFont itself = view.context().itemFont;
-    const QFont other = view.context().fieldNodeFont;
+    const QFont itself = view.context().styles.type.font;
+    const QFont other = view.context().styles.fieldNode.font;
     const auto fontOf = [this](const SoNode* node) {
         return row(node)->data(0, Qt::FontRole).value<QFont>();
     };
     EXPECT_EQ(fontOf(holder), itself);
     EXPECT_EQ(fontOf(inner), other);
     EXPECT_EQ(fontOf(cube), other);
-    view.context().highlightFieldNodes = false;
+    view.context().styles.fieldNode.show = false;
     EXPECT_EQ(fontOf(cube), itself);
 }
 
@@ -175,9 +179,57 @@ TEST(TreePreferences, HideColumnsAndChangeFonts)
     mirabo::writeRealVrmlCounter(true);
     view.setPreferences();
     EXPECT_TRUE(view.isColumnHidden(SoTreeViewItem::Name));
-    EXPECT_EQ(view.context().itemFont.pointSize(), 23);
-    EXPECT_FALSE(view.context().highlightFieldNodes);
+    EXPECT_EQ(view.context().styles.type.font.pointSize(), 23);
+    EXPECT_FALSE(view.context().styles.fieldNode.show);
     EXPECT_TRUE(view.context().realVrmlCounter);
+    mirabo::releaseSettings();
+}
+
+TEST(TreePreferences, PaintEveryTextInItsOwnStyle)
+{
+    const QTemporaryDir folder;
+    mirabo::releaseSettings();
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
+    mirabo::StyleTable styles = mirabo::defaultTreeStyles();
+    const std::map<QString, QColor> colors{{"Node Type", {250, 100, 10}},
+                                           {"Node/Part Name", {10, 140, 250}},
+                                           {"Reference Count", {200, 20, 180}},
+                                           {"Node From Field", {120, 170, 30}}};
+    const SoRef<SoGroup> root(new SoGroup);
+    root->setName("HHH");
+    auto* holder = new FieldHolder;
+    holder->one = new SoCube;
+    root->addChild(holder);
+    SoMiraboTreeView view;
+    view.setSceneGraph(root.get());
+    view.expandAll();
+    view.setCurrentItem(nullptr);
+    view.resize(900, 300);
+    const auto shown = [&] {
+        view.setPreferences();
+        support::flush();
+        QStringList elements;
+        const QImage image = view.grab().toImage();
+        for (const auto& [element, color] : colors)
+            for (int i = 0; i < image.width() * image.height(); ++i)
+                if (image.pixelColor(i % image.width(), i / image.width()) == color) {
+                    elements << element;
+                    break;
+                }
+        return elements;
+    };
+    EXPECT_EQ(shown(), QStringList());
+    for (auto& [element, style] : styles.entries()) {
+        style.color = colors.at(element);
+        style.font.setPointSize(20);
+        style.font.setBold(true);
+    }
+    mirabo::writeStyles(mirabo::kTreeGroup, styles);
+    EXPECT_EQ(shown().size(), 4);
+    for (auto& [element, style] : styles.entries())
+        style.show = element == "Node From Field";
+    mirabo::writeStyles(mirabo::kTreeGroup, styles);
+    EXPECT_EQ(shown(), QStringList("Node From Field"));
     mirabo::releaseSettings();
 }
 

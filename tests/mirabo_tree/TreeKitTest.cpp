@@ -50,7 +50,7 @@ TEST_F(TreeKitTest, ShowsPartsWhereTheyHangAndOnce)
     EXPECT_EQ(item->getPartParentName(), SbName("topSeparator"));
     EXPECT_TRUE(item->isPublicPart());
     EXPECT_EQ(item->getPartKit(), kit.get());
-    EXPECT_EQ(item->data(0, Qt::FontRole).value<QFont>(), view.context().itemFont);
+    EXPECT_EQ(item->data(0, Qt::FontRole).value<QFont>(), view.context().styles.type.font);
     EXPECT_FALSE(mirabo::mayDisable(item));
 }
 
