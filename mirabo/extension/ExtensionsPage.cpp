@@ -1,11 +1,12 @@
 #include "mirabo/extension/ExtensionsPage.h"
 
+#include "mirabo/preferences/PreferencePage.h"
+
 #include <QComboBox>
 #include <QDir>
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QPointer>
 #include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -73,13 +74,7 @@ ExtensionsPage::ExtensionsPage(QWidget* parent)
 
 MrbPluginsManager::PreferencePage ExtensionsPage::asPage()
 {
-    const QPointer<ExtensionsPage> self(this);
-    const auto call = [self](void (ExtensionsPage::*operation)()) {
-        if (self)
-            (self->*operation)();
-    };
-    return {tr("Extensions"), this, [call] { call(&ExtensionsPage::load); },
-            [call] { call(&ExtensionsPage::save); }};
+    return preferencePage(tr("Extensions"), this, &ExtensionsPage::load, &ExtensionsPage::save);
 }
 
 void ExtensionsPage::load()

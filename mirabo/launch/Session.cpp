@@ -11,13 +11,13 @@
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/extender/private/Frame.h"
 #include "mirabo/extender/private/GraphReading.h"
-#include "mirabo/extension/ExtensionsPage.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/launch/Automation.h"
 #include "mirabo/launch/DocumentActions.h"
 #include "mirabo/launch/EditActions.h"
 #include "mirabo/launch/HostViews.h"
 #include "mirabo/launch/IgnoreSwitch.h"
+#include "mirabo/launch/PreferencePages.h"
 #include "mirabo/launch/ReloadMemory.h"
 #include "mirabo/launch/SceneFollower.h"
 #include "mirabo/launch/SoMiraboImpl.h"
@@ -27,11 +27,7 @@
 #include "mirabo/overview/SoNodeOverview.h"
 #include "mirabo/overview/SoNodeOverviewList.h"
 #include "mirabo/overview/SoTabNodeOverview.h"
-#include "mirabo/preferences/GeneralPage.h"
-#include "mirabo/preferences/OutlinePage.h"
 #include "mirabo/preferences/Settings.h"
-#include "mirabo/preferences/ShortcutsPage.h"
-#include "mirabo/preferences/SoMiraboPreferences.h"
 #include "mirabo/tree/FilterActions.h"
 #include "mirabo/tree/NodeCategory.h"
 #include "mirabo/tree/NodePlace.h"
@@ -66,39 +62,6 @@ constexpr int kMessageMs = 5000; // how long a message stays in the status bar
 SoCommandManager* hub()
 {
     return MrbServicesImpl::getInstance()->getCommandManager();
-}
-
-/// The pages beyond those of the panels.
-void addOwnPages(SoMiraboPreferences* dialog, SoMiraboMainFrame* frame, bool standalone)
-{
-    dialog->addPage((new GeneralPage(standalone, dialog))->asPage());
-    const auto applyShortcuts = [frame = QPointer(frame)] {
-        if (frame)
-            frame->applyShortcuts(hub());
-    };
-    dialog->addPage(
-        (new ShortcutsPage(frame->shortcutEntries(), applyShortcuts, dialog))->asPage());
-    const auto applyOutline = [] {
-        if (SoMiraboViewer::exists())
-            SoMiraboViewer::instance()->readOutlineStyle();
-    };
-    dialog->addPage((new OutlinePage(applyOutline, dialog))->asPage());
-}
-
-void editPreferences(SoMiraboMainFrame* parent, SoMiraboTreeView* tree, SoMiraboEdition* edition,
-                     bool standalone)
-{
-    auto* dialog = new SoMiraboPreferences(parent);
-    Modal modal(dialog);
-    for (const auto& page : MrbPluginsManager::getInstance()->createPreferencePages(dialog))
-        dialog->addPage(page);
-    addOwnPages(dialog, parent, standalone);
-    // Last: choosing another profile ends the extensions whose pages come before.
-    dialog->addPage((new ExtensionsPage(dialog))->asPage());
-    QObject::connect(dialog, &SoMiraboPreferences::saved, tree, &SoMiraboTreeView::setPreferences);
-    QObject::connect(dialog, &SoMiraboPreferences::saved, edition,
-                     &SoMiraboEdition::setPreferences);
-    modal.run();
 }
 
 /// Names the scene for what is kept of it from run to run; empty: a host's that has no name.
@@ -293,7 +256,7 @@ void Session::registerActions()
     ActionRegistry& actions = hub()->actions();
     actions.add(ActionId::Preferences, this, {[this] {
                     syncSettings(); // what other tools have written shows in the pages
-                    editPreferences(m_frame, m_tree, m_edition.get(), m_standalone);
+                    editPreferences(*m_frame, *hub(), m_tree, m_edition.get(), m_standalone);
                 }});
     actions.add(ActionId::OpenViewer, this,
                 {[] { SoMiraboViewer::instance()->bringToFront(); },

@@ -9,6 +9,8 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace mirabo {
 
 GeneralPage::GeneralPage(bool standalone, QWidget* parent)
@@ -53,16 +55,27 @@ void GeneralPage::checkAddress()
                                  : tr("This is no address; the standard one will be used."));
 }
 
+GeneralPage::Choices GeneralPage::choices() const
+{
+    return {m_address->text().trimmed(), m_window->isChecked(), m_bookmarks->isChecked(),
+            m_file->isChecked()};
+}
+
 void GeneralPage::load()
 {
     m_address->setText(readDocumentationAddress());
     m_window->setChecked(readRestoreWindow());
     m_bookmarks->setChecked(readRestoreBookmarks());
     m_file->setChecked(readRestoreFile());
+    m_loaded = choices();
 }
 
 void GeneralPage::save()
 {
+    const Choices chosen = choices();
+    if (std::exchange(m_loaded, chosen) == chosen)
+        return; // another tool may have changed it
+    const SettingsChange change;
     writeDocumentationAddress(m_address->text().trimmed());
     writeRestoreWindow(m_window->isChecked());
     writeRestoreBookmarks(m_bookmarks->isChecked());

@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+#include <tuple>
+
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -24,13 +26,17 @@ public:
     MrbPluginsManager::PreferencePage asPage();
 
 private:
+    using Choices = std::tuple<QString, bool, bool, bool>;
+
     void checkAddress();
+    Choices choices() const;
 
     QLineEdit* m_address;
     QLabel* m_problem;
     QCheckBox* m_window;
     QCheckBox* m_bookmarks;
     QCheckBox* m_file;
+    Choices m_loaded; ///< or saved last
 };
 
 } // namespace mirabo

@@ -101,13 +101,18 @@ void OutlinePage::load()
 {
     m_color = readOutlineColor();
     m_width->setValue(readOutlineWidth());
+    m_loaded = {m_color, m_width->value()};
     showChoice();
 }
 
 void OutlinePage::save()
 {
-    writeOutlineColor(m_color);
-    writeOutlineWidth(m_width->value());
+    const auto chosen = std::pair(m_color, m_width->value());
+    if (std::exchange(m_loaded, chosen) != chosen) {
+        const SettingsChange change;
+        writeOutlineColor(m_color);
+        writeOutlineWidth(m_width->value());
+    }
     m_saved();
 }
 

@@ -5,6 +5,8 @@
 #include <QColor>
 #include <QWidget>
 
+#include <utility>
+
 class QPushButton;
 class QSpinBox;
 
@@ -30,6 +32,7 @@ private:
 
     const std::function<void()> m_saved;
     QColor m_color;
+    std::pair<QColor, int> m_loaded; ///< or saved last
     QPushButton* m_button;
     QSpinBox* m_width;
     Preview* m_preview;

@@ -1,5 +1,7 @@
 #include "mirabo/preferences/ShortcutsPage.h"
 
+#include "mirabo/preferences/Settings.h"
+
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeySequenceEdit>
@@ -78,6 +80,7 @@ void ShortcutsPage::load()
     m_shown.clear();
     for (const ShortcutEntry& entry : m_entries)
         m_shown.push_back(readShortcut(entry));
+    m_loaded = m_shown;
     fill();
 }
 
@@ -159,8 +162,13 @@ void ShortcutsPage::resetAll()
 
 void ShortcutsPage::save()
 {
-    for (std::size_t i = 0; i < m_entries.size(); ++i)
-        writeShortcut(m_entries[i], m_shown[i]);
+    {
+        const SettingsChange change;
+        for (std::size_t i = 0; i < m_entries.size(); ++i)
+            if (m_shown[i] != m_loaded[i]) // another tool may have changed the others
+                writeShortcut(m_entries[i], m_shown[i]);
+    }
+    m_loaded = m_shown;
     m_saved();
 }
 

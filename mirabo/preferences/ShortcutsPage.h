@@ -37,7 +37,8 @@ private:
     int currentRow() const;
 
     const ShortcutEntries m_entries;
-    std::vector<QKeySequence> m_shown; ///< one an entry
+    std::vector<QKeySequence> m_shown;  ///< one an entry
+    std::vector<QKeySequence> m_loaded; ///< or saved last
     const std::function<void()> m_saved;
     QTreeWidget* m_rows;
     QKeySequenceEdit* m_edit;

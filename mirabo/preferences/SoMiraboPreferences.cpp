@@ -1,60 +1,41 @@
 #include "mirabo/preferences/SoMiraboPreferences.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QStackedWidget>
-#include <QVBoxLayout>
+#include "ui_QPreferences.h"
+
+#include <QKeyEvent>
+#include <QPointer>
+#include <QScreen>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int kListChars = 20; ///< width of the list in average characters
-constexpr int kPageChars = 60;
-constexpr int kPageLines = 18;
+constexpr int kListChars = 16; ///< least width of the list in average characters
+constexpr double kScreenShare = 0.9;
 
 } // namespace
 
 SoMiraboPreferences::SoMiraboPreferences(QWidget* parent)
-    : QDialog(parent), m_list(new QListWidget), m_stack(new QStackedWidget)
+    : QDialog(parent), m_form(std::make_unique<Ui::QPreferences>())
 {
-    setObjectName("QPreferences");
-    setWindowTitle("Preferences");
-    m_list->setObjectName("m_preferenceList");
-    m_list->setAccessibleName("Pages");
-    m_list->setFixedWidth(fontMetrics().averageCharWidth() * kListChars);
-    m_stack->setObjectName("m_widgetStack");
-    m_stack->setMinimumSize(fontMetrics().averageCharWidth() * kPageChars,
-                            fontMetrics().lineSpacing() * kPageLines);
-    auto* hint = new QLabel("There are no pages");
-    hint->setAlignment(Qt::AlignCenter);
-    hint->setEnabled(false);
-    m_stack->addWidget(hint);
-
-    auto* pages = new QHBoxLayout;
-    pages->addWidget(m_list);
-    pages->addWidget(m_stack, 1);
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(pages, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    layout->addLayout(buttons);
-    QPushButton* ok = addButton("m_okButton", "&OK");
-    m_apply = addButton("m_applyButton", "&Apply");
-    m_apply->setShortcut(QKeySequence("Alt+A"));
-    QPushButton* cancel = addButton("m_cancelButton", "&Cancel");
-    for (QPushButton* button : {ok, m_apply, cancel})
-        buttons->addWidget(button);
-    ok->setDefault(true);
-    connect(ok, &QPushButton::clicked, this, [this] {
+    m_form->setupUi(this);
+    delete m_form->m_placeholder;
+    m_form->m_placeholder = nullptr;
+    m_form->m_searchHint->hide();
+    m_form->m_searchEdit->installEventFilter(this);
+    fitList();
+    connect(m_form->m_okButton, &QPushButton::clicked, this, [this] {
+        const QPointer<SoMiraboPreferences> self(this);
         save();
-        accept();
+        if (self)
+            accept();
     });
-    connect(m_apply, &QPushButton::clicked, this, &SoMiraboPreferences::save);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(m_list, &QListWidget::currentItemChanged, this, &SoMiraboPreferences::raiseWidget);
+    connect(m_form->m_applyButton, &QPushButton::clicked, this, &SoMiraboPreferences::save);
+    connect(m_form->m_cancelButton, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_form->m_preferenceList, &QListWidget::currentItemChanged, this,
+            &SoMiraboPreferences::raiseWidget);
+    connect(m_form->m_searchEdit, &QLineEdit::textChanged, this, &SoMiraboPreferences::search);
+    m_form->m_preferenceList->setFocus();
 }
 
 SoMiraboPreferences::~SoMiraboPreferences()
@@ -63,42 +44,131 @@ SoMiraboPreferences::~SoMiraboPreferences()
         page.widget->disconnect(this); // they die after the members
 }
 
-QPushButton* SoMiraboPreferences::addButton(const char* name, const QString& text)
-{
-    auto* button = new QPushButton(text, this);
-    button->setObjectName(name);
-    return button;
-}
-
 void SoMiraboPreferences::addPage(const Page& page)
 {
     if (!page.widget)
         return;
     m_pages.push_back(page);
-    m_stack->addWidget(page.widget);
-    m_list->addItem(page.name);
+    m_form->m_widgetStack->addWidget(page.widget);
+    m_form->m_preferenceList->addItem(page.name);
+    fitList();
     connect(page.widget, &QObject::destroyed, this, &SoMiraboPreferences::dropPage);
+    connect(this, &SoMiraboPreferences::emitInit, page.widget, page.load);
     page.load();
-    if (m_list->count() == 1)
-        m_list->setCurrentRow(0);
+    if (getPageCount() == 1)
+        m_form->m_preferenceList->setCurrentRow(0);
+}
+
+/// The list is as wide as its longest name.
+void SoMiraboPreferences::fitList()
+{
+    QListWidget* list = m_form->m_preferenceList;
+    const int least = fontMetrics().averageCharWidth() * kListChars;
+    const int needed = list->sizeHintForColumn(0) + 2 * list->frameWidth()
+                       + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    list->setFixedWidth(std::max(least, needed));
+}
+
+/// As large as its largest page, if the screen is.
+void SoMiraboPreferences::fitPages()
+{
+    // An area in which a widget scrolls asks for less than the widget does, and Qt gives a window
+    // that nobody sized no more than two thirds of the screen.
+    ensurePolished();
+    const QStackedWidget* stack = m_form->m_widgetStack;
+    m_form->m_pageArea->setMinimumSize(stack->sizeHint().expandedTo(stack->minimumSizeHint()));
+    layout()->activate();
+    const QSize wanted = layout()->totalSizeHint();
+    m_form->m_pageArea->setMinimumSize(0, 0);
+    layout()->activate();
+    resize(wanted.boundedTo(screen()->availableSize() * kScreenShare));
+}
+
+void SoMiraboPreferences::setVisible(bool visible)
+{
+    const bool isFirst = visible && !testAttribute(Qt::WA_Resized);
+    if (isFirst)
+        fitPages();
+    QDialog::setVisible(visible);
+    if (!isFirst)
+        return;
+    // Pages that were never shown do not know their size.
+    setUpdatesEnabled(false);
+    for (int page = 0; page < m_form->m_widgetStack->count(); ++page)
+        m_form->m_widgetStack->setCurrentIndex(page);
+    raiseWidget(m_form->m_preferenceList->currentItem(), nullptr);
+    fitPages();
+    setUpdatesEnabled(true);
 }
 
 void SoMiraboPreferences::raiseWidget(QListWidgetItem* current, QListWidgetItem*)
 {
-    const int row = current ? m_list->row(current) : -1;
-    if (row >= 0 && row < getPageCount())
-        m_stack->setCurrentWidget(m_pages[static_cast<std::size_t>(row)].widget);
-    else
-        m_stack->setCurrentIndex(0); // the hint
+    const int row = current ? m_form->m_preferenceList->row(current) : -1;
+    if (row < 0 || row >= getPageCount())
+        return;
+    m_form->m_widgetStack->setCurrentWidget(m_pages[static_cast<std::size_t>(row)].widget);
+    markCurrent();
+}
+
+void SoMiraboPreferences::search(const QString& text)
+{
+    m_search = mirabo::PageSearch(text);
+    QListWidget* list = m_form->m_preferenceList;
+    int first = -1;
+    for (int row = getPageCount() - 1; row >= 0; --row) {
+        const Page& page = m_pages[static_cast<std::size_t>(row)];
+        const bool isWanted = m_search.matches(page.name, *page.widget);
+        list->setRowHidden(row, !isWanted);
+        if (isWanted)
+            first = row;
+    }
+    m_form->m_searchHint->setVisible(first < 0);
+    if (first >= 0 && !isListed(list->currentRow()))
+        list->setCurrentRow(first);
+    markCurrent();
+}
+
+bool SoMiraboPreferences::isListed(int row) const
+{
+    return row >= 0 && !m_form->m_preferenceList->isRowHidden(row);
+}
+
+void SoMiraboPreferences::markCurrent()
+{
+    if (QWidget* page = m_form->m_widgetStack->currentWidget())
+        m_search.mark(*page);
+}
+
+bool SoMiraboPreferences::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != m_form->m_searchEdit || event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    QListWidget* list = m_form->m_preferenceList;
+    switch (static_cast<QKeyEvent*>(event)->key()) {
+    case Qt::Key_Escape: // the next one closes the dialog
+        if (m_search.isEmpty())
+            return false;
+        m_form->m_searchEdit->clear();
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: // of the search, not of the dialog
+    case Qt::Key_Down:
+        list->setFocus(Qt::TabFocusReason);
+        return true;
+    default:
+        return false;
+    }
 }
 
 void SoMiraboPreferences::save()
 {
-    // A page that fails may end its extension's other pages: the list is not walked meanwhile.
+    // A page that fails may end its extension's other pages, and the host the dialog.
+    const QPointer<SoMiraboPreferences> self(this);
     const std::vector<Page> pages = m_pages;
     for (const Page& page : pages)
         page.save();
-    Q_EMIT saved();
+    if (self)
+        Q_EMIT saved();
 }
 
 void SoMiraboPreferences::dropPage(QObject* widget)
@@ -109,5 +179,6 @@ void SoMiraboPreferences::dropPage(QObject* widget)
         return;
     const auto row = static_cast<int>(at - m_pages.begin());
     m_pages.erase(at);
-    delete m_list->takeItem(row);
+    delete m_form->m_preferenceList->takeItem(row);
+    raiseWidget(m_form->m_preferenceList->currentItem(), nullptr); // its row is another one now
 }

@@ -190,7 +190,9 @@ void SoMiraboViewer::setHighlightMode(HighlightMode mode)
     if (mode == getHighlightMode())
         return;
     m_highlighter.setOn(mode == OUTLINED);
-    MrbServicesImpl::getInstance()->watchSelection(mode == OUTLINED ? getSelectionNode() : nullptr);
+    if (canHighlight())
+        MrbServicesImpl::getInstance()->watchSelection(mode == OUTLINED ? getSelectionNode()
+                                                                        : nullptr);
     refresh();
 }
 
