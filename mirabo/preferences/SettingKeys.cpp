@@ -92,7 +92,7 @@ Keys makeKeys()
     keys.push_back({"Bookmarks/Scenes", SettingKey::Texts, QStringList(), 0, kMostScenes});
     keys.push_back(text("Bookmarks/*", QString(), 0, kMostBookmarkLetters));
     keys.push_back(text("General/Documentation", QString(), 0, kMostPathLetters));
-    keys.push_back(text("Outline/Color", QString(), 1, kMostLetters));
+    keys.push_back(text("Outline/Color", QString(), 0, kMostLetters));
     keys.push_back(number("Outline/Width", 2, 1, kMostOutlineWidth));
     keys.push_back(flag("Start/RestoreWindow", true));
     keys.push_back(flag("Start/RestoreBookmarks", true));

@@ -18,6 +18,7 @@ namespace {
 constexpr char kDocumentationKey[] = "/General/Documentation";
 constexpr char kDocumentationServer[] = "https://docs.mirabo.dev";
 constexpr char kOutlineColorKey[] = "/Outline/Color";
+constexpr char kOutlineColor[] = "#00e6ff"; // as the toolkit draws it by itself
 constexpr char kOutlineWidthKey[] = "/Outline/Width";
 constexpr char kRestoreWindowKey[] = "/Start/RestoreWindow";
 constexpr char kRestoreBookmarksKey[] = "/Start/RestoreBookmarks";
@@ -353,7 +354,7 @@ void writeDocumentationAddress(const QString& address)
 QColor readOutlineColor()
 {
     const QColor color(readText(kOutlineColorKey));
-    return color.isValid() ? color : QColor(Qt::cyan);
+    return color.isValid() ? color : QColor(kOutlineColor);
 }
 
 void writeOutlineColor(const QColor& color)

@@ -41,7 +41,7 @@ QVariant sampleOf(const SettingKey& key)
     case SettingKey::Flag:
         return !key.fallback.toBool();
     case SettingKey::Number:
-        return key.name.startsWith("Store") ? 1 : key.least + 77;
+        return key.name.startsWith("Store") ? 1 : std::min(key.most, key.least + 77);
     case SettingKey::Text:
         return QString::fromUtf8("a, \"b\"; [c]\\=%20 \xC3\xA9");
     case SettingKey::Texts:
