@@ -6,6 +6,8 @@
 #include "mirabo/tree/BookmarkStore.h"
 #include "support/ErrorGuard.h"
 
+#include <algorithm>
+
 using namespace mirabo;
 
 namespace {
