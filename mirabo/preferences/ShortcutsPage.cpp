@@ -60,7 +60,7 @@ void ShortcutsPage::build()
     connect(all, &QPushButton::clicked, this, &ShortcutsPage::resetAll);
 
     auto* line = new QHBoxLayout;
-    auto* label = new QLabel(tr("&Shortcut:"), this);
+    auto* label = new QLabel(tr("Shortc&ut:"), this);
     label->setBuddy(m_edit);
     line->addWidget(label);
     line->addWidget(m_edit, 1);

@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QColorDialog>
 #include <QImage>
+#include <QKeySequenceEdit>
 #include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
@@ -21,6 +22,7 @@
 #include <QScrollBar>
 #include <QSpinBox>
 #include <QStackedWidget>
+#include <QTreeWidget>
 
 #include <vector>
 
@@ -287,4 +289,45 @@ TEST_F(PreferencesTest, EndsWhileItsDialogsAreOpen)
     EXPECT_FALSE(dialog);
     EXPECT_FALSE(colors);
     EXPECT_FALSE(SoMirabo::isRunning());
+}
+
+TEST_F(PreferencesTest, ShortcutsAreInForceAtOnceAndAtTheNextStart)
+{
+    open();
+    QAction* find = action("Find &Next");
+    ASSERT_EQ(find->shortcut(), QKeySequence("F3"));
+    edit({[](QDialog* dialog) {
+        auto* rows = part<QTreeWidget>(dialog, "m_shortcuts");
+        rows->setCurrentItem(rows->findItems("Find Next", Qt::MatchExactly).value(0));
+        auto* keys = part<QKeySequenceEdit>(dialog, "m_shortcutEdit");
+        keys->setKeySequence(QKeySequence("Ctrl+G"));
+        Q_EMIT keys->editingFinished();
+        click(dialog, "m_okButton");
+    }});
+    EXPECT_EQ(find->shortcut(), QKeySequence("Ctrl+G"));
+    EXPECT_TRUE(find->toolTip().contains("Ctrl+G"));
+    hooks().m_mirabo_stop();
+    open();
+    EXPECT_EQ(action("Find &Next")->shortcut(), QKeySequence("Ctrl+G"));
+}
+
+TEST_F(PreferencesTest, AStartRestoresWhatTheUserWants)
+{
+    open();
+    const std::string file = writeFile("last.ky", "#Kalmyr V1.0 ascii\nSeparator { Cone { } }\n");
+    drop(file);
+    edit({[](QDialog* dialog) {
+        part<QCheckBox>(dialog, "m_restoreFile")->setChecked(true);
+        part<QCheckBox>(dialog, "m_restoreWindow")->setChecked(false);
+        click(dialog, "m_okButton");
+    }});
+    window()->resize(777, 666);
+    pass();
+    window()->close();
+    hooks().m_mirabo_processEvents();
+    hooks().m_mirabo_startStandalone(0, nullptr);
+    pass();
+    EXPECT_TRUE(window()->windowTitle().contains("last.ky"))
+        << window()->windowTitle().toStdString();
+    EXPECT_NE(window()->size(), QSize(777, 666));
 }
