@@ -101,6 +101,18 @@ void FirstLayout::placeViews(QDockWidget* watch, int width)
     }
 }
 
+/// Without a viewer between them, views and overview get the same height.
+void FirstLayout::shareHeight(QDockWidget* overview)
+{
+    const QWidget* viewer = m_window->centralWidget();
+    if (viewer && !viewer->isHidden())
+        return;
+    const int half = m_window->height() / 2;
+    for (auto* view : m_window->findChildren<ExtensionView*>(QString(), Qt::FindDirectChildrenOnly))
+        if (m_window->dockWidgetArea(view) == Qt::RightDockWidgetArea)
+            m_window->resizeDocks({view, overview}, {half, half}, Qt::Vertical);
+}
+
 void FirstLayout::apply()
 {
     const auto dock = [this](const char* name) {
@@ -123,6 +135,7 @@ void FirstLayout::apply()
     (m_window->tabifiedDockWidgets(overview).contains(watch) ? overview : watch)->raise();
     m_window->resizeDocks({overview, watch}, {rest * 3 / 5, rest * 2 / 5}, Qt::Horizontal);
     m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
+    shareHeight(overview);
 }
 
 } // namespace mirabo

@@ -25,6 +25,7 @@ private:
     void apply();
     void placeWatch(QDockWidget* overview, QDockWidget* watch, bool beside);
     void placeViews(QDockWidget* watch, int width);
+    void shareHeight(QDockWidget* overview);
 
     QMainWindow* m_window;       // Not owned; owns us.
     QList<QDockWidget*> m_moved; ///< views that stood on the right; compared only
