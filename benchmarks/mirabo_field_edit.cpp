@@ -1,5 +1,5 @@
-// What one change of a number by an editor costs while it is being dragged: undo command included,
-// with the whole tool open on a scene, and against the bare field.
+// Times one change of a number that is being dragged in an editor, undo command included, with the
+// whole tool open on a scene, and the bare field's assignment beside it.
 //
 // setField: the host's own assignment. dragNumber: MrbFieldEdit::change() inside a gesture, what of
 // it is inside the call. dragPass: the same and the pass of the event loop after it, in which the

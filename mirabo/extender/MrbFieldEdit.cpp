@@ -105,6 +105,7 @@ public:
     {
         return index >= 0 && index < count() ? at(index).field.load() : nullptr;
     }
+    bool hasDefault(int index) const { return at(index).hasDefault; }
     bool has(const SoField* field) const
     {
         return std::any_of(m_fields.begin(), m_fields.end(),
@@ -156,6 +157,8 @@ bool MrbFieldEdit::Private::add(SoField* field)
                     }});
     if (!isFollowed)
         return false;
+    SoRef<SoFieldContainer> keeper;
+    followed->hasDefault = pristineOf(*field, keeper); // once: it makes a whole container
     m_fields.push_back(std::move(followed));
     return true;
 }
@@ -342,8 +345,7 @@ MrbFieldState MrbFieldEdit::getState(int index) const
             state.containerType = toText(container->getTypeId().getName());
             state.containerName = toText(container->getName());
         }
-        SoRef<SoFieldContainer> keeper;
-        state.hasDefault = pristineOf(field, keeper);
+        state.hasDefault = m->hasDefault(index);
         state.isDefault = field.isDefault();
         state.isIgnored = field.isIgnored();
         state.isConnected = field.isConnected();

@@ -12,7 +12,7 @@ class SoField;
 class SoMField;
 class SoType;
 
-/// What the tool says about a field beside its value.
+/// Describes a field, its container and its flags; the value is left out.
 struct MrbFieldState {
     QString fieldName;
     QString typeName;        ///< of the field, such as "SFFloat"

@@ -12,8 +12,7 @@ class SoMiraboList;
 
 namespace mirabo {
 
-/// What the user changes in a row of a field list: edits the value in its cell, pastes one, puts
-/// the default back. Each is a step that can be undone.
+/// Edits the value of a field list's row in its cell, pastes values, and puts defaults back. Each is a step that can be undone.
 class RowEditor final : public QObject {
     Q_OBJECT
 

@@ -178,7 +178,7 @@ void SoFieldWatch::saveColumnWidths()
     const std::vector<int> before = std::exchange(m_widths, storedWidths());
     for (std::size_t i = 0; i < m_widths.size(); ++i) {
         const int column = static_cast<int>(i);
-        // What nobody changed here may have been changed by another process.
+        // Keeps a width that another process may have written, unless it was changed here.
         const bool isKnown = i < before.size() && before[i] == m_widths[i];
         if (!isKnown || !mirabo::hasListColumnWidth(mirabo::kFieldWatchGroup, column))
             mirabo::writeListColumnWidth(mirabo::kFieldWatchGroup, column, m_widths[i]);

@@ -37,7 +37,7 @@ protected:
     bool changeNumbers(const NumbersChange& change);
     /// The fields that change() changes, in its order.
     std::vector<int> editableFields() const;
-    /// What the fields hold is shown: isTyping() compares with it.
+    /// Remembers the fields' numbers as those shown; isTyping() compares with them.
     void rememberNumbers();
 
     /// Those of the edit; in between changeNumbers() knows the numbers from before.
@@ -52,7 +52,7 @@ protected:
     /// Reads several numbers from the clipboard, pasted into the box, as the whole value.
     void acceptLists(NumberBox* box);
     const std::vector<NumberBox*>& boxes() const { return m_boxes; }
-    /// What the boxes show.
+    /// Returns the numbers in the boxes.
     Numbers shownNumbers() const;
     /// Marks a box whose number could not be taken, or takes the marks off all of them when `why`
     /// is empty and the fields could be changed.

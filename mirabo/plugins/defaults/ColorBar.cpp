@@ -20,7 +20,8 @@ constexpr double kStep = 0.01;
 
 } // namespace
 
-ColorBar::ColorBar(const QString& name, QWidget* parent) : QWidget(parent), m_colors{Qt::black}
+ColorBar::ColorBar(const QString& name, QWidget* parent)
+    : GestureControl(parent), m_colors{Qt::black}
 {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -56,14 +57,6 @@ void ColorBar::setColors(std::vector<QColor> colors)
     update();
 }
 
-void ColorBar::commit()
-{
-    m_isDragged = false;
-    m_burst.end();
-    if (std::exchange(m_isInGesture, false))
-        Q_EMIT ended();
-}
-
 QRectF ColorBar::groove() const
 {
     // The handle stands out by half its width.
@@ -76,8 +69,7 @@ void ColorBar::moveTo(double position)
     position = std::clamp(position, 0.0, 1.0);
     if (position == m_position)
         return;
-    if (!std::exchange(m_isInGesture, true))
-        Q_EMIT begun();
+    enterGesture();
     setPosition(position);
     Q_EMIT moved(position);
 }
@@ -93,32 +85,11 @@ void ColorBar::dragTo(double x)
 
 void ColorBar::stepTo(double position)
 {
-    if (m_isDragged)
+    if (isDragged())
         return;
-    if (m_burst.step()) {
-        commit();
-        m_burst.step();
-    }
+    beginsRun();
     constexpr double kDigits = 1e6; // rounds away what sums of fractions leave
     moveTo(std::round(position * kDigits) / kDigits);
-}
-
-void ColorBar::cancel()
-{
-    m_isDragged = false;
-    m_burst.end();
-    if (std::exchange(m_isInGesture, false))
-        Q_EMIT cancelled();
-    else
-        Q_EMIT finished();
-}
-
-bool ColorBar::event(QEvent* event)
-{
-    if (event->type() == QEvent::ShortcutOverride && m_isInGesture
-        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
-        event->accept();
-    return QWidget::event(event);
 }
 
 void ColorBar::mousePressEvent(QMouseEvent* event)
@@ -126,19 +97,19 @@ void ColorBar::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return;
     commit();
-    m_isDragged = true;
+    setDragged(true);
     dragTo(event->localPos().x());
 }
 
 void ColorBar::mouseMoveEvent(QMouseEvent* event)
 {
-    if (m_isDragged)
+    if (isDragged())
         dragTo(event->localPos().x());
 }
 
 void ColorBar::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::LeftButton && m_isDragged)
+    if (event->button() == Qt::LeftButton && isDragged())
         commit();
 }
 
@@ -176,19 +147,6 @@ void ColorBar::keyPressEvent(QKeyEvent* event)
     default:
         QWidget::keyPressEvent(event);
     }
-}
-
-void ColorBar::focusInEvent(QFocusEvent* event)
-{
-    QWidget::focusInEvent(event);
-    update();
-}
-
-void ColorBar::focusOutEvent(QFocusEvent* event)
-{
-    QWidget::focusOutEvent(event);
-    commit();
-    update();
 }
 
 void ColorBar::paintEvent(QPaintEvent*)

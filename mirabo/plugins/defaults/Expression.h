@@ -23,5 +23,5 @@ struct Expression {
     static Expression evaluate(const QString& text, double present = 0);
 };
 
-/// What can be typed, in two lines.
+/// Explains the syntax to the user, in two lines.
 QString expressionHelp();

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// What the class that declares a field says of it.
+/// Documentation of one field, from the class that declares it.
 struct FieldHint {
     const char* containerType;
     const char* fieldName;

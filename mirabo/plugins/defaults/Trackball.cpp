@@ -27,7 +27,7 @@ SbVec3f unitVector(int axis)
 
 } // namespace
 
-Trackball::Trackball(QWidget* parent) : QWidget(parent)
+Trackball::Trackball(QWidget* parent) : GestureControl(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
@@ -52,14 +52,6 @@ void Trackball::setRotation(const SbRotation& rotation)
     update();
 }
 
-void Trackball::commit()
-{
-    m_isDragged = false;
-    m_burst.end();
-    if (std::exchange(m_isInGesture, false))
-        Q_EMIT ended();
-}
-
 void Trackball::begin()
 {
     commit();
@@ -69,19 +61,8 @@ void Trackball::begin()
 void Trackball::turn(const SbRotation& by)
 {
     m_turned *= by;
-    if (!std::exchange(m_isInGesture, true))
-        Q_EMIT begun();
+    enterGesture();
     Q_EMIT turned(m_turned);
-}
-
-void Trackball::cancel()
-{
-    m_isDragged = false;
-    m_burst.end();
-    if (std::exchange(m_isInGesture, false))
-        Q_EMIT cancelled();
-    else
-        Q_EMIT finished();
 }
 
 qreal Trackball::radius() const
@@ -101,27 +82,19 @@ SbVec3f Trackball::pointAt(const QPointF& position) const
     return point;
 }
 
-bool Trackball::event(QEvent* event)
-{
-    if (event->type() == QEvent::ShortcutOverride && m_isInGesture
-        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
-        event->accept();
-    return QWidget::event(event);
-}
-
 void Trackball::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return;
     begin();
-    m_isDragged = true;
+    setDragged(true);
     m_grabbed = pointAt(event->localPos());
     setCursor(Qt::ClosedHandCursor);
 }
 
 void Trackball::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!m_isDragged)
+    if (!isDragged())
         return;
     const SbVec3f point = pointAt(event->localPos());
     if (point == m_grabbed)
@@ -136,7 +109,7 @@ void Trackball::mouseReleaseEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return;
     setCursor(Qt::OpenHandCursor);
-    if (m_isDragged)
+    if (isDragged())
         commit();
 }
 
@@ -150,17 +123,15 @@ bool Trackball::turnByKey(const QKeyEvent& event)
                                     {Qt::Key_PageUp, 2, 1}, {Qt::Key_PageDown, 2, -1}};
     const auto key = std::find_if(std::begin(kKeys), std::end(kKeys),
                                   [&event](const Key& k) { return k.key == event.key(); });
-    if (key == std::end(kKeys) || m_isDragged)
+    if (key == std::end(kKeys) || isDragged())
         return false;
     constexpr double kDegree = std::numbers::pi / 180;
     const Qt::KeyboardModifiers modifiers = event.modifiers();
     const double degrees = modifiers & Qt::ShiftModifier     ? 45
                            : modifiers & Qt::ControlModifier ? 1
                                                              : 5;
-    if (m_burst.step()) {
-        begin();
-        m_burst.step();
-    }
+    if (beginsRun())
+        m_turned = SbRotation();
     turn(SbRotation(unitVector(key->axis), static_cast<float>(key->sign * degrees * kDegree)));
     return true;
 }
@@ -173,19 +144,6 @@ void Trackball::keyPressEvent(QKeyEvent* event)
         commit();
     else if (!turnByKey(*event))
         QWidget::keyPressEvent(event);
-}
-
-void Trackball::focusInEvent(QFocusEvent* event)
-{
-    QWidget::focusInEvent(event);
-    update();
-}
-
-void Trackball::focusOutEvent(QFocusEvent* event)
-{
-    QWidget::focusOutEvent(event);
-    commit();
-    update();
 }
 
 void Trackball::paintEvent(QPaintEvent*)

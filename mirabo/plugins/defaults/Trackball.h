@@ -1,16 +1,12 @@
 #pragma once
 
-#include "Burst.h"
+#include "GestureControl.h"
 
 #include <kalmyr/base/SbRotation.h>
 
-#include <QWidget>
-
 /// A ball with three axes that shows a rotation and is turned by the mouse or by keys: arrows,
-/// Page Up and Page Down (Shift: further, Ctrl: less far). Knows nothing of fields.
-///
-/// A drag or a run of keys is one gesture, as of NumberBox.
-class Trackball final : public QWidget {
+/// Page Up and Page Down (Shift: further, Ctrl: less far).
+class Trackball final : public GestureControl {
     Q_OBJECT
 
 public:
@@ -18,37 +14,26 @@ public:
 
     void setRotation(const SbRotation& rotation);
     const SbRotation& rotation() const { return m_rotation; }
-    /// Ends the gesture.
-    void commit();
 
     QSize sizeHint() const override;
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override { return width; }
 
 Q_SIGNALS:
-    void begun();
     /// `by`: what the ball was turned by since begun(), in the space of the fixed axes.
     void turned(const SbRotation& by);
-    void ended();
-    void cancelled();
-    /// Escape without a gesture.
-    void finished();
 
 protected:
-    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     void begin();
     void turn(const SbRotation& by);
     bool turnByKey(const QKeyEvent& event);
-    void cancel();
     qreal radius() const;
     /// The point of the ball below a position.
     SbVec3f pointAt(const QPointF& position) const;
@@ -56,9 +41,6 @@ private:
     void paintGrid(QPainter& painter) const;
 
     SbRotation m_rotation;
-    bool m_isInGesture = false;
-    bool m_isDragged = false;
     SbVec3f m_grabbed;
     SbRotation m_turned; // since the gesture began
-    Burst m_burst;
 };
