@@ -13,7 +13,7 @@ namespace {
 
 using Rgba = std::array<unsigned, 4>;
 
-/// Where red, green, blue and alpha of a shown pixel come from; -1: opaque.
+/// Source component of the red, green, blue and alpha of a shown pixel; -1: opaque.
 std::array<int, 4> sources(int components, ImageChannels channels)
 {
     const int alpha = alphaOf(components);

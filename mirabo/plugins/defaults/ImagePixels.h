@@ -5,7 +5,7 @@
 
 class SbImage;
 
-/// What of an image is seen.
+/// Channels of an image that are shown.
 enum class ImageChannels { All, First, Second, Third, Fourth };
 
 /// Converts pixels of images for the screen. Rows of the results go from top to bottom, those of

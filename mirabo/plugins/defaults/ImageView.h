@@ -47,7 +47,7 @@ public:
     QPoint pixelAt(QPointF place) const;
     /// Pixels that were converted for the screen since it was made.
     long long convertedPixels() const { return m_convertedPixels; }
-    /// What it shows in its viewport, without the ground.
+    /// Returns the picture in the viewport, without the background.
     QImage shownPart() const { return m_picture; }
 
     QSize sizeHint() const override;
@@ -84,7 +84,7 @@ private:
     QPoint m_pixel{-1, -1};
     QPoint m_pressed; ///< where a drag was last
 
-    // What was converted last, and of what.
+    // Caches the last conversion and its source.
     QImage m_picture;
     QRect m_part;
     int m_factor = 0;

@@ -36,7 +36,7 @@ public:
     void chooseFileToSave();
 
     ImageView* view() const { return m_view; }
-    /// What went wrong last; empty when nothing did.
+    /// Returns the last error; empty for none.
     QString problemText() const;
 
 private:

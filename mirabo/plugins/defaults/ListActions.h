@@ -7,7 +7,7 @@
 
 class QPainter;
 
-/// What can be done with a list, in the order of the tool bar.
+/// Actions on a list, in the order of the tool bar.
 enum class ListAction {
     InsertBefore,
     InsertAfter,
@@ -27,10 +27,10 @@ enum class ListAction {
     SetCount
 };
 
-/// What must be there for an action.
+/// Requirement of an action.
 enum class ListNeed { Nothing, Values, TwoValues, Selection };
 
-/// What an action does with values.
+/// Effect of an action on values.
 enum class ListUse {
     Read,
     Rearrange, ///< deletes and moves those that there are

@@ -17,7 +17,7 @@ class SoMField;
 /// whoever calls; rows and columns are in range.
 class ListCells {
 public:
-    /// What a cell is edited with.
+    /// Control that edits a cell.
     enum class Input {
         None,   ///< shown only
         Line,   ///< one line

@@ -24,7 +24,7 @@ public:
     int currentColumn() const;
     /// Row that is current, or -1.
     int currentRow() const { return currentIndex().row(); }
-    /// What an empty table says.
+    /// Sets the text of an empty table.
     void setHint(const QString& hint);
 
     void keyboardSearch(const QString&) override {} // intended: it reads all rows

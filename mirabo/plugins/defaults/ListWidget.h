@@ -41,7 +41,7 @@ public:
     ListView* view() const { return m_view; }
     ListStatistics* statistics() const { return m_statistics; } ///< null for values without numbers
     QAction* action(ListAction action) const { return m_actions.at(action); }
-    /// What the foot says.
+    /// Returns the text of the foot.
     QString footText() const;
     /// Why the last change could not be made; empty when it was.
     QString problemText() const;

@@ -25,7 +25,7 @@ QColor axisColor(const QPalette& palette, int axis);
 /// Of frames that must be seen.
 qreal lineWidth(const QWidget* widget);
 
-/// What shows through colours that are not opaque.
+/// Draws the checkers behind colours that are not opaque.
 void paintCheckers(QPainter& painter, const QRectF& room, qreal size);
 
 /// A flat button with a text, or an icon where `icon` is not null; `name` is for tool tips and

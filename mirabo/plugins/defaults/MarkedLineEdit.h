@@ -16,7 +16,7 @@ public:
 
     explicit MarkedLineEdit(QWidget* parent = nullptr);
 
-    /// What the tool tip says while nothing is wrong.
+    /// Sets the tool tip for legal input.
     void setHint(const QString& hint);
     /// Marks the text; an empty one takes the mark away.
     void setProblem(const QString& problem);

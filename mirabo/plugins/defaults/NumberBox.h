@@ -36,7 +36,7 @@ public:
 
     /// The name of the number, for screen readers and for the tool tip.
     void setName(const QString& name);
-    /// What the tool tip says below the name: unit, range, meaning.
+    /// Sets the lines of the tool tip below the name: unit, range, meaning.
     void setHint(const QString& hint);
     /// A drag on the label changes the number, too. The label is not owned.
     void setLabel(QLabel* label);
@@ -56,7 +56,7 @@ public:
 
     /// The text cannot be read as a number of the kind, or was refused.
     bool isIllegal() const;
-    /// What is wrong with the text, and where; empty when nothing is.
+    /// Returns the fault of the text and its position; empty for a legal text.
     const QString& problem() const;
     /// The user has typed and is not done.
     bool isTyping() const { return m_gesture == Gesture::Typing; }

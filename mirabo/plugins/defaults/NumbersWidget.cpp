@@ -72,7 +72,7 @@ public:
     void showValue() override;
 
 private:
-    /// What the type is beside its numbers.
+    /// Kind of the value that the numbers make.
     enum class Shape { Number, Time, Vector, Plane, Box };
 
     static Shape shapeOf(const FieldNumbers& numbers, SoType type);

@@ -28,7 +28,7 @@ namespace {
 constexpr char kTreeRowFormat[] = "treeviewnodeobject";
 constexpr int kMaxPathNodes = 8; // of a long path the last ones are shown
 
-/// What the field holds: what to show, and where to go.
+/// Object that a field holds: its text, and the target of "Go To".
 struct Held {
     QString text;
     QString toolTip;

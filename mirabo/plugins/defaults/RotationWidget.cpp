@@ -36,7 +36,7 @@ constexpr const char* kHints[] = {
     "same as about the turned axes in the reverse order",
     "x, y, z: the axis times the sine of half the angle, w: its cosine; any length"};
 
-/// What was chosen last, for the widgets to come.
+/// Keeps the last choice for new widgets.
 Notation s_chosen;
 
 /// Of a single-value field.

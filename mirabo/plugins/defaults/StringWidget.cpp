@@ -41,7 +41,7 @@ public:
         setFocusProxy(input);
     }
 
-    /// What was typed is in the field, unless somebody else has changed it since.
+    /// Returns whether the typed text differs from the field, which others may have changed since.
     bool isTyping() const override
     {
         bool isOther = false;

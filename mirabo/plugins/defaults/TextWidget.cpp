@@ -21,7 +21,7 @@ namespace {
 /// Longer texts are shown cut, and cannot be edited here.
 constexpr int kMaxLength = 1'000'000;
 
-/// What both forms share.
+/// Base of both forms.
 class TextWidgetBase : public MrbFieldWidget {
 public:
     TextWidgetBase(MrbFieldEdit* edit, QWidget* parent) : MrbFieldWidget(edit, parent)
