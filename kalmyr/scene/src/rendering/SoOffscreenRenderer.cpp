@@ -3,15 +3,12 @@
 #include "rendering/RasterWriters.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
-#include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/base/SbFileReplacement.h>
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoError.h>
-#include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
-#include <kalmyr/lights/SoDirectionalLight.h>
-#include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
+#include <kalmyr/rendering/SoSceneView.h>
 
 #include <epoxy/gl.h>
 
@@ -43,29 +40,6 @@ bool postError(const char* what)
 {
     SoError::post("offscreen rendering: %s", what);
     return false;
-}
-
-bool hasCamera(SoNode* root)
-{
-    SoSearchAction search;
-    search.setType(SoCamera::getClassTypeId());
-    search.setInterest(SoSearchAction::FIRST);
-    search.apply(root);
-    return search.getPath() != nullptr;
-}
-
-SoRef<SoSeparator> withCamera(SoNode* scene, const SbViewportRegion& region)
-{
-    SoRef<SoSeparator> root(new SoSeparator);
-    auto* camera = new SoPerspectiveCamera;
-    auto* light = new SoDirectionalLight;
-    root->addChild(camera);
-    root->addChild(light);
-    root->addChild(scene);
-    camera->viewAll(scene, region);
-    const SbVec3f direction = camera->orientation.getValue().rotated(SbVec3f(0, 0, -1));
-    light->direction.setValue(direction);
-    return root;
 }
 
 } // namespace
@@ -213,12 +187,7 @@ SbVec2s SoOffscreenRenderer::getMaximumResolution()
 bool SoOffscreenRenderer::draw(SoNode* root)
 {
     const SoRef<SoNode> held(root);
-    if (m_defaultCamera && !hasCamera(root)) {
-        const SoRef<SoSeparator> whole = withCamera(root, m_region);
-        m_action->apply(whole.get());
-    } else {
-        m_action->apply(root);
-    }
+    m_action->apply(m_defaultCamera ? kalmyr::withDefaultCamera(root, m_region).get() : root);
     return m_action->hasDrawn();
 }
 

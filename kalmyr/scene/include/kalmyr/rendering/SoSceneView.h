@@ -1,0 +1,94 @@
+#pragma once
+
+#include <kalmyr/base/Export.h>
+#include <kalmyr/base/SbColor.h>
+#include <kalmyr/base/SbMatrix.h>
+#include <kalmyr/base/SbVec.h>
+#include <kalmyr/base/SbViewportRegion.h>
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/elements/SoViewElements.h>
+#include <kalmyr/rendering/SoRenderItem.h>
+
+#include <cstdint>
+#include <vector>
+
+class SoGLRenderAction;
+class SoPath;
+
+/// A light in the space of the eye.
+struct SoEyeLight {
+    SoLightRecord::Kind kind = SoLightRecord::DIRECTIONAL;
+    SbVec3f position;  ///< of a directional light: the direction to it, of length 1
+    SbVec3f direction; ///< in which a spot shines, of length 1
+    SbColor color;     ///< times the intensity
+    float ambient = 0; ///< share that falls on everything
+    SbVec3f falloff;   ///< constant, linear, quadratic
+    float reach = 0;   ///< nothing farther away is lit
+    float cosCutOff = 0;
+    float spotExponent = 0;
+};
+
+/// What a scene looks like through its cameras, for those who draw it without OpenGL: what a frame
+/// of a render action would draw. Valid as long as the geometries and looks that it refers to,
+/// which it holds.
+struct SoSceneView {
+    /// A camera and its part of the target.
+    struct Camera {
+        SoView view;
+        SbViewportRegion region;
+    };
+    /// What shines on some items and cuts them.
+    struct Surroundings {
+        std::vector<SoEyeLight> lights;
+        std::vector<SbVec4f> clipPlanes; ///< a, b, c, d: kept is a x + b y + c z + d >= 0
+    };
+    struct Item {
+        SoRef<SoGeometry> geometry;
+        SoRef<const SoRenderAppearance> appearance;
+        SbMatrix toEye;
+        std::uint32_t surroundings = 0; ///< index
+        std::uint32_t camera = 0;       ///< index
+        int layer = 0;                  ///< above 0: drawn on top of what is below
+        bool transparent = false;       ///< some part of it lets light through
+        bool mirrored = false;          ///< the matrix turns the orientation of faces
+        const SoNode* node = nullptr;   ///< the shape; not owned
+    };
+    struct BackgroundStop {
+        SbColor color;
+        float angle = 0; ///< from the zenith in radians, or a share of the picture from its top
+    };
+
+    std::vector<Camera> cameras; ///< at least one
+    std::vector<Surroundings> surroundings;
+    std::vector<Item> items;                ///< in order of traversal, without those out of view
+    std::vector<BackgroundStop> background; ///< rising; empty: the scene has none
+    SbVec3f zenith; ///< in the world; zero: the background's stops are shares of the picture
+};
+
+namespace kalmyr {
+
+/// Traverses like a frame of `action`, using and filling its caches, but draws nothing. Needs no
+/// context. Empty for a null scene.
+KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoNode* root);
+KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoPath* path);
+
+/// The scene itself when it has a camera; else a group with a camera that shows it whole, a light
+/// from the eye, and the scene.
+KALMYR_API SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region);
+
+/// Index pairs of the edges between the faces of a geometry, or at its border: what is drawn of it
+/// in the style of lines.
+KALMYR_API std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry);
+
+/// The edges that a line drawing of a geometry consists of, as indices of its vertices.
+struct SceneOutline {
+    /// Pairs: edges at the border, between more than two triangles, or with a sharp bend.
+    std::vector<std::uint32_t> sharp;
+    /// Fours: corner of one triangle, the edge, corner of the other triangle. To be drawn only
+    /// where one of the two faces the eye and the other does not.
+    std::vector<std::uint32_t> smooth;
+};
+KALMYR_API SceneOutline getOutline(const SoGeometry& geometry);
+
+} // namespace kalmyr

@@ -1,0 +1,120 @@
+#include <kalmyr/rendering/SoSceneView.h>
+
+#include "rendering/FaceEdges.h"
+#include "rendering/FrameBuilder.h"
+#include "rendering/RenderTraversal.h"
+
+#include <kalmyr/actions/SoGLRenderAction.h>
+#include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/core/SoPath.h>
+#include <kalmyr/lights/SoDirectionalLight.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/rendering/SoRenderingInit.h>
+
+namespace kalmyr {
+
+namespace {
+
+SoEyeLight toLight(const detail::EyeLight& from)
+{
+    SoEyeLight light;
+    light.kind = static_cast<SoLightRecord::Kind>(static_cast<int>(from.position[3] + 0.5f));
+    light.position = SbVec3f(from.position);
+    light.color = SbColor(from.color[0], from.color[1], from.color[2]);
+    light.ambient = from.color[3];
+    light.direction = SbVec3f(from.direction);
+    light.reach = light.direction.length();
+    if (light.reach > 0)
+        light.direction /= light.reach;
+    light.cosCutOff = from.direction[3];
+    light.falloff = SbVec3f(from.attenuation);
+    light.spotExponent = from.attenuation[3];
+    return light;
+}
+
+SoSceneView toView(const detail::Frame& frame)
+{
+    SoSceneView view;
+    for (const detail::RenderView& camera : frame.views)
+        view.cameras.push_back({camera.view, camera.region});
+    for (const detail::EyeSurroundings& around : frame.surroundings) {
+        SoSceneView::Surroundings& to = view.surroundings.emplace_back();
+        to.clipPlanes = around.clipPlanes;
+        for (const detail::EyeLight& light : around.lights)
+            to.lights.push_back(toLight(light));
+    }
+    view.items.reserve(frame.items.size());
+    for (const detail::FrameItem& item : frame.items) {
+        const detail::RenderList::Entry& entry = *item.entry;
+        view.items.push_back({entry.geometry, entry.appearance, SbMatrix(item.toEye.m),
+                              item.surroundings, item.view, item.layer, entry.transparent,
+                              item.mirrored, entry.node});
+    }
+    if (frame.hasBackground) {
+        view.zenith = frame.background.up;
+        for (const detail::BackgroundStop& stop : frame.background.stops)
+            view.background.push_back({stop.color, stop.angle});
+    }
+    return view;
+}
+
+template <class Scene>
+SoSceneView viewAny(SoGLRenderAction& action, Scene* scene)
+{
+    initRendering();
+    if (!scene)
+        return {};
+    action.SoAction::apply(scene);
+    const detail::RenderList* list = action.traversal().getList();
+    if (!list)
+        return {};
+    detail::Frame frame;
+    detail::buildFrame(*list, action.traversal().getViews(), frame);
+    return toView(frame);
+}
+
+} // namespace
+
+SoSceneView viewScene(SoGLRenderAction& action, SoNode* root)
+{
+    return viewAny(action, root);
+}
+
+SoSceneView viewScene(SoGLRenderAction& action, SoPath* path)
+{
+    const SoRef<SoPath> held(path); // a path made for the call dies with it
+    return viewAny(action, path);
+}
+
+SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region)
+{
+    SoSearchAction search;
+    search.setType(SoCamera::getClassTypeId());
+    search.setInterest(SoSearchAction::FIRST);
+    search.apply(scene);
+    if (search.getPath())
+        return SoRef<SoNode>(scene);
+    const SoRef<SoSeparator> root(new SoSeparator);
+    auto* camera = new SoPerspectiveCamera;
+    auto* light = new SoDirectionalLight;
+    root->addChild(camera);
+    root->addChild(light);
+    root->addChild(scene);
+    camera->viewAll(scene, region);
+    light->direction = camera->orientation.getValue().rotated(SbVec3f(0, 0, -1));
+    return root;
+}
+
+std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry)
+{
+    return detail::faceEdges(geometry);
+}
+
+SceneOutline getOutline(const SoGeometry& geometry)
+{
+    detail::OutlineEdges edges = detail::outlineEdges(geometry);
+    return {std::move(edges.sharp), std::move(edges.smooth)};
+}
+
+} // namespace kalmyr
