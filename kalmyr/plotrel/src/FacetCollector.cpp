@@ -1,0 +1,592 @@
+#include "FacetCollector.h"
+
+#include <kalmyr/core/SoNode.h>
+#include <kalmyr/fields/SoValueFields.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace kalmyr::detail {
+
+namespace {
+
+/// Edges shorter than this, in millimetres, are not divided, however much the light changes.
+constexpr double kMinEdge = 0.4;
+constexpr int kMaxDivisions = 9;
+/// Triangles of less than this, in square millimetres, are not seen.
+constexpr double kMinDoubleArea = 1e-9;
+/// The nearest thing gets this nearness, about the size of a page.
+constexpr double kNearness = 200;
+constexpr int kPatternPixels = 16;
+constexpr std::size_t kItemsPerStep = 64;
+
+bool isFinite(const SbVec3f& v)
+{
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
+}
+
+double distanceTo(int plane, const ClipPoint& p)
+{
+    const double along = plane / 2 == 0 ? p.x : plane / 2 == 1 ? p.y : p.z;
+    return plane % 2 ? p.w - along : p.w + along;
+}
+
+unsigned outsideOf(const ClipPoint& p)
+{
+    unsigned bits = 0;
+    for (int plane = 0; plane < 6; ++plane)
+        bits |= distanceTo(plane, p) < 0 ? 1u << plane : 0;
+    return bits;
+}
+
+/// Positive when the corners run counter-clockwise on the page, wherever they lie.
+double orientation(const ClipPoint& a, const ClipPoint& b, const ClipPoint& c)
+{
+    return a.x * (b.y * c.w - c.y * b.w) - a.y * (b.x * c.w - c.x * b.w)
+           + a.w * (b.x * c.y - c.x * b.y);
+}
+
+SbColor fromBits(std::uint32_t bits)
+{
+    return SbColor(static_cast<float>(bits >> 24) / 255,
+                   static_cast<float>(bits >> 16 & 0xff) / 255,
+                   static_cast<float>(bits >> 8 & 0xff) / 255);
+}
+
+bool isText(const SoNode* node)
+{
+    const SoType texts[] = {SoType::fromName(SbName("AsciiText")),
+                            SoType::fromName(SbName("VRMLText"))};
+    return node && (node->getTypeId() == texts[0] || node->getTypeId() == texts[1]);
+}
+
+float difference(const SbColor& a, const SbColor& b)
+{
+    return std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
+}
+
+} // namespace
+
+/// What is the same for all triangles of one item.
+struct FacetCollector::Context {
+    const SoSceneView::Item& item;
+    const SoGeometry& geometry;
+    const SoRenderAppearance& look;
+    Lighting lighting;
+    Projection projection;
+    const std::vector<SbVec4f>& planes;
+    FacetLayer& layer;
+    SbMatrix normals;
+    TextureBaker* baker = nullptr;
+    Facet facet;
+    bool front = true;
+    bool even = false; ///< one colour and one normal in the present triangle
+    bool fixedColor = false;
+    SbColor color{0, 0, 0};
+    bool translucent = false; ///< goes above what is opaque
+
+    Vertex vertex(std::uint32_t index) const;
+};
+
+FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) const
+{
+    Vertex v;
+    v.surface.eye = item.toEye.point(geometry.positions[index]);
+    if (lighting.isLit())
+        v.surface.normal = normals.direction(geometry.normals[index]);
+    if (index < geometry.colors.size()) {
+        const std::uint32_t bits = geometry.colors[index];
+        const SbColor color = fromBits(bits);
+        v.surface.color = {color[0], color[1], color[2], static_cast<float>(bits & 0xff) / 255};
+    } else {
+        v.surface.color = {look.diffuse[0], look.diffuse[1], look.diffuse[2],
+                           1 - look.transparency};
+    }
+    if (index < geometry.texCoords.size())
+        v.surface.texCoord = geometry.texCoords[index];
+    v.clip = projection.toClip(v.surface.eye);
+    return v;
+}
+
+FacetCollector::FacetCollector(const SoSceneView& view, const CollectOptions& options)
+    : m_view(view), m_options(options)
+{
+    for (const SoSceneView::Camera& camera : view.cameras)
+        m_isParallel = m_isParallel || Projection(camera, options.area).isParallel();
+    m_depthTolerance =
+        m_isParallel ? DepthTolerance{0, kNearness * 1e-6} : DepthTolerance{4e-6, 1e-12};
+}
+
+FacetLayer& FacetCollector::layer(int index)
+{
+    const auto i = static_cast<std::size_t>(std::max(0, index));
+    if (m_layers.size() <= i)
+        m_layers.resize(i + 1);
+    return m_layers[i];
+}
+
+bool FacetCollector::collect(const std::function<bool(float)>& progress)
+{
+    int layers = 0;
+    for (const SoSceneView::Item& item : m_view.items)
+        layers = std::max(layers, item.layer);
+    layer(layers);
+    std::size_t done = 0;
+    for (const SoSceneView::Item& item : m_view.items) {
+        if (done++ % kItemsPerStep == 0 && progress
+            && !progress(static_cast<float>(done) / static_cast<float>(m_view.items.size())))
+            return false;
+        collectItem(item);
+    }
+    scaleNearness();
+    return true;
+}
+
+void FacetCollector::scaleNearness()
+{
+    double largest = 0;
+    const auto forAll = [this](auto function) {
+        for (FacetLayer& one : m_layers)
+            for (FacetList* list : {&one.opaque, &one.above})
+                for (Corner& corner : list->corners)
+                    function(corner);
+    };
+    forAll([&](const Corner& corner) { largest = std::max(largest, std::abs(corner.z)); });
+    const double scale = largest > 0 ? kNearness / largest : 1;
+    forAll([&](Corner& corner) { corner.z *= scale; });
+}
+
+void FacetCollector::collectItem(const SoSceneView::Item& item)
+{
+    const SoGeometry& geometry = *item.geometry;
+    const SoRenderAppearance& look = *item.appearance;
+    Context context{item,
+                    geometry,
+                    look,
+                    Lighting(m_view, item),
+                    Projection(m_view.cameras[item.camera], m_options.area),
+                    m_view.surroundings[item.surroundings].clipPlanes,
+                    layer(item.layer),
+                    SbMatrix(),
+                    nullptr,
+                    {}};
+    // Cofactors, as the renderer takes: a flattening matrix has no inverse.
+    const SbMatrix& m = item.toEye;
+    for (int row = 0; row < 3; ++row) {
+        const float* a = m[(row + 1) % 3];
+        const float* b = m[(row + 2) % 3];
+        const SbVec3f cofactors = SbVec3f(a).cross(SbVec3f(b)) * (item.mirrored ? -1.0f : 1.0f);
+        for (int c = 0; c < 3; ++c)
+            context.normals[row][c] = cofactors[c];
+    }
+    context.facet.width =
+        static_cast<float>(std::max(1.0f, look.drawStyle.lineWidth) * m_options.pixelSize);
+    context.translucent = item.transparent;
+    const bool isTextured = !look.texture.image.isNull() && !m_options.isLineDrawing
+                            && geometry.texCoords.size() >= geometry.positions.size();
+    TextureBaker baker(look);
+    if (look.drawStyle.style == SoDrawStyleValues::FILLED) {
+        if (isTextured) {
+            context.baker = &baker;
+            context.facet.image = static_cast<std::int32_t>(m_images.size());
+        }
+        collectTriangles(context);
+        VectorImage image;
+        if (isTextured && baker.bake(m_options.area, m_options.resolution, image))
+            m_images.push_back(std::move(image));
+        else if (isTextured)
+            m_images.emplace_back(); // nothing of the item is seen
+        collectTexts(context);
+        context.baker = nullptr;
+        context.facet.image = -1;
+        if (m_options.isLineDrawing)
+            collectOutline(context);
+    } else if (look.drawStyle.style == SoDrawStyleValues::LINES) {
+        collectSegments(context, getFaceEdges(geometry));
+    }
+    if (look.drawStyle.style != SoDrawStyleValues::POINTS)
+        collectSegments(context, geometry.lines);
+    collectPoints(context);
+}
+
+void FacetCollector::collectTriangles(Context& context)
+{
+    const auto& indices = context.geometry.triangles;
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
+        addTriangle(context, {context.vertex(indices[i]), context.vertex(indices[i + 1]),
+                              context.vertex(indices[i + 2])});
+}
+
+/// The strings of a text shape, which has one face a line, each over the box of its letters.
+void FacetCollector::collectTexts(const Context& context)
+{
+    const SoGeometry& geometry = context.geometry;
+    if (!isText(context.item.node) || geometry.triangleFaces.size() < geometry.getNumTriangles())
+        return;
+    const auto& strings =
+        static_cast<const SoMFString*>(context.item.node->getField(SbName("string")))->values();
+    std::vector<SbBox3f> boxes(strings.size());
+    for (std::size_t t = 0; t < geometry.getNumTriangles(); ++t) {
+        const auto line = static_cast<std::size_t>(geometry.triangleFaces[t]);
+        for (std::size_t k = 0; line < boxes.size() && k < 3; ++k)
+            boxes[line].extendBy(geometry.positions[geometry.triangles[3 * t + k]]);
+    }
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        if (boxes[i].isEmpty())
+            continue;
+        const SbVec3f low = boxes[i].getMin(), high = boxes[i].getMax();
+        Corner places[3];
+        bool isSeen = true;
+        std::size_t k = 0;
+        for (const SbVec3f& corner :
+             {low, SbVec3f(high[0], low[1], 0), SbVec3f(low[0], high[1], 0)}) {
+            const ClipPoint clip = context.projection.toClip(context.item.toEye.point(corner));
+            isSeen = isSeen && outsideOf(clip) == 0;
+            places[k++] = context.projection.toPage(clip);
+        }
+        const double length = std::hypot(places[1].x - places[0].x, places[1].y - places[0].y);
+        const double size = std::hypot(places[2].x - places[0].x, places[2].y - places[0].y);
+        if (!isSeen || !(length > 0) || !(size > 0))
+            continue;
+        m_texts.push_back({strings[i].getString(), static_cast<float>(places[0].x),
+                           static_cast<float>(places[0].y),
+                           static_cast<float>((places[1].x - places[0].x) / length),
+                           static_cast<float>((places[1].y - places[0].y) / length),
+                           static_cast<float>(size), static_cast<float>(length)});
+    }
+}
+
+void FacetCollector::collectOutline(Context& context)
+{
+    const SceneOutline outline = getOutline(context.geometry);
+    context.fixedColor = true;
+    context.color = m_options.ink;
+    collectSegments(context, outline.sharp);
+    for (std::size_t i = 0; i + 3 < outline.smooth.size(); i += 4) {
+        const std::uint32_t* at = &outline.smooth[i];
+        const Vertex a = context.vertex(at[1]), b = context.vertex(at[2]);
+        const bool one = orientation(a.clip, b.clip, context.vertex(at[0]).clip) > 0;
+        const bool other = orientation(b.clip, a.clip, context.vertex(at[3]).clip) > 0;
+        if (one != other)
+            addSegment(context, a, b);
+    }
+    context.fixedColor = false;
+}
+
+void FacetCollector::collectSegments(Context& context, const std::vector<std::uint32_t>& indices)
+{
+    context.facet.width = std::max(context.facet.width, static_cast<float>(m_options.minLineWidth));
+    for (std::size_t i = 0; i + 1 < indices.size(); i += 2)
+        addSegment(context, context.vertex(indices[i]), context.vertex(indices[i + 1]));
+}
+
+void FacetCollector::collectPoints(Context& context)
+{
+    const SoGeometry& geometry = context.geometry;
+    const SoDrawStyleValues& style = context.look.drawStyle;
+    context.facet.width = static_cast<float>(
+        std::max(std::max(1.0f, style.pointSize) * m_options.pixelSize, m_options.minLineWidth));
+    if (style.style == SoDrawStyleValues::POINTS) {
+        for (std::uint32_t i = 0; i < geometry.positions.size(); ++i)
+            addPoint(context, context.vertex(i));
+    } else {
+        for (const std::uint32_t i : geometry.points)
+            addPoint(context, context.vertex(i));
+    }
+}
+
+FacetCollector::LitCorner FacetCollector::lit(const Context& context,
+                                              const SurfacePoint& surface) const
+{
+    LitCorner corner{surface, context.projection.toClip(surface.eye), {}, {}};
+    corner.page = context.projection.toPage(corner.clip);
+    corner.color = context.fixedColor ? context.color
+                   : context.baker    ? context.lighting.light(surface, context.front)
+                                      : context.lighting.shade(surface, context.front);
+    for (std::size_t c = 0; c < 3; ++c)
+        corner.page.color[c] = std::clamp(corner.color[static_cast<int>(c)], 0.0f, 1.0f);
+    return corner;
+}
+
+void FacetCollector::addTriangle(Context& context, const std::array<Vertex, 3>& corners)
+{
+    if (!isFinite(corners[0].surface.eye) || !isFinite(corners[1].surface.eye)
+        || !isFinite(corners[2].surface.eye)) {
+        ++m_numBroken;
+        return;
+    }
+    const unsigned out[] = {outsideOf(corners[0].clip), outsideOf(corners[1].clip),
+                            outsideOf(corners[2].clip)};
+    if (out[0] & out[1] & out[2])
+        return;
+    const double turn = orientation(corners[0].clip, corners[1].clip, corners[2].clip);
+    context.front = (turn > 0) != context.item.mirrored;
+    if (turn == 0 || (context.geometry.solid && !context.front))
+        return;
+    context.even = context.lighting.isEven() && corners[0].surface.color == corners[1].surface.color
+                   && corners[0].surface.color == corners[2].surface.color
+                   && corners[0].surface.normal == corners[1].surface.normal
+                   && corners[0].surface.normal == corners[2].surface.normal;
+    if ((out[0] | out[1] | out[2]) == 0 && context.planes.empty()) {
+        divide(context, lit(context, corners[0].surface), lit(context, corners[1].surface),
+               lit(context, corners[2].surface), 0);
+        return;
+    }
+    std::vector<Vertex> polygon(corners.begin(), corners.end()), kept;
+    const auto cut = [&](auto distance) {
+        kept.clear();
+        for (std::size_t i = 0; i < polygon.size(); ++i) {
+            const Vertex& a = polygon[i];
+            const Vertex& b = polygon[(i + 1) % polygon.size()];
+            const double da = distance(a), db = distance(b);
+            if (da >= 0)
+                kept.push_back(a);
+            if ((da < 0) != (db < 0)) {
+                Vertex between;
+                between.surface =
+                    SurfacePoint::between(a.surface, b.surface, static_cast<float>(da / (da - db)));
+                between.clip = context.projection.toClip(between.surface.eye);
+                kept.push_back(between);
+            }
+        }
+        polygon.swap(kept);
+    };
+    for (int plane = 0; plane < 6; ++plane)
+        if ((out[0] | out[1] | out[2]) & 1u << plane)
+            cut([plane](const Vertex& v) { return distanceTo(plane, v.clip); });
+    for (const SbVec4f& plane : context.planes)
+        cut([&plane](const Vertex& v) {
+            const SbVec3f& p = v.surface.eye;
+            return static_cast<double>(p[0]) * plane[0] + static_cast<double>(p[1]) * plane[1]
+                   + static_cast<double>(p[2]) * plane[2] + plane[3];
+        });
+    if (polygon.size() < 3)
+        return;
+    const LitCorner first = lit(context, polygon[0].surface);
+    for (std::size_t i = 2; i < polygon.size(); ++i)
+        divide(context, first, lit(context, polygon[i - 1].surface),
+               lit(context, polygon[i].surface), 0);
+}
+
+FacetCollector::LitCorner FacetCollector::middle(const Context& context, const LitCorner& a,
+                                                 const LitCorner& b) const
+{
+    return lit(context, SurfacePoint::between(a.surface, b.surface, 0.5f));
+}
+
+/// Whether the colour between two corners is not what lies between their colours on the page. Goes
+/// by the edge alone, so that both triangles beside it are divided alike.
+bool FacetCollector::isBent(const LitCorner& a, const LitCorner& b, const LitCorner& between) const
+{
+    const auto t =
+        static_cast<float>(b.clip.w == a.clip.w ? 0.5 : b.clip.w / (a.clip.w + b.clip.w));
+    SbColor even;
+    for (int c = 0; c < 3; ++c)
+        even[c] = b.color[c] + (a.color[c] - b.color[c]) * (1 - t);
+    return difference(even, between.color) > m_options.tolerance;
+}
+
+/// Whether the edge of a spot light, or the end of a light's reach, crosses between two corners.
+bool FacetCollector::hasSpot(const Context& context, const LitCorner& a, const LitCorner& b) const
+{
+    return context.lighting.hasSpots() && isBent(a, b, middle(context, a, b));
+}
+
+void FacetCollector::divide(Context& context, const LitCorner& a, const LitCorner& b,
+                            const LitCorner& c, int depth)
+{
+    if (context.even || m_options.isLineDrawing || depth >= kMaxDivisions)
+        return addFacet(context, a, b, c);
+    const LitCorner* corner[] = {&a, &b, &c};
+    LitCorner between[3];
+    bool isDivided[3] = {};
+    int divisions = 0;
+    double longest = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const LitCorner& p = *corner[i];
+        const LitCorner& q = *corner[(i + 1) % 3];
+        const double length = std::hypot(p.page.x - q.page.x, p.page.y - q.page.y);
+        longest = std::max(longest, length);
+        if (length < kMinEdge)
+            continue;
+        between[i] = middle(context, p, q);
+        isDivided[i] = isBent(p, q, between[i]) || hasSpot(context, p, between[i])
+                       || hasSpot(context, between[i], q);
+        divisions += isDivided[i] ? 1 : 0;
+    }
+    if (divisions == 3) {
+        divide(context, a, between[0], between[2], depth + 1);
+        divide(context, between[0], b, between[1], depth + 1);
+        divide(context, between[2], between[1], c, depth + 1);
+        return divide(context, between[0], between[1], between[2], depth + 1);
+    }
+    // Turned so that the first edge is divided, and the third one is not.
+    const std::size_t first = isDivided[0] && !isDivided[2]   ? 0
+                              : isDivided[1] && !isDivided[0] ? 1
+                                                              : 2;
+    const LitCorner& p = *corner[first];
+    const LitCorner& q = *corner[(first + 1) % 3];
+    const LitCorner& r = *corner[(first + 2) % 3];
+    if (divisions == 2) {
+        const LitCorner& pq = between[first];
+        const LitCorner& qr = between[(first + 1) % 3];
+        divide(context, pq, q, qr, depth + 1);
+        divide(context, p, pq, qr, depth + 1);
+        return divide(context, p, qr, r, depth + 1);
+    }
+    if (divisions == 1) {
+        divide(context, p, between[first], r, depth + 1);
+        return divide(context, between[first], q, r, depth + 1);
+    }
+    if (longest > 4 * kMinEdge) {
+        // A spot of light in the middle that no edge sees.
+        const LitCorner heart =
+            lit(context, SurfacePoint::between(SurfacePoint::between(a.surface, b.surface, 0.5f),
+                                               c.surface, 1.0f / 3));
+        SbColor even;
+        for (int k = 0; k < 3; ++k)
+            even[k] = (a.color[k] + b.color[k] + c.color[k]) / 3;
+        if (difference(even, heart.color) > 2 * m_options.tolerance) {
+            divide(context, a, b, heart, depth + 1);
+            divide(context, b, c, heart, depth + 1);
+            return divide(context, c, a, heart, depth + 1);
+        }
+    }
+    addFacet(context, a, b, c);
+}
+
+void FacetCollector::addFacet(Context& context, const LitCorner& a, const LitCorner& b,
+                              const LitCorner& c)
+{
+    std::array<Corner, 3> corners{a.page, b.page, c.page};
+    const double area = doubleArea(corners);
+    if (!(std::abs(area) > kMinDoubleArea))
+        return;
+    if (area < 0)
+        std::swap(corners[1], corners[2]);
+    if (planeOf(corners).isSteep)
+        return;
+    if (context.baker) {
+        TextureBaker::Triangle triangle;
+        std::size_t i = 0;
+        for (const LitCorner* from : {&a, &b, &c}) {
+            const std::array<float, 4>& color = from->surface.color;
+            triangle[i++] = {
+                from->page.x,
+                from->page.y,
+                from->page.z,
+                1 / from->clip.w,
+                from->surface.texCoord,
+                {from->page.color[0], from->page.color[1], from->page.color[2], color[3]},
+                context.lighting.getClearness(from->surface.eye)};
+        }
+        context.baker->add(triangle);
+    }
+    Facet facet = context.facet;
+    facet.order = m_order++;
+    facet.opacity = context.translucent && !context.baker
+                        ? (a.surface.color[3] + b.surface.color[3] + c.surface.color[3]) / 3
+                        : 1;
+    FacetList& list = context.translucent ? context.layer.above : context.layer.opaque;
+    facet.isOpaque = !context.translucent;
+    const bool isSeen = facet.opacity > 0 && !(m_options.isLineDrawing && context.translucent);
+    if (isSeen)
+        list.add(facet, corners);
+}
+
+void FacetCollector::addSegment(Context& context, Vertex a, Vertex b)
+{
+    if (!isFinite(a.surface.eye) || !isFinite(b.surface.eye)) {
+        ++m_numBroken;
+        return;
+    }
+    const auto cut = [&](auto distance) {
+        const double da = distance(a), db = distance(b);
+        if (da < 0 && db < 0)
+            return false;
+        if ((da < 0) != (db < 0)) {
+            Vertex between;
+            between.surface =
+                SurfacePoint::between(a.surface, b.surface, static_cast<float>(da / (da - db)));
+            between.clip = context.projection.toClip(between.surface.eye);
+            (da < 0 ? a : b) = between;
+        }
+        return true;
+    };
+    for (int plane = 0; plane < 6; ++plane)
+        if (!cut([plane](const Vertex& v) { return distanceTo(plane, v.clip); }))
+            return;
+    for (const SbVec4f& plane : context.planes)
+        if (!cut([&plane](const Vertex& v) {
+                const SbVec3f& p = v.surface.eye;
+                return static_cast<double>(p[0]) * plane[0] + static_cast<double>(p[1]) * plane[1]
+                       + static_cast<double>(p[2]) * plane[2] + plane[3];
+            }))
+            return;
+    context.front = true;
+    const LitCorner from = lit(context, a.surface), to = lit(context, b.surface);
+    const unsigned pattern = context.look.drawStyle.linePattern & 0xffffu;
+    if (pattern == 0xffff || context.fixedColor)
+        return addDash(context, from, to);
+    // Bits of the pattern are pixels along the segment, as the renderer counts them.
+    const double pixels =
+        std::hypot(to.page.x - from.page.x, to.page.y - from.page.y) / m_options.pixelSize;
+    const auto at = [&](double share) {
+        // The share is one of the page; its place in space depends on the distances.
+        const double wa = from.clip.w, wb = to.clip.w;
+        const double t = share * wa / (share * wa + (1 - share) * wb);
+        return lit(context, SurfacePoint::between(from.surface, to.surface, static_cast<float>(t)));
+    };
+    constexpr double kMaxDashes = 20'000;
+    if (pixels / kPatternPixels > kMaxDashes)
+        return addDash(context, from, to);
+    for (double begin = 0; begin < pixels; begin += kPatternPixels) {
+        for (int bit = 0; bit < kPatternPixels;) {
+            if (!(pattern >> bit & 1)) {
+                ++bit;
+                continue;
+            }
+            const int length = std::countr_one(pattern >> bit);
+            const double end = std::min(pixels, begin + bit + length);
+            if (begin + bit < pixels)
+                addDash(context, at((begin + bit) / pixels), at(end / pixels));
+            bit += length;
+        }
+    }
+}
+
+void FacetCollector::addDash(Context& context, const LitCorner& a, const LitCorner& b)
+{
+    Facet facet = context.facet;
+    facet.order = m_order++;
+    facet.opacity = context.translucent && !context.fixedColor
+                        ? (a.surface.color[3] + b.surface.color[3]) / 2
+                        : 1;
+    if (facet.opacity > 0)
+        context.layer.above.add(facet, std::array{a.page, b.page});
+}
+
+void FacetCollector::addPoint(Context& context, const Vertex& vertex)
+{
+    if (!isFinite(vertex.surface.eye)) {
+        ++m_numBroken;
+        return;
+    }
+    if (outsideOf(vertex.clip))
+        return;
+    for (const SbVec4f& plane : context.planes) {
+        const SbVec3f& p = vertex.surface.eye;
+        if (p[0] * plane[0] + p[1] * plane[1] + p[2] * plane[2] + plane[3] < 0)
+            return;
+    }
+    context.front = true;
+    const LitCorner place = lit(context, vertex.surface);
+    Facet facet = context.facet;
+    facet.order = m_order++;
+    facet.opacity = context.translucent ? vertex.surface.color[3] : 1;
+    if (facet.opacity > 0)
+        context.layer.above.add(facet, std::array{place.page});
+}
+
+} // namespace kalmyr::detail
