@@ -1,0 +1,183 @@
+#pragma once
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+/// A scene that is drawn by the renderer and as vectors.
+struct ViewedScene {
+    const char* name;
+    std::string text;
+};
+
+namespace scenes {
+
+inline std::string seen(const std::string& content,
+                        const std::string& camera = "PerspectiveCamera { position 0 0 6 "
+                                                    "nearDistance 1 farDistance 30 }",
+                        const std::string& lights = "DirectionalLight { direction -.4 -.6 -1 }")
+{
+    return "#Kalmyr V1.0 ascii\nSeparator { " + camera + " " + lights + " " + content + " }";
+}
+
+inline std::string seenFlat(const std::string& content, float height = 4)
+{
+    return seen(content,
+                "OrthographicCamera { position 0 0 10 nearDistance 1 farDistance 20 height "
+                    + std::to_string(height) + " }");
+}
+
+inline std::string at(const std::string& place, const std::string& content)
+{
+    return "Separator { Translation { translation " + place + " } " + content + " }";
+}
+
+inline std::string colored(const std::string& color, const std::string& more = "")
+{
+    return "Material { diffuseColor " + color + " " + more + " } ";
+}
+
+/// Triangles of random places and colours that intersect and overlap each other in rings.
+inline std::string soup(int count, float size, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> place(-2, 2), offset(-size, size), color(0, 1);
+    const auto number = [](float v) { return std::to_string(v) + " "; };
+    std::string points, colors, faces;
+    for (int i = 0; i < count; ++i) {
+        const float x = place(random), y = place(random), z = place(random);
+        for (int k = 0; k < 3; ++k)
+            points += number(x + offset(random)) + number(y + offset(random))
+                      + number(z + offset(random)) + ", ";
+        colors += number(color(random)) + number(color(random)) + number(color(random)) + ", ";
+        faces += std::to_string(3 * i) + ", " + std::to_string(3 * i + 1) + ", "
+                 + std::to_string(3 * i + 2) + ", -1, ";
+    }
+    return "LightModel { model BASE_COLOR } Material { diffuseColor [ " + colors
+           + " ] } MaterialBinding { value PER_FACE } Coordinate3 { point [ " + points
+           + " ] } IndexedFaceSet { coordIndex [ " + faces + " ] }";
+}
+
+/// A wavy sheet of 2 * side * side triangles with smooth normals.
+inline std::string sheet(int side)
+{
+    std::string points;
+    for (int j = 0; j <= side; ++j)
+        for (int i = 0; i <= side; ++i) {
+            const float x = 4.0f * static_cast<float>(i) / static_cast<float>(side) - 2;
+            const float y = 4.0f * static_cast<float>(j) / static_cast<float>(side) - 2;
+            points += std::to_string(x) + " " + std::to_string(y) + " "
+                      + std::to_string(0.4f * std::sin(3 * x) * std::cos(4 * y)) + ", ";
+        }
+    const std::string row = std::to_string(side + 1);
+    return "ShapeHints { creaseAngle 3 vertexOrdering COUNTERCLOCKWISE } Coordinate3 { point [ "
+           + points + " ] } QuadMesh { verticesPerRow " + row + " verticesPerColumn " + row + " }";
+}
+
+constexpr const char* kChecker =
+    "Texture2 { image 4 4 3 0xff0000 0x00ff00 0x0000ff 0xffff00 0x00ffff 0xff00ff 0xffffff "
+    "0x808080 0x204060 0x604020 0x206040 0x402060 0xff8000 0x80ff00 0x0080ff 0x8000ff } ";
+
+constexpr const char* kSquare = "Coordinate3 { point [ -1 -1 0, 1 -1 0, 1 1 0, -1 1 0 ] } "
+                                "TextureCoordinate2 { point [ 0 0, 2 0, 2 2, 0 2 ] } "
+                                "FaceSet { numVertices 4 } ";
+
+/// Bars of which each lies over the next: nothing can be drawn first.
+inline std::string ring()
+{
+    std::string bars = "LightModel { model BASE_COLOR } ";
+    const char* colors[] = {"1 0 0", "0 .7 0", "0 0 1", ".8 .6 0"};
+    for (int i = 0; i < 4; ++i)
+        bars += "Separator { " + colored(colors[i]) + "Rotation { rotation 0 0 1 "
+                + std::to_string(1.5707963f * static_cast<float>(i))
+                + " } Translation { translation 0 -.8 0 } Rotation { rotation 0 1 0 .5 } "
+                  "Cube { width 3 height .4 depth .02 } } ";
+    return bars;
+}
+
+} // namespace scenes
+
+inline std::vector<ViewedScene> viewedScenes()
+{
+    using namespace scenes;
+    const std::string shiny = colored(".8 .5 .2", "specularColor .6 .6 .6 shininess .4");
+    return {
+        {"RoundShapes", seen(shiny + at("-1.2 0 0", "Sphere { }") + at("1 .8 0", "Cone { }")
+                             + colored(".2 .5 .9") + at("1.4 -1.2 -.5", "Cylinder { }"))},
+        {"Cubes", seen(colored(".7 .2 .2")
+                       + "Rotation { rotation 1 1 0 .8 } Cube { } Translation { translation 1.2 .6 "
+                         ".4 } "
+                       + colored(".2 .7 .3") + "Cube { }")},
+        {"IntersectingFaces",
+         seenFlat("LightModel { model BASE_COLOR } Separator { " + colored("1 0 0")
+                  + "Rotation { rotation 0 1 0 .6 } Cube { width 3 height 2 depth .01 } } "
+                  + colored("0 0 1")
+                  + "Rotation { rotation 1 0 0 .7 } Cube { width 2 height 3 depth .01 }")},
+        {"RingOfBars", seenFlat(ring())},
+        {"RandomTriangles", seen(soup(60, 1.5f, 1))},
+        {"ManySmallTriangles", seenFlat(soup(1500, 0.4f, 2))},
+        {"LongSplinters", seen(soup(40, 4, 3))},
+        {"TextAndLines",
+         seen(colored("1 .9 .6")
+              + "Separator { Font { size .8 } AsciiText { string [ \"Hidden\", \"lines\" ] "
+                "justification CENTER } } DrawStyle { lineWidth 3 } LightModel { model BASE_COLOR "
+                "} "
+              + colored("0 1 1")
+              + "Coordinate3 { point [ -2 -1 -1, 2 1.4 1, -2 1.4 -.5, 2 -1.2 .5 ] } LineSet { "
+                "numVertices [ 2, 2 ] } "
+              + colored(".3 .3 .8") + at("0 -.9 0", "Sphere { radius .7 }"))},
+        {"DashesAndPoints",
+         seenFlat("LightModel { model BASE_COLOR } DrawStyle { lineWidth 4 linePattern 0x0ff0 "
+                  "pointSize 12 } "
+                  + colored("1 1 0")
+                  + "Coordinate3 { point [ -2 -1 0, 2 -1 0, 2 1 0, -2 1 0, 0 0 1, .6 .2 -1 ] } "
+                    "IndexedLineSet { coordIndex [ 0, 1, 2, 3, 0, -1 ] } "
+                  + colored(".9 .4 .9") + "PointSet { } " + colored(".2 .4 .2")
+                  + "Cube { width 1.6 height 1 depth .5 }")},
+        {"CutByNearPlane", seen(colored(".4 .7 .9")
+                                    + "Rotation { rotation 0 1 0 .4 } Cube { width 2 height 1.4 "
+                                      "depth 14 }",
+                                "PerspectiveCamera { position .3 1.5 6 nearDistance 2 farDistance "
+                                "11 }")},
+        {"CutByPlanes", seen("ClipPlane { plane 1 1 0 -.3 } ClipPlane { plane 0 0 -1 -1.3 } "
+                             + shiny + "Sphere { radius 1.8 }")},
+        {"Textures", seen(std::string(kChecker) + "Rotation { rotation 1 .3 0 1 } "
+                          + colored("1 1 1") + "Scale { scaleFactor 1.8 1.8 1 } " + kSquare)},
+        {"TexturedSphere", seen(std::string(kChecker) + colored("1 1 1") + "Sphere { radius 1.7 } "
+                                + colored(".5 .5 .5") + at("1 0 1.2", "Cube { width .8 }"))},
+        {"Transparent",
+         seenFlat(colored(".9 .9 .2") + at("0 0 -1", "Cube { width 3 height 1 depth .5 }")
+                  + colored("1 0 0", "transparency .5")
+                  + at("-.5 .3 0", "Cube { width 2 height 2 depth .1 }")
+                  + colored("0 0 1", "transparency .3")
+                  + at(".6 -.3 1", "Cube { width 2 height 2 depth .1 }"))},
+        {"TransparentSphere",
+         seen(colored(".3 .9 .4") + at("0 0 -2", "Cube { }") + colored(".4 .5 1", "transparency .6")
+              + "ShapeHints { vertexOrdering COUNTERCLOCKWISE shapeType SOLID "
+                "} Sphere { radius 1.5 }")},
+        {"TransparentLayersOfOneShape",
+         seenFlat("LightModel { model BASE_COLOR } " + colored("1 .2 .2", "transparency .5")
+                  + "Coordinate3 { point [ -1.5 -1 0, .5 -1 0, .5 1 0, -1.5 1 0, -.5 -1.4 1, 1.5 "
+                    "-1.4 1, 1.5 .6 1, -.5 .6 1 ] } IndexedFaceSet { coordIndex [ 0, 1, 2, 3, -1, "
+                    "4, 5, 6, 7, -1 ] }")},
+        {"SeveralLights",
+         seen(colored(".8 .8 .8") + "Sphere { radius 1.2 } "
+                  + at("0 -1.4 0", "Cube { width 6 height .2 depth 5 }"),
+              "PerspectiveCamera { position 0 0 6 nearDistance 1 farDistance 30 }",
+              "PointLight { location 2 2 2 color 1 .6 .4 } SpotLight { location -2 3 2 direction "
+              "2 -3 -2 cutOffAngle .5 dropOffRate .2 color .4 .6 1 }")},
+        {"Fog", seen("Environment { fogType HAZE fogColor .7 .7 .8 fogVisibility 14 } "
+                     + colored(".8 .2 .2") + at("-1 0 0", "Sphere { }") + at("1 0 -4", "Sphere { }")
+                     + at("3 1 -8", "Sphere { }"))},
+        {"FacesOfManyColors",
+         seen("Rotation { rotation 1 1 0 .7 } Material { diffuseColor [ 1 0 0, 0 1 0, 0 0 1, 1 1 0 "
+              "] } MaterialBinding { value PER_VERTEX } Coordinate3 { point [ -1 -1 0, 1.5 -1 0, 1 "
+              "1.4 0, -1.4 1 .5 ] } IndexedFaceSet { coordIndex [ 0, 1, 2, 3, -1 ] materialIndex [ "
+              "0, 1, 2, 3, -1 ] }")},
+        {"GradientAndAnnotation", seen("GradientBackground { color0 .2 .3 .6 color1 .9 .8 .6 } "
+                                       + colored(".7 .3 .3") + "Sphere { radius 1.4 } Annotation { "
+                                       + colored(".2 .9 .2") + at(".6 0 -3", "Cube { }") + " }")},
+        {"WavySheet", seen("Rotation { rotation 1 0 0 -.9 } " + shiny + sheet(60))},
+    };
+}
