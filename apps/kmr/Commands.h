@@ -10,6 +10,7 @@ using Arguments = std::vector<std::string>;
 int runInfo(const Arguments& arguments);
 int runConvert(const Arguments& arguments);
 int runRender(const Arguments& arguments);
+int runExport(const Arguments& arguments);
 
 /// Says what is wrong with the arguments and how to call; 2.
 int wrongUsage(const std::string& reason);

@@ -25,13 +25,34 @@ constexpr char kUsage[] =
     ".wrl\n"
     "      for VRML in the version of IN. Packed when OUT ends in .gz, .kyz or .wrz.\n"
     "\n"
-    "  kmr render IN OUT [--size WxH] [--background R,G,B] [--transparency N]\n"
-    "      Draw a scene through its camera, or with all of it in view. The name of OUT says what\n"
-    "      the picture becomes: png, jpg, bmp, tif, rgb or ps. 800x600 pixels on black if not "
-    "told\n"
-    "      otherwise; colours are numbers from 0 to 1; N from 0 to 10 is how transparent things "
-    "are\n"
-    "      blended. Needs no display.\n"
+    "  kmr render IN OUT [--size WxH] [--background R,G,B] [--camera NAME]\n"
+    "             [--transparency N] [--samples N] [--transparent-background]\n"
+    "      Draw a scene as a picture. The name of OUT says what it becomes: png, jpg, bmp, tif, "
+    "rgb\n"
+    "      or ps. 800x600 pixels on black if not told otherwise; N from 0 to 10 is how "
+    "transparent\n"
+    "      things are blended, and from 1 to 8 how many samples smooth the edges.\n"
+    "\n"
+    "  kmr export IN OUT [--page SIZE] [--portrait] [--margin MM] [--drawing WxH]\n"
+    "             [--colors color|grey|black] [--hidden-lines] [--cut] [--with-model]\n"
+    "             [--tolerance T] [--pixel-width MM] [--size WxH] [--background R,G,B]\n"
+    "             [--camera NAME]\n"
+    "      Draw a scene as vectors: pdf, ps, cgm, emf or hpgl; or write it as a model: u3d. SIZE "
+    "is\n"
+    "      a5 to a0, letter, legal, tabloid or WxH in millimetres, lying on its side unless\n"
+    "      --portrait; --drawing gives the drawing a size of its own, in millimetres.\n"
+    "      --hidden-lines draws the edges that are not hidden instead of surfaces; --cut leaves "
+    "out\n"
+    "      hidden parts instead of painting over them; --with-model puts the model into a pdf.\n"
+    "      T, from 1 to 255, is how far colours may be off; MM of --pixel-width what one pixel of\n"
+    "      a line's width becomes; --size, in pixels, the proportions.\n"
+    "\n"
+    "  Both show the scene through the camera or viewpoint called NAME, else through its first "
+    "one,\n"
+    "  else with all of it in view; colours are numbers from 0 to 1; no display is needed. Many "
+    "at\n"
+    "  once: kmr render --to png [--folder DIR] FILE... writes FILE.png beside each FILE, or into\n"
+    "  DIR; the same goes for export.\n"
     "\n"
     "  kmr --help | --version\n"
     "\n"
@@ -39,6 +60,7 @@ constexpr char kUsage[] =
     "  kmr info scene.wrl\n"
     "  kmr convert old.wrl new.wrl --format vrml2\n"
     "  kmr render scene.ky picture.png --size 1280x720 --background 1,1,1\n"
+    "  kmr export scene.ky drawing.pdf --page a3 --camera Front\n"
     "\n"
     "Ends with 0 when done, 1 when something cannot be read or written (each fault is told as\n"
     "FILE:LINE:COLUMN: error: MESSAGE), 2 for wrong usage, 130 when Ctrl+C stopped reading; a\n"
@@ -48,7 +70,8 @@ struct Command {
     const char* name;
     int (*run)(const Arguments& arguments);
 };
-constexpr Command kCommands[] = {{"info", runInfo}, {"convert", runConvert}, {"render", runRender}};
+constexpr Command kCommands[] = {
+    {"info", runInfo}, {"convert", runConvert}, {"render", runRender}, {"export", runExport}};
 
 } // namespace
 

@@ -198,7 +198,16 @@ TEST_F(KmrTest, RefusesWrongUsage)
                                  "convert a b --format doc",
                                  "render a b.png --size 3",
                                  "render a b.png --background red",
-                                 "render a b.doc"};
+                                 "render a b.doc",
+                                 "render a b.jpg --transparent-background",
+                                 "export a b.png",
+                                 "export a b.pdf --page huge",
+                                 "export a b.pdf --tolerance 0",
+                                 "export a b.ps --with-model",
+                                 "export a b c",
+                                 "export --to pdf",
+                                 "export --to pdf a.ky sub/a.ky --folder x",
+                                 "render --to png a.png"};
     for (const char* arguments : wrong) {
         const Outcome told = run(arguments);
         EXPECT_EQ(told.status, 2) << arguments;
@@ -232,6 +241,80 @@ TEST_F(KmrTest, DrawsAPicture)
         EXPECT_EQ(byte(0, 0, 0), 255); // blue comes first
         EXPECT_GT(byte(20, 15, 2), 100) << scene;
         EXPECT_LT(byte(20, 15, 0), 60) << scene;
+    }
+}
+
+/// Two cameras: the first looks at a red cube, the one called Side at a green one.
+constexpr const char* kTwoViews =
+    "#Kalmyr V1.0 ascii\nSeparator { OrthographicCamera { position 0 0 10 nearDistance 1 "
+    "farDistance "
+    "20 height 4 }\nSeparator { Translation { translation 20 0 0 } DEF Side "
+    "OrthographicCamera { position 0 0 10 nearDistance 1 farDistance 20 height 4 } }\nLightModel { "
+    "model BASE_COLOR }\nMaterial { diffuseColor 1 0 0 } Cube { }\nMaterial { diffuseColor 0 1 0 } "
+    "Translation { translation 20 0 0 } Cube { } }\n";
+
+TEST_F(KmrTest, ExportsIntoAllFormats)
+{
+    const std::string scene =
+        write("a.ky", "#Kalmyr V1.0 ascii\nSeparator { Sphere { } Cone { } }\n");
+    const std::map<std::string, std::string> beginnings{{"pdf", "%PDF-1."},
+                                                        {"ps", "%!PS-Adobe-3.0"},
+                                                        {"cgm", std::string("\0", 1)},
+                                                        {"emf", std::string("\1\0\0\0", 4)},
+                                                        {"hpgl", ""},
+                                                        {"u3d", std::string("U3D\0", 4)}};
+    for (const auto& [extension, beginning] : beginnings) {
+        const Outcome told = run("export " + scene + " " + path("a." + extension));
+        ASSERT_EQ(told.status, 0) << told.errors;
+        const std::string bytes = read("a." + extension);
+        EXPECT_EQ(bytes.substr(0, beginning.size()), beginning) << extension;
+        EXPECT_GT(bytes.size(), 500u) << extension;
+    }
+    EXPECT_TRUE(has(read("a.hpgl"), "IN;"));
+    EXPECT_TRUE(has(read("a.hpgl"), "FP;"));
+}
+
+TEST_F(KmrTest, ShowsTheSceneThroughTheNamedCamera)
+{
+    const std::string scene = write("views.ky", kTwoViews);
+    const auto colorsOf = [&](const std::string& camera) {
+        const Outcome told = run("export " + scene + " " + path("view.ps") + camera);
+        EXPECT_EQ(told.status, 0) << told.errors;
+        const std::string text = read("view.ps");
+        return std::pair(has(text, "\n1 0 0 rg"), has(text, "\n0 1 0 rg"));
+    };
+    EXPECT_EQ(colorsOf(""), std::pair(true, false));
+    EXPECT_EQ(colorsOf(" --camera Side"), std::pair(false, true));
+    const Outcome wrong = run("export " + scene + " " + path("none.ps") + " --camera Other");
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_TRUE(has(wrong.errors, "there is no camera named \"Other\"")) << wrong.errors;
+    EXPECT_FALSE(fs::exists(path("none.ps")));
+}
+
+TEST_F(KmrTest, TakesManyFilesAtOnce)
+{
+    const std::string one = write("one.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
+    const std::string bad = write("bad.ky", "#Kalmyr V1.0 ascii\nCube {\n");
+    const std::string two = write("two.ky", "#Kalmyr V1.0 ascii\nCone { }\n");
+    fs::create_directory(path("out"));
+    const Outcome told = run("export --to pdf --folder " + path("out") + " " + one + " " + bad + " "
+                             + two + " --page letter --portrait --hidden-lines");
+    EXPECT_EQ(told.status, 1); // for the broken one
+    EXPECT_TRUE(has(told.errors, "bad.ky:")) << told.errors;
+    EXPECT_TRUE(fs::exists(path("out/one.pdf")) && fs::exists(path("out/two.pdf")));
+    EXPECT_TRUE(has(read("out/one.pdf"), "/MediaBox [0 0 612 792]"));
+    EXPECT_FALSE(fs::exists(path("out/bad.pdf")));
+}
+
+TEST_F(KmrTest, KeepsTheOldFileWhenItCannotExport)
+{
+    const std::string scene = write("empty.ky", "#Kalmyr V1.0 ascii\nSeparator { }\n");
+    for (const char* name : {"old.pdf", "old.emf", "old.u3d"}) {
+        write(name, "as it was");
+        const Outcome told = run("export " + scene + " " + path(name));
+        EXPECT_EQ(told.status, 1);
+        EXPECT_TRUE(has(told.errors, std::string(name) + ": error: ")) << told.errors;
+        EXPECT_EQ(read(name), "as it was");
     }
 }
 
