@@ -182,15 +182,18 @@ inline std::vector<ViewedScene> viewedScenes()
          seen("ShapeHints { vertexOrdering COUNTERCLOCKWISE } Rotation { rotation 0 1 0 .4 } "
               "Coordinate3 { point [ -2 -1 0, -2 1 0, -1 -1 .5, -1 1 .5, 0 -1 0, 0 1 0, .5 -1 0, "
               ".5 1 0, 1.2 -1 .6, 1.4 1 .6, 2 -1 0, 2 .4 0 ] } "
-              + colored(".9 .5 .3") + "TriangleStripSet { numVertices [ 6 ] } " + colored(".3 .6 .9")
+              + colored(".9 .5 .3") + "TriangleStripSet { numVertices [ 6 ] } "
+              + colored(".3 .6 .9")
               + "IndexedTriangleStripSet { coordIndex [ 6, 7, 8, 9, 10, 11, -1 ] }")},
         {"Vrml97Shapes",
-         "#VRML V2.0 utf8\nBackground { skyColor [ .2 .3 .6, .6 .7 .9 ] skyAngle 1.57 groundColor [ "
+         "#VRML V2.0 utf8\nBackground { skyColor [ .2 .3 .6, .6 .7 .9 ] skyAngle 1.57 groundColor "
+         "[ "
          ".2 .2 .1, .4 .4 .3 ] groundAngle 1.57 }\n"
          "DirectionalLight { direction -.4 -.6 -1 }\n"
          "Transform { translation 0 -1.5 -3 children Shape { appearance Appearance { material "
          "Material { diffuseColor .3 .7 .3 } } geometry ElevationGrid { xDimension 4 zDimension 3 "
-         "xSpacing 1 zSpacing 1 creaseAngle 1 height [ 0 .4 .1 .3, .5 .9 .2 .1, 0 .3 .5 .2 ] } } }\n"
+         "xSpacing 1 zSpacing 1 creaseAngle 1 height [ 0 .4 .1 .3, .5 .9 .2 .1, 0 .3 .5 .2 ] } } "
+         "}\n"
          "Transform { translation -1.6 .6 -4 children Shape { appearance Appearance { material "
          "Material { diffuseColor .8 .4 .2 } } geometry Extrusion { crossSection [ .4 0, 0 .4, -.4 "
          "0, 0 -.4, .4 0 ] spine [ 0 -.6 0, 0 0 .2, .3 .6 0 ] } } }\n"
@@ -198,12 +201,13 @@ inline std::vector<ViewedScene> viewedScenes()
          "Material { diffuseColor .9 .9 .2 } } geometry Text { string \"VRML\" fontStyle FontStyle "
          "{ size .6 } } } }\n"
          "Transform { translation 1.6 -.2 -4 children [ Shape { appearance Appearance { material "
-         "Material { diffuseColor .7 .2 .7 transparency .4 } } geometry Sphere { radius .5 } } Shape "
+         "Material { diffuseColor .7 .2 .7 transparency .4 } } geometry Sphere { radius .5 } } "
+         "Shape "
          "{ appearance Appearance { material Material { emissiveColor 1 1 1 } } geometry "
-         "IndexedLineSet { coord Coordinate { point [ -1 -.6 .6, 1 -.6 .6, 1 .8 -.6 ] } coordIndex [ "
+         "IndexedLineSet { coord Coordinate { point [ -1 -.6 .6, 1 -.6 .6, 1 .8 -.6 ] } coordIndex "
+         "[ "
          "0 1 2 -1 ] } } ] }\n"},
-        {"HundredThousandTriangles",
-         seen("Rotation { rotation 1 0 0 -.6 } " + shiny + sheet(224))},
+        {"HundredThousandTriangles", seen("Rotation { rotation 1 0 0 -.6 } " + shiny + sheet(224))},
         {"WavySheet", seen("Rotation { rotation 1 0 0 -.9 } " + shiny + sheet(60))},
     };
 }

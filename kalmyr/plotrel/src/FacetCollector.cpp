@@ -54,6 +54,25 @@ SbColor fromBits(std::uint32_t bits)
                    static_cast<float>(bits >> 8 & 0xff) / 255);
 }
 
+/// Cofactors, as the renderer takes: a flattening matrix has no inverse.
+SbMatrix normalMatrix(const SoSceneView::Item& item)
+{
+    SbMatrix normals;
+    const SbMatrix& m = item.toEye;
+    for (int row = 0; row < 3; ++row) {
+        const SbVec3f a(m[(row + 1) % 3]), b(m[(row + 2) % 3]);
+        const SbVec3f cofactors = a.cross(b) * (item.mirrored ? -1.0f : 1.0f);
+        std::copy_n(cofactors.getValue(), 3, normals[row]);
+    }
+    return normals;
+}
+
+double distanceTo(const SbVec4f& plane, const SbVec3f& p)
+{
+    return static_cast<double>(p[0]) * plane[0] + static_cast<double>(p[1]) * plane[1]
+           + static_cast<double>(p[2]) * plane[2] + plane[3];
+}
+
 bool isText(const SoNode* node)
 {
     const SoType texts[] = {SoType::fromName(SbName("AsciiText")),
@@ -159,55 +178,52 @@ void FacetCollector::scaleNearness()
 
 void FacetCollector::collectItem(const SoSceneView::Item& item)
 {
-    const SoGeometry& geometry = *item.geometry;
     const SoRenderAppearance& look = *item.appearance;
     Context context{item,
-                    geometry,
+                    *item.geometry,
                     look,
                     Lighting(m_view, item),
                     Projection(m_view.cameras[item.camera], m_options.area),
                     m_view.surroundings[item.surroundings].clipPlanes,
                     layer(item.layer),
-                    SbMatrix(),
+                    normalMatrix(item),
                     nullptr,
                     {}};
-    // Cofactors, as the renderer takes: a flattening matrix has no inverse.
-    const SbMatrix& m = item.toEye;
-    for (int row = 0; row < 3; ++row) {
-        const float* a = m[(row + 1) % 3];
-        const float* b = m[(row + 2) % 3];
-        const SbVec3f cofactors = SbVec3f(a).cross(SbVec3f(b)) * (item.mirrored ? -1.0f : 1.0f);
-        for (int c = 0; c < 3; ++c)
-            context.normals[row][c] = cofactors[c];
-    }
     context.facet.width =
         static_cast<float>(std::max(1.0f, look.drawStyle.lineWidth) * m_options.pixelSize);
     context.translucent = item.transparent;
-    const bool isTextured = !look.texture.image.isNull() && !m_options.isLineDrawing
-                            && geometry.texCoords.size() >= geometry.positions.size();
-    TextureBaker baker(look);
     if (look.drawStyle.style == SoDrawStyleValues::FILLED) {
-        if (isTextured) {
-            context.baker = &baker;
-            context.facet.image = static_cast<std::int32_t>(m_images.size());
-        }
-        collectTriangles(context);
-        VectorImage image;
-        if (isTextured && baker.bake(m_options.area, m_options.resolution, image))
-            m_images.push_back(std::move(image));
-        else if (isTextured)
-            m_images.emplace_back(); // nothing of the item is seen
+        collectFaces(context);
         collectTexts(context);
-        context.baker = nullptr;
-        context.facet.image = -1;
         if (m_options.isLineDrawing)
             collectOutline(context);
     } else if (look.drawStyle.style == SoDrawStyleValues::LINES) {
-        collectSegments(context, getFaceEdges(geometry));
+        collectSegments(context, getFaceEdges(context.geometry));
     }
     if (look.drawStyle.style != SoDrawStyleValues::POINTS)
-        collectSegments(context, geometry.lines);
+        collectSegments(context, context.geometry.lines);
     collectPoints(context);
+}
+
+void FacetCollector::collectFaces(Context& context)
+{
+    const SoGeometry& geometry = context.geometry;
+    const SbImage& texture = context.look.texture.image;
+    if (texture.isNull() || m_options.isLineDrawing
+        || geometry.texCoords.size() < geometry.positions.size())
+        return collectTriangles(context);
+    auto& levels = m_textures[texture.getBytes()];
+    if (!levels)
+        levels = std::make_unique<TextureLevels>(texture);
+    TextureBaker baker(context.look, *levels);
+    context.baker = &baker;
+    context.facet.image = static_cast<std::int32_t>(m_images.size());
+    collectTriangles(context);
+    context.baker = nullptr;
+    context.facet.image = -1;
+    VectorImage image; // a null one, to which nothing refers, when nothing is seen
+    baker.bake(m_options.area, m_options.resolution, image);
+    m_images.push_back(std::move(image));
 }
 
 void FacetCollector::collectTriangles(Context& context)
@@ -309,6 +325,46 @@ FacetCollector::LitCorner FacetCollector::lit(const Context& context,
     return corner;
 }
 
+FacetCollector::Vertex FacetCollector::cross(const Context& context, const Vertex& a,
+                                             const Vertex& b, double distanceA, double distanceB)
+{
+    Vertex between;
+    between.surface = SurfacePoint::between(
+        a.surface, b.surface, static_cast<float>(distanceA / (distanceA - distanceB)));
+    between.clip = context.projection.toClip(between.surface.eye);
+    return between;
+}
+
+/// Keeps what has a distance of 0 or more.
+template <class Distance>
+void FacetCollector::cutPolygon(const Context& context, std::vector<Vertex>& polygon,
+                                Distance distance)
+{
+    std::vector<Vertex> kept;
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+        const Vertex& a = polygon[i];
+        const Vertex& b = polygon[(i + 1) % polygon.size()];
+        const double da = distance(a), db = distance(b);
+        if (da >= 0)
+            kept.push_back(a);
+        if ((da < 0) != (db < 0))
+            kept.push_back(cross(context, a, b, da, db));
+    }
+    polygon.swap(kept);
+}
+
+/// False when nothing is left.
+template <class Distance>
+bool FacetCollector::cutSegment(const Context& context, Vertex& a, Vertex& b, Distance distance)
+{
+    const double da = distance(a), db = distance(b);
+    if (da < 0 && db < 0)
+        return false;
+    if ((da < 0) != (db < 0))
+        (da < 0 ? a : b) = cross(context, a, b, da, db);
+    return true;
+}
+
 void FacetCollector::addTriangle(Context& context, const std::array<Vertex, 3>& corners)
 {
     if (!isFinite(corners[0].surface.eye) || !isFinite(corners[1].surface.eye)
@@ -333,34 +389,14 @@ void FacetCollector::addTriangle(Context& context, const std::array<Vertex, 3>& 
                lit(context, corners[2].surface), 0);
         return;
     }
-    std::vector<Vertex> polygon(corners.begin(), corners.end()), kept;
-    const auto cut = [&](auto distance) {
-        kept.clear();
-        for (std::size_t i = 0; i < polygon.size(); ++i) {
-            const Vertex& a = polygon[i];
-            const Vertex& b = polygon[(i + 1) % polygon.size()];
-            const double da = distance(a), db = distance(b);
-            if (da >= 0)
-                kept.push_back(a);
-            if ((da < 0) != (db < 0)) {
-                Vertex between;
-                between.surface =
-                    SurfacePoint::between(a.surface, b.surface, static_cast<float>(da / (da - db)));
-                between.clip = context.projection.toClip(between.surface.eye);
-                kept.push_back(between);
-            }
-        }
-        polygon.swap(kept);
-    };
+    std::vector<Vertex> polygon(corners.begin(), corners.end());
     for (int plane = 0; plane < 6; ++plane)
         if ((out[0] | out[1] | out[2]) & 1u << plane)
-            cut([plane](const Vertex& v) { return distanceTo(plane, v.clip); });
+            cutPolygon(context, polygon,
+                       [plane](const Vertex& v) { return distanceTo(plane, v.clip); });
     for (const SbVec4f& plane : context.planes)
-        cut([&plane](const Vertex& v) {
-            const SbVec3f& p = v.surface.eye;
-            return static_cast<double>(p[0]) * plane[0] + static_cast<double>(p[1]) * plane[1]
-                   + static_cast<double>(p[2]) * plane[2] + plane[3];
-        });
+        cutPolygon(context, polygon,
+                   [&plane](const Vertex& v) { return distanceTo(plane, v.surface.eye); });
     if (polygon.size() < 3)
         return;
     const LitCorner first = lit(context, polygon[0].surface);
@@ -501,35 +537,27 @@ void FacetCollector::addSegment(Context& context, Vertex a, Vertex b)
         ++m_numBroken;
         return;
     }
-    const auto cut = [&](auto distance) {
-        const double da = distance(a), db = distance(b);
-        if (da < 0 && db < 0)
-            return false;
-        if ((da < 0) != (db < 0)) {
-            Vertex between;
-            between.surface =
-                SurfacePoint::between(a.surface, b.surface, static_cast<float>(da / (da - db)));
-            between.clip = context.projection.toClip(between.surface.eye);
-            (da < 0 ? a : b) = between;
-        }
-        return true;
-    };
     for (int plane = 0; plane < 6; ++plane)
-        if (!cut([plane](const Vertex& v) { return distanceTo(plane, v.clip); }))
+        if (!cutSegment(context, a, b,
+                        [plane](const Vertex& v) { return distanceTo(plane, v.clip); }))
             return;
     for (const SbVec4f& plane : context.planes)
-        if (!cut([&plane](const Vertex& v) {
-                const SbVec3f& p = v.surface.eye;
-                return static_cast<double>(p[0]) * plane[0] + static_cast<double>(p[1]) * plane[1]
-                       + static_cast<double>(p[2]) * plane[2] + plane[3];
-            }))
+        if (!cutSegment(context, a, b,
+                        [&plane](const Vertex& v) { return distanceTo(plane, v.surface.eye); }))
             return;
     context.front = true;
     const LitCorner from = lit(context, a.surface), to = lit(context, b.surface);
     const unsigned pattern = context.look.drawStyle.linePattern & 0xffffu;
     if (pattern == 0xffff || context.fixedColor)
-        return addDash(context, from, to);
-    // Bits of the pattern are pixels along the segment, as the renderer counts them.
+        addDash(context, from, to);
+    else
+        addDashes(context, from, to, pattern);
+}
+
+/// Bits of the pattern are pixels along the segment, as the renderer counts them.
+void FacetCollector::addDashes(Context& context, const LitCorner& from, const LitCorner& to,
+                               unsigned pattern)
+{
     const double pixels =
         std::hypot(to.page.x - from.page.x, to.page.y - from.page.y) / m_options.pixelSize;
     const auto at = [&](double share) {
@@ -575,11 +603,9 @@ void FacetCollector::addPoint(Context& context, const Vertex& vertex)
     }
     if (outsideOf(vertex.clip))
         return;
-    for (const SbVec4f& plane : context.planes) {
-        const SbVec3f& p = vertex.surface.eye;
-        if (p[0] * plane[0] + p[1] * plane[1] + p[2] * plane[2] + plane[3] < 0)
+    for (const SbVec4f& plane : context.planes)
+        if (distanceTo(plane, vertex.surface.eye) < 0)
             return;
-    }
     context.front = true;
     const LitCorner place = lit(context, vertex.surface);
     Facet facet = context.facet;

@@ -10,6 +10,8 @@
 #include <kalmyr/rendering/SoSceneView.h>
 
 #include <functional>
+#include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace kalmyr::detail {
@@ -61,13 +63,21 @@ private:
     };
     struct Context; ///< of one item
     void collectItem(const SoSceneView::Item& item);
+    void collectFaces(Context& context);
     void collectTriangles(Context& context);
     void collectTexts(const Context& context);
     void collectOutline(Context& context);
     void collectSegments(Context& context, const std::vector<std::uint32_t>& indices);
     void collectPoints(Context& context);
+    static Vertex cross(const Context& context, const Vertex& a, const Vertex& b, double distanceA,
+                        double distanceB);
+    template <class Distance>
+    static void cutPolygon(const Context& context, std::vector<Vertex>& polygon, Distance distance);
+    template <class Distance>
+    static bool cutSegment(const Context& context, Vertex& a, Vertex& b, Distance distance);
     void addTriangle(Context& context, const std::array<Vertex, 3>& corners);
     void addSegment(Context& context, Vertex a, Vertex b);
+    void addDashes(Context& context, const LitCorner& from, const LitCorner& to, unsigned pattern);
     void addDash(Context& context, const LitCorner& a, const LitCorner& b);
     void addPoint(Context& context, const Vertex& vertex);
     void divide(Context& context, const LitCorner& a, const LitCorner& b, const LitCorner& c,
@@ -84,6 +94,8 @@ private:
     CollectOptions m_options;
     std::vector<FacetLayer> m_layers;
     std::vector<VectorImage> m_images;
+    /// By the pixels, which the items hold.
+    std::unordered_map<const unsigned char*, std::unique_ptr<TextureLevels>> m_textures;
     std::vector<VectorText> m_texts;
     DepthTolerance m_depthTolerance;
     std::size_t m_numBroken = 0;

@@ -20,8 +20,8 @@ constexpr std::size_t kMinMaxPieces = 200'000;
 constexpr std::size_t kMaxHiddenPieces = 24;
 constexpr std::size_t kMaxOccluders = 4000;
 constexpr std::uint32_t kProgressStep = 4096;
-
-enum class Side { BACK, ON, FRONT, BOTH };
+/// Shares of the work that is done when all is compared, and when what is hidden is known.
+constexpr float kCompared = 0.8f, kKnown = 0.9f;
 
 } // namespace
 
@@ -142,27 +142,17 @@ bool FacetSorter::isHidden(const FacetShape& shape, std::span<const std::uint32_
     return false;
 }
 
-void FacetSorter::sortLevel(const std::vector<std::uint32_t>& facets,
-                            std::vector<std::uint32_t>& sorted, int depth)
+/// Compares all facets that overlap. False when the work was stopped.
+bool FacetSorter::compareAll(const std::vector<FacetShape>& shapes, Graph& graph, bool isTop)
 {
-    if (facets.size() < 2) {
-        sorted.insert(sorted.end(), facets.begin(), facets.end());
-        return;
-    }
-    if (depth > kMaxDepth || m_list.facets.size() > m_maxPieces)
-        return sortByMean(facets, sorted);
-    std::vector<FacetShape> shapes;
     std::vector<Bounds> bounds;
-    shapes.reserve(facets.size());
-    bounds.reserve(facets.size());
-    for (const std::uint32_t f : facets) {
-        shapes.push_back(shapeOf(m_list, m_list.facets[f]));
-        bounds.push_back(shapes.back().bounds);
-    }
-    Graph graph;
+    bounds.reserve(shapes.size());
+    for (const FacetShape& shape : shapes)
+        bounds.push_back(shape.bounds);
     const auto isLong = [&](std::uint32_t done) {
-        return depth == 0 && done % kProgressStep == 0
-               && isStopped(0.8f * static_cast<float>(done) / static_cast<float>(facets.size()));
+        return isTop && done % kProgressStep == 0
+               && isStopped(kCompared * static_cast<float>(done)
+                            / static_cast<float>(shapes.size()));
     };
     std::uint32_t latest = 0;
     OverlapGrid(bounds).forEachPair([&](std::uint32_t i, std::uint32_t j) {
@@ -174,42 +164,63 @@ void FacetSorter::sortLevel(const std::vector<std::uint32_t>& facets,
         if (relation == Relation::BEHIND || relation == Relation::CROSSING)
             graph.edges.emplace_back(j, i);
     });
-    if (m_stopped)
+    return !m_stopped;
+}
+
+/// Finds what opaque polygons hide, and takes it out of the graph.
+std::vector<bool> FacetSorter::findHidden(const std::vector<std::uint32_t>& facets,
+                                          const std::vector<FacetShape>& shapes, Graph& graph)
+{
+    std::vector<bool> hidden(facets.size(), false);
+    VisibleParts parts(m_tolerance);
+    Graph fronts;
+    for (const auto& [front, back] : graph.edges)
+        if (m_list.facets[facets[front]].isOpaque)
+            fronts.edges.emplace_back(back, front);
+    fronts.index(facets.size());
+    for (std::uint32_t i = 0; i < facets.size(); ++i) {
+        const auto of = fronts.of(i);
+        hidden[i] =
+            !of.empty() && of.size() <= kMaxOccluders && isHidden(shapes[i], of, shapes, parts);
+        m_numHidden += hidden[i] ? 1 : 0;
+    }
+    std::erase_if(graph.edges, [&](const auto& e) { return hidden[e.first] || hidden[e.second]; });
+    return hidden;
+}
+
+void FacetSorter::sortLevel(const std::vector<std::uint32_t>& facets,
+                            std::vector<std::uint32_t>& sorted, int depth)
+{
+    if (facets.size() < 2) {
+        sorted.insert(sorted.end(), facets.begin(), facets.end());
+        return;
+    }
+    if (depth > kMaxDepth || m_list.facets.size() > m_maxPieces)
+        return sortByMean(facets, sorted);
+    std::vector<FacetShape> shapes;
+    shapes.reserve(facets.size());
+    for (const std::uint32_t f : facets)
+        shapes.push_back(shapeOf(m_list, m_list.facets[f]));
+    Graph graph;
+    if (!compareAll(shapes, graph, depth == 0))
         return;
     std::vector<bool> hidden(facets.size(), false);
-    if (m_removingHidden && depth == 0) {
-        VisibleParts parts(m_tolerance);
-        Graph fronts;
-        for (const auto& [front, back] : graph.edges)
-            if (m_list.facets[facets[front]].isOpaque)
-                fronts.edges.emplace_back(back, front);
-        fronts.index(facets.size());
-        for (std::uint32_t i = 0; i < facets.size(); ++i) {
-            const auto of = fronts.of(i);
-            if (!of.empty() && of.size() <= kMaxOccluders
-                && isHidden(shapes[i], of, shapes, parts)) {
-                hidden[i] = true;
-                ++m_numHidden;
-            }
-        }
-        std::erase_if(graph.edges,
-                      [&](const auto& e) { return hidden[e.first] || hidden[e.second]; });
-    }
+    if (m_removingHidden && depth == 0)
+        hidden = findHidden(facets, shapes, graph);
     graph.index(facets.size());
-    if (depth == 0 && isStopped(0.9f))
+    if (depth == 0 && isStopped(kKnown))
         return;
-    std::vector<std::uint32_t> ids;
     graph.forEachRing(rootsOf(facets, graph), [&](const std::vector<std::uint32_t>& ring) {
         if (ring.size() == 1) {
             if (!hidden[ring[0]])
                 sorted.push_back(facets[ring[0]]);
             return;
         }
-        ids.clear();
+        std::vector<std::uint32_t> members;
         for (const std::uint32_t i : ring)
-            ids.push_back(facets[i]);
-        std::sort(ids.begin(), ids.end());
-        sortRing(std::vector(ids), sorted, depth);
+            members.push_back(facets[i]);
+        std::sort(members.begin(), members.end());
+        sortRing(members, sorted, depth);
     });
 }
 
@@ -293,7 +304,7 @@ std::size_t FacetSorter::chooseSplitter(const std::vector<std::uint32_t>& ring,
 void FacetSorter::sortRing(const std::vector<std::uint32_t>& ring,
                            std::vector<std::uint32_t>& sorted, int depth)
 {
-    if (isStopped(0.9f))
+    if (isStopped(kKnown))
         return;
     std::vector<FacetShape> shapes;
     for (const std::uint32_t f : ring)

@@ -44,6 +44,9 @@ public:
 
 private:
     struct Graph;
+    bool compareAll(const std::vector<FacetShape>& shapes, Graph& graph, bool isTop);
+    std::vector<bool> findHidden(const std::vector<std::uint32_t>& facets,
+                                 const std::vector<FacetShape>& shapes, Graph& graph);
     void sortLevel(const std::vector<std::uint32_t>& facets, std::vector<std::uint32_t>& sorted,
                    int depth);
     void sortRing(const std::vector<std::uint32_t>& ring, std::vector<std::uint32_t>& sorted,
