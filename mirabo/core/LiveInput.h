@@ -1,12 +1,9 @@
 #pragma once
 
-#include <kalmyr/base/SbTime.h>
+#include "mirabo/core/ProgressBox.h"
+
 #include <kalmyr/io/SoInput.h>
 
-#include <QPointer>
-
-class QProgressBar;
-class QProgressDialog;
 class QWidget;
 
 namespace mirabo {
@@ -27,11 +24,6 @@ public:
     void setMessages(mirabo::ReadMessages* messages) { m_messages = messages; }
 
 private:
-    void showDialog();
-
-    QPointer<QWidget> m_parent;
-    QPointer<QProgressDialog> m_dialog; ///< owned, unless its parent deleted it
-    QPointer<QProgressBar> m_bar;       // Not owned; the dialog's.
-    SbTime m_start = SbTime::monotonic();
+    mirabo::ProgressBox m_box;
     mirabo::ReadMessages* m_messages = nullptr; // Not owned.
 };

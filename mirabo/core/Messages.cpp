@@ -3,7 +3,8 @@
 #include "mirabo/core/Modal.h"
 
 #include <QCoreApplication>
-#include <QMessageBox>
+#include <QDir>
+#include <QPushButton>
 #include <QVariant>
 
 #include <cstdio>
@@ -53,6 +54,28 @@ bool ask(QWidget* parent, const QString& title, const QString& question)
     const auto buttons = QMessageBox::Yes | QMessageBox::No;
     Modal box(new QMessageBox(QMessageBox::Question, title, question, buttons, parent));
     return box.run() == QMessageBox::Yes;
+}
+
+int choose(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text,
+           std::initializer_list<MessageButton> buttons, int preferred, int escape)
+{
+    if (isBatch())
+        return escape;
+    Modal box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
+    QList<QAbstractButton*> added;
+    for (const MessageButton& button : buttons)
+        added.append(box->addButton(button.text, button.role));
+    box->setDefaultButton(static_cast<QPushButton*>(added[preferred]));
+    box->setEscapeButton(added[escape]);
+    return box.run() ? added.indexOf(box->clickedButton()) : -1;
+}
+
+bool askToOverwrite(QWidget* parent, const QString& fileName)
+{
+    return choose(QMessageBox::Warning, parent, "Mirabo -- Overwrite File",
+                  QString("Overwrite\n'%1'?").arg(QDir(fileName).absolutePath()),
+                  {{"&Yes", QMessageBox::YesRole}, {"&No", QMessageBox::NoRole}}, 1, 1)
+           == 0;
 }
 
 } // namespace mirabo

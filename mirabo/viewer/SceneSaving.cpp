@@ -2,60 +2,16 @@
 
 #include "mirabo/core/Messages.h"
 #include "mirabo/core/Modal.h"
+#include "mirabo/viewer/ProposedName.h"
 
 #include <kalmyr/base/SoRef.h>
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
-#include <QPushButton>
 
-#include <initializer_list>
 #include <utility>
 
 namespace mirabo {
-
-namespace {
-
-struct Button {
-    const char* text;
-    QMessageBox::ButtonRole role;
-};
-
-/// The number of the button that was chosen, `escape` for the escape key and the close button, and
-/// -1 when the box died.
-int choose(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text,
-           std::initializer_list<Button> buttons, int preferred, int escape)
-{
-    if (isBatch())
-        return escape;
-    Modal box(new QMessageBox(icon, title, text, QMessageBox::NoButton, parent));
-    QList<QAbstractButton*> added;
-    for (const Button& button : buttons)
-        added.append(box->addButton(button.text, button.role));
-    box->setDefaultButton(static_cast<QPushButton*>(added[preferred]));
-    box->setEscapeButton(added[escape]);
-    return box.run() ? added.indexOf(box->clickedButton()) : -1;
-}
-
-bool mayOverwrite(QWidget* parent, const QString& fileName)
-{
-    return choose(QMessageBox::Warning, parent, "Mirabo -- Overwrite File",
-                  QString("Overwrite\n'%1'?").arg(QDir(fileName).absolutePath()),
-                  {{"&Yes", QMessageBox::YesRole}, {"&No", QMessageBox::NoRole}}, 1, 1)
-           == 0;
-}
-
-/// A name without what follows its last dot, also where that is in the folder's.
-QString withoutExtension(const QString& fileName)
-{
-    const int dot = fileName.lastIndexOf('.');
-    return dot < 0 ? fileName : fileName.left(dot);
-}
-
-} // namespace
 
 SceneSaving::SceneSaving(Document document)
     : m_document(std::make_shared<const Document>(std::move(document)))
@@ -66,7 +22,7 @@ SceneWriter SceneSaving::writer() const
 {
     const auto& window = m_document->window;
     return SceneWriter(
-        {[window](const QString& fileName) { return mayOverwrite(window(), fileName); },
+        {[window](const QString& fileName) { return askToOverwrite(window(), fileName); },
          [window](const QString& fileName) {
              showWarning(window(), "File Error Dialog", "Error creating file: " + fileName);
          },
@@ -100,8 +56,7 @@ bool SceneSaving::saveAs(SoNode* part)
         part ? SceneWriter::Content{SoRef<SoNode>(part)} : m_document->scene();
     if (!content.node)
         return false;
-    const QString current = m_document->file();
-    const QString proposed = current.isEmpty() ? "./Untitled File" : withoutExtension(current);
+    const QString proposed = proposedName(m_document->file());
     QString fileName, filter;
     {
         Modal dialog(
@@ -118,7 +73,8 @@ bool SceneSaving::saveAs(SoNode* part)
         return false;
     const QString whole = withExtension(fileName, format);
     // The dialog has asked about the name as it was typed only.
-    if (whole != fileName && QFileInfo::exists(whole) && !mayOverwrite(m_document->window(), whole))
+    if (whole != fileName && QFileInfo::exists(whole)
+        && !askToOverwrite(m_document->window(), whole))
         return false;
     const std::weak_ptr<const Document> document = m_document;
     const SceneWriter::Result result = writer().write(content, whole, format);
