@@ -46,10 +46,6 @@ endif()
 # A host sees the launch interface, an extension the extension API; nothing else
 # of the inspector is public.
 if(TARGET Mirabo)
-    set(MIRABO_OPTIONAL_COMPONENTS)
-    if(TARGET Plotrel)
-        set(MIRABO_OPTIONAL_COMPONENTS Plotrel)
-    endif()
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/mirabo/extender/"
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirabo/extender FILES_MATCHING PATTERN "*.h"
         PATTERN "private" EXCLUDE)

@@ -7,6 +7,7 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/ChangedFileBar.h"
 #include "mirabo/viewer/ReadMessagesButton.h"
+#include "mirabo/viewer/ShownScene.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/vrml/SoVRMLParent.h>
@@ -55,8 +56,11 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
     actions.add(ActionId::SaveBranch, this,
                 {[viewer, tree] { viewer->saveSceneAs(tree->getCurrentNode()); },
                  [tree] { return tree->getCurrentNode() != nullptr; }});
+    actions.add(ActionId::Export, this, {[viewer] { viewer->exportImage(); }, &ShownScene::exists});
+    actions.add(ActionId::Print, this, {[viewer] { viewer->printFile(); }, &ShownScene::exists});
     connect(tree, &SoMiraboTreeView::rootChanged, this, [hub] {
-        for (const ActionId id : {ActionId::Save, ActionId::SaveAs})
+        for (const ActionId id :
+             {ActionId::Save, ActionId::SaveAs, ActionId::Export, ActionId::Print})
             hub->actions().update(id);
     });
     for (const auto signal : {&SoMiraboViewer::fileChanged, &SoMiraboViewer::sceneSaved})

@@ -13,8 +13,9 @@ namespace mirabo {
 
 class ChangedFileBar;
 
-/// Answers the requests to save, and asks before unsaved changes are lost: another scene, and, in
-/// a program of its own, the end. Tells when another program has changed the file.
+/// Answers the requests to save, to export and to print, and asks before unsaved changes are lost:
+/// another scene, and, in a program of its own, the end. Tells when another program has changed the
+/// file.
 class DocumentActions final : public QObject {
     Q_OBJECT
 

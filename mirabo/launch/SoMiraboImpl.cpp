@@ -25,6 +25,7 @@
 #include <kalmyr/gui/SoSceneManagerImpl.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/plotrel/SoPlotrel.h>
 #include <kalmyr/qt/SoQt.h>
 #include <kalmyr/tilevex/TvSymTool.h>
 
@@ -45,7 +46,7 @@ constexpr int kPatienceMs = 50;
 /// The optional modules of the toolkit, so that a scene may hold any of their nodes; finished in
 /// the reverse order. One that is not installed is left out.
 constexpr std::array kModules{"Vrml97",   "Nodekits", "Animation", "Copies",
-                              "Draggers", "Manips",   "Rendering"};
+                              "Draggers", "Manips",   "Rendering", "Plotrel"};
 
 void frameLeft(Frame::Kind outermost);
 
@@ -156,6 +157,7 @@ void openSession()
     }
     r.process.useCLocale(); // numbers in field texts have a point
     mirabo::installCriticalErrorReport();
+    TvSymTool::registerModule("Plotrel", &SoPlotrel::init, &SoPlotrel::finish);
     for (const char* module : kModules)
         TvSymTool::initModule(module);
     r.session = std::make_unique<mirabo::Session>(frame, standalone);

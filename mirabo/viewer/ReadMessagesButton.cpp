@@ -13,7 +13,7 @@ ReadMessagesButton::ReadMessagesButton(QWidget* parent) : QToolButton(parent)
     setAutoRaise(true);
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     setFocusPolicy(Qt::TabFocus);
-    hide();
+    setMessages({}); // the status bar has its height from the beginning
     connect(this, &QToolButton::clicked, this, &ReadMessagesButton::open);
 }
 

@@ -58,7 +58,10 @@ void SoMiraboViewer::destroyInstance()
 SoMiraboViewer::SoMiraboViewer()
     : m_highlighter([this](const SoPath* path) { Q_EMIT picked(path); }),
       m_document(listener()),
-      m_saving(savedDocument())
+      m_saving(savedDocument()),
+      m_export({[this]() -> QMainWindow* { return m_frame; }, [this] { return getCurrentFile(); }}),
+      m_printing(
+          {[this]() -> QMainWindow* { return m_frame; }, [this] { return getCurrentFile(); }})
 {
     mirabo::EventFrames::addRoot(this);
 }
@@ -340,6 +343,18 @@ bool SoMiraboViewer::writeScene(SoNode* node, const QString& fileName,
 {
     const mirabo::Frame frame;
     return m_saving.write(node, fileName, format, showInViewer);
+}
+
+void SoMiraboViewer::exportImage()
+{
+    const mirabo::Frame frame;
+    m_export.run();
+}
+
+void SoMiraboViewer::printFile()
+{
+    const mirabo::Frame frame;
+    m_printing.run();
 }
 
 bool SoMiraboViewer::confirmUnsavedChanges()

@@ -6,6 +6,8 @@
 #ifndef Q_MOC_RUN // moc of Qt 5 stumbles over the standard's concepts
 #include "mirabo/viewer/SceneHighlighter.h"
 #endif
+#include "mirabo/viewer/SceneExport.h"
+#include "mirabo/viewer/ScenePrinting.h"
 #include "mirabo/viewer/SceneSaving.h"
 #include "mirabo/viewer/ViewerDocks.h"
 
@@ -89,6 +91,11 @@ public:
     /// to. `showInViewer`: shows what was written as the scene.
     bool writeScene(SoNode* node, const QString& fileName, mirabo::SceneFileFormat format,
                     bool showInViewer);
+    /// Writes what the view shows to a picture, a drawing or a model; asks for the file and its
+    /// format. A failure posts a debug error.
+    void exportImage();
+    /// Prints the picture that the view shows; asks for the printer.
+    void printFile();
     /// Edits of the scene by which the clipboard's operations are undoable.
     struct SceneEdits {
         /// Returns the current node when it cannot be selected: when there is no outline, or it
@@ -183,5 +190,7 @@ private:
     SceneState m_state;
     SceneEdits m_edits;
     mirabo::SceneSaving m_saving;
+    mirabo::SceneExport m_export;
+    mirabo::ScenePrinting m_printing;
     std::function<std::function<void()>()> m_keepForReload;
 };
