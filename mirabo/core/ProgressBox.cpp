@@ -15,6 +15,7 @@ namespace {
 
 /// Work that is done sooner shows no dialog: it would only flash.
 constexpr double kPatience = 0.3; // seconds
+constexpr int kWidthInCharacters = 50;
 
 } // namespace
 
@@ -46,6 +47,8 @@ void ProgressBox::show(const QString& text)
     const auto cancel = [this] { m_isCanceled = true; };
     QObject::connect(m_dialog, &QProgressDialog::canceled, m_dialog, cancel);
     QObject::connect(m_dialog, &QProgressDialog::rejected, m_dialog, cancel);
+    m_dialog->setWindowTitle("Mirabo");
+    m_dialog->setMinimumWidth(kWidthInCharacters * m_dialog->fontMetrics().averageCharWidth());
     m_bar = new QProgressBar(m_dialog);
     m_bar->setRange(0, 100);
     m_dialog->setBar(m_bar);

@@ -7,7 +7,6 @@
 #include "mirabo/tree/SoMiraboTreeView.h"
 #include "mirabo/viewer/ChangedFileBar.h"
 #include "mirabo/viewer/ReadMessagesButton.h"
-#include "mirabo/viewer/ShownScene.h"
 #include "mirabo/viewer/SoMiraboViewer.h"
 
 #include <kalmyr/vrml/SoVRMLParent.h>
@@ -56,8 +55,8 @@ DocumentActions::DocumentActions(SoMiraboMainFrame* frame, SoMiraboTreeView* tre
     actions.add(ActionId::SaveBranch, this,
                 {[viewer, tree] { viewer->saveSceneAs(tree->getCurrentNode()); },
                  [tree] { return tree->getCurrentNode() != nullptr; }});
-    actions.add(ActionId::Export, this, {[viewer] { viewer->exportImage(); }, &ShownScene::exists});
-    actions.add(ActionId::Print, this, {[viewer] { viewer->printFile(); }, &ShownScene::exists});
+    actions.add(ActionId::Export, this, {[viewer] { viewer->exportImage(); }, hasScene});
+    actions.add(ActionId::Print, this, {[viewer] { viewer->printFile(); }, hasScene});
     connect(tree, &SoMiraboTreeView::rootChanged, this, [hub] {
         for (const ActionId id :
              {ActionId::Save, ActionId::SaveAs, ActionId::Export, ActionId::Print})

@@ -13,6 +13,7 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFileSystemModel>
 #include <QScopedValueRollback>
 #include <QThread>
 
@@ -94,17 +95,31 @@ private:
     bool m_goesOn = true;
 };
 
+/// The dialog takes the words of the filters, which are none, for patterns of file names: lets it
+/// show the files that have the format's extension. A dialog of the desktop does as it likes.
+void showFilesOfFormat(QFileDialog* dialog, const QString& filter)
+{
+    auto* files = dialog->findChild<QFileSystemModel*>();
+    const ExportFormat* format = findExportFormat(filter);
+    if (files && format)
+        files->setNameFilters({QString("*") + format->extension});
+}
+
 } // namespace
 
 SceneExport::Choice SceneExport::ask()
 {
     const QString proposed = proposedName(m_document.file());
-    Modal dialog(new QFileDialog(m_document.window(), "Choose a filename to export under", proposed,
-                                 exportFilters()));
+    auto* widget = new QFileDialog(m_document.window(), "Choose a filename to export under",
+                                   proposed, exportFilters());
+    Modal dialog(widget);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->selectFile(proposed);
     if (!m_filter.isEmpty())
         dialog->selectNameFilter(m_filter);
+    showFilesOfFormat(widget, widget->selectedNameFilter());
+    QObject::connect(widget, &QFileDialog::filterSelected, widget,
+                     [widget](const QString& filter) { showFilesOfFormat(widget, filter); });
     if (dialog.run() != QDialog::Accepted)
         return {};
     m_filter = dialog->selectedNameFilter();

@@ -27,11 +27,6 @@ SoNode* shownRoot()
 
 } // namespace
 
-bool ShownScene::exists()
-{
-    return shownRoot() != nullptr;
-}
-
 ShownScene::ShownScene() : m_root(shownRoot())
 {
     if (const SoSceneManager* manager = MrbServicesImpl::getInstance()->getSceneManager()) {

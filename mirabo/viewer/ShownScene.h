@@ -18,9 +18,6 @@ namespace mirabo {
 /// Made and used under a GraphReading.
 class ShownScene {
 public:
-    /// Whether there is something to show.
-    static bool exists();
-
     ShownScene();
     /// Lets go of the graph; under the lock, if need be later.
     ~ShownScene();

@@ -12,6 +12,7 @@ namespace mirabo {
 namespace {
 
 constexpr int kLineMs = 10'000;
+constexpr int kIndent = 4; // pixels; begins where messages do
 constexpr int kLinkMs = 60'000;
 
 void removeNotes(QStatusBar* bar)
@@ -47,6 +48,7 @@ StatusNote::StatusNote(QWidget* parent, const QString& fileName, const QString& 
     if (!remark.isEmpty())
         text += ": " + remark.simplified();
     setTextFormat(Qt::RichText);
+    setIndent(kIndent);
     setText(text.toHtmlEscaped() + ". <a href=\"folder\">" + tr("Show Folder") + "</a>");
     setAccessibleName(text);
     setToolTip(fileName);

@@ -1,4 +1,6 @@
 #include "LaunchSupport.h"
+#include "support/Clock.h"
+#include "support/DialogAnswers.h"
 #include "support/TestExtension.h"
 
 #include <kalmyr/sensors/SoNodeSensor.h>
@@ -11,6 +13,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPointer>
@@ -179,6 +182,23 @@ const std::vector<Place>& places()
         {"About", [](Act act) { EndsTest::inDialogOf(act, "&About Mirabo"); }},
         {"Preferences", [](Act act) { EndsTest::inDialogOf(act, "&Preferences..."); }},
         {"SaveDialog", [](Act act) { EndsTest::inDialogOf(act, "Save &As..."); }},
+        {"ExportDialog", [](Act act) { EndsTest::inDialogOf(act, "&Export"); }},
+        {"PrintDialog", [](Act act) { EndsTest::inDialogOf(act, "&Print..."); }},
+        {"ProgressOfAnExport",
+         [](Act act) {
+             const QTemporaryDir folder;
+             const support::SlowWork slow;
+             support::DialogAnswers answers(
+                 {[&folder](QDialog* dialog) {
+                      static_cast<QFileDialog*>(dialog)->selectNameFilter("PDF - using Plotrel");
+                      dialog->findChild<QLineEdit*>("fileNameEdit")
+                          ->setText(folder.filePath("drawing"));
+                      dialog->accept();
+                  },
+                  [act](QDialog*) { act(); }});
+             EndsTest::action("&Export")->trigger();
+             EXPECT_EQ(answers.count(), 2);
+         }},
         {"MenuOfTheTree",
          [](Act act) { // it has no loop of its own
              QTreeWidget* tree = EndsTest::tree();

@@ -1,4 +1,5 @@
 #include "LaunchSupport.h"
+#include "support/DialogAnswers.h"
 
 #include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
@@ -13,6 +14,10 @@
 #include <mirabo/launch/SoMirabo.h>
 
 #include <QAction>
+#include <QFile>
+#include <QFileDialog>
+#include <QImage>
+#include <QLineEdit>
 #include <QLocale>
 #include <QMenuBar>
 #include <QPixmapCache>
@@ -58,6 +63,54 @@ TEST_F(HostedTest, ShowsAHostsSceneAndLeavesItAsItWas)
     EXPECT_EQ(support::writeScene(scene.get()), before);
     EXPECT_EQ(scene->getRefCount(), references);
     EXPECT_EQ(scene->getAuditors().getLength(), auditors);
+}
+
+// Without a scene manager the picture has a size and a view of its own.
+TEST_F(HostedTest, ExportsAHostsSceneWithAndWithoutItsView)
+{
+    const auto exported = [this] {
+        support::DialogAnswers answers({[this](QDialog* dialog) {
+            static_cast<QFileDialog*>(dialog)->selectNameFilter("BMP - Windows Bitmap");
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(folder.filePath("a.bmp"));
+            dialog->accept();
+        }});
+        action("&Export")->trigger();
+        pass();
+        const QImage image(folder.filePath("a.bmp"));
+        QFile::remove(folder.filePath("a.bmp"));
+        return image;
+    };
+    const int references = scene->getRefCount();
+    hooks().m_mirabo_startNode(scene.get());
+    const QImage whole = exported();
+    ASSERT_EQ(whole.size(), QSize(1280, 1024));
+    EXPECT_EQ(whole.pixel(0, 0), qRgb(0, 0, 0));
+    // The row of cubes and the sphere lies within the picture and fills it from side to side.
+    int left = whole.width(), right = 0;
+    for (int x = 0; x < whole.width(); ++x) {
+        for (int y = 0; y < whole.height(); ++y) {
+            if (whole.pixel(x, y) != qRgb(0, 0, 0)) {
+                left = std::min(left, x);
+                right = x;
+            }
+        }
+    }
+    EXPECT_GT(left, 0);
+    EXPECT_LT(left, 400);
+    EXPECT_GT(right, 880);
+    EXPECT_LT(right, 1279);
+    hooks().m_mirabo_stop();
+    EXPECT_EQ(scene->getRefCount(), references);
+
+    const SoRef<SoSceneManager> manager(new SoSceneManager);
+    manager->setSceneGraph(scene.get());
+    manager->setViewportRegion(SbViewportRegion(300, 200));
+    manager->setBackgroundColor(SbColor(0, 1, 0));
+    hooks().m_mirabo_startSceneManager(manager.get());
+    const QImage seen = exported();
+    ASSERT_EQ(seen.size(), QSize(300, 200));
+    EXPECT_EQ(seen.pixel(0, 0), qRgb(0, 255, 0));
+    hooks().m_mirabo_stop();
 }
 
 TEST_F(HostedTest, PutsBackWhatItChangesInTheProcess)

@@ -1,16 +1,17 @@
 // What the view shows is exported and printed from the real window, with its dialogs.
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "StandaloneSupport.h"
+#include "support/Clock.h"
 #include "support/DialogAnswers.h"
 #include "support/ErrorGuard.h"
 #include "support/Program.h"
 
-#include <kalmyr/base/SbTime.h>
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/nodes/SoSeparator.h>
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -18,6 +19,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -33,6 +35,7 @@ namespace {
 
 using mirabo::ActionId;
 using support::DialogAnswers;
+using support::SlowWork;
 
 /// A red cube in the middle of the view, flatly lit and turned a little.
 constexpr char kScene[] =
@@ -40,22 +43,6 @@ constexpr char kScene[] =
     "Separator { LightModel { model BASE_COLOR } Material { diffuseColor 1 0 0 }"
     " Transform { rotation 0 0 1 0.3 }"
     " Cube { } }\n";
-
-/// The toolkit's clocks run a second ahead whenever they are looked at: all work takes long.
-class SlowWork {
-public:
-    SlowWork()
-    {
-        s_now = SbTime::getTimeOfDay().getValue();
-        SbTime::setSource([] { return SbTime(s_now += 1); });
-    }
-    ~SlowWork() { SbTime::setSource(nullptr); }
-    SlowWork(const SlowWork&) = delete;
-    SlowWork& operator=(const SlowWork&) = delete;
-
-private:
-    static inline double s_now = 0;
-};
 
 /// Takes the place of the desktop's file manager.
 class Desktop final : public QObject {
@@ -298,6 +285,28 @@ TEST_F(Exporting, ProposesTheDocumentsNameAndTheLastFilter)
     viewer->closeScene();
     EXPECT_EQ(propose(), QDir::currentPath() + "/./Untitled File, PDF - using Plotrel");
     EXPECT_EQ(files(), (QStringList{"a.pdf", "scene.ky"})) << "rejected dialogs write nothing";
+}
+
+TEST_F(Exporting, ListsTheFilesOfTheChosenFormat)
+{
+    write("a.jpg", "");
+    write("b.pdf", "");
+    exportWith({[](QDialog* dialog) {
+        const auto* view = dialog->findChild<QListView*>("listView");
+        const auto lists = [view](const QString& name) {
+            return support::passUntil([&] {
+                const QModelIndex folder = view->rootIndex();
+                return view->model()->rowCount(folder) == 1
+                       && view->model()->index(0, 0, folder).data().toString() == name;
+            });
+        };
+        EXPECT_TRUE(lists("a.jpg"));
+        auto* types = dialog->findChild<QComboBox*>("fileTypeCombo");
+        while (types->currentText() != "PDF - using Plotrel")
+            QTest::keyClick(types, Qt::Key_Down);
+        EXPECT_TRUE(lists("b.pdf"));
+        dialog->reject();
+    }});
 }
 
 TEST_F(Exporting, PostsOneErrorAndLeavesNoHalfFile)

@@ -25,4 +25,21 @@ private:
     static inline std::atomic<double> s_now{0};
 };
 
+/// The toolkit's clocks run a second ahead whenever they are looked at, so that all work takes
+/// long. Not beside a Clock.
+class SlowWork {
+public:
+    SlowWork()
+    {
+        s_now = SbTime::getTimeOfDay().getValue();
+        SbTime::setSource([] { return SbTime(s_now = s_now + 1); });
+    }
+    ~SlowWork() { SbTime::setSource(nullptr); }
+    SlowWork(const SlowWork&) = delete;
+    SlowWork& operator=(const SlowWork&) = delete;
+
+private:
+    static inline std::atomic<double> s_now{0};
+};
+
 } // namespace support
