@@ -80,6 +80,15 @@ bool isText(const SoNode* node)
     return node && (node->getTypeId() == texts[0] || node->getTypeId() == texts[1]);
 }
 
+std::vector<std::string> stringsOf(const SoNode& text)
+{
+    std::vector<std::string> strings;
+    for (const SbString& one :
+         static_cast<const SoMFString*>(text.getField(SbName("string")))->values())
+        strings.emplace_back(one.getString());
+    return strings;
+}
+
 float difference(const SbColor& a, const SbColor& b)
 {
     return std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
@@ -133,6 +142,9 @@ FacetCollector::FacetCollector(const SoSceneView& view, const CollectOptions& op
 {
     for (const SoSceneView::Camera& camera : view.cameras)
         m_isParallel = m_isParallel || Projection(camera, options.area).isParallel();
+    for (const SoSceneView::Item& item : view.items)
+        if (isText(item.node)) // asked now: the node may go while the work goes on
+            m_strings[&item] = stringsOf(*item.node);
     m_depthTolerance =
         m_isParallel ? DepthTolerance{0, kNearness * 1e-6} : DepthTolerance{4e-6, 1e-12};
 }
@@ -238,10 +250,10 @@ void FacetCollector::collectTriangles(Context& context)
 void FacetCollector::collectTexts(const Context& context)
 {
     const SoGeometry& geometry = context.geometry;
-    if (!isText(context.item.node) || geometry.triangleFaces.size() < geometry.getNumTriangles())
+    const auto known = m_strings.find(&context.item);
+    if (known == m_strings.end() || geometry.triangleFaces.size() < geometry.getNumTriangles())
         return;
-    const auto& strings =
-        static_cast<const SoMFString*>(context.item.node->getField(SbName("string")))->values();
+    const std::vector<std::string>& strings = known->second;
     std::vector<SbBox3f> boxes(strings.size());
     for (std::size_t t = 0; t < geometry.getNumTriangles(); ++t) {
         const auto line = static_cast<std::size_t>(geometry.triangleFaces[t]);
@@ -265,7 +277,7 @@ void FacetCollector::collectTexts(const Context& context)
         const double size = std::hypot(places[2].x - places[0].x, places[2].y - places[0].y);
         if (!isSeen || !(length > 0) || !(size > 0))
             continue;
-        m_texts.push_back({strings[i].getString(), static_cast<float>(places[0].x),
+        m_texts.push_back({strings[i], static_cast<float>(places[0].x),
                            static_cast<float>(places[0].y),
                            static_cast<float>((places[1].x - places[0].x) / length),
                            static_cast<float>((places[1].y - places[0].y) / length),

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -34,7 +35,8 @@ struct FacetLayer {
 };
 
 /// Turns what a camera sees into facets on the page: transforms, lights, culls, cuts to the view
-/// and to the clipping planes, divides where colours bend, and projects.
+/// and to the clipping planes, divides where colours bend, and projects. Nodes are looked at in the
+/// constructor only.
 class FacetCollector {
 public:
     FacetCollector(const SoSceneView& view, const CollectOptions& options);
@@ -94,6 +96,7 @@ private:
     CollectOptions m_options;
     std::vector<FacetLayer> m_layers;
     std::vector<VectorImage> m_images;
+    std::unordered_map<const SoSceneView::Item*, std::vector<std::string>> m_strings; ///< of texts
     /// By the pixels, which the items hold.
     std::unordered_map<const unsigned char*, std::unique_ptr<TextureLevels>> m_textures;
     std::vector<VectorText> m_texts;

@@ -191,11 +191,12 @@ CollectOptions SoVectorizeAction::Job::collectOptions() const
 
 bool SoVectorizeAction::Job::draw(const SoSceneView& view)
 {
-    if (view.cameras.empty() || !goesOn(kSeen))
+    if (view.cameras.empty())
         return false;
     drawing.background = backgroundOf(view, action.m_background, action.m_style == HIDDEN_LINES);
     FacetCollector collector(view, collectOptions());
-    if (!collector.collect(within(kSeen, kCollected)))
+    // From here on the scene may change.
+    if (!goesOn(kSeen) || !collector.collect(within(kSeen, kCollected)))
         return false;
     if (const std::size_t broken = collector.getNumBroken())
         SoDebugError::postWarning(

@@ -70,7 +70,8 @@ public:
     bool isCuttingHiddenParts() const { return m_cutting; }
 
     /// Called now and then with the share of the work that is done; false stops it, and nothing is
-    /// written. It must not change the scene.
+    /// written. The scene may change meanwhile: what is drawn is the scene as it was at the
+    /// beginning.
     using ProgressCallback = std::function<bool(float share)>;
     void setProgressCallback(ProgressCallback callback) { m_progress = std::move(callback); }
 
