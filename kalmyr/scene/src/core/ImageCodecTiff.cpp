@@ -80,20 +80,30 @@ int componentsOf(TIFF* file)
     return (grey ? 1 : 3) + (extras > 0 ? 1 : 0);
 }
 
+/// The library's colours are multiplied by the opacity, ours are not.
+unsigned char straight(std::uint32_t color, std::uint32_t alpha)
+{
+    constexpr std::uint32_t kOpaque = 255;
+    return static_cast<unsigned char>(
+        alpha == 0 ? 0 : std::min(kOpaque, (color * kOpaque + alpha / 2) / alpha));
+}
+
 void unpack(const std::uint32_t* pixels, RawImage& out)
 {
     const std::size_t count =
         static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height);
+    const bool hasAlpha = out.components % 2 == 0;
     unsigned char* to = out.bytes;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t p = pixels[i];
-        *to++ = static_cast<unsigned char>(TIFFGetR(p));
+        const std::uint32_t alpha = hasAlpha ? TIFFGetA(p) : 255;
+        *to++ = straight(TIFFGetR(p), alpha);
         if (out.components > 2) {
-            *to++ = static_cast<unsigned char>(TIFFGetG(p));
-            *to++ = static_cast<unsigned char>(TIFFGetB(p));
+            *to++ = straight(TIFFGetG(p), alpha);
+            *to++ = straight(TIFFGetB(p), alpha);
         }
-        if (out.components % 2 == 0)
-            *to++ = static_cast<unsigned char>(TIFFGetA(p));
+        if (hasAlpha)
+            *to++ = static_cast<unsigned char>(alpha);
     }
 }
 

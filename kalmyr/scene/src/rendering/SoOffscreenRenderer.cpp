@@ -13,6 +13,7 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -256,9 +257,33 @@ SbImage SoOffscreenRenderer::getImage() const
     return image;
 }
 
+/// The buffer holds colours as they lie over the background; files hold those of the things alone.
+SbImage SoOffscreenRenderer::getStraightImage() const
+{
+    SbImage image = getImage();
+    if (image.getComponents() != RGB_TRANSPARENCY) {
+        return image;
+    }
+    float behind[3];
+    for (int c = 0; c < 3; ++c) {
+        behind[c] = 255 * std::clamp(m_backgroundColor[c], 0.0f, 1.0f);
+    }
+    unsigned char* pixel = image.edit();
+    unsigned char* const end = pixel + image.getByteCount();
+    for (; pixel < end; pixel += RGB_TRANSPARENCY) {
+        const float alpha = static_cast<float>(pixel[3]) / 255;
+        for (int c = 0; c < 3 && pixel[3] != 255; ++c) {
+            const float own =
+                alpha > 0 ? (static_cast<float>(pixel[c]) - behind[c] * (1 - alpha)) / alpha : 0;
+            pixel[c] = static_cast<unsigned char>(std::lround(std::clamp(own, 0.0f, 255.0f)));
+        }
+    }
+    return image;
+}
+
 bool SoOffscreenRenderer::writeToPNG(std::FILE* file) const
 {
-    return kalmyr::detail::writePNG(file, getImage());
+    return kalmyr::detail::writePNG(file, getStraightImage());
 }
 
 bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
@@ -293,12 +318,12 @@ bool SoOffscreenRenderer::writeToBMP(std::FILE* file) const
 
 bool SoOffscreenRenderer::writeToTIFF(std::FILE* file, bool compressed) const
 {
-    return kalmyr::detail::writeTIFF(file, getImage(), compressed);
+    return kalmyr::detail::writeTIFF(file, getStraightImage(), compressed);
 }
 
 bool SoOffscreenRenderer::writeToRGB(std::FILE* file) const
 {
-    return kalmyr::detail::writeRGB(file, getImage());
+    return kalmyr::detail::writeRGB(file, getStraightImage());
 }
 
 bool SoOffscreenRenderer::writeToPostScript(std::FILE* file) const

@@ -60,12 +60,15 @@ public:
     bool render(SoNode* root);
     bool render(SoPath* path);
 
-    /// Rows from bottom to top without padding, 3 or 4 bytes a pixel; null before a render().
+    /// Rows from bottom to top without padding, 3 or 4 bytes a pixel; null before a render(). With
+    /// transparency the colours are as they lie over the background: black behind makes them
+    /// premultiplied ones.
     const unsigned char* getBuffer() const { return m_buffer.empty() ? nullptr : m_buffer.data(); }
     /// A copy of the buffer as an image.
     SbImage getImage() const;
 
-    /// Write the picture in one of the formats; false, with an error posted, when there is no
+    /// Write the picture in one of the formats, those with transparency with straight colours (not
+    /// multiplied by it); false, with an error posted, when there is no
     /// picture or writing fails. The file stays open and the caller's; the name variants open,
     /// write and close.
     bool writeToPNG(std::FILE* file) const;
@@ -83,6 +86,7 @@ private:
     struct Target;
     template <class Scene>
     bool renderScene(Scene* scene);
+    SbImage getStraightImage() const;
     bool draw(SoNode* root);
     bool draw(SoPath* path);
 
