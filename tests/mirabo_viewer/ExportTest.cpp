@@ -4,10 +4,12 @@
 #include "support/Clock.h"
 #include "support/DialogAnswers.h"
 #include "support/ErrorGuard.h"
-#include "support/Program.h"
+#include "support/WriteLocked.h"
 
 #include <kalmyr/gui/SoSceneManager.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/plotrel/SoPlotrel.h>
+#include <kalmyr/tilevex/TvSymTool.h>
 
 #include <QAbstractButton>
 #include <QAction>
@@ -30,6 +32,9 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+
+#include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -392,8 +397,23 @@ TEST_F(Exporting, WritesTheSceneOfTheBeginning)
     EXPECT_TRUE(isRed(QImage(at("a.bmp")).pixel(QImage(at("a.bmp")).rect().center())));
 }
 
+TEST_F(Exporting, WaitsUntilOtherThreadsHaveEdited)
+{
+    const SlowWork slow;
+    std::optional<support::WriteLocked> edit(std::in_place);
+    const QString path = at("a.pdf");
+    exportWith({choose("PDF - using Plotrel", path), [&](QDialog* dialog) {
+                    EXPECT_EQ(static_cast<QProgressDialog*>(dialog)->value(), 0);
+                    press(dialog, "Cancel");
+                }});
+    EXPECT_EQ(files(), QStringList{"scene.ky"});
+    exportWith({choose("PDF - using Plotrel", path), [&](QDialog*) { edit.reset(); }});
+    EXPECT_TRUE(bytesOf(path).startsWith("%PDF"));
+}
+
 TEST_F(Exporting, EndsWithTheTool)
 {
+    EXPECT_TRUE(TvSymTool::isInitialized("Plotrel"));
     const SlowWork slow;
     for (const char* filter : {"JPG - JPEG", "PDF - using Plotrel"}) {
         SCOPED_TRACE(filter);
@@ -406,7 +426,7 @@ TEST_F(Exporting, EndsWithTheTool)
         EXPECT_EQ(files(), QStringList{"scene.ky"});
         SoMiraboImpl::processEvents();
         EXPECT_FALSE(SoMiraboViewer::exists());
-        TearDown();
+        EXPECT_FALSE(SoPlotrel::isInitialized());
         StandaloneTest::SetUp();
         ASSERT_TRUE(viewer->openSceneFile(at("scene.ky")));
     }
@@ -455,6 +475,17 @@ TEST_F(Exporting, PrintsThePictureInItsOwnSize)
     ASSERT_TRUE(note());
     EXPECT_TRUE(note()->text().startsWith("print.pdf was written"));
     const QImage page = pageOf(at("print.pdf"), "pdftoppm");
+    // A file that cannot be written.
+    {
+        auto errors = support::expectErrors();
+        DialogAnswers answers({[](QDialog* dialog) {
+            static_cast<QPrintDialog*>(dialog)->printer()->setOutputFileName("/dev/null/a.pdf");
+            dialog->done(QDialog::Accepted);
+        }});
+        trigger(ActionId::Print);
+        EXPECT_TRUE(errors.contains("SoMiraboViewer::printFile(): Unable to print"));
+    }
+    EXPECT_EQ(told(), "The scene could not be printed");
     if (page.isNull())
         GTEST_SKIP() << "pdftoppm is not installed";
     // Its left upper corner is that of the picture, one of whose points is one of the screen.
