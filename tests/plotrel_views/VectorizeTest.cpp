@@ -2,10 +2,12 @@
 #include "Scenes.h"
 
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/plotrel/SoPlotrel.h>
 #include <kalmyr/plotrel/SoToPDFAction.h>
 #include <kalmyr/plotrel/SoVectorizeHPGLAction.h>
 
+#include "support/Clock.h"
 #include "support/ErrorGuard.h"
 #include "support/Program.h"
 
@@ -323,6 +325,30 @@ TEST_F(Vectorize, StopsWhenTold)
         EXPECT_FALSE(action.closeFile());
         EXPECT_EQ(support::readFile(path), whole);
     }
+}
+
+TEST_F(Vectorize, DrawsTheSceneThatItWasAppliedTo)
+{
+    const support::Clock clock; // the file tells when it was made
+    std::string files[2];
+    for (const bool isChanged : {false, true}) {
+        const SoRef<SoNode> scene = readScene(
+            seen("AsciiText { string \"words\" } Texture2 { image 1 1 3 0xff0000 } Cone { }"));
+        auto* root = static_cast<SoGroup*>(scene.get());
+        SoToPDFAction action;
+        action.setProgressCallback([&](float) {
+            if (isChanged)
+                root->removeAllChildren();
+            return true;
+        });
+        const std::string path = m_folder.path("out.pdf");
+        ASSERT_TRUE(action.openFile(path.c_str()));
+        action.apply(root);
+        ASSERT_TRUE(action.closeFile());
+        EXPECT_EQ(root->getNumChildren() == 0, isChanged);
+        files[isChanged] = support::readFile(path);
+    }
+    EXPECT_EQ(files[0], files[1]);
 }
 
 TEST_F(Vectorize, PutsTheModelIntoThePdf)
