@@ -21,7 +21,7 @@ constexpr std::size_t kMaxHiddenPieces = 24;
 constexpr std::size_t kMaxOccluders = 4000;
 constexpr std::uint32_t kProgressStep = 4096;
 /// Shares of the work that is done when all is compared, and when what is hidden is known.
-constexpr float kCompared = 0.8f, kKnown = 0.9f;
+constexpr float kCompared = 0.4f, kKnown = 0.95f;
 
 } // namespace
 
@@ -167,7 +167,7 @@ bool FacetSorter::compareAll(const std::vector<FacetShape>& shapes, Graph& graph
     return !m_stopped;
 }
 
-/// Finds what opaque polygons hide, and takes it out of the graph.
+/// Finds what opaque polygons hide, and takes it out of the graph; not all when it is stopped.
 std::vector<bool> FacetSorter::findHidden(const std::vector<std::uint32_t>& facets,
                                           const std::vector<FacetShape>& shapes, Graph& graph)
 {
@@ -179,6 +179,10 @@ std::vector<bool> FacetSorter::findHidden(const std::vector<std::uint32_t>& face
             fronts.edges.emplace_back(back, front);
     fronts.index(facets.size());
     for (std::uint32_t i = 0; i < facets.size(); ++i) {
+        if (i % kProgressStep == 0
+            && isStopped(std::lerp(kCompared, kKnown,
+                                   static_cast<float>(i) / static_cast<float>(facets.size()))))
+            break;
         const auto of = fronts.of(i);
         hidden[i] =
             !of.empty() && of.size() <= kMaxOccluders && isHidden(shapes[i], of, shapes, parts);
