@@ -83,8 +83,7 @@ public:
             const bool isApart = one.group || open.group
                                      ? one.group == open.group
                                      : !open.polygons || open.polygons->add(index);
-            if (known.isLike(run) && isApart
-                && (!mixes || polygon || !touches)) {
+            if (known.isLike(run) && isApart && (!mixes || polygon || !touches)) {
                 m_result.next[known.last] = index;
                 known.last = index;
                 ++known.count;

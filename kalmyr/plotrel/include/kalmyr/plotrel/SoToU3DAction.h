@@ -64,8 +64,8 @@ public:
     double getMetersPerUnit() const;
 
     /// Called now and then with the share of the work that is done: 0 while a scene is traversed,
-    /// and up to 1 while bytes are made. False stops: nothing is written then. It must not change
-    /// the scene.
+    /// and up to 1 while bytes are made. False stops: nothing is written then. The scene must not
+    /// change at 0; from then on it may, what is written is the scene as it was.
     using ProgressCallback = std::function<bool(float share)>;
     void setProgressCallback(ProgressCallback callback);
     /// Whether the progress callback stopped it since the file was opened, or the latest
