@@ -1,43 +1,20 @@
 #pragma once
 
-#include <kalmyr/base/SbVec.h>
+#include "shapes/SharedGeometry.h"
 
-class SoGeometry;
+#include <kalmyr/base/SbVec.h>
 
 namespace kalmyr::detail {
 
-/// Builds bodies about the y axis, with normals and the texture coordinates of VRML97: from outside
-/// pictures run left to right and upwards, and meet at the back.
-class BodyBuilder {
-public:
-    /// Steps around the axis; half as many from pole to pole.
-    static constexpr int kSteps = 32;
+/// The key of a box, sphere, cone or cylinder of VRML97, which are those of the toolkit at one
+/// fineness. `parts` is the sum of the numbers below.
+SharedKey bodyKey(SharedKey::Kind kind, const SbVec3f& sizes, int parts = 0);
+enum BodyParts { BODY_SIDE = 1, CONE_BASE = 2, CYLINDER_LID = 2, CYLINDER_BASE = 4 };
 
-    /// Appends to `geometry`.
-    explicit BodyBuilder(SoGeometry& geometry) : m_geometry(geometry) {}
+/// The geometry that equal bodies share, or null for an open one.
+SoRef<SoGeometry> sharedBody(const SharedKey& key, bool isClosed);
 
-    /// A ring of the surface.
-    struct Ring {
-        float radius;
-        float y;
-        float v; ///< texture coordinate
-    };
-    /// The wall between two rings, `lower` below. `slope` is the normal's share outwards and
-    /// upwards.
-    void side(const Ring& lower, const Ring& upper, const SbVec2f& slope);
-    /// A flat end.
-    void disk(float radius, float y, bool up);
-    void sphere(float radius);
-
-private:
-    /// Rows of kSteps + 1 vertices each, joined by triangles.
-    void rows(unsigned first, int count);
-    void vertex(const SbVec3f& position, const SbVec3f& normal, const SbVec2f& texCoord);
-
-    SoGeometry& m_geometry;
-};
-
-/// A box about the origin, each face with the whole picture.
-void buildBox(SoGeometry& geometry, const SbVec3f& size);
+/// Builds a body. Open ones, too, are seen from outside only.
+void buildBody(const SharedKey& key, SoGeometry& geometry);
 
 } // namespace kalmyr::detail

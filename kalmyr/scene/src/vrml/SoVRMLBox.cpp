@@ -19,7 +19,18 @@ void SoVRMLBox::initClass()
     SO_NODE_INIT_CLASS(SoVRMLBox, SoVRMLGeometry, "VRMLBox");
 }
 
+kalmyr::detail::SharedKey SoVRMLBox::getKey() const
+{
+    using namespace kalmyr::detail;
+    return bodyKey(SharedKey::CUBE, size.getValue());
+}
+
+SoRef<SoGeometry> SoVRMLBox::findShared(SoState*)
+{
+    return kalmyr::detail::sharedBody(getKey(), true);
+}
+
 void SoVRMLBox::buildGeometry(SoState*, SoGeometry& geometry)
 {
-    kalmyr::detail::buildBox(geometry, size.getValue());
+    kalmyr::detail::buildBody(getKey(), geometry);
 }

@@ -22,13 +22,19 @@ void SoVRMLCone::initClass()
     SO_NODE_INIT_CLASS(SoVRMLCone, SoVRMLGeometry, "VRMLCone");
 }
 
+kalmyr::detail::SharedKey SoVRMLCone::getKey() const
+{
+    using namespace kalmyr::detail;
+    const int parts = (side.getValue() ? BODY_SIDE : 0) | (bottom.getValue() ? CONE_BASE : 0);
+    return bodyKey(SharedKey::CONE, SbVec3f(bottomRadius.getValue(), height.getValue(), 0), parts);
+}
+
+SoRef<SoGeometry> SoVRMLCone::findShared(SoState*)
+{
+    return kalmyr::detail::sharedBody(getKey(), side.getValue() && bottom.getValue());
+}
+
 void SoVRMLCone::buildGeometry(SoState*, SoGeometry& geometry)
 {
-    const float r = bottomRadius.getValue();
-    const float h = height.getValue();
-    kalmyr::detail::BodyBuilder body(geometry);
-    if (side.getValue())
-        body.side({r, -h / 2, 0}, {0, h / 2, 1}, SbVec2f(h, r));
-    if (bottom.getValue())
-        body.disk(r, -h / 2, false);
+    kalmyr::detail::buildBody(getKey(), geometry);
 }

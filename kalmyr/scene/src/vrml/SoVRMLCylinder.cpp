@@ -23,15 +23,21 @@ void SoVRMLCylinder::initClass()
     SO_NODE_INIT_CLASS(SoVRMLCylinder, SoVRMLGeometry, "VRMLCylinder");
 }
 
+kalmyr::detail::SharedKey SoVRMLCylinder::getKey() const
+{
+    using namespace kalmyr::detail;
+    const int parts = (side.getValue() ? BODY_SIDE : 0) | (top.getValue() ? CYLINDER_LID : 0)
+                      | (bottom.getValue() ? CYLINDER_BASE : 0);
+    return bodyKey(SharedKey::CYLINDER, SbVec3f(radius.getValue(), height.getValue(), 0), parts);
+}
+
+SoRef<SoGeometry> SoVRMLCylinder::findShared(SoState*)
+{
+    return kalmyr::detail::sharedBody(getKey(),
+                                      side.getValue() && top.getValue() && bottom.getValue());
+}
+
 void SoVRMLCylinder::buildGeometry(SoState*, SoGeometry& geometry)
 {
-    const float r = radius.getValue();
-    const float h = height.getValue();
-    kalmyr::detail::BodyBuilder body(geometry);
-    if (side.getValue())
-        body.side({r, -h / 2, 0}, {r, h / 2, 1}, SbVec2f(1, 0));
-    if (top.getValue())
-        body.disk(r, h / 2, true);
-    if (bottom.getValue())
-        body.disk(r, -h / 2, false);
+    kalmyr::detail::buildBody(getKey(), geometry);
 }

@@ -19,7 +19,18 @@ void SoVRMLSphere::initClass()
     SO_NODE_INIT_CLASS(SoVRMLSphere, SoVRMLGeometry, "VRMLSphere");
 }
 
+kalmyr::detail::SharedKey SoVRMLSphere::getKey() const
+{
+    using namespace kalmyr::detail;
+    return bodyKey(SharedKey::SPHERE, SbVec3f(radius.getValue(), 0, 0));
+}
+
+SoRef<SoGeometry> SoVRMLSphere::findShared(SoState*)
+{
+    return kalmyr::detail::sharedBody(getKey(), true);
+}
+
 void SoVRMLSphere::buildGeometry(SoState*, SoGeometry& geometry)
 {
-    kalmyr::detail::BodyBuilder(geometry).sphere(radius.getValue());
+    kalmyr::detail::buildBody(getKey(), geometry);
 }

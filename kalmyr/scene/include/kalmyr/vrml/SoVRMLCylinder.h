@@ -3,6 +3,10 @@
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/vrml/SoVRMLGeometry.h>
 
+namespace kalmyr::detail {
+struct SharedKey;
+}
+
 /// A cylinder about the y axis and the origin.
 class KALMYR_API SoVRMLCylinder : public SoVRMLGeometry {
     SO_NODE_HEADER(SoVRMLCylinder)
@@ -20,5 +24,9 @@ public:
 protected:
     ~SoVRMLCylinder() override;
 
+    SoRef<SoGeometry> findShared(SoState* state) override;
     void buildGeometry(SoState* state, SoGeometry& geometry) override;
+
+private:
+    kalmyr::detail::SharedKey getKey() const;
 };
