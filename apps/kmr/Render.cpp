@@ -86,11 +86,11 @@ int runRender(const Arguments& given)
         return wrongUsage("an option needs a value");
     if (!takeDrawOptions(arguments, options, reason))
         return wrongUsage(reason);
-    constexpr int kMaxTransparency = 10, kMaxSamples = 8;
+    constexpr int kMaxTransparency = 13, kMaxSamples = 8;
     if (!transparency.empty()
         && (!SbNumber::toInt(transparency, how.transparency) || how.transparency < 0
             || how.transparency > kMaxTransparency))
-        return wrongUsage("--transparency is a number from 0 to 10, not " + transparency);
+        return wrongUsage("--transparency is a number from 0 to 13, not " + transparency);
     if (!samples.empty()
         && (!SbNumber::toInt(samples, how.samples) || how.samples < 1 || how.samples > kMaxSamples))
         return wrongUsage("--samples is a number from 1 to 8, not " + samples);
