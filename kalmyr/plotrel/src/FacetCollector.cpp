@@ -115,7 +115,24 @@ struct FacetCollector::Context {
     bool translucent = false; ///< goes above what is opaque
 
     Vertex vertex(std::uint32_t index) const;
+    /// Whether a texture is painted on the surface before it is lit.
+    bool paintsSurface() const { return baker && look.texture.model == SoTextureValues::SURFACE; }
+    TextureBaker::BakeLight bakeLight(const LitCorner& corner) const;
 };
+
+TextureBaker::BakeLight FacetCollector::Context::bakeLight(const LitCorner& corner) const
+{
+    TextureBaker::BakeLight light;
+    light.clear = lighting.getClearness(corner.surface.eye);
+    SbVec3f color(corner.page.color[0], corner.page.color[1], corner.page.color[2]);
+    if (paintsSurface()) {
+        const LightShares shares = lighting.split(corner.surface, front);
+        color = shares.diffuse;
+        light.other = shares.other;
+    }
+    light.color = {color[0], color[1], color[2], corner.surface.color[3]};
+    return light;
+}
 
 FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) const
 {
@@ -131,6 +148,9 @@ FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) cons
         v.surface.color = {look.diffuse[0], look.diffuse[1], look.diffuse[2],
                            1 - look.transparency};
     }
+    // The colours of such an image take the place of the surface's own.
+    if (paintsSurface() && look.texture.hasColors())
+        std::fill_n(v.surface.color.begin(), 3, 1.0f);
     if (index < geometry.texCoords.size())
         v.surface.texCoord = geometry.texCoords[index];
     v.clip = projection.toClip(v.surface.eye);
@@ -329,9 +349,10 @@ FacetCollector::LitCorner FacetCollector::lit(const Context& context,
 {
     LitCorner corner{surface, context.projection.toClip(surface.eye), {}, {}};
     corner.page = context.projection.toPage(corner.clip);
-    corner.color = context.fixedColor ? context.color
-                   : context.baker    ? context.lighting.light(surface, context.front)
-                                      : context.lighting.shade(surface, context.front);
+    corner.color = context.fixedColor        ? context.color
+                   : context.paintsSurface() ? context.lighting.split(surface, context.front).sum()
+                   : context.baker           ? context.lighting.light(surface, context.front)
+                                             : context.lighting.shade(surface, context.front);
     for (std::size_t c = 0; c < 3; ++c)
         corner.page.color[c] = std::clamp(corner.color[static_cast<int>(c)], 0.0f, 1.0f);
     return corner;
@@ -518,17 +539,9 @@ void FacetCollector::addFacet(Context& context, const LitCorner& a, const LitCor
     if (context.baker) {
         TextureBaker::Triangle triangle;
         std::size_t i = 0;
-        for (const LitCorner* from : {&a, &b, &c}) {
-            const std::array<float, 4>& color = from->surface.color;
-            triangle[i++] = {
-                from->page.x,
-                from->page.y,
-                from->page.z,
-                1 / from->clip.w,
-                from->surface.texCoord,
-                {from->page.color[0], from->page.color[1], from->page.color[2], color[3]},
-                context.lighting.getClearness(from->surface.eye)};
-        }
+        for (const LitCorner* from : {&a, &b, &c})
+            triangle[i++] = {from->page.x,     from->page.y,           from->page.z,
+                             1 / from->clip.w, from->surface.texCoord, context.bakeLight(*from)};
         context.baker->add(triangle);
     }
     Facet facet = context.facet;

@@ -61,7 +61,7 @@ Lighting::Lighting(const SoSceneView& view, const SoSceneView::Item& item)
 }
 
 void Lighting::shine(const SoEyeLight& light, const SurfacePoint& point, const SbVec3f& normal,
-                     const SbVec3f& toViewer, SbColor& sum) const
+                     const SbVec3f& toViewer, LightShares& sum) const
 {
     SbVec3f toLight = light.position;
     float strength = 1;
@@ -89,25 +89,31 @@ void Lighting::shine(const SoEyeLight& light, const SurfacePoint& point, const S
     }
     for (int c = 0; c < 3; ++c) {
         const auto i = static_cast<std::size_t>(c);
-        sum[c] += light.color[c] * strength
-                  * (point.color[i] * std::max(d, 0.0f) + m_look.ambient[c] * light.ambient
-                     + m_look.specular[c] * gloss);
+        const float color = light.color[c] * strength;
+        sum.diffuse[c] += color * point.color[i] * std::max(d, 0.0f);
+        sum.other[c] += color * (m_look.ambient[c] * light.ambient + m_look.specular[c] * gloss);
     }
 }
 
-SbColor Lighting::light(const SurfacePoint& point, bool front) const
+LightShares Lighting::split(const SurfacePoint& point, bool front) const
 {
     if (!m_lit)
-        return SbColor(point.color[0], point.color[1], point.color[2]);
+        return {SbColor(point.color[0], point.color[1], point.color[2]), SbColor(0, 0, 0)};
     SbVec3f normal = point.normal.normalized();
     if (m_twoSided && !front)
         normal = -normal;
     const SbVec3f toViewer =
         m_specular && m_perspective ? (-point.eye).normalized() : SbVec3f(0, 0, 1);
-    SbColor sum = m_glow;
+    LightShares sum{SbColor(0, 0, 0), m_glow};
     for (const SoEyeLight& light : m_lights)
         shine(light, point, normal, toViewer, sum);
-    for (int c = 0; c < 3; ++c)
+    return sum;
+}
+
+SbColor Lighting::light(const SurfacePoint& point, bool front) const
+{
+    SbColor sum = split(point, front).sum();
+    for (int c = 0; m_lit && c < 3; ++c)
         sum[c] = std::min(sum[c], 1.0f);
     return sum;
 }

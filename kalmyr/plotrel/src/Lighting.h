@@ -17,6 +17,14 @@ struct SurfacePoint {
     static SurfacePoint between(const SurfacePoint& a, const SurfacePoint& b, float t);
 };
 
+/// Light from a place on a surface, not limited to what can be shown.
+struct LightShares {
+    SbColor diffuse; ///< in proportion to the colour of the surface there
+    SbColor other;   ///< ambient, specular and emissive
+
+    SbColor sum() const { return SbColor(diffuse + other); }
+};
+
 /// The light that comes from the surfaces of one item: what the renderer's shaders compute.
 class Lighting {
 public:
@@ -32,6 +40,7 @@ public:
 
     /// Colour before texture and fog. `front`: the side of the surface that is seen.
     SbColor light(const SurfacePoint& point, bool front) const;
+    LightShares split(const SurfacePoint& point, bool front) const;
     SbColor fog(const SbColor& color, const SbVec3f& eye) const;
     /// The share of a colour that fog leaves, 0 to 1; 1 without fog.
     float getClearness(const SbVec3f& eye) const;
@@ -43,7 +52,7 @@ public:
 
 private:
     void shine(const SoEyeLight& light, const SurfacePoint& point, const SbVec3f& normal,
-               const SbVec3f& toViewer, SbColor& sum) const;
+               const SbVec3f& toViewer, LightShares& sum) const;
 
     const SoRenderAppearance& m_look;
     const std::vector<SoEyeLight>& m_lights;

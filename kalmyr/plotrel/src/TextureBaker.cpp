@@ -20,10 +20,16 @@ std::uint8_t toByte(float value)
 
 } // namespace
 
-Texel TextureBaker::paint(const std::array<float, 4>& c, const Texel& t) const
+Texel TextureBaker::paint(const BakeLight& light, const Texel& t) const
 {
     const SbColor& blend = m_look.texture.blendColor;
+    const std::array<float, 4>& c = light.color;
     switch (m_look.texture.model) {
+    case SoTextureValues::SURFACE:
+        return {std::min(c[0] * t.red + light.other[0], 1.0f),
+                std::min(c[1] * t.green + light.other[1], 1.0f),
+                std::min(c[2] * t.blue + light.other[2], 1.0f),
+                m_look.texture.hasAlpha() ? t.alpha : c[3]};
     case SoTextureValues::DECAL:
         return {std::lerp(c[0], t.red, t.alpha), std::lerp(c[1], t.green, t.alpha),
                 std::lerp(c[2], t.blue, t.alpha), c[3]};
@@ -110,19 +116,19 @@ public:
         const SbMatrix& m = m_textureMatrix;
         return SbVec2f(u * m[0][0] + v * m[1][0] + m[3][0], u * m[0][1] + v * m[1][1] + m[3][1]);
     }
-    /// The light on the surface, and in `clear` what fog leaves of it.
-    std::array<float, 4> color(const Weights& w, float& clear) const
+    BakeLight light(const Weights& w) const
     {
-        std::array<float, 4> color{};
-        clear = 0;
+        BakeLight sum;
         for (std::size_t i = 0; i < 3; ++i) {
             const auto share = static_cast<float>(std::clamp(w[i], 0.0, 1.0));
+            const BakeLight& light = m_triangle[i].light;
             for (std::size_t c = 0; c < 4; ++c)
-                color[c] += share * m_triangle[i].color[c];
-            clear += share * m_triangle[i].clear;
+                sum.color[c] += share * light.color[c];
+            sum.other += light.other * share;
+            sum.clear += share * light.clear;
         }
-        clear = std::min(clear, 1.0f);
-        return color;
+        sum.clear = std::min(sum.clear, 1.0f);
+        return sum;
     }
 
 private:
@@ -142,14 +148,13 @@ Texel TextureBaker::colorAt(const PixelTriangle& triangle, int x, int y) const
         return std::hypot(d[0] * static_cast<float>(m_levels.getWidth()),
                           d[1] * static_cast<float>(m_levels.getHeight()));
     };
-    float clear = 1;
-    const std::array<float, 4> light = triangle.color(weights, clear);
+    const BakeLight light = triangle.light(weights);
     Texel pixel = paint(light, m_levels.sample(m_look.texture, here,
                                                std::max(texelsTo(x + 1, y), texelsTo(x, y + 1))));
     const SbColor& fog = m_look.environment.fogColor;
-    pixel.red = std::lerp(fog[0], pixel.red, clear);
-    pixel.green = std::lerp(fog[1], pixel.green, clear);
-    pixel.blue = std::lerp(fog[2], pixel.blue, clear);
+    pixel.red = std::lerp(fog[0], pixel.red, light.clear);
+    pixel.green = std::lerp(fog[1], pixel.green, light.clear);
+    pixel.blue = std::lerp(fog[2], pixel.blue, light.clear);
     return pixel;
 }
 

@@ -15,12 +15,16 @@ namespace kalmyr::detail {
 /// seen through their outlines.
 class TextureBaker {
 public:
+    struct BakeLight {
+        std::array<float, 4> color{}; ///< lit, without fog; of a SURFACE the diffuse share alone
+        SbVec3f other;                ///< of a SURFACE: light that the texture does not change
+        float clear = 0;              ///< share that fog leaves
+    };
     struct BakeCorner {
-        double x, y, z;             ///< on the page; nearness before scaling
-        double inverseW;            ///< linear on the page
-        SbVec2f texCoord;           ///< before the texture matrix
-        std::array<float, 4> color; ///< lit, without fog
-        float clear;                ///< share that fog leaves
+        double x, y, z;   ///< on the page; nearness before scaling
+        double inverseW;  ///< linear on the page
+        SbVec2f texCoord; ///< before the texture matrix
+        BakeLight light;
     };
     using Triangle = std::array<BakeCorner, 3>;
 
@@ -35,7 +39,7 @@ public:
     bool bake(const DrawingArea& area, double resolution, VectorImage& image);
 
 private:
-    Texel paint(const std::array<float, 4>& color, const Texel& texel) const;
+    Texel paint(const BakeLight& light, const Texel& texel) const;
     class PixelTriangle;
     Texel colorAt(const PixelTriangle& triangle, int x, int y) const;
     void draw(const PixelTriangle& triangle, int width, int height);

@@ -123,8 +123,13 @@ void U3DLooks::applyTexture(SoState* state, const SoTextureValues& texture, Surf
     U3DMaterial& material = surface.material;
     shader.repeatS = texture.wrapS == SoTextureValues::REPEAT;
     shader.repeatT = texture.wrapT == SoTextureValues::REPEAT;
-    if (texture.model == SoTextureValues::MODULATE) {
+    const bool isSurface = texture.model == SoTextureValues::SURFACE;
+    if (isSurface || texture.model == SoTextureValues::MODULATE) {
         shader.texture = addTexture(state, texture, nullptr);
+        if (isSurface && texture.hasColors())
+            shader.vertexColors = false;
+        if (isSurface && texture.hasAlpha())
+            material.opacity = 1;
         return;
     }
     // The image is all that is seen, or is painted over the colour before it is lit.

@@ -142,6 +142,16 @@ SoNode* solid(const SoShape* shape)
     return cylinder;
 }
 
+/// Whether a texture is all that is seen: it paints the glow of a surface that shines back nothing.
+bool isPaintedGlow(SoState* state)
+{
+    const SbColor black(0, 0, 0);
+    const SoMaterialValues& material = SoMaterialElement::get(state);
+    return state->get<SoTextureElement>().value().model != SoTextureValues::SURFACE
+           && material.getDiffuse() == black && material.specular == black
+           && material.ambient == black;
+}
+
 } // namespace
 
 void SoToVRML2Action::initMethods()
@@ -302,9 +312,10 @@ SoNode* SoToVRML2Action::makeAppearance(bool isLit)
         return known.get();
     auto* made = new SoVRMLAppearance;
     known = made;
-    made->material = makeMaterial(isLit);
-    if (SoNode* texture = makeTexture())
-        made->texture = texture;
+    made->texture = makeTexture();
+    // A texture does not paint what glows: without a material the picture is seen as it is.
+    if (!made->texture.getValue() || (isLit && !isPaintedGlow(state)))
+        made->material = makeMaterial(isLit);
     if (matrix.value() == SbMatrix::identity() || !made->texture.getValue())
         return made;
     const TextureTransform factors = factorTextureMatrix(matrix.value());

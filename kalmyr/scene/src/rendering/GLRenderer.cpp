@@ -80,6 +80,23 @@ unsigned when(bool condition, ShaderFeature feature)
     return condition ? feature : 0u;
 }
 
+/// Number of a texture's model in the shaders; of SURFACE with what the image replaces.
+float modelNumber(const SoTextureValues& texture)
+{
+    switch (texture.model) {
+    case SoTextureValues::SURFACE:
+        return static_cast<float>(4 + (texture.hasColors() ? 1 : 0) + (texture.hasAlpha() ? 2 : 0));
+    case SoTextureValues::MODULATE:
+        return 0;
+    case SoTextureValues::DECAL:
+        return 1;
+    case SoTextureValues::BLEND:
+        return 2;
+    default:
+        return 3;
+    }
+}
+
 bool isBlack(const SbColor& color)
 {
     return color[0] == 0 && color[1] == 0 && color[2] == 0;
@@ -573,14 +590,9 @@ void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
     GLsizei count = SLOT_EMISSIVE + 1;
     if (features & SHADER_TEXTURE) {
         const SbMatrix& m = look.textureMatrix;
-        const SoTextureValues::Model model = look.texture.model;
         setVector(values[SLOT_TEXTURE_U], SbColor(m[0][0], m[1][0], m[3][0]), 0);
         setVector(values[SLOT_TEXTURE_V], SbColor(m[0][1], m[1][1], m[3][1]), 0);
-        setVector(values[SLOT_BLEND_COLOR], look.texture.blendColor,
-                  model == SoTextureValues::MODULATE ? 0
-                  : model == SoTextureValues::DECAL  ? 1
-                  : model == SoTextureValues::BLEND  ? 2
-                                                     : 3);
+        setVector(values[SLOT_BLEND_COLOR], look.texture.blendColor, modelNumber(look.texture));
         count = SLOT_BLEND_COLOR + 1;
     }
     if (features & SHADER_FOG) {

@@ -235,10 +235,12 @@ vec3 light(vec3 diffuse)
 #endif
 
 #ifdef TEXTURE
-vec4 paint(vec4 c)
+vec4 paintSurface(vec4 c, vec4 t, int model)
 {
-    vec4 t = texture(image, v.texCoord);
-    int model = int(material[6].a + 0.5);
+    return vec4((model & 1) != 0 ? t.rgb : c.rgb * t.rgb, (model & 2) != 0 ? t.a : c.a);
+}
+vec4 paint(vec4 c, vec4 t, int model)
+{
     if (model == 0) return c * t;
     if (model == 1) return vec4(mix(c.rgb, t.rgb, t.a), c.a);
     if (model == 2) return vec4(mix(c.rgb, material[6].rgb, t.rgb), c.a * t.a);
@@ -277,11 +279,16 @@ void main()
 #ifdef COLORS
     c = v.color;
 #endif
+#ifdef TEXTURE
+    vec4 texel = texture(image, v.texCoord);
+    int model = int(material[6].a + 0.5);
+    if (model >= 4) c = paintSurface(c, texel, model);
+#endif
 #ifdef LIT
     c.rgb = light(c.rgb);
 #endif
 #ifdef TEXTURE
-    c = paint(c);
+    if (model < 4) c = paint(c, texel, model);
     if (c.a < 0.004) discard;
 #endif
 #ifdef SCREEN_DOOR

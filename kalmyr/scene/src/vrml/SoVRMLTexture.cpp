@@ -28,6 +28,7 @@ void SoVRMLTexture::doAction(SoAction* action)
         return;
     SoTextureValues values;
     values.image = getPicture();
+    values.model = SoTextureValues::SURFACE;
     values.wrapS = repeatS.getValue() ? SoTextureValues::REPEAT : SoTextureValues::CLAMP;
     values.wrapT = repeatT.getValue() ? SoTextureValues::REPEAT : SoTextureValues::CLAMP;
     state->write<SoTextureElement>().set(this, values);

@@ -1,0 +1,183 @@
+#include <kalmyr/actions/SoGLRenderAction.h>
+#include <kalmyr/cameras/SoOrthographicCamera.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoInput.h>
+#include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/rendering/SoOffscreenContext.h>
+#include <kalmyr/rendering/SoOffscreenRenderer.h>
+#include <kalmyr/vrml/SoVRMLFog.h>
+
+#include "support/ErrorGuard.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int kSize = 64;
+constexpr float kEyeDistance = 10;
+const SbColor kSky(0, 0, 1); ///< behind everything
+
+struct Surface {
+    SbColor diffuse{0.8f, 0.8f, 0.8f};
+    SbColor specular{0, 0, 0};
+    SbColor emissive{0, 0, 0};
+    float ambientIntensity = 0.2f;
+    float shininess = 0.2f;
+};
+
+/// Without attenuation; a spot when it has a cut-off angle.
+struct Light {
+    SbVec3f direction; ///< in which it shines
+    float intensity = 1;
+    float ambientIntensity = 0;
+    SbVec3f location{};
+    float beamWidth = 0;
+    float cutOffAngle = 0;
+};
+
+float spotFactor(const Light& light, const SbVec3f& toLight)
+{
+    const float angle = std::acos(std::clamp(-toLight.dot(light.direction), -1.0f, 1.0f));
+    if (angle >= light.cutOffAngle)
+        return 0;
+    return angle <= light.beamWidth
+               ? 1
+               : (angle - light.cutOffAngle) / (light.beamWidth - light.cutOffAngle);
+}
+
+/// The lighting equation of VRML97 on a surface that faces the eye, seen in parallel.
+SbColor lit(const Surface& surface, const Light& light, const SbVec3f& point)
+{
+    const SbVec3f normal(0, 0, 1), toViewer(0, 0, 1);
+    const bool isSpot = light.cutOffAngle > 0;
+    const SbVec3f toLight =
+        isSpot ? (light.location - point).normalized() : (-light.direction).normalized();
+    const float facing = std::max(normal.dot(toLight), 0.0f);
+    const float gloss = facing > 0 ? std::pow(normal.dot((toLight + toViewer).normalized()),
+                                              surface.shininess * 128)
+                                   : 0;
+    const float strength = isSpot ? spotFactor(light, toLight) : 1;
+    SbColor out;
+    for (int c = 0; c < 3; ++c)
+        out[c] = std::min(1.0f, surface.emissive[c]
+                                    + strength
+                                          * (light.ambientIntensity * surface.diffuse[c]
+                                                 * surface.ambientIntensity
+                                             + light.intensity * surface.diffuse[c] * facing
+                                             + light.intensity * surface.specular[c] * gloss));
+    return out;
+}
+
+SbColor mix(const SbColor& a, const SbColor& b, float t)
+{
+    SbColor out;
+    for (int c = 0; c < 3; ++c)
+        out[c] = a[c] + (b[c] - a[c]) * t;
+    return out;
+}
+
+std::string square(const std::string& appearance, const std::string& more = "")
+{
+    return "Shape { appearance Appearance { " + appearance
+           + " } geometry IndexedFaceSet { coord Coordinate { point [ -2 -2 0, 2 -2 0, 2 2 0, "
+             "-2 2 0 ] } coordIndex [ 0 1 2 3 -1 ] "
+           + more + " } }\n";
+}
+
+class Light97 : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        SoDB::init();
+        if (!SoOffscreenContext::shared().isValid())
+            GTEST_SKIP() << "no OpenGL: " << SoOffscreenContext::shared().getError();
+        m_renderer.setBackgroundColor(kSky);
+        m_renderer.getGLRenderAction()->setTransparencyType(
+            SoGLRenderAction::SORTED_TRIANGLES_BLEND);
+    }
+
+    /// Draws a file below a camera that sees x and y from -2 to 2.
+    void draw(const std::string& text)
+    {
+        SoInput in;
+        in.setBuffer(text.data(), text.size());
+        const SoRef<SoNode> scene(SoDB::readAll(&in));
+        ASSERT_TRUE(scene) << text;
+        m_root = new SoSeparator;
+        auto* camera = new SoOrthographicCamera;
+        camera->position.setValue(SbVec3f(0, 0, kEyeDistance));
+        camera->nearDistance = 1;
+        camera->farDistance = 100;
+        camera->height = 4;
+        m_root->addChild(camera);
+        m_root->addChild(scene.get());
+        for (int frame = 0; frame < 3; ++frame) // the later ones from lists that were kept
+            ASSERT_TRUE(m_renderer.render(m_root.get()));
+    }
+    void draw97(const std::string& content) { draw("#VRML V2.0 utf8\n" + content); }
+
+    /// Where the ray through the middle of a pixel meets the plane z = 0.
+    static SbVec3f pointAt(int x, int y)
+    {
+        const auto along = [](int pixel) {
+            return (static_cast<float>(pixel) + 0.5f) / kSize * 4 - 2;
+        };
+        return SbVec3f(along(x), along(y), 0);
+    }
+
+    void expectPixel(int x, int y, const SbColor& color, const std::string& what) const
+    {
+        const unsigned char* p = m_renderer.getBuffer() + 3 * (y * kSize + x);
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(p[c], color[c] * 255, 2.5)
+                << what << ": component " << c << " at " << x << ' ' << y;
+    }
+
+    SoRef<SoSeparator> m_root; ///< of what was drawn
+    SoOffscreenRenderer m_renderer{SbViewportRegion(kSize, kSize)};
+};
+
+TEST_F(Light97, TexturesAreLitLikeTheDiffuseColor)
+{
+    const SbColor red(0.8f, 0.2f, 0.1f), green(0.1f, 0.7f, 0.3f), painted(0.25f, 0.5f, 0.75f);
+    struct {
+        const char* image;
+        SbColor color; ///< taken, or times the surface's
+        bool replaces;
+        std::optional<float> alpha; ///< instead of the material's
+    } const kinds[] = {{"1 1 1 0x80", SbColor(128, 128, 128) / 255.0f, false, {}},
+                       {"1 1 2 0x8066", SbColor(128, 128, 128) / 255.0f, false, 102 / 255.0f},
+                       {"1 1 3 0x4080BF", painted, true, {}},
+                       {"1 1 4 0x4080BF66", painted, true, 102 / 255.0f},
+                       {"1 1 4 0x4080BFFF", painted, true, 1.0f}};
+    constexpr float kOpacity = 0.75f;
+    const std::string material =
+        "material Material { diffuseColor .8 .2 .1 specularColor .4 .5 .2 emissiveColor .1 0 .05 "
+        "shininess .01 transparency .25 ambientIntensity 0 } ";
+    const std::string sun = "DirectionalLight { direction -.6 0 -.8 intensity .6 }\n";
+    for (const auto& kind : kinds) {
+        for (const bool colored : {false, true}) {
+            draw97(sun
+                   + square(material + "texture PixelTexture { image " + kind.image + " }",
+                            colored ? "colorPerVertex FALSE color Color { color .1 .7 .3 }" : ""));
+            Surface surface{red, SbColor(0.4f, 0.5f, 0.2f), SbColor(0.1f, 0, 0.05f), 0, 0.01f};
+            const SbColor plain = colored ? green : red;
+            for (int c = 0; c < 3; ++c)
+                surface.diffuse[c] = kind.color[c] * (kind.replaces ? 1 : plain[c]);
+            const Light light{SbVec3f(-0.6f, 0, -0.8f), 0.6f};
+            const SbColor color = lit(surface, light, pointAt(20, 40));
+            expectPixel(20, 40, mix(kSky, color, kind.alpha.value_or(kOpacity)),
+                        std::string(kind.image) + (colored ? " over colors" : ""));
+        }
+    }
+    // Without a material the texture is all there is.
+    draw97(sun + square("texture PixelTexture { image 1 1 3 0x4080BF }"));
+    expectPixel(20, 40, painted, "no material");
+}
+
+} // namespace
