@@ -180,4 +180,19 @@ TEST_F(Light97, TexturesAreLitLikeTheDiffuseColor)
     expectPixel(20, 40, painted, "no material");
 }
 
+TEST_F(Light97, AmbientLightComesFromLightSources)
+{
+    const Surface surface{SbColor(0.9f, 0.6f, 0.3f), SbColor(0, 0, 0), SbColor(0, 0.1f, 0), 0.5f};
+    const std::string shape = square(
+        "material Material { diffuseColor .9 .6 .3 emissiveColor 0 .1 0 ambientIntensity .5 }");
+    draw97(shape);
+    expectPixel(32, 32, surface.emissive, "no light");
+    for (const float intensity : {0.0f, 0.25f, 1.0f}) {
+        draw97("DirectionalLight { direction 0 0 -1 ambientIntensity .4 intensity "
+               + std::to_string(intensity) + " }\n" + shape);
+        expectPixel(32, 32, lit(surface, {SbVec3f(0, 0, -1), intensity, 0.4f}, pointAt(32, 32)),
+                    "ambient " + std::to_string(intensity));
+    }
+}
+
 } // namespace

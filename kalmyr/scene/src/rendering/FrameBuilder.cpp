@@ -105,16 +105,20 @@ EyeLight toEyeLight(const SoLightRecord& light, const Matrix4& toEye)
     const float reach = light.radius < SoLightRecord::kUnlimited
                             ? light.radius * sizeInEye(light.toWorld, toEye)
                             : SoLightRecord::kUnlimited;
+    // The shaders multiply the ambient part by the intensity, on which it does not depend.
+    constexpr float kLeastIntensity = 1e-6f;
+    const float intensity =
+        light.ambientIntensity > 0 ? std::max(light.intensity, kLeastIntensity) : light.intensity;
     for (int c = 0; c < 3; ++c) {
         const float position = place[0] * toEye.m[c] + place[1] * toEye.m[4 + c]
                                + place[2] * toEye.m[8 + c] + toEye.m[12 + c];
         out.position[c] = directional ? -direction[c] : position;
-        out.color[c] = light.color[c] * light.intensity;
+        out.color[c] = light.color[c] * intensity;
         out.direction[c] = direction[c] * reach;
         out.attenuation[c] = light.attenuation[c];
     }
     out.position[3] = static_cast<float>(light.kind);
-    out.color[3] = light.ambientIntensity;
+    out.color[3] = light.ambientIntensity > 0 ? light.ambientIntensity / intensity : 0;
     // A spot of half a circle or more reaches everything in front and behind alike.
     out.direction[3] = std::cos(std::min(light.cutOffAngle, 3.14159265f));
     out.attenuation[3] = light.dropOffRate * 128;

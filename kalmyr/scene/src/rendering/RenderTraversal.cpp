@@ -358,6 +358,9 @@ SoRef<const SoRenderAppearance> RenderTraversal::makeAppearance()
     look->texture = m_state->get<SoTextureElement>().value();
     look->textureMatrix = SoTextureMatrixElement::get(m_state);
     look->environment = m_state->get<SoEnvironmentElement>().value();
+    if (!material.takesEnvironment) {
+        look->environment.ambientIntensity = 0;
+    }
     look->translucentTexture =
         isTranslucent(look->texture, m_state->getValueId(SoTextureElement::getStackIndex()));
     return look;

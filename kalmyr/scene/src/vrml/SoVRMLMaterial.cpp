@@ -32,6 +32,7 @@ void SoVRMLMaterial::doAction(SoAction* action)
         return;
     const SoMaterialValues defaults;
     SoMaterialValues values;
+    values.takesEnvironment = false;
     const SbColor diffuse =
         diffuseColor.isIgnored() ? defaults.getDiffuse() : diffuseColor.getValue();
     if (!ambientIntensity.isIgnored())

@@ -12,6 +12,7 @@ struct SoMaterialValues {
     SbColor specular{0, 0, 0};
     SbColor emissive{0, 0, 0};
     float shininess = 0.2f;           ///< 0 to 1
+    bool takesEnvironment = true;     ///< false: ambient light comes from light sources alone
     const SbColor* diffuse = nullptr; ///< null: the default (0.8, 0.8, 0.8)
     int numDiffuse = 0;
     const float* transparency = nullptr; ///< 0 opaque to 1; null: opaque
