@@ -180,6 +180,26 @@ TEST_F(Light97, TexturesAreLitLikeTheDiffuseColor)
     expectPixel(20, 40, painted, "no material");
 }
 
+TEST_F(Light97, SpotsFadeEvenlyBetweenBeamAndCutOff)
+{
+    const Surface surface{SbColor(0.9f, 0.6f, 0.3f)};
+    struct {
+        const char* fields;
+        float beamWidth, cutOffAngle;
+    } const beams[] = {{"beamWidth .2 cutOffAngle .6", 0.2f, 0.6f},
+                       {"beamWidth 0 cutOffAngle .75", 0, 0.75f},
+                       {"cutOffAngle .5", 1.570796f, 0.5f},
+                       {"beamWidth .5 cutOffAngle .5", 0.5f, 0.5f}};
+    for (const auto& beam : beams) {
+        draw97(std::string("SpotLight { location 0 0 2 direction 0 0 -1 ") + beam.fields + " }\n"
+               + square("material Material { diffuseColor .9 .6 .3 }"));
+        const Light light{SbVec3f(0, 0, -1), 1, 0, SbVec3f(0, 0, 2), beam.beamWidth,
+                          beam.cutOffAngle};
+        for (const int x : {32, 36, 40, 44, 48, 54, 60})
+            expectPixel(x, 32, lit(surface, light, pointAt(x, 32)), beam.fields);
+    }
+}
+
 TEST_F(Light97, AmbientLightComesFromLightSources)
 {
     const Surface surface{SbColor(0.9f, 0.6f, 0.3f), SbColor(0, 0, 0), SbColor(0, 0.1f, 0), 0.5f};

@@ -79,6 +79,12 @@ void Lighting::shine(const SoEyeLight& light, const SurfacePoint& point, const S
                 strength = 0;
             else if (light.spotExponent > 0)
                 strength *= std::pow(std::max(c, 0.0f), light.spotExponent);
+            else if (light.beamWidth >= 0) {
+                const float cutOff = std::acos(light.cosCutOff);
+                strength *= std::clamp((cutOff - std::acos(std::min(c, 1.0f)))
+                                           / std::max(cutOff - light.beamWidth, 1e-6f),
+                                       0.0f, 1.0f);
+            }
         }
     }
     const float d = normal.dot(toLight);

@@ -300,7 +300,7 @@ void U3DCollector::light(const SoNode* node, const SoLightRecord& record)
     constexpr float kMaxCutOff = std::numbers::pi_v<float> / 2;
     const float cutOff = record.cutOffAngle > 0 ? std::min(record.cutOffAngle, kMaxCutOff) : 0;
     made.spotAngle = 2 * cutOff * kDegrees;
-    made.fades = record.dropOffRate > 0;
+    made.fades = record.dropOffRate > 0 || record.beamWidth >= 0;
     makeGroups(toWorld);
     const int index = addNode(U3DNode::LIGHT, nameOf(node), space);
     m_scene.nodes[static_cast<std::size_t>(index)].resource =

@@ -121,7 +121,7 @@ EyeLight toEyeLight(const SoLightRecord& light, const Matrix4& toEye)
     out.color[3] = light.ambientIntensity > 0 ? light.ambientIntensity / intensity : 0;
     // A spot of half a circle or more reaches everything in front and behind alike.
     out.direction[3] = std::cos(std::min(light.cutOffAngle, 3.14159265f));
-    out.attenuation[3] = light.dropOffRate * 128;
+    out.attenuation[3] = light.beamWidth < 0 ? light.dropOffRate * 128 : -1 - light.beamWidth;
     if (light.attenuation == SbVec3f(0, 0, 0)) {
         out.attenuation[0] = 1;
     }

@@ -22,7 +22,8 @@ struct EyeLight {
     float position[4];    ///< place, or direction to the light; then 0 directional, 1 point, 2 spot
     float color[4];       ///< times intensity; then the ambient part
     float direction[4];   ///< as long as the light shines far; then the cosine of the cut-off angle
-    float attenuation[4]; ///< constant, linear, quadratic; then the spot's exponent
+    float attenuation[4]; ///< constant, linear, quadratic; then the spot's exponent, or, below 0,
+                          ///< the width of the beam as -1 - width
 };
 
 /// What shines on and cuts some items, in the space of the eye.

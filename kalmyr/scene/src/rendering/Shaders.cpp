@@ -199,8 +199,16 @@ void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
         strength = 1.0 / max(falloff.x + d * (falloff.y + d * falloff.z), 1e-6);
         if (lights[i].position.w > 1.5) {
             float c = dot(-l, lights[i].direction.xyz) / max(reach, 1e-20);
-            strength *= c < lights[i].direction.w ? 0.0
-                      : lights[i].attenuation.w > 0.0 ? pow(max(c, 0.0), lights[i].attenuation.w) : 1.0;
+            float fading = lights[i].attenuation.w;
+            if (c < lights[i].direction.w) {
+                strength = 0.0;
+            } else if (fading > 0.0) {
+                strength *= pow(max(c, 0.0), fading);
+            } else if (fading < 0.0) {
+                float cutOff = acos(lights[i].direction.w);
+                strength *= clamp((cutOff - acos(min(c, 1.0))) / max(cutOff + 1.0 + fading, 1e-6),
+                                  0.0, 1.0);
+            }
         }
     }
 #endif

@@ -12,6 +12,8 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
 
+#include <algorithm>
+
 namespace kalmyr {
 
 namespace {
@@ -29,7 +31,8 @@ SoEyeLight toLight(const detail::EyeLight& from)
         light.direction /= light.reach;
     light.cosCutOff = from.direction[3];
     light.falloff = SbVec3f(from.attenuation);
-    light.spotExponent = from.attenuation[3];
+    light.spotExponent = std::max(from.attenuation[3], 0.0f);
+    light.beamWidth = from.attenuation[3] < 0 ? -1 - from.attenuation[3] : -1;
     return light;
 }
 

@@ -32,7 +32,7 @@ void SoVRMLSpotLight::describe(SoLightRecord& record) const
     record.attenuation = attenuation.getValue();
     record.radius = std::max(radius.getValue(), 0.0f);
     record.cutOffAngle = cutOffAngle.getValue();
-    // The narrower the beam within its cone, the faster it fades towards the edge.
-    const float beam = std::min(beamWidth.getValue(), record.cutOffAngle);
-    record.dropOffRate = record.cutOffAngle > 0 ? 1 - beam / record.cutOffAngle : 0;
+    // A beam as wide as its cone or wider does not fade.
+    if (beamWidth.getValue() < record.cutOffAngle)
+        record.beamWidth = std::max(beamWidth.getValue(), 0.0f);
 }

@@ -20,7 +20,10 @@ struct SoLightRecord {
     SbVec3f direction{0, 0, -1};
     float cutOffAngle = 0.785398f; ///< radians
     float dropOffRate = 0;         ///< 0 to 1
-    SbVec3f attenuation{1, 0, 0};  ///< constant, linear, quadratic
+    /// Radians. Of a spot light whose full strength falls off evenly from there to the cut-off
+    /// angle, whatever the drop-off rate; negative: by the rate.
+    float beamWidth = -1;
+    SbVec3f attenuation{1, 0, 0}; ///< constant, linear, quadratic
     static constexpr float kUnlimited = 1e18f;
     float radius = kUnlimited; ///< of a point or spot light: how far it shines
 };

@@ -27,6 +27,7 @@ struct SoEyeLight {
     float reach = 0;   ///< nothing farther away is lit
     float cosCutOff = 0;
     float spotExponent = 0;
+    float beamWidth = -1; ///< radians; not negative: falls off evenly from there to the cut-off
 };
 
 /// What a scene looks like through its cameras, for those who draw it without OpenGL: what a frame
