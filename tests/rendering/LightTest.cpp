@@ -200,6 +200,61 @@ TEST_F(Light97, SpotsFadeEvenlyBetweenBeamAndCutOff)
     }
 }
 
+TEST_F(Light97, FogLiesOverEverythingWhereverItStands)
+{
+    const SbColor glow(0.9f, 0.1f, 0.2f), fog(0.2f, 0.9f, 0.4f);
+    const std::string shape = square("material Material { diffuseColor 0 0 0 emissiveColor .9 .1 "
+                                     ".2 }");
+    for (const bool isLinear : {true, false}) {
+        const std::string node = std::string("Fog { color .2 .9 .4 visibilityRange 15 fogType \"")
+                                 + (isLinear ? "LINEAR" : "EXPONENTIAL") + "\" }\n";
+        struct {
+            std::string text;
+            float scale;
+        } const scenes[] = {{node + shape, 1},
+                            {shape + node, 1},
+                            {"Group { children [ " + shape
+                                 + "Transform { translation 5 3 1 scale 2 2 2 children " + node
+                                 + " } ] }\n",
+                             2},
+                            // One fog counts at a time.
+                            {"Transform { children " + node + " }\n" + shape
+                                 + "Fog { color 0 0 0 visibilityRange "
+                                   "1 }\n",
+                             1}};
+        for (const auto& scene : scenes) {
+            draw97(scene.text);
+            for (const int x : {3, 32, 60}) {
+                const float range = 15 * scene.scale;
+                const float d = (pointAt(x, 32) - SbVec3f(0, 0, kEyeDistance)).length();
+                const float clear = isLinear ? (range - d) / range : std::exp(-d / (range - d));
+                expectPixel(x, 32, mix(fog, glow, clear), scene.text);
+            }
+        }
+    }
+    draw97(shape + "Fog { color .2 .9 .4 visibilityRange 9 fogType \"EXPONENTIAL\" }\n");
+    expectPixel(32, 32, fog, "beyond the range");
+}
+
+TEST_F(Light97, TheBoundFogCounts)
+{
+    const SbColor first(1, 0, 0), second(0, 1, 0);
+    draw97(square("")
+           + "DEF First Fog { color 1 0 0 visibilityRange 5 } Group { children DEF "
+             "Second Fog { color 0 1 0 visibilityRange 5 } }\n");
+    expectPixel(32, 32, first, "none is bound");
+    const auto bind = [this](const char* name, bool on) {
+        static_cast<SoVRMLFog*>(SoNode::getByName(SbName(name)))->set_bind = on;
+        ASSERT_TRUE(m_renderer.render(m_root.get()));
+    };
+    bind("Second", true);
+    expectPixel(32, 32, second, "the second is bound");
+    bind("First", true);
+    expectPixel(32, 32, first, "the first is on top");
+    bind("First", false);
+    expectPixel(32, 32, second, "the second is left");
+}
+
 TEST_F(Light97, AmbientLightComesFromLightSources)
 {
     const Surface surface{SbColor(0.9f, 0.6f, 0.3f), SbColor(0, 0, 0), SbColor(0, 0.1f, 0), 0.5f};

@@ -247,7 +247,7 @@ void FacetCollector::collectFaces(Context& context)
     auto& levels = m_textures[texture.getBytes()];
     if (!levels)
         levels = std::make_unique<TextureLevels>(texture);
-    TextureBaker baker(context.look, *levels);
+    TextureBaker baker(context.look, *levels, context.lighting.getFogColor());
     context.baker = &baker;
     context.facet.image = static_cast<std::int32_t>(m_images.size());
     collectTriangles(context);

@@ -34,18 +34,22 @@ SurfacePoint SurfacePoint::between(const SurfacePoint& a, const SurfacePoint& b,
 }
 
 Lighting::Lighting(const SoSceneView& view, const SoSceneView::Item& item)
-    : m_look(*item.appearance), m_lights(view.surroundings[item.surroundings].lights)
+    : m_look(*item.appearance),
+      m_lights(view.surroundings[item.surroundings].lights),
+      m_fogValues(view.fog.type != SoEnvironmentValues::NONE
+                      ? view.fog
+                      : SoFogValues::from(item.appearance->environment))
 {
     const SoGeometry& geometry = *item.geometry;
     const SoView& camera = view.cameras[item.camera].view;
     const SoEnvironmentValues& around = m_look.environment;
     m_lit = m_look.lit && geometry.normals.size() >= geometry.positions.size();
-    m_fog = around.fogType != SoEnvironmentValues::NONE;
+    m_fog = m_fogValues.type != SoEnvironmentValues::NONE;
     m_twoSided = geometry.twoSided && !geometry.solid;
     m_specular = m_look.specular != SbColor(0, 0, 0);
     m_perspective = isPerspective(camera);
     const float far = camera.volume.getNearDist() + camera.volume.getDepth();
-    m_farDistance = around.fogVisibility > 0 ? around.fogVisibility : far;
+    m_farDistance = m_fogValues.visibility > 0 ? m_fogValues.visibility : far;
     for (int c = 0; c < 3; ++c)
         m_glow[c] = m_look.emissive[c]
                     + around.ambientIntensity * around.ambientColor[c] * m_look.ambient[c];
@@ -130,16 +134,18 @@ float Lighting::getClearness(const SbVec3f& eye) const
     float clear = 1 - d;
     if (!m_fog)
         clear = 1;
-    else if (m_look.environment.fogType == SoEnvironmentValues::FOG)
+    else if (m_fogValues.type == SoEnvironmentValues::FOG)
         clear = std::exp(-5.545f * d);
-    else if (m_look.environment.fogType == SoEnvironmentValues::SMOKE)
+    else if (m_fogValues.type == SoEnvironmentValues::SMOKE)
         clear = std::exp(-5.545f * d * d);
+    else if (m_fogValues.type == SoEnvironmentValues::EXPONENTIAL)
+        clear = d < 1 ? std::exp(-d / (1 - d)) : 0;
     return std::clamp(clear, 0.0f, 1.0f);
 }
 
 SbColor Lighting::fog(const SbColor& color, const SbVec3f& eye) const
 {
-    return mix(m_look.environment.fogColor, color, getClearness(eye));
+    return mix(m_fogValues.color, color, getClearness(eye));
 }
 
 } // namespace kalmyr::detail

@@ -33,6 +33,7 @@ public:
 
     bool isLit() const { return m_lit; }
     bool hasFog() const { return m_fog; }
+    const SbColor& getFogColor() const { return m_fogValues.color; }
     /// Whether the light may change suddenly.
     bool hasSpots() const { return m_spots; }
     /// Whether corners of one colour and one normal make a triangle of one colour.
@@ -56,6 +57,7 @@ private:
 
     const SoRenderAppearance& m_look;
     const std::vector<SoEyeLight>& m_lights;
+    SoFogValues m_fogValues;
     SbColor m_glow;
     float m_farDistance;
     bool m_lit;

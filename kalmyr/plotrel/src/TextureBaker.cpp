@@ -151,7 +151,7 @@ Texel TextureBaker::colorAt(const PixelTriangle& triangle, int x, int y) const
     const BakeLight light = triangle.light(weights);
     Texel pixel = paint(light, m_levels.sample(m_look.texture, here,
                                                std::max(texelsTo(x + 1, y), texelsTo(x, y + 1))));
-    const SbColor& fog = m_look.environment.fogColor;
+    const SbColor& fog = m_fogColor;
     pixel.red = std::lerp(fog[0], pixel.red, light.clear);
     pixel.green = std::lerp(fog[1], pixel.green, light.clear);
     pixel.blue = std::lerp(fog[2], pixel.blue, light.clear);

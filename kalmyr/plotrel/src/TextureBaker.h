@@ -29,8 +29,9 @@ public:
     using Triangle = std::array<BakeCorner, 3>;
 
     /// `look` and `levels`, those of its texture, outlive the baker.
-    TextureBaker(const SoRenderAppearance& look, const TextureLevels& levels)
-        : m_look(look), m_levels(levels)
+    TextureBaker(const SoRenderAppearance& look, const TextureLevels& levels,
+                 const SbColor& fogColor)
+        : m_look(look), m_levels(levels), m_fogColor(fogColor)
     {
     }
 
@@ -46,6 +47,7 @@ private:
 
     const SoRenderAppearance& m_look; // Not owned.
     const TextureLevels& m_levels;    // Not owned.
+    SbColor m_fogColor;
     std::vector<Triangle> m_triangles;
     std::vector<Texel> m_pixels;
     std::vector<float> m_depths;

@@ -286,7 +286,7 @@ void Builder::walk(const RenderList& list, const Place& place, bool isTop)
             setBackground(list.getBackground(entry), place);
             continue;
         }
-        if (entry.kind == RenderList::LIGHT) {
+        if (entry.kind == RenderList::LIGHT || entry.kind == RenderList::FOG) {
             continue;
         }
         Place outer = placeOf(entry, scope, isTop);
@@ -358,6 +358,9 @@ void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Fr
     std::vector<SoLightRecord> lights;
     list.gatherLights(SbMatrix::identity(), lights);
     builder.setSceneLights(lights);
+    FogMark fog;
+    list.findFog(SbMatrix::identity(), fog);
+    frame.fog = fog.values;
     Place top{Matrix4::from(views.front().view.viewing),
               SbMatrix(),
               builder.surroundingsOf(0),

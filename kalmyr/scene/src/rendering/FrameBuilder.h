@@ -56,6 +56,7 @@ struct Frame {
     std::vector<EyeSurroundings> surroundings; ///< the first one is without anything
     std::vector<FrameItem> items;              ///< in order of traversal
     std::vector<FrameSelection> selections;
+    SoFogValues fog; ///< in front of that of the items' own environment
     RenderList::Background background;
     bool hasBackground = false;
     std::size_t culled = 0;

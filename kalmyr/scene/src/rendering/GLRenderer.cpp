@@ -464,6 +464,12 @@ void GLRenderer::submit(GLenum mode, GLsizei count, std::size_t firstIndex)
     glDrawElements(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex));
 }
 
+SoFogValues GLRenderer::fogOn(const SoRenderAppearance& look) const
+{
+    return m_frame.fog.type != SoEnvironmentValues::NONE ? m_frame.fog
+                                                         : SoFogValues::from(look.environment);
+}
+
 unsigned GLRenderer::featuresOf(const FrameItem& item) const
 {
     const SoGeometry& geometry = *item.entry->geometry;
@@ -486,7 +492,7 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     const bool textured = !look.texture.image.isNull() && geometry.texCoords.size() >= count;
     features |= when(textured, SHADER_TEXTURE)
                 | when(geometry.colors.size() >= count, SHADER_COLORS)
-                | when(look.environment.fogType != SoEnvironmentValues::NONE, SHADER_FOG);
+                | when(fogOn(look).type != SoEnvironmentValues::NONE, SHADER_FOG);
     return features;
 }
 
@@ -596,8 +602,9 @@ void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
         count = SLOT_BLEND_COLOR + 1;
     }
     if (features & SHADER_FOG) {
-        setVector(values[SLOT_FOG], around.fogColor, static_cast<float>(around.fogType));
-        values[SLOT_FOG_RANGE][0] = around.fogVisibility;
+        const SoFogValues fog = fogOn(look);
+        setVector(values[SLOT_FOG], fog.color, static_cast<float>(fog.type));
+        values[SLOT_FOG_RANGE][0] = fog.visibility;
         count = NUM_MATERIAL_SLOTS;
     }
     glUniform4fv(m_program->material, count, values[0]);

@@ -73,6 +73,7 @@ private:
     void drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices);
     void submit(GLenum mode, GLsizei count, std::size_t firstIndex);
 
+    SoFogValues fogOn(const SoRenderAppearance& look) const;
     unsigned featuresOf(const FrameItem& item) const;
     bool prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features);
     void setMatrices(const FrameItem& item, bool lit);

@@ -27,6 +27,7 @@ void RenderList::addList(Entry&& entry)
     m_box.extendBy(entry.box);
     m_hasMarks = m_hasMarks || entry.list->hasMarks();
     m_hasLights = m_hasLights || entry.list->m_hasLights;
+    m_hasFogs = m_hasFogs || entry.list->m_hasFogs;
     m_entries.push_back(std::move(entry));
 }
 
@@ -60,6 +61,38 @@ void RenderList::addLight(const SoLightRecord& light)
     entry.surroundings = one;
     m_hasLights = true;
     m_entries.push_back(std::move(entry));
+}
+
+void RenderList::addFog(const FogMark& fog, const SbMatrix& matrix)
+{
+    Entry entry;
+    entry.kind = FOG;
+    entry.index = static_cast<std::int32_t>(m_fogs.size());
+    entry.matrix = matrix;
+    m_fogs.push_back(fog);
+    m_hasFogs = true;
+    m_entries.push_back(std::move(entry));
+}
+
+void RenderList::findFog(const SbMatrix& toWorld, FogMark& fog) const
+{
+    if (!m_hasFogs) {
+        return;
+    }
+    bool isKnown = fog.values.type != SoEnvironmentValues::NONE;
+    for (const Entry& entry : m_entries) {
+        if (entry.kind == LIST) {
+            entry.list->findFog(entry.matrix * toWorld, fog);
+        } else if (entry.kind == FOG) {
+            const FogMark& here = m_fogs[static_cast<std::size_t>(entry.index)];
+            if (fog.isBound || (isKnown && !here.isBound)) {
+                continue;
+            }
+            fog = here;
+            fog.values.visibility *= std::cbrt(std::abs((entry.matrix * toWorld).det3()));
+        }
+        isKnown = fog.values.type != SoEnvironmentValues::NONE;
+    }
 }
 
 void RenderList::gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord>& lights) const

@@ -37,12 +37,18 @@ struct BackgroundStop {
     float angle = 0;
 };
 
+/// Fog over the whole scene. Of several the bound one counts, else the first.
+struct FogMark {
+    SoFogValues values;
+    bool isBound = false;
+};
+
 /// What stands below one separator, in the order of traversal and in the separator's own space.
 ///
 /// Lists are shared by all places where the separator is seen under equal state, and nest.
 class RenderList final : public SoRefCounter {
 public:
-    enum Kind : std::uint8_t { ITEM, LIST, BACKGROUND, SELECTION, LIGHT };
+    enum Kind : std::uint8_t { ITEM, LIST, BACKGROUND, SELECTION, LIGHT, FOG };
 
     struct Entry {
         Kind kind = ITEM;
@@ -50,7 +56,7 @@ public:
         bool transparent = false; ///< some part of the item lets light through
         std::uint8_t layer = 0;   ///< relative to the list's own layer
         std::int32_t index =
-            -1; ///< view of the item or list, or place in backgrounds; -1: the view above
+            -1; ///< view of the item or list, or place in backgrounds or fogs; -1: the view above
         SoRef<SoGeometry> geometry;
         SoRef<const SoRenderAppearance> appearance;
         SoRef<RenderList> list;
@@ -76,6 +82,8 @@ public:
     void addSelection(const SoNode* selection, const SbMatrix& matrix, int view);
     /// A light that shines on the whole scene.
     void addLight(const SoLightRecord& light);
+    /// Fog over the whole scene, in units of the space that `matrix` leads out of.
+    void addFog(const FogMark& fog, const SbMatrix& matrix);
 
     const std::vector<Entry>& getEntries() const { return m_entries; }
     const Background& getBackground(const Entry& entry) const
@@ -89,6 +97,8 @@ public:
     /// leads to; no more than kMaxSceneLights in all.
     void gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord>& lights) const;
     static constexpr std::size_t kMaxSceneLights = 12;
+    /// Sets the fog that counts, with its visibility in the world, unless `fog` counts before it.
+    void findFog(const SbMatrix& toWorld, FogMark& fog) const;
     void finish() { m_entries.shrink_to_fit(); }
 
 private:
@@ -97,9 +107,11 @@ private:
     friend class RenderListCache;
     std::vector<Entry> m_entries;
     std::vector<Background> m_backgrounds;
+    std::vector<FogMark> m_fogs;
     SbBox3f m_box;
     bool m_hasMarks = false;
     bool m_hasLights = false; ///< in it or in a list below
+    bool m_hasFogs = false;   ///< in it or in a list below
 
     RenderListCache* m_cache = nullptr; ///< where the list is registered; outlives it
     const SoNode* m_node = nullptr;

@@ -283,6 +283,11 @@ void RenderTraversal::sceneLight(const SoLightRecord& light)
     m_list->addLight(light);
 }
 
+void RenderTraversal::sceneFog(const FogMark& fog)
+{
+    m_list->addFog(fog, SoModelMatrixElement::get(m_state));
+}
+
 void RenderTraversal::visit(SoNode* node)
 {
     if (node->isOfType(SoVRMLParent::getClassTypeId()))

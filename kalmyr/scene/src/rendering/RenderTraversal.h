@@ -39,6 +39,8 @@ public:
     void selection(const SoNode* node);
     /// A light, as it stands in the list, that shines on the whole scene.
     void sceneLight(const SoLightRecord& light);
+    /// Fog over the whole scene, in units of the present object space.
+    void sceneFog(const FogMark& fog);
     /// What the node does by itself; lights of a group come before what they shine on.
     void visit(SoNode* node);
     void clipPlane(const SoNode* node, const SbVec4f& plane);

@@ -262,7 +262,9 @@ vec3 fog(vec3 c)
     float far = material[8].x > 0.0 ? material[8].x : viewport.w;
     float d = length(v.eye) / max(far, 1e-20);
     float clear = material[7].w < 1.5 ? 1.0 - d
-                : material[7].w < 2.5 ? exp(-5.545 * d) : exp(-5.545 * d * d);
+                : material[7].w < 2.5 ? exp(-5.545 * d)
+                : material[7].w < 3.5 ? exp(-5.545 * d * d)
+                : d < 1.0 ? exp(-d / (1.0 - d)) : 0.0;
     return mix(material[7].rgb, c, clamp(clear, 0.0, 1.0));
 }
 #endif

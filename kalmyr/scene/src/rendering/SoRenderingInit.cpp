@@ -15,6 +15,7 @@
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLFog.h>
 #include <kalmyr/vrml/SoVRMLLight.h>
 
 #include <algorithm>
@@ -139,6 +140,15 @@ void renderSceneLight(SoAction* action, SoNode* node)
         actionOf(action).traversal().sceneLight(record);
 }
 
+/// The fog in force lies over everything, wherever it stands.
+void renderFog(SoAction* action, SoNode* node)
+{
+    const auto& fog = *static_cast<SoVRMLFog*>(node);
+    const SoFogValues values = fog.getValues();
+    if (values.type != SoEnvironmentValues::NONE && fog.isInForce())
+        actionOf(action).traversal().sceneFog({values, fog.isBound.getValue()});
+}
+
 void renderClipPlane(SoAction* action, SoNode* node)
 {
     const auto* clip = static_cast<SoClipPlane*>(node);
@@ -187,6 +197,7 @@ void initRendering()
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
     addByName({"VRMLBackground"}, renderSky);
+    addByName({"VRMLFog"}, renderFog);
     addByName({"VRMLPointLight", "VRMLSpotLight"}, renderSceneLight);
     addByName(kViewDependent, renderViewDependent);
     addByName(kViewDependentShapes, renderViewDependentShape);

@@ -54,6 +54,7 @@ SoSceneView toView(const detail::Frame& frame)
                               item.surroundings, item.view, item.layer, entry.transparent,
                               item.mirrored, entry.node});
     }
+    view.fog = frame.fog;
     if (frame.hasBackground) {
         view.zenith = frame.background.up;
         for (const detail::BackgroundStop& stop : frame.background.stops)

@@ -21,17 +21,24 @@ void SoVRMLFog::initClass()
     SO_NODE_INIT_CLASS(SoVRMLFog, SoVRMLBindable, "VRMLFog");
 }
 
+SoFogValues SoVRMLFog::getValues() const
+{
+    if (!(visibilityRange.getValue() > 0))
+        return {};
+    const bool even = fogType.getValue() != "EXPONENTIAL";
+    return {even ? SoEnvironmentValues::HAZE : SoEnvironmentValues::EXPONENTIAL, color.getValue(),
+            visibilityRange.getValue()};
+}
+
 void SoVRMLFog::doAction(SoAction* action)
 {
     if (!isInForce())
         return;
+    const SoFogValues fog = getValues();
     auto& element = action->getState()->write<SoEnvironmentElement>();
     SoEnvironmentValues values = element.value();
-    const bool even = fogType.getValue() != "EXPONENTIAL";
-    values.fogType = even ? SoEnvironmentValues::HAZE : SoEnvironmentValues::FOG;
-    if (visibilityRange.getValue() <= 0)
-        values.fogType = SoEnvironmentValues::NONE;
-    values.fogColor = color.getValue();
-    values.fogVisibility = visibilityRange.getValue();
+    values.fogType = fog.type;
+    values.fogColor = fog.color;
+    values.fogVisibility = fog.visibility;
     element.set(this, values);
 }

@@ -44,11 +44,25 @@ struct SoEnvironmentValues {
     float ambientIntensity = 0.2f;
     SbColor ambientColor{1, 1, 1};
     SbVec3f attenuation{0, 0, 1};
-    enum Fog { NONE = 0, HAZE = 1, FOG = 2, SMOKE = 3 };
+    /// EXPONENTIAL leaves exp(-d / (visibility - d)) at the distance d, HAZE an even share.
+    enum Fog { NONE = 0, HAZE = 1, FOG = 2, SMOKE = 3, EXPONENTIAL = 4 };
     Fog fogType = NONE;
     SbColor fogColor{1, 1, 1};
     float fogVisibility = 0; ///< world units; 0: the far plane
 };
+
+/// Fog that lies over a whole scene.
+struct SoFogValues {
+    SoEnvironmentValues::Fog type = SoEnvironmentValues::NONE; ///< NONE: there is none
+    SbColor color{1, 1, 1};
+    float visibility = 0; ///< world units; 0: the far plane
+
+    static SoFogValues from(const SoEnvironmentValues& values)
+    {
+        return {values.fogType, values.fogColor, values.fogVisibility};
+    }
+};
+
 class KALMYR_API SoEnvironmentElement final
     : public SoValueElement<SoEnvironmentElement, SoEnvironmentValues> {
 public:

@@ -62,6 +62,7 @@ struct SoSceneView {
 
     std::vector<Camera> cameras; ///< at least one
     std::vector<Surroundings> surroundings;
+    SoFogValues fog;                        ///< in front of that of the items' own environment
     std::vector<Item> items;                ///< in order of traversal, without those out of view
     std::vector<BackgroundStop> background; ///< rising; empty: the scene has none
     SbVec3f zenith; ///< in the world; zero: the background's stops are shares of the picture

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <kalmyr/elements/SoLightElement.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
 
-/// Fog on what follows the node in its group.
+/// Fog on the whole scene that is drawn, wherever the node stands; its transform scales the range.
+/// Other actions find it in the environment of what follows.
 class KALMYR_API SoVRMLFog : public SoVRMLBindable {
     SO_NODE_HEADER(SoVRMLFog)
 
@@ -15,6 +17,8 @@ public:
     SoSFString fogType;
     SoSFFloat visibilityRange; ///< 0: no fog
 
+    /// Without fog when it would not be seen; the visibility in the node's own space.
+    SoFogValues getValues() const;
     void doAction(SoAction* action) override;
 
 protected:
