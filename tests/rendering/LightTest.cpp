@@ -255,6 +255,20 @@ TEST_F(Light97, TheBoundFogCounts)
     expectPixel(32, 32, second, "the second is left");
 }
 
+TEST_F(Light97, GlossOfNoShininessIsEverywhere)
+{
+    for (const float shininess : {0.0f, 0.004f, 0.1f}) {
+        const Surface surface{SbColor(0.3f, 0.2f, 0.1f), SbColor(0.2f, 0.4f, 0.6f),
+                              SbColor(0, 0, 0), 0, shininess};
+        draw97("DirectionalLight { direction -.96 0 -.28 }\n"
+               + square("material Material { diffuseColor .3 .2 .1 specularColor .2 .4 .6 "
+                        "shininess "
+                        + std::to_string(shininess) + " }"));
+        const Light light{SbVec3f(-0.96f, 0, -0.28f)};
+        expectPixel(32, 32, lit(surface, light, pointAt(32, 32)), std::to_string(shininess));
+    }
+}
+
 TEST_F(Light97, AmbientLightComesFromLightSources)
 {
     const Surface surface{SbColor(0.9f, 0.6f, 0.3f), SbColor(0, 0, 0), SbColor(0, 0.1f, 0), 0.5f};

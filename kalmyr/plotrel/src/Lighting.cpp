@@ -95,7 +95,7 @@ void Lighting::shine(const SoEyeLight& light, const SurfacePoint& point, const S
     float gloss = 0;
     if (m_specular && d > 0) {
         const SbVec3f half = (toLight + toViewer).normalized();
-        gloss = std::pow(std::max(normal.dot(half), 0.0f), std::max(m_look.shininess * 128, 1.0f));
+        gloss = std::pow(std::max(normal.dot(half), 0.0f), std::max(m_look.shininess * 128, 0.0f));
     }
     for (int c = 0; c < 3; ++c) {
         const auto i = static_cast<std::size_t>(c);

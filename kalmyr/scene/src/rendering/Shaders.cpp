@@ -218,7 +218,8 @@ void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
 #ifdef SPECULAR
     if (d > 0.0)
         sum += color * material[2].rgb
-               * pow(max(dot(n, normalize(l + toViewer)), 0.0), max(material[1].a, 1.0));
+               * (material[1].a > 0.0
+                      ? pow(max(dot(n, normalize(l + toViewer)), 0.0), material[1].a) : 1.0);
 #endif
 }
 
