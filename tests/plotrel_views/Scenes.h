@@ -207,6 +207,29 @@ inline std::vector<ViewedScene> viewedScenes()
          "IndexedLineSet { coord Coordinate { point [ -1 -.6 .6, 1 -.6 .6, 1 .8 -.6 ] } coordIndex "
          "[ "
          "0 1 2 -1 ] } } ] }\n"},
+        {"TexturesOfVrml97",
+         "#VRML V2.0 utf8\nNavigationInfo { headlight FALSE } DirectionalLight { direction -.4 -.5 "
+         "-1 intensity .8 }\nFog { color .7 .8 .9 visibilityRange 30 }\n"
+         "Transform { rotation 1 1 0 .6 children Shape { appearance Appearance { material Material "
+         "{ diffuseColor 1 0 0 specularColor .5 .5 .3 emissiveColor .1 0 .1 shininess .05 } "
+         "texture "
+         "PixelTexture { image 2 2 3 0xff8000 0x0080ff 0x80ff00 0xf0f0f0 } } geometry Box { } } }\n"
+         "Transform { translation 2.4 0 0 rotation 1 1 0 .6 children Shape { appearance Appearance "
+         "{ material Material { diffuseColor .2 .9 .6 specularColor .4 .2 .2 } texture "
+         "PixelTexture "
+         "{ image 2 2 1 0xff 0x80 0x60 0xc0 } } geometry Box { size 1.5 1.5 1.5 } } }\n"},
+        {"Vrml97LightAndFog",
+         "#VRML V2.0 utf8\nNavigationInfo { headlight FALSE }\n"
+         "SpotLight { location 0 0 4 direction 0 0 -1 beamWidth .2 cutOffAngle .5 ambientIntensity "
+         ".3 intensity .9 }\n"
+         "Shape { appearance Appearance { material Material { diffuseColor .9 .6 .3 } } geometry "
+         "Box { size 5 4 .2 } }\n"
+         "Transform { translation .6 .4 .6 children Shape { appearance Appearance { material "
+         "Material { diffuseColor .2 .4 .8 specularColor .3 .2 .1 shininess 0 } } geometry Sphere "
+         "{ "
+         "radius .6 } } }\n"
+         "Transform { scale 2 2 2 children Fog { color .5 .7 .6 fogType \"EXPONENTIAL\" "
+         "visibilityRange 12 } }\n"},
         {"HundredThousandTriangles", seen("Rotation { rotation 1 0 0 -.6 } " + shiny + sheet(224))},
         {"WavySheet", seen("Rotation { rotation 1 0 0 -.9 } " + shiny + sheet(60))},
     };
