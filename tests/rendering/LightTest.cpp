@@ -284,4 +284,33 @@ TEST_F(Light97, AmbientLightComesFromLightSources)
     }
 }
 
+TEST_F(Light97, LevelsGoByDistancesInTheirOwnSpace)
+{
+    // The eye is 10 away in the world: 2.5 below a scale by 4, 40 below one by a quarter.
+    const SbColor near(1, 0, 0), far(0, 1, 0);
+    const auto glowing = [](const std::string& color) {
+        return "Shape { appearance Appearance { material Material { diffuseColor 0 0 0 "
+               "emissiveColor "
+               + color + " } } geometry Box { size 20 20 .01 } }\n";
+    };
+    const std::string levels97 =
+        "LOD { range 5 level [ " + glowing("1 0 0") + glowing("0 1 0") + " ] }\n";
+    const std::string levels = "LOD { range 5 Separator { Material { diffuseColor 1 0 0 } Cube { "
+                               "width 20 height 20 depth .01 } } Separator { Material { "
+                               "diffuseColor 0 1 0 } Cube { width 20 height 20 depth .01 } } }\n";
+    for (const auto& [scale, color] : {std::pair(4.0f, near), std::pair(0.25f, far)}) {
+        const std::string s = std::to_string(scale), scales = s + ' ' + s + ' ' + s;
+        draw97("Transform { scale " + scales + " children " + levels97 + " }\n");
+        expectPixel(32, 32, color, "VRML97, scale " + s);
+        for (const char* header : {"#VRML V1.0 ascii\n", "#Kalmyr V1.0 ascii\n"}) {
+            const std::string content = std::string("Separator { DirectionalLight { } Scale { "
+                                                    "scaleFactor ")
+                                        + scales + " } " + levels + " }\n";
+            draw(header + content);
+            const unsigned char* p = m_renderer.getBuffer() + 3 * (32 * kSize + 32);
+            EXPECT_EQ(p[0] > p[1], color == near) << header << "scale " << s;
+        }
+    }
+}
+
 } // namespace

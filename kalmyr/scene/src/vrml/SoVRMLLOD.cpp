@@ -1,9 +1,10 @@
 #include <kalmyr/vrml/SoVRMLLOD.h>
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
-#include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
+
+#include "nodes/LevelDistance.h"
 
 #include <algorithm>
 
@@ -34,8 +35,7 @@ int SoVRMLLOD::chooseChild(SoState* state) const
     const SoView& view = SoViewElement::get(state);
     if (last < 0 || !view.valid || range.isIgnored())
         return std::min(last, 0);
-    const SbVec3f place = SoModelMatrixElement::get(state).point(center.getValue());
-    const float distance = (place - view.volume.getProjectionPoint()).length();
+    const float distance = kalmyr::detail::eyeDistance(state, center.getValue());
     const auto ranges = range.values();
     const auto at = std::upper_bound(ranges.begin(), ranges.end(), distance);
     return std::min(last, static_cast<int>(at - ranges.begin()));

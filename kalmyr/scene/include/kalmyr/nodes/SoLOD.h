@@ -17,7 +17,7 @@ public:
     SoLOD();
     static void initClass();
 
-    SoMFFloat range;  ///< rising distances, world units
+    SoMFFloat range;  ///< rising distances in object space
     SoSFVec3f center; ///< in object space
 
     /// Index of the child that the state's camera selects, or -1 without children.

@@ -17,7 +17,7 @@ public:
 
     SoMFNode level;
     SoSFVec3f center;
-    SoMFFloat range; ///< rising distances
+    SoMFFloat range; ///< rising distances in object space
 
     /// Index of the child that the state's camera selects, or -1 without children.
     int chooseChild(SoState* state) const;
