@@ -244,6 +244,29 @@ TEST_F(KmrTest, DrawsAPicture)
     }
 }
 
+TEST_F(KmrTest, LightsFromTheEyeUnlessForbidden)
+{
+    for (const bool isForbidden : {false, true}) {
+        const std::string scene = write(
+            "dark.wrl", std::string("#VRML V2.0 utf8\n")
+                            + (isForbidden ? "NavigationInfo { headlight FALSE }\n" : "")
+                            + "Shape { appearance Appearance { material Material { diffuseColor 1 "
+                              "0 0 } } geometry Box { } }\n");
+        const Outcome drawn =
+            run("render " + scene + " " + path("dark.bmp") + " --size 40x30 --background 0,0,1");
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        const std::string bmp = read("dark.bmp");
+        const auto start = static_cast<unsigned char>(bmp.at(10));
+        ASSERT_GE(bmp.size(), start + 40u * 30 * 3);
+        const auto* middle =
+            reinterpret_cast<const unsigned char*>(&bmp[start + (15 * 40 + 20) * 3]);
+        EXPECT_EQ(middle[0], 0); // the box, not the background
+        EXPECT_NEAR(middle[2], isForbidden ? 0 : 255, 2);
+    }
+}
+
 /// Two cameras: the first looks at a red cube, the one called Side at a green one.
 constexpr const char* kTwoViews =
     "#Kalmyr V1.0 ascii\nSeparator { OrthographicCamera { position 0 0 10 nearDistance 1 "

@@ -11,6 +11,7 @@
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
+#include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 
 #include <algorithm>
 
@@ -63,6 +64,24 @@ SoSceneView toView(const detail::Frame& frame)
     return view;
 }
 
+/// Whether the navigation info that counts, the bound or else the first one, asks for no light
+/// from the eye.
+bool forbidsHeadlight(SoNode* scene)
+{
+    const SoType type = SoVRMLNavigationInfo::getClassTypeId();
+    if (type.isBad())
+        return false;
+    const SoNode* info = SoVRMLBindable::getBound(scene, type);
+    SoSearchAction search;
+    if (!info) {
+        search.setType(type);
+        search.setInterest(SoSearchAction::FIRST);
+        search.apply(scene);
+        info = search.getPath() ? search.getPath()->getTail() : nullptr;
+    }
+    return info && !static_cast<const SoVRMLNavigationInfo*>(info)->headlight.getValue();
+}
+
 template <class Scene>
 SoSceneView viewAny(SoGLRenderAction& action, Scene* scene)
 {
@@ -102,6 +121,7 @@ SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region)
     const SoRef<SoSeparator> root(new SoSeparator);
     auto* camera = new SoPerspectiveCamera;
     auto* light = new SoDirectionalLight;
+    light->on = !forbidsHeadlight(scene);
     root->addChild(camera);
     root->addChild(light);
     root->addChild(scene);

@@ -76,7 +76,7 @@ KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoNode* root);
 KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoPath* path);
 
 /// The scene itself when it has a camera; else a group with a camera that shows it whole, a light
-/// from the eye, and the scene.
+/// from the eye, unless a navigation info of the scene forbids it, and the scene.
 KALMYR_API SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region);
 
 /// Index pairs of the edges between the faces of a geometry, or at its border: what is drawn of it
