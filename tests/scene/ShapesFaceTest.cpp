@@ -607,4 +607,9 @@ TEST_F(VertexShapeTest, HugeCountsNeitherCrashNorTakeMemory)
     faces->numVertices.setValues({3});
     EXPECT_FALSE(scene.geometry());
     EXPECT_EQ(errors.count(), 3u);
+    auto* points = new SoPointSet;
+    points->startIndex.setValue(-2147483647);
+    scene.root->replaceChild(faces, points);
+    EXPECT_EQ(scene.geometry()->points.size(), 4u);
+    EXPECT_EQ(errors.count(), 4u);
 }

@@ -21,7 +21,9 @@ std::vector<std::int32_t> SoNonIndexedShape::makeIndices(std::span<const std::in
                                                          int numPositions) const
 {
     std::vector<std::int32_t> indices;
-    std::int64_t at = startIndex.getValue();
+    // However far before the positions it starts, the memory is bounded by them.
+    std::int64_t at =
+        std::max<std::int64_t>(startIndex.getValue(), -std::int64_t(numPositions) - 3);
     for (std::size_t i = 0; i < counts.size(); ++i) {
         const bool rest = counts[i] < 0 && i + 1 == counts.size();
         const std::int64_t remaining = std::max<std::int64_t>(numPositions - at, 0);
