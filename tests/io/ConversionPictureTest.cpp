@@ -74,6 +74,12 @@ const Example kExamples[] = {
      "Separator { Coordinate3 { point [ 0 0 0, 0 1 0, 1 0 0, 1 1 0, 2 0 1, 2 1 1 ] } "
      "TriangleStripSet { numVertices 6 } Translation { translation 0 2 0 } "
      "IndexedTriangleStripSet { coordIndex [ 0 1 2 3 -1 2 3 4 5 ] } }"},
+    {"TrianglesAndQuads", kKalmyr,
+     "Separator { Material { diffuseColor [ 1 1 0, 0 1 1 ] } MaterialBinding { value PER_FACE } "
+     "Coordinate3 { point [ 0 0 0, 1 0 0.5, 0 1 0, 1 1 0, 0 1 0.4, 1 0 0.2, 2 0 1, 2 1 1 ] } "
+     "TriangleSet { numTriangles 2 } Translation { translation 0 1.5 0 } QuadSet { numQuads 1 } "
+     "Translation { translation 2.5 0 0 } IndexedQuadSet { coordIndex [ 0 1 3 2 1 6 7 3 ] } "
+     "Translation { translation 0 -1.5 0 } IndexedTriangleSet { coordIndex [ 0 1 2 1 6 3 ] } }"},
     {"Lines", kKalmyr,
      "Separator { LightModel { model BASE_COLOR } Material { diffuseColor"
      " [ 1 1 0, 0 1 1 ] } MaterialBinding { value PER_FACE } Coordinate3 { point [ " QUAD_POINTS

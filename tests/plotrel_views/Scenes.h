@@ -185,6 +185,13 @@ inline std::vector<ViewedScene> viewedScenes()
               + colored(".9 .5 .3") + "TriangleStripSet { numVertices [ 6 ] } "
               + colored(".3 .6 .9")
               + "IndexedTriangleStripSet { coordIndex [ 6, 7, 8, 9, 10, 11, -1 ] }")},
+        {"TrianglesAndQuads",
+         seen("Rotation { rotation 0 1 0 .4 } Material { diffuseColor [ .9 .5 .3, .3 .6 .9 ] } "
+              "MaterialBinding { value PER_FACE } Coordinate3 { point [ -2 -1 0, -1 -1 .5, -1.5 1 "
+              "0, 0 -1 .4, 1 -1 0, 1 1 0, 0 1 .6, 2 .8 .5 ] } TriangleSet { numTriangles 1 } "
+              "QuadSet { startIndex 3 numQuads 1 } Translation { translation 0 0 -1 } "
+              "IndexedTriangleSet { coordIndex [ 1, 3, 2, 4, 7, 5 ] } "
+              "IndexedQuadSet { coordIndex [ 0, 1, 3, 2 ] }")},
         {"Vrml97Shapes",
          "#VRML V2.0 utf8\nBackground { skyColor [ .2 .3 .6, .6 .7 .9 ] skyAngle 1.57 groundColor "
          "[ "

@@ -13,10 +13,13 @@
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedQuadSet.h>
+#include <kalmyr/shapes/SoIndexedTriangleSet.h>
 #include <kalmyr/shapes/SoIndexedTriangleStripSet.h>
 #include <kalmyr/shapes/SoLineSet.h>
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
+#include <kalmyr/shapes/SoQuadSet.h>
 #include <kalmyr/shapes/SoTriangleStripSet.h>
 #include <kalmyr/shapes/SoVertexProperty.h>
 
@@ -417,13 +420,18 @@ TEST_F(VertexShapeTest, AllFaceShapesMakeTheSameSquare)
     indexed->coordIndex.setValues({0, 1, 2, 3, -1});
     auto* indexedStrip = new SoIndexedTriangleStripSet;
     indexedStrip->coordIndex.setValues({0, 1, 2, 3, -1});
+    auto* triangles = new SoIndexedTriangleSet;
+    triangles->coordIndex.setValues({0, 1, 2, 0, 2, 3});
+    auto* quads = new SoIndexedQuadSet;
+    quads->coordIndex.setValues({3, 0, 1, 2});
     struct Case {
         SoVertexShape* shape;
         const std::vector<SbVec3f>* positions;
     };
     for (const Case& c :
          {Case{new SoFaceSet, &kSquare}, Case{indexed, &kSquare},
-          Case{new SoTriangleStripSet, &strip}, Case{indexedStrip, &strip}, Case{mesh, &rows}}) {
+          Case{new SoTriangleStripSet, &strip}, Case{indexedStrip, &strip}, Case{mesh, &rows},
+          Case{triangles, &kSquare}, Case{new SoQuadSet, &kSquare}, Case{quads, &kSquare}}) {
         Scene scene;
         scene.add(new SoShapeHints); // smooth across flat edges
         scene.add(new SoCoordinate3)->point.setValues(0, *c.positions);

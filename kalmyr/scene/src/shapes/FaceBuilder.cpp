@@ -95,7 +95,7 @@ void Build::makeIndices(SoGeometry& geometry) const
         const bool isExtra = corner >= numGiven;
         const std::uint32_t like = isExtra ? mesh.extra[corner - numGiven].like : corner;
         const FaceMesh::Face& f = mesh.faces[face];
-        const detail::Place place{mesh.slots[like], f.run, f.number, f.run};
+        const detail::Place place = f.at(mesh.slots[like]);
         VertexTable::Key key{};
         key.position = isExtra ? numPositions + corner - numGiven
                                : static_cast<std::uint32_t>(input.coordIndex[place.slot]);
@@ -147,7 +147,7 @@ void Build::makeCorners(SoGeometry& geometry)
     for (std::size_t f = 0; f < mesh.numFaces(); ++f) {
         const FaceMesh::Face& face = mesh.faces[f];
         for (std::size_t c = face.first; c < mesh.faces[f + 1].first; ++c) {
-            const detail::Place place{mesh.slots[c], face.run, face.number, face.run};
+            const detail::Place place = face.at(mesh.slots[c]);
             geometry.positions[c] =
                 input.positions[static_cast<std::size_t>(input.coordIndex[place.slot])];
             geometry.normals[c] = made.values[f];

@@ -22,6 +22,7 @@ struct FaceMesh::Reader {
     void addPolygon(std::uint32_t begin, std::uint32_t end);
     void addStrip(std::uint32_t begin, std::uint32_t end);
     void addQuads(std::uint32_t begin, std::uint32_t end);
+    void addFaces(std::uint32_t begin, std::uint32_t end);
     void addFace(std::initializer_list<std::uint32_t> corners);
     bool isUsable(std::size_t firstCorner, const Face& face);
     void finishFace(std::uint32_t first);
@@ -38,7 +39,7 @@ bool FaceMesh::Reader::isUsable(std::size_t firstCorner, const Face& face)
         }
         highest = std::max(highest, index);
         for (int a = 0; a < numAttributes; ++a) {
-            if (attributes[a]->at({slot, run, face.number, run}, mesh.fault) < 0)
+            if (attributes[a]->at(face.at(slot), mesh.fault) < 0)
                 return false;
         }
     }
@@ -47,7 +48,8 @@ bool FaceMesh::Reader::isUsable(std::size_t firstCorner, const Face& face)
 
 void FaceMesh::Reader::finishFace(std::uint32_t first)
 {
-    const Face face{first, faceNumber++, run};
+    const Face face{first, faceNumber, run, input.faceSize > 0 ? faceNumber : run};
+    ++faceNumber;
     if (mesh.slots.size() - first < 3 || !isUsable(first, face)) {
         mesh.slots.resize(first);
         return;
@@ -87,9 +89,17 @@ void FaceMesh::Reader::addQuads(std::uint32_t begin, std::uint32_t end)
         addFace({s, s + 1, s + 3, s + 2});
 }
 
+void FaceMesh::Reader::addFaces(std::uint32_t begin, std::uint32_t end)
+{
+    for (std::uint32_t s = begin; end - s >= input.faceSize; s += input.faceSize)
+        addPolygon(s, s + input.faceSize);
+}
+
 void FaceMesh::Reader::readRun(std::uint32_t begin, std::uint32_t end)
 {
-    if (input.quadStrips)
+    if (input.faceSize > 0)
+        addFaces(begin, end);
+    else if (input.quadStrips)
         addQuads(begin, end);
     else if (input.strips)
         addStrip(begin, end);
@@ -114,11 +124,11 @@ void FaceMesh::read(const FaceInput& input, const AttributeLookup* const* attrib
     }
     if (begin < size)
         reader.readRun(begin, size);
-    counts.parts = reader.run;
+    counts.parts = input.faceSize > 0 ? reader.faceNumber : reader.run;
     counts.faces = reader.faceNumber;
     counts.corners = reader.run > 0 ? size - reader.run + (begin < size ? 1 : 0) : 0;
     counts.positions = static_cast<std::uint32_t>(reader.highest + 1);
-    faces.push_back({static_cast<std::uint32_t>(slots.size()), 0, 0});
+    faces.push_back({static_cast<std::uint32_t>(slots.size()), 0, 0, 0});
 }
 
 SbVec3f newellNormal(std::span<const SbVec3f> polygon)

@@ -14,7 +14,10 @@ struct FaceMesh {
     struct Face {
         std::uint32_t first;  ///< corner
         std::uint32_t number; ///< PER_FACE
-        std::uint32_t run;    ///< PER_PART, and the runs before its corners
+        std::uint32_t run;    ///< runs before its corners
+        std::uint32_t part;   ///< PER_PART
+
+        Place at(std::uint32_t slot) const { return {slot, run, number, part}; }
     };
     struct ExtraCorner {
         SbVec3f position;

@@ -7,14 +7,18 @@
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedQuadSet.h>
 #include <kalmyr/shapes/SoIndexedShape.h>
+#include <kalmyr/shapes/SoIndexedTriangleSet.h>
 #include <kalmyr/shapes/SoIndexedTriangleStripSet.h>
 #include <kalmyr/shapes/SoLineSet.h>
 #include <kalmyr/shapes/SoNonIndexedShape.h>
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
+#include <kalmyr/shapes/SoQuadSet.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/shapes/SoTriangleSet.h>
 #include <kalmyr/shapes/SoTriangleStripSet.h>
 #include <kalmyr/shapes/SoVertexShape.h>
 
@@ -33,6 +37,10 @@ void kalmyr::initShapes()
     SoTriangleStripSet::initClass();
     SoIndexedTriangleStripSet::initClass();
     SoQuadMesh::initClass();
+    SoTriangleSet::initClass();
+    SoIndexedTriangleSet::initClass();
+    SoQuadSet::initClass();
+    SoIndexedQuadSet::initClass();
     SoLineSet::initClass();
     SoIndexedLineSet::initClass();
     SoPointSet::initClass();

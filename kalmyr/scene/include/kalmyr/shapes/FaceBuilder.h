@@ -43,9 +43,12 @@ struct VertexInput {
 struct FaceInput : VertexInput {
     bool strips = false;     ///< coordIndex holds triangle strips
     bool quadStrips = false; ///< coordIndex holds strips of quadrilaterals: two corners a step
-    bool convex = true;      ///< every face is convex; otherwise it is tested and tessellated
-    bool clockwise = false;  ///< corners run clockwise seen from outside
-    bool solid = false;      ///< closed: back faces may be left out
+    /// Every so many indices are a face of their own (3 or 4), and PER_PART counts faces; a -1 may
+    /// stand between two faces. Corners too few for a face are left out. 0: -1 ends each face.
+    std::uint32_t faceSize = 0;
+    bool convex = true;     ///< every face is convex; otherwise it is tested and tessellated
+    bool clockwise = false; ///< corners run clockwise seen from outside
+    bool solid = false;     ///< closed: back faces may be left out
     float creaseAngle =
         0; ///< radians; edges at smaller angles are smooth, when normals are not given
     bool makeNormals = true;    ///< generate normals when none are given
