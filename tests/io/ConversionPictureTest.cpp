@@ -74,6 +74,10 @@ const Example kExamples[] = {
      "Separator { Coordinate3 { point [ 0 0 0, 0 1 0, 1 0 0, 1 1 0, 2 0 1, 2 1 1 ] } "
      "TriangleStripSet { numVertices 6 } Translation { translation 0 2 0 } "
      "IndexedTriangleStripSet { coordIndex [ 0 1 2 3 -1 2 3 4 5 ] } }"},
+    {"SolidText", kKalmyr,
+     "Separator { Rotation { rotation 0 1 0 0.7 } Font { size 2 } Material { diffuseColor [ 1 0.5 "
+     "0, 0 1 1, 1 0 1 ] } MaterialBinding { value PER_PART } Text3 { string [ \"Ab\", \"&i\" ] "
+     "depth 0.7 } }"},
     {"TrianglesAndQuads", kKalmyr,
      "Separator { Material { diffuseColor [ 1 1 0, 0 1 1 ] } MaterialBinding { value PER_FACE } "
      "Coordinate3 { point [ 0 0 0, 1 0 0.5, 0 1 0, 1 1 0, 0 1 0.4, 1 0 0.2, 2 0 1, 2 1 1 ] } "

@@ -185,6 +185,8 @@ inline std::vector<ViewedScene> viewedScenes()
               + colored(".9 .5 .3") + "TriangleStripSet { numVertices [ 6 ] } "
               + colored(".3 .6 .9")
               + "IndexedTriangleStripSet { coordIndex [ 6, 7, 8, 9, 10, 11, -1 ] }")},
+        {"SolidText", seen("Rotation { rotation 0 1 0 .6 } Font { size 1.6 } " + colored(".8 .5 .2")
+                           + "Text3 { string \"Ag8\" depth .5 justification CENTER }")},
         {"TrianglesAndQuads",
          seen("Rotation { rotation 0 1 0 .4 } Material { diffuseColor [ .9 .5 .3, .3 .6 .9 ] } "
               "MaterialBinding { value PER_FACE } Coordinate3 { point [ -2 -1 0, -1 -1 .5, -1.5 1 "

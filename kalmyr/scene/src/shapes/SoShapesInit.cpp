@@ -18,6 +18,7 @@
 #include <kalmyr/shapes/SoQuadSet.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/shapes/SoText3.h>
 #include <kalmyr/shapes/SoTriangleSet.h>
 #include <kalmyr/shapes/SoTriangleStripSet.h>
 #include <kalmyr/shapes/SoVertexShape.h>
@@ -45,4 +46,5 @@ void kalmyr::initShapes()
     SoIndexedLineSet::initClass();
     SoPointSet::initClass();
     SoAsciiText::initClass();
+    SoText3::initClass();
 }

@@ -86,25 +86,12 @@ float shiftAcross(const TextLayout& text, const Font& font, std::size_t numLines
     }
 }
 
-void addGlyph(const TextLayout& text, const Glyph& glyph, const SbVec2f& origin, float wide,
-              float high, int face, SoGeometry& geometry)
-{
-    const auto first = static_cast<std::uint32_t>(geometry.positions.size());
-    const float size = text.font.size;
-    for (const SbVec2f& p : glyph.points) {
-        const SbVec2f at(origin[0] + p[0] * size * wide, origin[1] + p[1] * size * high);
-        geometry.positions.emplace_back(at[0], at[1], 0.0f);
-        geometry.normals.emplace_back(0.0f, 0.0f, 1.0f);
-        geometry.texCoords.push_back(at / size);
-    }
-    for (const std::uint32_t corner : glyph.triangles)
-        geometry.triangles.push_back(first + corner);
-    geometry.triangleFaces.insert(geometry.triangleFaces.end(), glyph.triangles.size() / 3, face);
-}
+using Use = std::function<void(const PlacedGlyph&)>;
 
-void addLine(const TextLayout& text, const Font& font, const Line& line, float across, int face,
-             SoGeometry& geometry)
+void placeLine(const TextLayout& text, const Font& font, const Line& line, float across, int number,
+               const Use& use)
 {
+    const float size = text.font.size;
     const bool forward = text.horizontal ? text.leftToRight : !text.topToBottom;
     const float length = line.length * line.stretch;
     const float begin = beginAlong(text.major, forward, length);
@@ -113,20 +100,22 @@ void addLine(const TextLayout& text, const Font& font, const Line& line, float a
         const float passed = place.at * line.stretch;
         const float along = begin + (forward ? passed : length - passed - room);
         if (text.horizontal) {
-            addGlyph(text, *place.glyph, {along, across}, line.stretch, 1, face, geometry);
+            use({*place.glyph, {along, across}, {size * line.stretch, size}, number});
         } else {
             // Characters of a column stand in the middle of their cells.
-            const float inset = (1 - place.glyph->advance) / 2 * text.font.size;
+            const float inset = (1 - place.glyph->advance) / 2 * size;
             const float base = font.descent() * room / (font.ascent() + font.descent());
-            addGlyph(text, *place.glyph, {across + inset, along + base}, 1, line.stretch, face,
-                     geometry);
+            use({*place.glyph,
+                 {across + inset, along + base},
+                 {size, size * line.stretch},
+                 number});
         }
     }
 }
 
 } // namespace
 
-void TextLayout::build(SoGeometry& geometry) const
+void TextLayout::place(const Use& use) const
 {
     if (!(font.size > 0) || !std::isfinite(font.size) || lines.empty())
         return;
@@ -141,9 +130,27 @@ void TextLayout::build(SoGeometry& geometry) const
     const bool down = horizontal ? topToBottom : !leftToRight;
     for (std::size_t i = 0; i < measured.size(); ++i) {
         const float step = font.size * spacing * static_cast<float>(i);
-        addLine(*this, letters, measured[i], shift + (down ? -step : step), static_cast<int>(i),
-                geometry);
+        placeLine(*this, letters, measured[i], shift + (down ? -step : step), static_cast<int>(i),
+                  use);
     }
+}
+
+void TextLayout::build(SoGeometry& geometry) const
+{
+    place([&](const PlacedGlyph& placed) {
+        const Glyph& glyph = placed.glyph;
+        const auto first = static_cast<std::uint32_t>(geometry.positions.size());
+        for (const SbVec2f& p : glyph.points) {
+            const SbVec2f at = placed.at(p);
+            geometry.positions.emplace_back(at[0], at[1], 0.0f);
+            geometry.normals.emplace_back(0.0f, 0.0f, 1.0f);
+            geometry.texCoords.push_back(at / font.size);
+        }
+        for (const std::uint32_t corner : glyph.triangles)
+            geometry.triangles.push_back(first + corner);
+        geometry.triangleFaces.insert(geometry.triangleFaces.end(), glyph.triangles.size() / 3,
+                                      placed.line);
+    });
 }
 
 } // namespace kalmyr::detail

@@ -1,13 +1,30 @@
 #pragma once
 
 #include <kalmyr/base/SbString.h>
+#include <kalmyr/base/SbVec.h>
 #include <kalmyr/elements/SoFontElement.h>
 
+#include <functional>
 #include <span>
 
 class SoGeometry;
 
 namespace kalmyr::detail {
+
+struct Glyph;
+
+/// A character in its place: points of the glyph times `scale`, then moved to `origin`.
+struct PlacedGlyph {
+    const Glyph& glyph;
+    SbVec2f origin;
+    SbVec2f scale; ///< object units an em
+    int line;
+
+    SbVec2f at(const SbVec2f& p) const
+    {
+        return {origin[0] + p[0] * scale[0], origin[1] + p[1] * scale[1]};
+    }
+};
 
 /// Lines of text, laid out as VRML97 describes it, flat at z = 0.
 struct TextLayout {
@@ -26,7 +43,9 @@ struct TextLayout {
     bool leftToRight = true;
     bool topToBottom = true;
 
-    /// One face a line.
+    /// Calls back for each character, line by line, while fonts are locked.
+    void place(const std::function<void(const PlacedGlyph&)>& use) const;
+    /// Flat letters that face +z; one face a line.
     void build(SoGeometry& geometry) const;
 };
 

@@ -1,0 +1,74 @@
+#include <kalmyr/shapes/SoText3.h>
+
+#include "Primitives.h"
+#include "TextExtruder.h"
+
+#include <kalmyr/elements/SoFontElement.h>
+#include <kalmyr/elements/SoMaterialElement.h>
+
+#include <cmath>
+
+namespace {
+
+constexpr SoEnumEntry kParts[] = {{"FRONT", SoText3::FRONT},
+                                  {"SIDES", SoText3::SIDES},
+                                  {"BACK", SoText3::BACK},
+                                  {"ALL", SoText3::ALL}};
+constexpr SoEnumEntry kJustifications[] = {
+    {"LEFT", SoText3::LEFT}, {"RIGHT", SoText3::RIGHT}, {"CENTER", SoText3::CENTER}};
+
+} // namespace
+
+SO_NODE_SOURCE(SoText3)
+
+SoText3::SoText3()
+{
+    SO_NODE_CONSTRUCTOR(SoShape);
+    SO_ADD_FIELD(string, (""));
+    SO_ADD_FIELD(spacing, (1.0f));
+    SO_ADD_FIELD(justification, (LEFT));
+    justification.setEnums(kJustifications);
+    SO_ADD_FIELD(width, (0.0f));
+    SO_ADD_FIELD(parts, (ALL));
+    parts.setEnums(kParts);
+    SO_ADD_FIELD(depth, (1.0f));
+}
+
+SoText3::~SoText3() = default;
+
+void SoText3::initClass()
+{
+    SO_NODE_INIT_CLASS(SoText3, SoShape, "Text3");
+}
+
+std::uint64_t SoText3::stateKey(SoState* state) const
+{
+    const std::uint64_t font = state->get<SoFontElement>().getValueId();
+    return SoElement::mix(font + 1, kalmyr::detail::primitiveStateKey(state, 0, true));
+}
+
+void SoText3::buildGeometry(SoState* state, SoGeometry& geometry)
+{
+    using kalmyr::detail::TextExtruder;
+    using kalmyr::detail::TextLayout;
+    TextLayout text;
+    text.font = SoFontElement::get(state);
+    text.lines = string.values();
+    text.lengths = width.values();
+    text.spacing = spacing.getValue();
+    text.major = justification.getValue() == RIGHT    ? TextLayout::END
+                 : justification.getValue() == CENTER ? TextLayout::MIDDLE
+                                                      : TextLayout::BEGIN;
+    TextExtruder extruder;
+    const float deep = depth.getValue();
+    extruder.depth = deep > 0 && std::isfinite(deep) ? deep : 0;
+    const int mask = parts.getValue();
+    extruder.shown = {(mask & FRONT) != 0, (mask & SIDES) != 0, (mask & BACK) != 0};
+    extruder.hasColors = kalmyr::detail::hasPartColors(state);
+    const SoMaterialValues& material = SoMaterialElement::get(state);
+    for (int part = 0; part < TextExtruder::NUM_PARTS; ++part) {
+        extruder.colors[static_cast<std::size_t>(part)] =
+            material.getDiffuse(part).getPackedValue(material.getTransparency(part));
+    }
+    extruder.build(text, geometry);
+}
