@@ -1,8 +1,10 @@
 #include "NodesSupport.h"
+#include "support/ErrorGuard.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/details/SoFaceDetail.h>
 #include <kalmyr/io/SoInput.h>
+#include <kalmyr/shapes/SoText3.h>
 
 #include <cmath>
 #include <map>
@@ -120,6 +122,48 @@ TEST_F(Text3Test, PartsAndDepthChooseWhatThereIs)
     }
     EXPECT_EQ(count("string [ ]"), 0u);
     EXPECT_FALSE(built("string \"H\" parts (FRONT | SIDES)")->solid);
+}
+
+TEST_F(Text3Test, ProfilesShapeTheSides)
+{
+    // A bevel of 0.02 in front, a rim that goes outwards, and back again.
+    const std::string bevel = "profile [ 0 -0.02, 0.02 0, 0.3 0, 0.32 0.03, 0.5 0.03 ] ";
+    for (const char* string : {"H", "B8", "&Q\xc3\x84"}) {
+        const std::string text = std::string("string \"") + string + "\" ";
+        const auto g = built(text + bevel), plain = built(text + "depth 0.5");
+        EXPECT_EQ(openEdges(*g), 0u) << string;
+        EXPECT_EQ(g->getNumTriangles() - built(text + bevel + "parts SIDES")->getNumTriangles(),
+                  2 * built(text + "parts FRONT")->getNumTriangles());
+        const SbBox3f &box = g->getBox(), &like = plain->getBox();
+        EXPECT_FLOAT_EQ(box.getMin()[2], -0.5f);
+        EXPECT_GT(box.getMax()[0], like.getMax()[0] + 0.029f);
+        EXPECT_LT(box.getMin()[1], like.getMin()[1] - 0.029f);
+        EXPECT_LT(box.getMax()[0], like.getMax()[0] + 0.1f); // spikes are cut
+        EXPECT_GT(volumeOf(*g), volumeOf(*plain));
+        const auto front = built(text + bevel + "parts FRONT");
+        EXPECT_LT(nodetest::facingArea(*front, {0, 0, 1}),
+                  nodetest::facingArea(*built(text + "parts FRONT"), {0, 0, 1}));
+    }
+    EXPECT_EQ(built("string \"H\" profile [ 0 0 ] depth 0.25")->getBox().getMin()[2], -0.25f);
+}
+
+TEST_F(Text3Test, LettersOfTooManyFacesAreCut)
+{
+    const auto root = scene("Text3 { string \"HO\" }");
+    auto* text = static_cast<SoText3*>(root->getChild(0));
+    std::vector<SbVec2f> profile(1'500'000);
+    for (std::size_t i = 0; i < profile.size(); ++i)
+        profile[i] = SbVec2f(static_cast<float>(i) * 1e-6f, 0);
+    text->profile.setValues(0, profile);
+    {
+        auto errors = support::expectErrors();
+        EXPECT_FALSE(nodetest::geometryOf(root.get()));
+        EXPECT_TRUE(errors.contains("too long for its profile"));
+        EXPECT_EQ(errors.count(), 1u);
+    }
+    // Without sides the ends of the profile are enough.
+    text->parts = SoText3::FRONT | SoText3::BACK;
+    EXPECT_FLOAT_EQ(nodetest::geometryOf(root.get())->getBox().getMin()[2], -1.499999f);
 }
 
 TEST_F(Text3Test, StandsWhereFlatTextStands)

@@ -17,6 +17,22 @@ constexpr SoEnumEntry kParts[] = {{"FRONT", SoText3::FRONT},
 constexpr SoEnumEntry kJustifications[] = {
     {"LEFT", SoText3::LEFT}, {"RIGHT", SoText3::RIGHT}, {"CENTER", SoText3::CENTER}};
 
+/// The profile in force; points that are not finite are left out.
+std::vector<SbVec2f> profileOf(float depth, std::span<const SbVec2f> given)
+{
+    std::vector<SbVec2f> profile;
+    for (const SbVec2f& p : given) {
+        if (std::isfinite(p[0]) && std::isfinite(p[1]))
+            profile.push_back(p);
+    }
+    if (profile.size() > 1)
+        return profile;
+    profile = {{0, 0}};
+    if (depth > 0 && std::isfinite(depth))
+        profile.emplace_back(depth, 0.0f);
+    return profile;
+}
+
 } // namespace
 
 SO_NODE_SOURCE(SoText3)
@@ -32,6 +48,7 @@ SoText3::SoText3()
     SO_ADD_FIELD(parts, (ALL));
     parts.setEnums(kParts);
     SO_ADD_FIELD(depth, (1.0f));
+    SO_ADD_EMPTY_FIELD(profile);
 }
 
 SoText3::~SoText3() = default;
@@ -60,8 +77,8 @@ void SoText3::buildGeometry(SoState* state, SoGeometry& geometry)
                  : justification.getValue() == CENTER ? TextLayout::MIDDLE
                                                       : TextLayout::BEGIN;
     TextExtruder extruder;
-    const float deep = depth.getValue();
-    extruder.depth = deep > 0 && std::isfinite(deep) ? deep : 0;
+    extruder.node = this;
+    extruder.profile = profileOf(depth.getValue(), profile.values());
     const int mask = parts.getValue();
     extruder.shown = {(mask & FRONT) != 0, (mask & SIDES) != 0, (mask & BACK) != 0};
     extruder.hasColors = kalmyr::detail::hasPartColors(state);
