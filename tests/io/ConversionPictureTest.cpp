@@ -92,6 +92,11 @@ const Example kExamples[] = {
     {"Points", kKalmyr,
      "Separator { LightModel { model BASE_COLOR } Material { diffuseColor"
      " 1 0 1 } Coordinate3 { point [ " QUAD_POINTS " ] } PointSet { } }"},
+    {"IndexedPoints", kKalmyr,
+     "Separator { LightModel { model BASE_COLOR } Material { diffuseColor [ 1 0 1, 0 1 1, 1 1 0, 1 "
+     "1 1, 1 0 0, 0 1 0 ] "
+     "} MaterialBinding { value PER_FACE } Coordinate3 { point [ " QUAD_POINTS
+     " ] } IndexedPointSet { coordIndex [ 7, 0, 6, 1, 5, 2 ] } }"},
     {"VertexProperty", kKalmyr,
      "Separator { IndexedFaceSet { vertexProperty VertexProperty { vertex [ " QUAD_POINTS
      " ] orderedRGBA [ 0xff0000ff, 0x00ff00ff, 0x0000ffff ] materialBinding PER_FACE } coordIndex "

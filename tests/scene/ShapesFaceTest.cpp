@@ -1,6 +1,7 @@
 #include "NodesSupport.h"
 #include "support/ErrorGuard.h"
 
+#include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/nodes/SoCoordinate3.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoMaterialBinding.h>
@@ -13,6 +14,7 @@
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedPointSet.h>
 #include <kalmyr/shapes/SoIndexedQuadSet.h>
 #include <kalmyr/shapes/SoIndexedTriangleSet.h>
 #include <kalmyr/shapes/SoIndexedTriangleStripSet.h>
@@ -594,6 +596,47 @@ TEST_F(VertexShapeTest, LinesAndPoints)
     EXPECT_EQ(g->positions[g->points[1]], kSquare[3]);
     EXPECT_EQ(g->colors[g->points[1]], 0x00ff00ffu);
     points->startIndex.setValue(4);
+    EXPECT_FALSE(scene.geometry());
+}
+
+TEST_F(VertexShapeTest, IndexedPointsTakeTheColorsOfTheirBinding)
+{
+    Scene scene;
+    auto* material = scene.add(new SoMaterial);
+    material->diffuseColor.setValues({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    auto* binding = scene.add(new SoMaterialBinding);
+    scene.square();
+    auto* points = scene.add(new SoIndexedPointSet);
+    points->coordIndex.setValues({3, -1, 1});
+    const auto expect = [&](int value, std::initializer_list<std::uint32_t> colors) {
+        binding->value.setValue(value);
+        const auto g = scene.geometry();
+        ASSERT_EQ(g->points.size(), 2u);
+        EXPECT_EQ(g->positions[g->points[0]], kSquare[3]);
+        EXPECT_EQ(g->positions[g->points[1]], kSquare[1]);
+        std::vector<std::uint32_t> seen;
+        for (const std::uint32_t i : g->points)
+            seen.push_back(g->colors[i]);
+        EXPECT_EQ(seen, std::vector<std::uint32_t>(colors)) << value;
+    };
+    for (const int counting : {SoBinding::PER_PART, SoBinding::PER_FACE, SoBinding::PER_VERTEX})
+        expect(counting, {0xff0000ffu, 0x00ff00ffu});
+    points->materialIndex.setValues({2, 0});
+    expect(SoBinding::PER_FACE_INDEXED, {0x0000ffffu, 0xff0000ffu});
+    points->materialIndex.setValues({2, -1, 0});
+    expect(SoBinding::PER_VERTEX_INDEXED, {0x0000ffffu, 0xff0000ffu});
+    SoRayPickAction pick(SbViewportRegion(100, 100));
+    pick.setRay({1, 0, 5}, {0, 0, -1});
+    pick.apply(scene.root.get());
+    ASSERT_TRUE(pick.getPickedPoint(0));
+    EXPECT_TRUE(pick.getPickedPoint(0)->getPoint().equals(kSquare[1], 1e-4f));
+    binding->value.setValue(SoBinding::OVERALL);
+    points->coordIndex.setValues({0, 17, -9, 2});
+    auto errors = support::expectErrors();
+    EXPECT_EQ(scene.geometry()->points.size(), 2u);
+    EXPECT_TRUE(errors.contains("coordIndex[1] is 17"));
+    EXPECT_EQ(errors.count(), 1u);
+    points->coordIndex.setNum(0);
     EXPECT_FALSE(scene.geometry());
 }
 

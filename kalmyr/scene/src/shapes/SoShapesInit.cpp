@@ -7,6 +7,7 @@
 #include <kalmyr/shapes/SoFaceSet.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedPointSet.h>
 #include <kalmyr/shapes/SoIndexedQuadSet.h>
 #include <kalmyr/shapes/SoIndexedShape.h>
 #include <kalmyr/shapes/SoIndexedTriangleSet.h>
@@ -45,6 +46,7 @@ void kalmyr::initShapes()
     SoLineSet::initClass();
     SoIndexedLineSet::initClass();
     SoPointSet::initClass();
+    SoIndexedPointSet::initClass();
     SoAsciiText::initClass();
     SoText3::initClass();
 }
