@@ -664,3 +664,19 @@ TEST_F(VertexShapeTest, HugeCountsNeitherCrashNorTakeMemory)
     EXPECT_EQ(scene.geometry()->points.size(), 4u);
     EXPECT_EQ(errors.count(), 4u);
 }
+
+TEST_F(VertexShapeTest, GridsThatStartTooEarlyLoseOnlyTheirFirstQuadrilateral)
+{
+    Scene scene;
+    scene.add(new SoCoordinate3)
+        ->point.setValues({{1, 1, 0}, {2, 1, 0}, {0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
+    auto* mesh = scene.add(new SoQuadMesh);
+    mesh->startIndex.setValue(-1);
+    mesh->verticesPerColumn.setValue(2);
+    mesh->verticesPerRow.setValue(3);
+    auto errors = support::expectErrors();
+    const auto g = scene.geometry();
+    EXPECT_EQ(errors.count(), 1u);
+    EXPECT_EQ(g->triangleFaces, (std::vector<std::int32_t>{1, 1}));
+    EXPECT_EQ(g->getBox(), SbBox3f(1, 0, 0, 2, 1, 0));
+}

@@ -52,7 +52,9 @@ void SoQuadMesh::buildGeometry(SoState* state, SoGeometry& geometry)
         for (std::int64_t c = 0; c < 2 * columns; ++c) {
             const std::int64_t vertex = (r + c % 2) * columns + c / 2;
             values.push_back(static_cast<std::int32_t>(vertex));
-            positions.push_back(static_cast<std::int32_t>(first + vertex));
+            // A position -1 would read as the end of a row; it is out of range like -2.
+            const std::int64_t position = first + vertex;
+            positions.push_back(static_cast<std::int32_t>(position == -1 ? -2 : position));
         }
         values.push_back(-1);
         positions.push_back(-1);
