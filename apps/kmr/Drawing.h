@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-/// What `render` and `export` are told alike.
+/// The options that `render` and `export` share.
 struct DrawOptions {
     SbViewportRegion region{800, 600};
     std::optional<SbColor> background;

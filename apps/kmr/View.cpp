@@ -126,7 +126,7 @@ void removeCameras(SoNode* root)
     }
 }
 
-/// Where a camera of the scene stands in the world.
+/// Returns a copy of the path's camera that stands in world coordinates.
 SoRef<SoCamera> inWorld(const SoPath& path)
 {
     SoRef<SoCamera> camera(static_cast<SoCamera*>(path.getTail()->copy()));

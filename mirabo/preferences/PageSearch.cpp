@@ -109,7 +109,7 @@ QStringList rowsOf(const QAbstractItemModel* model)
     return texts;
 }
 
-/// What the user reads on a control itself; the texts of its parts are theirs.
+/// Returns the texts shown on a control itself, without those of its children.
 QStringList textsOf(const QWidget& control)
 {
     if (const auto* label = qobject_cast<const QLabel*>(&control))

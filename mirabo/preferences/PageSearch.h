@@ -9,8 +9,8 @@ class QWidget;
 
 namespace mirabo {
 
-/// What the user looks for in the pages of a dialog: words that all have to stand on a page, in its
-/// name or in the texts of its controls, as parts of words and in either case.
+/// Searches the pages of a dialog for words, all of which must stand on a page: in its name or in
+/// the texts of its controls, as parts of words and in either case.
 class PageSearch {
 public:
     /// The empty text is found on every page.

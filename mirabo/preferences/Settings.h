@@ -98,7 +98,7 @@ void writeOutlineColor(const QColor& color);
 int readOutlineWidth();
 void writeOutlineWidth(int width);
 
-/// What a start restores: place, size and layout of the window (on); the bookmarks of a scene (on);
+/// Settings of what a start restores: place, size and layout of the window (on); bookmarks (on);
 /// in the program, the file that was open last (off).
 bool readRestoreWindow();
 void writeRestoreWindow(bool on);

@@ -61,7 +61,7 @@ void SoStylePreferences::load()
 
 void SoStylePreferences::save()
 {
-    // What was not changed here may have been changed by another tool meanwhile.
+    // Another tool may have changed styles that were not changed here.
     const bool isChanged = !mirabo::haveSameSettings(m_styles, m_loaded)
                            || options() != m_loadedOptions
                            || !mirabo::areStylesStored(m_group, m_styles);

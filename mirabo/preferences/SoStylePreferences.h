@@ -92,7 +92,7 @@ protected:
 private:
     /// The controls beyond the styles.
     virtual void loadOptions() = 0;
-    /// What the page has beside the styles, to see whether the user changed it.
+    /// Returns the page's options besides the styles; compared to find changes by the user.
     virtual QVector<bool> options() const { return {}; }
     virtual void saveOptions() = 0;
     /// A style is shown in the controls.

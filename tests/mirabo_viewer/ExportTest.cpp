@@ -1,4 +1,4 @@
-// What the view shows is exported and printed from the real window, with its dialogs.
+// Exports and prints from the real window, with its dialogs.
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "StandaloneSupport.h"
 #include "support/Clock.h"
@@ -338,7 +338,7 @@ TEST_F(Exporting, PostsOneErrorAndLeavesNoHalfFile)
         fails({choose(filter, full), replace});
     }
     QFile::remove(full);
-    // Where there is nothing to draw the file of the last export stays.
+    // With nothing to draw, the file of the last export stays.
     viewer->closeScene();
     const QString old = write("old.u3d", "old");
     fails({choose("U3D - using Plotrel", old), replace});

@@ -24,7 +24,7 @@ struct Box {
     double minX = -1e9, minY = -1e9, maxX = 1e9, maxY = 1e9;
 };
 
-/// What a file says is to be drawn.
+/// A filled or stroked shape read from a file.
 struct Mark {
     std::vector<Contour> contours; ///< closed ones to be filled, or open ones to be stroked
     bool filled = true;

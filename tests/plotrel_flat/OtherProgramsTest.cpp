@@ -1,4 +1,4 @@
-// What programs that nobody here wrote make of the files.
+// Opens the files in programs of others and compares their pictures.
 #include "ByteWriter.h"
 #include "Canvas.h"
 #include "cgm/CgmWriter.h"

@@ -14,7 +14,7 @@ class PdfFileCheck {
 public:
     explicit PdfFileCheck(const std::string& file) : m_file(file) { check(); }
 
-    /// What stands outside of the streams.
+    /// Returns the file without the contents of its streams.
     const std::string& text() const { return m_text; }
     bool has(const std::string& part) const { return m_text.find(part) != std::string::npos; }
 

@@ -29,7 +29,7 @@ inline Outcome runInstalled(const std::string& command)
     return result;
 }
 
-/// What poppler makes of a PDF file, in the size of another picture. It must not complain.
+/// Returns a PDF file as drawn by poppler, in the size of another picture. It must not complain.
 inline Picture popplerPicture(const std::string& file, const Picture& like)
 {
     const TempFolder folder;
@@ -40,7 +40,7 @@ inline Picture popplerPicture(const std::string& file, const Picture& like)
     return Picture::read(folder.path("a.ppm"));
 }
 
-/// What ghostscript makes of a PDF or PostScript file. It must not complain.
+/// Returns a PDF or PostScript file as drawn by ghostscript, which must not complain.
 inline Picture ghostscriptPicture(const std::string& file, const Picture& like,
                                   double pixelsPerMillimetre)
 {

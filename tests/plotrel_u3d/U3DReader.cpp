@@ -201,7 +201,7 @@ private:
         return bit < 8 * m_size
                && (static_cast<unsigned char>(m_bytes[m_start + bit / 8]) >> (bit % 8) & 1) != 0;
     }
-    /// Where the code stands within the interval, in units of `total`.
+    /// Returns the position of the code within the interval, in units of `total`.
     std::uint32_t target(std::uint32_t total) const
     {
         std::uint32_t code = bitAt(m_bit) ? 1 : 0;

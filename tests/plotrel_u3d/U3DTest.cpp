@@ -162,7 +162,7 @@ std::set<std::string> namesOf(const u3d::File& file, u3d::Node::Kind kind)
     return names;
 }
 
-/// Where the space of a node stands, and which way its -z axis points.
+/// The origin of a node's space in the world, and the direction of its -z axis.
 SbVec3f placeOf(const u3d::File& file, const std::string& name)
 {
     return toVec(u3d::File::transformed(file.toWorld(*file.find(name)), {0, 0, 0}));
@@ -747,7 +747,7 @@ TEST(U3DCompression, HoldsTheSameInLess)
     }
 }
 
-/// What the other tests see is worth something only when faults are seen.
+/// The reader of the tests must find damaged files.
 TEST(U3DReader, RefusesFilesThatAreDamaged)
 {
     const SoRef<SoNode> scene = kalmyrScene(R"(

@@ -90,7 +90,7 @@ TEST_F(Vectorize, WritesNoPlaceTwiceWhenHiddenPartsAreCut)
         cut.setCuttingHiddenParts(true);
         painted.apply(readScene(scene).get());
         cut.apply(readScene(scene).get());
-        // What the cut pieces cover is what the picture of both shows.
+        // The cut pieces cover exactly the pixels that the picture shows.
         const Picture picture = cut.paint();
         const VectorDrawing& drawing = cut.getDrawing();
         VectorDrawing bare = drawing;

@@ -121,7 +121,7 @@ protected:
     }
     void draw97(const std::string& content) { draw("#VRML V2.0 utf8\n" + content); }
 
-    /// Where the ray through the middle of a pixel meets the plane z = 0.
+    /// Returns the point at which the ray through the middle of a pixel meets the plane z = 0.
     static SbVec3f pointAt(int x, int y)
     {
         const auto along = [](int pixel) {

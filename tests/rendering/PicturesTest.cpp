@@ -58,7 +58,7 @@ TEST(Pictures, HoldTheColorsOfTheThingsAlone)
                 for (int x = 0; x < 64; ++x) {
                     const unsigned char* pixel = image.getPixel(x, y);
                     opacities.insert(pixel[3]);
-                    // What is hardly there has no exact color.
+                    // Colors of low opacity are not exact.
                     for (int c = 0; c < 3 && pixel[3] > 60; ++c)
                         ASSERT_NEAR(pixel[c], (c == 0 ? 204 : c == 1 ? 102 : 51), 8) << name;
                 }

@@ -30,7 +30,7 @@ public:
             flush();
     }
     /// A number in the locale-free shortest form with at most `decimals` decimals and no exponent.
-    /// What is not finite, which has no form, is written as 0.
+    /// Values that are not finite are written as 0: the formats have no form for them.
     void number(double value, int decimals = 3);
     void integer(long long value);
 
@@ -50,7 +50,7 @@ public:
     std::size_t position() const { return m_written; }
     /// Brings everything into the file. False when that, or an earlier writing, failed.
     bool flush();
-    /// What was written into memory.
+    /// Returns the bytes written into memory, and forgets them.
     std::string take() { return std::move(m_buffer); }
 
 private:

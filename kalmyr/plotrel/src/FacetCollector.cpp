@@ -96,7 +96,7 @@ float difference(const SbColor& a, const SbColor& b)
 
 } // namespace
 
-/// What is the same for all triangles of one item.
+/// The values that all triangles of one item share.
 struct FacetCollector::Context {
     const SoSceneView::Item& item;
     const SoGeometry& geometry;

@@ -28,7 +28,7 @@ struct CollectOptions {
     SbColor ink; ///< of the edges in a line drawing
 };
 
-/// What is drawn between two clearings of the depths.
+/// The facets of one layer: hidden surfaces are removed within it, the next one covers it.
 struct FacetLayer {
     FacetList opaque; ///< polygons that hide what is behind them
     FacetList above;  ///< transparent polygons, segments and points

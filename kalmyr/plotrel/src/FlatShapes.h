@@ -37,7 +37,7 @@ inline std::uint8_t blueOf(PackedColor color)
     return static_cast<std::uint8_t>(color);
 }
 
-/// What a writer of a flat format does with the parts of a drawing, from back to front.
+/// Receives the parts of a drawing from back to front; a writer of a flat format implements it.
 class FlatPainter {
 public:
     virtual ~FlatPainter() = default;

@@ -238,7 +238,7 @@ public:
     }
 
 private:
-    /// What an edge's ends say alone, so that both of its sides agree.
+    /// Whether to divide the edge. Depends on its ends alone, so that both triangles agree.
     bool isCut(const VectorVertex& a, const VectorVertex& b) const
     {
         return colorDifference(a, b) > m_tolerance && length(a, b) >= kShortestEdge;

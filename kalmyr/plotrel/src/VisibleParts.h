@@ -15,10 +15,10 @@ public:
     void begin(const FacetShape& facet);
     /// Takes away what the polygon hides of the facet.
     void hide(const FacetShape& occluder);
-    /// What is left: convex pieces (segments of a segment), none when all is hidden. Valid until
-    /// the next call of a function that is not const.
+    /// Returns the visible pieces: convex polygons, or segments of a segment; none when all is
+    /// hidden. Valid until the next call of a function that is not const.
     const std::vector<CornerList>& getPieces() const { return m_pieces; }
-    /// What was taken away, in convex pieces that do not overlap.
+    /// Returns the hidden pieces, which are convex and do not overlap.
     const std::vector<CornerList>& getHidden() const { return m_hidden; }
     bool isEmpty() const { return m_pieces.empty(); }
 

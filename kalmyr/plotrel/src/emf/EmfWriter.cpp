@@ -86,7 +86,7 @@ public:
     }
 
 private:
-    /// What an entry of the table of objects is made from.
+    /// An entry of the table of objects.
     struct Object {
         enum Kind { BRUSH, EDGE_PEN, LINE_PEN };
         Kind kind = BRUSH;

@@ -47,7 +47,7 @@ struct Part {
     }
     bool operator<(const Part& other) const { return cost < other.cost; }
 
-    /// Where the uses, which it sorts, are to be parted.
+    /// Sorts the uses and returns the index at which to divide them.
     std::size_t divide() const
     {
         std::sort(uses.begin(), uses.end(), [this](const Use& a, const Use& b) {

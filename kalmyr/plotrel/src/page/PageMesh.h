@@ -23,9 +23,9 @@ public:
     /// Corners beyond one stream are better put into another.
     static constexpr std::size_t kMostCorners = 3 * 65536;
 
-    /// Those without an area are left out. The corners take their own colours.
+    /// Adds a triangle in the colours of its corners; ignores one without an area.
     void addTriangle(const VectorVertex& a, const VectorVertex& b, const VectorVertex& c);
-    /// As triangles in the colour of the first corner.
+    /// Adds a polygon as triangles in the colour of the first corner.
     void addPolygon(const VectorVertex* corners, std::size_t count);
     bool isFull() const { return m_corners.size() >= kMostCorners; }
 

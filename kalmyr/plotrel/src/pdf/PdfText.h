@@ -16,7 +16,7 @@ std::string pdfTextString(std::string_view utf8);
 /// Part of a line of text in one font with WinAnsi encoding.
 struct PdfTextPiece {
     std::string codes;
-    /// What the codes stand for, as a text string; empty when they are the text itself.
+    /// The Unicode text of the codes as a text string; empty when the codes are that text.
     std::string actualText;
 };
 

@@ -111,7 +111,7 @@ void SoToU3DAction::initMethods()
     addMethod(SoShape::getClassTypeId(), Job::shape);
     addMethod(SoLight::getClassTypeId(), Job::light);
     addMethod(SoCamera::getClassTypeId(), Job::camera);
-    // Those of a module that need not be there.
+    // The VRML97 module may not be initialised.
     if (!SoVRMLLight::getClassTypeId().isBad())
         addMethod(SoVRMLLight::getClassTypeId(), Job::light);
     if (!SoVRMLViewpoint::getClassTypeId().isBad())

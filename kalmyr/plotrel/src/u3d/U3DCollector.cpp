@@ -129,8 +129,8 @@ void U3DCollector::makeGroup(Open& open, const Open& above, const SbMatrix& toWo
     node.parent = above.node;
     node.matrix = relative(toWorld, above);
     open.world = toWorld;
-    // What is below is placed relative to what the rounded matrices say, so that errors do not
-    // add up from level to level.
+    // Nodes below are placed relative to the rounded matrices, so that errors do not add up from
+    // level to level.
     open.frame = U3DAffine(node.matrix) * above.frame;
     if (!isFinite(toWorld) || !isFinite(node.matrix) || !open.frame.invert(open.inverse)) {
         node.matrix = SbMatrix::identity();

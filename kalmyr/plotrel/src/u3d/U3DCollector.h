@@ -37,7 +37,7 @@ public:
     /// `volume` is in the world.
     void camera(const SoNode* node, const SbViewVolume& volume, const SbMatrix& toWorld);
     void viewpoint(const SoVRMLViewpoint* node, const SbMatrix& toWorld);
-    /// What only the whole scene tells.
+    /// Completes the resources that depend on the whole scene. Called once, after all nodes.
     void finish();
 
     /// Groups nested more deeply are left out: what is in them hangs at the last one.

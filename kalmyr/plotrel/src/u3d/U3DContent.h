@@ -20,7 +20,7 @@ struct U3DContentOptions {
 /// The declaration of a generator: the only block of its chain.
 void declareMesh(U3DBlocks& out, const U3DGenerator& generator, const U3DMeshLayout& layout);
 void declareWire(U3DBlocks& out, const U3DGenerator& generator);
-/// What both declare at that place of theirs.
+/// Writes the quality and quantisation fields that both declarations contain.
 void declareQuality(U3DBlocks& out, float positionQuantum);
 
 /// The blocks of its content. False when stopped.

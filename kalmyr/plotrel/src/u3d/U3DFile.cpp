@@ -39,7 +39,7 @@ void writeHeader(U3DBlocks& out, const U3DOptions& options)
     out.end(start);
 }
 
-/// What declarations and content have in common, worked out once.
+/// The layouts that declarations and content share, computed once.
 struct Prepared {
     Prepared(const U3DScene& scene, bool compressed);
 

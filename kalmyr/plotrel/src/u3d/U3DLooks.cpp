@@ -15,7 +15,7 @@ namespace {
 
 constexpr SbColor kWhite(1, 1, 1);
 
-/// What is no number becomes 0.
+/// Clamps to 0..1; not-a-number becomes 0.
 float unit(float value)
 {
     return value > 0 ? std::min(value, 1.0f) : 0.0f;
@@ -51,7 +51,7 @@ void makeUnlit(U3DMaterial& material, SbColor color)
     material.shininess = 0;
 }
 
-/// What is seen where the image covers a surface of that colour.
+/// Returns the image combined with a surface of that colour by the texture's model.
 SbImage paintedImage(const SoTextureValues& texture, const SbColor& color)
 {
     const SbImage& from = texture.image;

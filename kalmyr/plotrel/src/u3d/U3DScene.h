@@ -13,7 +13,7 @@
 #include <vector>
 
 /// \file
-/// What a U3D file holds, apart from its bytes: nodes that refer to resources by index. Names are
+/// The contents of a U3D file before encoding: nodes that refer to resources by index. Names are
 /// valid UTF-8, not empty, and unique among their kind.
 
 namespace kalmyr::detail {

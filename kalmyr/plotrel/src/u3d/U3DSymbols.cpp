@@ -139,7 +139,7 @@ void U3DSymbols::bit(bool on)
 
 void U3DSymbols::finish()
 {
-    // What the coder has not settled yet comes out with what follows it.
+    // The zeros push out the bits that the coder still holds back.
     if (m_coded)
         plain(0, 4);
     while (m_numBits > 0)

@@ -7,7 +7,7 @@
 
 namespace kalmyr::detail {
 
-/// What of a geometry is drawn as lines or points.
+/// The part of a geometry that a line set or point set is made from.
 enum class U3DWireSource : unsigned char {
     LINES,
     EDGES, ///< of the faces, without those within a face that was split into triangles

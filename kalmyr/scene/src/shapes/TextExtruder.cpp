@@ -64,7 +64,7 @@ Border borderOf(const Glyph& glyph)
 /// How far points on corners go outwards at most when the sides beside them go by 1.
 constexpr float kMaxMiter = 3;
 
-/// Where each point of a placed glyph goes when the sides go outwards by 1.
+/// Returns the offset of each point of a placed glyph when its sides move outwards by 1.
 std::vector<SbVec2f> outwardOf(const Border& border, const std::vector<SbVec2f>& points)
 {
     const std::vector<Edge>& edges = border.edges;

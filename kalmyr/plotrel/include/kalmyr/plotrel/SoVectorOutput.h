@@ -77,8 +77,8 @@ public:
     void setTitle(const SbString& title) { m_title = title; }
     const SbString& getTitle() const { return m_title; }
 
-    /// What the format can express. What it cannot is replaced before write() sees the drawing:
-    /// shaded triangles by flat ones, transparency by mixed colours, textures by their average.
+    /// Features of the format. Before write() the drawing is stripped of those that it lacks:
+    /// shaded triangles become flat ones, transparency mixed colours, textures their average.
     struct Abilities {
         bool shading = false;      ///< triangles with a colour for each corner
         bool transparency = false; ///< opacity of a polygon, line or point

@@ -35,7 +35,7 @@ public:
 
     ~SoVectorizeAction() override;
 
-    /// Where the drawing goes. Owned by the action.
+    /// Returns the output that receives the drawing. Owned by the action.
     SoVectorOutput* getVectorOutput() const;
 
     /// Its proportions are those of the drawing, unless the output has a drawing size of its own,

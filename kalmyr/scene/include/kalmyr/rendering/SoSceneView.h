@@ -30,16 +30,15 @@ struct SoEyeLight {
     float beamWidth = -1; ///< radians; not negative: falls off evenly from there to the cut-off
 };
 
-/// What a scene looks like through its cameras, for those who draw it without OpenGL: what a frame
-/// of a render action would draw. Valid as long as the geometries and looks that it refers to,
-/// which it holds.
+/// The contents of a frame of a render action, for drawing without OpenGL: cameras, lights, visible
+/// shapes and background. Holds references on its geometries and appearances, not on nodes.
 struct SoSceneView {
     /// A camera and its part of the target.
     struct Camera {
         SoView view;
         SbViewportRegion region;
     };
-    /// What shines on some items and cuts them.
+    /// The lights and clipping planes of some items, in the space of the eye.
     struct Surroundings {
         std::vector<SoEyeLight> lights;
         std::vector<SbVec4f> clipPlanes; ///< a, b, c, d: kept is a x + b y + c z + d >= 0
