@@ -119,31 +119,25 @@ void exportScene(benchmark::State& state, SoRef<SoNode> (*make)(int))
     std::filesystem::remove(name);
 }
 
-void visibleToPDF(benchmark::State& state)
-{
-    exportScene<SoToPDFAction>(state, sheet);
-}
-BENCHMARK(visibleToPDF)
-    ->RangeMultiplier(10)
-    ->Range(10'000, 1'000'000)
-    ->Complexity(benchmark::oNLogN)
-    ->Unit(benchmark::kMillisecond);
-
-void spheresToPDF(benchmark::State& state)
-{
-    exportScene<SoToPDFAction>(state, spheres);
-}
-BENCHMARK(spheresToPDF)
-    ->RangeMultiplier(10)
-    ->Range(10'000, 1'000'000)
-    ->Complexity(benchmark::oNLogN)
-    ->Unit(benchmark::kMillisecond);
-
 template <class Action>
 void visibleTo(benchmark::State& state)
 {
     exportScene<Action>(state, sheet);
 }
+void spheresToPDF(benchmark::State& state)
+{
+    exportScene<SoToPDFAction>(state, spheres);
+}
+
+void atGrowingSizes(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->RangeMultiplier(10)
+        ->Range(10'000, 1'000'000)
+        ->Complexity(benchmark::oNLogN)
+        ->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(visibleTo<SoToPDFAction>)->Apply(atGrowingSizes);
+BENCHMARK(spheresToPDF)->Apply(atGrowingSizes);
 BENCHMARK(visibleTo<SoVectorizePSAction>)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(visibleTo<SoVectorizeCGMAction>)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(visibleTo<SoVectorizeGDIAction>)->Arg(100'000)->Unit(benchmark::kMillisecond);

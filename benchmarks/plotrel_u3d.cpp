@@ -97,23 +97,19 @@ void occurrences(benchmark::State& state)
     write(state, cubes(state.range(0)), static_cast<double>(state.range(0)), false);
 }
 
+void atGrowingSizes(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->RangeMultiplier(10)
+        ->Range(10'000, 1'000'000)
+        ->Unit(benchmark::kMillisecond)
+        ->Complexity();
+}
+
 } // namespace
 
-BENCHMARK(mesh)
-    ->RangeMultiplier(10)
-    ->Range(10'000, 1'000'000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity();
-BENCHMARK(meshFlat)
-    ->RangeMultiplier(10)
-    ->Range(10'000, 1'000'000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity();
-BENCHMARK(meshCompressed)
-    ->RangeMultiplier(10)
-    ->Range(10'000, 1'000'000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity();
+BENCHMARK(mesh)->Apply(atGrowingSizes);
+BENCHMARK(meshFlat)->Apply(atGrowingSizes);
+BENCHMARK(meshCompressed)->Apply(atGrowingSizes);
 BENCHMARK(occurrences)
     ->RangeMultiplier(10)
     ->Range(1'000, 100'000)
