@@ -186,7 +186,6 @@ std::vector<bool> FacetSorter::findHidden(const std::vector<std::uint32_t>& face
         const auto of = fronts.of(i);
         hidden[i] =
             !of.empty() && of.size() <= kMaxOccluders && isHidden(shapes[i], of, shapes, parts);
-        m_numHidden += hidden[i] ? 1 : 0;
     }
     std::erase_if(graph.edges, [&](const auto& e) { return hidden[e.first] || hidden[e.second]; });
     return hidden;
@@ -340,7 +339,6 @@ void FacetSorter::sortRing(const std::vector<std::uint32_t>& ring,
             (hasFront ? front : hasBack ? back : on).push_back(ring[i]);
             continue;
         }
-        ++m_numSplits;
         split(own, distances, frontPart, backPart);
         if (!frontPart.empty())
             front.push_back(m_list.add(facet, frontPart));

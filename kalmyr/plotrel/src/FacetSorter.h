@@ -39,8 +39,6 @@ public:
     void sort(const std::vector<std::uint32_t>& facets, std::vector<std::uint32_t>& sorted);
 
     bool wasStopped() const { return m_stopped; }
-    std::size_t getNumHidden() const { return m_numHidden; }
-    std::size_t getNumSplits() const { return m_numSplits; }
 
 private:
     struct Graph;
@@ -63,8 +61,6 @@ private:
     FacetList& m_list;
     DepthTolerance m_tolerance;
     std::function<bool(float)> m_progress;
-    std::size_t m_numHidden = 0;
-    std::size_t m_numSplits = 0;
     std::size_t m_maxPieces = 0;
     bool m_removingHidden = false;
     bool m_stopped = false;

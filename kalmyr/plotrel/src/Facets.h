@@ -35,11 +35,7 @@ struct Facet {
 struct Bounds {
     double minX, minY, maxX, maxY;
 
-    bool overlaps(const Bounds& o) const
-    {
-        return minX < o.maxX && o.minX < maxX && minY < o.maxY && o.minY < maxY;
-    }
-    /// As overlaps(), with the borders: what segments and points need.
+    /// Whether they have a place in common, borders included.
     bool touches(const Bounds& o) const
     {
         return minX <= o.maxX && o.minX <= maxX && minY <= o.maxY && o.minY <= maxY;

@@ -32,7 +32,6 @@ public:
     Lighting(const SoSceneView& view, const SoSceneView::Item& item);
 
     bool isLit() const { return m_lit; }
-    bool hasFog() const { return m_fog; }
     const SbColor& getFogColor() const { return m_fogValues.color; }
     /// Whether the light may change suddenly.
     bool hasSpots() const { return m_spots; }

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <type_traits>
 
 using namespace kalmyr::detail;
