@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 
 namespace kalmyr::detail {
@@ -260,6 +261,8 @@ void Builder::addItem(const RenderList::Entry& entry, const Place& outer, Scope&
     item.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
     item.mirrored = isMirroring(item.toEye);
     m_frame.numLayers = std::max(m_frame.numLayers, item.layer + 1);
+    m_frame.nearDepth = std::max(m_frame.nearDepth, item.depth);
+    m_frame.farDepth = std::min(m_frame.farDepth, item.depth);
 }
 
 void Builder::addSelection(const RenderList::Entry& entry, const Place& outer)
@@ -349,6 +352,15 @@ void Frame::clear()
     hasBackground = false;
     culled = 0;
     numLayers = 1;
+    nearDepth = farDepth = 0;
+    generation = nextNumber();
+    patches.clear();
+}
+
+std::uint64_t Frame::nextNumber()
+{
+    static std::atomic<std::uint64_t> latest{0};
+    return latest.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
 void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Frame& frame)

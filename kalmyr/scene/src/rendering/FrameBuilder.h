@@ -61,8 +61,15 @@ struct Frame {
     bool hasBackground = false;
     std::size_t culled = 0;
     int numLayers = 1;
+    float nearDepth = 0; ///< range of the items' depths
+    float farDepth = 0;
+
+    const std::uint64_t id = nextNumber(); ///< unique in the process
+    std::uint64_t generation = 0;          ///< a new one, unique in the process, with new items
+    std::vector<std::uint32_t> patches;    ///< items that changed in place since then, in order
 
     void clear();
+    static std::uint64_t nextNumber();
 };
 
 /// Fills `frame` from a list, leaving out what is out of view. `frame` keeps its memory from one

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <numeric>
 
 namespace kalmyr::detail {
 
@@ -42,25 +43,6 @@ std::size_t bytesOf(const std::vector<T>& values)
     return values.size() * sizeof(T);
 }
 
-template <class T>
-std::size_t append(GLenum target, std::size_t at, const std::vector<T>& values)
-{
-    if (!values.empty()) {
-        glBufferSubData(target, static_cast<GLintptr>(at), static_cast<GLsizeiptr>(bytesOf(values)),
-                        values.data());
-    }
-    return at + bytesOf(values);
-}
-
-void attribute(GLuint index, GLint size, GLenum type, std::size_t offset, bool present)
-{
-    if (present) {
-        glEnableVertexAttribArray(index);
-        glVertexAttribPointer(index, size, type, type == GL_UNSIGNED_BYTE, 0,
-                              reinterpret_cast<const void*>(offset));
-    }
-}
-
 GLuint compile(GLenum stage, const std::string& source)
 {
     const GLuint shader = glCreateShader(stage);
@@ -85,10 +67,12 @@ void bindBlock(GLuint program, const char* name, GLuint binding)
     }
 }
 
-std::uint32_t wrapsOf(const SoTextureValues& values)
+void setUnit(GLuint program, const char* sampler, int unit)
 {
-    return static_cast<std::uint32_t>(values.wrapS) << 16
-           | static_cast<std::uint32_t>(values.wrapT);
+    if (const GLint place = glGetUniformLocation(program, sampler); place >= 0) {
+        glUseProgram(program);
+        glUniform1i(place, unit);
+    }
 }
 
 void setWraps(const SoTextureValues& values)
@@ -141,6 +125,12 @@ struct GLDevice::Outline {
     GLOutline resources;
     std::uint64_t frame = 0; ///< when it was last drawn
 };
+
+std::uint32_t wrapsOf(const SoTextureValues& values)
+{
+    return static_cast<std::uint32_t>(values.wrapS) << 16
+           | static_cast<std::uint32_t>(values.wrapT);
+}
 
 GLuint linkProgram(const ShaderSource& source)
 {
@@ -219,6 +209,10 @@ GLDevice::GLDevice()
     glGenBuffers(1, &m_viewBuffer);
     glGenBuffers(1, &m_surroundingsBuffer);
     glGenBuffers(1, &m_streamBuffer);
+    glGenBuffers(1, &m_slotNumbers);
+    m_capabilities = GLCapabilities::ofCurrent();
+    m_pool = std::make_unique<GLGeometryPool>(m_slotNumbers);
+    reserveSlots(1); // what is drawn without slots reads the first
     glGenVertexArrays(1, &m_emptyVertexArray);
     glGetIntegerv(GL_UNIFORM_BUFFER_OFFSET_ALIGNMENT, &m_uniformAlignment);
     const std::scoped_lock lock(listening().mutex);
@@ -256,23 +250,26 @@ GLDevice::~GLDevice()
         std::erase(listening().devices, this);
     }
     if (m_abandoned) {
+        m_pool->abandon();
         return;
     }
     for (const auto& [id, buffers] : m_geometries) {
-        free(buffers);
+        m_pool->remove(buffers);
     }
     for (const auto& [bytes, texture] : m_textures) {
         glDeleteTextures(1, &texture.name);
     }
-    for (const auto& program : m_programs) {
-        if (program) {
-            glDeleteProgram(program->program);
-        }
+    for (const auto& [features, program] : m_programs) {
+        glDeleteProgram(program.program);
     }
     for (const auto& [number, outline] : m_outlines) {
         outline->resources.free();
     }
-    for (const GLuint buffer : {m_marker, m_viewBuffer, m_surroundingsBuffer, m_streamBuffer}) {
+    for (const auto& [number, kept] : m_plans) {
+        kept->plan.free();
+    }
+    for (const GLuint buffer :
+         {m_marker, m_viewBuffer, m_surroundingsBuffer, m_streamBuffer, m_slotNumbers}) {
         glDeleteBuffers(1, &buffer);
     }
     glDeleteVertexArrays(1, &m_emptyVertexArray);
@@ -289,6 +286,7 @@ void GLDevice::endFrame()
     freeDead();
     freeOldTextures();
     freeOldOutlines();
+    freeOldPlans();
 }
 
 void GLDevice::freeDead()
@@ -300,7 +298,7 @@ void GLDevice::freeDead()
     }
     for (const std::uint64_t id : dead) {
         if (const auto found = m_geometries.find(id); found != m_geometries.end()) {
-            free(found->second);
+            m_pool->remove(found->second);
             m_geometries.erase(found);
         }
     }
@@ -328,6 +326,41 @@ void GLDevice::freeOldOutlines()
     });
 }
 
+void GLDevice::freeOldPlans()
+{
+    std::erase_if(m_plans, [this](const auto& entry) {
+        const bool old = entry.second->frame + kKeptTextureFrames < m_frame;
+        if (old) {
+            entry.second->plan.free();
+        }
+        return old;
+    });
+}
+
+GLDrawPlan& GLDevice::plan(std::uint64_t frameId)
+{
+    std::unique_ptr<KeptPlan>& known = m_plans[frameId];
+    if (!known) {
+        known = std::make_unique<KeptPlan>();
+    }
+    known->frame = m_frame;
+    return known->plan;
+}
+
+void GLDevice::reserveSlots(std::size_t count)
+{
+    if (count <= m_numSlotNumbers) {
+        return;
+    }
+    m_numSlotNumbers = std::max(2 * m_numSlotNumbers, count);
+    std::vector<GLint> numbers(m_numSlotNumbers);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, m_slotNumbers);
+    glBufferData(GL_COPY_WRITE_BUFFER, static_cast<GLsizeiptr>(bytesOf(numbers)), numbers.data(),
+                 GL_STATIC_DRAW);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+}
+
 GLOutline& GLDevice::outline(std::uint64_t number)
 {
     std::unique_ptr<Outline>& known = m_outlines[number];
@@ -338,20 +371,11 @@ GLOutline& GLDevice::outline(std::uint64_t number)
     return known->resources;
 }
 
-void GLDevice::free(const GLGeometry& buffers)
-{
-    glDeleteVertexArrays(1, &buffers.vertexArray);
-    for (const GLuint buffer :
-         {buffers.vertices, buffers.indices, buffers.edges, buffers.outline}) {
-        glDeleteBuffers(1, &buffer);
-    }
-}
-
 GLGeometry& GLDevice::find(const SoGeometry& geometry)
 {
     const auto [found, isNew] = m_geometries.try_emplace(geometry.getId());
     if (isNew) {
-        found->second = upload(geometry);
+        found->second = m_pool->add(geometry);
         const std::scoped_lock lock(listening().mutex);
         m_known.insert(geometry.getId());
     }
@@ -384,47 +408,6 @@ const GLGeometry& GLDevice::geometryWithOutline(const SoGeometry& geometry)
         edges.sharp.insert(edges.sharp.end(), edges.smooth.begin(), edges.smooth.end());
         buffers.outline = uploadIndices(edges.sharp);
     }
-    return buffers;
-}
-
-/// The arrays stand one after another in one buffer, so that they are handed over without a copy.
-GLGeometry GLDevice::upload(const SoGeometry& geometry)
-{
-    GLGeometry buffers;
-    buffers.numVertices = static_cast<GLsizei>(geometry.positions.size());
-    buffers.numTriangleIndices = static_cast<GLsizei>(geometry.triangles.size());
-    buffers.numLineIndices = static_cast<GLsizei>(geometry.lines.size());
-    buffers.numPointIndices = static_cast<GLsizei>(geometry.points.size());
-    glGenVertexArrays(1, &buffers.vertexArray);
-    glGenBuffers(1, &buffers.vertices);
-    glGenBuffers(1, &buffers.indices);
-    glBindVertexArray(buffers.vertexArray);
-
-    const std::size_t count = geometry.positions.size();
-    const std::size_t normals = bytesOf(geometry.positions);
-    const std::size_t texCoords = normals + bytesOf(geometry.normals);
-    const std::size_t colors = texCoords + bytesOf(geometry.texCoords);
-    glBindBuffer(GL_ARRAY_BUFFER, buffers.vertices);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(colors + bytesOf(geometry.colors)),
-                 nullptr, GL_STATIC_DRAW);
-    append(GL_ARRAY_BUFFER, 0, geometry.positions);
-    append(GL_ARRAY_BUFFER, normals, geometry.normals);
-    append(GL_ARRAY_BUFFER, texCoords, geometry.texCoords);
-    append(GL_ARRAY_BUFFER, colors, geometry.colors);
-    // Arrays that are too short for the vertices are not read at all.
-    attribute(0, 3, GL_FLOAT, 0, count > 0);
-    attribute(1, 3, GL_FLOAT, normals, count > 0 && geometry.normals.size() >= count);
-    attribute(2, 2, GL_FLOAT, texCoords, count > 0 && geometry.texCoords.size() >= count);
-    attribute(3, 4, GL_UNSIGNED_BYTE, colors, count > 0 && geometry.colors.size() >= count);
-
-    const std::size_t indexBytes =
-        bytesOf(geometry.triangles) + bytesOf(geometry.lines) + bytesOf(geometry.points);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
-    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indexBytes), nullptr,
-                 GL_STATIC_DRAW);
-    std::size_t at = append(GL_ELEMENT_ARRAY_BUFFER, 0, geometry.triangles);
-    at = append(GL_ELEMENT_ARRAY_BUFFER, at, geometry.lines);
-    append(GL_ELEMENT_ARRAY_BUFFER, at, geometry.points);
     return buffers;
 }
 
@@ -461,22 +444,22 @@ GLuint GLDevice::texture(const SoTextureValues& values)
 
 const GLProgram* GLDevice::program(unsigned features)
 {
-    std::unique_ptr<GLProgram>& known = m_programs[features];
-    if (!known) {
-        known = std::make_unique<GLProgram>();
-        known->program = linkProgram(shaderSource(features));
-        if (known->program) {
-            known->toEye = glGetUniformLocation(known->program, "toEye");
-            known->material = glGetUniformLocation(known->program, "material");
-            if (const GLint depths = glGetUniformLocation(known->program, "depths"); depths >= 0) {
-                glUseProgram(known->program);
-                glUniform1i(depths, kDepthUnit);
-            }
-            bindBlock(known->program, "View", kViewBinding);
-            bindBlock(known->program, "Surroundings", kSurroundingsBinding);
+    const auto [found, isNew] = m_programs.try_emplace(features);
+    GLProgram& known = found->second;
+    if (isNew) {
+        known.program = linkProgram(shaderSource(features));
+        if (known.program) {
+            known.toEye = glGetUniformLocation(known.program, "toEye");
+            known.material = glGetUniformLocation(known.program, "material");
+            known.firstSlot = glGetUniformLocation(known.program, "firstSlot");
+            setUnit(known.program, "depths", kDepthUnit);
+            setUnit(known.program, "instances", kInstanceUnit);
+            setUnit(known.program, "materials", kMaterialUnit);
+            bindBlock(known.program, "View", kViewBinding);
+            bindBlock(known.program, "Surroundings", kSurroundingsBinding);
         }
     }
-    return known->program ? known.get() : nullptr;
+    return known.program ? &known : nullptr;
 }
 
 GLuint GLDevice::streamIndices(const std::vector<std::uint32_t>& indices)

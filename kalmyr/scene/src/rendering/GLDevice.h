@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rendering/GLDrawPlan.h"
+#include "rendering/GLGeometryPool.h"
 #include "rendering/Shaders.h"
 
 #include <kalmyr/base/SbImage.h>
@@ -8,7 +10,6 @@
 
 #include <epoxy/gl.h>
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -17,22 +18,8 @@
 
 namespace kalmyr::detail {
 
-/// The buffers of one geometry in one context. Indices stand in one buffer: triangles, lines,
-/// points.
-struct GLGeometry {
-    GLuint vertexArray = 0;
-    GLuint vertices = 0;
-    GLuint indices = 0;
-    GLuint edges = 0;   ///< made when first asked for
-    GLuint outline = 0; ///< pairs of sharp edges, then fours of smooth ones; the same
-    GLsizei numTriangleIndices = 0;
-    GLsizei numLineIndices = 0;
-    GLsizei numPointIndices = 0;
-    GLsizei numEdgeIndices = 0;
-    GLsizei numSharpIndices = 0;
-    GLsizei numSmoothIndices = 0;
-    GLsizei numVertices = 0;
-};
+/// How a texture goes on beyond its edges, as one number.
+std::uint32_t wrapsOf(const SoTextureValues& values);
 
 /// Compiles and links; 0, with an error posted, when the driver refuses.
 GLuint linkProgram(const ShaderSource& source);
@@ -43,6 +30,7 @@ struct GLProgram {
     GLuint program = 0;
     GLint toEye = -1;
     GLint material = -1;
+    GLint firstSlot = -1; ///< of the first instance, where the context has no base instance
 };
 
 /// Everything kept in one OpenGL context: programs, buffers, textures.
@@ -81,6 +69,12 @@ public:
 
     /// A buffer for index runs of the present frame.
     GLuint streamIndices(const std::vector<std::uint32_t>& indices);
+    /// The kept commands of a frame by the frame's number; freed when not asked for in a while.
+    GLDrawPlan& plan(std::uint64_t frameId);
+    const GLCapabilities& capabilities() const { return m_capabilities; }
+    /// Has the buffer of slot numbers reach that far.
+    void reserveSlots(std::size_t count);
+
     GLuint viewBuffer() const { return m_viewBuffer; }
     GLuint surroundingsBuffer() const { return m_surroundingsBuffer; }
     GLuint emptyVertexArray() const { return m_emptyVertexArray; }
@@ -88,6 +82,7 @@ public:
 
     std::size_t getNumGeometries() const { return m_geometries.size(); }
     std::size_t getNumTextures() const { return m_textures.size(); }
+    std::size_t getNumGeometryBytes() const { return m_pool->getNumBytes(); }
 
     static constexpr GLuint kViewBinding = 0;
     static constexpr GLuint kSurroundingsBinding = 1;
@@ -97,6 +92,10 @@ private:
     static constexpr std::uint64_t kKeptTextureFrames = 60;
 
     struct Outline;
+    struct KeptPlan {
+        GLDrawPlan plan;
+        std::uint64_t frame = 0; ///< when it was last drawn
+    };
 
     struct Texture {
         GLuint name = 0;
@@ -110,17 +109,21 @@ private:
     void mark();
     void abandon() { m_abandoned = true; }
     GLGeometry& find(const SoGeometry& geometry);
-    static GLGeometry upload(const SoGeometry& geometry);
     static GLuint uploadIndices(const std::vector<std::uint32_t>& indices);
-    static void free(const GLGeometry& buffers);
     void freeDead();
     void freeOldTextures();
     void freeOldOutlines();
+    void freeOldPlans();
 
+    GLCapabilities m_capabilities;
+    GLuint m_slotNumbers = 0;
+    std::size_t m_numSlotNumbers = 0;
+    std::unique_ptr<GLGeometryPool> m_pool;
     std::unordered_map<std::uint64_t, GLGeometry> m_geometries;
     std::unordered_map<const unsigned char*, Texture> m_textures;
-    std::array<std::unique_ptr<GLProgram>, kNumShaderVariants> m_programs;
+    std::unordered_map<unsigned, GLProgram> m_programs; ///< by features
     std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
+    std::unordered_map<std::uint64_t, std::unique_ptr<KeptPlan>> m_plans;
     // Guarded by the mutex of all devices.
     std::unordered_set<std::uint64_t> m_known; ///< what there are buffers of and lives
     std::vector<std::uint64_t> m_dead;         ///< whose buffers are to be freed

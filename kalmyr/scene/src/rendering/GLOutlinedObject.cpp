@@ -11,12 +11,12 @@ void GLRenderer::drawContours(const FrameItem& item, const GLGeometry& buffers)
     setCulling(GL_NONE);
     if (buffers.numSharpIndices && prepare(item, buffers, features)) {
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.outline);
-        submit(GL_LINES, buffers.numSharpIndices, 0);
+        submit(buffers, GL_LINES, buffers.numSharpIndices, 0);
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
     }
     if (buffers.numSmoothIndices && prepare(item, buffers, features | SHADER_SILHOUETTE)) {
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.outline);
-        submit(GL_LINES_ADJACENCY, buffers.numSmoothIndices,
+        submit(buffers, GL_LINES_ADJACENCY, buffers.numSmoothIndices,
                static_cast<std::size_t>(buffers.numSharpIndices));
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
     }
@@ -36,7 +36,7 @@ void GLRenderer::drawMask(int layer)
         }
         const GLGeometry& buffers = m_device.geometry(*item.entry->geometry);
         if (buffers.numTriangleIndices && prepare(item, buffers, featuresOf(item))) {
-            submit(GL_TRIANGLES, buffers.numTriangleIndices, 0);
+            submit(buffers, GL_TRIANGLES, buffers.numTriangleIndices, buffers.firstIndex);
         }
         if (buffers.numLineIndices) {
             drawSegments(item, buffers, false);

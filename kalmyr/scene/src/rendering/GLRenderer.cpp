@@ -51,7 +51,8 @@ int nearestType(int type)
     }
 }
 
-void setVector(float* out, const SbColor& rgb, float w)
+template <class Vector>
+void setVector(Vector& out, const SbColor& rgb, float w)
 {
     for (int c = 0; c < 3; ++c) {
         out[c] = rgb[c];
@@ -197,6 +198,11 @@ void GLRenderer::end()
     glBindVertexArray(0);
     glUseProgram(0);
     glBindTexture(GL_TEXTURE_2D, 0);
+    for (const int unit : {kInstanceUnit, kMaterialUnit}) {
+        glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        glBindTexture(GL_TEXTURE_BUFFER, 0);
+    }
+    glActiveTexture(GL_TEXTURE0);
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);
     m_program = nullptr;
@@ -296,16 +302,17 @@ void GLRenderer::draw(const LayerFunction& layerDrawn)
     begin();
     clear();
     drawBackground();
-    for (const FrameItem& item : m_frame.items) {
-        m_nearDepth = std::max(m_nearDepth, item.depth);
-        m_farDepth = std::min(m_farDepth, item.depth);
+    GLDrawPlan& plan = m_device.plan(m_frame.id);
+    if (plan.generation != m_frame.generation || plan.transparencyType != m_type) {
+        makePlan(plan);
     }
     for (int layer = 0; layer < m_frame.numLayers; ++layer) {
         if (layer > 0) {
             setBlending(Blending::NONE, true);
             glClear(GL_DEPTH_BUFFER_BIT);
         }
-        drawLayer(layer);
+        plan.bind();
+        drawLayer(plan, plan.layers[static_cast<std::size_t>(layer)]);
         if (layerDrawn) {
             end();
             layerDrawn(layer);
@@ -315,27 +322,38 @@ void GLRenderer::draw(const LayerFunction& layerDrawn)
     end();
 }
 
-void GLRenderer::drawLayer(int layer)
+void GLRenderer::splitLayer(int layer, std::vector<std::uint32_t>& opaque,
+                            std::vector<std::uint32_t>& transparent) const
 {
-    std::vector<std::uint32_t> opaque;
-    std::vector<std::uint32_t> transparent;
-    opaque.reserve(m_frame.items.size());
-    const bool together = m_type == SoGLRenderAction::BLEND
-                          || m_type == SoGLRenderAction::SCREEN_DOOR
-                          || m_type == SoGLRenderAction::NO_TRANSPARENCY;
+    const bool together =
+        m_type == SoGLRenderAction::SCREEN_DOOR || m_type == SoGLRenderAction::NO_TRANSPARENCY;
     for (std::uint32_t i = 0; i < m_frame.items.size(); ++i) {
         const FrameItem& item = m_frame.items[i];
         if (item.layer == layer) {
             (item.entry->transparent && !together ? transparent : opaque).push_back(i);
         }
     }
-    if (m_type == SoGLRenderAction::BLEND) {
-        drawInOrder(opaque);
-    } else {
-        drawOpaque(opaque);
+    if (m_type == SoGLRenderAction::BLEND && !transparent.empty()) {
+        // All in the order of traversal, one by one.
+        transparent.insert(transparent.end(), opaque.begin(), opaque.end());
+        std::sort(transparent.begin(), transparent.end());
+        opaque.clear();
     }
-    if (!transparent.empty()) {
-        drawTransparent(std::move(transparent));
+}
+
+void GLRenderer::drawLayer(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer)
+{
+    for (std::uint32_t i = 0; i < layer.numBatches; ++i) {
+        drawBatch(plan, plan.batches[layer.firstBatch + i]);
+    }
+    drawOpaque(layer.singles);
+    if (layer.transparent.empty()) {
+        return;
+    }
+    if (m_type == SoGLRenderAction::BLEND) {
+        drawInOrder(layer.transparent);
+    } else {
+        drawTransparent(layer.transparent);
     }
 }
 
@@ -348,21 +366,21 @@ void GLRenderer::drawInOrder(const std::vector<std::uint32_t>& items)
             run.push_back(i);
             continue;
         }
-        drawOpaque(run);
+        drawOpaque(inDrawingOrder(run));
         run.clear();
         setBlending(Blending::BLEND, true);
         drawItem(m_frame.items[i]);
         setBlending(Blending::NONE, true);
     }
-    drawOpaque(run);
+    drawOpaque(inDrawingOrder(run));
 }
 
 /// By view and program, then roughly from front to back, which saves covered pixels. Within a step
 /// the order of traversal stays: equal looks are neighbours in it, and so are buffers in memory.
 std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
 {
-    const float range = m_nearDepth - m_farDepth;
-    const float step = range > 0 ? (m_nearDepth - item.depth) / range : 0;
+    const float range = m_frame.nearDepth - m_frame.farDepth;
+    const float step = range > 0 ? (m_frame.nearDepth - item.depth) / range : 0;
     const auto depth = static_cast<std::uint64_t>(step * static_cast<float>(kDepthSteps));
     const SoRenderAppearance& look = *item.entry->appearance;
     const auto image = reinterpret_cast<std::uintptr_t>(look.texture.image.getBytes());
@@ -371,7 +389,7 @@ std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
            | std::min(depth, kDepthSteps) << 1 | std::uint64_t(item.mirrored);
 }
 
-void GLRenderer::drawOpaque(const std::vector<std::uint32_t>& items)
+std::vector<std::uint32_t> GLRenderer::inDrawingOrder(const std::vector<std::uint32_t>& items) const
 {
     std::vector<Order> order;
     order.reserve(items.size());
@@ -381,12 +399,21 @@ void GLRenderer::drawOpaque(const std::vector<std::uint32_t>& items)
     std::sort(order.begin(), order.end(), [](const Order& a, const Order& b) {
         return a.key != b.key ? a.key < b.key : a.item < b.item;
     });
-    for (const Order& o : order) {
-        const FrameItem& item = m_frame.items[o.item];
+    std::vector<std::uint32_t> sorted(order.size());
+    std::transform(order.begin(), order.end(), sorted.begin(),
+                   [](const Order& o) { return o.item; });
+    return sorted;
+}
+
+void GLRenderer::drawOpaque(const std::vector<std::uint32_t>& items)
+{
+    for (const std::uint32_t i : items) {
+        const FrameItem& item = m_frame.items[i];
         const bool holes = item.entry->transparent && m_type == SoGLRenderAction::SCREEN_DOOR;
         setBlending(holes ? Blending::SCREEN_DOOR : Blending::NONE, true);
         drawItem(item);
     }
+    setBlending(Blending::NONE, true);
 }
 
 void GLRenderer::drawItem(const FrameItem& item, bool withFaces)
@@ -419,7 +446,7 @@ void GLRenderer::drawFaces(const FrameItem& item, const GLGeometry& buffers)
 {
     if (prepare(item, buffers, featuresOf(item))) {
         setFaces(item);
-        submit(GL_TRIANGLES, buffers.numTriangleIndices, 0);
+        submit(buffers, GL_TRIANGLES, buffers.numTriangleIndices, buffers.firstIndex);
     }
 }
 
@@ -433,12 +460,11 @@ void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, 
     }
     setCulling(GL_NONE);
     if (!edges) {
-        submit(GL_LINES, buffers.numLineIndices,
-               static_cast<std::size_t>(buffers.numTriangleIndices));
+        submit(buffers, GL_LINES, buffers.numLineIndices, buffers.firstLineIndex());
         return;
     }
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.edges);
-    submit(GL_LINES, buffers.numEdgeIndices, 0);
+    submit(buffers, GL_LINES, buffers.numEdgeIndices, 0);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
 }
 
@@ -451,17 +477,18 @@ void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bo
     glPointSize(std::max(1.0f, item.entry->appearance->drawStyle.pointSize));
     if (allVertices) {
         ++m_statistics.drawCalls;
-        glDrawArrays(GL_POINTS, 0, buffers.numVertices);
+        glDrawArrays(GL_POINTS, buffers.firstVertex, buffers.numVertices);
     } else {
-        submit(GL_POINTS, buffers.numPointIndices,
-               static_cast<std::size_t>(buffers.numTriangleIndices + buffers.numLineIndices));
+        submit(buffers, GL_POINTS, buffers.numPointIndices, buffers.firstPointIndex());
     }
 }
 
-void GLRenderer::submit(GLenum mode, GLsizei count, std::size_t firstIndex)
+void GLRenderer::submit(const GLGeometry& buffers, GLenum mode, GLsizei count,
+                        std::size_t firstIndex)
 {
     ++m_statistics.drawCalls;
-    glDrawElements(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex));
+    glDrawElementsBaseVertex(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex),
+                             buffers.firstVertex);
 }
 
 SoFogValues GLRenderer::fogOn(const SoRenderAppearance& look) const
@@ -496,12 +523,8 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     return features;
 }
 
-bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features)
+const GLProgram* GLRenderer::useProgram(const SoRenderAppearance& look, unsigned& features)
 {
-    if (m_blending == Blending::SCREEN_DOOR) {
-        features |= SHADER_SCREEN_DOOR;
-    }
-    const SoRenderAppearance& look = *item.entry->appearance;
     if (features & SHADER_TEXTURE) {
         const GLuint texture = m_device.texture(look.texture);
         if (!texture) {
@@ -512,18 +535,32 @@ bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsig
         }
     }
     const GLProgram* program = m_device.program(features);
-    if (!program) {
-        return false;
-    }
-    if (program != m_program) {
+    if (program && program != m_program) {
         glUseProgram(program->program);
         m_program = program;
         m_material = nullptr;
     }
-    if (m_vertexArray != buffers.vertexArray) {
-        glBindVertexArray(buffers.vertexArray);
-        m_vertexArray = buffers.vertexArray;
+    return program;
+}
+
+void GLRenderer::bindVertexArray(GLuint vertexArray)
+{
+    if (m_vertexArray != vertexArray) {
+        glBindVertexArray(vertexArray);
+        m_vertexArray = vertexArray;
     }
+}
+
+bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features)
+{
+    if (m_blending == Blending::SCREEN_DOOR) {
+        features |= SHADER_SCREEN_DOOR;
+    }
+    const SoRenderAppearance& look = *item.entry->appearance;
+    if (!useProgram(look, features)) {
+        return false;
+    }
+    bindVertexArray(buffers.vertexArray);
     if (m_view != item.view) {
         bindView(item.view);
     }
@@ -573,14 +610,10 @@ void GLRenderer::setMatrices(const FrameItem& item, bool lit)
     glUniform4fv(m_program->toEye, lit ? 7 : 4, values);
 }
 
-void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
+GLRenderer::MaterialValues GLRenderer::materialValues(const SoRenderAppearance& look,
+                                                      unsigned features) const
 {
-    if (m_material == &look && m_materialFeatures == features) {
-        return;
-    }
-    m_material = &look;
-    m_materialFeatures = features;
-    float values[NUM_MATERIAL_SLOTS][4] = {};
+    MaterialValues values{};
     const bool blends = m_blending != Blending::NONE;
     setVector(values[SLOT_DIFFUSE], look.diffuse, blends ? 1 - look.transparency : 1);
     setVector(values[SLOT_AMBIENT], look.ambient, look.shininess * 128);
@@ -593,21 +626,32 @@ void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
             look.emissive[c] + around.ambientIntensity * around.ambientColor[c] * look.ambient[c];
     }
     setVector(values[SLOT_EMISSIVE], glow, look.drawStyle.lineWidth);
-    GLsizei count = SLOT_EMISSIVE + 1;
     if (features & SHADER_TEXTURE) {
         const SbMatrix& m = look.textureMatrix;
         setVector(values[SLOT_TEXTURE_U], SbColor(m[0][0], m[1][0], m[3][0]), 0);
         setVector(values[SLOT_TEXTURE_V], SbColor(m[0][1], m[1][1], m[3][1]), 0);
         setVector(values[SLOT_BLEND_COLOR], look.texture.blendColor, modelNumber(look.texture));
-        count = SLOT_BLEND_COLOR + 1;
     }
     if (features & SHADER_FOG) {
         const SoFogValues fog = fogOn(look);
         setVector(values[SLOT_FOG], fog.color, static_cast<float>(fog.type));
         values[SLOT_FOG_RANGE][0] = fog.visibility;
-        count = NUM_MATERIAL_SLOTS;
     }
-    glUniform4fv(m_program->material, count, values[0]);
+    return values;
+}
+
+void GLRenderer::setMaterial(const SoRenderAppearance& look, unsigned features)
+{
+    if (m_material == &look && m_materialFeatures == features) {
+        return;
+    }
+    m_material = &look;
+    m_materialFeatures = features;
+    const MaterialValues values = materialValues(look, features);
+    const GLsizei count = features & SHADER_FOG       ? NUM_MATERIAL_SLOTS
+                          : features & SHADER_TEXTURE ? SLOT_BLEND_COLOR + 1
+                                                      : SLOT_EMISSIVE + 1;
+    glUniform4fv(m_program->material, count, values[0].data());
 }
 
 void GLRenderer::setFaces(const FrameItem& item)

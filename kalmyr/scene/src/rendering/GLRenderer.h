@@ -7,6 +7,7 @@
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -47,6 +48,8 @@ private:
         std::uint32_t item;
         std::uint32_t triangle;
     };
+    class Planner;
+    using MaterialValues = std::array<std::array<float, 4>, NUM_MATERIAL_SLOTS>;
     enum class Blending { NONE, SCREEN_DOOR, BLEND };
     enum class Purpose { SCENE, MASK, EDGES };
 
@@ -56,7 +59,13 @@ private:
     void drawBackground();
     void uploadViews();
     void uploadSurroundings();
-    void drawLayer(int layer);
+    void makePlan(GLDrawPlan& plan);
+    void splitLayer(int layer, std::vector<std::uint32_t>& opaque,
+                    std::vector<std::uint32_t>& transparent) const;
+    std::vector<std::uint32_t> inDrawingOrder(const std::vector<std::uint32_t>& items) const;
+    static GLInstance instanceOf(const FrameItem& item, float look);
+    void drawBatch(const GLDrawPlan& plan, const GLBatch& batch);
+    void drawLayer(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer);
     void drawInOrder(const std::vector<std::uint32_t>& items);
     void drawOpaque(const std::vector<std::uint32_t>& items);
     void drawTransparent(std::vector<std::uint32_t> items);
@@ -71,12 +80,18 @@ private:
     void drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges);
     void drawContours(const FrameItem& item, const GLGeometry& buffers);
     void drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices);
-    void submit(GLenum mode, GLsizei count, std::size_t firstIndex);
+    /// From the index buffer that is bound.
+    void submit(const GLGeometry& buffers, GLenum mode, GLsizei count, std::size_t firstIndex);
 
     SoFogValues fogOn(const SoRenderAppearance& look) const;
     unsigned featuresOf(const FrameItem& item) const;
+    /// Makes the program of those features current, and the look's texture; null, with nothing to
+    /// be drawn, when the driver refuses. Takes from `features` what the look cannot have.
+    const GLProgram* useProgram(const SoRenderAppearance& look, unsigned& features);
+    void bindVertexArray(GLuint vertexArray);
     bool prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features);
     void setMatrices(const FrameItem& item, bool lit);
+    MaterialValues materialValues(const SoRenderAppearance& look, unsigned features) const;
     void setMaterial(const SoRenderAppearance& look, unsigned features);
     void setFaces(const FrameItem& item);
     void setCulling(GLenum face);
@@ -104,8 +119,6 @@ private:
     int m_clipPlanes = 0;
     std::size_t m_viewStride = 0;
     std::size_t m_surroundingsStride = 0;
-    float m_nearDepth = 0; ///< range of the items' depths, for the order of drawing
-    float m_farDepth = 0;
     Purpose m_purpose = Purpose::SCENE;
 };
 

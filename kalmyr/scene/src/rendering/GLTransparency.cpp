@@ -61,7 +61,7 @@ void GLRenderer::drawByObjects(const std::vector<std::uint32_t>& items)
         }
         for (const GLenum face : {GL_FRONT, GL_BACK}) {
             setCulling(face);
-            submit(GL_TRIANGLES, buffers.numTriangleIndices, 0);
+            submit(buffers, GL_TRIANGLES, buffers.numTriangleIndices, buffers.firstIndex);
         }
         setCulling(GL_NONE);
         drawItem(item, false);
@@ -131,7 +131,7 @@ void GLRenderer::drawTriangleRuns(const std::vector<DepthTriangle>& triangles)
         if (prepare(item, buffers, featuresOf(item))) {
             setFaces(item);
             glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, stream);
-            submit(GL_TRIANGLES, static_cast<GLsizei>(3 * (last - first)), 3 * first);
+            submit(buffers, GL_TRIANGLES, static_cast<GLsizei>(3 * (last - first)), 3 * first);
             glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
         }
         first = last;

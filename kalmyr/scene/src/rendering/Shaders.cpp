@@ -9,7 +9,32 @@ layout(std140) uniform View {
     mat4 projection;
     vec4 viewport; // size in pixels; 1 for a parallel projection; distance of the far plane
 };
+#ifdef INSTANCED
+uniform samplerBuffer materials;
+vec4 material[9];
+void readMaterial(int look)
+{
+    material[0] = texelFetch(materials, look);
+#ifdef LIT
+    material[1] = texelFetch(materials, look + 1);
+    material[3] = texelFetch(materials, look + 3);
+#endif
+#ifdef SPECULAR
+    material[2] = texelFetch(materials, look + 2);
+#endif
+#ifdef TEXTURE
+    material[4] = texelFetch(materials, look + 4);
+    material[5] = texelFetch(materials, look + 5);
+    material[6] = texelFetch(materials, look + 6);
+#endif
+#ifdef FOG
+    material[7] = texelFetch(materials, look + 7);
+    material[8] = texelFetch(materials, look + 8);
+#endif
+}
+#else
 uniform vec4 material[9];
+#endif
 #if defined(LIT) || defined(CLIP)
 struct Light { vec4 position; vec4 color; vec4 direction; vec4 attenuation; };
 layout(std140) uniform Surroundings {
@@ -28,7 +53,36 @@ layout(location = 0) in vec3 position;
 layout(location = 1) in vec3 normal;
 layout(location = 2) in vec2 texCoord;
 layout(location = 3) in vec4 color;
+#ifdef INSTANCED
+layout(location = 4) in int slot;
+uniform int firstSlot;
+uniform samplerBuffer instances;
+flat out int look;
+vec4 toEye[7];
+void readInstance()
+{
+    int first = (firstSlot + slot) * 4;
+    vec4 x = texelFetch(instances, first);
+    vec4 y = texelFetch(instances, first + 1);
+    vec4 z = texelFetch(instances, first + 2);
+    vec4 more = texelFetch(instances, first + 3);
+    toEye[0] = x;
+    toEye[1] = y;
+    toEye[2] = z;
+    toEye[3] = vec4(x.w, y.w, z.w, 1.0);
+#ifdef LIT
+    toEye[4].xyz = more.y * cross(y.xyz, z.xyz);
+    toEye[5].xyz = more.y * cross(z.xyz, x.xyz);
+    toEye[6].xyz = more.y * cross(x.xyz, y.xyz);
+#endif
+    look = int(more.x) * 9;
+#ifdef TEXTURE
+    readMaterial(look);
+#endif
+}
+#else
 uniform vec4 toEye[7]; // columns of the matrix, then of the normals' matrix
+#endif
 out Vertex {
     vec3 eye;
 #ifdef LIT
@@ -46,6 +100,9 @@ out float gl_ClipDistance[6];
 #endif
 void main()
 {
+#ifdef INSTANCED
+    readInstance();
+#endif
     vec3 eye = toEye[0].xyz * position.x + toEye[1].xyz * position.y + toEye[2].xyz * position.z
                + toEye[3].xyz;
     o.eye = eye;
@@ -182,6 +239,9 @@ uniform sampler2D image;
 uniform sampler2D depths;
 #endif
 out vec4 fragment;
+#ifdef INSTANCED
+flat in int look;
+#endif
 
 #ifdef LIT
 void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
@@ -277,6 +337,9 @@ const float kHoles[16] = float[16](0.5, 8.5, 2.5, 10.5, 12.5, 4.5, 14.5, 6.5,
 
 void main()
 {
+#ifdef INSTANCED
+    readMaterial(look);
+#endif
 #ifdef MASK
     // The slope allows for depths that were taken at another place within the pixel, the constant
     // for programs that round differently.
@@ -469,7 +532,8 @@ std::string header(unsigned features)
                   {SHADER_WIDE_LINES, "WIDE_LINES"},
                   {SHADER_CLIP, "CLIP"},
                   {SHADER_SILHOUETTE, "SILHOUETTE"},
-                  {SHADER_MASK, "MASK"}};
+                  {SHADER_MASK, "MASK"},
+                  {SHADER_INSTANCED, "INSTANCED"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {
         if (features & entry.feature) {

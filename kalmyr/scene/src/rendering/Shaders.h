@@ -19,12 +19,15 @@ enum ShaderFeature : unsigned {
     SHADER_SILHOUETTE = 1024, ///< with wide lines: of edges with their two triangles' corners
     SHADER_MASK =
         2048, ///< what is covered, and what of it nothing in `depths` hides, as red and green
-    SHADER_BACKGROUND = 4096 ///< stands alone
+    SHADER_BACKGROUND = 4096,   ///< stands alone
+    SHADER_INSTANCED = 1u << 20 ///< place and look from the tables of a draw plan
 };
-constexpr unsigned kNumShaderVariants = 8192;
 
 /// Texture unit of the depths that SHADER_MASK compares with.
 constexpr int kDepthUnit = 1;
+/// Texture units of the tables of SHADER_INSTANCED.
+constexpr int kInstanceUnit = 14;
+constexpr int kMaterialUnit = 15;
 
 /// Limits of the uniform block of lights and planes; what is beyond them is left out.
 constexpr int kMaxLights = 16;

@@ -1,0 +1,125 @@
+#include "rendering/GLDrawPlan.h"
+
+#include "rendering/Shaders.h"
+
+#include <kalmyr/base/SoPreferences.h>
+
+namespace kalmyr::detail {
+
+GLCapabilities GLCapabilities::ofCurrent()
+{
+    GLCapabilities can;
+    glGetIntegerv(GL_MAX_TEXTURE_BUFFER_SIZE, &can.maxBufferTexels);
+    if (!SoPreferences::getBool("KMR_GL_BASELINE", false)) {
+        can.baseInstance =
+            epoxy_gl_version() >= 42 || epoxy_has_gl_extension("GL_ARB_base_instance");
+        can.indirect =
+            can.baseInstance
+            && (epoxy_gl_version() >= 43 || epoxy_has_gl_extension("GL_ARB_multi_draw_indirect"));
+    }
+    return can;
+}
+
+void GLDrawPlan::clear()
+{
+    generation = 0;
+    layers.clear();
+    batches.clear();
+    commands.clear();
+    slots.clear();
+}
+
+std::size_t GLDrawPlan::fill(Table& table, const void* data, std::size_t bytes)
+{
+    if (!table.buffer) {
+        glGenBuffers(1, &table.buffer);
+        glGenTextures(1, &table.texture);
+    }
+    glBindBuffer(GL_TEXTURE_BUFFER, table.buffer);
+    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(bytes), data, GL_DYNAMIC_DRAW);
+    glBindBuffer(GL_TEXTURE_BUFFER, 0);
+    glBindTexture(GL_TEXTURE_BUFFER, table.texture);
+    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, table.buffer);
+    glBindTexture(GL_TEXTURE_BUFFER, 0);
+    return bytes;
+}
+
+void GLDrawPlan::upload(const std::vector<GLInstance>& instances, const std::vector<float>& looks)
+{
+    m_numBytes = 0;
+    if (instances.empty()) {
+        return;
+    }
+    m_numBytes += fill(m_instances, instances.data(), instances.size() * sizeof(GLInstance));
+    m_numBytes += fill(m_looks, looks.data(), looks.size() * sizeof(float));
+    if (!m_commands) {
+        glGenBuffers(1, &m_commands);
+    }
+    const std::size_t bytes = commands.size() * sizeof(GLDrawCommand);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, m_commands);
+    glBufferData(GL_COPY_WRITE_BUFFER, static_cast<GLsizeiptr>(bytes), commands.data(),
+                 GL_DYNAMIC_DRAW);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+    m_numBytes += bytes;
+}
+
+void GLDrawPlan::setInstance(std::uint32_t slot, const GLInstance& instance)
+{
+    glBindBuffer(GL_COPY_WRITE_BUFFER, m_instances.buffer);
+    glBufferSubData(GL_COPY_WRITE_BUFFER, static_cast<GLintptr>(slot * sizeof(GLInstance)),
+                    sizeof(GLInstance), &instance);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+}
+
+void GLDrawPlan::bind() const
+{
+    for (const auto& [unit, table] :
+         {std::pair{kInstanceUnit, m_instances}, {kMaterialUnit, m_looks}}) {
+        glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        glBindTexture(GL_TEXTURE_BUFFER, table.texture);
+    }
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void GLDrawPlan::draw(const GLBatch& batch, const GLCapabilities& can, GLint firstSlot) const
+{
+    if (can.indirect) {
+        glBindBuffer(GL_DRAW_INDIRECT_BUFFER, m_commands);
+        glMultiDrawElementsIndirect(
+            batch.key.mode, GL_UNSIGNED_INT,
+            reinterpret_cast<const void*>(batch.firstCommand * sizeof(GLDrawCommand)),
+            static_cast<GLsizei>(batch.numCommands), 0);
+        glBindBuffer(GL_DRAW_INDIRECT_BUFFER, 0);
+        return;
+    }
+    for (std::uint32_t i = 0; i < batch.numCommands; ++i) {
+        const GLDrawCommand& command = commands[batch.firstCommand + i];
+        const auto count = static_cast<GLsizei>(command.numIndices);
+        const auto instances = static_cast<GLsizei>(command.numInstances);
+        const void* const first = reinterpret_cast<const void*>(
+            static_cast<std::uintptr_t>(command.firstIndex * sizeof(std::uint32_t)));
+        if (can.baseInstance) {
+            glDrawElementsInstancedBaseVertexBaseInstance(batch.key.mode, count, GL_UNSIGNED_INT,
+                                                          first, instances, command.firstVertex,
+                                                          command.firstSlot);
+        } else {
+            glUniform1i(firstSlot, static_cast<GLint>(command.firstSlot));
+            glDrawElementsInstancedBaseVertex(batch.key.mode, count, GL_UNSIGNED_INT, first,
+                                              instances, command.firstVertex);
+        }
+    }
+}
+
+void GLDrawPlan::free()
+{
+    for (Table* table : {&m_instances, &m_looks}) {
+        glDeleteTextures(1, &table->texture);
+        glDeleteBuffers(1, &table->buffer);
+        *table = {};
+    }
+    glDeleteBuffers(1, &m_commands);
+    m_commands = 0;
+    clear();
+}
+
+} // namespace kalmyr::detail
