@@ -8,6 +8,7 @@
 #include <kalmyr/core/SoNodeCopier.h>
 
 #include "core/CacheLock.h"
+#include "core/ChildChanges.h"
 #include "core/NodeFields.h"
 #include "core/WalkMarks.h"
 #include "core/WalkShortcuts.h"
@@ -115,6 +116,8 @@ void SoNode::initClass()
 
 SoNode::~SoNode()
 {
+    if (kalmyr::detail::WalkMarks::has(*this, kalmyr::detail::WalkMarks::kWatchesChildren))
+        kalmyr::detail::ChildChanges::forget(*this);
     if (m_nodeFlags & kHasNetName) {
         const kalmyr::detail::CacheLock lock;
         netNames().erase(this);
@@ -236,6 +239,8 @@ void SoNode::notify(SoNotification& notification)
     while (node) {
         // One that a shortcut leads to has heard already of a change that came by the same child.
         const bool mustHear = !shortcut && node->noteChange(notification);
+        if (WalkMarks::has(*node, WalkMarks::kWatchesChildren) && !shortcut) [[unlikely]]
+            kalmyr::detail::ChildChanges::note(*node, notification);
         if (node->m_changeId == notification.stamp) {
             notification.heard = mustHear || !node->m_unheard; // it came by another way
             break;

@@ -19,6 +19,8 @@ public:
     static constexpr std::uint8_t kHasShortcut = 0x20;
     /// Of a node: a walk has asked it, or is about to ask it, whether it must hear everything.
     static constexpr std::uint8_t kAsked = 0x10;
+    /// Of a node: see ChildChanges.
+    static constexpr std::uint8_t kWatchesChildren = 0x08;
 
     static bool has(const SoFieldContainer& container, std::uint8_t mark)
     {

@@ -140,22 +140,11 @@ SbVec4f toEyePlane(const SbVec4f& plane, const SbMatrix& fromEye)
     return out;
 }
 
-/// Where one list is seen.
-struct Place {
-    Matrix4 toEye;
-    SbMatrix toWorld;
-    std::uint32_t surroundings;
-    std::uint16_t view;
-    std::uint8_t layer;
-    bool visible; ///< wholly in view: nothing below needs a test
-};
+using Place = ListPlace;
 
 class Builder {
 public:
-    Builder(const std::vector<RenderView>& views, Frame& frame) : m_frame(frame)
-    {
-        frame.views = views;
-    }
+    explicit Builder(Frame& frame) : m_frame(frame) {}
 
     /// Lights that shine on everything; in the world.
     void setSceneLights(const std::vector<SoLightRecord>& lights);
@@ -165,6 +154,8 @@ public:
     }
 
     void walk(const RenderList& list, const Place& place, bool isTop);
+    /// Places the items of an entry again; false when they are no longer as many.
+    bool patch(const RenderList& list, std::size_t entry, const Frame::Occurrence& occurrence);
 
 private:
     struct Scope {
@@ -179,6 +170,10 @@ private:
     std::uint32_t combine(const Surroundings* local, const Place& outer, Scope& scope);
     Side test(const RenderList::Entry& entry, const Place& outer, Scope& scope) const;
     void addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope);
+    void placeItem(FrameItem& item, const RenderList::Entry& entry, const Place& outer) const;
+    Place placeBelow(const RenderList::Entry& entry, const Place& outer) const;
+    bool patchList(const RenderList::Entry& entry, const Place& outer, FrameItem* items,
+                   std::size_t count);
     void addSelection(const RenderList::Entry& entry, const Place& outer);
     void setBackground(const RenderList::Background& background, const Place& place);
 
@@ -250,19 +245,35 @@ Side Builder::test(const RenderList::Entry& entry, const Place& outer, Scope& sc
     return classify(entry.box, scope.planes);
 }
 
-void Builder::addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope)
+void Builder::placeItem(FrameItem& item, const RenderList::Entry& entry, const Place& outer) const
 {
-    FrameItem& item = m_frame.items.emplace_back();
     item.entry = &entry;
     item.toEye = entry.identity ? outer.toEye : Matrix4::product(entry.matrix, outer.toEye);
     item.depth = eyeDepth(entry.box.getCenter(), outer.toEye);
+    item.mirrored = isMirroring(item.toEye);
+}
+
+void Builder::addItem(const RenderList::Entry& entry, const Place& outer, Scope& scope)
+{
+    FrameItem& item = m_frame.items.emplace_back();
+    placeItem(item, entry, outer);
     item.surroundings = combine(entry.surroundings.get(), outer, scope);
     item.view = outer.view;
     item.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
-    item.mirrored = isMirroring(item.toEye);
     m_frame.numLayers = std::max(m_frame.numLayers, item.layer + 1);
     m_frame.nearDepth = std::max(m_frame.nearDepth, item.depth);
     m_frame.farDepth = std::min(m_frame.farDepth, item.depth);
+}
+
+Place Builder::placeBelow(const RenderList::Entry& entry, const Place& outer) const
+{
+    Place inner = outer;
+    inner.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
+    if (!entry.identity) {
+        inner.toEye = Matrix4::product(entry.matrix, outer.toEye);
+        inner.toWorld = entry.matrix * outer.toWorld;
+    }
+    return inner;
 }
 
 void Builder::addSelection(const RenderList::Entry& entry, const Place& outer)
@@ -284,7 +295,11 @@ void Builder::setBackground(const RenderList::Background& background, const Plac
 void Builder::walk(const RenderList& list, const Place& place, bool isTop)
 {
     Scope scope{place, {}};
+    std::vector<std::uint32_t> firstItems;
     for (const RenderList::Entry& entry : list.getEntries()) {
+        if (list.getParts()) {
+            firstItems.push_back(static_cast<std::uint32_t>(m_frame.items.size()));
+        }
         if (entry.kind == RenderList::BACKGROUND) {
             setBackground(list.getBackground(entry), place);
             continue;
@@ -307,21 +322,112 @@ void Builder::walk(const RenderList& list, const Place& place, bool isTop)
             }
             continue;
         }
+        Place inner = placeBelow(entry, outer);
         // A list out of view may still hold a background or a selection, so only one with a box
         // and nothing of the kind can be left out.
         if (side == Side::OUTSIDE && !entry.list->hasMarks()) {
+            if (entry.list->getParts()) {
+                m_frame.occurrences[entry.list.get()].push_back({inner, {}});
+            }
             continue;
         }
-        Place inner = outer;
         inner.surroundings = combine(entry.surroundings.get(), outer, scope);
-        inner.layer = static_cast<std::uint8_t>(std::min(255, outer.layer + entry.layer));
         inner.visible = side == Side::INSIDE;
-        if (!entry.identity) {
-            inner.toEye = Matrix4::product(entry.matrix, outer.toEye);
-            inner.toWorld = entry.matrix * outer.toWorld;
-        }
         walk(*entry.list, inner, false);
     }
+    if (list.getParts()) {
+        firstItems.push_back(static_cast<std::uint32_t>(m_frame.items.size()));
+        m_frame.occurrences[&list].push_back({place, std::move(firstItems)});
+    }
+}
+
+bool Builder::patch(const RenderList& list, std::size_t index, const Frame::Occurrence& occurrence)
+{
+    const RenderList::Entry& entry = list.getEntries()[index];
+    const Place& outer = occurrence.place;
+    if (entry.kind != RenderList::ITEM && entry.kind != RenderList::LIST) {
+        return false;
+    }
+    const std::size_t first = occurrence.firstItems.empty() ? 0 : occurrence.firstItems[index];
+    const std::size_t end = occurrence.firstItems.empty() ? 0 : occurrence.firstItems[index + 1];
+    if (first == end) {
+        Place asked = outer;
+        asked.visible = false;
+        Scope scope{asked, {}};
+        return test(entry, asked, scope) == Side::OUTSIDE;
+    }
+    // What moved out of view stays; it costs little.
+    if (entry.kind == RenderList::LIST) {
+        return patchList(entry, outer, &m_frame.items[first], end - first);
+    }
+    FrameItem& item = m_frame.items[first];
+    const bool wasMirrored = item.mirrored;
+    placeItem(item, entry, outer);
+    m_frame.patches.push_back(static_cast<std::uint32_t>(first));
+    return item.mirrored == wasMirrored;
+}
+
+/// The items of a list that stands elsewhere now, each placed as before relative to the list.
+bool Builder::patchList(const RenderList::Entry& entry, const Place& outer, FrameItem* items,
+                        std::size_t count)
+{
+    Place inner = placeBelow(entry, outer);
+    if (entry.list->getParts()) {
+        // It comes with patches of its own, unless it moved as a whole.
+        const auto& all = m_frame.occurrences[entry.list.get()];
+        return std::any_of(all.begin(), all.end(), [&inner](const Frame::Occurrence& one) {
+            return std::equal(inner.toEye.m, inner.toEye.m + 16, one.place.toEye.m);
+        });
+    }
+    Frame moved;
+    moved.views = m_frame.views;
+    moved.surroundings = m_frame.surroundings;
+    inner.visible = true;
+    inner.surroundings = items->surroundings;
+    Builder(moved).walk(*entry.list, inner, false);
+    if (moved.items.size() != count || !moved.occurrences.empty()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (items[i].entry != moved.items[i].entry
+            || items[i].mirrored != moved.items[i].mirrored) {
+            return false;
+        }
+        items[i].toEye = moved.items[i].toEye;
+        items[i].depth = moved.items[i].depth;
+        m_frame.patches.push_back(static_cast<std::uint32_t>(&items[i] - m_frame.items.data()));
+    }
+    return true;
+}
+
+bool areEqual(const RenderView& a, const RenderView& b)
+{
+    return a.view.viewing == b.view.viewing && a.view.projection == b.view.projection
+           && a.view.volume.getNearDist() == b.view.volume.getNearDist()
+           && a.view.volume.getDepth() == b.view.volume.getDepth() && a.region == b.region;
+}
+
+/// More patches than this many times the items are not kept.
+constexpr std::size_t kPatchesPerItem = 2;
+constexpr std::size_t kFewPatches = 1024;
+
+bool patchFrame(const std::vector<ListPatch>& patches, Frame& frame)
+{
+    Builder builder(frame);
+    for (const ListPatch& patch : patches) {
+        const auto found = frame.occurrences.find(patch.list);
+        if (!patch.isSameKind || found == frame.occurrences.end()) {
+            return false;
+        }
+        for (const Frame::Occurrence& occurrence : found->second) {
+            for (std::size_t i = 0; i < patch.count; ++i) {
+                if (!builder.patch(*patch.list, patch.first + i, occurrence)) {
+                    return false;
+                }
+            }
+        }
+    }
+    return frame.patches.size() < kFewPatches + kPatchesPerItem * frame.items.size();
 }
 
 } // namespace
@@ -355,6 +461,8 @@ void Frame::clear()
     nearDepth = farDepth = 0;
     generation = nextNumber();
     patches.clear();
+    list.reset();
+    occurrences.clear();
 }
 
 std::uint64_t Frame::nextNumber()
@@ -366,7 +474,9 @@ std::uint64_t Frame::nextNumber()
 void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Frame& frame)
 {
     frame.clear();
-    Builder builder(views, frame);
+    frame.list = &list;
+    frame.views = views;
+    Builder builder(frame);
     std::vector<SoLightRecord> lights;
     list.gatherLights(SbMatrix::identity(), lights);
     builder.setSceneLights(lights);
@@ -380,6 +490,18 @@ void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Fr
               0,
               false};
     builder.walk(list, top, true);
+}
+
+void updateFrame(const RenderList& list, const std::vector<RenderView>& views,
+                 std::uint64_t traversal, const std::vector<ListPatch>& patches, Frame& frame)
+{
+    const bool follows = frame.list && frame.traversal + 1 == traversal;
+    frame.traversal = traversal;
+    if (!follows || !frame.list->isSameAs(list)
+        || !std::equal(views.begin(), views.end(), frame.views.begin(), frame.views.end(), areEqual)
+        || !patchFrame(patches, frame)) {
+        buildFrame(list, views, frame);
+    }
 }
 
 } // namespace kalmyr::detail

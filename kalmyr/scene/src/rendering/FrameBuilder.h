@@ -2,7 +2,9 @@
 
 #include "rendering/RenderList.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 namespace kalmyr::detail {
@@ -50,8 +52,33 @@ struct FrameSelection {
     std::uint16_t view;
 };
 
+/// Entries of a list that were put in place of as many others, all different by place only.
+/// `isSameKind` is false when anything else changed.
+struct ListPatch {
+    RenderList* list; // Not owned; part of the lists of the frame.
+    std::size_t first;
+    std::size_t count;
+    bool isSameKind;
+};
+
+/// Where one list is seen.
+struct ListPlace {
+    Matrix4 toEye;
+    SbMatrix toWorld;
+    std::uint32_t surroundings;
+    std::uint16_t view;
+    std::uint8_t layer;
+    bool visible; ///< wholly in view: nothing below needs a test
+};
+
 /// The list of a frame with everything in the place where it is seen.
 struct Frame {
+    /// One place of a list whose entries may be exchanged.
+    struct Occurrence {
+        ListPlace place;
+        std::vector<std::uint32_t> firstItems; ///< by entry, and the end; empty: out of view
+    };
+
     std::vector<RenderView> views;
     std::vector<EyeSurroundings> surroundings; ///< the first one is without anything
     std::vector<FrameItem> items;              ///< in order of traversal
@@ -66,7 +93,10 @@ struct Frame {
 
     const std::uint64_t id = nextNumber(); ///< unique in the process
     std::uint64_t generation = 0;          ///< a new one, unique in the process, with new items
-    std::vector<std::uint32_t> patches;    ///< items that changed in place since then, in order
+    std::vector<std::uint32_t> patches;    ///< items that moved since then, in order
+    SoRef<const RenderList> list;          ///< what the items point into
+    std::uint64_t traversal = 0;           ///< number of the traversal that it shows
+    std::unordered_map<const RenderList*, std::vector<Occurrence>> occurrences;
 
     void clear();
     static std::uint64_t nextNumber();
@@ -75,5 +105,10 @@ struct Frame {
 /// Fills `frame` from a list, leaving out what is out of view. `frame` keeps its memory from one
 /// frame to the next.
 void buildFrame(const RenderList& list, const std::vector<RenderView>& views, Frame& frame);
+
+/// Brings a frame from one traversal to the next. Where the lists are the same but for those
+/// patches, and the views are, only the items concerned are placed again.
+void updateFrame(const RenderList& list, const std::vector<RenderView>& views,
+                 std::uint64_t traversal, const std::vector<ListPatch>& patches, Frame& frame);
 
 } // namespace kalmyr::detail

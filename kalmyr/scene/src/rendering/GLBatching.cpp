@@ -228,6 +228,22 @@ void GLRenderer::makePlan(GLDrawPlan& plan)
     plan.numPatches = m_frame.patches.size();
 }
 
+bool GLRenderer::patchPlan(GLDrawPlan& plan) const
+{
+    for (; plan.numPatches < m_frame.patches.size(); ++plan.numPatches) {
+        const std::uint32_t item = m_frame.patches[plan.numPatches];
+        const std::uint32_t slot = plan.slots[item];
+        if (slot == GLDrawPlan::kSeveralSlots) {
+            return false;
+        }
+        if (slot != GLDrawPlan::kNoSlot) {
+            const GLInstance place = instanceOf(m_frame.items[item], 0);
+            plan.setPlace(slot, place);
+        }
+    }
+    return true;
+}
+
 void GLRenderer::drawBatch(const GLDrawPlan& plan, const GLBatch& batch)
 {
     const FrameItem& item = m_frame.items[batch.item];

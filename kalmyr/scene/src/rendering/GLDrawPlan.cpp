@@ -63,11 +63,11 @@ void GLDrawPlan::upload(const std::vector<GLInstance>& instances, const std::vec
     m_numBytes += bytes;
 }
 
-void GLDrawPlan::setInstance(std::uint32_t slot, const GLInstance& instance)
+void GLDrawPlan::setPlace(std::uint32_t slot, const GLInstance& place)
 {
     glBindBuffer(GL_COPY_WRITE_BUFFER, m_instances.buffer);
     glBufferSubData(GL_COPY_WRITE_BUFFER, static_cast<GLintptr>(slot * sizeof(GLInstance)),
-                    sizeof(GLInstance), &instance);
+                    sizeof place.columns, place.columns);
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
 }
 

@@ -85,8 +85,8 @@ public:
     void clear();
     /// Brings commands and tables to the context.
     void upload(const std::vector<GLInstance>& instances, const std::vector<float>& looks);
-    /// Changes one instance in the context.
-    void setInstance(std::uint32_t slot, const GLInstance& instance);
+    /// Moves one instance in the context; only the columns of `place` are taken.
+    void setPlace(std::uint32_t slot, const GLInstance& place);
     /// Binds the tables to their texture units.
     void bind() const;
     /// Draws a batch with what it needs already set; `firstSlot` is the uniform for contexts

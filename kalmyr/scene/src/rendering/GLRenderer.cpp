@@ -303,7 +303,8 @@ void GLRenderer::draw(const LayerFunction& layerDrawn)
     clear();
     drawBackground();
     GLDrawPlan& plan = m_device.plan(m_frame.id);
-    if (plan.generation != m_frame.generation || plan.transparencyType != m_type) {
+    if (plan.generation != m_frame.generation || plan.transparencyType != m_type
+        || !patchPlan(plan)) {
         makePlan(plan);
     }
     for (int layer = 0; layer < m_frame.numLayers; ++layer) {

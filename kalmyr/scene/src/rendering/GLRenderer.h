@@ -60,6 +60,8 @@ private:
     void uploadViews();
     void uploadSurroundings();
     void makePlan(GLDrawPlan& plan);
+    /// Moves what moved in the frame; false when the plan has to be made anew.
+    bool patchPlan(GLDrawPlan& plan) const;
     void splitLayer(int layer, std::vector<std::uint32_t>& opaque,
                     std::vector<std::uint32_t>& transparent) const;
     std::vector<std::uint32_t> inDrawingOrder(const std::vector<std::uint32_t>& items) const;

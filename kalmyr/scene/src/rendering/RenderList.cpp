@@ -2,7 +2,9 @@
 
 #include "rendering/RenderListCache.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace kalmyr::detail {
 
@@ -111,6 +113,64 @@ void RenderList::gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord
             entry.list->gatherLights(entry.matrix * toWorld, lights);
         }
     }
+}
+
+bool RenderList::canTake(const RenderList& other) const
+{
+    return m_backgrounds.empty() && m_fogs.empty() && other.m_backgrounds.empty()
+           && other.m_fogs.empty();
+}
+
+void RenderList::replace(std::size_t first, std::size_t count, RenderList& from)
+{
+    const auto start = m_entries.begin() + static_cast<std::ptrdiff_t>(first);
+    const std::size_t numSame = std::min(count, from.m_entries.size());
+    const auto split = from.m_entries.begin() + static_cast<std::ptrdiff_t>(numSame);
+    std::move(from.m_entries.begin(), split, start);
+    const auto end = start + static_cast<std::ptrdiff_t>(numSame);
+    if (count > numSame) {
+        m_entries.erase(end, end + static_cast<std::ptrdiff_t>(count - numSame));
+    } else {
+        m_entries.insert(end, std::move_iterator(split), std::move_iterator(from.m_entries.end()));
+    }
+    m_hasMarks = m_hasMarks || from.m_hasMarks;
+    m_hasLights = m_hasLights || from.m_hasLights;
+    m_hasFogs = m_hasFogs || from.m_hasFogs;
+    m_box.extendBy(from.m_box);
+    if (m_parts && ++m_parts->numEdits > m_entries.size() / 16) {
+        m_parts->numEdits = 0;
+        m_box.makeEmpty();
+        for (const Entry& entry : m_entries) {
+            m_box.extendBy(entry.box);
+        }
+    }
+}
+
+namespace {
+
+template <class T>
+bool areEqual(const SoRef<T>& a, const SoRef<T>& b)
+{
+    return a == b || (a && b && *a == *b);
+}
+
+} // namespace
+
+bool RenderList::differByPlace(const Entry& a, const Entry& b)
+{
+    return a.kind == b.kind && a.transparent == b.transparent && a.layer == b.layer
+           && a.index == b.index && a.geometry == b.geometry && a.list == b.list && a.node == b.node
+           && areEqual(a.appearance, b.appearance) && areEqual(a.surroundings, b.surroundings);
+}
+
+bool RenderList::isSameAs(const RenderList& other) const
+{
+    return canTake(other)
+           && std::equal(m_entries.begin(), m_entries.end(), other.m_entries.begin(),
+                         other.m_entries.end(), [](const Entry& a, const Entry& b) {
+                             return differByPlace(a, b) && a.matrix == b.matrix
+                                    && (a.kind == LIST || a.box == b.box);
+                         });
 }
 
 SbBox3f transformBox(const SbBox3f& box, const SbMatrix& matrix)

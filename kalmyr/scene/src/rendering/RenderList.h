@@ -10,6 +10,8 @@
 #include <kalmyr/rendering/SoRenderItem.h>
 
 #include <cstdint>
+#include <memory>
+#include <numeric>
 #include <vector>
 
 class SoNode;
@@ -29,6 +31,11 @@ struct RenderView {
 struct Surroundings final : SoRefCounter {
     std::vector<SoLightRecord> lights;
     std::vector<SbVec4f> clipPlanes;
+
+    friend bool operator==(const Surroundings& a, const Surroundings& b)
+    {
+        return a.lights == b.lights && a.clipPlanes == b.clipPlanes;
+    }
 };
 
 /// A colour at an angle from the zenith, in radians.
@@ -101,10 +108,35 @@ public:
     void findFog(const SbMatrix& toWorld, FogMark& fog) const;
     void finish() { m_entries.shrink_to_fit(); }
 
+    /// Which entries came of which child, of a node with many children.
+    struct Parts {
+        std::vector<std::uint32_t> counts; ///< of entries, by child
+        int firstFree = 0;        ///< children from here on have no effect on those behind them
+        std::size_t numEdits = 0; ///< since the box was last made anew
+        std::size_t firstEntry(int child) const
+        {
+            return std::accumulate(counts.begin(), counts.begin() + child, std::size_t{0});
+        }
+    };
+    /// Null where the list can only be made as a whole.
+    Parts* getParts() { return m_parts.get(); }
+    const Parts* getParts() const { return m_parts.get(); }
+    /// Whether the entries of `other`, none of which is a mark, can take the place of others.
+    bool canTake(const RenderList& other) const;
+    /// Entries from `first` on make room for those of `from`. The box only grows, but is made anew
+    /// now and then, so that the cost of an edit does not depend on the length.
+    void replace(std::size_t first, std::size_t count, RenderList& from);
+    /// Whether both hold the same, lists below by identity whatever their boxes are.
+    bool isSameAs(const RenderList& other) const;
+    /// Whether the entries differ by their places only.
+    static bool differByPlace(const Entry& a, const Entry& b);
+
 private:
     ~RenderList() override;
 
     friend class RenderListCache;
+    friend class RenderTraversal;
+    std::unique_ptr<Parts> m_parts;
     std::vector<Entry> m_entries;
     std::vector<Background> m_backgrounds;
     std::vector<FogMark> m_fogs;

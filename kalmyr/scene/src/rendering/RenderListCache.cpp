@@ -11,12 +11,17 @@ RenderListCache::~RenderListCache()
     }
 }
 
+RenderList* RenderListCache::findOld(const SoNode* node, std::uint64_t stateKey) const
+{
+    const auto found = m_lists.find(Key{node, stateKey});
+    return found != m_lists.end() ? found->second : nullptr;
+}
+
 RenderList* RenderListCache::find(const SoNode* node, std::uint64_t changeId,
                                   std::uint64_t stateKey) const
 {
-    const auto found = m_lists.find(Key{node, stateKey});
-    return found != m_lists.end() && found->second->m_changeId == changeId ? found->second
-                                                                           : nullptr;
+    RenderList* const list = findOld(node, stateKey);
+    return list && list->m_changeId == changeId ? list : nullptr;
 }
 
 void RenderListCache::add(RenderList& list, const SoNode* node, std::uint64_t changeId,

@@ -30,6 +30,8 @@ public:
 
     /// The list of `node` in that state, or null.
     RenderList* find(const SoNode* node, std::uint64_t changeId, std::uint64_t stateKey) const;
+    /// The list of `node` in that state, whatever the node's change id was then, or null.
+    RenderList* findOld(const SoNode* node, std::uint64_t stateKey) const;
     void add(RenderList& list, const SoNode* node, std::uint64_t changeId, std::uint64_t stateKey);
     void forget(RenderList& list);
 

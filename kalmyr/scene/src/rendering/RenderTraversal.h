@@ -52,6 +52,8 @@ public:
     /// Whether something in the latest traversal depends on the view, or on the program.
     bool isViewDependent() const { return m_viewDependent; }
     const RenderListCache& getCache() const { return m_cache; }
+    /// Brings `frame` up to date with the latest traversal.
+    void updateFrame();
 
     void setCaching(bool on);
     bool isCaching() const { return m_caching; }
@@ -79,6 +81,14 @@ private:
     static constexpr std::uint64_t kMaxRootAge = 16;
 
     void record(SoNode* node, std::uint64_t changeId, std::uint64_t stateKey);
+    void visitInParts(SoNode* node, RenderList& list);
+    bool patch(SoNode* node, std::uint64_t changeId, std::uint64_t stateKey);
+    bool findChanged(const SoNode& node, RenderList& list, std::vector<int>& changed);
+    void clearPart(RenderList& list, int index);
+    bool replaceParts(SoNode* node, RenderList& list, const std::vector<int>& changed);
+    bool replacePart(SoNode* node, RenderList& list, int index);
+    template <class Visit>
+    void visitApart(SoNode* node, RenderList& into, const Visit& visit);
     void traverseInPlace(SoNode* node, bool mayCache);
     void appendList(RenderList& list);
     void place(RenderList::Entry& entry);
@@ -100,6 +110,7 @@ private:
     std::unordered_map<std::uint64_t, int> m_viewIndices;
     std::vector<bool> m_notInKey; ///< by stack index: elements that lists do not depend on
     std::uint64_t m_frame = 0;
+    std::vector<ListPatch> m_patches; ///< of lists that the latest traversal edited
     int m_nesting = 0;
     std::uint8_t m_layer = 0;
     bool m_viewDependent = false;

@@ -158,8 +158,8 @@ void SoGLRenderAction::draw(SoNode* root)
     }
     RenderStatistics& statistics = m_traversal->statistics;
     const double start = now();
-    Frame& frame = m_traversal->frame;
-    buildFrame(*m_traversal->getList(), m_traversal->getViews(), frame);
+    const Frame& frame = m_traversal->frame;
+    m_traversal->updateFrame();
     const double built = now();
     device->beginFrame();
     drawFrame(*device, root);
@@ -169,6 +169,7 @@ void SoGLRenderAction::draw(SoNode* root)
     statistics.items = frame.items.size();
     statistics.culled = frame.culled;
     statistics.geometries = device->getNumGeometries();
+    statistics.geometryBytes = device->getNumGeometryBytes();
     statistics.textures = device->getNumTextures();
 }
 

@@ -26,6 +26,8 @@ struct SoLightRecord {
     SbVec3f attenuation{1, 0, 0}; ///< constant, linear, quadratic
     static constexpr float kUnlimited = 1e18f;
     float radius = kUnlimited; ///< of a point or spot light: how far it shines
+
+    bool operator==(const SoLightRecord&) const = default;
 };
 
 /// The lights that shine on what follows. Shared between stack levels; replaced, never edited.
