@@ -1,9 +1,10 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/base/SoPreferences.h>
+#include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
-#include <kalmyr/lights/SoPointLight.h>
+#include <kalmyr/nodes/SoClipPlane.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTransform.h>
@@ -18,6 +19,7 @@
 
 #include "support/ErrorGuard.h"
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -280,6 +282,71 @@ TEST_F(Frames, VisitOnlyWhatChangedAmongMany)
     EXPECT_EQ(statistics.items, 1999u);
     ASSERT_TRUE(renderer.render(root.get()));
     EXPECT_EQ(statistics.itemsPlaced, 0u);
+}
+
+/// A square before the camera, lit and cut by whatever is added before it.
+SoRef<SoSeparator> makeSquare(const std::vector<SoNode*>& before)
+{
+    SoRef<SoSeparator> root(new SoSeparator);
+    auto* camera = new SoOrthographicCamera; // sees x and y from -1 to 1
+    camera->position.setValue(SbVec3f(0, 0, 5));
+    camera->farDistance.setValue(20);
+    root->addChild(camera);
+    for (SoNode* node : before) {
+        root->addChild(node);
+    }
+    auto* square = new SoCube;
+    square->depth.setValue(0);
+    root->addChild(square);
+    return root;
+}
+
+TEST_F(Frames, TakeAnyNumberOfLights)
+{
+    for (const int count : {2, 16, 17, 60}) {
+        std::vector<SoNode*> lights;
+        for (int i = 0; i < count; ++i) {
+            lights.push_back(new SoDirectionalLight);
+            static_cast<SoDirectionalLight*>(lights.back())
+                ->intensity.setValue(0.5f / static_cast<float>(count));
+        }
+        SoOffscreenRenderer renderer{SbViewportRegion(kSize, kSize)};
+        ASSERT_TRUE(renderer.render(makeSquare(lights).get()));
+        const unsigned char* middle = renderer.getBuffer() + 3 * (kSize * kSize / 2 + kSize / 2);
+        constexpr double kAround = 0.2 * 0.2; // the ambient light without any light
+        EXPECT_NEAR(middle[0], (0.8 * 0.5 + kAround) * 255, 1.5) << count;
+    }
+}
+
+TEST_F(Frames, AreCutByAnyNumberOfPlanes)
+{
+    constexpr double kTurn = 6.283185307;
+    constexpr double kDistance = 0.6;
+    for (const int count : {3, 6, 7, 12}) {
+        std::vector<SoNode*> planes;
+        for (int i = 0; i < count; ++i) {
+            const double angle = kTurn * i / count;
+            auto* plane = new SoClipPlane;
+            const SbVec3f outwards(static_cast<float>(std::cos(angle)),
+                                   static_cast<float>(std::sin(angle)), 0);
+            plane->plane.setValue(SbPlane(-outwards, -static_cast<float>(kDistance)));
+            planes.push_back(plane);
+        }
+        planes.push_back(new SoDirectionalLight);
+        SoOffscreenRenderer renderer{SbViewportRegion(kSize, kSize)};
+        ASSERT_TRUE(renderer.render(makeSquare(planes).get()));
+        const auto shows = [&renderer](double angle, double distance) {
+            const auto pixel = [](double at) { return static_cast<int>((at + 1) * kSize / 2); };
+            const int x = pixel(distance * std::cos(angle));
+            const int y = pixel(distance * std::sin(angle));
+            return renderer.getBuffer()[3 * (y * kSize + x)] > 100;
+        };
+        for (int i = 0; i < count; ++i) {
+            const double angle = kTurn * i / count;
+            EXPECT_TRUE(shows(angle, kDistance - 0.04)) << i << " of " << count;
+            EXPECT_FALSE(shows(angle, kDistance + 0.04)) << i << " of " << count;
+        }
+    }
 }
 
 TEST_F(Frames, GiveTheirMemoryBack)

@@ -273,6 +273,7 @@ GLDevice::~GLDevice()
         glDeleteBuffers(1, &buffer);
     }
     glDeleteVertexArrays(1, &m_emptyVertexArray);
+    m_surroundingsTable.free();
 }
 
 void GLDevice::beginFrame()
@@ -455,6 +456,7 @@ const GLProgram* GLDevice::program(unsigned features)
             setUnit(known.program, "depths", kDepthUnit);
             setUnit(known.program, "instances", kInstanceUnit);
             setUnit(known.program, "materials", kMaterialUnit);
+            setUnit(known.program, "surroundings", kSurroundingsUnit);
             bindBlock(known.program, "View", kViewBinding);
             bindBlock(known.program, "Surroundings", kSurroundingsBinding);
         }

@@ -77,6 +77,9 @@ public:
 
     GLuint viewBuffer() const { return m_viewBuffer; }
     GLuint surroundingsBuffer() const { return m_surroundingsBuffer; }
+    GLTable& surroundingsTable() { return m_surroundingsTable; }
+    /// Generation of the frame whose views and surroundings are in the buffers.
+    std::uint64_t surroundingsOf = 0;
     GLuint emptyVertexArray() const { return m_emptyVertexArray; }
     GLint uniformAlignment() const { return m_uniformAlignment; }
 
@@ -132,6 +135,7 @@ private:
     GLint m_markerSize = 0;
     GLuint m_viewBuffer = 0;
     GLuint m_surroundingsBuffer = 0;
+    GLTable m_surroundingsTable;
     GLuint m_streamBuffer = 0;
     GLuint m_emptyVertexArray = 0;
     GLint m_uniformAlignment = 256;

@@ -20,6 +20,35 @@ GLCapabilities GLCapabilities::ofCurrent()
     return can;
 }
 
+std::size_t GLTable::fill(const void* data, std::size_t bytes)
+{
+    if (!buffer) {
+        glGenBuffers(1, &buffer);
+        glGenTextures(1, &texture);
+    }
+    glBindBuffer(GL_TEXTURE_BUFFER, buffer);
+    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(bytes), data, GL_DYNAMIC_DRAW);
+    glBindBuffer(GL_TEXTURE_BUFFER, 0);
+    glBindTexture(GL_TEXTURE_BUFFER, texture);
+    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, buffer);
+    glBindTexture(GL_TEXTURE_BUFFER, 0);
+    return bytes;
+}
+
+void GLTable::bind(int unit) const
+{
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glBindTexture(GL_TEXTURE_BUFFER, texture);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void GLTable::free()
+{
+    glDeleteTextures(1, &texture);
+    glDeleteBuffers(1, &buffer);
+    *this = {};
+}
+
 void GLDrawPlan::clear()
 {
     generation = 0;
@@ -29,29 +58,14 @@ void GLDrawPlan::clear()
     slots.clear();
 }
 
-std::size_t GLDrawPlan::fill(Table& table, const void* data, std::size_t bytes)
-{
-    if (!table.buffer) {
-        glGenBuffers(1, &table.buffer);
-        glGenTextures(1, &table.texture);
-    }
-    glBindBuffer(GL_TEXTURE_BUFFER, table.buffer);
-    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(bytes), data, GL_DYNAMIC_DRAW);
-    glBindBuffer(GL_TEXTURE_BUFFER, 0);
-    glBindTexture(GL_TEXTURE_BUFFER, table.texture);
-    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, table.buffer);
-    glBindTexture(GL_TEXTURE_BUFFER, 0);
-    return bytes;
-}
-
 void GLDrawPlan::upload(const std::vector<GLInstance>& instances, const std::vector<float>& looks)
 {
     m_numBytes = 0;
     if (instances.empty()) {
         return;
     }
-    m_numBytes += fill(m_instances, instances.data(), instances.size() * sizeof(GLInstance));
-    m_numBytes += fill(m_looks, looks.data(), looks.size() * sizeof(float));
+    m_numBytes += m_instances.fill(instances.data(), instances.size() * sizeof(GLInstance));
+    m_numBytes += m_looks.fill(looks.data(), looks.size() * sizeof(float));
     if (!m_commands) {
         glGenBuffers(1, &m_commands);
     }
@@ -73,12 +87,8 @@ void GLDrawPlan::setPlace(std::uint32_t slot, const GLInstance& place)
 
 void GLDrawPlan::bind() const
 {
-    for (const auto& [unit, table] :
-         {std::pair{kInstanceUnit, m_instances}, {kMaterialUnit, m_looks}}) {
-        glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-        glBindTexture(GL_TEXTURE_BUFFER, table.texture);
-    }
-    glActiveTexture(GL_TEXTURE0);
+    m_instances.bind(kInstanceUnit);
+    m_looks.bind(kMaterialUnit);
 }
 
 void GLDrawPlan::draw(const GLBatch& batch, const GLCapabilities& can, GLint firstSlot) const
@@ -112,11 +122,8 @@ void GLDrawPlan::draw(const GLBatch& batch, const GLCapabilities& can, GLint fir
 
 void GLDrawPlan::free()
 {
-    for (Table* table : {&m_instances, &m_looks}) {
-        glDeleteTextures(1, &table->texture);
-        glDeleteBuffers(1, &table->buffer);
-        *table = {};
-    }
+    m_instances.free();
+    m_looks.free();
     glDeleteBuffers(1, &m_commands);
     m_commands = 0;
     clear();

@@ -18,6 +18,17 @@ struct GLCapabilities {
     static GLCapabilities ofCurrent();
 };
 
+/// Vectors of four floats that shaders read by their number.
+struct GLTable {
+    GLuint buffer = 0;
+    GLuint texture = 0;
+
+    /// Returns the number of bytes.
+    std::size_t fill(const void* data, std::size_t bytes);
+    void bind(int unit) const;
+    void free();
+};
+
 /// Where and how one shape is drawn, as the shaders read it: four texels.
 struct GLInstance {
     float columns[3][4]; ///< where the axes go in the space of the eye; fourth: of the origin
@@ -97,15 +108,9 @@ public:
     void free();
 
 private:
-    struct Table {
-        GLuint buffer = 0;
-        GLuint texture = 0;
-    };
-    static std::size_t fill(Table& table, const void* data, std::size_t bytes);
-
     GLuint m_commands = 0;
-    Table m_instances;
-    Table m_looks;
+    GLTable m_instances;
+    GLTable m_looks;
     std::size_t m_numBytes = 0;
 };
 

@@ -178,8 +178,14 @@ void GLRenderer::begin()
     glActiveTexture(GL_TEXTURE0);
     // Whoever draws into one frame in several steps has the colours of all of them weighed alike.
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-    uploadViews();
-    uploadSurroundings();
+    m_viewStride = aligned(sizeof(ViewBlock), m_device.uniformAlignment());
+    m_surroundingsStride = aligned(sizeof(SurroundingsBlock), m_device.uniformAlignment());
+    if (m_device.surroundingsOf != m_frame.generation) {
+        uploadViews();
+        uploadSurroundings();
+        m_device.surroundingsOf = m_frame.generation;
+    }
+    m_device.surroundingsTable().bind(kSurroundingsUnit);
 }
 
 void GLRenderer::end()
@@ -198,7 +204,7 @@ void GLRenderer::end()
     glBindVertexArray(0);
     glUseProgram(0);
     glBindTexture(GL_TEXTURE_2D, 0);
-    for (const int unit : {kInstanceUnit, kMaterialUnit}) {
+    for (const int unit : {kInstanceUnit, kMaterialUnit, kSurroundingsUnit}) {
         glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
         glBindTexture(GL_TEXTURE_BUFFER, 0);
     }
@@ -258,7 +264,6 @@ void GLRenderer::drawBackground()
 
 void GLRenderer::uploadViews()
 {
-    m_viewStride = aligned(sizeof(ViewBlock), m_device.uniformAlignment());
     std::vector<unsigned char> bytes(m_viewStride * m_frame.views.size());
     for (std::size_t i = 0; i < m_frame.views.size(); ++i) {
         const SoView& view = m_frame.views[i].view;
@@ -278,19 +283,34 @@ void GLRenderer::uploadViews()
 
 void GLRenderer::uploadSurroundings()
 {
-    m_surroundingsStride = aligned(sizeof(SurroundingsBlock), m_device.uniformAlignment());
     std::vector<unsigned char> bytes(m_surroundingsStride * m_frame.surroundings.size());
+    std::vector<float> table;
     for (std::size_t i = 0; i < m_frame.surroundings.size(); ++i) {
         const EyeSurroundings& from = m_frame.surroundings[i];
         SurroundingsBlock block{};
-        const std::size_t lights = std::min<std::size_t>(from.lights.size(), kMaxLights);
-        std::copy_n(from.lights.begin(), lights, block.lights);
-        block.counts[0] = static_cast<float>(lights);
-        for (std::size_t p = 0; p < std::min<std::size_t>(from.clipPlanes.size(), kMaxClipPlanes);
-             ++p) {
-            std::copy_n(from.clipPlanes[p].getValue(), 4, block.planes[p]);
+        block.counts[0] = static_cast<float>(from.lights.size());
+        block.counts[1] = static_cast<float>(from.clipPlanes.size());
+        block.counts[2] = static_cast<float>(table.size() / 4);
+        if (from.lights.size() > kMaxLights) {
+            const auto* const first = reinterpret_cast<const float*>(from.lights.data());
+            table.insert(table.end(), first, first + from.lights.size() * sizeof(EyeLight) / 4);
+        } else {
+            std::copy(from.lights.begin(), from.lights.end(), block.lights);
+        }
+        block.counts[3] = static_cast<float>(table.size() / 4);
+        for (std::size_t p = 0; p < from.clipPlanes.size(); ++p) {
+            const float* const plane = from.clipPlanes[p].getValue();
+            if (p < kMaxClipPlanes) {
+                std::copy_n(plane, 4, block.planes[p]);
+            }
+            if (from.clipPlanes.size() > kMaxClipPlanes) {
+                table.insert(table.end(), plane, plane + 4);
+            }
         }
         std::memcpy(bytes.data() + i * m_surroundingsStride, &block, sizeof block);
+    }
+    if (!table.empty()) {
+        m_device.surroundingsTable().fill(table.data(), table.size() * sizeof(float));
     }
     glBindBuffer(GL_UNIFORM_BUFFER, m_device.surroundingsBuffer());
     glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(bytes.size()), bytes.data(),
@@ -385,7 +405,7 @@ std::uint64_t GLRenderer::orderKey(const FrameItem& item) const
     const auto depth = static_cast<std::uint64_t>(step * static_cast<float>(kDepthSteps));
     const SoRenderAppearance& look = *item.entry->appearance;
     const auto image = reinterpret_cast<std::uintptr_t>(look.texture.image.getBytes());
-    return std::uint64_t(item.view & 0xf) << 60 | std::uint64_t(featuresOf(item)) << 48
+    return std::uint64_t(item.view & 0xf) << 60 | mixBits(featuresOf(item), 12) << 48
            | std::uint64_t(item.surroundings & 0xff) << 40 | mixBits(image, 10) << 30
            | std::min(depth, kDepthSteps) << 1 | std::uint64_t(item.mirrored);
 }
@@ -503,7 +523,8 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     const SoGeometry& geometry = *item.entry->geometry;
     const SoRenderAppearance& look = *item.entry->appearance;
     const EyeSurroundings& surroundings = m_frame.surroundings[item.surroundings];
-    unsigned features = when(!surroundings.clipPlanes.empty(), SHADER_CLIP);
+    unsigned features = when(!surroundings.clipPlanes.empty(), SHADER_CLIP)
+                        | when(surroundings.clipPlanes.size() > kMaxClipPlanes, SHADER_PLANE_TABLE);
     const std::size_t count = geometry.positions.size();
     if (m_purpose == Purpose::MASK) {
         const bool hasHoles = look.translucentTexture && geometry.texCoords.size() >= count;
@@ -515,6 +536,7 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     if (look.lit && geometry.normals.size() >= count) {
         features |= SHADER_LIT | when(!isBlack(look.specular), SHADER_SPECULAR)
                     | when(!isOneDirectional(surroundings), SHADER_MANY_LIGHTS)
+                    | when(surroundings.lights.size() > kMaxLights, SHADER_LIGHT_TABLE)
                     | when(geometry.twoSided && !geometry.solid, SHADER_TWO_SIDED);
     }
     const bool textured = !look.texture.image.isNull() && geometry.texCoords.size() >= count;

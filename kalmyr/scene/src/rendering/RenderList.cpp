@@ -103,9 +103,6 @@ void RenderList::gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord
         return;
     }
     for (const Entry& entry : m_entries) {
-        if (lights.size() >= kMaxSceneLights) {
-            return;
-        }
         if (entry.kind == LIGHT) {
             lights.push_back(entry.surroundings->lights.front());
             lights.back().toWorld = lights.back().toWorld * toWorld;

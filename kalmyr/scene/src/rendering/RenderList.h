@@ -101,9 +101,8 @@ public:
     /// Whether a background or a selection stands in it or in a list below.
     bool hasMarks() const { return m_hasMarks; }
     /// Adds the lights that shine on the whole scene, as they stand in the world that `toWorld`
-    /// leads to; no more than kMaxSceneLights in all.
+    /// leads to.
     void gatherLights(const SbMatrix& toWorld, std::vector<SoLightRecord>& lights) const;
-    static constexpr std::size_t kMaxSceneLights = 12;
     /// Sets the fog that counts, with its visibility in the world, unless `fog` counts before it.
     void findFog(const SbMatrix& toWorld, FogMark& fog) const;
     void finish() { m_entries.shrink_to_fit(); }

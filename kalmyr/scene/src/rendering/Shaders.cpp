@@ -38,10 +38,23 @@ uniform vec4 material[9];
 #if defined(LIT) || defined(CLIP)
 struct Light { vec4 position; vec4 color; vec4 direction; vec4 attenuation; };
 layout(std140) uniform Surroundings {
-    vec4 counts;
+    vec4 counts; // of lights and planes; where each begin in the table
     vec4 planes[6];
     Light lights[16];
 };
+#endif
+#if defined(LIGHT_TABLE) || defined(PLANE_TABLE)
+uniform samplerBuffer surroundings;
+#endif
+#ifdef LIGHT_TABLE
+Light lightAt(int i)
+{
+    int first = int(counts.z) + 4 * i;
+    return Light(texelFetch(surroundings, first), texelFetch(surroundings, first + 1),
+                 texelFetch(surroundings, first + 2), texelFetch(surroundings, first + 3));
+}
+#else
+#define lightAt(i) lights[i]
 #endif
 #ifdef CLIP
 #define CUT(eye) for (int i = 0; i < 6; ++i) gl_ClipDistance[i] = dot(vec4(eye, 1.0), planes[i])
@@ -244,37 +257,37 @@ flat in int look;
 #endif
 
 #ifdef LIT
-void shine(int i, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
+void shine(Light source, vec3 n, vec3 toViewer, vec3 diffuse, inout vec3 sum)
 {
-    vec3 l = lights[i].position.xyz;
+    vec3 l = source.position.xyz;
     float strength = 1.0;
 #ifdef MANY_LIGHTS
-    if (lights[i].position.w > 0.5) {
+    if (source.position.w > 0.5) {
         l -= v.eye;
         float d = length(l);
         l /= max(d, 1e-20);
-        vec3 falloff = lights[i].attenuation.xyz;
-        float reach = length(lights[i].direction.xyz);
+        vec3 falloff = source.attenuation.xyz;
+        float reach = length(source.direction.xyz);
         if (d > reach) return;
         strength = 1.0 / max(falloff.x + d * (falloff.y + d * falloff.z), 1e-6);
-        if (lights[i].position.w > 1.5) {
-            float c = dot(-l, lights[i].direction.xyz) / max(reach, 1e-20);
-            float fading = lights[i].attenuation.w;
-            if (c < lights[i].direction.w) {
+        if (source.position.w > 1.5) {
+            float c = dot(-l, source.direction.xyz) / max(reach, 1e-20);
+            float fading = source.attenuation.w;
+            if (c < source.direction.w) {
                 strength = 0.0;
             } else if (fading > 0.0) {
                 strength *= pow(max(c, 0.0), fading);
             } else if (fading < 0.0) {
-                float cutOff = acos(lights[i].direction.w);
+                float cutOff = acos(source.direction.w);
                 strength *= clamp((cutOff - acos(min(c, 1.0))) / max(cutOff + 1.0 + fading, 1e-6),
                                   0.0, 1.0);
             }
         }
     }
 #endif
-    vec3 color = lights[i].color.rgb * strength;
+    vec3 color = source.color.rgb * strength;
     float d = dot(n, l);
-    sum += color * (diffuse * max(d, 0.0) + material[1].rgb * lights[i].color.a);
+    sum += color * (diffuse * max(d, 0.0) + material[1].rgb * source.color.a);
 #ifdef SPECULAR
     if (d > 0.0)
         sum += color * material[2].rgb
@@ -295,9 +308,9 @@ vec3 light(vec3 diffuse)
 #endif
     vec3 sum = material[3].rgb;
 #ifdef MANY_LIGHTS
-    for (int i = 0; i < int(counts.x); ++i) shine(i, n, toViewer, diffuse, sum);
+    for (int i = 0; i < int(counts.x); ++i) shine(lightAt(i), n, toViewer, diffuse, sum);
 #else
-    shine(0, n, toViewer, diffuse, sum);
+    shine(lights[0], n, toViewer, diffuse, sum);
 #endif
     return min(sum, vec3(1.0));
 }
@@ -344,6 +357,10 @@ void main()
     // The slope allows for depths that were taken at another place within the pixel, the constant
     // for programs that round differently.
     float slack = fwidth(gl_FragCoord.z) + 5e-7;
+#endif
+#ifdef PLANE_TABLE
+    for (int i = 6; i < int(counts.y); ++i)
+        if (dot(vec4(v.eye, 1.0), texelFetch(surroundings, int(counts.w) + i)) < 0.0) discard;
 #endif
 #ifdef WIDE_LINES
     int bit = int(mod(along, 16.0));
@@ -533,6 +550,8 @@ std::string header(unsigned features)
                   {SHADER_CLIP, "CLIP"},
                   {SHADER_SILHOUETTE, "SILHOUETTE"},
                   {SHADER_MASK, "MASK"},
+                  {SHADER_LIGHT_TABLE, "LIGHT_TABLE"},
+                  {SHADER_PLANE_TABLE, "PLANE_TABLE"},
                   {SHADER_INSTANCED, "INSTANCED"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {

@@ -19,8 +19,10 @@ enum ShaderFeature : unsigned {
     SHADER_SILHOUETTE = 1024, ///< with wide lines: of edges with their two triangles' corners
     SHADER_MASK =
         2048, ///< what is covered, and what of it nothing in `depths` hides, as red and green
-    SHADER_BACKGROUND = 4096,   ///< stands alone
-    SHADER_INSTANCED = 1u << 20 ///< place and look from the tables of a draw plan
+    SHADER_BACKGROUND = 4096,      ///< stands alone
+    SHADER_LIGHT_TABLE = 1u << 19, ///< with many lights: more than the uniform block holds
+    SHADER_PLANE_TABLE = 1u << 18, ///< with clip planes: the same
+    SHADER_INSTANCED = 1u << 20    ///< place and look from the tables of a draw plan
 };
 
 /// Texture unit of the depths that SHADER_MASK compares with.
@@ -28,8 +30,11 @@ constexpr int kDepthUnit = 1;
 /// Texture units of the tables of SHADER_INSTANCED.
 constexpr int kInstanceUnit = 14;
 constexpr int kMaterialUnit = 15;
+/// Texture unit of the lights and planes that the uniform block does not hold.
+constexpr int kSurroundingsUnit = 13;
 
-/// Limits of the uniform block of lights and planes; what is beyond them is left out.
+/// Limits of the uniform block of lights and planes. More planes, or all lights where there are
+/// more, are read from a table.
 constexpr int kMaxLights = 16;
 constexpr int kMaxClipPlanes = 6;
 constexpr int kMaxBackgroundStops = 24;
