@@ -75,62 +75,12 @@ void setUnit(GLuint program, const char* sampler, int unit)
     }
 }
 
-void setWraps(const SoTextureValues& values)
-{
-    const auto wrap = [](SoTextureValues::Wrap w) {
-        return w == SoTextureValues::CLAMP ? GL_CLAMP_TO_EDGE : GL_REPEAT;
-    };
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap(values.wrapS));
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap(values.wrapT));
-}
-
-void setGrey(bool withAlpha)
-{
-    const GLint swizzle[] = {GL_RED, GL_RED, GL_RED, withAlpha ? GL_GREEN : GL_ONE};
-    glTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_RGBA, swizzle);
-}
-
-GLuint uploadTexture(const SbImage& image)
-{
-    constexpr GLenum kFormats[] = {GL_RED, GL_RG, GL_RGB, GL_RGBA};
-    constexpr GLint kStored[] = {GL_R8, GL_RG8, GL_RGB8, GL_RGBA8};
-    const int components = image.getComponents();
-    GLint limit = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
-    if (components < 1 || components > 4 || image.getWidth() > limit || image.getHeight() > limit) {
-        SoError::post("rendering: a texture of %d by %d pixels is larger than the limit of %d",
-                      image.getWidth(), image.getHeight(), limit);
-        return 0;
-    }
-    GLuint name = 0;
-    glGenTextures(1, &name);
-    glBindTexture(GL_TEXTURE_2D, name);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glTexImage2D(GL_TEXTURE_2D, 0, kStored[components - 1], image.getWidth(), image.getHeight(), 0,
-                 kFormats[components - 1], GL_UNSIGNED_BYTE, image.getBytes());
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    if (components < 3) {
-        setGrey(components == 2);
-    }
-    glGenerateMipmap(GL_TEXTURE_2D);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    return name;
-}
-
 } // namespace
 
 struct GLDevice::Outline {
     GLOutline resources;
     std::uint64_t frame = 0; ///< when it was last drawn
 };
-
-std::uint32_t wrapsOf(const SoTextureValues& values)
-{
-    return static_cast<std::uint32_t>(values.wrapS) << 16
-           | static_cast<std::uint32_t>(values.wrapT);
-}
 
 GLuint linkProgram(const ShaderSource& source)
 {
@@ -256,9 +206,7 @@ GLDevice::~GLDevice()
     for (const auto& [id, buffers] : m_geometries) {
         m_pool->remove(buffers);
     }
-    for (const auto& [bytes, texture] : m_textures) {
-        glDeleteTextures(1, &texture.name);
-    }
+    m_textures.freeAll();
     for (const auto& [features, program] : m_programs) {
         glDeleteProgram(program.program);
     }
@@ -285,7 +233,7 @@ void GLDevice::beginFrame()
 void GLDevice::endFrame()
 {
     freeDead();
-    freeOldTextures();
+    m_textures.freeOld(m_frame);
     freeOldOutlines();
     freeOldPlans();
 }
@@ -305,21 +253,10 @@ void GLDevice::freeDead()
     }
 }
 
-void GLDevice::freeOldTextures()
-{
-    std::erase_if(m_textures, [this](const auto& entry) {
-        const bool old = entry.second.frame + kKeptTextureFrames < m_frame;
-        if (old) {
-            glDeleteTextures(1, &entry.second.name);
-        }
-        return old;
-    });
-}
-
 void GLDevice::freeOldOutlines()
 {
     std::erase_if(m_outlines, [this](const auto& entry) {
-        const bool old = entry.second->frame + kKeptTextureFrames < m_frame;
+        const bool old = entry.second->frame + kKeptOutlineFrames < m_frame;
         if (old) {
             entry.second->resources.free();
         }
@@ -330,7 +267,7 @@ void GLDevice::freeOldOutlines()
 void GLDevice::freeOldPlans()
 {
     std::erase_if(m_plans, [this](const auto& entry) {
-        const bool old = entry.second->frame + kKeptTextureFrames < m_frame;
+        const bool old = entry.second->frame + kKeptOutlineFrames < m_frame;
         if (old) {
             entry.second->plan.free();
         }
@@ -421,26 +358,6 @@ GLuint GLDevice::uploadIndices(const std::vector<std::uint32_t>& indices)
                  GL_STATIC_DRAW);
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
     return buffer;
-}
-
-GLuint GLDevice::texture(const SoTextureValues& values)
-{
-    if (values.image.isNull()) {
-        return 0;
-    }
-    const auto [found, isNew] = m_textures.try_emplace(values.image.getBytes());
-    Texture& texture = found->second;
-    if (isNew) {
-        texture.image = values.image;
-        texture.name = uploadTexture(values.image);
-    }
-    texture.frame = m_frame;
-    if (texture.name && texture.wraps != wrapsOf(values)) {
-        glBindTexture(GL_TEXTURE_2D, texture.name);
-        setWraps(values);
-        texture.wraps = wrapsOf(values);
-    }
-    return texture.name;
 }
 
 const GLProgram* GLDevice::program(unsigned features)

@@ -2,9 +2,9 @@
 
 #include "rendering/GLDrawPlan.h"
 #include "rendering/GLGeometryPool.h"
+#include "rendering/GLTextures.h"
 #include "rendering/Shaders.h"
 
-#include <kalmyr/base/SbImage.h>
 #include <kalmyr/elements/SoTextureElement.h>
 #include <kalmyr/shapes/SoGeometry.h>
 
@@ -17,9 +17,6 @@
 #include <vector>
 
 namespace kalmyr::detail {
-
-/// How a texture goes on beyond its edges, as one number.
-std::uint32_t wrapsOf(const SoTextureValues& values);
 
 /// Compiles and links; 0, with an error posted, when the driver refuses.
 GLuint linkProgram(const ShaderSource& source);
@@ -60,7 +57,7 @@ public:
     const GLGeometry& geometryWithEdges(const SoGeometry& geometry);
     const GLGeometry& geometryWithOutline(const SoGeometry& geometry);
     /// The texture object of an image; 0 for images that cannot be textures.
-    GLuint texture(const SoTextureValues& values);
+    GLuint texture(const SoTextureValues& values) { return m_textures.find(values, m_frame); }
     /// Null, with an error posted, when the driver refuses the program.
     const GLProgram* program(unsigned features);
 
@@ -91,20 +88,13 @@ public:
     static constexpr GLuint kSurroundingsBinding = 1;
 
 private:
-    /// Textures and outlines that were not drawn for so many frames are freed.
-    static constexpr std::uint64_t kKeptTextureFrames = 60;
+    /// Outlines and plans that were not drawn for so many frames are freed.
+    static constexpr std::uint64_t kKeptOutlineFrames = 60;
 
     struct Outline;
     struct KeptPlan {
         GLDrawPlan plan;
         std::uint64_t frame = 0; ///< when it was last drawn
-    };
-
-    struct Texture {
-        GLuint name = 0;
-        SbImage image; ///< keeps the pixels, whose address is the key, from being reused
-        std::uint64_t frame = 0;
-        std::uint32_t wraps = 0;
     };
 
     GLDevice();
@@ -114,7 +104,6 @@ private:
     GLGeometry& find(const SoGeometry& geometry);
     static GLuint uploadIndices(const std::vector<std::uint32_t>& indices);
     void freeDead();
-    void freeOldTextures();
     void freeOldOutlines();
     void freeOldPlans();
 
@@ -123,7 +112,7 @@ private:
     std::size_t m_numSlotNumbers = 0;
     std::unique_ptr<GLGeometryPool> m_pool;
     std::unordered_map<std::uint64_t, GLGeometry> m_geometries;
-    std::unordered_map<const unsigned char*, Texture> m_textures;
+    GLTextures m_textures;
     std::unordered_map<unsigned, GLProgram> m_programs; ///< by features
     std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
     std::unordered_map<std::uint64_t, std::unique_ptr<KeptPlan>> m_plans;
