@@ -106,6 +106,7 @@ struct FacetCollector::Context {
     const std::vector<SbVec4f>& planes;
     FacetLayer& layer;
     SbMatrix normals;
+    double pixelSize = 0; ///< millimetres
     TextureBaker* baker = nullptr;
     Facet facet;
     bool front = true;
@@ -154,6 +155,11 @@ FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) cons
     if (index < geometry.texCoords.size())
         v.surface.texCoord = geometry.texCoords[index];
     v.clip = projection.toClip(v.surface.eye);
+    if (index < geometry.pixelOffsets.size() && v.clip.w > 0) {
+        const SbVec2f offset = geometry.pixelOffsets[index] * static_cast<float>(pixelSize);
+        v.surface.eye += projection.onPage(offset[0], offset[1], v.clip.w);
+        v.clip = projection.toClip(v.surface.eye);
+    }
     return v;
 }
 
@@ -219,6 +225,7 @@ void FacetCollector::collectItem(const SoSceneView::Item& item)
                     m_view.surroundings[item.surroundings].clipPlanes,
                     layer(item.layer),
                     normalMatrix(item),
+                    m_options.pixelSize,
                     nullptr,
                     {}};
     context.facet.width =

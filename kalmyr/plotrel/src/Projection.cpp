@@ -35,4 +35,10 @@ Corner Projection::toPage(const ClipPoint& clip) const
             {}};
 }
 
+SbVec3f Projection::onPage(double right, double up, double w) const
+{
+    return {static_cast<float>(2 * right / m_width * w / m_matrix[0]),
+            static_cast<float>(2 * up / m_height * w / m_matrix[5]), 0};
+}
+
 } // namespace kalmyr::detail

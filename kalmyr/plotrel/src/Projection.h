@@ -32,6 +32,9 @@ public:
     ClipPoint toClip(const SbVec3f& eye) const;
     /// Place and nearness; the point is in front of the eye.
     Corner toPage(const ClipPoint& clip) const;
+    /// How far away in the space of the eye something is that lies so many millimetres right and
+    /// up on the page, at the depth of a point with that `w`.
+    SbVec3f onPage(double right, double up, double w) const;
 
 private:
     std::array<double, 16> m_matrix;

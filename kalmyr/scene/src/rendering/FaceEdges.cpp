@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <numeric>
 
 namespace kalmyr::detail {
 
@@ -140,8 +141,17 @@ std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry)
 
 OutlineEdges outlineEdges(const SoGeometry& geometry)
 {
-    const std::vector<SbVec3f>& positions = geometry.positions;
-    const std::vector<std::uint32_t> first = firstAtPlace(positions);
+    // What has a size in pixels lies in the plane of the screen; parts with equal offsets may
+    // belong to different positions.
+    std::vector<SbVec3f> onScreen;
+    for (const SbVec2f& offset : geometry.pixelOffsets)
+        onScreen.emplace_back(offset[0], offset[1], 0.0f);
+    const std::vector<SbVec3f>& positions = onScreen.empty() ? geometry.positions : onScreen;
+    std::vector<std::uint32_t> first(positions.size());
+    if (onScreen.empty())
+        first = firstAtPlace(positions);
+    else
+        std::iota(first.begin(), first.end(), 0u);
     std::vector<std::uint32_t> triangles(geometry.triangles.size());
     std::transform(geometry.triangles.begin(), geometry.triangles.end(), triangles.begin(),
                    [&first](std::uint32_t i) { return first[i]; });

@@ -38,17 +38,23 @@ float eyeDepth(const SbVec3f& p, const Matrix4& m)
     return p[0] * m.m[2] + p[1] * m.m[6] + p[2] * m.m[10] + m.m[14];
 }
 
-/// Planes of the view in the space that `toEye` leads out of; inside is positive.
-Planes planesOf(const SbMatrix& projection, const Matrix4& toEye)
+/// Planes of the view in the space that `toEye` leads out of; inside is positive. The sides stand
+/// `reach` pixels outside.
+Planes planesOf(const RenderView& view, const Matrix4& toEye, float reach = 0)
 {
+    const SbMatrix& projection = view.view.projection;
+    const SbVec2s& pixels = view.region.getViewportSizePixels();
     const Matrix4 toClip = Matrix4::product(SbMatrix(toEye.m), Matrix4::from(projection));
     Planes planes;
     for (int i = 0; i < 6; ++i) {
         const int axis = i / 2;
         const float sign = i % 2 ? -1.0f : 1.0f;
+        // A position is drawn at a corner of a pixel.
+        const float growth =
+            reach > 0 && axis < 2 ? 2 * (reach + 1) / std::max(1.0f, float(pixels[axis])) : 0;
         for (int row = 0; row < 4; ++row) {
             planes[static_cast<std::size_t>(i)][static_cast<std::size_t>(row)] =
-                toClip.m[4 * row + 3] + sign * toClip.m[4 * row + axis];
+                (1 + growth) * toClip.m[4 * row + 3] + sign * toClip.m[4 * row + axis];
         }
     }
     return planes;
@@ -238,9 +244,13 @@ Side Builder::test(const RenderList::Entry& entry, const Place& outer, Scope& sc
     if (outer.visible) {
         return Side::INSIDE;
     }
+    const RenderView& view = m_frame.views[outer.view];
+    if (entry.pixelReach > 0) {
+        return classify(entry.box, planesOf(view, outer.toEye, entry.pixelReach));
+    }
     if (scope.planesView != outer.view) {
         scope.planesView = outer.view;
-        scope.planes = planesOf(m_frame.views[outer.view].view.projection, outer.toEye);
+        scope.planes = planesOf(view, outer.toEye);
     }
     return classify(entry.box, scope.planes);
 }

@@ -7,7 +7,7 @@ namespace kalmyr::detail {
 
 namespace {
 
-enum Attribute : unsigned { NORMALS = 1, TEX_COORDS = 2, COLORS = 4 };
+enum Attribute : unsigned { NORMALS = 1, TEX_COORDS = 2, COLORS = 4, PIXEL_OFFSETS = 8 };
 
 struct Stream {
     GLuint location;
@@ -21,6 +21,7 @@ constexpr Stream kStreams[] = {
     {1, 3, GL_FLOAT, 12, NORMALS},
     {2, 2, GL_FLOAT, 8, TEX_COORDS},
     {3, 4, GL_UNSIGNED_BYTE, 4, COLORS},
+    {7, 2, GL_FLOAT, 8, PIXEL_OFFSETS},
 };
 
 /// Arrays that are too short for the vertices are not read at all.
@@ -29,7 +30,8 @@ unsigned formatOf(const SoGeometry& geometry)
     const std::size_t count = geometry.positions.size();
     return (geometry.normals.size() >= count ? NORMALS : 0u)
            | (geometry.texCoords.size() >= count ? TEX_COORDS : 0u)
-           | (geometry.colors.size() >= count ? COLORS : 0u);
+           | (geometry.colors.size() >= count ? COLORS : 0u)
+           | (geometry.pixelOffsets.size() >= count ? PIXEL_OFFSETS : 0u);
 }
 
 const void* dataOf(const SoGeometry& geometry, unsigned attribute)
@@ -41,6 +43,8 @@ const void* dataOf(const SoGeometry& geometry, unsigned attribute)
         return geometry.texCoords.data();
     case COLORS:
         return geometry.colors.data();
+    case PIXEL_OFFSETS:
+        return geometry.pixelOffsets.data();
     default:
         return geometry.positions.data();
     }

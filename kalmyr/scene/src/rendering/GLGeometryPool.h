@@ -75,7 +75,7 @@ public:
     static constexpr GLuint kSlotAttribute = 4;
 
 private:
-    static constexpr int kNumFormats = 8;
+    static constexpr int kNumFormats = 16;
     static constexpr std::uint32_t kFirstPage = 4096; ///< vertices
     static constexpr std::uint32_t kLargestPage = 1u << 18;
     static constexpr std::uint32_t kIndicesPerVertex = 4;

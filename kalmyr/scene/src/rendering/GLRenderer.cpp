@@ -526,6 +526,7 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
     unsigned features = when(!surroundings.clipPlanes.empty(), SHADER_CLIP)
                         | when(surroundings.clipPlanes.size() > kMaxClipPlanes, SHADER_PLANE_TABLE);
     const std::size_t count = geometry.positions.size();
+    features |= when(count > 0 && geometry.pixelOffsets.size() >= count, SHADER_PIXEL_OFFSETS);
     if (m_purpose == Purpose::MASK) {
         const bool hasHoles = look.translucentTexture && geometry.texCoords.size() >= count;
         return features | SHADER_MASK | when(hasHoles, SHADER_TEXTURE);

@@ -18,6 +18,7 @@ RenderList::~RenderList()
 void RenderList::addItem(Entry&& entry)
 {
     m_box.extendBy(entry.box);
+    m_pixelReach = std::max(m_pixelReach, entry.pixelReach);
     m_entries.push_back(std::move(entry));
 }
 
@@ -27,6 +28,8 @@ void RenderList::addList(Entry&& entry)
     entry.box =
         entry.identity ? entry.list->getBox() : transformBox(entry.list->getBox(), entry.matrix);
     m_box.extendBy(entry.box);
+    entry.pixelReach = entry.list->m_pixelReach;
+    m_pixelReach = std::max(m_pixelReach, entry.pixelReach);
     m_hasMarks = m_hasMarks || entry.list->hasMarks();
     m_hasLights = m_hasLights || entry.list->m_hasLights;
     m_hasFogs = m_hasFogs || entry.list->m_hasFogs;

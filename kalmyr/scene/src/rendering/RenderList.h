@@ -71,6 +71,7 @@ public:
                                                 ///< of a LIGHT: the light
         SbMatrix matrix;                        ///< to the list's space
         SbBox3f box;                            ///< in the list's space
+        float pixelReach = 0;         ///< so many pixels around the box may be drawn on as well
         const SoNode* node = nullptr; ///< not owned; the list is dropped when it may be gone
     };
     struct Background {
@@ -98,6 +99,7 @@ public:
         return m_backgrounds[static_cast<std::size_t>(entry.index)];
     }
     const SbBox3f& getBox() const { return m_box; }
+    float getPixelReach() const { return m_pixelReach; }
     /// Whether a background or a selection stands in it or in a list below.
     bool hasMarks() const { return m_hasMarks; }
     /// Adds the lights that shine on the whole scene, as they stand in the world that `toWorld`
@@ -140,6 +142,7 @@ private:
     std::vector<Background> m_backgrounds;
     std::vector<FogMark> m_fogs;
     SbBox3f m_box;
+    float m_pixelReach = 0; ///< the largest of all entries
     bool m_hasMarks = false;
     bool m_hasLights = false; ///< in it or in a list below
     bool m_hasFogs = false;   ///< in it or in a list below

@@ -472,7 +472,18 @@ void RenderTraversal::shape(SoShape* shape)
         return;
     }
     const SoGeometry& geometry = *entry.geometry;
-    entry.appearance = appearance();
+    const bool filled = SoDrawStyleElement::get(m_state).style == SoDrawStyleValues::FILLED;
+    if (geometry.isSizedInPixels() && !filled) {
+        m_state->push(); // pictures and letters have no edges to show
+        SoDrawStyleValues style = SoDrawStyleElement::get(m_state);
+        style.style = SoDrawStyleValues::FILLED;
+        m_state->write<SoDrawStyleElement>().set(shape, style);
+        entry.appearance = appearance();
+        m_state->pop();
+    } else {
+        entry.appearance = appearance();
+    }
+    entry.pixelReach = geometry.getPixelReach();
     const SoRenderAppearance& look = *entry.appearance;
     entry.transparent =
         (geometry.colors.empty() ? look.transparency > 0 : hasTranslucentColors(geometry))

@@ -66,6 +66,9 @@ layout(location = 0) in vec3 position;
 layout(location = 1) in vec3 normal;
 layout(location = 2) in vec2 texCoord;
 layout(location = 3) in vec4 color;
+#ifdef PIXEL_OFFSETS
+layout(location = 7) in vec2 pixelOffset;
+#endif
 #ifdef INSTANCED
 layout(location = 4) in int slot;
 uniform int firstSlot;
@@ -133,6 +136,14 @@ void main()
     CUT(eye);
 #endif
     gl_Position = projection * vec4(eye, 1.0);
+#ifdef PIXEL_OFFSETS
+    // As in PixelOffsets.cpp. All vertices of one position lie on one side of the near plane.
+    if (gl_Position.w > 0.0) {
+        vec2 middle = 0.5 * viewport.xy;
+        vec2 place = floor(gl_Position.xy / gl_Position.w * middle + middle + 0.502) + pixelOffset;
+        gl_Position.xy = (place / middle - 1.0) * gl_Position.w;
+    }
+#endif
 }
 )";
 
@@ -552,6 +563,7 @@ std::string header(unsigned features)
                   {SHADER_MASK, "MASK"},
                   {SHADER_LIGHT_TABLE, "LIGHT_TABLE"},
                   {SHADER_PLANE_TABLE, "PLANE_TABLE"},
+                  {SHADER_PIXEL_OFFSETS, "PIXEL_OFFSETS"},
                   {SHADER_INSTANCED, "INSTANCED"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {

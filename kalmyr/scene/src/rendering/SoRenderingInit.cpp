@@ -71,12 +71,6 @@ void renderViewDependent(SoAction* action, SoNode* node)
     actionOf(action).traversal().visit(node);
 }
 
-void renderViewDependentShape(SoAction* action, SoNode* node)
-{
-    actionOf(action).setViewDependent();
-    renderShape(action, node);
-}
-
 void renderGradient(SoAction* action, SoNode* node)
 {
     const auto* background = static_cast<SoGradientBackground*>(node);
@@ -164,7 +158,6 @@ void renderClipPlane(SoAction* action, SoNode* node)
 constexpr const char* kViewDependent[] = {
     "Camera",        "Callback", "LOD",           "LevelOfDetail", "ResetTransform", "Viewpoint",
     "VRMLViewpoint", "VRMLLOD",  "VRMLBillboard", "VRMLCollision", "EventCallback"};
-constexpr const char* kViewDependentShapes[] = {"Text2", "Image", "MarkerSet", "IndexedMarkerSet"};
 
 template <std::size_t N>
 void addByName(const char* const (&names)[N], SoActionMethod method)
@@ -200,7 +193,6 @@ void initRendering()
     addByName({"VRMLFog"}, renderFog);
     addByName({"VRMLPointLight", "VRMLSpotLight"}, renderSceneLight);
     addByName(kViewDependent, renderViewDependent);
-    addByName(kViewDependentShapes, renderViewDependentShape);
     SoGeometry::setDeathObserver(&detail::GLDevice::geometryDied);
     knownTypes = SoType::getNumTypes();
 }

@@ -8,6 +8,8 @@
 #include <kalmyr/details/SoLineDetail.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMaterialElement.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoViewElements.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/shapes/TriangleTree.h>
 
@@ -19,6 +21,23 @@ void measureShape(SoAction* action, SoNode* node)
     SbVec3f center;
     static_cast<SoShape*>(node)->computeBBox(action->getState(), box, center);
     static_cast<SoGetBoundingBoxAction*>(action)->extendBy(box, center);
+}
+
+/// A box of things with a size in pixels is right for the present view only.
+void measurePixelShape(SoAction* action, SoNode* node)
+{
+    static_cast<SoGetBoundingBoxAction*>(action)->doNotCache();
+    measureShape(action, node);
+}
+
+/// The geometry as the present view shows it. Null as well where only a view could tell.
+SoRef<SoGeometry> geometryInView(SoState* state, SoShape* shape)
+{
+    SoRef<SoGeometry> geometry = shape->getGeometry(state);
+    if (geometry && geometry->isSizedInPixels())
+        return geometry->inView(SoModelMatrixElement::get(state), SoViewElement::get(state),
+                                SoViewportRegionElement::get(state));
+    return geometry;
 }
 
 void countShape(SoAction* action, SoNode* node)
@@ -130,7 +149,7 @@ void pickShape(SoAction* action, SoNode* node)
             pick->addHit(hit);
         return;
     }
-    const SoRef<SoGeometry> geometry = shape->getGeometry(state);
+    const SoRef<SoGeometry> geometry = geometryInView(state, shape);
     if (!geometry)
         return;
     pickTriangles(pick, *geometry);
@@ -159,7 +178,7 @@ void handOut(SoAction* action, SoNode* node)
     const bool points = out->wantsPoints(node);
     if (!triangles && !lines && !points)
         return;
-    const SoRef<SoGeometry> held = static_cast<SoShape*>(node)->getGeometry(action->getState());
+    const SoRef<SoGeometry> held = geometryInView(action->getState(), static_cast<SoShape*>(node));
     if (!held)
         return;
     const SoGeometry& g = *held;
@@ -186,4 +205,9 @@ void kalmyr::detail::addShapeMethods(SoType shapeType)
     SoRayPickAction::addMethod(shapeType, pickShape);
     SoCallbackAction::addMethod(shapeType, handOut);
     SoGetPrimitiveCountAction::addMethod(shapeType, countShape);
+}
+
+void kalmyr::detail::addPixelShapeMethods(SoType type)
+{
+    SoGetBoundingBoxAction::addMethod(type, measurePixelShape);
 }

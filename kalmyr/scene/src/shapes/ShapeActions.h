@@ -4,7 +4,10 @@
 
 namespace kalmyr::detail {
 
-/// What the actions do at shapes: measure, pick, count and hand out primitives.
+/// What every shape does in bounding box, pick, callback and primitive count actions.
 void addShapeMethods(SoType shapeType);
+/// More for a type whose geometry has a size in pixels: its box, which depends on the view, is not
+/// kept.
+void addPixelShapeMethods(SoType type);
 
 } // namespace kalmyr::detail

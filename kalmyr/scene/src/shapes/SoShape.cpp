@@ -2,7 +2,8 @@
 
 #include "ShapeActions.h"
 
-#include <kalmyr/elements/SoState.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoViewElements.h>
 
 #include "core/CacheLock.h"
 
@@ -94,5 +95,12 @@ void SoShape::computeBBox(SoState* state, SbBox3f& box, SbVec3f& center)
 {
     const SoRef<SoGeometry> geometry = getGeometry(state);
     box = geometry ? geometry->getBox() : SbBox3f();
+    if (geometry && geometry->isSizedInPixels()) {
+        const SoRef<SoGeometry> seen =
+            geometry->inView(SoModelMatrixElement::get(state), SoViewElement::get(state),
+                             SoViewportRegionElement::get(state));
+        if (seen && !seen->positions.empty())
+            box = seen->getBox();
+    }
     center = box.getCenter();
 }

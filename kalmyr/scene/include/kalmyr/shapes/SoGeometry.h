@@ -2,12 +2,17 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbBox.h>
+#include <kalmyr/base/SbMatrix.h>
 #include <kalmyr/base/SbVec.h>
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/base/SoRefCounter.h>
 
 #include <cstdint>
 #include <memory>
 #include <vector>
+
+class SbViewportRegion;
+struct SoView;
 
 namespace kalmyr {
 class TriangleTree;
@@ -18,6 +23,12 @@ class TriangleTree;
 ///
 /// Immutable once built, in object space, reference counted. Vertices are unique combinations of
 /// position, normal, texture coordinate and colour, indexed by the three primitive lists.
+///
+/// What has a size in pixels (pictures, markers, text that faces the screen) has an offset on the
+/// screen for each vertex: the vertex stands that many pixels right of and above the place where
+/// its position is seen, at the position's depth. The place is rounded to a corner of a pixel, so
+/// that whole offsets give whole pixels, and equal positions stay together. Clip planes and fog
+/// take the position. Such geometry has no normals: it is drawn unlit.
 class KALMYR_API SoGeometry final : public SoRefCounter {
 public:
     SoGeometry();
@@ -26,6 +37,7 @@ public:
     std::vector<SbVec3f> normals;         ///< per vertex, unit length; empty: unlit
     std::vector<SbVec2f> texCoords;       ///< per vertex; empty: none
     std::vector<std::uint32_t> colors;    ///< per vertex diffuse 0xRRGGBBAA; empty: the material's
+    std::vector<SbVec2f> pixelOffsets;    ///< per vertex, right and up; empty: none
     std::vector<std::uint32_t> triangles; ///< three indices each, counter-clockwise outside
     std::vector<std::uint32_t> lines;     ///< two indices each
     std::vector<std::uint32_t> points;
@@ -40,6 +52,15 @@ public:
     /// Unique in the process; buffers on the graphics card are kept under it.
     std::uint64_t getId() const { return m_id; }
     const SbBox3f& getBox() const; ///< of all positions used; computed on first use
+
+    bool isSizedInPixels() const { return !pixelOffsets.empty(); }
+    /// How many pixels anything is drawn away from its position at most; 0 without offsets.
+    float getPixelReach() const;
+    /// The same without offsets: each vertex stands in object space where a view shows it. Without
+    /// vertices that the view cannot show: their positions are not in front of the eye. Null when
+    /// there is no view, or no way back from it (a flattening matrix).
+    SoRef<SoGeometry> inView(const SbMatrix& toWorld, const SoView& view,
+                             const SbViewportRegion& region) const;
 
     /// Search tree over the triangles, built on first use.
     const kalmyr::TriangleTree& getTriangleTree() const;
@@ -58,6 +79,7 @@ private:
     std::uint64_t m_id;
     mutable bool m_boxKnown = false;
     mutable SbBox3f m_box;
+    mutable float m_pixelReach = -1; ///< below 0: not known yet
     mutable std::unique_ptr<kalmyr::TriangleTree> m_tree;
     DeathFunction m_onDeath = nullptr;
 };
