@@ -140,7 +140,7 @@ void main()
     // As in PixelOffsets.cpp. All vertices of one position lie on one side of the near plane.
     if (gl_Position.w > 0.0) {
         vec2 middle = 0.5 * viewport.xy;
-        vec2 place = floor(gl_Position.xy / gl_Position.w * middle + middle + 0.502) + pixelOffset;
+        vec2 place = floor(gl_Position.xy / gl_Position.w * middle + middle + 0.002) + pixelOffset;
         gl_Position.xy = (place / middle - 1.0) * gl_Position.w;
     }
 #endif

@@ -35,8 +35,8 @@ public:
         SbVec3f by(0, 0, 0);
         for (int axis = 0; axis < 2; ++axis) {
             const double at = clip(eye, axis) / w * m_middle[axis] + m_middle[axis];
-            // A little more than a half: a place in the middle of a pixel is rounded up everywhere.
-            const double pixels = std::floor(at + 0.502) - at + offset[axis];
+            // A little more: a place between two pixels is in the same one everywhere.
+            const double pixels = std::floor(at + 0.002) - at + offset[axis];
             by[axis] = static_cast<float>(pixels / m_middle[axis] * w / m_projection[axis][axis]);
         }
         position += m_toObject.direction(by);

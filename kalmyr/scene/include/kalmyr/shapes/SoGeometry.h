@@ -26,9 +26,9 @@ class TriangleTree;
 ///
 /// What has a size in pixels (pictures, markers, text that faces the screen) has an offset on the
 /// screen for each vertex: the vertex stands that many pixels right of and above the place where
-/// its position is seen, at the position's depth. The place is rounded to a corner of a pixel, so
-/// that whole offsets give whole pixels, and equal positions stay together. Clip planes and fog
-/// take the position. Such geometry has no normals: it is drawn unlit.
+/// its position is seen, at the position's depth. The place is taken to the lower left corner of
+/// its pixel, so that whole offsets give whole pixels, and equal positions stay together. Clip
+/// planes and fog take the position. Such geometry has no normals: it is drawn unlit.
 class KALMYR_API SoGeometry final : public SoRefCounter {
 public:
     SoGeometry();
