@@ -244,6 +244,33 @@ TEST_F(KmrTest, DrawsAPicture)
     }
 }
 
+TEST_F(KmrTest, TakesAllKindsOfTransparency)
+{
+    const std::string sheet = "Coordinate3 { point [ -1 -1 -1, 1 -1 1, 1 1 1, -1 1 -1 ] } "
+                              "FaceSet { numVertices 4 } }\n";
+    const std::string scene =
+        write("sheets.wrl", "#VRML V1.0 ascii\nSeparator { OrthographicCamera { position 0 0 5 }\n"
+                            "LightModel { model BASE_COLOR }\n"
+                            "Separator { Material { diffuseColor 1 0 0 transparency 0.5 } "
+                                + sheet
+                                + "Separator { Material { diffuseColor 0 0 1 transparency 0.5 } "
+                                  "Rotation { rotation 0 1 0 1.5707963 } "
+                                + sheet + "}\n");
+    std::map<int, std::string> pictures;
+    for (int type = 0; type <= 13; ++type) {
+        const Outcome drawn = run("render " + scene + " " + path("sheets.bmp")
+                                  + " --size 64x64 --transparency " + std::to_string(type));
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        pictures[type] = read("sheets.bmp");
+    }
+    for (const auto& [number, same] : {std::pair(1, 3), {2, 4}, {5, 6}, {7, 8}, {9, 10}, {11, 12}})
+        EXPECT_EQ(pictures[number], pictures[same]) << number;
+    for (const int type : {0, 3, 10, 12, 13})
+        EXPECT_NE(pictures[type], pictures[8]) << type;
+}
+
 TEST_F(KmrTest, LightsFromTheEyeUnlessForbidden)
 {
     for (const bool isForbidden : {false, true}) {

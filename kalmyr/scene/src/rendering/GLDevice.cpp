@@ -3,6 +3,8 @@
 #include "rendering/FaceEdges.h"
 #include "rendering/GLCurrent.h"
 #include "rendering/GLOutline.h"
+#include "rendering/GLPeeling.h"
+#include "rendering/PeelingShaders.h"
 
 #include <kalmyr/base/SoError.h>
 
@@ -213,6 +215,9 @@ GLDevice::~GLDevice()
     for (const auto& [number, outline] : m_outlines) {
         outline->resources.free();
     }
+    if (m_peeling) {
+        m_peeling->free();
+    }
     for (const auto& [number, kept] : m_plans) {
         kept->plan.free();
     }
@@ -236,6 +241,7 @@ void GLDevice::endFrame()
     m_textures.freeOld(m_frame);
     freeOldOutlines();
     freeOldPlans();
+    freeOldPeeling();
 }
 
 void GLDevice::freeDead()
@@ -360,6 +366,23 @@ GLuint GLDevice::uploadIndices(const std::vector<std::uint32_t>& indices)
     return buffer;
 }
 
+GLPeeling& GLDevice::peeling()
+{
+    if (!m_peeling) {
+        m_peeling = std::make_unique<GLPeeling>();
+    }
+    m_peelingFrame = m_frame;
+    return *m_peeling;
+}
+
+void GLDevice::freeOldPeeling()
+{
+    if (m_peeling && m_peelingFrame + kKeptOutlineFrames < m_frame) {
+        m_peeling->free();
+        m_peeling.reset();
+    }
+}
+
 const GLProgram* GLDevice::program(unsigned features)
 {
     const auto [found, isNew] = m_programs.try_emplace(features);
@@ -370,12 +393,16 @@ const GLProgram* GLDevice::program(unsigned features)
             known.toEye = glGetUniformLocation(known.program, "toEye");
             known.material = glGetUniformLocation(known.program, "material");
             known.firstSlot = glGetUniformLocation(known.program, "firstSlot");
+            known.firstPrimitive = glGetUniformLocation(known.program, "firstPrimitive");
             setUnit(known.program, "depths", kDepthUnit);
+            setUnit(known.program, "peeledKeys", kPeeledUnit);
+            setUnit(known.program, "cover", kCoverUnit);
             setUnit(known.program, "instances", kInstanceUnit);
             setUnit(known.program, "materials", kMaterialUnit);
             setUnit(known.program, "surroundings", kSurroundingsUnit);
             bindBlock(known.program, "View", kViewBinding);
             bindBlock(known.program, "Surroundings", kSurroundingsBinding);
+            bindBlock(known.program, "Peeling", kPeelingBinding);
         }
     }
     return known.program ? &known : nullptr;

@@ -22,12 +22,14 @@ namespace kalmyr::detail {
 GLuint linkProgram(const ShaderSource& source);
 
 class GLOutline;
+class GLPeeling;
 
 struct GLProgram {
     GLuint program = 0;
     GLint toEye = -1;
     GLint material = -1;
-    GLint firstSlot = -1; ///< of the first instance, where the context has no base instance
+    GLint firstSlot = -1;      ///< of the first instance, where the context has no base instance
+    GLint firstPrimitive = -1; ///< of programs with SHADER_PEEL
 };
 
 /// Everything kept in one OpenGL context: programs, buffers, textures.
@@ -64,6 +66,9 @@ public:
     /// Returns the picture of an outline by its number; freed when not asked for in a while.
     GLOutline& outline(std::uint64_t number);
 
+    /// What sorts transparent surfaces at each pixel; freed when not asked for in a while.
+    GLPeeling& peeling();
+
     /// A buffer for index runs of the present frame.
     GLuint streamIndices(const std::vector<std::uint32_t>& indices);
     /// The kept commands of a frame by the frame's number; freed when not asked for in a while.
@@ -86,6 +91,7 @@ public:
 
     static constexpr GLuint kViewBinding = 0;
     static constexpr GLuint kSurroundingsBinding = 1;
+    static constexpr GLuint kPeelingBinding = 2;
 
 private:
     /// Outlines and plans that were not drawn for so many frames are freed.
@@ -106,6 +112,7 @@ private:
     void freeDead();
     void freeOldOutlines();
     void freeOldPlans();
+    void freeOldPeeling();
 
     GLCapabilities m_capabilities;
     GLuint m_slotNumbers = 0;
@@ -116,6 +123,8 @@ private:
     std::unordered_map<unsigned, GLProgram> m_programs; ///< by features
     std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
     std::unordered_map<std::uint64_t, std::unique_ptr<KeptPlan>> m_plans;
+    std::unique_ptr<GLPeeling> m_peeling;
+    std::uint64_t m_peelingFrame = 0; ///< when it was last asked for
     // Guarded by the mutex of all devices.
     std::unordered_set<std::uint64_t> m_known; ///< what there are buffers of and lives
     std::vector<std::uint64_t> m_dead;         ///< whose buffers are to be freed

@@ -1,5 +1,7 @@
 #include "rendering/GLOutline.h"
 
+#include "rendering/GLTargets.h"
+
 #include <kalmyr/base/SbViewportRegion.h>
 
 #include <algorithm>
@@ -11,136 +13,7 @@ namespace {
 
 constexpr float kRimWidth = 1; // points
 constexpr float kRimOpacity = 0.8f;
-constexpr int kMaxPendingErrors = 16;
 constexpr float kBrightLine = 0.4f; // luminance from which on the rim is dark
-
-/// Puts back what is bound for drawing and reading, and the scissor box.
-class SavedTarget {
-public:
-    SavedTarget()
-    {
-        glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &m_draw);
-        glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &m_read);
-        glGetIntegerv(GL_SCISSOR_BOX, m_box);
-        glGetIntegerv(GL_VIEWPORT, m_viewport);
-        m_scissored = glIsEnabled(GL_SCISSOR_TEST);
-    }
-    ~SavedTarget()
-    {
-        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(m_draw));
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(m_read));
-        glScissor(m_box[0], m_box[1], m_box[2], m_box[3]);
-        glViewport(m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3]);
-        if (m_scissored) {
-            glEnable(GL_SCISSOR_TEST);
-        } else {
-            glDisable(GL_SCISSOR_TEST);
-        }
-    }
-    SavedTarget(const SavedTarget&) = delete;
-    SavedTarget& operator=(const SavedTarget&) = delete;
-
-    /// Clips a box to the scissor box.
-    PixelBox limit(const PixelBox& box) const
-    {
-        const PixelBox scissor{m_box[0], m_box[1], m_box[0] + m_box[2], m_box[1] + m_box[3]};
-        return m_scissored ? box.intersection(scissor) : box;
-    }
-
-private:
-    GLint m_draw = 0;
-    GLint m_read = 0;
-    GLint m_box[4] = {};
-    GLint m_viewport[4] = {};
-    GLboolean m_scissored = GL_FALSE;
-};
-
-void limitTo(const PixelBox& box)
-{
-    glEnable(GL_SCISSOR_TEST);
-    glScissor(box.left, box.bottom, box.width(), box.height());
-}
-
-GLuint makeTexture(GLint format, GLenum layout, GLenum type, int width, int height)
-{
-    GLuint name = 0;
-    glGenTextures(1, &name);
-    glBindTexture(GL_TEXTURE_2D, name);
-    glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, layout, type, nullptr);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glBindTexture(GL_TEXTURE_2D, 0);
-    return name;
-}
-
-bool makeFramebuffer(GLuint& name, GLenum attachment, GLuint texture)
-{
-    glGenFramebuffers(1, &name);
-    glBindFramebuffer(GL_FRAMEBUFFER, name);
-    glFramebufferTexture2D(GL_FRAMEBUFFER, attachment, GL_TEXTURE_2D, texture, 0);
-    if (attachment != GL_COLOR_ATTACHMENT0) {
-        glDrawBuffer(GL_NONE);
-        glReadBuffer(GL_NONE);
-    }
-    return glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
-}
-
-GLint depthParameter(GLuint framebuffer, GLenum name)
-{
-    GLint value = 0;
-    glGetFramebufferAttachmentParameteriv(
-        GL_DRAW_FRAMEBUFFER, framebuffer ? GL_DEPTH_ATTACHMENT : GL_DEPTH, name, &value);
-    return value;
-}
-
-/// Depths are copied between equal formats only. GL_NONE: there are none.
-GLenum boundDepthFormat(GLuint framebuffer)
-{
-    if (depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE) == GL_NONE) {
-        return GL_NONE;
-    }
-    const GLint depth = depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_DEPTH_SIZE);
-    const bool stencil = depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_STENCIL_SIZE) > 0;
-    switch (depth) {
-    case 16:
-        return GL_DEPTH_COMPONENT16;
-    case 24:
-        return stencil ? GL_DEPTH24_STENCIL8 : GL_DEPTH_COMPONENT24;
-    case 32:
-        if (depthParameter(framebuffer, GL_FRAMEBUFFER_ATTACHMENT_COMPONENT_TYPE) == GL_FLOAT) {
-            return stencil ? GL_DEPTH32F_STENCIL8 : GL_DEPTH_COMPONENT32F;
-        }
-        return GL_DEPTH_COMPONENT32;
-    default:
-        return GL_NONE;
-    }
-}
-
-GLuint makeDepthTexture(GLenum format, int width, int height)
-{
-    const auto internal = static_cast<GLint>(format);
-    if (format == GL_DEPTH24_STENCIL8) {
-        return makeTexture(internal, GL_DEPTH_STENCIL, GL_UNSIGNED_INT_24_8, width, height);
-    }
-    if (format == GL_DEPTH32F_STENCIL8) {
-        return makeTexture(internal, GL_DEPTH_STENCIL, GL_FLOAT_32_UNSIGNED_INT_24_8_REV, width,
-                           height);
-    }
-    return makeTexture(internal, GL_DEPTH_COMPONENT, GL_FLOAT, width, height);
-}
-
-bool hasStencil(GLenum format)
-{
-    return format == GL_DEPTH24_STENCIL8 || format == GL_DEPTH32F_STENCIL8;
-}
-
-void deleteTarget(GLuint& framebuffer, GLuint& texture)
-{
-    glDeleteFramebuffers(1, &framebuffer);
-    glDeleteTextures(1, &texture);
-    framebuffer = 0;
-    texture = 0;
-}
 
 /// Returns the grey of the rim: dark beside a bright line, bright beside a dark one.
 float rimTone(const SbColor& line)
@@ -157,12 +30,6 @@ PixelBox tilesOf(const PixelBox& box)
 }
 
 } // namespace
-
-PixelBox PixelBox::intersection(const PixelBox& other) const
-{
-    return {std::max(left, other.left), std::max(bottom, other.bottom),
-            std::min(right, other.right), std::min(top, other.top)};
-}
 
 /// In pixels.
 struct GLOutline::Widths {
@@ -186,13 +53,6 @@ GLOutline::Widths GLOutline::widthsOf(const OutlineStyle& style, float pixelsPer
 int GLOutline::reachOf(const OutlineStyle& style, float pixelsPerPoint)
 {
     return widthsOf(style, pixelsPerPoint).reach();
-}
-
-GLint GLOutline::boundSamples()
-{
-    GLint samples = 0;
-    glGetIntegerv(GL_SAMPLES, &samples);
-    return samples;
 }
 
 void GLOutline::free()
@@ -312,8 +172,8 @@ bool GLOutline::copyDepths()
         return true;
     }
     glBindFramebuffer(GL_READ_FRAMEBUFFER, from);
-    for (int i = 0; isNew && i < kMaxPendingErrors && glGetError() != GL_NO_ERROR;) {
-        ++i;
+    if (isNew) {
+        clearErrors();
     }
     glBlitFramebuffer(m_box.left, m_box.bottom, m_box.right, m_box.top, m_box.left, m_box.bottom,
                       m_box.right, m_box.top, GL_DEPTH_BUFFER_BIT, GL_NEAREST);

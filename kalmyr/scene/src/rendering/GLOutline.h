@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rendering/GLDevice.h"
+#include "rendering/PixelBox.h"
 
 #include <kalmyr/base/SbColor.h>
 
@@ -14,19 +15,6 @@ struct OutlineStyle {
     SbColor color{0.0f, 0.9f, 1.0f};
     float width = 2; ///< points: pixels of a screen of usual density
     unsigned short pattern = 0xffff;
-};
-
-/// A part of the picture, in pixels; the ends are not in it.
-struct PixelBox {
-    int left = 0;
-    int bottom = 0;
-    int right = 0;
-    int top = 0;
-
-    bool isEmpty() const { return right <= left || top <= bottom; }
-    int width() const { return right - left; }
-    int height() const { return top - bottom; }
-    PixelBox intersection(const PixelBox& other) const;
 };
 
 /// The textures of one outline in one context, as large as the window that is drawn into, and the
@@ -65,8 +53,6 @@ public:
 
     /// Returns how many pixels an outline reaches beyond the mask.
     static int reachOf(const OutlineStyle& style, float pixelsPerPoint);
-    /// Returns the number of samples a pixel of the framebuffer that is bound for drawing.
-    static GLint boundSamples();
 
 private:
     struct Widths;

@@ -39,8 +39,6 @@ int nearestType(int type)
         return SoGLRenderAction::DELAYED_BLEND;
     case 5:
         return SoGLRenderAction::SORTED_OBJECT_BLEND;
-    case SoGLRenderAction::SORTED_PIXELS_BLEND:
-    case SoGLRenderAction::DELAYED_SORTED_PIXELS_BLEND:
     case 9:
         return SoGLRenderAction::SORTED_TRIANGLES_BLEND;
     case 11:
@@ -113,11 +111,11 @@ std::uint64_t mixBits(std::uint64_t value, int bits)
     return value * 0x9E3779B97F4A7C15ull >> (64 - bits);
 }
 
-void setViewport(const SbViewportRegion& region)
+void setViewport(const SbViewportRegion& region, const PixelBox& part = {})
 {
     const SbVec2s& origin = region.getViewportOriginPixels();
     const SbVec2s& size = region.getViewportSizePixels();
-    glViewport(origin[0], origin[1], size[0], size[1]);
+    glViewport(origin[0] - part.left, origin[1] - part.bottom, size[0], size[1]);
 }
 
 /// Angle of view of a sky when nothing is seen in perspective.
@@ -176,8 +174,7 @@ void GLRenderer::begin()
     glDepthFunc(GL_LEQUAL);
     glEnable(GL_DEPTH_TEST);
     glActiveTexture(GL_TEXTURE0);
-    // Whoever draws into one frame in several steps has the colours of all of them weighed alike.
-    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    setBlendFunction();
     m_viewStride = aligned(sizeof(ViewBlock), m_device.uniformAlignment());
     m_surroundingsStride = aligned(sizeof(SurroundingsBlock), m_device.uniformAlignment());
     if (m_device.surroundingsOf != m_frame.generation) {
@@ -186,6 +183,12 @@ void GLRenderer::begin()
         m_device.surroundingsOf = m_frame.generation;
     }
     m_device.surroundingsTable().bind(kSurroundingsUnit);
+}
+
+/// Whoever draws into one frame in several steps has the colours of all of them weighed alike.
+void GLRenderer::setBlendFunction()
+{
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
 }
 
 void GLRenderer::end()
@@ -364,17 +367,31 @@ void GLRenderer::splitLayer(int layer, std::vector<std::uint32_t>& opaque,
 
 void GLRenderer::drawLayer(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer)
 {
-    for (std::uint32_t i = 0; i < layer.numBatches; ++i) {
-        drawBatch(plan, plan.batches[layer.firstBatch + i]);
-    }
-    drawOpaque(layer.singles);
-    if (layer.transparent.empty()) {
+    if (m_type != SoGLRenderAction::SORTED_PIXELS_BLEND || m_frame.views.size() == 1) {
+        drawBatches(plan, layer, kAllViews);
+        drawOpaque(layer.singles);
+        drawTransparent(layer.transparent);
         return;
     }
-    if (m_type == SoGLRenderAction::BLEND) {
-        drawInOrder(layer.transparent);
-    } else {
-        drawTransparent(layer.transparent);
+    for (int view = 0; view < static_cast<int>(m_frame.views.size()); ++view) {
+        const auto ofView = [this, view](std::vector<std::uint32_t> items) {
+            std::erase_if(items, [&](std::uint32_t i) { return m_frame.items[i].view != view; });
+            return items;
+        };
+        drawBatches(plan, layer, view);
+        drawOpaque(ofView(layer.singles));
+        drawTransparent(ofView(layer.transparent));
+        plan.bind();
+    }
+}
+
+void GLRenderer::drawBatches(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer, int view)
+{
+    for (std::uint32_t i = 0; i < layer.numBatches; ++i) {
+        const GLBatch& batch = plan.batches[layer.firstBatch + i];
+        if (view == kAllViews || batch.key.view == view) {
+            drawBatch(plan, batch);
+        }
     }
 }
 
@@ -497,6 +514,7 @@ void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bo
     }
     glPointSize(std::max(1.0f, item.entry->appearance->drawStyle.pointSize));
     if (allVertices) {
+        numberPrimitives(GL_POINTS, buffers.numVertices);
         ++m_statistics.drawCalls;
         glDrawArrays(GL_POINTS, buffers.firstVertex, buffers.numVertices);
     } else {
@@ -507,6 +525,7 @@ void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bo
 void GLRenderer::submit(const GLGeometry& buffers, GLenum mode, GLsizei count,
                         std::size_t firstIndex)
 {
+    numberPrimitives(mode, count);
     ++m_statistics.drawCalls;
     glDrawElementsBaseVertex(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex),
                              buffers.firstVertex);
@@ -549,6 +568,7 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
 
 const GLProgram* GLRenderer::useProgram(const SoRenderAppearance& look, unsigned& features)
 {
+    features |= m_peelingFeatures;
     if (features & SHADER_TEXTURE) {
         const GLuint texture = m_device.texture(look.texture);
         if (!texture) {
@@ -599,7 +619,7 @@ void GLRenderer::bindView(int view)
     glBindBufferRange(GL_UNIFORM_BUFFER, GLDevice::kViewBinding, m_device.viewBuffer(),
                       static_cast<GLintptr>(static_cast<std::size_t>(view) * m_viewStride),
                       sizeof(ViewBlock));
-    setViewport(m_frame.views[static_cast<std::size_t>(view)].region);
+    setViewport(m_frame.views[static_cast<std::size_t>(view)].region, m_part);
     m_view = view;
 }
 

@@ -3,6 +3,7 @@
 #include "rendering/FrameBuilder.h"
 #include "rendering/GLDevice.h"
 #include "rendering/GLOutline.h"
+#include "rendering/GLTargets.h"
 
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
@@ -50,11 +51,12 @@ private:
     };
     class Planner;
     using MaterialValues = std::array<std::array<float, 4>, NUM_MATERIAL_SLOTS>;
-    enum class Blending { NONE, SCREEN_DOOR, BLEND };
+    enum class Blending { NONE, SCREEN_DOOR, BLEND, LAYER };
     enum class Purpose { SCENE, MASK, EDGES };
 
     void begin();
     void end();
+    static void setBlendFunction();
     void clear();
     void drawBackground();
     void uploadViews();
@@ -67,12 +69,20 @@ private:
     std::vector<std::uint32_t> inDrawingOrder(const std::vector<std::uint32_t>& items) const;
     static GLInstance instanceOf(const FrameItem& item, float look);
     void drawBatch(const GLDrawPlan& plan, const GLBatch& batch);
+    static constexpr int kAllViews = -1;
     void drawLayer(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer);
+    void drawBatches(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer, int view);
     void drawInOrder(const std::vector<std::uint32_t>& items);
     void drawOpaque(const std::vector<std::uint32_t>& items);
     void drawTransparent(std::vector<std::uint32_t> items);
     void drawByObjects(const std::vector<std::uint32_t>& items);
     void drawByTriangles(const std::vector<std::uint32_t>& items);
+    void drawByPixels(const std::vector<std::uint32_t>& items);
+    bool drawPart(const PixelBox& part, const SavedTarget& target,
+                  const std::vector<std::uint32_t>& items);
+    void drawNumbered(const std::vector<std::uint32_t>& items);
+    void numberPrimitives(GLenum mode, GLsizei count);
+    void forgetBindings();
     void collectTriangles(std::uint32_t item, std::vector<DepthTriangle>& triangles) const;
     void drawTriangleRuns(const std::vector<DepthTriangle>& triangles);
     std::uint64_t orderKey(const FrameItem& item) const;
@@ -122,6 +132,9 @@ private:
     std::size_t m_viewStride = 0;
     std::size_t m_surroundingsStride = 0;
     Purpose m_purpose = Purpose::SCENE;
+    unsigned m_peelingFeatures = 0; ///< that all programs have while pixels are sorted
+    int m_numPrimitives = 0;        ///< drawn so far into the same layer of sorted pixels
+    PixelBox m_part;                ///< what of the window lies at 0 0; empty: all of it
 };
 
 } // namespace kalmyr::detail

@@ -1,3 +1,4 @@
+#include "rendering/GLPeeling.h"
 #include "rendering/GLRenderer.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
@@ -17,6 +18,18 @@ bool isFilled(const FrameItem& item)
 
 void GLRenderer::drawTransparent(std::vector<std::uint32_t> items)
 {
+    if (items.empty()) {
+        return;
+    }
+    if (m_type == SoGLRenderAction::BLEND) {
+        drawInOrder(items);
+        return;
+    }
+    if (m_type == SoGLRenderAction::SORTED_PIXELS_BLEND
+        || m_type == SoGLRenderAction::DELAYED_SORTED_PIXELS_BLEND) {
+        drawByPixels(items);
+        return;
+    }
     if (m_type != SoGLRenderAction::DELAYED_BLEND) {
         std::stable_sort(items.begin(), items.end(), [this](std::uint32_t a, std::uint32_t b) {
             return m_frame.items[a].depth < m_frame.items[b].depth;
@@ -136,6 +149,107 @@ void GLRenderer::drawTriangleRuns(const std::vector<DepthTriangle>& triangles)
         }
         first = last;
     }
+}
+
+/// In rows of the picture, as many at a time as there is memory for.
+void GLRenderer::drawByPixels(const std::vector<std::uint32_t>& items)
+{
+    const SavedTarget target;
+    PixelBox all;
+    std::vector<PixelBox> boxes;
+    for (const std::uint32_t i : items) {
+        const FrameItem& item = m_frame.items[i];
+        boxes.push_back(target.limit(boxOf(item, m_frame.views[item.view])));
+        all = all.unionWith(boxes.back());
+    }
+    GLPeeling& peeling = m_device.peeling();
+    const bool canPeel = !all.isEmpty() && peeling.open();
+    const int step = canPeel ? peeling.getMaxRows(all.width()) : all.height();
+    std::vector<std::uint32_t> seen;
+    for (PixelBox part = all; !part.isEmpty(); part.bottom += step) {
+        PixelBox rows = part;
+        rows.top = std::min(part.top, part.bottom + step);
+        seen.clear();
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (!boxes[i].intersection(rows).isEmpty()) {
+                seen.push_back(items[i]);
+            }
+        }
+        if (!canPeel || !drawPart(rows, target, seen)) {
+            target.bind();
+            limitTo(rows);
+            setBlending(Blending::BLEND, false);
+            drawByTriangles(seen);
+        }
+        forgetBindings();
+    }
+    // The passes have changed what begin() sets.
+    end();
+    begin();
+}
+
+bool GLRenderer::drawPart(const PixelBox& part, const SavedTarget& target,
+                          const std::vector<std::uint32_t>& items)
+{
+    GLPeeling& peeling = m_device.peeling();
+    if (!peeling.begin(part, target)) {
+        return false;
+    }
+    m_peelingFeatures = SHADER_PEEL | (peeling.hasSamples() ? SHADER_SAMPLES : 0u);
+    m_part = part;
+    int layer = 0;
+    do {
+        peeling.beginLayer();
+        setBlending(Blending::LAYER, true);
+        drawNumbered(items);
+    } while (peeling.endLayer() && ++layer < GLPeeling::kMaxLayers);
+    m_part = {};
+    if (layer == GLPeeling::kMaxLayers) {
+        peeling.beginRest(target);
+        setBlending(Blending::BLEND, false);
+        setBlendFunction();
+        drawByTriangles(items);
+        forgetBindings();
+    }
+    m_peelingFeatures = 0;
+    setBlending(Blending::NONE, true);
+    peeling.end(target);
+    return true;
+}
+
+void GLRenderer::drawNumbered(const std::vector<std::uint32_t>& items)
+{
+    forgetBindings();
+    m_numPrimitives = 0;
+    for (const std::uint32_t i : items) {
+        drawItem(m_frame.items[i]);
+    }
+    forgetBindings();
+}
+
+/// Primitives are told apart by their numbers, which go on from one draw to the next.
+void GLRenderer::numberPrimitives(GLenum mode, GLsizei count)
+{
+    if (!m_peelingFeatures) {
+        return;
+    }
+    glUniform1i(m_program->firstPrimitive, m_numPrimitives & 0xffffff);
+    m_numPrimitives += count / (mode == GL_TRIANGLES ? 3 : mode == GL_LINES ? 2 : 1);
+}
+
+/// For others that bind programs, vertex arrays and textures, and set the viewport.
+void GLRenderer::forgetBindings()
+{
+    for (; m_clipPlanes > 0; --m_clipPlanes) {
+        glDisable(GL_CLIP_DISTANCE0 + static_cast<GLenum>(m_clipPlanes - 1));
+    }
+    setCulling(GL_NONE);
+    m_surroundings = -1;
+    m_program = nullptr;
+    m_material = nullptr;
+    m_vertexArray = 0;
+    m_texture = 0;
+    m_view = -1;
 }
 
 } // namespace kalmyr::detail

@@ -1,5 +1,6 @@
 #include "rendering/Outliner.h"
 
+#include "rendering/GLTargets.h"
 #include "rendering/RenderTraversal.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
-#include <cmath>
 #include <unordered_set>
 #include <utility>
 
@@ -106,61 +106,6 @@ void addFrame(const Frame& frame, Sum& sum)
     }
 }
 
-PixelBox boxOf(const SbViewportRegion& region)
-{
-    const SbVec2s& origin = region.getViewportOriginPixels();
-    const SbVec2s& size = region.getViewportSizePixels();
-    return {origin[0], origin[1], origin[0] + size[0], origin[1] + size[1]};
-}
-
-PixelBox unionOf(const PixelBox& a, const PixelBox& b)
-{
-    if (a.isEmpty() || b.isEmpty()) {
-        return a.isEmpty() ? b : a;
-    }
-    return {std::min(a.left, b.left), std::min(a.bottom, b.bottom), std::max(a.right, b.right),
-            std::max(a.top, b.top)};
-}
-
-/// Returns the pixels that an item may cover; all of the view when it reaches behind the eye.
-PixelBox boxOf(const FrameItem& item, const RenderView& view)
-{
-    const PixelBox all = boxOf(view.region);
-    const SbBox3f& box = item.entry->geometry->getBox();
-    const Matrix4 toClip =
-        Matrix4::product(SbMatrix(item.toEye.m), Matrix4::from(view.view.projection));
-    const float* m = toClip.m;
-    float low[2] = {1, 1};
-    float high[2] = {-1, -1};
-    for (int i = 0; i < 8; ++i) {
-        const float p[3] = {(i & 1 ? box.getMax() : box.getMin())[0],
-                            (i & 2 ? box.getMax() : box.getMin())[1],
-                            (i & 4 ? box.getMax() : box.getMin())[2]};
-        const auto row = [&](int c) {
-            return p[0] * m[c] + p[1] * m[4 + c] + p[2] * m[8 + c] + m[12 + c];
-        };
-        const float w = row(3);
-        if (!(w > 0)) {
-            return all;
-        }
-        for (int c = 0; c < 2; ++c) {
-            const float at = std::clamp(row(c) / w, -1.0f, 1.0f);
-            low[c] = std::min(low[c], at);
-            high[c] = std::max(high[c], at);
-        }
-    }
-    const auto pixel = [](float at, int size) {
-        return (at * 0.5f + 0.5f) * static_cast<float>(size);
-    };
-    const SoDrawStyleValues& style = item.entry->appearance->drawStyle;
-    const int beside = static_cast<int>(std::ceil(std::max(style.lineWidth, style.pointSize))) + 1;
-    return PixelBox{all.left + static_cast<int>(std::floor(pixel(low[0], all.width()))) - beside,
-                    all.bottom + static_cast<int>(std::floor(pixel(low[1], all.height()))) - beside,
-                    all.left + static_cast<int>(std::ceil(pixel(high[0], all.width()))) + beside,
-                    all.bottom + static_cast<int>(std::ceil(pixel(high[1], all.height()))) + beside}
-        .intersection(all);
-}
-
 } // namespace
 
 Outliner::Outliner() : m_number(nextNumber()) {}
@@ -180,7 +125,7 @@ std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options,
                               bool followsGraph) const
 {
     Sum sum;
-    sum.add(std::uint64_t(GLOutline::boundSamples()));
+    sum.add(std::uint64_t(boundSamples()));
     sum.add(std::uint64_t(options.transparencyType));
     addRegion(options.region, sum);
     addFrame(scene, sum);
@@ -340,7 +285,7 @@ PixelBox Outliner::boxOf(const GLFrameOptions& options) const
     PixelBox all;
     for (const Collected& one : m_collected) {
         for (const FrameItem& item : one.frame.items) {
-            all = unionOf(all, kalmyr::detail::boxOf(item, one.frame.views[item.view]));
+            all = all.unionWith(kalmyr::detail::boxOf(item, one.frame.views[item.view]));
         }
     }
     if (all.isEmpty()) {

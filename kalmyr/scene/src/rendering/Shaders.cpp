@@ -1,5 +1,7 @@
 #include "rendering/Shaders.h"
 
+#include "rendering/PeelingShaders.h"
+
 namespace kalmyr::detail {
 
 namespace {
@@ -203,6 +205,7 @@ void corner(float t, vec4 place, vec2 side, float distance)
     CUT(o.eye);
 #endif
     along = distance;
+    gl_PrimitiveID = gl_PrimitiveIDIn;
     gl_Position = vec4(place.xy + side * place.w, place.z, place.w);
     EmitVertex();
 }
@@ -262,7 +265,7 @@ uniform sampler2D image;
 #ifdef MASK
 uniform sampler2D depths;
 #endif
-out vec4 fragment;
+layout(location = 0) out vec4 fragment;
 #ifdef INSTANCED
 flat in int look;
 #endif
@@ -361,6 +364,9 @@ const float kHoles[16] = float[16](0.5, 8.5, 2.5, 10.5, 12.5, 4.5, 14.5, 6.5,
 
 void main()
 {
+#ifdef PEEL
+    peel();
+#endif
 #ifdef INSTANCED
     readMaterial(look);
 #endif
@@ -404,6 +410,9 @@ void main()
 #ifdef MASK
     float before = texelFetch(depths, ivec2(gl_FragCoord.xy), 0).r;
     c = vec4(1.0, gl_FragCoord.z <= before + slack ? 1.0 : 0.0, 0.0, 1.0);
+#endif
+#ifdef PEEL
+    c = peeled(c);
 #endif
     fragment = c;
 }
@@ -564,7 +573,9 @@ std::string header(unsigned features)
                   {SHADER_LIGHT_TABLE, "LIGHT_TABLE"},
                   {SHADER_PLANE_TABLE, "PLANE_TABLE"},
                   {SHADER_PIXEL_OFFSETS, "PIXEL_OFFSETS"},
-                  {SHADER_INSTANCED, "INSTANCED"}};
+                  {SHADER_INSTANCED, "INSTANCED"},
+                  {SHADER_PEEL, "PEEL"},
+                  {SHADER_SAMPLES, "SAMPLES"}};
     std::string text = "#version 330 core\n";
     for (const auto& entry : kNames) {
         if (features & entry.feature) {
@@ -582,7 +593,8 @@ ShaderSource shaderSource(unsigned features)
     if (features & SHADER_BACKGROUND) {
         return {top + kBackgroundVertex, {}, top + kBackgroundFragment};
     }
-    ShaderSource source{top + kCommon + kVertex, {}, top + kCommon + kFragment};
+    const std::string peeling = features & SHADER_PEEL ? peelingText() : std::string();
+    ShaderSource source{top + kCommon + kVertex, {}, top + peeling + kCommon + kFragment};
     if (features & SHADER_WIDE_LINES) {
         source.geometry = top + kCommon + kGeometry;
     }

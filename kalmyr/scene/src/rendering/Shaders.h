@@ -23,7 +23,9 @@ enum ShaderFeature : unsigned {
     SHADER_BACKGROUND = 8192,      ///< stands alone
     SHADER_PLANE_TABLE = 1u << 18, ///< with clip planes: more than the uniform block holds
     SHADER_LIGHT_TABLE = 1u << 19, ///< with many lights: the same
-    SHADER_INSTANCED = 1u << 20    ///< place and look from the tables of a draw plan
+    SHADER_INSTANCED = 1u << 20,   ///< place and look from the tables of a draw plan
+    SHADER_PEEL = 1u << 21,        ///< one of the layers of GLPeeling
+    SHADER_SAMPLES = 1u << 22      ///< with peeling: each sample of a pixel by itself
 };
 
 /// Texture unit of the depths that SHADER_MASK compares with.

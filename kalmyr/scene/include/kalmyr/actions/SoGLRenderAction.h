@@ -33,16 +33,45 @@ class KALMYR_API SoGLRenderAction : public SoAction {
 
 public:
     /// How transparent surfaces are drawn; the numbers are part of the interface.
+    ///
+    /// Transparent is an item with a material, colours or a texture that let light through in some
+    /// place. "After everything opaque" means that of the same layer: what stands on top of others
+    /// (SoAnnotation) is drawn when they are complete. From DELAYED_BLEND on, transparent surfaces
+    /// are hidden by opaque ones and never by each other.
     enum TransparencyType : int {
-        SCREEN_DOOR = 0,         ///< a pattern of holes; needs no order
-        BLEND = 3,               ///< blended in order of traversal
-        DELAYED_BLEND = 4,       ///< blended in order of traversal after everything opaque
-        SORTED_OBJECT_BLEND = 6, ///< after everything opaque, objects from back to front
-        SORTED_PIXELS_BLEND = 7, ///< order right at every pixel; drawn as SORTED_TRIANGLES_BLEND
-        DELAYED_SORTED_PIXELS_BLEND = 8,    ///< drawn as SORTED_TRIANGLES_BLEND
-        SORTED_TRIANGLES_BLEND = 10,        ///< all triangles of all objects from back to front
-        SORTED_OBJECT_TRIANGLES_BLEND = 12, ///< objects from back to front, triangles within each
-        NO_TRANSPARENCY = 13                ///< everything is drawn opaque
+        /// A pattern of holes in 16 steps, the same for all surfaces; whatever comes in front
+        /// hides what is behind. Needs no order, and works where nothing is blended.
+        SCREEN_DOOR = 0,
+        /// Blended at once, in order of traversal: what is traversed later and lies behind is
+        /// hidden. For scenes that are built from back to front.
+        BLEND = 3,
+        /// After everything opaque, blended in order of traversal.
+        DELAYED_BLEND = 4,
+        /// After everything opaque, item by item from back to front by the middles of their boxes,
+        /// of each item the far side before the near one: right for convex things that do not
+        /// reach into each other.
+        SORTED_OBJECT_BLEND = 6,
+        /// Sorted at each pixel, camera by camera: what one camera sees is complete, transparent
+        /// things included, before what the next camera in order of traversal sees is drawn over
+        /// it. With one camera the same as DELAYED_SORTED_PIXELS_BLEND.
+        SORTED_PIXELS_BLEND = 7,
+        /// Sorted at each pixel after everything opaque that any camera sees. Right also for
+        /// surfaces that cross each other; of surfaces that coincide the later one in order of
+        /// traversal is in front. The nearest 64 surfaces at each pixel are exact, and those behind
+        /// them are drawn as SORTED_TRIANGLES_BLEND draws them. With several samples a pixel each
+        /// sample is sorted (OpenGL 4.0; elsewhere each pixel). Every surface is drawn once for
+        /// each that lies over it. Textures of at most 256 MB hold what is being sorted, of large
+        /// pictures a part at a time; a target whose depths cannot be read gets
+        /// SORTED_TRIANGLES_BLEND.
+        DELAYED_SORTED_PIXELS_BLEND = 8,
+        /// After everything opaque, all triangles of all items from back to front by their middles:
+        /// right for small triangles that do not cross. Lines and points come after them.
+        SORTED_TRIANGLES_BLEND = 10,
+        /// After everything opaque, item by item from back to front, the triangles of each from
+        /// back to front: right for things of any form that do not reach into each other.
+        SORTED_OBJECT_TRIANGLES_BLEND = 12,
+        /// Everything is drawn opaque.
+        NO_TRANSPARENCY = 13
     };
 
     explicit SoGLRenderAction(const SbViewportRegion& region = SbViewportRegion());
@@ -52,8 +81,8 @@ public:
     void setViewportRegion(const SbViewportRegion& region) { m_region = region; }
     const SbViewportRegion& getViewportRegion() const { return m_region; }
 
-    /// Any number is kept; one that has no enumerator is drawn like the nearest one that has.
-    /// At first SORTED_OBJECT_BLEND.
+    /// Any number is kept; one that has no enumerator is drawn like one that has: 1 as 3, 2 as 4,
+    /// 5 as 6, 9 as 10, 11 as 12. At first SORTED_OBJECT_BLEND.
     void setTransparencyType(int type) { m_transparencyType = type; }
     int getTransparencyType() const { return m_transparencyType; }
 
