@@ -96,6 +96,29 @@ inline std::string ring()
     return bars;
 }
 
+/// A spiral of short segments that comes from behind the eye and leaves the view at the sides, and
+/// the border of a round face.
+inline std::string dashedCurves()
+{
+    std::string points, corners;
+    for (int i = 0; i < 400; ++i) {
+        const double angle = 0.06 * i, radius = 0.4 + 0.006 * i;
+        points += std::to_string(radius * std::cos(angle)) + " "
+                  + std::to_string(radius * std::sin(angle)) + " " + std::to_string(8 - 0.025 * i)
+                  + ", ";
+    }
+    for (int i = 0; i < 60; ++i)
+        corners += std::to_string(std::cos(i * 0.10471976)) + " "
+                   + std::to_string(std::sin(i * 0.10471976)) + " 0, ";
+    return "LightModel { model BASE_COLOR } DrawStyle { lineWidth 4 linePattern 0x00ff style LINES "
+           "} "
+           + colored("1 1 0")
+           + "Separator { ClipPlane { plane 0 1 0 -1.2 } Coordinate3 { point "
+             "[ "
+           + points + " ] } LineSet { numVertices 400 } } " + colored("0 1 1")
+           + "Coordinate3 { point [ " + corners + " ] } FaceSet { numVertices 60 }";
+}
+
 } // namespace scenes
 
 inline std::vector<ViewedScene> viewedScenes()
@@ -135,6 +158,7 @@ inline std::vector<ViewedScene> viewedScenes()
                     "IndexedLineSet { coordIndex [ 0, 1, 2, 3, 0, -1 ] } "
                   + colored(".9 .4 .9") + "PointSet { } " + colored(".2 .4 .2")
                   + "Cube { width 1.6 height 1 depth .5 }")},
+        {"DashesAlongCurves", seenFlat(dashedCurves())},
         {"CutByNearPlane", seen(colored(".4 .7 .9")
                                     + "Rotation { rotation 0 1 0 .4 } Cube { width 2 height 1.4 "
                                       "depth 14 }",

@@ -114,6 +114,7 @@ struct FacetCollector::Context {
     bool fixedColor = false;
     SbColor color{0, 0, 0};
     bool translucent = false; ///< goes above what is opaque
+    double dashStart = 0;     ///< of the present segment in the pattern, in pixels
 
     Vertex vertex(std::uint32_t index) const;
     /// Whether a texture is painted on the surface before it is lit.
@@ -237,7 +238,7 @@ void FacetCollector::collectItem(const SoSceneView::Item& item)
         if (m_options.isLineDrawing)
             collectOutline(context);
     } else if (look.drawStyle.style == SoDrawStyleValues::LINES) {
-        collectSegments(context, getFaceEdges(context.geometry));
+        collectSegments(context, getFaceEdges(context.geometry, isDashed(context)));
     }
     if (look.drawStyle.style != SoDrawStyleValues::POINTS)
         collectSegments(context, context.geometry.lines);
@@ -332,8 +333,38 @@ void FacetCollector::collectOutline(Context& context)
 void FacetCollector::collectSegments(Context& context, const std::vector<std::uint32_t>& indices)
 {
     context.facet.width = std::max(context.facet.width, static_cast<float>(m_options.minLineWidth));
-    for (std::size_t i = 0; i + 1 < indices.size(); i += 2)
-        addSegment(context, context.vertex(indices[i]), context.vertex(indices[i + 1]));
+    const bool dashed = isDashed(context);
+    const std::vector<SbVec3f>& positions = context.geometry.positions;
+    double at = 0;
+    for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
+        const Vertex a = context.vertex(indices[i]), b = context.vertex(indices[i + 1]);
+        if (dashed) {
+            const bool goesOn = i > 0 && positions[indices[i]] == positions[indices[i - 1]];
+            context.dashStart = goesOn ? at : 0;
+            at = std::fmod(context.dashStart + pixelsAlong(context, a, b, b), kPatternPixels);
+        }
+        addSegment(context, a, b);
+    }
+}
+
+bool FacetCollector::isDashed(const Context& context)
+{
+    return (context.look.drawStyle.linePattern & 0xffffu) != 0xffff && !context.fixedColor;
+}
+
+/// How many pixels of the segment from a to b, cut at the near plane, lie before a point of it.
+double FacetCollector::pixelsAlong(const Context& context, const Vertex& a, const Vertex& b,
+                                   const Vertex& point) const
+{
+    constexpr int kNearPlane = 4;
+    const auto nearness = [](const Vertex& v) { return distanceTo(kNearPlane, v.clip); };
+    Vertex from = a, to = b;
+    if (!isFinite(a.surface.eye) || !isFinite(b.surface.eye)
+        || !cutSegment(context, from, to, nearness))
+        return 0;
+    const Corner begin = context.projection.toPage(from.clip);
+    const Corner end = context.projection.toPage(nearness(point) < 0 ? to.clip : point.clip);
+    return std::hypot(end.x - begin.x, end.y - begin.y) / m_options.pixelSize;
 }
 
 void FacetCollector::collectPoints(Context& context)
@@ -569,6 +600,7 @@ void FacetCollector::addSegment(Context& context, Vertex a, Vertex b)
         ++m_numBroken;
         return;
     }
+    const Vertex start = a, end = b;
     for (int plane = 0; plane < 6; ++plane)
         if (!cutSegment(context, a, b,
                         [plane](const Vertex& v) { return distanceTo(plane, v.clip); }))
@@ -579,17 +611,18 @@ void FacetCollector::addSegment(Context& context, Vertex a, Vertex b)
             return;
     context.front = true;
     const LitCorner from = lit(context, a.surface), to = lit(context, b.surface);
-    const unsigned pattern = context.look.drawStyle.linePattern & 0xffffu;
-    if (pattern == 0xffff || context.fixedColor)
-        addDash(context, from, to);
-    else
-        addDashes(context, from, to, pattern);
+    if (!isDashed(context))
+        return addDash(context, from, to);
+    const double cut = pixelsAlong(context, start, end, a);
+    addDashes(context, from, to, std::fmod(context.dashStart + cut, kPatternPixels));
 }
 
-/// Bits of the pattern are pixels along the segment, as the renderer counts them.
+/// Bits of the pattern are pixels along the line, as the renderer counts them: `start` lie before
+/// the segment.
 void FacetCollector::addDashes(Context& context, const LitCorner& from, const LitCorner& to,
-                               unsigned pattern)
+                               double start)
 {
+    const unsigned pattern = context.look.drawStyle.linePattern & 0xffffu;
     const double pixels =
         std::hypot(to.page.x - from.page.x, to.page.y - from.page.y) / m_options.pixelSize;
     const auto at = [&](double share) {
@@ -601,7 +634,7 @@ void FacetCollector::addDashes(Context& context, const LitCorner& from, const Li
     constexpr double kMaxDashes = 20'000;
     if (pixels / kPatternPixels > kMaxDashes)
         return addDash(context, from, to);
-    for (double begin = 0; begin < pixels; begin += kPatternPixels) {
+    for (double begin = -start; begin < pixels; begin += kPatternPixels) {
         for (int bit = 0; bit < kPatternPixels;) {
             if (!(pattern >> bit & 1)) {
                 ++bit;
@@ -609,8 +642,9 @@ void FacetCollector::addDashes(Context& context, const LitCorner& from, const Li
             }
             const int length = std::countr_one(pattern >> bit);
             const double end = std::min(pixels, begin + bit + length);
-            if (begin + bit < pixels)
-                addDash(context, at((begin + bit) / pixels), at(end / pixels));
+            const double first = std::max(0.0, begin + bit);
+            if (first < end)
+                addDash(context, at(first / pixels), at(end / pixels));
             bit += length;
         }
     }

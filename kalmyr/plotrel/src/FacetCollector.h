@@ -79,7 +79,10 @@ private:
     static bool cutSegment(const Context& context, Vertex& a, Vertex& b, Distance distance);
     void addTriangle(Context& context, const std::array<Vertex, 3>& corners);
     void addSegment(Context& context, Vertex a, Vertex b);
-    void addDashes(Context& context, const LitCorner& from, const LitCorner& to, unsigned pattern);
+    static bool isDashed(const Context& context);
+    double pixelsAlong(const Context& context, const Vertex& a, const Vertex& b,
+                       const Vertex& point) const;
+    void addDashes(Context& context, const LitCorner& from, const LitCorner& to, double start);
     void addDash(Context& context, const LitCorner& a, const LitCorner& b);
     void addPoint(Context& context, const Vertex& vertex);
     void divide(Context& context, const LitCorner& a, const LitCorner& b, const LitCorner& c,

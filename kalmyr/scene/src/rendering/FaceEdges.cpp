@@ -139,6 +139,152 @@ std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry)
     return edges;
 }
 
+namespace {
+
+/// Of edges between the same two places, which faces with vertices of their own have, the last one.
+std::vector<std::uint32_t> withoutTwins(const std::vector<std::uint32_t>& first,
+                                        const std::vector<std::uint32_t>& edges)
+{
+    struct Edge {
+        std::uint64_t places;
+        std::uint32_t at;
+    };
+    std::vector<Edge> all;
+    for (std::uint32_t i = 0; i + 1 < edges.size(); i += 2) {
+        const std::uint64_t a = first[edges[i]], b = first[edges[i + 1]];
+        all.push_back({std::min(a, b) << 32 | std::max(a, b), i});
+    }
+    std::sort(all.begin(), all.end(), [](const Edge& a, const Edge& b) {
+        return a.places != b.places ? a.places < b.places : a.at > b.at;
+    });
+    const auto end = std::unique(all.begin(), all.end(),
+                                 [](const Edge& a, const Edge& b) { return a.places == b.places; });
+    all.erase(end, all.end());
+    std::sort(all.begin(), all.end(), [](const Edge& a, const Edge& b) { return a.at < b.at; });
+    std::vector<std::uint32_t> kept;
+    for (const Edge& edge : all)
+        kept.insert(kept.end(), {edges[edge.at], edges[edge.at + 1]});
+    return kept;
+}
+
+/// Joins edges that go on in each other. Ends of edges are numbered like the indices: 2 e and
+/// 2 e + 1.
+class EdgeChains {
+public:
+    /// `first`: for each vertex the first one at the same place.
+    EdgeChains(const std::vector<SbVec3f>& positions, const std::vector<std::uint32_t>& first,
+               const std::vector<std::uint32_t>& edges)
+        : m_positions(positions), m_edges(edges), m_partners(edges.size(), kNone)
+    {
+        pair(first);
+    }
+
+    std::vector<std::uint32_t> run();
+
+private:
+    static constexpr std::uint32_t kNone = 0xffffffff;
+    static constexpr float kStraightCosine = 0.7f;
+    static constexpr std::size_t kMaxEdges = 16; ///< at a vertex where lines go on
+
+    void pair(const std::vector<std::uint32_t>& first);
+    void pairAt(const std::uint32_t* ends, std::size_t count);
+    SbVec3f direction(std::uint32_t end) const;
+    void follow(std::uint32_t end);
+
+    const std::vector<SbVec3f>& m_positions;
+    const std::vector<std::uint32_t>& m_edges;
+    std::vector<std::uint32_t> m_partners; ///< of each end
+    std::vector<bool> m_done;              ///< of each edge
+    std::vector<std::uint32_t> m_chained;
+};
+
+void EdgeChains::pair(const std::vector<std::uint32_t>& first)
+{
+    std::vector<std::uint32_t> ends(m_edges.size());
+    for (std::uint32_t i = 0; i < ends.size(); ++i)
+        ends[i] = i;
+    const auto placeOf = [&](std::uint32_t end) { return first[m_edges[end]]; };
+    std::sort(ends.begin(), ends.end(), [&](std::uint32_t a, std::uint32_t b) {
+        return placeOf(a) != placeOf(b) ? placeOf(a) < placeOf(b) : a < b;
+    });
+    for (std::size_t begin = 0; begin < ends.size();) {
+        std::size_t end = begin + 1;
+        while (end < ends.size() && placeOf(ends[end]) == placeOf(ends[begin]))
+            ++end;
+        pairAt(&ends[begin], end - begin);
+        begin = end;
+    }
+}
+
+SbVec3f EdgeChains::direction(std::uint32_t end) const
+{
+    SbVec3f d = m_positions[m_edges[end ^ 1u]] - m_positions[m_edges[end]];
+    d.normalize();
+    return d;
+}
+
+void EdgeChains::pairAt(const std::uint32_t* ends, std::size_t count)
+{
+    if (count == 2) {
+        m_partners[ends[0]] = ends[1];
+        m_partners[ends[1]] = ends[0];
+    }
+    if (count < 3 || count > kMaxEdges)
+        return;
+    for (;;) { // the straightest pair first
+        float best = -kStraightCosine;
+        std::uint32_t a = kNone, b = kNone;
+        for (std::size_t i = 0; i < count; ++i) {
+            for (std::size_t k = i + 1; k < count; ++k) {
+                if (m_partners[ends[i]] != kNone || m_partners[ends[k]] != kNone)
+                    continue;
+                const float cosine = direction(ends[i]).dot(direction(ends[k]));
+                if (cosine < best) {
+                    best = cosine;
+                    a = ends[i];
+                    b = ends[k];
+                }
+            }
+        }
+        if (a == kNone)
+            return;
+        m_partners[a] = b;
+        m_partners[b] = a;
+    }
+}
+
+/// Adds the edge that the end belongs to, from that end on, and those that it goes on in.
+void EdgeChains::follow(std::uint32_t end)
+{
+    while (end != kNone && !m_done[end / 2]) {
+        m_done[end / 2] = true;
+        m_chained.insert(m_chained.end(), {m_edges[end], m_edges[end ^ 1u]});
+        end = m_partners[end ^ 1u];
+    }
+}
+
+std::vector<std::uint32_t> EdgeChains::run()
+{
+    m_done.assign(m_edges.size() / 2, false);
+    m_chained.reserve(m_edges.size());
+    for (std::uint32_t end = 0; end < m_edges.size(); ++end) {
+        if (m_partners[end] == kNone)
+            follow(end);
+    }
+    for (std::uint32_t end = 0; end < m_edges.size(); end += 2) // what is closed
+        follow(end);
+    return std::move(m_chained);
+}
+
+} // namespace
+
+std::vector<std::uint32_t> chainedEdges(const SoGeometry& geometry)
+{
+    const std::vector<std::uint32_t> first = firstAtPlace(geometry.positions);
+    const std::vector<std::uint32_t> edges = withoutTwins(first, faceEdges(geometry));
+    return EdgeChains(geometry.positions, first, edges).run();
+}
+
 OutlineEdges outlineEdges(const SoGeometry& geometry)
 {
     // What has a size in pixels lies in the plane of the screen; parts with equal offsets may

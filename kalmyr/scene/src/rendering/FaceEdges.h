@@ -11,6 +11,10 @@ namespace kalmyr::detail {
 /// into triangles are left out.
 std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry);
 
+/// The same edges, each once, in the order and direction of polylines, for lines with a pattern: an
+/// edge goes on in the only other one at its end, or in the one that goes on about straight.
+std::vector<std::uint32_t> chainedEdges(const SoGeometry& geometry);
+
 /// The edges that an outline may consist of. Vertices at one place count as one.
 struct OutlineEdges {
     /// Pairs: edges at the border, between more than two triangles, or with a sharp bend.

@@ -2,6 +2,7 @@
 
 #include "rendering/FaceEdges.h"
 #include "rendering/GLCurrent.h"
+#include "rendering/GLDashes.h"
 #include "rendering/GLOutline.h"
 #include "rendering/GLPeeling.h"
 #include "rendering/PeelingShaders.h"
@@ -215,6 +216,9 @@ GLDevice::~GLDevice()
     for (const auto& [number, outline] : m_outlines) {
         outline->resources.free();
     }
+    if (m_dashes) {
+        m_dashes->free();
+    }
     if (m_peeling) {
         m_peeling->free();
     }
@@ -242,6 +246,9 @@ void GLDevice::endFrame()
     freeOldOutlines();
     freeOldPlans();
     freeOldPeeling();
+    if (m_dashes && m_frame > kKeptTextureFrames) {
+        m_dashes->freeOld(m_frame - kKeptTextureFrames);
+    }
 }
 
 void GLDevice::freeDead()
@@ -375,6 +382,14 @@ GLPeeling& GLDevice::peeling()
     return *m_peeling;
 }
 
+GLDashes& GLDevice::dashes()
+{
+    if (!m_dashes) {
+        m_dashes = std::make_unique<GLDashes>();
+    }
+    return *m_dashes;
+}
+
 void GLDevice::freeOldPeeling()
 {
     if (m_peeling && m_peelingFrame + kKeptOutlineFrames < m_frame) {
@@ -397,6 +412,7 @@ const GLProgram* GLDevice::program(unsigned features)
             setUnit(known.program, "depths", kDepthUnit);
             setUnit(known.program, "peeledKeys", kPeeledUnit);
             setUnit(known.program, "cover", kCoverUnit);
+            setUnit(known.program, "dashStarts", kDashUnit);
             setUnit(known.program, "instances", kInstanceUnit);
             setUnit(known.program, "materials", kMaterialUnit);
             setUnit(known.program, "surroundings", kSurroundingsUnit);

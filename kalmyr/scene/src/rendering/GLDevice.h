@@ -22,6 +22,7 @@ namespace kalmyr::detail {
 GLuint linkProgram(const ShaderSource& source);
 
 class GLOutline;
+class GLDashes;
 class GLPeeling;
 
 struct GLProgram {
@@ -68,6 +69,9 @@ public:
 
     /// What sorts transparent surfaces at each pixel; freed when not asked for in a while.
     GLPeeling& peeling();
+    /// What lines with a pattern need.
+    GLDashes& dashes();
+    std::uint64_t getFrameNumber() const { return m_frame; }
 
     /// A buffer for index runs of the present frame.
     GLuint streamIndices(const std::vector<std::uint32_t>& indices);
@@ -123,6 +127,7 @@ private:
     std::unordered_map<unsigned, GLProgram> m_programs; ///< by features
     std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
     std::unordered_map<std::uint64_t, std::unique_ptr<KeptPlan>> m_plans;
+    std::unique_ptr<GLDashes> m_dashes; ///< null before there were any
     std::unique_ptr<GLPeeling> m_peeling;
     std::uint64_t m_peelingFrame = 0; ///< when it was last asked for
     // Guarded by the mutex of all devices.

@@ -1,5 +1,7 @@
 #include "rendering/GLRenderer.h"
 
+#include "rendering/GLDashes.h"
+
 #include <kalmyr/actions/SoGLRenderAction.h>
 
 #include <algorithm>
@@ -491,8 +493,11 @@ void GLRenderer::drawFaces(const FrameItem& item, const GLGeometry& buffers)
 void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges)
 {
     const SoDrawStyleValues& style = item.entry->appearance->drawStyle;
-    const bool wide =
-        m_purpose == Purpose::EDGES || style.lineWidth > 1 || style.linePattern != 0xffff;
+    if (style.linePattern != 0xffff && m_purpose == Purpose::SCENE) {
+        drawDashes(item, buffers, edges);
+        return;
+    }
+    const bool wide = m_purpose == Purpose::EDGES || style.lineWidth > 1;
     if (!prepare(item, buffers, featuresOf(item) | when(wide, SHADER_WIDE_LINES))) {
         return;
     }
@@ -503,6 +508,35 @@ void GLRenderer::drawSegments(const FrameItem& item, const GLGeometry& buffers, 
     }
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.edges);
     submit(buffers, GL_LINES, buffers.numEdgeIndices, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
+}
+
+/// The pattern goes on from segment to segment. Edges come in another order than without one.
+void GLRenderer::drawDashes(const FrameItem& item, const GLGeometry& buffers, bool edges)
+{
+    if (!prepare(item, buffers, featuresOf(item) | SHADER_WIDE_LINES | SHADER_DASHES)) {
+        return;
+    }
+    GLDashes& dashes = m_device.dashes();
+    const SoGeometry& geometry = *item.entry->geometry;
+    const auto& lines =
+        edges ? dashes.edgesOf(geometry, m_device.getFrameNumber()) : geometry.lines;
+    const RenderView& view = m_frame.views[item.view];
+    const Matrix4 toClip =
+        Matrix4::product(SbMatrix(item.toEye.m), Matrix4::from(view.view.projection));
+    const SbVec2s& size = view.region.getViewportSizePixels();
+    const std::vector<float> starts =
+        dashStarts(geometry.positions, lines, toClip, size[0], size[1]);
+    setCulling(GL_NONE);
+    if (edges) {
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_device.streamIndices(lines));
+    }
+    const std::size_t base = edges ? 0 : buffers.firstLineIndex();
+    for (std::size_t first = 0; first < starts.size(); first += dashes.getMaxSegments()) {
+        const std::size_t count = std::min(starts.size() - first, dashes.getMaxSegments());
+        dashes.bind(&starts[first], count);
+        submit(buffers, GL_LINES, static_cast<GLsizei>(2 * count), base + 2 * first);
+    }
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers.indices);
 }
 

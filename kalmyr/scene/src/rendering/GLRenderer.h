@@ -90,6 +90,7 @@ private:
     void drawItem(const FrameItem& item, bool withFaces = true);
     void drawFaces(const FrameItem& item, const GLGeometry& buffers);
     void drawSegments(const FrameItem& item, const GLGeometry& buffers, bool edges);
+    void drawDashes(const FrameItem& item, const GLGeometry& buffers, bool edges);
     void drawContours(const FrameItem& item, const GLGeometry& buffers);
     void drawPoints(const FrameItem& item, const GLGeometry& buffers, bool allVertices);
     /// From the index buffer that is bound.

@@ -186,6 +186,9 @@ out Vertex {
 #endif
 } o;
 noperspective out float along;
+#ifdef DASHES
+uniform samplerBuffer dashStarts;
+#endif
 #ifdef CLIP
 out float gl_ClipDistance[6];
 #endif
@@ -235,10 +238,14 @@ void main()
     float size = length(pixels);
     vec2 dir = size > 1e-6 ? pixels / size : vec2(1.0, 0.0);
     vec2 side = vec2(-dir.y, dir.x) * max(material[3].w, 1.0) / viewport.xy;
-    corner(ta, from, side, 0.0);
-    corner(ta, from, -side, 0.0);
-    corner(tb, to, side, size);
-    corner(tb, to, -side, size);
+    float start = 0.0;
+#ifdef DASHES
+    start = texelFetch(dashStarts, gl_PrimitiveIDIn).r;
+#endif
+    corner(ta, from, side, start);
+    corner(ta, from, -side, start);
+    corner(tb, to, side, start + size);
+    corner(tb, to, -side, start + size);
     EndPrimitive();
 }
 )";
@@ -574,6 +581,7 @@ std::string header(unsigned features)
                   {SHADER_PLANE_TABLE, "PLANE_TABLE"},
                   {SHADER_PIXEL_OFFSETS, "PIXEL_OFFSETS"},
                   {SHADER_INSTANCED, "INSTANCED"},
+                  {SHADER_DASHES, "DASHES"},
                   {SHADER_PEEL, "PEEL"},
                   {SHADER_SAMPLES, "SAMPLES"}};
     std::string text = "#version 330 core\n";

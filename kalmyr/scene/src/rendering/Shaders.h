@@ -25,6 +25,7 @@ enum ShaderFeature : unsigned {
     SHADER_LIGHT_TABLE = 1u << 19, ///< with many lights: the same
     SHADER_INSTANCED = 1u << 20,   ///< place and look from the tables of a draw plan
     SHADER_PEEL = 1u << 21,        ///< one of the layers of GLPeeling
+    SHADER_DASHES = 1u << 23,      ///< wide lines whose pattern goes on from segment to segment
     SHADER_SAMPLES = 1u << 22      ///< with peeling: each sample of a pixel by itself
 };
 
@@ -35,6 +36,8 @@ constexpr int kInstanceUnit = 14;
 constexpr int kMaterialUnit = 15;
 /// Texture unit of the lights and planes that the uniform block does not hold.
 constexpr int kSurroundingsUnit = 13;
+/// Texture unit of where in the pattern segments begin, for SHADER_DASHES.
+constexpr int kDashUnit = 11;
 
 /// Limits of the uniform block of lights and planes. More planes, or all lights where there are
 /// more, are read from a table.

@@ -130,9 +130,9 @@ SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region)
     return root;
 }
 
-std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry)
+std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry, bool asPolylines)
 {
-    return detail::faceEdges(geometry);
+    return asPolylines ? detail::chainedEdges(geometry) : detail::faceEdges(geometry);
 }
 
 SceneOutline getOutline(const SoGeometry& geometry)
