@@ -246,8 +246,8 @@ void GLDevice::endFrame()
     freeOldOutlines();
     freeOldPlans();
     freeOldPeeling();
-    if (m_dashes && m_frame > kKeptTextureFrames) {
-        m_dashes->freeOld(m_frame - kKeptTextureFrames);
+    if (m_dashes && m_frame > kKeptOutlineFrames) {
+        m_dashes->freeOld(m_frame - kKeptOutlineFrames);
     }
 }
 
