@@ -93,13 +93,15 @@ public:
 protected:
     void beginTraversal(SoNode* root) override;
     void endTraversal(SoNode* root) override;
+    /// Whether anything in a box of world space is of interest; what separators ask before they
+    /// pass the ray on.
+    virtual bool mayHitWorldBox(const SbBox3f& box) const;
 
 private:
     enum class Source { NONE, PIXEL, POSITION, RAY };
     void rayFromView(const SbViewVolume& volume);
     float radiusAt(float t) const { return m_radius0 + m_radiusSlope * t; }
     float limit() const;
-    bool mayHitWorldBox(const SbBox3f& box) const;
 
     SbViewportRegion m_region;
     Source m_source = Source::NONE;
