@@ -87,7 +87,7 @@ bool operator==(const SoRenderAppearance& a, const SoRenderAppearance& b)
     const SoEnvironmentValues& eb = b.environment;
     return a.diffuse == b.diffuse && a.ambient == b.ambient && a.specular == b.specular
            && a.emissive == b.emissive && a.shininess == b.shininess
-           && a.transparency == b.transparency && a.lit == b.lit
+           && a.transparency == b.transparency && a.lit == b.lit && a.hiding == b.hiding
            && a.textureMatrix == b.textureMatrix && da.style == db.style
            && da.pointSize == db.pointSize && da.lineWidth == db.lineWidth
            && da.linePattern == db.linePattern && ta.image == tb.image && ta.wrapS == tb.wrapS

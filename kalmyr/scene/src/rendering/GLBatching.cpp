@@ -212,7 +212,7 @@ void GLRenderer::makePlan(GLDrawPlan& plan)
     for (int layer = 0; layer < m_frame.numLayers; ++layer) {
         GLDrawPlan::Layer& planned = plan.layers[static_cast<std::size_t>(layer)];
         std::vector<std::uint32_t> opaque;
-        splitLayer(layer, opaque, planned.transparent);
+        splitLayer(layer, opaque, planned);
         for (const std::uint32_t i : inDrawingOrder(opaque)) {
             const bool holes =
                 m_frame.items[i].entry->transparent && m_type == SoGLRenderAction::SCREEN_DOOR;

@@ -79,6 +79,7 @@ public:
     struct Layer {
         std::uint32_t firstBatch = 0;
         std::uint32_t numBatches = 0;
+        std::vector<std::uint32_t> hiding;      ///< drawn first, as depths only
         std::vector<std::uint32_t> singles;     ///< opaque items that are drawn one by one
         std::vector<std::uint32_t> transparent; ///< in the order of the frame
     };

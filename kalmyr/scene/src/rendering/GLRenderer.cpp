@@ -349,13 +349,19 @@ void GLRenderer::draw(const LayerFunction& layerDrawn)
 }
 
 void GLRenderer::splitLayer(int layer, std::vector<std::uint32_t>& opaque,
-                            std::vector<std::uint32_t>& transparent) const
+                            GLDrawPlan::Layer& planned) const
 {
+    std::vector<std::uint32_t>& transparent = planned.transparent;
     const bool together =
         m_type == SoGLRenderAction::SCREEN_DOOR || m_type == SoGLRenderAction::NO_TRANSPARENCY;
     for (std::uint32_t i = 0; i < m_frame.items.size(); ++i) {
         const FrameItem& item = m_frame.items[i];
-        if (item.layer == layer) {
+        if (item.layer != layer) {
+            continue;
+        }
+        if (item.entry->appearance->hiding) {
+            planned.hiding.push_back(i);
+        } else {
             (item.entry->transparent && !together ? transparent : opaque).push_back(i);
         }
     }
@@ -369,6 +375,9 @@ void GLRenderer::splitLayer(int layer, std::vector<std::uint32_t>& opaque,
 
 void GLRenderer::drawLayer(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer)
 {
+    if (!layer.hiding.empty()) {
+        drawHiding(layer.hiding);
+    }
     if (m_type != SoGLRenderAction::SORTED_PIXELS_BLEND || m_frame.views.size() == 1) {
         drawBatches(plan, layer, kAllViews);
         drawOpaque(layer.singles);

@@ -65,7 +65,7 @@ private:
     /// Moves what moved in the frame; false when the plan has to be made anew.
     bool patchPlan(GLDrawPlan& plan) const;
     void splitLayer(int layer, std::vector<std::uint32_t>& opaque,
-                    std::vector<std::uint32_t>& transparent) const;
+                    GLDrawPlan::Layer& planned) const;
     std::vector<std::uint32_t> inDrawingOrder(const std::vector<std::uint32_t>& items) const;
     static GLInstance instanceOf(const FrameItem& item, float look);
     void drawBatch(const GLDrawPlan& plan, const GLBatch& batch);
@@ -74,6 +74,7 @@ private:
     void drawBatches(const GLDrawPlan& plan, const GLDrawPlan::Layer& layer, int view);
     void drawInOrder(const std::vector<std::uint32_t>& items);
     void drawOpaque(const std::vector<std::uint32_t>& items);
+    void drawHiding(const std::vector<std::uint32_t>& items);
     void drawTransparent(std::vector<std::uint32_t> items);
     void drawByObjects(const std::vector<std::uint32_t>& items);
     void drawByTriangles(const std::vector<std::uint32_t>& items);

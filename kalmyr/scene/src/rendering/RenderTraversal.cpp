@@ -142,6 +142,7 @@ void RenderTraversal::end(SoNode* root)
     m_lastPlanes.reset();
     m_lastSurroundings.reset();
     m_cache.sweep(m_frame);
+    m_styled.sweep();
 }
 
 void RenderTraversal::keepRoot(SoNode* root)
@@ -166,7 +167,7 @@ void RenderTraversal::updateFrame()
 
 std::uint64_t RenderTraversal::stateKey()
 {
-    std::uint64_t key = 1;
+    std::uint64_t key = SoElement::mix(1, static_cast<std::uint64_t>(m_action.getDrawStyle()));
     for (int i = 0; i < m_state->getNumStackIndices(); ++i) {
         if (static_cast<std::size_t>(i) < m_notInKey.size()
             && m_notInKey[static_cast<std::size_t>(i)]) {
@@ -463,7 +464,8 @@ void RenderTraversal::annotation(SoNode* node)
 
 void RenderTraversal::shape(SoShape* shape)
 {
-    if (SoDrawStyleElement::get(m_state).style == SoDrawStyleValues::INVISIBLE) {
+    const SoDrawStyleValues::Style style = SoDrawStyleElement::get(m_state).style;
+    if (style == SoDrawStyleValues::INVISIBLE) {
         return;
     }
     RenderList::Entry entry;
@@ -491,6 +493,26 @@ void RenderTraversal::shape(SoShape* shape)
     place(entry);
     entry.box = entry.identity ? geometry.getBox() : transformBox(geometry.getBox(), entry.matrix);
     entry.node = shape;
+    if (m_action.getDrawStyle() == SoGLRenderAction::AS_IS) {
+        m_list->addItem(std::move(entry));
+    } else {
+        addStyled(std::move(entry), style);
+    }
+}
+
+void RenderTraversal::addStyled(RenderList::Entry&& entry, SoDrawStyleValues::Style ownStyle)
+{
+    const SoGLRenderAction::DrawStyle style = m_action.getDrawStyle();
+    const bool showsFaces =
+        style == SoGLRenderAction::NO_TEXTURE || style == SoGLRenderAction::FLAT;
+    entry.transparent = entry.transparent && showsFaces;
+    if (style == SoGLRenderAction::HIDDEN_LINE && ownStyle == SoDrawStyleValues::FILLED
+        && !entry.geometry->triangles.empty()) {
+        RenderList::Entry hiding = entry;
+        hiding.appearance = hidingAppearance();
+        m_list->addItem(std::move(hiding));
+    }
+    entry.geometry = m_styled.find(entry.geometry, style);
     m_list->addItem(std::move(entry));
 }
 
@@ -596,6 +618,7 @@ SoRef<const SoRenderAppearance> RenderTraversal::makeAppearance()
     }
     look->translucentTexture =
         isTranslucent(look->texture, m_state->getValueId(SoTextureElement::getStackIndex()));
+    restyle(*look, m_action.getDrawStyle());
     return look;
 }
 

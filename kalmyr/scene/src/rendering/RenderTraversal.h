@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rendering/DrawStyles.h"
 #include "rendering/FrameBuilder.h"
 #include "rendering/RenderList.h"
 #include "rendering/RenderListCache.h"
@@ -97,6 +98,7 @@ private:
     SoRef<const Surroundings> surroundings();
     SoRef<const SoRenderAppearance> appearance();
     SoRef<const SoRenderAppearance> makeAppearance();
+    void addStyled(RenderList::Entry&& entry, SoDrawStyleValues::Style ownStyle);
     bool isTranslucent(const SoTextureValues& texture, std::uint64_t valueId);
     void keepRoot(SoNode* root);
 
@@ -130,6 +132,7 @@ private:
     AppearanceKey m_lastKey{};
     SoRef<const SoRenderAppearance> m_lastAppearance;
     std::unordered_map<std::uint64_t, bool> m_translucentTextures;
+    StyledGeometries m_styled;
 
     SbMatrix m_startMatrix;
     RenderView m_startView;

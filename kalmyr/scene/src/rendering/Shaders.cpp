@@ -1,5 +1,6 @@
 #include "rendering/Shaders.h"
 
+#include "rendering/Anaglyph.h"
 #include "rendering/PeelingShaders.h"
 
 namespace kalmyr::detail {
@@ -597,6 +598,9 @@ std::string header(unsigned features)
 
 ShaderSource shaderSource(unsigned features)
 {
+    if (features == SHADER_ANAGLYPH) {
+        return anaglyphShaderSource();
+    }
     const std::string top = header(features);
     if (features & SHADER_BACKGROUND) {
         return {top + kBackgroundVertex, {}, top + kBackgroundFragment};

@@ -19,8 +19,9 @@ enum ShaderFeature : unsigned {
     SHADER_SILHOUETTE = 1024, ///< with wide lines: of edges with their two triangles' corners
     SHADER_MASK =
         2048, ///< what is covered, and what of it nothing in `depths` hides, as red and green
-    SHADER_PIXEL_OFFSETS = 4096,   ///< vertices stand so many pixels away from their positions
-    SHADER_BACKGROUND = 8192,      ///< stands alone
+    SHADER_PIXEL_OFFSETS = 4096, ///< vertices stand so many pixels away from their positions
+    SHADER_BACKGROUND = 8192,    ///< stands alone
+    SHADER_ANAGLYPH = SHADER_BACKGROUND + 1, ///< the same
     SHADER_PLANE_TABLE = 1u << 18, ///< with clip planes: more than the uniform block holds
     SHADER_LIGHT_TABLE = 1u << 19, ///< with many lights: the same
     SHADER_INSTANCED = 1u << 20,   ///< place and look from the tables of a draw plan

@@ -1,5 +1,6 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 
+#include "rendering/Anaglyph.h"
 #include "rendering/FrameBuilder.h"
 #include "rendering/GLDevice.h"
 #include "rendering/GLRenderer.h"
@@ -14,6 +15,7 @@
 #include <kalmyr/rendering/SoRenderingInit.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -162,7 +164,11 @@ void SoGLRenderAction::draw(SoNode* root)
     m_traversal->updateFrame();
     const double built = now();
     device->beginFrame();
-    drawFrame(*device, root);
+    if (m_stereo.isOn) {
+        drawBothEyes(*device, root);
+    } else {
+        drawFrame(*device, root);
+    }
     device->endFrame();
     statistics.flattenSeconds = built - start;
     statistics.submitSeconds = now() - built;
@@ -171,6 +177,25 @@ void SoGLRenderAction::draw(SoNode* root)
     statistics.geometries = device->getNumGeometries();
     statistics.geometryBytes = device->getNumGeometryBytes();
     statistics.textures = device->getNumTextures();
+}
+
+void SoGLRenderAction::drawBothEyes(kalmyr::detail::GLDevice& device, SoNode* root)
+{
+    using namespace kalmyr::detail;
+    const auto drawFrom = [&](float offset) {
+        buildFrame(*m_traversal->getList(),
+                   seenFromAside(m_traversal->getViews(), offset, m_stereo.convergence),
+                   m_traversal->frame);
+        drawFrame(device, root);
+    };
+    const bool clearsColor = std::exchange(m_clearColor, true);
+    const bool clearsDepth = std::exchange(m_clearDepth, true);
+    Anaglyph pictures(device, m_region);
+    drawFrom(-m_stereo.separation / 2);
+    pictures.keepLeft();
+    drawFrom(m_stereo.separation / 2);
+    pictures.mergeLeft();
+    setClearing(clearsColor, clearsDepth);
 }
 
 void SoGLRenderAction::drawFrame(kalmyr::detail::GLDevice& device, SoNode* root)

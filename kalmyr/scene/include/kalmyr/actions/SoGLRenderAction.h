@@ -74,6 +74,25 @@ public:
         NO_TRANSPARENCY = 13
     };
 
+    /// What is shown of the shapes, whatever the scene says of their look.
+    enum DrawStyle : int {
+        AS_IS,
+        NO_TEXTURE,
+        HIDDEN_LINE,  ///< the edges of faces, without those that faces hide
+        WIREFRAME,    ///< the edges of faces
+        POINTS,       ///< the corners of faces
+        BOUNDING_BOX, ///< the box around each shape
+        FLAT          ///< each face in one tone
+    };
+
+    /// One picture for each eye.
+    struct Stereo {
+        bool isOn = false;
+        float separation = 0;  ///< of the eyes, in units of the world
+        float convergence = 0; ///< distance at which both eyes see things at the same place
+        friend bool operator==(const Stereo&, const Stereo&) = default;
+    };
+
     explicit SoGLRenderAction(const SbViewportRegion& region = SbViewportRegion());
     ~SoGLRenderAction() override;
 
@@ -85,6 +104,16 @@ public:
     /// 5 as 6, 9 as 10, 11 as 12. At first SORTED_OBJECT_BLEND.
     void setTransparencyType(int type) { m_transparencyType = type; }
     int getTransparencyType() const { return m_transparencyType; }
+
+    /// At first AS_IS. Shapes that are invisible stay so. Lines and points of the scene are shown
+    /// as they are, but for BOUNDING_BOX and POINTS.
+    void setDrawStyle(DrawStyle style) { m_drawStyle = style; }
+    DrawStyle getDrawStyle() const { return m_drawStyle; }
+
+    /// Draws for glasses with a red glass on the left and a cyan one on the right: what cameras see
+    /// in perspective, from two places. Clears colours and depths in any case. Off at first.
+    void setStereo(const Stereo& stereo) { m_stereo = stereo; }
+    const Stereo& getStereo() const { return m_stereo; }
 
     /// Whether apply() clears the viewport's part of colour and depth buffer first; off at first.
     void setClearing(bool color, bool depth);
@@ -141,6 +170,7 @@ private:
     bool canDraw();
     void draw(SoNode* root);
     void drawFrame(kalmyr::detail::GLDevice& device, SoNode* root);
+    void drawBothEyes(kalmyr::detail::GLDevice& device, SoNode* root);
 
     friend class SoOutline;
     std::vector<SoOutline*> m_outlines;   // Not owned.
@@ -148,6 +178,8 @@ private:
     SbViewportRegion m_region;
     SbColorRGBA m_backgroundColor;
     int m_transparencyType = SORTED_OBJECT_BLEND;
+    DrawStyle m_drawStyle = AS_IS;
+    Stereo m_stereo;
     bool m_clearColor = false;
     bool m_clearDepth = false;
     bool m_drawn = false;

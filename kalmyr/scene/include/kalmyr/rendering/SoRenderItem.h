@@ -30,6 +30,7 @@ public:
     float transparency = 0;
     bool lit = true; ///< false: colours as they are
     bool translucentTexture = false;
+    bool hiding = false; ///< faces are not seen but hide what is behind them; nothing else is drawn
     SoDrawStyleValues drawStyle;
     SoTextureValues texture;
     SbMatrix textureMatrix;
