@@ -1,5 +1,6 @@
 #include <kalmyr/gui/SoGuiRenderArea.h>
 
+#include "ClickMotion.h"
 #include "RenderAreaFrame.h"
 
 #include <kalmyr/core/SoFieldData.h>
@@ -13,12 +14,10 @@
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
-constexpr int kMaxSize = 32767;   // window positions are short
-constexpr float kClickMotion = 3; // points that a hand moves in a click
+constexpr int kMaxSize = 32767; // window positions are short
 
 SoType s_coreType;
 SoType s_type;
@@ -157,9 +156,7 @@ void SoGuiRenderArea::followClick(const SoEvent& event, bool isHandled)
             SoInspectorViews::tell(this, at, SoInspectorViews::PRESSED);
         return;
     }
-    const float limit = kClickMotion * getPixelRatio();
-    const bool isAway =
-        std::max(std::abs(at[0] - m_pressedAt[0]), std::abs(at[1] - m_pressedAt[1])) > limit;
+    const bool isAway = isBeyondClick(m_pressedAt, at, getPixelRatio());
     m_isPressed = m_isPressed && !isHandled && !isAway;
     if (!m_isPressed || !SoMouseButtonEvent::isReleaseEvent(&event, SoMouseButtonEvent::BUTTON1))
         return;

@@ -1,5 +1,8 @@
 #include <kalmyr/gui/SoGuiViewer.h>
 
+#include "ClickMotion.h"
+#include "NavigationScheme.h"
+#include "NearestDepth.h"
 #include "RenderAreaFrame.h"
 #include "SoGuiViewerView.h"
 
@@ -8,10 +11,13 @@
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
+#include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
+
+#include <utility>
 
 namespace {
 
@@ -19,6 +25,8 @@ SoType s_type;
 
 constexpr float kDefaultHeightAngle = 0.785398f;
 constexpr double kFlightInterval = 1.0 / 60;
+constexpr float kDefaultNearShare = 1e-5f;
+constexpr float kDefaultEyeSeparation = 1.0f / 30;
 
 /// Whoever looks at the whole graph may have taken the child out already.
 void takeOut(SoGroup& group, const SoNode* child)
@@ -49,8 +57,11 @@ SoGuiViewer::SoGuiViewer()
     : m_root(new SoSeparator),
       m_headlight(new SoDirectionalLight),
       m_viewpointPose(std::make_unique<Pose>()),
+      m_nearestDepth(std::make_unique<NearestDepth>()),
       m_flight(&flightStep, this),
-      m_heightAngle(kDefaultHeightAngle)
+      m_heightAngle(kDefaultHeightAngle),
+      m_nearShare(kDefaultNearShare),
+      m_eyeSeparation(kDefaultEyeSeparation)
 {
     m_structureSensor.setPriority(0);
     m_structureSensor.setData(this);
@@ -91,6 +102,7 @@ void SoGuiViewer::setSceneGraph(SoNode* root)
         SoVRMLBindable::bindFirst(root);
     }
     m_scene = root;
+    m_namesUp.reset();
     placeCamera();
     followNavigationInfo();
     stateChanged();
@@ -162,6 +174,7 @@ void SoGuiViewer::setViewing(bool on)
         return;
     m_viewing = on;
     m_seekMode = false;
+    m_click.reset();
     stateChanged();
 }
 
@@ -186,6 +199,76 @@ bool SoGuiViewer::isHeadlight() const
     return m_headlight->on.getValue();
 }
 
+void SoGuiViewer::setClickPicking(bool on)
+{
+    m_click.reset();
+    if (std::exchange(m_clickPicking, on) != on)
+        stateChanged();
+}
+
+void SoGuiViewer::setNavigationScheme(Scheme scheme)
+{
+    if (std::exchange(m_scheme, scheme) != scheme)
+        stateChanged();
+}
+
+void SoGuiViewer::setUpDirection(const SbVec3f& up)
+{
+    SbVec3f unit = up;
+    if (!kalmyr::holds(unit.normalize() > 0, "a direction") || unit == m_up)
+        return;
+    m_up = unit;
+    stateChanged();
+}
+
+void SoGuiViewer::setAutoClipping(bool on)
+{
+    if (std::exchange(m_autoClipping, on) == on)
+        return;
+    m_adjusted = {};
+    getSceneManager()->scheduleRedraw();
+    stateChanged();
+}
+
+void SoGuiViewer::setNearShare(float share)
+{
+    if (!kalmyr::holds(share > 0 && share < 1, "a share between 0 and 1") || share == m_nearShare)
+        return;
+    m_nearShare = share;
+    m_adjusted = {};
+    getSceneManager()->scheduleRedraw();
+}
+
+void SoGuiViewer::setDrawStyle(SoGLRenderAction::DrawStyle style)
+{
+    if (style == getDrawStyle())
+        return;
+    getSceneManager()->setDrawStyle(style);
+    stateChanged();
+}
+
+SoGLRenderAction::DrawStyle SoGuiViewer::getDrawStyle() const
+{
+    return getSceneManager()->getDrawStyle();
+}
+
+void SoGuiViewer::setStereo(bool on)
+{
+    if (std::exchange(m_stereo, on) == on)
+        return;
+    getSceneManager()->scheduleRedraw();
+    stateChanged();
+}
+
+void SoGuiViewer::setEyeSeparation(float share)
+{
+    if (!kalmyr::holds(share >= 0 && share < 1, "a share from 0 to 1"))
+        return;
+    m_eyeSeparation = share;
+    if (m_stereo)
+        getSceneManager()->scheduleRedraw();
+}
+
 bool SoGuiViewer::processEvent(const SoEvent* event)
 {
     if (!kalmyr::holds(event, "an event"))
@@ -195,13 +278,63 @@ bool SoGuiViewer::processEvent(const SoEvent* event)
         setViewing(!m_viewing);
         return true;
     }
-    if (m_viewing && processViewingEvent(event))
+    return processInMode(event);
+}
+
+bool SoGuiViewer::processInMode(const SoEvent* event)
+{
+    if (!m_viewing) {
+        if (isDragging() && processPickingEvent(event))
+            return true;
+        return SoGuiRenderArea::processEvent(event) || (!m_viewing && processPickingEvent(event));
+    }
+    if (m_clickPicking && followClick(*event))
+        return true;
+    if (processViewingEvent(event))
         return true;
     // In viewing mode the scene gets nothing of the pointer; keys that the viewer has no use for
     // still reach it.
-    if (m_viewing && !event->isOfType(SoKeyboardEvent::getClassTypeId()))
+    return event->isOfType(SoKeyboardEvent::getClassTypeId())
+           && SoGuiRenderArea::processEvent(event);
+}
+
+/// Follows the first button until it is known whether this is a click or a drag. True for motion
+/// that is neither yet.
+bool SoGuiViewer::followClick(const SoEvent& event)
+{
+    if (SoMouseButtonEvent::isPressEvent(&event, SoMouseButtonEvent::BUTTON1) && !m_seekMode) {
+        // Who stops something that moves has chosen nothing.
+        const bool isPlain = !event.wasCtrlDown() && !event.wasAltDown() && !isAnimating();
+        m_click.reset();
+        if (isPlain)
+            m_click =
+                std::make_unique<SoMouseButtonEvent>(static_cast<const SoMouseButtonEvent&>(event));
         return false;
-    return SoGuiRenderArea::processEvent(event);
+    }
+    if (!m_click)
+        return false;
+    if (event.isOfType(SoLocation2Event::getClassTypeId())) {
+        if (!isBeyondClick(m_click->getPosition(), event.getPosition(), getPixelRatio()))
+            return true;
+        m_click.reset();
+        return false;
+    }
+    if (SoMouseButtonEvent::isReleaseEvent(&event, SoMouseButtonEvent::BUTTON1)) {
+        processViewingEvent(&event);
+        sendClick();
+        return true;
+    }
+    m_click.reset();
+    return false;
+}
+
+void SoGuiViewer::sendClick()
+{
+    const std::unique_ptr<SoMouseButtonEvent> press = std::move(m_click);
+    SoMouseButtonEvent release = *press;
+    release.setState(SoButtonEvent::UP);
+    SoGuiRenderArea::processEvent(press.get());
+    SoGuiRenderArea::processEvent(&release);
 }
 
 bool SoGuiViewer::processViewingEvent(const SoEvent* event)
@@ -213,19 +346,32 @@ bool SoGuiViewer::processViewingEvent(const SoEvent* event)
     }
     if (!SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ANY))
         return false;
-    if (event->wasCtrlDown() || event->wasAltDown())
-        return false;
-    switch (static_cast<const SoKeyboardEvent*>(event)->getKey()) {
-    case SoKeyboardEvent::S:
+    const auto& key = *static_cast<const SoKeyboardEvent*>(event);
+    const NavigationCommand command = commandOf(m_scheme, key);
+    stopAnimation();
+    return command.kind != NavigationCommand::NONE && run(command);
+}
+
+bool SoGuiViewer::run(const NavigationCommand& command)
+{
+    switch (command.kind) {
+    case NavigationCommand::SEEK:
         setSeekMode(!m_seekMode);
         return true;
-    case SoKeyboardEvent::V:
-        viewAll();
+    case NavigationCommand::VIEW_ALL:
+        flyToAll();
         return true;
-    case SoKeyboardEvent::H:
-    case SoKeyboardEvent::HOME:
+    case NavigationCommand::HOME:
         resetToHomePosition();
         return true;
+    case NavigationCommand::CHOSEN:
+        flyToChosen();
+        return true;
+    case NavigationCommand::SIDE:
+        flyToSide(command.side);
+        return true;
+    case NavigationCommand::OTHER_CAMERA:
+        return setCameraType(getCameraType() == PERSPECTIVE ? ORTHOGRAPHIC : PERSPECTIVE);
     default:
         return false;
     }

@@ -1,42 +1,24 @@
-// Where the camera of a viewer stands and how it moves by itself.
+// Where the camera of a viewer stands.
 
 #include <kalmyr/gui/SoGuiViewer.h>
 
-#include "KeptAlive.h"
+#include "CameraTools.h"
 #include "SoGuiViewerView.h"
 
-#include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetMatrixAction.h>
-#include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
+#include <kalmyr/vrml/SoVRMLParent.h>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
-
-constexpr float kNearestShare =
-    0.001f; // of the far distance: nearer costs too much depth precision
-constexpr float kNearestToFocal = 0.1f; // of the distance of what is looked at
-constexpr float kSeekShare = 0.5f;      // of the way to the point remains after a seek
-constexpr float kMinSize = 1e-9f;       // of a view or distance
-constexpr float kMaxSize = 1e15f;
-constexpr float kPlaneSlack = 0.01f; // of the scene's depth
-
-SbBox3f boundsOf(const SoRef<SoNode>& node, const SbViewportRegion& region)
-{
-    if (!node)
-        return SbBox3f();
-    SoGetBoundingBoxAction action(region);
-    action.apply(node.get());
-    return action.getBoundingBox();
-}
 
 SoCamera* firstCamera(SoNode* scene)
 {
@@ -45,35 +27,6 @@ SoCamera* firstCamera(SoNode* scene)
     search.setSearchingKits(true);
     search.apply(scene);
     return search.isFound() ? static_cast<SoCamera*>(search.getPath()->getTail()) : nullptr;
-}
-
-float clampedSize(float size)
-{
-    return std::isfinite(size) ? std::clamp(size, kMinSize, kMaxSize) : 1.0f;
-}
-
-/// Height seen at distance 1.
-float heightScale(const SoCamera& camera)
-{
-    return 2 * std::tan(static_cast<const SoPerspectiveCamera&>(camera).heightAngle.getValue() / 2);
-}
-
-SbVec3f ahead(const SbRotation& orientation, float distance)
-{
-    return orientation.rotated(SbVec3f(0, 0, -distance));
-}
-
-/// Smooth start and end of a flight.
-float eased(float t)
-{
-    return t * t * (3 - 2 * t);
-}
-
-template <class Field, class Value>
-void setIfDifferent(Field& field, const Value& value)
-{
-    if (!(field.getValue() == value))
-        field.setValue(value);
 }
 
 /// Value of a field that a node of an optional module has, or `fallback`.
@@ -189,7 +142,7 @@ bool SoGuiViewer::placeByViewpoint()
     const SoNode& viewpoint = *m_viewpoint->getTail();
     m_camera->position = position;
     m_camera->orientation = m_viewpointPose->orientation;
-    const SbBox3f box = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion());
+    const SbBox3f box = sceneBox(m_scene.get(), getSceneManager()->getViewportRegion());
     if (!box.isEmpty())
         m_camera->focalDistance = clampedSize((box.getCenter() - position).length());
     m_heightAngle = valueOf<SoSFFloat>(viewpoint, "fieldOfView", m_heightAngle);
@@ -251,23 +204,6 @@ void SoGuiViewer::followSceneCamera()
     stateChanged();
 }
 
-void SoGuiViewer::viewAll()
-{
-    stopAnimation();
-    if (m_scene)
-        m_camera->viewAll(m_scene.get(), getSceneManager()->getViewportRegion());
-}
-
-void SoGuiViewer::saveHomePosition()
-{
-    m_home = std::make_unique<View>(currentView());
-}
-
-void SoGuiViewer::resetToHomePosition()
-{
-    flyTo(*m_home);
-}
-
 SbMatrix SoGuiViewer::cameraSpace() const
 {
     if (m_ownCamera || !m_scene)
@@ -283,100 +219,32 @@ SbMatrix SoGuiViewer::cameraSpace() const
     return matrix.getMatrix();
 }
 
-bool SoGuiViewer::seekToPoint(const SbVec2s& position)
+void SoGuiViewer::sceneExtent(SbVec3f& center, float& size) const
 {
-    SoRayPickAction pick(getSceneManager()->getViewportRegion());
-    pick.setPoint(position);
-    pick.apply(m_root.get());
-    const SoPickedPoint* hit = pick.getPickedPoint();
-    if (!hit)
-        return false;
-    View view = currentView();
-    view.center = cameraSpace().inverse().point(hit->getPoint());
-    if (getCameraType() == PERSPECTIVE) {
-        const SbVec3f way = view.center - m_camera->position.getValue();
-        view.orientation *= SbRotation(ahead(view.orientation, 1), way);
-        view.height = way.length() * heightScale(*m_camera);
+    SbBox3f box = sceneBox(m_scene.get(), getSceneManager()->getViewportRegion());
+    box.transform(cameraSpace().inverse());
+    center = box.isEmpty() ? SbVec3f(0, 0, 0) : box.getCenter();
+    size = box.isEmpty() ? 0 : box.getSize().length();
+}
+
+SbVec3f SoGuiViewer::upForCamera() const
+{
+    SbVec3f up = cameraSpace().inverse().direction(m_up);
+    return up.normalize() > 0 ? up : SbVec3f(0, 1, 0);
+}
+
+bool SoGuiViewer::namesUpDirection() const
+{
+    if (!m_namesUp) {
+        SoSearchAction search;
+        search.setType(SoVRMLParent::getClassTypeId());
+        search.setInterest(SoSearchAction::FIRST);
+        search.setSearchingAll(true);
+        if (m_scene && !SoVRMLParent::getClassTypeId().isBad())
+            search.apply(m_scene.get());
+        m_namesUp = search.isFound();
     }
-    view.height *= kSeekShare;
-    flyTo(view);
-    return true;
-}
-
-void SoGuiViewer::flyTo(const View& view)
-{
-    stopAnimation();
-    if (!(m_seekTime > 0)) {
-        applyView(view);
-        return;
-    }
-    m_from = std::make_unique<View>(currentView());
-    m_to = std::make_unique<View>(view);
-    m_flightStart = SbTime::monotonic();
-    m_flight.schedule();
-}
-
-void SoGuiViewer::flightStep(void* data, SoSensor*)
-{
-    auto* self = static_cast<SoGuiViewer*>(data);
-    const KeptAlive kept(self); // whoever watches the camera may let go of the viewer
-    const View from = *self->m_from;
-    const View to = *self->m_to;
-    const double elapsed = (SbTime::monotonic() - self->m_flightStart).getValue();
-    const float t = std::min(static_cast<float>(elapsed / self->m_seekTime), 1.0f);
-    if (t >= 1)
-        self->m_flight.unschedule();
-    const float e = eased(t);
-    View view;
-    view.center = from.center + (to.center - from.center) * e;
-    view.orientation = SbRotation::slerp(from.orientation, to.orientation, e);
-    view.height =
-        clampedSize(from.height) * std::pow(clampedSize(to.height) / clampedSize(from.height), e);
-    self->applyView(t >= 1 ? to : view);
-}
-
-void SoGuiViewer::stopAnimation()
-{
-    m_flight.unschedule();
-}
-
-void SoGuiViewer::setPlanes(float nearDistance, float farDistance)
-{
-    setIfDifferent(m_camera->nearDistance, nearDistance);
-    setIfDifferent(m_camera->farDistance, farDistance);
-}
-
-void SoGuiViewer::adjustClippingPlanes()
-{
-    SbBox3f box = boundsOf(m_scene.get(), getSceneManager()->getViewportRegion());
-    if (box.isEmpty())
-        return;
-    // Into camera space, where distances count along -z.
-    SbMatrix toWorld;
-    toWorld.setTransform(m_camera->position.getValue(), m_camera->orientation.getValue(),
-                         SbVec3f(1, 1, 1));
-    box.transform((toWorld * cameraSpace()).inverse());
-    float nearDistance = -box.getMax()[2];
-    float farDistance = -box.getMin()[2];
-    const float slack = std::max(
-        {(farDistance - nearDistance) * kPlaneSlack, std::abs(farDistance) * 1e-4f, 1e-6f});
-    nearDistance -= slack;
-    farDistance += slack;
-    if (!std::isfinite(nearDistance) || !std::isfinite(farDistance))
-        return;
-    if (getCameraType() == PERSPECTIVE) {
-        if (farDistance <= 0)
-            return; // everything is behind the eye
-        // What is looked at stays in view, even when the bounds are far too large.
-        const float focal = clampedSize(m_camera->focalDistance.getValue());
-        nearDistance =
-            std::max(nearDistance, std::min(farDistance * kNearestShare, focal * kNearestToFocal));
-    }
-    const bool enclosed = m_camera->nearDistance.getValue() <= nearDistance
-                          && m_camera->farDistance.getValue() >= farDistance;
-    // A scene's own camera is changed only when it would cut something off.
-    if (m_ownCamera || !enclosed)
-        setPlanes(nearDistance, farDistance);
+    return *m_namesUp;
 }
 
 void SoGuiViewer::aimHeadlight()
@@ -384,6 +252,14 @@ void SoGuiViewer::aimHeadlight()
     SbVec3f direction = cameraSpace().direction(ahead(m_camera->orientation.getValue(), 1));
     if (direction.normalize() > 0)
         setIfDifferent(m_headlight->direction, direction);
+}
+
+void SoGuiViewer::placeEyes()
+{
+    const float distance = clampedSize(m_camera->focalDistance.getValue());
+    getSceneManager()->setStereo(
+        m_stereo ? SoGLRenderAction::Stereo{true, distance * m_eyeSeparation, distance}
+                 : SoGLRenderAction::Stereo{});
 }
 
 void SoGuiViewer::prepareFrame()
@@ -394,10 +270,11 @@ void SoGuiViewer::prepareFrame()
         viewAll();
         saveHomePosition();
         const bool empty =
-            boundsOf(m_scene.get(), getSceneManager()->getViewportRegion()).isEmpty();
+            sceneBox(m_scene.get(), getSceneManager()->getViewportRegion()).isEmpty();
         m_placedProvisionally = empty ? m_camera->getChangeId() : 0;
     }
+    aimHeadlight();
+    placeEyes();
     if (m_autoClipping)
         adjustClippingPlanes();
-    aimHeadlight();
 }

@@ -23,6 +23,7 @@ struct View {
 
 struct Views {
     SoOutline outline;
+    int outlinedFrom = 0;
     std::vector<View> others;
     SoInspectorViews::ClickFunction* click = nullptr;
     void* clickData = nullptr;
@@ -127,10 +128,17 @@ void SoInspectorViews::setOutlined(const SoPath* path, int from)
     const SoNode* before = outline.getHead();
     redrawWhatShows(before);
     outline.setPath(path, from);
+    views().outlinedFrom = from;
     views().thread = path ? std::this_thread::get_id() : std::thread::id();
     if (outline.getHead() != before)
         redrawWhatShows(outline.getHead());
     tellOthers();
+}
+
+const SoPath* SoInspectorViews::getOutlined(int& from)
+{
+    from = views().outlinedFrom;
+    return views().thread == std::this_thread::get_id() ? views().outline.getPath() : nullptr;
 }
 
 void SoInspectorViews::setClickFunction(ClickFunction* function, void* data)

@@ -44,6 +44,8 @@ void SoSceneManagerImpl::sceneChanged(void* data, SoSensor*)
 SoNode* SoSceneManagerImpl::beginFrame()
 {
     m_redraw.unschedule();
+    m_action->setDrawStyle(m_drawStyle);
+    m_action->setStereo(m_stereo);
     SoNode* scene = m_root.getValue();
     return scene ? scene : m_nothing.get();
 }
@@ -101,6 +103,8 @@ SoGLRenderAction* SoSceneManager::getGLRenderAction() const
 
 void SoSceneManager::setBackgroundColor(const SbColor& color)
 {
+    if (color == m_impl->m_background)
+        return;
     m_impl->m_background = color;
     scheduleRedraw();
 }
@@ -112,6 +116,8 @@ const SbColor& SoSceneManager::getBackgroundColor() const
 
 void SoSceneManager::setViewportRegion(const SbViewportRegion& region)
 {
+    if (region == m_impl->m_region)
+        return;
     m_impl->m_region = region;
     m_impl->m_eventAction.setViewportRegion(region);
     scheduleRedraw();
@@ -120,6 +126,32 @@ void SoSceneManager::setViewportRegion(const SbViewportRegion& region)
 const SbViewportRegion& SoSceneManager::getViewportRegion() const
 {
     return m_impl->m_region;
+}
+
+void SoSceneManager::setDrawStyle(SoGLRenderAction::DrawStyle style)
+{
+    if (style == m_impl->m_drawStyle)
+        return;
+    m_impl->m_drawStyle = style;
+    scheduleRedraw();
+}
+
+SoGLRenderAction::DrawStyle SoSceneManager::getDrawStyle() const
+{
+    return m_impl->m_drawStyle;
+}
+
+void SoSceneManager::setStereo(const SoGLRenderAction::Stereo& stereo)
+{
+    if (stereo == m_impl->m_stereo)
+        return;
+    m_impl->m_stereo = stereo;
+    scheduleRedraw();
+}
+
+const SoGLRenderAction::Stereo& SoSceneManager::getStereo() const
+{
+    return m_impl->m_stereo;
 }
 
 void SoSceneManager::setRenderCallback(RenderCallback* function, void* data)

@@ -1,6 +1,7 @@
 #include <kalmyr/events/SoEvent.h>
 
 #include <kalmyr/events/SoEventsInit.h>
+#include <kalmyr/events/SoGestureEvent.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
@@ -30,4 +31,5 @@ void kalmyr::initEvents()
     SoKeyboardEvent::initClass();
     SoLocation2Event::initClass();
     SoMouseWheelEvent::initClass();
+    SoGestureEvent::initClass();
 }

@@ -37,6 +37,10 @@ public:
     /// show it, and has them redrawn. Null: nothing.
     static void setOutlined(const SoPath* path, int from = 0);
 
+    /// What is outlined: a path of which the nodes from number `from` on count, which may stand
+    /// anywhere in the scenes. Null without.
+    static const SoPath* getOutlined(int& from);
+
     /// For the inspector: the look of that outline, as SoOutline has it.
     static void setOutlineStyle(const SbColor& color, float width);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
@@ -8,7 +9,6 @@
 #include <memory>
 
 class SoEvent;
-class SoGLRenderAction;
 class SoNode;
 class SoSceneManagerImpl;
 
@@ -28,7 +28,8 @@ public:
     SoNode* getSceneGraph() const;
 
     /// The action that renders. Not owned: whoever sets one keeps it alive; null goes back to the
-    /// manager's own. Viewport region, background and clearing are set on it before each frame.
+    /// manager's own. Viewport region, background, clearing, draw style and stereo are set on it
+    /// before each frame.
     void setGLRenderAction(SoGLRenderAction* action);
     SoGLRenderAction* getGLRenderAction() const;
 
@@ -36,6 +37,12 @@ public:
     const SbColor& getBackgroundColor() const;
     void setViewportRegion(const SbViewportRegion& region);
     const SbViewportRegion& getViewportRegion() const;
+
+    /// What is shown of the shapes; see the action.
+    void setDrawStyle(SoGLRenderAction::DrawStyle style);
+    SoGLRenderAction::DrawStyle getDrawStyle() const;
+    void setStereo(const SoGLRenderAction::Stereo& stereo);
+    const SoGLRenderAction::Stereo& getStereo() const;
 
     /// Called when the scene wants to be drawn again: at most once between two calls of render(),
     /// when the delay queue is processed. The callee draws, or arranges to.

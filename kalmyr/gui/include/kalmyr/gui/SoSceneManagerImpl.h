@@ -21,8 +21,8 @@ public:
     void setOwnMirabo(int on) { m_ownMirabo = on; }
     int getOwnMirabo() const { return m_ownMirabo; }
 
-    /// For whoever draws by other means than SoSceneManager::render(): what is to be drawn and how,
-    /// and that it is being drawn now. Never null.
+    /// For whoever draws by other means than SoSceneManager::render(): what is to be drawn, and
+    /// that it is being drawn now; the action is told how. Never null.
     SoNode* beginFrame();
 
 private:
@@ -33,6 +33,8 @@ private:
     SoSFNode m_root;
     SbViewportRegion m_region;
     SbColor m_background{0, 0, 0};
+    SoGLRenderAction::DrawStyle m_drawStyle = SoGLRenderAction::AS_IS;
+    SoGLRenderAction::Stereo m_stereo;
     SoGLRenderAction m_ownAction;
     SoGLRenderAction* m_action = &m_ownAction;
     SoHandleEventAction m_eventAction;
