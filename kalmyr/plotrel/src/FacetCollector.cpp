@@ -2,6 +2,8 @@
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/shapes/SoAsciiText.h>
+#include <kalmyr/vrml/SoVRMLText.h>
 
 #include <algorithm>
 #include <bit>
@@ -75,9 +77,9 @@ double distanceTo(const SbVec4f& plane, const SbVec3f& p)
 
 bool isText(const SoNode* node)
 {
-    const SoType texts[] = {SoType::fromName(SbName("AsciiText")),
-                            SoType::fromName(SbName("VRMLText"))};
-    return node && (node->getTypeId() == texts[0] || node->getTypeId() == texts[1]);
+    return node
+           && (node->isOfType(SoAsciiText::getClassTypeId())
+               || node->isOfType(SoVRMLText::getClassTypeId()));
 }
 
 std::vector<std::string> stringsOf(const SoNode& text)

@@ -1,5 +1,6 @@
 #include <kalmyr/cameras/SoCamera.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetMatrixAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
@@ -54,6 +55,7 @@ SoCamera::~SoCamera() = default;
 void SoCamera::initClass()
 {
     SO_NODE_INIT_ABSTRACT_CLASS(SoCamera, SoNode, "Camera");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
 }
 
 void SoCamera::pointAt(const SbVec3f& target)

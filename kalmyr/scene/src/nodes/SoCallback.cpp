@@ -1,5 +1,6 @@
 #include <kalmyr/nodes/SoCallback.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoAction.h>
 
 SO_NODE_SOURCE(SoCallback)
@@ -14,6 +15,7 @@ SoCallback::~SoCallback() = default;
 void SoCallback::initClass()
 {
     SO_NODE_INIT_CLASS(SoCallback, SoNode, "Callback");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
 }
 
 void SoCallback::setCallback(Function* function, void* userData)

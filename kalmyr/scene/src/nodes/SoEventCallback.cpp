@@ -1,5 +1,6 @@
 #include <kalmyr/nodes/SoEventCallback.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoHandleEventAction.h>
 #include <kalmyr/core/SoLightPath.h>
 #include <kalmyr/events/SoEvent.h>
@@ -40,6 +41,7 @@ SoEventCallback::~SoEventCallback() = default;
 void SoEventCallback::initClass()
 {
     SO_NODE_INIT_CLASS(SoEventCallback, SoNode, "EventCallback");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
     SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
         static_cast<SoEventCallback*>(node)->handleEvent(static_cast<SoHandleEventAction*>(action));
     });

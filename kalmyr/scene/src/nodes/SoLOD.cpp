@@ -1,5 +1,6 @@
 #include <kalmyr/nodes/SoLOD.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/elements/SoViewElements.h>
 
@@ -21,6 +22,7 @@ SoLOD::~SoLOD() = default;
 void SoLOD::initClass()
 {
     SO_NODE_INIT_CLASS(SoLOD, SoGroup, "LOD");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
     SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
         static_cast<SoLOD*>(node)->SoGroup::doAction(action);
     });

@@ -1,5 +1,6 @@
 #include <kalmyr/nodes/SoResetTransform.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/elements/SoMatrixElements.h>
@@ -27,6 +28,7 @@ SoResetTransform::~SoResetTransform() = default;
 void SoResetTransform::initClass()
 {
     SO_NODE_INIT_CLASS(SoResetTransform, SoTransformation, "ResetTransform");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
 }
 
 void SoResetTransform::doAction(SoAction* action)

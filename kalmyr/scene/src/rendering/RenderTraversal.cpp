@@ -454,11 +454,11 @@ SoRef<const Surroundings> RenderTraversal::surroundings()
     return m_lastSurroundings;
 }
 
-void RenderTraversal::annotation(SoNode* node)
+void RenderTraversal::annotation(SoNode* node, bool mayCache)
 {
     const std::uint8_t outer = m_layer;
     m_layer = static_cast<std::uint8_t>(std::min(outer + 1, 255));
-    separator(node, true);
+    separator(node, mayCache);
     m_layer = outer;
 }
 

@@ -33,7 +33,7 @@ public:
 
     /// What the methods of the action call.
     void separator(SoNode* node, bool mayCache);
-    void annotation(SoNode* node);
+    void annotation(SoNode* node, bool mayCache = true);
     void shape(SoShape* shape);
     void background(const SbColor& top, const SbColor& bottom);
     void sky(std::vector<BackgroundStop> stops);

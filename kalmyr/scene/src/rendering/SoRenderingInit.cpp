@@ -16,7 +16,8 @@
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
-#include <kalmyr/vrml/SoVRMLLight.h>
+#include <kalmyr/vrml/SoVRMLPointLight.h>
+#include <kalmyr/vrml/SoVRMLSpotLight.h>
 
 #include <algorithm>
 #include <numbers>
@@ -65,10 +66,21 @@ void renderShape(SoAction* action, SoNode* node)
     actionOf(action).traversal().shape(static_cast<SoShape*>(node));
 }
 
+/// What the node's class would do, but never from a kept list.
 void renderViewDependent(SoAction* action, SoNode* node)
 {
-    actionOf(action).setViewDependent();
-    actionOf(action).traversal().visit(node);
+    RenderTraversal& traversal = actionOf(action).traversal();
+    traversal.setViewDependent();
+    if (node->isOfType(SoShape::getClassTypeId())) {
+        traversal.shape(static_cast<SoShape*>(node));
+    } else if (node->isOfType(SoAnnotation::getClassTypeId())) {
+        traversal.annotation(node, false);
+    } else {
+        if (node->isOfType(SoSelection::getClassTypeId())) {
+            traversal.selection(node);
+        }
+        traversal.visit(node);
+    }
 }
 
 void renderGradient(SoAction* action, SoNode* node)
@@ -153,20 +165,11 @@ void renderClipPlane(SoAction* action, SoNode* node)
     }
 }
 
-/// Nodes of areas and modules that need not be there are found by name. What they do depends on
-/// the camera, on the place in the world, or on the program.
-constexpr const char* kViewDependent[] = {
-    "Camera",        "Callback", "LOD",           "LevelOfDetail", "ResetTransform", "Viewpoint",
-    "VRMLViewpoint", "VRMLLOD",  "VRMLBillboard", "VRMLCollision", "EventCallback"};
-
-template <std::size_t N>
-void addByName(const char* const (&names)[N], SoActionMethod method)
+/// Types of an optional module that was not started yet are bad.
+void addIfKnown(SoType type, SoActionMethod method)
 {
-    for (const char* name : names) {
-        const SoType type = SoType::fromName(SbName(name));
-        if (!type.isBad()) {
-            SoGLRenderAction::addMethod(type, method);
-        }
+    if (!type.isBad()) {
+        SoGLRenderAction::addMethod(type, method);
     }
 }
 
@@ -189,10 +192,10 @@ void initRendering()
     SoGLRenderAction::addMethod(SoShape::getClassTypeId(), renderShape);
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
-    addByName({"VRMLBackground"}, renderSky);
-    addByName({"VRMLFog"}, renderFog);
-    addByName({"VRMLPointLight", "VRMLSpotLight"}, renderSceneLight);
-    addByName(kViewDependent, renderViewDependent);
+    addIfKnown(SoVRMLBackground::getClassTypeId(), renderSky);
+    addIfKnown(SoVRMLFog::getClassTypeId(), renderFog);
+    addIfKnown(SoVRMLPointLight::getClassTypeId(), renderSceneLight);
+    addIfKnown(SoVRMLSpotLight::getClassTypeId(), renderSceneLight);
     SoGeometry::setDeathObserver(&detail::GLDevice::geometryDied);
     knownTypes = SoType::getNumTypes();
 }
@@ -203,3 +206,8 @@ void finishRendering()
 }
 
 } // namespace kalmyr
+
+void SoGLRenderAction::addViewDependentType(SoType type)
+{
+    addMethod(type, kalmyr::renderViewDependent);
+}

@@ -1,5 +1,6 @@
 #include <kalmyr/vrml/SoVRMLBillboard.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
@@ -53,6 +54,7 @@ SoVRMLBillboard::~SoVRMLBillboard() = default;
 void SoVRMLBillboard::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLBillboard, SoVRMLParent, "VRMLBillboard");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
     SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
         auto* measuring = static_cast<SoGetBoundingBoxAction*>(action);
         measuring->doNotCache();

@@ -1,5 +1,6 @@
 #include <kalmyr/vrml/SoVRMLCollision.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLCollision)
@@ -17,4 +18,5 @@ SoVRMLCollision::~SoVRMLCollision() = default;
 void SoVRMLCollision::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLCollision, SoVRMLParent, "VRMLCollision");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
 }

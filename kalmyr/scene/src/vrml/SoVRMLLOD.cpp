@@ -1,5 +1,6 @@
 #include <kalmyr/vrml/SoVRMLLOD.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/elements/SoViewElements.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
@@ -24,6 +25,7 @@ SoVRMLLOD::~SoVRMLLOD() = default;
 void SoVRMLLOD::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLLOD, SoGroup, "VRMLLOD");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
     SoGetBoundingBoxAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
         static_cast<SoVRMLLOD*>(node)->SoGroup::doAction(action);
     });

@@ -1,5 +1,6 @@
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include <algorithm>
@@ -23,6 +24,7 @@ SoVRMLViewpoint::~SoVRMLViewpoint() = default;
 void SoVRMLViewpoint::initClass()
 {
     SO_NODE_INIT_CLASS(SoVRMLViewpoint, SoVRMLBindable, "VRMLViewpoint");
+    SoGLRenderAction::addViewDependentType(getClassTypeId());
 }
 
 void SoVRMLViewpoint::boundChanged(SbTime now)

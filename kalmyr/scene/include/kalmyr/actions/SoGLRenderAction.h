@@ -148,6 +148,10 @@ public:
     /// For nodes: what they do depends on the camera, the absolute position or anything else
     /// outside their subtree and the state, so it must be asked again for every frame.
     void setViewDependent();
+    /// For initClass() of node types that are so at every visit: nodes of the type, and of types
+    /// derived from it, are asked again for every frame, and so is what is above them. A derived
+    /// type with a method of its own calls setViewDependent() there.
+    static void addViewDependentType(SoType type);
 
     /// Frees what is kept in the current context for all actions. A window calls it, its context
     /// being current, before the context goes; without it the memory goes with the context.
