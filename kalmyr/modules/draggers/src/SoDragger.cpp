@@ -1,29 +1,33 @@
 #include <kalmyr/draggers/SoDragger.h>
 
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoHandleEventAction.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
+#include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
-#include <kalmyr/nodes/SoDrawStyle.h>
-#include <kalmyr/shapes/SoShape.h>
-#include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/io/SoToVRML2Action.h>
+#include <kalmyr/io/SoToVRMLAction.h>
+
+#include "HandleMatrix.h"
 
 #include <algorithm>
+#include <cmath>
 
 SO_KIT_SOURCE(SoDragger)
 
 SoDragger::SoDragger()
 {
     SO_NODE_CONSTRUCTOR(SoInteractionKit);
-    SO_KIT_PART(drawStyle);
-    SO_KIT_PART(shape);
+    SO_KIT_PART(setup);
+    SO_KIT_PART(handles);
     SO_ADD_FIELD(isActive, (false));
+    SO_ADD_FIELD(screenSize, (0.0f));
     SO_KIT_MAKE_PARTS();
-    // What it is drawn around stays in sight.
-    auto* style = static_cast<SoDrawStyle*>(getPart("drawStyle"));
-    style->style.initValue(SoDrawStyle::LINES);
+    kalmyr::detail::fillSetup(static_cast<SoGroup*>(setup.getValue()));
 }
 
 SoDragger::~SoDragger() = default;
@@ -31,15 +35,17 @@ SoDragger::~SoDragger() = default;
 void SoDragger::initClass()
 {
     SO_KIT_INIT_ABSTRACT_CLASS(SoDragger, SoInteractionKit, "Dragger");
-    s_catalog->addPart("shape", SoShape::getClassTypeId(), SoSphere::getClassTypeId(),
-                       {"geomSeparator", ""});
-    s_catalog->addPart("drawStyle", SoDrawStyle::getClassTypeId(), SoDrawStyle::getClassTypeId(),
-                       {"geomSeparator", "shape"});
-    s_catalog->setNullByDefault("drawStyle", false);
+    const SoType group = SoGroup::getClassTypeId();
+    s_catalog->addPart("handles", group, group, {"geomSeparator", ""}, false);
+    s_catalog->addPart("setup", group, group, {"geomSeparator", "handles"}, false);
+    s_catalog->setNullByDefault("handles", false);
+    s_catalog->setNullByDefault("setup", false);
     SoHandleEventAction::addMethod(getClassTypeId(), [](SoAction* action, SoNode* node) {
         static_cast<SoDragger*>(node)->handleEvent(static_cast<SoHandleEventAction*>(action));
     });
 }
+
+// Callbacks.
 
 void SoDragger::addStartCallback(Function* function, void* userData)
 {
@@ -85,25 +91,130 @@ void SoDragger::call(const Callbacks& callbacks)
         callback.function(callback.userData, this);
 }
 
-void SoDragger::doAction(SoAction* action)
+// Handles.
+
+int SoDragger::getNumHandles() const
 {
-    SoState* state = action->getState();
-    state->push();
-    SoModelMatrixElement::mult(state, this, getMotionMatrix());
-    SoInteractionKit::doAction(action);
-    state->pop();
+    const auto* group = static_cast<const SoGroup*>(handles.getValue());
+    return group ? group->getNumChildren() : 0;
 }
 
-SoDragger::Pointer SoDragger::pointerOf(SoHandleEventAction* action) const
+SoDragHandle* SoDragger::getHandle(int index) const
 {
-    const SoEvent* event = action->getEvent();
-    const SbViewVolume& volume = SoViewElement::get(action->getState()).volume;
-    const SbMatrix toLocal = SoModelMatrixElement::get(action->getState()).inverse();
-    SbLine line;
-    volume.projectPointToLine(event->getNormalizedPosition(action->getViewportRegion()), line);
-    return {line.transformed(toLocal),
-            toLocal.direction(volume.getProjectionDirection()).normalized(), event->wasShiftDown(),
-            event->wasCtrlDown()};
+    if (!kalmyr::holds(index >= 0 && index < getNumHandles(), "0 <= index < getNumHandles()"))
+        return nullptr;
+    SoNode* node = static_cast<SoGroup*>(handles.getValue())->getChild(index);
+    return node->isOfType(SoDragHandle::getClassTypeId()) ? static_cast<SoDragHandle*>(node)
+                                                          : nullptr;
+}
+
+SbMatrix SoDragger::geometryMatrix(SoState* state, const SbMatrix& motion) const
+{
+    SbMatrix matrix;
+    const SbBox3f box = m_surround ? m_surround() : SbBox3f();
+    if (!box.isEmpty()) {
+        kalmyr::detail::fitBox(box, isRound(), matrix);
+    } else if (screenSize.getValue() > 0) {
+        const SbMatrix& around = SoModelMatrixElement::get(state);
+        const float unit = kalmyr::detail::pixelSize(state, around.point(motion.point(SbVec3f())))
+                           * screenSize.getValue();
+        SbVec3f scale(1, 1, 1);
+        for (int i = 0; i < 3 && unit > 0; ++i) {
+            const float length = around.direction(SbVec3f(motion[i]).normalized()).length();
+            scale[i] = length > 0 ? unit / length : 1;
+        }
+        matrix.setScale(scale);
+    }
+    return matrix;
+}
+
+/// From the coordinates in which handles have their places to the space around.
+SbMatrix SoDragger::spaceOf(const SoDragHandle& handle, SoState* state) const
+{
+    const SbMatrix motion = getMotionMatrix();
+    return getHandleSpace(handle) * geometryMatrix(state, motion) * motion;
+}
+
+SbMatrix SoDragger::getHandleMatrix(const SoDragHandle& handle, SoState* state) const
+{
+    const SbMatrix toAround = spaceOf(handle, state);
+    if (!(handle.size.getValue() > 0))
+        return toAround;
+    const SbMatrix& around = SoModelMatrixElement::get(state);
+    const bool onScreen = screenSize.getValue() > 0 && SoViewElement::get(state).valid;
+    const SbMatrix toSpace = onScreen ? toAround * around : toAround;
+    float size = handle.size.getValue();
+    if (onScreen) {
+        const SbVec3f place = toSpace.point(handle.position.getValue());
+        size *= kalmyr::detail::pixelSize(state, place) * screenSize.getValue();
+    }
+    const SbMatrix knob = kalmyr::detail::knobMatrix(toSpace, handle.position.getValue(),
+                                                     handle.direction.getValue(), size);
+    return onScreen ? knob * around.inverse() : knob;
+}
+
+void SoDragger::doAction(SoAction* action)
+{
+    // A tool for the scene, which is no part of the scene's picture in other formats.
+    if (action->isOfType(SoToVRMLAction::getClassTypeId())
+        || action->isOfType(SoToVRML2Action::getClassTypeId()))
+        return;
+    if (screenSize.getValue() > 0 && action->isOfType(SoGetBoundingBoxAction::getClassTypeId())) {
+        // Of what has its size on the screen only the place counts, and no box around may be kept
+        // that rays are tested against.
+        auto* measuring = static_cast<SoGetBoundingBoxAction*>(action);
+        measuring->doNotCache();
+        if (m_surround)
+            return;
+        SoState* state = action->getState();
+        state->push();
+        SoModelMatrixElement::mult(state, this, getMotionMatrix());
+        measuring->extendBy(SbBox3f(SbVec3f(), SbVec3f()));
+        state->pop();
+        return;
+    }
+    SoInteractionKit::doAction(action);
+}
+
+// Events.
+
+void SoDragger::lightUp(bool on)
+{
+    for (int i = 0; i < getNumHandles(); ++i)
+        if (SoDragHandle* handle = getHandle(i))
+            if (handle->part.getValue() == m_held->part.getValue())
+                put(handle->isActive, on);
+}
+
+void SoDragger::keepValues()
+{
+    m_before.clear();
+    for (SoField* field : getFields()) {
+        if (field == &isActive || field->isOfType(SoSFNode::getClassTypeId()))
+            continue;
+        SbString text;
+        field->get(text);
+        m_before.emplace_back(field, text);
+    }
+}
+
+void SoDragger::restoreValues()
+{
+    for (const auto& [field, before] : m_before) {
+        SbString now;
+        field->get(now);
+        if (now != before)
+            field->set(before.getString());
+    }
+}
+
+SoDragPointer SoDragger::pointerOf(SoHandleEventAction* action) const
+{
+    SoDragPointer pointer(action);
+    pointer.hit = m_hit;
+    pointer.anchor = m_anchor;
+    pointer.opposite = m_opposite;
+    return pointer;
 }
 
 void SoDragger::take(SoHandleEventAction* action)
@@ -112,13 +223,40 @@ void SoDragger::take(SoHandleEventAction* action)
     const SoRef<SoPath> here(action->getCurPath());
     if (!picked || !picked->getPath()->containsPath(here.get()))
         return;
-    const SbMatrix toLocal = SoModelMatrixElement::get(action->getState()).inverse();
-    const SbVec3f hit = toLocal.point(picked->getPoint());
+    const SoPath* path = picked->getPath();
+    SoDragHandle* handle = nullptr;
+    for (int i = here->getLength(); i < path->getLength() && !handle; ++i)
+        if (path->getNode(i)->isOfType(SoDragHandle::getClassTypeId()))
+            handle = static_cast<SoDragHandle*>(path->getNode(i));
+    if (!handle || handle->motion.getValue() == SoDragHandle::NONE)
+        return;
+    m_held = handle;
+    const SbMatrix toAround = SoModelMatrixElement::get(action->getState()).inverse();
+    m_hit = SoDragPointer(action).pointNear(toAround.point(picked->getPoint()));
+    const SbMatrix space = spaceOf(*handle, action->getState());
+    const bool isKnob = handle->size.getValue() > 0;
+    m_anchor = isKnob ? space.point(handle->position.getValue()) : m_hit;
+    m_opposite = isKnob ? space.point(-handle->position.getValue())
+                        : space.point(-space.inverse().point(m_hit));
+    const SoDragPointer pointer = pointerOf(action);
     action->setGrabber(this);
     action->setHandled();
-    begin(hit, pointerOf(action));
+    keepValues();
+    lightUp(true);
+    begin(*handle, pointer);
     isActive.setValue(true);
     call(m_startCallbacks);
+}
+
+void SoDragger::letGo(SoHandleEventAction* action)
+{
+    action->releaseGrabber();
+    action->setHandled();
+    lightUp(false);
+    m_held = nullptr;
+    m_before.clear();
+    isActive.setValue(false);
+    call(m_finishCallbacks);
 }
 
 void SoDragger::handleEvent(SoHandleEventAction* action)
@@ -127,21 +265,26 @@ void SoDragger::handleEvent(SoHandleEventAction* action)
     if (!event)
         return;
     const SoRef<SoDragger> self(this); // a callback may take it out of the graph
-    if (!isActive.getValue()) {
+    if (!m_held) {
         if (SoMouseButtonEvent::isPressEvent(event, SoMouseButtonEvent::BUTTON1))
             take(action);
         return;
     }
-    if (action->getGrabber() != this) {
-        isActive.setValue(false); // somebody else let go of it
-    } else if (SoMouseButtonEvent::isReleaseEvent(event, SoMouseButtonEvent::BUTTON1)) {
-        action->releaseGrabber();
-        action->setHandled();
+    if (action->getGrabber() != this) { // somebody else let go of it
+        lightUp(false);
+        m_held = nullptr;
         isActive.setValue(false);
         call(m_finishCallbacks);
+    } else if (SoMouseButtonEvent::isReleaseEvent(event, SoMouseButtonEvent::BUTTON1)) {
+        letGo(action);
+    } else if (SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ESCAPE)) {
+        restoreValues();
+        call(m_motionCallbacks);
+        letGo(action);
     } else if (event->isOfType(SoLocation2Event::getClassTypeId())) {
         action->setHandled();
-        follow(pointerOf(action));
+        const SoRef<SoDragHandle> held = m_held;
+        follow(*held, pointerOf(action));
         call(m_motionCallbacks);
     }
 }

@@ -1,42 +1,25 @@
 #include <kalmyr/draggers/SoRotateSphericalDragger.h>
 
-#include "DragMotions.h"
-
-#include <kalmyr/shapes/SoShape.h>
-#include <kalmyr/shapes/SoSphere.h>
+#include "HandleOutlines.h"
 
 SO_KIT_SOURCE(SoRotateSphericalDragger)
 
 SoRotateSphericalDragger::SoRotateSphericalDragger()
 {
-    SO_NODE_CONSTRUCTOR(SoDragger);
+    using namespace kalmyr::detail;
+    SO_NODE_CONSTRUCTOR(SoMotionDragger);
     SO_ADD_FIELD(rotation, (SbRotation()));
+    useRotation(rotation);
     SO_KIT_MAKE_PARTS();
+    addBall({"ball", SoDragHandle::TURN_BALL, kY, kNeutral});
+    addLines({"xRing", SoDragHandle::TURN_DISC, kX, kRed}, {circle(0, 1.03f)});
+    addLines({"yRing", SoDragHandle::TURN_DISC, kY, kGreen}, {circle(1, 1.03f)});
+    addLines({"zRing", SoDragHandle::TURN_DISC, kZ, kBlue}, {circle(2, 1.03f)});
 }
 
 SoRotateSphericalDragger::~SoRotateSphericalDragger() = default;
 
 void SoRotateSphericalDragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoRotateSphericalDragger, SoDragger, "RotateSphericalDragger");
-    s_catalog->narrowTypes("shape", SoShape::getClassTypeId(), SoSphere::getClassTypeId());
-    s_catalog->setNullByDefault("shape", false);
-}
-
-SbMatrix SoRotateSphericalDragger::getMotionMatrix() const
-{
-    SbMatrix matrix;
-    matrix.setRotate(rotation.getValue());
-    return matrix;
-}
-
-void SoRotateSphericalDragger::begin(const SbVec3f& hit, const Pointer&)
-{
-    m_hit = hit;
-    m_before = rotation.getValue();
-}
-
-void SoRotateSphericalDragger::follow(const Pointer& pointer)
-{
-    rotation.setValue(m_before * kalmyr::detail::turnBall(SbVec3f(), m_hit, pointer.line));
+    SO_KIT_INIT_CLASS(SoRotateSphericalDragger, SoMotionDragger, "RotateSphericalDragger");
 }

@@ -3,13 +3,11 @@
 SO_NODE_SOURCE(SoDirectionalLightManip)
 
 SoDirectionalLightManip::SoDirectionalLightManip()
-    : m_dragger(new SoRotateSphericalDragger),
+    : m_dragger(new SoDirectionalLightDragger),
       m_manip(
           this, m_dragger,
-          [this] { direction.setValue(m_dragger->rotation.getValue().rotated(SbVec3f(0, 0, -1))); },
-          [this] {
-              m_dragger->rotation.setValue(SbRotation(SbVec3f(0, 0, -1), direction.getValue()));
-          })
+          [this] { kalmyr::detail::putValue(direction, m_dragger->direction.getValue()); },
+          [this] { kalmyr::detail::putValue(m_dragger->direction, direction.getValue()); })
 {
     SO_NODE_CONSTRUCTOR(SoDirectionalLight);
     m_manip.follow({&direction});

@@ -3,10 +3,11 @@
 SO_NODE_SOURCE(SoPointLightManip)
 
 SoPointLightManip::SoPointLightManip()
-    : m_dragger(new SoTransformDragger),
+    : m_dragger(new SoPointLightDragger),
       m_manip(
-          this, m_dragger, [this] { location.setValue(m_dragger->translation.getValue()); },
-          [this] { m_dragger->translation.setValue(location.getValue()); })
+          this, m_dragger,
+          [this] { kalmyr::detail::putValue(location, m_dragger->location.getValue()); },
+          [this] { kalmyr::detail::putValue(m_dragger->location, location.getValue()); })
 {
     SO_NODE_CONSTRUCTOR(SoPointLight);
     m_manip.follow({&location});

@@ -3,20 +3,22 @@
 SO_NODE_SOURCE(SoSpotLightManip)
 
 SoSpotLightManip::SoSpotLightManip()
-    : m_dragger(new SoTransformDragger),
+    : m_dragger(new SoSpotLightDragger),
       m_manip(
           this, m_dragger,
           [this] {
-              location.setValue(m_dragger->translation.getValue());
-              direction.setValue(m_dragger->rotation.getValue().rotated(SbVec3f(0, 0, -1)));
+              kalmyr::detail::putValue(location, m_dragger->location.getValue());
+              kalmyr::detail::putValue(direction, m_dragger->direction.getValue());
+              kalmyr::detail::putValue(cutOffAngle, m_dragger->cutOffAngle.getValue());
           },
           [this] {
-              m_dragger->translation.setValue(location.getValue());
-              m_dragger->rotation.setValue(SbRotation(SbVec3f(0, 0, -1), direction.getValue()));
+              kalmyr::detail::putValue(m_dragger->location, location.getValue());
+              kalmyr::detail::putValue(m_dragger->direction, direction.getValue());
+              kalmyr::detail::putValue(m_dragger->cutOffAngle, cutOffAngle.getValue());
           })
 {
     SO_NODE_CONSTRUCTOR(SoSpotLight);
-    m_manip.follow({&location, &direction});
+    m_manip.follow({&location, &direction, &cutOffAngle});
 }
 
 SoSpotLightManip::~SoSpotLightManip() = default;

@@ -1,15 +1,24 @@
 #include "ConvertedOthers.h"
 
 #include <kalmyr/core/SoNode.h>
+#include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/nodes/SoCallback.h>
+#include <kalmyr/nodes/SoClipPlane.h>
 #include <kalmyr/nodes/SoEnvironment.h>
+#include <kalmyr/nodes/SoEventCallback.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
 #include <kalmyr/nodes/SoInfo.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLExtraNodes.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
+#include <kalmyr/vrml/SoVRMLNavigationInfo.h>
+#include <kalmyr/vrml/SoVRMLScript.h>
+#include <kalmyr/vrml/SoVRMLSound.h>
 #include <kalmyr/vrml/SoVRMLWorldInfo.h>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <numbers>
 #include <string_view>
 
@@ -17,10 +26,19 @@ namespace kalmyr::detail {
 
 namespace {
 
-constexpr std::array<std::string_view, 11> kLost{
-    "Callback",       "ClipPlane",     "EventCallback",         "UnknownNode",
-    "VRMLBackground", "VRMLFog",       "VRMLNavigationInfo",    "VRMLScript",
-    "VRMLSound",      "VRMLWorldInfo", "VRMLTextureBackground",
+/// Types of which, as of those derived from them, nothing is left.
+constexpr SoType (*kLost[])() = {
+    SoCallback::getClassTypeId,
+    SoClipPlane::getClassTypeId,
+    SoEventCallback::getClassTypeId,
+    SoUnknownNode::getClassTypeId,
+    SoVRMLBackground::getClassTypeId,
+    SoVRMLFog::getClassTypeId,
+    SoVRMLNavigationInfo::getClassTypeId,
+    SoVRMLScript::getClassTypeId,
+    SoVRMLSound::getClassTypeId,
+    SoVRMLWorldInfo::getClassTypeId,
+    SoVRMLTextureBackground::getClassTypeId,
 };
 
 SoNode* fogOf(const SoEnvironment& from)
@@ -83,7 +101,8 @@ bool isLostWhenFlattened(const SoNode* node)
         return static_cast<const SoEnvironment*>(node)->fogType.getValue() != SoEnvironment::NONE;
     const std::string_view type = node->getTypeId().getName().view();
     return type.ends_with("Interpolator") || (type.starts_with("VRML") && type.ends_with("Sensor"))
-           || std::find(kLost.begin(), kLost.end(), type) != kLost.end();
+           || std::any_of(std::begin(kLost), std::end(kLost),
+                          [node](auto lost) { return node->isOfType(lost()); });
 }
 
 } // namespace kalmyr::detail

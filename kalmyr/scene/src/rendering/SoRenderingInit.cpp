@@ -157,6 +157,7 @@ void renderFog(SoAction* action, SoNode* node)
 
 void renderClipPlane(SoAction* action, SoNode* node)
 {
+    actionOf(action).traversal().visit(node); // what belongs to the node itself is not cut
     const auto* clip = static_cast<SoClipPlane*>(node);
     if (clip->on.getValue() && !clip->on.isIgnored()) {
         const SbPlane& plane = clip->plane.getValue();

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <kalmyr/draggers/SoDragger.h>
+#include <kalmyr/draggers/SoMotionDragger.h>
 
-/// Turns about its centre, as a ball under the hand.
-class KALMYR_VISIBLE SoRotateSphericalDragger final : public SoDragger {
+/// Turns any way as a ball under the hand, and about its own axes by the rings. Shift turns the
+/// ball about the axis that the turn is nearest to, and the rings in steps of 15 degrees.
+class KALMYR_VISIBLE SoRotateSphericalDragger final : public SoMotionDragger {
     SO_KIT_HEADER(SoRotateSphericalDragger)
 
 public:
@@ -12,14 +13,7 @@ public:
 
     SoSFRotation rotation;
 
-    SbMatrix getMotionMatrix() const override;
-
 protected:
     ~SoRotateSphericalDragger() override;
-    void begin(const SbVec3f& hit, const Pointer& pointer) override;
-    void follow(const Pointer& pointer) override;
-
-private:
-    SbVec3f m_hit;
-    SbRotation m_before;
+    bool isRound() const override { return true; }
 };

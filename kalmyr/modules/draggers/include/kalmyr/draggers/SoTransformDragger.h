@@ -1,11 +1,14 @@
 #pragma once
 
-#include <kalmyr/base/SbPlane.h>
-#include <kalmyr/draggers/SoDragger.h>
+#include <kalmyr/draggers/SoMotionDragger.h>
 
-/// Moves across the line of sight; with Shift it turns about its centre, with Ctrl it grows and
-/// shrinks.
-class KALMYR_VISIBLE SoTransformDragger final : public SoDragger {
+/// Moves, turns and scales as a transform with the same fields does, by a box with handles.
+///
+/// The faces move in their planes; with Shift along one of their sides, with Ctrl towards their
+/// normals. The edges, and the balls on them, turn about the axis that runs as they do; with Shift
+/// in steps of 15 degrees. The corners scale evenly about the centre; with Ctrl about the opposite
+/// corner, with Shift along one axis only.
+class KALMYR_VISIBLE SoTransformDragger final : public SoMotionDragger {
     SO_KIT_HEADER(SoTransformDragger)
 
 public:
@@ -13,20 +16,15 @@ public:
     static void initClass();
 
     SoSFVec3f translation;
+    SoSFVec3f minTranslation; ///< 0 0 0; holds where it is not above the other
+    SoSFVec3f maxTranslation; ///< -1 -1 -1
     SoSFRotation rotation;
     SoSFVec3f scaleFactor;
-
-    SbMatrix getMotionMatrix() const override;
+    SoSFFloat minScaleFactor;      ///< 0.001
+    SoSFFloat maxScaleFactor;      ///< 0; below the other: none
+    SoSFRotation scaleOrientation; ///< axes of the scale, as of a transform
+    SoSFVec3f center;              ///< what turning and scaling leave where it is
 
 protected:
     ~SoTransformDragger() override;
-    void begin(const SbVec3f& hit, const Pointer& pointer) override;
-    void follow(const Pointer& pointer) override;
-
-private:
-    SbVec3f m_hit;
-    SbPlane m_plane; ///< across the line of sight, through the point where it was taken
-    SbVec3f m_moved;
-    SbRotation m_turned;
-    SbVec3f m_scaled;
 };

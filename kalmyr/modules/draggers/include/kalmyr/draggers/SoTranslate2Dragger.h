@@ -1,10 +1,10 @@
 #pragma once
 
-#include <kalmyr/base/SbPlane.h>
-#include <kalmyr/draggers/SoDragger.h>
+#include <kalmyr/draggers/SoMotionDragger.h>
 
-/// Moves in its own xy plane.
-class KALMYR_VISIBLE SoTranslate2Dragger final : public SoDragger {
+/// Moves in its own xy plane by the plate, along x or y by the arrows. Shift keeps the plate to
+/// that one of the two axes in which the pointer has gone further.
+class KALMYR_VISIBLE SoTranslate2Dragger final : public SoMotionDragger {
     SO_KIT_HEADER(SoTranslate2Dragger)
 
 public:
@@ -12,15 +12,10 @@ public:
     static void initClass();
 
     SoSFVec3f translation;
-
-    SbMatrix getMotionMatrix() const override;
+    SoSFVec3f minTranslation; ///< 0 0 0; holds where it is not above the other
+    SoSFVec3f maxTranslation; ///< -1 -1 -1
 
 protected:
     ~SoTranslate2Dragger() override;
-    void begin(const SbVec3f& hit, const Pointer& pointer) override;
-    void follow(const Pointer& pointer) override;
-
-private:
-    SbVec3f m_hit;
-    SbVec3f m_before;
+    bool isRound() const override { return true; }
 };

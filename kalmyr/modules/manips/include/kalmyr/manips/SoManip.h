@@ -16,6 +16,14 @@ class SoPath;
 
 namespace kalmyr::detail {
 
+/// Sets a field to what it does not say already.
+template <class Field, class Value>
+void putValue(Field& field, const Value& value)
+{
+    if (!(field.getValue() == value))
+        field.setValue(value);
+}
+
 /// The dragger inside a node that can be edited in the scene: the node's fields follow the dragger
 /// while the user moves it, and the dragger follows them at all other times. A child that is the
 /// node's own business: not written, not copied.
@@ -23,7 +31,8 @@ class KALMYR_VISIBLE ManipDragger {
 public:
     using Step = std::function<void()>;
 
-    /// `toNode` puts what the dragger says into the owner's fields, `toDragger` the other way.
+    /// `toNode` puts what the dragger says into the owner's fields, `toDragger` the other way; both
+    /// set only what differs.
     ManipDragger(SoNode* owner, SoDragger* dragger, Step toNode, Step toDragger);
     ~ManipDragger();
     ManipDragger(const ManipDragger&) = delete;
@@ -32,6 +41,8 @@ public:
     /// Follows these fields of the owner from now on; last in its constructor.
     void follow(std::initializer_list<SoField*> fields);
     SoChildList* children() { return &m_children; }
+    SoDragger* dragger() const { return m_dragger.get(); }
+    /// Not where the action is on its way to something beside the owner.
     void traverse(SoAction* action);
 
 private:
@@ -46,6 +57,9 @@ private:
     bool m_updating = false;
 };
 
+/// Size on the screen of the draggers in manipulators.
+inline constexpr float kManipSize = 70;
+
 } // namespace kalmyr::detail
 
 /// Puts nodes that can be edited in the scene in the place of plain ones, and back.
@@ -53,9 +67,17 @@ class KALMYR_VISIBLE SoManip {
 public:
     SoManip() = delete;
 
-    /// Replaces the node at the end of a path by one of another class, with the fields that both
-    /// have, by name, their values and what feeds them. False, with nothing changed, when the node
-    /// is no group's child. For a transform: replaceNode(path, new SoTransformManip); back again:
-    /// replaceNode(path, new SoTransform).
+    /// Replaces the node at the end of a path by one of another class. It gets the name and the
+    /// override flag of the old node, and for the fields that both have, by name, their values,
+    /// what feeds them and what they feed. Works for children of groups and for parts of kits.
+    /// False, with nothing changed, for a node that is neither, and where the new one may not
+    /// stand.
+    ///
+    /// For a transform: replaceNode(path, new SoTransformManip).
     static bool replaceNode(SoPath* path, SoNode* by);
+    /// Replaces the manipulator at the end of a path by a plain node, in the same way; without one
+    /// by a new node of the class that the manipulator extends. False for what is no manipulator.
+    static bool replaceManip(SoPath* path, SoNode* by = nullptr);
+    /// Whether the node is one of this module.
+    static bool isManip(const SoNode* node);
 };

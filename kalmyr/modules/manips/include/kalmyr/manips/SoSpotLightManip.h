@@ -1,16 +1,18 @@
 #pragma once
 
-#include <kalmyr/draggers/SoTransformDragger.h>
+#include <kalmyr/draggers/SoSpotLightDragger.h>
 #include <kalmyr/lights/SoSpotLight.h>
 #include <kalmyr/manips/SoManip.h>
 
-/// A spot light that the user can take hold of, move, and with Shift turn.
+/// A spot light that the user moves, turns and opens: see SoSpotLightDragger.
 class KALMYR_VISIBLE SoSpotLightManip final : public SoSpotLight {
     SO_NODE_HEADER(SoSpotLightManip)
 
 public:
     SoSpotLightManip();
     static void initClass();
+
+    SoSpotLightDragger* getDragger() const { return m_dragger; }
 
     SoChildList* getInternalChildren() const override { return m_manip.children(); }
     void doAction(SoAction* action) override;
@@ -19,6 +21,6 @@ protected:
     ~SoSpotLightManip() override;
 
 private:
-    SoTransformDragger* m_dragger; // Not owned; m_manip holds it.
+    SoSpotLightDragger* m_dragger; // Not owned; m_manip holds it.
     mutable kalmyr::detail::ManipDragger m_manip;
 };
