@@ -211,6 +211,11 @@ inline std::vector<ViewedScene> viewedScenes()
               + "IndexedTriangleStripSet { coordIndex [ 6, 7, 8, 9, 10, 11, -1 ] }")},
         {"SolidText", seen("Rotation { rotation 0 1 0 .6 } Font { size 1.6 } " + colored(".8 .5 .2")
                            + "Text3 { string \"Ag8\" depth .5 justification CENTER }")},
+        {"SizedInPixels",
+         seen(colored(".2 .4 .9") + at("0 0 -3", "Cube { width 3 }") + colored(".9 .9 .2")
+              + "Coordinate3 { point [ -1.5 1 0, 0 1.2 .5, 1.6 .8 0, 0 0 0 ] } MarkerSet { "
+                "markerIndex [ 3, 11, 47, 7 ] } Translation { translation -1 -1 0 } Image { width "
+                "40 height 20 image 2 1 3 0xff0000 0x00ff00 }")},
         {"TrianglesAndQuads",
          seen("Rotation { rotation 0 1 0 .4 } Material { diffuseColor [ .9 .5 .3, .3 .6 .9 ] } "
               "MaterialBinding { value PER_FACE } Coordinate3 { point [ -2 -1 0, -1 -1 .5, -1.5 1 "

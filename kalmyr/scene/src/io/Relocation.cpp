@@ -4,6 +4,7 @@
 
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
@@ -63,6 +64,10 @@ const SbString* originOf(const SoNode* node, const SoField* field)
     if (node->isOfType(SoTexture2::getClassTypeId())) {
         const auto* texture = static_cast<const SoTexture2*>(node);
         return field == &texture->filename ? &texture->getDirectory() : nullptr;
+    }
+    if (node->isOfType(SoImage::getClassTypeId())) {
+        const auto* picture = static_cast<const SoImage*>(node);
+        return field == &picture->filename ? &picture->getDirectory() : nullptr;
     }
     if (node->isOfType(SoVRMLImageTexture::getClassTypeId())) {
         const auto* texture = static_cast<const SoVRMLImageTexture*>(node);

@@ -8,6 +8,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
@@ -115,6 +116,11 @@ SbString pictureName(const SoTexture2& node)
     return node.filename.getValue();
 }
 
+SbString pictureName(const SoImage& node)
+{
+    return node.filename.getValue();
+}
+
 SbString pictureName(const SoVRMLImageTexture& node)
 {
     return node.url[0];
@@ -159,6 +165,7 @@ void installReadHooks()
     SoDB::setReadHook(SoFile::getClassTypeId(), readFileNode);
     SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), readTexture<SoVRMLImageTexture>);
     SoDB::setReadHook(SoTexture2::getClassTypeId(), readTexture<SoTexture2>);
+    SoDB::setReadHook(SoImage::getClassTypeId(), readTexture<SoImage>);
     SoDB::setReadHook(SoVRMLIndexedFaceSet::getClassTypeId(), checkPoints<SoVRMLIndexedFaceSet>);
     SoDB::setReadHook(SoVRMLIndexedLineSet::getClassTypeId(), checkPoints<SoVRMLIndexedLineSet>);
 }

@@ -1,6 +1,7 @@
 #include <kalmyr/io/SoSceneConversionAction.h>
 
 #include "ConvertedOthers.h"
+#include "shapes/MarkerBuilder.h"
 
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/cameras/SoCamera.h>
@@ -17,6 +18,8 @@
 #include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/shapes/SoGeometry.h>
+#include <kalmyr/shapes/SoIndexedMarkerSet.h>
+#include <kalmyr/shapes/SoMarkerSet.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLLight.h>
@@ -302,9 +305,16 @@ void SoSceneConversionAction::convertLOD(SoNode* node)
 
 void SoSceneConversionAction::convertShape(SoShape* shape)
 {
-    const SoRef<SoGeometry> geometry = shape->getGeometry(getState());
+    SoRef<SoGeometry> geometry = shape->getGeometry(getState());
+    // The formats have nothing with a size in pixels but points.
+    const bool isMarkers = shape->isOfType(SoMarkerSet::getClassTypeId())
+                           || shape->isOfType(SoIndexedMarkerSet::getClassTypeId());
+    if (geometry && isMarkers)
+        geometry = kalmyr::detail::pointsOfMarkers(*geometry);
     if (!geometry || geometry->isEmpty())
         return;
+    if (geometry->isSizedInPixels())
+        return noteLoss(shape);
     SoNode* made = makeShape(shape, *geometry);
     if (made && !shape->getName().isEmpty() && made->getName().isEmpty())
         made->setName(shape->getName());

@@ -27,6 +27,7 @@
 #include <kalmyr/nodes/SoNormalBinding.h>
 #include <kalmyr/nodes/SoPackedColor.h>
 #include <kalmyr/nodes/SoPickStyle.h>
+#include <kalmyr/nodes/SoPixelScale.h>
 #include <kalmyr/nodes/SoResetTransform.h>
 #include <kalmyr/nodes/SoRotation.h>
 #include <kalmyr/nodes/SoRotationXYZ.h>
@@ -62,6 +63,7 @@ void kalmyr::initNodes()
     SoRotation::initClass();
     SoRotationXYZ::initClass();
     SoScale::initClass();
+    SoPixelScale::initClass();
     SoMatrixTransform::initClass();
     SoResetTransform::initClass();
     SoMaterial::initClass();

@@ -2,12 +2,11 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/base/SbFileHelper.h>
-#include <kalmyr/base/SoReadError.h>
 #include <kalmyr/core/SoImageFile.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoTextureElement.h>
 
-#include "core/CacheLock.h"
+#include "core/LoadedPicture.h"
 
 namespace {
 
@@ -75,19 +74,7 @@ const SbImage& SoTexture2::getPicture()
     const SbString& name = filename.getValue();
     if (filename.isIgnored() || name.isEmpty())
         return image.getValue();
-    SbString error, path;
-    {
-        const kalmyr::detail::CacheLock lock;
-        if (name == m_loadedName)
-            return m_loaded;
-        m_loadedName = name;
-        path = SoImageFile::findFile(name, m_directory);
-        if (SoImageFile::read(path, m_loaded, &error))
-            return m_loaded;
-    }
-    // Without the lock: a handler may do anything.
-    SoError::post("texture \"%s\": %s", path.getString(), error.getString());
-    return m_loaded;
+    return kalmyr::detail::loadPicture(name, m_directory, "texture", m_loadedName, m_loaded);
 }
 
 void SoTexture2::doAction(SoAction* action)

@@ -6,6 +6,8 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoTextureElement.h>
 #include <kalmyr/nodes/SoAnnotation.h>
 #include <kalmyr/nodes/SoClipPlane.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
@@ -13,6 +15,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
+#include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
@@ -64,6 +67,22 @@ void renderSelection(SoAction* action, SoNode* node)
 void renderShape(SoAction* action, SoNode* node)
 {
     actionOf(action).traversal().shape(static_cast<SoShape*>(node));
+}
+
+/// A picture brings its own colours: those of the state would be painted on it.
+void renderImage(SoAction* action, SoNode* node)
+{
+    SoState* state = action->getState();
+    state->push();
+    auto& element = state->write<SoTextureElement>();
+    element.value() = {};
+    element.value().image = static_cast<SoImage*>(node)->getPicture();
+    element.value().wrapS = element.value().wrapT = SoTextureValues::CLAMP;
+    element.value().model = SoTextureValues::REPLACE;
+    element.setBy(node);
+    state->write<SoTextureMatrixElement>().set(node, SbMatrix::identity());
+    renderShape(action, node);
+    state->pop();
 }
 
 /// What the node's class would do, but never from a kept list.
@@ -191,6 +210,7 @@ void initRendering()
     SoGLRenderAction::addMethod(SoAnnotation::getClassTypeId(), renderAnnotation);
     SoGLRenderAction::addMethod(SoSelection::getClassTypeId(), renderSelection);
     SoGLRenderAction::addMethod(SoShape::getClassTypeId(), renderShape);
+    SoGLRenderAction::addMethod(SoImage::getClassTypeId(), renderImage);
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
     addIfKnown(SoVRMLBackground::getClassTypeId(), renderSky);

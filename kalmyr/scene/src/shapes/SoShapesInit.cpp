@@ -5,14 +5,17 @@
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoCylinder.h>
 #include <kalmyr/shapes/SoFaceSet.h>
+#include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
+#include <kalmyr/shapes/SoIndexedMarkerSet.h>
 #include <kalmyr/shapes/SoIndexedPointSet.h>
 #include <kalmyr/shapes/SoIndexedQuadSet.h>
 #include <kalmyr/shapes/SoIndexedShape.h>
 #include <kalmyr/shapes/SoIndexedTriangleSet.h>
 #include <kalmyr/shapes/SoIndexedTriangleStripSet.h>
 #include <kalmyr/shapes/SoLineSet.h>
+#include <kalmyr/shapes/SoMarkerSet.h>
 #include <kalmyr/shapes/SoNonIndexedShape.h>
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
@@ -47,6 +50,9 @@ void kalmyr::initShapes()
     SoIndexedLineSet::initClass();
     SoPointSet::initClass();
     SoIndexedPointSet::initClass();
+    SoMarkerSet::initClass();
+    SoIndexedMarkerSet::initClass();
+    SoImage::initClass();
     SoAsciiText::initClass();
     SoText3::initClass();
 }
