@@ -44,7 +44,7 @@ bool AttributeLookup::hasEnough(const Counts& counts) const
     case CORNER:
         return m_size >= counts.corners;
     case COORDINATE:
-        return m_size >= counts.positions;
+        return static_cast<std::int64_t>(m_size) >= counts.positions - m_firstCoord;
     default:
         return true;
     }

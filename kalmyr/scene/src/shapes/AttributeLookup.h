@@ -45,7 +45,7 @@ class AttributeLookup {
 public:
     template <class T>
     AttributeLookup(const Attribute<T>& attribute, std::span<const std::int32_t> coordIndex)
-        : m_size(attribute.values.size()), m_field(attribute.indexField)
+        : m_size(attribute.getCount()), m_field(attribute.indexField)
     {
         if (m_size == 0)
             return;
@@ -54,8 +54,10 @@ public:
         chooseMode(attribute.binding, indexed);
         if (m_explicit)
             m_indices = attribute.indices;
-        if (m_mode == COORDINATE)
+        if (m_mode == COORDINATE) {
             m_indices = coordIndex;
+            m_firstCoord = attribute.firstCoord;
+        }
     }
 
     bool isGiven() const { return m_mode != NONE; }
@@ -78,7 +80,7 @@ public:
             return static_cast<std::int64_t>(std::min(i, m_size - 1));
         const std::int64_t value = i < m_indices.size() ? m_indices[i] : -1;
         if (!m_explicit)
-            return std::min(value, static_cast<std::int64_t>(m_size) - 1);
+            return std::min(value - m_firstCoord, static_cast<std::int64_t>(m_size) - 1);
         if (value >= 0 && value < static_cast<std::int64_t>(m_size))
             return value;
         fault.record(m_field, value, m_size, i);
@@ -107,6 +109,7 @@ private:
 
     Mode m_mode = NONE;
     bool m_explicit = false;
+    std::int64_t m_firstCoord = 0;
     std::size_t m_size = 0;
     std::span<const std::int32_t> m_indices;
     const char* m_field = nullptr;

@@ -1,6 +1,7 @@
 #include "FaceMesh.h"
 
 #include "FaceTessellator.h"
+#include "PrimitiveRuns.h"
 
 #include <cmath>
 #include <optional>
@@ -13,17 +14,13 @@ struct FaceMesh::Reader {
     const FaceInput& input;
     const AttributeLookup* const* attributes;
     int numAttributes;
+    PrimitiveRuns runs;
 
     std::uint32_t run = 0;
     std::uint32_t faceNumber = 0;
     std::int32_t highest = -1;
 
     void readRun(std::uint32_t begin, std::uint32_t end);
-    void addPolygon(std::uint32_t begin, std::uint32_t end);
-    void addStrip(std::uint32_t begin, std::uint32_t end);
-    void addQuads(std::uint32_t begin, std::uint32_t end);
-    void addFaces(std::uint32_t begin, std::uint32_t end);
-    void addFace(std::initializer_list<std::uint32_t> corners);
     bool isUsable(std::size_t firstCorner, const Face& face);
     void finishFace(std::uint32_t first);
 };
@@ -58,75 +55,30 @@ void FaceMesh::Reader::finishFace(std::uint32_t first)
     mesh.faces.push_back(face);
 }
 
-void FaceMesh::Reader::addPolygon(std::uint32_t begin, std::uint32_t end)
-{
-    const auto first = static_cast<std::uint32_t>(mesh.slots.size());
-    for (std::uint32_t slot = begin; slot < end; ++slot)
-        mesh.slots.push_back(slot);
-    finishFace(first);
-}
-
-void FaceMesh::Reader::addFace(std::initializer_list<std::uint32_t> corners)
-{
-    const auto first = static_cast<std::uint32_t>(mesh.slots.size());
-    mesh.slots.insert(mesh.slots.end(), corners);
-    finishFace(first);
-}
-
-void FaceMesh::Reader::addStrip(std::uint32_t begin, std::uint32_t end)
-{
-    for (std::uint32_t s = begin; s + 2 < end; ++s) {
-        if ((s - begin) % 2 == 0)
-            addFace({s, s + 1, s + 2});
-        else
-            addFace({s + 1, s, s + 2});
-    }
-}
-
-void FaceMesh::Reader::addQuads(std::uint32_t begin, std::uint32_t end)
-{
-    for (std::uint32_t s = begin; s + 3 < end; s += 2)
-        addFace({s, s + 1, s + 3, s + 2});
-}
-
-void FaceMesh::Reader::addFaces(std::uint32_t begin, std::uint32_t end)
-{
-    for (std::uint32_t s = begin; end - s >= input.faceSize; s += input.faceSize)
-        addPolygon(s, s + input.faceSize);
-}
-
 void FaceMesh::Reader::readRun(std::uint32_t begin, std::uint32_t end)
 {
-    if (input.faceSize > 0)
-        addFaces(begin, end);
-    else if (input.quadStrips)
-        addQuads(begin, end);
-    else if (input.strips)
-        addStrip(begin, end);
-    else
-        addPolygon(begin, end);
+    const std::uint32_t count = runs.count(end - begin);
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const auto first = static_cast<std::uint32_t>(mesh.slots.size());
+        runs.addCorners(begin, end, k, mesh.slots);
+        finishFace(first);
+    }
     ++run;
 }
 
 void FaceMesh::read(const FaceInput& input, const AttributeLookup* const* attributes,
                     int numAttributes)
 {
-    Reader reader{*this, input, attributes, numAttributes};
+    Reader reader{*this, input, attributes, numAttributes, PrimitiveRuns::of(input)};
     const auto size = static_cast<std::uint32_t>(input.coordIndex.size());
     slots.reserve(input.strips || input.quadStrips ? size * 3UL : size);
     faces.reserve(size / 4 + 2);
-    std::uint32_t begin = 0;
-    for (std::uint32_t s = 0; s < size; ++s) {
-        if (input.coordIndex[s] != -1)
-            continue;
-        reader.readRun(begin, s);
-        begin = s + 1;
-    }
-    if (begin < size)
-        reader.readRun(begin, size);
+    forRuns(input.coordIndex,
+            [&](std::uint32_t begin, std::uint32_t end) { reader.readRun(begin, end); });
     counts.parts = input.faceSize > 0 ? reader.faceNumber : reader.run;
     counts.faces = reader.faceNumber;
-    counts.corners = reader.run > 0 ? size - reader.run + (begin < size ? 1 : 0) : 0;
+    const bool openEnd = size > 0 && input.coordIndex.back() != -1;
+    counts.corners = size - reader.run + (openEnd ? 1 : 0);
     counts.positions = static_cast<std::uint32_t>(reader.highest + 1);
     faces.push_back({static_cast<std::uint32_t>(slots.size()), 0, 0, 0});
 }

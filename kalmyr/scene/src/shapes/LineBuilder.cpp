@@ -2,15 +2,19 @@
 
 #include "AttributeLookup.h"
 #include "GeometryOutput.h"
+#include "PrimitiveRuns.h"
 #include "VertexTable.h"
 
 #include <kalmyr/shapes/SoGeometry.h>
+
+#include <numeric>
 
 namespace kalmyr {
 
 namespace {
 
 using detail::AttributeLookup;
+using detail::forRuns;
 using detail::Place;
 using detail::VertexTable;
 
@@ -78,29 +82,31 @@ private:
     detail::Fault m_fault;
 };
 
-/// Runs of indices between the -1s: calls back with begin and end of each.
-template <class F>
-void forRuns(std::span<const std::int32_t> indices, F&& function)
-{
-    std::size_t begin = 0;
-    for (std::size_t s = 0; s < indices.size(); ++s) {
-        if (indices[s] != -1)
-            continue;
-        function(begin, s);
-        begin = s + 1;
+/// Numbers of segments or points, listed from the first gap on.
+struct Numbers {
+    std::vector<std::int32_t>& list;
+    bool hasGap = false;
+
+    void add(std::uint32_t first, std::uint32_t count, bool usable)
+    {
+        if (!usable && !hasGap && count > 0) {
+            hasGap = true;
+            list.resize(first);
+            std::iota(list.begin(), list.end(), 0);
+        }
+        for (std::uint32_t i = first; usable && hasGap && i < first + count; ++i)
+            list.push_back(static_cast<std::int32_t>(i));
     }
-    if (begin < indices.size())
-        function(begin, indices.size());
-}
+};
 
 detail::Counts countLines(const VertexInput& input)
 {
     detail::Counts counts;
-    forRuns(input.coordIndex, [&](std::size_t begin, std::size_t end) {
+    forRuns(input.coordIndex, [&](std::uint32_t begin, std::uint32_t end) {
         ++counts.faces;
-        counts.corners += static_cast<std::uint32_t>(end - begin);
+        counts.corners += end - begin;
         if (end - begin > 1)
-            counts.parts += static_cast<std::uint32_t>(end - begin - 1);
+            counts.parts += end - begin - 1;
     });
     for (const std::int32_t i : input.coordIndex) {
         if (i >= 0 && static_cast<std::size_t>(i) < input.positions.size())
@@ -115,22 +121,24 @@ void LineBuilder::build(SoGeometry& geometry) const
 {
     VertexCollector vertices(m_input, countLines(m_input), m_input.coordIndex.size());
     std::uint32_t line = 0, firstSegment = 0;
-    forRuns(m_input.coordIndex, [&](std::size_t begin, std::size_t end) {
+    Numbers numbers{geometry.lineNumbers};
+    forRuns(m_input.coordIndex, [&](std::uint32_t begin, std::uint32_t end) {
         const std::size_t before = geometry.lines.size();
         bool usable = true;
-        for (std::size_t s = begin; s + 1 < end && usable; ++s) {
-            const auto segment = firstSegment + static_cast<std::uint32_t>(s - begin);
-            for (std::size_t corner = s; corner <= s + 1 && usable; ++corner) {
+        for (std::uint32_t s = begin; s + 1 < end && usable; ++s) {
+            const auto segment = firstSegment + (s - begin);
+            for (std::uint32_t corner = s; corner <= s + 1 && usable; ++corner) {
                 std::uint32_t vertex = 0;
-                const Place place{static_cast<std::uint32_t>(corner), line, line, segment};
+                const Place place{corner, line, line, segment};
                 usable = vertices.add(place, m_input.coordIndex[corner], vertex);
                 geometry.lines.push_back(vertex);
             }
         }
         if (!usable)
             geometry.lines.resize(before);
+        numbers.add(firstSegment, end - begin > 1 ? end - begin - 1 : 0, usable);
         if (end - begin > 1)
-            firstSegment += static_cast<std::uint32_t>(end - begin - 1);
+            firstSegment += end - begin - 1;
         ++line;
     });
     vertices.finish(geometry);
@@ -145,6 +153,7 @@ void PointBuilder::build(SoGeometry& geometry) const
         static_cast<std::uint32_t>(count);
     VertexCollector vertices(m_input, counts, count);
     std::uint32_t number = 0;
+    Numbers numbers{geometry.pointNumbers};
     for (std::size_t i = 0; i < count; ++i) {
         const std::int32_t index = all ? static_cast<std::int32_t>(i) : m_input.coordIndex[i];
         if (index == -1)
@@ -153,8 +162,10 @@ void PointBuilder::build(SoGeometry& geometry) const
         const Place place{static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(i) - number,
                           number, number};
         std::uint32_t vertex = 0;
-        if (vertices.add(place, index, vertex))
+        const bool usable = vertices.add(place, index, vertex);
+        if (usable)
             geometry.points.push_back(vertex);
+        numbers.add(number, 1, usable);
         ++number;
     }
     vertices.finish(geometry);

@@ -4,8 +4,7 @@
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetPrimitiveCountAction.h>
 #include <kalmyr/actions/SoRayPickAction.h>
-#include <kalmyr/details/SoFaceDetail.h>
-#include <kalmyr/details/SoLineDetail.h>
+#include <kalmyr/details/SoDetail.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoMatrixElements.h>
@@ -59,9 +58,23 @@ SbVec3f faceNormal(const SoGeometry& g, const std::uint32_t* corners)
     return (g.positions[corners[1]] - a).cross(g.positions[corners[2]] - a).normalized();
 }
 
-void addTriangleHit(SoRayPickAction* action, const SoGeometry& g, const SoPickRay& ray,
+/// A shape that is picked.
+struct Picked {
+    SoRayPickAction* action;
+    const SoShape* shape;
+    const SoGeometry& geometry;
+
+    void describe(SoPickedPoint* picked, SoShape::Primitive primitive, std::size_t index) const
+    {
+        picked->setDetail(shape->createDetail(action->getState(), geometry, primitive, index,
+                                              picked->getObjectPoint()));
+    }
+};
+
+void addTriangleHit(const Picked& target, const SoPickRay& ray,
                     const kalmyr::TriangleTree::Hit& met)
 {
+    const SoGeometry& g = target.geometry;
     const std::uint32_t* corners = &g.triangles[met.triangle * 3];
     SoPickHit hit;
     hit.t = met.t;
@@ -76,18 +89,17 @@ void addTriangleHit(SoRayPickAction* action, const SoGeometry& g, const SoPickRa
     }
     if (hit.normal.normalize() == 0)
         hit.normal = faceNormal(g, corners);
-    SoPickedPoint* picked = action->addHit(hit);
+    SoPickedPoint* picked = target.action->addHit(hit);
     if (!picked)
         return;
     picked->setTextureCoords(texCoord);
-    auto detail = std::make_unique<SoFaceDetail>();
-    detail->setFaceIndex(g.triangleFaces.empty() ? static_cast<int>(met.triangle)
-                                                 : g.triangleFaces[met.triangle]);
-    picked->setDetail(std::move(detail));
+    target.describe(picked, SoShape::Primitive::TRIANGLE, met.triangle);
 }
 
-void pickTriangles(SoRayPickAction* action, const SoGeometry& g)
+void pickTriangles(const Picked& target)
 {
+    const SoGeometry& g = target.geometry;
+    SoRayPickAction* action = target.action;
     if (g.triangles.empty())
         return;
     const SoPickRay ray = action->getObjectRay();
@@ -95,7 +107,7 @@ void pickTriangles(SoRayPickAction* action, const SoGeometry& g)
         return;
     const kalmyr::TriangleTree& tree = g.getTriangleTree();
     const auto add = [&](const kalmyr::TriangleTree::Hit& met) {
-        addTriangleHit(action, g, ray, met);
+        addTriangleHit(target, ray, met);
         return true;
     };
     kalmyr::TriangleTree::Hit nearest;
@@ -105,28 +117,22 @@ void pickTriangles(SoRayPickAction* action, const SoGeometry& g)
         add(nearest);
 }
 
-void pickLinesAndPoints(SoRayPickAction* action, const SoGeometry& g)
+void pickLinesAndPoints(const Picked& target)
 {
+    const SoGeometry& g = target.geometry;
     SoPickHit hit;
     for (std::size_t i = 0; i + 1 < g.lines.size(); i += 2) {
-        if (!action->intersectLine(g.positions[g.lines[i]], g.positions[g.lines[i + 1]], hit))
+        if (!target.action->intersectLine(g.positions[g.lines[i]], g.positions[g.lines[i + 1]],
+                                          hit))
             continue;
-        SoPickedPoint* picked = action->addHit(hit);
-        if (!picked)
-            continue;
-        auto detail = std::make_unique<SoLineDetail>();
-        detail->setPartIndex(static_cast<int>(i / 2));
-        picked->setDetail(std::move(detail));
+        if (SoPickedPoint* picked = target.action->addHit(hit))
+            target.describe(picked, SoShape::Primitive::LINE, i / 2);
     }
     for (std::size_t i = 0; i < g.points.size(); ++i) {
-        if (!action->intersectPoint(g.positions[g.points[i]], hit))
+        if (!target.action->intersectPoint(g.positions[g.points[i]], hit))
             continue;
-        SoPickedPoint* picked = action->addHit(hit);
-        if (!picked)
-            continue;
-        auto detail = std::make_unique<SoPointDetail>();
-        detail->setCoordinateIndex(static_cast<int>(i));
-        picked->setDetail(std::move(detail));
+        if (SoPickedPoint* picked = target.action->addHit(hit))
+            target.describe(picked, SoShape::Primitive::POINT, i);
     }
 }
 
@@ -152,8 +158,9 @@ void pickShape(SoAction* action, SoNode* node)
     const SoRef<SoGeometry> geometry = geometryInView(state, shape);
     if (!geometry)
         return;
-    pickTriangles(pick, *geometry);
-    pickLinesAndPoints(pick, *geometry);
+    const Picked target{pick, shape, *geometry};
+    pickTriangles(target);
+    pickLinesAndPoints(target);
 }
 
 // ---- primitives

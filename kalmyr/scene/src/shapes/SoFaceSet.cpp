@@ -15,15 +15,11 @@ void SoFaceSet::initClass()
     SO_NODE_INIT_CLASS(SoFaceSet, SoNonIndexedShape, "FaceSet");
 }
 
-void SoFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoFaceSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
-    fillHints(state, input);
-    const std::vector<std::int32_t> indices =
-        makeIndices(numVertices.values(), static_cast<int>(input.positions.size()));
-    input.coordIndex = indices;
-    input.coordField = "numVertices: position";
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, {}, source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    fillIndices(numVertices.values(), source);
+    source.input.coordField = "numVertices: position";
 }

@@ -1,5 +1,7 @@
 #include <kalmyr/shapes/SoGeometry.h>
 
+#include "PrimitiveIndex.h"
+
 #include <kalmyr/shapes/TriangleTree.h>
 
 #include "core/CacheLock.h"
@@ -50,4 +52,19 @@ const kalmyr::TriangleTree& SoGeometry::getTriangleTree() const
     if (!m_tree)
         m_tree = std::make_unique<kalmyr::TriangleTree>(positions, triangles);
     return *m_tree;
+}
+
+const kalmyr::detail::PrimitiveIndex* SoGeometry::getPrimitiveIndex() const
+{
+    const kalmyr::detail::CacheLock lock;
+    return m_primitives.get();
+}
+
+const kalmyr::detail::PrimitiveIndex*
+SoGeometry::setPrimitiveIndex(std::unique_ptr<kalmyr::detail::PrimitiveIndex> index) const
+{
+    const kalmyr::detail::CacheLock lock;
+    if (!m_primitives)
+        m_primitives = std::move(index);
+    return m_primitives.get();
 }

@@ -14,12 +14,10 @@ void SoIndexedFaceSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedFaceSet, SoIndexedShape, "IndexedFaceSet");
 }
 
-void SoIndexedFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedFaceSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    fillHints(state, input);
-    input.coordIndex = coordIndex.values();
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.coordIndex = coordIndex.values();
 }

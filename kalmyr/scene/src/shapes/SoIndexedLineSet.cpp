@@ -14,11 +14,9 @@ void SoIndexedLineSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedLineSet, SoIndexedShape, "IndexedLineSet");
 }
 
-void SoIndexedLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedLineSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::VertexInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    input.coordIndex = coordIndex.values();
-    kalmyr::LineBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    source.kind = kalmyr::ShapeSource::LINES;
+    source.input.coordIndex = coordIndex.values();
 }

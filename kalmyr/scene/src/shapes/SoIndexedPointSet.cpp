@@ -16,13 +16,11 @@ void SoIndexedPointSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedPointSet, SoIndexedShape, "IndexedPointSet");
 }
 
-void SoIndexedPointSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedPointSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
     if (coordIndex.getNum() == 0)
         return; // no indices would mean all positions to the builder
-    kalmyr::VertexInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    input.coordIndex = coordIndex.values();
-    kalmyr::PointBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    source.kind = kalmyr::ShapeSource::POINTS;
+    source.input.coordIndex = coordIndex.values();
 }

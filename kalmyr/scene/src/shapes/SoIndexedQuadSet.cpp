@@ -14,13 +14,11 @@ void SoIndexedQuadSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedQuadSet, SoIndexedShape, "IndexedQuadSet");
 }
 
-void SoIndexedQuadSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedQuadSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    fillHints(state, input);
-    input.faceSize = 4;
-    input.coordIndex = coordIndex.values();
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.faceSize = 4;
+    source.input.coordIndex = coordIndex.values();
 }

@@ -14,13 +14,11 @@ void SoIndexedTriangleSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedTriangleSet, SoIndexedShape, "IndexedTriangleSet");
 }
 
-void SoIndexedTriangleSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedTriangleSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    fillHints(state, input);
-    input.faceSize = 3;
-    input.coordIndex = coordIndex.values();
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.faceSize = 3;
+    source.input.coordIndex = coordIndex.values();
 }

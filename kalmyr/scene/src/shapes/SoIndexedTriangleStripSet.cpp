@@ -14,13 +14,11 @@ void SoIndexedTriangleStripSet::initClass()
     SO_NODE_INIT_CLASS(SoIndexedTriangleStripSet, SoIndexedShape, "IndexedTriangleStripSet");
 }
 
-void SoIndexedTriangleStripSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoIndexedTriangleStripSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, getIndices(), input, colors);
-    fillHints(state, input);
-    input.strips = true;
-    input.coordIndex = coordIndex.values();
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, getIndices(), source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.strips = true;
+    source.input.coordIndex = coordIndex.values();
 }

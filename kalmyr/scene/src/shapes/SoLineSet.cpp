@@ -15,14 +15,10 @@ void SoLineSet::initClass()
     SO_NODE_INIT_CLASS(SoLineSet, SoNonIndexedShape, "LineSet");
 }
 
-void SoLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoLineSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::VertexInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
-    const std::vector<std::int32_t> indices =
-        makeIndices(numVertices.values(), static_cast<int>(input.positions.size()));
-    input.coordIndex = indices;
-    input.coordField = "numVertices: position";
-    kalmyr::LineBuilder(input).build(geometry);
+    fillInput(state, {}, source);
+    source.kind = kalmyr::ShapeSource::LINES;
+    fillIndices(numVertices.values(), source);
+    source.input.coordField = "numVertices: position";
 }

@@ -39,3 +39,12 @@ std::vector<std::int32_t> SoNonIndexedShape::makeIndices(std::span<const std::in
     }
     return indices;
 }
+
+void SoNonIndexedShape::fillIndices(std::span<const std::int32_t> counts,
+                                    kalmyr::ShapeSource& source) const
+{
+    if (!source.wantsLists())
+        return;
+    source.coordIndex = makeIndices(counts, static_cast<int>(source.input.positions.size()));
+    source.input.coordIndex = source.coordIndex;
+}

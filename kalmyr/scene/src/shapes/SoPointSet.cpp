@@ -15,17 +15,13 @@ void SoPointSet::initClass()
     SO_NODE_INIT_CLASS(SoPointSet, SoNonIndexedShape, "PointSet");
 }
 
-void SoPointSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoPointSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::VertexInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
+    fillInput(state, {}, source);
     const std::int32_t count = numPoints.getValue();
-    const std::vector<std::int32_t> indices =
-        makeIndices({&count, 1}, static_cast<int>(input.positions.size()));
-    if (indices.size() <= 1)
+    fillIndices({&count, 1}, source);
+    if (source.wantsLists() && source.coordIndex.size() <= 1)
         return; // no indices would mean all positions to the builder
-    input.coordIndex = indices;
-    input.coordField = "numPoints: position";
-    kalmyr::PointBuilder(input).build(geometry);
+    source.kind = kalmyr::ShapeSource::POINTS;
+    source.input.coordField = "numPoints: position";
 }

@@ -17,16 +17,17 @@ void SoQuadSet::initClass()
     SO_NODE_INIT_CLASS(SoQuadSet, SoNonIndexedShape, "QuadSet");
 }
 
-void SoQuadSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoQuadSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
-    fillHints(state, input);
-    input.faceSize = 4;
-    const std::vector<std::int32_t> indices = kalmyr::detail::faceIndices(
-        startIndex.getValue(), numQuads.getValue(), input.faceSize, input.positions.size());
-    input.coordIndex = indices;
-    input.coordField = "numQuads: position";
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, {}, source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.faceSize = 4;
+    source.input.coordField = "numQuads: position";
+    if (!source.wantsLists())
+        return;
+    source.coordIndex =
+        kalmyr::detail::faceIndices(startIndex.getValue(), numQuads.getValue(),
+                                    source.input.faceSize, source.input.positions.size());
+    source.input.coordIndex = source.coordIndex;
 }

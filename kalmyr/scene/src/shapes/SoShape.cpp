@@ -1,11 +1,54 @@
 #include <kalmyr/shapes/SoShape.h>
 
+#include "PrimitiveIndex.h"
 #include "ShapeActions.h"
 
+#include <kalmyr/details/SoFaceDetail.h>
+#include <kalmyr/details/SoLineDetail.h>
 #include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoState.h>
 #include <kalmyr/elements/SoViewElements.h>
 
 #include "core/CacheLock.h"
+
+namespace {
+
+/// Details of a shape that has no indices: the face or the number says all.
+std::unique_ptr<SoDetail> plainDetail(const SoGeometry& g, SoShape::Primitive primitive, int index)
+{
+    if (primitive == SoShape::Primitive::POINT)
+        return std::make_unique<SoPointDetail>();
+    SoPointDetail corner;
+    if (primitive == SoShape::Primitive::LINE) {
+        auto detail = std::make_unique<SoLineDetail>();
+        corner.setMaterialIndex(0);
+        detail->setLineIndex(index);
+        detail->setPoint0(corner);
+        detail->setPoint1(corner);
+        return detail;
+    }
+    const int face =
+        g.triangleFaces.empty() ? index : g.triangleFaces[static_cast<std::size_t>(index)];
+    // Colours of vertices are those of the parts in a shape without positions of its own.
+    corner.setMaterialIndex(g.colors.empty() ? 0 : face);
+    auto detail = std::make_unique<SoFaceDetail>();
+    detail->setFaceIndex(face);
+    detail->setPartIndex(face);
+    detail->setPoints(std::vector<SoPointDetail>(3, corner));
+    return detail;
+}
+
+std::uint32_t numberOf(const SoGeometry& g, SoShape::Primitive primitive, std::size_t index)
+{
+    const std::vector<std::int32_t>& numbers =
+        primitive == SoShape::Primitive::TRIANGLE ? g.triangleFaces
+        : primitive == SoShape::Primitive::LINE   ? g.lineNumbers
+                                                  : g.pointNumbers;
+    return static_cast<std::uint32_t>(numbers.empty() ? static_cast<std::int32_t>(index)
+                                                      : numbers[index]);
+}
+
+} // namespace
 
 SO_NODE_SOURCE(SoShape)
 
@@ -25,6 +68,32 @@ void SoShape::initClass()
 std::uint64_t SoShape::stateKey(SoState*) const
 {
     return 0;
+}
+
+void SoShape::fillSource(SoState*, kalmyr::ShapeSource&) const {}
+
+void SoShape::buildGeometry(SoState* state, SoGeometry& geometry)
+{
+    kalmyr::ShapeSource source(kalmyr::ShapeSource::GEOMETRY);
+    fillSource(state, source);
+    source.build(geometry);
+}
+
+std::unique_ptr<SoDetail> SoShape::createDetail(SoState* state, const SoGeometry& geometry,
+                                                Primitive primitive, std::size_t index,
+                                                const SbVec3f&) const
+{
+    using kalmyr::ShapeSource;
+    const kalmyr::detail::PrimitiveIndex* known = geometry.getPrimitiveIndex();
+    ShapeSource source(known ? ShapeSource::NUMBERS : ShapeSource::INDICES);
+    fillSource(state, source);
+    if (source.kind == ShapeSource::NONE)
+        return plainDetail(geometry, primitive, static_cast<int>(index));
+    if (!known) {
+        known =
+            geometry.setPrimitiveIndex(std::make_unique<kalmyr::detail::PrimitiveIndex>(source));
+    }
+    return known->createDetail(source, numberOf(geometry, primitive, index));
 }
 
 SoRef<SoGeometry> SoShape::findShared(SoState*)

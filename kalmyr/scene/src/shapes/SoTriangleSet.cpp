@@ -17,16 +17,17 @@ void SoTriangleSet::initClass()
     SO_NODE_INIT_CLASS(SoTriangleSet, SoNonIndexedShape, "TriangleSet");
 }
 
-void SoTriangleSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoTriangleSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
-    fillHints(state, input);
-    input.faceSize = 3;
-    const std::vector<std::int32_t> indices = kalmyr::detail::faceIndices(
-        startIndex.getValue(), numTriangles.getValue(), input.faceSize, input.positions.size());
-    input.coordIndex = indices;
-    input.coordField = "numTriangles: position";
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, {}, source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.faceSize = 3;
+    source.input.coordField = "numTriangles: position";
+    if (!source.wantsLists())
+        return;
+    source.coordIndex =
+        kalmyr::detail::faceIndices(startIndex.getValue(), numTriangles.getValue(),
+                                    source.input.faceSize, source.input.positions.size());
+    source.input.coordIndex = source.coordIndex;
 }

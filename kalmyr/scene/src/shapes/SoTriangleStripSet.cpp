@@ -15,16 +15,12 @@ void SoTriangleStripSet::initClass()
     SO_NODE_INIT_CLASS(SoTriangleStripSet, SoNonIndexedShape, "TriangleStripSet");
 }
 
-void SoTriangleStripSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoTriangleStripSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    kalmyr::FaceInput input;
-    std::vector<std::uint32_t> colors;
-    fillInput(state, {}, input, colors);
-    fillHints(state, input);
-    input.strips = true;
-    const std::vector<std::int32_t> indices =
-        makeIndices(numVertices.values(), static_cast<int>(input.positions.size()));
-    input.coordIndex = indices;
-    input.coordField = "numVertices: position";
-    kalmyr::FaceBuilder(input).build(geometry);
+    fillInput(state, {}, source);
+    fillHints(state, source.input);
+    source.kind = kalmyr::ShapeSource::FACES;
+    source.input.strips = true;
+    fillIndices(numVertices.values(), source);
+    source.input.coordField = "numVertices: position";
 }

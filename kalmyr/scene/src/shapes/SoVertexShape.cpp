@@ -33,8 +33,6 @@ void fillNormals(SoState* state, const SoVertexProperty* own, kalmyr::Attribute<
 void fillTexCoords(SoState* state, const SoVertexProperty* own,
                    kalmyr::Attribute<SbVec2f>& texCoords)
 {
-    if (!isTextured(state))
-        return;
     texCoords.binding = SoBinding::PER_VERTEX_INDEXED;
     if (own && own->texCoord.getNum() > 0) {
         texCoords.values = own->texCoord.values();
@@ -45,7 +43,7 @@ void fillTexCoords(SoState* state, const SoVertexProperty* own,
 }
 
 void fillColors(SoState* state, const SoVertexProperty* own,
-                kalmyr::Attribute<std::uint32_t>& colors, std::vector<std::uint32_t>& packed)
+                kalmyr::Attribute<std::uint32_t>& colors, std::vector<std::uint32_t>* packed)
 {
     if (own && own->orderedRGBA.getNum() > 0) {
         colors.values = own->orderedRGBA.values();
@@ -53,15 +51,20 @@ void fillColors(SoState* state, const SoVertexProperty* own,
         return;
     }
     colors.binding = SoMaterialBindingElement::get(state);
-    if (colors.binding == SoBinding::OVERALL)
-        return;
     const SoMaterialValues& material = SoMaterialElement::get(state);
     const int count = std::max({material.numDiffuse, material.numTransparency, 1});
-    packed.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        packed.push_back(material.getDiffuse(i).getPackedValue(material.getTransparency(i)));
+    colors.count = static_cast<std::size_t>(count);
+    if (!packed)
+        return;
+    if (colors.binding == SoBinding::OVERALL) {
+        colors.count = 0; // the geometry needs none
+        return;
     }
-    colors.values = packed;
+    packed->reserve(colors.count);
+    for (int i = 0; i < count; ++i) {
+        packed->push_back(material.getDiffuse(i).getPackedValue(material.getTransparency(i)));
+    }
+    colors.values = *packed;
 }
 
 /// Shapes without indices take the values in order where an indexed binding is in force.
@@ -111,12 +114,26 @@ void SoVertexShape::initClass()
 void SoVertexShape::fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
                               std::vector<std::uint32_t>& packedColors) const
 {
+    fillInput(state, indices, input, &packedColors);
+}
+
+void SoVertexShape::fillInput(SoState* state, const Indices& indices,
+                              kalmyr::ShapeSource& source) const
+{
+    fillInput(state, indices, source.input, source.wantsValues() ? &source.colors : nullptr);
+}
+
+void SoVertexShape::fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
+                              std::vector<std::uint32_t>* packedColors) const
+{
     const SoVertexProperty* own = getProperty();
     input.node = this;
     input.positions = own && own->vertex.getNum() > 0 ? own->vertex.values()
                                                       : state->get<SoCoordinateElement>().get();
     fillNormals(state, own, input.normals);
-    fillTexCoords(state, own, input.texCoords);
+    // Details number the coordinates of the file, whether there is a texture or not.
+    if (!packedColors || isTextured(state))
+        fillTexCoords(state, own, input.texCoords);
     fillColors(state, own, input.colors, packedColors);
     setIndices(input.normals, indices, indices.normal, "normalIndex");
     setIndices(input.texCoords, indices, indices.texCoord, "textureCoordIndex");

@@ -38,17 +38,22 @@ std::span<const SbVec2f> texCoordsOf(const SoSFNode& field)
     return node ? node->point.values() : std::span<const SbVec2f>();
 }
 
-std::vector<std::uint32_t> packedColors(SoState* state, const SoSFNode& field)
+Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const SoMFInt32& index,
+                                  bool perVertex, ShapeSource& source)
 {
-    std::vector<std::uint32_t> packed;
     const auto* node = nodeOf<SoVRMLColor>(field);
+    auto result = attribute<std::uint32_t>({}, index, perVertex, "colorIndex");
     if (!node)
-        return packed;
+        return result;
+    result.count = static_cast<std::size_t>(node->color.getNum());
+    if (!source.wantsValues())
+        return result;
     const float transparency = SoMaterialElement::get(state).getTransparency();
-    packed.reserve(static_cast<std::size_t>(node->color.getNum()));
+    source.colors.reserve(result.count);
     for (const SbColor& color : node->color.values())
-        packed.push_back(color.getPackedValue(transparency));
-    return packed;
+        source.colors.push_back(color.getPackedValue(transparency));
+    result.values = source.colors;
+    return result;
 }
 
 bool hasTexture(SoState* state)

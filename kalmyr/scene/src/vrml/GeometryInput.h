@@ -3,7 +3,7 @@
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoValueFields.h>
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 
 #include <cstdint>
 #include <span>
@@ -18,9 +18,6 @@ namespace kalmyr::detail {
 std::span<const SbVec3f> pointsOf(const SoSFNode& field);
 std::span<const SbVec3f> normalsOf(const SoSFNode& field);
 std::span<const SbVec2f> texCoordsOf(const SoSFNode& field);
-/// The colours with the transparency of the state.
-std::vector<std::uint32_t> packedColors(SoState* state, const SoSFNode& field);
-
 bool hasTexture(SoState* state);
 /// Key of what geometry takes from the state: whether there is a texture, and the transparency of
 /// its colours.
@@ -42,5 +39,9 @@ Attribute<T> attribute(std::span<const T> values, const SoMFInt32& index, bool p
     }
     return result;
 }
+
+/// The colours of the node in a field with the transparency of the state, if the source wants them.
+Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const SoMFInt32& index,
+                                  bool perVertex, ShapeSource& source);
 
 } // namespace kalmyr::detail

@@ -3,10 +3,8 @@
 #include "GeometryInput.h"
 
 #include <kalmyr/base/SoDebugError.h>
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
-
-#include <vector>
 
 SO_NODE_SOURCE(SoVRMLElevationGrid)
 
@@ -41,8 +39,34 @@ std::uint64_t SoVRMLElevationGrid::stateKey(SoState* state) const
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoVRMLElevationGrid::fillGrid(kalmyr::ShapeSource& source) const
 {
+    const int nx = xDimension.getValue();
+    const int nz = zDimension.getValue();
+    const auto count = static_cast<std::size_t>(nx) * static_cast<std::size_t>(nz);
+    source.positions.reserve(count);
+    source.texCoords.reserve(count);
+    source.coordIndex.reserve(count * 5);
+    for (int z = 0; z < nz; ++z) {
+        for (int x = 0; x < nx; ++x) {
+            const std::int32_t at = z * nx + x;
+            source.positions.emplace_back(static_cast<float>(x) * xSpacing.getValue(), height[at],
+                                          static_cast<float>(z) * zSpacing.getValue());
+            source.texCoords.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
+                                          static_cast<float>(z) / static_cast<float>(nz - 1));
+            if (x + 1 < nx && z + 1 < nz) {
+                source.coordIndex.insert(source.coordIndex.end(),
+                                         {at, at + nx, at + nx + 1, at + 1, -1});
+            }
+        }
+    }
+    source.input.positions = source.positions;
+    source.input.coordIndex = source.coordIndex;
+}
+
+void SoVRMLElevationGrid::fillSource(SoState* state, kalmyr::ShapeSource& source) const
+{
+    using namespace kalmyr::detail;
     const int nx = xDimension.getValue();
     const int nz = zDimension.getValue();
     if (nx < 2 || nz < 2)
@@ -53,39 +77,19 @@ void SoVRMLElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
                                   getName().getString(), height.getNum(), nx, nz);
         return;
     }
-    std::vector<SbVec3f> points;
-    std::vector<SbVec2f> across;
-    std::vector<std::int32_t> corners;
-    const auto count = static_cast<std::size_t>(nx) * static_cast<std::size_t>(nz);
-    points.reserve(count);
-    across.reserve(count);
-    corners.reserve(count * 5);
-    for (int z = 0; z < nz; ++z) {
-        for (int x = 0; x < nx; ++x) {
-            const std::int32_t at = z * nx + x;
-            points.emplace_back(static_cast<float>(x) * xSpacing.getValue(), height[at],
-                                static_cast<float>(z) * zSpacing.getValue());
-            across.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
-                                static_cast<float>(z) / static_cast<float>(nz - 1));
-            if (x + 1 < nx && z + 1 < nz)
-                corners.insert(corners.end(), {at, at + nx, at + nx + 1, at + 1, -1});
-        }
-    }
-    const auto colors = kalmyr::detail::packedColors(state, color);
-    const auto given = kalmyr::detail::texCoordsOf(texCoord);
+    source.kind = kalmyr::ShapeSource::FACES;
+    if (source.wantsLists())
+        fillGrid(source);
+    const auto given = texCoordsOf(texCoord);
     const SoMFInt32 none;
-    kalmyr::FaceInput in;
+    kalmyr::FaceInput& in = source.input;
     in.node = this;
-    in.positions = points;
-    in.coordIndex = corners;
-    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), none,
-                                                    normalPerVertex.getValue(), "normal");
-    in.colors =
-        kalmyr::detail::attribute<std::uint32_t>(colors, none, colorPerVertex.getValue(), "color");
-    in.texCoords = kalmyr::detail::attribute<SbVec2f>(
-        given.empty() ? std::span<const SbVec2f>(across) : given, none, true, "texCoord");
+    in.normals = attribute<SbVec3f>(normalsOf(normal), none, normalPerVertex.getValue(), "normal");
+    in.colors = colorsOf(state, color, none, colorPerVertex.getValue(), source);
+    in.texCoords = attribute<SbVec2f>(given, none, true, "texCoord");
+    if (given.empty() && source.wantsValues())
+        in.texCoords.values = source.texCoords;
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();
     in.creaseAngle = creaseAngle.getValue();
-    kalmyr::FaceBuilder(in).build(geometry);
 }

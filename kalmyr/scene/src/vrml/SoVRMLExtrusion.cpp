@@ -3,7 +3,7 @@
 #include "Extruder.h"
 
 #include <kalmyr/base/SoDebugError.h>
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLExtrusion)
@@ -38,16 +38,27 @@ void SoVRMLExtrusion::initClass()
     SO_NODE_INIT_CLASS(SoVRMLExtrusion, SoVRMLGeometry, "VRMLExtrusion");
 }
 
-void SoVRMLExtrusion::buildGeometry(SoState*, SoGeometry& geometry)
+void SoVRMLExtrusion::fillSource(SoState*, kalmyr::ShapeSource& source) const
 {
-    kalmyr::detail::Extruder extruder;
     const auto numRings = static_cast<std::size_t>(spine.getNum());
-    if (numRings * static_cast<std::size_t>(crossSection.getNum()) > extruder.kMaxPoints) {
+    if (numRings * static_cast<std::size_t>(crossSection.getNum())
+        > kalmyr::detail::Extruder::kMaxPoints) {
         SoDebugError::postWarning("SoVRMLExtrusion",
                                   "%s: %d spine points by %d of the cross section are too many",
                                   getName().getString(), spine.getNum(), crossSection.getNum());
         return;
     }
+    kalmyr::FaceInput& in = source.input;
+    in.node = this;
+    in.coordField = "spine";
+    in.convex = convex.getValue();
+    in.clockwise = !ccw.getValue();
+    in.solid = solid.getValue();
+    in.creaseAngle = creaseAngle.getValue();
+    source.kind = kalmyr::ShapeSource::FACES;
+    if (!source.wantsLists())
+        return;
+    kalmyr::detail::Extruder extruder;
     extruder.crossSection = crossSection.values();
     extruder.spine = spine.values();
     extruder.scale = scale.values();
@@ -55,15 +66,9 @@ void SoVRMLExtrusion::buildGeometry(SoState*, SoGeometry& geometry)
     extruder.beginCap = beginCap.getValue();
     extruder.endCap = endCap.getValue();
     if (!extruder.run())
-        return;
-    kalmyr::FaceInput in;
-    in.node = this;
-    in.coordField = "spine";
-    in.positions = extruder.points;
-    in.coordIndex = extruder.faces;
-    in.convex = convex.getValue();
-    in.clockwise = !ccw.getValue();
-    in.solid = solid.getValue();
-    in.creaseAngle = creaseAngle.getValue();
-    kalmyr::FaceBuilder(in).build(geometry);
+        source.kind = kalmyr::ShapeSource::NONE;
+    source.positions = std::move(extruder.points);
+    source.coordIndex = std::move(extruder.faces);
+    in.positions = source.positions;
+    in.coordIndex = source.coordIndex;
 }

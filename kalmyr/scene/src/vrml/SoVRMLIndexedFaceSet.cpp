@@ -2,7 +2,7 @@
 
 #include "GeometryInput.h"
 
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLIndexedFaceSet)
@@ -42,23 +42,21 @@ std::uint64_t SoVRMLIndexedFaceSet::stateKey(SoState* state) const
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLIndexedFaceSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoVRMLIndexedFaceSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    const auto colors = kalmyr::detail::packedColors(state, color);
-    kalmyr::FaceInput in;
+    using namespace kalmyr::detail;
+    source.kind = kalmyr::ShapeSource::FACES;
+    kalmyr::FaceInput& in = source.input;
     in.node = this;
-    in.positions = kalmyr::detail::pointsOf(coord);
+    in.positions = pointsOf(coord);
     in.coordIndex = coordIndex.values();
-    in.normals = kalmyr::detail::attribute<SbVec3f>(kalmyr::detail::normalsOf(normal), normalIndex,
-                                                    normalPerVertex.getValue(), "normalIndex");
-    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex,
-                                                         colorPerVertex.getValue(), "colorIndex");
-    in.texCoords = kalmyr::detail::attribute<SbVec2f>(kalmyr::detail::texCoordsOf(texCoord),
-                                                      texCoordIndex, true, "texCoordIndex");
+    in.normals = attribute<SbVec3f>(normalsOf(normal), normalIndex, normalPerVertex.getValue(),
+                                    "normalIndex");
+    in.colors = colorsOf(state, color, colorIndex, colorPerVertex.getValue(), source);
+    in.texCoords = attribute<SbVec2f>(texCoordsOf(texCoord), texCoordIndex, true, "texCoordIndex");
     in.convex = convex.getValue();
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();
     in.creaseAngle = creaseAngle.getValue();
-    in.makeTexCoords = kalmyr::detail::hasTexture(state);
-    kalmyr::FaceBuilder(in).build(geometry);
+    in.makeTexCoords = hasTexture(state);
 }

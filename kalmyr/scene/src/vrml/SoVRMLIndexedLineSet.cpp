@@ -2,7 +2,7 @@
 
 #include "GeometryInput.h"
 
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLIndexedLineSet)
@@ -31,14 +31,13 @@ std::uint64_t SoVRMLIndexedLineSet::stateKey(SoState* state) const
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLIndexedLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoVRMLIndexedLineSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    const auto colors = kalmyr::detail::packedColors(state, color);
-    kalmyr::VertexInput in;
+    using namespace kalmyr::detail;
+    source.kind = kalmyr::ShapeSource::LINES;
+    kalmyr::FaceInput& in = source.input;
     in.node = this;
-    in.positions = kalmyr::detail::pointsOf(coord);
+    in.positions = pointsOf(coord);
     in.coordIndex = coordIndex.values();
-    in.colors = kalmyr::detail::attribute<std::uint32_t>(colors, colorIndex,
-                                                         colorPerVertex.getValue(), "colorIndex");
-    kalmyr::LineBuilder(in).build(geometry);
+    in.colors = colorsOf(state, color, colorIndex, colorPerVertex.getValue(), source);
 }

@@ -2,7 +2,7 @@
 
 #include "GeometryInput.h"
 
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 #include <vector>
@@ -29,23 +29,21 @@ std::uint64_t SoVRMLLineSet::stateKey(SoState* state) const
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLLineSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoVRMLLineSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    const auto colors = kalmyr::detail::packedColors(state, color);
-    kalmyr::VertexInput in;
+    source.kind = kalmyr::ShapeSource::LINES;
+    kalmyr::FaceInput& in = source.input;
     in.node = this;
     in.positions = kalmyr::detail::pointsOf(coord);
+    in.colors = kalmyr::detail::colorsOf(state, color, SoMFInt32(), true, source);
+    if (!source.wantsLists())
+        return;
     const auto numPoints = static_cast<std::int32_t>(in.positions.size());
-    std::vector<std::int32_t> indices;
     std::int32_t next = 0;
     for (const std::int32_t count : vertexCount.values()) {
         for (std::int32_t i = 0; i < count && next < numPoints; ++i)
-            indices.push_back(next++);
-        indices.push_back(-1);
+            source.coordIndex.push_back(next++);
+        source.coordIndex.push_back(-1);
     }
-    in.coordIndex = indices;
-    in.colors.values = colors;
-    in.colors.binding = SoBinding::PER_VERTEX_INDEXED;
-    in.colors.indices = indices;
-    kalmyr::LineBuilder(in).build(geometry);
+    in.coordIndex = source.coordIndex;
 }

@@ -2,7 +2,7 @@
 
 #include "GeometryInput.h"
 
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLPointSet)
@@ -26,13 +26,11 @@ std::uint64_t SoVRMLPointSet::stateKey(SoState* state) const
     return kalmyr::detail::lookKey(state, color);
 }
 
-void SoVRMLPointSet::buildGeometry(SoState* state, SoGeometry& geometry)
+void SoVRMLPointSet::fillSource(SoState* state, kalmyr::ShapeSource& source) const
 {
-    const auto colors = kalmyr::detail::packedColors(state, color);
-    kalmyr::VertexInput in;
-    in.node = this;
-    in.positions = kalmyr::detail::pointsOf(coord);
-    in.colors.values = colors;
-    in.colors.binding = SoBinding::PER_VERTEX;
-    kalmyr::PointBuilder(in).build(geometry);
+    source.kind = kalmyr::ShapeSource::POINTS;
+    source.input.node = this;
+    source.input.positions = kalmyr::detail::pointsOf(coord);
+    source.input.colors = kalmyr::detail::colorsOf(state, color, SoMFInt32(), true, source);
+    source.input.colors.binding = SoBinding::PER_VERTEX;
 }

@@ -4,8 +4,11 @@
 
 #include <vector>
 
-/// A face of a shape: its index, the index of the part that it belongs to (a side of a cylinder),
-/// and the corners of the triangle or face that was met.
+/// A face of a shape: its index, the index of the part that it belongs to (a strip, the side of a
+/// cylinder; the face itself where there are no others), and its corners.
+///
+/// The corners are those of the whole face in the order of the shape's indices. A shape without
+/// positions of its own has the three corners of the triangle, which tell the material only.
 class KALMYR_API SoFaceDetail final : public SoDetail {
     SO_DETAIL_HEADER(SoFaceDetail)
 

@@ -3,7 +3,7 @@
 #include <kalmyr/details/SoDetail.h>
 
 /// A vertex of a shape: indices of what its coordinate, material, normal and texture coordinate
-/// come from; -1 where there is none.
+/// come from, in the fields or nodes that hold them; -1 where there is none, or it is generated.
 class KALMYR_API SoPointDetail final : public SoDetail {
     SO_DETAIL_HEADER(SoPointDetail)
 

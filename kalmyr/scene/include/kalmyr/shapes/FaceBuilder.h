@@ -18,14 +18,18 @@ namespace kalmyr {
 /// Bindings are those of SoBinding: OVERALL the first value; PER_PART one value a strip, line
 /// segment or face; PER_FACE one value a face or line; PER_VERTEX one value a corner in order. The
 /// indexed forms look the number up in `indices`, PER_VERTEX_INDEXED at the corner's place in the
-/// coordinate indices, and take the coordinate index itself when there are no indices.
+/// coordinate indices, and take the coordinate index itself, less `firstCoord`, when there are no
+/// indices.
 template <class T>
 struct Attribute {
     std::span<const T> values;
+    std::size_t count = 0; ///< of values, where they are not at hand but only their numbers matter
     std::span<const std::int32_t> indices;
     int binding = SoBinding::OVERALL;
+    std::int32_t firstCoord = 0;
     const char* indexField = "coordIndex"; ///< name for messages
     bool isGiven() const { return !values.empty(); }
+    std::size_t getCount() const { return values.empty() ? count : values.size(); }
 };
 
 /// What all kinds of vertex shapes are built from. The arrays are the caller's.

@@ -17,5 +17,5 @@ public:
 protected:
     ~SoFaceSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

@@ -16,7 +16,10 @@ struct SoView;
 
 namespace kalmyr {
 class TriangleTree;
+namespace detail {
+class PrimitiveIndex;
 }
+} // namespace kalmyr
 
 /// What a shape looks like as triangles, line segments and points: the one form that rendering,
 /// picking, bounding boxes, counting and export share.
@@ -42,8 +45,10 @@ public:
     std::vector<std::uint32_t> lines;     ///< two indices each
     std::vector<std::uint32_t> points;
     std::vector<std::int32_t> triangleFaces; ///< face of each triangle; empty: the triangle's index
-    bool solid = false;                      ///< back faces may be culled
-    bool twoSided = true;                    ///< back faces are lit with the reversed normal
+    /// Number of each segment and point among those of the shape; empty: none is left out.
+    std::vector<std::int32_t> lineNumbers, pointNumbers;
+    bool solid = false;   ///< back faces may be culled
+    bool twoSided = true; ///< back faces are lit with the reversed normal
 
     std::size_t getNumTriangles() const { return triangles.size() / 3; }
     std::size_t getNumLines() const { return lines.size() / 2; }
@@ -65,6 +70,12 @@ public:
     /// Search tree over the triangles, built on first use.
     const kalmyr::TriangleTree& getTriangleTree() const;
 
+    /// What finds faces, segments and points in the shape's indices; null before the first use.
+    const kalmyr::detail::PrimitiveIndex* getPrimitiveIndex() const;
+    /// Keeps it and returns it; of two threads the first one's counts.
+    const kalmyr::detail::PrimitiveIndex*
+    setPrimitiveIndex(std::unique_ptr<kalmyr::detail::PrimitiveIndex> index) const;
+
     /// Called when a geometry that others share by its parameters dies; null for the others.
     using DeathFunction = void (*)(const SoGeometry* geometry);
     void setDeathFunction(DeathFunction function) { m_onDeath = function; }
@@ -81,5 +92,6 @@ private:
     mutable SbBox3f m_box;
     mutable float m_pixelReach = -1; ///< below 0: not known yet
     mutable std::unique_ptr<kalmyr::TriangleTree> m_tree;
+    mutable std::unique_ptr<kalmyr::detail::PrimitiveIndex> m_primitives;
     DeathFunction m_onDeath = nullptr;
 };

@@ -14,5 +14,5 @@ public:
 protected:
     ~SoIndexedFaceSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

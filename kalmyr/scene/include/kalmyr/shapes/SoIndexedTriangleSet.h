@@ -15,5 +15,5 @@ public:
 protected:
     ~SoIndexedTriangleSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

@@ -14,5 +14,5 @@ public:
 protected:
     ~SoIndexedTriangleStripSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

@@ -23,4 +23,6 @@ protected:
     /// builder to complain.
     std::vector<std::int32_t> makeIndices(std::span<const std::int32_t> counts,
                                           int numPositions) const;
+    /// The same as the indices of a source, if it wants them.
+    void fillIndices(std::span<const std::int32_t> counts, kalmyr::ShapeSource& source) const;
 };

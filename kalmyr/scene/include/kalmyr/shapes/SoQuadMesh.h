@@ -19,5 +19,5 @@ public:
 protected:
     ~SoQuadMesh() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

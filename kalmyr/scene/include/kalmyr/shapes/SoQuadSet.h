@@ -18,5 +18,5 @@ public:
 protected:
     ~SoQuadSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

@@ -9,7 +9,12 @@
 #include <array>
 #include <memory>
 
+class SoDetail;
 class SoState;
+
+namespace kalmyr {
+struct ShapeSource;
+}
 
 /// Base of everything that can be seen.
 ///
@@ -31,13 +36,24 @@ public:
 
     bool affectsState() const override { return false; }
 
+    enum class Primitive { TRIANGLE, LINE, POINT };
+    /// What the shape's fields call a triangle, segment or point of its geometry, for picks. The
+    /// geometry is that of the present state, and `point` lies on the primitive, in object space.
+    virtual std::unique_ptr<SoDetail> createDetail(SoState* state, const SoGeometry& geometry,
+                                                   Primitive primitive, std::size_t index,
+                                                   const SbVec3f& point) const;
+
 protected:
     SoShape();
     ~SoShape() override;
 
-    /// Builds triangles, lines and points. Faults of the data (an index out of range) are posted
-    /// once as read-time style warnings and the face is left out.
-    virtual void buildGeometry(SoState* state, SoGeometry& geometry) = 0;
+    /// Says what the faces, lines or points of the shape are: for its geometry, unless
+    /// buildGeometry() is overridden, and for its details. Says nothing by default.
+    virtual void fillSource(SoState* state, kalmyr::ShapeSource& source) const;
+    /// Builds triangles, lines and points; by default what fillSource() says. Faults of the data
+    /// (an index out of range) are posted once as read-time style warnings and the face is left
+    /// out.
+    virtual void buildGeometry(SoState* state, SoGeometry& geometry);
     /// Mixes the ids of the state values that buildGeometry() looks at; 0 when it looks at none.
     virtual std::uint64_t stateKey(SoState* state) const;
     /// A geometry that equal shapes share, or null to have one of its own built.

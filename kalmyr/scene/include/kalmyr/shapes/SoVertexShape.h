@@ -2,7 +2,7 @@
 
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoSFNode.h>
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/shapes/SoShape.h>
 
 class SoVertexProperty;
@@ -30,10 +30,15 @@ protected:
     /// Positions and attributes for the builders; spans point to nodes and to `packedColors`.
     void fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
                    std::vector<std::uint32_t>& packedColors) const;
+    /// The same for the source of a shape, without the colours that it does not want.
+    void fillInput(SoState* state, const Indices& indices, kalmyr::ShapeSource& source) const;
     /// The shape hints of the state, and whether texture coordinates are needed.
     static void fillHints(SoState* state, kalmyr::FaceInput& input);
     std::uint64_t stateKey(SoState* state) const override;
 
 private:
+    /// Without colours for null: only their number.
+    void fillInput(SoState* state, const Indices& indices, kalmyr::VertexInput& input,
+                   std::vector<std::uint32_t>* packedColors) const;
     const SoVertexProperty* getProperty() const;
 };

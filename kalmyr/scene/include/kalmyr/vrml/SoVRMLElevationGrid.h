@@ -30,6 +30,10 @@ public:
 protected:
     ~SoVRMLElevationGrid() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
     std::uint64_t stateKey(SoState* state) const override;
+
+private:
+    /// Positions and indices of the grid, and texture coordinates across it.
+    void fillGrid(kalmyr::ShapeSource& source) const;
 };

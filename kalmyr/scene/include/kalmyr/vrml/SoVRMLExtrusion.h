@@ -30,5 +30,5 @@ public:
 protected:
     ~SoVRMLExtrusion() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
 };

@@ -34,6 +34,6 @@ public:
 protected:
     ~SoVRMLIndexedFaceSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
     std::uint64_t stateKey(SoState* state) const override;
 };

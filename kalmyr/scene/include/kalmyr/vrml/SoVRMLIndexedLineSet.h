@@ -25,6 +25,6 @@ public:
 protected:
     ~SoVRMLIndexedLineSet() override;
 
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
     std::uint64_t stateKey(SoState* state) const override;
 };
