@@ -1,9 +1,15 @@
-// A mesh of a million triangles: building its geometry, its search tree, and rays through it. And
-// one face with very many corners.
+// A mesh of a million triangles: building its geometry, its search tree, rays through it, and picks
+// with the action. And one face with very many corners.
 
+#include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/io/SoDB.h>
+#include <kalmyr/nodes/SoCoordinate3.h>
+#include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/shapes/FaceBuilder.h>
 #include <kalmyr/shapes/SoGeometry.h>
+#include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/TriangleTree.h>
 
 #include <benchmark/benchmark.h>
@@ -72,9 +78,9 @@ void buildTree(benchmark::State& state)
     }
 }
 
-void castRay(benchmark::State& state)
+/// Rays from above to anywhere on the ground.
+std::vector<std::pair<SbVec3f, SbVec3f>> makeRays()
 {
-    const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
     std::mt19937 engine(1);
     std::uniform_real_distribution<float> place(0, kSide);
     std::vector<std::pair<SbVec3f, SbVec3f>> rays;
@@ -82,6 +88,13 @@ void castRay(benchmark::State& state)
         const SbVec3f from(place(engine), place(engine), 300), to(place(engine), place(engine), 0);
         rays.emplace_back(from, to - from);
     }
+    return rays;
+}
+
+void castRay(benchmark::State& state)
+{
+    const kalmyr::TriangleTree tree(grid().positions, grid().triangles);
+    const auto rays = makeRays();
     std::size_t i = 0, hits = 0;
     for (auto _ : state) {
         kalmyr::TriangleTree::Hit hit;
@@ -89,6 +102,56 @@ void castRay(benchmark::State& state)
         hits += tree.intersect(origin, direction, 0, 1e30f, hit);
     }
     state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());
+}
+
+SoRef<SoSeparator> meshScene()
+{
+    SoDB::init();
+    SoRef<SoSeparator> root(new SoSeparator);
+    auto* coordinates = new SoCoordinate3;
+    auto* faces = new SoIndexedFaceSet;
+    coordinates->point.setValues(0, grid().positions);
+    faces->coordIndex.setValues(0, grid().faces);
+    root->addChild(coordinates);
+    root->addChild(faces);
+    return root;
+}
+
+/// Argument: whether every face that is met is wanted.
+void pickMesh(benchmark::State& state)
+{
+    const SoRef<SoSeparator> root = meshScene();
+    SoRayPickAction action{SbViewportRegion()};
+    action.setPickAll(state.range(0) != 0);
+    const auto rays = makeRays();
+    std::size_t i = 0, hits = 0;
+    const auto pick = [&] {
+        const auto& [origin, direction] = rays[i++ % rays.size()];
+        action.setRay(origin, direction);
+        action.apply(root.get());
+        hits += action.getPickedPoints().size();
+    };
+    pick();
+    for (auto _ : state)
+        pick();
+    state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());
+}
+
+/// The first pick, geometry known and search tree not.
+void pickMeshFirst(benchmark::State& state)
+{
+    const SoRef<SoSeparator> root = meshScene();
+    auto* faces = static_cast<SoIndexedFaceSet*>(root->getChild(1));
+    SoRayPickAction action{SbViewportRegion()};
+    SoGetBoundingBoxAction bounds{SbViewportRegion()};
+    for (auto _ : state) {
+        state.PauseTiming();
+        faces->touch();
+        bounds.apply(root.get());
+        state.ResumeTiming();
+        action.setRay(SbVec3f(300, 300, 300), SbVec3f(0, 0.1f, -1));
+        action.apply(root.get());
+    }
 }
 
 /// One face, jagged all round. Argument: number of corners.
@@ -130,4 +193,6 @@ BENCHMARK(cutJaggedFace)
 BENCHMARK(buildGeometry)->Arg(0)->Arg(5)->Arg(32)->Unit(benchmark::kMillisecond);
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 BENCHMARK(castRay)->Unit(benchmark::kMicrosecond);
+BENCHMARK(pickMesh)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(pickMeshFirst)->Unit(benchmark::kMillisecond);
 BENCHMARK_MAIN();

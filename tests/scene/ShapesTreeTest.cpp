@@ -63,21 +63,15 @@ std::set<std::uint32_t> bruteForce(const Soup& soup, const SbVec3f& o, const SbV
     return met;
 }
 
-} // namespace
-
-TEST(TriangleTree, FindsWhatBruteForceFinds)
+/// Shoots rays from all around, each of them past a place where there are triangles.
+template <class Aim>
+void expectLikeBruteForce(const Soup& soup, Random& random, Aim&& aim)
 {
-    Random random;
-    Soup soup;
-    for (int i = 0; i < 3000; ++i) {
-        const SbVec3f at = random.vector(10);
-        soup.add(at, at + random.vector(0.8f), at + random.vector(0.8f));
-    }
     const TriangleTree tree(soup.positions, soup.triangles);
-    EXPECT_EQ(tree.getNumTriangles(), 3000u);
+    EXPECT_EQ(tree.getNumTriangles(), soup.triangles.size() / 3);
     int hits = 0;
     for (int i = 0; i < 500; ++i) {
-        const SbVec3f origin = random.vector(15);
+        const SbVec3f origin = aim(random);
         // Every third ray runs along an axis, where slabs divide by zero.
         SbVec3f direction = random.vector(1);
         if (i % 3 == 0) {
@@ -105,7 +99,47 @@ TEST(TriangleTree, FindsWhatBruteForceFinds)
         ++hits;
         EXPECT_EQ(hit.t, nearest);
     }
-    EXPECT_GT(hits, 50);
+    EXPECT_GT(hits, 30);
+}
+
+} // namespace
+
+TEST(TriangleTree, FindsWhatBruteForceFinds)
+{
+    Random random;
+    Soup soup;
+    for (int i = 0; i < 3000; ++i) {
+        const SbVec3f at = random.vector(10);
+        soup.add(at, at + random.vector(0.8f), at + random.vector(0.8f));
+    }
+    expectLikeBruteForce(soup, random, [](Random& r) { return r.vector(15); });
+}
+
+TEST(TriangleTree, FindsTheSameWhereTrianglesAreUneven)
+{
+    Random random;
+    // Most of it in one spot of a wide plain, and in spots within the spot.
+    Soup nested;
+    for (int i = 0; i < 4000; ++i) {
+        const float size = i % 100 == 0 ? 20.0f : i % 10 == 0 ? 1.0f : 0.05f;
+        const SbVec3f at = SbVec3f(3, 2, 1) + random.vector(size);
+        nested.add(at, at + random.vector(size * 0.1f), at + random.vector(size * 0.1f));
+    }
+    expectLikeBruteForce(nested, random,
+                         [](Random& r) { return SbVec3f(3, 2, 1) + r.vector(0.2f); });
+    // Along a line, long needles across all of it, and many at the same place.
+    Soup needles;
+    for (int i = 0; i < 1500; ++i) {
+        const SbVec3f at(random.number(-10, 10), 0, 0);
+        needles.add(at, at + random.vector(0.3f), at + random.vector(0.3f));
+        if (i % 5 == 0)
+            needles.add({-10, 0.3f, at[0]}, {10, -0.3f, at[0]}, {10, 0.3f, 0});
+        if (i % 3 == 0)
+            needles.add({1, -1, -1}, {1, 1, -1}, {1, 0, 1});
+    }
+    expectLikeBruteForce(needles, random, [](Random& r) {
+        return SbVec3f(r.number(-10, 10), 0, 0) + r.vector(0.3f);
+    });
 }
 
 TEST(TriangleTree, KeepsToTheRaysLimitsAndTellsTheSide)

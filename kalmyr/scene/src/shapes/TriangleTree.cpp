@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <memory>
 
 namespace kalmyr {
 
@@ -18,7 +19,13 @@ constexpr std::uint32_t kFewTriangles = 32;
 constexpr std::uint32_t kMaxLeaf = 4;
 /// Beyond this depth nodes are halved by count, so that the stack of a search has a bound.
 constexpr int kMaxSahDepth = 48;
-constexpr int kStackSize = 96;
+constexpr int kStackSize = 112;
+/// More triangles than this are first sorted into the cells of a grid, and the grid is divided:
+/// most levels of the tree cost two passes over the triangles together, and not two each.
+constexpr std::uint32_t kFewForGrid = 64;
+constexpr int kMaxGridBits = 12;
+/// A cell holds about so many triangles, as a power of two.
+constexpr int kCellBits = 2;
 /// Rays through an edge meet at least one of its two triangles.
 constexpr float kEdgeTolerance = 1e-6f;
 
@@ -40,10 +47,21 @@ struct Box {
     }
 };
 
-/// The box of one triangle; its number stands in the fourth place of lo.
+/// The box of a triangle or of the triangles in a cell. The number of the triangle or cell stands
+/// in the fourth place of lo, how many triangles that are in the fourth of hi.
 struct Ref {
     Float4 lo, hi;
-    std::uint32_t number() const { return std::bit_cast<std::uint32_t>(lo[3]); }
+    std::uint32_t number() const { return std::bit_cast<std::uint32_t>(lo[3]) ^ kNormal; }
+    std::uint32_t weight() const { return std::bit_cast<std::uint32_t>(hi[3]) ^ kNormal; }
+    void set(std::uint32_t number, std::uint32_t weight)
+    {
+        lo[3] = std::bit_cast<float>(number ^ kNormal);
+        hi[3] = std::bit_cast<float>(weight ^ kNormal);
+    }
+
+private:
+    /// Sums are taken of all four places, and denormal ones would be slow.
+    static constexpr std::uint32_t kNormal = 0x40000000;
 };
 
 bool isFinite(Float4 v)
@@ -82,10 +100,12 @@ struct Binning {
     }
 };
 
-/// A run of triangles that becomes a node, and what is known of it.
+/// A run of triangles or cells that becomes a node, and what is known of it.
 struct Run {
     std::uint32_t node = 0, begin = 0, end = 0;
     int depth = 0;
+    bool inSpare = false; ///< in the second list of triangles
+    bool hasCenters = true;
     Box box;
     Box centers; ///< of twice the middles of the boxes
 
@@ -93,6 +113,10 @@ struct Run {
     void add(const Ref& ref)
     {
         box.add(ref.lo, ref.hi);
+        addCenter(ref);
+    }
+    void addCenter(const Ref& ref)
+    {
         const Float4 center = ref.lo + ref.hi;
         centers.add(center, center);
     }
@@ -104,21 +128,87 @@ struct Run {
     }
 };
 
+/// Cells over the middles of boxes, about as long as they are wide.
+class Grid {
+public:
+    Grid(const Box& centers, std::uint32_t triangles) : m_low(centers.lo)
+    {
+        const int wanted =
+            std::min(static_cast<int>(std::bit_width(triangles)) - 1 - kCellBits, kMaxGridBits);
+        const Float4 extent = centers.hi - centers.lo;
+        float size[3] = {extent[0], extent[1], extent[2]};
+        int bits[3] = {};
+        for (; m_bits < wanted; ++m_bits) {
+            const int xy = size[0] >= size[1] ? 0 : 1;
+            const int longest = size[xy] >= size[2] ? xy : 2;
+            if (!(size[longest] > 0))
+                break;
+            size[longest] /= 2;
+            ++bits[longest];
+        }
+        for (int k = 0; k < 3; ++k) {
+            const auto count = static_cast<float>(1 << bits[k]);
+            m_scale[k] = extent[k] > 0 ? count * 0.9999f / extent[k] : 0;
+            m_last[k] = count - 1;
+        }
+        m_shiftY = bits[0];
+        m_shiftZ = bits[0] + bits[1];
+        // Extents near the end of the range have no usable inverse.
+        m_usable = m_bits > 0 && std::isfinite(m_scale[0]) && std::isfinite(m_scale[1])
+                   && std::isfinite(m_scale[2]) && isFinite(extent);
+    }
+
+    bool isUsable() const { return m_usable; }
+    std::size_t numCells() const { return std::size_t(1) << m_bits; }
+    std::uint32_t cellOf(const Ref& ref) const
+    {
+        const Float4 at = max(min((ref.lo + ref.hi - m_low) * m_scale, m_last), m_zero);
+        return static_cast<std::uint32_t>(at[0]) | static_cast<std::uint32_t>(at[1]) << m_shiftY
+               | static_cast<std::uint32_t>(at[2]) << m_shiftZ;
+    }
+
+private:
+    Float4 m_low;
+    Float4 m_scale = Float4::of(0, 0, 0, 0);
+    Float4 m_last = Float4::of(0, 0, 0, 0);
+    Float4 m_zero = Float4::of(0, 0, 0, 0);
+    int m_bits = 0, m_shiftY = 0, m_shiftZ = 0;
+    bool m_usable = false;
+};
+
 } // namespace
 
 struct TriangleTree::Builder {
     TriangleTree& tree;
     std::vector<Ref> refs;
+    std::unique_ptr<Ref[]>
+        spare; ///< as many, if there are any; each triangle stands in one of them
 
+    explicit Builder(TriangleTree& t) : tree(t) {}
     void collect(std::span<const SbVec3f> positions, std::span<const std::uint32_t> triangles);
     void build();
     void fillTriangles(std::span<const SbVec3f> positions,
                        std::span<const std::uint32_t> triangles);
 
 private:
-    Split findSplit(const Run& run) const;
-    void divide(const Run& run, const Split& split, Run& left, Run& right);
-    bool makeLeafOrSplit(const Run& run, Split& split);
+    struct Cell {
+        std::uint32_t count = 0, begin = 0;
+        Box box;
+    };
+
+    std::vector<Run> m_open;
+    std::vector<Cell> m_cells;
+    std::vector<std::uint16_t> m_cellOf;
+
+    Ref* listOf(bool inSpare) { return inSpare ? spare.get() : refs.data(); }
+    void setBox(const Run& run);
+    void makeLeaf(const Run& run);
+    bool divideByGrid(const Run& run);
+    std::vector<Ref> sortIntoCells(const Run& run, const Grid& grid);
+    static Split findSplit(std::span<const Ref> all, const Run& run);
+    static void divide(std::span<Ref> all, const Run& run, const Split& split, Run& left,
+                       Run& right);
+    void split(std::span<Ref> all, const Run& run, std::vector<Run>& open);
 };
 
 void TriangleTree::Builder::collect(std::span<const SbVec3f> positions,
@@ -136,32 +226,34 @@ void TriangleTree::Builder::collect(std::span<const SbVec3f> positions,
         if (!isFinite(a + b + c))
             continue;
         Ref ref{min(min(a, b), c), max(max(a, b), c)};
-        ref.lo[3] = std::bit_cast<float>(i);
-        ref.hi[3] = 0;
+        ref.set(i, 1);
         refs.push_back(ref);
     }
 }
 
 /// The cheapest division along the longest axis; the others are hardly ever better.
-Split TriangleTree::Builder::findSplit(const Run& run) const
+Split TriangleTree::Builder::findSplit(std::span<const Ref> all, const Run& run)
 {
     const Binning binning(run.centers, run.longestAxis(), run.count());
     if (!binning.isUsable())
         return {};
     const auto bins = static_cast<std::size_t>(binning.count);
     std::array<Box, kBins> boxes;
-    std::array<std::uint32_t, kBins> counts{};
+    std::array<std::uint32_t, kBins> weights{};
+    std::uint32_t total = 0;
     for (std::uint32_t i = run.begin; i < run.end; ++i) {
-        const auto bin = static_cast<std::size_t>(binning.binOf(refs[i]));
-        ++counts[bin];
-        boxes[bin].add(refs[i].lo, refs[i].hi);
+        const auto bin = static_cast<std::size_t>(binning.binOf(all[i]));
+        const std::uint32_t weight = all[i].weight();
+        weights[bin] += weight;
+        total += weight;
+        boxes[bin].add(all[i].lo, all[i].hi);
     }
     std::array<float, kBins> rightCost;
     Box side;
     std::uint32_t number = 0;
     for (std::size_t b = bins - 1; b > 0; --b) {
         side.add(boxes[b]);
-        number += counts[b];
+        number += weights[b];
         rightCost[b] = number ? side.halfArea() * static_cast<float>(number) : kHuge;
     }
     Split best;
@@ -169,8 +261,8 @@ Split TriangleTree::Builder::findSplit(const Run& run) const
     number = 0;
     for (std::size_t b = 1; b < bins; ++b) {
         side.add(boxes[b - 1]);
-        number += counts[b - 1];
-        if (!number || number == run.count())
+        number += weights[b - 1];
+        if (!number || number == total)
             continue;
         const float cost = side.halfArea() * static_cast<float>(number) + rightCost[b];
         if (cost < best.cost)
@@ -179,24 +271,25 @@ Split TriangleTree::Builder::findSplit(const Run& run) const
     return best;
 }
 
-void TriangleTree::Builder::divide(const Run& run, const Split& split, Run& left, Run& right)
+void TriangleTree::Builder::divide(std::span<Ref> all, const Run& run, const Split& split,
+                                   Run& left, Run& right)
 {
     std::uint32_t i = run.begin, j = run.end;
     if (split.axis < 0) {
         // Nothing tells them apart: half of them each.
         const std::uint32_t middle = i + run.count() / 2;
         for (; i < middle; ++i)
-            left.add(refs[i]);
+            left.add(all[i]);
         for (std::uint32_t k = middle; k < run.end; ++k)
-            right.add(refs[k]);
+            right.add(all[k]);
     } else {
         const Binning binning(run.centers, split.axis, run.count());
         while (i < j) {
-            if (binning.binOf(refs[i]) < split.bin) {
-                left.add(refs[i++]);
+            if (binning.binOf(all[i]) < split.bin) {
+                left.add(all[i++]);
             } else {
-                right.add(refs[i]);
-                std::swap(refs[i], refs[--j]);
+                right.add(all[i]);
+                std::swap(all[i], all[--j]);
             }
         }
     }
@@ -204,46 +297,139 @@ void TriangleTree::Builder::divide(const Run& run, const Split& split, Run& left
     left.end = right.begin = i;
     right.end = run.end;
     left.depth = right.depth = run.depth + 1;
+    left.inSpare = right.inSpare = run.inSpare;
 }
 
-bool TriangleTree::Builder::makeLeafOrSplit(const Run& run, Split& split)
+void TriangleTree::Builder::setBox(const Run& run)
 {
     Node& node = tree.m_nodes[run.node];
     for (int k = 0; k < 3; ++k) {
         node.min[k] = run.box.lo[k];
         node.max[k] = run.box.hi[k];
     }
-    // Comparing the costs of so few would take longer than it ever saves.
-    const bool isLeaf = run.count() <= kMaxLeaf;
-    if (!isLeaf && run.depth < kMaxSahDepth)
-        split = findSplit(run);
-    node.first = isLeaf ? run.begin : static_cast<std::uint32_t>(tree.m_nodes.size());
-    node.count = isLeaf ? run.count() : 0;
-    return isLeaf;
+}
+
+void TriangleTree::Builder::makeLeaf(const Run& run)
+{
+    Node& node = tree.m_nodes[run.node];
+    node.first = run.begin;
+    node.count = run.count();
+    const Ref* from = listOf(run.inSpare);
+    for (std::uint32_t i = run.begin; i < run.end; ++i)
+        tree.m_order[i] = from[i].number();
+}
+
+/// Makes two nodes of a run, and leaves them to be divided.
+void TriangleTree::Builder::split(std::span<Ref> all, const Run& run, std::vector<Run>& open)
+{
+    const Split best = run.depth < kMaxSahDepth ? findSplit(all, run) : Split();
+    Run left, right;
+    left.node = static_cast<std::uint32_t>(tree.m_nodes.size());
+    right.node = left.node + 1;
+    tree.m_nodes[run.node].first = left.node;
+    tree.m_nodes[run.node].count = 0;
+    tree.m_nodes.resize(tree.m_nodes.size() + 2);
+    divide(all, run, best, left, right);
+    open.push_back(right);
+    open.push_back(left);
+}
+
+/// Moves the triangles to the other list, cell by cell, and returns the cells that hold any.
+std::vector<Ref> TriangleTree::Builder::sortIntoCells(const Run& run, const Grid& grid)
+{
+    const Ref* from = listOf(run.inSpare);
+    Ref* to = listOf(!run.inSpare);
+    m_cells.assign(grid.numCells(), {});
+    m_cellOf.resize(std::max<std::size_t>(m_cellOf.size(), run.count()));
+    for (std::uint32_t i = run.begin; i < run.end; ++i) {
+        const std::uint32_t number = grid.cellOf(from[i]);
+        m_cellOf[i - run.begin] = static_cast<std::uint16_t>(number);
+        Cell& cell = m_cells[number];
+        ++cell.count;
+        cell.box.add(from[i].lo, from[i].hi);
+    }
+    std::vector<Ref> filled;
+    std::uint32_t begin = run.begin;
+    for (Cell& cell : m_cells) {
+        if (!cell.count)
+            continue;
+        cell.begin = begin;
+        Ref ref{cell.box.lo, cell.box.hi};
+        ref.set(begin, cell.count);
+        filled.push_back(ref);
+        begin += cell.count;
+    }
+    if (filled.size() < 2)
+        return filled;
+    for (std::uint32_t i = run.begin; i < run.end; ++i)
+        to[m_cells[m_cellOf[i - run.begin]].begin++] = from[i];
+    return filled;
+}
+
+/// False when all triangles are at one place.
+bool TriangleTree::Builder::divideByGrid(const Run& run)
+{
+    const Grid grid(run.centers, run.count());
+    if (!grid.isUsable())
+        return false;
+    if (!spare)
+        spare = std::make_unique_for_overwrite<Ref[]>(refs.size());
+    std::vector<Ref> cells = sortIntoCells(run, grid);
+    if (cells.size() < 2)
+        return false;
+    std::vector<Run> open(1);
+    open[0].node = run.node;
+    open[0].depth = run.depth;
+    open[0].end = static_cast<std::uint32_t>(cells.size());
+    for (const Ref& cell : cells)
+        open[0].add(cell);
+    while (!open.empty()) {
+        const Run part = open.back();
+        open.pop_back();
+        if (part.count() > 1) {
+            setBox(part);
+            split(cells, part, open);
+            continue;
+        }
+        const Ref& cell = cells[part.begin];
+        Run inside;
+        inside.node = part.node;
+        inside.begin = cell.number();
+        inside.end = cell.number() + cell.weight();
+        inside.depth = part.depth;
+        inside.inSpare = !run.inSpare;
+        inside.hasCenters = false;
+        inside.box = part.box;
+        m_open.push_back(inside);
+    }
+    return true;
 }
 
 void TriangleTree::Builder::build()
 {
     const auto total = static_cast<std::uint32_t>(refs.size());
+    tree.m_order.resize(total);
     tree.m_nodes.reserve(total * 2UL / 3 + 2);
     tree.m_nodes.emplace_back();
-    std::vector<Run> open(1);
-    open[0].end = total;
+    m_open.resize(1);
+    m_open[0].end = total;
     for (const Ref& ref : refs)
-        open[0].add(ref);
-    while (!open.empty()) {
-        const Run run = open.back();
-        open.pop_back();
-        Split split;
-        if (makeLeafOrSplit(run, split))
+        m_open[0].add(ref);
+    while (!m_open.empty()) {
+        Run run = m_open.back();
+        m_open.pop_back();
+        setBox(run);
+        // Comparing the costs of so few would take longer than it ever saves.
+        if (run.count() <= kMaxLeaf) {
+            makeLeaf(run);
             continue;
-        Run left, right;
-        left.node = static_cast<std::uint32_t>(tree.m_nodes.size());
-        right.node = left.node + 1;
-        tree.m_nodes.resize(tree.m_nodes.size() + 2);
-        divide(run, split, left, right);
-        open.push_back(right);
-        open.push_back(left);
+        }
+        const std::span<Ref> all(listOf(run.inSpare), refs.size());
+        for (std::uint32_t i = run.begin; !run.hasCenters && i < run.end; ++i)
+            run.addCenter(all[i]);
+        const bool many = run.count() > kFewForGrid && run.depth < kMaxSahDepth;
+        if (!many || !divideByGrid(run))
+            split(all, run, m_open);
     }
     tree.m_nodes.shrink_to_fit();
 }
@@ -251,31 +437,26 @@ void TriangleTree::Builder::build()
 void TriangleTree::Builder::fillTriangles(std::span<const SbVec3f> positions,
                                           std::span<const std::uint32_t> triangles)
 {
-    tree.m_order.resize(refs.size());
-    tree.m_triangles.resize(refs.size());
-    for (std::size_t i = 0; i < refs.size(); ++i) {
-        const std::uint32_t number = refs[i].number();
+    tree.m_triangles.reserve(tree.m_order.size());
+    for (const std::uint32_t number : tree.m_order) {
         const SbVec3f& a = positions[triangles[number * 3UL]];
         const SbVec3f e1 = positions[triangles[number * 3UL + 1]] - a;
         const SbVec3f e2 = positions[triangles[number * 3UL + 2]] - a;
-        Triangle& t = tree.m_triangles[i];
-        for (int k = 0; k < 3; ++k) {
-            t.v0[k] = a[k];
-            t.e1[k] = e1[k];
-            t.e2[k] = e2[k];
-        }
-        tree.m_order[i] = number;
+        tree.m_triangles.push_back(
+            {{a[0], a[1], a[2]}, {e1[0], e1[1], e1[2]}, {e2[0], e2[1], e2[2]}});
     }
 }
 
 TriangleTree::TriangleTree(std::span<const SbVec3f> positions,
                            std::span<const std::uint32_t> triangles)
 {
-    Builder builder{*this, {}};
+    Builder builder(*this);
     builder.collect(positions, triangles);
     if (builder.refs.empty())
         return;
     builder.build();
+    builder.refs = {};
+    builder.spare.reset();
     builder.fillTriangles(positions, triangles);
 }
 
