@@ -16,12 +16,9 @@
 #include <kalmyr/copies/SoArray.h>
 #include <kalmyr/copies/SoMultipleCopy.h>
 #include <kalmyr/elements/SoMatrixElements.h>
-#include <kalmyr/events/SoLocation2Event.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
-#include <kalmyr/lights/SoPointLight.h>
-#include <kalmyr/manips/SoPointLightManip.h>
 #include <kalmyr/manips/SoTransformManip.h>
 #include <kalmyr/nodes/SoEventCallback.h>
 #include <kalmyr/nodes/SoSeparator.h>
@@ -322,96 +319,6 @@ TEST_F(ModulesTest, AnimatedNodesMoveUntilTheyAreSwitchedOff)
     EXPECT_EQ(rotor->rotation.getValue(), still);
     EXPECT_FALSE(copy->rotation.getValue() == still) << "a copy goes on";
     EXPECT_TRUE(twin->getField("rotation")->isDefault()) << "it is compared with";
-}
-
-/// A scene seen straight from the front, 10 units high in a window of 100 pixels.
-class DraggingTest : public ModulesTest {
-protected:
-    void SetUp() override
-    {
-        ModulesTest::SetUp();
-        root = new SoSeparator;
-        auto* camera = new SoOrthographicCamera;
-        camera->height = 10;
-        camera->position = SbVec3f(0, 0, 20);
-        camera->farDistance = 100;
-        root->addChild(camera);
-        region = SbViewportRegion(100, 100);
-        action = std::make_unique<SoHandleEventAction>(region);
-    }
-    void press(short x, short y, SoButtonEvent::State state = SoButtonEvent::DOWN)
-    {
-        SoMouseButtonEvent event;
-        event.setButton(SoMouseButtonEvent::BUTTON1);
-        event.setState(state);
-        send(event, x, y);
-    }
-    void moveTo(short x, short y, bool shift = false)
-    {
-        SoLocation2Event event;
-        event.setShiftDown(shift);
-        send(event, x, y);
-    }
-    void send(SoEvent& event, short x, short y)
-    {
-        event.setPosition(SbVec2s(x, y));
-        action->setEvent(&event);
-        action->apply(root.get());
-    }
-
-    SoRef<SoSeparator> root;
-    SbViewportRegion region;
-    std::unique_ptr<SoHandleEventAction> action;
-};
-
-TEST_F(DraggingTest, ATransformFollowsTheMouse)
-{
-    const SoRef<SoTransformManip> manip(new SoTransformManip);
-    root->addChild(manip.get());
-    root->addChild(new SoCube);
-    moveTo(80, 50);
-    EXPECT_FALSE(action->isHandled());
-    press(55, 50);
-    EXPECT_TRUE(action->isHandled());
-    moveTo(75, 60);
-    EXPECT_TRUE(manip->translation.getValue().equals(SbVec3f(2, 1, 0), 1e-3F))
-        << manip->translation.getValue()[0] << ' ' << manip->translation.getValue()[1];
-    press(75, 60, SoButtonEvent::UP);
-    moveTo(20, 20);
-    EXPECT_TRUE(manip->translation.getValue().equals(SbVec3f(2, 1, 0), 1e-3F)) << "let go of";
-
-    press(74, 60);
-    moveTo(76, 60, true);
-    EXPECT_FALSE(manip->rotation.getValue() == SbRotation()) << "with Shift it turns";
-    press(76, 60, SoButtonEvent::UP);
-
-    manip->translation = SbVec3f(-3, 0, 0); // somebody else moves it: the dragger goes along
-    press(20, 50);
-    EXPECT_TRUE(action->isHandled());
-}
-
-TEST_F(DraggingTest, ManipsComeAndGoWithTheValues)
-{
-    const SoRef<SoPointLight> light(new SoPointLight);
-    light->location = SbVec3f(1, 2, 3);
-    light->intensity = 0.5F;
-    root->addChild(light.get());
-    const SoRef<SoPath> path(new SoPath(root.get()));
-    path->append(1);
-    const SoRef<SoPointLightManip> manip(new SoPointLightManip);
-    ASSERT_TRUE(SoManip::replaceNode(path.get(), manip.get()));
-    EXPECT_EQ(root->getChild(1), manip.get());
-    EXPECT_EQ(manip->intensity.getValue(), 0.5F);
-    press(60, 70);
-    moveTo(50, 70);
-    press(50, 70, SoButtonEvent::UP);
-    EXPECT_TRUE(manip->location.getValue().equals(SbVec3f(0, 2, 3), 1e-3F));
-    const SoRef<SoPath> back(new SoPath(root.get()));
-    back->append(1);
-    const SoRef<SoPointLight> plain(new SoPointLight);
-    ASSERT_TRUE(SoManip::replaceNode(back.get(), plain.get()));
-    EXPECT_TRUE(plain->location.getValue().equals(SbVec3f(0, 2, 3), 1e-3F));
-    EXPECT_FALSE(SoManip::replaceNode(SoRef<SoPath>(new SoPath(root.get())).get(), manip.get()));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/draggers/SoDragger.h>
 #include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/nodes/SoSwitch.h>
 
 namespace {
 
@@ -51,6 +52,15 @@ SoDragHandle::~SoDragHandle() = default;
 void SoDragHandle::initClass()
 {
     SO_NODE_INIT_CLASS(SoDragHandle, SoGroup, "DragHandle");
+}
+
+void SoDragHandle::setActive(bool on)
+{
+    if (isActive.getValue() != on)
+        isActive.setValue(on);
+    SoNode* first = getNumChildren() > 0 ? getChild(0) : nullptr;
+    if (first && first->isOfType(SoSwitch::getClassTypeId()))
+        static_cast<SoSwitch*>(first)->whichChild.setValue(on ? 1 : 0);
 }
 
 void SoDragHandle::doAction(SoAction* action)

@@ -183,7 +183,7 @@ void SoDragger::lightUp(bool on)
     for (int i = 0; i < getNumHandles(); ++i)
         if (SoDragHandle* handle = getHandle(i))
             if (handle->part.getValue() == m_held->part.getValue())
-                put(handle->isActive, on);
+                handle->setActive(on);
 }
 
 void SoDragger::keepValues()

@@ -3,6 +3,7 @@
 
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoMaterial.h>
+#include <kalmyr/nodes/SoPickStyle.h>
 #include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoCube.h>
@@ -84,6 +85,11 @@ SoDragHandle* SoDragger::addHandle(const Part& part, float transparency)
     looks->addChild(isPlain ? makePlainMaterial(kActiveColor, transparency * 0.8f)
                             : makeMaterial(kActiveColor, 0));
     handle->addChild(looks);
+    if (part.motion == SoDragHandle::NONE) {
+        auto* through = new SoPickStyle;
+        through->style = SoPickStyle::UNPICKABLE;
+        handle->addChild(through);
+    }
     if (isPlain) {
         auto* model = new SoLightModel;
         model->model = SoLightModel::BASE_COLOR;

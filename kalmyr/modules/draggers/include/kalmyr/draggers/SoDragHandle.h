@@ -39,7 +39,11 @@ public:
     SoSFVec3f position;  ///< of a knob
     SoSFVec3f direction; ///< of a knob's y axis
     SoSFFloat size;      ///< of a knob's unit; 0: none
-    SoSFBool isActive;   ///< shows its first child or, when active, the second instead
+    SoSFBool isActive;   ///< it is held
+
+    /// Sets `isActive`, and lets a switch that is the first child show its second child instead of
+    /// its first: what is used by the look that follows.
+    void setActive(bool on);
 
     bool affectsState() const override { return false; }
     void doAction(SoAction* action) override;
