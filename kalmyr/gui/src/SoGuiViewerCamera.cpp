@@ -12,7 +12,9 @@
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
+#include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLParent.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <algorithm>
 #include <cmath>
@@ -40,10 +42,9 @@ Value valueOf(const SoNode& node, const char* name, Value fallback)
 }
 
 /// The node of a type of the VRML97 module, which is optional, that counts in a scene.
-SoNode* boundNode(const char* type, const SoNode* scene)
+SoNode* boundNode(SoType type, const SoNode* scene)
 {
-    const SoType known = SoType::fromName(SbName(type));
-    return known.isBad() ? nullptr : SoVRMLBindable::getBound(scene, known);
+    return type.isBad() ? nullptr : SoVRMLBindable::getBound(scene, type);
 }
 
 } // namespace
@@ -92,7 +93,7 @@ void SoGuiViewer::placeCamera()
 
 bool SoGuiViewer::findViewpoint()
 {
-    SoNode* bound = boundNode("VRMLViewpoint", m_scene.get());
+    SoNode* bound = boundNode(SoVRMLViewpoint::getClassTypeId(), m_scene.get());
     SoSearchAction search;
     search.setNode(bound);
     search.setSearchingAll(true);
@@ -119,8 +120,8 @@ void SoGuiViewer::followViewpoint()
 {
     if (!m_viewpoint || !m_ownCamera)
         return;
-    const SoType type = SoType::fromName(SbName("VRMLViewpoint"));
-    if (!m_viewpoint->getTail() || m_viewpoint->getTail()->getTypeId() != type) {
+    const SoNode* tail = m_viewpoint->getTail();
+    if (!tail || !tail->isOfType(SoVRMLViewpoint::getClassTypeId())) {
         m_viewpoint = nullptr; // it was taken out of the scene
         return;
     }
@@ -159,7 +160,7 @@ void SoGuiViewer::nodeBound(void* data, SoVRMLBindable* node)
     auto* self = static_cast<SoGuiViewer*>(data);
     if (!self->m_scene || !node->isAtOrBelow(self->m_scene.get()))
         return;
-    const bool isViewpoint = node->getTypeId() == SoType::fromName(SbName("VRMLViewpoint"));
+    const bool isViewpoint = node->isOfType(SoVRMLViewpoint::getClassTypeId());
     if (!isViewpoint) {
         self->followNavigationInfo();
     } else if (self->m_ownCamera && valueOf<SoSFBool>(*node, "jump", true)) {
@@ -172,7 +173,7 @@ void SoGuiViewer::nodeBound(void* data, SoVRMLBindable* node)
 
 void SoGuiViewer::followNavigationInfo()
 {
-    const SoNode* info = boundNode("VRMLNavigationInfo", m_scene.get());
+    const SoNode* info = boundNode(SoVRMLNavigationInfo::getClassTypeId(), m_scene.get());
     const bool wanted = !info || valueOf<SoSFBool>(*info, "headlight", true);
     // What the user switched stays between scenes that want the same.
     if (wanted != std::exchange(m_sceneWantsHeadlight, wanted))
