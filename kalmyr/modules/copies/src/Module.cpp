@@ -1,10 +1,12 @@
 #include <kalmyr/copies/SoArray.h>
+#include <kalmyr/copies/SoCopyDetail.h>
 #include <kalmyr/copies/SoMultipleCopy.h>
 
 // What the module tool looks for in the library of an optional module.
 
 extern "C" KALMYR_VISIBLE void kalmyrInitModule()
 {
+    SoCopyDetail::initClass();
     SoCopies::initClass();
     SoMultipleCopy::initClass();
     SoArray::initClass();
@@ -15,4 +17,5 @@ extern "C" KALMYR_VISIBLE void kalmyrFinishModule()
     SoType::removeType(SoArray::getClassTypeId());
     SoType::removeType(SoMultipleCopy::getClassTypeId());
     SoType::removeType(SoCopies::getClassTypeId());
+    SoType::removeType(SoCopyDetail::getClassTypeId());
 }

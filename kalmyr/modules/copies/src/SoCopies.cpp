@@ -1,6 +1,7 @@
 #include <kalmyr/copies/SoCopies.h>
 
-#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/actions/SoRayPickAction.h>
+#include <kalmyr/copies/SoCopyDetail.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 
 #include <algorithm>
@@ -24,11 +25,20 @@ void SoCopies::doAction(SoAction* action)
     int next = -1;
     const int wanted = std::clamp(getNumCopies(), 0, kMaxCopies);
     const int count = action->isOnPath(next) ? std::min(wanted, 1) : wanted;
+    SoRayPickAction* pick = action->isOfType(SoRayPickAction::getClassTypeId())
+                                ? static_cast<SoRayPickAction*>(action)
+                                : nullptr;
+    SoCopyDetail detail;
     SoState* state = action->getState();
     for (int i = 0; i < count && !action->hasTerminated(); ++i) {
+        detail.setCopyIndex(i);
         state->push();
         SoModelMatrixElement::mult(state, this, getCopyMatrix(i));
+        if (pick)
+            pick->pushDetail(this, &detail);
         action->traverseChildren(m_children);
+        if (pick)
+            pick->popDetail();
         state->pop();
     }
 }

@@ -4,6 +4,8 @@
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/core/SoNode.h>
 
+#include <algorithm>
+
 namespace {
 
 /// Normals go with the transposed inverse, so that they stay square to their faces.
@@ -37,6 +39,8 @@ SoPickedPoint::SoPickedPoint(const SoPickedPoint& other)
       m_texCoord(other.m_texCoord),
       m_detail(other.m_detail ? other.m_detail->clone() : nullptr)
 {
+    for (const OfNode& one : other.m_ofNodes)
+        addDetail(one.node, one.detail->clone(), one.toWorld);
 }
 
 SoPickedPoint& SoPickedPoint::operator=(const SoPickedPoint& other)
@@ -60,19 +64,54 @@ SbVec3f SoPickedPoint::getObjectNormal(const SoNode* node) const
     return node ? transformNormal(getNormal(), getObjectToWorld(node)) : m_objectNormal;
 }
 
+const SoPickedPoint::OfNode* SoPickedPoint::findDetail(const SoNode* node) const
+{
+    const auto at = std::find_if(m_ofNodes.begin(), m_ofNodes.end(),
+                                 [node](const OfNode& one) { return one.node == node; });
+    return at == m_ofNodes.end() ? nullptr : &*at;
+}
+
+const SoDetail* SoPickedPoint::getDetail(const SoNode* node) const
+{
+    if (!node || node == m_path->getTail())
+        return m_detail.get();
+    const OfNode* found = findDetail(node);
+    return found ? found->detail.get() : nullptr;
+}
+
+void SoPickedPoint::addDetail(const SoNode* node, std::unique_ptr<SoDetail> detail,
+                              const SbMatrix& toWorld)
+{
+    m_ofNodes.push_back({node, std::move(detail), toWorld});
+}
+
 SbMatrix SoPickedPoint::getObjectToWorld(const SoNode* node) const
 {
     if (!node || node == m_path->getTail())
         return m_objectToWorld;
-    for (int i = 0; i < m_path->getLength(); ++i) {
-        if (m_path->getNode(i) != node)
-            continue;
+    const int length = m_path->getLength();
+    int at = 0;
+    bool isInCopy = false;
+    while (at < length && m_path->getNode(at) != node)
+        isInCopy = findDetail(m_path->getNode(at++)) || isInCopy;
+    if (!kalmyr::holds(at < length, "a node of the picked path"))
+        return m_objectToWorld;
+    if (const OfNode* own = findDetail(node))
+        return own->toWorld;
+    const auto matrixAt = [this](int i) {
         SoGetMatrixAction action;
         action.apply(m_path->copy(0, i + 1));
         return action.getMatrix();
-    }
-    static_cast<void>(kalmyr::holds(false, "a node of the picked path"));
-    return m_objectToWorld;
+    };
+    if (!isInCopy)
+        return matrixAt(at);
+    // The path leads to the first of copies: what is known of the copy that was hit is the matrix
+    // of something further down.
+    int below = at + 1;
+    while (below < length - 1 && !findDetail(m_path->getNode(below)))
+        ++below;
+    const OfNode* known = findDetail(m_path->getNode(below));
+    return matrixAt(at) * matrixAt(below).inverse() * (known ? known->toWorld : m_objectToWorld);
 }
 
 SbMatrix SoPickedPoint::getWorldToObject(const SoNode* node) const

@@ -53,6 +53,7 @@ void SoRayPickAction::beginTraversal(SoNode*)
 {
     getState()->write<SoViewportRegionElement>().set(nullptr, m_region);
     m_points.clear();
+    m_details.clear();
     m_visitOfPath = 0;
     m_viewId = 0;
     m_objectRayKnown = false;
@@ -126,6 +127,11 @@ SoPickRay SoRayPickAction::getObjectRay()
     return m_objectRay;
 }
 
+void SoRayPickAction::pushDetail(const SoNode* node, const SoDetail* detail)
+{
+    m_details.push_back({node, detail, SoModelMatrixElement::get(getState())});
+}
+
 SoPickedPoint* SoRayPickAction::addHit(const SoPickHit& hit)
 {
     const bool inLimits = hit.t >= m_ray.tMin && hit.t <= m_ray.tMax;
@@ -140,5 +146,7 @@ SoPickedPoint* SoRayPickAction::addHit(const SoPickHit& hit)
     }
     m_points.emplace_back(m_curPath.get(), SoModelMatrixElement::get(getState()), hit.t, hit.point,
                           hit.normal);
+    for (const OnWay& way : m_details)
+        m_points.back().addDetail(way.node, way.detail->clone(), way.toWorld);
     return &m_points.back();
 }

@@ -90,6 +90,12 @@ public:
     /// the nearest. The pointer is valid until the next hit; the shape may add details to it.
     SoPickedPoint* addHit(const SoPickHit& hit);
 
+    /// For groups that lead to their children in several ways: what each hit below tells of the way
+    /// through the node, until popDetail(). Called with the matrix of that way in the state. Not
+    /// owned; each hit gets a copy.
+    void pushDetail(const SoNode* node, const SoDetail* detail);
+    void popDetail() { m_details.pop_back(); }
+
 protected:
     void beginTraversal(SoNode* root) override;
     void endTraversal(SoNode* root) override;
@@ -123,4 +129,10 @@ private:
     std::vector<SoPickedPoint> m_points;
     SoRef<SoPath> m_curPath; ///< of the visit that hit last
     std::uint64_t m_visitOfPath = 0;
+    struct OnWay {
+        const SoNode* node;     // Not owned.
+        const SoDetail* detail; // Not owned.
+        SbMatrix toWorld;
+    };
+    std::vector<OnWay> m_details;
 };

@@ -4,9 +4,10 @@
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/nodes/SoGroup.h>
 
-/// Base of groups that traverse their children several times, in another place each time. The
-/// children stand in the graph once: a picked path does not tell which of the copies was met, and a
-/// path leads to the first one.
+/// Base of groups that traverse their children several times, in another place each time. What one
+/// copy sets does not reach the next. The children stand in the graph once, and a path leads to the
+/// first copy; which one was met by a ray says the detail that the picked point has for the group,
+/// an SoCopyDetail.
 class KALMYR_VISIBLE SoCopies : public SoGroup {
     SO_NODE_HEADER(SoCopies)
 
