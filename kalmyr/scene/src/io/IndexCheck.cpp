@@ -2,6 +2,7 @@
 
 #include <kalmyr/nodes/SoCoordinate3.h>
 #include <kalmyr/nodes/SoCoordinate4.h>
+#include <kalmyr/nodes/SoLevelOfDetail.h>
 #include <kalmyr/nodes/SoLOD.h>
 #include <kalmyr/nodes/SoSwitch.h>
 #include <kalmyr/shapes/SoIndexedShape.h>
@@ -66,7 +67,9 @@ std::optional<std::string> IndexCheck::close(const SoNode* node, Scope before)
         return count == kUnknown ? std::nullopt : strayIndex(shape, count);
     }
     const bool mayChoose = node->isOfType(SoSwitch::getClassTypeId());
-    if (!node->affectsState() || node->isOfType(SoLOD::getClassTypeId()))
+    const bool isLevels = node->isOfType(SoLOD::getClassTypeId())
+                          || node->isOfType(SoLevelOfDetail::getClassTypeId());
+    if (!node->affectsState() || isLevels)
         m_points = before;
     else if (mayChoose && m_points != before)
         m_points = kUnknown;

@@ -18,6 +18,7 @@
 #include <kalmyr/nodes/SoGroup.h>
 #include <kalmyr/nodes/SoInfo.h>
 #include <kalmyr/nodes/SoLabel.h>
+#include <kalmyr/nodes/SoLevelOfDetail.h>
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoLOD.h>
 #include <kalmyr/nodes/SoMaterial.h>
@@ -56,6 +57,7 @@ void kalmyr::initNodes()
     SoSelection::initClass();
     SoSwitch::initClass();
     SoLOD::initClass();
+    SoLevelOfDetail::initClass();
     SoTransformSeparator::initClass();
     SoTransformation::initClass();
     SoTransform::initClass();
