@@ -3,11 +3,13 @@
 #include "support/Passes.h"
 
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/gui/SoGuiViewer.h>
 #include <kalmyr/gui/SoInspectorViews.h>
 #include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -87,6 +89,32 @@ TEST_F(WindowGL, SurvivesTheLossOfItsContext)
         ASSERT_TRUE(support::passUntilExposed(viewer->getWidget()));
         EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.05)) << "round " << i;
     }
+}
+
+TEST_F(WindowGL, TakesAnotherNumberOfSamples)
+{
+    for (const int samples : {1, 8, 4}) {
+        const QPointer<QWidget> before = surface();
+        viewer->setNumSamples(samples);
+        EXPECT_FALSE(before) << "another widget";
+        EXPECT_TRUE(showsSoon(surface(), Qt::green, 0.1)) << samples;
+    }
+    const SbRotation before = camera().orientation.getValue();
+    drag(Qt::LeftButton, QPoint(40, 10));
+    EXPECT_FALSE(camera().orientation.getValue().equals(before, 0.01f));
+}
+
+TEST_F(WindowGL, ShowsPicturesForTwoEyes)
+{
+    scene.material->diffuseColor.setValue(SbColor(1, 1, 1));
+    viewer->getGuiViewer()->setEyeSeparation(0.3f);
+    viewer->getGuiViewer()->setStereo(true);
+    const QImage both = viewer->grabImage();
+    EXPECT_GT(shareOf(both, Qt::white), 0.02);
+    EXPECT_GT(shareOf(both, Qt::red), 0.005);
+    EXPECT_GT(shareOf(both, Qt::cyan), 0.005);
+    viewer->getGuiViewer()->setStereo(false);
+    EXPECT_LT(shareOf(viewer->grabImage(), Qt::red), 0.001);
 }
 
 TEST_F(WindowGL, TwoViewersShowOneScene)

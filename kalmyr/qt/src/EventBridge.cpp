@@ -9,7 +9,9 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QTabletEvent>
 #include <QTimer>
+#include <QTouchEvent>
 #include <QWheelEvent>
 #include <QWidget>
 
@@ -89,6 +91,7 @@ EventBridge::EventBridge(SoGuiRenderArea* area, QWidget* widget)
 {
     widget->setFocusPolicy(Qt::StrongFocus);
     widget->setMouseTracking(true);
+    widget->setAttribute(Qt::WA_AcceptTouchEvents);
     widget->installEventFilter(this);
 }
 
@@ -163,6 +166,17 @@ bool EventBridge::eventFilter(QObject* watched, QEvent* event)
         return mouseMoved(*static_cast<QMouseEvent*>(event));
     case QEvent::Wheel:
         return wheelTurned(*static_cast<QWheelEvent*>(event));
+    case QEvent::TabletPress:
+    case QEvent::TabletMove:
+    case QEvent::TabletRelease:
+        event->accept(); // otherwise Qt makes a second event of it
+        return penUsed(*static_cast<QTabletEvent*>(event));
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+        event->accept();
+        return touched(*static_cast<QTouchEvent*>(event));
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
         return keyChanged(*static_cast<QKeyEvent*>(event));
@@ -270,6 +284,78 @@ bool EventBridge::wheelTurned(const QWheelEvent& event)
     SoMouseWheelEvent translated;
     translated.setDelta(angle.y() != 0 ? angle.y() : angle.x());
     return translated.getDelta() != 0 && send(translated, event.modifiers(), event.position());
+}
+
+/// A pen is a mouse.
+bool EventBridge::penUsed(const QTabletEvent& event)
+{
+    const auto as = [&event](QEvent::Type type) {
+        return QMouseEvent(type, event.posF(), event.posF(), event.globalPosF(), event.button(),
+                           event.buttons(), event.modifiers());
+    };
+    switch (event.type()) {
+    case QEvent::TabletPress:
+        return mousePressed(as(QEvent::MouseButtonPress));
+    case QEvent::TabletRelease:
+        return mouseReleased(as(QEvent::MouseButtonRelease));
+    default:
+        return mouseMoved(as(QEvent::MouseMove));
+    }
+}
+
+/// One finger is the first button; two pan and zoom.
+bool EventBridge::touched(const QTouchEvent& event)
+{
+    const Qt::KeyboardModifiers modifiers = event.modifiers();
+    const QPointer<EventBridge> self(this); // who handles an event may delete the window
+    for (const TouchTracker::Step& step : m_fingers.follow(event)) {
+        if (!self || !m_area)
+            return true;
+        switch (step.kind) {
+        case TouchTracker::Step::PRESS:
+            sendFinger(modifiers, SoButtonEvent::DOWN, step.now.middle);
+            break;
+        case TouchTracker::Step::RELEASE:
+            sendFinger(modifiers, SoButtonEvent::UP, step.now.middle);
+            break;
+        case TouchTracker::Step::MOVE: {
+            SoLocation2Event translated;
+            send(translated, modifiers, step.now.middle);
+            break;
+        }
+        case TouchTracker::Step::BEGIN_TWO:
+            sendGesture(modifiers, SoGestureEvent::BEGIN, step.before, step.now);
+            break;
+        case TouchTracker::Step::MOVE_TWO:
+            sendGesture(modifiers, SoGestureEvent::UPDATE, step.before, step.now);
+            break;
+        case TouchTracker::Step::END_TWO:
+            sendGesture(modifiers, SoGestureEvent::END, step.before, step.now);
+            break;
+        }
+    }
+    return true;
+}
+
+void EventBridge::sendFinger(Qt::KeyboardModifiers modifiers, SoButtonEvent::State state,
+                             const QPointF& at)
+{
+    SoMouseButtonEvent translated;
+    translated.setButton(SoMouseButtonEvent::BUTTON1);
+    translated.setState(state);
+    send(translated, modifiers, at);
+}
+
+void EventBridge::sendGesture(Qt::KeyboardModifiers modifiers, SoGestureEvent::State state,
+                              const TouchTracker::Pair& before, const TouchTracker::Pair& now)
+{
+    const QPointF way = (now.middle - before.middle) * m_widget->devicePixelRatioF();
+    SoGestureEvent translated;
+    translated.setState(state);
+    translated.setMotion(SbVec2f(static_cast<float>(way.x()), static_cast<float>(-way.y())));
+    if (before.distance > 0)
+        translated.setScale(static_cast<float>(now.distance / before.distance));
+    send(translated, modifiers, now.middle);
 }
 
 bool EventBridge::keyChanged(const QKeyEvent& event)

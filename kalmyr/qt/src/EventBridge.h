@@ -1,5 +1,8 @@
 #pragma once
 
+#include "TouchTracker.h"
+
+#include <kalmyr/events/SoGestureEvent.h>
 #include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/events/SoMouseButtonEvent.h>
 
@@ -12,6 +15,8 @@
 class QKeyEvent;
 class QMouseEvent;
 class QPointF;
+class QTabletEvent;
+class QTouchEvent;
 class QWheelEvent;
 class QWidget;
 class SoGuiRenderArea;
@@ -43,6 +48,11 @@ private:
     bool mouseMoved(const QMouseEvent& event);
     bool wheelTurned(const QWheelEvent& event);
     bool keyChanged(const QKeyEvent& event);
+    bool penUsed(const QTabletEvent& event);
+    bool touched(const QTouchEvent& event);
+    void sendFinger(Qt::KeyboardModifiers modifiers, SoButtonEvent::State state, const QPointF& at);
+    void sendGesture(Qt::KeyboardModifiers modifiers, SoGestureEvent::State state,
+                     const TouchTracker::Pair& before, const TouchTracker::Pair& now);
     template <class Event>
     bool send(Event& event, Qt::KeyboardModifiers modifiers, const QPointF& position);
     bool deliver(const SoEvent& event);
@@ -52,6 +62,7 @@ private:
     SoGuiRenderArea* m_area; // Not owned.
     QWidget* m_widget;       // Not owned; owns us.
     int m_sending = 0;
+    TouchTracker m_fingers;
     /// Presses, releases and turns of the wheel that came while another thread edited.
     std::deque<std::unique_ptr<SoEvent>> m_waiting;
 };

@@ -7,13 +7,7 @@
 
 #include <QOpenGLContext>
 
-namespace {
-
-constexpr int kSamples = 4;
-
-} // namespace
-
-QSurfaceFormat GLSurface::format()
+QSurfaceFormat GLSurface::format(int samples)
 {
     QSurfaceFormat format;
     format.setRenderableType(QSurfaceFormat::OpenGL);
@@ -21,14 +15,14 @@ QSurfaceFormat GLSurface::format()
     format.setProfile(QSurfaceFormat::CoreProfile);
     format.setDepthBufferSize(24);
     format.setStencilBufferSize(8);
-    format.setSamples(kSamples);
+    format.setSamples(samples > 1 ? samples : 0);
     return format;
 }
 
-GLSurface::GLSurface(SoGuiRenderArea* area, QWidget* parent)
-    : QOpenGLWidget(parent), RenderSurface(area)
+GLSurface::GLSurface(SoGuiRenderArea* area, QWidget* parent, int samples)
+    : QOpenGLWidget(parent), RenderSurface(area), m_samples(samples)
 {
-    setFormat(format());
+    setFormat(format(samples));
     setUpdateBehavior(PartialUpdate); // the last frame stays while the scene cannot be drawn
 }
 

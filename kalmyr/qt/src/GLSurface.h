@@ -7,14 +7,15 @@
 /// Draws in the context of an OpenGL widget.
 class GLSurface final : public QOpenGLWidget, public RenderSurface {
 public:
-    GLSurface(SoGuiRenderArea* area, QWidget* parent);
+    GLSurface(SoGuiRenderArea* area, QWidget* parent, int samples);
     ~GLSurface() override;
 
-    static QSurfaceFormat format();
+    static QSurfaceFormat format(int samples = 1);
 
     QWidget* widget() override { return this; }
     bool redraw() override;
     QImage grab() override;
+    bool setSamples(int samples) override { return samples == m_samples; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -25,4 +26,6 @@ protected:
 
 private:
     void release();
+
+    const int m_samples;
 };

@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr int kSamples = 4;
-
 QString translated(const char* text)
 {
     return QCoreApplication::translate("SoQtRenderArea", text);
@@ -38,7 +36,6 @@ ImageSurface::ImageSurface(SoGuiRenderArea* area, QWidget* parent)
     if (!context.isValid())
         m_failure = QString::fromUtf8(context.getError());
     m_renderer = std::make_shared<SoOffscreenRenderer>(SbViewportRegion());
-    m_renderer->setNumSamples(kSamples);
 }
 
 ImageSurface::~ImageSurface() = default;
@@ -64,6 +61,13 @@ QImage ImageSurface::grab()
     QImage image = m_image;
     image.setDevicePixelRatio(1);
     return image;
+}
+
+bool ImageSurface::setSamples(int samples)
+{
+    m_renderer->setNumSamples(samples);
+    schedule();
+    return true;
 }
 
 bool ImageSurface::isUpToDate() const

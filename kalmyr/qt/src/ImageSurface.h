@@ -18,6 +18,7 @@ public:
     QWidget* widget() override { return this; }
     bool redraw() override;
     QImage grab() override;
+    bool setSamples(int samples) override;
     QString failure() const override { return m_failure; }
 
     QSize sizeHint() const override { return preferredSize(); }

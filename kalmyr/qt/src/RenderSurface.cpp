@@ -71,9 +71,11 @@ bool RenderSurface::hasWindowGL()
     return available;
 }
 
-RenderSurface* RenderSurface::create(SoGuiRenderArea* area, QWidget* parent)
+RenderSurface* RenderSurface::create(SoGuiRenderArea* area, QWidget* parent, int samples)
 {
     if (hasWindowGL())
-        return new GLSurface(area, parent);
-    return new ImageSurface(area, parent);
+        return new GLSurface(area, parent, samples);
+    auto* surface = new ImageSurface(area, parent);
+    surface->setSamples(samples);
+    return surface;
 }

@@ -23,6 +23,8 @@ public:
     /// Asks for a redraw with the next repaint.
     void schedule();
     virtual QString failure() const { return QString(); }
+    /// False when it takes a new surface to have another number of samples.
+    virtual bool setSamples(int samples) = 0;
     /// Whether the scene is being drawn: the widget must not be deleted.
     bool isDrawing() const { return m_drawing; }
 
@@ -32,7 +34,9 @@ public:
     /// Whether Qt can show OpenGL of the needed version in widgets here. Asked once a process.
     static bool hasWindowGL();
     /// With a parent widget, which owns it. `area` must outlive the surface or detach() be called.
-    static RenderSurface* create(SoGuiRenderArea* area, QWidget* parent);
+    static RenderSurface* create(SoGuiRenderArea* area, QWidget* parent, int samples);
+    /// Goes on counting where another one stood.
+    void takeCount(const RenderSurface& other) { m_frames = other.m_frames; }
 
     /// The area goes: nothing is drawn any more.
     void detach() { m_area = nullptr; }

@@ -6,7 +6,10 @@
 #include <QHBoxLayout>
 #include <QImage>
 #include <QResizeEvent>
+#include <QTimer>
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -43,16 +46,10 @@ void sendPendingResize(QWidget* widget)
 } // namespace
 
 SoQtRenderArea::Impl::Impl(SoGuiRenderArea* guiArea, QWidget* parent, const char* name, bool embed)
-    : area(guiArea),
-      whole(makeWhole(parent, name, embed)),
-      m_surface(RenderSurface::create(guiArea, whole))
+    : area(guiArea), whole(makeWhole(parent, name, embed))
 {
-    surfaceWidget = m_surface->widget();
-    surfaceWidget->setAccessibleName(QCoreApplication::translate("SoQtRenderArea", "Scene"));
-    surfaceWidget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    makeSurface();
     whole->layout()->addWidget(surfaceWidget);
-    whole->setFocusProxy(surfaceWidget);
-    bridge = new EventBridge(guiArea, surfaceWidget);
     area->getSceneManager()->setRenderCallback(
         [](void* data, SoSceneManager*) {
             if (RenderSurface* surface = static_cast<Impl*>(data)->surface())
@@ -64,17 +61,64 @@ SoQtRenderArea::Impl::Impl(SoGuiRenderArea* guiArea, QWidget* parent, const char
 SoQtRenderArea::Impl::~Impl()
 {
     area->getSceneManager()->setRenderCallback(nullptr, nullptr);
-    const bool isBusy = (surface() && surface()->isDrawing()) || (bridge && bridge->isSending());
+    const bool wasBusy = isBusy();
     if (bridge)
         bridge->detach();
     if (surface())
         surface()->detach();
-    if (!isBusy) {
+    if (!wasBusy) {
         delete whole;
     } else if (whole) { // a callback in the scene runs inside an event of the widget
         whole->hide();
         whole->deleteLater();
     }
+}
+
+bool SoQtRenderArea::Impl::isBusy() const
+{
+    return (surface() && surface()->isDrawing()) || (bridge && bridge->isSending());
+}
+
+void SoQtRenderArea::Impl::makeSurface()
+{
+    m_surface = RenderSurface::create(area.get(), whole, samples);
+    surfaceWidget = m_surface->widget();
+    surfaceWidget->setAccessibleName(QCoreApplication::translate("SoQtRenderArea", "Scene"));
+    surfaceWidget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    whole->setFocusProxy(surfaceWidget);
+    bridge = new EventBridge(area.get(), surfaceWidget);
+}
+
+void SoQtRenderArea::Impl::setSamples(int number)
+{
+    samples = number;
+    if (!surface() || surface()->setSamples(number))
+        return;
+    if (isBusy()) // the widget runs the callback that asks for it
+        QTimer::singleShot(0, bridge, [this] { setSamples(samples); });
+    else
+        renewSurface();
+}
+
+/// The number of samples is part of what an OpenGL widget is made with.
+void SoQtRenderArea::Impl::renewSurface()
+{
+    const QPointer<QWidget> before = surfaceWidget;
+    RenderSurface* const old = m_surface;
+    const bool hadFocus = before->hasFocus();
+    const auto onMenuButton = std::move(bridge->onMenuButton);
+    bridge->detach();
+    makeSurface();
+    bridge->onMenuButton = onMenuButton;
+    m_surface->takeCount(*old);
+    delete whole->layout()->replaceWidget(before, surfaceWidget);
+    surfaceWidget->setCursor(before->cursor());
+    delete before;
+    surfaceWidget->show();
+    if (hadFocus)
+        surfaceWidget->setFocus();
+    if (onNewSurface)
+        onNewSurface();
 }
 
 void SoQtRenderArea::Impl::layOut()
@@ -177,6 +221,17 @@ QImage SoQtRenderArea::grabImage()
 {
     m_impl->layOut();
     return m_impl->surface() ? m_impl->surface()->grab() : QImage();
+}
+
+void SoQtRenderArea::setNumSamples(int samples)
+{
+    constexpr int kMostSamples = 16;
+    m_impl->setSamples(std::clamp(samples, 1, kMostSamples));
+}
+
+int SoQtRenderArea::getNumSamples() const
+{
+    return m_impl->samples;
 }
 
 SoQtRenderArea::Drawing SoQtRenderArea::getDrawing() const

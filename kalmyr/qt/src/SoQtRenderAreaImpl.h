@@ -9,6 +9,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
+
 struct SoQtRenderArea::Impl {
     Impl(SoGuiRenderArea* area, QWidget* parent, const char* name, bool embed);
     ~Impl();
@@ -17,6 +19,11 @@ struct SoQtRenderArea::Impl {
     RenderSurface* surface() const { return surfaceWidget ? m_surface : nullptr; }
     /// Gives the surface the size that it will have when it is shown.
     void layOut();
+    void setSamples(int number);
+
+    /// Called when there is another surface.
+    std::function<void()> onNewSurface;
+    int samples = kDefaultSamples;
 
     SoRef<SoGuiRenderArea> area;
     QPointer<QWidget> whole;         // Owned, unless its parent is faster.
@@ -24,5 +31,10 @@ struct SoQtRenderArea::Impl {
     QPointer<EventBridge> bridge;    // Owned by the surface's widget.
 
 private:
-    RenderSurface* m_surface; // Same object as surfaceWidget.
+    static constexpr int kDefaultSamples = 4;
+    bool isBusy() const;
+    void makeSurface();
+    void renewSurface();
+
+    RenderSurface* m_surface = nullptr; // Same object as surfaceWidget.
 };

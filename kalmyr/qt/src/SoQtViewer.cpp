@@ -10,8 +10,7 @@
 
 SoQtViewer::SoQtViewer(SoGuiViewer* viewer, QWidget* parent, const char* name, bool embed,
                        BuildFlag flag, Type)
-    : SoQtRenderArea(viewer, parent, name, embed),
-      m_decoration(std::make_unique<Decoration>(viewer, getWidget(), getRenderWidget()))
+    : SoQtRenderArea(viewer, parent, name, embed), m_decoration(std::make_unique<Decoration>(this))
 {
     if (flag & BUILD_DECORATION)
         m_decoration->buildColumn();
@@ -24,6 +23,7 @@ SoQtViewer::SoQtViewer(SoGuiViewer* viewer, QWidget* parent, const char* name, b
             return true;
         };
     }
+    impl().onNewSurface = [this] { m_decoration->refresh(); };
     viewer->setStateCallback(
         [](void* data, SoGuiViewer*) { static_cast<SoQtViewer*>(data)->m_decoration->refresh(); },
         this);
@@ -32,6 +32,7 @@ SoQtViewer::SoQtViewer(SoGuiViewer* viewer, QWidget* parent, const char* name, b
 SoQtViewer::~SoQtViewer()
 {
     getGuiViewer()->setStateCallback(nullptr, nullptr);
+    impl().onNewSurface = nullptr;
     if (impl().bridge)
         impl().bridge->onMenuButton = nullptr;
     // Its actions go with the widget, and nothing may run them on the way.

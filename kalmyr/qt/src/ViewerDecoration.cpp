@@ -40,6 +40,8 @@ const SoQtViewer::Decoration::Entry SoQtViewer::Decoration::kEntries[COUNT] = {
      false},
     {ViewerIcon::VIEW_ALL, "viewerViewAll", QT_TRANSLATE_NOOP("SoQtViewer", "View all"), "V", false,
      false},
+    {ViewerIcon::CHOSEN, "viewerChosen", QT_TRANSLATE_NOOP("SoQtViewer", "View what is chosen"),
+     "F", false, false},
     {ViewerIcon::SEEK, "viewerSeek", QT_TRANSLATE_NOOP("SoQtViewer", "Seek to a point"), "S", true,
      false},
     {ViewerIcon::PERSPECTIVE, "viewerPerspective", QT_TRANSLATE_NOOP("SoQtViewer", "Perspective"),
@@ -48,12 +50,21 @@ const SoQtViewer::Decoration::Entry SoQtViewer::Decoration::kEntries[COUNT] = {
      true, false},
 };
 
-SoQtViewer::Decoration::Decoration(SoGuiViewer* viewer, QWidget* whole, QWidget* surface)
-    : m_viewer(viewer), m_whole(whole), m_surface(surface)
+SoQtViewer::Decoration::Decoration(SoQtViewer* viewer)
+    : m_viewer(viewer->getGuiViewer()),
+      m_owner(viewer),
+      m_whole(viewer->getWidget()),
+      m_settings(viewer, viewer->getWidget())
 {
     for (int i = 0; i < COUNT; ++i)
         makeAction(i);
+    makeSides();
     refresh();
+}
+
+QString SoQtViewer::Decoration::tipOf(const QString& text, const char* key) const
+{
+    return *key ? text + QLatin1String(" (") + QLatin1String(key) + QLatin1Char(')') : text;
 }
 
 void SoQtViewer::Decoration::makeAction(int index)
@@ -62,12 +73,58 @@ void SoQtViewer::Decoration::makeAction(int index)
     auto* action = new QAction(viewerIcon(entry.icon), translated(entry.text), m_whole);
     action->setObjectName(QLatin1String(entry.objectName));
     action->setCheckable(entry.checkable);
-    if (*entry.key)
-        action->setToolTip(action->text() + QLatin1String(" (") + QLatin1String(entry.key)
-                           + QLatin1Char(')'));
+    action->setToolTip(tipOf(action->text(), entry.key));
     QObject::connect(action, &QAction::triggered, action,
                      [this, index](bool on) { run(index, on); });
     m_actions[index] = action;
+}
+
+void SoQtViewer::Decoration::makeSides()
+{
+    constexpr struct {
+        const char* name;
+        const char* text;
+        SoGuiViewer::Side side;
+    } kSides[] = {
+        {"viewerFront", QT_TRANSLATE_NOOP("SoQtViewer", "&Front"), SoGuiViewer::FRONT},
+        {"viewerBack", QT_TRANSLATE_NOOP("SoQtViewer", "&Back"), SoGuiViewer::BACK},
+        {"viewerLeft", QT_TRANSLATE_NOOP("SoQtViewer", "&Left"), SoGuiViewer::LEFT},
+        {"viewerRight", QT_TRANSLATE_NOOP("SoQtViewer", "&Right"), SoGuiViewer::RIGHT},
+        {"viewerTop", QT_TRANSLATE_NOOP("SoQtViewer", "&Top"), SoGuiViewer::TOP},
+        {"viewerBottom", QT_TRANSLATE_NOOP("SoQtViewer", "B&ottom"), SoGuiViewer::BOTTOM},
+    };
+    for (const auto& each : kSides) {
+        auto* action = new QAction(translated(each.text), m_whole);
+        action->setObjectName(QLatin1String(each.name));
+        QObject::connect(action, &QAction::triggered, action,
+                         [viewer = m_viewer, side = each.side] { viewer->flyToSide(side); });
+        m_sides.append(action);
+    }
+}
+
+QToolButton* SoQtViewer::Decoration::addButton(QLayout& layout)
+{
+    const int size = m_column->style()->pixelMetric(QStyle::PM_SmallIconSize) + 4;
+    auto* button = new QToolButton(m_column);
+    button->setIconSize(QSize(size, size));
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::TabFocus); // a click leaves the keys with the scene
+    layout.addWidget(button);
+    return button;
+}
+
+void SoQtViewer::Decoration::addMenuButton(QLayout& layout, const QIcon& icon, const QString& text,
+                                           const QList<QAction*>& actions)
+{
+    QToolButton* button = addButton(layout);
+    auto* menu = new QMenu(button);
+    menu->addActions(actions);
+    button->setIcon(icon);
+    button->setToolTip(text);
+    button->setAccessibleName(text);
+    button->setMenu(menu);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; }"));
 }
 
 void SoQtViewer::Decoration::buildColumn()
@@ -78,18 +135,17 @@ void SoQtViewer::Decoration::buildColumn()
     auto* layout = new QVBoxLayout(m_column);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(1);
-    const int size = m_column->style()->pixelMetric(QStyle::PM_SmallIconSize) + 4;
     for (int i = 0; i < COUNT; ++i) {
         if (kEntries[i].beginsGroup)
             layout->addSpacing(kGroupGap);
-        auto* button = new QToolButton(m_column);
+        QToolButton* button = addButton(*layout);
         button->setDefaultAction(m_actions[i]);
-        button->setIconSize(QSize(size, size));
-        button->setAutoRaise(true);
-        button->setFocusPolicy(Qt::TabFocus); // a click leaves the keys with the scene
         button->setAccessibleName(m_actions[i]->text());
-        layout->addWidget(button);
     }
+    layout->addSpacing(kGroupGap);
+    addMenuButton(*layout, viewerIcon(ViewerIcon::SIDES), translated("Look from a side"), m_sides);
+    addMenuButton(*layout, viewerIcon(ViewerIcon::STYLE), translated("Draw style"),
+                  m_settings.drawStyles());
     layout->addStretch();
     m_whole->layout()->addWidget(m_column);
 }
@@ -102,6 +158,9 @@ void SoQtViewer::Decoration::buildMenu()
             m_menu->addSeparator();
         m_menu->addAction(m_actions[i]);
     }
+    m_menu->addSeparator();
+    m_menu->addMenu(translated("&Look from"))->addActions(m_sides);
+    m_settings.addTo(*m_menu);
 }
 
 void SoQtViewer::Decoration::run(int index, bool on)
@@ -120,7 +179,10 @@ void SoQtViewer::Decoration::run(int index, bool on)
         m_viewer->saveHomePosition();
         break;
     case VIEW_ALL:
-        m_viewer->viewAll();
+        m_viewer->flyToAll();
+        break;
+    case CHOSEN:
+        m_viewer->flyToChosen();
         break;
     case SEEK:
         m_viewer->setViewing(true);
@@ -140,8 +202,9 @@ void SoQtViewer::Decoration::run(int index, bool on)
 
 void SoQtViewer::Decoration::refresh()
 {
-    if (!m_whole || !m_surface)
+    if (!m_whole)
         return;
+    m_settings.refresh();
     const bool perspective = m_viewer->getCameraType() == SoGuiViewer::PERSPECTIVE;
     m_actions[VIEW]->setChecked(m_viewer->isViewing());
     m_actions[PICK]->setChecked(!m_viewer->isViewing());
@@ -151,8 +214,14 @@ void SoQtViewer::Decoration::refresh()
     m_actions[CAMERA]->setEnabled(m_viewer->hasOwnCamera());
     m_actions[CAMERA]->setIcon(
         viewerIcon(perspective ? ViewerIcon::PERSPECTIVE : ViewerIcon::ORTHOGRAPHIC));
+    if (QWidget* surface = m_owner->getRenderWidget())
+        surface->setCursor(cursor());
+}
+
+Qt::CursorShape SoQtViewer::Decoration::cursor() const
+{
     if (m_viewer->isSeekMode())
-        m_surface->setCursor(Qt::CrossCursor);
-    else
-        m_surface->setCursor(m_viewer->isViewing() ? Qt::OpenHandCursor : Qt::ArrowCursor);
+        return Qt::CrossCursor;
+    return m_viewer->isViewing() && !m_viewer->isClickPicking() ? Qt::OpenHandCursor
+                                                                : Qt::ArrowCursor;
 }

@@ -12,7 +12,11 @@ enum class ViewerIcon {
     SEEK,
     PERSPECTIVE,
     ORTHOGRAPHIC,
-    HEADLIGHT
+    HEADLIGHT,
+    CHOSEN,
+    SIDES,
+    STYLE,
+    COUNT
 };
 
 QIcon viewerIcon(ViewerIcon which);

@@ -72,6 +72,11 @@ public:
     /// nothing can be drawn.
     QImage grabImage();
 
+    /// Samples a pixel for smooth edges, from 1 (none) to 16; 4 at first. OpenGL may have fewer. A
+    /// window that is drawn by OpenGL gets another getRenderWidget() for it.
+    void setNumSamples(int samples);
+    int getNumSamples() const;
+
     Drawing getDrawing() const;
     /// Why getDrawing() is NONE; otherwise empty.
     QString getFailure() const;

@@ -6,10 +6,12 @@ class SoCamera;
 class SoGuiViewer;
 
 /// A render area with a camera to move, and a column of buttons at its right edge: pick and view
-/// mode, home and set home, view all, seek, kind of camera, headlight. The right mouse button opens
-/// the same as a menu in viewing mode.
+/// mode, home and set home, view all, view what is chosen, seek, kind of camera, headlight, sides
+/// and draw styles. The right mouse button opens the same as a menu in viewing mode, with the
+/// viewer's settings.
 ///
-/// Keys while the scene has the focus: Esc view or pick, S seek, H or Home home, V view all.
+/// Keys while the scene has the focus: Esc view or pick, S seek, H or Home home, V view all, F view
+/// what is chosen, 1 to 6 the sides, P perspective or parallel; others in another scheme.
 class KALMYRQT_API SoQtViewer : public SoQtRenderArea {
 public:
     /// Which parts of the decoration are built.
