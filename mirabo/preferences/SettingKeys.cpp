@@ -13,6 +13,7 @@ constexpr int kMostLetters = 256;       // of a name: a font family, a node type
 constexpr int kMostPathLetters = 32768; // the longest that any system has
 constexpr int kMostColor = 255;
 constexpr int kMostOutlineWidth = 16; // points; the outline draws no wider ones
+constexpr int kMostSamples = 16;      // of a pixel
 constexpr int kMostDigits = 17;       // which tell each double from all others
 constexpr int kMostVersion = std::numeric_limits<int>::max();
 /// The layout of a hundred docks takes some 20,000 characters.
@@ -88,6 +89,10 @@ Keys makeKeys()
     keys.push_back(number(watch + "FieldWatchHeight", 0, 0, kMostPanelPixels));
     addColumns(keys, watch);
     addWindow(keys, "MiraboViewer/MiraboMainFrame/");
+    keys.push_back(number("MiraboViewer/Navigation/Scheme", 0, 0, 1));
+    keys.push_back(number("MiraboViewer/Navigation/Turning", 0, 0, 2));
+    keys.push_back(flag("MiraboViewer/Navigation/Spin", true));
+    keys.push_back(number("MiraboViewer/Samples", 4, 1, kMostSamples));
     keys.push_back(text("AddDialog/LastType", QString(), 0, kMostLetters));
     keys.push_back({"Bookmarks/Scenes", SettingKey::Texts, QStringList(), 0, kMostScenes});
     keys.push_back(text("Bookmarks/*", QString(), 0, kMostBookmarkLetters));

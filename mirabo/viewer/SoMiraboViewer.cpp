@@ -7,6 +7,7 @@
 #include "mirabo/extender/private/Later.h"
 #include "mirabo/extension/MrbServicesImpl.h"
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/viewer/NavigationSettings.h"
 #include "mirabo/viewer/SceneClipboard.h"
 #include "mirabo/viewer/WindowSettings.h"
 
@@ -128,6 +129,8 @@ void SoMiraboViewer::createExaminer()
     services->setRenderArea(m_examiner->getGuiRenderArea());
     services->setSceneManager(m_examiner->getSceneManager());
     m_examiner->setBackgroundColor(kViewerBackground);
+    m_examiner->getGuiViewer()->setClickPicking(true);
+    mirabo::readNavigationSettings(*m_examiner);
     m_viewerDock->setWidget(m_examiner->getWidget());
 }
 
@@ -381,4 +384,6 @@ void SoMiraboViewer::writeSettings()
     const mirabo::SettingsChange change;
     m_document.writeRecentFiles();
     mirabo::writeWindowSettings(*m_frame);
+    if (m_examiner)
+        mirabo::writeNavigationSettings(*m_examiner);
 }
