@@ -114,6 +114,25 @@ TEST_F(DrawStyles, HiddenLinesAreHidden)
     EXPECT_FALSE(isLineAt(32, 40, kGreen));
 }
 
+TEST_F(DrawStyles, CurvedSurfacesShowTheirFacets)
+{
+    add(new SoSphere, kRed, {0, 0, 0}); // pixels 16 to 48
+    for (const Style style : {SoGLRenderAction::WIREFRAME, SoGLRenderAction::HIDDEN_LINE}) {
+        draw(style);
+        int lit = 0, left = 0;
+        for (int y = 16; y < 48; ++y) {
+            for (int x = 16; x < 48; ++x) {
+                const bool isLine = isLike(pixel(x, y), kRed);
+                lit += isLine;
+                left += isLine && x < 32;
+            }
+        }
+        EXPECT_GT(lit, 100) << style;
+        EXPECT_LT(lit, 700) << style;
+        EXPECT_NEAR(2 * left, lit, 0.3 * lit) << "on both sides";
+    }
+}
+
 TEST_F(DrawStyles, ABoxStandsForEachShape)
 {
     add(new SoSphere, kRed, {0, 0, 0});

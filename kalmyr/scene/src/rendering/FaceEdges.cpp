@@ -13,6 +13,9 @@ namespace {
 
 constexpr float kSharpCosine = 0.77f; // bends of 40 degrees and more
 constexpr float kFlatCosine = 0.99999f;
+/// A face that bends more between two of its triangles is a curved surface: 1.5 degrees, less than
+/// the finest tessellation has, more than the points of a polygon are off its plane.
+constexpr float kCurvedCosine = 0.99966f;
 
 /// One side of a triangle, listed under the lower of its two vertices.
 struct Side {
@@ -130,8 +133,14 @@ std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry)
     std::vector<std::uint32_t> edges;
     eachEdge(listSides(geometry.triangles, geometry.positions.size()),
              [&](std::uint32_t vertex, const Side* side, const Side* end) {
-                 const auto sameFace = [&](const Side& s) { return faceOf(s) == faceOf(*side); };
-                 if (!std::any_of(side + 1, end, sameFace)) {
+                 const auto isInFace = [&](const Side& s) {
+                     return faceOf(s) == faceOf(*side)
+                            && normalOf(geometry.positions, geometry.triangles, s.corner)
+                                       .dot(normalOf(geometry.positions, geometry.triangles,
+                                                     side->corner))
+                                   > kCurvedCosine;
+                 };
+                 if (!std::any_of(side + 1, end, isInFace)) {
                      edges.push_back(vertex);
                      edges.push_back(side->other);
                  }

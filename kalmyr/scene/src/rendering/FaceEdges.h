@@ -7,8 +7,8 @@ class SoGeometry;
 
 namespace kalmyr::detail {
 
-/// Index pairs of the edges between faces, or at the border: edges inside a face that was split
-/// into triangles are left out.
+/// Index pairs of the edges between faces, or at the border: edges inside a flat face that was
+/// split into triangles are left out. Curved surfaces show the facets that they are made of.
 std::vector<std::uint32_t> faceEdges(const SoGeometry& geometry);
 
 /// The same edges, each once, in the order and direction of polylines, for lines with a pattern: an
