@@ -16,6 +16,9 @@
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -220,6 +223,75 @@ TEST_F(ViewerNavigation, NearThingsAreSeenInAWideWorld)
     EXPECT_GE(speck, camera().farDistance.getValue() * viewer->getNearShare() * 0.99f);
     viewer->setNearShare(1e-7f);
     EXPECT_LT(look(SbRotation()), 0.015f);
+}
+
+/// Triangles of all sizes around the eye, against points that are taken on them.
+TEST_F(ViewerNavigation, NearPlaneStandsCloselyBeforeWhatIsSeen)
+{
+    std::mt19937 random(7);
+    const auto number = [&random](float most) {
+        return std::uniform_real_distribution<float>(-most, most)(random);
+    };
+    const auto place = [&number](float most) {
+        return SbVec3f(number(most), number(most), number(most));
+    };
+    int measured = 0;
+    for (int round = 0; round < 25; ++round) {
+        const SoRef<SoSeparator> scene(new SoSeparator);
+        scene->addChild(cubeAt({0, 0, -5e4f}, 10).get());
+        scene->addChild(cubeAt({0, 0, 5e4f}, 10).get());
+        std::vector<SbVec3f> points;
+        for (int t = 0; t < 100; ++t) {
+            const SbVec3f at = place(30);
+            for (int i = 0; i < 3; ++i)
+                points.push_back(at + place(t % 10 == 0 ? 12.0f : 3.0f));
+        }
+        auto* coordinates = new SoCoordinate3;
+        coordinates->point.setValues(0, static_cast<int>(points.size()), points.data());
+        auto* triangles = new SoFaceSet;
+        const std::vector<std::int32_t> threes(points.size() / 3, 3);
+        triangles->numVertices.setValues(0, static_cast<int>(threes.size()), threes.data());
+        const SoRef<SoSeparator> cloud(new SoSeparator);
+        cloud->addChild(coordinates);
+        cloud->addChild(triangles);
+        scene->addChild(cloud.get());
+        show(scene.get());
+        camera().position = place(5);
+        camera().orientation = SbRotation(place(1), number(3));
+        camera().focalDistance = 1e4f;
+        viewer->prepareFrame();
+
+        const SbViewVolume volume = camera().getViewVolume(1);
+        const SbVec3f ahead = axis(0, 0, -1);
+        float nearest = std::numeric_limits<float>::max();
+        for (std::size_t t = 0; t < points.size(); t += 3) {
+            constexpr int kSteps = 80;
+            for (int a = 0; a <= kSteps; ++a) {
+                for (int b = 0; a + b <= kSteps; ++b) {
+                    const SbVec3f p =
+                        (points[t] * static_cast<float>(a) + points[t + 1] * static_cast<float>(b)
+                         + points[t + 2] * static_cast<float>(kSteps - a - b))
+                        / static_cast<float>(kSteps);
+                    const float depth = (p - eye()).dot(ahead);
+                    SbVec3f seen;
+                    volume.projectToScreen(p, seen);
+                    if (depth > 0 && std::abs(seen[0] - 0.5f) <= 0.5f
+                        && std::abs(seen[1] - 0.5f) <= 0.5f)
+                        nearest = std::min(nearest, depth);
+                }
+            }
+        }
+        const float least = camera().farDistance.getValue() * viewer->getNearShare();
+        if (nearest <= least)
+            continue; // nearer than what a near plane may show
+        const float plane = camera().nearDistance.getValue();
+        EXPECT_LT(plane, nearest) << "round " << round;
+        if (nearest < 0.9f * camera().farDistance.getValue() * 1e-3f) {
+            EXPECT_GT(plane, 0.7f * nearest) << "round " << round;
+            ++measured;
+        }
+    }
+    EXPECT_GT(measured, 10);
 }
 
 TEST_F(ViewerNavigation, PlanesAreNotMeasuredTwiceForOneView)

@@ -8,38 +8,51 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <span>
+#include <utility>
 
 namespace {
 
 constexpr float kNothing = std::numeric_limits<float>::max();
 
-/// The sides of the view as half spaces of the space of the eye, which all go through the eye.
+/// The view in some space: its sides, which all go through the eye, and the depth before it, as
+/// linear functions of places. Inside, all of them are positive.
 class Sides {
 public:
-    explicit Sides(const SbVec2f& tangents)
-        : m_normals{SbVec3f(1, 0, -tangents[0]), SbVec3f(-1, 0, -tangents[0]),
-                    SbVec3f(0, 1, -tangents[1]), SbVec3f(0, -1, -tangents[1]), SbVec3f(0, 0, -1)}
+    /// `toEye` leads from that space to the eye's; both are affine.
+    Sides(const SbVec2f& tangents, const SbMatrix& toEye)
     {
+        const SbVec3f normals[kNumSides] = {
+            SbVec3f(0, 0, -1), SbVec3f(1, 0, -tangents[0]), SbVec3f(-1, 0, -tangents[0]),
+            SbVec3f(0, 1, -tangents[1]), SbVec3f(0, -1, -tangents[1])};
+        for (std::size_t i = 0; i < kNumSides; ++i) {
+            for (int row = 0; row < 3; ++row)
+                m_sides[i].normal[row] = SbVec3f(toEye[row]).dot(normals[i]);
+            m_sides[i].offset = SbVec3f(toEye[3]).dot(normals[i]);
+        }
+        for (std::size_t i = 1; i < kNumSides; ++i) {
+            const float tangent = -normals[i][2];
+            m_aside[i - 1].normal = m_sides[i].normal / tangent - m_sides[0].normal;
+            m_aside[i - 1].offset = m_sides[i].offset / tangent - m_sides[0].offset;
+        }
     }
 
     /// Lower bound of the depth at which something of a box is seen; kNothing when it is out of
     /// view.
-    float depthOf(const SbBox3f& box, const SbMatrix& toEye) const
+    float depthOf(const SbBox3f& box) const
     {
-        std::array<SbVec3f, 8> corners;
-        float depth = kNothing;
-        for (int i = 0; i < 8; ++i) {
-            corners[static_cast<std::size_t>(i)] = toEye.point(box.getCorner(i));
-            depth = std::min(depth, -corners[static_cast<std::size_t>(i)][2]);
-        }
-        const bool isOutside =
-            std::any_of(m_normals.begin(), m_normals.end(), [&](const SbVec3f& normal) {
-                return std::all_of(corners.begin(), corners.end(),
-                                   [&](const SbVec3f& c) { return normal.dot(c) < 0; });
-            });
-        return isOutside ? kNothing : std::max(depth, 0.0f);
+        const SbVec3f center = box.getCenter();
+        const SbVec3f half = box.getSize() / 2;
+        for (const Side& side : m_sides)
+            if (side.at(center) + side.reach(half) < 0)
+                return kNothing;
+        // What lies aside of the line of sight comes into view only at some depth.
+        float depth = std::max(m_sides[0].at(center) - m_sides[0].reach(half), 0.0f);
+        for (const Side& aside : m_aside)
+            depth = std::max(depth, -aside.at(center) - aside.reach(half));
+        return depth;
     }
 
     /// The depth at which a convex figure of up to three corners is seen.
@@ -48,30 +61,44 @@ public:
         std::array<SbVec3f, kMaxCorners> figure, cut;
         std::copy(corners.begin(), corners.end(), figure.begin());
         std::size_t count = corners.size();
-        for (const SbVec3f& normal : m_normals) {
-            count = clip(std::span(figure.data(), count), normal, cut);
+        for (const Side& side : m_sides) {
+            count = clip(std::span(figure.data(), count), side, cut);
             figure.swap(cut);
             if (count == 0)
                 return kNothing;
         }
         float depth = kNothing;
         for (std::size_t i = 0; i < count; ++i)
-            depth = std::min(depth, -figure[i][2]);
+            depth = std::min(depth, m_sides[0].at(figure[i]));
         return depth;
     }
 
 private:
+    static constexpr std::size_t kNumSides = 5;
     static constexpr std::size_t kMaxCorners = 16;
 
-    static std::size_t clip(std::span<const SbVec3f> figure, const SbVec3f& normal,
+    struct Side {
+        SbVec3f normal;
+        float offset = 0;
+
+        float at(const SbVec3f& place) const { return normal.dot(place) + offset; }
+        /// How much more it can be than at the centre of a box of that half size.
+        float reach(const SbVec3f& half) const
+        {
+            return std::abs(normal[0]) * half[0] + std::abs(normal[1]) * half[1]
+                   + std::abs(normal[2]) * half[2];
+        }
+    };
+
+    static std::size_t clip(std::span<const SbVec3f> figure, const Side& side,
                             std::array<SbVec3f, kMaxCorners>& out)
     {
         std::size_t count = 0;
         for (std::size_t i = 0; i < figure.size(); ++i) {
             const SbVec3f& a = figure[i];
             const SbVec3f& b = figure[(i + 1) % figure.size()];
-            const float da = normal.dot(a);
-            const float db = normal.dot(b);
+            const float da = side.at(a);
+            const float db = side.at(b);
             if (da >= 0)
                 out[count++] = a;
             if ((da < 0) != (db < 0) && figure.size() > 1)
@@ -80,14 +107,20 @@ private:
         return count;
     }
 
-    std::array<SbVec3f, 5> m_normals;
+    std::array<Side, kNumSides> m_sides; ///< the depth first
+    /// Distance from the line of sight, against the direction of each side, by the tangent: where
+    /// it is -d a place comes into view at the depth d.
+    std::array<Side, kNumSides - 1> m_aside;
 };
 
 /// Goes where a thick ray would go.
 class Search final : public SoRayPickAction {
 public:
     Search(NearestDepth& owner, const NearestDepth::View& view)
-        : SoRayPickAction(view.region), m_owner(owner), m_view(view), m_sides(view.tangents)
+        : SoRayPickAction(view.region),
+          m_owner(owner),
+          m_view(view),
+          m_inWorld(view.tangents, view.worldToEye)
     {
         const SbMatrix toWorld = view.worldToEye.inverse();
         setRay(toWorld.point(SbVec3f(0, 0, 0)), toWorld.direction(SbVec3f(0, 0, -1)));
@@ -99,7 +132,7 @@ public:
 protected:
     bool mayHitWorldBox(const SbBox3f& box) const override
     {
-        return m_sides.depthOf(box, m_view.worldToEye) < nearest;
+        return m_inWorld.depthOf(box) < nearest;
     }
 
     bool beforeNode(SoNode* node) override
@@ -114,13 +147,14 @@ protected:
 private:
     void look(SoShape& shape)
     {
-        const SbMatrix toEye = SoModelMatrixElement::get(getState()) * m_view.worldToEye;
+        const Sides sides(m_view.tangents,
+                          SoModelMatrixElement::get(getState()) * m_view.worldToEye);
         SbBox3f box;
         SbVec3f center;
         shape.computeBBox(getState(), box, center);
         if (box.isEmpty())
             return;
-        const float depth = m_sides.depthOf(box, toEye);
+        const float depth = sides.depthOf(box);
         if (depth >= nearest)
             return;
         if (depth >= m_view.enough) {
@@ -131,41 +165,74 @@ private:
         if (!geometry)
             return;
         const NearestDepth::Runs& runs = m_owner.runsOf(*geometry);
-        look<3>(*geometry, geometry->triangles, runs.triangles, toEye);
-        look<2>(*geometry, geometry->lines, runs.lines, toEye);
-        look<1>(*geometry, geometry->points, runs.points, toEye);
+        look<3>(*geometry, geometry->triangles, runs.triangles, sides);
+        look<2>(*geometry, geometry->lines, runs.lines, sides);
+        look<1>(*geometry, geometry->points, runs.points, sides);
+    }
+
+    using Found = std::vector<std::pair<float, std::size_t>>;
+
+    /// The boxes from `first` to `last` that may hold something nearer, nearest first.
+    Found candidates(const std::vector<SbBox3f>& boxes, std::size_t first, std::size_t last,
+                     const Sides& sides) const
+    {
+        Found found;
+        for (std::size_t i = first; i < std::min(last, boxes.size()); ++i)
+            if (const float depth = sides.depthOf(boxes[i]); depth < nearest)
+                found.emplace_back(depth, i);
+        std::sort(found.begin(), found.end());
+        return found;
     }
 
     template <std::size_t N>
     void look(const SoGeometry& geometry, const std::vector<std::uint32_t>& indices,
-              const std::vector<SbBox3f>& runs, const SbMatrix& toEye)
+              const NearestDepth::Boxes& boxes, const Sides& sides)
+    {
+        constexpr std::size_t length = NearestDepth::kRunLength;
+        for (const auto& [groupDepth, group] :
+             candidates(boxes.groups, 0, boxes.groups.size(), sides)) {
+            if (groupDepth >= nearest)
+                return;
+            for (const auto& [depth, run] :
+                 candidates(boxes.runs, group * length, (group + 1) * length, sides)) {
+                if (depth >= nearest)
+                    break;
+                lookAtRun<N>(geometry, indices, run, sides);
+            }
+        }
+    }
+
+    template <std::size_t N>
+    void lookAtRun(const SoGeometry& geometry, const std::vector<std::uint32_t>& indices,
+                   std::size_t run, const Sides& sides)
     {
         constexpr std::size_t step = N * NearestDepth::kRunLength;
-        for (std::size_t run = 0; run < runs.size(); ++run) {
-            if (m_sides.depthOf(runs[run], toEye) >= nearest)
-                continue;
-            const std::size_t end = std::min((run + 1) * step, indices.size());
-            for (std::size_t i = run * step; i + N <= end; i += N) {
-                std::array<SbVec3f, N> corners;
-                for (std::size_t c = 0; c < N; ++c)
-                    corners[c] = toEye.point(geometry.positions[indices[i + c]]);
-                nearest = std::min(nearest, m_sides.depthOf(corners));
-            }
+        const std::size_t end = std::min((run + 1) * step, indices.size());
+        for (std::size_t i = run * step; i + N <= end; i += N) {
+            std::array<SbVec3f, N> corners;
+            for (std::size_t c = 0; c < N; ++c)
+                corners[c] = geometry.positions[indices[i + c]];
+            nearest = std::min(nearest, sides.depthOf(corners));
         }
     }
 
     NearestDepth& m_owner;
     const NearestDepth::View& m_view;
-    const Sides m_sides;
+    const Sides m_inWorld;
 };
 
-std::vector<SbBox3f> boxesOf(const SoGeometry& geometry, const std::vector<std::uint32_t>& indices,
-                             std::size_t corners)
+NearestDepth::Boxes boxesOf(const SoGeometry& geometry, const std::vector<std::uint32_t>& indices,
+                            std::size_t corners)
 {
-    const std::size_t step = corners * NearestDepth::kRunLength;
-    std::vector<SbBox3f> boxes((indices.size() + step - 1) / step);
+    constexpr std::size_t length = NearestDepth::kRunLength;
+    const std::size_t step = corners * length;
+    NearestDepth::Boxes boxes;
+    boxes.runs.resize((indices.size() + step - 1) / step);
     for (std::size_t i = 0; i < indices.size(); ++i)
-        boxes[i / step].extendBy(geometry.positions[indices[i]]);
+        boxes.runs[i / step].extendBy(geometry.positions[indices[i]]);
+    boxes.groups.resize((boxes.runs.size() + length - 1) / length);
+    for (std::size_t i = 0; i < boxes.runs.size(); ++i)
+        boxes.groups[i / length].extendBy(boxes.runs[i]);
     return boxes;
 }
 

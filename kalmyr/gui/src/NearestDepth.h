@@ -31,12 +31,15 @@ public:
     /// returned is never farther than what is seen.
     float measure(SoNode* root, const View& view);
 
-    /// Boxes of consecutive primitives, in object space.
+    /// Boxes of runs of consecutive primitives, and of groups of consecutive runs; in object space.
+    struct Boxes {
+        std::vector<SbBox3f> runs, groups;
+    };
     struct Runs {
-        std::vector<SbBox3f> triangles, lines, points;
+        Boxes triangles, lines, points;
     };
     const Runs& runsOf(const SoGeometry& geometry);
-    static constexpr std::size_t kRunLength = 64;
+    static constexpr std::size_t kRunLength = 64; ///< and of the groups
 
 private:
     static constexpr std::size_t kMaxKept = 64;
