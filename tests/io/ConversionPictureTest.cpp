@@ -84,6 +84,15 @@ const Example kExamples[] = {
      "TriangleSet { numTriangles 2 } Translation { translation 0 1.5 0 } QuadSet { numQuads 1 } "
      "Translation { translation 2.5 0 0 } IndexedQuadSet { coordIndex [ 0 1 3 2 1 6 7 3 ] } "
      "Translation { translation 0 -1.5 0 } IndexedTriangleSet { coordIndex [ 0 1 2 1 6 3 ] } }"},
+    {"Nurbs", kKalmyr,
+     "Separator { ShapeHints { vertexOrdering COUNTERCLOCKWISE } Coordinate4 { point [ -1 -1 0 1, "
+     "0 "
+     "-.7 .7 .7, 1 -1 0 1, -.7 0 .7 .7, 0 0 1 .5, .7 0 .7 .7, -1 1 0 1, 0 .7 .7 .7, 1 1 0 1 ] } "
+     "ProfileCoordinate2 { point [ .1 .1, .9 .2, .5 .9 ] } LinearProfile { } NurbsSurface { "
+     "numUControlPoints 3 numVControlPoints 3 uKnotVector [ 0, 0, 0, 1, 1, 1 ] vKnotVector [ 0, 0, "
+     "0, 1, 1, 1 ] } LightModel { model BASE_COLOR } Translation { translation 2 0 0 } NurbsCurve "
+     "{ "
+     "numControlPoints 5 knotVector [ 0, 0, 0, 1, 2, 3, 3, 3 ] } }"},
     {"Lines", kKalmyr,
      "Separator { LightModel { model BASE_COLOR } Material { diffuseColor"
      " [ 1 1 0, 0 1 1 ] } MaterialBinding { value PER_FACE } Coordinate3 { point [ " QUAD_POINTS

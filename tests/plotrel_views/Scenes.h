@@ -211,6 +211,18 @@ inline std::vector<ViewedScene> viewedScenes()
               + "IndexedTriangleStripSet { coordIndex [ 6, 7, 8, 9, 10, 11, -1 ] }")},
         {"SolidText", seen("Rotation { rotation 0 1 0 .6 } Font { size 1.6 } " + colored(".8 .5 .2")
                            + "Text3 { string \"Ag8\" depth .5 justification CENTER }")},
+        {"Nurbs",
+         seen("ShapeHints { vertexOrdering COUNTERCLOCKWISE } " + colored(".8 .5 .2")
+              + "Coordinate4 { point [ -1 -1 0 1, 0 -.7 .7 .7, 1 -1 0 1, -.7 0 .7 .7, 0 0 1 .5, .7 "
+                "0 "
+                ".7 .7, -1 1 0 1, 0 .7 .7 .7, 1 1 0 1 ] } Complexity { value .2 } "
+                "ProfileCoordinate2 { point [ .1 .1, .9 .2, .5 .9 ] } LinearProfile { } "
+                "NurbsSurface "
+                "{ numUControlPoints 3 numVControlPoints 3 uKnotVector [ 0, 0, 0, 1, 1, 1 ] "
+                "vKnotVector [ 0, 0, 0, 1, 1, 1 ] } DrawStyle { lineWidth 3 } IndexedNurbsCurve { "
+                "numControlPoints 5 coordIndex [ 0, 1, 2, 8, 6 ] knotVector [ 0, 0, 0, 1, 2, 3, 3, "
+                "3 "
+                "] }")},
         {"SizedInPixels",
          seen(colored(".2 .4 .9") + at("0 0 -3", "Cube { width 3 }") + colored(".9 .9 .2")
               + "Coordinate3 { point [ -1.5 1 0, 0 1.2 .5, 1.6 .8 0, 0 0 0 ] } MarkerSet { "

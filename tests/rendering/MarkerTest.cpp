@@ -6,6 +6,7 @@
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/details/SoPointDetail.h>
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/io/SoInput.h>
 #include <kalmyr/nodes/SoCoordinate3.h>
 #include <kalmyr/nodes/SoLightModel.h>
 #include <kalmyr/nodes/SoMaterial.h>
@@ -256,6 +257,54 @@ TEST_F(ScreenShapes, RefuseWhatCannotBeDrawn)
         errors.clear();
     }
     errors.mayStayEmpty();
+}
+
+TEST_F(ScreenShapes, ANurbsSphereLooksLikeASphere)
+{
+    const std::string text = "#Kalmyr V1.0 ascii\nSeparator { Complexity { value 1 } "
+                             "DirectionalLight { direction -.3 -.5 "
+                             "-1 } Translation { translation 20 20 0 } Rotation { rotation 1 2 3 "
+                             ".8 } Scale { scaleFactor "
+                             "15 15 7 } ";
+    const float h = std::sqrt(0.5f);
+    const SbVec3f round[] = {{1, 0, 1},   {1, 1, h},  {0, 1, 1},  {-1, 1, h}, {-1, 0, 1},
+                             {-1, -1, h}, {0, -1, 1}, {1, -1, h}, {1, 0, 1}};
+    std::string points;
+    for (int j = 0; j < 5; ++j) {
+        for (const SbVec3f& r : round) {
+            const float w = r[2] * round[j][2];
+            for (const float c :
+                 {round[j][1] * r[0] * w, -round[j][0] * w, -round[j][1] * r[1] * w})
+                points += std::to_string(c) + " ";
+            points += std::to_string(w) + ", ";
+        }
+    }
+    const std::string nurbs =
+        "Coordinate4 { point [ " + points
+        + " ] } ShapeHints { vertexOrdering COUNTERCLOCKWISE shapeType SOLID } NurbsSurface { "
+          "numUControlPoints 9 numVControlPoints 5 uKnotVector [ 0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, "
+          "4 "
+          "] vKnotVector [ 0, 0, 0, 1, 1, 2, 2, 2 ] } }";
+    std::vector<unsigned char> pictures[2];
+    for (int i = 0; i < 2; ++i) {
+        const std::string whole = text + (i ? nurbs : std::string("Sphere { } }"));
+        SoInput in;
+        in.setBuffer(whole.data(), whole.size());
+        SoNode* scene = SoDB::readAll(&in);
+        ASSERT_TRUE(scene);
+        m_root->addChild(scene);
+        ASSERT_GT(draw().size(), 600u);
+        pictures[i].assign(m_renderer.getBuffer(), m_renderer.getBuffer() + 3 * kSize * kSize);
+        m_root->removeChild(scene);
+    }
+    int uncovered = 0, unlike = 0;
+    for (std::size_t i = 0; i < pictures[0].size(); i += 3) {
+        const bool seen[] = {pictures[0][i] > 0, pictures[1][i] > 0};
+        uncovered += seen[0] != seen[1];
+        unlike += seen[0] && seen[1] && std::abs(pictures[0][i] - pictures[1][i]) > 5;
+    }
+    EXPECT_LE(uncovered, 3); // SoSphere is of flat triangles
+    EXPECT_LE(unlike, 12);   // their normals bend at the silhouette
 }
 
 TEST_F(ScreenShapes, KeepTheirSizeUnderAPixelScale)

@@ -2,6 +2,7 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
+#include <kalmyr/elements/SoNurbsElements.h>
 
 #include "core/CacheLock.h"
 
@@ -38,4 +39,5 @@ void SoCoordinate4::doAction(SoAction* action)
         return;
     project();
     action->getState()->write<SoCoordinateElement>().set(this, m_projected);
+    action->getState()->write<SoHomogeneousElement>().set(this, point.values());
 }

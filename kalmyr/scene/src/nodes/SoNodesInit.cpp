@@ -20,15 +20,20 @@
 #include <kalmyr/nodes/SoLabel.h>
 #include <kalmyr/nodes/SoLevelOfDetail.h>
 #include <kalmyr/nodes/SoLightModel.h>
+#include <kalmyr/nodes/SoLinearProfile.h>
 #include <kalmyr/nodes/SoLOD.h>
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoMaterialBinding.h>
 #include <kalmyr/nodes/SoMatrixTransform.h>
 #include <kalmyr/nodes/SoNormal.h>
 #include <kalmyr/nodes/SoNormalBinding.h>
+#include <kalmyr/nodes/SoNurbsProfile.h>
 #include <kalmyr/nodes/SoPackedColor.h>
 #include <kalmyr/nodes/SoPickStyle.h>
 #include <kalmyr/nodes/SoPixelScale.h>
+#include <kalmyr/nodes/SoProfile.h>
+#include <kalmyr/nodes/SoProfileCoordinate2.h>
+#include <kalmyr/nodes/SoProfileCoordinate3.h>
 #include <kalmyr/nodes/SoResetTransform.h>
 #include <kalmyr/nodes/SoRotation.h>
 #include <kalmyr/nodes/SoRotationXYZ.h>
@@ -85,6 +90,11 @@ void kalmyr::initNodes()
     SoTextureCoordinate2::initClass();
     SoTextureCoordinateBinding::initClass();
     SoVertexProperty::initClass();
+    SoProfileCoordinate2::initClass();
+    SoProfileCoordinate3::initClass();
+    SoProfile::initClass();
+    SoLinearProfile::initClass();
+    SoNurbsProfile::initClass();
     SoTexture2::initClass();
     SoTexture2Transform::initClass();
     SoBackground::initClass();

@@ -9,6 +9,8 @@
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 #include <kalmyr/shapes/SoIndexedLineSet.h>
 #include <kalmyr/shapes/SoIndexedMarkerSet.h>
+#include <kalmyr/shapes/SoIndexedNurbsCurve.h>
+#include <kalmyr/shapes/SoIndexedNurbsSurface.h>
 #include <kalmyr/shapes/SoIndexedPointSet.h>
 #include <kalmyr/shapes/SoIndexedQuadSet.h>
 #include <kalmyr/shapes/SoIndexedShape.h>
@@ -17,6 +19,8 @@
 #include <kalmyr/shapes/SoLineSet.h>
 #include <kalmyr/shapes/SoMarkerSet.h>
 #include <kalmyr/shapes/SoNonIndexedShape.h>
+#include <kalmyr/shapes/SoNurbsCurve.h>
+#include <kalmyr/shapes/SoNurbsSurface.h>
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoQuadSet.h>
@@ -53,6 +57,10 @@ void kalmyr::initShapes()
     SoMarkerSet::initClass();
     SoIndexedMarkerSet::initClass();
     SoImage::initClass();
+    SoNurbsCurve::initClass();
+    SoIndexedNurbsCurve::initClass();
+    SoNurbsSurface::initClass();
+    SoIndexedNurbsSurface::initClass();
     SoAsciiText::initClass();
     SoText3::initClass();
 }

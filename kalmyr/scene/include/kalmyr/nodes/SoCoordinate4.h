@@ -6,6 +6,7 @@
 #include <kalmyr/fields/SoValueFields.h>
 
 /// Homogeneous positions for the vertex shapes that follow; each is divided by its last component.
+/// NURBS shapes take the last components as weights.
 class KALMYR_API SoCoordinate4 : public SoNode {
     SO_NODE_HEADER(SoCoordinate4)
 
