@@ -2,6 +2,7 @@
 
 #include "GlyphTessellator.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,6 +14,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
+#include <hb-ft.h>
 
 namespace kalmyr::detail {
 
@@ -64,7 +66,7 @@ const FT_Outline_Funcs kOutlineFunctions = {
     0,
 };
 
-/// Stands in where the system has no font.
+/// Stands in where the system has no font, or none has a character.
 class BoxFont final : public Font {
 public:
     BoxFont()
@@ -73,7 +75,15 @@ public:
         m_box.points = {{0.05f, 0}, {0.5f, 0}, {0.5f, 0.7f}, {0.05f, 0.7f}};
         m_box.triangles = {0, 1, 2, 0, 2, 3};
     }
-    const Glyph& glyph(char32_t character) override { return character == ' ' ? m_blank : m_box; }
+    bool has(char32_t) const override { return true; }
+    void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) override
+    {
+        for (std::uint32_t i = run.begin; i < run.end; ++i) {
+            const std::uint32_t at = run.rightToLeft ? run.begin + run.end - 1 - i : i;
+            const Glyph* glyph = run.line[at] <= ' ' ? &m_blank : &m_box;
+            glyphs.push_back({glyph, {}, kAdvance, at});
+        }
+    }
     float ascent() const override { return 0.8f; }
     float descent() const override { return 0.2f; }
 
@@ -85,21 +95,31 @@ private:
 /// An outline font in a file.
 class FileFont final : public Font {
 public:
-    explicit FileFont(FT_Face face) : m_face(face), m_scale(1.0f / face->units_per_EM) {}
-    const Glyph& glyph(char32_t character) override
+    explicit FileFont(FT_Face face) : m_face(face), m_scale(1.0f / face->units_per_EM)
     {
-        const auto [at, isNew] = m_glyphs.try_emplace(character);
-        if (isNew)
-            load(character, at->second);
-        return at->second;
+        // So that HarfBuzz measures in 64ths of font units.
+        FT_Set_Pixel_Sizes(face, 0, face->units_per_EM);
+        m_shaper = hb_ft_font_create(face, nullptr);
+        hb_ft_font_set_load_flags(m_shaper, FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP);
     }
+    bool has(char32_t character) const override
+    {
+        return FT_Get_Char_Index(m_face, character) != 0;
+    }
+    void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) override;
     float ascent() const override { return static_cast<float>(m_face->ascender) * m_scale; }
     float descent() const override { return static_cast<float>(-m_face->descender) * m_scale; }
 
 private:
-    void load(char32_t character, Glyph& glyph)
+    const Glyph& glyph(FT_UInt index)
     {
-        const FT_UInt index = FT_Get_Char_Index(m_face, character);
+        const auto [at, isNew] = m_glyphs.try_emplace(index);
+        if (isNew)
+            load(index, at->second);
+        return at->second;
+    }
+    void load(FT_UInt index, Glyph& glyph)
+    {
         if (FT_Load_Glyph(m_face, index, FT_LOAD_NO_SCALE) != 0)
             return;
         const FT_GlyphSlot slot = m_face->glyph;
@@ -112,26 +132,50 @@ private:
             tessellateContours(outline.contours, glyph);
     }
 
-    FT_Face m_face; // Lives as long as the process.
+    FT_Face m_face;      // Lives as long as the process, as all below.
+    hb_font_t* m_shaper; ///< of the face
+    hb_buffer_t* m_buffer = hb_buffer_create();
     float m_scale;
-    std::unordered_map<char32_t, Glyph> m_glyphs;
+    std::unordered_map<FT_UInt, Glyph> m_glyphs;
 };
 
+void FileFont::shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs)
+{
+    hb_buffer_reset(m_buffer);
+    hb_buffer_add_codepoints(m_buffer, reinterpret_cast<const hb_codepoint_t*>(run.line.data()),
+                             static_cast<int>(run.line.size()), run.begin,
+                             static_cast<int>(run.end - run.begin));
+    hb_buffer_set_direction(m_buffer, run.rightToLeft ? HB_DIRECTION_RTL : HB_DIRECTION_LTR);
+    hb_buffer_set_script(m_buffer, static_cast<hb_script_t>(run.script));
+    // The host's locale is not ours.
+    hb_buffer_set_language(m_buffer, hb_language_from_string("und", -1));
+    hb_shape(m_shaper, m_buffer, nullptr, 0);
+    unsigned count = 0;
+    const hb_glyph_info_t* infos = hb_buffer_get_glyph_infos(m_buffer, &count);
+    const hb_glyph_position_t* places = hb_buffer_get_glyph_positions(m_buffer, &count);
+    const float scale = m_scale / 64;
+    for (unsigned i = 0; i < count; ++i) {
+        glyphs.push_back(
+            {&glyph(infos[i].codepoint),
+             SbVec2f(static_cast<float>(places[i].x_offset), static_cast<float>(places[i].y_offset))
+                 * scale,
+             static_cast<float>(places[i].x_advance) * scale, infos[i].cluster});
+    }
+}
+
 using Wish = std::tuple<SbName, int, int>;
+
+class SystemChoice;
 
 struct Fonts {
     std::recursive_mutex mutex;
     FT_Library library = nullptr;
-    std::map<Wish, Font*> byWish;
+    std::map<Wish, std::unique_ptr<SystemChoice>> byWish;
     std::map<std::pair<std::string, int>, std::unique_ptr<Font>> byFile;
     BoxFont boxes;
 };
 
-Fonts& fonts()
-{
-    static auto* f = new Fonts; // never freed: shapes may outlive statics
-    return *f;
-}
+Fonts& fonts();
 
 const char* familyName(int family)
 {
@@ -145,12 +189,12 @@ void add(FcPattern* pattern, const char* what, const char* text)
     FcPatternAddString(pattern, what, reinterpret_cast<const FcChar8*>(text));
 }
 
-/// The file that the system offers for the wish, and the number of the face in it.
-std::pair<std::string, int> findFile(const Wish& wish)
+using Pattern = std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)>;
+
+Pattern patternOf(const Wish& wish)
 {
     const auto& [name, family, style] = wish;
-    using Pattern = std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)>;
-    const Pattern pattern(FcPatternCreate(), FcPatternDestroy);
+    Pattern pattern(FcPatternCreate(), FcPatternDestroy);
     if (!name.isEmpty())
         add(pattern.get(), FC_FAMILY, name.getString());
     add(pattern.get(), FC_FAMILY, familyName(family));
@@ -159,33 +203,116 @@ std::pair<std::string, int> findFile(const Wish& wish)
     FcPatternAddInteger(pattern.get(), FC_SLANT,
                         style & SoFontValues::ITALIC ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
     FcPatternAddBool(pattern.get(), FC_SCALABLE, FcTrue);
+    FcPatternAddBool(pattern.get(), FC_OUTLINE, FcTrue);
     FcConfigSubstitute(nullptr, pattern.get(), FcMatchPattern);
     FcDefaultSubstitute(pattern.get());
-    FcResult result = FcResultNoMatch;
-    const Pattern found(FcFontMatch(nullptr, pattern.get(), &result), FcPatternDestroy);
+    return pattern;
+}
+
+/// The file of a font of the system, and the number of the face in it.
+std::pair<std::string, int> fileOf(const FcPattern* found)
+{
     FcChar8* file = nullptr;
     int index = 0;
-    if (!found || FcPatternGetString(found.get(), FC_FILE, 0, &file) != FcResultMatch)
+    if (!found || FcPatternGetString(found, FC_FILE, 0, &file) != FcResultMatch)
         return {};
-    FcPatternGetInteger(found.get(), FC_INDEX, 0, &index);
+    FcPatternGetInteger(found, FC_INDEX, 0, &index);
     // The upper half names an instance of a variable font.
     return {reinterpret_cast<const char*>(file), index & 0xffff};
 }
 
-Font& openFont(Fonts& all, const Wish& wish)
+/// Null for a file that holds no outlines.
+Font* openFont(Fonts& all, const std::pair<std::string, int>& file)
 {
-    const std::pair<std::string, int> file = findFile(wish);
-    std::unique_ptr<Font>& known = all.byFile[file];
+    const auto [at, isNew] = all.byFile.try_emplace(file);
+    std::unique_ptr<Font>& known = at->second;
     FT_Face face = nullptr;
     const bool ready = all.library || FT_Init_FreeType(&all.library) == 0;
-    if (!known && ready && !file.first.empty()
+    if (isNew && ready && !file.first.empty()
         && FT_New_Face(all.library, file.first.c_str(), file.second, &face) == 0) {
         if (FT_IS_SCALABLE(face) && face->units_per_EM > 0)
             known = std::make_unique<FileFont>(face);
         else
             FT_Done_Face(face);
     }
-    return known ? *known : all.boxes;
+    return known.get();
+}
+
+/// What the system offers for a wish.
+class SystemChoice final : public FontChoice {
+public:
+    explicit SystemChoice(const Wish& wish) : m_wish(wish)
+    {
+        FcResult result = FcResultNoMatch;
+        const Pattern found(FcFontMatch(nullptr, patternOf(wish).get(), &result), FcPatternDestroy);
+        Font* font = openFont(fonts(), fileOf(found.get()));
+        m_first = font ? font : &fonts().boxes;
+    }
+    Font& first() override { return *m_first; }
+    Font& choose(std::span<const char32_t> cluster) override
+    {
+        if (cluster.empty() || hasAll(*m_first, cluster))
+            return *m_first;
+        const std::u32string key(cluster.begin(), cluster.end());
+        const auto [at, isNew] = m_known.try_emplace(key, nullptr);
+        if (isNew)
+            at->second = search(cluster);
+        return *at->second;
+    }
+
+private:
+    static bool hasAll(const Font& font, std::span<const char32_t> cluster)
+    {
+        return std::all_of(cluster.begin(), cluster.end(), [&](char32_t c) {
+            return font.has(c) || (continuesCluster(c) && !isMark(c));
+        });
+    }
+    static bool isMark(char32_t c)
+    {
+        const auto category = hb_unicode_general_category(hb_unicode_funcs_get_default(), c);
+        return category == HB_UNICODE_GENERAL_CATEGORY_NON_SPACING_MARK
+               || category == HB_UNICODE_GENERAL_CATEGORY_SPACING_MARK
+               || category == HB_UNICODE_GENERAL_CATEGORY_ENCLOSING_MARK;
+    }
+
+    /// Looks through the fonts of the system from the nearest on, and opens only those that say
+    /// that they have the character.
+    Font* search(std::span<const char32_t> cluster)
+    {
+        if (!m_isSorted) {
+            m_isSorted = true;
+            FcResult result = FcResultNoMatch;
+            m_sorted = FcFontSort(nullptr, patternOf(m_wish).get(), FcTrue, nullptr, &result);
+        }
+        Font* withoutMarks = m_first->has(cluster[0]) ? m_first : nullptr;
+        for (int i = 0; m_sorted && i < m_sorted->nfont; ++i) {
+            FcCharSet* characters = nullptr;
+            if (FcPatternGetCharSet(m_sorted->fonts[i], FC_CHARSET, 0, &characters) != FcResultMatch
+                || !FcCharSetHasChar(characters, cluster[0]))
+                continue;
+            Font* font = openFont(fonts(), fileOf(m_sorted->fonts[i]));
+            if (!font || !font->has(cluster[0]))
+                continue;
+            if (hasAll(*font, cluster))
+                return font;
+            if (!withoutMarks)
+                withoutMarks = font;
+        }
+        // The sign that a font itself has for what it lacks may well be blank.
+        return withoutMarks ? withoutMarks : &fonts().boxes;
+    }
+
+    Wish m_wish;
+    Font* m_first;
+    bool m_isSorted = false;
+    FcFontSet* m_sorted = nullptr; ///< kept
+    std::map<std::u32string, Font*> m_known;
+};
+
+Fonts& fonts()
+{
+    static auto* f = new Fonts; // never freed: shapes may outlive statics
+    return *f;
 }
 
 } // namespace
@@ -200,14 +327,27 @@ FontLock::~FontLock()
     fonts().mutex.unlock();
 }
 
-Font& Font::find(const SoFontValues& wish)
+FontChoice& FontChoice::find(const SoFontValues& wish)
 {
-    Fonts& all = fonts();
     const Wish key(wish.name, wish.family, wish.style);
-    Font*& font = all.byWish[key];
-    if (!font)
-        font = &openFont(all, key);
-    return *font;
+    std::unique_ptr<SystemChoice>& choice = fonts().byWish[key];
+    if (!choice)
+        choice = std::make_unique<SystemChoice>(key);
+    return *choice;
+}
+
+bool continuesCluster(char32_t character)
+{
+    switch (hb_unicode_general_category(hb_unicode_funcs_get_default(), character)) {
+    case HB_UNICODE_GENERAL_CATEGORY_NON_SPACING_MARK:
+    case HB_UNICODE_GENERAL_CATEGORY_SPACING_MARK:
+    case HB_UNICODE_GENERAL_CATEGORY_ENCLOSING_MARK:
+        return true;
+    case HB_UNICODE_GENERAL_CATEGORY_FORMAT:
+        return character == 0x200c || character == 0x200d;
+    default:
+        return false;
+    }
 }
 
 std::vector<char32_t> charactersOf(std::string_view text)

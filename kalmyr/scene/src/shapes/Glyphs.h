@@ -4,6 +4,7 @@
 #include <kalmyr/elements/SoFontElement.h>
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,18 +17,46 @@ struct Glyph {
     float advance = 0;                    ///< to the next character of the line
 };
 
-/// The characters of one font of the system. Each is made when first asked for and kept.
+/// A glyph of shaped text: where it stands relative to the pen, and how far the pen goes on (ems).
+struct ShapedGlyph {
+    const Glyph* glyph = nullptr;
+    SbVec2f offset;
+    float advance = 0;
+    std::uint32_t character = 0; ///< number of the first character that it stands for
+};
+
+/// Characters of one font, script and direction within a line.
+struct TextRun {
+    std::span<const char32_t> line; ///< all characters, whose neighbours matter
+    std::uint32_t begin = 0, end = 0;
+    std::uint32_t script = 0; ///< as HarfBuzz names it
+    bool rightToLeft = false;
+};
+
+/// The glyphs of one font of the system. Each is made when first asked for and kept.
 class Font {
 public:
     virtual ~Font() = default;
-    /// Never fails: a character that the font lacks is a box.
-    virtual const Glyph& glyph(char32_t character) = 0;
+    virtual bool has(char32_t character) const = 0;
+    /// Appends the glyphs of a run from left to right. Never fails: a character that the font lacks
+    /// is a box.
+    virtual void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) = 0;
     virtual float ascent() const = 0;  ///< of a line above its baseline, ems
     virtual float descent() const = 0; ///< below, positive
+};
 
-    /// The font that is nearest to the wish; one that only has boxes on a system without fonts.
-    /// Lives as long as the process. Hold a FontLock while using it.
-    static Font& find(const SoFontValues& wish);
+/// The font that is nearest to a wish, and those of the system that have what it lacks.
+/// Lives as long as the process. Hold a FontLock while using it.
+class FontChoice {
+public:
+    virtual ~FontChoice() = default;
+    /// One that only has boxes on a system without fonts.
+    virtual Font& first() = 0;
+    /// The first font that has all of a character and its marks, or the character at least; one
+    /// that has boxes only for what no font has.
+    virtual Font& choose(std::span<const char32_t> cluster) = 0;
+
+    static FontChoice& find(const SoFontValues& wish);
 };
 
 /// Fonts are shared by all threads.
@@ -41,5 +70,8 @@ public:
 
 /// UTF-8; bytes that are none are taken as Latin-1.
 std::vector<char32_t> charactersOf(std::string_view text);
+
+/// Whether a character belongs to the one before it: marks, joiners, selectors of variants.
+bool continuesCluster(char32_t character);
 
 } // namespace kalmyr::detail

@@ -1,6 +1,6 @@
 #include "TextLayout.h"
 
-#include "Glyphs.h"
+#include "TextShaper.h"
 
 #include <kalmyr/shapes/SoGeometry.h>
 
@@ -14,27 +14,58 @@ namespace {
 /// A line before it is put in its place: from 0 on along its direction, in object units.
 struct Line {
     struct Place {
-        const Glyph* glyph;
-        float at;   ///< where it begins along the line
-        float room; ///< to the next
+        ShapedGlyph glyph;
+        float at;    ///< where its cell begins along the line
+        float room;  ///< to the next cell
+        float inset; ///< of the glyph's pen across a column, ems
     };
     std::vector<Place> places;
     float length = 0;
     float stretch = 1;
 };
 
-Line measure(const TextLayout& text, Font& font, const SbString& string, std::size_t& budget)
+void measureRow(const TextLayout& text, FontChoice& fonts, std::span<const char32_t> characters,
+                Line& line)
 {
-    Line line;
-    for (const char32_t c : charactersOf(string.view())) {
-        if (budget == 0)
-            break;
-        --budget;
-        const Glyph& glyph = font.glyph(c);
-        const float room = (text.horizontal ? glyph.advance : 1.0f) * text.font.size;
-        line.places.push_back({&glyph, line.length, room});
+    ShapedLine shaped;
+    shaped.shape(characters, fonts, !text.leftToRight);
+    for (const ShapedGlyph& glyph : shaped.glyphs) {
+        const float room = glyph.advance * text.font.size;
+        line.places.push_back({glyph, line.length, room, 0});
         line.length += room;
     }
+}
+
+/// Each character of a column stands with its marks in the middle of a cell.
+void measureColumn(const TextLayout& text, FontChoice& fonts, std::span<const char32_t> characters,
+                   Line& line)
+{
+    for (std::size_t begin = 0, end = 0; begin < characters.size(); begin = end) {
+        end = begin + 1;
+        while (end < characters.size() && continuesCluster(characters[end]))
+            ++end;
+        ShapedLine shaped;
+        shaped.shape(characters.subspan(begin, end - begin), fonts, false);
+        float pen = (1 - shaped.advance) / 2;
+        for (ShapedGlyph& glyph : shaped.glyphs) {
+            glyph.character += static_cast<std::uint32_t>(begin);
+            line.places.push_back({glyph, line.length, text.font.size, pen});
+            pen += glyph.advance;
+        }
+        line.length += text.font.size;
+    }
+}
+
+Line measure(const TextLayout& text, FontChoice& fonts, const SbString& string, std::size_t& budget)
+{
+    Line line;
+    std::vector<char32_t> characters = charactersOf(string.view());
+    characters.resize(std::min(characters.size(), budget));
+    budget -= characters.size();
+    if (text.horizontal)
+        measureRow(text, fonts, characters, line);
+    else
+        measureColumn(text, fonts, characters, line);
     return line;
 }
 
@@ -96,20 +127,20 @@ void placeLine(const TextLayout& text, const Font& font, const Line& line, float
     const float length = line.length * line.stretch;
     const float begin = beginAlong(text.major, forward, length);
     for (const Line::Place& place : line.places) {
+        const ShapedGlyph& shaped = place.glyph;
         const float room = place.room * line.stretch;
         const float passed = place.at * line.stretch;
-        const float along = begin + (forward ? passed : length - passed - room);
-        if (text.horizontal) {
-            use({*place.glyph, {along, across}, {size * line.stretch, size}, number});
-        } else {
-            // Characters of a column stand in the middle of their cells.
-            const float inset = (1 - place.glyph->advance) / 2 * size;
-            const float base = font.descent() * room / (font.ascent() + font.descent());
-            use({*place.glyph,
-                 {across + inset, along + base},
-                 {size, size * line.stretch},
-                 number});
+        if (text.horizontal) { // glyphs are in order from left to right already
+            const SbVec2f pen(begin + passed + shaped.offset[0] * size * line.stretch,
+                              across + shaped.offset[1] * size);
+            use({*shaped.glyph, pen, {size * line.stretch, size}, number, shaped.character});
+            continue;
         }
+        const float along = begin + (forward ? passed : length - passed - room);
+        const float base = font.descent() * room / (font.ascent() + font.descent());
+        const SbVec2f pen(across + (place.inset + shaped.offset[0]) * size,
+                          along + base + shaped.offset[1] * size * line.stretch);
+        use({*shaped.glyph, pen, {size, size * line.stretch}, number, shaped.character});
     }
 }
 
@@ -120,12 +151,13 @@ void TextLayout::place(const Use& use) const
     if (!(font.size > 0) || !std::isfinite(font.size) || lines.empty())
         return;
     const FontLock lock;
-    Font& letters = Font::find(font);
+    FontChoice& fonts = FontChoice::find(font);
     std::size_t budget = kMaxCharacters;
     std::vector<Line> measured;
     for (const SbString& line : lines)
-        measured.push_back(measure(*this, letters, line, budget));
+        measured.push_back(measure(*this, fonts, line, budget));
     stretch(*this, measured);
+    const Font& letters = fonts.first();
     const float shift = shiftAcross(*this, letters, measured.size());
     const bool down = horizontal ? topToBottom : !leftToRight;
     for (std::size_t i = 0; i < measured.size(); ++i) {

@@ -13,12 +13,13 @@ namespace kalmyr::detail {
 
 struct Glyph;
 
-/// A character in its place: points of the glyph times `scale`, then moved to `origin`.
+/// A glyph in its place: points of the glyph times `scale`, then moved to `origin`.
 struct PlacedGlyph {
     const Glyph& glyph;
     SbVec2f origin;
     SbVec2f scale; ///< object units an em
     int line;
+    std::uint32_t character; ///< number in the line of the first one that it stands for
 
     SbVec2f at(const SbVec2f& p) const
     {
@@ -40,10 +41,11 @@ struct TextLayout {
     Justify major = BEGIN;          ///< along the lines
     Justify minor = FIRST;          ///< across them
     bool horizontal = true;
+    /// False: all characters of a row run from right to left. True: as their scripts run.
     bool leftToRight = true;
     bool topToBottom = true;
 
-    /// Calls back for each character, line by line, while fonts are locked.
+    /// Calls back for each glyph, line by line, rows from left to right, while fonts are locked.
     void place(const std::function<void(const PlacedGlyph&)>& use) const;
     /// Flat letters that face +z; one face a line.
     void build(SoGeometry& geometry) const;
