@@ -1,4 +1,8 @@
 #include "ImageCodecs.h"
+#include "MovieFile.h"
+
+#include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/core/SoImageFile.h>
 
 #include <algorithm>
 #include <cstring>
@@ -30,8 +34,8 @@ bool failWith(RawImage& out, int code)
     return out.fail(reason ? reason : "the file is damaged");
 }
 
-/// Reads extension blocks; keeps the transparent colour's number.
-bool readExtension(GifFileType* file, int& transparent)
+/// Reads extension blocks; keeps what is said of the next frame.
+bool readExtension(GifFileType* file, GraphicsControlBlock& next)
 {
     int code = 0;
     GifByteType* block = nullptr;
@@ -40,7 +44,7 @@ bool readExtension(GifFileType* file, int& transparent)
     if (code == GRAPHICS_EXT_FUNC_CODE && block) {
         GraphicsControlBlock control;
         if (DGifExtensionToGCB(block[0], block + 1, &control) == GIF_OK)
-            transparent = control.TransparentColor;
+            next = control;
     }
     while (block) {
         if (DGifGetExtensionNext(file, &block) == GIF_ERROR)
@@ -69,6 +73,8 @@ void putRow(const RawImage& out, const GifFileType* file, const ColorMapObject* 
     }
 }
 
+/// Draws the frame over what is in the picture; a picture without pixels becomes as large as the
+/// screen of the file.
 bool readFrame(GifFileType* file, int transparent, RawImage& out)
 {
     if (DGifGetImageDesc(file) == GIF_ERROR)
@@ -77,8 +83,9 @@ bool readFrame(GifFileType* file, int transparent, RawImage& out)
     const ColorMapObject* colors = place.ColorMap ? place.ColorMap : file->SColorMap;
     if (!colors || place.Width < 1 || place.Height < 1)
         return out.fail("a frame without colours or pixels");
-    if (!out.allocate(std::max(file->SWidth, place.Width), std::max(file->SHeight, place.Height),
-                      4))
+    if (!out.bytes
+        && !out.allocate(std::max(file->SWidth, place.Width), std::max(file->SHeight, place.Height),
+                         4))
         return false;
     auto* row = static_cast<GifByteType*>(std::malloc(static_cast<std::size_t>(place.Width)));
     static constexpr struct {
@@ -98,16 +105,17 @@ bool readFrame(GifFileType* file, int transparent, RawImage& out)
 
 bool readFirstFrame(GifFileType* file, RawImage& out)
 {
-    int transparent = NO_TRANSPARENT_COLOR;
+    GraphicsControlBlock control{};
+    control.TransparentColor = NO_TRANSPARENT_COLOR;
     for (;;) {
         GifRecordType type = UNDEFINED_RECORD_TYPE;
         if (DGifGetRecordType(file, &type) == GIF_ERROR)
             return failWith(out, file->Error);
         if (type == IMAGE_DESC_RECORD_TYPE)
-            return readFrame(file, transparent, out);
+            return readFrame(file, control.TransparentColor, out);
         if (type != EXTENSION_RECORD_TYPE)
             return out.fail("there is no picture in the file");
-        if (!readExtension(file, transparent))
+        if (!readExtension(file, control))
             return failWith(out, file->Error);
     }
 }
@@ -126,7 +134,84 @@ void dropFullAlpha(RawImage& out)
     out.components = 3;
 }
 
+/// Empties the place of the frame that was read last.
+void clearFrame(const GifFileType* file, RawImage& out)
+{
+    const GifImageDesc& place = file->Image;
+    for (int y = std::max(0, place.Top); y < std::min(out.height, place.Top + place.Height); ++y) {
+        const int left = std::max(0, place.Left), right = std::min(out.width, left + place.Width);
+        if (right > left)
+            std::memset(out.rowFromTop(y) + static_cast<std::size_t>(left) * 4, 0,
+                        static_cast<std::size_t>(right - left) * 4);
+    }
+}
+
+/// Shows nothing for no time: what players make of it.
+constexpr double kDelayOfNone = 0.1;
+
+bool readFrames(GifFileType* file, RawImage& canvas, std::vector<MovieFrame>& frames)
+{
+    GraphicsControlBlock control{};
+    control.TransparentColor = NO_TRANSPARENT_COLOR;
+    std::size_t bytes = 0;
+    for (;;) {
+        GifRecordType type = UNDEFINED_RECORD_TYPE;
+        if (DGifGetRecordType(file, &type) == GIF_ERROR)
+            return failWith(canvas, file->Error);
+        if (type == TERMINATE_RECORD_TYPE)
+            return !frames.empty() || canvas.fail("there is no picture in the file");
+        if (type == EXTENSION_RECORD_TYPE) {
+            if (!readExtension(file, control))
+                return failWith(canvas, file->Error);
+            continue;
+        }
+        if (type != IMAGE_DESC_RECORD_TYPE)
+            continue;
+        const SbImage before = frames.empty() ? SbImage() : frames.back().image;
+        if (!readFrame(file, control.TransparentColor, canvas))
+            return false;
+        MovieFrame& frame = frames.emplace_back();
+        frame.image.setValue(SbVec2i32(canvas.width, canvas.height), 4, canvas.bytes);
+        frame.seconds = control.DelayTime > 0 ? control.DelayTime / 100.0 : kDelayOfNone;
+        bytes += frame.image.getByteCount();
+        if (frames.size() > kMaxMovieFrames || bytes > kMaxMovieBytes)
+            return canvas.fail("the film is too large");
+        if (control.DisposalMode == DISPOSE_BACKGROUND)
+            clearFrame(file, canvas);
+        else if (control.DisposalMode == DISPOSE_PREVIOUS && !before.isNull())
+            std::memcpy(canvas.bytes, before.getBytes(), before.getByteCount());
+        control = GraphicsControlBlock{};
+        control.TransparentColor = NO_TRANSPARENT_COLOR;
+    }
+}
+
 } // namespace
+
+bool readMovie(const SbString& path, std::vector<MovieFrame>& frames, SbString& reason)
+{
+    frames.clear();
+    std::vector<char> bytes;
+    if (!SbFileHelper::readFile(path, bytes, &reason))
+        return false;
+    const std::span data(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    if (SoImageFile::detect(data) != SoImageFile::GIF) {
+        reason = "not a film of a known format";
+        return false;
+    }
+    Source source{data.data(), data.size()};
+    int error = 0;
+    RawImage canvas;
+    GifFileType* file = DGifOpen(&source, readSome, &error);
+    const bool ok = file ? readFrames(file, canvas, frames) : failWith(canvas, error);
+    if (file)
+        DGifCloseFile(file, &error);
+    std::free(canvas.bytes);
+    if (!ok) {
+        reason = canvas.error;
+        frames.clear();
+    }
+    return ok;
+}
 
 bool readGif(const unsigned char* data, std::size_t size, RawImage& out)
 {

@@ -2,11 +2,16 @@
 
 #include "vrml/LocalUrl.h"
 
+#include <kalmyr/nodes/SoImageBackground.h>
+#include <kalmyr/nodes/SoShaderObject.h>
+#include <kalmyr/nodes/SoStackTexture.h>
 #include <kalmyr/nodes/SoTexture2.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/shapes/SoImage.h>
+#include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLMovieTexture.h>
 
 #include <filesystem>
 
@@ -53,27 +58,26 @@ SbString relocated(const SbString& url, const SbString& origin, const SbString& 
 
 const SbString* originOf(const SoNode* node, const SoField* field)
 {
-    if (node->isOfType(SoVRMLInline::getClassTypeId())) {
-        const auto* content = static_cast<const SoVRMLInline*>(node);
-        return field == &content->url ? &content->getDirectory() : nullptr;
-    }
-    if (node->isOfType(SoWWWInline::getClassTypeId())) {
-        const auto* content = static_cast<const SoWWWInline*>(node);
-        return field == &content->name ? &content->getDirectory() : nullptr;
-    }
-    if (node->isOfType(SoTexture2::getClassTypeId())) {
-        const auto* texture = static_cast<const SoTexture2*>(node);
-        return field == &texture->filename ? &texture->getDirectory() : nullptr;
-    }
-    if (node->isOfType(SoImage::getClassTypeId())) {
-        const auto* picture = static_cast<const SoImage*>(node);
-        return field == &picture->filename ? &picture->getDirectory() : nullptr;
-    }
-    if (node->isOfType(SoVRMLImageTexture::getClassTypeId())) {
-        const auto* texture = static_cast<const SoVRMLImageTexture*>(node);
-        return field == &texture->url ? &texture->getDirectory() : nullptr;
-    }
-    return nullptr;
+    const SbString* origin = nullptr;
+    const auto find = [&]<class Node>(auto... fields) {
+        if (!origin && node->isOfType(Node::getClassTypeId())) {
+            const auto* one = static_cast<const Node*>(node);
+            origin = ((field == &(one->*fields)) || ...) ? &one->getDirectory() : nullptr;
+        }
+    };
+    find.template operator()<SoVRMLInline>(&SoVRMLInline::url);
+    find.template operator()<SoWWWInline>(&SoWWWInline::name);
+    find.template operator()<SoTexture2>(&SoTexture2::filename);
+    find.template operator()<SoImage>(&SoImage::filename);
+    find.template operator()<SoStackTexture>(&SoStackTexture::filenames);
+    find.template operator()<SoImageBackground>(&SoImageBackground::filename);
+    find.template operator()<SoShaderObject>(&SoShaderObject::filename);
+    find.template operator()<SoVRMLImageTexture>(&SoVRMLImageTexture::url);
+    find.template operator()<SoVRMLMovieTexture>(&SoVRMLMovieTexture::url);
+    find.template operator()<SoVRMLBackground>(
+        &SoVRMLBackground::frontUrl, &SoVRMLBackground::backUrl, &SoVRMLBackground::leftUrl,
+        &SoVRMLBackground::rightUrl, &SoVRMLBackground::topUrl, &SoVRMLBackground::bottomUrl);
+    return origin;
 }
 
 } // namespace kalmyr::detail

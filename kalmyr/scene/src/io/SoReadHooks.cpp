@@ -5,16 +5,24 @@
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/nodes/SoFile.h>
+#include <kalmyr/nodes/SoFragmentShader.h>
+#include <kalmyr/nodes/SoGeometryShader.h>
+#include <kalmyr/nodes/SoImageBackground.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
+#include <kalmyr/nodes/SoTexture3.h>
+#include <kalmyr/nodes/SoTextureCubeMap.h>
+#include <kalmyr/nodes/SoVertexShader.h>
 #include <kalmyr/nodes/SoWWWInline.h>
 #include <kalmyr/shapes/SoImage.h>
+#include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
 #include <kalmyr/vrml/SoVRMLIndexedFaceSet.h>
 #include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLMovieTexture.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -135,6 +143,13 @@ void readTexture(SoInput* in, SoNode* node)
         in->warnHere("texture '" + pictureName(*texture) + "' cannot be found and is left out");
 }
 
+/// For files that are looked for when they are first needed.
+template <class Node>
+void readFolder(SoInput* in, SoNode* node)
+{
+    static_cast<Node*>(node)->setDirectory(in->getFolder());
+}
+
 /// Remarks on the first index without a point. Such faces and lines are left out when drawn.
 template <class Shape>
 void checkPoints(SoInput* in, SoNode* node)
@@ -166,6 +181,14 @@ void installReadHooks()
     SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), readTexture<SoVRMLImageTexture>);
     SoDB::setReadHook(SoTexture2::getClassTypeId(), readTexture<SoTexture2>);
     SoDB::setReadHook(SoImage::getClassTypeId(), readTexture<SoImage>);
+    SoDB::setReadHook(SoTexture3::getClassTypeId(), readFolder<SoTexture3>);
+    SoDB::setReadHook(SoTextureCubeMap::getClassTypeId(), readFolder<SoTextureCubeMap>);
+    SoDB::setReadHook(SoImageBackground::getClassTypeId(), readFolder<SoImageBackground>);
+    SoDB::setReadHook(SoVRMLBackground::getClassTypeId(), readFolder<SoVRMLBackground>);
+    SoDB::setReadHook(SoVRMLMovieTexture::getClassTypeId(), readFolder<SoVRMLMovieTexture>);
+    for (const SoType type : {SoVertexShader::getClassTypeId(), SoGeometryShader::getClassTypeId(),
+                              SoFragmentShader::getClassTypeId()})
+        SoDB::setReadHook(type, readFolder<SoShaderObject>);
     SoDB::setReadHook(SoVRMLIndexedFaceSet::getClassTypeId(), checkPoints<SoVRMLIndexedFaceSet>);
     SoDB::setReadHook(SoVRMLIndexedLineSet::getClassTypeId(), checkPoints<SoVRMLIndexedLineSet>);
 }

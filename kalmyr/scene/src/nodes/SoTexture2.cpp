@@ -4,7 +4,7 @@
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/core/SoImageFile.h>
 #include <kalmyr/elements/SoDrawElements.h>
-#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 
 #include "core/LoadedPicture.h"
 
@@ -82,12 +82,11 @@ void SoTexture2::doAction(SoAction* action)
     SoState* state = action->getState();
     if (!SoOverrideElement::maySet(state, this, SoOverrideElement::TEXTURE))
         return;
-    auto& element = state->write<SoTextureElement>();
-    auto& v = element.value();
+    SoTextureValues v;
     v.image = getPicture();
     v.wrapS = static_cast<SoTextureValues::Wrap>(wrapS.getValue());
     v.wrapT = static_cast<SoTextureValues::Wrap>(wrapT.getValue());
     v.model = static_cast<SoTextureValues::Model>(model.getValue());
     v.blendColor = blendColor.getValue();
-    element.setBy(this);
+    SoLookExtrasElement::setTexture(state, this, v);
 }

@@ -1,7 +1,7 @@
 #include <kalmyr/nodes/SoTexture2Transform.h>
 
 #include <kalmyr/actions/SoAction.h>
-#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 
 SO_NODE_SOURCE(SoTexture2Transform)
 
@@ -30,5 +30,5 @@ void SoTexture2Transform::doAction(SoAction* action)
     SbMatrix matrix;
     matrix.setTransform({move[0], move[1], 0}, SbRotation(SbVec3f(0, 0, 1), angle),
                         {size[0], size[1], 1}, SbRotation(), {pivot[0], pivot[1], 0});
-    SoTextureMatrixElement::mult(action->getState(), this, matrix);
+    SoLookExtrasElement::multTextureMatrix(action->getState(), this, matrix);
 }

@@ -2,6 +2,7 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 
 SO_NODE_SOURCE(SoTextureCoordinate2)
 
@@ -23,5 +24,10 @@ void SoTextureCoordinate2::doAction(SoAction* action)
     SoState* state = action->getState();
     if (point.isIgnored())
         return;
-    state->write<SoTextureCoordinateElement>().set(this, point.values());
+    const int unit = SoTextureUnitElement::get(state);
+    SoLookExtrasElement::setCoordinates(state, this, SoTextureStage::GIVEN);
+    if (unit == 0)
+        state->write<SoTextureCoordinateElement>().set(this, point.values());
+    else
+        SoTextureCoordinateSetsElement::add(state, this, {unit, point.values(), {}});
 }

@@ -94,5 +94,6 @@ bool operator==(const SoRenderAppearance& a, const SoRenderAppearance& b)
            && ta.wrapT == tb.wrapT && ta.model == tb.model && ta.blendColor == tb.blendColor
            && ea.ambientIntensity == eb.ambientIntensity && ea.ambientColor == eb.ambientColor
            && ea.fogType == eb.fogType && ea.fogColor == eb.fogColor
-           && ea.fogVisibility == eb.fogVisibility;
+           && ea.fogVisibility == eb.fogVisibility
+           && (a.extras == b.extras || (a.extras && b.extras && *a.extras == *b.extras));
 }

@@ -10,6 +10,26 @@ using Style = SoGLRenderAction::DrawStyle;
 
 constexpr float kLeastPointSize = 3; // pixels: a single one is hard to see
 
+void addExtras(const SoGeometry::Extras& from, std::uint32_t index, SoGeometry& to)
+{
+    if (!to.extras) {
+        to.extras = std::make_unique<SoGeometry::Extras>(from);
+        for (auto& set : to.extras->texCoordSets)
+            set.values.clear();
+        for (auto& input : to.extras->attributes)
+            input.values.clear();
+    }
+    for (std::size_t i = 0; i < from.texCoordSets.size(); ++i)
+        to.extras->texCoordSets[i].values.push_back(from.texCoordSets[i].values[index]);
+    for (std::size_t i = 0; i < from.attributes.size(); ++i) {
+        const auto& input = from.attributes[i];
+        const auto n = static_cast<std::size_t>(input.components);
+        const float* first = input.values.data() + index * n;
+        auto& values = to.extras->attributes[i].values;
+        values.insert(values.end(), first, first + n);
+    }
+}
+
 /// Appends a vertex of `from` with all that it has, under a normal of its own.
 std::uint32_t addVertex(const SoGeometry& from, std::uint32_t index, const SbVec3f* normal,
                         SoGeometry& to)
@@ -22,6 +42,8 @@ std::uint32_t addVertex(const SoGeometry& from, std::uint32_t index, const SbVec
         to.texCoords.push_back(from.texCoords[index]);
     if (from.colors.size() >= count)
         to.colors.push_back(from.colors[index]);
+    if (from.extras)
+        addExtras(*from.extras, index, to);
     return static_cast<std::uint32_t>(to.positions.size() - 1);
 }
 

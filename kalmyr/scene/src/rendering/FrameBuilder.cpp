@@ -299,6 +299,7 @@ void Builder::setBackground(const RenderList::Background& background, const Plac
         return;
     m_frame.background = background;
     m_frame.background.up = place.toWorld.direction(background.up);
+    m_frame.background.toWorld = background.toWorld * place.toWorld;
     m_frame.hasBackground = true;
 }
 

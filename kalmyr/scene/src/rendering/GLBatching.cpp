@@ -1,5 +1,6 @@
 // The plan of a frame: opaque items with equal state become draw calls of one batch.
 #include "rendering/GLRenderer.h"
+#include "rendering/PaintShaders.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
 
@@ -36,7 +37,7 @@ bool goesInBatches(const RenderList::Entry& entry)
 {
     const SoGeometry& geometry = *entry.geometry;
     const SoDrawStyleValues& style = entry.appearance->drawStyle;
-    return (geometry.triangles.empty() || style.style == SoDrawStyleValues::FILLED)
+    return !hasOwnState(*entry.appearance) && (geometry.triangles.empty() || style.style == SoDrawStyleValues::FILLED)
            && (geometry.lines.empty()
                || (!isWide(style) && style.style != SoDrawStyleValues::POINTS));
 }
@@ -263,6 +264,7 @@ void GLRenderer::drawBatch(const GLDrawPlan& plan, const GLBatch& batch)
         setCulling(GL_NONE);
         glPointSize(batch.key.pointSize);
     }
+    m_device.paint().applySettings(nullptr, m_writesDepth);
     ++m_statistics.drawCalls;
     plan.draw(batch, m_device.capabilities(), program->firstSlot);
 }

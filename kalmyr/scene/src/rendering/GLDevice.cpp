@@ -111,6 +111,24 @@ GLuint linkProgram(const ShaderSource& source)
     return 0;
 }
 
+void findProgramPlaces(GLProgram& known)
+{
+    known.toEye = glGetUniformLocation(known.program, "toEye");
+    known.material = glGetUniformLocation(known.program, "material");
+    known.firstSlot = glGetUniformLocation(known.program, "firstSlot");
+    known.firstPrimitive = glGetUniformLocation(known.program, "firstPrimitive");
+    setUnit(known.program, "depths", kDepthUnit);
+    setUnit(known.program, "peeledKeys", kPeeledUnit);
+    setUnit(known.program, "cover", kCoverUnit);
+    setUnit(known.program, "dashStarts", kDashUnit);
+    setUnit(known.program, "instances", kInstanceUnit);
+    setUnit(known.program, "materials", kMaterialUnit);
+    setUnit(known.program, "surroundings", kSurroundingsUnit);
+    bindBlock(known.program, "View", GLDevice::kViewBinding);
+    bindBlock(known.program, "Surroundings", GLDevice::kSurroundingsBinding);
+    bindBlock(known.program, "Peeling", GLDevice::kPeelingBinding);
+}
+
 GLDevice* GLDevice::current(const char*& error)
 {
     void* context = currentGLContext();
@@ -210,6 +228,10 @@ GLDevice::~GLDevice()
         m_pool->remove(buffers);
     }
     m_textures.freeAll();
+    m_paint.freeAll();
+    for (const auto& program : m_otherPrograms) {
+        glDeleteProgram(program.value_or(0));
+    }
     for (const auto& [features, program] : m_programs) {
         glDeleteProgram(program.program);
     }
@@ -237,6 +259,7 @@ void GLDevice::beginFrame()
 {
     ++m_frame;
     freeDead();
+    m_paint.beginFrame(m_frame);
 }
 
 void GLDevice::endFrame()
@@ -405,23 +428,19 @@ const GLProgram* GLDevice::program(unsigned features)
     if (isNew) {
         known.program = linkProgram(shaderSource(features));
         if (known.program) {
-            known.toEye = glGetUniformLocation(known.program, "toEye");
-            known.material = glGetUniformLocation(known.program, "material");
-            known.firstSlot = glGetUniformLocation(known.program, "firstSlot");
-            known.firstPrimitive = glGetUniformLocation(known.program, "firstPrimitive");
-            setUnit(known.program, "depths", kDepthUnit);
-            setUnit(known.program, "peeledKeys", kPeeledUnit);
-            setUnit(known.program, "cover", kCoverUnit);
-            setUnit(known.program, "dashStarts", kDashUnit);
-            setUnit(known.program, "instances", kInstanceUnit);
-            setUnit(known.program, "materials", kMaterialUnit);
-            setUnit(known.program, "surroundings", kSurroundingsUnit);
-            bindBlock(known.program, "View", kViewBinding);
-            bindBlock(known.program, "Surroundings", kSurroundingsBinding);
-            bindBlock(known.program, "Peeling", kPeelingBinding);
+            findProgramPlaces(known);
         }
     }
     return known.program ? &known : nullptr;
+}
+
+GLuint GLDevice::otherProgram(OtherProgram which, const ShaderSource& source)
+{
+    std::optional<GLuint>& known = m_otherPrograms[which];
+    if (!known) {
+        known = linkProgram(source);
+    }
+    return *known;
 }
 
 GLuint GLDevice::streamIndices(const std::vector<std::uint32_t>& indices)

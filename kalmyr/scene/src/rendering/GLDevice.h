@@ -2,6 +2,7 @@
 
 #include "rendering/GLDrawPlan.h"
 #include "rendering/GLGeometryPool.h"
+#include "rendering/GLPaint.h"
 #include "rendering/GLTextures.h"
 #include "rendering/Shaders.h"
 
@@ -10,28 +11,19 @@
 
 #include <epoxy/gl.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace kalmyr::detail {
 
-/// Compiles and links; 0, with an error posted, when the driver refuses.
-GLuint linkProgram(const ShaderSource& source);
-
 class GLOutline;
 class GLDashes;
 class GLPeeling;
-
-struct GLProgram {
-    GLuint program = 0;
-    GLint toEye = -1;
-    GLint material = -1;
-    GLint firstSlot = -1;      ///< of the first instance, where the context has no base instance
-    GLint firstPrimitive = -1; ///< of programs with SHADER_PEEL
-};
 
 /// Everything kept in one OpenGL context: programs, buffers, textures.
 ///
@@ -61,6 +53,13 @@ public:
     const GLGeometry& geometryWithOutline(const SoGeometry& geometry);
     /// The texture object of an image; 0 for images that cannot be textures.
     GLuint texture(const SoTextureValues& values) { return m_textures.find(values, m_frame); }
+    GLTextures& textures() { return m_textures; }
+    /// What shapes with extras are drawn with.
+    GLPaint& paint() { return m_paint; }
+    /// Programs beside those of shapes, made from `source` when first asked for; 0, with an error
+    /// posted once, when the driver refuses.
+    enum OtherProgram { BACKGROUND_SIDES, BACKGROUND_SCREEN, NUM_OTHER_PROGRAMS };
+    GLuint otherProgram(OtherProgram which, const ShaderSource& source);
     /// Null, with an error posted, when the driver refuses the program.
     const GLProgram* program(unsigned features);
 
@@ -124,6 +123,8 @@ private:
     std::unique_ptr<GLGeometryPool> m_pool;
     std::unordered_map<std::uint64_t, GLGeometry> m_geometries;
     GLTextures m_textures;
+    GLPaint m_paint;
+    std::array<std::optional<GLuint>, NUM_OTHER_PROGRAMS> m_otherPrograms;
     std::unordered_map<unsigned, GLProgram> m_programs; ///< by features
     std::unordered_map<std::uint64_t, std::unique_ptr<Outline>> m_outlines;
     std::unordered_map<std::uint64_t, std::unique_ptr<KeptPlan>> m_plans;

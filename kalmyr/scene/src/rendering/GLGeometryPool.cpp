@@ -1,5 +1,7 @@
 #include "rendering/GLGeometryPool.h"
 
+#include "rendering/GLPaint.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -200,6 +202,12 @@ GLGeometry GLGeometryPool::add(const SoGeometry& geometry)
         geometry.triangles.size() + geometry.lines.size() + geometry.points.size());
     const unsigned format = formatOf(geometry);
     GLGeometry out;
+    if (geometry.extras && vertices > 0) {
+        addPage(format, vertices, indices)->add(geometry, out);
+        glBindVertexArray(out.vertexArray); // new with the page
+        out.more = uploadExtras(*geometry.extras, vertices);
+        return out;
+    }
     if (!m_open[format] || !m_open[format]->add(geometry, out)) {
         pageFor(format, vertices, indices)->add(geometry, out);
     }
@@ -235,6 +243,7 @@ void GLGeometryPool::remove(const GLGeometry& geometry)
     for (const GLuint buffer : {geometry.edges, geometry.outline}) {
         glDeleteBuffers(1, &buffer);
     }
+    glDeleteBuffers(static_cast<GLsizei>(geometry.more.size()), geometry.more.data());
     GLGeometryPage* const page = geometry.page;
     page->remove(geometry);
     GLGeometryPage*& open = m_open[page->getFormat()];

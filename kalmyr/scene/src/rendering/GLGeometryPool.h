@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <vector>
 
 namespace kalmyr::detail {
 
@@ -25,6 +26,7 @@ struct GLGeometry {
     std::uint32_t firstIndex = 0;
     GLuint edges = 0;   ///< a buffer of its own, made when first asked for
     GLuint outline = 0; ///< pairs of sharp edges, then fours of smooth ones; the same
+    std::vector<GLuint> more; ///< buffers of texture coordinate sets and inputs of programs
     GLsizei numTriangleIndices = 0;
     GLsizei numLineIndices = 0;
     GLsizei numPointIndices = 0;
@@ -51,7 +53,8 @@ struct GLGeometry {
 /// of state between them.
 ///
 /// A page is one vertex array with room for geometries that have the same attributes; pages double
-/// in size up to a limit. A geometry that is large against a page has one of its own. A page whose
+/// in size up to a limit. A geometry that is large against a page, or has further texture coordinates
+/// or inputs of programs, has one of its own. A page whose
 /// last geometry goes is freed with it. Every vertex array reads attribute kSlotAttribute, once an
 /// instance, from the buffer of slot numbers that the pool is given.
 class GLGeometryPool {

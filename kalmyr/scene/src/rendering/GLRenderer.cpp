@@ -1,5 +1,7 @@
 #include "rendering/GLRenderer.h"
 
+#include "rendering/GLBackground.h"
+
 #include "rendering/GLDashes.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
@@ -199,6 +201,7 @@ void GLRenderer::end()
         glDisable(GL_CLIP_DISTANCE0 + static_cast<GLenum>(i));
     }
     setBlending(Blending::NONE, true);
+    m_device.paint().end(true);
     setCulling(GL_NONE);
     setViewport(m_options.region);
     glDisable(GL_DEPTH_TEST);
@@ -252,8 +255,17 @@ void GLRenderer::clear()
 
 void GLRenderer::drawBackground()
 {
-    const GLProgram* program =
-        m_frame.hasBackground ? m_device.program(SHADER_BACKGROUND) : nullptr;
+    if (m_frame.hasBackground && !m_frame.background.stops.empty()) {
+        drawBackgroundColors();
+    }
+    if (m_frame.hasBackground && m_frame.background.pictures) {
+        drawBackgroundPictures(m_device, m_frame);
+    }
+}
+
+void GLRenderer::drawBackgroundColors()
+{
+    const GLProgram* program = m_device.program(SHADER_BACKGROUND);
     if (!program) {
         return;
     }
@@ -602,7 +614,9 @@ unsigned GLRenderer::featuresOf(const FrameItem& item) const
                     | when(surroundings.lights.size() > kMaxLights, SHADER_LIGHT_TABLE)
                     | when(geometry.twoSided && !geometry.solid, SHADER_TWO_SIDED);
     }
-    const bool textured = !look.texture.image.isNull() && geometry.texCoords.size() >= count;
+    // Programs of the scene's own may look up textures of theirs.
+    const bool hasImage = !look.texture.image.isNull() || (look.extras && look.extras->program);
+    const bool textured = hasImage && geometry.texCoords.size() >= count;
     features |= when(textured, SHADER_TEXTURE)
                 | when(geometry.colors.size() >= count, SHADER_COLORS)
                 | when(fogOn(look).type != SoEnvironmentValues::NONE, SHADER_FOG);
@@ -638,14 +652,44 @@ void GLRenderer::bindVertexArray(GLuint vertexArray)
     }
 }
 
+/// Null when the item is drawn as plain looks are.
+const GLProgram* GLRenderer::usePaint(const FrameItem& item, unsigned features)
+{
+    const SoRenderAppearance& look = *item.entry->appearance;
+    if (m_purpose != Purpose::SCENE || !look.extras) {
+        return nullptr;
+    }
+    features |= m_peelingFeatures;
+    const GLProgram* program = m_device.paint().find(look, *item.entry->geometry, features);
+    if (!program) {
+        return nullptr;
+    }
+    const GLuint texture = m_device.texture(look.texture);
+    if (texture != m_texture) {
+        glBindTexture(GL_TEXTURE_2D, texture);
+        m_texture = texture;
+    }
+    if (program != m_program) {
+        m_program = program;
+        m_material = nullptr;
+    }
+    glUseProgram(program->program); // a new one may have been made meanwhile
+    m_device.paint().bind(*program, look, *item.entry->geometry,
+                          m_frame.views[item.view].view.viewing, m_device.textures());
+    return program;
+}
+
 bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features)
 {
     if (m_blending == Blending::SCREEN_DOOR) {
         features |= SHADER_SCREEN_DOOR;
     }
     const SoRenderAppearance& look = *item.entry->appearance;
-    if (!useProgram(look, features)) {
+    if (!usePaint(item, features) && !useProgram(look, features)) {
         return false;
+    }
+    if (m_purpose == Purpose::SCENE) {
+        m_device.paint().applySettings(look.extras.get(), m_writesDepth);
     }
     bindVertexArray(buffers.vertexArray);
     if (m_view != item.view) {
@@ -770,6 +814,8 @@ void GLRenderer::setBlending(Blending blending, bool writeDepth)
         return;
     }
     m_blending = blending;
+    m_writesDepth = writeDepth;
+    m_device.paint().applySettings(nullptr, writeDepth);
     m_material = nullptr; // its opacity depends on it
     if (blending == Blending::BLEND) {
         glEnable(GL_BLEND);

@@ -59,6 +59,7 @@ private:
     static void setBlendFunction();
     void clear();
     void drawBackground();
+    void drawBackgroundColors();
     void uploadViews();
     void uploadSurroundings();
     void makePlan(GLDrawPlan& plan);
@@ -101,6 +102,7 @@ private:
     unsigned featuresOf(const FrameItem& item) const;
     /// Makes the program of those features current, and the look's texture; null, with nothing to
     /// be drawn, when the driver refuses. Takes from `features` what the look cannot have.
+    const GLProgram* usePaint(const FrameItem& item, unsigned features);
     const GLProgram* useProgram(const SoRenderAppearance& look, unsigned& features);
     void bindVertexArray(GLuint vertexArray);
     bool prepare(const FrameItem& item, const GLGeometry& buffers, unsigned features);
@@ -121,6 +123,7 @@ private:
 
     // What is set in the context, so that nothing is set twice.
     Blending m_blending = Blending::NONE;
+    bool m_writesDepth = true;
     const GLProgram* m_program = nullptr;
     const SoRenderAppearance* m_material = nullptr;
     unsigned m_materialFeatures = 0;

@@ -1,25 +1,33 @@
 #pragma once
 
 #include <kalmyr/base/SbImage.h>
-#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/elements/SoTextureUnits.h>
 
 #include <epoxy/gl.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
+#include <map>
+#include <utility>
 
 namespace kalmyr::detail {
 
-/// How a texture goes on beyond its edges, as one number.
-std::uint32_t wrapsOf(const SoTextureValues& values);
+/// How a texture goes on beyond its edges, as one number that is not 0.
+std::uint32_t wrapsOf(const SoTextureValues& values,
+                      SoTextureValues::Wrap wrapR = SoTextureValues::REPEAT);
 
-/// The texture objects of one context, by the pixels that they show. Those that were not asked for
+/// The target that textures of a kind are bound to.
+GLenum targetOf(SoTextureStage::Kind kind);
+
+/// The texture objects of one context, by the pixels that they show. Images beyond the limits of
+/// the context are scaled down, which is told once for each. Those that were not asked for
 /// in a number of frames are freed.
 class GLTextures {
 public:
     /// The texture object of an image; 0 for images that cannot be textures.
-    GLuint find(const SoTextureValues& values, std::uint64_t frame);
+    GLuint find(const SoTextureValues& values, std::uint64_t frame,
+                SoTextureStage::Kind kind = SoTextureStage::FLAT,
+                SoTextureValues::Wrap wrapR = SoTextureValues::REPEAT);
     void freeOld(std::uint64_t frame);
     void freeAll();
 
@@ -36,7 +44,9 @@ private:
         std::uint32_t wraps = 0;
     };
 
-    std::unordered_map<const unsigned char*, Texture> m_textures;
+    /// The pixels and the kind: one image may be shown as several.
+    using Key = std::pair<const unsigned char*, int>;
+    std::map<Key, Texture> m_textures;
 };
 
 } // namespace kalmyr::detail

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rendering/BackgroundPictures.h"
+
 #include <kalmyr/base/SbBox.h>
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbMatrix.h>
@@ -77,7 +79,9 @@ public:
     struct Background {
         SbVec3f
             up; ///< in the list's space; zero: the picture's own, angles are shares from its top
-        std::vector<BackgroundStop> stops; ///< rising angles
+        std::vector<BackgroundStop> stops;                  ///< rising angles
+        std::shared_ptr<const BackgroundPictures> pictures; ///< over the colours; null for none
+        SbMatrix toWorld;                                   ///< of the pictures around the eye
         bool isSky() const { return up != SbVec3f(0, 0, 0); }
     };
 

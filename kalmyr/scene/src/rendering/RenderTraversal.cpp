@@ -518,14 +518,21 @@ void RenderTraversal::addStyled(RenderList::Entry&& entry, SoDrawStyleValues::St
 
 void RenderTraversal::background(const SbColor& top, const SbColor& bottom)
 {
-    m_list->addBackground({SbVec3f(0, 0, 0), {{top, 0}, {bottom, 1}}});
+    m_list->addBackground({SbVec3f(0, 0, 0), {{top, 0}, {bottom, 1}}, nullptr, {}});
 }
 
-void RenderTraversal::sky(std::vector<BackgroundStop> stops)
+void RenderTraversal::backgroundPicture(std::shared_ptr<const BackgroundPictures> picture)
+{
+    m_list->addBackground({SbVec3f(0, 0, 0), {}, std::move(picture), {}});
+}
+
+void RenderTraversal::sky(std::vector<BackgroundStop> stops,
+                          std::shared_ptr<const BackgroundPictures> pictures)
 {
     const SbVec3f up = SoModelMatrixElement::get(m_state).direction(SbVec3f(0, 1, 0));
     currentView(); // what the sky is seen by, should nothing else be
-    m_list->addBackground({up, std::move(stops)});
+    m_list->addBackground(
+        {up, std::move(stops), std::move(pictures), SoModelMatrixElement::get(m_state)});
 }
 
 void RenderTraversal::sceneLight(const SoLightRecord& light)
@@ -585,7 +592,8 @@ SoRef<const SoRenderAppearance> RenderTraversal::appearance()
                             m_state->getValueId(SoDrawStyleElement::getStackIndex()),
                             m_state->getValueId(SoTextureElement::getStackIndex()),
                             m_state->getValueId(SoTextureMatrixElement::getStackIndex()),
-                            m_state->getValueId(SoEnvironmentElement::getStackIndex())};
+                            m_state->getValueId(SoEnvironmentElement::getStackIndex()),
+                            m_state->getValueId(SoLookExtrasElement::getStackIndex())};
     if (m_lastAppearance && key == m_lastKey) {
         return m_lastAppearance;
     }
@@ -613,12 +621,17 @@ SoRef<const SoRenderAppearance> RenderTraversal::makeAppearance()
     look->texture = m_state->get<SoTextureElement>().value();
     look->textureMatrix = SoTextureMatrixElement::get(m_state);
     look->environment = m_state->get<SoEnvironmentElement>().value();
+    look->extras = m_state->get<SoLookExtrasElement>().value();
     if (!material.takesEnvironment) {
         look->environment.ambientIntensity = 0;
     }
     look->translucentTexture =
         isTranslucent(look->texture, m_state->getValueId(SoTextureElement::getStackIndex()));
     restyle(*look, m_action.getDrawStyle());
+    for (std::size_t unit = 1; look->extras && unit < look->extras->stages.size(); ++unit) {
+        const std::uint64_t id = m_state->getValueId(SoLookExtrasElement::getStackIndex()) + unit;
+        look->translucentTexture |= isTranslucent(look->extras->stages[unit].texture, id);
+    }
     return look;
 }
 

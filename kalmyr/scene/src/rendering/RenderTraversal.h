@@ -36,7 +36,10 @@ public:
     void annotation(SoNode* node, bool mayCache = true);
     void shape(SoShape* shape);
     void background(const SbColor& top, const SbColor& bottom);
-    void sky(std::vector<BackgroundStop> stops);
+    /// `pictures` stand around the eye, over the colours; null for none.
+    void sky(std::vector<BackgroundStop> stops, std::shared_ptr<const BackgroundPictures> pictures);
+    /// A picture on the screen.
+    void backgroundPicture(std::shared_ptr<const BackgroundPictures> picture);
     void selection(const SoNode* node);
     /// A light, as it stands in the list, that shines on the whole scene.
     void sceneLight(const SoLightRecord& light);
@@ -122,7 +125,7 @@ private:
     std::shared_ptr<const std::vector<SbVec4f>> m_lastPlanes;
     SoRef<const Surroundings> m_lastSurroundings;
 
-    static constexpr int kAppearanceElements = 6;
+    static constexpr int kAppearanceElements = 7;
     using AppearanceKey = std::array<std::uint64_t, kAppearanceElements>;
     struct AppearanceHash {
         std::size_t operator()(const AppearanceKey& key) const;

@@ -2,6 +2,7 @@
 
 #include "rendering/Anaglyph.h"
 #include "rendering/PeelingShaders.h"
+#include "rendering/PaintShaders.h"
 
 namespace kalmyr::detail {
 
@@ -117,7 +118,11 @@ out Vertex {
 #ifdef CLIP
 out float gl_ClipDistance[6];
 #endif
-void main()
+#ifdef PAINT
+void paintVertex();
+#endif
+// Everything that the standard look needs of a vertex.
+void standardVertex(vec3 position, vec3 normal)
 {
 #ifdef INSTANCED
     readInstance();
@@ -138,6 +143,9 @@ void main()
 #ifdef CLIP
     CUT(eye);
 #endif
+#ifdef PAINT
+    paintVertex();
+#endif
     gl_Position = projection * vec4(eye, 1.0);
 #ifdef PIXEL_OFFSETS
     // As in PixelOffsets.cpp. All vertices of one position lie on one side of the near plane.
@@ -147,6 +155,13 @@ void main()
         gl_Position.xy = (place / middle - 1.0) * gl_Position.w;
     }
 #endif
+}
+)";
+
+constexpr const char* kVertexMain = R"(
+void main()
+{
+    standardVertex(position, normal);
 }
 )";
 
@@ -267,7 +282,8 @@ in Vertex {
 #ifdef WIDE_LINES
 noperspective in float along;
 #endif
-#ifdef TEXTURE
+#if defined(TEXTURE) && !defined(NO_IMAGE)
+#define IMAGE
 uniform sampler2D image;
 #endif
 #ifdef MASK
@@ -338,7 +354,7 @@ vec3 light(vec3 diffuse)
 }
 #endif
 
-#ifdef TEXTURE
+#ifdef IMAGE
 vec4 paintSurface(vec4 c, vec4 t, int model)
 {
     return vec4((model & 1) != 0 ? t.rgb : c.rgb * t.rgb, (model & 2) != 0 ? t.a : c.a);
@@ -370,7 +386,18 @@ const float kHoles[16] = float[16](0.5, 8.5, 2.5, 10.5, 12.5, 4.5, 14.5, 6.5,
                                    3.5, 11.5, 1.5, 9.5, 15.5, 7.5, 13.5, 5.5);
 #endif
 
-void main()
+#ifdef PAINT
+vec4 paintBefore(vec4 c);
+vec4 paintAfter(vec4 c, vec4 plain);
+#ifdef LIT
+#define PAINT_NORMAL normalize(v.normal)
+#else
+#define PAINT_NORMAL normalize(cross(dFdx(v.eye), dFdy(v.eye)))
+#endif
+#endif
+
+// The colour of the standard look.
+vec4 standardColor()
 {
 #ifdef PEEL
     peel();
@@ -395,7 +422,11 @@ void main()
 #ifdef COLORS
     c = v.color;
 #endif
-#ifdef TEXTURE
+#ifdef PAINT
+    vec4 plain = c;
+    c = paintBefore(c);
+#endif
+#ifdef IMAGE
     vec4 texel = texture(image, v.texCoord);
     int model = int(material[6].a + 0.5);
     if (model >= 4) c = paintSurface(c, texel, model);
@@ -403,9 +434,12 @@ void main()
 #ifdef LIT
     c.rgb = light(c.rgb);
 #endif
-#ifdef TEXTURE
+#ifdef IMAGE
     if (model < 4) c = paint(c, texel, model);
     if (c.a < 0.004) discard;
+#endif
+#ifdef PAINT
+    c = paintAfter(c, plain);
 #endif
 #ifdef SCREEN_DOOR
     ivec2 cell = ivec2(gl_FragCoord.xy) & 3;
@@ -419,6 +453,14 @@ void main()
     float before = texelFetch(depths, ivec2(gl_FragCoord.xy), 0).r;
     c = vec4(1.0, gl_FragCoord.z <= before + slack ? 1.0 : 0.0, 0.0, 1.0);
 #endif
+    return c;
+}
+)";
+
+constexpr const char* kFragmentMain = R"(
+void main()
+{
+    vec4 c = standardColor();
 #ifdef PEEL
     c = peeled(c);
 #endif
@@ -596,19 +638,34 @@ std::string header(unsigned features)
 
 } // namespace
 
-ShaderSource shaderSource(unsigned features)
+ShaderSource shaderSource(unsigned features, const PaintSource* paint, const SoProgramValues* own)
 {
     if (features == SHADER_ANAGLYPH) {
         return anaglyphShaderSource();
     }
-    const std::string top = header(features);
+    const std::string top = header(features) + (paint ? paint->defines : "");
     if (features & SHADER_BACKGROUND) {
         return {top + kBackgroundVertex, {}, top + kBackgroundFragment};
     }
     const std::string peeling = features & SHADER_PEEL ? peelingText() : std::string();
-    ShaderSource source{top + kCommon + kVertex, {}, top + peeling + kCommon + kFragment};
+    ShaderSource source{top + kCommon + kVertex + (paint ? paint->vertex : ""),
+                        {},
+                        top + peeling + kCommon + kFragment + (paint ? paint->fragment : "")};
     if (features & SHADER_WIDE_LINES) {
         source.geometry = top + kCommon + kGeometry;
+    }
+    const auto ownText = [own](SoProgramValues::Stage stage) {
+        return own ? own->stages[stage].text : std::string();
+    };
+    // The second text of a stage, so that errors in it are told apart by its number.
+    const auto addMain = [&](std::string& text, SoProgramValues::Stage stage, const char* main) {
+        const std::string mine = ownText(stage);
+        text += mine.empty() ? main : "\n#line 1 1\n" + mine + "\n";
+    };
+    addMain(source.vertex, SoProgramValues::VERTEX, kVertexMain);
+    addMain(source.fragment, SoProgramValues::FRAGMENT, kFragmentMain);
+    if (const std::string mine = ownText(SoProgramValues::GEOMETRY); !mine.empty()) {
+        source.geometry = top + kCommon + "\n#line 1 1\n" + mine + "\n";
     }
     return source;
 }

@@ -2,6 +2,8 @@
 
 #include <string>
 
+struct SoProgramValues;
+
 namespace kalmyr::detail {
 
 /// What a shader program can do; each combination that a scene needs is compiled once a context.
@@ -66,7 +68,10 @@ struct ShaderSource {
     std::string geometry;
     std::string fragment;
 };
-ShaderSource shaderSource(unsigned features);
+struct PaintSource;
+/// `paint` replaces the texture part of the fragment stage; `own` replaces stages. Null for none.
+ShaderSource shaderSource(unsigned features, const PaintSource* paint = nullptr,
+                          const SoProgramValues* own = nullptr);
 
 /// The passes that turn a mask into an outline; each has a sampler `from`. Distances are in pixels.
 /// All but LAY fill the viewport.

@@ -11,6 +11,7 @@
 #include <kalmyr/nodes/SoAnnotation.h>
 #include <kalmyr/nodes/SoClipPlane.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
+#include <kalmyr/nodes/SoImageBackground.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
@@ -18,6 +19,7 @@
 #include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
+#include <kalmyr/vrml/SoVRMLExtraNodes.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
 #include <kalmyr/vrml/SoVRMLSpotLight.h>
@@ -127,7 +129,8 @@ void cutAt(std::vector<detail::BackgroundStop>& stops, float angle)
 
 /// The sky from the zenith down, then the ground from its edge to the nadir. Angles that do not
 /// rise are taken as far as they do.
-std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
+template <class Background>
+std::vector<detail::BackgroundStop> skyStops(const Background& node)
 {
     constexpr float kNadir = std::numbers::pi_v<float>;
     std::vector<detail::BackgroundStop> stops;
@@ -150,11 +153,38 @@ std::vector<detail::BackgroundStop> skyStops(const SoVRMLBackground& node)
     return stops;
 }
 
+/// The pictures that a background has; null without any.
+template <class Background>
+std::shared_ptr<const detail::BackgroundPictures> picturesOf(Background& node)
+{
+    auto pictures = std::make_shared<detail::BackgroundPictures>();
+    bool any = false;
+    for (int side = 0; side < detail::BackgroundPictures::NUM_SIDES; ++side) {
+        pictures->sides[static_cast<std::size_t>(side)] = node.getPicture(side);
+        any = any || !node.getPicture(side).isNull();
+    }
+    return any ? pictures : nullptr;
+}
+
+template <class Background>
 void renderSky(SoAction* action, SoNode* node)
 {
-    const auto& background = *static_cast<SoVRMLBackground*>(node);
-    if (background.skyColor.getNum() > 0 && background.isInForce())
-        actionOf(action).traversal().sky(skyStops(background));
+    auto& background = *static_cast<Background*>(node);
+    if (!background.isInForce())
+        return;
+    auto pictures = picturesOf(background);
+    if (background.skyColor.getNum() > 0 || pictures)
+        actionOf(action).traversal().sky(skyStops(background), std::move(pictures));
+}
+
+void renderImageBackground(SoAction* action, SoNode* node)
+{
+    auto* background = static_cast<SoImageBackground*>(node);
+    auto picture = std::make_shared<detail::BackgroundPictures>();
+    picture->screen = background->getPicture();
+    picture->style = static_cast<detail::BackgroundPictures::Style>(background->style.getValue());
+    if (!picture->screen.isNull())
+        actionOf(action).traversal().backgroundPicture(std::move(picture));
 }
 
 /// Point and spot lights shine on everything, wherever they stand.
@@ -213,7 +243,9 @@ void initRendering()
     SoGLRenderAction::addMethod(SoImage::getClassTypeId(), renderImage);
     SoGLRenderAction::addMethod(SoGradientBackground::getClassTypeId(), renderGradient);
     SoGLRenderAction::addMethod(SoClipPlane::getClassTypeId(), renderClipPlane);
-    addIfKnown(SoVRMLBackground::getClassTypeId(), renderSky);
+    SoGLRenderAction::addMethod(SoImageBackground::getClassTypeId(), renderImageBackground);
+    addIfKnown(SoVRMLBackground::getClassTypeId(), renderSky<SoVRMLBackground>);
+    addIfKnown(SoVRMLTextureBackground::getClassTypeId(), renderSky<SoVRMLTextureBackground>);
     addIfKnown(SoVRMLFog::getClassTypeId(), renderFog);
     addIfKnown(SoVRMLPointLight::getClassTypeId(), renderSceneLight);
     addIfKnown(SoVRMLSpotLight::getClassTypeId(), renderSceneLight);

@@ -118,8 +118,12 @@ void Build::makeIndices(SoGeometry& geometry) const
         sources.colors = input.colors.values;
     if (texCoords.isGiven())
         sources.texCoords = input.texCoords.values;
-    for (const auto& extra : mesh.extra)
+    for (const auto& extra : mesh.extra) {
         sources.morePositions.push_back(extra.position);
+        sources.likePositions.push_back(
+            static_cast<std::uint32_t>(input.coordIndex[mesh.slots[extra.like]]));
+    }
+    sources.more = &input.more;
     detail::writeVertices(table, sources, geometry);
 }
 
@@ -156,6 +160,19 @@ void Build::makeCorners(SoGeometry& geometry)
             if (texCoords.isGiven())
                 geometry.texCoords[c] = input.texCoords.values[indexOf(texCoords, place)];
         }
+    }
+    if (!input.more.empty()) {
+        std::vector<detail::VertexPlaces> places(count);
+        for (std::size_t f = 0; f < mesh.numFaces(); ++f) {
+            const FaceMesh::Face& face = mesh.faces[f];
+            for (std::size_t c = face.first; c < mesh.faces[f + 1].first; ++c) {
+                const detail::Place place = face.at(mesh.slots[c]);
+                places[c] = {texCoords.isGiven() ? indexOf(texCoords, place) : 0,
+                             static_cast<std::size_t>(input.coordIndex[place.slot])};
+            }
+        }
+        detail::writeMore(
+            input.more, count, [&places](std::size_t v) { return places[v]; }, geometry);
     }
     if (mesh.onlyTriangles) {
         geometry.triangles.resize(count);

@@ -62,6 +62,7 @@ public:
             sources.colors = m_input.colors.values;
         if (m_texCoords.isGiven())
             sources.texCoords = m_input.texCoords.values;
+        sources.more = &m_input.more;
         detail::writeVertices(m_table, sources, geometry);
         geometry.solid = false;
         geometry.twoSided = true;

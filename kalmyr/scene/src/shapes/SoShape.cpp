@@ -2,6 +2,7 @@
 
 #include "PrimitiveIndex.h"
 #include "ShapeActions.h"
+#include "TexCoordPlanes.h"
 
 #include <kalmyr/details/SoFaceDetail.h>
 #include <kalmyr/details/SoLineDetail.h>
@@ -141,7 +142,8 @@ SoRef<SoGeometry> SoShape::cached(std::uint64_t key, bool& found)
 
 SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
 {
-    const std::uint64_t key = stateKey(state);
+    using kalmyr::detail::withPlanes;
+    const std::uint64_t key = stateKey(state) + kalmyr::detail::extrasKey(state);
     bool found = false;
     if (SoRef<SoGeometry> known = cached(key, found); found)
         return known;
@@ -153,6 +155,8 @@ SoRef<SoGeometry> SoShape::getGeometry(SoState* state)
     }
     if (geometry->isEmpty())
         geometry.reset();
+    else
+        geometry = withPlanes(geometry, state);
     const kalmyr::detail::CacheLock lock;
     if (const Cached* known = findCached(key))
         return known->geometry;

@@ -3,15 +3,15 @@
 #include "VertexKeys.h"
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/elements/SoMaterialElement.h>
-#include <kalmyr/elements/SoTextureElement.h>
 #include <kalmyr/shapes/SoVertexProperty.h>
 
 namespace {
 
 bool isTextured(SoState* state)
 {
-    return !state->get<SoTextureElement>().value().image.isNull();
+    return SoLookExtrasElement::isTextured(state);
 }
 
 int orIndexedVertex(int binding)
@@ -40,6 +40,41 @@ void fillTexCoords(SoState* state, const SoVertexProperty* own,
     }
     texCoords.values = state->get<SoTextureCoordinateElement>().get();
     texCoords.binding = orIndexedVertex(state->get<SoTextureCoordinateBindingElement>().get());
+}
+
+std::span<const float> floatsOf(const SoTextureCoordinateSet& set)
+{
+    if (!set.solid.empty())
+        return {set.solid[0].getValue(), set.solid.size() * 3};
+    return set.flat.empty() ? std::span<const float>()
+                            : std::span<const float>(set.flat[0].getValue(), set.flat.size() * 2);
+}
+
+/// The coordinates of further units and of three components, and the inputs of shader programs. The
+/// first unit always has flat ones when there are any, so that all is found by one index.
+void fillMore(SoState* state, kalmyr::VertexInput& input)
+{
+    const bool textured = isTextured(state);
+    for (const auto& set : state->get<SoTextureCoordinateSetsElement>().value()) {
+        const std::span<const float> values = floatsOf(set);
+        if (!textured || values.empty())
+            continue;
+        const int components = set.solid.empty() ? 2 : 3;
+        input.more.push_back({set.unit, {}, components, values});
+        if (input.texCoords.isGiven() && set.unit != 0)
+            continue;
+        const std::size_t count = values.size() / static_cast<std::size_t>(components);
+        input.keptTexCoords.clear();
+        for (std::size_t i = 0; i < count; ++i) {
+            const float* at = values.data() + i * static_cast<std::size_t>(components);
+            input.keptTexCoords.emplace_back(at[0], at[1]);
+        }
+        input.texCoords.values = input.keptTexCoords;
+        input.texCoords.binding =
+            orIndexedVertex(state->get<SoTextureCoordinateBindingElement>().get());
+    }
+    for (const auto& one : state->get<SoVertexAttributeElement>().value())
+        input.more.push_back({-1, one.name, one.components, one.values});
 }
 
 void fillColors(SoState* state, const SoVertexProperty* own,
@@ -134,6 +169,8 @@ void SoVertexShape::fillInput(SoState* state, const Indices& indices, kalmyr::Ve
     // Details number the coordinates of the file, whether there is a texture or not.
     if (!packedColors || isTextured(state))
         fillTexCoords(state, own, input.texCoords);
+    if (packedColors)
+        fillMore(state, input);
     fillColors(state, own, input.colors, packedColors);
     setIndices(input.normals, indices, indices.normal, "normalIndex");
     setIndices(input.texCoords, indices, indices.texCoord, "textureCoordIndex");

@@ -1,8 +1,9 @@
 #include "GeometryInput.h"
 
-#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/vrml/SoVRMLColor.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLExtraNodes.h>
 #include <kalmyr/vrml/SoVRMLNormal.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLTextureCoordinate.h>
@@ -34,8 +35,20 @@ std::span<const SbVec3f> normalsOf(const SoSFNode& field)
 
 std::span<const SbVec2f> texCoordsOf(const SoSFNode& field)
 {
+    if (const auto* several = nodeOf<SoVRMLMultiTextureCoordinate>(field))
+        return several->getPoints(0);
     const auto* node = nodeOf<SoVRMLTextureCoordinate>(field);
     return node ? node->point.values() : std::span<const SbVec2f>();
+}
+
+void addTexCoordSets(const SoSFNode& field, VertexInput& input)
+{
+    const auto* several = nodeOf<SoVRMLMultiTextureCoordinate>(field);
+    for (int unit = 1; several && unit < several->texCoord.getNum(); ++unit) {
+        const std::span<const SbVec2f> points = several->getPoints(unit);
+        if (!points.empty())
+            input.more.push_back({unit, {}, 2, {points[0].getValue(), points.size() * 2}});
+    }
 }
 
 Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const SoMFInt32& index,
@@ -43,6 +56,15 @@ Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const S
 {
     const auto* node = nodeOf<SoVRMLColor>(field);
     auto result = attribute<std::uint32_t>({}, index, perVertex, "colorIndex");
+    if (const auto* translucent = nodeOf<SoVRMLColorRGBA>(field)) {
+        result.count = static_cast<std::size_t>(translucent->color.getNum());
+        if (!source.wantsValues())
+            return result;
+        for (const SbColorRGBA& c : translucent->color.values())
+            source.colors.push_back(SbColor(c[0], c[1], c[2]).getPackedValue(1 - c[3]));
+        result.values = source.colors;
+        return result;
+    }
     if (!node)
         return result;
     result.count = static_cast<std::size_t>(node->color.getNum());
@@ -58,7 +80,7 @@ Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const S
 
 bool hasTexture(SoState* state)
 {
-    return !state->get<SoTextureElement>().value().image.isNull();
+    return SoLookExtrasElement::isTextured(state);
 }
 
 std::uint64_t lookKey(SoState* state, const SoSFNode& color)

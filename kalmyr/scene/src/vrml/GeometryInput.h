@@ -18,6 +18,8 @@ namespace kalmyr::detail {
 std::span<const SbVec3f> pointsOf(const SoSFNode& field);
 std::span<const SbVec3f> normalsOf(const SoSFNode& field);
 std::span<const SbVec2f> texCoordsOf(const SoSFNode& field);
+/// Adds those of the texture units after the first.
+void addTexCoordSets(const SoSFNode& field, VertexInput& input);
 bool hasTexture(SoState* state);
 /// Key of what geometry takes from the state: whether there is a texture, and the transparency of
 /// its colours.

@@ -45,8 +45,9 @@ void SoVRMLAppearance::doAction(SoAction* action)
     }
     if (SoNode* node = valueOf(texture)) {
         action->traverse(node, -1);
-        const bool coloured =
-            state->get<SoTextureElement>().value().image.getComponents() >= kColouredComponents;
+        const SoTextureValues& shown = state->get<SoTextureElement>().value();
+        const bool coloured = shown.image.getComponents() >= kColouredComponents
+                              && shown.model == SoTextureValues::SURFACE;
         if (coloured && SoOverrideElement::maySet(state, this, SoOverrideElement::MATERIAL)) {
             auto& element = state->write<SoMaterialElement>();
             element.value().diffuse = &kWhite;

@@ -54,6 +54,7 @@ void SoVRMLIndexedFaceSet::fillSource(SoState* state, kalmyr::ShapeSource& sourc
                                     "normalIndex");
     in.colors = colorsOf(state, color, colorIndex, colorPerVertex.getValue(), source);
     in.texCoords = attribute<SbVec2f>(texCoordsOf(texCoord), texCoordIndex, true, "texCoordIndex");
+    addTexCoordSets(texCoord, in);
     in.convex = convex.getValue();
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();

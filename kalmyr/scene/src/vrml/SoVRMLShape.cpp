@@ -2,8 +2,8 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/elements/SoMaterialElement.h>
-#include <kalmyr/elements/SoTextureElement.h>
 #include <kalmyr/vrml/SoVRMLAppearance.h>
 #include <kalmyr/vrml/SoVRMLGeometry.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
@@ -24,7 +24,7 @@ void setPlainLook(SoState* state, const SoNode* shape)
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::LIGHT_MODEL))
         state->write<SoLightModelElement>().set(shape, unlit());
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::TEXTURE))
-        state->write<SoTextureElement>().set(shape, {});
+        SoLookExtrasElement::clearTextures(state, shape);
     if (!SoOverrideElement::maySet(state, shape, SoOverrideElement::MATERIAL))
         return;
     SoMaterialValues plain;

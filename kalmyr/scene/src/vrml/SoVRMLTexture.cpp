@@ -2,7 +2,7 @@
 
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/elements/SoDrawElements.h>
-#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLTexture)
@@ -31,5 +31,5 @@ void SoVRMLTexture::doAction(SoAction* action)
     values.model = SoTextureValues::SURFACE;
     values.wrapS = repeatS.getValue() ? SoTextureValues::REPEAT : SoTextureValues::CLAMP;
     values.wrapT = repeatT.getValue() ? SoTextureValues::REPEAT : SoTextureValues::CLAMP;
-    state->write<SoTextureElement>().set(this, values);
+    SoLookExtrasElement::setTexture(state, this, values);
 }

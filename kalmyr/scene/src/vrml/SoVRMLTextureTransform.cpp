@@ -1,7 +1,7 @@
 #include <kalmyr/vrml/SoVRMLTextureTransform.h>
 
 #include <kalmyr/actions/SoAction.h>
-#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
 SO_NODE_SOURCE(SoVRMLTextureTransform)
@@ -33,7 +33,7 @@ void SoVRMLTextureTransform::doAction(SoAction* action)
     turn.setRotate(SbRotation(SbVec3f(0, 0, 1), rotation.getValue()));
     size.setScale(SbVec3f(scale.getValue()[0], scale.getValue()[1], 1));
     const SbVec2f pivot = center.getValue();
-    SoTextureMatrixElement::mult(action->getState(), this,
-                                 moved(translation.getValue()) * moved(pivot) * turn * size
-                                     * moved(-pivot));
+    SoLookExtrasElement::multTextureMatrix(action->getState(), this,
+                                           moved(translation.getValue()) * moved(pivot) * turn
+                                               * size * moved(-pivot));
 }

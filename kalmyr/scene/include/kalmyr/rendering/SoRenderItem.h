@@ -8,10 +8,12 @@
 #include <kalmyr/base/SoRefCounter.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoLightElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/elements/SoTextureElement.h>
 #include <kalmyr/shapes/SoGeometry.h>
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 class SoGLRenderAction;
@@ -35,6 +37,7 @@ public:
     SoTextureValues texture;
     SbMatrix textureMatrix;
     SoEnvironmentValues environment;
+    std::shared_ptr<const SoLookExtras> extras; ///< null for most
 
     friend KALMYR_API bool operator==(const SoRenderAppearance& a, const SoRenderAppearance& b);
 

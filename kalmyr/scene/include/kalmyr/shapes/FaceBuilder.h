@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
+#include <vector>
 
 class SoGeometry;
 class SoNode;
@@ -32,6 +34,15 @@ struct Attribute {
     std::size_t getCount() const { return values.empty() ? count : values.size(); }
 };
 
+/// Values beside those: of a texture unit, at the indices of `texCoords`, or of a shader program's
+/// input, at the indices of positions.
+struct MoreValues {
+    int unit = -1;    ///< -1: an input of shader programs
+    std::string name; ///< of the input
+    int components = 2;
+    std::span<const float> values;
+};
+
 /// What all kinds of vertex shapes are built from. The arrays are the caller's.
 struct VertexInput {
     const SoNode* node = nullptr; ///< named in warnings
@@ -42,6 +53,8 @@ struct VertexInput {
     Attribute<SbVec3f> normals;            ///< of any length
     Attribute<std::uint32_t> colors;       ///< 0xRRGGBBAA; not given: the geometry has none
     Attribute<SbVec2f> texCoords;
+    std::vector<MoreValues> more;
+    std::vector<SbVec2f> keptTexCoords; ///< for `texCoords` that stand nowhere else
 };
 
 struct FaceInput : VertexInput {

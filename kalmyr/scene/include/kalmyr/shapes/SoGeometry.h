@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 class SbViewportRegion;
@@ -47,6 +48,24 @@ public:
     std::vector<std::int32_t> triangleFaces; ///< face of each triangle; empty: the triangle's index
     /// Number of each segment and point among those of the shape; empty: none is left out.
     std::vector<std::int32_t> lineNumbers, pointNumbers;
+    /// What few shapes have, per vertex.
+    struct Extras {
+        /// Texture coordinates s, t, r, q of a unit; where they are the first unit's, `texCoords`
+        /// has the same without r.
+        struct TexCoordSet {
+            int unit = 0;
+            std::vector<SbVec4f> values;
+        };
+        /// An input of shader programs.
+        struct Attribute {
+            std::string name;
+            int components = 1;
+            std::vector<float> values;
+        };
+        std::vector<TexCoordSet> texCoordSets;
+        std::vector<Attribute> attributes;
+    };
+    std::unique_ptr<Extras> extras; ///< null for most
     bool solid = false;   ///< back faces may be culled
     bool twoSided = true; ///< back faces are lit with the reversed normal
 

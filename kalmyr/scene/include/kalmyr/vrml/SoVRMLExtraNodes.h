@@ -1,14 +1,18 @@
 #pragma once
 
+#include <kalmyr/base/SbImage.h>
+#include <kalmyr/base/SbVec.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoMFNode.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/fields/SoValueFields.h>
+#include <kalmyr/vrml/SoVRMLBindable.h>
+
+#include <span>
 
 /// \file
-/// Nodes that later versions of the language added. They keep their values; nothing is drawn of
-/// them.
+/// Nodes that later versions of the language added.
 
 /// Colours with transparency.
 class KALMYR_API SoVRMLColorRGBA : public SoNode {
@@ -24,7 +28,10 @@ protected:
     ~SoVRMLColorRGBA() override;
 };
 
-/// Several textures, one over the other.
+/// Several textures, one over the other, up to eight. Each is mixed with what those before it gave,
+/// the first with the lit colour, as its entries of `mode`, `source` and `function` say; missing
+/// entries mean MODULATE, the colour so far, and no function. Two modes in one entry with a comma
+/// between are those of colours and opacity.
 class KALMYR_API SoVRMLMultiTexture : public SoNode {
     SO_NODE_HEADER(SoVRMLMultiTexture)
 
@@ -38,6 +45,8 @@ public:
     SoMFString mode;
     SoMFString source;
     SoMFNode texture;
+
+    void doAction(SoAction* action) override;
 
 protected:
     ~SoVRMLMultiTexture() override;
@@ -53,6 +62,9 @@ public:
 
     SoMFNode texCoord;
 
+    /// Those of a unit; none where there is no such node.
+    std::span<const SbVec2f> getPoints(int unit) const;
+
 protected:
     ~SoVRMLMultiTextureCoordinate() override;
 };
@@ -67,12 +79,14 @@ public:
 
     SoMFNode textureTransform;
 
+    void doAction(SoAction* action) override;
+
 protected:
     ~SoVRMLMultiTextureTransform() override;
 };
 
-/// A panorama of textures behind the scene.
-class KALMYR_API SoVRMLTextureBackground : public SoNode {
+/// Sky and ground colours and a panorama of textures behind the scene.
+class KALMYR_API SoVRMLTextureBackground : public SoVRMLBindable {
     SO_NODE_HEADER(SoVRMLTextureBackground)
 
 public:
@@ -89,6 +103,9 @@ public:
     SoSFNode leftTexture;
     SoSFNode rightTexture;
     SoSFNode topTexture;
+
+    /// The picture of a side as in SoVRMLBackground; a null image when there is none.
+    const SbImage& getPicture(int side) const;
 
 protected:
     ~SoVRMLTextureBackground() override;
