@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <functional>
 
 namespace kalmyr::detail {
@@ -77,20 +78,30 @@ void setIntegers(GLint place, int components, const std::vector<std::int32_t>& v
     }
 }
 
-/// Puts the name of an own text in place of its number, which the standard text has 0 of:
-/// "1:12(3): error" or "1(12) : error" becomes "NAME:12...".
+/// Puts the name of an own text and the line in it in place of the driver's: "0:100012(3): error"
+/// or "0(100012) : error" becomes "NAME:12...".
 std::string placesInOwnText(const std::string& log, const std::string& name)
 {
     std::string out;
     for (std::size_t at = 0; at < log.size();) {
         const std::size_t end = std::min(log.find('\n', at), log.size());
-        const std::string line = log.substr(at, end - at);
-        const bool isOwn = line.size() > 2 && line[0] == '1' && (line[1] == ':' || line[1] == '(');
-        out += isOwn ? name + ":" + line.substr(2) : line;
+        const char* const last = log.data() + end;
+        int line = 0;
+        const char* digits =
+            std::find_if(log.data() + at, last, [](char c) { return c == ':' || c == '('; });
+        const char* rest = digits;
+        if (digits != last) {
+            rest = std::from_chars(digits + 1, last, line).ptr;
+        }
+        if (line > kOwnTextLine) {
+            out += name + ":" + std::to_string(line - kOwnTextLine) + std::string(rest, last);
+        } else {
+            out += log.substr(at, end - at);
+        }
         out += end < log.size() ? "\n" : "";
         at = end + 1;
     }
-    while (!out.empty() && out.back() == '\n') {
+    while (!out.empty() && (out.back() == '\n' || out.back() == '\0')) {
         out.pop_back();
     }
     return out.find(name) == std::string::npos ? name + ": " + out : out;

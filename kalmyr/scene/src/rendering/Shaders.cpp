@@ -657,15 +657,15 @@ ShaderSource shaderSource(unsigned features, const PaintSource* paint, const SoP
     const auto ownText = [own](SoProgramValues::Stage stage) {
         return own ? own->stages[stage].text : std::string();
     };
-    // The second text of a stage, so that errors in it are told apart by its number.
+    const std::string lines = "\n#line " + std::to_string(kOwnTextLine + 1) + "\n";
     const auto addMain = [&](std::string& text, SoProgramValues::Stage stage, const char* main) {
         const std::string mine = ownText(stage);
-        text += mine.empty() ? main : "\n#line 1 1\n" + mine + "\n";
+        text += mine.empty() ? main : lines + mine + "\n";
     };
     addMain(source.vertex, SoProgramValues::VERTEX, kVertexMain);
     addMain(source.fragment, SoProgramValues::FRAGMENT, kFragmentMain);
     if (const std::string mine = ownText(SoProgramValues::GEOMETRY); !mine.empty()) {
-        source.geometry = top + kCommon + "\n#line 1 1\n" + mine + "\n";
+        source.geometry = top + kCommon + lines + mine + "\n";
     }
     return source;
 }

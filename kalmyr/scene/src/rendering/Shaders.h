@@ -68,6 +68,9 @@ struct ShaderSource {
     std::string geometry;
     std::string fragment;
 };
+/// Lines of a scene's own text are counted from here on, which tells them from those around it:
+/// not all drivers name the text.
+constexpr int kOwnTextLine = 100'000;
 struct PaintSource;
 /// `paint` replaces the texture part of the fragment stage; `own` replaces stages. Null for none.
 ShaderSource shaderSource(unsigned features, const PaintSource* paint = nullptr,
