@@ -309,6 +309,83 @@ TEST_P(Conversion, LooksLikeTheOriginal)
 INSTANTIATE_TEST_SUITE_P(Scenes, Conversion, testing::ValuesIn(kExamples),
                          [](const auto& info) { return std::string(info.param.name); });
 
+TEST_F(Conversion, SeveralTexturesStayInVrml97)
+{
+    if (!io::canDraw())
+        GTEST_SKIP() << "no OpenGL";
+    const std::string square = "Coordinate3 { point [ 0 0 0, 4 0 0, 4 4 0, 0 4 0 ] } "
+                               "TextureCoordinate2 { point [ 0 0, 1 0, 1 1, 0 1 ] } ";
+    const std::string first = "Texture2 { model REPLACE image " CHECKER " } ";
+    const std::string other = "Texture2 { image 2 1 3 0x4080c0 0xc08040 } ";
+    const std::string scenes[] = {
+        first + "TextureUnit { unit 1 mode ADD } " + other + "TextureUnit { } " + square,
+        first + "TextureUnit { unit 1 } " + other
+            + "Texture2Transform { scaleFactor 2 1 rotation .4 "
+            + "translation .1 .2 } TextureCoordinate2 { point [ 0 0, 0 1, 1 1, 1 0 ] } "
+              "TextureUnit { unit 2 mode BLENDFACTORALPHA factor 1 1 1 .4 } Texture2 { image 1 1 3 "
+              "0xff0000 } TextureUnit { } "
+            + square,
+        "TextureUnit { unit 1 mode SUBTRACT alphaMode SELECTARG1 source FACTOR factor .3 .6 .1 1 } "
+            + other + "TextureUnit { } Material { diffuseColor .3 .6 .1 } " + square};
+    for (const std::string& scene : scenes) {
+        for (const char* model : {"BASE_COLOR", "PHONG"}) {
+            const SoRef<SoNode> root =
+                io::read(std::string(kKalmyr) + "Separator { LightModel { model " + model + " } "
+                         + scene + "FaceSet { numVertices 4 } }");
+            ASSERT_TRUE(root);
+            const SbBox3f box = io::boundsOf(root.get());
+            const io::Picture wanted = io::draw(root.get(), box);
+            ASSERT_GT(wanted.coverage(), 0.0005);
+            expectAlike(toVrml2(root.get()), wanted, box);
+        }
+    }
+}
+
+TEST_F(Conversion, ComputedCoordinatesAndPalettesStay)
+{
+    if (!io::canDraw())
+        GTEST_SKIP() << "no OpenGL";
+    const char* const scenes[] = {
+        "Texture2 { image " CHECKER
+        " } TextureCoordinatePlane { directionS .3 .1 0 directionT 0 .2 "
+        ".5 } Cube { } Translation { translation 3 0 0 } Sphere { }",
+        "MaterialBinding { value PER_FACE } ColorIndex { index [ 3 5 1 ] } Coordinate3 { point "
+        "[ " QUAD_POINTS " ] } IndexedFaceSet { coordIndex [ " QUAD_FACES " ] }"};
+    for (const char* scene : scenes) {
+        const SoRef<SoNode> root = io::read(std::string(kKalmyr) + "Separator { " + scene + " }");
+        ASSERT_TRUE(root);
+        const SbBox3f box = io::boundsOf(root.get());
+        const io::Picture wanted = io::draw(root.get(), box);
+        expectAlike(toVrml1(root.get()), wanted, box);
+        expectAlike(toVrml2(root.get()), wanted, box);
+    }
+}
+
+TEST_F(Conversion, OpacityOfEachCornerStaysInVrml97)
+{
+    const SoRef<SoNode> root = io::read(std::string(kKalmyr)
+                                        + "Separator { MaterialBinding { value PER_VERTEX } "
+                                          "Material { diffuseColor [ 1 0 0, 0 1 0, "
+                                          "0 0 1 ] transparency [ 0, .4, 1 ] } Coordinate3 { point "
+                                          "[ 0 0 0, 1 0 0, 1 1 0 ] } FaceSet "
+                                          "{ numVertices 3 } }");
+    const std::string text = toVrml2(root.get());
+    EXPECT_NE(text.find("ColorRGBA"), std::string::npos) << text;
+    EXPECT_NE(text.find("0 1 0 0.6"), std::string::npos) << text;
+}
+
+TEST_F(Conversion, WhatFormatsLackIsTold)
+{
+    const support::ErrorScope errors = support::expectErrors();
+    const SoRef<SoNode> root = io::read(
+        std::string(kKalmyr)
+        + "Separator { AlphaTest { function LESS } PolygonOffset { } DepthBuffer { test FALSE } "
+          "Texture3 { images VOLUME 1 1 2 1 0 1 } Cube { } }");
+    EXPECT_EQ(toVrml2(root.get()).find("Texture"), std::string::npos);
+    for (const char* type : {"AlphaTest", "PolygonOffset", "DepthBuffer", "Texture3"})
+        EXPECT_TRUE(errors.contains(type)) << type;
+}
+
 TEST_F(Conversion, PicturesTellScenesApart)
 {
     if (!io::canDraw())

@@ -268,6 +268,23 @@ inline std::vector<ViewedScene> viewedScenes()
          "{ material Material { diffuseColor .2 .9 .6 specularColor .4 .2 .2 } texture "
          "PixelTexture "
          "{ image 2 2 1 0xff 0x80 0x60 0xc0 } } geometry Box { size 1.5 1.5 1.5 } } }\n"},
+        {"TextureUnits",
+         seen(std::string(kChecker)
+              + "TextureUnit { unit 1 mode ADDSIGNED } Texture2 { image 2 1 3 0x404060 0xc0a080 } "
+                "Texture2Transform { rotation .5 scaleFactor .7 .7 } TextureUnit { unit 2 mode "
+                "BLENDFACTORALPHA factor 1 1 1 .3 } Texture2 { image 1 2 4 0xff0000ff 0x0000ffff } "
+                "TextureUnit { } Rotation { rotation 1 .3 0 .6 } "
+              + colored("1 1 1") + at("-1.2 0 0", kSquare) + at("1.2 0 0", "Sphere { }"))},
+        {"TextureCoordinatesComputed",
+         seen(std::string(kChecker)
+              + "TextureCoordinatePlane { directionS .4 .2 0 directionT 0 .3 .4 } "
+              + colored("1 1 1") + at("-1.2 0 0", "Sphere { }")
+              + at("1.2 .2 0", "Rotation { rotation 1 1 0 .7 } Cube { }"))},
+        {"TextureMirror",
+         seen("Texture2 { image 4 4 3 0x203040 0x304050 0x405060 0x506070 0x806040 "
+              "0x907050 0xa08060 0xb09070 0x40a0c0 0x50a0c0 0x60b0d0 0x70c0e0 0xd0e0f0 "
+              "0xe0e8f0 0xf0f0f8 0xffffff } TextureCoordinateEnvironment { } "
+              + colored("1 1 1") + "Complexity { value .9 } Sphere { radius 1.5 }")},
         {"Vrml97LightAndFog",
          "#VRML V2.0 utf8\nNavigationInfo { headlight FALSE }\n"
          "SpotLight { location 0 0 4 direction 0 0 -1 beamWidth .2 cutOffAngle .5 ambientIntensity "

@@ -91,6 +91,33 @@ std::vector<std::string> stringsOf(const SoNode& text)
     return strings;
 }
 
+bool mirrors(const SoRenderAppearance& look)
+{
+    return look.extras && !look.extras->stages.empty()
+           && look.extras->stages[0].coordinates == SoTextureStage::SPHERE;
+}
+
+/// Whether a page can show the unit: a flat picture by the coordinates that all units share. The
+/// others are left out.
+bool canBake(const SoRenderAppearance& look, const SoGeometry& geometry, std::size_t unit)
+{
+    const bool isStage = look.extras && unit < look.extras->stages.size();
+    const SoTextureValues& values = unit == 0 ? look.texture : look.extras->stages[unit].texture;
+    if (values.image.isNull())
+        return false;
+    if (!isStage)
+        return true;
+    const SoTextureStage& stage = look.extras->stages[unit];
+    const bool hasOwn =
+        geometry.extras
+        && std::any_of(geometry.extras->texCoordSets.begin(), geometry.extras->texCoordSets.end(),
+                       [unit](const auto& set) { return set.unit == static_cast<int>(unit); });
+    return stage.kind == SoTextureStage::FLAT && stage.mode != SoTextureStage::OFF
+           && (stage.coordinates == SoTextureStage::GIVEN
+               || (unit == 0 && stage.coordinates == SoTextureStage::SPHERE))
+           && (unit == 0 || (!hasOwn && !mirrors(look)));
+}
+
 float difference(const SbColor& a, const SbColor& b)
 {
     return std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
@@ -120,7 +147,13 @@ struct FacetCollector::Context {
 
     Vertex vertex(std::uint32_t index) const;
     /// Whether a texture is painted on the surface before it is lit.
-    bool paintsSurface() const { return baker && look.texture.model == SoTextureValues::SURFACE; }
+    bool paintsSurface() const
+    {
+        return baker && look.texture.model == SoTextureValues::SURFACE
+               && (!look.extras || look.extras->stages.empty()
+                   || look.extras->stages[0].mode == SoTextureStage::AS_MODEL);
+    }
+    SbVec2f mirrored(const SurfacePoint& surface) const;
     TextureBaker::BakeLight bakeLight(const LitCorner& corner) const;
 };
 
@@ -136,6 +169,19 @@ TextureBaker::BakeLight FacetCollector::Context::bakeLight(const LitCorner& corn
     }
     light.color = {color[0], color[1], color[2], corner.surface.color[3]};
     return light;
+}
+
+/// Where a sphere map shows what the surface mirrors, as the renderer's shaders have it.
+SbVec2f FacetCollector::Context::mirrored(const SurfacePoint& surface) const
+{
+    const SbVec3f towards = projection.isParallel() ? SbVec3f(0, 0, -1) : surface.eye.normalized();
+    SbVec3f n = surface.normal.normalized();
+    if (n.dot(towards) > 0)
+        n = -n;
+    const SbVec3f r = towards - n * (2 * n.dot(towards));
+    const float m =
+        2 * std::sqrt(std::max(r[0] * r[0] + r[1] * r[1] + (r[2] + 1) * (r[2] + 1), 1e-12f));
+    return SbVec2f(r[0] / m + 0.5f, r[1] / m + 0.5f);
 }
 
 FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) const
@@ -157,6 +203,8 @@ FacetCollector::Vertex FacetCollector::Context::vertex(std::uint32_t index) cons
         std::fill_n(v.surface.color.begin(), 3, 1.0f);
     if (index < geometry.texCoords.size())
         v.surface.texCoord = geometry.texCoords[index];
+    if (mirrors(look) && lighting.isLit())
+        v.surface.texCoord = mirrored(v.surface);
     v.clip = projection.toClip(v.surface.eye);
     if (index < geometry.pixelOffsets.size() && v.clip.w > 0) {
         const SbVec2f offset = geometry.pixelOffsets[index] * static_cast<float>(pixelSize);
@@ -250,14 +298,25 @@ void FacetCollector::collectItem(const SoSceneView::Item& item)
 void FacetCollector::collectFaces(Context& context)
 {
     const SoGeometry& geometry = context.geometry;
-    const SbImage& texture = context.look.texture.image;
-    if (texture.isNull() || m_options.isLineDrawing
-        || geometry.texCoords.size() < geometry.positions.size())
+    const SoRenderAppearance& look = context.look;
+    const std::size_t units =
+        std::max<std::size_t>(1, look.extras ? look.extras->stages.size() : 0);
+    TextureBaker::Levels levels(units);
+    bool any = false;
+    for (std::size_t unit = 0; unit < units; ++unit) {
+        if (!canBake(look, geometry, unit))
+            continue;
+        const SbImage& image =
+            unit == 0 ? look.texture.image : look.extras->stages[unit].texture.image;
+        auto& known = m_textures[image.getBytes()];
+        if (!known)
+            known = std::make_unique<TextureLevels>(image);
+        levels[unit] = known.get();
+        any = true;
+    }
+    if (!any || m_options.isLineDrawing || geometry.texCoords.size() < geometry.positions.size())
         return collectTriangles(context);
-    auto& levels = m_textures[texture.getBytes()];
-    if (!levels)
-        levels = std::make_unique<TextureLevels>(texture);
-    TextureBaker baker(context.look, *levels, context.lighting.getFogColor());
+    TextureBaker baker(look, levels, context.lighting.getFogColor());
     context.baker = &baker;
     context.facet.image = static_cast<std::int32_t>(m_images.size());
     collectTriangles(context);

@@ -28,12 +28,11 @@ public:
     };
     using Triangle = std::array<BakeCorner, 3>;
 
-    /// `look` and `levels`, those of its texture, outlive the baker.
-    TextureBaker(const SoRenderAppearance& look, const TextureLevels& levels,
-                 const SbColor& fogColor)
-        : m_look(look), m_levels(levels), m_fogColor(fogColor)
-    {
-    }
+    /// Of each unit, null where it shows nothing.
+    using Levels = std::vector<const TextureLevels*>;
+
+    /// `look` and `levels`, those of its units, outlive the baker.
+    TextureBaker(const SoRenderAppearance& look, const Levels& levels, const SbColor& fogColor);
 
     void add(const Triangle& triangle) { m_triangles.push_back(triangle); }
     /// False when there is nothing to draw. `resolution` in pixels a millimetre.
@@ -41,12 +40,16 @@ public:
 
 private:
     Texel paint(const BakeLight& light, const Texel& texel) const;
+    Texel mix(std::size_t unit, const Texel& current, const Texel& texel,
+              const BakeLight& light) const;
+    bool isLeftOut(const Texel& pixel) const;
     class PixelTriangle;
+    Texel sample(const PixelTriangle& triangle, std::size_t unit, int x, int y) const;
     Texel colorAt(const PixelTriangle& triangle, int x, int y) const;
     void draw(const PixelTriangle& triangle, int width, int height);
 
     const SoRenderAppearance& m_look; // Not owned.
-    const TextureLevels& m_levels;    // Not owned.
+    Levels m_levels;                  // Not owned.
     SbColor m_fogColor;
     std::vector<Triangle> m_triangles;
     std::vector<Texel> m_pixels;

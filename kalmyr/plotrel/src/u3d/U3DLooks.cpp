@@ -2,6 +2,7 @@
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/elements/SoDrawElements.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoTextureElement.h>
 
@@ -78,12 +79,21 @@ SbImage paintedImage(const SoTextureValues& texture, const SbColor& color)
     return SbImage(from.getSize(), outComponents, bytes.data());
 }
 
+/// Volumes, cubes and mirrors have no place in the format.
+bool isFlat(SoState* state)
+{
+    const SoLookExtras* extras = SoLookExtrasElement::get(state);
+    return !extras || extras->stages.empty()
+           || (extras->stages[0].kind == SoTextureStage::FLAT
+               && extras->stages[0].coordinates == SoTextureStage::GIVEN);
+}
+
 } // namespace
 
 bool U3DLooks::hasTexture(SoState* state, const SoGeometry& geometry)
 {
     return !geometry.texCoords.empty() && geometry.texCoords.size() >= geometry.positions.size()
-           && !state->get<SoTextureElement>().value().image.isNull();
+           && !state->get<SoTextureElement>().value().image.isNull() && isFlat(state);
 }
 
 int U3DLooks::surfaceShader(SoState* state, const SoGeometry& geometry)

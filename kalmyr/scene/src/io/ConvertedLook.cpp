@@ -73,7 +73,7 @@ bool isPlainSolid(const SoShape* shape, const SoGeometry& geometry)
 {
     const SoType types[] = {SoCube::getClassTypeId(), SoSphere::getClassTypeId(),
                             SoCone::getClassTypeId(), SoCylinder::getClassTypeId()};
-    return geometry.colors.empty()
+    return geometry.colors.empty() && !geometry.extras
            && std::find(std::begin(types), std::end(types), shape->getTypeId()) != std::end(types);
 }
 

@@ -2,12 +2,22 @@
 
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/nodes/SoAlphaTest.h>
 #include <kalmyr/nodes/SoCallback.h>
 #include <kalmyr/nodes/SoClipPlane.h>
+#include <kalmyr/nodes/SoDepthBuffer.h>
 #include <kalmyr/nodes/SoEnvironment.h>
 #include <kalmyr/nodes/SoEventCallback.h>
 #include <kalmyr/nodes/SoGradientBackground.h>
+#include <kalmyr/nodes/SoImageBackground.h>
 #include <kalmyr/nodes/SoInfo.h>
+#include <kalmyr/nodes/SoPolygonOffset.h>
+#include <kalmyr/nodes/SoShaderProgram.h>
+#include <kalmyr/nodes/SoStackTexture.h>
+#include <kalmyr/nodes/SoTexture3Transform.h>
+#include <kalmyr/nodes/SoTextureCoordinateCube.h>
+#include <kalmyr/nodes/SoTextureCoordinateEnvironment.h>
+#include <kalmyr/nodes/SoVertexAttribute.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLExtraNodes.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
@@ -39,6 +49,16 @@ constexpr SoType (*kLost[])() = {
     SoVRMLSound::getClassTypeId,
     SoVRMLWorldInfo::getClassTypeId,
     SoVRMLTextureBackground::getClassTypeId,
+    SoAlphaTest::getClassTypeId,
+    SoDepthBuffer::getClassTypeId,
+    SoImageBackground::getClassTypeId,
+    SoPolygonOffset::getClassTypeId,
+    SoShaderProgram::getClassTypeId,
+    SoStackTexture::getClassTypeId,
+    SoTexture3Transform::getClassTypeId,
+    SoTextureCoordinateCube::getClassTypeId,
+    SoTextureCoordinateEnvironment::getClassTypeId,
+    SoVertexAttribute::getClassTypeId,
 };
 
 SoNode* fogOf(const SoEnvironment& from)

@@ -9,6 +9,7 @@
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoFontElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoTextureElement.h>
@@ -201,6 +202,10 @@ std::uint64_t SoSceneConversionAction::stateId() const
         state->get<SoNormalElement>().getValueId(),
         state->get<SoShapeHintsElement>().getValueId(),
         state->get<SoFontElement>().getValueId(),
+        state->get<SoTextureCoordinateElement>().getValueId(),
+        state->get<SoTextureCoordinateBindingElement>().getValueId(),
+        state->get<SoTextureCoordinateSetsElement>().getValueId(),
+        state->get<SoLookExtrasElement>().getValueId(),
     };
     std::uint64_t id = 1;
     for (const std::uint64_t one : ids)

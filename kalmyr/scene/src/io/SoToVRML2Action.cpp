@@ -4,6 +4,7 @@
 #include "ConvertedLook.h"
 #include "ConvertedOthers.h"
 #include "ConvertedText.h"
+#include "ConvertedTextures.h"
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
@@ -71,9 +72,7 @@ void addCorners(Set& set, const SoGeometry& geometry)
     set.coord = points;
     if (geometry.colors.empty())
         return;
-    auto* colors = new SoVRMLColor;
-    fill(colors->color, colorsOf(geometry));
-    set.color = colors;
+    set.color = kalmyr::detail::vrml97Colors(geometry);
 }
 
 SoNode* faceSet(const SoGeometry& geometry)
@@ -87,11 +86,8 @@ SoNode* faceSet(const SoGeometry& geometry)
         fill(normals->vector, geometry.normals);
         faces->normal = normals;
     }
-    if (!geometry.texCoords.empty()) {
-        auto* coords = new SoVRMLTextureCoordinate;
-        fill(coords->point, geometry.texCoords);
-        faces->texCoord = coords;
-    }
+    if (!geometry.texCoords.empty())
+        faces->texCoord = kalmyr::detail::vrml97TexCoords(geometry);
     return faces;
 }
 
@@ -276,7 +272,7 @@ SoNode* SoToVRML2Action::makeMaterial(bool isLit)
 SoNode* SoToVRML2Action::makeTexture()
 {
     const auto& element = getState()->get<SoTextureElement>();
-    if (element.value().image.isNull())
+    if (!kalmyr::detail::hasFileTexture(getState()))
         return nullptr;
     SoRef<SoNode>& known = m_textures[element.getValueId()];
     if (known && m_reuseProperties)
@@ -307,23 +303,23 @@ SoNode* SoToVRML2Action::makeAppearance(bool isLit)
     key = SoElement::mix(key, state->get<SoTextureElement>().getValueId());
     key = SoElement::mix(key, isLit);
     key = SoElement::mix(key, matrix.getValueId());
+    key = SoElement::mix(key, state->get<SoLookExtrasElement>().getValueId());
     SoRef<SoNode>& known = m_appearances[key];
     if (known && m_reuseAppearances)
         return known.get();
     auto* made = new SoVRMLAppearance;
     known = made;
-    made->texture = makeTexture();
+    const bool isSeveral = kalmyr::detail::hasSeveralTextures(state);
+    SoNode* first = makeTexture();
+    made->texture = isSeveral ? kalmyr::detail::multiTexture(state, first) : first;
     // A texture does not paint what glows: without a material the picture is seen as it is.
-    if (!made->texture.getValue() || (isLit && !isPaintedGlow(state)))
+    if (!made->texture.getValue() || isSeveral || (isLit && !isPaintedGlow(state)))
         made->material = makeMaterial(isLit);
-    if (matrix.value() == SbMatrix::identity() || !made->texture.getValue())
+    if (!made->texture.getValue())
         return made;
-    const TextureTransform factors = factorTextureMatrix(matrix.value());
-    auto* transform = new SoVRMLTextureTransform;
-    transform->translation.setValue(factors.translation[0], factors.translation[1]);
-    transform->rotation = factors.rotation;
-    transform->scale.setValue(factors.scale[0], factors.scale[1]);
-    made->textureTransform = transform;
+    SoNode* transform = kalmyr::detail::vrml97TextureTransform(matrix.value());
+    made->textureTransform =
+        isSeveral ? kalmyr::detail::multiTextureTransform(state, transform) : transform;
     return made;
 }
 

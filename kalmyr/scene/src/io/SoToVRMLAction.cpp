@@ -4,6 +4,7 @@
 #include "ConvertedLook.h"
 #include "ConvertedOthers.h"
 #include "ConvertedText.h"
+#include "ConvertedTextures.h"
 
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
@@ -295,7 +296,7 @@ void SoToVRMLAction::addLook(SoGroup& group, const SoGeometry& geometry)
         group.addChild(binding);
     }
     const SoTextureValues& texture = state->get<SoTextureElement>().value();
-    if (texture.image.isNull())
+    if (!kalmyr::detail::hasFileTexture(state))
         return;
     auto* picture = new SoTexture2;
     group.addChild(picture);

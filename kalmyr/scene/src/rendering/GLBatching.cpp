@@ -37,7 +37,8 @@ bool goesInBatches(const RenderList::Entry& entry)
 {
     const SoGeometry& geometry = *entry.geometry;
     const SoDrawStyleValues& style = entry.appearance->drawStyle;
-    return !hasOwnState(*entry.appearance) && (geometry.triangles.empty() || style.style == SoDrawStyleValues::FILLED)
+    return !hasOwnState(*entry.appearance)
+           && (geometry.triangles.empty() || style.style == SoDrawStyleValues::FILLED)
            && (geometry.lines.empty()
                || (!isWide(style) && style.style != SoDrawStyleValues::POINTS));
 }

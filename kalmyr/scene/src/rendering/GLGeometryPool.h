@@ -24,8 +24,8 @@ struct GLGeometry {
     GLuint indices = 0;             ///< buffer of the page's indices
     GLint firstVertex = 0;
     std::uint32_t firstIndex = 0;
-    GLuint edges = 0;   ///< a buffer of its own, made when first asked for
-    GLuint outline = 0; ///< pairs of sharp edges, then fours of smooth ones; the same
+    GLuint edges = 0;         ///< a buffer of its own, made when first asked for
+    GLuint outline = 0;       ///< pairs of sharp edges, then fours of smooth ones; the same
     std::vector<GLuint> more; ///< buffers of texture coordinate sets and inputs of programs
     GLsizei numTriangleIndices = 0;
     GLsizei numLineIndices = 0;
@@ -53,10 +53,10 @@ struct GLGeometry {
 /// of state between them.
 ///
 /// A page is one vertex array with room for geometries that have the same attributes; pages double
-/// in size up to a limit. A geometry that is large against a page, or has further texture coordinates
-/// or inputs of programs, has one of its own. A page whose
-/// last geometry goes is freed with it. Every vertex array reads attribute kSlotAttribute, once an
-/// instance, from the buffer of slot numbers that the pool is given.
+/// in size up to a limit. A geometry that is large against a page, or has further texture
+/// coordinates or inputs of programs, has one of its own. A page whose last geometry goes is freed
+/// with it. Every vertex array reads attribute kSlotAttribute, once an instance, from the buffer of
+/// slot numbers that the pool is given.
 class GLGeometryPool {
 public:
     /// `slotNumbers`: a buffer of ints 0, 1, 2, ...; may grow under the same name.

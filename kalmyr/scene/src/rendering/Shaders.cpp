@@ -1,8 +1,8 @@
 #include "rendering/Shaders.h"
 
 #include "rendering/Anaglyph.h"
-#include "rendering/PeelingShaders.h"
 #include "rendering/PaintShaders.h"
+#include "rendering/PeelingShaders.h"
 
 namespace kalmyr::detail {
 
@@ -658,12 +658,17 @@ ShaderSource shaderSource(unsigned features, const PaintSource* paint, const SoP
         return own ? own->stages[stage].text : std::string();
     };
     const std::string lines = "\n#line " + std::to_string(kOwnTextLine + 1) + "\n";
-    const auto addMain = [&](std::string& text, SoProgramValues::Stage stage, const char* main) {
+    // An own main() is called by one that does what no text of a scene should have to care for.
+    const auto addMain = [&](std::string& text, SoProgramValues::Stage stage, const char* main,
+                             const char* after) {
         const std::string mine = ownText(stage);
-        text += mine.empty() ? main : lines + mine + "\n";
+        text += mine.empty() ? main
+                             : "\n#define main ownMain" + lines + mine + "\n#undef main\n"
+                                   + "void main() { ownMain(); " + after + " }\n";
     };
-    addMain(source.vertex, SoProgramValues::VERTEX, kVertexMain);
-    addMain(source.fragment, SoProgramValues::FRAGMENT, kFragmentMain);
+    addMain(source.vertex, SoProgramValues::VERTEX, kVertexMain, "");
+    addMain(source.fragment, SoProgramValues::FRAGMENT, kFragmentMain,
+            features & SHADER_PEEL ? "fragment = peeled(fragment);" : "");
     if (const std::string mine = ownText(SoProgramValues::GEOMETRY); !mine.empty()) {
         source.geometry = top + kCommon + lines + mine + "\n";
     }

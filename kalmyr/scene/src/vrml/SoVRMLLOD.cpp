@@ -1,7 +1,7 @@
 #include <kalmyr/vrml/SoVRMLLOD.h>
 
-#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/elements/SoViewElements.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 
