@@ -344,6 +344,7 @@ void GLRenderer::draw(const LayerFunction& layerDrawn)
         || !patchPlan(plan)) {
         makePlan(plan);
     }
+    m_statistics.planBytes = plan.getNumBytes();
     for (int layer = 0; layer < m_frame.numLayers; ++layer) {
         if (layer > 0) {
             setBlending(Blending::NONE, true);

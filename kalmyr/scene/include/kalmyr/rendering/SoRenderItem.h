@@ -78,6 +78,7 @@ struct RenderStatistics {
     std::size_t drawCalls = 0;        ///< of the scene
     std::size_t outlineDrawCalls = 0; ///< more, of what is outlined
     std::size_t geometries = 0;       ///< geometries in the context's buffers after the frame
+    std::size_t planBytes = 0;        ///< of the frame's own tables in the context
     std::size_t geometryBytes = 0;    ///< of those buffers, used or not
     std::size_t textures = 0;         ///< images in the context after the frame
     double traverseSeconds = 0;       ///< making the list
