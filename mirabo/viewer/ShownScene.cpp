@@ -33,6 +33,8 @@ ShownScene::ShownScene() : m_root(shownRoot())
         m_region = manager->getViewportRegion();
         m_background = manager->getBackgroundColor();
         m_transparencyType = manager->getGLRenderAction()->getTransparencyType();
+        m_drawStyle = manager->getDrawStyle();
+        m_stereo = manager->getStereo();
     }
     if (m_root)
         m_root = kalmyr::withDefaultCamera(m_root.get(), m_region);
@@ -53,6 +55,8 @@ bool ShownScene::render(SoOffscreenRenderer& renderer) const
         renderer.setBackgroundColor(*m_background);
     if (m_transparencyType)
         renderer.getGLRenderAction()->setTransparencyType(*m_transparencyType);
+    renderer.getGLRenderAction()->setDrawStyle(m_drawStyle);
+    renderer.getGLRenderAction()->setStereo(m_stereo);
     return renderer.render(m_root.get());
 }
 

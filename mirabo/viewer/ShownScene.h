@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
 #include <kalmyr/base/SoRef.h>
@@ -38,6 +39,8 @@ private:
     SbViewportRegion m_region{1280, 1024};
     std::optional<SbColor> m_background;
     std::optional<int> m_transparencyType;
+    SoGLRenderAction::DrawStyle m_drawStyle = SoGLRenderAction::AS_IS;
+    SoGLRenderAction::Stereo m_stereo;
 };
 
 } // namespace mirabo

@@ -220,6 +220,12 @@ TEST_F(Exporting, ShowsWhatTheViewShows)
         isMixed = isMixed || (blue > 40 && blue < 215);
     }
     EXPECT_TRUE(isMixed);
+    // Whatever the style that the view has.
+    manager->setDrawStyle(SoGLRenderAction::BOUNDING_BOX);
+    exportWith({choose("BMP - Windows Bitmap", at("box"))});
+    const QImage box(at("box.bmp"));
+    EXPECT_GT(qBlue(box.pixel(box.rect().center())), 240) << "lines, and nothing between them";
+    manager->setDrawStyle(SoGLRenderAction::AS_IS);
     // Drawings have the same proportions, in the middle of a page.
     const struct {
         const char* filter;

@@ -7,6 +7,7 @@
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTexture2.h>
+#include <kalmyr/nodes/SoTextureUnit.h>
 #include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
@@ -179,6 +180,26 @@ TEST_F(DrawStyles, WithoutTexturesTheMaterialShows)
     EXPECT_TRUE(isLike(pixel(32, 32), kGreen));
     draw(SoGLRenderAction::NO_TEXTURE);
     EXPECT_TRUE(isLike(pixel(32, 32), SbColor(1, 1, 1)));
+}
+
+TEST_F(DrawStyles, NoUnitOfTextureShows)
+{
+    auto* cube = add(new SoCube, SbColor(1, 1, 1), {0, 0, 0});
+    const unsigned char green[3] = {0, 255, 0};
+    auto* unit = new SoTextureUnit;
+    unit->unit = 1;
+    auto* texture = new SoTexture2;
+    texture->image.setValue(SbImage(SbVec2i32(1, 1), 3, green));
+    cube->insertChild(texture, 0);
+    cube->insertChild(unit, 0);
+    draw(SoGLRenderAction::AS_IS);
+    EXPECT_TRUE(isLike(pixel(32, 32), kGreen));
+    draw(SoGLRenderAction::NO_TEXTURE);
+    EXPECT_TRUE(isLike(pixel(32, 32), SbColor(1, 1, 1)));
+    draw(SoGLRenderAction::WIREFRAME);
+    EXPECT_TRUE(isLineAt(16, 32, SbColor(1, 1, 1)));
+    draw(SoGLRenderAction::FLAT);
+    EXPECT_TRUE(isLike(pixel(32, 32), kGreen)) << "with coordinates for each unit";
 }
 
 TEST_F(DrawStyles, KeptListsKnowTheirStyle)

@@ -1,6 +1,10 @@
 #include "rendering/DrawStyles.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <numeric>
+#include <vector>
 
 namespace kalmyr::detail {
 
@@ -30,43 +34,79 @@ void addExtras(const SoGeometry::Extras& from, std::uint32_t index, SoGeometry& 
     }
 }
 
-/// Appends a vertex of `from` with all that it has, under a normal of its own.
-std::uint32_t addVertex(const SoGeometry& from, std::uint32_t index, const SbVec3f* normal,
-                        SoGeometry& to)
+/// Values of the vertices in the order of `sources`; of each `size` elements. Empty stays empty.
+template <class T>
+std::vector<T> pick(const std::vector<T>& from, const std::vector<std::uint32_t>& sources,
+                    std::size_t size = 1)
 {
-    const std::size_t count = from.positions.size();
-    to.positions.push_back(from.positions[index]);
-    if (from.normals.size() >= count)
-        to.normals.push_back(normal ? *normal : from.normals[index]);
-    if (from.texCoords.size() >= count)
-        to.texCoords.push_back(from.texCoords[index]);
-    if (from.colors.size() >= count)
-        to.colors.push_back(from.colors[index]);
-    if (from.extras)
-        addExtras(*from.extras, index, to);
-    return static_cast<std::uint32_t>(to.positions.size() - 1);
+    std::vector<T> values;
+    if (from.empty())
+        return values;
+    values.reserve(sources.size() * size);
+    for (const std::uint32_t source : sources) {
+        const auto first = from.begin() + static_cast<std::ptrdiff_t>(source * size);
+        values.insert(values.end(), first, first + static_cast<std::ptrdiff_t>(size));
+    }
+    return values;
 }
 
+std::unique_ptr<SoGeometry::Extras> pick(const SoGeometry::Extras& from,
+                                         const std::vector<std::uint32_t>& sources)
+{
+    auto extras = std::make_unique<SoGeometry::Extras>();
+    for (const SoGeometry::Extras::TexCoordSet& set : from.texCoordSets)
+        extras->texCoordSets.push_back({set.unit, pick(set.values, sources)});
+    for (const SoGeometry::Extras::Attribute& attribute : from.attributes)
+        extras->attributes.push_back(
+            {attribute.name, attribute.components,
+             pick(attribute.values, sources, static_cast<std::size_t>(attribute.components))});
+    return extras;
+}
+
+/// No two primitives share a vertex.
 SoRef<SoGeometry> makeFlat(const SoGeometry& from)
 {
     SoRef<SoGeometry> flat(new SoGeometry);
+    std::vector<std::uint32_t> sources;
+    const auto unshare = [&sources](const std::vector<std::uint32_t>& indices) {
+        const auto first = static_cast<std::uint32_t>(sources.size());
+        sources.insert(sources.end(), indices.begin(), indices.end());
+        std::vector<std::uint32_t> own(indices.size());
+        std::iota(own.begin(), own.end(), first);
+        return own;
+    };
+    flat->triangles = unshare(from.triangles);
+    flat->lines = unshare(from.lines);
+    flat->points = unshare(from.points);
     flat->triangleFaces = from.triangleFaces;
+    flat->lineNumbers = from.lineNumbers;
+    flat->pointNumbers = from.pointNumbers;
     flat->solid = from.solid;
     flat->twoSided = from.twoSided;
-    for (std::size_t t = 0; t < from.triangles.size(); t += 3) {
-        const std::uint32_t* corners = &from.triangles[t];
-        const SbVec3f& a = from.positions[corners[0]];
-        SbVec3f normal = (from.positions[corners[1]] - a).cross(from.positions[corners[2]] - a);
-        const bool hasArea = normal.normalize() > 0;
-        for (int i = 0; i < 3; ++i)
-            flat->triangles.push_back(
-                addVertex(from, corners[i], hasArea ? &normal : nullptr, *flat));
+    flat->positions = pick(from.positions, sources);
+    flat->normals = pick(from.normals, sources);
+    flat->texCoords = pick(from.texCoords, sources);
+    flat->colors = pick(from.colors, sources);
+    if (from.extras)
+        flat->extras = pick(*from.extras, sources);
+    for (std::size_t t = 0; t < flat->triangles.size(); t += 3) {
+        const SbVec3f* corners = &flat->positions[t];
+        SbVec3f normal = (corners[1] - corners[0]).cross(corners[2] - corners[0]);
+        if (normal.normalize() > 0)
+            std::fill_n(&flat->normals[t], 3, normal);
     }
-    for (const std::uint32_t index : from.lines)
-        flat->lines.push_back(addVertex(from, index, nullptr, *flat));
-    for (const std::uint32_t index : from.points)
-        flat->points.push_back(addVertex(from, index, nullptr, *flat));
     return flat;
+}
+
+/// The same without textures, and without programs where `keepsProgram` is off; null when nothing
+/// is left.
+std::shared_ptr<const SoLookExtras> withoutTextures(const SoLookExtras& from, bool keepsProgram)
+{
+    auto extras = std::make_shared<SoLookExtras>(from);
+    extras->stages.clear();
+    if (!keepsProgram)
+        extras->program = nullptr;
+    return *extras == SoLookExtras() ? nullptr : extras;
 }
 
 SoRef<SoGeometry> makeBox(const SoGeometry& from)
@@ -93,6 +133,8 @@ void restyle(SoRenderAppearance& look, SoGLRenderAction::DrawStyle style)
         return;
     look.texture = SoTextureValues();
     look.translucentTexture = false;
+    if (look.extras)
+        look.extras = withoutTextures(*look.extras, style == Style::NO_TEXTURE);
     if (style == Style::NO_TEXTURE)
         return;
     // Lines and points in their plain colours: light on them would only make them hard to see.
@@ -124,7 +166,9 @@ SoRef<SoGeometry> StyledGeometries::find(const SoRef<SoGeometry>& geometry, Styl
 {
     const bool isFlat =
         style == Style::FLAT && !geometry->triangles.empty() && !geometry->normals.empty();
-    if (!isFlat && style != Style::BOUNDING_BOX)
+    // What has a size in pixels has no box.
+    const bool isBox = style == Style::BOUNDING_BOX && geometry->pixelOffsets.empty();
+    if (!isFlat && !isBox)
         return geometry;
     SoRef<SoGeometry>& made = m_made[{geometry->getId(), style}];
     if (!made)

@@ -627,11 +627,11 @@ SoRef<const SoRenderAppearance> RenderTraversal::makeAppearance()
     }
     look->translucentTexture =
         isTranslucent(look->texture, m_state->getValueId(SoTextureElement::getStackIndex()));
-    restyle(*look, m_action.getDrawStyle());
     for (std::size_t unit = 1; look->extras && unit < look->extras->stages.size(); ++unit) {
         const std::uint64_t id = m_state->getValueId(SoLookExtrasElement::getStackIndex()) + unit;
         look->translucentTexture |= isTranslucent(look->extras->stages[unit].texture, id);
     }
+    restyle(*look, m_action.getDrawStyle());
     return look;
 }
 
