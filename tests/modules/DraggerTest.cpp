@@ -430,6 +430,7 @@ TEST_F(DraggerTest, CopiesAndFilesHoldTheFieldsAndConversionsLeaveItOut)
     drag(at(1.2f, 2), at(2.2f, 2));
     EXPECT_TRUE(near(copy->translation.getValue(), {2, 2, 0}));
     EXPECT_TRUE(near(dragger->translation.getValue(), {1, 2, 0})) << "handles of their own";
+    EXPECT_EQ(support::writeScene(root.get()).find("isActive"), std::string::npos);
 
     SoToVRML2Action convert;
     convert.apply(root.get());

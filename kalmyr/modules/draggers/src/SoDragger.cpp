@@ -194,17 +194,19 @@ void SoDragger::keepValues()
             continue;
         SbString text;
         field->get(text);
-        m_before.emplace_back(field, text);
+        m_before.push_back({field, text, field->isDefault()});
     }
 }
 
 void SoDragger::restoreValues()
 {
-    for (const auto& [field, before] : m_before) {
+    for (const Before& before : m_before) {
         SbString now;
-        field->get(now);
-        if (now != before)
-            field->set(before.getString());
+        before.field->get(now);
+        if (now == before.text)
+            continue;
+        before.field->set(before.text);
+        before.field->setDefault(before.isDefault);
     }
 }
 
@@ -248,15 +250,21 @@ void SoDragger::take(SoHandleEventAction* action)
     call(m_startCallbacks);
 }
 
-void SoDragger::letGo(SoHandleEventAction* action)
+void SoDragger::rest()
 {
-    action->releaseGrabber();
-    action->setHandled();
     lightUp(false);
     m_held = nullptr;
     m_before.clear();
     isActive.setValue(false);
+    isActive.setDefault(true); // nothing to write
     call(m_finishCallbacks);
+}
+
+void SoDragger::letGo(SoHandleEventAction* action)
+{
+    action->releaseGrabber();
+    action->setHandled();
+    rest();
 }
 
 void SoDragger::handleEvent(SoHandleEventAction* action)
@@ -271,10 +279,7 @@ void SoDragger::handleEvent(SoHandleEventAction* action)
         return;
     }
     if (action->getGrabber() != this) { // somebody else let go of it
-        lightUp(false);
-        m_held = nullptr;
-        isActive.setValue(false);
-        call(m_finishCallbacks);
+        rest();
     } else if (SoMouseButtonEvent::isReleaseEvent(event, SoMouseButtonEvent::BUTTON1)) {
         letGo(action);
     } else if (SoKeyboardEvent::isKeyPressEvent(event, SoKeyboardEvent::ESCAPE)) {

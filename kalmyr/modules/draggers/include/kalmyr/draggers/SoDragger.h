@@ -124,6 +124,7 @@ private:
     void take(SoHandleEventAction* action);
     SoDragPointer pointerOf(SoHandleEventAction* action) const;
     void letGo(SoHandleEventAction* action);
+    void rest();
     void lightUp(bool on);
     void keepValues();
     void restoreValues();
@@ -138,5 +139,10 @@ private:
     SbVec3f m_hit;
     SbVec3f m_anchor;
     SbVec3f m_opposite;
-    std::vector<std::pair<SoField*, SbString>> m_before; ///< fields when it was taken
+    struct Before {
+        SoField* field; // Of this node.
+        SbString text;
+        bool isDefault;
+    };
+    std::vector<Before> m_before; ///< fields when it was taken
 };
