@@ -86,6 +86,8 @@ bool SceneReader::readProto(bool external)
         proto->urlsAt = text.getOffset() - begin;
         if (!readUrls(*proto))
             return false;
+        if (isBuiltIn(*proto))
+            return true; // instances are nodes of that type
     } else {
         text.peek();
         proto->bodyAt = text.getOffset() - begin + 1;
@@ -97,6 +99,18 @@ bool SceneReader::readProto(bool external)
     m_protos = std::move(proto);
     m_types.erase(name); // it may have meant something else before
     return true;
+}
+
+/// Whether a urn says that the prototype is a node type of this name, which we have.
+bool SceneReader::isBuiltIn(const SoVRMLProto& proto) const
+{
+    const std::string end = ":node:" + std::string(proto.name.view());
+    const auto names = [&end](const SbString& url) {
+        const std::string text = url.toStdString();
+        return text.starts_with("urn:") && text.ends_with(end);
+    };
+    return std::any_of(proto.urls.begin(), proto.urls.end(), names)
+           && !findType(proto.name.view()).isBad();
 }
 
 bool SceneReader::readInterface(SoVRMLProto& proto, std::size_t textAt)

@@ -17,12 +17,14 @@
 #include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
 #include <kalmyr/vrml/SoVRMLIndexedFaceSet.h>
 #include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLMovieTexture.h>
+#include <kalmyr/vrml/SoVRMLNurbs.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -169,6 +171,23 @@ void checkPoints(SoInput* in, SoNode* node)
                  + SbString(*fault) + ", but there are " + SbString(count) + " points");
 }
 
+/// As an inline, if it is to be read at all.
+void readLoadControl(SoInput* in, SoNode* node)
+{
+    auto* control = static_cast<SoVRMLInlineLoadControl*>(node);
+    if (control->load.getValue())
+        readInline<SoVRMLInline>(in, control);
+    else
+        control->setDirectory(in->getFolder());
+}
+
+void readDeformer(SoInput*, SoNode* node)
+{
+    auto* deformer = static_cast<SoVRMLCoordinateDeformer*>(node);
+    if (deformer->outputCoord.getNum() > 0)
+        deformer->deform();
+}
+
 } // namespace
 
 void installReadHooks()
@@ -180,6 +199,8 @@ void installReadHooks()
     SoDB::setReadHook(SoFile::getClassTypeId(), readFileNode);
     SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), readTexture<SoVRMLImageTexture>);
     SoDB::setReadHook(SoTexture2::getClassTypeId(), readTexture<SoTexture2>);
+    SoDB::setReadHook(SoVRMLInlineLoadControl::getClassTypeId(), readLoadControl);
+    SoDB::setReadHook(SoVRMLCoordinateDeformer::getClassTypeId(), readDeformer);
     SoDB::setReadHook(SoImage::getClassTypeId(), readTexture<SoImage>);
     SoDB::setReadHook(SoTexture3::getClassTypeId(), readFolder<SoTexture3>);
     SoDB::setReadHook(SoTextureCubeMap::getClassTypeId(), readFolder<SoTextureCubeMap>);

@@ -136,6 +136,7 @@ protected:
 
     /// PROTO or EXTERNPROTO, behind that word.
     bool readProto(bool external);
+    bool isBuiltIn(const SoVRMLProto& proto) const;
     /// ROUTE, behind that word.
     bool readRoute(std::string_view word);
     /// At the end of all in which names are known: the routes that stood in front of a name.

@@ -190,6 +190,33 @@ NurbsSurface::Sample NurbsSurface::at(double atU, double atV) const
     return {project(p), projectSlope(p, pu), projectSlope(p, pv)};
 }
 
+SbVec3f volumePoint(const NurbsKnots& u, const NurbsKnots& v, const NurbsKnots& w,
+                    std::span<const SbVec4d> points, const SbVec3f& at)
+{
+    const NurbsKnots* const knots[] = {&u, &v, &w};
+    Basis values[3], slopes;
+    std::size_t first[3], order[3];
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const float given = at[static_cast<int>(axis)];
+        const double t = std::isfinite(given) ? given : knots[axis]->getFirst();
+        first[axis] =
+            static_cast<std::size_t>(knots[axis]->evaluate(t, values[axis].data(), slopes.data()));
+        order[axis] = static_cast<std::size_t>(knots[axis]->getOrder());
+    }
+    const auto columns = static_cast<std::size_t>(u.getNumPoints());
+    const auto rows = static_cast<std::size_t>(v.getNumPoints());
+    SbVec4d p;
+    for (std::size_t k = 0; k < order[2]; ++k) {
+        for (std::size_t j = 0; j < order[1]; ++j) {
+            const std::size_t row = (first[2] + k) * rows + first[1] + j;
+            for (std::size_t i = 0; i < order[0]; ++i)
+                p += points[row * columns + first[0] + i]
+                     * (values[0][i] * values[1][j] * values[2][k]);
+        }
+    }
+    return SbVec3f(project(p));
+}
+
 std::vector<double> curveParameters(const NurbsCurve& curve, double tolerance, std::size_t most)
 {
     const std::vector<double> breaks = curve.knots.getBreaks();

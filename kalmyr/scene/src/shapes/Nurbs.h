@@ -70,6 +70,11 @@ struct NurbsSurface {
     Sample at(double u, double v) const;
 };
 
+/// A place in a lattice of control points, those of one w after another, each row by row along u.
+/// Parameters beyond the knots are taken to the nearest.
+SbVec3f volumePoint(const NurbsKnots& u, const NurbsKnots& v, const NurbsKnots& w,
+                    std::span<const SbVec4d> points, const SbVec3f& at);
+
 /// Parameters at which a curve may be taken so that straight lines between stay within `tolerance`
 /// of it; no more than `most`.
 std::vector<double> curveParameters(const NurbsCurve& curve, double tolerance, std::size_t most);

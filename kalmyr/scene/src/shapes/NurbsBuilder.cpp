@@ -33,14 +33,19 @@ double distance(const SbVec3d& p, const SbVec3d& a, const SbVec3d& b)
 /// Chooses how often the patches between knots are divided.
 class Divider {
 public:
-    Divider(const NurbsSurface& surface, double tolerance)
+    Divider(const NurbsSurface& surface, double tolerance, const int (&segments)[2])
         : m_surface(surface), m_tolerance(tolerance)
     {
         m_breaks[0] = surface.u.getBreaks();
         m_breaks[1] = surface.v.getBreaks();
-        for (int axis = 0; axis < 2; ++axis)
-            bend(axis);
-        twist();
+        for (int axis = 0; axis < 2; ++axis) {
+            if (segments[axis] > 0)
+                spread(axis, segments[axis]);
+            else
+                bend(axis);
+        }
+        if (segments[0] <= 0 && segments[1] <= 0)
+            twist();
         limit();
     }
 
@@ -88,6 +93,17 @@ private:
         for (std::size_t i = 0; i < most; ++i)
             some.push_back(all[i * (all.size() - 1) / (most - 1)]);
         return some;
+    }
+
+    /// A number of segments over all patches by their size, at least one in each.
+    void spread(int axis, int segments)
+    {
+        const std::vector<double>& breaks = m_breaks[axis];
+        for (std::size_t i = 0; i + 1 < breaks.size(); ++i) {
+            const double share = (breaks[i + 1] - breaks[i]) / (breaks.back() - breaks.front());
+            m_counts[axis].push_back(static_cast<int>(
+                std::clamp(std::round(share * segments), 1.0, double(kMaxSegments))));
+        }
     }
 
     /// How far lines along an axis bend.
@@ -277,6 +293,19 @@ private:
     std::unordered_map<std::uint64_t, std::uint32_t> m_known;
 };
 
+/// Evenly spread ones, and the knots.
+std::vector<double> evenParameters(const NurbsCurve& curve, int segments)
+{
+    std::vector<double> parameters = curve.knots.getBreaks();
+    const double from = parameters.front(), to = parameters.back();
+    const int count = std::min(segments, static_cast<int>(kMaxCurvePoints));
+    for (int i = 1; i < count; ++i)
+        parameters.push_back(from + (to - from) * i / count);
+    std::sort(parameters.begin(), parameters.end());
+    parameters.erase(std::unique(parameters.begin(), parameters.end()), parameters.end());
+    return parameters;
+}
+
 std::vector<double> toUnit(const std::vector<double>& lines)
 {
     std::vector<double> unit;
@@ -359,9 +388,10 @@ std::string makeProfileLine(NurbsCurve&& curve, std::span<const float> knots, fl
     return {};
 }
 
-void buildNurbsCurve(const NurbsCurve& curve, double tolerance, SoGeometry& geometry)
+void buildNurbsCurve(const NurbsCurve& curve, double tolerance, SoGeometry& geometry, int segments)
 {
-    for (const double t : curveParameters(curve, tolerance, kMaxCurvePoints)) {
+    for (const double t : segments > 0 ? evenParameters(curve, segments)
+                                       : curveParameters(curve, tolerance, kMaxCurvePoints)) {
         const auto number = static_cast<std::uint32_t>(geometry.positions.size());
         geometry.positions.emplace_back(curve.at(t));
         if (number > 0)
@@ -373,7 +403,7 @@ void buildNurbsCurve(const NurbsCurve& curve, double tolerance, SoGeometry& geom
 void buildNurbsSurface(const NurbsSurfaceInput& input, SoGeometry& geometry)
 {
     // Half for the lines, half for what lies between them.
-    const Divider divider(input.surface, std::max(input.tolerance / 2, 1e-30));
+    const Divider divider(input.surface, std::max(input.tolerance / 2, 1e-30), input.segments);
     std::vector<std::uint32_t> patches[2];
     const std::vector<double> u = divider.getLines(0, patches[0]);
     const std::vector<double> v = divider.getLines(1, patches[1]);

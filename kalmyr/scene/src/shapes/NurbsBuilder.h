@@ -25,14 +25,16 @@ std::string makeProfileLine(NurbsCurve&& curve, std::span<const float> knots, fl
                             std::vector<SbVec2d>& line);
 
 /// Lines along a curve.
-void buildNurbsCurve(const NurbsCurve& curve, double tolerance, SoGeometry& geometry);
+void buildNurbsCurve(const NurbsCurve& curve, double tolerance, SoGeometry& geometry,
+                     int segments = 0);
 
 struct NurbsSurfaceInput {
     const SoNode* node = nullptr; ///< named in warnings
     NurbsSurface surface;
     double tolerance = 0;                       ///< object space
     std::vector<std::vector<SbVec2d>> outlines; ///< in parameters; empty: the whole surface
-    bool clockwise = false;                     ///< the other side is the outside
+    int segments[2] = {0, 0}; ///< along u and v; 0: as many as the tolerance needs
+    bool clockwise = false;   ///< the other side is the outside
     bool solid = false;
     bool makesTexCoords = false;
     const NurbsSurface* texCoords = nullptr; ///< null: the parameters, from 0 to 1

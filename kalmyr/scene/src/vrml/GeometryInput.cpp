@@ -4,6 +4,7 @@
 #include <kalmyr/vrml/SoVRMLColor.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
 #include <kalmyr/vrml/SoVRMLExtraNodes.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLNormal.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLTextureCoordinate.h>
@@ -23,6 +24,8 @@ const T* nodeOf(const SoSFNode& field)
 
 std::span<const SbVec3f> pointsOf(const SoSFNode& field)
 {
+    if (const auto* places = nodeOf<SoVRMLGeoCoordinate>(field))
+        return places->getPoints();
     const auto* node = nodeOf<SoVRMLCoordinate>(field);
     return node ? node->point.values() : std::span<const SbVec3f>();
 }

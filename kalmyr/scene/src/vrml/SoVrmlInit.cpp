@@ -17,6 +17,7 @@
 #include <kalmyr/vrml/SoVRMLExtrusion.h>
 #include <kalmyr/vrml/SoVRMLFog.h>
 #include <kalmyr/vrml/SoVRMLFontStyle.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGeometry.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
@@ -31,6 +32,7 @@
 #include <kalmyr/vrml/SoVRMLMovieTexture.h>
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLNormal.h>
+#include <kalmyr/vrml/SoVRMLNurbs.h>
 #include <kalmyr/vrml/SoVRMLParent.h>
 #include <kalmyr/vrml/SoVRMLPixelTexture.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
@@ -135,6 +137,26 @@ constexpr Class kClasses[] = {
     entry<SoVRMLMultiTextureCoordinate>(),
     entry<SoVRMLMultiTextureTransform>(),
     entry<SoVRMLTextureBackground>(),
+    entry<SoVRMLNurbsCurve>(),
+    entry<SoVRMLNurbsSurface>(),
+    entry<SoVRMLNurbsTextureSurface>(),
+    entry<SoVRMLTrimmedSurface>(),
+    entry<SoVRMLContour2D>(),
+    entry<SoVRMLNurbsCurve2D>(),
+    entry<SoVRMLPolyline2D>(),
+    entry<SoVRMLNurbsPositionInterpolator>(),
+    entry<SoVRMLNurbsGroup>(),
+    entry<SoVRMLCoordinateDeformer>(),
+    entry<SoVRMLGeoOrigin>(),
+    entry<SoVRMLGeoCoordinate>(),
+    entry<SoVRMLGeoElevationGrid>(),
+    entry<SoVRMLGeoLocation>(),
+    entry<SoVRMLGeoLOD>(),
+    entry<SoVRMLGeoMetadata>(),
+    entry<SoVRMLGeoPositionInterpolator>(),
+    entry<SoVRMLGeoTouchSensor>(),
+    entry<SoVRMLGeoViewpoint>(),
+    entry<SoVRMLInlineLoadControl>(),
 };
 
 } // namespace

@@ -1,0 +1,601 @@
+#include <kalmyr/vrml/SoVRMLGeo.h>
+
+#include "GeometryInput.h"
+#include "GeoSystem.h"
+
+#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/vrml/SoVRMLMacros.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
+
+#include "core/CacheLock.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace kalmyr::detail;
+
+namespace {
+
+/// Where places are drawn: their system, and the origin that they are measured from.
+struct GeoFrame {
+    GeoSystem system;
+    SbVec3d origin; ///< from the earth's centre
+    SbMatrix turn;  ///< from the axes of the earth to those that things are drawn along
+    std::string fault;
+
+    /// False when there is no such place; `fault` tells.
+    bool toLocal(const SbVec3d& given, SbVec3d& local)
+    {
+        const SbVec3d place = system.toCentre(given);
+        local = turned(place - origin, turn);
+        if (!std::isfinite(local[0] + local[1] + local[2]) && fault.empty())
+            fault = "'" + placeText(given) + "' is no place on the earth";
+        return fault.empty();
+    }
+    bool toLocal(const SbString& text, SbVec3d& local)
+    {
+        SbVec3d given;
+        if (!readPlace(text.toStdString(), given) && fault.empty())
+            fault = "'" + text.toStdString() + "' is not three numbers";
+        return fault.empty() && toLocal(given, local);
+    }
+    SbVec3d fromLocal(const SbVec3d& local) const
+    {
+        SbMatrix back = turn;
+        for (int row = 0; row < 3; ++row) {
+            for (int c = 0; c < 3; ++c)
+                back[row][c] = turn[c][row];
+        }
+        return system.fromCentre(turned(local, back) + origin);
+    }
+
+    static SbVec3d turned(const SbVec3d& p, const SbMatrix& by)
+    {
+        SbVec3d out;
+        for (int c = 0; c < 3; ++c)
+            out[c] = p[0] * by[0][c] + p[1] * by[1][c] + p[2] * by[2][c];
+        return out;
+    }
+};
+
+GeoFrame frameOf(const SoMFString& words, const SoSFNode& originField)
+{
+    GeoFrame frame;
+    frame.fault = frame.system.set(words.values());
+    const SoNode* node =
+        originField.isIgnored() ? nullptr : SoVRMLProtoInstance::resolve(originField.getValue());
+    if (!node || !node->isOfType(SoVRMLGeoOrigin::getClassTypeId()))
+        return frame;
+    const auto* origin = static_cast<const SoVRMLGeoOrigin*>(node);
+    GeoSystem system;
+    std::string fault = system.set(origin->geoSystem.values());
+    SbVec3d given;
+    if (fault.empty() && !readPlace(origin->geoCoords.getValue().toStdString(), given))
+        fault = "'" + origin->geoCoords.getValue().toStdString() + "' is not three numbers";
+    if (fault.empty()) {
+        frame.origin = system.toCentre(given);
+        if (!std::isfinite(frame.origin[0]))
+            fault = "'" + origin->geoCoords.getValue().toStdString() + "' is no place on the earth";
+    }
+    if (fault.empty() && origin->rotateYUp.getValue()) {
+        const SbMatrix axes = axesAt(frame.origin);
+        for (int row = 0; row < 3; ++row) {
+            for (int c = 0; c < 3; ++c)
+                frame.turn[row][c] = axes[c][row];
+        }
+    }
+    if (!fault.empty() && frame.fault.empty())
+        frame.fault = "geoOrigin: " + fault;
+    return frame;
+}
+
+void warnOfGeo(const SoNode* node, const std::string& fault)
+{
+    SoDebugError::postWarning(node->getTypeId().getName().getString(), "\"%s\": %s",
+                              node->getName().getString(), fault.c_str());
+}
+
+template <class To, class From>
+void forwardEvent(SoFieldSensor& sensor, From& event, void (*function)(void*, SoSensor*), To* self)
+{
+    sensor.setFunction(function);
+    sensor.setData(self);
+    sensor.setPriority(0);
+    sensor.attach(&event);
+}
+
+bool readNumber(const SbString& text, double& number)
+{
+    SbVec3d three;
+    const bool isNumber = readPlace(text.toStdString() + " 0 0", three);
+    number = three[0];
+    return isNumber;
+}
+
+} // namespace
+
+// ---- origin and coordinates
+
+SO_NODE_SOURCE(SoVRMLGeoOrigin)
+
+SoVRMLGeoOrigin::SoVRMLGeoOrigin()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EXPOSED_EMPTY(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_EXPOSED(geoCoords, (""));
+    SO_VRML_FIELD(rotateYUp, (false));
+}
+
+SoVRMLGeoOrigin::~SoVRMLGeoOrigin() = default;
+
+void SoVRMLGeoOrigin::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoOrigin, SoNode, "VRMLGeoOrigin");
+}
+
+SO_NODE_SOURCE(SoVRMLGeoCoordinate)
+
+SoVRMLGeoCoordinate::SoVRMLGeoCoordinate()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_EMPTY_FIELD(point);
+}
+
+SoVRMLGeoCoordinate::~SoVRMLGeoCoordinate() = default;
+
+void SoVRMLGeoCoordinate::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoCoordinate, SoNode, "VRMLGeoCoordinate");
+}
+
+std::span<const SbVec3f> SoVRMLGeoCoordinate::getPoints() const
+{
+    std::string fault;
+    {
+        const CacheLock lock;
+        if (m_builtFrom == getNodeId())
+            return m_points;
+        GeoFrame frame = frameOf(geoSystem, geoOrigin);
+        m_points.clear();
+        SbVec3d local;
+        for (const SbString& text : point.values()) {
+            if (!frame.toLocal(text, local))
+                break;
+            m_points.emplace_back(local);
+        }
+        if (!frame.fault.empty())
+            m_points.clear();
+        fault = frame.fault;
+        m_builtFrom = getNodeId();
+    }
+    // Without the lock: a handler may do anything.
+    if (!fault.empty())
+        warnOfGeo(this, fault);
+    return m_points;
+}
+
+// ---- heights
+
+SO_NODE_SOURCE(SoVRMLGeoElevationGrid)
+
+SoVRMLGeoElevationGrid::SoVRMLGeoElevationGrid()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLGeometry);
+    SO_VRML_EVENT_IN(set_height);
+    SO_VRML_EVENT_IN(set_yScale);
+    SO_VRML_EXPOSED_EMPTY(color);
+    SO_VRML_EXPOSED_EMPTY(normal);
+    SO_VRML_EXPOSED_EMPTY(texCoord);
+    SO_VRML_FIELD(yScale, (1.0f));
+    SO_VRML_FIELD(ccw, (true));
+    SO_VRML_FIELD(colorPerVertex, (true));
+    SO_VRML_FIELD(creaseAngle, (0.0f));
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_FIELD(geoGridOrigin, ("0 0 0"));
+    SO_VRML_EMPTY_FIELD(height);
+    SO_VRML_FIELD(normalPerVertex, (true));
+    SO_VRML_FIELD(solid, (true));
+    SO_VRML_FIELD(xDimension, (0));
+    SO_VRML_FIELD(xSpacing, ("1.0"));
+    SO_VRML_FIELD(zDimension, (0));
+    SO_VRML_FIELD(zSpacing, ("1.0"));
+    forwardEvent<SoVRMLGeoElevationGrid>(
+        m_heightSensor, set_height,
+        [](void* self, SoSensor*) {
+            auto* grid = static_cast<SoVRMLGeoElevationGrid*>(self);
+            grid->height = grid->set_height;
+        },
+        this);
+    forwardEvent<SoVRMLGeoElevationGrid>(
+        m_scaleSensor, set_yScale,
+        [](void* self, SoSensor*) {
+            auto* grid = static_cast<SoVRMLGeoElevationGrid*>(self);
+            grid->yScale = grid->set_yScale.getValue();
+        },
+        this);
+}
+
+SoVRMLGeoElevationGrid::~SoVRMLGeoElevationGrid()
+{
+    m_heightSensor.detach();
+    m_scaleSensor.detach();
+}
+
+void SoVRMLGeoElevationGrid::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoElevationGrid, SoVRMLGeometry, "VRMLGeoElevationGrid");
+}
+
+std::uint64_t SoVRMLGeoElevationGrid::stateKey(SoState* state) const
+{
+    return lookKey(state, color);
+}
+
+void SoVRMLGeoElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
+{
+    const int nx = xDimension.getValue(), nz = zDimension.getValue();
+    if (nx < 2 || nz < 2)
+        return;
+    if (height.getNum() / nx < nz)
+        return warnOfGeo(this, "height has " + std::to_string(height.getNum())
+                                   + " values, a grid of " + std::to_string(nx) + " by "
+                                   + std::to_string(nz) + " needs more");
+    GeoFrame frame = frameOf(geoSystem, geoOrigin);
+    SbVec3d corner;
+    double east = 0, north = 0;
+    if (frame.fault.empty() && frame.system.getFrame() == GeoSystem::GC)
+        frame.fault = "a grid needs GD or UTM";
+    if (frame.fault.empty()
+        && (!readPlace(geoGridOrigin.getValue().toStdString(), corner)
+            || !readNumber(xSpacing.getValue(), east) || !readNumber(zSpacing.getValue(), north)))
+        frame.fault = "geoGridOrigin, xSpacing and zSpacing are not all numbers";
+    std::vector<SbVec3f> points;
+    std::vector<SbVec2f> across;
+    std::vector<std::int32_t> corners;
+    for (int z = 0; z < nz && frame.fault.empty(); ++z) {
+        for (int x = 0; x < nx && frame.fault.empty(); ++x) {
+            const std::int32_t at = z * nx + x;
+            const double up = static_cast<double>(height[at]) * yScale.getValue();
+            SbVec3d local;
+            frame.toLocal(frame.system.stepped(corner, x * east, z * north, up), local);
+            points.emplace_back(local);
+            across.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
+                                static_cast<float>(z) / static_cast<float>(nz - 1));
+            if (x + 1 < nx && z + 1 < nz)
+                corners.insert(corners.end(), {at, at + 1, at + nx + 1, at + nx, -1});
+        }
+    }
+    if (!frame.fault.empty())
+        return warnOfGeo(this, frame.fault);
+    const auto colors = packedColors(state, color);
+    const auto given = texCoordsOf(texCoord);
+    const SoMFInt32 none;
+    kalmyr::FaceInput in;
+    in.node = this;
+    in.positions = points;
+    in.coordIndex = corners;
+    in.normals = attribute<SbVec3f>(normalsOf(normal), none, normalPerVertex.getValue(), "normal");
+    in.colors = attribute<std::uint32_t>(colors, none, colorPerVertex.getValue(), "color");
+    in.texCoords = attribute<SbVec2f>(given.empty() ? std::span<const SbVec2f>(across) : given,
+                                      none, true, "texCoord");
+    in.clockwise = !ccw.getValue();
+    in.solid = solid.getValue();
+    in.creaseAngle = creaseAngle.getValue();
+    in.convex = false;
+    kalmyr::FaceBuilder(in).build(geometry);
+}
+
+// ---- location
+
+SO_NODE_SOURCE(SoVRMLGeoLocation)
+
+SoVRMLGeoLocation::SoVRMLGeoLocation()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLParent);
+    SO_VRML_FIELD(geoCoords, (""));
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+}
+
+SoVRMLGeoLocation::~SoVRMLGeoLocation() = default;
+
+void SoVRMLGeoLocation::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoLocation, SoVRMLParent, "VRMLGeoLocation");
+}
+
+bool SoVRMLGeoLocation::getLocalMatrix(SbMatrix& matrix) const
+{
+    std::string fault;
+    bool isKnown = false;
+    {
+        const CacheLock lock;
+        if (m_builtFrom != getNodeId()) {
+            m_builtFrom = getNodeId();
+            m_matrix = SbMatrix::identity();
+            GeoFrame frame = frameOf(geoSystem, geoOrigin);
+            SbVec3d given, local;
+            const bool isGiven = !geoCoords.getValue().isEmpty();
+            m_isKnown = isGiven && frame.toLocal(geoCoords.getValue(), local)
+                        && readPlace(geoCoords.getValue().toStdString(), given);
+            if (isGiven)
+                fault = frame.fault;
+            if (m_isKnown) {
+                m_matrix = axesAt(frame.system.toCentre(given)) * frame.turn;
+                for (int c = 0; c < 3; ++c)
+                    m_matrix[3][c] = static_cast<float>(local[c]);
+            }
+        }
+        matrix = m_matrix;
+        isKnown = m_isKnown;
+    }
+    if (!fault.empty())
+        warnOfGeo(this, fault);
+    return isKnown;
+}
+
+void SoVRMLGeoLocation::setState(SoState* state)
+{
+    SbMatrix matrix;
+    if (getLocalMatrix(matrix))
+        SoModelMatrixElement::mult(state, this, matrix);
+}
+
+// ---- what is kept
+
+SO_NODE_SOURCE(SoVRMLGeoLOD)
+
+SoVRMLGeoLOD::SoVRMLGeoLOD()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_FIELD(center, (""));
+    SO_VRML_EMPTY_FIELD(child1Url);
+    SO_VRML_EMPTY_FIELD(child2Url);
+    SO_VRML_EMPTY_FIELD(child3Url);
+    SO_VRML_EMPTY_FIELD(child4Url);
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_FIELD(range, (10.0f));
+    SO_VRML_EMPTY_FIELD(rootUrl);
+    SO_VRML_EMPTY_FIELD(rootNode);
+    SO_VRML_EVENT_OUT(children);
+}
+
+SoVRMLGeoLOD::~SoVRMLGeoLOD() = default;
+
+void SoVRMLGeoLOD::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoLOD, SoNode, "VRMLGeoLOD");
+}
+
+void SoVRMLGeoLOD::doAction(SoAction* action)
+{
+    if (rootNode.isIgnored())
+        return;
+    SoState* state = action->getState();
+    state->push();
+    for (SoNode* node : rootNode.getValues()) {
+        if (node)
+            action->traverse(node, -1);
+    }
+    state->pop();
+}
+
+SO_NODE_SOURCE(SoVRMLGeoMetadata)
+
+SoVRMLGeoMetadata::SoVRMLGeoMetadata()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EXPOSED_EMPTY(data);
+    SO_VRML_EXPOSED_EMPTY(summary);
+    SO_VRML_EXPOSED_EMPTY(url);
+}
+
+SoVRMLGeoMetadata::~SoVRMLGeoMetadata() = default;
+
+void SoVRMLGeoMetadata::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoMetadata, SoNode, "VRMLGeoMetadata");
+}
+
+// ---- motion and touch
+
+SO_NODE_SOURCE(SoVRMLGeoPositionInterpolator)
+
+SoVRMLGeoPositionInterpolator::SoVRMLGeoPositionInterpolator()
+{
+    SO_NODE_CONSTRUCTOR(SoNode);
+    SO_VRML_EVENT_IN(set_fraction);
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_EMPTY_FIELD(key);
+    SO_VRML_EMPTY_FIELD(keyValue);
+    SO_VRML_EVENT_OUT(geovalue_changed);
+    SO_VRML_EVENT_OUT(value_changed);
+    forwardEvent<SoVRMLGeoPositionInterpolator>(
+        m_sensor, set_fraction,
+        [](void* self, SoSensor*) { static_cast<SoVRMLGeoPositionInterpolator*>(self)->follow(); },
+        this);
+}
+
+SoVRMLGeoPositionInterpolator::~SoVRMLGeoPositionInterpolator()
+{
+    m_sensor.detach();
+}
+
+void SoVRMLGeoPositionInterpolator::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoPositionInterpolator, SoNode, "VRMLGeoPositionInterpolator");
+}
+
+void SoVRMLGeoPositionInterpolator::follow()
+{
+    const auto keys = key.values();
+    const auto count = static_cast<std::ptrdiff_t>(
+        std::min(keys.size(), static_cast<std::size_t>(keyValue.getNum())));
+    if (count == 0 || !m_cascade.mayReact())
+        return;
+    const float fraction = set_fraction.getValue();
+    const auto above = std::upper_bound(keys.begin(), keys.begin() + count, fraction);
+    const auto after =
+        static_cast<int>(std::min(above - keys.begin(), static_cast<std::ptrdiff_t>(count - 1)));
+    const int before = std::max(after - (above == keys.begin() + count ? 0 : 1), 0);
+    const float gap =
+        keys[static_cast<std::size_t>(after)] - keys[static_cast<std::size_t>(before)];
+    const double t = gap > 0 ? (fraction - keys[static_cast<std::size_t>(before)]) / gap : 0;
+    GeoFrame frame = frameOf(geoSystem, geoOrigin);
+    SbVec3d from, to, local;
+    if (frame.fault.empty()
+        && (!readPlace(keyValue[before].toStdString(), from)
+            || !readPlace(keyValue[after].toStdString(), to)))
+        frame.fault = "a key value is not three numbers";
+    const SbVec3d place = from + (to - from) * t;
+    if (!frame.fault.empty() || !frame.toLocal(place, local))
+        return warnOfGeo(this, frame.fault);
+    geovalue_changed = SbString(placeText(place));
+    value_changed = SbVec3f(local);
+}
+
+SO_NODE_SOURCE(SoVRMLGeoTouchSensor)
+
+SoVRMLGeoTouchSensor::SoVRMLGeoTouchSensor()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLTouchSensor);
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_EVENT_OUT(hitGeoCoord_changed);
+}
+
+SoVRMLGeoTouchSensor::~SoVRMLGeoTouchSensor() = default;
+
+void SoVRMLGeoTouchSensor::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoTouchSensor, SoVRMLTouchSensor, "VRMLGeoTouchSensor");
+}
+
+void SoVRMLGeoTouchSensor::hover(const Pointer& pointer)
+{
+    SoVRMLTouchSensor::hover(pointer);
+    if (!pointer.isOver)
+        return;
+    const GeoFrame frame = frameOf(geoSystem, geoOrigin);
+    if (!frame.fault.empty())
+        return warnOfGeo(this, frame.fault);
+    hitGeoCoord_changed = SbString(placeText(frame.fromLocal(SbVec3d(pointer.hit.point))));
+}
+
+// ---- viewpoint
+
+SO_NODE_SOURCE(SoVRMLGeoViewpoint)
+
+SoVRMLGeoViewpoint::SoVRMLGeoViewpoint()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLBindable);
+    SO_VRML_EVENT_IN(set_orientation);
+    SO_VRML_EVENT_IN(set_position);
+    SO_VRML_EXPOSED(fieldOfView, (0.785398f));
+    SO_VRML_EXPOSED(headlight, (true));
+    SO_VRML_EXPOSED(jump, (true));
+    SO_VRML_EXPOSED_EMPTY(navType);
+    navType.initValues({SbString("EXAMINE"), SbString("ANY")});
+    SO_VRML_FIELD(description, (""));
+    SO_VRML_EMPTY_FIELD(geoOrigin);
+    SO_VRML_EMPTY_FIELD(geoSystem);
+    geoSystem.initValues({SbString("GD"), SbString("WE")});
+    SO_VRML_FIELD(orientation, (SbRotation()));
+    SO_VRML_FIELD(position, ("0 0 100000"));
+    SO_VRML_FIELD(speedFactor, (1.0f));
+    SO_VRML_EVENT_OUT(bindTime);
+    forwardEvent<SoVRMLGeoViewpoint>(
+        m_positionSensor, set_position,
+        [](void* self, SoSensor*) {
+            auto* view = static_cast<SoVRMLGeoViewpoint*>(self);
+            view->position = view->set_position.getValue();
+        },
+        this);
+    forwardEvent<SoVRMLGeoViewpoint>(
+        m_orientationSensor, set_orientation,
+        [](void* self, SoSensor*) {
+            auto* view = static_cast<SoVRMLGeoViewpoint*>(self);
+            view->orientation = view->set_orientation.getValue();
+        },
+        this);
+}
+
+SoVRMLGeoViewpoint::~SoVRMLGeoViewpoint()
+{
+    m_positionSensor.detach();
+    m_orientationSensor.detach();
+}
+
+void SoVRMLGeoViewpoint::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLGeoViewpoint, SoVRMLBindable, "VRMLGeoViewpoint");
+}
+
+void SoVRMLGeoViewpoint::boundChanged(SbTime now)
+{
+    bindTime = now;
+}
+
+bool SoVRMLGeoViewpoint::getView(SbVec3f& place, SbRotation& turn) const
+{
+    GeoFrame frame = frameOf(geoSystem, geoOrigin);
+    SbVec3d given, local;
+    if (!frame.toLocal(position.getValue(), local)) {
+        warnOfGeo(this, frame.fault);
+        return false;
+    }
+    readPlace(position.getValue().toStdString(), given);
+    place = SbVec3f(local);
+    turn = orientation.getValue() * SbRotation(axesAt(frame.system.toCentre(given)) * frame.turn);
+    return true;
+}
+
+// ---- inline
+
+SO_NODE_SOURCE(SoVRMLInlineLoadControl)
+
+SoVRMLInlineLoadControl::SoVRMLInlineLoadControl()
+{
+    SO_NODE_CONSTRUCTOR(SoVRMLInline);
+    SO_VRML_EXPOSED(load, (true));
+    SO_VRML_EVENT_OUT(children);
+    forwardEvent<SoVRMLInlineLoadControl>(
+        m_sensor, load,
+        [](void* self, SoSensor*) { static_cast<SoVRMLInlineLoadControl*>(self)->follow(); }, this);
+}
+
+SoVRMLInlineLoadControl::~SoVRMLInlineLoadControl()
+{
+    m_sensor.detach();
+}
+
+void SoVRMLInlineLoadControl::initClass()
+{
+    SO_NODE_INIT_CLASS(SoVRMLInlineLoadControl, SoVRMLInline, "VRMLInlineLoadControl");
+}
+
+void SoVRMLInlineLoadControl::follow()
+{
+    if (load.getValue() && !getChildData() && url.getNum() > 0)
+        requestChildrenFromURL();
+    else if (!load.getValue() && getChildData())
+        setChildData(nullptr);
+    children.setNum(0);
+    if (SoNode* content = getChildData())
+        children.set1Value(0, content);
+}
