@@ -2,7 +2,7 @@
 #include "support/ErrorGuard.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>
-#include <kalmyr/details/SoFaceDetail.h>
+#include <kalmyr/details/SoTextDetail.h>
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/shapes/SoText3.h>
 
@@ -223,8 +223,8 @@ TEST_F(Text3Test, IsPickedByLines)
         ASSERT_EQ(pick.getPickedPoints().size(), 2u);
         EXPECT_NEAR(pick.getPickedPoint(0)->getPoint()[2], 0, 1e-4f);
         EXPECT_NEAR(pick.getPickedPoint(1)->getPoint()[2], -2, 1e-4f);
-        const auto* detail = static_cast<const SoFaceDetail*>(pick.getPickedPoint(0)->getDetail());
-        EXPECT_EQ(detail->getFaceIndex(), line);
+        const auto* detail = static_cast<const SoTextDetail*>(pick.getPickedPoint(0)->getDetail());
+        EXPECT_EQ(detail->getStringIndex(), line);
     }
     // A side from the right.
     pick.setRay({20, 3.5f, -1}, {-1, 0, 0});

@@ -4,6 +4,7 @@
 #include <kalmyr/details/SoFaceDetail.h>
 #include <kalmyr/details/SoLineDetail.h>
 #include <kalmyr/details/SoPointDetail.h>
+#include <kalmyr/details/SoTextDetail.h>
 
 namespace {
 
@@ -27,4 +28,5 @@ void kalmyr::initDetails()
     SoPointDetail::initClass();
     SoLineDetail::initClass();
     SoFaceDetail::initClass();
+    SoTextDetail::initClass();
 }

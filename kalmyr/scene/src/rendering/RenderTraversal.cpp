@@ -475,11 +475,21 @@ void RenderTraversal::shape(SoShape* shape)
     }
     const SoGeometry& geometry = *entry.geometry;
     const bool filled = SoDrawStyleElement::get(m_state).style == SoDrawStyleValues::FILLED;
-    if (geometry.isSizedInPixels() && !filled) {
-        m_state->push(); // pictures and letters have no edges to show
-        SoDrawStyleValues style = SoDrawStyleElement::get(m_state);
-        style.style = SoDrawStyleValues::FILLED;
-        m_state->write<SoDrawStyleElement>().set(shape, style);
+    const bool isPainted = !geometry.coverage.isNull();
+    if (isPainted || (geometry.isSizedInPixels() && !filled)) {
+        m_state->push();
+        if (!filled) { // pictures and letters have no edges to show
+            SoDrawStyleValues style = SoDrawStyleElement::get(m_state);
+            style.style = SoDrawStyleValues::FILLED;
+            m_state->write<SoDrawStyleElement>().set(shape, style);
+        }
+        if (isPainted) {
+            SoTextureValues texture;
+            texture.image = geometry.coverage;
+            texture.wrapS = texture.wrapT = SoTextureValues::CLAMP;
+            m_state->write<SoTextureElement>().set(shape, texture);
+            m_state->write<SoTextureMatrixElement>().set(shape, SbMatrix::identity());
+        }
         entry.appearance = appearance();
         m_state->pop();
     } else {

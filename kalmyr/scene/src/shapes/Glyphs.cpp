@@ -14,6 +14,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
+#include FT_SIZES_H
 #include <hb-ft.h>
 
 namespace kalmyr::detail {
@@ -72,8 +73,13 @@ public:
     BoxFont()
     {
         m_box.advance = m_blank.advance = kAdvance;
-        m_box.points = {{0.05f, 0}, {0.5f, 0}, {0.5f, 0.7f}, {0.05f, 0.7f}};
-        m_box.triangles = {0, 1, 2, 0, 2, 3};
+        // A frame.
+        m_box.points = {{0.05f, 0},    {0.5f, 0},      {0.5f, 0.7f},   {0.05f, 0.7f},
+                        {0.1f, 0.05f}, {0.45f, 0.05f}, {0.45f, 0.65f}, {0.1f, 0.65f}};
+        for (std::uint32_t i = 0; i < 4; ++i) {
+            const std::uint32_t next = (i + 1) % 4;
+            m_box.triangles.insert(m_box.triangles.end(), {i, next, 4 + next, i, 4 + next, 4 + i});
+        }
     }
     bool has(char32_t) const override { return true; }
     void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) override
@@ -81,8 +87,27 @@ public:
         for (std::uint32_t i = run.begin; i < run.end; ++i) {
             const std::uint32_t at = run.rightToLeft ? run.begin + run.end - 1 - i : i;
             const Glyph* glyph = run.line[at] <= ' ' ? &m_blank : &m_box;
-            glyphs.push_back({glyph, {}, kAdvance, at});
+            glyphs.push_back({glyph, {}, kAdvance, at, this, glyph == &m_box ? 1u : 0u});
         }
+    }
+    Coverage paint(const ShapedGlyph& glyph, float size, float) override
+    {
+        if (glyph.index == 0)
+            return {};
+        Coverage box{std::max(1, static_cast<int>(0.05f * size)),
+                     0,
+                     std::max(2, static_cast<int>(0.45f * size)),
+                     std::max(3, static_cast<int>(0.7f * size)),
+                     {}};
+        const int edge = std::max(1, static_cast<int>(0.05f * size));
+        for (int y = 0; y < box.height; ++y) {
+            for (int x = 0; x < box.width; ++x) {
+                const bool inside =
+                    x >= edge && x < box.width - edge && y >= edge && y < box.height - edge;
+                box.values.push_back(inside ? 0 : 255);
+            }
+        }
+        return box;
     }
     float ascent() const override { return 0.8f; }
     float descent() const override { return 0.2f; }
@@ -92,13 +117,29 @@ private:
     Glyph m_box, m_blank;
 };
 
+Coverage copyOf(const FT_GlyphSlotRec& slot)
+{
+    const FT_Bitmap& bitmap = slot.bitmap;
+    Coverage copy{slot.bitmap_left,
+                  slot.bitmap_top - static_cast<int>(bitmap.rows),
+                  static_cast<int>(bitmap.width),
+                  static_cast<int>(bitmap.rows),
+                  {}};
+    for (int y = copy.height - 1; y >= 0; --y) { // a bitmap begins at the top
+        const unsigned char* row = bitmap.buffer + static_cast<std::ptrdiff_t>(y) * bitmap.pitch;
+        copy.values.insert(copy.values.end(), row, row + bitmap.width);
+    }
+    return copy;
+}
+
 /// An outline font in a file.
 class FileFont final : public Font {
 public:
     explicit FileFont(FT_Face face) : m_face(face), m_scale(1.0f / face->units_per_EM)
     {
-        // So that HarfBuzz measures in 64ths of font units.
+        // So that HarfBuzz measures in 64ths of font units. Painting has a size of its own.
         FT_Set_Pixel_Sizes(face, 0, face->units_per_EM);
+        m_measured = face->size;
         m_shaper = hb_ft_font_create(face, nullptr);
         hb_ft_font_set_load_flags(m_shaper, FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP);
     }
@@ -107,6 +148,7 @@ public:
         return FT_Get_Char_Index(m_face, character) != 0;
     }
     void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) override;
+    Coverage paint(const ShapedGlyph& glyph, float size, float fraction) override;
     float ascent() const override { return static_cast<float>(m_face->ascender) * m_scale; }
     float descent() const override { return static_cast<float>(-m_face->descender) * m_scale; }
 
@@ -132,8 +174,10 @@ private:
             tessellateContours(outline.contours, glyph);
     }
 
-    FT_Face m_face;      // Lives as long as the process, as all below.
-    hb_font_t* m_shaper; ///< of the face
+    FT_Face m_face; // Lives as long as the process, as all below.
+    FT_Size m_measured;
+    FT_Size m_painted = nullptr; ///< made when first needed
+    hb_font_t* m_shaper;         ///< of the face
     hb_buffer_t* m_buffer = hb_buffer_create();
     float m_scale;
     std::unordered_map<FT_UInt, Glyph> m_glyphs;
@@ -159,8 +203,28 @@ void FileFont::shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs)
             {&glyph(infos[i].codepoint),
              SbVec2f(static_cast<float>(places[i].x_offset), static_cast<float>(places[i].y_offset))
                  * scale,
-             static_cast<float>(places[i].x_advance) * scale, infos[i].cluster});
+             static_cast<float>(places[i].x_advance) * scale, infos[i].cluster, this,
+             infos[i].codepoint});
     }
+}
+
+Coverage FileFont::paint(const ShapedGlyph& glyph, float size, float fraction)
+{
+    if (!m_painted && FT_New_Size(m_face, &m_painted) != 0)
+        return {};
+    FT_Activate_Size(m_painted);
+    Coverage result;
+    // Fitted to whole pixels upwards, where it makes letters sharp and moves none.
+    if (FT_Set_Char_Size(m_face, 0, static_cast<FT_F26Dot6>(size * 64), 72, 72) == 0
+        && FT_Load_Glyph(m_face, glyph.index, FT_LOAD_TARGET_LIGHT | FT_LOAD_NO_BITMAP) == 0
+        && m_face->glyph->format == FT_GLYPH_FORMAT_OUTLINE) {
+        const FT_GlyphSlot slot = m_face->glyph;
+        FT_Outline_Translate(&slot->outline, static_cast<FT_Pos>(fraction * 64), 0);
+        if (FT_Render_Glyph(slot, FT_RENDER_MODE_NORMAL) == 0)
+            result = copyOf(*slot);
+    }
+    FT_Activate_Size(m_measured);
+    return result;
 }
 
 using Wish = std::tuple<SbName, int, int>;

@@ -17,12 +17,23 @@ struct Glyph {
     float advance = 0;                    ///< to the next character of the line
 };
 
+class Font;
+
 /// A glyph of shaped text: where it stands relative to the pen, and how far the pen goes on (ems).
 struct ShapedGlyph {
     const Glyph* glyph = nullptr;
     SbVec2f offset;
     float advance = 0;
     std::uint32_t character = 0; ///< number of the first character that it stands for
+    Font* font = nullptr;        ///< that it is of
+    std::uint32_t index = 0;     ///< its number in the font
+};
+
+/// How much of each pixel a glyph covers, of 255; nothing for a blank.
+struct Coverage {
+    int left = 0, bottom = 0; ///< from the pen, on the baseline
+    int width = 0, height = 0;
+    std::vector<unsigned char> values; ///< row by row from the bottom
 };
 
 /// Characters of one font, script and direction within a line.
@@ -41,6 +52,8 @@ public:
     /// Appends the glyphs of a run from left to right. Never fails: a character that the font lacks
     /// is a box.
     virtual void shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs) = 0;
+    /// A glyph of this font at so many pixels an em, its pen a fraction of a pixel to the right.
+    virtual Coverage paint(const ShapedGlyph& glyph, float size, float fraction) = 0;
     virtual float ascent() const = 0;  ///< of a line above its baseline, ems
     virtual float descent() const = 0; ///< below, positive
 };

@@ -101,6 +101,7 @@ SoRef<SoGeometry> SoGeometry::inView(const SbMatrix& toWorld, const SoView& view
     result->positions = positions;
     result->texCoords = texCoords;
     result->colors = colors;
+    result->coverage = coverage;
     result->solid = solid;
     result->twoSided = twoSided;
     std::vector<char> seen(positions.size());
@@ -121,7 +122,13 @@ SoRef<SoGeometry> SoGeometry::inView(const SbMatrix& toWorld, const SoView& view
         result->triangleFaces.push_back(i < triangleFaces.size() ? triangleFaces[i]
                                                                  : static_cast<std::int32_t>(i));
     });
-    copySeen(lines, 2, seen, result->lines, [](std::size_t) {});
-    copySeen(points, 1, seen, result->points, [](std::size_t) {});
+    copySeen(lines, 2, seen, result->lines, [&](std::size_t i) {
+        result->lineNumbers.push_back(i < lineNumbers.size() ? lineNumbers[i]
+                                                             : static_cast<std::int32_t>(i));
+    });
+    copySeen(points, 1, seen, result->points, [&](std::size_t i) {
+        result->pointNumbers.push_back(i < pointNumbers.size() ? pointNumbers[i]
+                                                               : static_cast<std::int32_t>(i));
+    });
     return result;
 }

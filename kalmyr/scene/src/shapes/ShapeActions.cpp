@@ -61,7 +61,7 @@ SbVec3f faceNormal(const SoGeometry& g, const std::uint32_t* corners)
 /// A shape that is picked.
 struct Picked {
     SoRayPickAction* action;
-    const SoShape* shape;
+    SoShape* shape;
     const SoGeometry& geometry;
 
     void describe(SoPickedPoint* picked, SoShape::Primitive primitive, std::size_t index) const

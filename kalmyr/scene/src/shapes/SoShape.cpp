@@ -82,7 +82,7 @@ void SoShape::buildGeometry(SoState* state, SoGeometry& geometry)
 
 std::unique_ptr<SoDetail> SoShape::createDetail(SoState* state, const SoGeometry& geometry,
                                                 Primitive primitive, std::size_t index,
-                                                const SbVec3f&) const
+                                                const SbVec3f&)
 {
     using kalmyr::ShapeSource;
     const kalmyr::detail::PrimitiveIndex* known = geometry.getPrimitiveIndex();

@@ -26,7 +26,9 @@
 #include <kalmyr/shapes/SoQuadSet.h>
 #include <kalmyr/shapes/SoShape.h>
 #include <kalmyr/shapes/SoSphere.h>
+#include <kalmyr/shapes/SoText2.h>
 #include <kalmyr/shapes/SoText3.h>
+#include <kalmyr/shapes/SoTextShape.h>
 #include <kalmyr/shapes/SoTriangleSet.h>
 #include <kalmyr/shapes/SoTriangleStripSet.h>
 #include <kalmyr/shapes/SoVertexShape.h>
@@ -61,6 +63,8 @@ void kalmyr::initShapes()
     SoIndexedNurbsCurve::initClass();
     SoNurbsSurface::initClass();
     SoIndexedNurbsSurface::initClass();
+    SoTextShape::initClass();
     SoAsciiText::initClass();
+    SoText2::initClass();
     SoText3::initClass();
 }

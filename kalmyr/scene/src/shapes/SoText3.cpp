@@ -3,7 +3,6 @@
 #include "Primitives.h"
 #include "TextExtruder.h"
 
-#include <kalmyr/elements/SoFontElement.h>
 #include <kalmyr/elements/SoMaterialElement.h>
 
 #include <cmath>
@@ -14,8 +13,6 @@ constexpr SoEnumEntry kParts[] = {{"FRONT", SoText3::FRONT},
                                   {"SIDES", SoText3::SIDES},
                                   {"BACK", SoText3::BACK},
                                   {"ALL", SoText3::ALL}};
-constexpr SoEnumEntry kJustifications[] = {
-    {"LEFT", SoText3::LEFT}, {"RIGHT", SoText3::RIGHT}, {"CENTER", SoText3::CENTER}};
 
 /// The profile in force; points that are not finite are left out.
 std::vector<SbVec2f> profileOf(float depth, std::span<const SbVec2f> given)
@@ -39,11 +36,7 @@ SO_NODE_SOURCE(SoText3)
 
 SoText3::SoText3()
 {
-    SO_NODE_CONSTRUCTOR(SoShape);
-    SO_ADD_FIELD(string, (""));
-    SO_ADD_FIELD(spacing, (1.0f));
-    SO_ADD_FIELD(justification, (LEFT));
-    justification.setEnums(kJustifications);
+    SO_NODE_CONSTRUCTOR(SoTextShape);
     SO_ADD_FIELD(width, (0.0f));
     SO_ADD_FIELD(parts, (ALL));
     parts.setEnums(kParts);
@@ -55,27 +48,26 @@ SoText3::~SoText3() = default;
 
 void SoText3::initClass()
 {
-    SO_NODE_INIT_CLASS(SoText3, SoShape, "Text3");
+    SO_NODE_INIT_CLASS(SoText3, SoTextShape, "Text3");
 }
 
 std::uint64_t SoText3::stateKey(SoState* state) const
 {
-    const std::uint64_t font = state->get<SoFontElement>().getValueId();
-    return SoElement::mix(font + 1, kalmyr::detail::primitiveStateKey(state, 0, true));
+    return SoElement::mix(SoTextShape::stateKey(state) + 1,
+                          kalmyr::detail::primitiveStateKey(state, 0, true));
+}
+
+void SoText3::fillLayout(SoState* state, kalmyr::detail::TextLayout& text) const
+{
+    SoTextShape::fillLayout(state, text);
+    text.lengths = width.values();
 }
 
 void SoText3::buildGeometry(SoState* state, SoGeometry& geometry)
 {
     using kalmyr::detail::TextExtruder;
-    using kalmyr::detail::TextLayout;
-    TextLayout text;
-    text.font = SoFontElement::get(state);
-    text.lines = string.values();
-    text.lengths = width.values();
-    text.spacing = spacing.getValue();
-    text.major = justification.getValue() == RIGHT    ? TextLayout::END
-                 : justification.getValue() == CENTER ? TextLayout::MIDDLE
-                                                      : TextLayout::BEGIN;
+    kalmyr::detail::TextLayout text;
+    fillLayout(state, text);
     TextExtruder extruder;
     extruder.node = this;
     extruder.profile = profileOf(depth.getValue(), profile.values());

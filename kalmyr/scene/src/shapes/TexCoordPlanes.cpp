@@ -21,6 +21,8 @@ SoRef<SoGeometry> copyOf(const SoGeometry& from)
     copy->lines = from.lines;
     copy->points = from.points;
     copy->triangleFaces = from.triangleFaces;
+    copy->lineNumbers = from.lineNumbers;
+    copy->pointNumbers = from.pointNumbers;
     copy->solid = from.solid;
     copy->twoSided = from.twoSided;
     if (from.extras)
@@ -60,6 +62,9 @@ std::uint64_t extrasKey(SoState* state)
 
 SoRef<SoGeometry> withPlanes(const SoRef<SoGeometry>& geometry, SoState* state)
 {
+    // What has a size in pixels brings its own picture.
+    if (!geometry || geometry->isSizedInPixels())
+        return geometry;
     const auto& sets = state->get<SoTextureCoordinateSetsElement>().value();
     SoRef<SoGeometry> result = geometry;
     for (const SoTextureCoordinateSet& set : sets) {

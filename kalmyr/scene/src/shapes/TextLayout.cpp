@@ -2,10 +2,12 @@
 
 #include "TextShaper.h"
 
+#include <kalmyr/details/SoTextDetail.h>
 #include <kalmyr/shapes/SoGeometry.h>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace kalmyr::detail {
 
@@ -133,14 +135,26 @@ void placeLine(const TextLayout& text, const Font& font, const Line& line, float
         if (text.horizontal) { // glyphs are in order from left to right already
             const SbVec2f pen(begin + passed + shaped.offset[0] * size * line.stretch,
                               across + shaped.offset[1] * size);
-            use({*shaped.glyph, pen, {size * line.stretch, size}, number, shaped.character});
+            use({*shaped.glyph,
+                 shaped,
+                 pen,
+                 {size * line.stretch, size},
+                 number,
+                 shaped.character,
+                 {begin + passed, begin + passed + room}});
             continue;
         }
         const float along = begin + (forward ? passed : length - passed - room);
         const float base = font.descent() * room / (font.ascent() + font.descent());
         const SbVec2f pen(across + (place.inset + shaped.offset[0]) * size,
                           along + base + shaped.offset[1] * size * line.stretch);
-        use({*shaped.glyph, pen, {size, size * line.stretch}, number, shaped.character});
+        use({*shaped.glyph,
+             shaped,
+             pen,
+             {size, size * line.stretch},
+             number,
+             shaped.character,
+             {along, along + room}});
     }
 }
 
@@ -183,6 +197,27 @@ void TextLayout::build(SoGeometry& geometry) const
         geometry.triangleFaces.insert(geometry.triangleFaces.end(), glyph.triangles.size() / 3,
                                       placed.line);
     });
+}
+
+std::unique_ptr<SoDetail> TextLayout::createDetail(const SoGeometry& geometry, std::size_t triangle,
+                                                   const SbVec2f& place) const
+{
+    auto detail = std::make_unique<SoTextDetail>();
+    if (triangle < geometry.triangleFaces.size())
+        detail->setStringIndex(geometry.triangleFaces[triangle]);
+    const float at = place[horizontal ? 0 : 1];
+    float nearest = std::numeric_limits<float>::max();
+    this->place([&](const PlacedGlyph& placed) {
+        // Within its own room it is the nearest; marks have none.
+        const float distance =
+            std::max({placed.cell[0] - at, at - placed.cell[1], 0.0f})
+            + (placed.cell[1] > placed.cell[0] ? 0 : std::numeric_limits<float>::min());
+        if (placed.line != detail->getStringIndex() || !(distance < nearest))
+            return;
+        nearest = distance;
+        detail->setCharacterIndex(static_cast<int>(placed.character));
+    });
+    return detail;
 }
 
 } // namespace kalmyr::detail

@@ -5,21 +5,26 @@
 #include <kalmyr/elements/SoFontElement.h>
 
 #include <functional>
+#include <memory>
 #include <span>
 
+class SoDetail;
 class SoGeometry;
 
 namespace kalmyr::detail {
 
 struct Glyph;
+struct ShapedGlyph;
 
 /// A glyph in its place: points of the glyph times `scale`, then moved to `origin`.
 struct PlacedGlyph {
     const Glyph& glyph;
+    const ShapedGlyph& shaped;
     SbVec2f origin;
     SbVec2f scale; ///< object units an em
     int line;
     std::uint32_t character; ///< number in the line of the first one that it stands for
+    SbVec2f cell;            ///< where its room begins and ends along the line
 
     SbVec2f at(const SbVec2f& p) const
     {
@@ -49,6 +54,10 @@ struct TextLayout {
     void place(const std::function<void(const PlacedGlyph&)>& use) const;
     /// Flat letters that face +z; one face a line.
     void build(SoGeometry& geometry) const;
+    /// An SoTextDetail of the character that is nearest to a place on a triangle of the geometry,
+    /// whose faces are the lines.
+    std::unique_ptr<SoDetail> createDetail(const SoGeometry& geometry, std::size_t triangle,
+                                           const SbVec2f& place) const;
 };
 
 } // namespace kalmyr::detail

@@ -2,6 +2,7 @@
 
 #include "shapes/TextLayout.h"
 
+#include <kalmyr/details/SoDetail.h>
 #include <kalmyr/vrml/SoVRMLFontStyle.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
@@ -73,9 +74,8 @@ void SoVRMLText::initClass()
     SO_NODE_INIT_CLASS(SoVRMLText, SoVRMLGeometry, "VRMLText");
 }
 
-void SoVRMLText::buildGeometry(SoState*, SoGeometry& geometry)
+void SoVRMLText::fillLayout(TextLayout& text) const
 {
-    TextLayout text;
     text.font.size = 1;
     const SoNode* style = SoVRMLProtoInstance::resolve(fontStyle.getValue());
     if (style && style->isOfType(SoVRMLFontStyle::getClassTypeId()))
@@ -83,5 +83,19 @@ void SoVRMLText::buildGeometry(SoState*, SoGeometry& geometry)
     text.lines = string.values();
     text.lengths = length.values();
     text.maxExtent = maxExtent.getValue();
+}
+
+void SoVRMLText::buildGeometry(SoState*, SoGeometry& geometry)
+{
+    TextLayout text;
+    fillLayout(text);
     text.build(geometry);
+}
+
+std::unique_ptr<SoDetail> SoVRMLText::createDetail(SoState*, const SoGeometry& geometry, Primitive,
+                                                   std::size_t index, const SbVec3f& point)
+{
+    TextLayout text;
+    fillLayout(text);
+    return text.createDetail(geometry, index, SbVec2f(point[0], point[1]));
 }

@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/Export.h>
 #include <kalmyr/base/SbBox.h>
+#include <kalmyr/base/SbImage.h>
 #include <kalmyr/base/SbMatrix.h>
 #include <kalmyr/base/SbVec.h>
 #include <kalmyr/base/SoRef.h>
@@ -66,6 +67,9 @@ public:
         std::vector<Attribute> attributes;
     };
     std::unique_ptr<Extras> extras; ///< null for most
+    /// Laid over texCoords in place of the state's texture, and its alpha on the colour; null:
+    /// none.
+    SbImage coverage;
     bool solid = false;   ///< back faces may be culled
     bool twoSided = true; ///< back faces are lit with the reversed normal
 

@@ -41,7 +41,7 @@ public:
     /// geometry is that of the present state, and `point` lies on the primitive, in object space.
     virtual std::unique_ptr<SoDetail> createDetail(SoState* state, const SoGeometry& geometry,
                                                    Primitive primitive, std::size_t index,
-                                                   const SbVec3f& point) const;
+                                                   const SbVec3f& point);
 
 protected:
     SoShape();
