@@ -12,9 +12,10 @@
 
 namespace {
 
+constexpr int kMaxSide = 16384; // of a picture, in pixels
+
 bool parseSize(const std::string& text, SbViewportRegion& region)
 {
-    constexpr int kMaxSide = 16384;
     const std::size_t x = text.find('x');
     int width = 0, height = 0;
     if (x == std::string::npos || !SbNumber::toInt(text.substr(0, x), width)
@@ -98,7 +99,8 @@ int drawOne(const DrawOptions& options, const std::string& in, const std::string
             static_cast<unsigned long long>(kMaxOccurrences));
         return 1;
     }
-    const SoRef<SoNode> seen = seenByCamera(scene, options.camera, options.region);
+    const SoRef<SoNode> seen =
+        seenByCamera(scene, options.camera, options.showsAll, options.region);
     if (!seen) {
         std::fprintf(stderr, "%s: error: there is no camera named \"%s\"\n", in.c_str(),
                      options.camera.c_str());
@@ -113,6 +115,7 @@ int drawOne(const DrawOptions& options, const std::string& in, const std::string
 bool takeDrawOptions(Arguments& arguments, DrawOptions& options, std::string& reason)
 {
     std::string size, background, to, folder, unknown;
+    options.showsAll = takeFlag(arguments, "--view-all");
     if (!takeOption(arguments, "--size", size) || !takeOption(arguments, "--background", background)
         || !takeOption(arguments, "--camera", options.camera) || !takeOption(arguments, "--to", to)
         || !takeOption(arguments, "--folder", folder)) {
@@ -123,7 +126,8 @@ bool takeDrawOptions(Arguments& arguments, DrawOptions& options, std::string& re
     if (hasUnknownOption(arguments, unknown))
         reason = "unknown option " + unknown;
     else if (!size.empty() && !parseSize(size, options.region))
-        reason = "--size is WIDTHxHEIGHT in pixels, not " + size;
+        reason = "--size is WIDTHxHEIGHT in pixels, each from 1 to " + std::to_string(kMaxSide)
+                 + ", not " + size;
     else if (!background.empty() && !parseColor(background, color))
         reason = "--background is R,G,B from 0 to 1, not " + background;
     if (!reason.empty())

@@ -17,13 +17,14 @@ struct DrawOptions {
     SbViewportRegion region{800, 600};
     std::optional<SbColor> background;
     std::string camera;
+    bool showsAll = false; ///< the camera is moved until all of the scene is in view
     /// Scenes and what they become.
     std::vector<std::pair<std::string, std::string>> files;
 };
 
-/// Takes --size, --background, --camera, --to and --folder, and then the files: a scene and what it
-/// becomes, or, with --to, any number of scenes. False when something is wrong, which `reason`
-/// says.
+/// Takes --size, --background, --camera, --view-all, --to and --folder, and then the files: a scene
+/// and what it becomes, or, with --to, any number of scenes. False when something is wrong, which
+/// `reason` says.
 bool takeDrawOptions(Arguments& arguments, DrawOptions& options, std::string& reason);
 
 /// Reads each scene and calls `draw` with it as its camera shows it. Errors are printed, and the

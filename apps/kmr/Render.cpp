@@ -10,24 +10,20 @@
 
 namespace {
 
+using Format = SoOffscreenRenderer::Format;
+
 struct PictureFormat {
     const char* extension;
-    bool (*write)(const SoOffscreenRenderer& renderer, std::FILE* file);
+    Format format;
     bool hasAlpha; ///< can leave the background transparent
 };
 constexpr PictureFormat kFormats[] = {
-    {"png", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToPNG(f); }, true},
-    {"jpg", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToJPEG(f, 0.9f); },
-     false},
-    {"jpeg", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToJPEG(f, 0.9f); },
-     false},
-    {"bmp", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToBMP(f); }, false},
-    {"tif", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToTIFF(f); }, true},
-    {"tiff", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToTIFF(f); }, true},
-    {"rgb", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToRGB(f); }, true},
-    {"ps", [](const SoOffscreenRenderer& r, std::FILE* f) { return r.writeToPostScript(f); },
-     false},
+    {"png", Format::PNG, true},     {"jpg", Format::JPEG, false},
+    {"jpeg", Format::JPEG, false},  {"bmp", Format::BMP, false},
+    {"tif", Format::TIFF, true},    {"tiff", Format::TIFF, true},
+    {"rgb", Format::SGI_RGB, true}, {"ps", Format::POSTSCRIPT, false},
 };
+constexpr float kQuality = 0.9f; // of JPEG
 
 const PictureFormat* formatOf(const std::string& name)
 {
@@ -55,8 +51,6 @@ bool render(SoNode* seen, const std::string& name, const DrawOptions& options,
     renderer.setNumSamples(how.samples);
     if (how.transparency >= 0)
         renderer.getGLRenderAction()->setTransparencyType(how.transparency);
-    if (!renderer.render(seen))
-        return false;
     SbFileReplacement file;
     SbString error;
     if (!file.open(SbString(name), &error)) {
@@ -64,7 +58,7 @@ bool render(SoNode* seen, const std::string& name, const DrawOptions& options,
                      error.getString());
         return false;
     }
-    if (!formatOf(name)->write(renderer, file.getFile()))
+    if (!renderer.renderToFile(seen, file.getFile(), formatOf(name)->format, kQuality))
         return false;
     if (file.commit(&error))
         return true;

@@ -170,15 +170,29 @@ SoRef<SoNode> throughNamed(const Scene& scene, const std::string& name,
     return nullptr;
 }
 
+/// Moves the first camera until all is in view.
+void showAll(SoNode* seen, const SbViewportRegion& region)
+{
+    if (const SoRef<SoPath> path = pathToFirst<SoCamera>(seen))
+        static_cast<SoCamera*>(path->getTail())->viewAll(path->getHead(), region);
+}
+
 } // namespace
 
-SoRef<SoNode> seenByCamera(const Scene& scene, const std::string& cameraName,
+SoRef<SoNode> seenByCamera(const Scene& scene, const std::string& cameraName, bool showsAll,
                            const SbViewportRegion& region)
 {
-    if (!cameraName.empty())
-        return throughNamed(scene, cameraName, region);
-    SoRef<SoNode> seen = throughViewpoint(scene, region.getViewportAspectRatio(), nullptr);
-    if (!seen)
-        seen = throughOwnCamera(scene, region);
-    return seen ? seen : scene.root;
+    SoRef<SoNode> seen;
+    if (!cameraName.empty()) {
+        seen = throughNamed(scene, cameraName, region);
+    } else {
+        seen = throughViewpoint(scene, region.getViewportAspectRatio(), nullptr);
+        if (!seen)
+            seen = throughOwnCamera(scene, region);
+        if (!seen)
+            return scene.root; // the renderer's camera shows all
+    }
+    if (seen && showsAll)
+        showAll(seen.get(), region);
+    return seen;
 }

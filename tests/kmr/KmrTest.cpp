@@ -197,6 +197,7 @@ TEST_F(KmrTest, RefusesWrongUsage)
                                  "convert a",
                                  "convert a b --format doc",
                                  "render a b.png --size 3",
+                                 "render a b.png --size 16385x1",
                                  "render a b.png --background red",
                                  "render a b.doc",
                                  "render a b.jpg --transparent-background",
@@ -339,6 +340,39 @@ TEST_F(KmrTest, ShowsTheSceneThroughTheNamedCamera)
     EXPECT_EQ(wrong.status, 1);
     EXPECT_TRUE(has(wrong.errors, "there is no camera named \"Other\"")) << wrong.errors;
     EXPECT_FALSE(fs::exists(path("none.ps")));
+}
+
+TEST_F(KmrTest, ShowsAllOfTheSceneOnRequest)
+{
+    const std::string scene = write("far.wrl", "#VRML V1.0 ascii\nSeparator { OrthographicCamera { "
+                                               "position 0 0 5 height 1 }\nLightModel { model "
+                                               "BASE_COLOR }\nMaterial { diffuseColor 1 0 0 } "
+                                               "Translation { translation 50 0 0 } Cube { } }\n");
+    for (const std::string option : {"", " --view-all"}) {
+        const Outcome drawn =
+            run("render " + scene + " " + path("far.bmp") + " --size 40x40" + option);
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        const std::string bmp = read("far.bmp");
+        const auto start = static_cast<unsigned char>(bmp[10]);
+        const auto red = static_cast<unsigned char>(bmp[start + (20 * 40 + 20) * 3 + 2]);
+        EXPECT_EQ(red, option.empty() ? 0 : 255);
+    }
+}
+
+TEST_F(KmrTest, DrawsPicturesAsWideAsTheyMayBe)
+{
+    const std::string scene = write("cube.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
+    for (const std::string extension : {"bmp", "png", "jpg", "tif", "rgb", "ps"}) {
+        const Outcome drawn = run("render " + scene + " " + path("wide." + extension)
+                                  + " --size 16384x96 --samples 1");
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        EXPECT_GT(read("wide." + extension).size(), 1000u) << extension;
+    }
+    EXPECT_EQ(read("wide.bmp").size(), 54u + 16384u * 96 * 3);
 }
 
 TEST_F(KmrTest, TakesManyFilesAtOnce)

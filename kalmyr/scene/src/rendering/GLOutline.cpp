@@ -146,7 +146,7 @@ bool GLOutline::begin(int width, int height, const PixelBox& box)
     m_hasLayer = false;
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER,
                       m_samplesFramebuffer ? m_samplesFramebuffer : m_framebuffers[MASK]);
-    limitTo(m_box);
+    limitTo(seenFromBox());
     constexpr GLfloat kNothing[4] = {};
     glClearBufferfv(GL_COLOR, 0, kNothing);
     return true;
@@ -194,7 +194,7 @@ void GLOutline::addLayer(const std::function<void()>& draw)
     const GLuint target = m_samplesFramebuffer ? m_samplesFramebuffer : m_framebuffers[MASK];
     if (m_hasLayer) {
         glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_FALSE);
-        runPass(OutlinePass::COVER, target, m_depths);
+        runPass(OutlinePass::COVER, target, m_depths, m_box);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     }
     m_hasLayer = true;
@@ -232,10 +232,19 @@ void GLOutline::cover(OutlinePass pass, GLuint texture)
     glUseProgram(0);
 }
 
-void GLOutline::runPass(OutlinePass pass, GLuint framebuffer, GLuint texture)
+/// What the passes look at when they fill the box: an earlier mask may reach beyond it.
+PixelBox GLOutline::seenFromBox() const
+{
+    constexpr int kReach = kMaxOutlineReach;
+    return PixelBox{m_box.left - kReach, m_box.bottom - kReach, m_box.right + kReach,
+                    m_box.top + kReach}
+        .intersection({0, 0, m_width, m_height});
+}
+
+void GLOutline::runPass(OutlinePass pass, GLuint framebuffer, GLuint texture, const PixelBox& box)
 {
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
-    limitTo(m_box);
+    limitTo(box);
     cover(pass, texture);
 }
 
@@ -292,16 +301,17 @@ void GLOutline::setUniforms(const OutlineStyle& style, const Widths& widths)
 void GLOutline::end(const OutlineStyle& style, float pixelsPerPoint, std::uint64_t key)
 {
     const SavedTarget saved;
+    const PixelBox seen = seenFromBox();
     if (m_samplesFramebuffer) {
         glDisable(GL_SCISSOR_TEST);
         glBindFramebuffer(GL_READ_FRAMEBUFFER, m_samplesFramebuffer);
         glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_framebuffers[MASK]);
-        glBlitFramebuffer(m_box.left, m_box.bottom, m_box.right, m_box.top, m_box.left,
-                          m_box.bottom, m_box.right, m_box.top, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+        glBlitFramebuffer(seen.left, seen.bottom, seen.right, seen.top, seen.left, seen.bottom,
+                          seen.right, seen.top, GL_COLOR_BUFFER_BIT, GL_NEAREST);
     }
     setUniforms(style, widthsOf(style, pixelsPerPoint));
-    runPass(OutlinePass::ROWS, m_framebuffers[ROWS], m_textures[MASK]);
-    runPass(OutlinePass::COLUMNS, m_framebuffers[PICTURE], m_textures[ROWS]);
+    runPass(OutlinePass::ROWS, m_framebuffers[ROWS], m_textures[MASK], seen);
+    runPass(OutlinePass::COLUMNS, m_framebuffers[PICTURE], m_textures[ROWS], m_box);
     findTiles();
     m_key = key;
 }

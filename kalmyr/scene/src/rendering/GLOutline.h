@@ -62,7 +62,8 @@ private:
     bool copyDepths();
     GLuint program(OutlinePass pass);
     void setUniforms(const OutlineStyle& style, const Widths& widths);
-    void runPass(OutlinePass pass, GLuint framebuffer, GLuint texture);
+    PixelBox seenFromBox() const;
+    void runPass(OutlinePass pass, GLuint framebuffer, GLuint texture, const PixelBox& box);
     void cover(OutlinePass pass, GLuint texture);
     void findTiles();
     void layTiles();

@@ -115,7 +115,7 @@ std::uint64_t mixBits(std::uint64_t value, int bits)
     return value * 0x9E3779B97F4A7C15ull >> (64 - bits);
 }
 
-void setViewport(const SbViewportRegion& region, const PixelBox& part = {})
+void setViewport(const SbViewportRegion& region, const PixelBox& part)
 {
     const SbVec2s& origin = region.getViewportOriginPixels();
     const SbVec2s& size = region.getViewportSizePixels();
@@ -154,19 +154,28 @@ const void* indexOffset(std::size_t firstIndex)
 
 } // namespace
 
+PixelBox inTarget(const PixelBox& box, const GLFrameOptions& options)
+{
+    const PixelBox& part = options.part;
+    const PixelBox moved{box.left - part.left, box.bottom - part.bottom, box.right - part.left,
+                         box.top - part.bottom};
+    return part.isEmpty() ? box : moved.intersection({0, 0, part.width(), part.height()});
+}
+
 GLRenderer::GLRenderer(GLDevice& device, const Frame& frame, const GLFrameOptions& options,
                        RenderStatistics& statistics)
     : m_device(device),
       m_frame(frame),
       m_options(options),
       m_statistics(statistics),
-      m_type(nearestType(options.transparencyType))
+      m_type(nearestType(options.transparencyType)),
+      m_part(options.part)
 {
 }
 
 void GLRenderer::begin()
 {
-    setViewport(m_options.region);
+    setViewport(m_options.region, m_part);
     glDisable(GL_STENCIL_TEST);
     glDisable(GL_BLEND);
     glDisable(GL_CULL_FACE);
@@ -203,7 +212,7 @@ void GLRenderer::end()
     setBlending(Blending::NONE, true);
     m_device.paint().end(true);
     setCulling(GL_NONE);
-    setViewport(m_options.region);
+    setViewport(m_options.region, m_part);
     glDisable(GL_DEPTH_TEST);
     glDepthFunc(GL_LESS);
     glFrontFace(GL_CCW);
@@ -243,7 +252,7 @@ void GLRenderer::clear()
     GLint box[4];
     glGetIntegerv(GL_SCISSOR_BOX, box);
     glEnable(GL_SCISSOR_TEST);
-    glScissor(origin[0], origin[1], size[0], size[1]);
+    glScissor(origin[0] - m_part.left, origin[1] - m_part.bottom, size[0], size[1]);
     const SbColorRGBA& c = m_options.background;
     glClearColor(c[0], c[1], c[2], c[3]);
     glClear(bits);

@@ -21,7 +21,11 @@ struct GLFrameOptions {
     int transparencyType = 0;
     bool clearColor = false;
     bool clearDepth = false;
+    PixelBox part; ///< of the window that the target holds; empty: all of it
 };
+
+/// From the window's pixels to the target's.
+PixelBox inTarget(const PixelBox& box, const GLFrameOptions& options);
 
 /// Submits one frame to the current context.
 class GLRenderer {
@@ -139,7 +143,7 @@ private:
     Purpose m_purpose = Purpose::SCENE;
     unsigned m_peelingFeatures = 0; ///< that all programs have while pixels are sorted
     int m_numPrimitives = 0;        ///< drawn so far into the same layer of sorted pixels
-    PixelBox m_part;                ///< what of the window lies at 0 0; empty: all of it
+    PixelBox m_part;                ///< of the window, that lies at 0 0
 };
 
 } // namespace kalmyr::detail

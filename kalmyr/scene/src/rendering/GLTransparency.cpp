@@ -159,7 +159,8 @@ void GLRenderer::drawByPixels(const std::vector<std::uint32_t>& items)
     std::vector<PixelBox> boxes;
     for (const std::uint32_t i : items) {
         const FrameItem& item = m_frame.items[i];
-        boxes.push_back(target.limit(boxOf(item, m_frame.views[item.view])));
+        const PixelBox box = boxOf(item, m_frame.views[item.view]);
+        boxes.push_back(target.limit(inTarget(box, m_options)));
         all = all.unionWith(boxes.back());
     }
     GLPeeling& peeling = m_device.peeling();
@@ -196,14 +197,16 @@ bool GLRenderer::drawPart(const PixelBox& part, const SavedTarget& target,
         return false;
     }
     m_peelingFeatures = SHADER_PEEL | (peeling.hasSamples() ? SHADER_SAMPLES : 0u);
-    m_part = part;
+    const PixelBox whole = m_part;
+    m_part.left += part.left;
+    m_part.bottom += part.bottom;
     int layer = 0;
     do {
         peeling.beginLayer();
         setBlending(Blending::LAYER, true);
         drawNumbered(items);
     } while (peeling.endLayer() && ++layer < GLPeeling::kMaxLayers);
-    m_part = {};
+    m_part = whole;
     if (layer == GLPeeling::kMaxLayers) {
         peeling.beginRest(target);
         setBlending(Blending::BLEND, false);

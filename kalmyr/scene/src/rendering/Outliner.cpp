@@ -128,6 +128,10 @@ std::uint64_t Outliner::keyOf(const Frame& scene, const GLFrameOptions& options,
     sum.add(std::uint64_t(boundSamples()));
     sum.add(std::uint64_t(options.transparencyType));
     addRegion(options.region, sum);
+    for (const int side :
+         {options.part.left, options.part.bottom, options.part.right, options.part.top}) {
+        sum.add(std::uint64_t(std::uint32_t(side)));
+    }
     addFrame(scene, sum);
     for (const OutlinedObject& object : m_objects) {
         for (int i = 0; object.isWhole() && i < object.length; ++i) {
@@ -188,14 +192,16 @@ bool Outliner::prepare(GLDevice& device, const SoGLRenderAction& action, SoNode*
 void Outliner::openPicture(const GLFrameOptions& options)
 {
     GLOutline& outline = picture();
-    const PixelBox box = boxOf(options);
-    const SbVec2s& size = options.region.getWindowSize();
+    const PixelBox box = inTarget(boxOf(options), options);
+    const SbVec2s& window = options.region.getWindowSize();
+    const PixelBox target =
+        options.part.isEmpty() ? PixelBox{0, 0, window[0], window[1]} : options.part;
     if (SoPreferences::getBool("KMR_OUTLINE_EDGES", false)) {
         m_asEdges = true;
     } else if (box.isEmpty()) {
         outline.setEmpty(m_key);
     } else {
-        m_stale = outline.begin(size[0], size[1], box);
+        m_stale = outline.begin(target.width(), target.height(), box);
         m_asEdges = !m_stale;
     }
 }

@@ -7,6 +7,7 @@
 #include <csetjmp>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -20,104 +21,11 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-bool fail(const char* format)
-{
-    SoError::post("the picture could not be written as %s", format);
-    return false;
-}
+constexpr const char* kNames[] = {"PNG", "JPEG", "BMP", "TIFF", "RGB", "PostScript"};
 
-bool isWritable(std::FILE* file, const SbImage& image)
-{
-    return file && !image.isNull() && image.getComponents() >= 3;
-}
-
-bool put(std::FILE* file, const void* bytes, std::size_t count)
+bool putBytes(std::FILE* file, const void* bytes, std::size_t count)
 {
     return std::fwrite(bytes, 1, count, file) == count;
-}
-
-// ---- the codecs leave by longjmp: no object with a destructor may stand in these functions
-
-bool encodePng(std::FILE* file, const unsigned char* bytes, int width, int height, int components)
-{
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    if (!info || setjmp(png_jmpbuf(png))) {
-        png_destroy_write_struct(&png, &info);
-        return false;
-    }
-    png_init_io(png, file);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-                 components == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_write_info(png, info);
-    const std::size_t stride =
-        static_cast<std::size_t>(width) * static_cast<std::size_t>(components);
-    for (int y = height - 1; y >= 0; --y) {
-        png_write_row(png, const_cast<png_bytep>(bytes + static_cast<std::size_t>(y) * stride));
-    }
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    return true;
-}
-
-struct JpegErrors {
-    jpeg_error_mgr manager;
-    std::jmp_buf exit;
-};
-
-void leaveJpeg(j_common_ptr info)
-{
-    std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->exit, 1);
-}
-
-void ignoreJpegMessage(j_common_ptr) {}
-
-/// `rgb` has three components.
-bool encodeJpeg(std::FILE* file, const unsigned char* rgb, int width, int height, int quality)
-{
-    jpeg_compress_struct info{};
-    JpegErrors errors{};
-    info.err = jpeg_std_error(&errors.manager);
-    errors.manager.error_exit = leaveJpeg;
-    errors.manager.output_message = ignoreJpegMessage;
-    if (setjmp(errors.exit)) {
-        jpeg_destroy_compress(&info);
-        return false;
-    }
-    jpeg_create_compress(&info);
-    jpeg_stdio_dest(&info, file);
-    info.image_width = static_cast<JDIMENSION>(width);
-    info.image_height = static_cast<JDIMENSION>(height);
-    info.input_components = 3;
-    info.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, quality, TRUE);
-    jpeg_start_compress(&info, TRUE);
-    for (int y = height - 1; y >= 0; --y) {
-        const std::size_t at = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) * 3;
-        auto* row = const_cast<JSAMPROW>(rgb + at);
-        jpeg_write_scanlines(&info, &row, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    return true;
-}
-
-// ---- in memory
-
-/// The three colour components only.
-Bytes withoutAlpha(const SbImage& image)
-{
-    const std::size_t pixels =
-        static_cast<std::size_t>(image.getWidth()) * static_cast<std::size_t>(image.getHeight());
-    const auto components = static_cast<std::size_t>(image.getComponents());
-    const unsigned char* from = image.getBytes();
-    Bytes rgb(pixels * 3);
-    for (std::size_t i = 0; i < pixels; ++i) {
-        std::copy_n(from + i * components, 3, &rgb[i * 3]);
-    }
-    return rgb;
 }
 
 void appendLittle(Bytes& out, std::uint32_t value, int bytes)
@@ -133,6 +41,209 @@ void appendBig(Bytes& out, std::uint32_t value, int bytes)
         out.push_back(static_cast<unsigned char>(value >> (8 * i)));
     }
 }
+
+/// What the writers have in common.
+class Writer : public RasterWriter {
+public:
+    explicit Writer(std::FILE* file) : m_file(file) {}
+
+    bool begin(int width, int height, int components) override
+    {
+        m_width = static_cast<std::size_t>(width);
+        m_height = static_cast<std::size_t>(height);
+        m_components = static_cast<std::size_t>(components);
+        return open();
+    }
+
+protected:
+    virtual bool open() = 0;
+    /// The three colour components of a row only.
+    const unsigned char* withoutOpacity(const unsigned char* row)
+    {
+        if (m_components == 3) {
+            return row;
+        }
+        m_rgb.resize(3 * m_width);
+        for (std::size_t i = 0; i < m_width; ++i) {
+            std::copy_n(row + i * m_components, 3, &m_rgb[3 * i]);
+        }
+        return m_rgb.data();
+    }
+
+    std::FILE* m_file; // Not owned.
+    std::size_t m_width = 0;
+    std::size_t m_height = 0;
+    std::size_t m_components = 0;
+    Bytes m_rgb;
+};
+
+// ---- PNG and JPEG: the codecs leave by longjmp, so no object with a destructor may stand in the
+// functions that call them
+
+class PngWriter final : public Writer {
+public:
+    using Writer::Writer;
+    ~PngWriter() override { png_destroy_write_struct(&m_png, &m_info); }
+    bool keepsOpacity() const override { return true; }
+
+    bool put(const unsigned char* row) override
+    {
+        if (setjmp(png_jmpbuf(m_png))) {
+            return false;
+        }
+        png_write_row(m_png, const_cast<png_bytep>(row));
+        return true;
+    }
+
+    bool end() override
+    {
+        if (setjmp(png_jmpbuf(m_png))) {
+            return false;
+        }
+        png_write_end(m_png, m_info);
+        return true;
+    }
+
+private:
+    bool open() override
+    {
+        m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+        m_info = m_png ? png_create_info_struct(m_png) : nullptr;
+        if (!m_info || setjmp(png_jmpbuf(m_png))) {
+            return false;
+        }
+        png_init_io(m_png, m_file);
+        png_set_IHDR(m_png, m_info, static_cast<png_uint_32>(m_width),
+                     static_cast<png_uint_32>(m_height), 8,
+                     m_components == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_write_info(m_png, m_info);
+        return true;
+    }
+
+    png_structp m_png = nullptr;
+    png_infop m_info = nullptr;
+};
+
+struct JpegErrors {
+    jpeg_error_mgr manager;
+    std::jmp_buf exit;
+};
+
+void leaveJpeg(j_common_ptr info)
+{
+    std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->exit, 1);
+}
+
+void ignoreJpegMessage(j_common_ptr) {}
+
+class JpegWriter final : public Writer {
+public:
+    JpegWriter(std::FILE* file, float quality)
+        : Writer(file),
+          m_percent(
+              std::max(static_cast<int>(std::lround(std::clamp(quality, 0.0f, 1.0f) * 100)), 1))
+    {
+    }
+    ~JpegWriter() override { jpeg_destroy_compress(&m_info); }
+
+    bool put(const unsigned char* row) override
+    {
+        const unsigned char* rgb = withoutOpacity(row);
+        return encode(rgb);
+    }
+
+    bool end() override
+    {
+        if (setjmp(m_errors.exit)) {
+            return false;
+        }
+        jpeg_finish_compress(&m_info);
+        return true;
+    }
+
+private:
+    bool open() override
+    {
+        m_info.err = jpeg_std_error(&m_errors.manager);
+        m_errors.manager.error_exit = leaveJpeg;
+        m_errors.manager.output_message = ignoreJpegMessage;
+        if (setjmp(m_errors.exit)) {
+            return false;
+        }
+        jpeg_create_compress(&m_info);
+        jpeg_stdio_dest(&m_info, m_file);
+        m_info.image_width = static_cast<JDIMENSION>(m_width);
+        m_info.image_height = static_cast<JDIMENSION>(m_height);
+        m_info.input_components = 3;
+        m_info.in_color_space = JCS_RGB;
+        jpeg_set_defaults(&m_info);
+        jpeg_set_quality(&m_info, m_percent, TRUE);
+        jpeg_start_compress(&m_info, TRUE);
+        return true;
+    }
+
+    bool encode(const unsigned char* rgb)
+    {
+        if (setjmp(m_errors.exit)) {
+            return false;
+        }
+        auto* row = const_cast<JSAMPROW>(rgb);
+        jpeg_write_scanlines(&m_info, &row, 1);
+        return true;
+    }
+
+    jpeg_compress_struct m_info{};
+    JpegErrors m_errors{};
+    int m_percent;
+};
+
+// ---- BMP
+
+class BmpWriter final : public Writer {
+public:
+    using Writer::Writer;
+    bool isBottomUp() const override { return true; }
+
+    bool put(const unsigned char* row) override
+    {
+        const unsigned char* p = withoutOpacity(row);
+        for (std::size_t x = 0; x < m_width; ++x, p += 3) {
+            m_row[3 * x] = p[2];
+            m_row[3 * x + 1] = p[1];
+            m_row[3 * x + 2] = p[0];
+        }
+        return putBytes(m_file, m_row.data(), m_row.size());
+    }
+
+    bool end() override { return true; }
+
+private:
+    bool open() override
+    {
+        constexpr std::uint32_t kHeader = 14 + 40;
+        const std::size_t stride = (m_width * 3 + 3) / 4 * 4;
+        if (stride > (std::numeric_limits<std::uint32_t>::max() - kHeader) / m_height) {
+            return false;
+        }
+        m_row.assign(stride, 0);
+        const auto size = static_cast<std::uint32_t>(stride * m_height);
+        Bytes out{'B', 'M'};
+        for (const std::uint32_t value :
+             {kHeader + size, 0u, kHeader, 40u, static_cast<std::uint32_t>(m_width),
+              static_cast<std::uint32_t>(m_height)}) {
+            appendLittle(out, value, 4);
+        }
+        appendLittle(out, 1, 2);
+        appendLittle(out, 24, 2);
+        for (const std::uint32_t value : {0u, size, 2835u, 2835u, 0u, 0u}) {
+            appendLittle(out, value, 4);
+        }
+        return putBytes(m_file, out.data(), out.size());
+    }
+
+    Bytes m_row;
+};
 
 // ---- TIFF into an open stdio file
 
@@ -178,162 +289,246 @@ toff_t sizeTiff(thandle_t handle)
     return static_cast<toff_t>(end - stream->start);
 }
 
-bool encodeTiff(TIFF* tiff, const SbImage& image, bool compressed)
-{
-    const auto width = static_cast<std::uint32_t>(image.getWidth());
-    const auto height = static_cast<std::uint32_t>(image.getHeight());
-    const int components = image.getComponents();
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, components);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compressed ? COMPRESSION_PACKBITS : COMPRESSION_NONE);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
-    if (components == 4) {
-        const std::uint16_t extra[] = {EXTRASAMPLE_UNASSALPHA};
-        TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, extra);
+class TiffWriter final : public Writer {
+public:
+    TiffWriter(std::FILE* file, bool isPacked)
+        : Writer(file), m_stream{file, std::ftell(file)}, m_isPacked(isPacked)
+    {
     }
-    Bytes row(static_cast<std::size_t>(width) * static_cast<std::size_t>(components));
-    for (std::uint32_t y = 0; y < height; ++y) {
-        std::copy_n(image.getPixel(0, static_cast<int>(height - 1 - y)), row.size(), row.data());
-        if (TIFFWriteScanline(tiff, row.data(), y, 0) < 0) {
+    ~TiffWriter() override { close(); }
+    bool keepsOpacity() const override { return true; }
+
+    bool put(const unsigned char* row) override
+    {
+        m_row.assign(row, row + m_width * m_components); // packing may change it
+        return TIFFWriteScanline(m_tiff, m_row.data(), m_next++, 0) >= 0;
+    }
+
+    bool end() override
+    {
+        const bool flushed = TIFFFlush(m_tiff);
+        close();
+        return flushed && std::fseek(m_file, 0, SEEK_END) == 0;
+    }
+
+private:
+    bool open() override
+    {
+        m_tiff = TIFFClientOpen("picture", "w", &m_stream, readTiff, writeTiffBytes, seekTiff,
+                                closeTiff, sizeTiff, nullptr, nullptr);
+        if (!m_tiff) {
             return false;
         }
+        const auto set = [this](std::uint32_t tag, auto value) {
+            TIFFSetField(m_tiff, tag, value);
+        };
+        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(m_width));
+        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(m_height));
+        set(TIFFTAG_BITSPERSAMPLE, 8);
+        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(m_components));
+        set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+        set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+        set(TIFFTAG_COMPRESSION, m_isPacked ? COMPRESSION_PACKBITS : COMPRESSION_NONE);
+        set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(m_tiff, 0));
+        if (m_components == 4) {
+            const std::uint16_t extra[] = {EXTRASAMPLE_UNASSALPHA};
+            TIFFSetField(m_tiff, TIFFTAG_EXTRASAMPLES, 1, extra);
+        }
+        return true;
     }
-    return true;
+
+    void close()
+    {
+        if (m_tiff) {
+            TIFFClose(m_tiff);
+            m_tiff = nullptr;
+        }
+    }
+
+    TiffStream m_stream;
+    bool m_isPacked;
+    TIFF* m_tiff = nullptr;
+    std::uint32_t m_next = 0;
+    Bytes m_row;
+};
+
+// ---- SGI: each component by itself, one after the other
+
+class RgbWriter final : public Writer {
+public:
+    using Writer::Writer;
+    bool isBottomUp() const override { return true; }
+    bool keepsOpacity() const override { return true; }
+
+    bool put(const unsigned char* row) override
+    {
+        for (std::size_t c = 0; c < m_components; ++c) {
+            for (std::size_t x = 0; x < m_width; ++x) {
+                m_row[x] = row[x * m_components + c];
+            }
+            const std::size_t at = (c * m_height + m_next) * m_width;
+            if (m_start < 0) {
+                std::copy(m_row.begin(), m_row.end(), m_all.begin() + static_cast<long>(at));
+            } else if (std::fseek(m_file, m_start + static_cast<long>(at), SEEK_SET) != 0
+                       || !putBytes(m_file, m_row.data(), m_row.size())) {
+                return false;
+            }
+        }
+        ++m_next;
+        return true;
+    }
+
+    bool end() override
+    {
+        return m_start < 0 ? putBytes(m_file, m_all.data(), m_all.size())
+                           : std::fseek(m_file, 0, SEEK_END) == 0;
+    }
+
+private:
+    bool open() override
+    {
+        constexpr std::size_t kHeader = 512;
+        constexpr std::uint32_t kMagic = 474;
+        Bytes out;
+        appendBig(out, kMagic, 2);
+        appendBig(out, 0x0001, 2); // stored as it is, one byte a component
+        appendBig(out, 3, 2);
+        for (const std::size_t value : {m_width, m_height, m_components}) {
+            appendBig(out, static_cast<std::uint32_t>(value), 2);
+        }
+        appendBig(out, 0, 4);
+        appendBig(out, 255, 4);
+        out.resize(kHeader);
+        m_row.resize(m_width);
+        if (!putBytes(m_file, out.data(), out.size())) {
+            return false;
+        }
+        m_start = std::ftell(m_file);
+        if (m_start < 0) { // a pipe
+            m_all.resize(m_width * m_height * m_components);
+        }
+        return true;
+    }
+
+    long m_start = 0; ///< of the components in the file; -1: it can only be written from front to
+                      ///< back
+    std::size_t m_next = 0;
+    Bytes m_row;
+    Bytes m_all;
+};
+
+// ---- PostScript: one page
+
+/// A part of a row that a string of PostScript can hold, and that goes into the row without rest.
+int stringPixels(int width)
+{
+    constexpr int kMaxString = 65535;
+    int parts = 1;
+    while (3 * (width / parts) > kMaxString || width % parts != 0) {
+        ++parts;
+    }
+    return width / parts;
 }
+
+class PostScriptWriter final : public Writer {
+public:
+    using Writer::Writer;
+
+    bool put(const unsigned char* row) override
+    {
+        constexpr const char* kDigits = "0123456789abcdef";
+        constexpr std::size_t kBytesPerLine = 36;
+        const unsigned char* rgb = withoutOpacity(row);
+        m_text.clear();
+        for (std::size_t i = 0; i < 3 * m_width; ++i) {
+            m_text += kDigits[rgb[i] >> 4];
+            m_text += kDigits[rgb[i] & 15];
+            if (++m_inLine == kBytesPerLine) {
+                m_text += '\n';
+                m_inLine = 0;
+            }
+        }
+        return putBytes(m_file, m_text.data(), m_text.size());
+    }
+
+    bool end() override
+    {
+        m_text = m_inLine > 0 ? "\n" : "";
+        m_text += "grestore\nshowpage\n%%EOF\n";
+        return putBytes(m_file, m_text.data(), m_text.size());
+    }
+
+private:
+    bool open() override
+    {
+        constexpr int kPageWidth = 612; // points, with a margin of half an inch
+        constexpr int kPageHeight = 792;
+        constexpr int kMargin = 36;
+        const auto width = static_cast<int>(m_width);
+        const auto height = static_cast<int>(m_height);
+        const double scale = std::min(double(kPageWidth - 2 * kMargin) / width,
+                                      double(kPageHeight - 2 * kMargin) / height);
+        const int drawnWidth = std::max(1, static_cast<int>(width * scale));
+        const int drawnHeight = std::max(1, static_cast<int>(height * scale));
+        const int left = (kPageWidth - drawnWidth) / 2;
+        const int bottom = (kPageHeight - drawnHeight) / 2;
+        const auto n = [](int value) { return std::to_string(value) + " "; };
+        m_text = "%!PS-Adobe-3.0\n%%BoundingBox: " + n(left) + n(bottom) + n(left + drawnWidth)
+                 + std::to_string(bottom + drawnHeight)
+                 + "\n%%Creator: Kalmyr\n%%Pages: 1\n%%EndComments\n%%Page: 1 1\ngsave\n" + n(left)
+                 + n(bottom) + "translate\n" + n(drawnWidth) + n(drawnHeight) + "scale\n/row "
+                 + n(3 * stringPixels(width)) + "string def\n" + n(width) + n(height) + "8 ["
+                 + n(width) + "0 0 " + n(-height) + "0 " + n(height)
+                 + "]\n{ currentfile row readhexstring pop } false 3 colorimage\n";
+        return putBytes(m_file, m_text.data(), m_text.size());
+    }
+
+    std::string m_text;
+    std::size_t m_inLine = 0;
+};
 
 } // namespace
 
-bool writePNG(std::FILE* file, const SbImage& image)
+std::unique_ptr<RasterWriter> makeRasterWriter(RasterFormat format, std::FILE* file,
+                                               const RasterOptions& options)
 {
-    return (isWritable(file, image)
-            && encodePng(file, image.getBytes(), image.getWidth(), image.getHeight(),
-                         image.getComponents()))
-           || fail("PNG");
+    switch (format) {
+    case RasterFormat::PNG:
+        return std::make_unique<PngWriter>(file);
+    case RasterFormat::JPEG:
+        return std::make_unique<JpegWriter>(file, options.quality);
+    case RasterFormat::BMP:
+        return std::make_unique<BmpWriter>(file);
+    case RasterFormat::TIFF:
+        return std::make_unique<TiffWriter>(file, options.isPacked);
+    case RasterFormat::RGB:
+        return std::make_unique<RgbWriter>(file);
+    default:
+        return std::make_unique<PostScriptWriter>(file);
+    }
 }
 
-bool writeJPEG(std::FILE* file, const SbImage& image, float quality)
+bool failToWrite(RasterFormat format)
 {
-    if (!isWritable(file, image)) {
-        return fail("JPEG");
-    }
-    const Bytes rgb = withoutAlpha(image);
-    const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.0f, 1.0f) * 100));
-    return encodeJpeg(file, rgb.data(), image.getWidth(), image.getHeight(), std::max(percent, 1))
-           || fail("JPEG");
+    SoError::post("the picture could not be written as %s",
+                  kNames[static_cast<std::size_t>(format)]);
+    return false;
 }
 
-bool writeBMP(std::FILE* file, const SbImage& image)
+bool writeRaster(RasterFormat format, std::FILE* file, const SbImage& image,
+                 const RasterOptions& options)
 {
-    if (!isWritable(file, image)) {
-        return fail("BMP");
+    if (!file || image.isNull() || image.getComponents() < 3) {
+        return failToWrite(format);
     }
-    constexpr std::uint32_t kHeader = 14 + 40;
-    const auto width = static_cast<std::uint32_t>(image.getWidth());
-    const auto height = static_cast<std::uint32_t>(image.getHeight());
-    const std::uint32_t stride = (width * 3 + 3) / 4 * 4;
-    Bytes out{'B', 'M'};
-    out.reserve(kHeader + std::size_t(stride) * height);
-    for (const std::uint32_t value : {kHeader + stride * height, 0u, kHeader, 40u, width, height}) {
-        appendLittle(out, value, 4);
-    }
-    appendLittle(out, 1, 2);
-    appendLittle(out, 24, 2);
-    for (const std::uint32_t value : {0u, stride * height, 2835u, 2835u, 0u, 0u}) {
-        appendLittle(out, value, 4);
-    }
-    for (std::uint32_t y = 0; y < height; ++y) {
-        for (std::uint32_t x = 0; x < width; ++x) {
-            const unsigned char* p = image.getPixel(static_cast<int>(x), static_cast<int>(y));
-            out.insert(out.end(), {p[2], p[1], p[0]});
-        }
-        out.resize(out.size() + (stride - width * 3));
-    }
-    return put(file, out.data(), out.size()) || fail("BMP");
-}
-
-bool writeTIFF(std::FILE* file, const SbImage& image, bool compressed)
-{
-    if (!isWritable(file, image)) {
-        return fail("TIFF");
-    }
-    TiffStream stream{file, std::ftell(file)};
-    TIFF* tiff = TIFFClientOpen("picture", "w", &stream, readTiff, writeTiffBytes, seekTiff,
-                                closeTiff, sizeTiff, nullptr, nullptr);
-    const bool written = tiff && encodeTiff(tiff, image, compressed) && TIFFFlush(tiff);
-    if (tiff) {
-        TIFFClose(tiff);
-    }
-    return (written && std::fseek(file, 0, SEEK_END) == 0) || fail("TIFF");
-}
-
-bool writeRGB(std::FILE* file, const SbImage& image)
-{
-    if (!isWritable(file, image)) {
-        return fail("RGB");
-    }
-    constexpr std::size_t kHeader = 512;
-    constexpr std::uint32_t kMagic = 474;
-    Bytes out;
-    appendBig(out, kMagic, 2);
-    appendBig(out, 0x0001, 2); // stored as it is, one byte a component
-    appendBig(out, 3, 2);
-    appendBig(out, static_cast<std::uint32_t>(image.getWidth()), 2);
-    appendBig(out, static_cast<std::uint32_t>(image.getHeight()), 2);
-    appendBig(out, static_cast<std::uint32_t>(image.getComponents()), 2);
-    appendBig(out, 0, 4);
-    appendBig(out, 255, 4);
-    out.resize(kHeader);
-    for (int c = 0; c < image.getComponents(); ++c) {
-        for (int y = 0; y < image.getHeight(); ++y) {
-            for (int x = 0; x < image.getWidth(); ++x) {
-                out.push_back(image.getPixel(x, y)[c]);
-            }
-        }
-    }
-    return put(file, out.data(), out.size()) || fail("RGB");
-}
-
-bool writePostScript(std::FILE* file, const SbImage& image)
-{
-    if (!isWritable(file, image)) {
-        return fail("PostScript");
-    }
-    constexpr int kPageWidth = 612; // points, with a margin of half an inch
-    constexpr int kPageHeight = 792;
-    constexpr int kMargin = 36;
-    const int width = image.getWidth();
+    const std::unique_ptr<RasterWriter> writer = makeRasterWriter(format, file, options);
     const int height = image.getHeight();
-    const double scale = std::min(double(kPageWidth - 2 * kMargin) / width,
-                                  double(kPageHeight - 2 * kMargin) / height);
-    const int drawnWidth = std::max(1, static_cast<int>(width * scale));
-    const int drawnHeight = std::max(1, static_cast<int>(height * scale));
-    const int left = (kPageWidth - drawnWidth) / 2;
-    const int bottom = (kPageHeight - drawnHeight) / 2;
-    const auto n = [](int value) { return std::to_string(value) + " "; };
-    std::string text = "%!PS-Adobe-3.0\n%%BoundingBox: " + n(left) + n(bottom)
-                       + n(left + drawnWidth) + std::to_string(bottom + drawnHeight)
-                       + "\n%%Creator: Kalmyr\n%%Pages: 1\n%%EndComments\n%%Page: 1 1\ngsave\n"
-                       + n(left) + n(bottom) + "translate\n" + n(drawnWidth) + n(drawnHeight)
-                       + "scale\n/row " + n(3 * width) + "string def\n" + n(width) + n(height)
-                       + "8 [" + n(width) + "0 0 " + n(height)
-                       + "0 0]\n{ currentfile row readhexstring pop } false 3 colorimage\n";
-    const Bytes rgb = withoutAlpha(image);
-    constexpr const char* kDigits = "0123456789abcdef";
-    constexpr std::size_t kBytesPerLine = 36;
-    for (std::size_t i = 0; i < rgb.size(); ++i) {
-        text += kDigits[rgb[i] >> 4];
-        text += kDigits[rgb[i] & 15];
-        if (i % kBytesPerLine == kBytesPerLine - 1 || i + 1 == rgb.size()) {
-            text += '\n';
-        }
+    bool ok = writer->begin(image.getWidth(), height, image.getComponents());
+    for (int y = 0; y < height && ok; ++y) {
+        ok = writer->put(image.getPixel(0, writer->isBottomUp() ? y : height - 1 - y));
     }
-    text += "grestore\nshowpage\n%%EOF\n";
-    return put(file, text.data(), text.size()) || fail("PostScript");
+    return (ok && writer->end()) || failToWrite(format);
 }
 
 } // namespace kalmyr::detail

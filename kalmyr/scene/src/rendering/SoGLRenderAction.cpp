@@ -203,8 +203,13 @@ void SoGLRenderAction::drawFrame(kalmyr::detail::GLDevice& device, SoNode* root)
     using namespace kalmyr::detail;
     RenderStatistics& statistics = m_traversal->statistics;
     const Frame& frame = m_traversal->frame;
-    const GLFrameOptions options{m_region, m_backgroundColor, m_transparencyType, m_clearColor,
-                                 m_clearDepth};
+    const GLFrameOptions options{m_region,
+                                 m_backgroundColor,
+                                 m_transparencyType,
+                                 m_clearColor,
+                                 m_clearDepth,
+                                 {m_partOrigin[0], m_partOrigin[1], m_partOrigin[0] + m_partSize[0],
+                                  m_partOrigin[1] + m_partSize[1]}};
     bool isStale = false;
     std::vector<Outliner*> outliners;
     const auto prepare = [&](SoOutline& outline) {

@@ -15,9 +15,22 @@
 #include <algorithm>
 #include <cmath>
 
+using kalmyr::detail::RasterFormat;
+using kalmyr::detail::writeRaster;
+
 namespace {
 
 constexpr int kMaxSamples = 8;
+/// Of the buffers that are drawn into; larger pictures are drawn in tiles.
+constexpr std::size_t kMaxTargetBytes = std::size_t(256) << 20;
+/// Of the rows that are drawn before they are written.
+constexpr std::size_t kMaxBandBytes = std::size_t(64) << 20;
+/// Tiles begin at multiples of this, with which all patterns fit together.
+constexpr int kTileStep = 64;
+constexpr int kLargeTile = 2048;
+constexpr int kSmallTile = 1024; // with many samples a pixel
+/// What is drawn around a tile: outlines look so far for their object.
+constexpr int kTileMargin = 64;
 
 /// Makes the shared context current for a scope.
 class CurrentContext {
@@ -56,7 +69,9 @@ struct SoOffscreenRenderer::Target {
 
     bool resize(int newWidth, int newHeight, int wantedSamples);
     void free();
-    void read(int components, std::vector<unsigned char>& out) const;
+    /// Copies a part, whose rows begin `stride` pixels after each other.
+    void read(const SbVec2i32& origin, const SbVec2i32& size, int components, int stride,
+              unsigned char* out) const;
 
 private:
     bool attach(GLuint framebuffer, GLuint color, GLuint depth, int bufferSamples) const;
@@ -115,7 +130,8 @@ void SoOffscreenRenderer::Target::free()
     std::fill(std::begin(buffers), std::end(buffers), 0u);
 }
 
-void SoOffscreenRenderer::Target::read(int components, std::vector<unsigned char>& out) const
+void SoOffscreenRenderer::Target::read(const SbVec2i32& origin, const SbVec2i32& size,
+                                       int components, int stride, unsigned char* out) const
 {
     if (resolved) {
         glBindFramebuffer(GL_READ_FRAMEBUFFER, drawn);
@@ -124,13 +140,137 @@ void SoOffscreenRenderer::Target::read(int components, std::vector<unsigned char
                           GL_NEAREST);
         glBindFramebuffer(GL_READ_FRAMEBUFFER, resolved);
     }
-    out.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)
-               * static_cast<std::size_t>(components));
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, components == 3 ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE,
-                 out.data());
+    glPixelStorei(GL_PACK_ROW_LENGTH, stride);
+    glReadPixels(origin[0], origin[1], size[0], size[1], components == 3 ? GL_RGB : GL_RGBA,
+                 GL_UNSIGNED_BYTE, out);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 0);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
+}
+
+/// One drawing of a scene, in one piece or in rows of tiles. The context is current and the action
+/// set up while it lives.
+struct SoOffscreenRenderer::Drawing {
+    Drawing(SoOffscreenRenderer& renderer, const std::function<void()>& applyAction);
+    ~Drawing();
+    Drawing(const Drawing&) = delete;
+    Drawing& operator=(const Drawing&) = delete;
+
+    /// False, with an error posted, when nothing can be drawn. `maxRows`: of a band
+    bool begin(std::size_t maxRows);
+    /// The height of bands; the uppermost one may be lower.
+    int getBandRows() const { return m_tile[1]; }
+    /// Draws the rows from `bottom` on, a multiple of the height of bands.
+    bool drawBand(int bottom, unsigned char* out);
+
+    const SbVec2i32 size; ///< of the picture
+
+private:
+    void chooseTiles(std::size_t maxRows);
+
+    SoOffscreenRenderer& m_renderer;
+    const std::function<void()>& m_apply;
+    const CurrentContext m_current;
+    SoGLRenderAction& m_action;
+    const SbViewportRegion m_region; ///< the action's
+    const SbColorRGBA m_background;  ///< the action's
+    const SbVec2i32 m_partOrigin;    ///< the action's
+    const SbVec2i32 m_partSize;      ///< the action's
+    const SbColorRGBA m_clear;
+    SbVec2i32 m_tile; ///< of the picture
+    int m_margin = 0;
+};
+
+SoOffscreenRenderer::Drawing::Drawing(SoOffscreenRenderer& renderer,
+                                      const std::function<void()>& applyAction)
+    : size(renderer.m_region.getWindowSize()[0], renderer.m_region.getWindowSize()[1]),
+      m_renderer(renderer),
+      m_apply(applyAction),
+      m_action(*renderer.m_action),
+      m_region(m_action.getViewportRegion()),
+      m_background(m_action.getBackgroundColor()),
+      m_partOrigin(m_action.getWindowPartOrigin()),
+      m_partSize(m_action.getWindowPartSize()),
+      m_clear(renderer.m_backgroundColor, renderer.m_components == RGB ? 1.0f : 0.0f)
+{
+    m_action.setBackgroundColor(m_clear);
+    m_action.setViewportRegion(renderer.m_region);
+}
+
+SoOffscreenRenderer::Drawing::~Drawing()
+{
+    m_action.setWindowPart(m_partOrigin, m_partSize);
+    m_action.setViewportRegion(m_region);
+    m_action.setBackgroundColor(m_background);
+}
+
+void SoOffscreenRenderer::Drawing::chooseTiles(std::size_t maxRows)
+{
+    GLint limit = 0;
+    GLint samples = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &limit);
+    glGetIntegerv(GL_MAX_SAMPLES, &samples);
+    samples = std::clamp(m_renderer.m_samples, 1, std::min<int>(samples, kMaxSamples));
+    const std::size_t bytes = samples > 1 ? 8 * static_cast<std::size_t>(samples) + 4 : 8;
+    const int wanted = m_renderer.m_tileSize;
+    const std::size_t pixels =
+        static_cast<std::size_t>(size[0]) * static_cast<std::size_t>(size[1]);
+    m_margin = 0;
+    m_tile = size;
+    const int largest = std::max(size[0], size[1]);
+    if (wanted <= 0 ? pixels * bytes <= kMaxTargetBytes && largest <= limit : largest <= wanted) {
+        return;
+    }
+    int side = wanted > 0 ? wanted : samples > 4 ? kSmallTile : kLargeTile;
+    side = std::min<int>(side, limit - 2 * kTileMargin) / kTileStep * kTileStep;
+    side = std::max(side, kTileStep);
+    const int rows = static_cast<int>(std::min<std::size_t>(maxRows, 1 << 15));
+    m_margin = kTileMargin;
+    m_tile = SbVec2i32(side, std::clamp(rows / kTileStep * kTileStep, kTileStep, side));
+}
+
+bool SoOffscreenRenderer::Drawing::begin(std::size_t maxRows)
+{
+    const SbVec2s limit = getMaximumResolution();
+    if (!m_current) {
+        return postError(SoOffscreenContext::shared().getError());
+    }
+    if (size[0] > limit[0] || size[1] > limit[1]) {
+        SoError::post("offscreen rendering: a picture of %d by %d pixels is too large; OpenGL can "
+                      "address %d by %d",
+                      size[0], size[1], limit[0], limit[1]);
+        return false;
+    }
+    chooseTiles(maxRows);
+    return true;
+}
+
+bool SoOffscreenRenderer::Drawing::drawBand(int bottom, unsigned char* out)
+{
+    if (!m_renderer.m_target) {
+        m_renderer.m_target = std::make_unique<Target>();
+    }
+    Target& target = *m_renderer.m_target;
+    const int components = m_renderer.m_components;
+    const int rows = std::min(m_tile[1], size[1] - bottom);
+    const SbVec2i32 whole(m_tile[0] + 2 * m_margin, m_tile[1] + 2 * m_margin);
+    for (int left = 0; left < size[0]; left += m_tile[0]) {
+        if (!target.resize(whole[0], whole[1], m_renderer.m_samples)) {
+            return postError("the picture's buffers cannot be made");
+        }
+        glClearColor(m_clear[0], m_clear[1], m_clear[2], m_clear[3]);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        m_action.setWindowPart(SbVec2i32(left - m_margin, bottom - m_margin), whole);
+        m_apply();
+        if (!m_action.hasDrawn()) {
+            return false;
+        }
+        const int columns = std::min(m_tile[0], size[0] - left);
+        target.read(SbVec2i32(m_margin, m_margin), SbVec2i32(columns, rows), components, size[0],
+                    out + static_cast<std::size_t>(left) * static_cast<std::size_t>(components));
+    }
+    return true;
 }
 
 SoOffscreenRenderer::SoOffscreenRenderer(const SbViewportRegion& region)
@@ -177,100 +317,122 @@ SbVec2s SoOffscreenRenderer::getMaximumResolution()
     if (!current) {
         return SbVec2s(0, 0);
     }
-    GLint side = 0;
     GLint viewport[2] = {};
-    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &side);
     glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
-    const auto limit = static_cast<short>(std::min({side, viewport[0], viewport[1], 32767}));
+    const auto limit = static_cast<short>(std::min({viewport[0], viewport[1], 32767}));
     return SbVec2s(limit, limit);
 }
 
-bool SoOffscreenRenderer::draw(SoNode* root)
-{
-    const SoRef<SoNode> held(root);
-    m_action->apply(m_defaultCamera ? kalmyr::withDefaultCamera(root, m_region).get() : root);
-    return m_action->hasDrawn();
-}
-
-bool SoOffscreenRenderer::draw(SoPath* path)
-{
-    m_action->apply(path);
-    return m_action->hasDrawn();
-}
-
-template <class Scene>
-bool SoOffscreenRenderer::renderScene(Scene* scene)
+bool SoOffscreenRenderer::renderScene(const std::function<void()>& apply)
 {
     m_buffer.clear();
-    if (!scene) {
-        return postError("there is no scene");
+    Drawing drawing(*this, apply);
+    if (!drawing.begin(static_cast<std::size_t>(drawing.size[1]))) {
+        return false;
     }
-    const SbVec2s size = m_region.getWindowSize();
-    const SbVec2s limit = getMaximumResolution();
-    const CurrentContext current;
-    if (!current) {
-        return postError(SoOffscreenContext::shared().getError());
+    const std::size_t row = static_cast<std::size_t>(drawing.size[0]) * m_components;
+    m_buffer.resize(row * static_cast<std::size_t>(drawing.size[1]));
+    m_drawnSize = m_region.getWindowSize();
+    for (int bottom = 0; bottom < drawing.size[1]; bottom += drawing.getBandRows()) {
+        if (!drawing.drawBand(bottom, &m_buffer[row * static_cast<std::size_t>(bottom)])) {
+            m_buffer.clear();
+            return false;
+        }
     }
-    if (size[0] > limit[0] || size[1] > limit[1]) {
-        return postError("the picture is too large");
-    }
-    if (!m_target) {
-        m_target = std::make_unique<Target>();
-    }
-    if (!m_target->resize(size[0], size[1], m_samples)) {
-        return postError("the picture's buffers cannot be made");
-    }
-    const SbColorRGBA clear(m_backgroundColor, m_components == RGB ? 1.0f : 0.0f);
-    glClearColor(clear[0], clear[1], clear[2], clear[3]);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    const SbViewportRegion region = m_action->getViewportRegion();
-    const SbColorRGBA background = m_action->getBackgroundColor();
-    m_action->setBackgroundColor(clear);
-    m_action->setViewportRegion(m_region);
-    const bool drawn = draw(scene);
-    m_action->setViewportRegion(region);
-    m_action->setBackgroundColor(background);
-    if (drawn) {
-        m_target->read(m_components, m_buffer);
-    }
-    return drawn;
+    return true;
 }
 
 bool SoOffscreenRenderer::render(SoNode* root)
 {
-    return renderScene(root);
+    if (!root) {
+        m_buffer.clear();
+        return postError("there is no scene");
+    }
+    const SoRef<SoNode> held(root);
+    const SoRef<SoNode> seen =
+        m_defaultCamera ? kalmyr::withDefaultCamera(root, m_region) : SoRef<SoNode>(root);
+    return renderScene([&] { m_action->apply(seen.get()); });
 }
 
 bool SoOffscreenRenderer::render(SoPath* path)
 {
-    return renderScene(path);
+    if (!path) {
+        m_buffer.clear();
+        return postError("there is no scene");
+    }
+    const SoRef<SoPath> held(path);
+    return renderScene([&] { m_action->apply(path); });
+}
+
+bool SoOffscreenRenderer::renderToFile(SoNode* root, std::FILE* file, Format format, float quality)
+{
+    using namespace kalmyr::detail;
+    static_assert(static_cast<int>(Format::POSTSCRIPT)
+                  == static_cast<int>(RasterFormat::POSTSCRIPT));
+    const auto kind = static_cast<RasterFormat>(format);
+    m_buffer.clear();
+    if (!root) {
+        return postError("there is no scene");
+    }
+    if (!file) {
+        return failToWrite(kind);
+    }
+    const SoRef<SoNode> held(root);
+    const SoRef<SoNode> seen =
+        m_defaultCamera ? kalmyr::withDefaultCamera(root, m_region) : SoRef<SoNode>(root);
+    const std::function<void()> apply = [&] { m_action->apply(seen.get()); };
+    Drawing drawing(*this, apply);
+    const std::size_t row = static_cast<std::size_t>(drawing.size[0]) * m_components;
+    if (!drawing.begin(kMaxBandBytes / row)) {
+        return false;
+    }
+    const auto writer = makeRasterWriter(kind, file, {quality, true});
+    const int height = drawing.size[1];
+    const int step = drawing.getBandRows();
+    const bool isStraight = m_components == RGB_TRANSPARENCY && writer->keepsOpacity();
+    std::vector<unsigned char> band(row * static_cast<std::size_t>(std::min(step, height)));
+    bool ok = writer->begin(drawing.size[0], height, m_components);
+    const int numBands = (height + step - 1) / step;
+    for (int i = 0; i < numBands && ok; ++i) {
+        const int bottom = (writer->isBottomUp() ? i : numBands - 1 - i) * step;
+        const int rows = std::min(step, height - bottom);
+        if (!drawing.drawBand(bottom, band.data())) {
+            return false;
+        }
+        if (isStraight) {
+            straighten(band.data(), band.size() / RGB_TRANSPARENCY);
+        }
+        for (int y = 0; y < rows && ok; ++y) {
+            const int at = writer->isBottomUp() ? y : rows - 1 - y;
+            ok = writer->put(&band[row * static_cast<std::size_t>(at)]);
+        }
+    }
+    return (ok && writer->end()) || failToWrite(kind);
 }
 
 SbImage SoOffscreenRenderer::getImage() const
 {
     SbImage image;
-    if (!m_buffer.empty() && m_target) {
-        image.setValue(SbVec2i32(m_target->width, m_target->height),
-                       static_cast<int>(m_buffer.size()) / (m_target->width * m_target->height),
+    if (!m_buffer.empty()) {
+        const int width = m_drawnSize[0];
+        const int height = m_drawnSize[1];
+        const std::size_t pixels =
+            static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+        image.setValue(SbVec2i32(width, height), static_cast<int>(m_buffer.size() / pixels),
                        m_buffer.data());
     }
     return image;
 }
 
 /// The buffer holds colours as they lie over the background; files hold those of the things alone.
-SbImage SoOffscreenRenderer::getStraightImage() const
+void SoOffscreenRenderer::straighten(unsigned char* pixels, std::size_t count) const
 {
-    SbImage image = getImage();
-    if (image.getComponents() != RGB_TRANSPARENCY) {
-        return image;
-    }
     float behind[3];
     for (int c = 0; c < 3; ++c) {
         behind[c] = 255 * std::clamp(m_backgroundColor[c], 0.0f, 1.0f);
     }
-    unsigned char* pixel = image.edit();
-    unsigned char* const end = pixel + image.getByteCount();
-    for (; pixel < end; pixel += RGB_TRANSPARENCY) {
+    unsigned char* const end = pixels + count * RGB_TRANSPARENCY;
+    for (unsigned char* pixel = pixels; pixel < end; pixel += RGB_TRANSPARENCY) {
         const float alpha = static_cast<float>(pixel[3]) / 255;
         for (int c = 0; c < 3 && pixel[3] != 255; ++c) {
             const float own =
@@ -278,12 +440,20 @@ SbImage SoOffscreenRenderer::getStraightImage() const
             pixel[c] = static_cast<unsigned char>(std::lround(std::clamp(own, 0.0f, 255.0f)));
         }
     }
+}
+
+SbImage SoOffscreenRenderer::getStraightImage() const
+{
+    SbImage image = getImage();
+    if (image.getComponents() == RGB_TRANSPARENCY) {
+        straighten(image.edit(), image.getByteCount() / RGB_TRANSPARENCY);
+    }
     return image;
 }
 
 bool SoOffscreenRenderer::writeToPNG(std::FILE* file) const
 {
-    return kalmyr::detail::writePNG(file, getStraightImage());
+    return writeRaster(RasterFormat::PNG, file, getStraightImage());
 }
 
 bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
@@ -308,25 +478,25 @@ bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
 
 bool SoOffscreenRenderer::writeToJPEG(std::FILE* file, float quality) const
 {
-    return kalmyr::detail::writeJPEG(file, getImage(), quality);
+    return writeRaster(RasterFormat::JPEG, file, getImage(), {quality, true});
 }
 
 bool SoOffscreenRenderer::writeToBMP(std::FILE* file) const
 {
-    return kalmyr::detail::writeBMP(file, getImage());
+    return writeRaster(RasterFormat::BMP, file, getImage());
 }
 
 bool SoOffscreenRenderer::writeToTIFF(std::FILE* file, bool compressed) const
 {
-    return kalmyr::detail::writeTIFF(file, getStraightImage(), compressed);
+    return writeRaster(RasterFormat::TIFF, file, getStraightImage(), {0, compressed});
 }
 
 bool SoOffscreenRenderer::writeToRGB(std::FILE* file) const
 {
-    return kalmyr::detail::writeRGB(file, getStraightImage());
+    return writeRaster(RasterFormat::RGB, file, getStraightImage());
 }
 
 bool SoOffscreenRenderer::writeToPostScript(std::FILE* file) const
 {
-    return kalmyr::detail::writePostScript(file, getImage());
+    return writeRaster(RasterFormat::POSTSCRIPT, file, getImage());
 }

@@ -100,6 +100,19 @@ public:
     void setViewportRegion(const SbViewportRegion& region) { m_region = region; }
     const SbViewportRegion& getViewportRegion() const { return m_region; }
 
+    /// The part of the window that the target holds, in pixels: what belongs at `origin` of the
+    /// window comes to the target's lower left. The part may reach beyond the window. Pictures that
+    /// are put together of parts have no seams when the origins are multiples of 16 and, with
+    /// outlines, 64 pixels around each part are thrown away. A size of 0 0, as at first, is the
+    /// whole window.
+    void setWindowPart(const SbVec2i32& origin, const SbVec2i32& size)
+    {
+        m_partOrigin = origin;
+        m_partSize = size;
+    }
+    const SbVec2i32& getWindowPartOrigin() const { return m_partOrigin; }
+    const SbVec2i32& getWindowPartSize() const { return m_partSize; }
+
     /// Any number is kept; one that has no enumerator is drawn like one that has: 1 as 3, 2 as 4,
     /// 5 as 6, 9 as 10, 11 as 12. At first SORTED_OBJECT_BLEND.
     void setTransparencyType(int type) { m_transparencyType = type; }
@@ -180,6 +193,8 @@ private:
     std::vector<SoOutline*> m_outlines;   // Not owned.
     const SoNode* m_latestRoot = nullptr; // Not owned; only compared.
     SbViewportRegion m_region;
+    SbVec2i32 m_partOrigin{0, 0};
+    SbVec2i32 m_partSize{0, 0};
     SbColorRGBA m_backgroundColor;
     int m_transparencyType = SORTED_OBJECT_BLEND;
     DrawStyle m_drawStyle = AS_IS;

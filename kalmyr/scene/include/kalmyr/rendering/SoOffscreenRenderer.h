@@ -5,7 +5,9 @@
 #include <kalmyr/base/SbImage.h>
 #include <kalmyr/base/SbViewportRegion.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -15,9 +17,14 @@ class SoPath;
 
 /// Draws scenes into memory. Needs no window and no current context, and leaves the one that is
 /// current as it was.
+///
+/// A picture that is larger than OpenGL's buffers, or than a bound of memory, is drawn in tiles
+/// that fit together without seams. Each tile is one application of the action, with a window part
+/// set.
 class KALMYR_API SoOffscreenRenderer {
 public:
     enum Components { RGB = 3, RGB_TRANSPARENCY = 4 };
+    enum class Format { PNG, JPEG, BMP, TIFF, SGI_RGB, POSTSCRIPT };
 
     explicit SoOffscreenRenderer(const SbViewportRegion& region);
     /// Draws with somebody else's action, which must outlive the renderer. The action's viewport
@@ -27,7 +34,8 @@ public:
     SoOffscreenRenderer(const SoOffscreenRenderer&) = delete;
     SoOffscreenRenderer& operator=(const SoOffscreenRenderer&) = delete;
 
-    /// The picture's size is that of the region's window. At most getMaximumResolution().
+    /// The picture's size is that of the region's window. At most getMaximumResolution(), to which
+    /// tiles do not count.
     void setViewportRegion(const SbViewportRegion& region);
     const SbViewportRegion& getViewportRegion() const { return m_region; }
     /// Largest width and height in pixels, 0 0 without OpenGL.
@@ -45,6 +53,12 @@ public:
     void setNumSamples(int samples) { m_samples = samples; }
     int getNumSamples() const { return m_samples; }
 
+    /// Pictures that are wider or higher are drawn in tiles of at most that many pixels, rounded
+    /// down to a multiple of 64, at least 64. 0, as at first: as large as OpenGL's buffers and the
+    /// bound of memory allow.
+    void setTileSize(int pixels) { m_tileSize = pixels; }
+    int getTileSize() const { return m_tileSize; }
+
     /// A scene without a camera of its own is shown whole by a camera of the renderer's, with a
     /// light from the eye. Off at first: such a scene then shows what lies in the cube from -1
     /// to 1.
@@ -59,6 +73,12 @@ public:
     /// size is too large; the buffer is then empty.
     bool render(SoNode* root);
     bool render(SoPath* path);
+
+    /// Draws and writes the picture. Of a picture that is drawn in tiles no more than one row of
+    /// tiles is in memory; the buffer is empty afterwards. `quality`, from 0 to 1, is that of JPEG;
+    /// TIFF is packed. False, with an error posted, for a null file, or when drawing or writing
+    /// fails; the file, which stays open, may hold a part of the picture then.
+    bool renderToFile(SoNode* root, std::FILE* file, Format format, float quality = 0.75f);
 
     /// Rows from bottom to top without padding, 3 or 4 bytes a pixel; null before a render(). With
     /// transparency the colours are as they lie over the background: black behind makes them
@@ -84,19 +104,20 @@ public:
 
 private:
     struct Target;
-    template <class Scene>
-    bool renderScene(Scene* scene);
+    struct Drawing;
+    bool renderScene(const std::function<void()>& apply);
+    void straighten(unsigned char* pixels, std::size_t count) const;
     SbImage getStraightImage() const;
-    bool draw(SoNode* root);
-    bool draw(SoPath* path);
 
     SbViewportRegion m_region;
     SbColor m_backgroundColor;
     Components m_components = RGB;
     int m_samples = 1;
+    int m_tileSize = 0;
     bool m_defaultCamera = false;
     std::unique_ptr<SoGLRenderAction> m_ownAction;
     SoGLRenderAction* m_action; // Not owned; the own one or somebody else's.
     std::unique_ptr<Target> m_target;
     std::vector<unsigned char> m_buffer;
+    SbVec2s m_drawnSize{0, 0}; ///< of the picture in the buffer
 };
