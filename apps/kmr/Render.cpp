@@ -34,8 +34,31 @@ const PictureFormat* formatOf(const std::string& name)
     return nullptr;
 }
 
+struct Style {
+    const char* name;
+    SoGLRenderAction::DrawStyle style;
+};
+constexpr Style kStyles[] = {
+    {"as-is", SoGLRenderAction::AS_IS},
+    {"no-texture", SoGLRenderAction::NO_TEXTURE},
+    {"hidden-line", SoGLRenderAction::HIDDEN_LINE},
+    {"wireframe", SoGLRenderAction::WIREFRAME},
+    {"points", SoGLRenderAction::POINTS},
+    {"boxes", SoGLRenderAction::BOUNDING_BOX},
+    {"flat", SoGLRenderAction::FLAT},
+};
+
+const Style* styleOf(const std::string& name)
+{
+    for (const Style& style : kStyles)
+        if (name == style.name)
+            return &style;
+    return nullptr;
+}
+
 struct RenderOptions {
     int transparency = -1; ///< the action's own
+    SoGLRenderAction::DrawStyle style = SoGLRenderAction::AS_IS;
     int samples = 4;
     bool isTransparent = false;
 };
@@ -49,6 +72,7 @@ bool render(SoNode* seen, const std::string& name, const DrawOptions& options,
                                              : SoOffscreenRenderer::RGB);
     renderer.setDefaultCamera(true);
     renderer.setNumSamples(how.samples);
+    renderer.getGLRenderAction()->setDrawStyle(how.style);
     if (how.transparency >= 0)
         renderer.getGLRenderAction()->setTransparencyType(how.transparency);
     SbFileReplacement file;
@@ -73,10 +97,10 @@ int runRender(const Arguments& given)
     Arguments arguments = given;
     DrawOptions options;
     RenderOptions how;
-    std::string transparency, samples, reason;
+    std::string transparency, samples, style, reason;
     how.isTransparent = takeFlag(arguments, "--transparent-background");
     if (!takeOption(arguments, "--transparency", transparency)
-        || !takeOption(arguments, "--samples", samples))
+        || !takeOption(arguments, "--samples", samples) || !takeOption(arguments, "--style", style))
         return wrongUsage("an option needs a value");
     if (!takeDrawOptions(arguments, options, reason))
         return wrongUsage(reason);
@@ -88,6 +112,12 @@ int runRender(const Arguments& given)
     if (!samples.empty()
         && (!SbNumber::toInt(samples, how.samples) || how.samples < 1 || how.samples > kMaxSamples))
         return wrongUsage("--samples is a number from 1 to 8, not " + samples);
+    if (!style.empty() && !styleOf(style))
+        return wrongUsage("--style is as-is, no-texture, hidden-line, wireframe, points, boxes or "
+                          "flat, not "
+                          + style);
+    if (!style.empty())
+        how.style = styleOf(style)->style;
     for (const auto& [in, out] : options.files) {
         const PictureFormat* format = formatOf(out);
         if (!format)

@@ -342,6 +342,32 @@ TEST_F(KmrTest, ShowsTheSceneThroughTheNamedCamera)
     EXPECT_FALSE(fs::exists(path("none.ps")));
 }
 
+TEST_F(KmrTest, DrawsInTheStyleThatIsAskedFor)
+{
+    const std::string scene = write(
+        "cube.wrl", "#VRML V1.0 ascii\nSeparator { OrthographicCamera { position 0 0 5 height 4 "
+                    "}\nLightModel { model BASE_COLOR }\nMaterial { diffuseColor 1 0 0 } Cube "
+                    "{ } }\n");
+    std::map<std::string, int> red;
+    for (const std::string style :
+         {"as-is", "no-texture", "hidden-line", "wireframe", "points", "boxes", "flat"}) {
+        const Outcome drawn = run("render " + scene + " " + path("cube.bmp")
+                                  + " --samples 1 --size 40x40 --style " + style);
+        if (has(drawn.errors, "OpenGL"))
+            GTEST_SKIP() << drawn.errors;
+        ASSERT_EQ(drawn.status, 0) << drawn.errors;
+        const std::string bmp = read("cube.bmp");
+        for (std::size_t i = static_cast<unsigned char>(bmp[10]); i + 2 < bmp.size(); i += 3)
+            red[style] += static_cast<unsigned char>(bmp[i + 2]) > 128 ? 1 : 0;
+    }
+    EXPECT_EQ(red["as-is"], 400);
+    EXPECT_EQ(red["flat"], 400);
+    EXPECT_LT(red["wireframe"], 100);
+    EXPECT_LT(red["boxes"], 100);
+    EXPECT_LT(red["points"], red["wireframe"]);
+    EXPECT_EQ(run("render " + scene + " a.png --style dotted").status, 2);
+}
+
 TEST_F(KmrTest, ShowsAllOfTheSceneOnRequest)
 {
     const std::string scene = write("far.wrl", "#VRML V1.0 ascii\nSeparator { OrthographicCamera { "

@@ -42,15 +42,12 @@ std::vector<RenderView> seenFromAside(std::vector<RenderView> views, float offse
     return views;
 }
 
-Anaglyph::Anaglyph(GLDevice& device, const SbViewportRegion& region)
-    : m_device(device),
-      m_origin(region.getViewportOriginPixels()),
-      m_size(region.getViewportSizePixels())
+Anaglyph::Anaglyph(GLDevice& device, const PixelBox& box) : m_device(device), m_box(box)
 {
     glGenTextures(1, &m_texture);
     glBindTexture(GL_TEXTURE_2D, m_texture);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, m_size[0], m_size[1], 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                 nullptr);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, m_box.width(), m_box.height(), 0, GL_RGBA,
+                 GL_UNSIGNED_BYTE, nullptr);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     glBindTexture(GL_TEXTURE_2D, 0);
@@ -73,8 +70,8 @@ void Anaglyph::keepLeft()
     glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(drawn));
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_buffer);
     glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, m_texture, 0);
-    glBlitFramebuffer(m_origin[0], m_origin[1], m_origin[0] + m_size[0], m_origin[1] + m_size[1], 0,
-                      0, m_size[0], m_size[1], GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBlitFramebuffer(m_box.left, m_box.bottom, m_box.right, m_box.top, 0, 0, m_box.width(),
+                      m_box.height(), GL_COLOR_BUFFER_BIT, GL_NEAREST);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(read));
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(drawn));
     if (isScissored)
@@ -86,7 +83,7 @@ void Anaglyph::mergeLeft()
     const GLProgram* program = m_device.program(SHADER_ANAGLYPH);
     if (!program)
         return;
-    glViewport(m_origin[0], m_origin[1], m_size[0], m_size[1]);
+    glViewport(m_box.left, m_box.bottom, m_box.width(), m_box.height());
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_BLEND);
     glColorMask(GL_TRUE, GL_FALSE, GL_FALSE, GL_FALSE);

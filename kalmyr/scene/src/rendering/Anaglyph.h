@@ -1,9 +1,8 @@
 #pragma once
 
 #include "rendering/GLDevice.h"
+#include "rendering/PixelBox.h"
 #include "rendering/RenderList.h"
-
-#include <kalmyr/base/SbViewportRegion.h>
 
 #include <vector>
 
@@ -19,20 +18,20 @@ std::vector<RenderView> seenFromAside(std::vector<RenderView> views, float offse
 /// on the right. Works on whatever framebuffer is bound.
 class Anaglyph {
 public:
-    Anaglyph(GLDevice& device, const SbViewportRegion& region);
+    /// `box`: of what is bound, in pixels.
+    Anaglyph(GLDevice& device, const PixelBox& box);
     ~Anaglyph();
     Anaglyph(const Anaglyph&) = delete;
     Anaglyph& operator=(const Anaglyph&) = delete;
 
-    /// Copies what stands in the viewport.
+    /// Copies what stands in the box.
     void keepLeft();
-    /// Replaces the red of what stands in the viewport now by the brightness of the copy.
+    /// Replaces the red of what stands in the box now by the brightness of the copy.
     void mergeLeft();
 
 private:
     GLDevice& m_device;
-    const SbVec2s m_origin;
-    const SbVec2s m_size;
+    const PixelBox m_box;
     GLuint m_texture = 0;
     GLuint m_buffer = 0;
 };

@@ -24,6 +24,11 @@ double now()
     return SbTime::monotonic().getValue();
 }
 
+kalmyr::detail::PixelBox partOf(const SbVec2i32& origin, const SbVec2i32& size)
+{
+    return {origin[0], origin[1], origin[0] + size[0], origin[1] + size[1]};
+}
+
 } // namespace
 
 SO_ACTION_SOURCE(SoGLRenderAction, SoAction, "GLRenderAction")
@@ -190,7 +195,10 @@ void SoGLRenderAction::drawBothEyes(kalmyr::detail::GLDevice& device, SoNode* ro
     };
     const bool clearsColor = std::exchange(m_clearColor, true);
     const bool clearsDepth = std::exchange(m_clearDepth, true);
-    Anaglyph pictures(device, m_region);
+    GLFrameOptions options;
+    options.region = m_region;
+    options.part = partOf(m_partOrigin, m_partSize);
+    Anaglyph pictures(device, inTarget(boxOf(m_region), options));
     drawFrom(-m_stereo.separation / 2);
     pictures.keepLeft();
     drawFrom(m_stereo.separation / 2);
@@ -203,13 +211,8 @@ void SoGLRenderAction::drawFrame(kalmyr::detail::GLDevice& device, SoNode* root)
     using namespace kalmyr::detail;
     RenderStatistics& statistics = m_traversal->statistics;
     const Frame& frame = m_traversal->frame;
-    const GLFrameOptions options{m_region,
-                                 m_backgroundColor,
-                                 m_transparencyType,
-                                 m_clearColor,
-                                 m_clearDepth,
-                                 {m_partOrigin[0], m_partOrigin[1], m_partOrigin[0] + m_partSize[0],
-                                  m_partOrigin[1] + m_partSize[1]}};
+    const GLFrameOptions options{m_region,     m_backgroundColor, m_transparencyType,
+                                 m_clearColor, m_clearDepth,      partOf(m_partOrigin, m_partSize)};
     bool isStale = false;
     std::vector<Outliner*> outliners;
     const auto prepare = [&](SoOutline& outline) {
