@@ -14,33 +14,14 @@ using Style = SoGLRenderAction::DrawStyle;
 
 constexpr float kLeastPointSize = 3; // pixels: a single one is hard to see
 
-void addExtras(const SoGeometry::Extras& from, std::uint32_t index, SoGeometry& to)
-{
-    if (!to.extras) {
-        to.extras = std::make_unique<SoGeometry::Extras>(from);
-        for (auto& set : to.extras->texCoordSets)
-            set.values.clear();
-        for (auto& input : to.extras->attributes)
-            input.values.clear();
-    }
-    for (std::size_t i = 0; i < from.texCoordSets.size(); ++i)
-        to.extras->texCoordSets[i].values.push_back(from.texCoordSets[i].values[index]);
-    for (std::size_t i = 0; i < from.attributes.size(); ++i) {
-        const auto& input = from.attributes[i];
-        const auto n = static_cast<std::size_t>(input.components);
-        const float* first = input.values.data() + index * n;
-        auto& values = to.extras->attributes[i].values;
-        values.insert(values.end(), first, first + n);
-    }
-}
-
-/// Values of the vertices in the order of `sources`; of each `size` elements. Empty stays empty.
+/// Values of the vertices in the order of `sources`, of each `size` elements; none where not every
+/// vertex has them.
 template <class T>
-std::vector<T> pick(const std::vector<T>& from, const std::vector<std::uint32_t>& sources,
-                    std::size_t size = 1)
+std::vector<T> pick(const SoGeometry& geometry, const std::vector<T>& from,
+                    const std::vector<std::uint32_t>& sources, std::size_t size = 1)
 {
     std::vector<T> values;
-    if (from.empty())
+    if (from.size() < geometry.positions.size() * size)
         return values;
     values.reserve(sources.size() * size);
     for (const std::uint32_t source : sources) {
@@ -50,16 +31,16 @@ std::vector<T> pick(const std::vector<T>& from, const std::vector<std::uint32_t>
     return values;
 }
 
-std::unique_ptr<SoGeometry::Extras> pick(const SoGeometry::Extras& from,
-                                         const std::vector<std::uint32_t>& sources)
+std::unique_ptr<SoGeometry::Extras> pickExtras(const SoGeometry& from,
+                                               const std::vector<std::uint32_t>& sources)
 {
     auto extras = std::make_unique<SoGeometry::Extras>();
-    for (const SoGeometry::Extras::TexCoordSet& set : from.texCoordSets)
-        extras->texCoordSets.push_back({set.unit, pick(set.values, sources)});
-    for (const SoGeometry::Extras::Attribute& attribute : from.attributes)
-        extras->attributes.push_back(
-            {attribute.name, attribute.components,
-             pick(attribute.values, sources, static_cast<std::size_t>(attribute.components))});
+    for (const SoGeometry::Extras::TexCoordSet& set : from.extras->texCoordSets)
+        extras->texCoordSets.push_back({set.unit, pick(from, set.values, sources)});
+    for (const SoGeometry::Extras::Attribute& attribute : from.extras->attributes)
+        extras->attributes.push_back({attribute.name, attribute.components,
+                                      pick(from, attribute.values, sources,
+                                           static_cast<std::size_t>(attribute.components))});
     return extras;
 }
 
@@ -83,12 +64,12 @@ SoRef<SoGeometry> makeFlat(const SoGeometry& from)
     flat->pointNumbers = from.pointNumbers;
     flat->solid = from.solid;
     flat->twoSided = from.twoSided;
-    flat->positions = pick(from.positions, sources);
-    flat->normals = pick(from.normals, sources);
-    flat->texCoords = pick(from.texCoords, sources);
-    flat->colors = pick(from.colors, sources);
+    flat->positions = pick(from, from.positions, sources);
+    flat->normals = pick(from, from.normals, sources);
+    flat->texCoords = pick(from, from.texCoords, sources);
+    flat->colors = pick(from, from.colors, sources);
     if (from.extras)
-        flat->extras = pick(*from.extras, sources);
+        flat->extras = pickExtras(from, sources);
     for (std::size_t t = 0; t < flat->triangles.size(); t += 3) {
         const SbVec3f* corners = &flat->positions[t];
         SbVec3f normal = (corners[1] - corners[0]).cross(corners[2] - corners[0]);
