@@ -223,6 +223,17 @@ TEST_F(ViewerNavigation, NearThingsAreSeenInAWideWorld)
     EXPECT_GE(speck, camera().farDistance.getValue() * viewer->getNearShare() * 0.99f);
     viewer->setNearShare(1e-7f);
     EXPECT_LT(look(SbRotation()), 0.015f);
+    // The eye in a ball sees its inside, or its box, whose edges are farther away.
+    const SoRef<SoSeparator> room = cubeAt({0, 0, 0});
+    auto* ball = new SoSphere;
+    ball->radius = 10;
+    room->replaceChild(1, ball);
+    room->addChild(cubeAt({0, 0, -1e5f}, 1).get());
+    show(room.get());
+    const float inside = look(SbRotation());
+    EXPECT_NEAR(inside, 0.95f * 10 * std::cos(0.54f), 0.6f) << "at the corners of the window";
+    viewer->setDrawStyle(SoGLRenderAction::BOUNDING_BOX);
+    EXPECT_NEAR(look(SbRotation(SbVec3f(0, 1, 0), 0.7853982f)), 0.95f * 14.14f, 1);
 }
 
 /// Triangles of all sizes around the eye, against points that are taken on them.

@@ -161,6 +161,10 @@ private:
             nearest = depth;
             return;
         }
+        if (m_view.asBoxes) {
+            lookAtEdges(box, sides);
+            return;
+        }
         const SoRef<SoGeometry> geometry = shape.getGeometry(getState());
         if (!geometry)
             return;
@@ -168,6 +172,18 @@ private:
         look<3>(*geometry, geometry->triangles, runs.triangles, sides);
         look<2>(*geometry, geometry->lines, runs.lines, sides);
         look<1>(*geometry, geometry->points, runs.points, sides);
+    }
+
+    void lookAtEdges(const SbBox3f& box, const Sides& sides)
+    {
+        for (int corner = 0; corner < 8; ++corner) {
+            for (const int axis : {1, 2, 4}) {
+                if (corner & axis)
+                    continue;
+                const SbVec3f edge[] = {box.getCorner(corner), box.getCorner(corner | axis)};
+                nearest = std::min(nearest, sides.depthOf(edge));
+            }
+        }
     }
 
     using Found = std::vector<std::pair<float, std::size_t>>;

@@ -25,6 +25,7 @@ public:
         SbVec2f tangents;    ///< of half the angles of view, to the side and up
         /// What is not nearer than this need not be measured exactly.
         float enough = 0;
+        bool asBoxes = false; ///< shapes are seen as the edges of their boxes
     };
 
     /// Distance along the line of sight; the largest float when nothing is in view. What is

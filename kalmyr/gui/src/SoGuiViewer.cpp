@@ -244,6 +244,7 @@ void SoGuiViewer::setDrawStyle(SoGLRenderAction::DrawStyle style)
     if (style == getDrawStyle())
         return;
     getSceneManager()->setDrawStyle(style);
+    m_adjusted = {};
     stateChanged();
 }
 

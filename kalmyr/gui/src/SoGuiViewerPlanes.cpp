@@ -41,6 +41,7 @@ float SoGuiViewer::nearestSeen(const SbMatrix& toEye, float enough)
     view.worldToEye = toEye;
     view.tangents = SbVec2f(volume.getWidth() / distance / 2, volume.getHeight() / distance / 2);
     view.enough = enough;
+    view.asBoxes = getDrawStyle() == SoGLRenderAction::BOUNDING_BOX;
     const SoRef<SoNode> root(m_root.get()); // a callback in the scene may replace it
     const float nearest = m_nearestDepth->measure(root.get(), view);
     return nearest < std::numeric_limits<float>::max() ? nearest * (1 - kNearSlack) : enough;
