@@ -350,6 +350,25 @@ TEST_F(Paint, OffsetsDecideBetweenSurfacesOfOnePlane)
     }
 }
 
+TEST_F(Paint, OffsetsMoveLinesAndPoints)
+{
+    const std::string face =
+        "Separator { Material { diffuseColor 1 0 0 } " + std::string(kSquare) + "} ";
+    const std::string shapes[] = {
+        "Coordinate3 { point [ -1 0 0, 1 0 0 ] } DrawStyle { lineWidth 9 } LineSet { numVertices 2 "
+        "}",
+        "Coordinate3 { point [ 0 0 0 ] } DrawStyle { pointSize 9 } PointSet { }"};
+    for (const std::string& shape : shapes) {
+        const auto drawMoved = [&](const char* offset) {
+            draw(face + "Separator { Material { diffuseColor 0 1 0 } " + offset + shape + " }");
+        };
+        drawMoved("PolygonOffset { styles (LINES | POINTS) units -100 } ");
+        expectColor(0, 0, kGreen, shape);
+        drawMoved("PolygonOffset { styles (LINES | POINTS) units 100 } ");
+        expectColor(0, 0, kRed, shape);
+    }
+}
+
 TEST_F(Paint, ColorsComeFromPalettes)
 {
     draw("ColorIndex { index 4 } Cube { }");

@@ -394,13 +394,32 @@ void GLPaint::applySettings(const SoLookExtras* extras, bool writesDepth)
     }
     glDepthMask(writesDepth && now.depthWrite ? GL_TRUE : GL_FALSE);
     glDepthRange(now.depthRange[0], now.depthRange[1]);
-    const bool offset = now.hasOffset() && (now.offsetStyles & SoLookExtras::OFFSET_FILLED);
-    if (offset) {
+    glDisable(GL_POLYGON_OFFSET_FILL);
+}
+
+void GLPaint::offsetFor(GLenum mode) const
+{
+    if (!m_settings || !m_settings->hasOffset()) {
+        return;
+    }
+    const SoLookExtras& now = *m_settings;
+    const auto has = [&now](SoLookExtras::OffsetStyle style) {
+        return (now.offsetStyles & style) != 0;
+    };
+    if (mode == GL_TRIANGLES && has(SoLookExtras::OFFSET_FILLED)) {
         glEnable(GL_POLYGON_OFFSET_FILL);
         glPolygonOffset(now.offsetFactor, now.offsetUnits);
     } else {
         glDisable(GL_POLYGON_OFFSET_FILL);
     }
+    // Lines and points have no slope, and OpenGL moves faces alone.
+    constexpr double kSmallestStep = 1.0 / (1 << 23);
+    const bool isMoved = mode == GL_POINTS      ? has(SoLookExtras::OFFSET_POINTS)
+                         : mode != GL_TRIANGLES ? has(SoLookExtras::OFFSET_LINES)
+                                                : false;
+    const double by = isMoved ? static_cast<double>(now.offsetUnits) * kSmallestStep : 0;
+    glDepthRange(std::clamp(now.depthRange[0] + by, 0.0, 1.0),
+                 std::clamp(now.depthRange[1] + by, 0.0, 1.0));
 }
 
 void GLPaint::beginFrame(std::uint64_t frame)

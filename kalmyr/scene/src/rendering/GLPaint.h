@@ -56,6 +56,8 @@ public:
 
     /// Sets depth test and offset; null for the usual ones. `writesDepth` is what holds otherwise.
     void applySettings(const SoLookExtras* extras, bool writesDepth);
+    /// Called before each draw call: offsets hold for kinds of primitives.
+    void offsetFor(GLenum mode) const;
 
     void beginFrame(std::uint64_t frame);
     /// Leaves texture units and settings as they are expected.

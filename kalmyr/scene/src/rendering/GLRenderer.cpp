@@ -580,6 +580,7 @@ void GLRenderer::drawPoints(const FrameItem& item, const GLGeometry& buffers, bo
     glPointSize(std::max(1.0f, item.entry->appearance->drawStyle.pointSize));
     if (allVertices) {
         numberPrimitives(GL_POINTS, buffers.numVertices);
+        m_device.paint().offsetFor(GL_POINTS);
         ++m_statistics.drawCalls;
         glDrawArrays(GL_POINTS, buffers.firstVertex, buffers.numVertices);
     } else {
@@ -591,6 +592,7 @@ void GLRenderer::submit(const GLGeometry& buffers, GLenum mode, GLsizei count,
                         std::size_t firstIndex)
 {
     numberPrimitives(mode, count);
+    m_device.paint().offsetFor(mode);
     ++m_statistics.drawCalls;
     glDrawElementsBaseVertex(mode, count, GL_UNSIGNED_INT, indexOffset(firstIndex),
                              buffers.firstVertex);
@@ -674,7 +676,8 @@ const GLProgram* GLRenderer::usePaint(const FrameItem& item, unsigned features)
     if (!program) {
         return nullptr;
     }
-    const GLuint texture = m_device.texture(look.texture);
+    const bool showsImage = (features & SHADER_TEXTURE) && look.extras->program;
+    const GLuint texture = showsImage ? m_device.texture(look.texture) : 0;
     if (texture != m_texture) {
         glBindTexture(GL_TEXTURE_2D, texture);
         m_texture = texture;
