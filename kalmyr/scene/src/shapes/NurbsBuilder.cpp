@@ -7,7 +7,7 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/elements/SoCoordinateElements.h>
 #include <kalmyr/elements/SoDrawElements.h>
-#include <kalmyr/elements/SoTextureElement.h>
+#include <kalmyr/elements/SoLookExtras.h>
 #include <kalmyr/shapes/SoGeometry.h>
 
 #include <algorithm>
@@ -486,11 +486,6 @@ std::string textureSurface(SoState* state, const SurfaceFields& fields, NurbsSur
     return checkPoints(surface.points);
 }
 
-bool isTextured(SoState* state)
-{
-    return !state->get<SoTextureElement>().value().image.isNull();
-}
-
 } // namespace
 
 void buildSurfaceOfState(const SoNode* node, SoState* state, const SurfaceFields& fields,
@@ -509,7 +504,7 @@ void buildSurfaceOfState(const SoNode* node, SoState* state, const SurfaceFields
                                   * static_cast<std::size_t>(fields.numV),
                               input.surface.points);
     NurbsSurface texture;
-    input.makesTexCoords = isTextured(state);
+    input.makesTexCoords = SoLookExtrasElement::isTextured(state);
     if (fault.empty() && input.makesTexCoords && fields.numS > 0) {
         fault = textureSurface(state, fields, texture);
         input.texCoords = &texture;
@@ -533,7 +528,7 @@ std::uint64_t nurbsKey(SoState* state, bool isSurface)
         return key;
     key = addToKey(key, state->getValueId(SoProfileElement::getStackIndex()));
     key = addToKey(key, state->getValueId(SoShapeHintsElement::getStackIndex()));
-    if (isTextured(state))
+    if (SoLookExtrasElement::isTextured(state))
         key = addToKey(key + 1, state->get<SoTextureCoordinateElement>().getValueId());
     return key;
 }

@@ -6,7 +6,7 @@
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/elements/SoMatrixElements.h>
-#include <kalmyr/shapes/FaceBuilder.h>
+#include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 #include <kalmyr/vrml/SoVRMLProto.h>
 
@@ -240,15 +240,9 @@ std::uint64_t SoVRMLGeoElevationGrid::stateKey(SoState* state) const
     return lookKey(state, color);
 }
 
-void SoVRMLGeoElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
+std::string SoVRMLGeoElevationGrid::fillGrid(kalmyr::ShapeSource& source) const
 {
     const int nx = xDimension.getValue(), nz = zDimension.getValue();
-    if (nx < 2 || nz < 2)
-        return;
-    if (height.getNum() / nx < nz)
-        return warnOfGeo(this, "height has " + std::to_string(height.getNum())
-                                   + " values, a grid of " + std::to_string(nx) + " by "
-                                   + std::to_string(nz) + " needs more");
     GeoFrame frame = frameOf(geoSystem, geoOrigin);
     SbVec3d corner;
     double east = 0, north = 0;
@@ -258,40 +252,52 @@ void SoVRMLGeoElevationGrid::buildGeometry(SoState* state, SoGeometry& geometry)
         && (!readPlace(geoGridOrigin.getValue().toStdString(), corner)
             || !readNumber(xSpacing.getValue(), east) || !readNumber(zSpacing.getValue(), north)))
         frame.fault = "geoGridOrigin, xSpacing and zSpacing are not all numbers";
-    std::vector<SbVec3f> points;
-    std::vector<SbVec2f> across;
-    std::vector<std::int32_t> corners;
     for (int z = 0; z < nz && frame.fault.empty(); ++z) {
         for (int x = 0; x < nx && frame.fault.empty(); ++x) {
             const std::int32_t at = z * nx + x;
             const double up = static_cast<double>(height[at]) * yScale.getValue();
             SbVec3d local;
             frame.toLocal(frame.system.stepped(corner, x * east, z * north, up), local);
-            points.emplace_back(local);
-            across.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
-                                static_cast<float>(z) / static_cast<float>(nz - 1));
+            source.positions.emplace_back(local);
+            source.texCoords.emplace_back(static_cast<float>(x) / static_cast<float>(nx - 1),
+                                          static_cast<float>(z) / static_cast<float>(nz - 1));
             if (x + 1 < nx && z + 1 < nz)
-                corners.insert(corners.end(), {at, at + 1, at + nx + 1, at + nx, -1});
+                source.coordIndex.insert(source.coordIndex.end(),
+                                         {at, at + 1, at + nx + 1, at + nx, -1});
         }
     }
-    if (!frame.fault.empty())
-        return warnOfGeo(this, frame.fault);
-    const auto colors = packedColors(state, color);
+    source.input.positions = source.positions;
+    source.input.coordIndex = source.coordIndex;
+    return frame.fault;
+}
+
+void SoVRMLGeoElevationGrid::fillSource(SoState* state, kalmyr::ShapeSource& source) const
+{
+    const int nx = xDimension.getValue(), nz = zDimension.getValue();
+    if (nx < 2 || nz < 2)
+        return;
+    std::string fault;
+    if (height.getNum() / nx < nz)
+        fault = "height has " + std::to_string(height.getNum()) + " values, a grid of "
+                + std::to_string(nx) + " by " + std::to_string(nz) + " needs more";
+    else if (source.wantsLists())
+        fault = fillGrid(source);
+    if (!fault.empty())
+        return warnOfGeo(this, fault);
+    source.kind = kalmyr::ShapeSource::FACES;
     const auto given = texCoordsOf(texCoord);
     const SoMFInt32 none;
-    kalmyr::FaceInput in;
+    kalmyr::FaceInput& in = source.input;
     in.node = this;
-    in.positions = points;
-    in.coordIndex = corners;
     in.normals = attribute<SbVec3f>(normalsOf(normal), none, normalPerVertex.getValue(), "normal");
-    in.colors = attribute<std::uint32_t>(colors, none, colorPerVertex.getValue(), "color");
-    in.texCoords = attribute<SbVec2f>(given.empty() ? std::span<const SbVec2f>(across) : given,
-                                      none, true, "texCoord");
+    in.colors = colorsOf(state, color, none, colorPerVertex.getValue(), source);
+    in.texCoords = attribute<SbVec2f>(given, none, true, "texCoord");
+    if (given.empty() && source.wantsValues())
+        in.texCoords.values = source.texCoords;
     in.clockwise = !ccw.getValue();
     in.solid = solid.getValue();
     in.creaseAngle = creaseAngle.getValue();
     in.convex = false;
-    kalmyr::FaceBuilder(in).build(geometry);
 }
 
 // ---- location

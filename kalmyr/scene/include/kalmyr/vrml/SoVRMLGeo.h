@@ -16,6 +16,7 @@
 #include <kalmyr/vrml/SoVRMLSensors.h>
 
 #include <span>
+#include <string>
 #include <vector>
 
 /// \file
@@ -100,10 +101,13 @@ public:
 
 protected:
     ~SoVRMLGeoElevationGrid() override;
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
+    void fillSource(SoState* state, kalmyr::ShapeSource& source) const override;
     std::uint64_t stateKey(SoState* state) const override;
 
 private:
+    /// Positions, indices and texture coordinates; returns what is wrong.
+    std::string fillGrid(kalmyr::ShapeSource& source) const;
+
     SoFieldSensor m_heightSensor, m_scaleSensor;
 };
 
