@@ -9,6 +9,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
+#include <kalmyr/tilevex/TvSymTool.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
 #include "support/ErrorGuard.h"
@@ -62,6 +63,8 @@ SoRef<SoNode> readAll(SoInput& in)
 SoRef<SoNode> readScene(const fs::path& file, SbString* header = nullptr)
 {
     SoDB::init();
+    // As the inspector does; they stay started.
+    [[maybe_unused]] static const bool hasManips = TvSymTool::initModule("Manips");
     SoInput in;
     if (!in.openFile(SbString(file.string())))
         return {};
