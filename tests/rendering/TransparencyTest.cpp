@@ -332,6 +332,27 @@ TEST_F(Transparency, HoldsForLayersPlanesTexturesLinesAndPoints)
     }
 }
 
+/// More lights than a uniform block holds come from a table beside the textures of the layers.
+TEST_F(Transparency, HoldsUnderManyLights)
+{
+    const auto lit = [this](int numLights) {
+        std::string lights = "LightModel { model PHONG } ";
+        for (int i = 0; i < numLights; ++i) {
+            lights +=
+                "DirectionalLight { direction 0 0 -1 intensity " + text(0.5 / numLights) + "} ";
+        }
+        const Sheet red{0.4, 0, 0, {1, 0, 0, 0.5}}, blue{-0.4, 0, 0, {0, 0, 1, 0.5}};
+        draw(read(lights + red.scene() + blue.scene(), false).get(), 8);
+        return std::pair(pixel(10, 20), pixel(40, 20));
+    };
+    for (const int numLights : {2, 40}) {
+        const auto [left, right] = lit(numLights);
+        EXPECT_GT(left[2], left[0]); // blue is in front on the left
+        EXPECT_LT(right[2], right[0]);
+        EXPECT_LT(std::max(left[1], right[1]), 60) << "the background shows";
+    }
+}
+
 TEST_F(Transparency, OfOneCameraIsDoneBeforeTheNextOrAfterAllOpaque)
 {
     const Sheet glass{0, 0, 2, {1, 0, 0, 0.5}}, wall{0, 0, -2, {0, 1, 0, 1}};

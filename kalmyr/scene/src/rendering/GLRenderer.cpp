@@ -703,6 +703,10 @@ bool GLRenderer::prepare(const FrameItem& item, const GLGeometry& buffers, unsig
     }
     if (m_purpose == Purpose::SCENE) {
         m_device.paint().applySettings(look.extras.get(), m_writesDepth);
+        if (m_blending == Blending::LAYER && look.extras) {
+            glDepthFunc(GL_LEQUAL); // layers are found by a test of their own
+            glDepthMask(GL_TRUE);
+        }
     }
     bindVertexArray(buffers.vertexArray);
     if (m_view != item.view) {
