@@ -145,3 +145,5 @@ BENCHMARK(frameOfMany)
     ->UseManualTime()
     ->Iterations(20)
     ->Unit(benchmark::kMicrosecond);
+
+BENCHMARK_MAIN();
