@@ -1,8 +1,8 @@
 #include <kalmyr/cameras/SoCamera.h>
 
-#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoGetMatrixAction.h>
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/base/SbSphere.h>
 #include <kalmyr/elements/SoMatrixElements.h>

@@ -1,7 +1,7 @@
 #include <kalmyr/nodes/SoCallback.h>
 
-#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoAction.h>
+#include <kalmyr/actions/SoGLRenderAction.h>
 
 SO_NODE_SOURCE(SoCallback)
 

@@ -1,7 +1,7 @@
 #include <kalmyr/nodes/SoPixelScale.h>
 
-#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
 

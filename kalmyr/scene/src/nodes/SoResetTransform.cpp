@@ -1,8 +1,8 @@
 #include <kalmyr/nodes/SoResetTransform.h>
 
-#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
+#include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 
 namespace {

@@ -79,8 +79,8 @@ KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoPath* path);
 KALMYR_API SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region);
 
 /// Index pairs of the edges between the faces of a geometry, or at its border: what is drawn of it
-/// in the style of lines. `asPolylines`: each edge once, those that go on in each other one after the
-/// other, as lines with a pattern are drawn.
+/// in the style of lines. `asPolylines`: each edge once, those that go on in each other one after
+/// the other, as lines with a pattern are drawn.
 KALMYR_API std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry,
                                                    bool asPolylines = false);
 
