@@ -412,7 +412,7 @@ TEST_F(DraggerTest, KeepsItsSizeOnTheScreenWhenAsked)
 
 TEST_F(DraggerTest, CopiesAndFilesHoldTheFieldsAndConversionsLeaveItOut)
 {
-    auto* dragger = add<SoTransformDragger>();
+    const SoRef<SoTransformDragger> dragger(add<SoTransformDragger>());
     dragger->translation = SbVec3f(1, 2, 0);
     dragger->screenSize = 40;
     const std::string once = support::writeScene(root.get());
