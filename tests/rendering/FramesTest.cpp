@@ -266,9 +266,13 @@ TEST_F(Frames, VisitOnlyWhatChangedAmongMany)
     }
     SoOffscreenRenderer renderer{SbViewportRegion(kSize, kSize)};
     const auto& statistics = renderer.getGLRenderAction()->getStatistics();
-    for (int i = 0; i < 3; ++i) {
+    // Something moves from the first frame on.
+    for (int i = 0; i < 4; ++i) {
+        places[71]->translation.setValue(SbVec3f(1, 2, static_cast<float>(i)));
         ASSERT_TRUE(renderer.render(root.get()));
     }
+    EXPECT_LT(statistics.visits, 20u);
+    EXPECT_EQ(statistics.itemsPlaced, 1u);
     for (int i = 0; i < 3; ++i) {
         places[70]->translation.setValue(SbVec3f(1, 2, static_cast<float>(i)));
         ASSERT_TRUE(renderer.render(root.get()));

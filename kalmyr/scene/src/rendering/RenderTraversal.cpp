@@ -41,6 +41,17 @@ bool hasParts(const SoNode* node)
            && node->getChildren()->getLength() >= kMinParts;
 }
 
+/// Whether a list of the node would serve although something below it changes in every frame: few
+/// of many children do.
+bool hasFewChanges(const SoNode* node, std::uint64_t changeId)
+{
+    constexpr std::size_t kChildrenPerChange = 8;
+    std::vector<ChildChanges::Change> changes;
+    return hasParts(node) && ChildChanges::since(*node, changeId, changes)
+           && changes.size() * kChildrenPerChange
+                  <= static_cast<std::size_t>(node->getChildren()->getLength());
+}
+
 /// Adds where those children stand, in order; those that left are ignored. False when one of them
 /// has an effect on others.
 bool findPlaces(const SoChildList& children, int firstFree,
@@ -196,7 +207,7 @@ void RenderTraversal::separator(SoNode* node, bool mayCache)
     if (patch(node, id, key)) {
         return;
     }
-    if (seen->changeId != id || seen->since == m_frame) {
+    if (seen->since == m_frame || (seen->changeId != id && !hasFewChanges(node, seen->changeId))) {
         return traverseInPlace(node, mayCache);
     }
     if (m_nesting >= kMaxNesting) {
@@ -213,6 +224,9 @@ void RenderTraversal::traverseInPlace(SoNode* node, bool mayCache)
     if (mayCache && m_action.getNumVisits() - before >= kMinVisitsToCache
         && !m_action.hasTerminated()) {
         m_cache.note(node, node->getChangeId(), m_frame, m_viewDependent);
+        if (hasParts(node)) {
+            ChildChanges::watch(*node);
+        }
     }
     m_viewDependent |= outer;
 }
