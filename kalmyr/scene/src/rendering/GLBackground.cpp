@@ -165,9 +165,46 @@ void drawOnScreen(GLDevice& device, const Frame& frame, const BackgroundPictures
     glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
 }
 
-} // namespace
+/// Fills the uniforms of the background's program; returns the number of vectors used.
+int backgroundValues(const Frame& frame, float (&values)[kMaxBackgroundStops + 2][4])
+{
+    const SoView& view = frame.views.back().view;
+    const bool parallel = view.projection[2][3] == 0;
+    const auto& stops = frame.background.stops;
+    const int count = std::min(static_cast<int>(stops.size()), kMaxBackgroundStops);
+    values[0][0] = static_cast<float>(count);
+    for (int axis = 0; axis < 2; ++axis) {
+        const float scale = view.projection[axis][axis];
+        values[0][1 + axis] = parallel || scale == 0 ? 1 / kParallelSkyScale : 1 / scale;
+    }
+    SbVec3f up = view.viewing.direction(frame.background.up);
+    up.normalize();
+    std::copy_n(up.getValue(), 3, values[1]);
+    for (int i = 0; i < count; ++i) {
+        const BackgroundStop& stop = stops[static_cast<std::size_t>(i)];
+        std::copy_n(stop.color.getValue(), 3, values[2 + i]);
+        values[2 + i][3] = stop.angle;
+    }
+    return count + 2;
+}
 
-void drawBackgroundPictures(GLDevice& device, const Frame& frame)
+void drawColors(GLDevice& device, const Frame& frame)
+{
+    const GLProgram* program = device.program(SHADER_BACKGROUND);
+    if (!program) {
+        return;
+    }
+    float values[kMaxBackgroundStops + 2][4] = {};
+    const int count = backgroundValues(frame, values);
+    glDisable(GL_DEPTH_TEST);
+    glUseProgram(program->program);
+    glUniform4fv(program->material, count, values[0]);
+    glBindVertexArray(device.emptyVertexArray());
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+    glEnable(GL_DEPTH_TEST);
+}
+
+void drawPictures(GLDevice& device, const Frame& frame)
 {
     const BackgroundPictures& pictures = *frame.background.pictures;
     glDisable(GL_DEPTH_TEST);
@@ -182,6 +219,18 @@ void drawBackgroundPictures(GLDevice& device, const Frame& frame)
     glUseProgram(0);
     glDisable(GL_BLEND);
     glEnable(GL_DEPTH_TEST);
+}
+
+} // namespace
+
+void drawBackground(GLDevice& device, const Frame& frame)
+{
+    if (frame.hasBackground && !frame.background.stops.empty()) {
+        drawColors(device, frame);
+    }
+    if (frame.hasBackground && frame.background.pictures) {
+        drawPictures(device, frame);
+    }
 }
 
 } // namespace kalmyr::detail

@@ -124,9 +124,9 @@ void findProgramPlaces(GLProgram& known)
     setUnit(known.program, "instances", kInstanceUnit);
     setUnit(known.program, "materials", kMaterialUnit);
     setUnit(known.program, "surroundings", kSurroundingsUnit);
-    bindBlock(known.program, "View", GLDevice::kViewBinding);
-    bindBlock(known.program, "Surroundings", GLDevice::kSurroundingsBinding);
-    bindBlock(known.program, "Peeling", GLDevice::kPeelingBinding);
+    bindBlock(known.program, "View", VIEW_BINDING);
+    bindBlock(known.program, "Surroundings", SURROUNDINGS_BINDING);
+    bindBlock(known.program, "Peeling", PEELING_BINDING);
 }
 
 GLDevice* GLDevice::current(const char*& error)
@@ -177,15 +177,13 @@ void GLDevice::geometryDied(std::uint64_t id)
 
 GLDevice::GLDevice()
 {
-    glGenBuffers(1, &m_viewBuffer);
-    glGenBuffers(1, &m_surroundingsBuffer);
+    m_frameBlocks.create();
     glGenBuffers(1, &m_streamBuffer);
     glGenBuffers(1, &m_slotNumbers);
     m_capabilities = GLCapabilities::ofCurrent();
     m_pool = std::make_unique<GLGeometryPool>(m_slotNumbers);
     reserveSlots(1); // what is drawn without slots reads the first
     glGenVertexArrays(1, &m_emptyVertexArray);
-    glGetIntegerv(GL_UNIFORM_BUFFER_OFFSET_ALIGNMENT, &m_uniformAlignment);
     const std::scoped_lock lock(listening().mutex);
     listening().devices.push_back(this);
 }
@@ -247,12 +245,11 @@ GLDevice::~GLDevice()
     for (const auto& [number, kept] : m_plans) {
         kept->plan.free();
     }
-    for (const GLuint buffer :
-         {m_marker, m_viewBuffer, m_surroundingsBuffer, m_streamBuffer, m_slotNumbers}) {
+    for (const GLuint buffer : {m_marker, m_streamBuffer, m_slotNumbers}) {
         glDeleteBuffers(1, &buffer);
     }
     glDeleteVertexArrays(1, &m_emptyVertexArray);
-    m_surroundingsTable.free();
+    m_frameBlocks.free();
 }
 
 void GLDevice::beginFrame()

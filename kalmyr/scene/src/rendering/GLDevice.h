@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rendering/GLDrawPlan.h"
+#include "rendering/GLFrameBlocks.h"
 #include "rendering/GLGeometryPool.h"
 #include "rendering/GLPaint.h"
 #include "rendering/GLTextures.h"
@@ -80,21 +81,12 @@ public:
     /// Has the buffer of slot numbers reach that far.
     void reserveSlots(std::size_t count);
 
-    GLuint viewBuffer() const { return m_viewBuffer; }
-    GLuint surroundingsBuffer() const { return m_surroundingsBuffer; }
-    GLTable& surroundingsTable() { return m_surroundingsTable; }
-    /// Generation of the frame whose views and surroundings are in the buffers.
-    std::uint64_t surroundingsOf = 0;
+    GLFrameBlocks& frameBlocks() { return m_frameBlocks; }
     GLuint emptyVertexArray() const { return m_emptyVertexArray; }
-    GLint uniformAlignment() const { return m_uniformAlignment; }
 
     std::size_t getNumGeometries() const { return m_geometries.size(); }
     std::size_t getNumTextures() const { return m_textures.size(); }
     std::size_t getNumGeometryBytes() const { return m_pool->getNumBytes(); }
-
-    static constexpr GLuint kViewBinding = 0;
-    static constexpr GLuint kSurroundingsBinding = 1;
-    static constexpr GLuint kPeelingBinding = 2;
 
 private:
     /// Outlines and plans that were not drawn for so many frames are freed.
@@ -137,12 +129,9 @@ private:
     std::uint64_t m_frame = 0;
     GLuint m_marker = 0;
     GLint m_markerSize = 0;
-    GLuint m_viewBuffer = 0;
-    GLuint m_surroundingsBuffer = 0;
-    GLTable m_surroundingsTable;
+    GLFrameBlocks m_frameBlocks;
     GLuint m_streamBuffer = 0;
     GLuint m_emptyVertexArray = 0;
-    GLint m_uniformAlignment = 256;
     bool m_abandoned = false; ///< the context is gone: nothing to free
 };
 

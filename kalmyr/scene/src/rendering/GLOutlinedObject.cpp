@@ -5,6 +5,7 @@
 
 namespace kalmyr::detail {
 
+/// Sharp edges wherever they are, smooth ones where the surface turns away from the eye.
 void GLRenderer::drawContours(const FrameItem& item, const GLGeometry& buffers)
 {
     const unsigned features = featuresOf(item) | SHADER_WIDE_LINES;

@@ -186,7 +186,7 @@ void GLPeeling::setBlock(const Block& block)
 {
     glBindBuffer(GL_UNIFORM_BUFFER, m_block);
     glBufferData(GL_UNIFORM_BUFFER, sizeof block, &block, GL_STREAM_DRAW);
-    glBindBufferBase(GL_UNIFORM_BUFFER, GLDevice::kPeelingBinding, m_block);
+    glBindBufferBase(GL_UNIFORM_BUFFER, PEELING_BINDING, m_block);
 }
 
 void GLPeeling::bindTextures(GLuint keys)

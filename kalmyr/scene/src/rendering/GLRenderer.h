@@ -7,6 +7,7 @@
 
 #include <kalmyr/base/SbColor.h>
 #include <kalmyr/base/SbViewportRegion.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 
 #include <array>
 #include <cstdint>
@@ -61,11 +62,8 @@ private:
     void begin();
     void end();
     static void setBlendFunction();
+    void setViewport(const SbViewportRegion& region) const;
     void clear();
-    void drawBackground();
-    void drawBackgroundColors();
-    void uploadViews();
-    void uploadSurroundings();
     void makePlan(GLDrawPlan& plan);
     /// Moves what moved in the frame; false when the plan has to be made anew.
     bool patchPlan(GLDrawPlan& plan) const;
@@ -138,8 +136,6 @@ private:
     int m_view = -1;
     std::int64_t m_surroundings = -1;
     int m_clipPlanes = 0;
-    std::size_t m_viewStride = 0;
-    std::size_t m_surroundingsStride = 0;
     Purpose m_purpose = Purpose::SCENE;
     unsigned m_peelingFeatures = 0; ///< that all programs have while pixels are sorted
     int m_numPrimitives = 0;        ///< drawn so far into the same layer of sorted pixels

@@ -5,6 +5,8 @@
 #include "rendering/RenderList.h"
 #include "rendering/RenderListCache.h"
 
+#include <kalmyr/rendering/RenderStatistics.h>
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -84,6 +86,12 @@ private:
     static constexpr std::size_t kMaxRoots = 4;
     static constexpr std::uint64_t kMaxRootAge = 16;
 
+    /// Whether the node's entries can be told apart by its children: it visits them one by one
+    /// between a push and a pop, and does nothing else.
+    static bool hasParts(const SoNode* node);
+    /// Whether a list of the node would serve although something below it changes in every frame:
+    /// few of many children do.
+    static bool hasFewChanges(const SoNode* node, std::uint64_t changeId);
     void record(SoNode* node, std::uint64_t changeId, std::uint64_t stateKey);
     void visitInParts(SoNode* node, RenderList& list);
     bool patch(SoNode* node, std::uint64_t changeId, std::uint64_t stateKey);
