@@ -16,8 +16,9 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoShapeHints.h>
 #include <kalmyr/nodes/SoTransform.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoSceneView.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoIndexedFaceSet.h>
 
@@ -94,8 +95,7 @@ void main()
 /// The plain side: vertex arrays, matrices and colours of the same items, drawn one after another.
 class PlainLoop {
 public:
-    PlainLoop(const std::vector<SoRenderItem>& items, const SbMatrix& viewing,
-              const SbMatrix& projection, bool solid);
+    PlainLoop(const SoSceneView& view, bool solid);
     void draw() const;
 
 private:
@@ -149,14 +149,17 @@ GLuint uploadPlain(const SoGeometry& g)
     return names[0];
 }
 
-PlainLoop::PlainLoop(const std::vector<SoRenderItem>& items, const SbMatrix& viewing,
-                     const SbMatrix& projection, bool solid)
-    : m_viewing(viewing), m_projection(projection), m_program(compilePlain()), m_solid(solid)
+PlainLoop::PlainLoop(const SoSceneView& view, bool solid)
+    : m_viewing(view.cameras.back().view.viewing),
+      m_projection(view.cameras.back().view.projection),
+      m_program(compilePlain()),
+      m_solid(solid)
 {
-    for (const SoRenderItem& item : items) {
+    const SbMatrix toWorld = m_viewing.inverse();
+    for (const SoSceneView::Item& item : view.items) {
         m_objects.push_back({uploadPlain(*item.geometry),
-                             static_cast<GLsizei>(item.geometry->triangles.size()), item.toWorld,
-                             SbVec4f(item.appearance->diffuse, 1.0f)});
+                             static_cast<GLsizei>(item.geometry->triangles.size()),
+                             item.toEye * toWorld, SbVec4f(item.appearance->diffuse, 1.0f)});
     }
 }
 
@@ -315,12 +318,8 @@ void prepare(Case& c, SoNode* content, float distance, bool solid)
 {
     c.root = withCamera(content, distance);
     c.action.setClearing(true, true);
-    const std::vector<SoRenderItem> items = kalmyr::collectRenderItems(c.action, c.root.get());
-    auto* camera = static_cast<SoCamera*>(c.root->getChild(0));
-    SbMatrix viewing;
-    SbMatrix projection;
-    camera->getViewVolume(c.action.getViewportRegion()).getMatrices(viewing, projection);
-    c.plain = std::make_unique<PlainLoop>(items, viewing, projection, solid);
+    const SoSceneView view = kalmyr::viewScene(c.action, c.root.get());
+    c.plain = std::make_unique<PlainLoop>(view, solid);
 }
 
 std::vector<unsigned char> pixels()
@@ -408,6 +407,13 @@ int main(int argc, char** argv)
         // One leaf moves before every frame: all else must come from the kept list.
         compare("cubes_own_one_moving", own, frames, [&transforms](int i) {
             transforms[5000]->translation.setValue(SbVec3f(float(i) * 0.01f, 0, 1));
+        });
+        // Or has another colour.
+        auto* all = static_cast<SoSeparator*>(own.root->getChild(own.root->getNumChildren() - 1));
+        auto* look =
+            static_cast<SoMaterial*>(static_cast<SoSeparator*>(all->getChild(4000))->getChild(1));
+        compare("cubes_own_one_coloured", own, frames, [look](int i) {
+            look->diffuseColor.setValue(SbColor(1, 0, float(i % 100) / 100));
         });
     }
     {

@@ -8,7 +8,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 #include <kalmyr/shapes/SoCube.h>
 
 #include <benchmark/benchmark.h>

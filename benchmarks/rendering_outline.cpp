@@ -8,7 +8,7 @@
 #include <kalmyr/nodes/SoTranslation.h>
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
 

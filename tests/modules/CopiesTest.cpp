@@ -1,3 +1,4 @@
+#include "support/DrawnItems.h"
 #include "support/HostScene.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
@@ -13,7 +14,6 @@
 #include <kalmyr/nodes/SoMaterial.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/nodes/SoTransform.h>
-#include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoSphere.h>
@@ -126,7 +126,7 @@ using Drawn = std::tuple<const SoNode*, std::array<float, 12>, std::array<float,
 std::vector<Drawn> drawn(SoGLRenderAction& action, SoNode* scene)
 {
     std::vector<Drawn> all;
-    for (const SoRenderItem& item : kalmyr::collectRenderItems(action, scene)) {
+    for (const support::DrawnItem& item : support::drawnItems(action, scene)) {
         std::array<float, 12> places{};
         for (int i = 0; i < 12; ++i)
             places[std::size_t(i)] = std::round(item.toWorld[i / 3][i % 3] * 100);
@@ -153,6 +153,8 @@ TEST_F(CopiesTest, KeptListsShowWhatWouldBeWrittenOutAfterEveryEdit)
         child->addChild(new SoCube);
     auto* inside = new SoSeparator;
     inside->addChild(copies);
+    const SoRef<SoNode> camera(support::wideCamera());
+    root->addChild(camera.get());
     root->addChild(inside);
     root->addChild(new SoCone);
     SoGLRenderAction keeping;
@@ -172,6 +174,7 @@ TEST_F(CopiesTest, KeptListsShowWhatWouldBeWrittenOutAfterEveryEdit)
                 child->addChild(new SoCube);
         }
         const SoRef<SoSeparator> written(new SoSeparator);
+        written->addChild(camera.get());
         for (int i = 0; i < copies->getNumCopies(); ++i) {
             auto* one = new SoSeparator;
             auto* matrixNode = new SoTransform;
@@ -189,7 +192,7 @@ TEST_F(CopiesTest, KeptListsShowWhatWouldBeWrittenOutAfterEveryEdit)
             ASSERT_EQ(drawn(keeping, root.get()), wanted) << "step " << step;
         SoGetBoundingBoxAction box{SbViewportRegion()};
         box.apply(root.get());
-        for (const SoRenderItem& item : kalmyr::collectRenderItems(fresh, written.get()))
+        for (const support::DrawnItem& item : support::drawnItems(fresh, written.get()))
             EXPECT_TRUE(box.getBoundingBox().intersect(item.toWorld.point(SbVec3f())));
     }
 }
@@ -219,7 +222,7 @@ TEST_F(CopiesTest, ADetailLevelIsChosenForEachCopyByItsSizeOnTheScreen)
     levels->screenArea.setValues(0, 2, areas);
     const auto seen = [&](SoGLRenderAction& action) {
         std::vector<int> found;
-        for (const SoRenderItem& item : kalmyr::collectRenderItems(action, root.get()))
+        for (const support::DrawnItem& item : support::drawnItems(action, root.get()))
             found.push_back(levels->findChild(item.node));
         return found;
     };

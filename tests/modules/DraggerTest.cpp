@@ -1,5 +1,6 @@
 #include "DragStage.h"
 
+#include "support/DrawnItems.h"
 #include "support/HostScene.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
@@ -22,7 +23,6 @@
 #include <kalmyr/io/SoToVRML2Action.h>
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/nodes/SoTranslation.h>
-#include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/sensors/SoFieldSensor.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -347,7 +347,7 @@ TEST_F(DraggerTest, FieldsMayBeConnectedEitherWay)
 std::vector<SbColor> colorsOf(SoGLRenderAction& render, SoNode* root)
 {
     std::vector<SbColor> colors;
-    for (const SoRenderItem& item : kalmyr::collectRenderItems(render, root))
+    for (const support::DrawnItem& item : support::drawnItems(render, root))
         colors.push_back(item.appearance->diffuse);
     return colors;
 }
@@ -402,8 +402,8 @@ TEST_F(DraggerTest, KeepsItsSizeOnTheScreenWhenAsked)
     fresh.setCaching(false);
     for (int frame = 0; frame < 6; ++frame) {
         static_cast<SoOrthographicCamera*>(camera.get())->height = 10.0f * float(1 + frame / 2);
-        const auto kept = kalmyr::collectRenderItems(render, root.get());
-        const auto drawn = kalmyr::collectRenderItems(fresh, root.get());
+        const auto kept = support::drawnItems(render, root.get());
+        const auto drawn = support::drawnItems(fresh, root.get());
         ASSERT_EQ(kept.size(), drawn.size());
         for (std::size_t i = 0; i < kept.size(); ++i)
             EXPECT_TRUE(kept[i].toWorld.equals(drawn[i].toWorld, 1e-4f)) << frame;

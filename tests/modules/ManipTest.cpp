@@ -1,5 +1,6 @@
 #include "DragStage.h"
 
+#include "support/DrawnItems.h"
 #include "support/HostScene.h"
 
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
@@ -17,7 +18,6 @@
 #include <kalmyr/manips/SoTranslateManip.h>
 #include <kalmyr/nodekits/SoShapeKit.h>
 #include <kalmyr/nodes/SoTranslation.h>
-#include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLTransform.h>
@@ -215,10 +215,10 @@ TEST_F(ManipTest, AClipPlaneDoesNotCutItsDragger)
     auto* cube = new SoCube;
     root->addChild(cube);
     SoGLRenderAction render(region);
-    const auto items = kalmyr::collectRenderItems(render, root.get());
+    const auto items = support::drawnItems(render, root.get());
     ASSERT_GT(items.size(), 3u);
-    for (const SoRenderItem& item : items)
-        EXPECT_EQ(item.clipPlanes.size(), item.node == cube ? 1u : 0u);
+    for (const support::DrawnItem& item : items)
+        EXPECT_EQ(item.numClipPlanes, item.node == cube ? 1u : 0u);
     root->removeChild(2);
     cut->plane = SbPlane(SbVec3f(0, 1, 0), 1);
     drag(at(0.69f, 1), at(0.69f, 2.5f)); // the rim of the plate, seen from its edge

@@ -10,7 +10,7 @@
 #include <kalmyr/nodes/SoTransform.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 #include <kalmyr/shapes/SoCone.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoCylinder.h>

@@ -12,7 +12,7 @@
 #include <kalmyr/rendering/SoLineHighlightRenderAction.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 #include <kalmyr/shapes/SoCube.h>
 #include <kalmyr/shapes/SoLineSet.h>
 #include <kalmyr/shapes/SoPointSet.h>

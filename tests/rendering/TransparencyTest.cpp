@@ -5,7 +5,7 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 
 #include "support/ErrorGuard.h"
 

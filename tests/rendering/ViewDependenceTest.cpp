@@ -1,3 +1,5 @@
+#include "support/DrawnItems.h"
+
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoNodeMacros.h>
@@ -6,7 +8,6 @@
 #include <kalmyr/nodes/SoAnnotation.h>
 #include <kalmyr/nodes/SoSelection.h>
 #include <kalmyr/nodes/SoTranslation.h>
-#include <kalmyr/rendering/SoRenderItem.h>
 #include <kalmyr/shapes/SoCube.h>
 
 #include <gtest/gtest.h>
@@ -68,6 +69,7 @@ TYPED_TEST(ViewDependence, IsAskedForAgainInEveryFrame)
     const SoRef<SoSeparator> root(new SoSeparator);
     auto* camera = new SoPerspectiveCamera;
     camera->position = SbVec3f(0, 0, 10);
+    camera->farDistance = 100;
     auto* inner = new SoSeparator;
     auto* node = new TypeParam;
     root->addChild(camera);
@@ -83,7 +85,7 @@ TYPED_TEST(ViewDependence, IsAskedForAgainInEveryFrame)
     for (int frame = 1; frame <= 6; ++frame) {
         const bool isNear = frame % 2 == 0;
         camera->position = SbVec3f(0, 0, isNear ? 10.0f : 30.0f);
-        EXPECT_EQ(kalmyr::collectRenderItems(action, root.get()).size(), isNear ? 6u : 1u) << frame;
+        EXPECT_EQ(support::drawnItems(action, root.get()).size(), isNear ? 6u : 1u) << frame;
         EXPECT_EQ(node->visits, frame);
     }
 }

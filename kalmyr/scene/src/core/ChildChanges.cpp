@@ -44,6 +44,8 @@ void append(Log& log, const ChildChanges::Change& change)
 
 void ChildChanges::watch(SoNode& node)
 {
+    if (WalkMarks::has(node, WalkMarks::kWatchesChildren))
+        return;
     Logs& the = logs();
     const std::scoped_lock lock(the.mutex);
     const auto [log, isNew] = the.all.try_emplace(&node);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kalmyr/actions/SoGLRenderAction.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderAppearance.h>
 
 #include <cstdint>
 #include <map>

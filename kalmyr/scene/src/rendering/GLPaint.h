@@ -4,7 +4,7 @@
 #include "rendering/Shaders.h"
 
 #include <kalmyr/base/SbMatrix.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderAppearance.h>
 
 #include <epoxy/gl.h>
 

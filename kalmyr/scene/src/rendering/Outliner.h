@@ -7,6 +7,7 @@
 
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/rendering/RenderStatistics.h>
 
 #include <cstdint>
 #include <memory>

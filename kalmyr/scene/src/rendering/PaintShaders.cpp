@@ -1,6 +1,6 @@
 #include "rendering/PaintShaders.h"
 
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderAppearance.h>
 
 #include <algorithm>
 

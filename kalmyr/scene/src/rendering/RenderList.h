@@ -9,7 +9,7 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/base/SoRefCounter.h>
 #include <kalmyr/elements/SoViewElements.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderAppearance.h>
 
 #include <cstdint>
 #include <memory>

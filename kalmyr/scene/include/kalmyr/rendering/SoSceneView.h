@@ -8,7 +8,7 @@
 #include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/elements/SoViewElements.h>
-#include <kalmyr/rendering/SoRenderItem.h>
+#include <kalmyr/rendering/SoRenderAppearance.h>
 
 #include <cstdint>
 #include <vector>
