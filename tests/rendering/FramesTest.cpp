@@ -101,6 +101,11 @@ public:
             m_moving->translation.setValue(SbVec3f(5 * unit(), 5 * unit(), unit()));
             return;
         }
+        if (m_changing && below(4) > 0) {
+            m_changing->diffuseColor.setValue(color());
+            m_changing->specularColor.setValue(below(4) ? color() : SbColor(0, 0, 0));
+            return;
+        }
         SoSeparator* group = m_groups[below(3)];
         const int index =
             1 + static_cast<int>(below(static_cast<unsigned>(group->getNumChildren() - 1)));
@@ -125,7 +130,9 @@ public:
             break;
         case 4:
             if (isPart) {
-                static_cast<SoMaterial*>(part->getChild(1))->diffuseColor.setValue(color());
+                auto* material = static_cast<SoMaterial*>(part->getChild(1));
+                m_changing = below(2) ? SoRef<SoMaterial>(material) : nullptr;
+                material->diffuseColor.setValue(color());
             }
             break;
         case 5:
@@ -187,6 +194,7 @@ private:
     SoPerspectiveCamera* m_camera;
     std::vector<SoSeparator*> m_groups;
     SoRef<SoTransform> m_moving;
+    SoRef<SoMaterial> m_changing;
 };
 
 void expectKeptAsFresh(unsigned seed)
@@ -279,6 +287,20 @@ TEST_F(Frames, VisitOnlyWhatChangedAmongMany)
         EXPECT_LT(statistics.visits, 20u);
     }
     EXPECT_EQ(statistics.itemsPlaced, 1u);
+    // So are colours.
+    for (int i = 0; i < 30; ++i) {
+        auto* one = static_cast<SoSeparator*>(many->getChild(100 + i / 3));
+        static_cast<SoMaterial*>(one->getChild(1))->diffuseColor.setValue(
+            SbColor(1, 0, static_cast<float>(i) / 300));
+        ASSERT_TRUE(renderer.render(root.get()));
+        EXPECT_LT(statistics.visits, 20u);
+        if (i % 3 == 2) {
+            EXPECT_EQ(statistics.itemsPlaced, 1u) << i;
+        }
+    }
+    SoOffscreenRenderer fresh{SbViewportRegion(kSize, kSize)};
+    ASSERT_TRUE(fresh.render(root.get()));
+    EXPECT_EQ(sumOf(renderer), sumOf(fresh));
 
     many->removeChild(1000);
     ASSERT_TRUE(renderer.render(root.get()));

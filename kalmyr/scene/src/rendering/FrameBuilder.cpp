@@ -161,7 +161,8 @@ public:
 
     void walk(const RenderList& list, const Place& place, bool isTop);
     /// Places the items of an entry again; false when they are no longer as many.
-    bool patch(const RenderList& list, std::size_t entry, const Frame::Occurrence& occurrence);
+    bool patch(const RenderList& list, std::size_t entry, const Frame::Occurrence& occurrence,
+               bool hasNewLook);
 
 private:
     struct Scope {
@@ -352,7 +353,8 @@ void Builder::walk(const RenderList& list, const Place& place, bool isTop)
     }
 }
 
-bool Builder::patch(const RenderList& list, std::size_t index, const Frame::Occurrence& occurrence)
+bool Builder::patch(const RenderList& list, std::size_t index, const Frame::Occurrence& occurrence,
+                    bool hasNewLook)
 {
     const RenderList::Entry& entry = list.getEntries()[index];
     const Place& outer = occurrence.place;
@@ -374,7 +376,7 @@ bool Builder::patch(const RenderList& list, std::size_t index, const Frame::Occu
     FrameItem& item = m_frame.items[first];
     const bool wasMirrored = item.mirrored;
     placeItem(item, entry, outer);
-    m_frame.patches.push_back(static_cast<std::uint32_t>(first));
+    m_frame.patches.push_back({static_cast<std::uint32_t>(first), hasNewLook});
     return item.mirrored == wasMirrored;
 }
 
@@ -406,7 +408,8 @@ bool Builder::patchList(const RenderList::Entry& entry, const Place& outer, Fram
         }
         items[i].toEye = moved.items[i].toEye;
         items[i].depth = moved.items[i].depth;
-        m_frame.patches.push_back(static_cast<std::uint32_t>(&items[i] - m_frame.items.data()));
+        m_frame.patches.push_back(
+            {static_cast<std::uint32_t>(&items[i] - m_frame.items.data()), false});
     }
     return true;
 }
@@ -432,7 +435,7 @@ bool patchFrame(const std::vector<ListPatch>& patches, Frame& frame)
         }
         for (const Frame::Occurrence& occurrence : found->second) {
             for (std::size_t i = 0; i < patch.count; ++i) {
-                if (!builder.patch(*patch.list, patch.first + i, occurrence)) {
+                if (!builder.patch(*patch.list, patch.first + i, occurrence, patch.hasNewLook)) {
                     return false;
                 }
             }
@@ -508,9 +511,9 @@ void updateFrame(const RenderList& list, const std::vector<RenderView>& views,
 {
     const bool follows = frame.list && frame.traversal + 1 == traversal;
     frame.traversal = traversal;
-    if (!follows || !frame.list->isSameAs(list)
+    if (!follows
         || !std::equal(views.begin(), views.end(), frame.views.begin(), frame.views.end(), areEqual)
-        || !patchFrame(patches, frame)) {
+        || !frame.list->isSameAs(list) || !patchFrame(patches, frame)) {
         buildFrame(list, views, frame);
     }
 }

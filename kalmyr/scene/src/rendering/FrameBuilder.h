@@ -52,13 +52,20 @@ struct FrameSelection {
     std::uint16_t view;
 };
 
-/// Entries of a list that were put in place of as many others, all different by place only.
-/// `isSameKind` is false when anything else changed.
+/// Entries of a list that were put in place of as many others, all of the same kind as those.
+/// `isSameKind` is false when anything but places and the colours of looks changed.
 struct ListPatch {
     RenderList* list; // Not owned; part of the lists of the frame.
     std::size_t first;
     std::size_t count;
     bool isSameKind;
+    bool hasNewLook;
+};
+
+/// An item that moved, and may have other colours.
+struct ItemPatch {
+    std::uint32_t item;
+    bool hasNewLook;
 };
 
 /// Where one list is seen.
@@ -93,7 +100,7 @@ struct Frame {
 
     const std::uint64_t id = nextNumber(); ///< unique in the process
     std::uint64_t generation = 0;          ///< a new one, unique in the process, with new items
-    std::vector<std::uint32_t> patches;    ///< items that moved since then, in order
+    std::vector<ItemPatch> patches;        ///< items that changed since then, in order
     SoRef<const RenderList> list;          ///< what the items point into
     std::uint64_t traversal = 0;           ///< number of the traversal that it shows
     std::unordered_map<const RenderList*, std::vector<Occurrence>> occurrences;

@@ -5,6 +5,7 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 
 namespace kalmyr::detail {
@@ -32,12 +33,16 @@ bool isWide(const SoDrawStyleValues& style)
     return style.lineWidth > 1 || style.linePattern != 0xffff;
 }
 
+/// Geometries with more indices of triangles are drawn by themselves: a call more is nothing beside
+/// the tables that each vertex of a batch looks its place and material up in.
+constexpr std::size_t kMaxBatchedIndices = 30000;
+
 /// Whether everything of the item is drawn by draw calls that need no state but a batch's.
 bool goesInBatches(const RenderList::Entry& entry)
 {
     const SoGeometry& geometry = *entry.geometry;
     const SoDrawStyleValues& style = entry.appearance->drawStyle;
-    return !hasOwnState(*entry.appearance)
+    return !hasOwnState(*entry.appearance) && geometry.triangles.size() < kMaxBatchedIndices
            && (geometry.triangles.empty() || style.style == SoDrawStyleValues::FILLED)
            && (geometry.lines.empty()
                || (!isWide(style) && style.style != SoDrawStyleValues::POINTS));
@@ -53,7 +58,7 @@ public:
         const std::size_t texels =
             static_cast<std::size_t>(renderer.m_device.capabilities().maxBufferTexels);
         m_maxSlots = texels / (sizeof(GLInstance) / (4 * sizeof(float)));
-        m_maxLooks = texels / NUM_MATERIAL_SLOTS;
+        m_maxLooks = texels / NUM_MATERIAL_SLOTS / 2; // half of them in reserve for changes
     }
 
     /// False when the item has to be drawn by itself.
@@ -202,7 +207,7 @@ void GLRenderer::Planner::finishLayer(GLDrawPlan::Layer& layer)
 void GLRenderer::Planner::upload()
 {
     m_renderer.m_device.reserveSlots(m_instances.size());
-    m_plan.upload(m_instances, m_looks);
+    m_plan.upload(m_instances, std::move(m_looks));
 }
 
 void GLRenderer::makePlan(GLDrawPlan& plan)
@@ -233,15 +238,25 @@ void GLRenderer::makePlan(GLDrawPlan& plan)
 bool GLRenderer::patchPlan(GLDrawPlan& plan) const
 {
     for (; plan.numPatches < m_frame.patches.size(); ++plan.numPatches) {
-        const std::uint32_t item = m_frame.patches[plan.numPatches];
-        const std::uint32_t slot = plan.slots[item];
+        const ItemPatch& patch = m_frame.patches[plan.numPatches];
+        const std::uint32_t slot = plan.slots[patch.item];
         if (slot == GLDrawPlan::kSeveralSlots) {
             return false;
         }
-        if (slot != GLDrawPlan::kNoSlot) {
-            const GLInstance place = instanceOf(m_frame.items[item], 0);
-            plan.setPlace(slot, place);
+        if (slot == GLDrawPlan::kNoSlot) {
+            continue;
         }
+        const FrameItem& item = m_frame.items[patch.item];
+        float look = 0;
+        if (patch.hasNewLook) {
+            const std::optional<std::uint32_t> place = plan.ownLook(slot);
+            if (!place) {
+                return false;
+            }
+            plan.setLook(*place, materialValues(*item.entry->appearance, ~0u).front().data());
+            look = static_cast<float>(*place);
+        }
+        plan.setInstance(slot, instanceOf(item, look), patch.hasNewLook);
     }
     return true;
 }

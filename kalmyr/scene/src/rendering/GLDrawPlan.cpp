@@ -4,7 +4,17 @@
 
 #include <kalmyr/base/SoPreferences.h>
 
+#include <algorithm>
+#include <cstddef>
+
 namespace kalmyr::detail {
+
+namespace {
+
+/// Room in the table for looks that change.
+constexpr std::size_t kMinSpareLooks = 64;
+
+} // namespace
 
 GLCapabilities GLCapabilities::ofCurrent()
 {
@@ -56,14 +66,23 @@ void GLDrawPlan::clear()
     batches.clear();
     commands.clear();
     slots.clear();
+    m_ownLooks.clear();
 }
 
-void GLDrawPlan::upload(const std::vector<GLInstance>& instances, const std::vector<float>& looks)
+void GLDrawPlan::upload(const std::vector<GLInstance>& instances, std::vector<float> looks)
 {
+    constexpr std::size_t kFloatsPerLook = std::size_t{4} * NUM_MATERIAL_SLOTS;
     m_numBytes = 0;
+    m_ownLooks.clear();
     if (instances.empty()) {
         return;
     }
+    const std::size_t numLooks = looks.size() / kFloatsPerLook;
+    m_numLooks = static_cast<std::uint32_t>(numLooks);
+    m_maxLooks =
+        m_numLooks
+        + static_cast<std::uint32_t>(std::min(instances.size(), kMinSpareLooks + numLooks / 4));
+    looks.resize(m_maxLooks * kFloatsPerLook);
     m_numBytes += m_instances.fill(instances.data(), instances.size() * sizeof(GLInstance));
     m_numBytes += m_looks.fill(looks.data(), looks.size() * sizeof(float));
     if (!m_commands) {
@@ -77,11 +96,33 @@ void GLDrawPlan::upload(const std::vector<GLInstance>& instances, const std::vec
     m_numBytes += bytes;
 }
 
-void GLDrawPlan::setPlace(std::uint32_t slot, const GLInstance& place)
+std::optional<std::uint32_t> GLDrawPlan::ownLook(std::uint32_t slot)
 {
+    const auto known = m_ownLooks.find(slot);
+    if (known != m_ownLooks.end()) {
+        return known->second;
+    }
+    if (m_numLooks == m_maxLooks) {
+        return std::nullopt;
+    }
+    return m_ownLooks[slot] = m_numLooks++;
+}
+
+void GLDrawPlan::setLook(std::uint32_t place, const float* values)
+{
+    constexpr std::size_t kBytes = 4 * sizeof(float) * NUM_MATERIAL_SLOTS;
+    glBindBuffer(GL_COPY_WRITE_BUFFER, m_looks.buffer);
+    glBufferSubData(GL_COPY_WRITE_BUFFER, static_cast<GLintptr>(place * kBytes), kBytes, values);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+}
+
+void GLDrawPlan::setInstance(std::uint32_t slot, const GLInstance& instance, bool withLook)
+{
+    static_assert(offsetof(GLInstance, look) == sizeof instance.columns);
+    const std::size_t bytes = sizeof instance.columns + (withLook ? sizeof instance.look : 0);
     glBindBuffer(GL_COPY_WRITE_BUFFER, m_instances.buffer);
     glBufferSubData(GL_COPY_WRITE_BUFFER, static_cast<GLintptr>(slot * sizeof(GLInstance)),
-                    sizeof place.columns, place.columns);
+                    static_cast<GLsizeiptr>(bytes), &instance);
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
 }
 

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 namespace kalmyr::detail {
@@ -73,7 +75,7 @@ struct GLBatch {
 ///
 /// Items of the frame that need no state of their own stand in batches; each has a slot in the
 /// table of instances and shares an entry in the table of looks with its likes. The plan stands
-/// while the frame's items do; single items may be moved meanwhile.
+/// while the frame's items do; single items may be moved and get other colours meanwhile.
 class GLDrawPlan {
 public:
     struct Layer {
@@ -95,10 +97,15 @@ public:
     std::vector<std::uint32_t> slots; ///< by item; or one of the two above
 
     void clear();
-    /// Brings commands and tables to the context.
-    void upload(const std::vector<GLInstance>& instances, const std::vector<float>& looks);
-    /// Moves one instance in the context; only the columns of `place` are taken.
-    void setPlace(std::uint32_t slot, const GLInstance& place);
+    /// Brings commands and tables to the context. Behind the looks there is room for some more.
+    void upload(const std::vector<GLInstance>& instances, std::vector<float> looks);
+    /// Returns the place in the table of looks that belongs to the slot alone, or nothing when
+    /// there is no room.
+    std::optional<std::uint32_t> ownLook(std::uint32_t slot);
+    /// Brings one look to the context: `values` fills an entry of the table.
+    void setLook(std::uint32_t place, const float* values);
+    /// Brings one instance to the context; without its look unless `withLook`.
+    void setInstance(std::uint32_t slot, const GLInstance& instance, bool withLook);
     /// Binds the tables to their texture units.
     void bind() const;
     /// Draws a batch with what it needs already set; `firstSlot` is the uniform for contexts
@@ -112,6 +119,9 @@ private:
     GLuint m_commands = 0;
     GLTable m_instances;
     GLTable m_looks;
+    std::uint32_t m_numLooks = 0;                                ///< in use
+    std::uint32_t m_maxLooks = 0;                                ///< that the table has room for
+    std::unordered_map<std::uint32_t, std::uint32_t> m_ownLooks; ///< by slot
     std::size_t m_numBytes = 0;
 };
 

@@ -65,7 +65,7 @@ private:
     void setViewport(const SbViewportRegion& region) const;
     void clear();
     void makePlan(GLDrawPlan& plan);
-    /// Moves what moved in the frame; false when the plan has to be made anew.
+    /// Moves and colours anew what changed in the frame; false when the plan has to be made anew.
     bool patchPlan(GLDrawPlan& plan) const;
     void splitLayer(int layer, std::vector<std::uint32_t>& opaque,
                     GLDrawPlan::Layer& planned) const;

@@ -194,7 +194,7 @@ bool RenderTraversal::patch(SoNode* node, std::uint64_t changeId, std::uint64_t 
     m_viewDependent |= outer;
     if (!isDone) {
         m_cache.forget(*list);
-        m_patches.push_back({list, 0, 0, false});
+        m_patches.push_back({list, 0, 0, false, false});
         return false;
     }
     list->m_changeId = changeId;
@@ -231,12 +231,16 @@ bool RenderTraversal::replacePart(SoNode* node, RenderList& list, int index)
     const std::size_t first = list.m_parts->firstEntry(index);
     std::uint32_t& count = list.m_parts->counts[static_cast<std::size_t>(index)];
     const auto old = list.m_entries.begin() + static_cast<std::ptrdiff_t>(first);
-    const bool isSameKind = std::equal(old, old + count, fresh->m_entries.begin(),
-                                       fresh->m_entries.end(), RenderList::differByPlace);
+    bool hasNewLook = false;
+    const bool isSameKind =
+        std::equal(old, old + count, fresh->m_entries.begin(), fresh->m_entries.end(),
+                   [&hasNewLook](const RenderList::Entry& a, const RenderList::Entry& b) {
+                       return RenderList::areOfOneKind(a, b, hasNewLook);
+                   });
     const std::size_t numNew = fresh->m_entries.size();
     list.replace(first, count, *fresh);
     count = static_cast<std::uint32_t>(numNew);
-    m_patches.push_back({&list, first, numNew, isSameKind});
+    m_patches.push_back({&list, first, numNew, isSameKind, hasNewLook});
     return true;
 }
 
@@ -246,7 +250,7 @@ void RenderTraversal::clearPart(RenderList& list, int index)
     std::uint32_t& count = list.m_parts->counts[static_cast<std::size_t>(index)];
     list.replace(list.m_parts->firstEntry(index), count, *nothing);
     count = 0;
-    m_patches.push_back({&list, 0, 0, false});
+    m_patches.push_back({&list, 0, 0, false, false});
 }
 
 } // namespace kalmyr::detail

@@ -154,13 +154,45 @@ bool areEqual(const SoRef<T>& a, const SoRef<T>& b)
     return a == b || (a && b && *a == *b);
 }
 
+bool isBlack(const SbColor& color)
+{
+    return color == SbColor(0, 0, 0);
+}
+
+/// Whether the looks differ by no more than an entry in a table of looks: neither by the program
+/// that draws them nor by the state that it needs.
+bool differByColors(const SoRenderAppearance& a, const SoRenderAppearance& b)
+{
+    const auto colorless = [](const SoRenderAppearance& look) {
+        SoRef<SoRenderAppearance> same(new SoRenderAppearance);
+        same->lit = look.lit;
+        same->translucentTexture = look.translucentTexture;
+        same->hiding = look.hiding;
+        same->drawStyle = look.drawStyle;
+        same->texture = look.texture;
+        same->texture.blendColor = SbColor();
+        same->environment.fogType = look.environment.fogType;
+        same->extras = look.extras;
+        return same;
+    };
+    return isBlack(a.specular) == isBlack(b.specular)
+           && a.translucentTexture == b.translucentTexture && *colorless(a) == *colorless(b);
+}
+
 } // namespace
 
-bool RenderList::differByPlace(const Entry& a, const Entry& b)
+bool RenderList::areOfOneKind(const Entry& a, const Entry& b, bool& hasNewLook)
 {
-    return a.kind == b.kind && a.transparent == b.transparent && a.layer == b.layer
-           && a.index == b.index && a.geometry == b.geometry && a.list == b.list && a.node == b.node
-           && areEqual(a.appearance, b.appearance) && areEqual(a.surroundings, b.surroundings);
+    if (a.kind != b.kind || a.transparent != b.transparent || a.layer != b.layer
+        || a.index != b.index || a.geometry != b.geometry || a.list != b.list || a.node != b.node
+        || !areEqual(a.surroundings, b.surroundings)) {
+        return false;
+    }
+    if (areEqual(a.appearance, b.appearance)) {
+        return true;
+    }
+    hasNewLook = true;
+    return a.appearance && b.appearance && differByColors(*a.appearance, *b.appearance);
 }
 
 bool RenderList::isSameAs(const RenderList& other) const
@@ -168,8 +200,9 @@ bool RenderList::isSameAs(const RenderList& other) const
     return canTake(other)
            && std::equal(m_entries.begin(), m_entries.end(), other.m_entries.begin(),
                          other.m_entries.end(), [](const Entry& a, const Entry& b) {
-                             return differByPlace(a, b) && a.matrix == b.matrix
-                                    && (a.kind == LIST || a.box == b.box);
+                             bool hasNewLook = false;
+                             return areOfOneKind(a, b, hasNewLook) && !hasNewLook
+                                    && a.matrix == b.matrix && (a.kind == LIST || a.box == b.box);
                          });
 }
 

@@ -133,8 +133,9 @@ public:
     void replace(std::size_t first, std::size_t count, RenderList& from);
     /// Whether both hold the same, lists below by identity whatever their boxes are.
     bool isSameAs(const RenderList& other) const;
-    /// Whether the entries differ by their places only.
-    static bool differByPlace(const Entry& a, const Entry& b);
+    /// Whether the entries differ by their places only; `hasNewLook` is set when the colours and
+    /// textures' places of their looks differ as well.
+    static bool areOfOneKind(const Entry& a, const Entry& b, bool& hasNewLook);
 
 private:
     ~RenderList() override;
