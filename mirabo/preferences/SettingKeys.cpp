@@ -72,6 +72,17 @@ void addWindow(Keys& keys, const QString& group)
     keys.push_back(text(group + "File*", QString(), 0, kMostPathLetters));
 }
 
+/// Place and size when not maximised, by the name of the program that the tool runs in.
+void addPrograms(Keys& keys, const QString& group)
+{
+    for (const char* name : {"*/Width", "*/Height"})
+        keys.push_back(number(group + name, kMostPixels, 1, kMostPixels));
+    for (const char* name : {"*/X", "*/Y"})
+        keys.push_back(number(group + name, 0, -kMostPixels, kMostPixels));
+    keys.push_back(flag(group + "*/Maximized", false));
+    keys.push_back(text(group + "*/Layout", QString(), 0, kMostLayoutLetters));
+}
+
 Keys makeKeys()
 {
     const QString tree = "TreeViewPreferences/";
@@ -89,6 +100,7 @@ Keys makeKeys()
     keys.push_back(number(watch + "FieldWatchHeight", 0, 0, kMostPanelPixels));
     addColumns(keys, watch);
     addWindow(keys, "MiraboViewer/MiraboMainFrame/");
+    addPrograms(keys, "MiraboViewer/Programs/");
     keys.push_back(number("MiraboViewer/Navigation/Scheme", 0, 0, 1));
     keys.push_back(number("MiraboViewer/Navigation/Turning", 0, 0, 2));
     keys.push_back(flag("MiraboViewer/Navigation/Spin", true));

@@ -101,18 +101,6 @@ void FirstLayout::placeViews(QDockWidget* watch, int width)
     }
 }
 
-/// Without a viewer between them, views and overview get the same height.
-void FirstLayout::shareHeight(QDockWidget* overview)
-{
-    const QWidget* viewer = m_window->centralWidget();
-    if (viewer && !viewer->isHidden())
-        return;
-    const int half = m_window->height() / 2;
-    for (auto* view : m_window->findChildren<ExtensionView*>(QString(), Qt::FindDirectChildrenOnly))
-        if (m_window->dockWidgetArea(view) == Qt::RightDockWidgetArea)
-            m_window->resizeDocks({view, overview}, {half, half}, Qt::Vertical);
-}
-
 void FirstLayout::apply()
 {
     const auto dock = [this](const char* name) {
@@ -123,6 +111,15 @@ void FirstLayout::apply()
     QDockWidget* watch = dock("dockFieldWatch");
     if (!tree || !overview || !watch)
         return;
+    const QWidget* viewer = m_window->centralWidget();
+    if (viewer && !viewer->isHidden())
+        applyAroundViewer(tree, overview, watch);
+    else
+        applyBesideHost(tree, overview, watch);
+}
+
+void FirstLayout::applyAroundViewer(QDockWidget* tree, QDockWidget* overview, QDockWidget* watch)
+{
     const QFontMetrics font = m_window->fontMetrics();
     const int treeWidth =
         std::min(font.averageCharWidth() * kTreeWidth, int(m_window->width() * kTreeShare));
@@ -135,7 +132,39 @@ void FirstLayout::apply()
     (m_window->tabifiedDockWidgets(overview).contains(watch) ? overview : watch)->raise();
     m_window->resizeDocks({overview, watch}, {rest * 3 / 5, rest * 2 / 5}, Qt::Horizontal);
     m_window->resizeDocks({overview, watch}, {height, height}, Qt::Vertical);
-    shareHeight(overview);
+}
+
+void FirstLayout::applyBesideHost(QDockWidget* tree, QDockWidget* overview, QDockWidget* watch)
+{
+    for (auto* view :
+         m_window->findChildren<ExtensionView*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (m_window->dockWidgetArea(view) == Qt::RightDockWidgetArea && !m_moved.contains(view))
+            m_moved.push_back(view);
+    }
+    for (QDockWidget* moved : QList<QDockWidget*>{overview, watch} + m_moved)
+        m_window->removeDockWidget(moved);
+    m_window->addDockWidget(Qt::RightDockWidgetArea, overview);
+    const int width = m_window->width();
+    const int treeWidth = width / 3;
+    const int rest = width - treeWidth;
+    const bool hasRoom = rest >= m_window->fontMetrics().averageCharWidth() * kTwoPanels;
+    if (hasRoom && !m_moved.isEmpty())
+        m_window->splitDockWidget(overview, m_moved.first(), Qt::Horizontal);
+    m_window->splitDockWidget(overview, watch, Qt::Vertical);
+    for (QDockWidget* view : m_moved)
+        if (!hasRoom || view != m_moved.first())
+            m_window->tabifyDockWidget(hasRoom ? m_moved.first() : watch, view);
+    for (QDockWidget* shown : QList<QDockWidget*>{overview, watch} + m_moved)
+        shown->show();
+    watch->raise();
+    if (hasRoom && !m_moved.isEmpty()) {
+        const int views = int(rest * kViewsShare);
+        m_window->resizeDocks({tree, overview, m_moved.first()}, {treeWidth, rest - views, views},
+                              Qt::Horizontal);
+    } else {
+        m_window->resizeDocks({tree, overview}, {treeWidth, rest}, Qt::Horizontal);
+    }
+    m_window->resizeDocks({overview, watch}, {3, 2}, Qt::Vertical);
 }
 
 } // namespace mirabo

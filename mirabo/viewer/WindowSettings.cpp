@@ -3,7 +3,7 @@
 #include "mirabo/preferences/Settings.h"
 #include "mirabo/viewer/FirstLayout.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QMainWindow>
 #include <QScreen>
 
@@ -14,12 +14,24 @@ namespace mirabo {
 namespace {
 
 constexpr QSize kFirstSize(1280, 900);
+/// Share of the screen's width and height that leaves the host in view.
+constexpr double kShareBesideHost = 0.62;
+constexpr char kProgramsGroup[] = "/MiraboViewer/Programs/";
 /// What has to be on a screen of a window's upper edge for it to be seen and taken with the mouse.
 constexpr QSize kHandle(100, 24);
 
 QString key(const char* name)
 {
     return QString::fromLatin1(kMainFrameGroup) + name;
+}
+
+/// A key of the program in whose process we are.
+QString programKey(const char* name)
+{
+    QString program = QCoreApplication::applicationName();
+    program.replace('/', '_');
+    return QString::fromLatin1(kProgramsGroup) + (program.isEmpty() ? QString("_") : program)
+           + name;
 }
 
 QVector<QRect> screens()
@@ -45,7 +57,48 @@ int distance(const QRect& window, const QRect& screen)
     return (window.topLeft() - screen.topLeft()).manhattanLength();
 }
 
+bool restore(QMainWindow& window, const QRect& stored, const QString& layoutText)
+{
+    const QByteArray layout = QByteArray::fromBase64(layoutText.toLatin1());
+    if (layout.isEmpty())
+        return false;
+    const QRect place = placeOnScreens(stored, screens());
+    window.move(place.topLeft());
+    window.resize(place.size());
+    return window.restoreState(layout);
+}
+
+bool restoreForProgram(QMainWindow& window)
+{
+    const QRect place(readInt(programKey("/X")), readInt(programKey("/Y")),
+                      readInt(programKey("/Width")), readInt(programKey("/Height")));
+    if (!restore(window, place, readText(programKey("/Layout"))))
+        return false;
+    if (readBool(programKey("/Maximized")))
+        window.setWindowState(Qt::WindowMaximized);
+    return true;
+}
+
+bool restoreForAll(QMainWindow& window)
+{
+    const QRect place(readInt(key("/WindowX")), readInt(key("/WindowY")),
+                      readInt(key("/WindowWidth")), readInt(key("/WindowHeight")));
+    return restore(window, place, readText(key("/MainWindowLayout")));
+}
+
 } // namespace
+
+QRect placeBesideHost(const QRect& host, const QRect& screen)
+{
+    QRect place(screen.topLeft(), screen.size() * kShareBesideHost);
+    const bool hostIsRight = host.isValid() && host.center().x() > screen.center().x();
+    const bool hostIsBelow = host.isValid() && host.center().y() > screen.center().y();
+    if (!hostIsRight)
+        place.moveRight(screen.right());
+    if (!hostIsBelow)
+        place.moveBottom(screen.bottom());
+    return place;
+}
 
 QRect placeOnScreens(QRect window, const QVector<QRect>& screens)
 {
@@ -69,19 +122,21 @@ QRect placeOnScreens(QRect window, const QVector<QRect>& screens)
 
 void readWindowSettings(QMainWindow& window)
 {
-    const QPoint position(readInt(key("/WindowX")), readInt(key("/WindowY")));
-    const QByteArray layout = QByteArray::fromBase64(readText(key("/MainWindowLayout")).toLatin1());
-    if (readRestoreWindow() && !layout.isEmpty()) {
-        const QSize size(readInt(key("/WindowWidth")), readInt(key("/WindowHeight")));
-        const QRect place = placeOnScreens(QRect(position, size), screens());
+    if (readRestoreWindow() && (restoreForProgram(window) || restoreForAll(window)))
+        return;
+    // The size for "restore down", and for a desktop without a window manager.
+    const QWidget* viewer = window.centralWidget();
+    if (viewer && !viewer->isHidden()) {
+        const QPoint position(readInt(key("/WindowX")), readInt(key("/WindowY")));
+        window.move(placeOnScreens(QRect(position, kFirstSize), screens()).topLeft());
+        window.resize(kFirstSize.boundedTo(window.screen()->availableSize()));
+    } else {
+        const QWidget* host = QApplication::activeWindow();
+        const QRect place = placeBesideHost(host ? host->frameGeometry() : QRect(),
+                                            window.screen()->availableGeometry());
         window.move(place.topLeft());
         window.resize(place.size());
-        if (window.restoreState(layout))
-            return;
     }
-    window.move(placeOnScreens(QRect(position, kFirstSize), screens()).topLeft());
-    // The size for "restore down", and for a desktop without a window manager.
-    window.resize(kFirstSize.boundedTo(window.screen()->availableSize()));
     window.setWindowState(Qt::WindowMaximized);
     new FirstLayout(&window); // the window owns it
 }
@@ -89,11 +144,20 @@ void readWindowSettings(QMainWindow& window)
 void writeWindowSettings(const QMainWindow& window)
 {
     const SettingsChange change;
+    const QString layout = QString::fromLatin1(window.saveState().toBase64());
     writeSetting(key("/WindowWidth"), window.width());
     writeSetting(key("/WindowHeight"), window.height());
     writeSetting(key("/WindowX"), window.x());
     writeSetting(key("/WindowY"), window.y());
-    writeSetting(key("/MainWindowLayout"), QString::fromLatin1(window.saveState().toBase64()));
+    writeSetting(key("/MainWindowLayout"), layout);
+    const bool isNormal = !window.isMaximized() && !window.isFullScreen();
+    const QRect normal = isNormal ? QRect(window.pos(), window.size()) : window.normalGeometry();
+    writeSetting(programKey("/Width"), normal.width());
+    writeSetting(programKey("/Height"), normal.height());
+    writeSetting(programKey("/X"), normal.x());
+    writeSetting(programKey("/Y"), normal.y());
+    writeSetting(programKey("/Maximized"), window.isMaximized());
+    writeSetting(programKey("/Layout"), layout);
 }
 
 } // namespace mirabo

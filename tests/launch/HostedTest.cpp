@@ -1,5 +1,7 @@
 #include "LaunchSupport.h"
+#include "support/Clock.h"
 #include "support/DialogAnswers.h"
+#include "support/Passes.h"
 
 #include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/gui/SoGuiExaminerViewer.h>
@@ -14,6 +16,7 @@
 #include <mirabo/launch/SoMirabo.h>
 
 #include <QAction>
+#include <QDockWidget>
 #include <QFile>
 #include <QFileDialog>
 #include <QImage>
@@ -63,6 +66,26 @@ TEST_F(HostedTest, ShowsAHostsSceneAndLeavesItAsItWas)
     EXPECT_EQ(support::writeScene(scene.get()), before);
     EXPECT_EQ(scene->getRefCount(), references);
     EXPECT_EQ(scene->getAuditors().getLength(), auditors);
+}
+
+TEST_F(HostedTest, LaysItsPanelsOutBesideTheHost)
+{
+    const support::Clock clock; // the window finds its size for a time only
+    hooks().m_mirabo_startNode(scene.get());
+    const auto dock = [this](const char* name) { return window()->findChild<QDockWidget*>(name); };
+    QDockWidget* overview = dock("dockNodeOverview");
+    QDockWidget* watch = dock("dockFieldWatch");
+    EXPECT_TRUE(window()->isMaximized());
+    for (const QSize& size : {QSize(1600, 900), QSize(800, 600), QSize(1600, 900)}) {
+        window()->setWindowState(Qt::WindowNoState);
+        window()->resize(size);
+        support::flush();
+        EXPECT_NEAR(dock("dockMainWin")->width(), size.width() / 3, 20);
+        EXPECT_LT(overview->geometry().bottom(), watch->geometry().top());
+        EXPECT_GT(watch->height(), size.height() / 4);
+        EXPECT_EQ(window()->tabifiedDockWidgets(watch).contains(dock("view:Field Editor")),
+                  size.width() < 1000);
+    }
 }
 
 // Without a scene manager the picture has a size and a view of its own.

@@ -28,6 +28,11 @@ protected:
 
     static QString key(const char* name) { return QString(kMainFrameGroup) + "/" + name; }
 
+    static QString programKey(const char* name)
+    {
+        return "MiraboViewer/Programs/" + QCoreApplication::applicationName() + "/" + name;
+    }
+
     struct Window : QMainWindow {
         Window()
         {
@@ -50,6 +55,19 @@ TEST(PlaceOnScreens, KeepsWhatTheUserCanTake)
           QRect(2000, 150, 1, 1)})
         EXPECT_EQ(placeOnScreens(window, kScreens), window) << window.x() << " " << window.y();
     EXPECT_EQ(placeOnScreens(QRect(5, 6, 7, 8), {}), QRect(5, 6, 7, 8));
+}
+
+TEST(PlaceBesideHost, StandsInTheCornerAwayFromIt)
+{
+    const QRect screen(100, 50, 1920, 1080);
+    const QRect hosts[] = {QRect(), QRect(120, 60, 900, 600), QRect(1100, 60, 900, 500),
+                           QRect(1100, 600, 900, 500)};
+    for (const QRect& host : hosts) {
+        const QRect place = placeBesideHost(host, screen);
+        EXPECT_TRUE(screen.contains(place));
+        const QRect hidden = place & host;
+        EXPECT_LE(hidden.width() * hidden.height(), host.width() * host.height() / 2);
+    }
 }
 
 TEST(PlaceOnScreens, BringsOthersToTheNearestScreen)
@@ -90,12 +108,48 @@ TEST_F(WindowSettingsTest, GiveTheNextWindowPlaceSizeAndLayout)
     EXPECT_EQ(window.dockWidgetArea(&window.dock), Qt::BottomDockWidgetArea);
 }
 
+TEST_F(WindowSettingsTest, BelongToTheProgramAndKeepTheWindowMaximised)
+{
+    const QString program = QCoreApplication::applicationName();
+    const auto storeIn = [](const char* name, const QRect& place, bool maximized) {
+        QCoreApplication::setApplicationName(name);
+        Window window;
+        window.setGeometry(place);
+        window.show();
+        if (maximized)
+            window.showMaximized();
+        QCoreApplication::processEvents();
+        writeWindowSettings(window);
+    };
+    storeIn("CAD/one", QRect(30, 40, 400, 300), true);
+    storeIn("Game", QRect(50, 60, 500, 350), false);
+    QCoreApplication::setApplicationName("CAD/one");
+    Window first;
+    readWindowSettings(first);
+    EXPECT_TRUE(first.isMaximized());
+    first.show();
+    first.showNormal();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(first.size(), QSize(400, 300));
+    for (const char* name : {"Game", "Another"}) { // the latest of all where there is none
+        QCoreApplication::setApplicationName(name);
+        Window window;
+        readWindowSettings(window);
+        EXPECT_FALSE(window.isMaximized());
+        EXPECT_EQ(window.size(), QSize(500, 350)) << name;
+        // A window manager may have given the first one a frame.
+        EXPECT_LE((window.pos() - QPoint(50, 60)).manhattanLength(), 10) << name;
+    }
+    QCoreApplication::setApplicationName(program);
+}
+
 TEST_F(WindowSettingsTest, OfAnotherDeskLeaveTheWindowOnTheScreen)
 {
     {
         Window window;
         writeWindowSettings(window);
     }
+    settings().remove("MiraboViewer/Programs"); // never stored in a program of this name
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     for (const int absurd : {0, -1, 99999999, -99999999}) {
         for (const char* name : {"WindowWidth", "WindowHeight", "WindowX", "WindowY"})
@@ -120,6 +174,7 @@ TEST_F(WindowSettingsTest, OpenTheWindowAsTheFirstTimeWhenTheLayoutCannotBeRead)
                                       stored.saveState(77), QByteArray(2'000'000, 'A')}) {
         writeSetting(key("WindowWidth"), 300);
         settings().setValue(key("MainWindowLayout"), QString::fromLatin1(damaged.toBase64()));
+        settings().setValue(programKey("Layout"), QString::fromLatin1(damaged.toBase64()));
         Window window;
         readWindowSettings(window);
         EXPECT_TRUE(window.isMaximized());
