@@ -1,6 +1,6 @@
 #include "NodeText.h"
 
-#include "SoSceneReader.h"
+#include "NodeReader.h"
 
 #include <kalmyr/io/SoInput.h>
 #include <kalmyr/io/SoOutput.h>
@@ -18,7 +18,7 @@ bool readNodeText(std::string_view text, const ReadValue& read, TextFault& fault
         fault = {1, 1, "expected a text that fits into memory"};
         return false;
     }
-    KalmyrReader reader(in);
+    NodeReader reader(in, kKalmyrDialect);
     if (read(reader))
         return true;
     fault = {reader.text.getErrorLine() - 1, reader.text.getErrorColumn(), reader.text.getError()};
@@ -28,7 +28,7 @@ bool readNodeText(std::string_view text, const ReadValue& read, TextFault& fault
 void installNodeText()
 {
     setNodeTextFunctions({writeNodeText, readNodeText, [](SoFieldReader& in) {
-                              return static_cast<KalmyrReader&>(in).readStatements();
+                              return static_cast<NodeReader&>(in).readStatements();
                           }});
 }
 

@@ -2,8 +2,8 @@
 
 #include "core/Threads.h"
 #include "NodeText.h"
+#include "SceneReader.h"
 #include "SoReadHooks.h"
-#include "SoSceneReader.h"
 
 #include <kalmyr/actions/SoActionsInit.h>
 #include <kalmyr/base/SoContract.h>

@@ -1,7 +1,7 @@
 #include <kalmyr/io/SoInput.h>
 
 #include "FilePlaces.h"
-#include "SoSceneReader.h"
+#include "SceneReader.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoContract.h>

@@ -13,6 +13,7 @@
 
 namespace kalmyr::detail {
 class SceneReader;
+class SceneText;
 }
 
 /// Scene text from a file, from memory, or compressed by gzip from either.
@@ -169,6 +170,7 @@ private:
 
     friend class SoDB;
     friend class kalmyr::detail::SceneReader;
+    friend class kalmyr::detail::SceneText;
     std::unique_ptr<kalmyr::detail::SceneReader> m_reader; ///< goes on where the last reading ended
     int m_filesRead = 0; ///< files that this input's file brought in, at all levels
     int m_numWarnings = 0;

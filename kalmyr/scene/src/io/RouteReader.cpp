@@ -1,5 +1,7 @@
-// Routes: fields that follow others.
-#include "SoSceneReader.h"
+#include "RouteReader.h"
+
+#include "EngineReader.h"
+#include "SceneText.h"
 
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldConverter.h>
@@ -15,9 +17,6 @@
 namespace kalmyr::detail {
 
 namespace {
-
-constexpr std::string_view kSet = "set_";
-constexpr std::string_view kChanged = "_changed";
 
 /// Whether a field may follow another for good: lists of children follow nobody.
 bool mayLead(const SoField& from, const SoField& to)
@@ -90,13 +89,15 @@ bool connectFields(SoField& from, SoField& to, bool takeValue)
     return connected;
 }
 
-bool SceneReader::readRouteEnd(std::string_view& node, std::string_view& field)
+bool RouteReader::readRouteEnd(std::string_view& node, std::string_view& field)
 {
-    if (mayLeaveOutUse()) {
+    SoTokenizer& text = m_scene.getTokens();
+    if (m_scene.getDialect().isLenient) {
         // Names may hold dots: the last one stands in front of the field.
         const std::size_t at = text.getOffset();
         std::string_view both;
-        const std::size_t dot = takeOddName(both) ? both.rfind('.') : std::string_view::npos;
+        const std::size_t dot =
+            m_scene.takeOddName(both) ? both.rfind('.') : std::string_view::npos;
         if (dot != std::string_view::npos && dot > 0 && dot + 1 < both.size()) {
             node = both.substr(0, dot);
             field = both.substr(dot + 1);
@@ -111,39 +112,46 @@ bool SceneReader::readRouteEnd(std::string_view& node, std::string_view& field)
     return text.readName(field) || text.fail("expected the name of a field");
 }
 
-SoField* SceneReader::findEvent(std::string_view node, std::string_view event, bool out)
+SoFieldContainer* RouteReader::findContainer(std::string_view name) const
 {
-    if (routesAnyField() && node == "global" && out)
+    if (SoNode* node = m_scene.findNode(name))
+        return node;
+    return m_engines.find(name);
+}
+
+SoField* RouteReader::findEvent(std::string_view node, std::string_view event, bool out)
+{
+    if (m_scene.getDialect().routesAnyField && node == "global" && out)
         return SoGlobalField::find(SbName(event));
     SoFieldContainer* owner = findContainer(node);
     const std::string full = std::string(node) + "." + std::string(event);
     if (!owner) {
         // Nodes that are kept as text have names, too.
-        if (!isDefined(node))
-            warnOnce("route " + full, node.data(),
-                     "a route names '" + std::string(node) + "', which is no node");
+        if (!m_scene.isDefined(node))
+            m_scene.warnOnce("route " + full, node.data(),
+                             "a route names '" + std::string(node) + "', which is no node");
         return nullptr;
     }
     SoField* field = fieldOfEvent(*owner, event, out);
     const auto kind = field ? field->getFieldType() : SoField::INTERNAL;
     const bool fits =
         field
-        && (routesAnyField()
+        && (m_scene.getDialect().routesAnyField
             || isOneOf(kind, SoField::EXPOSED, out ? SoField::EVENT_OUT : SoField::EVENT_IN));
     if (!fits && !owner->isOfType(SoUnknownNode::getClassTypeId()))
-        warnOnce("route " + full, node.data(),
-                 "a route names '" + full + "', which is no event that can be "
-                     + (out ? "sent" : "received"));
+        m_scene.warnOnce("route " + full, node.data(),
+                         "a route names '" + full + "', which is no event that can be "
+                             + (out ? "sent" : "received"));
     return fits ? field : nullptr;
 }
 
-bool SceneReader::isUnknown(std::string_view node) const
+bool RouteReader::isUnknown(std::string_view node) const
 {
     const SoFieldContainer* found = findContainer(node);
     return found && found->isOfType(SoUnknownNode::getClassTypeId());
 }
 
-SoField* SceneReader::eventOfUnknown(std::string_view node, std::string_view event,
+SoField* RouteReader::eventOfUnknown(std::string_view node, std::string_view event,
                                      const SoField* other, bool otherIsUnknown,
                                      SoField::FieldType kind)
 {
@@ -164,8 +172,9 @@ SoField* SceneReader::eventOfUnknown(std::string_view node, std::string_view eve
     return field;
 }
 
-bool SceneReader::readRoute(std::string_view word)
+bool RouteReader::readRoute(std::string_view word)
 {
+    SoTokenizer& text = m_scene.getTokens();
     RouteText route{word.data(), {}, {}, {}, {}};
     if (!readRouteEnd(route.fromNode, route.fromEvent))
         return false;
@@ -173,26 +182,27 @@ bool SceneReader::readRoute(std::string_view word)
         return text.fail("expected 'TO'");
     if (!readRouteEnd(route.toNode, route.toEvent))
         return false;
-    if (mayLeaveOutUse() && !(isDefined(route.fromNode) && isDefined(route.toNode)))
+    if (m_scene.getDialect().isLenient
+        && !(m_scene.isDefined(route.fromNode) && m_scene.isDefined(route.toNode)))
         m_lateRoutes.push_back(route);
     else
         makeRoute(route);
     return true;
 }
 
-bool SceneReader::makeLateRoutes()
+bool RouteReader::makeLateRoutes()
 {
     constexpr std::size_t kWork = 256; // bytes of other text that take as long
     for (const RouteText& route : m_lateRoutes) {
         makeRoute(route);
-        if (!countWork(kWork))
+        if (!m_scene.countWork(kWork))
             return false;
     }
     m_lateRoutes.clear();
     return true;
 }
 
-void SceneReader::makeRoute(const RouteText& route)
+void RouteReader::makeRoute(const RouteText& route)
 {
     SoField* from = findEvent(route.fromNode, route.fromEvent, true);
     SoField* to = findEvent(route.toNode, route.toEvent, false);
@@ -203,13 +213,13 @@ void SceneReader::makeRoute(const RouteText& route)
         to = eventOfUnknown(route.toNode, route.toEvent, from, false, SoField::EVENT_IN);
     if (!from || !to || to->getConnectedField() == from)
         return;
-    const bool fits = routesAnyField()
+    const bool fits = m_scene.getDialect().routesAnyField
                           ? SoFieldConverter::canConvert(from->getTypeId(), to->getTypeId())
                           : from->getTypeId() == to->getTypeId();
     const std::string target = std::string(route.toNode) + "." + std::string(route.toEvent);
     if (!fits)
-        warnOnce("route " + target, route.at,
-                 "a route to '" + target + "' is left out: the types of the fields differ");
+        m_scene.warnOnce("route " + target, route.at,
+                         "a route to '" + target + "' is left out: the types of the fields differ");
     else if (to->isConnected() || !mayLead(*from, *to) || !connectFields(*from, *to, false))
         addRoute(*from, *to); // more than one source, or a circle
 }

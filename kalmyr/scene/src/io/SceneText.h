@@ -1,0 +1,87 @@
+#pragma once
+
+#include "DefinitionTable.h"
+#include "Dialect.h"
+
+#include <kalmyr/io/SoInput.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace kalmyr::detail {
+
+/// "'text'", cut where it is long, for messages.
+std::string quoted(std::string_view text);
+
+/// The text that is being read, and what all its readers share: the names that DEF gave, remarks,
+/// and stops.
+class SceneText {
+public:
+    /// Longer names are refused (bytes).
+    static constexpr std::size_t kMaxNameLength = 4096;
+
+    SceneText(SoInput& in, const Dialect& dialect);
+
+    SoInput& getInput() const { return m_in; }
+    const Dialect& getDialect() const { return m_dialect; }
+    SoTokenizer& getTokens() const { return m_text; }
+    DefinitionTable& getDefinitions() { return m_definitions; }
+
+    bool isDefined(std::string_view name) const { return m_definitions.find(name) != nullptr; }
+    /// The node of that name; null when there is none, and for one that was skipped.
+    SoNode* findNode(std::string_view name) const;
+
+    /// Whether reading was stopped; the text has failed then.
+    bool isStopped();
+    /// After work that moves on in no text, as long as reading that many bytes of it: reports
+    /// progress. False when reading was stopped.
+    bool countWork(std::size_t bytes);
+    /// Between nodes: reports progress. False after a fault and after a stop.
+    bool goesOn();
+    /// Lets the host know that all of it was read.
+    void tellEnd();
+    /// Makes the fault or the stop that ended reading known.
+    void tellFault();
+
+    /// Where a part of the text stands.
+    std::size_t offsetOf(std::string_view part) const
+    {
+        return static_cast<std::size_t>(part.data() - m_text.getText());
+    }
+    /// Records a fault at the word, which was taken.
+    bool failAt(std::string_view word, const std::string& message);
+    /// Records that the brace that closes `typeName` is missing, or what else stands there.
+    bool failInBody(std::string_view typeName, const char* wanted);
+    /// A remark on what stands at `at`, once for every different `key`.
+    void warnOnce(const std::string& key, const char* at, const std::string& message);
+
+    /// A name behind DEF or USE.
+    bool readName(std::string_view& name);
+    /// Takes a name with characters that are no part of names, as some programs write them.
+    bool takeOddName(std::string_view& name);
+
+    /// Skips "{ ... }" or "[ ... ]". DEF names inside stand for nothing afterwards if `keepNames`.
+    bool skipBlock(char open, bool keepNames, std::string_view* inside = nullptr);
+    /// Skips one value of unknown type.
+    bool skipValue(bool keepNames = true);
+
+    /// Reads on in another text, which must live as long.
+    void setText(const char* text, std::size_t size);
+    /// Counts bytes that were read beside the text.
+    void countAside(std::size_t bytes);
+    /// Lets `in` read a text that belongs to no file. Reports progress when it is long.
+    static void openText(SoInput& in, const std::string& text, const std::string& name);
+
+private:
+    /// False when there is no number.
+    bool skipNumbers();
+
+    SoInput& m_in;
+    SoTokenizer& m_text; // The input's.
+    const Dialect& m_dialect;
+    DefinitionTable m_definitions;
+    std::unordered_set<std::string> m_warned;
+};
+
+} // namespace kalmyr::detail

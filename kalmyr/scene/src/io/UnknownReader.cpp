@@ -1,0 +1,188 @@
+#include "UnknownReader.h"
+
+#include "NodeReader.h"
+
+#include <kalmyr/core/SoForeignFields.h>
+#include <kalmyr/io/SoUnknownNode.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace kalmyr::detail {
+
+namespace {
+
+bool isSeparator(char c)
+{
+    return c == ' ' || c == ',' || (c >= '\t' && c <= '\r');
+}
+
+/// A type as text can name it: files have words there that mean something else, or begin oddly.
+SbName legalType(std::string_view type)
+{
+    constexpr std::string_view kOther[] = {"DEF",    "USE",    "NULL",  "ROUTE",       "Path",
+                                           "ENGINE", "GLOBAL", "PROTO", "EXTERNPROTO", "KEEP"};
+    const bool isOther = std::find(std::begin(kOther), std::end(kOther), type) != std::end(kOther);
+    return SbName(isOther || !SbName::isBaseNameStartChar(type[0]) ? "_" + std::string(type)
+                                                                   : std::string(type));
+}
+
+} // namespace
+
+Parsed UnknownReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)
+{
+    const Dialect& dialect = m_scene.getDialect();
+    DeclarationReader& declarations = m_nodes.getDeclarations();
+    if (dialect.bodiesHoldNodes && word == "fields")
+        return parsedIf(declarations.readList(node));
+    if (dialect.hasEngines && word == "KEEP")
+        return parsedIf(readKept(node));
+    const char next = m_scene.getTokens().peek();
+    if (word == "DEF" || word == "USE" || next == '{' || next == '}')
+        return Parsed::No;
+    const bool isDeclared = declarations.isDeclared(node, word);
+    if (!dialect.isLenient && !isDeclared)
+        return Parsed::No;
+    if (!isDeclared && !node->isOfType(SoUnknownNode::getClassTypeId())) {
+        const std::string type(typeName), field(word);
+        m_scene.warnOnce("field " + type + "." + field, word.data(),
+                         "'" + field + "' is no field of '" + type + "'; it is kept as text");
+    }
+    return parsedIf(keepField(node, word));
+}
+
+bool UnknownReader::keepField(SoNode* node, std::string_view name)
+{
+    SoTokenizer& text = m_scene.getTokens();
+    text.peek();
+    const char* begin = text.getText() + text.getOffset();
+    if (!m_scene.skipValue())
+        return false;
+    const char* end = text.getText() + text.getOffset();
+    while (end > begin && isSeparator(end[-1]))
+        --end;
+    // What instances of prototypes are made of is written as the text of the prototype.
+    if (!m_nodes.isInPrototype())
+        SoForeignFields::add(node, name, {begin, static_cast<std::size_t>(end - begin)});
+    return true;
+}
+
+bool UnknownReader::readKept(SoNode* node)
+{
+    SoTokenizer& text = m_scene.getTokens();
+    std::string name, value;
+    if (text.peek() != '"' || !text.readString(name) || text.peek() != '"'
+        || !text.readString(value))
+        return text.fail("expected the name and the text of a field in quotes");
+    if (name.empty() && node->isOfType(SoUnknownNode::getClassTypeId()))
+        static_cast<SoUnknownNode*>(node)->setBody(value);
+    else
+        SoForeignFields::add(node, name, value);
+    return true;
+}
+
+bool UnknownReader::readBody(SoUnknownNode* node, std::string_view typeName)
+{
+    const Dialect& dialect = m_scene.getDialect();
+    SoTokenizer& text = m_scene.getTokens();
+    if (dialect.bodiesHoldNodes) {
+        node->setUnknownTypeName(legalType(typeName));
+        const std::string_view first = text.peekWord();
+        if (first == "KEEP" && dialect.hasEngines)
+            return m_nodes.readBody(node, typeName);
+        if (first == "fields")
+            return readDeclaredBody(node, typeName);
+        // A node without anything in it says as much as one that declares that it has no fields.
+        if (text.accept('}'))
+            return true;
+    } else {
+        // As types of this format are called elsewhere: other formats may have one of that name.
+        node->setUnknownTypeName(SbName("VRML" + std::string(typeName)));
+    }
+    const std::string name(typeName);
+    m_scene.warnOnce("type " + name, typeName.data(),
+                     "node type '" + name + "' is unknown; it is kept as text");
+    return readUndeclaredBody(node, typeName);
+}
+
+bool UnknownReader::readDeclaredBody(SoUnknownNode* node, std::string_view typeName)
+{
+    m_scene.getTokens().acceptWord("fields");
+    if (!m_nodes.getDeclarations().readList(node) || !m_nodes.readBody(node, typeName))
+        return false;
+    node->findStandIn();
+    return true;
+}
+
+bool UnknownReader::readUndeclaredBody(SoUnknownNode* node, std::string_view typeName)
+{
+    const Dialect& dialect = m_scene.getDialect();
+    SoTokenizer& text = m_scene.getTokens();
+    const SoTokenizer before = text;
+    text.setOffset(m_nodes.getBodyOffset());
+    std::string_view body;
+    if (!m_scene.skipBlock('{', true, &body))
+        return false;
+    const bool isBlank = body.find_first_not_of(" \t\r\n,") == body.npos;
+    node->setBody(isBlank && !dialect.bodiesHoldNodes ? std::string() : std::string(body));
+    const bool mayHoldNodes =
+        body.find('{') != body.npos || (dialect.bodiesHoldNodes && body.find("USE") != body.npos);
+    if (!dialect.isLenient || !mayHoldNodes)
+        return true;
+    // Nodes in it may be used elsewhere, and are to be seen.
+    const SoTokenizer behind = text;
+    const IndexCheck::Scope scope = m_nodes.getIndexCheck().open();
+    text = before;
+    if (dialect.bodiesHoldNodes ? m_nodes.readBody(node, typeName) : readPieces(node)) {
+        node->setBody({});
+        return true;
+    }
+    if (m_scene.isStopped())
+        return false;
+    static_cast<void>(m_nodes.getIndexCheck().close(node, scope));
+    text = behind;
+    node->removeFields();
+    node->removeAllChildren();
+    SoForeignFields::forget(node);
+    return true;
+}
+
+const char* UnknownReader::nodeFieldType()
+{
+    SoTokenizer& text = m_scene.getTokens();
+    const std::size_t at = text.getOffset();
+    const bool isList = text.accept('[');
+    std::string_view word;
+    bool isNode = text.readWord(word);
+    if (isNode && word != "DEF" && word != "USE")
+        isNode = text.peek() == '{' || (word == "NULL" && !isList);
+    text.setOffset(at);
+    return !isNode ? nullptr : isList ? "MFNode" : "SFNode";
+}
+
+bool UnknownReader::readPieces(SoUnknownNode* node)
+{
+    SoTokenizer& text = m_scene.getTokens();
+    while (!text.accept('}')) {
+        std::string_view word;
+        if (!text.readWord(word) || findFieldKind(word))
+            return false;
+        const Parsed statement = m_nodes.tryStatement(word);
+        if (statement == Parsed::Fault)
+            return false;
+        if (statement == Parsed::Yes)
+            continue;
+        const char* type = nodeFieldType();
+        if (text.peek() == '{' || (!type && !keepField(node, word)))
+            return false;
+        if (!type)
+            continue;
+        SoField* field = node->declareField(SbName(type), SbName(word));
+        node->setDeclaration(false);
+        if (!field || !m_nodes.getValues().read(*field))
+            return false;
+    }
+    return true;
+}
+
+} // namespace kalmyr::detail

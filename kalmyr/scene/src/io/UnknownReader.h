@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Parsed.h"
+
+#include <string_view>
+
+class SoNode;
+class SoUnknownNode;
+
+namespace kalmyr::detail {
+
+class NodeReader;
+class SceneText;
+
+/// Reads what no class knows: nodes of unknown types, and fields that a node's class does not
+/// have. They are kept, as text where they cannot be taken apart, and written back.
+class UnknownReader {
+public:
+    UnknownReader(SceneText& scene, NodeReader& nodes) : m_scene(scene), m_nodes(nodes) {}
+
+    /// What stands in the body of `node` and is neither a field of it nor a statement; `word` was
+    /// taken. No: it is a node.
+    Parsed tryField(SoNode* node, std::string_view word, std::string_view typeName);
+    /// The body of a new node, behind its opening brace.
+    bool readBody(SoUnknownNode* node, std::string_view typeName);
+
+private:
+    /// Keeps the value of a field that the node does not have.
+    bool keepField(SoNode* node, std::string_view name);
+    /// Reads on behind the word "KEEP".
+    bool readKept(SoNode* node);
+    bool readDeclaredBody(SoUnknownNode* node, std::string_view typeName);
+    /// Nodes in the body become real ones where that can be made out, the rest is kept as text.
+    bool readUndeclaredBody(SoUnknownNode* node, std::string_view typeName);
+    /// Goes on as far as the body looks like that of any other node. False when it does not; part
+    /// of it is taken then.
+    bool readPieces(SoUnknownNode* node);
+    /// The type of a field that holds what comes next; null when that is no node.
+    const char* nodeFieldType();
+
+    SceneText& m_scene;
+    NodeReader& m_nodes;
+};
+
+} // namespace kalmyr::detail
