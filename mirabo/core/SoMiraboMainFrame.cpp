@@ -2,6 +2,7 @@
 
 #include "mirabo/core/FilePresence.h"
 #include "mirabo/core/InlineFetcher.h"
+#include "mirabo/core/PaneFocus.h"
 #include "mirabo/core/SoCommandManager.h"
 #include "mirabo/extender/private/EventFrames.h"
 #include "mirabo/preferences/DragFormats.h"
@@ -181,6 +182,7 @@ void SoMiraboMainFrame::createMenus()
                {ActionId::Undo, ActionId::Redo, kSeparator, ActionId::Cut, ActionId::Copy,
                 ActionId::Paste, kSeparator, ActionId::Delete, kSeparator, ActionId::Preferences});
     m_viewMenu = addNamedMenu("&View");
+    m_panes = new mirabo::PaneFocus(this);
     createTreeViewMenu();
     addEntries(addNamedMenu("&?"), {ActionId::Contents, kSeparator, ActionId::About});
 }
@@ -359,6 +361,8 @@ void SoMiraboMainFrame::fillViewMenu()
     m_viewMenu->addSeparator();
     for (const QToolBar* bar : findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
         m_viewMenu->addAction(bar->toggleViewAction());
+    m_viewMenu->addSeparator();
+    m_viewMenu->addActions({m_panes->nextAction(), m_panes->previousAction()});
 }
 
 void SoMiraboMainFrame::showRecentFiles(const QStringList& paths)

@@ -17,6 +17,7 @@ class SoCommandManager;
 
 namespace mirabo {
 class FilePresence;
+class PaneFocus;
 class ReadMessages;
 } // namespace mirabo
 
@@ -105,6 +106,7 @@ private:
     std::array<QAction*, kRecentFileCount> m_recentActions{};
     QMenu* m_recentMenu = nullptr;
     mirabo::FilePresence* m_presence = nullptr; ///< of the recent files; a child of ours
+    mirabo::PaneFocus* m_panes = nullptr;       ///< a child of ours
     QMenu* m_viewMenu = nullptr;
     QComboBox* m_findCombo = nullptr;
     int m_filterMask = mirabo::kAllCategories;

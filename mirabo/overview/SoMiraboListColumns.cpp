@@ -171,7 +171,9 @@ void SoMiraboList::fillWidth()
         const bool isType = column == FieldTypeColumn;
         if (column == FieldValue || !(isType ? typeFlexible : isFlexible(column)))
             continue;
-        const int width = isType && m_typeGaveWay ? 0 : fittingWidth(column, fit);
+        int width = isType && m_typeGaveWay ? 0 : fittingWidth(column, fit);
+        if (column == FieldName && fit.room > fit.natural) // long names before an empty end
+            width += std::min(width / 2, (fit.room - fit.natural) / 3);
         QTreeWidget::setColumnWidth(column, width);
         left -= width;
     }

@@ -25,7 +25,10 @@ struct TextStyle {
 /// dark base.
 QColor shownColor(const QColor& color, const QPalette& palette);
 
-/// A colour as it can be read on a background.
+/// Contrast of two colours, from 1 to 21, as WCAG 2.1 defines it.
+double contrastOf(const QColor& a, const QColor& b);
+
+/// A colour as it can be read on a background: on a dark one lightened until the contrast is 4.5.
 QColor readableOn(const QColor& background, const QColor& color);
 
 /// Height of a row in pixels in which the texts of all the styles that are shown fit, at least

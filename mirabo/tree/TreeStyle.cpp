@@ -29,6 +29,10 @@ QTreeView::branch:closed:has-children:has-siblings, QTreeView::branch:closed:has
     border-image: none; image: url(:/Mirabo_icons/Icons/branch-closed.png); }
 QTreeView::branch:open:has-children:has-siblings, QTreeView::branch:open:has-children:!has-siblings {
     border-image: none; image: url(:/Mirabo_icons/Icons/branch-open.png); }
+QTreeView::branch:closed:has-children:has-siblings:selected, QTreeView::branch:closed:has-children:!has-siblings:selected {
+    image: url(:/Mirabo_icons/Icons/branch-closed-selected.png); }
+QTreeView::branch:open:has-children:has-siblings:selected, QTreeView::branch:open:has-children:!has-siblings:selected {
+    image: url(:/Mirabo_icons/Icons/branch-open-selected.png); }
 )";
 
 } // namespace

@@ -15,6 +15,9 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolBar>
+#include <QVBoxLayout>
+
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -183,14 +186,64 @@ TEST_F(MainFrameTest, ViewMenuShowsAndHidesDocksAndToolBars)
     auto* dock = new QDockWidget("A dock", &frame);
     frame.addDockWidget(Qt::LeftDockWidgetArea, dock);
     frame.fillViewMenu();
-    EXPECT_EQ(entriesOf(menu("&View")),
-              QStringList({"A dock", "-", "File Tool Bar", "Edit Tool Bar", "Search Tool Bar",
-                           "Bookmark Tool Bar", "Filter Tool Bar"}));
+    EXPECT_EQ(
+        entriesOf(menu("&View")),
+        QStringList({"A dock", "-", "File Tool Bar", "Edit Tool Bar", "Search Tool Bar",
+                     "Bookmark Tool Bar", "Filter Tool Bar", "-", "Next Pane", "Previous Pane"}));
     frame.show();
     menu("&View")->actions()[0]->trigger();
     EXPECT_FALSE(dock->isVisible());
     menu("&View")->actions()[2]->trigger();
     EXPECT_FALSE(bar("File Tool Bar")->isVisible());
+}
+
+TEST_F(MainFrameTest, F6WalksThePanesAndTheOneWithTheFocusIsMarked)
+{
+    std::vector<QDockWidget*> docks;
+    for (const char* name : {"left", "right", "behind"}) {
+        docks.push_back(new QDockWidget(name, &frame));
+        auto* content = new QWidget;
+        auto* layout = new QVBoxLayout(content);
+        layout->addWidget(new QLabel("no focus"));
+        layout->addWidget(new QLineEdit(name));
+        layout->addWidget(new QLineEdit(name));
+        docks.back()->setWidget(content);
+        frame.addDockWidget(Qt::LeftDockWidgetArea, docks.back(), Qt::Horizontal);
+    }
+    frame.tabifyDockWidget(docks[1], docks[2]);
+    docks[1]->raise();
+    frame.fillViewMenu();
+    frame.show();
+    support::flush();
+    QApplication::setActiveWindow(&frame);
+    QLineEdit* chosen = docks[0]->findChildren<QLineEdit*>()[1];
+    chosen->setFocus();
+    const auto marked = [&] {
+        std::vector<QDockWidget*> with;
+        for (QDockWidget* dock : docks)
+            if (dock->findChild<QWidget*>("paneMark"))
+                with.push_back(dock);
+        return with.size() == 1 ? with.front() : nullptr;
+    };
+    EXPECT_EQ(marked(), docks[0]);
+    std::set<QDockWidget*> seen;
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6);
+        support::flush();
+        ASSERT_TRUE(marked());
+        EXPECT_TRUE(marked()->isAncestorOf(QApplication::focusWidget()));
+        EXPECT_TRUE(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
+        seen.insert(marked());
+    }
+    EXPECT_EQ(seen.size(), 3u);
+    EXPECT_EQ(QApplication::focusWidget(), chosen) << "where it was in that pane";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_NE(marked(), docks[0]);
+    QDockWidget* const dying = marked();
+    std::erase(docks, dying);
+    delete dying;
+    QTest::keyClick(&frame, Qt::Key_F6);
+    EXPECT_TRUE(marked());
 }
 
 TEST_F(MainFrameTest, AboutNamesVersionLibrariesAndLicence)

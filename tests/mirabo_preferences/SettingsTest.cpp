@@ -1,4 +1,5 @@
 #include "mirabo/preferences/Settings.h"
+#include "mirabo/preferences/TextStyle.h"
 
 #include <QGuiApplication>
 #include <QSettings>
@@ -192,4 +193,20 @@ TEST_F(SettingsTest, SurvivesAStoreThatSomebodyEdited)
     EXPECT_FALSE(present);
     EXPECT_EQ(readText("/nobody", "text", &present), "text");
     EXPECT_EQ(StyleTable()["nothing"].show, true);
+}
+
+// Every colour of the delegates, and the defaults above all.
+TEST(TextColors, AreReadableOnDarkDesktopsAndStayOnLightOnes)
+{
+    for (const QColor& base : {QColor(0, 0, 0), QColor(30, 30, 30), QColor(49, 54, 59)}) {
+        for (int hue = -1; hue < 360; hue += 15)
+            for (const int lightness : {0, 60, 128, 200}) {
+                const QColor color = QColor::fromHsl(hue, hue < 0 ? 0 : 255, lightness);
+                EXPECT_GE(mirabo::contrastOf(base, mirabo::readableOn(base, color)), 4.5)
+                    << base.name().toStdString() << " " << color.name().toStdString();
+            }
+        EXPECT_EQ(mirabo::readableOn(base, QColor(240, 240, 240)), QColor(240, 240, 240));
+    }
+    EXPECT_EQ(mirabo::readableOn(Qt::white, Qt::blue), QColor(Qt::blue));
+    EXPECT_NEAR(mirabo::contrastOf(Qt::black, Qt::white), 21, 1e-6);
 }
