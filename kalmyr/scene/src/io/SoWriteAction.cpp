@@ -180,12 +180,12 @@ void SoWriteAction::writeChildren(SoNode* node)
 
 void SoWriteAction::writeUnknown(SoUnknownNode* node)
 {
-    m_writer->unknown(node);
+    m_writer->kept().unknown(node);
 }
 
 void SoWriteAction::writeScript(SoVRMLScript* node)
 {
-    m_writer->script(node);
+    m_writer->kept().script(node);
 }
 
 void SoWriteAction::writeInstance(SoVRMLProtoInstance* node)

@@ -1,7 +1,9 @@
-// Prototypes of VRML97: their declarations in front of the nodes.
-#include "SoSceneWriter.h"
+#include "PrototypeWriter.h"
 
 #include "Relocation.h"
+#include "WriteDialect.h"
+#include "WriteInterruption.h"
+#include "WrittenText.h"
 
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/core/SoTokenizer.h>
@@ -55,14 +57,22 @@ SoVRMLProto* findUsed(const SoVRMLProto* proto, std::string_view type)
 
 } // namespace
 
-bool SceneWriter::isStatement(const SoForeignFields::Entry& entry)
+/// Fields have no blank in their names.
+bool PrototypeWriter::isUnused(const SoForeignFields::Entry& entry)
 {
     return entry.name.find(' ') != std::string::npos;
 }
 
-void SceneWriter::collect(SoVRMLProto* proto)
+void PrototypeWriter::collectUnused(const SoNode* node)
 {
-    if (!m_metProtos.insert(proto).second)
+    for (SoForeignFields::Entry& entry : SoForeignFields::of(node))
+        if (isUnused(entry))
+            m_unused.push_back(std::move(entry));
+}
+
+void PrototypeWriter::collect(SoVRMLProto* proto)
+{
+    if (!m_met.insert(proto).second)
         return;
     std::unordered_set<std::string_view> seen;
     for (const std::string_view type : namesIn(proto->text).types) {
@@ -71,11 +81,11 @@ void SceneWriter::collect(SoVRMLProto* proto)
         if (SoVRMLProto* used = findUsed(proto, type))
             collect(used);
     }
-    hold(proto);
+    m_interruption.hold(proto);
     m_protos.push_back(proto);
 }
 
-void SceneWriter::nameProtos()
+void PrototypeWriter::nameAll()
 {
     // Prototypes of one name may come from places that do not know of each other.
     std::unordered_map<std::string, int> taken; // and the last number tried behind each
@@ -88,41 +98,41 @@ void SceneWriter::nameProtos()
         }
         number = std::max(number, 1);
         if (name != proto->name.view())
-            m_protoNames[proto] = name;
+            m_names[proto] = name;
     }
 }
 
-std::string_view SceneWriter::nameOfProto(const SoVRMLProto* proto) const
+std::string_view PrototypeWriter::nameOf(const SoVRMLProto* proto) const
 {
-    const auto found = m_protoNames.find(proto);
-    return found == m_protoNames.end() ? proto->name.view() : std::string_view(found->second);
+    const auto found = m_names.find(proto);
+    return found == m_names.end() ? proto->name.view() : std::string_view(found->second);
 }
 
-std::string SceneWriter::textOf(const SoVRMLProto* proto) const
+std::string PrototypeWriter::textOf(const SoVRMLProto* proto) const
 {
-    if (m_protoNames.empty())
+    if (m_names.empty())
         return proto->text;
     std::string text;
     const char* at = proto->text.data();
     const Names names = namesIn(proto->text);
     for (const std::string_view type : names.types) {
         const SoVRMLProto* used = findUsed(proto, type);
-        if (!used || names.declared.count(type) || !m_protoNames.count(used))
+        if (!used || names.declared.count(type) || !m_names.count(used))
             continue;
         text.append(at, type.data());
-        text += nameOfProto(used);
+        text += nameOf(used);
         at = type.data() + type.size();
     }
     return text.append(at, proto->text.data() + proto->text.size());
 }
 
 /// With urls that lead from the folder of what is written to where they led.
-std::string SceneWriter::externalText(const SoVRMLProto& proto) const
+std::string PrototypeWriter::externalText(const SoVRMLProto& proto, const SbString& folder) const
 {
     std::string urls;
     bool anyMoved = false;
     for (const SbString& url : proto.urls) {
-        const SbString moved = relocated(url, proto.folder, m_folder);
+        const SbString moved = relocated(url, proto.folder, folder);
         anyMoved |= moved != url;
         urls += ' ';
         writeQuoted(urls, moved.toStdString());
@@ -130,38 +140,35 @@ std::string SceneWriter::externalText(const SoVRMLProto& proto) const
     return anyMoved ? proto.text.substr(0, proto.urlsAt) + " [" + urls + " ]" : textOf(&proto);
 }
 
-void SceneWriter::prototypes()
+void PrototypeWriter::declare(std::string_view word, std::string_view name,
+                              std::string_view declaration)
 {
-    nameProtos();
-    for (const SoVRMLProto* proto : m_protos) {
-        m_buffer += proto->external ? "EXTERNPROTO " : "PROTO ";
-        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer += nameOfProto(proto);
-        m_buffer += ' ';
-        m_buffer += proto->external ? externalText(*proto) : textOf(proto);
-        m_buffer += '\n';
-        flushIfLarge();
-    }
-    if (m_dialect != VRML10)
-        unusedPrototypes();
+    m_text << word << " " << m_dialect.protoPrefix() << name << " " << declaration << "\n";
+    m_text.flushIfLarge();
 }
 
-void SceneWriter::unusedPrototypes()
+void PrototypeWriter::write(const SbString& folder)
+{
+    nameAll();
+    for (const SoVRMLProto* proto : m_protos) {
+        declare(proto->external ? "EXTERNPROTO" : "PROTO", nameOf(proto),
+                proto->external ? externalText(*proto, folder) : textOf(proto));
+    }
+    if (m_dialect.hasUnusedPrototypes())
+        writeUnused();
+}
+
+void PrototypeWriter::writeUnused()
 {
     std::unordered_set<std::string_view> names;
     for (const SoVRMLProto* proto : m_protos)
-        names.insert(nameOfProto(proto));
+        names.insert(nameOf(proto));
     for (const SoForeignFields::Entry& entry : m_unused) {
-        const std::size_t blank = entry.name.find(' ');
-        const std::string_view name = std::string_view(entry.name).substr(blank + 1);
-        if (!names.insert(name).second)
-            continue;
-        m_buffer.append(entry.name, 0, blank + 1);
-        m_buffer += isVrml97() ? std::string_view() : kProtoPrefix;
-        m_buffer.append(name) += ' ';
-        m_buffer += entry.value;
-        m_buffer += '\n';
-        flushIfLarge();
+        const std::string_view statement(entry.name);
+        const std::size_t blank = statement.find(' ');
+        const std::string_view name = statement.substr(blank + 1);
+        if (names.insert(name).second)
+            declare(statement.substr(0, blank), name, entry.value);
     }
 }
 

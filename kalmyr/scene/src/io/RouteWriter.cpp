@@ -1,7 +1,10 @@
-// Routes: fields that follow others, and the engines and global fields that they name.
-#include "SoSceneWriter.h"
+#include "RouteWriter.h"
 
-#include <kalmyr/base/SbNumber.h>
+#include "WriteDialect.h"
+#include "WriteInterruption.h"
+#include "WrittenNames.h"
+#include "WrittenText.h"
+
 #include <kalmyr/core/SoEngine.h>
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
@@ -13,7 +16,7 @@
 
 namespace kalmyr::detail {
 
-void SceneWriter::findRoutes(const SoFieldContainer* container)
+void RouteWriter::find(const SoFieldContainer* container)
 {
     const SoFieldData* data = container->getFieldData();
     std::size_t at = m_routes.size();
@@ -32,88 +35,87 @@ void SceneWriter::findRoutes(const SoFieldContainer* container)
             m_routes.push_back({source, one});
     }
     for (; at < m_routes.size(); ++at) {
-        hold(m_routes[at].from->getContainer());
-        hold(m_routes[at].to->getContainer());
+        m_interruption.hold(m_routes[at].from->getContainer());
+        m_interruption.hold(m_routes[at].to->getContainer());
         findEngine(m_routes[at].from->getContainer());
     }
 }
 
-void SceneWriter::findEngine(const SoFieldContainer* engine)
+void RouteWriter::findEngine(const SoFieldContainer* engine)
 {
-    if (m_dialect != KALMYR || !engine || !engine->isOfType(SoEngine::getClassTypeId())
+    if (!m_dialect.hasEngines() || !engine || !engine->isOfType(SoEngine::getClassTypeId())
         || m_engineNames.count(engine))
         return;
-    hold(const_cast<SoFieldContainer*>(engine));
+    m_interruption.hold(const_cast<SoFieldContainer*>(engine));
     m_engineNames[engine]; // named when all names of nodes are known
     m_engines.push_back(engine);
-    findRoutes(engine);
+    find(engine);
 }
 
-bool SceneWriter::isWritten(const Route& route) const
+bool RouteWriter::isWritten(const Route& route) const
 {
     const SoFieldContainer* master = route.from->getContainer();
-    if (!master || m_dialect == VRML10)
+    if (!master || !m_dialect.hasRoutes())
         return false;
     if (master->isOfType(SoNode::getClassTypeId()))
-        return m_nodes.contains(static_cast<const SoNode*>(master));
-    return m_dialect == KALMYR
+        return m_names.contains(static_cast<const SoNode*>(master));
+    return m_dialect.hasEngines()
            && (master->isOfType(SoEngine::getClassTypeId())
                || master->isOfType(SoGlobalField::getClassTypeId()));
 }
 
-void SceneWriter::engine(const SoFieldContainer* engine)
+void RouteWriter::settle()
+{
+    std::erase_if(m_routes, [this](const Route& route) { return !isWritten(route); });
+    for (const Route& route : m_routes) {
+        for (const SoFieldContainer* end : {route.to->getContainer(), route.from->getContainer()})
+            if (end->isOfType(SoNode::getClassTypeId()))
+                m_names[static_cast<const SoNode*>(end)].routed = true;
+    }
+}
+
+void RouteWriter::engine(const SoFieldContainer* engine)
 {
     m_writtenEngines.insert(engine);
     std::string& name = m_engineNames[engine];
-    name = std::string(engine->getName().view());
-    while (name.empty() || m_names.count(name) || !m_taken.insert(name).second) {
-        name = "Engine";
-        SbNumber::appendInt(name, m_nextInstance++);
-    }
-    m_buffer += "ENGINE ";
-    m_buffer += name;
-    m_buffer += ' ';
-    m_buffer += engine->getTypeId().getName().view();
-    m_buffer += " {";
+    name = m_names.take(engine->getName().view(), "Engine");
+    m_text << "ENGINE " << name << " " << engine->getTypeId().getName().view() << " {";
     const SoFieldData* data = engine->getFieldData();
-    ++m_indent;
+    m_text.indent();
     for (int i = 0; data && i < data->getNumFields(); ++i) {
         const SoField* one = data->getField(engine, i);
         if (engine->computes(one) || !engine->isFieldWritten(*one))
             continue;
-        newLine();
-        m_buffer += data->getFieldName(i).view();
-        m_buffer += ' ';
-        one->writeValue(*this);
+        m_text.newLine();
+        m_text << data->getFieldName(i).view() << " ";
+        one->writeValue(m_values);
     }
-    --m_indent;
-    newLine();
-    m_buffer += '}';
+    m_text.outdent();
+    m_text.newLine();
+    m_text << "}";
 }
 
-void SceneWriter::engines()
+void RouteWriter::engines()
 {
     for (const SoFieldContainer* one : m_engines) {
         if (m_writtenEngines.count(one))
             continue;
-        m_buffer += '\n';
+        m_text << "\n";
         engine(one);
     }
 }
 
-void SceneWriter::writeEngine(const SoEngine* one)
+void RouteWriter::writeEngine(const SoEngine* one)
 {
-    if (m_counting)
-        findEngine(one);
-    else if (!one || m_dialect != KALMYR)
-        m_buffer += "NULL";
+    if (!one || !m_dialect.hasEngines())
+        m_text << "NULL";
     else if (m_writtenEngines.count(one))
-        m_buffer += m_engineNames[one];
+        m_text << m_engineNames[one];
     else
         engine(one);
 }
 
-void SceneWriter::globals()
+void RouteWriter::globals()
 {
     std::unordered_set<SbName> written; // threads have a `realTime` each
     for (const auto& [master, follower] : m_routes) {
@@ -121,41 +123,37 @@ void SceneWriter::globals()
         if (!global->isOfType(SoGlobalField::getClassTypeId())
             || !written.insert(global->getFieldName(master)).second)
             continue;
-        m_buffer += "\nGLOBAL ";
-        m_buffer += master->getTypeId().getName().view();
-        m_buffer += ' ';
-        m_buffer += global->getFieldName(master).view();
-        m_buffer += ' ';
-        master->writeValue(*this);
+        m_text << "\nGLOBAL " << master->getTypeId().getName().view() << " "
+               << global->getFieldName(master).view() << " ";
+        master->writeValue(m_values);
     }
 }
 
-std::string SceneWriter::nameInRoute(const SoFieldContainer* container)
+std::string RouteWriter::nameOf(const SoFieldContainer* container)
 {
-    if (container->isOfType(SoNode::getClassTypeId())) {
-        const auto* node = static_cast<const SoNode*>(container);
-        return nameOf(node, m_nodes[node]);
-    }
+    if (container->isOfType(SoNode::getClassTypeId()))
+        return m_names.of(static_cast<const SoNode*>(container));
     const auto engine = m_engineNames.find(container);
     return engine == m_engineNames.end() ? "global" : engine->second;
 }
 
-void SceneWriter::routes()
+void RouteWriter::writeEnd(const SoField& field)
+{
+    const SoFieldContainer* container = field.getContainer();
+    m_text << nameOf(container) << "." << container->getFieldName(&field).view();
+}
+
+void RouteWriter::write()
 {
     engines();
     globals();
-    for (const auto& [master, field] : m_routes) {
-        if (m_buffer.empty() || m_buffer.back() != '\n')
-            m_buffer += '\n';
-        m_buffer += "ROUTE ";
-        m_buffer += nameInRoute(master->getContainer());
-        m_buffer += '.';
-        m_buffer += master->getContainer()->getFieldName(master).view();
-        m_buffer += " TO ";
-        m_buffer += nameInRoute(field->getContainer());
-        m_buffer += '.';
-        m_buffer += field->getContainer()->getFieldName(field).view();
-        flushIfLarge();
+    for (const auto& [master, follower] : m_routes) {
+        m_text.endLine();
+        m_text << "ROUTE ";
+        writeEnd(*master);
+        m_text << " TO ";
+        writeEnd(*follower);
+        m_text.flushIfLarge();
     }
 }
 
