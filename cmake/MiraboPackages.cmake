@@ -55,3 +55,29 @@ if(TARGET Mirabo)
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Mirabo)
     _mirabo_install_config(Mirabo)
 endif()
+
+# Scene files open in the inspector from the desktop's file manager and menu.
+if(UNIX AND NOT APPLE)
+    set(_desktop "${PROJECT_SOURCE_DIR}/apps/mirabo/desktop/dev.mirabo.Mirabo")
+    install(FILES "${_desktop}.desktop" DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+    install(FILES "${_desktop}.xml" DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages)
+    install(FILES "${PROJECT_SOURCE_DIR}/mirabo/resources/svg/MiraboIcon.svg"
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
+        RENAME dev.mirabo.Mirabo.svg)
+endif()
+
+# "cpack -G DEB" in the build folder.
+set(CPACK_PACKAGE_NAME mirabo)
+set(CPACK_PACKAGE_VENDOR Mirabo)
+set(CPACK_PACKAGE_CONTACT "Mirabo <team@mirabo.dev>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Live inspector of scene graphs, and its 3D toolkit")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_GENERATOR DEB)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libegl-mesa0, libgl1-mesa-dri")
+include(CPack)
