@@ -242,7 +242,8 @@ Q_SIGNALS:
     void referenceRequested(SoTreeViewItem* item, SoTreeViewItem* target, bool asSibling);
     /// The current row is to move one step.
     void stepRequested(mirabo::MoveStep step);
-    /// Tells what a drop would do now; empty: nothing is dragged over the tree.
+    /// Tells what a drop would do now, or which of a node's places is current; empty: nothing is
+    /// dragged over the tree any more.
     void statusHint(const QString& hint);
 
 protected:
@@ -283,6 +284,7 @@ private:
     bool replaceRows(SoNode* root);
     void reportCheck();
     void stepReference(int direction);
+    void tellPlace(const std::vector<SoTreeViewItem*>& places, SoTreeViewItem* item);
     void openMenuOfCurrent();
     void sortRows(const std::vector<SoTreeViewItem*>& parents);
     bool mayExpand(SoTreeViewItem* top);

@@ -317,6 +317,25 @@ void SoMiraboTreeView::showReferences(SoTreeViewItem* item)
         shared->updateReferenceMark(true);
     viewport()->update();
     announceReferences();
+    if (m_markedNode)
+        tellPlace(occurrencesOf(m_markedNode), item);
+}
+
+/// Which of the places of a node a row is: the marks of the others may be out of view.
+void SoMiraboTreeView::tellPlace(const std::vector<SoTreeViewItem*>& places, SoTreeViewItem* item)
+{
+    const auto at = std::find(places.begin(), places.end(), item);
+    if (at == places.end())
+        return;
+    const int number = static_cast<int>(at - places.begin()) + 1;
+    const int count = static_cast<int>(places.size());
+    Q_EMIT statusHint(count == 1
+                          ? tr("The only place of %1")
+                                .arg(item->data(SoTreeViewItem::Type, Qt::DisplayRole).toString())
+                          : tr("Place %1 of %2 of %3; \"Next\" goes on in the menu of the tree")
+                                .arg(number)
+                                .arg(count)
+                                .arg(item->data(SoTreeViewItem::Type, Qt::DisplayRole).toString()));
 }
 
 void SoMiraboTreeView::showReferencesOfCurrent()
@@ -348,4 +367,5 @@ void SoMiraboTreeView::stepReference(int direction)
     if (at != items.end())
         next = (at - items.begin() + direction + count) % count;
     goToItem(items[static_cast<std::size_t>(next)]);
+    tellPlace(occurrencesOf(node), asItem(currentItem())); // a listener may have changed the tree
 }

@@ -116,8 +116,11 @@ TEST_F(TreeTest, WalksTheOccurrencesInTreeOrderAndAround)
     for (SoGroup* group : groups)
         root->addChild(group);
     view.setCurrentItem(row(shared));
+    QString hint;
+    QObject::connect(&view, &SoMiraboTreeView::statusHint, [&hint](const QString& h) { hint = h; });
     for (const int expected : {1, 2, 0}) {
         view.nextReference();
+        EXPECT_TRUE(hint.startsWith(QString("Place %1 of 3 of Cube").arg(expected + 1)));
         EXPECT_EQ(asRow(view.currentItem())->getParentNode(),
                   groups[static_cast<std::size_t>(expected)]);
     }
