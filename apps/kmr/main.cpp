@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include <kalmyr/io/SoDB.h>
+#include <kalmyr/tilevex/TvSymTool.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -78,6 +79,13 @@ struct Command {
 constexpr Command kCommands[] = {
     {"info", runInfo}, {"convert", runConvert}, {"render", runRender}, {"export", runExport}};
 
+/// Starts the modules that are installed; the nodes of the others stay unknown.
+void startModules()
+{
+    for (const SbName& module : TvSymTool::getModuleNames())
+        TvSymTool::initModule(module);
+}
+
 } // namespace
 
 int wrongUsage(const std::string& reason)
@@ -139,6 +147,7 @@ int main(int argc, char** argv)
         std::printf("kmr (%s)\n", SoDB::getVersion().getString());
         return 0;
     }
+    startModules();
     for (const Command& command : kCommands)
         if (all[0] == command.name)
             return command.run(Arguments(all.begin() + 1, all.end()));

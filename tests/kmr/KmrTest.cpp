@@ -155,6 +155,26 @@ TEST_F(KmrTest, CountsTheNodesOfTheCorpusAndOfWhatItIsConvertedTo)
     }
 }
 
+TEST_F(KmrTest, KnowsTheNodesOfTheModulesThatAreInstalled)
+{
+    const std::string file = write("handles.ky", "#Kalmyr V1.0 ascii\nSeparator { Rotor { } "
+                                                 "TranslateManip { } Translate1Dragger { } Array { "
+                                                 "numElements1 3 Cube { } } }\n");
+    const Outcome told = run("info --json " + file);
+    EXPECT_EQ(told.errors, "");
+    for (const char* type : {"Rotor", "TranslateManip", "Translate1Dragger", "Array"})
+        EXPECT_TRUE(has(told.output, "\"" + std::string(type) + "\":1")) << told.output;
+    EXPECT_FALSE(has(told.output, "UnknownNode"));
+    // Modules are looked for beside the module tool: here it stands alone.
+    const fs::path libraries = fs::path(MIRABO_RUNTIME_DIR).parent_path() / "lib";
+    fs::create_symlink(libraries / "libTilevex.so.0", path("libTilevex.so.0"));
+    setenv("LD_LIBRARY_PATH", folder().c_str(), 1);
+    const Outcome bare = run("info --json " + file);
+    unsetenv("LD_LIBRARY_PATH");
+    EXPECT_EQ(bare.status, 0) << bare.errors;
+    EXPECT_TRUE(has(bare.output, "\"UnknownNode\":4")) << bare.output;
+}
+
 TEST_F(KmrTest, GoesOnBehindABrokenFile)
 {
     const std::string good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { }\n");
