@@ -118,6 +118,22 @@ TEST_F(TextTest, JoinsLettersAndPutsMarksOnThem)
     EXPECT_LT(column("xxo"), column("xo") - 0.9f);
 }
 
+TEST_F(TextTest, FormsLettersAsTheirLanguageDoes)
+{
+    const auto shape = [](const std::string& letter, const std::string& language) {
+        return nodetest::geometryOf(scene("VRMLText { string \"" + letter
+                                          + "\" fontStyle VRMLFontStyle { family \"DejaVu Sans\" "
+                                            "language \""
+                                          + language + "\" } }")
+                                        .get())
+            ->positions;
+    };
+    // Capital eng has the form of a large n in Sami, and that of a capital N elsewhere.
+    EXPECT_NE(shape("Ŋ", "se"), shape("Ŋ", "ee"));
+    EXPECT_EQ(shape("Ŋ", "ee"), shape("Ŋ", ""));
+    EXPECT_NE(shape("б", "sr"), shape("б", "ru"));
+}
+
 TEST_F(TextTest, TakesFromOtherFontsWhatOneLacks)
 {
     // The serif font has no Hebrew letters.

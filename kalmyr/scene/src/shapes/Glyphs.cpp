@@ -191,8 +191,9 @@ void FileFont::shape(const TextRun& run, std::vector<ShapedGlyph>& glyphs)
                              static_cast<int>(run.end - run.begin));
     hb_buffer_set_direction(m_buffer, run.rightToLeft ? HB_DIRECTION_RTL : HB_DIRECTION_LTR);
     hb_buffer_set_script(m_buffer, static_cast<hb_script_t>(run.script));
-    // The host's locale is not ours.
-    hb_buffer_set_language(m_buffer, hb_language_from_string("und", -1));
+    // Without one it would be that of the host's locale, which is not ours.
+    hb_buffer_set_language(m_buffer,
+                           hb_language_from_string(*run.language ? run.language : "und", -1));
     hb_shape(m_shaper, m_buffer, nullptr, 0);
     unsigned count = 0;
     const hb_glyph_info_t* infos = hb_buffer_get_glyph_infos(m_buffer, &count);
@@ -227,7 +228,7 @@ Coverage FileFont::paint(const ShapedGlyph& glyph, float size, float fraction)
     return result;
 }
 
-using Wish = std::tuple<SbName, int, int>;
+using Wish = std::tuple<SbName, int, int, SbName>;
 
 class SystemChoice;
 
@@ -255,9 +256,10 @@ void add(FcPattern* pattern, const char* what, const char* text)
 
 using Pattern = std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)>;
 
-Pattern patternOf(const Wish& wish)
+/// With a language, fonts for it come first: several share letters, each with forms of its own.
+Pattern patternOf(const Wish& wish, const char* language = "")
 {
-    const auto& [name, family, style] = wish;
+    const auto& [name, family, style, ignored] = wish;
     Pattern pattern(FcPatternCreate(), FcPatternDestroy);
     if (!name.isEmpty())
         add(pattern.get(), FC_FAMILY, name.getString());
@@ -268,6 +270,8 @@ Pattern patternOf(const Wish& wish)
                         style & SoFontValues::ITALIC ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
     FcPatternAddBool(pattern.get(), FC_SCALABLE, FcTrue);
     FcPatternAddBool(pattern.get(), FC_OUTLINE, FcTrue);
+    if (*language)
+        add(pattern.get(), FC_LANG, language);
     FcConfigSubstitute(nullptr, pattern.get(), FcMatchPattern);
     FcDefaultSubstitute(pattern.get());
     return pattern;
@@ -324,6 +328,8 @@ public:
         return *at->second;
     }
 
+    const char* language() const override { return std::get<3>(m_wish).getString(); }
+
 private:
     static bool hasAll(const Font& font, std::span<const char32_t> cluster)
     {
@@ -346,7 +352,8 @@ private:
         if (!m_isSorted) {
             m_isSorted = true;
             FcResult result = FcResultNoMatch;
-            m_sorted = FcFontSort(nullptr, patternOf(m_wish).get(), FcTrue, nullptr, &result);
+            m_sorted =
+                FcFontSort(nullptr, patternOf(m_wish, language()).get(), FcTrue, nullptr, &result);
         }
         Font* withoutMarks = m_first->has(cluster[0]) ? m_first : nullptr;
         for (int i = 0; m_sorted && i < m_sorted->nfont; ++i) {
@@ -393,7 +400,7 @@ FontLock::~FontLock()
 
 FontChoice& FontChoice::find(const SoFontValues& wish)
 {
-    const Wish key(wish.name, wish.family, wish.style);
+    const Wish key(wish.name, wish.family, wish.style, wish.language);
     std::unique_ptr<SystemChoice>& choice = fonts().byWish[key];
     if (!choice)
         choice = std::make_unique<SystemChoice>(key);

@@ -42,6 +42,7 @@ struct TextRun {
     std::uint32_t begin = 0, end = 0;
     std::uint32_t script = 0; ///< as HarfBuzz names it
     bool rightToLeft = false;
+    const char* language = ""; ///< a tag like "sr"; empty: not known
 };
 
 /// The glyphs of one font of the system. Each is made when first asked for and kept.
@@ -68,6 +69,8 @@ public:
     /// The first font that has all of a character and its marks, or the character at least; one
     /// that has boxes only for what no font has.
     virtual Font& choose(std::span<const char32_t> cluster) = 0;
+    /// A tag like "sr"; empty: not known.
+    virtual const char* language() const = 0;
 
     static FontChoice& find(const SoFontValues& wish);
 };

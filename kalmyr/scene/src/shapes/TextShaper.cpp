@@ -82,7 +82,9 @@ std::vector<Run> runsOf(std::span<const char32_t> line, FontChoice& fonts, bool 
             continue;
         }
         const bool rightToLeft = levels[begin] % 2 != 0;
-        runs.push_back({{line, begin, end, scripts[begin], rightToLeft}, font, levels[begin]});
+        runs.push_back({{line, begin, end, scripts[begin], rightToLeft, fonts.language()},
+                        font,
+                        levels[begin]});
     }
     return runs;
 }

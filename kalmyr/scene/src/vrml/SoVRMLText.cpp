@@ -43,6 +43,7 @@ void setStyle(const SoVRMLFontStyle& style, TextLayout& text)
         text.font.style |= SoFontValues::BOLD;
     if (look.find("ITALIC") != std::string_view::npos)
         text.font.style |= SoFontValues::ITALIC;
+    text.font.language = SbName(style.language.getValue().view());
     text.font.size = style.size.getValue();
     text.spacing = style.spacing.getValue();
     text.major = justifyOf(style.justify, 0, TextLayout::BEGIN);

@@ -11,6 +11,7 @@ struct SoFontValues {
     Family family = SERIF;
     int style = NONE; ///< BOLD and ITALIC as bits
     float size = 10;  ///< height of a line in object units
+    SbName language;  ///< of the text, a tag like "sr"; empty: not known
 };
 class KALMYR_API SoFontElement final : public SoValueElement<SoFontElement, SoFontValues> {
 public:

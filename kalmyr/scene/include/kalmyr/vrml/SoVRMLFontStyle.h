@@ -15,7 +15,7 @@ public:
     SoMFString family;
     SoSFBool horizontal;
     SoMFString justify;
-    SoSFString language;
+    SoSFString language; ///< of the text, a tag like "sr": chooses forms of letters, and fonts
     SoSFBool leftToRight;
     SoSFFloat size;
     SoSFFloat spacing;
