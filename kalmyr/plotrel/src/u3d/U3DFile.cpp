@@ -6,7 +6,8 @@
 #include "U3DLookBlocks.h"
 #include "U3DMeshLayout.h"
 #include "U3DNodeBlocks.h"
-#include "U3DPicture.h"
+
+#include <kalmyr/core/SoImageFile.h>
 
 #include <algorithm>
 #include <limits>
@@ -58,7 +59,7 @@ Prepared::Prepared(const U3DScene& scene, bool compressed)
         numBytes += layouts.back()->getNumBytes(generator.mesh.numFaces);
     }
     for (const U3DTexture& texture : scene.textures)
-        pictures.push_back(makePng(texture.image));
+        SoImageFile::writePngMemory(texture.image, pictures.emplace_back());
 }
 
 void declareGenerator(U3DBlocks& out, const U3DGenerator& generator, const U3DMeshLayout* layout)

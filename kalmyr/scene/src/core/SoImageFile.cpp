@@ -104,6 +104,13 @@ bool SoImageFile::read(const SbString& path, SbImage& image, SbString* error)
 
 bool SoImageFile::writePng(const SbString& path, const SbImage& image, SbString* error)
 {
+    std::string bytes;
+    return writePngMemory(image, bytes, error) && SbFileHelper::writeFile(path, bytes, error);
+}
+
+bool SoImageFile::writePngMemory(const SbImage& image, std::string& bytes, SbString* error)
+{
+    bytes.clear();
     if (image.isNull())
         return fail(error, "there is no picture to write");
     static constexpr png_uint_32 kFormats[] = {PNG_FORMAT_GRAY, PNG_FORMAT_GA, PNG_FORMAT_RGB,
@@ -116,10 +123,13 @@ bool SoImageFile::writePng(const SbString& path, const SbImage& image, SbString*
     const auto stride =
         -static_cast<png_int_32>(PNG_IMAGE_ROW_STRIDE(png)); // rows from bottom to top
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
-    std::string bytes(size, '\0');
-    if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, image.getBytes(), stride, nullptr))
+    std::string packed(size, '\0');
+    if (!png_image_write_to_memory(&png, packed.data(), &size, 0, image.getBytes(), stride,
+                                   nullptr))
         return fail(error, png.message);
-    return SbFileHelper::writeFile(path, std::string_view(bytes).substr(0, size), error);
+    packed.resize(size);
+    bytes = std::move(packed);
+    return true;
 }
 
 SbString SoImageFile::findFile(const SbString& name, const SbString& directory)

@@ -5,6 +5,7 @@
 #include <kalmyr/base/SbString.h>
 
 #include <span>
+#include <string>
 
 /// Picture files. Formats are told apart by their first bytes, not by the file's name.
 class KALMYR_API SoImageFile {
@@ -23,8 +24,11 @@ public:
     static bool readMemory(std::span<const unsigned char> bytes, SbImage& image,
                            SbString* error = nullptr);
 
-    /// Writes a PNG of the image's components. False, with the reason, when it cannot.
+    /// Writes a PNG of the components of the image, of its first slice if it has several. False,
+    /// with the reason, when it cannot.
     static bool writePng(const SbString& path, const SbImage& image, SbString* error = nullptr);
+    /// The same into memory; `bytes` is empty after a failure.
+    static bool writePngMemory(const SbImage& image, std::string& bytes, SbString* error = nullptr);
 
     /// `name` when there is such a file or it is absolute, else the same name inside `directory`.
     static SbString findFile(const SbString& name, const SbString& directory);
