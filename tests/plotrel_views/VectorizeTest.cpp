@@ -205,13 +205,24 @@ TEST_F(Vectorize, KnowsTheTextInView)
 {
     KeepingAction action;
     action.apply(
-        readScene(seenFlat("Font { size .5 } AsciiText { string [ \"Hello\", \"World\" ] } "
-                           + at("40 0 0", "AsciiText { string \"far away\" }")))
+        readScene(
+            seenFlat("Font { size .5 } AsciiText { string [ \"Hello\", \"World\" ] } "
+                     + at("40 0 0", "AsciiText { string \"far away\" }")
+                     + at("-1 -1 0", "Font { size 12 } Text2 { string [ \"to\", \"screen\" ] }")
+                     + at("40 0 0", "Text2 { string \"far away\" }")
+                     + at("0 -1 0", "Text3 { string \"Solid\" depth .2 parts ALL }")))
             .get());
     const VectorDrawing& drawing = action.getDrawing();
-    ASSERT_EQ(drawing.texts.size(), 2u);
+    ASSERT_EQ(drawing.texts.size(), 5u);
     EXPECT_EQ(drawing.texts[1].text, "World");
-    EXPECT_EQ(count(drawing, VectorPrimitive::TEXT), 2u);
+    EXPECT_EQ(drawing.texts[4].text, "Solid");
+    EXPECT_EQ(count(drawing, VectorPrimitive::TEXT), 5u);
+    const auto &first = drawing.texts[2], &second = drawing.texts[3];
+    EXPECT_EQ(second.text, "screen");
+    EXPECT_NEAR(first.x, drawing.x + drawing.width / 2 - drawing.height / 4, 1);
+    EXPECT_NEAR(first.x, second.x, 1);
+    EXPECT_LT(second.y, first.y);
+    EXPECT_GT(second.length, 2 * first.length);
     // The text lies over its letters.
     const auto& text = drawing.texts[0];
     EXPECT_NEAR(text.x, drawing.x + drawing.width / 2, drawing.height / 40);
