@@ -168,6 +168,29 @@ TEST_F(Paint, UnitsHaveCoordinatesAndTransformsOfTheirOwn)
     expectFour(kWhite, kBlue, kGreen, kRed, "VRML97");
 }
 
+TEST_F(Paint, WideAndDashedLinesHaveAllUnits)
+{
+    for (const char* style : {"lineWidth 1", "lineWidth 20", "lineWidth 20 linePattern 0x7ffe"}) {
+        draw("LightModel { model BASE_COLOR } BaseColor { rgb 1 1 1 } Texture2 { image 1 1 3 "
+             "0xffff00 } TextureUnit { unit "
+             "1 mode MODULATE } Texture2Transform { translation .5 0 } "
+             + std::string(kFour) + "TextureUnit { } DrawStyle { " + style
+             + " } Coordinate3 { point [ -1 .01 0, 1 .01 0 ] } TextureCoordinate2 { point [ -.5 0, "
+               ".5 0 ] } LineSet { numVertices 2 }");
+        expectColor(-0.8f, 0.01f, kRed, style, 4);
+        expectColor(0.8f, 0.01f, kGreen, style, 4);
+        // An opacity that does not pass leaves nothing.
+        draw("LightModel { model BASE_COLOR } BaseColor { rgb 1 1 1 } Texture2 { image 2 1 4 "
+             "0xff0000ff 0x00ff0000 wrapS "
+             "CLAMP } AlphaTest { function GREATER value .5 } DrawStyle { "
+             + std::string(style)
+             + " } Coordinate3 { point [ -1 .01 0, 1 .01 0 ] } TextureCoordinate2 { point [ 0 0, 1 "
+               "0 ] } LineSet { numVertices 2 }");
+        expectColor(-0.8f, 0.01f, kRed, style, 4);
+        expectColor(0.8f, 0.01f, kBlack, style, 4);
+    }
+}
+
 TEST_F(Paint, IndicesOfCoordinatesHoldForAllUnits)
 {
     // Two triangles that share positions but not texture coordinates; both in the second unit.

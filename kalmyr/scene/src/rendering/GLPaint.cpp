@@ -235,14 +235,14 @@ const GLProgram* GLPaint::find(const SoRenderAppearance& look, const SoGeometry&
 GLPaint::Program* GLPaint::make(const SoRenderAppearance& look, const SoGeometry& geometry,
                                 unsigned features)
 {
-    // The geometry stage of wide lines takes nothing along for further units.
-    const bool wide = features & SHADER_WIDE_LINES;
     PaintSource paint;
-    const bool paints = needsPaint(look) && !wide;
+    const bool paints = needsPaint(look);
     if (paints) {
         paint = paintSource(look, geometry);
     }
     Program* program = nullptr;
+    // Wide lines have a geometry stage already.
+    const bool wide = features & SHADER_WIDE_LINES;
     if (const SoProgramValues* own = wide ? nullptr : ownProgram(look)) {
         PaintSource withInputs = paint;
         withInputs.vertex += inputDeclarations(geometry);

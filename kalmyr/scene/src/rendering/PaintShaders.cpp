@@ -276,7 +276,7 @@ PaintSource paintSource(const SoRenderAppearance& look, const SoGeometry& geomet
 {
     PaintSource source;
     const std::size_t units = numUnits(look);
-    std::string vertexBody;
+    std::string vertexBody, cornerBody;
     std::string declarations;
     bool mirrors = false;
     for (std::size_t unit = 0; unit < units; ++unit) {
@@ -290,7 +290,12 @@ PaintSource paintSource(const SoRenderAppearance& look, const SoGeometry& geomet
             continue;
         }
         const bool own = hasSet(geometry, unit);
-        source.vertex += with("out vec4 paintCoord#;\n", unit);
+        // A stage between has the names twice.
+        const std::string number = std::to_string(unit);
+        source.vertex += "#ifdef WIDE_LINES\n#define paintCoord" + number + " lineCoord" + number
+                         + "\n#endif\nout vec4 paintCoord" + number + ";\n";
+        source.geometry += with("in vec4 lineCoord#[];\nout vec4 paintCoord#;\n", unit);
+        cornerBody += with("    paintCoord# = mix(lineCoord#[A], lineCoord#[B], t);\n", unit);
         declarations += with("in vec4 paintCoord#;\n", unit);
         if (own) {
             const std::string location = std::to_string(locationOf(geometry, unit));
@@ -304,6 +309,7 @@ PaintSource paintSource(const SoRenderAppearance& look, const SoGeometry& geomet
     const std::string count = std::to_string(units);
     source.defines = "#define PAINT\n";
     source.vertex += "void paintVertex()\n{\n" + vertexBody + "}\n";
+    source.geometry += "void paintCorner(float t)\n{\n" + cornerBody + "}\n";
     source.fragment = "uniform mat4 unitMatrices[" + count + "];\nuniform vec4 unitFactors[" + count
                       + "];\nuniform vec4 unitBlends[" + count
                       + "];\nuniform mat3 eyeToWorld;\nuniform float alphaValue;\n" + declarations;

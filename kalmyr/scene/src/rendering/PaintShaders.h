@@ -15,6 +15,7 @@ namespace kalmyr::detail {
 struct PaintSource {
     std::string defines;  ///< in front of all stages
     std::string vertex;   ///< declarations, and a function paintVertex()
+    std::string geometry; ///< the same with paintCorner() for the stage that makes lines wide
     std::string fragment; ///< declarations, and functions paintBefore() and paintAfter()
 };
 

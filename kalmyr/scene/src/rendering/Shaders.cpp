@@ -208,6 +208,9 @@ uniform samplerBuffer dashStarts;
 #ifdef CLIP
 out float gl_ClipDistance[6];
 #endif
+#ifdef PAINT
+void paintCorner(float t);
+#endif
 void corner(float t, vec4 place, vec2 side, float distance)
 {
     o.eye = mix(i[A].eye, i[B].eye, t);
@@ -222,6 +225,9 @@ void corner(float t, vec4 place, vec2 side, float distance)
 #endif
 #ifdef CLIP
     CUT(o.eye);
+#endif
+#ifdef PAINT
+    paintCorner(t);
 #endif
     along = distance;
     gl_PrimitiveID = gl_PrimitiveIDIn;
@@ -391,6 +397,8 @@ vec4 paintBefore(vec4 c);
 vec4 paintAfter(vec4 c, vec4 plain);
 #ifdef LIT
 #define PAINT_NORMAL normalize(v.normal)
+#elif defined(WIDE_LINES)
+#define PAINT_NORMAL (viewport.z > 0.5 ? vec3(0.0, 0.0, 1.0) : normalize(-v.eye))
 #else
 #define PAINT_NORMAL normalize(cross(dFdx(v.eye), dFdy(v.eye)))
 #endif
@@ -652,7 +660,7 @@ ShaderSource shaderSource(unsigned features, const PaintSource* paint, const SoP
                         {},
                         top + peeling + kCommon + kFragment + (paint ? paint->fragment : "")};
     if (features & SHADER_WIDE_LINES) {
-        source.geometry = top + kCommon + kGeometry;
+        source.geometry = top + kCommon + kGeometry + (paint ? paint->geometry : "");
     }
     const auto ownText = [own](SoProgramValues::Stage stage) {
         return own ? own->stages[stage].text : std::string();
