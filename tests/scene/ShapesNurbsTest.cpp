@@ -422,6 +422,17 @@ TEST_F(Nurbs, CreasesAreSharpAndTwistsAreSmooth)
     }
 }
 
+TEST_F(Nurbs, NothingIsSaidOfWhatHasNoPoints)
+{
+    SoNurbsSurface* wave = addWave();
+    static_cast<SoCoordinate3*>(m_root->getChild(1))->point.deleteValues(0);
+    EXPECT_TRUE(triangles().empty());
+    m_root->removeChild(1);
+    EXPECT_TRUE(triangles().empty());
+    wave->uKnotVector.deleteValues(0);
+    EXPECT_TRUE(triangles().empty());
+}
+
 TEST_F(Nurbs, FaultsAreToldOnceAndDrawNothing)
 {
     auto errors = support::expectErrors();

@@ -9,10 +9,13 @@
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBox.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLCoordinateDeformer.h>
 #include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLNurbs.h>
+#include <kalmyr/vrml/SoVRMLNurbsPositionInterpolator.h>
 #include <kalmyr/vrml/SoVRMLShape.h>
+#include <kalmyr/vrml/SoVRMLTrimmedSurface.h>
 
 #include "support/ErrorGuard.h"
 
@@ -115,6 +118,25 @@ TEST_F(Amendment, CurvesAreWeighedAndDividedAsAsked)
 const std::string kSquare = "NurbsSurface { controlPoint [ 0 0 0, 2 0 0, 0 2 0, 2 2 0 ] uDimension "
                             "2 vDimension 2 uOrder 2 vOrder 2 uKnot [ 0 0 2 2 ] vKnot [ 0 0 2 2 ] "
                             "solid FALSE } ";
+
+TEST_F(Amendment, NothingIsSaidOfWhatHasNoPoints)
+{
+    read("Group { children [ Shape { geometry NurbsCurve { order 4 knot [ 0 0 1 1 ] } } Shape { "
+         "geometry DEF Empty NurbsSurface { uDimension 4 vDimension 4 uKnot [ 0 0 0 1 1 1 1 ] } } "
+         "Shape { geometry TrimmedSurface { surface USE Empty } } CoordinateDeformer { uDimension "
+         "2 vDimension 2 wDimension 2 inputCoord Coordinate { point 0 0 0 } outputCoord Coordinate "
+         "{ } } ] }");
+    EXPECT_TRUE(corners().empty());
+    EXPECT_TRUE(corners(true).empty());
+    // Without texture coordinates of its own a surface has the parameters.
+    for (const char* coords : {"TextureCoordinate { }", "NurbsTextureSurface { uDimension 2 }"}) {
+        read("Shape { appearance Appearance { texture PixelTexture { image 1 1 1 0 } } geometry "
+             "NurbsSurface { controlPoint [ 0 0 0, 2 0 0, 0 2 0, 2 2 0 ] uDimension 2 vDimension 2 "
+             "uOrder 2 vOrder 2 texCoord "
+             + std::string(coords) + " } }");
+        EXPECT_NEAR(area(), 4, 1e-5) << coords;
+    }
+}
 
 TEST_F(Amendment, ContoursTrimAndComeAndGo)
 {

@@ -17,6 +17,7 @@
 #include <kalmyr/shapes/SoImage.h>
 #include <kalmyr/vrml/SoVRMLBackground.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLCoordinateDeformer.h>
 #include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLImageTexture.h>
@@ -24,7 +25,6 @@
 #include <kalmyr/vrml/SoVRMLIndexedLineSet.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLMovieTexture.h>
-#include <kalmyr/vrml/SoVRMLNurbs.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -323,13 +323,30 @@ void warnOfNurbs(const SoNode* node, const std::string& reason)
                               node->getName().getString(), reason.c_str());
 }
 
+namespace {
+
+/// Whether the control points of the state are homogeneous.
+bool isRationalState(SoState* state)
+{
+    const SoNode* node = state->get<SoHomogeneousElement>().getNode();
+    return node && node == state->get<SoCoordinateElement>().getNode();
+}
+
+std::size_t countPoints(SoState* state)
+{
+    return isRationalState(state) ? state->get<SoHomogeneousElement>().value().size()
+                                  : state->get<SoCoordinateElement>().value().size();
+}
+
+} // namespace
+
 std::string controlPoints(SoState* state, std::span<const std::int32_t> indices, std::size_t count,
                           std::vector<SbVec4d>& points)
 {
     const auto& coordinates = state->get<SoCoordinateElement>();
     const auto& homogeneous = state->get<SoHomogeneousElement>();
-    const bool isRational = homogeneous.getNode() && homogeneous.getNode() == coordinates.getNode();
-    const std::size_t given = isRational ? homogeneous.value().size() : coordinates.value().size();
+    const bool isRational = isRationalState(state);
+    const std::size_t given = countPoints(state);
     const std::size_t listed = indices.empty() ? given : indices.size();
     if (listed < count)
         return "there are " + std::to_string(listed) + " control points where "
@@ -448,7 +465,7 @@ void buildCurveOfState(const SoNode* node, SoState* state, std::span<const std::
                        int numPoints, std::span<const float> knots, SoGeometry& geometry)
 {
     NurbsCurve curve;
-    if (numPoints == 0 && knots.empty())
+    if (countPoints(state) == 0 || (numPoints == 0 && knots.empty()))
         return; // nothing given yet
     std::string fault = curve.knots.set(knots, numPoints);
     if (fault.empty())
@@ -491,7 +508,8 @@ std::string textureSurface(SoState* state, const SurfaceFields& fields, NurbsSur
 void buildSurfaceOfState(const SoNode* node, SoState* state, const SurfaceFields& fields,
                          SoGeometry& geometry)
 {
-    if (fields.numU == 0 && fields.numV == 0 && fields.u.empty() && fields.v.empty())
+    if (countPoints(state) == 0
+        || (fields.numU == 0 && fields.numV == 0 && fields.u.empty() && fields.v.empty()))
         return; // nothing given yet
     NurbsSurfaceInput input;
     input.node = node;

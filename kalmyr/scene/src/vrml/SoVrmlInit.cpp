@@ -10,6 +10,7 @@
 #include <kalmyr/vrml/SoVRMLColor.h>
 #include <kalmyr/vrml/SoVRMLCone.h>
 #include <kalmyr/vrml/SoVRMLCoordinate.h>
+#include <kalmyr/vrml/SoVRMLCoordinateDeformer.h>
 #include <kalmyr/vrml/SoVRMLCylinder.h>
 #include <kalmyr/vrml/SoVRMLDirectionalLight.h>
 #include <kalmyr/vrml/SoVRMLElevationGrid.h>
@@ -33,6 +34,7 @@
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLNormal.h>
 #include <kalmyr/vrml/SoVRMLNurbs.h>
+#include <kalmyr/vrml/SoVRMLNurbsPositionInterpolator.h>
 #include <kalmyr/vrml/SoVRMLParent.h>
 #include <kalmyr/vrml/SoVRMLPixelTexture.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
@@ -50,6 +52,7 @@
 #include <kalmyr/vrml/SoVRMLTextureCoordinate.h>
 #include <kalmyr/vrml/SoVRMLTextureTransform.h>
 #include <kalmyr/vrml/SoVRMLTransform.h>
+#include <kalmyr/vrml/SoVRMLTrimmedSurface.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 #include <kalmyr/vrml/SoVRMLWorldInfo.h>
 
