@@ -422,6 +422,25 @@ TEST_F(Nurbs, CreasesAreSharpAndTwistsAreSmooth)
     }
 }
 
+TEST_F(Nurbs, NormalsOfStraightLinesTurnInSteps)
+{
+    // Straight lines from an arch to a trough.
+    fill(add<SoCoordinate3>()->point,
+         std::vector<SbVec3f>{
+             {-1, -1, 0}, {0, -1, 2}, {1, -1, 0}, {-1, 1, 0}, {0, 1, -2}, {1, 1, 0}});
+    auto* ribbon = add<SoNurbsSurface>();
+    ribbon->numUControlPoints = 3;
+    ribbon->numVControlPoints = 2;
+    fill(ribbon->uKnotVector, std::vector<float>{0, 0, 0, 1, 1, 1});
+    fill(ribbon->vKnotVector, kLineKnots);
+    const auto pieces = triangles();
+    EXPECT_LT(pieces.size(), 2000u);
+    for (const Triangle& t : pieces) {
+        EXPECT_GT(t.normal[0].dot(t.normal[1]), 0.9f);
+        EXPECT_GT(t.normal[1].dot(t.normal[2]), 0.9f);
+    }
+}
+
 TEST_F(Nurbs, NothingIsSaidOfWhatHasNoPoints)
 {
     SoNurbsSurface* wave = addWave();

@@ -46,6 +46,10 @@ public:
         }
         if (segments[0] <= 0 && segments[1] <= 0)
             twist();
+        for (int axis = 0; axis < 2; ++axis) {
+            if (segments[axis] <= 0)
+                turn(axis);
+        }
         limit();
     }
 
@@ -151,6 +155,43 @@ private:
                 }
             }
         }
+    }
+
+    /// Normals turn along lines that are straight, too, where a surface is twisted: from vertex to
+    /// vertex no further than twice as far as along an arc over the whole surface.
+    void turn(int axis)
+    {
+        const double size = sizeOf(m_surface.points);
+        const double most = 6 * std::sqrt(2 * m_tolerance / size);
+        if (!(size > 0) || !(most > 0))
+            return;
+        const std::vector<double> across = samples(axis);
+        for (std::size_t i = 0; i + 1 < m_breaks[axis].size(); ++i) {
+            const double from = m_breaks[axis][i], to = m_breaks[axis][i + 1];
+            double angle = 0;
+            for (const double c : across)
+                angle = std::max(angle, turnBetween(axis, from, to, c));
+            const double count = std::min(std::ceil(angle / most), double(kMaxSegments));
+            m_counts[axis][i] = std::max(m_counts[axis][i], static_cast<int>(count));
+        }
+    }
+
+    /// Returns how far the normal turns along a line of a patch, radians.
+    double turnBetween(int axis, double from, double to, double across) const
+    {
+        constexpr int kSteps = 5;
+        SbVec3d last;
+        double sum = 0;
+        for (int k = 0; k < kSteps; ++k) { // within the patch: the ends may be poles or creases
+            const double along = from + (to - from) * (k + 0.5) / kSteps;
+            const NurbsSurface::Sample s =
+                m_surface.at(axis == 0 ? along : across, axis == 0 ? across : along);
+            const SbVec3d normal = s.alongU.cross(s.alongV);
+            if (last.length() > 0 && normal.length() > 0)
+                sum += std::atan2(last.cross(normal).length(), last.dot(normal));
+            last = normal;
+        }
+        return sum * kSteps / (kSteps - 1);
     }
 
     void limit()
