@@ -1,48 +1,17 @@
 #include <kalmyr/shapes/SoIndexedNurbsSurface.h>
 
-#include "NurbsBuilder.h"
-
 SO_NODE_SOURCE(SoIndexedNurbsSurface)
 
 SoIndexedNurbsSurface::SoIndexedNurbsSurface()
 {
-    SO_NODE_CONSTRUCTOR(SoShape);
-    SO_ADD_FIELD(numUControlPoints, (0));
-    SO_ADD_FIELD(numVControlPoints, (0));
-    SO_ADD_FIELD(numSControlPoints, (0));
-    SO_ADD_FIELD(numTControlPoints, (0));
+    SO_NODE_CONSTRUCTOR(SoNurbsSurfaceShape);
     SO_ADD_EMPTY_FIELD(coordIndex);
     SO_ADD_EMPTY_FIELD(textureCoordIndex);
-    SO_ADD_EMPTY_FIELD(uKnotVector);
-    SO_ADD_EMPTY_FIELD(vKnotVector);
-    SO_ADD_EMPTY_FIELD(sKnotVector);
-    SO_ADD_EMPTY_FIELD(tKnotVector);
 }
 
 SoIndexedNurbsSurface::~SoIndexedNurbsSurface() = default;
 
 void SoIndexedNurbsSurface::initClass()
 {
-    SO_NODE_INIT_CLASS(SoIndexedNurbsSurface, SoShape, "IndexedNurbsSurface");
-}
-
-void SoIndexedNurbsSurface::buildGeometry(SoState* state, SoGeometry& geometry)
-{
-    kalmyr::detail::SurfaceFields fields;
-    fields.indices = coordIndex.values();
-    fields.textureIndices = textureCoordIndex.values();
-    fields.numU = numUControlPoints.getValue();
-    fields.numV = numVControlPoints.getValue();
-    fields.numS = numSControlPoints.getValue();
-    fields.numT = numTControlPoints.getValue();
-    fields.u = uKnotVector.values();
-    fields.v = vKnotVector.values();
-    fields.s = sKnotVector.values();
-    fields.t = tKnotVector.values();
-    kalmyr::detail::buildSurfaceOfState(this, state, fields, geometry);
-}
-
-std::uint64_t SoIndexedNurbsSurface::stateKey(SoState* state) const
-{
-    return kalmyr::detail::nurbsKey(state, true);
+    SO_NODE_INIT_CLASS(SoIndexedNurbsSurface, SoNurbsSurfaceShape, "IndexedNurbsSurface");
 }

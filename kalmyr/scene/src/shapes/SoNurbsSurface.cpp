@@ -1,46 +1,15 @@
 #include <kalmyr/shapes/SoNurbsSurface.h>
 
-#include "NurbsBuilder.h"
-
 SO_NODE_SOURCE(SoNurbsSurface)
 
 SoNurbsSurface::SoNurbsSurface()
 {
-    SO_NODE_CONSTRUCTOR(SoShape);
-    SO_ADD_FIELD(numUControlPoints, (0));
-    SO_ADD_FIELD(numVControlPoints, (0));
-    SO_ADD_FIELD(numSControlPoints, (0));
-    SO_ADD_FIELD(numTControlPoints, (0));
-    SO_ADD_EMPTY_FIELD(uKnotVector);
-    SO_ADD_EMPTY_FIELD(vKnotVector);
-    SO_ADD_EMPTY_FIELD(sKnotVector);
-    SO_ADD_EMPTY_FIELD(tKnotVector);
+    SO_NODE_CONSTRUCTOR(SoNurbsSurfaceShape);
 }
 
 SoNurbsSurface::~SoNurbsSurface() = default;
 
 void SoNurbsSurface::initClass()
 {
-    SO_NODE_INIT_CLASS(SoNurbsSurface, SoShape, "NurbsSurface");
-}
-
-void SoNurbsSurface::buildGeometry(SoState* state, SoGeometry& geometry)
-{
-    kalmyr::detail::SurfaceFields fields;
-    fields.indices = {};
-    fields.textureIndices = {};
-    fields.numU = numUControlPoints.getValue();
-    fields.numV = numVControlPoints.getValue();
-    fields.numS = numSControlPoints.getValue();
-    fields.numT = numTControlPoints.getValue();
-    fields.u = uKnotVector.values();
-    fields.v = vKnotVector.values();
-    fields.s = sKnotVector.values();
-    fields.t = tKnotVector.values();
-    kalmyr::detail::buildSurfaceOfState(this, state, fields, geometry);
-}
-
-std::uint64_t SoNurbsSurface::stateKey(SoState* state) const
-{
-    return kalmyr::detail::nurbsKey(state, true);
+    SO_NODE_INIT_CLASS(SoNurbsSurface, SoNurbsSurfaceShape, "NurbsSurface");
 }

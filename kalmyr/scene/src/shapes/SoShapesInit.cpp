@@ -21,6 +21,7 @@
 #include <kalmyr/shapes/SoNonIndexedShape.h>
 #include <kalmyr/shapes/SoNurbsCurve.h>
 #include <kalmyr/shapes/SoNurbsSurface.h>
+#include <kalmyr/shapes/SoNurbsSurfaceShape.h>
 #include <kalmyr/shapes/SoPointSet.h>
 #include <kalmyr/shapes/SoQuadMesh.h>
 #include <kalmyr/shapes/SoQuadSet.h>
@@ -61,6 +62,7 @@ void kalmyr::initShapes()
     SoImage::initClass();
     SoNurbsCurve::initClass();
     SoIndexedNurbsCurve::initClass();
+    SoNurbsSurfaceShape::initClass();
     SoNurbsSurface::initClass();
     SoIndexedNurbsSurface::initClass();
     SoTextShape::initClass();

@@ -1,42 +1,15 @@
 #pragma once
 
-#include <kalmyr/core/SoNodeMacros.h>
-#include <kalmyr/fields/SoValueFields.h>
-#include <kalmyr/shapes/SoShape.h>
+#include <kalmyr/shapes/SoNurbsSurfaceShape.h>
 
-/// A surface from a net of control points and knots in two directions, drawn as triangles that
-/// follow it as closely as the complexity asks for, with normals of its own. The control points are
-/// the coordinates of the state, the first ones, those of one v after
-/// another; homogeneous ones (SoCoordinate4) have weights. An order is the number of knots less
-/// that of control points in its direction.
-///
-/// Profiles before it trim the surface, in its parameters. Texture coordinates are the parameters
-/// from 0 to 1, or a surface over the texture coordinates of the state with knots s
-/// and t, which takes the same parameters. Seen from the outside u runs right and v up; with
-/// clockwise shape hints it is the other side. The face of a detail is the patch between knots, row
-/// by row.
-///
-/// A surface whose knots do not fit, or with weights not above 0, is reported and not drawn. One
-/// that would come to more than a million vertices is drawn more coarsely.
-class KALMYR_API SoNurbsSurface : public SoShape {
+/// A NURBS surface whose control points are the first coordinates of the state.
+class KALMYR_API SoNurbsSurface : public SoNurbsSurfaceShape {
     SO_NODE_HEADER(SoNurbsSurface)
 
 public:
     SoNurbsSurface();
     static void initClass();
 
-    SoSFInt32 numUControlPoints;
-    SoSFInt32 numVControlPoints;
-    SoSFInt32 numSControlPoints; ///< of the texture; 0: none of its own
-    SoSFInt32 numTControlPoints;
-    SoMFFloat uKnotVector;
-    SoMFFloat vKnotVector;
-    SoMFFloat sKnotVector;
-    SoMFFloat tKnotVector;
-
 protected:
     ~SoNurbsSurface() override;
-
-    void buildGeometry(SoState* state, SoGeometry& geometry) override;
-    std::uint64_t stateKey(SoState* state) const override;
 };
