@@ -3,7 +3,8 @@
 #include <kalmyr/actions/SoCallbackAction.h>
 #include <kalmyr/elements/SoTextureElement.h>
 
-#include <algorithm>
+#include <cstdint>
+#include <type_traits>
 
 namespace {
 
@@ -16,13 +17,24 @@ SoUniformValue named(const SoSFString& name, SoUniformValue::Kind kind, int comp
     return value;
 }
 
-/// The numbers of vectors, colours and matrices one after another.
+/// The numbers of the vectors, colours or matrices of a field, one after another.
 template <class Number, class Field>
-std::vector<Number> numbersOf(const Field& field, std::size_t components)
+SoUniformValue uniformOf(const SoSFString& name, const Field& field)
 {
+    constexpr std::size_t kComponents = sizeof(typename Field::Value) / sizeof(Number);
+    constexpr bool isWhole = std::is_same_v<Number, std::int32_t>;
+    SoUniformValue uniform = named(name,
+                                   isWhole             ? SoUniformValue::INTEGERS
+                                   : kComponents == 16 ? SoUniformValue::MATRICES
+                                                       : SoUniformValue::FLOATS,
+                                   static_cast<int>(kComponents));
     const auto values = field.values();
     const auto* first = reinterpret_cast<const Number*>(values.data());
-    return std::vector<Number>(first, first + values.size() * components);
+    if constexpr (isWhole)
+        uniform.integers.assign(first, first + values.size() * kComponents);
+    else
+        uniform.floats.assign(first, first + values.size() * kComponents);
+    return uniform;
 }
 
 } // namespace
@@ -42,228 +54,33 @@ void SoUniformShaderParameter::initClass()
     SO_NODE_INIT_ABSTRACT_CLASS(SoUniformShaderParameter, SoNode, "UniformShaderParameter");
 }
 
-SO_NODE_SOURCE(SoShaderParameterFloat)
+#define KALMYR_SHADER_PARAMETER(Class, typeName, Number)                                           \
+    SO_NODE_SOURCE(Class)                                                                          \
+    Class::Class()                                                                                 \
+    {                                                                                              \
+        SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);                                             \
+        SO_ADD_EMPTY_FIELD(value);                                                                 \
+    }                                                                                              \
+    Class::~Class() = default;                                                                     \
+    void Class::initClass()                                                                        \
+    {                                                                                              \
+        SO_NODE_INIT_CLASS(Class, SoUniformShaderParameter, typeName);                             \
+    }                                                                                              \
+    SoUniformValue Class::getUniform() const                                                       \
+    {                                                                                              \
+        return uniformOf<Number>(name, value);                                                     \
+    }
 
-SoShaderParameterFloat::SoShaderParameterFloat()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterFloat::~SoShaderParameterFloat() = default;
-
-void SoShaderParameterFloat::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterFloat, SoUniformShaderParameter, "ShaderParameterFloat");
-}
-
-SoUniformValue SoShaderParameterFloat::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::FLOATS, 1);
-    uniform.floats = numbersOf<float>(value, 1);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec2f)
-
-SoShaderParameterVec2f::SoShaderParameterVec2f()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec2f::~SoShaderParameterVec2f() = default;
-
-void SoShaderParameterVec2f::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec2f, SoUniformShaderParameter, "ShaderParameterVec2f");
-}
-
-SoUniformValue SoShaderParameterVec2f::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::FLOATS, 2);
-    uniform.floats = numbersOf<float>(value, 2);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec3f)
-
-SoShaderParameterVec3f::SoShaderParameterVec3f()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec3f::~SoShaderParameterVec3f() = default;
-
-void SoShaderParameterVec3f::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec3f, SoUniformShaderParameter, "ShaderParameterVec3f");
-}
-
-SoUniformValue SoShaderParameterVec3f::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::FLOATS, 3);
-    uniform.floats = numbersOf<float>(value, 3);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec4f)
-
-SoShaderParameterVec4f::SoShaderParameterVec4f()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec4f::~SoShaderParameterVec4f() = default;
-
-void SoShaderParameterVec4f::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec4f, SoUniformShaderParameter, "ShaderParameterVec4f");
-}
-
-SoUniformValue SoShaderParameterVec4f::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::FLOATS, 4);
-    uniform.floats = numbersOf<float>(value, 4);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterColor)
-
-SoShaderParameterColor::SoShaderParameterColor()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterColor::~SoShaderParameterColor() = default;
-
-void SoShaderParameterColor::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterColor, SoUniformShaderParameter, "ShaderParameterColor");
-}
-
-SoUniformValue SoShaderParameterColor::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::FLOATS, 3);
-    uniform.floats = numbersOf<float>(value, 3);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterInt32)
-
-SoShaderParameterInt32::SoShaderParameterInt32()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterInt32::~SoShaderParameterInt32() = default;
-
-void SoShaderParameterInt32::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterInt32, SoUniformShaderParameter, "ShaderParameterInt32");
-}
-
-SoUniformValue SoShaderParameterInt32::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::INTEGERS, 1);
-    uniform.integers = numbersOf<std::int32_t>(value, 1);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec2i32)
-
-SoShaderParameterVec2i32::SoShaderParameterVec2i32()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec2i32::~SoShaderParameterVec2i32() = default;
-
-void SoShaderParameterVec2i32::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec2i32, SoUniformShaderParameter,
-                       "ShaderParameterVec2i32");
-}
-
-SoUniformValue SoShaderParameterVec2i32::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::INTEGERS, 2);
-    uniform.integers = numbersOf<std::int32_t>(value, 2);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec3i32)
-
-SoShaderParameterVec3i32::SoShaderParameterVec3i32()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec3i32::~SoShaderParameterVec3i32() = default;
-
-void SoShaderParameterVec3i32::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec3i32, SoUniformShaderParameter,
-                       "ShaderParameterVec3i32");
-}
-
-SoUniformValue SoShaderParameterVec3i32::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::INTEGERS, 3);
-    uniform.integers = numbersOf<std::int32_t>(value, 3);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterVec4i32)
-
-SoShaderParameterVec4i32::SoShaderParameterVec4i32()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterVec4i32::~SoShaderParameterVec4i32() = default;
-
-void SoShaderParameterVec4i32::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterVec4i32, SoUniformShaderParameter,
-                       "ShaderParameterVec4i32");
-}
-
-SoUniformValue SoShaderParameterVec4i32::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::INTEGERS, 4);
-    uniform.integers = numbersOf<std::int32_t>(value, 4);
-    return uniform;
-}
-
-SO_NODE_SOURCE(SoShaderParameterMatrix)
-
-SoShaderParameterMatrix::SoShaderParameterMatrix()
-{
-    SO_NODE_CONSTRUCTOR(SoUniformShaderParameter);
-    SO_ADD_EMPTY_FIELD(value);
-}
-
-SoShaderParameterMatrix::~SoShaderParameterMatrix() = default;
-
-void SoShaderParameterMatrix::initClass()
-{
-    SO_NODE_INIT_CLASS(SoShaderParameterMatrix, SoUniformShaderParameter, "ShaderParameterMatrix");
-}
-
-SoUniformValue SoShaderParameterMatrix::getUniform() const
-{
-    SoUniformValue uniform = named(name, SoUniformValue::MATRICES, 16);
-    uniform.floats = numbersOf<float>(value, 16);
-    return uniform;
-}
+KALMYR_SHADER_PARAMETER(SoShaderParameterFloat, "ShaderParameterFloat", float)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec2f, "ShaderParameterVec2f", float)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec3f, "ShaderParameterVec3f", float)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec4f, "ShaderParameterVec4f", float)
+KALMYR_SHADER_PARAMETER(SoShaderParameterColor, "ShaderParameterColor", float)
+KALMYR_SHADER_PARAMETER(SoShaderParameterInt32, "ShaderParameterInt32", std::int32_t)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec2i32, "ShaderParameterVec2i32", std::int32_t)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec3i32, "ShaderParameterVec3i32", std::int32_t)
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec4i32, "ShaderParameterVec4i32", std::int32_t)
+KALMYR_SHADER_PARAMETER(SoShaderParameterMatrix, "ShaderParameterMatrix", float)
 
 SO_NODE_SOURCE(SoShaderParameterTexture)
 

@@ -27,165 +27,42 @@ protected:
     ~SoUniformShaderParameter() override;
 };
 
+#define KALMYR_SHADER_PARAMETER(Class, Field)                                                      \
+    class KALMYR_API Class : public SoUniformShaderParameter {                                     \
+        SO_NODE_HEADER(Class)                                                                      \
+                                                                                                   \
+    public:                                                                                        \
+        Class();                                                                                   \
+        static void initClass();                                                                   \
+        Field value;                                                                               \
+        SoUniformValue getUniform() const override;                                                \
+                                                                                                   \
+    protected:                                                                                     \
+        ~Class() override;                                                                         \
+    };
+
 /// For float.
-class KALMYR_API SoShaderParameterFloat : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterFloat)
-
-public:
-    SoShaderParameterFloat();
-    static void initClass();
-
-    SoMFFloat value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterFloat() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterFloat, SoMFFloat)
 /// For vec2.
-class KALMYR_API SoShaderParameterVec2f : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec2f)
-
-public:
-    SoShaderParameterVec2f();
-    static void initClass();
-
-    SoMFVec2f value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec2f() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec2f, SoMFVec2f)
 /// For vec3.
-class KALMYR_API SoShaderParameterVec3f : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec3f)
-
-public:
-    SoShaderParameterVec3f();
-    static void initClass();
-
-    SoMFVec3f value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec3f() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec3f, SoMFVec3f)
 /// For vec4.
-class KALMYR_API SoShaderParameterVec4f : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec4f)
-
-public:
-    SoShaderParameterVec4f();
-    static void initClass();
-
-    SoMFVec4f value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec4f() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec4f, SoMFVec4f)
 /// For vec3.
-class KALMYR_API SoShaderParameterColor : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterColor)
-
-public:
-    SoShaderParameterColor();
-    static void initClass();
-
-    SoMFColor value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterColor() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterColor, SoMFColor)
 /// For int, and bool.
-class KALMYR_API SoShaderParameterInt32 : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterInt32)
-
-public:
-    SoShaderParameterInt32();
-    static void initClass();
-
-    SoMFInt32 value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterInt32() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterInt32, SoMFInt32)
 /// For ivec2.
-class KALMYR_API SoShaderParameterVec2i32 : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec2i32)
-
-public:
-    SoShaderParameterVec2i32();
-    static void initClass();
-
-    SoMFVec2i32 value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec2i32() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec2i32, SoMFVec2i32)
 /// For ivec3.
-class KALMYR_API SoShaderParameterVec3i32 : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec3i32)
-
-public:
-    SoShaderParameterVec3i32();
-    static void initClass();
-
-    SoMFVec3i32 value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec3i32() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec3i32, SoMFVec3i32)
 /// For ivec4.
-class KALMYR_API SoShaderParameterVec4i32 : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterVec4i32)
-
-public:
-    SoShaderParameterVec4i32();
-    static void initClass();
-
-    SoMFVec4i32 value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterVec4i32() override;
-};
-
+KALMYR_SHADER_PARAMETER(SoShaderParameterVec4i32, SoMFVec4i32)
 /// For mat4; a point p of the file's row form is transformed by matrix * p.
-class KALMYR_API SoShaderParameterMatrix : public SoUniformShaderParameter {
-    SO_NODE_HEADER(SoShaderParameterMatrix)
+KALMYR_SHADER_PARAMETER(SoShaderParameterMatrix, SoMFMatrix)
 
-public:
-    SoShaderParameterMatrix();
-    static void initClass();
-
-    SoMFMatrix value;
-
-    SoUniformValue getUniform() const override;
-
-protected:
-    ~SoShaderParameterMatrix() override;
-};
+#undef KALMYR_SHADER_PARAMETER
 
 /// For sampler2D, sampler3D and samplerCube: what a texture node shows.
 class KALMYR_API SoShaderParameterTexture : public SoUniformShaderParameter {
