@@ -1,9 +1,5 @@
 #include <kalmyr/nodes/SoImageBackground.h>
 
-#include "core/CacheLock.h"
-#include <kalmyr/base/SoError.h>
-#include <kalmyr/core/SoImageFile.h>
-
 namespace {
 
 constexpr SoEnumEntry kStyles[] = {
@@ -32,33 +28,14 @@ void SoImageBackground::initClass()
     SO_NODE_INIT_CLASS(SoImageBackground, SoBackground, "ImageBackground");
 }
 
-void SoImageBackground::setDirectory(const SbString& directory)
-{
-    m_directory = directory;
-    m_loadedName.makeEmpty();
-}
-
 void SoImageBackground::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoBackground::copyContents(from, copier);
-    setDirectory(static_cast<const SoImageBackground*>(from)->m_directory);
+    setDirectory(static_cast<const SoImageBackground*>(from)->getDirectory());
 }
 
 const SbImage& SoImageBackground::getPicture()
 {
     const SbString& name = filename.getValue();
-    if (filename.isIgnored() || name.isEmpty())
-        return image.getValue();
-    SbString error;
-    {
-        const kalmyr::detail::CacheLock lock;
-        if (name == m_loadedName)
-            return m_loaded;
-        m_loadedName = name;
-        if (SoImageFile::read(SoImageFile::findFile(name, m_directory), m_loaded, &error))
-            return m_loaded;
-    }
-    // Without the lock: a handler may do anything.
-    SoError::post("ImageBackground \"%s\": %s", getName().getString(), error.getString());
-    return m_loaded;
+    return m_file.get(filename.isIgnored() ? SbString() : name, image.getValue(), "background");
 }

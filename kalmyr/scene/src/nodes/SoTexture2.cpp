@@ -1,12 +1,8 @@
 #include <kalmyr/nodes/SoTexture2.h>
 
 #include <kalmyr/actions/SoAction.h>
-#include <kalmyr/base/SbFileHelper.h>
-#include <kalmyr/core/SoImageFile.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoLookExtras.h>
-
-#include "core/LoadedPicture.h"
 
 namespace {
 
@@ -47,34 +43,16 @@ void SoTexture2::initClass()
     SO_NODE_INIT_CLASS(SoTexture2, SoNode, "Texture2");
 }
 
-void SoTexture2::setDirectory(const SbString& directory)
-{
-    m_directory = directory;
-    m_loadedName.makeEmpty();
-}
-
-bool SoTexture2::findPicture()
-{
-    const SbString& name = filename.getValue();
-    if (name.isEmpty() || SbFileHelper::isAccessible(SoImageFile::findFile(name, m_directory)))
-        return true;
-    m_loadedName = name;
-    m_loaded.makeNull();
-    return false;
-}
-
 void SoTexture2::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoNode::copyContents(from, copier);
-    setDirectory(static_cast<const SoTexture2*>(from)->m_directory);
+    setDirectory(static_cast<const SoTexture2*>(from)->getDirectory());
 }
 
 const SbImage& SoTexture2::getPicture()
 {
     const SbString& name = filename.getValue();
-    if (filename.isIgnored() || name.isEmpty())
-        return image.getValue();
-    return kalmyr::detail::loadPicture(name, m_directory, "texture", m_loadedName, m_loaded);
+    return m_file.get(filename.isIgnored() ? SbString() : name, image.getValue(), "texture");
 }
 
 void SoTexture2::doAction(SoAction* action)

@@ -2,11 +2,7 @@
 
 #include "ShapeActions.h"
 
-#include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoDebugError.h>
-#include <kalmyr/core/SoImageFile.h>
-
-#include "core/LoadedPicture.h"
 
 namespace {
 
@@ -52,34 +48,16 @@ void SoImage::initClass()
     kalmyr::detail::addPixelShapeMethods(getClassTypeId());
 }
 
-void SoImage::setDirectory(const SbString& directory)
-{
-    m_directory = directory;
-    m_loadedName.makeEmpty();
-}
-
-bool SoImage::findPicture()
-{
-    const SbString& name = filename.getValue();
-    if (name.isEmpty() || SbFileHelper::isAccessible(SoImageFile::findFile(name, m_directory)))
-        return true;
-    m_loadedName = name;
-    m_loaded.makeNull();
-    return false;
-}
-
 void SoImage::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     SoShape::copyContents(from, copier);
-    setDirectory(static_cast<const SoImage*>(from)->m_directory);
+    setDirectory(static_cast<const SoImage*>(from)->getDirectory());
 }
 
 const SbImage& SoImage::getPicture()
 {
     const SbString& name = filename.getValue();
-    if (filename.isIgnored() || name.isEmpty())
-        return image.getValue();
-    return kalmyr::detail::loadPicture(name, m_directory, "image", m_loadedName, m_loaded);
+    return m_file.get(filename.isIgnored() ? SbString() : name, image.getValue(), "image");
 }
 
 void SoImage::buildGeometry(SoState*, SoGeometry& geometry)

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <kalmyr/base/SbImage.h>
-#include <kalmyr/base/SbString.h>
 #include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/core/SoPictureFile.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/nodes/SoBackground.h>
@@ -33,15 +32,13 @@ public:
     /// The picture that the node shows now; a null image when there is none.
     const SbImage& getPicture();
     /// The folder in which relative file names are looked for; set by readers of scene files.
-    void setDirectory(const SbString& directory);
-    const SbString& getDirectory() const { return m_directory; }
+    void setDirectory(const SbString& directory) { m_file.setDirectory(directory); }
+    const SbString& getDirectory() const { return m_file.getDirectory(); }
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoImageBackground() override;
 
 private:
-    SbString m_directory;
-    SbString m_loadedName; ///< file name that m_loaded belongs to
-    SbImage m_loaded;
+    SoPictureFile m_file;
 };

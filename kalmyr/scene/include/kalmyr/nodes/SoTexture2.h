@@ -1,9 +1,8 @@
 #pragma once
 
-#include <kalmyr/base/SbImage.h>
-#include <kalmyr/base/SbString.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/core/SoPictureFile.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
@@ -33,18 +32,16 @@ public:
     /// The picture that the node shows now; a null image when there is none.
     const SbImage& getPicture();
     /// The folder in which relative file names are looked for; set by readers of scene files.
-    void setDirectory(const SbString& directory);
+    void setDirectory(const SbString& directory) { m_file.setDirectory(directory); }
     /// Whether the file that `filename` names is there, or none is named. A file that is not is not
     /// asked for again until the name changes.
-    bool findPicture();
-    const SbString& getDirectory() const { return m_directory; }
+    bool findPicture() { return m_file.find(filename.getValue()); }
+    const SbString& getDirectory() const { return m_file.getDirectory(); }
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoTexture2() override;
 
 private:
-    SbString m_directory;
-    SbString m_loadedName; ///< file name that m_loaded belongs to
-    SbImage m_loaded;
+    SoPictureFile m_file;
 };

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <kalmyr/base/SbImage.h>
-#include <kalmyr/base/SbString.h>
 #include <kalmyr/core/SoNodeMacros.h>
+#include <kalmyr/core/SoPictureFile.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 #include <kalmyr/shapes/SoShape.h>
@@ -38,11 +37,11 @@ public:
     /// The picture that the node shows now; a null image when there is none.
     const SbImage& getPicture();
     /// The folder in which relative file names are looked for; set by readers of scene files.
-    void setDirectory(const SbString& directory);
-    const SbString& getDirectory() const { return m_directory; }
+    void setDirectory(const SbString& directory) { m_file.setDirectory(directory); }
+    const SbString& getDirectory() const { return m_file.getDirectory(); }
     /// Whether the file that `filename` names is there, or none is named. A file that is not is not
     /// asked for again until the name changes.
-    bool findPicture();
+    bool findPicture() { return m_file.find(filename.getValue()); }
     void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
@@ -51,7 +50,5 @@ protected:
     void buildGeometry(SoState* state, SoGeometry& geometry) override;
 
 private:
-    SbString m_directory;
-    SbString m_loadedName; ///< file name that m_loaded belongs to
-    SbImage m_loaded;
+    SoPictureFile m_file;
 };
