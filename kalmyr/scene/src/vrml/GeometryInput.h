@@ -46,4 +46,24 @@ Attribute<T> attribute(std::span<const T> values, const SoMFInt32& index, bool p
 Attribute<std::uint32_t> colorsOf(SoState* state, const SoSFNode& field, const SoMFInt32& index,
                                   bool perVertex, ShapeSource& source);
 
+/// Fills in the attributes that a grid of heights has in its fields, with the source's texture
+/// coordinates where none are given.
+template <class Grid>
+void fillGridAttributes(const Grid& grid, SoState* state, ShapeSource& source)
+{
+    const auto given = texCoordsOf(grid.texCoord);
+    const SoMFInt32 none;
+    FaceInput& in = source.input;
+    in.node = &grid;
+    in.normals =
+        attribute<SbVec3f>(normalsOf(grid.normal), none, grid.normalPerVertex.getValue(), "normal");
+    in.colors = colorsOf(state, grid.color, none, grid.colorPerVertex.getValue(), source);
+    in.texCoords = attribute<SbVec2f>(given, none, true, "texCoord");
+    if (given.empty() && source.wantsValues())
+        in.texCoords.values = source.texCoords;
+    in.clockwise = !grid.ccw.getValue();
+    in.solid = grid.solid.getValue();
+    in.creaseAngle = grid.creaseAngle.getValue();
+}
+
 } // namespace kalmyr::detail

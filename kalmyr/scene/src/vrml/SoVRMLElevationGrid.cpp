@@ -80,16 +80,5 @@ void SoVRMLElevationGrid::fillSource(SoState* state, kalmyr::ShapeSource& source
     source.kind = kalmyr::ShapeSource::FACES;
     if (source.wantsLists())
         fillGrid(source);
-    const auto given = texCoordsOf(texCoord);
-    const SoMFInt32 none;
-    kalmyr::FaceInput& in = source.input;
-    in.node = this;
-    in.normals = attribute<SbVec3f>(normalsOf(normal), none, normalPerVertex.getValue(), "normal");
-    in.colors = colorsOf(state, color, none, colorPerVertex.getValue(), source);
-    in.texCoords = attribute<SbVec2f>(given, none, true, "texCoord");
-    if (given.empty() && source.wantsValues())
-        in.texCoords.values = source.texCoords;
-    in.clockwise = !ccw.getValue();
-    in.solid = solid.getValue();
-    in.creaseAngle = creaseAngle.getValue();
+    fillGridAttributes(*this, state, source);
 }

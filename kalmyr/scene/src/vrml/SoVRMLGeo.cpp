@@ -285,19 +285,8 @@ void SoVRMLGeoElevationGrid::fillSource(SoState* state, kalmyr::ShapeSource& sou
     if (!fault.empty())
         return warnOfGeo(this, fault);
     source.kind = kalmyr::ShapeSource::FACES;
-    const auto given = texCoordsOf(texCoord);
-    const SoMFInt32 none;
-    kalmyr::FaceInput& in = source.input;
-    in.node = this;
-    in.normals = attribute<SbVec3f>(normalsOf(normal), none, normalPerVertex.getValue(), "normal");
-    in.colors = colorsOf(state, color, none, colorPerVertex.getValue(), source);
-    in.texCoords = attribute<SbVec2f>(given, none, true, "texCoord");
-    if (given.empty() && source.wantsValues())
-        in.texCoords.values = source.texCoords;
-    in.clockwise = !ccw.getValue();
-    in.solid = solid.getValue();
-    in.creaseAngle = creaseAngle.getValue();
-    in.convex = false;
+    fillGridAttributes(*this, state, source);
+    source.input.convex = false;
 }
 
 // ---- location
