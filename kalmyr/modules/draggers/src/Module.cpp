@@ -5,18 +5,21 @@
 #include <kalmyr/draggers/SoMotionDragger.h>
 #include <kalmyr/draggers/SoPlacedDragger.h>
 #include <kalmyr/draggers/SoPointLightDragger.h>
+#include <kalmyr/draggers/SoRotateAxisDragger.h>
 #include <kalmyr/draggers/SoRotateCylindricalDragger.h>
 #include <kalmyr/draggers/SoRotateDiscDragger.h>
 #include <kalmyr/draggers/SoRotateSphericalDragger.h>
 #include <kalmyr/draggers/SoScale1Dragger.h>
 #include <kalmyr/draggers/SoScale2Dragger.h>
 #include <kalmyr/draggers/SoScale3Dragger.h>
+#include <kalmyr/draggers/SoScaleDragger.h>
 #include <kalmyr/draggers/SoScaleUniformDragger.h>
 #include <kalmyr/draggers/SoSpotLightDragger.h>
 #include <kalmyr/draggers/SoTransformDragger.h>
 #include <kalmyr/draggers/SoTranslate1Dragger.h>
 #include <kalmyr/draggers/SoTranslate2Dragger.h>
 #include <kalmyr/draggers/SoTranslate3Dragger.h>
+#include <kalmyr/draggers/SoTranslateDragger.h>
 
 #include <iterator>
 
@@ -33,6 +36,9 @@ constexpr struct {
     {SoDragger::initClass, SoDragger::getClassTypeId},
     {SoMotionDragger::initClass, SoMotionDragger::getClassTypeId},
     {SoPlacedDragger::initClass, SoPlacedDragger::getClassTypeId},
+    {SoTranslateDragger::initClass, SoTranslateDragger::getClassTypeId},
+    {SoRotateAxisDragger::initClass, SoRotateAxisDragger::getClassTypeId},
+    {SoScaleDragger::initClass, SoScaleDragger::getClassTypeId},
     {SoTranslate1Dragger::initClass, SoTranslate1Dragger::getClassTypeId},
     {SoTranslate2Dragger::initClass, SoTranslate2Dragger::getClassTypeId},
     {SoTranslate3Dragger::initClass, SoTranslate3Dragger::getClassTypeId},

@@ -7,12 +7,7 @@ SO_KIT_SOURCE(SoRotateCylindricalDragger)
 SoRotateCylindricalDragger::SoRotateCylindricalDragger()
 {
     using namespace kalmyr::detail;
-    SO_NODE_CONSTRUCTOR(SoMotionDragger);
-    SO_ADD_FIELD(rotation, (SbRotation()));
-    useRotation(rotation);
-    SO_ADD_FIELD(minAngle, (0.0f));
-    SO_ADD_FIELD(maxAngle, (-1.0f));
-    useAngleLimits(minAngle, maxAngle);
+    SO_NODE_CONSTRUCTOR(SoRotateAxisDragger);
     SO_KIT_MAKE_PARTS();
     const Part part{"band", SoDragHandle::TURN_CYLINDER, kY, kGreen};
     addFaces(part, band(0.25f));
@@ -25,5 +20,5 @@ SoRotateCylindricalDragger::~SoRotateCylindricalDragger() = default;
 
 void SoRotateCylindricalDragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoRotateCylindricalDragger, SoMotionDragger, "RotateCylindricalDragger");
+    SO_KIT_INIT_CLASS(SoRotateCylindricalDragger, SoRotateAxisDragger, "RotateCylindricalDragger");
 }

@@ -7,12 +7,7 @@ SO_KIT_SOURCE(SoRotateDiscDragger)
 SoRotateDiscDragger::SoRotateDiscDragger()
 {
     using namespace kalmyr::detail;
-    SO_NODE_CONSTRUCTOR(SoMotionDragger);
-    SO_ADD_FIELD(rotation, (SbRotation()));
-    useRotation(rotation);
-    SO_ADD_FIELD(minAngle, (0.0f));
-    SO_ADD_FIELD(maxAngle, (-1.0f));
-    useAngleLimits(minAngle, maxAngle);
+    SO_NODE_CONSTRUCTOR(SoRotateAxisDragger);
     SO_KIT_MAKE_PARTS();
     const Part part{"disc", SoDragHandle::TURN_DISC, kZ, kBlue};
     addFaces(part, annulus(0.75f));
@@ -25,5 +20,5 @@ SoRotateDiscDragger::~SoRotateDiscDragger() = default;
 
 void SoRotateDiscDragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoRotateDiscDragger, SoMotionDragger, "RotateDiscDragger");
+    SO_KIT_INIT_CLASS(SoRotateDiscDragger, SoRotateAxisDragger, "RotateDiscDragger");
 }

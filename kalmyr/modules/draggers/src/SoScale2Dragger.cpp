@@ -7,11 +7,7 @@ SO_KIT_SOURCE(SoScale2Dragger)
 SoScale2Dragger::SoScale2Dragger()
 {
     using namespace kalmyr::detail;
-    SO_NODE_CONSTRUCTOR(SoMotionDragger);
-    SO_ADD_FIELD(scaleFactor, (1.0f, 1.0f, 1.0f));
-    SO_ADD_FIELD(minScaleFactor, (0.001f));
-    SO_ADD_FIELD(maxScaleFactor, (0.0f));
-    useScale(scaleFactor, minScaleFactor, maxScaleFactor);
+    SO_NODE_CONSTRUCTOR(SoScaleDragger);
     SO_KIT_MAKE_PARTS();
     addLines({"frame"}, {closed(square(2, 0, 1))});
     for (const SbVec3f& corner : square(2, 0, 1))
@@ -26,5 +22,5 @@ SoScale2Dragger::~SoScale2Dragger() = default;
 
 void SoScale2Dragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoScale2Dragger, SoMotionDragger, "Scale2Dragger");
+    SO_KIT_INIT_CLASS(SoScale2Dragger, SoScaleDragger, "Scale2Dragger");
 }

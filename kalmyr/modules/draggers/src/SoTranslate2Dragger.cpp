@@ -7,11 +7,7 @@ SO_KIT_SOURCE(SoTranslate2Dragger)
 SoTranslate2Dragger::SoTranslate2Dragger()
 {
     using namespace kalmyr::detail;
-    SO_NODE_CONSTRUCTOR(SoMotionDragger);
-    SO_ADD_FIELD(translation, (0.0f, 0.0f, 0.0f));
-    SO_ADD_FIELD(minTranslation, (0.0f, 0.0f, 0.0f));
-    SO_ADD_FIELD(maxTranslation, (-1.0f, -1.0f, -1.0f));
-    useTranslation(translation, minTranslation, maxTranslation);
+    SO_NODE_CONSTRUCTOR(SoTranslateDragger);
     SO_KIT_MAKE_PARTS();
     addFaces({"plate", SoDragHandle::MOVE_PLANE, kZ, kNeutral}, {square(2, 0, 0.5f)});
     addLines({"plate", SoDragHandle::MOVE_PLANE, kZ, kNeutral}, {closed(square(2, 0, 0.5f))});
@@ -23,5 +19,5 @@ SoTranslate2Dragger::~SoTranslate2Dragger() = default;
 
 void SoTranslate2Dragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoTranslate2Dragger, SoMotionDragger, "Translate2Dragger");
+    SO_KIT_INIT_CLASS(SoTranslate2Dragger, SoTranslateDragger, "Translate2Dragger");
 }

@@ -7,11 +7,7 @@ SO_KIT_SOURCE(SoTranslate3Dragger)
 SoTranslate3Dragger::SoTranslate3Dragger()
 {
     using namespace kalmyr::detail;
-    SO_NODE_CONSTRUCTOR(SoMotionDragger);
-    SO_ADD_FIELD(translation, (0.0f, 0.0f, 0.0f));
-    SO_ADD_FIELD(minTranslation, (0.0f, 0.0f, 0.0f));
-    SO_ADD_FIELD(maxTranslation, (-1.0f, -1.0f, -1.0f));
-    useTranslation(translation, minTranslation, maxTranslation);
+    SO_NODE_CONSTRUCTOR(SoTranslateDragger);
     SO_KIT_MAKE_PARTS();
     const struct {
         const char* arrow;
@@ -34,5 +30,5 @@ SoTranslate3Dragger::~SoTranslate3Dragger() = default;
 
 void SoTranslate3Dragger::initClass()
 {
-    SO_KIT_INIT_CLASS(SoTranslate3Dragger, SoMotionDragger, "Translate3Dragger");
+    SO_KIT_INIT_CLASS(SoTranslate3Dragger, SoTranslateDragger, "Translate3Dragger");
 }

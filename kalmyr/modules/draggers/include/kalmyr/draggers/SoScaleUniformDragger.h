@@ -1,18 +1,14 @@
 #pragma once
 
-#include <kalmyr/draggers/SoMotionDragger.h>
+#include <kalmyr/draggers/SoScaleDragger.h>
 
 /// Scales evenly.
-class KALMYR_VISIBLE SoScaleUniformDragger final : public SoMotionDragger {
+class KALMYR_VISIBLE SoScaleUniformDragger final : public SoScaleDragger {
     SO_KIT_HEADER(SoScaleUniformDragger)
 
 public:
     SoScaleUniformDragger();
     static void initClass();
-
-    SoSFVec3f scaleFactor;
-    SoSFFloat minScaleFactor; ///< 0.001
-    SoSFFloat maxScaleFactor; ///< 0; below the other: none
 
 protected:
     ~SoScaleUniformDragger() override;

@@ -1,20 +1,15 @@
 #pragma once
 
-#include <kalmyr/draggers/SoMotionDragger.h>
+#include <kalmyr/draggers/SoTranslateDragger.h>
 
 /// Moves along its own x axis.
-class KALMYR_VISIBLE SoTranslate1Dragger final : public SoMotionDragger {
+class KALMYR_VISIBLE SoTranslate1Dragger final : public SoTranslateDragger {
     SO_KIT_HEADER(SoTranslate1Dragger)
 
 public:
     SoTranslate1Dragger();
     static void initClass();
 
-    SoSFVec3f translation;
-    SoSFVec3f minTranslation; ///< 0 0 0; holds where it is not above the other
-    SoSFVec3f maxTranslation; ///< -1 -1 -1
-
 protected:
     ~SoTranslate1Dragger() override;
-    bool isRound() const override { return true; }
 };
