@@ -22,7 +22,7 @@ bool isSpace(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// What the first byte of a UTF-8 sequence says: how many bytes follow and the range of the first of
+// Decodes the first byte of a UTF-8 sequence: how many bytes follow and the range of the first of
 // them, which excludes overlong forms, surrogates and what is beyond U+10FFFF.
 struct Lead {
     int more;

@@ -3,7 +3,7 @@
 #include <kalmyr/events/SoKeyboardEvent.h>
 #include <kalmyr/gui/SoGuiViewer.h>
 
-/// What a key does. Amounts of turns are in radians, of moves in windows, of zooms a factor.
+/// The effect of a key. Amounts of turns are in radians, of moves in windows, of zooms a factor.
 struct NavigationCommand {
     enum Kind { NONE, HOME, VIEW_ALL, CHOSEN, SEEK, SIDE, OTHER_CAMERA, TURN, PAN, ZOOM };
     Kind kind = NONE;
@@ -12,11 +12,11 @@ struct NavigationCommand {
     float up = 0;
 };
 
-/// What a drag of the pointer does.
+/// The effect of a drag of the pointer.
 enum class NavigationDrag { NONE, TURN, PAN, ZOOM };
 
 /// Returns the command of a key that was pressed with these modifiers; NONE for others.
 NavigationCommand commandOf(SoGuiViewer::Scheme scheme, const SoKeyboardEvent& event);
 
-/// What dragging does with these buttons down.
+/// Returns the effect of a drag with these buttons down.
 NavigationDrag dragOf(SoGuiViewer::Scheme scheme, bool left, bool middle, const SoEvent& event);

@@ -48,7 +48,7 @@ public:
         for (const Side& side : m_sides)
             if (side.at(center) + side.reach(half) < 0)
                 return kNothing;
-        // What lies aside of the line of sight comes into view only at some depth.
+        // A box aside of the line of sight comes into view only at some depth.
         float depth = std::max(m_sides[0].at(center) - m_sides[0].reach(half), 0.0f);
         for (const Side& aside : m_aside)
             depth = std::max(depth, -aside.at(center) - aside.reach(half));

@@ -23,7 +23,7 @@ public:
         SbViewportRegion region;
         SbMatrix worldToEye; ///< the eye looks along -z
         SbVec2f tangents;    ///< of half the angles of view, to the side and up
-        /// What is not nearer than this need not be measured exactly.
+        /// The depth from which on the result need not be exact.
         float enough = 0;
         bool asBoxes = false; ///< shapes are seen as the edges of their boxes
     };

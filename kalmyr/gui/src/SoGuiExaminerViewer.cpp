@@ -262,7 +262,8 @@ void SoGuiExaminerViewer::zoomAbout(const SbVec3f& point, float factor)
                                    std::max(kMaxDistance / distance, 1.0f));
     const float depth = way.dot(camera->orientation.getValue().rotated(SbVec3f(0, 0, 1))) * share;
     const float interest = camera->focalDistance.getValue() * share;
-    // What was turned about so far stays so, unless that is in front of the point, or far behind.
+    // The point that was turned about so far stays, unless it is in front of the other, or far
+    // behind.
     const bool isBeside = interest < depth || interest > depth * kFarthestInterest;
     camera->position = point + way * share;
     if (depth > kMinDistance)

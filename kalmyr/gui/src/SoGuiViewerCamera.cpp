@@ -175,7 +175,7 @@ void SoGuiViewer::followNavigationInfo()
 {
     const SoNode* info = boundNode(SoVRMLNavigationInfo::getClassTypeId(), m_scene.get());
     const bool wanted = !info || valueOf<SoSFBool>(*info, "headlight", true);
-    // What the user switched stays between scenes that want the same.
+    // The user's choice stays between scenes that want the same.
     if (wanted != std::exchange(m_sceneWantsHeadlight, wanted))
         setHeadlight(wanted);
 }

@@ -165,7 +165,7 @@ void SoGuiViewer::flyToChosen()
 
 std::optional<SbVec3f> SoGuiViewer::pointUnder(const SbVec2f& position)
 {
-    // What stands in front of the near plane of the latest frame may have come nearer since.
+    // Shapes in front of the near plane of the latest frame may have come nearer since.
     prepareFrame();
     SoRayPickAction pick(getSceneManager()->getViewportRegion());
     pick.setNormalizedPoint(position);

@@ -73,7 +73,7 @@ void SoGuiViewer::adjustClippingPlanes()
             return; // everything is behind the eye
         if (nearDistance < farDistance * kEasyShare)
             nearDistance = nearestSeen(toEye, farDistance * kEasyShare);
-        // What is looked at stays in view, even when the bounds are far too large.
+        // The point of interest stays in view, even when the bounds are far too large.
         const float focal = clampedSize(m_camera->focalDistance.getValue());
         nearDistance =
             std::max(nearDistance, std::min(farDistance * m_nearShare, focal * kNearestToFocal));

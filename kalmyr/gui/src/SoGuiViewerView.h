@@ -4,7 +4,7 @@
 #include <kalmyr/base/SbVec.h>
 #include <kalmyr/gui/SoGuiViewer.h>
 
-/// What is seen, whatever the kind of camera: it shows `height` at the point of interest.
+/// The view, whatever the kind of camera: it shows `height` at the point of interest.
 /// In the space that the camera stands in.
 struct SoGuiViewer::View {
     SbVec3f center;

@@ -46,7 +46,7 @@ struct LitCorner {
     SbColor color;
 };
 
-/// What all items of a drawing share while they are collected.
+/// The values that all items of a drawing share while they are collected.
 struct CollectRun {
     const CollectOptions& options;
     std::uint32_t order = 0;   ///< of the next facet

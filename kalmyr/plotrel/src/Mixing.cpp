@@ -301,7 +301,7 @@ private:
     {
         const PageBox box = boxOf(window);
         const bool full =
-            rest.size() > kMaxRest; // What more pieces would tell apart counts as seen.
+            rest.size() > kMaxRest; // differences that more pieces would show count as seen
         bool any = false;
         std::vector<Corners> left;
         for (Corners& piece : rest) {

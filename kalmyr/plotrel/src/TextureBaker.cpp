@@ -126,7 +126,7 @@ TextureBaker::TextureBaker(const SoRenderAppearance& look, const Levels& levels,
 {
 }
 
-/// What a unit makes of the current colour, by its mode or else by its texture's model.
+/// Returns the current colour as a unit changes it, by its mode or else by its texture's model.
 Texel TextureBaker::mix(std::size_t unit, const Texel& current, const Texel& texel,
                         const BakeLight& light) const
 {

@@ -24,7 +24,8 @@ struct Module {
     bool started = false; ///< by us; what the toolkit started itself is its own to finish
 };
 
-// What draws frees nothing when it is finished: its context serves whoever draws offscreen.
+// The rendering module frees nothing when it is finished: its context serves whoever draws
+// offscreen.
 std::vector<Module>& modules()
 {
     static std::vector<Module> known{

@@ -3,7 +3,7 @@
 #include <kalmyr/animation/SoRotor.h>
 #include <kalmyr/animation/SoShuttle.h>
 
-// What the module tool looks for in the library of an optional module.
+// The functions that the module tool looks up in the library of an optional module.
 
 extern "C" KALMYR_VISIBLE void kalmyrInitModule()
 {

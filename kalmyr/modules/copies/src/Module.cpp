@@ -2,7 +2,7 @@
 #include <kalmyr/copies/SoCopyDetail.h>
 #include <kalmyr/copies/SoMultipleCopy.h>
 
-// What the module tool looks for in the library of an optional module.
+// The functions that the module tool looks up in the library of an optional module.
 
 extern "C" KALMYR_VISIBLE void kalmyrInitModule()
 {

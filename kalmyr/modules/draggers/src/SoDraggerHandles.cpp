@@ -133,7 +133,7 @@ SoDragHandle* SoDragger::addBall(const Part& part)
 
 void SoDragger::addArrow(const Part& part, Knob knob, const SbVec3f& axis, bool bothSides)
 {
-    // What scales cannot be taken near the middle, where nothing moves.
+    // Handles that scale cannot be taken near the middle, where nothing moves.
     Part shaft = part;
     if (part.motion == SoDragHandle::SCALE_LINE)
         shaft.motion = SoDragHandle::NONE;

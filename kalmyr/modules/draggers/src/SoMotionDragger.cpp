@@ -284,7 +284,7 @@ bool SoMotionDragger::scaled(const SoDragHandle& handle, const SoDragPointer& po
     }
 }
 
-/// What a scale leaves where it is.
+/// Returns the fixed point of a scale.
 SbVec3f SoMotionDragger::fixedPoint(const SoDragPointer& pointer) const
 {
     return pointer.ctrl && m_translation ? pointer.opposite : m_start.fixedPoint();
@@ -318,8 +318,8 @@ bool SoMotionDragger::scaledEvenly(const SoDragPointer& pointer, Values& to) con
     return true;
 }
 
-/// What was taken stays under the pointer: a handle moves along the axis by the change of the scale
-/// times its own place on the axis.
+/// Keeps the point that was taken under the pointer: a handle moves along the axis by the change of
+/// the scale times its own place on the axis.
 bool SoMotionDragger::scaledAlong(const SoDragPointer& pointer, int axis, Values& to) const
 {
     const SbVec3f along = m_start.scaleAxis(axis);

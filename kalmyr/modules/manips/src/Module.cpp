@@ -9,7 +9,7 @@
 
 #include <iterator>
 
-// What the module tool looks for in the library of an optional module.
+// The functions that the module tool looks up in the library of an optional module.
 
 namespace {
 

@@ -68,8 +68,8 @@ private:
     std::vector<std::vector<SbBox3f>> m_levels; ///< boxes of kFan of the level before each
 };
 
-/// What makes many children, all with known bounds up to the last, measurable by those alone that
-/// changed: which these are, where they stand, and the box around all.
+/// The state by which many children, all with known bounds up to the last, are measured by those
+/// alone that changed: which these are, where they stand, and the box around all.
 struct BoundsRun {
     int first = 0;
     int numChildren = 0;

@@ -195,7 +195,7 @@ void SoAction::traverseChildren(const SoChildList& children)
             reportTail();
             return;
         }
-        // What comes after the path's next node has no effect on it.
+        // Children after the path's next node have no effect on it.
         int next;
         if (isOnPath(next) && next >= 0)
             last = next + 1;

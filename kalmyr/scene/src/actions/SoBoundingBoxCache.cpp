@@ -120,7 +120,7 @@ void SoBoundsUnion::flatten()
 
 void SoBoundsUnion::addTurned(const SbBox3f& box, const SbMatrix& matrix, bool isMass)
 {
-    // What holds most decides.
+    // The largest box decides.
     if (isMass && isAskew(matrix) && diagonal2(box, matrix) > diagonal2(m_bounds.box)) {
         turnTo(box, matrix);
         if (m_turned) {

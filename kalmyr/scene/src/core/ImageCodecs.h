@@ -5,7 +5,7 @@
 
 namespace kalmyr::detail {
 
-/// What a codec fills: plain C data, since the libraries leave by longjmp.
+/// The picture that a codec fills in: plain C data, since the libraries leave by longjmp.
 struct RawImage {
     int width = 0;
     int height = 0;

@@ -8,7 +8,8 @@ namespace {
 
 using Waiting = std::vector<const SoRefCounter*>;
 
-/// What is still to be let go by the outermost call of this thread; null when there is none.
+/// The objects that the outermost call of this thread still has to release; null when there is
+/// none.
 thread_local Waiting* t_waiting = nullptr;
 
 void releaseNow(const SoRefCounter* object, Waiting& waiting)

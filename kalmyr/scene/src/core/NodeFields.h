@@ -33,7 +33,7 @@ struct HeldPlace {
     int value = 0;
 };
 
-/// What is held at that place or behind it, moving the place on; null at the end.
+/// Returns the node at that place or the next one, moving the place on; null at the end.
 const SoFieldContainer* nextHeld(HeldPlace& place);
 
 } // namespace kalmyr::detail

@@ -136,7 +136,7 @@ bool SoField::connectFrom(SoField* master)
         master = kalmyr::detail::chooseMaster(master);
     if (!canFollow(master))
         return false;
-    // What both the old and the new connection keep alive must survive the change.
+    // Objects that both the old and the new connection keep alive must survive the change.
     SoFieldContainer* source = master->getContainer();
     if (source && source->computes(master))
         source->ref();
@@ -292,7 +292,8 @@ void SoField::pullFrom(const SoField* master)
     changeFlags(kPulling | kDirty, 0);
 }
 
-/// What this field's value is made of directly and is out of date, from number `next` on.
+/// Returns the first direct source of this field's value that is out of date, from number `next`
+/// on.
 const SoField* SoField::findStaleSource(int& next) const
 {
     const auto isStale = [](const SoField* field) {

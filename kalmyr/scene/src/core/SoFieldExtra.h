@@ -3,7 +3,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldConverter.h>
 
-/// What few fields have: listeners of their own and a connection.
+/// Holds the data that few fields have: listeners of their own and a connection.
 struct SoField::Extra {
     SoAuditorList auditors;
     SoField* master = nullptr;                     // Not owned; it tells us when it dies.

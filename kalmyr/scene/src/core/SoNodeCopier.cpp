@@ -109,7 +109,7 @@ void SoNodeCopier::connect()
     m_engines.clear();
 }
 
-/// What is connected already would be told of every further connection above.
+/// A field that is connected already would be notified of every further connection above.
 void SoNodeCopier::mastersFirst(std::vector<Connection>& connections)
 {
     std::unordered_map<const SoField*, std::size_t> places;

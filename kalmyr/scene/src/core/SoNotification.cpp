@@ -23,7 +23,7 @@ struct Input {
     SoField* field;   ///< null where it is not known, or died
 };
 
-/// What is told after the walk proper; in a fixed order, first come first served.
+/// The auditors that are notified after the walk proper; in a fixed order, first come first served.
 struct Deferred {
     std::vector<Follower> followers;
     std::vector<Input> inputs;

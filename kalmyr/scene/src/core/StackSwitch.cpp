@@ -19,7 +19,8 @@ namespace kalmyr::detail {
 
 namespace {
 
-/// What a recursion may take of a thread's own stack: little, for threads may have small ones.
+/// The share of a thread's own stack that a recursion may take: little, for threads may have small
+/// ones.
 constexpr std::ptrdiff_t kOwnStackShare = 256 * 1024;
 constexpr std::size_t kStackSize = 1024 * 1024;
 /// Left for what the innermost calls need (drivers, tessellators, callbacks of the host).

@@ -39,7 +39,7 @@ void SoElapsedTime::inputChanged(SoField* input)
             outputsChanged();
         return;
     }
-    // What passed so far passed under the old settings.
+    // The time so far passed under the old settings.
     advance();
     if (input == &reset || (input == &on && on.getValue()))
         m_elapsed = 0;

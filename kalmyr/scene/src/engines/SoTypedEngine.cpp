@@ -13,7 +13,7 @@ namespace {
 
 SoType s_type;
 
-/// What has to be known about a multiple-value type.
+/// The functions and types that belong to a multiple-value type.
 struct Operations {
     SoType multiple;
     SoType single;

@@ -221,7 +221,7 @@ SbRotation rotationOf(const AxisAngle& from)
     }
     double sine = std::sin(angle / 2);
     double cosine = std::cos(angle / 2);
-    // What is left of them at a half and a whole turn is the rounding of pi.
+    // Their values at a half and a whole turn are the rounding of pi.
     if (std::fabs(cosine) < 1.5e-16) {
         cosine = 0;
     } else if (cosine < 0 && std::fabs(sine) < 3e-16) {
@@ -242,7 +242,7 @@ int significantDigits(std::string_view number)
     return digits;
 }
 
-/// What a number means in a rotation, given its text.
+/// Returns the value that a number stands for in a rotation, given its text.
 double inRotation(std::string_view text, double value, bool& precise)
 {
     if (significantDigits(text) > kFloatDigits) {

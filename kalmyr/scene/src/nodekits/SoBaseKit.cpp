@@ -77,7 +77,7 @@ void SoBaseKit::makeDefaultParts(const SoNodekitCatalog& catalog)
     for (int part = 1; part < catalog.getNumEntries(); ++part) {
         const SoNode* present = getAnyPart(part);
         const bool wanted = !catalog.isNullByDefault(part);
-        // What the parent class made may not be what this class wants.
+        // Parts that the parent class made may not be of the type that this class wants.
         if (present && catalog.isLeaf(part)
             && (!wanted || present->getTypeId() != catalog.getDefaultType(part))) {
             arrange(part, nullptr);

@@ -1,4 +1,4 @@
-// What a node is called as a part: the way up from the node.
+// Finds the name of a node as a part: the way up from the node.
 
 #include <kalmyr/nodekits/SoBaseKit.h>
 

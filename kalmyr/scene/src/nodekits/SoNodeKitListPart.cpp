@@ -246,7 +246,7 @@ void SoNodeKitListPart::copyContents(const SoNode* from, SoNodeCopier& copier)
 
 bool SoNodeKitListPart::isFieldWritten(const SoField& field) const
 {
-    // What a kit says about its list is no news.
+    // A kit's notification about its list is no news.
     if (m_locked && (&field == &containerTypeName || &field == &childTypeNames))
         return false;
     return SoNode::isFieldWritten(field);

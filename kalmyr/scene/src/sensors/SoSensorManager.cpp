@@ -17,8 +17,8 @@
 using kalmyr::detail::HandOver;
 using kalmyr::detail::threadNumber;
 
-/// What waits for one thread. Guarded, all of them by one mutex: a sensor may pass from one to
-/// another.
+/// The sensors that wait for one thread. Guarded, all of them by one mutex: a sensor may pass from
+/// one to another.
 struct SoSensorQueues {
     using DelayKey = std::pair<std::uint32_t, std::uint64_t>; // priority, order of scheduling
     using TimerKey = std::pair<double, std::uint64_t>;        // time, order of scheduling

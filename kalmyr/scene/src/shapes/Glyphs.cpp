@@ -306,7 +306,7 @@ Font* openFont(Fonts& all, const std::pair<std::string, int>& file)
     return known.get();
 }
 
-/// What the system offers for a wish.
+/// The fonts that the system offers for a wish.
 class SystemChoice final : public FontChoice {
 public:
     explicit SystemChoice(const Wish& wish) : m_wish(wish)

@@ -44,7 +44,7 @@ struct NurbsSurfaceInput {
 /// multiplicity are creases. The face of a triangle is its patch between knots, row by row.
 void buildNurbsSurface(const NurbsSurfaceInput& input, SoGeometry& geometry);
 
-/// What the shapes of the state's coordinates have in their fields.
+/// The fields of the shapes whose control points are coordinates of the state.
 struct SurfaceFields {
     std::span<const std::int32_t> indices, textureIndices;
     int numU = 0, numV = 0, numS = 0, numT = 0;

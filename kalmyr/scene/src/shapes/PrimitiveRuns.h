@@ -75,7 +75,8 @@ struct PrimitiveRuns {
         }
     }
 
-    /// What PER_PART counts: faces of a fixed size, segments and points one by one, else runs.
+    /// The parts that PER_PART counts: faces of a fixed size, segments and points one by one, else
+    /// runs.
     bool countsParts() const { return rule == FIXED || rule == SEGMENTS || rule == POINTS; }
 
 private:

@@ -4,7 +4,8 @@
 
 namespace kalmyr::detail {
 
-/// What every shape does in bounding box, pick, callback and primitive count actions.
+/// Registers the methods of every shape for bounding box, pick, callback and primitive count
+/// actions.
 void addShapeMethods(SoType shapeType);
 /// More for a type whose geometry has a size in pixels: its box, which depends on the view, is not
 /// kept.

@@ -8,7 +8,7 @@
 
 namespace kalmyr::detail {
 
-/// What makes two simple shapes look the same.
+/// The values by which two simple shapes look the same.
 struct SharedKey {
     enum Kind { CUBE, SPHERE, CONE, CYLINDER };
     Kind kind = CUBE;

@@ -62,7 +62,7 @@ std::uint64_t extrasKey(SoState* state)
 
 SoRef<SoGeometry> withPlanes(const SoRef<SoGeometry>& geometry, SoState* state)
 {
-    // What has a size in pixels brings its own picture.
+    // Shapes with a size in pixels bring their own picture.
     if (!geometry || geometry->isSizedInPixels())
         return geometry;
     const auto& sets = state->get<SoTextureCoordinateSetsElement>().value();

@@ -14,7 +14,8 @@ namespace kalmyr::detail {
 /// An outline runs counter-clockwise around what is kept and clockwise around holes. The grid is
 /// halved again and again while outlines pass through a part of it (W. Sutherland and G. Hodgman,
 /// "Reentrant polygon clipping"); single cells that they pass through are cut by the tessellator.
-/// What crosses a line of the grid is a corner on both sides of it, so nothing opens there.
+/// An outline that crosses a line of the grid has a corner on both sides of it, so nothing opens
+/// there.
 class TrimmedGrid {
 public:
     /// Lines from 0 to 1, rising.

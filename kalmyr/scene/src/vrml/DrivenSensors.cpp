@@ -1,4 +1,4 @@
-// What the sensors of the pointer and of the viewer make of events.
+// Drives the sensors of the pointer and of the viewer by events.
 #include <kalmyr/vrml/SoVRMLSensors.h>
 
 #include <kalmyr/actions/SoHandleEventAction.h>

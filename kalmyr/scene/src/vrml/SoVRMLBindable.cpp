@@ -120,7 +120,7 @@ void take(const SoVRMLBindable* node)
     std::erase_if(stacks().nodes, [node](const Stacked& one) { return one.node == node; });
 }
 
-/// What a thread bound in its own graphs is found by all from now on.
+/// Lets all threads find the nodes that this one bound in its own graphs.
 void handOverStacks(kalmyr::detail::HandOver)
 {
     const std::scoped_lock lock(stacks().mutex);
@@ -264,7 +264,7 @@ SoVRMLBindable::~SoVRMLBindable()
     if (!m_isStacked)
         return;
     take(this);
-    // What is bound next cannot be told while this one goes.
+    // The node that is bound next cannot be told while this one goes.
     if (isBound.getValue() && !Visible(SoType()).nodes().empty())
         new SettleLater;
 }

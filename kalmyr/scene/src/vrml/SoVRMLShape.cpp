@@ -18,7 +18,7 @@ SoLightModelValue unlit()
     return {SoLightModelValue::BASE_COLOR};
 }
 
-/// What a shape looks like before its appearance says otherwise.
+/// Sets the look of a shape before its appearance says otherwise.
 void setPlainLook(SoState* state, const SoNode* shape)
 {
     if (SoOverrideElement::maySet(state, shape, SoOverrideElement::LIGHT_MODEL))

@@ -28,8 +28,8 @@ public:
     static SbString getDirName(const SbString& path);
     /// The file part.
     static SbString getBaseName(const SbString& path);
-    /// What follows the last dot of the file part; empty without one, and for names that only begin
-    /// with a dot.
+    /// Returns the text behind the last dot of the file part; empty without one, and for names that
+    /// only begin with a dot.
     static SbString getExtension(const SbString& path);
     /// With `/` for every separator of the system.
     static SbString toUnixPath(const SbString& path);

@@ -15,7 +15,7 @@ class SbVec {
 
 public:
     using Value = T;
-    /// What lengths are measured in: double for doubles, float for everything else.
+    /// The type in which lengths are measured: double for doubles, float for everything else.
     using Real = std::conditional_t<std::is_same_v<T, double>, double, float>;
     static constexpr int kSize = N;
 

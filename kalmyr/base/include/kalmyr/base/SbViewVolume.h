@@ -10,10 +10,10 @@
 
 #include <array>
 
-/// What a camera sees: a box (orthographic) or a truncated pyramid (perspective) in space.
-/// Kept in double, so that small windows far away stay exact. A new volume is the cube from -1 to 1
-/// seen along -z. "Normalised" screen positions run from 0 0 (lower left) to 1 1; depth from 0
-/// (near) to 1 (far).
+/// The space that a camera sees: a box (orthographic) or a truncated pyramid (perspective) in
+/// space. Kept in double, so that small windows far away stay exact. A new volume is the cube from
+/// -1 to 1 seen along -z. "Normalised" screen positions run from 0 0 (lower left) to 1 1; depth
+/// from 0 (near) to 1 (far).
 class SbViewVolume {
 public:
     enum ProjectionType { ORTHOGRAPHIC = 0, PERSPECTIVE = 1 };

@@ -64,7 +64,7 @@ public:
     const SbString& getDebugString() const { return m_text; }
     /// The class: "SoError", "SoDebugError" and so on.
     virtual const char* getTypeName() const;
-    /// What the default handler prints, without the line end.
+    /// Returns the text that the default handler prints, without the line end.
     virtual SbString getPrintedText() const;
 
 protected:

@@ -4,7 +4,7 @@
 
 /// A critical error that knows the calls that led to it: the program's own state is no longer what
 /// the toolkit relies on (an object released once too often, a state that a node left in disorder).
-/// What a file, a user or a refused call brings about is none; see SoReadError and SoDebugError.
+/// Not for faults of a file, of a user or of a refused call; see SoReadError and SoDebugError.
 ///
 /// Only errors posted here reach this class's handler; plain SoError and SoDebugError posts never
 /// do. Calls are recorded while the preference KMR_DEBUG_STACKERROR is true, else the stack is

@@ -71,7 +71,7 @@ protected:
     void stopAnimation() override;
 
 private:
-    /// What is under the pointer, as long as nobody else moves it or the camera.
+    /// The point under the pointer, as long as nobody else moves it or the camera.
     struct Anchor;
     /// How fast the pointer moves.
     class Motion;

@@ -138,7 +138,7 @@ protected:
     /// Pointer and keys in viewing mode; true when used. The base knows seeking and the keys that
     /// fly.
     virtual bool processViewingEvent(const SoEvent* event);
-    /// What is left of navigation in picking mode, for events that the scene does not handle.
+    /// Navigates as far as picking mode allows, by events that the scene does not handle.
     virtual bool processPickingEvent(const SoEvent*) { return false; }
     /// Whether a drag that moves the camera is under way, so that events go to it before the scene.
     virtual bool isDragging() const { return false; }
@@ -219,7 +219,7 @@ private:
     /// Change id of the own camera as it was placed before the size of the window or the content of
     /// the scene was known; 0 when its place is final.
     std::uint64_t m_placedProvisionally = 0;
-    /// What the planes were adjusted for.
+    /// The state that the planes were adjusted for.
     struct Adjusted {
         std::uint64_t root = 0;
         SbVec2i32 size{0, 0};

@@ -37,7 +37,7 @@ public:
     /// show it, and has them redrawn. Null: nothing.
     static void setOutlined(const SoPath* path, int from = 0);
 
-    /// What is outlined: a path of which the nodes from number `from` on count, which may stand
+    /// The path that is outlined, of which the nodes from number `from` on count, which may stand
     /// anywhere in the scenes. Null without.
     static const SoPath* getOutlined(int& from);
 

@@ -5,7 +5,7 @@
 
 class SoSceneManager;
 
-/// What every render area is at least: the holder of a scene manager.
+/// Base of all render areas: holds a scene manager.
 class KALMYRGUI_API SoRenderAreaCore : public SoFieldContainer {
 public:
     static SoType getClassTypeId();

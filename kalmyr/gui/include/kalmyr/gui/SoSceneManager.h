@@ -38,7 +38,7 @@ public:
     void setViewportRegion(const SbViewportRegion& region);
     const SbViewportRegion& getViewportRegion() const;
 
-    /// What is shown of the shapes; see the action.
+    /// Sets the draw style in which shapes are shown; see the action.
     void setDrawStyle(SoGLRenderAction::DrawStyle style);
     SoGLRenderAction::DrawStyle getDrawStyle() const;
     void setStereo(const SoGLRenderAction::Stereo& stereo);

@@ -61,7 +61,7 @@ public:
     /// Asks for a redraw with the next pass of the event loop; several are one.
     void scheduleRedraw();
     /// Draws now, whether or not the widget is visible, and returns whether the scene was drawn.
-    /// What was scheduled is thereby done. A visible widget shows it with the next repaint.
+    /// Also serves a redraw that was scheduled. A visible widget shows it with the next repaint.
     bool redraw();
     /// Number of times that the scene was drawn.
     std::uint64_t getFrameCount() const;

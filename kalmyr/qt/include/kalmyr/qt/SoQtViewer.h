@@ -21,7 +21,7 @@ public:
         BUILD_POPUP = 2,      ///< the menu on the right mouse button
         BUILD_ALL = 3
     };
-    /// What the viewer is for.
+    /// The purpose of the viewer.
     enum Type {
         BROWSER ///< looking at a scene: a camera of the viewer's own stands outside the given scene
     };

@@ -16,7 +16,7 @@ class SoChildList;
 class SoNode;
 class SoPath;
 
-/// What an action class does at a node.
+/// The method of an action class at a node.
 using SoActionMethod = void (*)(SoAction* action, SoNode* node);
 
 /// Method table of one action class, indexed by node type. A type without an entry of its own uses

@@ -80,7 +80,7 @@ private:
     std::unique_ptr<Turned> m_turned; ///< null mostly
 };
 
-/// What a separator remembers of the bounds of its content, in the separator's own space.
+/// Keeps the bounds of a separator's content, in the separator's own space.
 ///
 /// Valid while neither the separator, nor anything below it, nor any state element that sizes of
 /// shapes depend on has changed. Kept by the separator; filled by the bounding box action.

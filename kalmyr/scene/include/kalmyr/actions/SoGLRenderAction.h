@@ -74,7 +74,7 @@ public:
         NO_TRANSPARENCY = 13
     };
 
-    /// What is shown of the shapes, whatever the scene says of their look.
+    /// The way in which shapes are shown, whatever the scene says of their look.
     enum DrawStyle : int {
         AS_IS,
         NO_TEXTURE,

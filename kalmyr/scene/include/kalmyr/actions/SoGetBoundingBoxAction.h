@@ -73,7 +73,7 @@ private:
         bool cacheable = true;
         bool ownView = false;
     };
-    /// What the separator that was left last came to.
+    /// The bounds of the separator that was left last.
     struct Closed {
         const SoNode* node = nullptr; ///< null when its bounds are not to be remembered
         SoBounds bounds;

@@ -42,8 +42,8 @@ public:
     SoNode* getPickRoot() const { return m_pickRoot.get(); }
     void setPickRadius(float pixels);
 
-    /// What lies under the event's position. Found at the first call for the event, then kept;
-    /// null when nothing.
+    /// Returns the point under the event's position. Found at the first call for the event, then
+    /// kept; null when nothing.
     const SoPickedPoint* getPickedPoint();
     /// All of it, nearest first.
     const std::vector<SoPickedPoint>& getPickedPoints();

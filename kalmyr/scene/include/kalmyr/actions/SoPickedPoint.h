@@ -40,8 +40,8 @@ public:
 
     /// Face, line or point that was hit; null when the shape tells none.
     const SoDetail* getDetail() const { return m_detail.get(); }
-    /// What a node on the path tells of the way through it, such as which of its copies was hit;
-    /// null when it tells nothing. For the shape and for null the same as above.
+    /// Returns the detail of a node on the path about the way through it, such as which of its
+    /// copies was hit; null when it tells nothing. For the shape and for null the same as above.
     const SoDetail* getDetail(const SoNode* node) const;
 
     /// For shapes.

@@ -24,7 +24,7 @@ class KALMYR_API SoSearchAction : public SoAction {
 public:
     static constexpr std::size_t kMaxPaths = 5'000'000;
 
-    /// What must agree; combined by |.
+    /// The criteria that must agree; combined by |.
     enum Find : unsigned { NODE = 1, TYPE = 2, NAME = 4 };
     enum Interest { FIRST, LAST, ALL };
 
@@ -70,7 +70,7 @@ public:
     void check(SoNode* node);
     void searchBelow(SoNode* node);
     void searchFields(SoNode* node);
-    /// What is found below the node that is visited depends on where it stands.
+    /// Notes that the nodes found below the one visited depend on where it stands.
     void dependsOnPlace() { ++m_numPlaceBound; }
 
 protected:

@@ -10,7 +10,7 @@ class SoNotification;
 /// Somebody who wants to hear when a base object or a field changes or dies.
 class KALMYR_API SoAuditor {
 public:
-    /// What kind of object listens; the numbers are part of the interface.
+    /// The kind of the object that listens; the numbers are part of the interface.
     enum Type : std::uint8_t {
         SENSOR = 0,    ///< a data sensor
         CONTAINER = 1, ///< the field container that owns the audited field

@@ -30,7 +30,7 @@ struct TextFault;
 /// Everything that changes a field needs the write lock.
 class KALMYR_API SoField : public SoAuditor {
 public:
-    /// What part a field plays; three bits, the numbers are part of the interface (4, 5, 7 free).
+    /// The role of a field; three bits, the numbers are part of the interface (4, 5, 7 free).
     enum FieldType : std::uint8_t {
         ORDINARY = 0,
         EVENT_IN = 1,  ///< carries no value

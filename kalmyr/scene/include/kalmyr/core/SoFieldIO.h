@@ -10,7 +10,8 @@ class SoEngine;
 class SoNode;
 class SoPath;
 
-/// What a field reads its value from: the tokenizer, and, for node values, whoever can read nodes.
+/// The source from which a field reads its value: the tokenizer, and, for node values, whoever can
+/// read nodes.
 class KALMYR_API SoFieldReader {
 public:
     explicit SoFieldReader(SoTokenizer& tokens) : text(tokens) {}
@@ -22,8 +23,8 @@ public:
     /// The same for an engine.
     virtual bool readEngine(SoEngine*& engine);
 
-    /// What was read from offset `at` on is not taken. Readers of scenes report it and go on (true),
-    /// the plain reader fails.
+    /// Leaves out the value that was read from offset `at` on. Readers of scenes report it and go
+    /// on (true), the plain reader fails.
     virtual bool leaveOut(std::size_t at, const SbString& why);
 
     SoTokenizer& text;

@@ -8,8 +8,9 @@
 
 class SoNode;
 
-/// What a file says of a node and the node's class does not know: fields of later versions of a
-/// language, or of another program. Kept as text beside the node, so that it is written back.
+/// Holds the fields of a node in a file that the node's class does not know: those of later
+/// versions of a language, or of another program. Kept as text beside the node, so that it is
+/// written back.
 class KALMYR_API SoForeignFields {
 public:
     struct Entry {

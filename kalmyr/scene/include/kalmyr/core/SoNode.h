@@ -12,7 +12,7 @@ class SoNodeCopier;
 
 /// Anything that can stand in a scene graph.
 ///
-/// What an action does at a node is found in the action's method table by node type; the usual
+/// The method of an action at a node is found in the action's method table by node type; the usual
 /// entry calls doAction(), where property nodes set state elements and groups pass on to their
 /// children.
 class KALMYR_API SoNode : public SoFieldContainer {

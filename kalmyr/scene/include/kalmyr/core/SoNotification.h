@@ -23,7 +23,7 @@ class SoNode;
 /// So a graph that nobody looks at is built in a time that does not depend on its depth.
 class KALMYR_API SoNotification {
 public:
-    /// What happened; the numbers are part of the interface.
+    /// The kind of the change; the numbers are part of the interface.
     enum Kind : std::uint8_t {
         UNSPECIFIED = 0, ///< a field value, or touch()
         CHILD_ADDED = 1, ///< appended as last child

@@ -21,7 +21,7 @@ public:
     }
 };
 
-/// What is known of the faces that follow; numbers as in scene files.
+/// The properties of the faces that follow; numbers as in scene files.
 struct SoShapeHintsValues {
     enum VertexOrdering { UNKNOWN_ORDERING = 0, CLOCKWISE = 1, COUNTERCLOCKWISE = 2 };
     enum ShapeType { UNKNOWN_SHAPE_TYPE = 0, SOLID = 1 };

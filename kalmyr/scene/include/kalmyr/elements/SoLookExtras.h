@@ -33,10 +33,10 @@ struct SoProgramValues {
     std::string name; ///< of the node, for messages
 };
 
-/// What few looks have. Copied from the state, never changed afterwards.
+/// Holds the settings that few looks have. Copied from the state, never changed afterwards.
 struct SoLookExtras {
     enum DepthFunction { NEVER, ALWAYS, LESS, LEQUAL, EQUAL, GEQUAL, GREATER, NOTEQUAL };
-    /// What an offset applies to, as bits.
+    /// The primitives that an offset applies to, as bits.
     enum OffsetStyle { OFFSET_FILLED = 1, OFFSET_LINES = 2, OFFSET_POINTS = 4 };
 
     std::vector<SoTextureStage> stages; ///< by unit

@@ -51,7 +51,7 @@ struct SoTextureStage {
         NUM_MODES
     };
     enum Source { CURRENT, DIFFUSE, SPECULAR, FACTOR };
-    /// What is done to the result.
+    /// The function that is applied to the result.
     enum Function { NONE, COMPLEMENT, ALPHAREPLICATE };
     /// Where the coordinates come from: the geometry, or the direction of view on the surface.
     enum Coordinates { GIVEN, SPHERE, REFLECTION };

@@ -7,7 +7,8 @@
 
 class SoCamera;
 
-/// What the camera sees: view volume in world space, viewing (world to eye) and projection matrix.
+/// The view of the camera: view volume in world space, viewing (world to eye) and projection
+/// matrix.
 struct SoView {
     bool valid = false; ///< false before any camera
     SbViewVolume volume;

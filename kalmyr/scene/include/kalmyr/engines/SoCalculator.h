@@ -42,8 +42,8 @@ public:
 
     void notify(SoNotification& notification) override;
 
-    /// What is wrong with the expression, with the place: "expected ')' at character 7"; empty when
-    /// nothing is.
+    /// Returns the fault of the expression, with the place: "expected ')' at character 7"; empty
+    /// when there is none.
     const SbString& getFault() const { return m_fault; }
 
 protected:

@@ -7,7 +7,7 @@ class KALMYR_API SoMouseWheelEvent final : public SoEvent {
     SO_EVENT_HEADER(SoMouseWheelEvent)
 
 public:
-    /// What a usual wheel reports for one notch.
+    /// The delta that a usual wheel reports for one notch.
     static constexpr int kNotch = 120;
 
     /// Positive when turned away from the user; kNotch per notch.

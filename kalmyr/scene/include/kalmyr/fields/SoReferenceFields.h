@@ -11,7 +11,7 @@
 
 class SoNodeCopier;
 
-/// What fields have in common that hold objects, or none, with a reference. The objects are shared,
+/// Base of fields that hold objects, or none, with a reference. The objects are shared,
 /// not copied. Derived says by static functions when two are the same value (`isSameObject`), and
 /// how one is read and written (`readObject`, `writeObject`).
 template <class Derived, class T>

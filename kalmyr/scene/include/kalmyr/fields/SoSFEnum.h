@@ -34,7 +34,7 @@ KALMYR_API void writeBitMask(std::string& out, std::span<const SoEnumEntry> enum
 
 } // namespace kalmyr
 
-/// What single-value fields with named values have in common: their table of names.
+/// Base of single-value fields with named values: their table of names.
 template <class Derived>
 class SoNamedValue : public SoSFValue<Derived, int> {
 public:

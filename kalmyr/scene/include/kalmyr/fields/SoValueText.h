@@ -136,7 +136,7 @@ void writeText(std::string& out, const SbBox<T, N>& value)
     writeText(out, value.getMax());
 }
 
-/// What a value type is made of, for types that are a plain array of numbers.
+/// The number type and count of a value type, for types that are a plain array of numbers.
 template <class T>
 struct NumberLayout {
     using Number = void;

@@ -14,7 +14,7 @@
 namespace kalmyr::detail {
 class SceneReader;
 class SceneText;
-}
+} // namespace kalmyr::detail
 
 /// Scene text from a file, from memory, or compressed by gzip from either.
 ///
@@ -23,7 +23,7 @@ class SceneText;
 /// file that names them, then from the search directories.
 class KALMYR_API SoInput {
 public:
-    /// What the first line says.
+    /// The format that the first line names.
     enum Format { UNKNOWN_FORMAT = 0, KALMYR_ASCII, KALMYR_BINARY, VRML1, VRML2 };
 
     /// Text beyond this size, also after inflating, is refused (bytes).

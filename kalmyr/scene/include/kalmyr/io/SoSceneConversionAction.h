@@ -61,7 +61,7 @@ protected:
     virtual SoNode* makeLight(const SoNode* light) = 0;
     /// `folder`: that a relative url starts from.
     virtual SoNode* makeInline(const SbString& url, const SbString& folder, SoNode* content) = 0;
-    /// What stands for a node that is none of these; null for nothing.
+    /// Returns the node that stands for one that is none of these; null for nothing.
     virtual SoNode* makeOther(SoNode*) { return nullptr; }
     /// A node that the format has as it is; null for others.
     virtual SoNode* takeOver(SoNode*) { return nullptr; }

@@ -39,7 +39,7 @@ public:
     bool hasDeclaration() const { return m_declared; }
     void setDeclaration(bool on) { m_declared = on; }
 
-    /// What stands between the braces, when it is kept as text.
+    /// Returns the text between the braces, when it is kept as text.
     const std::string& getBody() const { return m_body; }
     void setBody(std::string body) { m_body = std::move(body); }
 

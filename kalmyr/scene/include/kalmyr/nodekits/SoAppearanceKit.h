@@ -2,7 +2,7 @@
 
 #include <kalmyr/nodekits/SoBaseKit.h>
 
-/// What shapes look like: material, light model, drawing style, texture and font in one node.
+/// Holds the look of shapes in one node: material, light model, drawing style, texture and font.
 ///
 /// Nothing is there at first; what is there affects what follows the kit.
 class KALMYR_API SoAppearanceKit : public SoBaseKit {

@@ -92,7 +92,7 @@ protected:
 
     /// Last statement of a kit's constructor, by way of SO_KIT_MAKE_PARTS().
     void makeDefaultParts(const SoNodekitCatalog& catalog);
-    /// What else a kit asks of a part; the type is right already.
+    /// Returns whether a kit accepts a node as a part; the type is right already.
     virtual bool acceptsPart(int, const SoNode*) const { return true; }
     /// The part whatever its kind; null when it is not there.
     SoNode* getAnyPart(int part) const;

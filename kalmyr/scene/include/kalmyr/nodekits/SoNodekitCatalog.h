@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-/// What parts the instances of a class of node kits may have, and where they hang.
+/// Lists the parts that the instances of a class of node kits may have, and where they hang.
 ///
 /// The parts form a tree. The first is "this", the kit itself; every other part hangs below another
 /// one, to the left of its right sibling. A part with parts below it is a group that the kit makes
@@ -31,10 +31,10 @@ public:
     /// parent number -1, and is neither public nor anything else. Other numbers out of range get
     /// the same answers, with an error posted.
     const SbName& getName(int part) const;
-    /// What a node must be to stand there.
+    /// Returns the type that a node must have to stand there.
     SoType getType(int part) const;
     SoType getType(const SbName& name) const { return getType(getPartNumber(name)); }
-    /// What the kit makes when the part is asked for.
+    /// Returns the type that the kit makes when the part is asked for.
     SoType getDefaultType(int part) const;
     SoType getDefaultType(const SbName& name) const { return getDefaultType(getPartNumber(name)); }
     /// False when a new kit has the part from the beginning.

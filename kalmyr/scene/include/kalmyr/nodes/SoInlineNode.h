@@ -7,7 +7,7 @@
 
 class SoNodeCopier;
 
-/// What the nodes that show the content of another file have in common. No type of its own.
+/// Base of the nodes that show the content of another file. No type of its own.
 ///
 /// The first child stands for the box that is known before the content is; the content, when there
 /// is one, comes second. Children are not written with the scene.

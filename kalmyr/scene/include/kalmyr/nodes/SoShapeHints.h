@@ -5,7 +5,8 @@
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
-/// What may be taken for granted of the faces that follow, and from which angle edges are sharp.
+/// Says which properties of the faces that follow may be taken for granted, and from which angle
+/// edges are sharp.
 class KALMYR_API SoShapeHints : public SoNode {
     SO_NODE_HEADER(SoShapeHints)
 

@@ -29,7 +29,7 @@ public:
     SoSFEnum model;
     SoSFColor blendColor;
 
-    /// What the node shows now, as a volume; a null image when there is nothing.
+    /// Returns the pictures that the node shows now, as a volume; a null image when there are none.
     const SbImage& getPictures();
     /// The folder in which relative file names are looked for; set by readers of scene files.
     void setDirectory(const SbString& directory);

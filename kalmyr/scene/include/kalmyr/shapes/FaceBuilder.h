@@ -43,7 +43,7 @@ struct MoreValues {
     std::span<const float> values;
 };
 
-/// What all kinds of vertex shapes are built from. The arrays are the caller's.
+/// The input from which all kinds of vertex shapes are built. The arrays are the caller's.
 struct VertexInput {
     const SoNode* node = nullptr; ///< named in warnings
     std::span<const SbVec3f> positions;

@@ -7,7 +7,7 @@
 
 namespace kalmyr {
 
-/// What the fields of a shape and the state say of its faces, lines or points: the geometry is
+/// The faces, lines or points of a shape as its fields and the state have them: the geometry is
 /// built from it, and the details of picks are numbered by it.
 ///
 /// Spans point to fields, to the state and to the lists below, and are valid while the source is

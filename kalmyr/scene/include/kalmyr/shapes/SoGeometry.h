@@ -23,16 +23,16 @@ class PrimitiveIndex;
 }
 } // namespace kalmyr
 
-/// What a shape looks like as triangles, line segments and points: the one form that rendering,
+/// The form of a shape as triangles, line segments and points: the one that rendering,
 /// picking, bounding boxes, counting and export share.
 ///
 /// Immutable once built, in object space, reference counted. Vertices are unique combinations of
 /// position, normal, texture coordinate and colour, indexed by the three primitive lists.
 ///
-/// What has a size in pixels (pictures, markers, text that faces the screen) has an offset on the
-/// screen for each vertex: the vertex stands that many pixels right of and above the place where
-/// its position is seen, at the position's depth. The place is taken to the lower left corner of
-/// its pixel, so that whole offsets give whole pixels, and equal positions stay together. Clip
+/// A shape with a size in pixels (a picture, markers, text that faces the screen) has an offset on
+/// the screen for each vertex: the vertex stands that many pixels right of and above the place
+/// where its position is seen, at the position's depth. The place is taken to the lower left corner
+/// of its pixel, so that whole offsets give whole pixels, and equal positions stay together. Clip
 /// planes and fog take the position. Such geometry has no normals: it is drawn unlit.
 class KALMYR_API SoGeometry final : public SoRefCounter {
 public:
@@ -49,7 +49,7 @@ public:
     std::vector<std::int32_t> triangleFaces; ///< face of each triangle; empty: the triangle's index
     /// Number of each segment and point among those of the shape; empty: none is left out.
     std::vector<std::int32_t> lineNumbers, pointNumbers;
-    /// What few shapes have, per vertex.
+    /// Holds the values per vertex that few shapes have.
     struct Extras {
         /// Texture coordinates s, t, r, q of a unit; where they are the first unit's, `texCoords`
         /// has the same without r.
@@ -93,7 +93,8 @@ public:
     /// Search tree over the triangles, built on first use.
     const kalmyr::TriangleTree& getTriangleTree() const;
 
-    /// What finds faces, segments and points in the shape's indices; null before the first use.
+    /// Returns the index that finds faces, segments and points in the lists of the shape; null
+    /// before the first use.
     const kalmyr::detail::PrimitiveIndex* getPrimitiveIndex() const;
     /// Keeps it and returns it; of two threads the first one's counts.
     const kalmyr::detail::PrimitiveIndex*

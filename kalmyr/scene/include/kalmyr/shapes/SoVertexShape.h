@@ -20,7 +20,7 @@ protected:
     SoVertexShape();
     ~SoVertexShape() override;
 
-    /// What of the vertex data a shape makes use of.
+    /// The parts of the vertex data that a shape uses.
     struct Indices {
         std::span<const std::int32_t> material;
         std::span<const std::int32_t> normal;

@@ -24,7 +24,7 @@ public:
 
     /// The bound node of that type in the world of `node`; null when none is.
     static SoVRMLBindable* getBound(const SoNode* node, SoType type);
-    /// What viewers call for a world that they begin to show: binds the first node of each type of
+    /// Called by viewers for a world that they begin to show: binds the first node of each type of
     /// which none is bound yet. Nodes of inlined files come after
     /// others, those that switches do not show last.
     static void bindFirst(SoNode* world);

@@ -26,7 +26,7 @@
 /// "longitude_first" and "easting_first" turn the order. Elevations count from the ellipsoid; a
 /// geoid is passed over.
 ///
-/// What is drawn lies in metres from the `geoOrigin`, or from the earth's centre without one, along
+/// Shapes lie in metres from the `geoOrigin`, or from the earth's centre without one, along
 /// the axes of the earth: x to the equator at longitude 0, z to the north pole. Computed in double
 /// before the origin is taken off. With `rotateYUp` of the origin x is east, y up and z south
 /// there. A place that cannot be read is reported once, and what needs it is not drawn.

@@ -14,7 +14,8 @@ class SoState;
 
 /// Base of the VRML97 groups. `children` and the group's child list are one: either side edits it.
 ///
-/// What the children set ends with the group. The box of its content is kept as in a separator.
+/// State that the children set ends with the group. The box of its content is kept as in a
+/// separator.
 class KALMYR_API SoVRMLParent : public SoGroup {
     SO_NODE_HEADER(SoVRMLParent)
 
@@ -43,7 +44,7 @@ protected:
     bool noteChange(const SoNotification& notification) override;
     ~SoVRMLParent() override;
     SoVRMLParent();
-    /// What a concrete group does to the state of its children.
+    /// Sets the state of the children, as the concrete group wants it.
     virtual void setState(SoState*) {}
 
 private:

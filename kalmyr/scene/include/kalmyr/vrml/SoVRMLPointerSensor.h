@@ -8,7 +8,7 @@
 
 class SoHandleEventAction;
 
-/// What the sensors of the pointer have in common: they follow the pointer over the shapes of the
+/// Base of the sensors of the pointer, which follow the pointer over the shapes of the
 /// group that holds them, and take all events from a press of the first button to its release.
 ///
 /// Driven by the events that the scene is offered. Of several sensors above a shape those of the

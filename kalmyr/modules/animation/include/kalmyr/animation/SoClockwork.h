@@ -8,7 +8,7 @@
 
 namespace kalmyr::detail {
 
-/// What moves a node in real time: calls it with the seconds that passed since the last call. It
+/// Moves a node in real time: calls it with the seconds that passed since the last call. It
 /// listens to the clock only while it is switched on, so that a node that stands still costs
 /// nothing.
 class KALMYR_VISIBLE Clockwork {

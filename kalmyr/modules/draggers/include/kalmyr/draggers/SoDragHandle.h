@@ -15,7 +15,7 @@ class KALMYR_VISIBLE SoDragHandle final : public SoGroup {
     SO_NODE_HEADER(SoDragHandle)
 
 public:
-    /// What the handle does to the dragger.
+    /// The motion that the handle gives the dragger.
     enum Motion {
         NONE,          ///< it is only looked at
         MOVE_LINE,     ///< along `axis`

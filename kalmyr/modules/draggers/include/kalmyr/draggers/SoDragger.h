@@ -78,8 +78,8 @@ protected:
     virtual void begin(const SoDragHandle& handle, const SoDragPointer& pointer) = 0;
     /// The pointer moved: the fields follow, always in relation to begin().
     virtual void follow(const SoDragHandle& handle, const SoDragPointer& pointer) = 0;
-    /// What leads from a handle's coordinates to the dragger's own space, for those that change
-    /// their form with a field.
+    /// Returns the matrix from a handle's coordinates to the dragger's own space, for those that
+    /// change their form with a field.
     virtual SbMatrix getHandleSpace(const SoDragHandle&) const { return SbMatrix::identity(); }
     /// Whether the handles stand on a ball about the origin rather than on a box.
     virtual bool isRound() const { return false; }

@@ -39,8 +39,8 @@ private:
     SbBox3f surrounded() const;
 
     mutable kalmyr::detail::ManipDragger m_manip;
-    // What is transformed, measured anew when something in the group has changed; several threads
-    // may traverse at once.
+    // The bounds of the nodes that are transformed, measured anew when something in the group has
+    // changed; several threads may traverse at once.
     mutable std::mutex m_mutex;
     const SoNode* m_parent = nullptr; // Not owned; only compared.
     std::uint64_t m_parentId = 0;
