@@ -208,4 +208,21 @@ TEST_F(ReaderTest, TakesLinearTime)
                           + repeat("eventIn SFBool a% eventOut SFBool b% ") + "} "
                           + repeat("ROUTE S.b% TO S.a%\n")),
               1);
+    // Unknown nodes in each other that cannot be taken apart, at any level, and many more levels
+    // than are nodes.
+    auto warnings = support::expectErrors();
+    const std::string filling = "\"" + std::string(kCount * 30, 'x') + "\"";
+    for (const auto& [vrml, open, close] :
+         {std::tuple(header, "U { f ", " 5 }"), std::tuple(header, "U { f ", " }"),
+          std::tuple(std::string("#VRML V1.0 ascii\n"), "U { ", " }")}) {
+        for (const int levels : {5000, 20 * kCount}) {
+            std::string scene = vrml;
+            for (int i = 0; i < levels; ++i)
+                scene += open;
+            scene += filling;
+            for (int i = 0; i < levels; ++i)
+                scene += close;
+            EXPECT_TRUE(io::read(scene)) << open << close;
+        }
+    }
 }

@@ -135,20 +135,27 @@ bool SceneText::takeOddName(std::string_view& name)
     return size > 0;
 }
 
-bool SceneText::skipBlock(char open, bool keepNames, std::string_view* inside)
+bool SceneText::skipBlock(char open, bool keepNames, std::vector<Block>* blocks)
 {
     if (!m_text.expect(open))
         return false;
-    const char* begin = m_text.getText() + m_text.getOffset();
     const char* end = m_text.getText() + m_text.getSize();
-    const char* at = begin;
-    const char* report = begin;
+    const char* at = m_text.getText() + m_text.getOffset();
+    const char* report = at;
+    const auto place = [&] { return static_cast<std::size_t>(at - m_text.getText()); };
+    std::vector<std::size_t> opened; // numbers of blocks that are not closed yet
+    const auto openBlock = [&](std::size_t offset) {
+        opened.push_back(blocks->size());
+        blocks->push_back({offset, 0});
+    };
+    if (blocks && open == '{')
+        openBlock(place() - 1);
     std::string closing(1, open == '{' ? '}' : ']');
     bool afterDef = false;
     while (at < end && !closing.empty()) {
         if (at >= report) {
             report = at + std::min(SoTokenizer::kProgressStep, static_cast<std::size_t>(end - at));
-            m_text.setOffset(static_cast<std::size_t>(at - m_text.getText()));
+            m_text.setOffset(place());
             m_text.reportProgress();
             if (m_text.hasFailed())
                 return false;
@@ -172,23 +179,24 @@ bool SceneText::skipBlock(char open, bool keepNames, std::string_view* inside)
             afterDef = name == "DEF";
         } else if (c == '{' || c == '[') {
             closing.push_back(c == '{' ? '}' : ']');
+            if (blocks && c == '{')
+                openBlock(place());
             ++at;
         } else if (c == '}' || c == ']') {
             if (c != closing.back())
-                return m_text.failAt(static_cast<std::size_t>(at - m_text.getText()),
-                                     std::string("expected '") + closing.back() + "'");
+                return m_text.failAt(place(), std::string("expected '") + closing.back() + "'");
             closing.pop_back();
+            if (blocks && c == '}') {
+                (*blocks)[opened.back()].close = place();
+                opened.pop_back();
+            }
             ++at;
         } else {
             ++at;
         }
     }
-    m_text.setOffset(std::min(static_cast<std::size_t>(at - m_text.getText()), m_text.getSize()));
-    if (!closing.empty())
-        return m_text.fail(std::string("expected '") + closing.back() + "'");
-    if (inside)
-        *inside = {begin, static_cast<std::size_t>(at - 1 - begin)};
-    return true;
+    m_text.setOffset(std::min(place(), m_text.getSize()));
+    return closing.empty() || m_text.fail(std::string("expected '") + closing.back() + "'");
 }
 
 bool SceneText::skipNumbers()

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace kalmyr::detail {
 
@@ -61,8 +62,14 @@ public:
     /// Takes a name with characters that are no part of names, as some programs write them.
     bool takeOddName(std::string_view& name);
 
+    /// The place of "{ ... }" in the text.
+    struct Block {
+        std::size_t open = 0;
+        std::size_t close = 0;
+    };
     /// Skips "{ ... }" or "[ ... ]". DEF names inside stand for nothing afterwards if `keepNames`.
-    bool skipBlock(char open, bool keepNames, std::string_view* inside = nullptr);
+    /// Adds all "{ ... }" in it, itself included, to `blocks`, sorted by where they open.
+    bool skipBlock(char open, bool keepNames, std::vector<Block>* blocks = nullptr);
     /// Skips one value of unknown type.
     bool skipValue(bool keepNames = true);
 

@@ -116,34 +116,56 @@ bool UnknownReader::readDeclaredBody(SoUnknownNode* node, std::string_view typeN
 
 bool UnknownReader::readUndeclaredBody(SoUnknownNode* node, std::string_view typeName)
 {
-    const Dialect& dialect = m_scene.getDialect();
     SoTokenizer& text = m_scene.getTokens();
-    const SoTokenizer before = text;
-    text.setOffset(m_nodes.getBodyOffset());
-    std::string_view body;
-    if (!m_scene.skipBlock('{', true, &body))
-        return false;
-    const bool isBlank = body.find_first_not_of(" \t\r\n,") == body.npos;
-    node->setBody(isBlank && !dialect.bodiesHoldNodes ? std::string() : std::string(body));
-    const bool mayHoldNodes =
-        body.find('{') != body.npos || (dialect.bodiesHoldNodes && body.find("USE") != body.npos);
-    if (!dialect.isLenient || !mayHoldNodes)
-        return true;
-    // Nodes in it may be used elsewhere, and are to be seen.
-    const SoTokenizer behind = text;
-    const IndexCheck::Scope scope = m_nodes.getIndexCheck().open();
-    text = before;
-    if (dialect.bodiesHoldNodes ? m_nodes.readBody(node, typeName) : readPieces(node)) {
-        node->setBody({});
-        return true;
+    const std::size_t begin = text.getOffset();
+    const std::size_t open = m_nodes.getBodyOffset();
+    const bool isOutermost = m_blocks.empty();
+    if (isOutermost) {
+        text.setOffset(open);
+        if (!m_scene.skipBlock('{', true, &m_blocks))
+            return false;
+        text.setOffset(begin);
     }
-    if (m_scene.isStopped())
-        return false;
-    static_cast<void>(m_nodes.getIndexCheck().close(node, scope));
-    text = behind;
-    node->removeFields();
-    node->removeAllChildren();
-    SoForeignFields::forget(node);
+    const bool ok = readKnownPlace(node, typeName, open);
+    if (isOutermost) {
+        for (const auto& [kept, body] : m_bodies)
+            kept->setBody(std::string(body));
+        m_bodies.clear();
+        m_blocks.clear();
+    }
+    return ok;
+}
+
+bool UnknownReader::readKnownPlace(SoUnknownNode* node, std::string_view typeName, std::size_t open)
+{
+    const bool holdsNodes = m_scene.getDialect().bodiesHoldNodes;
+    SoTokenizer& text = m_scene.getTokens();
+    const auto block =
+        std::lower_bound(m_blocks.begin(), m_blocks.end(), open,
+                         [](const SceneText::Block& one, std::size_t at) { return one.open < at; });
+    const std::size_t close = block->close;
+    const bool hasBlocks = block + 1 != m_blocks.end() && (block + 1)->open < close;
+    const std::string_view body(text.getText() + open + 1, close - open - 1);
+    const bool mayHoldNodes = hasBlocks || (holdsNodes && body.find("USE") != body.npos);
+    const std::size_t numBodies = m_bodies.size();
+    if (m_scene.getDialect().isLenient && mayHoldNodes) {
+        // Nodes in it may be used elsewhere, and are to be seen.
+        const SoTokenizer before = text;
+        const IndexCheck::Scope scope = m_nodes.getIndexCheck().open();
+        if (holdsNodes ? m_nodes.readBody(node, typeName) : readPieces(node))
+            return true;
+        if (m_scene.isStopped())
+            return false;
+        static_cast<void>(m_nodes.getIndexCheck().close(node, scope));
+        text = before;
+        node->removeFields();
+        node->removeAllChildren();
+        SoForeignFields::forget(node);
+        m_bodies.resize(numBodies); // the nodes in it are gone
+    }
+    text.setOffset(close + 1);
+    if (holdsNodes || body.find_first_not_of(" \t\r\n,") != body.npos)
+        m_bodies.emplace_back(node, body);
     return true;
 }
 

@@ -1,16 +1,18 @@
 #pragma once
 
 #include "Parsed.h"
+#include "SceneText.h"
+
+#include <kalmyr/base/SoRef.h>
+#include <kalmyr/io/SoUnknownNode.h>
 
 #include <string_view>
-
-class SoNode;
-class SoUnknownNode;
+#include <utility>
+#include <vector>
 
 namespace kalmyr::detail {
 
 class NodeReader;
-class SceneText;
 
 /// Reads what no class knows: nodes of unknown types, and fields that a node's class does not
 /// have. They are kept, as text where they cannot be taken apart, and written back.
@@ -31,7 +33,10 @@ private:
     bool readKept(SoNode* node);
     bool readDeclaredBody(SoUnknownNode* node, std::string_view typeName);
     /// Nodes in the body become real ones where that can be made out, the rest is kept as text.
+    /// Linear in the text, however deep such nodes stand in each other.
     bool readUndeclaredBody(SoUnknownNode* node, std::string_view typeName);
+    /// The same where the brace at `open` is one of m_blocks.
+    bool readKnownPlace(SoUnknownNode* node, std::string_view typeName, std::size_t open);
     /// Goes on as far as the body looks like that of any other node. False when it does not; part
     /// of it is taken then.
     bool readPieces(SoUnknownNode* node);
@@ -40,6 +45,10 @@ private:
 
     SceneText& m_scene;
     NodeReader& m_nodes;
+    std::vector<SceneText::Block> m_blocks; ///< in the outermost unknown node
+    /// What is kept of the nodes in it that could not be taken apart. Set when all of it was read:
+    /// a node around them may turn out to be no better.
+    std::vector<std::pair<SoRef<SoUnknownNode>, std::string_view>> m_bodies;
 };
 
 } // namespace kalmyr::detail
