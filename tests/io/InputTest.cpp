@@ -2,6 +2,7 @@
 
 #include "support/ErrorGuard.h"
 
+#include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -131,6 +132,19 @@ TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
     std::string damaged = packed;
     damaged[packed.size() / 2] ^= 0x55;
     EXPECT_TRUE(inflated(damaged) == "refused");
+
+    // A small file that would fill the memory.
+    constexpr std::size_t kBlanks = std::size_t(1) << 24;
+    std::string bomb = io::zipped(io::kAscii);
+    const std::string blanks = io::zipped(std::string(kBlanks, ' '));
+    for (std::size_t size = 0; size < SoInput::kMinUnpacked; size += kBlanks)
+        bomb += blanks;
+    errors.clear();
+    EXPECT_TRUE(inflated(bomb) == "refused");
+    EXPECT_TRUE(errors.contains("the preference KMR_MAX_UNPACK_RATIO allows more"));
+    SoPreferences::setInt("KMR_MAX_UNPACK_RATIO", 2000);
+    EXPECT_TRUE(inflated(bomb) != "refused");
+    SoPreferences::removeValue("KMR_MAX_UNPACK_RATIO");
 }
 
 TEST_F(InputTest, TellsWherePackedTextBreaksOff)

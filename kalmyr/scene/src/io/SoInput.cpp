@@ -6,6 +6,7 @@
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/base/SoContract.h>
 #include <kalmyr/base/SoDebugError.h>
+#include <kalmyr/base/SoPreferences.h>
 #include <kalmyr/base/SoReadError.h>
 
 #include <zlib.h>
@@ -146,6 +147,15 @@ std::string whatIsWrong(const z_stream& z)
         && (z.total_in < kShortestHeader || found.find("header") != std::string_view::npos))
         return "what follows is no member of a gzip file";
     return "the compressed text is damaged" + (found.empty() ? "" : ": " + std::string(found));
+}
+
+/// What may come out of a compressed text of that size.
+std::size_t maxUnpacked(std::size_t packed)
+{
+    const int ratio =
+        std::max(1, SoPreferences::getInt("KMR_MAX_UNPACK_RATIO", SoInput::kMaxUnpackRatio));
+    return std::clamp(packed * static_cast<std::size_t>(ratio), SoInput::kMinUnpacked,
+                      SoInput::kMaxSize);
 }
 
 bool isGzip(std::string_view bytes)
@@ -415,6 +425,8 @@ bool SoInput::inflateText(std::string_view packed)
                | (std::size_t(tail[3]) << 24);
     }
     hint = std::clamp<std::size_t>(hint, 256, packed.size() * kMaxInflateRatio);
+    const std::size_t limit = maxUnpacked(packed.size());
+    hint = std::min(hint, limit);
     if (!m_bytes->reserve(hint + 1))
         return refuse("there is not enough memory to inflate it");
     z_stream z{};
@@ -424,6 +436,11 @@ bool SoInput::inflateText(std::string_view packed)
     const char* end = at + packed.size();
     std::string reason;
     while (reason.empty()) {
+        if (m_bytes->size > limit) {
+            reason = "it grows to more than " + std::to_string(limit)
+                     + " bytes when inflated; the preference KMR_MAX_UNPACK_RATIO allows more";
+            break;
+        }
         if (m_bytes->size + 1 >= m_bytes->capacity
             && (m_bytes->size > kMaxSize
                 || !m_bytes->reserve(m_bytes->size + m_bytes->size / 2 + kReadStep))) {

@@ -28,6 +28,11 @@ public:
 
     /// Text beyond this size, also after inflating, is refused (bytes).
     static constexpr std::size_t kMaxSize = std::size_t(1) << 36;
+    /// A compressed text that grows by more than this factor when it is inflated is refused, beyond
+    /// kMinUnpacked. The preference KMR_MAX_UNPACK_RATIO sets another factor.
+    static constexpr int kMaxUnpackRatio = 100;
+    /// As much may come out of any file (bytes).
+    static constexpr std::size_t kMinUnpacked = std::size_t(1) << 28;
     /// The first line is looked for within that many bytes.
     static constexpr std::size_t kMaxHeader = 1024;
 
