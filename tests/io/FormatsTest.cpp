@@ -98,7 +98,9 @@ TEST_P(BadFile, IsRefusedWithTheFirstFault)
     EXPECT_EQ(SoDB::readAll(&in), nullptr);
     const auto texts = errors.texts();
     ASSERT_FALSE(texts.empty());
-    EXPECT_TRUE(errors.contains(GetParam() + ":" + expected)) << expected << "\n" << texts.back();
+    // Binary files have no lines.
+    const std::string file = GetParam() + (expected.starts_with(':') ? "" : ":");
+    EXPECT_TRUE(errors.contains(file + expected)) << expected << "\n" << texts.back();
     EXPECT_EQ(
         std::count_if(texts.begin(), texts.end(),
                       [](const std::string& t) { return t.find("error:") != std::string::npos; }),

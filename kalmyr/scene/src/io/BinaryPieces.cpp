@@ -13,9 +13,10 @@ bool BinaryPieces::open(std::string_view file, std::size_t offset)
 bool BinaryPieces::openPiece(std::size_t offset)
 {
     if (const char* fault = m_piece.read(m_file, offset)) {
-        SoTokenizer& text = m_scene.getTokens();
-        return text.failAt(text.getSize(),
-                           std::string(fault) + " at byte " + std::to_string(m_piece.end));
+        // Behind the text that was read up to now.
+        const char* const place = m_file.data() + m_piece.end;
+        return m_scene.getTokens().failAt(
+            static_cast<std::size_t>(place - m_scene.getTokens().getText()), fault);
     }
     m_scene.setText(m_piece.text, m_piece.textSize);
     return true;

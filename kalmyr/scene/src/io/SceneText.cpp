@@ -62,7 +62,13 @@ void SceneText::tellEnd()
 
 void SceneText::tellFault()
 {
-    if (m_text.hasFailed() && !m_in.tellStop())
+    if (!m_text.hasFailed() || m_in.tellStop())
+        return;
+    // Binary files have no lines.
+    if (m_in.getFormat() == SoInput::KALMYR_BINARY)
+        SoReadError::post(m_in.getCurFileName(), 0, 0, "%s at byte %zu", m_text.getError().c_str(),
+                          m_in.getPlaceOf(m_text.getErrorOffset()));
+    else
         SoReadError::post(m_in.getCurFileName(), m_text.getErrorLine(), m_text.getErrorColumn(),
                           "%s", m_text.getError().c_str());
 }

@@ -397,8 +397,13 @@ std::size_t SoInput::getPlace() const
 {
     if (!m_bytes)
         return m_tokens.getOffset();
-    const auto begin = static_cast<std::size_t>(m_tokens.getText() - m_bytes->data);
-    return std::min(begin + m_tokens.getOffset() + m_aside, m_size);
+    return std::min(getPlaceOf(m_tokens.getOffset()) + m_aside, m_size);
+}
+
+/// Where in the file a place in the text is.
+std::size_t SoInput::getPlaceOf(std::size_t offset) const
+{
+    return static_cast<std::size_t>(m_tokens.getText() - m_bytes->data) + offset;
 }
 
 /// Counts what takes as long as reading that much text, but moves on in no text.
@@ -558,6 +563,16 @@ void SoInput::warn(const SbString& fileName, int line, int column, const SbStrin
 }
 
 void SoInput::warnHere(const SbString& text)
+{
+    int line = 0, column = 0;
+    if (isBinary()) // has no lines
+        return warnAt(0, 0, text + " at byte " + SbString(std::to_string(getPlace())));
+    if (m_numWarnings <= kMaxWarnings) // finding a line takes time
+        m_tokens.getPosition(m_tokens.getOffset(), line, column);
+    warnAt(line, column, text);
+}
+
+void SoInput::warnAt(int line, int column, const SbString& text)
 {
     if (++m_numWarnings > kMaxWarnings + 1)
         return;

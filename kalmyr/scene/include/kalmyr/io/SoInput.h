@@ -118,6 +118,8 @@ public:
     virtual void warn(const SbString& fileName, int line, int column, const SbString& text);
     /// The same at the place that was reached; only the first kMaxWarnings of a file are given.
     void warnHere(const SbString& text);
+    /// The same at another place in the text (from 1).
+    void warnAt(int line, int column, const SbString& text);
     static constexpr int kMaxWarnings = 50;
 
     /// A name as a scene has it, looked up as openFile() does. Empty when there is no such file.
@@ -157,6 +159,7 @@ private:
     void reached();
     void tellProgress(std::size_t at, std::size_t size);
     std::size_t getPlace() const;
+    std::size_t getPlaceOf(std::size_t offset) const;
     void countWork(std::size_t bytes);
     bool tellStop();
     bool refuse(const char* reason);
