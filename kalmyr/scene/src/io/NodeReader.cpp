@@ -182,10 +182,14 @@ const NodeReader::TypeEntry& NodeReader::entryOf(std::string_view type)
 {
     const auto [at, isNew] = m_types.try_emplace(type);
     if (isNew) {
-        at->second.proto = m_prototypes.find(type);
-        if (at->second.proto)
+        SoVRMLProto* const proto = m_prototypes.find(type);
+        const bool isBuiltIn = proto && !proto->builtIn.isBad();
+        if (proto && !isBuiltIn) {
+            at->second.proto = proto;
             return at->second;
-        const SoType found = type.size() <= SceneText::kMaxNameLength
+        }
+        const SoType found = isBuiltIn ? proto->builtIn
+                             : type.size() <= SceneText::kMaxNameLength
                                  ? m_scene.getDialect().findType(type)
                                  : SoType();
         if (found.isDerivedFrom(SoNode::getClassTypeId()) && found.canCreateInstance())

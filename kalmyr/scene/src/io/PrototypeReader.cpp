@@ -88,8 +88,11 @@ bool PrototypeReader::readProto(bool external)
         proto->urlsAt = text.getOffset() - begin;
         if (!readUrls(*proto))
             return false;
-        if (isBuiltIn(*proto))
-            return true; // instances are nodes of that type
+        proto->builtIn = builtInType(*proto);
+        const bool isOwnName =
+            !proto->builtIn.isBad() && proto->builtIn == m_scene.getDialect().findType(name);
+        if (isOwnName && !find(name))
+            return true; // it means that type anyway
     } else {
         text.peek();
         proto->bodyAt = text.getOffset() - begin + 1;
@@ -103,16 +106,19 @@ bool PrototypeReader::readProto(bool external)
     return true;
 }
 
-/// Whether a urn says that the prototype is a node type of this name, which we have.
-bool PrototypeReader::isBuiltIn(const SoVRMLProto& proto) const
+/// The node type of VRML97 that a urn names; bad when none does.
+SoType PrototypeReader::builtInType(const SoVRMLProto& proto)
 {
-    const std::string end = ":node:" + std::string(proto.name.view());
-    const auto names = [&end](const SbString& url) {
-        const std::string text = url.toStdString();
-        return text.starts_with("urn:") && text.ends_with(end);
-    };
-    return std::any_of(proto.urls.begin(), proto.urls.end(), names)
-           && !m_scene.getDialect().findType(proto.name.view()).isBad();
+    constexpr std::string_view kNode = ":node:";
+    for (const SbString& url : proto.urls) {
+        const std::string_view urn = url.view();
+        const std::size_t at = urn.starts_with("urn:") ? urn.rfind(kNode) : urn.npos;
+        const SoType type =
+            at == urn.npos ? SoType() : kVrml97Dialect.findType(urn.substr(at + kNode.size()));
+        if (type.isDerivedFrom(SoNode::getClassTypeId()) && type.canCreateInstance())
+            return type;
+    }
+    return {};
 }
 
 bool PrototypeReader::readInterface(SoVRMLProto& proto, std::size_t textAt)

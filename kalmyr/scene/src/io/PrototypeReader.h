@@ -51,9 +51,10 @@ private:
     bool readInterface(SoVRMLProto& proto, std::size_t textAt);
     bool readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt);
     bool readUrls(SoVRMLProto& proto);
-    bool isBuiltIn(const SoVRMLProto& proto) const;
+    static SoType builtInType(const SoVRMLProto& proto);
     SoVRMLProto* bodyOf(SoVRMLProto* proto);
     SoRef<SoVRMLProto> findInFile(const SoVRMLProto& proto, const SbString& url);
+    bool check(SoVRMLProto& proto);
     static bool readDefaults(NodeReader& reader, SoVRMLProtoInstance& instance,
                              const SoVRMLProto& body);
     /// Reads the nodes up to the brace that closes a prototype's body.

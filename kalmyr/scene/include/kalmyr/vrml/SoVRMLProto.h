@@ -36,7 +36,8 @@ public:
     bool external = false;        ///< the body stands in another file, one of `urls`
     std::size_t urlsAt = 0;       ///< where they stand in the text
     std::vector<SbString> urls;
-    SbString folder;             ///< that relative urls start from
+    SoType builtIn;  ///< what a urn of them names, whose nodes the instances are; or bad
+    SbString folder; ///< that relative urls start from
     SoRef<SoVRMLProto> resolved; ///< the declaration in the other file, once it was found
     bool resolving = false;      ///< it is being looked for, or was not found
 
