@@ -1,6 +1,7 @@
 #include <kalmyr/core/SoImageFile.h>
 
 #include "ImageCodecs.h"
+#include "PercentText.h"
 
 #include <kalmyr/base/SbFileHelper.h>
 
@@ -134,8 +135,13 @@ bool SoImageFile::writePngMemory(const SbImage& image, std::string& bytes, SbStr
 
 SbString SoImageFile::findFile(const SbString& name, const SbString& directory)
 {
-    if (directory.isEmpty() || SbFileHelper::isAbsolute(name))
+    const bool isBare = directory.isEmpty() || SbFileHelper::isAbsolute(name);
+    const SbString beside = isBare ? name : SbFileHelper::join(directory, name);
+    if (SbFileHelper::isAccessible(beside))
+        return beside;
+    if (SbFileHelper::isAccessible(name))
         return name;
-    const SbString beside = SbFileHelper::join(directory, name);
-    return !SbFileHelper::isAccessible(beside) && SbFileHelper::isAccessible(name) ? name : beside;
+    // Names may be written as addresses are.
+    const SbString decoded(kalmyr::detail::decodePercent(beside.view()));
+    return SbFileHelper::isAccessible(decoded) ? decoded : beside;
 }

@@ -29,7 +29,7 @@ const SbImage& SoPictureFile::get(const SbString& name, const SbImage& otherwise
     {
         const kalmyr::detail::CacheLock lock;
         if (name == m_loadedName)
-            return m_loaded;
+            return m_loaded.isNull() ? otherwise : m_loaded;
         m_loadedName = name;
         path = SoImageFile::findFile(name, m_directory);
         if (SoImageFile::read(path, m_loaded, &error))
@@ -37,5 +37,5 @@ const SbImage& SoPictureFile::get(const SbString& name, const SbImage& otherwise
     }
     // Without the lock: a handler may do anything.
     SoError::post("%s \"%s\": %s", kind, path.getString(), error.getString());
-    return m_loaded;
+    return otherwise;
 }

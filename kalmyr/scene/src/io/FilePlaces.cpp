@@ -1,5 +1,7 @@
 #include "FilePlaces.h"
 
+#include "core/PercentText.h"
+
 #include <kalmyr/base/SbFileHelper.h>
 #include <kalmyr/io/SoInput.h>
 
@@ -54,7 +56,9 @@ std::optional<SbString> memoryFile(const SbString& name)
     return found == places().memoryFiles.end() ? std::nullopt : std::optional(found->second);
 }
 
-SbString lookUp(const SbString& name, const SbString& folder)
+namespace {
+
+SbString lookUpPlain(const SbString& name, const SbString& folder)
 {
     if (name.isEmpty())
         return {};
@@ -75,6 +79,24 @@ SbString lookUp(const SbString& name, const SbString& folder)
             return inside;
     }
     return {};
+}
+
+} // namespace
+
+SbString lookUp(const SbString& name, const SbString& folder)
+{
+    const SbString found = lookUpPlain(name, folder);
+    if (!found.isEmpty() || name.view().find('%') == std::string_view::npos)
+        return found;
+    return lookUpPlain(SbString(decodePercent(name.view())), folder);
+}
+
+bool isThere(const SbString& name, const SbString& folder)
+{
+    const SbString path = SbFileHelper::isAbsolute(name) || folder.isEmpty()
+                              ? name
+                              : SbFileHelper::join(folder, name);
+    return SbFileHelper::isAccessible(path, SbFileHelper::EXISTS);
 }
 
 } // namespace kalmyr::detail

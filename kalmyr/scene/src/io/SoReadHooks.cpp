@@ -1,5 +1,6 @@
 #include "SoReadHooks.h"
 
+#include "FilePlaces.h"
 #include "vrml/LocalUrl.h"
 
 #include <kalmyr/io/SoDB.h>
@@ -43,13 +44,21 @@ SoNode* readFile(SoInput& in, const SbString& file)
                                  : SoDB::readAll(&content);
 }
 
+/// Why a file is not among those that can be read.
+const char* reasonForNone(const SoInput& in, const SbString& name)
+{
+    const SbString file = localFileName(name);
+    return !file.isEmpty() && isThere(file, in.getFolder()) ? "is there, but cannot be read"
+                                                            : "cannot be found";
+}
+
 /// Looks a file up and reads it; null, with a remark, when it cannot be had.
 SoNode* readNamed(SoInput& in, const char* what, const SbString& name)
 {
     const SbString file = in.findFile(localFileName(name));
     const SbString title = SbString(what) + " '" + name + "' ";
     if (file.isEmpty()) {
-        in.warnHere(title + "cannot be found and is left empty");
+        in.warnHere(title + reasonForNone(in, name) + " and is left empty");
     } else if (in.isReading(file)) {
         in.warnHere(title + "holds itself and is left empty");
     } else if (!in.countFile()) {
@@ -78,7 +87,8 @@ bool fillInline(SoInput& in, SoVRMLInline* node)
         return data != nullptr;
     }
     if (node->url.getNum() > 0)
-        in.warnHere("inline '" + node->url[0] + "' cannot be found and is left empty");
+        in.warnHere("inline '" + node->url[0] + "' " + reasonForNone(in, node->url[0])
+                    + " and is left empty");
     return false;
 }
 
@@ -141,8 +151,12 @@ void readTexture(SoInput* in, SoNode* node)
 {
     auto* texture = static_cast<Texture*>(node);
     texture->setDirectory(in->getFolder());
-    if (!texture->findPicture())
-        in->warnHere("texture '" + pictureName(*texture) + "' cannot be found and is left out");
+    if (texture->findPicture())
+        return;
+    const SbString name = pictureName(*texture);
+    const bool isReplaced = !texture->getPicture().isNull(); // by an image of its own
+    in->warnHere("texture '" + name + "' " + reasonForNone(*in, name)
+                 + (isReplaced ? "; the image in the node stands for it" : " and is left out"));
 }
 
 /// For files that are looked for when they are first needed.

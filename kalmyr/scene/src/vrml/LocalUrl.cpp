@@ -1,7 +1,6 @@
 #include "LocalUrl.h"
 
-#include <charconv>
-#include <string>
+#include "core/PercentText.h"
 
 namespace kalmyr::detail {
 
@@ -22,23 +21,6 @@ std::size_t schemeLength(std::string_view url)
     return n > 1 && n < url.size() && url[n] == ':' ? n + 1 : 0;
 }
 
-std::string decoded(std::string_view text)
-{
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned char byte = 0;
-        const char* digits = text.data() + i + 1;
-        if (text[i] == '%' && i + 3 <= text.size()
-            && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-            result += static_cast<char>(byte);
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
-}
-
 } // namespace
 
 SbString localFileName(const SbString& url)
@@ -54,7 +36,7 @@ SbString localFileName(const SbString& url)
         rest.remove_prefix(11);
     if (rest.starts_with("///"))
         rest.remove_prefix(2);
-    return SbString(decoded(rest));
+    return SbString(decodePercent(rest));
 }
 
 } // namespace kalmyr::detail

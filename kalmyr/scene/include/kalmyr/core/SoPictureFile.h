@@ -14,8 +14,8 @@ public:
     /// Returns whether the file is there, or the name is empty. A file that is not is not asked for
     /// again until the name changes.
     bool find(const SbString& name);
-    /// Returns the picture in the file, or `otherwise` for an empty name. A fault is posted once,
-    /// as one of `kind`, and gives a null image.
+    /// Returns the picture in the file; `otherwise` for an empty name, or when the file cannot be
+    /// read: that is posted once, as an error of `kind`.
     const SbImage& get(const SbString& name, const SbImage& otherwise, const char* kind);
 
 private:

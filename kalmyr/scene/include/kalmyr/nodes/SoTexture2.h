@@ -6,10 +6,11 @@
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
-/// Puts a picture on the shapes that follow: from `filename`, or from `image` when that is empty.
+/// Puts a picture on the shapes that follow: from `filename`, or from `image` when that is empty or
+/// its file cannot be read.
 ///
-/// The file is read when the picture is first needed; the fault is posted once as a read error, and
-/// the shapes show no texture. The name is looked for as it stands, then beside the scene file.
+/// The file is read when the picture is first needed; the fault is posted once as a read error. The
+/// name is looked for as it stands, then beside the scene file.
 class KALMYR_API SoTexture2 : public SoNode {
     SO_NODE_HEADER(SoTexture2)
 
