@@ -184,12 +184,21 @@ void printText(const Scene& scene, const Facts& facts)
     }
 }
 
+/// Makes errors of all remarks that reading gave.
+void refuseLiberties(Scene& scene)
+{
+    scene.ok = scene.ok && scene.warnings.empty();
+    scene.errors.insert(scene.errors.end(), scene.warnings.begin(), scene.warnings.end());
+    scene.warnings.clear();
+}
+
 } // namespace
 
 int runInfo(const Arguments& given)
 {
     Arguments arguments = given;
     const bool json = takeFlag(arguments, "--json");
+    const bool strict = takeFlag(arguments, "--strict");
     std::string option;
     if (hasUnknownOption(arguments, option))
         return wrongUsage("unknown option " + option);
@@ -200,6 +209,8 @@ int runInfo(const Arguments& given)
         Scene scene = readScene(file, json);
         if (scene.stopped)
             return printErrors(scene);
+        if (strict)
+            refuseLiberties(scene);
         const Facts facts = measure(scene);
         if (json) {
             printJson(scene, facts);

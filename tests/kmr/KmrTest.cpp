@@ -187,6 +187,19 @@ TEST_F(KmrTest, GoesOnBehindABrokenFile)
     EXPECT_TRUE(has(told.output, "\"triangles\":12")) << told.output;
 }
 
+TEST_F(KmrTest, RefusesLibertiesWhenStrict)
+{
+    const std::string odd = write("odd.wrl", "#VRML V2.0 utf8\nPROTO P [ ] { }\nUSE Nobody\n");
+    const std::string good = write("good.wrl", "#VRML V2.0 utf8\nGroup { }\n");
+    EXPECT_EQ(run("info " + odd).status, 0);
+    EXPECT_EQ(run("info --strict " + good).status, 0);
+    const Outcome told = run("info --json --strict " + odd);
+    EXPECT_EQ(told.status, 1);
+    EXPECT_TRUE(has(told.errors, odd + ":2:15: error: in prototype 'P'")) << told.errors;
+    EXPECT_TRUE(has(told.errors, odd + ":3:5: error: expected a name that DEF gave"));
+    EXPECT_TRUE(has(told.output, "\"ok\":false") && has(told.output, "\"warnings\":[]"));
+}
+
 TEST_F(KmrTest, ConvertsBetweenAllFormats)
 {
     const std::string file = write("in.wrl", kScene);

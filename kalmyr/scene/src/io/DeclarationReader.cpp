@@ -65,12 +65,23 @@ const SoField::FieldType* findFieldKind(std::string_view word)
     return found == kKinds.end() ? nullptr : &found->type;
 }
 
+void warnOfLaterKind(SceneText& scene, std::string_view word)
+{
+    constexpr std::size_t kFirstLater = 4;
+    const auto later = std::find_if(kKinds.begin() + kFirstLater, kKinds.end(),
+                                    [word](const Kind& kind) { return kind.word == word; });
+    if (later != kKinds.end())
+        scene.warnOnce("kind " + std::string(word), word.data(),
+                       quoted(word) + " is a word of later versions");
+}
+
 Parsed DeclarationReader::tryInScript(SoVRMLScript* script, std::string_view word)
 {
     SoTokenizer& text = m_scene.getTokens();
     const SoField::FieldType* kind = findFieldKind(word);
     if (!kind)
         return Parsed::No;
+    warnOfLaterKind(m_scene, word);
     std::string_view type, name;
     if (!text.readWord(type) || !text.readName(name))
         return parsedIf(text.fail("expected the type and the name of a field"));

@@ -18,6 +18,9 @@ class SceneText;
 /// The kind of field that "field", "eventOut" and such words declare; null for other words.
 const SoField::FieldType* findFieldKind(std::string_view word);
 
+/// Remarks on words for kinds of fields that only later versions of the language have.
+void warnOfLaterKind(SceneText& scene, std::string_view word);
+
 /// Reads the fields that nodes declare themselves: scripts, and nodes of unknown types.
 class DeclarationReader {
 public:

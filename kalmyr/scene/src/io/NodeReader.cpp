@@ -43,13 +43,13 @@ NodeReader::NodeReader(SoInput& in, const Dialect& dialect)
 {
 }
 
-NodeReader::NodeReader(SoInput& in, NodeReader& outer, SoVRMLProto* protos,
-                       SoVRMLProtoInstance* instance)
+NodeReader::NodeReader(SoInput& in, NodeReader& outer, SoVRMLProto& proto,
+                       SoVRMLProtoInstance* instance, SceneText* file)
     : SoFieldReader(in.getTokenizer()),
-      m_scene(in, kVrml97Dialect),
+      m_scene(in, kVrml97Dialect, file, proto.fileAt),
       m_engines(m_scene, *this),
       m_routes(m_scene, m_engines),
-      m_prototypes(m_scene, *this, protos, instance),
+      m_prototypes(m_scene, *this, proto.getPrevious(), instance),
       m_declarations(m_scene, *this),
       m_unknown(m_scene, *this),
       m_pieces(m_scene),
@@ -57,6 +57,7 @@ NodeReader::NodeReader(SoInput& in, NodeReader& outer, SoVRMLProto* protos,
       m_stackLimit(outer.m_stackLimit),
       m_depth(outer.m_depth),
       m_protoDepth(outer.m_protoDepth + 1),
+      m_isCheck(outer.m_isCheck),
       m_expanded(outer.m_expanded)
 {
 }
@@ -253,6 +254,8 @@ SoNode* NodeReader::makeNode(const TypeEntry& entry)
 
 bool NodeReader::finishNode(SoNode* node, const TypeEntry& entry, std::size_t typeAt)
 {
+    if (m_isCheck)
+        return true;
     if (m_protoDepth > 0 && ++*m_expanded > PrototypeReader::kMaxExpandedNodes)
         return text.failAt(typeAt, "expected prototypes that expand to at most "
                                        + std::to_string(PrototypeReader::kMaxExpandedNodes)
@@ -332,7 +335,7 @@ Parsed NodeReader::readChild(SoChildList& children, std::string_view word)
     return Parsed::Yes;
 }
 
-int NodeReader::findField(const SoNode* node, std::string_view word) const
+int NodeReader::findField(const SoNode* node, std::string_view word, std::string_view typeName)
 {
     const SoFieldData* data = node->getFieldData();
     if (!data)
@@ -343,12 +346,16 @@ int NodeReader::findField(const SoNode* node, std::string_view word) const
     std::string_view alias = m_scene.getDialect().fieldAlias(node->getTypeId(), word);
     if (alias.empty())
         alias = m_prototypes.exposedName(word);
+    else
+        m_scene.warnOnce("alias " + std::string(typeName), word.data(),
+                         quoted(word) + " of " + quoted(typeName) + " is called " + quoted(alias)
+                             + " in this format");
     return alias.empty() ? -1 : data->getIndex(SbName::find(alias));
 }
 
 Parsed NodeReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)
 {
-    const int index = findField(node, word);
+    const int index = findField(node, word, typeName);
     if (index < 0)
         return Parsed::No;
     SoField* field = node->getFieldData()->getField(node, index);

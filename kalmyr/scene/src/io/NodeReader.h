@@ -33,9 +33,12 @@ public:
     static constexpr int kMaxNesting = 6000;
 
     NodeReader(SoInput& in, const Dialect& dialect);
-    /// Reads the text of a prototype on behalf of `outer`, for `instance`. The prototypes from
-    /// `protos` on are known there.
-    NodeReader(SoInput& in, NodeReader& outer, SoVRMLProto* protos, SoVRMLProtoInstance* instance);
+    /// Reads the text of a prototype, a part of that of `file` if not null, for `instance` and on
+    /// behalf of `outer`. What was declared before the prototype is known there.
+    NodeReader(SoInput& in, NodeReader& outer, SoVRMLProto& proto, SoVRMLProtoInstance* instance,
+               SceneText* file);
+    /// Makes no nodes of prototypes, and reads no other files: only faults are wanted.
+    void setCheckOnly() { m_isCheck = true; }
 
     SceneText& getScene() { return m_scene; }
     PrototypeReader& getPrototypes() { return m_prototypes; }
@@ -89,7 +92,7 @@ private:
     Parsed tryField(SoNode* node, std::string_view word, std::string_view typeName);
     Parsed readChild(SoChildList& children, std::string_view word);
     /// The field's place in the node's table, also under other names; negative when there is none.
-    int findField(const SoNode* node, std::string_view word) const;
+    int findField(const SoNode* node, std::string_view word, std::string_view typeName);
 
     SceneText m_scene;
     EngineReader m_engines;
@@ -105,6 +108,7 @@ private:
     const char* m_stackLimit = nullptr; ///< reading changes stacks below this address
     int m_depth = 0;
     int m_protoDepth = 0;
+    bool m_isCheck = false;
     int m_ownExpanded = 0;
     int* m_expanded = &m_ownExpanded; ///< nodes made of prototypes in the whole scene
 };

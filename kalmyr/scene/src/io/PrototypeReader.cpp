@@ -14,19 +14,31 @@ namespace kalmyr::detail {
 
 namespace {
 
-/// The text of a prototype. Remarks go to the file that has the instance.
+/// The text of a prototype. Remarks on it have their place in the file that declares it; where that
+/// is not at hand, the place of the instance.
 class ProtoInput final : public SoInput {
 public:
-    ProtoInput(SoInput* parent, const SoVRMLProto& proto) : SoInput(parent), m_proto(proto)
+    ProtoInput(SceneText& outer, const SoVRMLProto& proto, SceneText* file)
+        : SoInput(&outer.getInput()), m_outer(outer), m_file(file), m_proto(proto)
     {
         setFolder(proto.folder);
     }
-    void warn(const SbString&, int, int, const SbString& text) override
+    void warn(const SbString& fileName, int line, int column, const SbString& text) override
     {
-        getParent()->warnHere("in prototype '" + SbString(m_proto.name) + "': " + text);
+        const SoTokenizer& place = m_outer.getTokens();
+        const std::string message =
+            "in prototype '" + std::string(m_proto.name.view()) + "': " + text.toStdString();
+        if (fileName != getCurFileName()) // one that the body refers to
+            getParent()->warn(fileName, line, column, text);
+        else if (m_file)
+            m_file->warnInPart(m_proto.fileAt, line, column, message);
+        else
+            m_outer.warnOnce(message, place.getText() + place.getOffset(), message);
     }
 
 private:
+    SceneText& m_outer;
+    SceneText* m_file;
     const SoVRMLProto& m_proto;
 };
 
@@ -68,6 +80,16 @@ SoVRMLProto* PrototypeReader::find(std::string_view name) const
     return known.isEmpty() || !m_protos ? nullptr : m_protos->find(known);
 }
 
+void PrototypeReader::warnOfName(std::string_view name)
+{
+    if (!SbName::isBaseNameStartChar(name[0]))
+        m_scene.warnOddName(name);
+    const SoVRMLProto* before = find(name);
+    if (before && (!m_known || m_known->find(before->name) != before))
+        m_scene.warnOnce("again " + std::string(name), name.data(),
+                         "prototype " + quoted(name) + " is declared again");
+}
+
 bool PrototypeReader::readProto(bool external)
 {
     SoTokenizer& text = m_scene.getTokens();
@@ -75,6 +97,8 @@ bool PrototypeReader::readProto(bool external)
     if (!text.readName(name) || !m_scene.getDialect().isLegalName(name)
         || m_scene.getDialect().protoName(name).empty())
         return text.fail("expected the name of a prototype");
+    if (m_scene.getDialect().isLenient)
+        warnOfName(name);
     SoRef<SoVRMLProto> proto(new SoVRMLProto);
     proto->name = SbName(m_scene.getDialect().protoName(name));
     proto->external = external;
@@ -82,6 +106,7 @@ bool PrototypeReader::readProto(bool external)
     text.peek();
     const SoTokenizer::Hold hold(text);
     const std::size_t begin = text.getOffset();
+    proto->fileAt = m_scene.toFileOffset(begin);
     if (!readInterface(*proto, begin))
         return false;
     if (external) {
@@ -145,6 +170,7 @@ bool PrototypeReader::readInterfaceEntry(SoVRMLProto& proto, std::string_view ki
     if (!type)
         return m_scene.failAt(kind,
                               "expected 'field', 'exposedField', 'eventIn', 'eventOut' or ']'");
+    warnOfLaterKind(m_scene, kind);
     std::string_view fieldType, name;
     if (!text.readWord(fieldType))
         return text.fail("expected a field type");
@@ -167,6 +193,10 @@ bool PrototypeReader::readInterfaceEntry(SoVRMLProto& proto, std::string_view ki
     if (found && !hasValue)
         m_scene.warnOnce("value " + std::string(name), text.getText() + valueAt,
                          "'" + std::string(name) + "' can have no value here; it is left out");
+    if (!found && hasValue)
+        m_scene.warnOnce("value " + std::string(name), name.data(),
+                         "'" + std::string(name)
+                             + "' has no value; it gets the default of its type");
     if (isKnownFieldType(fieldType)) {
         proto.interface.push_back(entry);
     } else {
@@ -252,12 +282,15 @@ bool PrototypeReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
                          "prototype '" + name + "' cannot be found; its instances stay empty");
         return true;
     }
-    ProtoInput in(&m_scene.getInput(), *proto);
+    SceneText* file = proto == declared ? m_scene.getFile() : nullptr;
+    ProtoInput in(m_scene, *proto, file);
     SceneText::openText(in, proto->text, name);
-    NodeReader reader(in, m_nodes, proto->getPrevious(), instance);
+    NodeReader reader(in, m_nodes, *proto, instance, file);
     instance->enableNotify(false);
     const bool ok = readDefaults(reader, *instance, *proto)
-                    && (reader.text.setOffset(proto->bodyAt), readParts(reader, *instance));
+                    && (reader.text.setOffset(proto->bodyAt), readParts(reader, *instance))
+                    && (proto->checked || reader.getPrototypes().checkUnused());
+    proto->checked = true;
     instance->enableNotify(true);
     if (ok || m_scene.isStopped())
         return ok;
@@ -274,6 +307,44 @@ bool PrototypeReader::expand(SoVRMLProtoInstance* instance, std::size_t at)
             .append("line " + std::to_string(reader.text.getErrorLine()) + " of its declaration: ")
             .append(inner);
     return text.failAt(at, reason);
+}
+
+bool PrototypeReader::checkUnused()
+{
+    constexpr int kMaxLevels = 32; // of declarations in each other: each is read again
+    if (m_nodes.getProtoDepth() >= kMaxLevels)
+        return true;
+    std::vector<SoVRMLProto*> unused;
+    for (SoVRMLProto* proto = m_protos.get(); proto && proto != m_known;
+         proto = proto->getPrevious())
+        if (!proto->checked && !proto->external && proto->getNumInstances() == 0)
+            unused.push_back(proto);
+    for (auto proto = unused.rbegin(); proto != unused.rend(); ++proto)
+        if (!check(**proto))
+            return false;
+    return true;
+}
+
+bool PrototypeReader::check(SoVRMLProto& proto)
+{
+    proto.checked = true;
+    if (!m_scene.countWork(proto.text.size()))
+        return false;
+    const SoRef<SoVRMLProtoInstance> instance(new SoVRMLProtoInstance);
+    instance->setProto(&proto);
+    ProtoInput in(m_scene, proto, m_scene.getFile());
+    SceneText::openText(in, proto.text, std::string(proto.name.view()));
+    NodeReader reader(in, m_nodes, proto, instance.get(), m_scene.getFile());
+    reader.setCheckOnly();
+    instance->enableNotify(false);
+    const bool ok = readDefaults(reader, *instance, proto)
+                    && (reader.text.setOffset(proto.bodyAt), readParts(reader, *instance));
+    if (m_scene.isStopped())
+        return false;
+    if (!ok)
+        in.warnAt(reader.text.getErrorLine(), reader.text.getErrorColumn(),
+                  SbString(reader.text.getError() + "; no instance of it could be made"));
+    return reader.getPrototypes().checkUnused();
 }
 
 bool PrototypeReader::readDefaults(NodeReader& reader, SoVRMLProtoInstance& instance,
@@ -314,6 +385,9 @@ bool PrototypeReader::readParts(NodeReader& reader, SoVRMLProtoInstance& instanc
             instance.getParts().append(node);
         text.reportProgress();
     }
+    if (instance.getParts().getLength() == 0)
+        reader.getScene().warnOnce("empty", text.getText() + text.getOffset() - 1,
+                                   "the body holds no node");
     return reader.getRoutes().makeLateRoutes();
 }
 

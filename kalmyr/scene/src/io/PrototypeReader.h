@@ -24,7 +24,7 @@ public:
     /// With an `instance` the text is that of its prototype. `protos` are known from the start.
     PrototypeReader(SceneText& scene, NodeReader& nodes, SoVRMLProto* protos = nullptr,
                     SoVRMLProtoInstance* instance = nullptr)
-        : m_scene(scene), m_nodes(nodes), m_protos(protos), m_instance(instance)
+        : m_scene(scene), m_nodes(nodes), m_known(protos), m_protos(protos), m_instance(instance)
     {
     }
 
@@ -34,6 +34,10 @@ public:
     SoVRMLProto* find(std::string_view name) const;
     /// Makes the nodes of the instance that stands at `at`.
     bool expand(SoVRMLProtoInstance* instance, std::size_t at);
+
+    /// Reads the bodies of the prototypes of this text that nothing uses, and tells what is wrong
+    /// with them. False when reading was stopped.
+    bool checkUnused();
 
     /// "set_x IS y" and "x_changed IS y" stand for the exposed field x: its name; else empty.
     std::string_view exposedName(std::string_view event) const;
@@ -48,6 +52,8 @@ public:
     void release() { m_protos.reset(); }
 
 private:
+    /// Remarks on a name that is no legal one, or is taken.
+    void warnOfName(std::string_view name);
     bool readInterface(SoVRMLProto& proto, std::size_t textAt);
     bool readInterfaceEntry(SoVRMLProto& proto, std::string_view kind, std::size_t textAt);
     bool readUrls(SoVRMLProto& proto);
@@ -62,6 +68,7 @@ private:
 
     SceneText& m_scene;
     NodeReader& m_nodes;
+    const SoVRMLProto* m_known;      // Not owned; what was declared before this text, or null.
     SoRef<SoVRMLProto> m_protos;     ///< the one declared last
     SoVRMLProtoInstance* m_instance; // Not owned; the one that is being made.
 };

@@ -194,6 +194,9 @@ bool RouteReader::makeLateRoutes()
 {
     constexpr std::size_t kWork = 256; // bytes of other text that take as long
     for (const RouteText& route : m_lateRoutes) {
+        if (m_scene.isDefined(route.fromNode) && m_scene.isDefined(route.toNode))
+            m_scene.warnOnce("late route", route.at,
+                             "a route stands in front of a node that it names");
         makeRoute(route);
         if (!m_scene.countWork(kWork))
             return false;

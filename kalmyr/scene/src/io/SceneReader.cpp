@@ -70,7 +70,8 @@ bool SceneReader::readTop(SoNode*& node)
         if (!m_nodes.getScene().goesOn())
             return false;
         if (atEnd())
-            return !text.hasFailed() && m_nodes.getRoutes().makeLateRoutes();
+            return !text.hasFailed() && m_nodes.getRoutes().makeLateRoutes()
+                   && m_nodes.getPrototypes().checkUnused();
         std::string_view word;
         if (!text.readWord(word))
             return text.fail("expected a node");

@@ -18,7 +18,11 @@ public:
     /// A text without a header is Kalmyr text if `headerNeeded` is false.
     static std::unique_ptr<SceneReader> make(SoInput& in, bool headerNeeded);
 
-    SceneReader(SoInput& in, const Dialect& dialect) : m_nodes(in, dialect) {}
+    SceneReader(SoInput& in, const Dialect& dialect) : m_nodes(in, dialect)
+    {
+        if (!in.getHeader().isEmpty())
+            m_nodes.getScene().warnOfEnds();
+    }
 
     /// Next node of the file itself; null with `true` at its end.
     bool readTop(SoNode*& node);

@@ -29,10 +29,33 @@ SceneText::SceneText(SoInput& in, const Dialect& dialect)
 {
 }
 
+SceneText::SceneText(SoInput& in, const Dialect& dialect, SceneText* file, std::size_t at)
+    : m_in(in), m_text(in.getTokenizer()), m_dialect(dialect), m_file(file), m_fileAt(at)
+{
+}
+
 SoNode* SceneText::findNode(std::string_view name) const
 {
     const DefinitionTable::Definition* known = m_definitions.find(name);
     return known ? known->node.get() : nullptr;
+}
+
+void SceneText::warnOfEnds()
+{
+    if (m_in.m_format == SoInput::KALMYR_BINARY)
+        return;
+    const std::string_view start(m_text.getText(), m_text.getOffset());
+    const std::string_view header = m_in.getHeader().view();
+    const bool isExact =
+        start.starts_with(header)
+        && (start.size() == header.size()
+            || std::string_view(" \t\r\n").find(start[header.size()]) != start.npos);
+    if (!isExact)
+        warnOnce("header", m_text.getText(),
+                 "expected " + quoted(header) + " at the very beginning, written like this");
+    if (m_in.m_isEndCut)
+        warnOnce("end", m_text.getText() + m_text.getSize(),
+                 "the text ends in zero bytes or marks of old systems");
 }
 
 bool SceneText::isStopped()
@@ -97,21 +120,43 @@ void SceneText::warnOnce(const std::string& key, const char* at, const std::stri
     m_text.setOffset(here);
 }
 
+void SceneText::warnInPart(std::size_t begin, int line, int column, const std::string& message)
+{
+    const std::string key = "part " + std::to_string(begin) + " " + std::to_string(line) + " "
+                            + std::to_string(column) + " " + message;
+    if (m_warned.size() > SoInput::kMaxWarnings || !m_warned.insert(key).second)
+        return;
+    int firstLine = 0, firstColumn = 0;
+    m_text.getPosition(begin, firstLine, firstColumn);
+    m_in.warnAt(firstLine + line - 1, line == 1 ? firstColumn + column - 1 : column,
+                SbString(message));
+}
+
 bool SceneText::readName(std::string_view& name)
 {
     m_text.peek();
     const std::size_t at = m_text.getOffset();
     bool taken = m_text.readName(name);
     const char next = m_text.getText()[m_text.getOffset()];
+    bool isOdd = false;
     if (m_dialect.isLenient && (!taken || !(isWordChar(next) || next == ' ' || next == '\n'))) {
         m_text.setOffset(at);
         taken = takeOddName(name);
+        isOdd = taken && !std::all_of(name.begin(), name.end(), isWordChar);
     }
     if (!taken || !m_dialect.isLegalName(name))
         return m_text.failAt(at, "expected a name");
+    if (isOdd || (m_dialect.isLenient && !SbName::isBaseNameStartChar(name[0])))
+        warnOddName(name);
     return name.size() <= kMaxNameLength
            || m_text.failAt(at, "expected a name of at most " + std::to_string(kMaxNameLength)
                                     + " bytes");
+}
+
+void SceneText::warnOddName(std::string_view name)
+{
+    warnOnce("name " + std::string(name), name.data(),
+             quoted(name) + " has characters that a name cannot have there");
 }
 
 bool SceneText::takeOddName(std::string_view& name)

@@ -23,6 +23,8 @@ public:
     static constexpr std::size_t kMaxNameLength = 4096;
 
     SceneText(SoInput& in, const Dialect& dialect);
+    /// A part of the text of `file`, which begins there at `at`; `file` may be null.
+    SceneText(SoInput& in, const Dialect& dialect, SceneText* file, std::size_t at);
 
     SoInput& getInput() const { return m_in; }
     const Dialect& getDialect() const { return m_dialect; }
@@ -40,10 +42,17 @@ public:
     bool countWork(std::size_t bytes);
     /// Between nodes: reports progress. False after a fault and after a stop.
     bool goesOn();
+    /// Remarks on a header that is not written as it should be, and on bytes behind the text.
+    void warnOfEnds();
     /// Lets the host know that all of it was read.
     void tellEnd();
     /// Makes the fault or the stop that ended reading known.
     void tellFault();
+
+    /// The text of the file that this one is a part of; null when that is not at hand.
+    SceneText* getFile() const { return m_file; }
+    /// Where a part of this text stands in the file.
+    std::size_t toFileOffset(std::size_t offset) const { return m_fileAt + offset; }
 
     /// Where a part of the text stands.
     std::size_t offsetOf(std::string_view part) const
@@ -57,8 +66,13 @@ public:
     /// A remark on what stands at `at`, once for every different `key`.
     void warnOnce(const std::string& key, const char* at, const std::string& message);
 
+    /// A remark on what stands `line` and `column` into the text that begins at `begin`, once.
+    void warnInPart(std::size_t begin, int line, int column, const std::string& message);
+
     /// A name behind DEF or USE.
     bool readName(std::string_view& name);
+    /// Remarks on a name that the format does not allow.
+    void warnOddName(std::string_view name);
     /// Takes a name with characters that are no part of names, as some programs write them.
     bool takeOddName(std::string_view& name);
 
@@ -87,6 +101,8 @@ private:
     SoInput& m_in;
     SoTokenizer& m_text; // The input's.
     const Dialect& m_dialect;
+    SceneText* m_file = this; // Not owned.
+    std::size_t m_fileAt = 0; ///< where this text begins in the file's
     DefinitionTable m_definitions;
     std::unordered_set<std::string> m_warned;
 };

@@ -354,6 +354,7 @@ bool SoInput::adopt(std::unique_ptr<Bytes> bytes)
     m_open = true;
     m_filesRead = 0;
     m_numWarnings = 0;
+    m_isEndCut = false;
     m_aside = m_work = 0;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
     watchProgress();
@@ -517,6 +518,7 @@ void SoInput::cutEnd()
         return;
     m_bytes->data[size] = 0;
     m_bytes->size = m_size = size;
+    m_isEndCut = true;
     m_tokens = SoTokenizer(m_bytes->data, m_size, m_fileName);
     watchProgress();
     giveBackWhatIsRead();
@@ -576,8 +578,6 @@ void SoInput::warnAt(int line, int column, const SbString& text)
 {
     if (++m_numWarnings > kMaxWarnings + 1)
         return;
-    int line = 0, column = 0;
-    m_tokens.getPosition(m_tokens.getOffset(), line, column);
     warn(m_fileName, line, column,
          m_numWarnings > kMaxWarnings ? SbString("further remarks are left out") : text);
 }

@@ -1,10 +1,12 @@
 #include "ValueReader.h"
 
 #include "NodeReader.h"
+#include "StringCheck.h"
 
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFEnum.h>
+#include <kalmyr/fields/SoValueFields.h>
 
 #include <algorithm>
 #include <cctype>
@@ -14,12 +16,49 @@ namespace kalmyr::detail {
 
 bool ValueReader::read(SoField& field)
 {
+    if (!m_scene.getDialect().isLenient)
+        return readPlain(field);
+    const SoType type = field.getTypeId();
+    const bool isText =
+        type == SoSFString::getClassTypeId() || type == SoMFString::getClassTypeId();
+    if (!isText && type != SoSFBool::getClassTypeId())
+        return readPlain(field);
+    SoTokenizer& text = m_scene.getTokens();
+    text.peek();
+    const char* const begin = text.getText() + text.getOffset();
+    if (!readPlain(field))
+        return false;
+    const std::string_view taken(begin, text.getText() + text.getOffset());
+    if (!isText)
+        warnOfOddBool(taken);
+    else if (!m_scene.getDialect().bodiesHoldNodes) // VRML 1.0 knows no UTF-8
+        warnOfOddString(taken);
+    return true;
+}
+
+void ValueReader::warnOfOddBool(std::string_view value)
+{
+    if (value != "TRUE" && value != "FALSE")
+        m_scene.warnOnce("bool", value.data(), "expected TRUE or FALSE, not " + quoted(value));
+}
+
+void ValueReader::warnOfOddString(std::string_view value)
+{
+    if (const OddString odd = findOddString(value); odd.at)
+        m_scene.warnOnce(odd.what, odd.at, odd.what);
+}
+
+bool ValueReader::readPlain(SoField& field)
+{
     SoTokenizer& text = m_scene.getTokens();
     if (m_nodes.getPieces().isOpen() && text.accept('@'))
         return m_nodes.getPieces().readBlock(field);
     if (m_scene.getDialect().isLenient && text.peek() == '['
-        && !field.isOfType(SoMField::getClassTypeId()))
+        && !field.isOfType(SoMField::getClassTypeId())) {
+        m_scene.warnOnce("brackets", text.getText() + text.getOffset(),
+                         "there are brackets around the value of a field of one value");
         return text.expect('[') && field.readValue(m_nodes) && text.expect(']');
+    }
     return field.isOfType(SoMNodeField::getClassTypeId())
                ? readNodeList(static_cast<SoMNodeField&>(field))
                : field.readValue(m_nodes);
@@ -51,9 +90,11 @@ bool ValueReader::readOdd(SoField& field)
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     SoTokenizer tokens(name.c_str(), name.size());
     SoFieldReader reader(tokens);
-    if (!field.readValue(reader) || !tokens.atEnd())
-        m_scene.warnOnce("value " + name, start,
-                         tokens.getError() + ", not " + quoted(word) + "; it is left out");
+    const bool isKnown = field.readValue(reader) && tokens.atEnd();
+    m_scene.warnOnce("value " + name, start,
+                     isKnown ? "expected " + name + ", not " + quoted(word)
+                                   + " in quotes or small letters"
+                             : tokens.getError() + ", not " + quoted(word) + "; it is left out");
     return true;
 }
 
@@ -70,8 +111,12 @@ bool ValueReader::readNodeList(SoMNodeField& field)
         const Parsed statement = m_nodes.tryStatement(word);
         if (statement == Parsed::Fault)
             return false;
-        if (statement == Parsed::Yes)
+        if (statement == Parsed::Yes) {
+            if (!one)
+                m_scene.warnOnce("in list", word.data(),
+                                 quoted(word) + " stands in a list of nodes");
             continue;
+        }
         SoNode* node = nullptr;
         if (!m_nodes.readNodeFrom(word, node))
             return false;

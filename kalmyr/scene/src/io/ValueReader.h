@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 class SoField;
 class SoMNodeField;
 
@@ -20,6 +22,9 @@ public:
     void readMark(SoField& field);
 
 private:
+    bool readPlain(SoField& field);
+    void warnOfOddBool(std::string_view value);
+    void warnOfOddString(std::string_view value);
     /// One node or a list; what is left out (NULL, statements) leaves no gap.
     bool readNodeList(SoMNodeField& field);
 

@@ -175,6 +175,7 @@ private:
     Format m_format = UNKNOWN_FORMAT;
     bool m_open = false;
     bool m_compressed = false;
+    bool m_isEndCut = false; ///< bytes behind the text were left out
 
     friend class SoDB;
     friend class kalmyr::detail::SceneReader;

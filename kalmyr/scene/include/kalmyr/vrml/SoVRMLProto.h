@@ -32,7 +32,9 @@ public:
     SbName name;
     std::string text; ///< from the bracket that opens the interface to the last of the declaration
     std::vector<Entry> interface;
+    std::size_t fileAt = 0;       ///< where the text stands in its file
     std::size_t bodyAt = kNoBody; ///< behind the brace that opens the body
+    bool checked = false;         ///< the body was read: for an instance, or to see what is wrong
     bool external = false;        ///< the body stands in another file, one of `urls`
     std::size_t urlsAt = 0;       ///< where they stand in the text
     std::vector<SbString> urls;
