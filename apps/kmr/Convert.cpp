@@ -111,7 +111,8 @@ int runConvert(const Arguments& given)
         return 1;
     out.setHeaderString(headerOf(format));
     SoWriteAction write(&out);
-    write.setRootWritten(!holds(format, scene) || !scene.isRootOwn);
+    // Nodes that stood side by side do so again, unless they had to be made anew.
+    write.setRootWritten(root != scene.root || !scene.isRootOwn);
     write.apply(root.get());
     return out.closeFile() ? 0 : 1;
 }

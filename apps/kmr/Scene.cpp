@@ -183,7 +183,7 @@ Scene readScene(const std::string& file, bool countTextToo)
     if (!scene.ok)
         scene.nodes.clear();
     const bool isVrml97 =
-        scene.format == SoInput::VRML2 || (scene.nodes.size() > 1 && isVrml97Only(scene.nodes));
+        scene.format == SoInput::VRML2 || (!scene.nodes.empty() && isVrml97Only(scene.nodes));
     scene.isRootOwn = isVrml97 || scene.nodes.size() != 1;
     scene.root = isVrml97          ? groupOf<SoVRMLGroup>(scene.nodes)
                  : scene.isRootOwn ? groupOf<SoSeparator>(scene.nodes)

@@ -386,7 +386,7 @@ void SoNode::copyContents(const SoNode* from, SoNodeCopier& copier)
         setName(from->getName());
     m_nodeFlags =
         static_cast<std::uint8_t>((m_nodeFlags & ~kOverride) | (from->m_nodeFlags & kOverride));
-    SoForeignFields::copy(from, this);
+    SoForeignFields::copy(from, this, copier);
     if (SoChildList* children = getChildren(); children && from->getChildren())
         copyChildren(*children, *from->getChildren(), copier);
 }

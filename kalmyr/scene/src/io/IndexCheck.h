@@ -17,6 +17,8 @@ public:
     Scope open() const { return m_points; }
     /// `node` has been read. A remark when it is a shape with an index without a point.
     std::optional<std::string> close(const SoNode* node, Scope before);
+    /// What was read since stands in no shape's way.
+    void leaveOut(Scope before) { m_points = before; }
     /// A node that was read before stands here again.
     void reuse(const SoNode* node);
 

@@ -1,8 +1,11 @@
 #include "KeptWriter.h"
 
+#include "core/NodeFields.h"
+#include "FieldDeclaring.h"
 #include "PrototypeWriter.h"
 #include "SoSceneWriter.h"
 #include "WriteDialect.h"
+#include "WrittenNames.h"
 #include "WrittenText.h"
 
 #include <kalmyr/core/SoField.h>
@@ -10,6 +13,7 @@
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/io/SoUnknownNode.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 #include <kalmyr/vrml/SoVRMLScript.h>
 
 namespace kalmyr::detail {
@@ -37,6 +41,16 @@ bool hasValue(SoField::FieldType kind)
 
 } // namespace
 
+void KeptWriter::count(const SoNode* node)
+{
+    for (const SoForeignFields::Entry& entry : SoForeignFields::of(node))
+        for (const SoRef<SoNode>& one : entry.nodes)
+            m_nodes.writeNode(one.get());
+    for (const SoForeignFields::Use& use : SoForeignFields::usesIn(node))
+        if (m_names.contains(use.node))
+            m_names[use.node].named = true;
+}
+
 void KeptWriter::fields(const SoNode* node)
 {
     for (const SoForeignFields::Entry& entry : SoForeignFields::of(node)) {
@@ -46,12 +60,49 @@ void KeptWriter::fields(const SoNode* node)
         if (m_dialect.quotesKeptFields()) {
             m_text << "KEEP ";
             m_text.quoted(entry.name);
-            m_text << " ";
-            m_text.quoted(entry.value);
         } else {
-            m_text << entry.name << " " << entry.value;
+            m_text << entry.name;
         }
+        m_text << " ";
+        if (!entry.nodes.empty())
+            nodes(entry);
+        else if (m_dialect.quotesKeptFields())
+            m_text.quoted(entry.value);
+        else
+            m_text << entry.value;
     }
+}
+
+void KeptWriter::nodes(const SoForeignFields::Entry& entry)
+{
+    if (!entry.isList) {
+        m_nodes.writeNode(entry.nodes.front().get());
+        return;
+    }
+    m_text << "[";
+    m_text.indent();
+    for (const SoRef<SoNode>& node : entry.nodes) {
+        m_text.newLine();
+        m_nodes.writeNode(node.get());
+    }
+    m_text.outdent();
+    m_text.newLine();
+    m_text << "]";
+}
+
+std::vector<SoForeignFields::Use> KeptWriter::usesIn(const SoNode* node, const SoField& field)
+{
+    // Fields of classes hold no such thing: a file cannot mean it.
+    std::vector<SoForeignFields::Use> uses;
+    if (declaresFields(node) && isNodeField(field.getTypeId()))
+        uses = SoForeignFields::usesIn(node);
+    if (uses.empty())
+        return uses;
+    const SbName name = node->getFieldName(&field);
+    std::erase_if(uses, [&](const SoForeignFields::Use& use) {
+        return use.field != name || !m_names.contains(use.node) || !m_names[use.node].written;
+    });
+    return uses;
 }
 
 void KeptWriter::declaration(const SoNode* node, int first)

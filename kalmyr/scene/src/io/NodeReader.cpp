@@ -1,5 +1,7 @@
 #include "NodeReader.h"
 
+#include "FieldDeclaring.h"
+
 #include "core/StackSwitch.h"
 
 #include <kalmyr/core/SoChildList.h>
@@ -18,14 +20,6 @@ namespace {
 bool isWordChar(char c)
 {
     return SbName::isBaseNameChar(c);
-}
-
-/// Files may call such fields anything, numbers included.
-bool declaresFields(const SoNode* node)
-{
-    return node->isOfType(SoVRMLScript::getClassTypeId())
-           || node->isOfType(SoUnknownNode::getClassTypeId())
-           || node->isOfType(SoVRMLProtoInstance::getClassTypeId());
 }
 
 } // namespace
@@ -165,10 +159,13 @@ bool NodeReader::readUse(SoNode*& node)
         return false;
     const auto at = m_scene.offsetOf(name);
     const DefinitionTable::Definition* known = m_scene.getDefinitions().find(name);
+    m_numNamed += known && known->node;
     if (known && !known->open) {
         node = known->node.get();
         return true;
     }
+    if (known && m_values.takeUse(known->node.get()))
+        return true;
     const std::string wanted =
         known ? "a node other than " + quoted(name) + ", which holds this place itself"
               : "a name that DEF gave before, not " + quoted(name);
@@ -220,6 +217,7 @@ bool NodeReader::readDefinition(std::string_view type, std::string_view name, So
     node->enableNotify(false);
     DefinitionTable::Definition* definition = nullptr;
     if (!name.empty()) {
+        ++m_numNamed;
         definition = &m_scene.getDefinitions().get(name);
         definition->node = holder;
         definition->open = true;

@@ -67,6 +67,10 @@ public:
     std::size_t getBodyOffset() const { return m_bodyAt; }
     /// Levels of prototypes that what is read stands in.
     int getProtoDepth() const { return m_protoDepth; }
+    /// Levels of nodes that what is read stands in.
+    int getDepth() const { return m_depth; }
+    /// How often nodes were given names, or used by name, up to here.
+    std::size_t getNumNamed() const { return m_numNamed; }
     bool isInPrototype() const { return m_protoDepth > 0; }
     /// The type name may mean something else from here on.
     void forgetType(std::string_view name) { m_types.erase(name); }
@@ -105,6 +109,7 @@ private:
     IndexCheck m_indexCheck;
     std::unordered_map<std::string_view, TypeEntry> m_types;
     std::size_t m_bodyAt = 0;
+    std::size_t m_numNamed = 0;
     const char* m_stackLimit = nullptr; ///< reading changes stacks below this address
     int m_depth = 0;
     int m_protoDepth = 0;

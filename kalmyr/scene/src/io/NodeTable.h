@@ -19,7 +19,7 @@ public:
     struct Info {
         std::int32_t count = 0; ///< occurrences
         std::int32_t name = -1; ///< number of the name, given when the node is written
-        bool routed = false;    ///< a route names it
+        bool named = false;     ///< a route or a field further down names it
         bool written = false;
     };
 

@@ -70,7 +70,7 @@ void RouteWriter::settle()
     for (const Route& route : m_routes) {
         for (const SoFieldContainer* end : {route.to->getContainer(), route.from->getContainer()})
             if (end->isOfType(SoNode::getClassTypeId()))
-                m_names[static_cast<const SoNode*>(end)].routed = true;
+                m_names[static_cast<const SoNode*>(end)].named = true;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <kalmyr/core/SoField.h>
 #include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/fields/SoMNodeField.h>
+#include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/io/SoOutput.h>
 #include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
@@ -56,7 +57,7 @@ SceneWriter::SceneWriter(SoAction& action, SoOutput& out)
       m_names(m_dialect),
       m_prototypes(m_text, m_dialect, m_interruption),
       m_routes(m_text, m_dialect, m_names, m_interruption, *this),
-      m_kept(*this, m_text, m_dialect),
+      m_kept(*this, m_text, m_dialect, m_names),
       m_values(m_text, m_dialect, m_interruption, out, *this)
 {
 }
@@ -108,12 +109,17 @@ bool SceneWriter::enter(SoNode* node)
         return true;
     WrittenNames::Info& info = m_names[node];
     if (info.written) {
-        m_text << "USE " << m_names.of(node, info);
+        writeUse(node);
         return false;
     }
     info.written = true;
     header(node, info);
     return true;
+}
+
+void SceneWriter::writeUse(const SoNode* node)
+{
+    m_text << "USE " << m_names.of(node);
 }
 
 void SceneWriter::leave(const SoNode* node)
@@ -124,7 +130,7 @@ void SceneWriter::leave(const SoNode* node)
 
 void SceneWriter::header(SoNode* node, WrittenNames::Info& info)
 {
-    if (info.count > 1 || info.routed || !node->getName().isEmpty())
+    if (info.count > 1 || info.named || !node->getName().isEmpty())
         m_text << "DEF " << m_names.of(node, info) << " ";
     if (const SoVRMLProto* proto = protoOf(node))
         m_text << m_dialect.protoPrefix() << m_prototypes.nameOf(proto);
@@ -156,7 +162,9 @@ void SceneWriter::fields(SoNode* node)
     const SoFieldData* data = node->getFieldData();
     for (int i = 0; data && !m_action.hasTerminated() && i < data->getNumFields(); ++i)
         field(node, data->getFieldName(i), data->getField(node, i));
-    if (!m_counting)
+    if (m_counting)
+        m_kept.count(node);
+    else if (!isWrapper(node))
         m_kept.fields(node);
 }
 
@@ -226,31 +234,46 @@ void SceneWriter::countField(const SoNode* node, const SoField& field)
 
 void SceneWriter::value(const SoNode* node, const SoField& field)
 {
-    if (const SoMNodeField* list = nodeListOf(field))
+    if (const SoMNodeField* list = nodeListOf(field)) {
         nodeList(node, *list);
-    else
+        return;
+    }
+    const auto uses = m_kept.usesIn(node, field);
+    if (uses.empty() || static_cast<const SoSFNode&>(field).getValue())
         m_values.write(node, field);
+    else
+        writeUse(uses.front().node);
 }
 
 void SceneWriter::nodeList(const SoNode* node, const SoMNodeField& field)
 {
-    if (!m_counting) {
-        m_text << "[";
-        m_text.indent();
+    if (m_counting) {
+        for (int i = 0; !m_action.hasTerminated() && i < field.getNum(); ++i)
+            if (!field.isBound() || m_cut.isKept(node, field[i], i))
+                writeNode(field[i]);
+        return;
     }
+    m_text << "[";
+    m_text.indent();
     bool any = false;
-    const bool bound = field.isBound();
-    for (int i = 0; !m_action.hasTerminated() && i < field.getNum(); ++i) {
-        SoNode* child = field[i];
-        if (bound && !m_cut.isKept(node, child, i))
+    const auto uses =
+        field.isBound() ? std::vector<SoForeignFields::Use>() : m_kept.usesIn(node, field);
+    auto use = uses.begin();
+    for (int i = 0; !m_action.hasTerminated(); ++i) {
+        const bool isEnd = i >= field.getNum();
+        for (; use != uses.end() && (isEnd || use->index <= i); ++use) {
+            any = true;
+            m_text.newLine();
+            writeUse(use->node);
+        }
+        if (isEnd)
+            break;
+        if (field.isBound() && !m_cut.isKept(node, field[i], i))
             continue;
         any = true;
-        if (!m_counting)
-            m_text.newLine();
-        writeNode(child);
+        m_text.newLine();
+        writeNode(field[i]);
     }
-    if (m_counting)
-        return;
     m_text.outdent();
     if (any)
         m_text.newLine();

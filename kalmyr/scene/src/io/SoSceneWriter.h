@@ -78,6 +78,7 @@ private:
     /// Whether the node only holds the nodes of a file, whose text has no node for it.
     bool isWrapper(const SoNode* node) const;
     void nodeList(const SoNode* node, const SoMNodeField& field);
+    void writeUse(const SoNode* node);
     void header(SoNode* node, WrittenNames::Info& info);
 
     SoAction& m_action;

@@ -11,6 +11,7 @@
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMatrixElements.h>
+#include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/lights/SoPointLight.h>
 #include <kalmyr/lights/SoSpotLight.h>
@@ -61,7 +62,10 @@ using namespace kalmyr::detail;
 
 bool isVrml97(const SoNode* node)
 {
-    return node->getTypeId().getName().view().starts_with("VRML");
+    const bool isUnknown = node->isOfType(SoUnknownNode::getClassTypeId());
+    const SbName& type = isUnknown ? static_cast<const SoUnknownNode*>(node)->getUnknownTypeName()
+                                   : node->getTypeId().getName();
+    return type.view().starts_with("VRML");
 }
 
 template <class Set>

@@ -15,6 +15,7 @@
 #include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/fields/SoSFNode.h>
+#include <kalmyr/io/SoUnknownNode.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/lights/SoPointLight.h>
 #include <kalmyr/lights/SoSpotLight.h>
@@ -104,7 +105,12 @@ bool isPure(const SoNode* node, std::unordered_set<const SoNode*>& seen)
 {
     if (!seen.insert(node).second)
         return true;
-    if (!SoToVRMLAction::isVrml1Type(node->getTypeId()))
+    // The format lets files have types of their own.
+    const bool isOwn =
+        node->isOfType(SoUnknownNode::getClassTypeId())
+        && !static_cast<const SoUnknownNode*>(node)->getUnknownTypeName().view().starts_with(
+            "VRML");
+    if (!isOwn && !SoToVRMLAction::isVrml1Type(node->getTypeId()))
         return false;
     const bool isInline = node->isOfType(SoWWWInline::getClassTypeId());
     const SoChildList* children = isInline ? nullptr : node->getChildren();

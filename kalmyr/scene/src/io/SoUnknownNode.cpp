@@ -67,7 +67,7 @@ void SoUnknownNode::copyContents(const SoNode* from, SoNodeCopier& copier)
         field->setIgnored(original->isIgnored());
     }
     m_declared = source->m_declared;
-    SoForeignFields::copy(from, this);
+    SoForeignFields::copy(from, this, copier);
     if (!from->getName().isEmpty())
         setName(from->getName());
     for (SoNode* child : source->getChildren()->getNodes())

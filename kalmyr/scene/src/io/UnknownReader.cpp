@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace kalmyr::detail {
 
@@ -56,14 +57,66 @@ bool UnknownReader::keepField(SoNode* node, std::string_view name)
     SoTokenizer& text = m_scene.getTokens();
     text.peek();
     const char* begin = text.getText() + text.getOffset();
-    if (!m_scene.skipValue())
+    const bool inPrototype = m_nodes.isInPrototype();
+    // Nodes that have names may be used elsewhere; all else is kept as it stands.
+    std::vector<SoRef<SoNode>> nodes;
+    bool isList = false;
+    const std::size_t numNamed = m_nodes.getNumNamed();
+    const bool isNodes = !inPrototype && isNodesHere() && tryNodes(nodes, isList);
+    if (m_scene.isStopped() || (!isNodes && !m_scene.skipValue()))
         return false;
+    if (isNodes && m_nodes.getNumNamed() != numNamed) {
+        SoForeignFields::add(node, name, std::move(nodes), isList);
+        return true;
+    }
     const char* end = text.getText() + text.getOffset();
     while (end > begin && isSeparator(end[-1]))
         --end;
     // What instances of prototypes are made of is written as the text of the prototype.
-    if (!m_nodes.isInPrototype())
+    if (!inPrototype)
         SoForeignFields::add(node, name, {begin, static_cast<std::size_t>(end - begin)});
+    return true;
+}
+
+bool UnknownReader::isNodesHere()
+{
+    SoTokenizer& text = m_scene.getTokens();
+    const std::size_t at = text.getOffset();
+    std::string_view name;
+    bool mayBe = true;
+    if (text.acceptWord("USE") && text.readName(name)) {
+        // Text uses what is kept as text, or what it stands in, as well.
+        const DefinitionTable::Definition* known = m_scene.getDefinitions().find(name);
+        mayBe = known && known->node && !known->open;
+    }
+    text.setOffset(at);
+    return mayBe && nodeFieldType();
+}
+
+bool UnknownReader::tryNodes(std::vector<SoRef<SoNode>>& nodes, bool& isList)
+{
+    SoTokenizer& text = m_scene.getTokens();
+    const SoTokenizer before = text;
+    const SoTokenizer::Hold hold(text);
+    const IndexCheck::Scope scope = m_nodes.getIndexCheck().open();
+    const bool ok = readNodes(nodes, isList);
+    m_nodes.getIndexCheck().leaveOut(scope);
+    if (!ok && !m_scene.isStopped())
+        text = before;
+    return ok;
+}
+
+bool UnknownReader::readNodes(std::vector<SoRef<SoNode>>& nodes, bool& isList)
+{
+    SoTokenizer& text = m_scene.getTokens();
+    isList = text.accept('[');
+    while (isList ? !text.accept(']') : nodes.empty()) {
+        SoNode* node = nullptr;
+        if (!m_nodes.readNode(node))
+            return false;
+        if (node || !isList)
+            nodes.emplace_back(node);
+    }
     return true;
 }
 
@@ -71,9 +124,18 @@ bool UnknownReader::readKept(SoNode* node)
 {
     SoTokenizer& text = m_scene.getTokens();
     std::string name, value;
-    if (text.peek() != '"' || !text.readString(name) || text.peek() != '"'
-        || !text.readString(value))
-        return text.fail("expected the name and the text of a field in quotes");
+    if (text.peek() != '"' || !text.readString(name))
+        return text.fail("expected the name of a field in quotes");
+    if (text.peek() != '"') {
+        std::vector<SoRef<SoNode>> nodes;
+        bool isList = false;
+        if (!tryNodes(nodes, isList))
+            return text.fail("expected the text of a field in quotes, or its nodes");
+        SoForeignFields::add(node, name, std::move(nodes), isList);
+        return true;
+    }
+    if (!text.readString(value))
+        return text.fail("expected the text of a field in quotes, or its nodes");
     if (name.empty() && node->isOfType(SoUnknownNode::getClassTypeId()))
         static_cast<SoUnknownNode*>(node)->setBody(value);
     else

@@ -29,6 +29,11 @@ public:
 private:
     /// Keeps the value of a field that the node does not have.
     bool keepField(SoNode* node, std::string_view name);
+    /// Whether the value here looks like nodes, none of which is known as text only.
+    bool isNodesHere();
+    /// Reads a node or a list of nodes; goes back to where it began when that fails.
+    bool tryNodes(std::vector<SoRef<SoNode>>& nodes, bool& isList);
+    bool readNodes(std::vector<SoRef<SoNode>>& nodes, bool& isList);
     /// Reads on behind the word "KEEP".
     bool readKept(SoNode* node);
     bool readDeclaredBody(SoUnknownNode* node, std::string_view typeName);

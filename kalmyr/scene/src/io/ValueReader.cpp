@@ -1,5 +1,7 @@
 #include "ValueReader.h"
 
+#include "core/NodeFields.h"
+#include "FieldDeclaring.h"
 #include "NodeReader.h"
 #include "StringCheck.h"
 
@@ -10,9 +12,19 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 #include <vector>
 
 namespace kalmyr::detail {
+
+bool ValueReader::takeUse(SoNode* node)
+{
+    // Nodes inside the value are read one level further down.
+    if (!m_uses || m_uses->depth != m_nodes.getDepth())
+        return false;
+    m_uses->found.push_back({{}, m_uses->index, node});
+    return true;
+}
 
 bool ValueReader::read(SoField& field)
 {
@@ -49,6 +61,25 @@ void ValueReader::warnOfOddString(std::string_view value)
 }
 
 bool ValueReader::readPlain(SoField& field)
+{
+    const SoFieldContainer* container = field.getContainer();
+    const bool mayUse = isNodeField(field.getTypeId()) && container
+                        && container->isOfType(SoNode::getClassTypeId())
+                        && declaresFields(static_cast<const SoNode*>(container));
+    if (!mayUse)
+        return readValue(field);
+    Uses uses{m_nodes.getDepth(), 0, {}};
+    Uses* const before = std::exchange(m_uses, &uses);
+    const bool ok = readValue(field);
+    m_uses = before;
+    for (SoForeignFields::Use& use : uses.found) {
+        use.field = container->getFieldName(&field);
+        SoForeignFields::addUse(static_cast<const SoNode*>(container), use);
+    }
+    return ok;
+}
+
+bool ValueReader::readValue(SoField& field)
 {
     SoTokenizer& text = m_scene.getTokens();
     if (m_nodes.getPieces().isOpen() && text.accept('@'))
@@ -117,6 +148,8 @@ bool ValueReader::readNodeList(SoMNodeField& field)
                                  quoted(word) + " stands in a list of nodes");
             continue;
         }
+        if (m_uses)
+            m_uses->index = static_cast<int>(nodes.size());
         SoNode* node = nullptr;
         if (!m_nodes.readNodeFrom(word, node))
             return false;

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <kalmyr/core/SoForeignFields.h>
+
 #include <string_view>
+#include <vector>
 
 class SoField;
 class SoMNodeField;
+class SoNode;
 
 namespace kalmyr::detail {
 
@@ -21,15 +25,27 @@ public:
     /// The mark behind a value, if it is there, that lets the field be ignored.
     void readMark(SoField& field);
 
+    /// A USE of a node that is still open. Yes when it stands in a field that may name such nodes:
+    /// scripts, instances of prototypes and unknown nodes often know what they stand in.
+    bool takeUse(SoNode* node);
+
 private:
     bool readPlain(SoField& field);
     void warnOfOddBool(std::string_view value);
     void warnOfOddString(std::string_view value);
+    /// What such a field uses while its value is read.
+    struct Uses {
+        int depth; ///< of the node whose field it is
+        int index = 0;
+        std::vector<SoForeignFields::Use> found;
+    };
+    bool readValue(SoField& field);
     /// One node or a list; what is left out (NULL, statements) leaves no gap.
     bool readNodeList(SoMNodeField& field);
 
     SceneText& m_scene;
     NodeReader& m_nodes;
+    Uses* m_uses = nullptr; // Not owned; on the stack of read().
 };
 
 } // namespace kalmyr::detail

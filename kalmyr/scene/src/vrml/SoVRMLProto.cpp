@@ -124,7 +124,7 @@ void SoVRMLProtoInstance::copyContents(const SoNode* from, SoNodeCopier& copier)
     const auto* source = static_cast<const SoVRMLProtoInstance*>(from);
     holdProto(source->m_proto.get());
     m_declared.copy(source->m_declared, copier);
-    SoForeignFields::copy(from, this);
+    SoForeignFields::copy(from, this, copier);
     if (!from->getName().isEmpty())
         setName(from->getName());
     for (SoNode* part : source->m_parts.getNodes())

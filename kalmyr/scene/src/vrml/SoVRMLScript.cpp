@@ -34,7 +34,7 @@ SoVRMLScript::~SoVRMLScript() = default;
 void SoVRMLScript::copyContents(const SoNode* from, SoNodeCopier& copier)
 {
     m_declared.copy(static_cast<const SoVRMLScript*>(from)->m_declared, copier);
-    SoForeignFields::copy(from, this);
+    SoForeignFields::copy(from, this, copier);
     if (!from->getName().isEmpty())
         setName(from->getName());
 }
