@@ -1,12 +1,9 @@
 #include "Drawing.h"
 
 #include <kalmyr/actions/SoGLRenderAction.h>
-#include <kalmyr/base/SbFileReplacement.h>
 #include <kalmyr/base/SbNumber.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
-
-#include <cstdio>
 
 namespace {
 
@@ -75,19 +72,7 @@ bool render(SoNode* seen, const std::string& name, const DrawOptions& options,
     renderer.getGLRenderAction()->setDrawStyle(how.style);
     if (how.transparency >= 0)
         renderer.getGLRenderAction()->setTransparencyType(how.transparency);
-    SbFileReplacement file;
-    SbString error;
-    if (!file.open(SbString(name), &error)) {
-        std::fprintf(stderr, "%s: error: it cannot be created: %s\n", name.c_str(),
-                     error.getString());
-        return false;
-    }
-    if (!renderer.renderToFile(seen, file.getFile(), formatOf(name)->format, kQuality))
-        return false;
-    if (file.commit(&error))
-        return true;
-    std::fprintf(stderr, "%s: error: it cannot be written: %s\n", name.c_str(), error.getString());
-    return false;
+    return renderer.renderToFile(seen, name.c_str(), formatOf(name)->format, kQuality);
 }
 
 } // namespace

@@ -4,7 +4,10 @@
 #include <kalmyr/tilevex/TvSymTool.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -86,6 +89,16 @@ void startModules()
         TvSymTool::initModule(module);
 }
 
+/// What was printed counts as done only when somebody could take it.
+int endWith(int status)
+{
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return status;
+    std::fprintf(stderr, "kmr: error: the standard output cannot be written: %s\n",
+                 std::strerror(errno));
+    return std::max(status, 1);
+}
+
 } // namespace
 
 int wrongUsage(const std::string& reason)
@@ -135,21 +148,22 @@ bool hasUnknownOption(const Arguments& arguments, std::string& option)
 
 int main(int argc, char** argv)
 {
+    std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is an error like any other
     const Arguments all(argv + 1, argv + argc);
     if (all.empty())
         return wrongUsage("a command is missing");
     if (std::find(all.begin(), all.end(), "--help") != all.end() || all[0] == "-h") {
         std::fputs(kUsage, stdout);
-        return 0;
+        return endWith(0);
     }
     SoDB::init();
     if (all[0] == "--version") {
         std::printf("kmr (%s)\n", SoDB::getVersion().getString());
-        return 0;
+        return endWith(0);
     }
     startModules();
     for (const Command& command : kCommands)
         if (all[0] == command.name)
-            return command.run(Arguments(all.begin() + 1, all.end()));
+            return endWith(command.run(Arguments(all.begin() + 1, all.end())));
     return wrongUsage("unknown command " + all[0]);
 }

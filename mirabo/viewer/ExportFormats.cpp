@@ -50,14 +50,10 @@ ExportResult writePicture(const ShownScene& scene, const ExportTarget& target)
         return ExportResult::Failed;
     if (!target.goesOn(0.5f)) // drawing takes as long as all the rest, or longer
         return ExportResult::Stopped;
-    SbFileReplacement file;
-    SbString reason;
-    if (!file.open(target.fileName.toUtf8().constData(), &reason)) {
-        SoError::post("Can not open file %s: %s", target.fileName.toUtf8().constData(),
-                      reason.getString());
-        return ExportResult::Failed;
-    }
-    return resultOf(write(renderer, file.getFile()) && file.commit(), false);
+    const bool isWritten =
+        SbFileReplacement::write(target.fileName.toUtf8().constData(),
+                                 [&](std::FILE* file) { return write(renderer, file); });
+    return resultOf(isWritten, false);
 }
 
 /// A drawing of lines and faces.

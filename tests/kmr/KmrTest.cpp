@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -215,6 +216,14 @@ TEST_F(KmrTest, ConvertsBetweenAllFormats)
         EXPECT_TRUE(has(run("info --json " + path(name)).output, "\"bbox\":[3,-2,-2,7,2,2]"))
             << name;
     EXPECT_TRUE(has(run("info " + path("b.kyz")).output, "kalmyr-binary, compressed"));
+    // What stands at the top is still there, alone or side by side.
+    for (const char* text : {"#VRML V2.0 utf8\n\nGroup {\n  children [\n    Group { }\n  ]\n}\n",
+                             "#VRML V1.0 ascii\n\nCube { }\nSphere { }\n"}) {
+        const std::string format = has(text, "V2") ? " --format vrml2" : " --format vrml1";
+        run("convert " + write("top.wrl", text) + " " + path("top.ky"));
+        run("convert " + path("top.ky") + " " + path("back.wrl") + format);
+        EXPECT_EQ(read("back.wrl"), text);
+    }
     const Outcome refused = run("convert " + file + " " + path("no/such/folder.ky"));
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.errors.rfind(path("no/such/folder.ky") + ": error: cannot be created", 0), 0u)
@@ -459,6 +468,45 @@ TEST_F(KmrTest, KeepsTheOldFileWhenItCannotExport)
         EXPECT_TRUE(has(told.errors, std::string(name) + ": error: ")) << told.errors;
         EXPECT_EQ(read(name), "as it was");
     }
+}
+
+TEST_F(KmrTest, ReplacesFilesAsAWholeOrNotAtAll)
+{
+    std::string points, faces;
+    for (int i = 0; i < 900; ++i) {
+        points += std::to_string(i * 7919 % 997) + " " + std::to_string(i * 6151 % 991) + " 0, ";
+        faces += std::to_string(i) + (i % 3 == 2 ? " -1 " : " ");
+    }
+    const std::string scene =
+        write("scene.ky", "#Kalmyr V1.0 ascii\nSeparator { Coordinate3 { point [ " + points
+                              + "] } IndexedFaceSet { coordIndex [ " + faces + "] } }\n");
+    for (const char* command :
+         {"render old.png", "render old.jpg", "render old.bmp", "render old.tif", "render old.rgb",
+          "render old.ps", "export old.pdf", "export old.u3d", "export old.ps", "export old.cgm",
+          "export old.emf", "export old.hpgl", "convert old.ky", "convert old.kyz",
+          "convert old.wrl"}) {
+        const std::string name = std::string(command).substr(std::string(command).find(' ') + 1);
+        const std::string verb = std::string(command).substr(0, std::string(command).find(' '));
+        write(name, "as it was");
+        struct rlimit before = {};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const struct rlimit small = {1000, before.rlim_max}; // like a disk that is nearly full
+        setrlimit(RLIMIT_FSIZE, &small);
+        const Outcome told = run(verb + " " + scene + " " + path(name));
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_EQ(told.status, 1) << command;
+        EXPECT_EQ(told.errors.rfind(path(name) + ": error: ", 0), 0u) << told.errors;
+        EXPECT_TRUE(has(told.errors, ": File too large\n")) << told.errors;
+        EXPECT_EQ(read(name), "as it was") << command;
+        fs::remove(path(name));
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder()), fs::directory_iterator()), 1);
+    if (fs::exists("/dev/full"))
+        for (const std::string& printing : {"info " + scene, std::string("--help")}) {
+            const Outcome told = run(printing + " >/dev/full");
+            EXPECT_EQ(told.status, 1) << printing;
+            EXPECT_TRUE(has(told.errors, "No space left on device")) << told.errors;
+        }
 }
 
 TEST_F(KmrTest, StopsReadingWhenInterrupted)

@@ -1,6 +1,7 @@
 #include <kalmyr/base/SbFileReplacement.h>
 
 #include <kalmyr/base/SbFileHelper.h>
+#include <kalmyr/base/SoError.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -109,6 +110,22 @@ void syncFolder(const fs::path& folder)
 #endif
 
 } // namespace
+
+bool SbFileReplacement::write(const SbString& path, const std::function<bool(std::FILE*)>& put)
+{
+    SbFileReplacement file;
+    SbString reason;
+    if (!file.open(path, &reason)) {
+        SoError::post("%s: cannot be created: %s", path.getString(), reason.getString());
+        return false;
+    }
+    if (!put(file.getFile()))
+        return false;
+    if (file.commit(&reason))
+        return true;
+    SoError::post("%s: cannot be written: %s", path.getString(), reason.getString());
+    return false;
+}
 
 bool SbFileReplacement::open(const SbString& path, SbString* error)
 {

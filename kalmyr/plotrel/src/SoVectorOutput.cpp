@@ -9,7 +9,9 @@
 #include <kalmyr/base/SoError.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
@@ -91,11 +93,13 @@ bool SoVectorOutput::writeDrawing(kalmyr::detail::VectorDrawing& drawing, float 
         divideShading(drawing, std::min(1.0f, kFlatTolerance * tolerance));
     if (m_colorMode != COLOR)
         convertColors(drawing, m_colorMode);
+    errno = 0;
     kalmyr::detail::ByteWriter bytes(m_file.getFile());
     write(drawing, bytes);
     m_hasDrawing = bytes.flush();
     if (!m_hasDrawing)
-        SoError::post("%s: cannot be written: the disk is full or gone", m_fileName.c_str());
+        SoError::post("%s: cannot be written: %s", m_fileName.c_str(),
+                      std::strerror(errno ? errno : EIO));
     return m_hasDrawing;
 }
 

@@ -3,8 +3,10 @@
 #include <kalmyr/base/SoError.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <csetjmp>
+#include <cstdarg>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -80,6 +82,12 @@ protected:
 // ---- PNG and JPEG: the codecs leave by longjmp, so no object with a destructor may stand in the
 // functions that call them
 
+/// In silence: the caller tells why.
+void leavePng(png_structp png, png_const_charp)
+{
+    png_longjmp(png, 1);
+}
+
 class PngWriter final : public Writer {
 public:
     using Writer::Writer;
@@ -107,7 +115,7 @@ public:
 private:
     bool open() override
     {
-        m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+        m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leavePng, nullptr);
         m_info = m_png ? png_create_info_struct(m_png) : nullptr;
         if (!m_info || setjmp(png_jmpbuf(m_png))) {
             return false;
@@ -289,6 +297,11 @@ toff_t sizeTiff(thandle_t handle)
     return static_cast<toff_t>(end - stream->start);
 }
 
+int ignoreTiffMessage(TIFF*, void*, const char*, const char*, va_list)
+{
+    return 1;
+}
+
 class TiffWriter final : public Writer {
 public:
     TiffWriter(std::FILE* file, bool isPacked)
@@ -314,8 +327,12 @@ public:
 private:
     bool open() override
     {
-        m_tiff = TIFFClientOpen("picture", "w", &m_stream, readTiff, writeTiffBytes, seekTiff,
-                                closeTiff, sizeTiff, nullptr, nullptr);
+        TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+        TIFFOpenOptionsSetErrorHandlerExtR(options, ignoreTiffMessage, nullptr);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, ignoreTiffMessage, nullptr);
+        m_tiff = TIFFClientOpenExt("picture", "w", &m_stream, readTiff, writeTiffBytes, seekTiff,
+                                   closeTiff, sizeTiff, nullptr, nullptr, options);
+        TIFFOpenOptionsFree(options);
         if (!m_tiff) {
             return false;
         }
@@ -509,10 +526,14 @@ std::unique_ptr<RasterWriter> makeRasterWriter(RasterFormat format, std::FILE* f
     }
 }
 
-bool failToWrite(RasterFormat format)
+bool failToWrite(RasterFormat format, std::FILE* file)
 {
-    SoError::post("the picture could not be written as %s",
-                  kNames[static_cast<std::size_t>(format)]);
+    // The codecs do not hand it on, but nothing that succeeds clears it.
+    const int reason = errno;
+    const bool isFile = file && std::ferror(file) && reason != 0;
+    SoError::post("the picture could not be written as %s%s%s",
+                  kNames[static_cast<std::size_t>(format)], isFile ? ": " : "",
+                  isFile ? std::strerror(reason) : "");
     return false;
 }
 
@@ -520,15 +541,16 @@ bool writeRaster(RasterFormat format, std::FILE* file, const SbImage& image,
                  const RasterOptions& options)
 {
     if (!file || image.isNull() || image.getComponents() < 3) {
-        return failToWrite(format);
+        return failToWrite(format, nullptr);
     }
+    errno = 0;
     const std::unique_ptr<RasterWriter> writer = makeRasterWriter(format, file, options);
     const int height = image.getHeight();
     bool ok = writer->begin(image.getWidth(), height, image.getComponents());
     for (int y = 0; y < height && ok; ++y) {
         ok = writer->put(image.getPixel(0, writer->isBottomUp() ? y : height - 1 - y));
     }
-    return (ok && writer->end()) || failToWrite(format);
+    return (ok && writer->end() && !std::ferror(file)) || failToWrite(format, file);
 }
 
 } // namespace kalmyr::detail

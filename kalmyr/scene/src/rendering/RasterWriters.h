@@ -32,8 +32,9 @@ public:
 std::unique_ptr<RasterWriter> makeRasterWriter(RasterFormat format, std::FILE* file,
                                                const RasterOptions& options);
 
-/// Posts the error that a picture could not be written; false.
-bool failToWrite(RasterFormat format);
+/// Posts the error that a picture could not be written, with the system's reason when the file has
+/// failed: errno was 0 before the first byte. False.
+bool failToWrite(RasterFormat format, std::FILE* file);
 /// Writes a picture of 3 or 4 components, whose rows run from bottom to top. False, with an error
 /// posted, for a null image or when writing fails.
 bool writeRaster(RasterFormat format, std::FILE* file, const SbImage& image,

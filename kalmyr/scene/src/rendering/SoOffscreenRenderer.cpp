@@ -13,6 +13,7 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 using kalmyr::detail::RasterFormat;
@@ -375,7 +376,7 @@ bool SoOffscreenRenderer::renderToFile(SoNode* root, std::FILE* file, Format for
         return postError("there is no scene");
     }
     if (!file) {
-        return failToWrite(kind);
+        return failToWrite(kind, nullptr);
     }
     const SoRef<SoNode> held(root);
     const SoRef<SoNode> seen =
@@ -386,6 +387,7 @@ bool SoOffscreenRenderer::renderToFile(SoNode* root, std::FILE* file, Format for
     if (!drawing.begin(kMaxBandBytes / row)) {
         return false;
     }
+    errno = 0;
     const auto writer = makeRasterWriter(kind, file, {quality, true});
     const int height = drawing.size[1];
     const int step = drawing.getBandRows();
@@ -407,7 +409,16 @@ bool SoOffscreenRenderer::renderToFile(SoNode* root, std::FILE* file, Format for
             ok = writer->put(&band[row * static_cast<std::size_t>(at)]);
         }
     }
-    return (ok && writer->end()) || failToWrite(kind);
+    return (ok && writer->end() && !std::ferror(file)) || failToWrite(kind, file);
+}
+
+bool SoOffscreenRenderer::renderToFile(SoNode* root, const char* fileName, Format format,
+                                       float quality)
+{
+    return kalmyr::holds(fileName, "a file name")
+           && SbFileReplacement::write(fileName, [&](std::FILE* file) {
+                  return renderToFile(root, file, format, quality);
+              });
 }
 
 SbImage SoOffscreenRenderer::getImage() const
@@ -458,22 +469,9 @@ bool SoOffscreenRenderer::writeToPNG(std::FILE* file) const
 
 bool SoOffscreenRenderer::writeToPNG(const char* fileName) const
 {
-    if (!kalmyr::holds(fileName, "a file name"))
-        return false;
-    SbFileReplacement file;
-    SbString reason;
-    if (!file.open(fileName, &reason)) {
-        SoError::post("%s: cannot be created: %s", fileName, reason.getString());
-        return false;
-    }
-    if (!writeToPNG(file.getFile())) {
-        return false;
-    }
-    if (!file.commit(&reason)) {
-        SoError::post("%s: cannot be written: %s", fileName, reason.getString());
-        return false;
-    }
-    return true;
+    return kalmyr::holds(fileName, "a file name")
+           && SbFileReplacement::write(fileName,
+                                       [this](std::FILE* file) { return writeToPNG(file); });
 }
 
 bool SoOffscreenRenderer::writeToJPEG(std::FILE* file, float quality) const

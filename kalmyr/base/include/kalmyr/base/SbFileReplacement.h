@@ -4,6 +4,7 @@
 #include <kalmyr/base/SbString.h>
 
 #include <cstdio>
+#include <functional>
 #include <string>
 
 /// A file that is written anew and takes its name only when it is complete: until commit() the old
@@ -17,6 +18,11 @@
 /// ever written into an old file.
 class KALMYRBASE_API SbFileReplacement {
 public:
+    /// A whole file, written by `put`, which posts an error itself when it returns false; whatever
+    /// else fails is posted with the file's name and the system's reason. False when the file was
+    /// not replaced.
+    static bool write(const SbString& path, const std::function<bool(std::FILE*)>& put);
+
     SbFileReplacement() = default;
     /// Discards what was not committed.
     ~SbFileReplacement() { discard(); }

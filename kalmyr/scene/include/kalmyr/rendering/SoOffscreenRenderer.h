@@ -79,6 +79,8 @@ public:
     /// TIFF is packed. False, with an error posted, for a null file, or when drawing or writing
     /// fails; the file, which stays open, may hold a part of the picture then.
     bool renderToFile(SoNode* root, std::FILE* file, Format format, float quality = 0.75f);
+    /// The same, into a file that takes this name when it is complete.
+    bool renderToFile(SoNode* root, const char* fileName, Format format, float quality = 0.75f);
 
     /// Rows from bottom to top without padding, 3 or 4 bytes a pixel; null before a render(). With
     /// transparency the colours are as they lie over the background: black behind makes them
