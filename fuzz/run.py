@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Runs the fuzzers of all scene formats in turn, seeded with the test corpora."""
+"""Runs the fuzzers of all scene formats beside each other, seeded with the test corpora.
+
+Exits with 1 when something was found.
+"""
 
 import argparse
 import collections
@@ -8,6 +11,7 @@ import os
 import pathlib
 import re
 import subprocess
+import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -67,26 +71,38 @@ def make_dictionary(path):
     path.write_text("".join(f'"{word}"\n' for word in words))
 
 
-def run(name, seconds, options, environment):
+def start(name, seconds, options, environment):
+    """A fuzzer that runs on its own for so long."""
     corpus, log = options.work / name, options.work / f"{name}.log"
     artifacts = options.work / "found" / name
     artifacts.mkdir(parents=True, exist_ok=True)
-    with log.open("a") as out:
-        out.write(f"== {time.strftime('%H:%M:%S')} {name} for {seconds} s\n")
-        out.flush()
-        subprocess.run([options.bin / f"fuzz_{name}", f"-max_total_time={seconds}",
-                        f"-dict={options.work / 'words'}", f"-artifact_prefix={artifacts}/",
-                        "-fork=1", "-ignore_crashes=1", "-ignore_timeouts=1", "-ignore_ooms=1",
-                        *LIMITS, corpus], stdout=out, stderr=out, env=environment)
-        out.write(f"== {time.strftime('%H:%M:%S')} end\n")
+    out = log.open("a")
+    out.write(f"== {time.strftime('%H:%M:%S')} {name} for {seconds} s\n")
+    out.flush()
+    return subprocess.Popen([options.bin / f"fuzz_{name}", f"-max_total_time={seconds}",
+                             f"-dict={options.work / 'words'}", f"-artifact_prefix={artifacts}/",
+                             "-fork=1", "-ignore_crashes=1", "-ignore_timeouts=1",
+                             "-ignore_ooms=1", *LIMITS, corpus],
+                            stdout=out, stderr=out, env=environment)
+
+
+def report(options, names):
+    """Inputs that each format was tried with, and what was found. The number of findings."""
+    total = 0
+    for name in names:
+        log = (options.work / f"{name}.log").read_text(errors="replace")
+        runs = re.findall(r"^#(\d+):", log.rpartition("== ")[2], re.M)
+        found = len(list((options.work / "found" / name).iterdir()))
+        total += found
+        print(f"{name}: {runs[-1] if runs else 0} inputs, {found} findings")
+    return total
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("bin", type=pathlib.Path, help="folder of the fuzzers and of kmr")
     parser.add_argument("work", type=pathlib.Path, help="folder for seeds, logs and findings")
-    parser.add_argument("--minutes", type=int, default=60)
-    parser.add_argument("--slot", type=int, default=120, help="seconds for a format at a time")
+    parser.add_argument("--hours", type=float, default=1, help="for each format")
     parser.add_argument("--formats", default=",".join(FORMATS))
     options = parser.parse_args()
     options.work.mkdir(parents=True, exist_ok=True)
@@ -95,13 +111,18 @@ def main():
     environment = dict(os.environ, LSAN_OPTIONS=f"suppressions={ROOT / 'tools/lsan.supp'}",
                        ASAN_OPTIONS="detect_leaks=1:allocator_may_return_null=1",
                        UBSAN_OPTIONS="print_stacktrace=1")
-    end = time.monotonic() + options.minutes * 60
-    while time.monotonic() < end:
-        for name in options.formats.split(","):
-            left = int(end - time.monotonic())
-            if left > 0:
-                run(name, min(options.slot, left), options, environment)
+    names = options.formats.split(",")
+    fuzzers = []
+    try:
+        for name in names:
+            fuzzers.append(start(name, max(int(options.hours * 3600), 1), options, environment))
+        failed = [fuzzer.wait() for fuzzer in fuzzers]
+    finally:
+        for fuzzer in fuzzers:
+            fuzzer.terminate()
+            fuzzer.wait()
+    return 1 if report(options, names) or any(failed) else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -100,17 +100,23 @@ constexpr std::string_view kTypes[] = {"AsciiText",
                                        "WWWAnchor",
                                        "WWWInline"};
 
+/// The format lets files have types of their own. Text that may hold nodes would be read otherwise
+/// there than where it comes from.
+bool isOwnNode(const SoUnknownNode& node)
+{
+    const std::string& body = node.getBody();
+    return !node.getUnknownTypeName().view().starts_with("VRML") && body.find('{') == body.npos
+           && body.find("USE") == body.npos;
+}
+
 /// Whether a node and everything below it can be written as it is.
 bool isPure(const SoNode* node, std::unordered_set<const SoNode*>& seen)
 {
     if (!seen.insert(node).second)
         return true;
-    // The format lets files have types of their own.
-    const bool isOwn =
-        node->isOfType(SoUnknownNode::getClassTypeId())
-        && !static_cast<const SoUnknownNode*>(node)->getUnknownTypeName().view().starts_with(
-            "VRML");
-    if (!isOwn && !SoToVRMLAction::isVrml1Type(node->getTypeId()))
+    const bool isUnknown = node->isOfType(SoUnknownNode::getClassTypeId());
+    if (isUnknown ? !isOwnNode(static_cast<const SoUnknownNode&>(*node))
+                  : !SoToVRMLAction::isVrml1Type(node->getTypeId()))
         return false;
     const bool isInline = node->isOfType(SoWWWInline::getClassTypeId());
     const SoChildList* children = isInline ? nullptr : node->getChildren();
