@@ -50,8 +50,7 @@ public:
 
     /// In the space the camera stands in. `aspect` 0 takes the field's.
     virtual SbViewVolume getViewVolume(float aspect = 0.0f) const = 0;
-    /// Returns the view volume that a viewport shows: under ADJUST_CAMERA the camera takes its
-    /// aspect ratio.
+    /// Returns the view volume of a viewport, with its aspect ratio under ADJUST_CAMERA.
     SbViewVolume getViewVolume(const SbViewportRegion& region) const;
     /// The part of the region that the mapping leaves to the camera.
     SbViewportRegion getViewport(const SbViewportRegion& region) const;

@@ -10,8 +10,7 @@ class SoEngine;
 class SoNode;
 class SoPath;
 
-/// The source from which a field reads its value: the tokenizer, and, for node values, whoever can
-/// read nodes.
+/// The source of a field's value: the tokenizer, and, for node values, whoever can read nodes.
 class KALMYR_API SoFieldReader {
 public:
     explicit SoFieldReader(SoTokenizer& tokens) : text(tokens) {}

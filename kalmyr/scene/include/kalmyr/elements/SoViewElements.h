@@ -7,8 +7,7 @@
 
 class SoCamera;
 
-/// The view of the camera: view volume in world space, viewing (world to eye) and projection
-/// matrix.
+/// A camera's view: view volume in world space, viewing (world to eye) and projection matrix.
 struct SoView {
     bool valid = false; ///< false before any camera
     SbViewVolume volume;

@@ -55,8 +55,7 @@ public:
     void writeChildren(SoNode* node);
     /// The declaration, or the text, of a node of unknown type, and its fields and children.
     void writeUnknown(SoUnknownNode* node);
-    /// Writes the fields that the file declared for a script, and the values of a prototype's
-    /// instance.
+    /// Writes the fields declared for a script, and the values of a prototype's instance.
     void writeScript(SoVRMLScript* node);
     void writeInstance(SoVRMLProtoInstance* node);
 

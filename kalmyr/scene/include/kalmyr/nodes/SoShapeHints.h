@@ -5,8 +5,7 @@
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
-/// Says which properties of the faces that follow may be taken for granted, and from which angle
-/// edges are sharp.
+/// Says which properties the faces that follow have, and from which angle edges are sharp.
 class KALMYR_API SoShapeHints : public SoNode {
     SO_NODE_HEADER(SoShapeHints)
 

@@ -93,8 +93,7 @@ public:
     /// Search tree over the triangles, built on first use.
     const kalmyr::TriangleTree& getTriangleTree() const;
 
-    /// Returns the index that finds faces, segments and points in the lists of the shape; null
-    /// before the first use.
+    /// Returns the index of faces, segments and points in the shape; null before the first use.
     const kalmyr::detail::PrimitiveIndex* getPrimitiveIndex() const;
     /// Keeps it and returns it; of two threads the first one's counts.
     const kalmyr::detail::PrimitiveIndex*

@@ -37,9 +37,8 @@ public:
     bool affectsState() const override { return false; }
 
     enum class Primitive { TRIANGLE, LINE, POINT };
-    /// Returns how the shape's fields number a triangle, segment or point of its geometry, for
-    /// picks. The geometry is that of the present state, and `point` lies on the primitive, in
-    /// object space.
+    /// Returns how the shape's fields number a primitive of its geometry, for picks. The geometry
+    /// is that of the present state, and `point` lies on the primitive, in object space.
     virtual std::unique_ptr<SoDetail> createDetail(SoState* state, const SoGeometry& geometry,
                                                    Primitive primitive, std::size_t index,
                                                    const SbVec3f& point);

@@ -14,8 +14,7 @@ class SoState;
 
 /// Base of the VRML97 groups. `children` and the group's child list are one: either side edits it.
 ///
-/// State that the children set ends with the group. The box of its content is kept as in a
-/// separator.
+/// State set by children ends with the group. The box of its content is kept as in a separator.
 class KALMYR_API SoVRMLParent : public SoGroup {
     SO_NODE_HEADER(SoVRMLParent)
 
