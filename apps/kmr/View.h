@@ -7,8 +7,8 @@
 
 #include <string>
 
-/// The scene with the camera that shows it: the named one, or the first viewpoint or camera of the
-/// file. Without either the scene itself. Null when no camera has that name. Takes other cameras
-/// out of the scene. `showsAll`: the camera looks the same way at all of the scene.
+/// The scene as it is shown: through the named camera or viewpoint, the one that SoSceneCamera
+/// finds, or whole. Null when no camera has that name. `showsAll`: the camera looks the same way at
+/// all of the scene.
 SoRef<SoNode> seenByCamera(const Scene& scene, const std::string& cameraName, bool showsAll,
                            const SbViewportRegion& region);

@@ -5,10 +5,12 @@
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/io/SoSceneCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/rendering/SoOffscreenContext.h>
 #include <kalmyr/rendering/SoOffscreenRenderer.h>
+#include <kalmyr/rendering/SoSceneView.h>
 
 #include <algorithm>
 #include <cmath>
@@ -124,6 +126,13 @@ Picture draw(SoNode* scene, const SbBox3f& box)
 Picture drawAsSeen(SoNode* scene)
 {
     return drawn(scene);
+}
+
+Picture drawAsShown(SoNode* scene)
+{
+    const SoRef<SoNode> shown =
+        kalmyr::throughCamera(scene, SoSceneCamera::find(scene), region(), true);
+    return drawn(shown.get());
 }
 
 } // namespace io

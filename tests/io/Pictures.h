@@ -29,7 +29,10 @@ SbBox3f boundsOf(SoNode* scene);
 /// out of the scene. Empty when drawing failed.
 Picture draw(SoNode* scene, const SbBox3f& box);
 
-/// Draws as the scene's own camera sees it.
+/// Draws with nothing but the cameras of the scene.
 Picture drawAsSeen(SoNode* scene);
+
+/// Draws as viewers and pictures show a file at first.
+Picture drawAsShown(SoNode* scene);
 
 } // namespace io

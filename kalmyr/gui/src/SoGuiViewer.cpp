@@ -2,7 +2,6 @@
 
 #include "ClickMotion.h"
 #include "NavigationScheme.h"
-#include "NearestDepth.h"
 #include "RenderAreaFrame.h"
 #include "SoGuiViewerView.h"
 
@@ -15,6 +14,7 @@
 #include <kalmyr/events/SoMouseButtonEvent.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/rendering/SoClippingPlanes.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
 
 #include <utility>
@@ -57,7 +57,7 @@ SoGuiViewer::SoGuiViewer()
     : m_root(new SoSeparator),
       m_headlight(new SoDirectionalLight),
       m_viewpointPose(std::make_unique<Pose>()),
-      m_nearestDepth(std::make_unique<NearestDepth>()),
+      m_planes(std::make_unique<SoClippingPlanes>()),
       m_flight(&flightStep, this),
       m_heightAngle(kDefaultHeightAngle),
       m_nearShare(kDefaultNearShare),
@@ -138,6 +138,7 @@ void SoGuiViewer::useCamera(SoCamera* sceneCamera, CameraType ownType)
         m_camera = new SoPerspectiveCamera;
     if (ownType == PERSPECTIVE)
         static_cast<SoPerspectiveCamera*>(m_camera.get())->heightAngle = m_heightAngle;
+    m_camera->setOverride(true);
     const int behindHeadlight = m_root->findChild(m_headlight.get()) + 1;
     m_root->insertChild(m_camera.get(), behindHeadlight);
 }

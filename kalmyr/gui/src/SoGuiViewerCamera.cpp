@@ -9,12 +9,12 @@
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/cameras/SoOrthographicCamera.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
+#include <kalmyr/io/SoSceneCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
 #include <kalmyr/vrml/SoVRMLBindable.h>
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 #include <kalmyr/vrml/SoVRMLParent.h>
-#include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,13 +22,22 @@
 
 namespace {
 
-SoCamera* firstCamera(SoNode* scene)
+bool hasCamera(SoNode* scene)
 {
     SoSearchAction search;
     search.setType(SoCamera::getClassTypeId());
     search.setSearchingKits(true);
     search.apply(scene);
-    return search.isFound() ? static_cast<SoCamera*>(search.getPath()->getTail()) : nullptr;
+    return search.isFound();
+}
+
+bool stands(SoNode* node, SoNode* scene)
+{
+    SoSearchAction search;
+    search.setNode(node);
+    search.setSearchingAll(true);
+    search.apply(scene);
+    return search.isFound();
 }
 
 /// Value of a field that a node of an optional module has, or `fallback`.
@@ -81,38 +90,62 @@ void SoGuiViewer::applyView(const View& view)
 
 void SoGuiViewer::placeCamera()
 {
-    useCamera(m_scene ? firstCamera(m_scene.get()) : nullptr, getCameraType());
+    showThrough(SoSceneCamera::find(m_scene.get()));
     m_structureChanged = false;
     m_placedProvisionally = 0;
-    if (m_ownCamera && m_scene && !placeByViewpoint()) {
+    if (m_ownCamera && m_scene && !m_viewpoint) {
         viewAll();
         m_placedProvisionally = m_camera->getChangeId();
     }
     saveHomePosition();
 }
 
-bool SoGuiViewer::findViewpoint()
+/// Takes the camera that was found, or one of its own that shows the same. False, and a camera of
+/// its own in no place, when nothing was found.
+bool SoGuiViewer::showThrough(const SoSceneCamera& found)
 {
-    SoNode* bound = boundNode(SoVRMLViewpoint::getClassTypeId(), m_scene.get());
-    SoSearchAction search;
-    search.setNode(bound);
-    search.setSearchingAll(true);
-    if (bound)
-        search.apply(m_scene.get());
-    m_viewpoint = search.getPath();
-    if (m_viewpoint)
-        *m_viewpointPose = viewpointPose();
-    return m_viewpoint.get() != nullptr;
+    const SoRef<SoCamera> made = found.getCameraInForce() ? nullptr : found.makeCamera(1);
+    const bool isParallel = made && made->isOfType(SoOrthographicCamera::getClassTypeId());
+    const CameraType type =
+        !made || found.isViewpoint() ? getCameraType() : (isParallel ? ORTHOGRAPHIC : PERSPECTIVE);
+    m_viewpoint = nullptr;
+    useCamera(found.getCameraInForce(), type);
+    return !m_ownCamera || (made && placeLike(*made, found));
 }
 
-SoGuiViewer::Pose SoGuiViewer::viewpointPose() const
+/// Moves the own camera to where a camera that was made for what was found stands.
+bool SoGuiViewer::placeLike(const SoCamera& made, const SoSceneCamera& found)
 {
-    SoGetMatrixAction matrix(getSceneManager()->getViewportRegion());
-    matrix.apply(m_viewpoint.get());
-    const SbMatrix& toWorld = matrix.getMatrix();
-    const SoNode& viewpoint = *m_viewpoint->getTail();
-    return {toWorld.point(valueOf<SoSFVec3f>(viewpoint, "position", SbVec3f(0, 0, 10))),
-            valueOf<SoSFRotation>(viewpoint, "orientation", SbRotation()) * SbRotation(toWorld)};
+    m_viewpoint = found.getPath();
+    if (!getViewpointPose(*m_viewpointPose))
+        return false;
+    m_camera->position = made.position.getValue();
+    m_camera->orientation = made.orientation.getValue();
+    float distance = made.focalDistance.getValue();
+    const SbBox3f box = sceneBox(m_scene.get(), getSceneManager()->getViewportRegion());
+    if (found.isViewpoint())
+        distance = box.isEmpty() ? m_camera->focalDistance.getValue()
+                                 : (box.getCenter() - made.position.getValue()).length();
+    m_camera->focalDistance = clampedSize(distance);
+    float height = 0;
+    if (made.isOfType(SoPerspectiveCamera::getClassTypeId())) {
+        m_heightAngle = static_cast<const SoPerspectiveCamera&>(made).heightAngle.getValue();
+        height = m_camera->focalDistance.getValue() * 2 * std::tan(m_heightAngle / 2);
+    } else {
+        height = static_cast<const SoOrthographicCamera&>(made).height.getValue();
+    }
+    if (getCameraType() == PERSPECTIVE)
+        static_cast<SoPerspectiveCamera*>(m_camera.get())->heightAngle = m_heightAngle;
+    else
+        static_cast<SoOrthographicCamera*>(m_camera.get())->height = height;
+    m_camera->viewportMapping = made.viewportMapping.getValue();
+    m_camera->aspectRatio = made.aspectRatio.getValue();
+    return true;
+}
+
+bool SoGuiViewer::getViewpointPose(Pose& pose) const
+{
+    return SoSceneCamera::getPose(m_viewpoint.get(), pose.position, pose.orientation);
 }
 
 /// Who looks from a viewpoint that moves is carried along.
@@ -120,12 +153,11 @@ void SoGuiViewer::followViewpoint()
 {
     if (!m_viewpoint || !m_ownCamera)
         return;
-    const SoNode* tail = m_viewpoint->getTail();
-    if (!tail || !tail->isOfType(SoVRMLViewpoint::getClassTypeId())) {
+    Pose now;
+    if (!getViewpointPose(now)) {
         m_viewpoint = nullptr; // it was taken out of the scene
         return;
     }
-    const Pose now = viewpointPose();
     const Pose before = std::exchange(*m_viewpointPose, now);
     if (now.position == before.position && now.orientation == before.orientation)
         return;
@@ -135,39 +167,27 @@ void SoGuiViewer::followViewpoint()
     m_camera->orientation = m_camera->orientation.getValue() * turn;
 }
 
-bool SoGuiViewer::placeByViewpoint()
-{
-    if (!findViewpoint())
-        return false;
-    const SbVec3f position = m_viewpointPose->position;
-    const SoNode& viewpoint = *m_viewpoint->getTail();
-    m_camera->position = position;
-    m_camera->orientation = m_viewpointPose->orientation;
-    const SbBox3f box = sceneBox(m_scene.get(), getSceneManager()->getViewportRegion());
-    if (!box.isEmpty())
-        m_camera->focalDistance = clampedSize((box.getCenter() - position).length());
-    m_heightAngle = valueOf<SoSFFloat>(viewpoint, "fieldOfView", m_heightAngle);
-    if (getCameraType() == PERSPECTIVE)
-        static_cast<SoPerspectiveCamera*>(m_camera.get())->heightAngle = m_heightAngle;
-    else
-        static_cast<SoOrthographicCamera*>(m_camera.get())->height =
-            m_camera->focalDistance.getValue() * 2 * std::tan(m_heightAngle / 2);
-    return true;
-}
-
 void SoGuiViewer::nodeBound(void* data, SoVRMLBindable* node)
 {
     auto* self = static_cast<SoGuiViewer*>(data);
     if (!self->m_scene || !node->isAtOrBelow(self->m_scene.get()))
         return;
-    const bool isViewpoint = node->isOfType(SoVRMLViewpoint::getClassTypeId());
-    if (!isViewpoint) {
+    if (!SoSceneCamera::isCamera(node)) {
         self->followNavigationInfo();
-    } else if (self->m_ownCamera && valueOf<SoSFBool>(*node, "jump", true)) {
+        return;
+    }
+    if (!self->m_ownCamera)
+        return;
+    const SoSceneCamera bound = SoSceneCamera::find(self->m_scene.get(), node);
+    const SoRef<SoCamera> made = bound.makeCamera(1);
+    if (!made)
+        return;
+    if (valueOf<SoSFBool>(*node, "jump", true)) {
         self->stopAnimation();
-        self->placeByViewpoint();
+        self->placeLike(*made, bound);
     } else {
-        self->findViewpoint();
+        self->m_viewpoint = bound.getPath();
+        self->getViewpointPose(*self->m_viewpointPose);
     }
 }
 
@@ -185,21 +205,19 @@ void SoGuiViewer::followSceneCamera()
     if (!m_structureChanged)
         return;
     m_structureChanged = false;
-    if (!m_ownCamera) {
-        SoSearchAction search;
-        search.setNode(m_camera.get());
-        search.setSearchingKits(true);
-        search.apply(m_scene.get());
-        if (search.isFound())
-            return;
-    }
-    SoCamera* found = firstCamera(m_scene.get());
-    if (!found && m_ownCamera)
+    SoNode* used = m_camera.get();
+    if (m_ownCamera)
+        used = m_viewpoint ? m_viewpoint->getTail() : nullptr;
+    if (used && used->isOfType(SoCamera::getClassTypeId()) && stands(used, m_scene.get()))
+        return;
+    if (m_ownCamera && !hasCamera(m_scene.get()))
+        return;
+    const SoSceneCamera found = SoSceneCamera::find(m_scene.get());
+    if (m_ownCamera && found.isViewpoint() && found.getPath()->getTail() == used)
         return;
     stopAnimation();
     const View view = currentView();
-    useCamera(found, getCameraType());
-    if (!found)
+    if (!showThrough(found))
         applyView(view);
     saveHomePosition();
     stateChanged();

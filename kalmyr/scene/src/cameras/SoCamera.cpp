@@ -5,6 +5,7 @@
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/base/SbSphere.h>
+#include <kalmyr/elements/SoDrawElements.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/elements/SoViewElements.h>
 
@@ -150,6 +151,8 @@ SbViewportRegion SoCamera::getViewport(const SbViewportRegion& region) const
 void SoCamera::doAction(SoAction* action)
 {
     SoState* state = action->getState();
+    if (!SoOverrideElement::maySet(state, this, SoOverrideElement::VIEW))
+        return;
     const SbViewportRegion region = SoViewportRegionElement::get(state);
     SoView view;
     view.valid = true;

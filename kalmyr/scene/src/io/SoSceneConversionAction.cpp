@@ -22,6 +22,7 @@
 #include <kalmyr/shapes/SoIndexedMarkerSet.h>
 #include <kalmyr/shapes/SoMarkerSet.h>
 #include <kalmyr/shapes/SoShape.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 #include <kalmyr/vrml/SoVRMLLight.h>
 #include <kalmyr/vrml/SoVRMLLOD.h>
@@ -91,6 +92,7 @@ void SoSceneConversionAction::addMethods(AddMethod add)
     };
     add(SoCamera::getClassTypeId(), camera);
     add(SoVRMLViewpoint::getClassTypeId(), camera);
+    add(SoVRMLGeoViewpoint::getClassTypeId(), camera);
     const SoActionMethod light = [](SoAction* action, SoNode* node) {
         self(action)->convertLight(node);
     };

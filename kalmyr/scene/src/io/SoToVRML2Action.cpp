@@ -142,6 +142,17 @@ SoNode* solid(const SoShape* shape)
     return cylinder;
 }
 
+/// The format has no parallel view: one from afar through a narrow angle looks the same.
+void placeFarAway(SoVRMLViewpoint& viewpoint, const SoOrthographicCamera& camera)
+{
+    constexpr float kAngle = 0.002f; // depth of n heights moves things by n thousandths of a height
+    const float distance = camera.height.getValue() / (2 * std::tan(kAngle / 2));
+    const float back = distance - camera.focalDistance.getValue();
+    const SbVec3f behind = camera.orientation.getValue().rotated(SbVec3f(0, 0, back));
+    viewpoint.position = camera.position.getValue() + behind;
+    viewpoint.fieldOfView = kAngle;
+}
+
 /// Whether a texture is all that is seen: it paints the glow of a surface that shines back nothing.
 bool isPaintedGlow(SoState* state)
 {
@@ -361,6 +372,8 @@ SoNode* SoToVRML2Action::makeCamera(const SoNode* node)
     made->description = SbString(camera->getName().getString());
     if (camera->isOfType(SoPerspectiveCamera::getClassTypeId()))
         made->fieldOfView = static_cast<const SoPerspectiveCamera*>(camera)->heightAngle.getValue();
+    else
+        placeFarAway(*made, static_cast<const SoOrthographicCamera&>(*camera));
     return made;
 }
 

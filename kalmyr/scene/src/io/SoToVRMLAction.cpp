@@ -47,6 +47,7 @@
 #include <kalmyr/vrml/SoVRMLCone.h>
 #include <kalmyr/vrml/SoVRMLCylinder.h>
 #include <kalmyr/vrml/SoVRMLDirectionalLight.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLPointLight.h>
 #include <kalmyr/vrml/SoVRMLSphere.h>
 #include <kalmyr/vrml/SoVRMLSpotLight.h>
@@ -388,6 +389,18 @@ SoNode* SoToVRMLAction::makeShape(SoShape* shape, const SoGeometry& geometry)
 
 SoNode* SoToVRMLAction::makeCamera(const SoNode* node)
 {
+    if (node->isOfType(SoVRMLGeoViewpoint::getClassTypeId())) {
+        const auto* from = static_cast<const SoVRMLGeoViewpoint*>(node);
+        SbVec3f place;
+        SbRotation turn;
+        if (!from->getView(place, turn))
+            return nullptr;
+        auto* made = new SoPerspectiveCamera;
+        made->position = place;
+        made->orientation = turn;
+        made->heightAngle = from->fieldOfView.getValue();
+        return made;
+    }
     if (!node->isOfType(SoVRMLViewpoint::getClassTypeId()))
         return isVrml1Type(node->getTypeId()) ? const_cast<SoNode*>(node) : nullptr;
     const auto* from = static_cast<const SoVRMLViewpoint*>(node);

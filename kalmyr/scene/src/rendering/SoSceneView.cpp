@@ -4,12 +4,15 @@
 #include "rendering/FrameBuilder.h"
 #include "rendering/RenderTraversal.h"
 
+#include <kalmyr/actions/SoGetMatrixAction.h>
 #include <kalmyr/actions/SoGLRenderAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
 #include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
+#include <kalmyr/io/SoSceneCamera.h>
 #include <kalmyr/lights/SoDirectionalLight.h>
 #include <kalmyr/nodes/SoSeparator.h>
+#include <kalmyr/rendering/SoClippingPlanes.h>
 #include <kalmyr/rendering/SoRenderingInit.h>
 #include <kalmyr/vrml/SoVRMLNavigationInfo.h>
 
@@ -110,24 +113,50 @@ SoSceneView viewScene(SoGLRenderAction& action, SoPath* path)
     return viewAny(action, path);
 }
 
+SoRef<SoNode> throughCamera(SoNode* scene, const SoSceneCamera& found,
+                            const SbViewportRegion& region, bool hasLight, bool showsAll)
+{
+    const SoRef<SoNode> held(scene);
+    SoRef<SoCamera> camera(found.getCameraInForce());
+    SoClippingPlanes::View view;
+    view.region = region;
+    const SoRef<SoSeparator> root(new SoSeparator);
+    if (camera) {
+        SoGetMatrixAction space(region);
+        space.apply(found.getPath());
+        view.cameraSpace = space.getMatrix();
+    } else {
+        camera = found.makeCamera(region.getViewportAspectRatio());
+        showsAll |= !camera;
+        if (!camera)
+            camera = new SoPerspectiveCamera;
+        camera->setOverride(true);
+        root->addChild(camera.get());
+    }
+    if (showsAll)
+        camera->viewAll(scene, region);
+    if (const auto planes = SoClippingPlanes().fit(scene, *camera, view)) {
+        camera->nearDistance = planes->nearDistance;
+        camera->farDistance = planes->farDistance;
+    }
+    if (hasLight && !forbidsHeadlight(scene)) {
+        auto* light = new SoDirectionalLight;
+        const SbVec3f ahead = camera->orientation.getValue().rotated(SbVec3f(0, 0, -1));
+        light->direction = view.cameraSpace.direction(ahead).normalized();
+        root->addChild(light);
+    }
+    root->addChild(scene);
+    return root;
+}
+
 SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region)
 {
     SoSearchAction search;
     search.setType(SoCamera::getClassTypeId());
     search.setInterest(SoSearchAction::FIRST);
     search.apply(scene);
-    if (search.getPath())
-        return SoRef<SoNode>(scene);
-    const SoRef<SoSeparator> root(new SoSeparator);
-    auto* camera = new SoPerspectiveCamera;
-    auto* light = new SoDirectionalLight;
-    light->on = !forbidsHeadlight(scene);
-    root->addChild(camera);
-    root->addChild(light);
-    root->addChild(scene);
-    camera->viewAll(scene, region);
-    light->direction = camera->orientation.getValue().rotated(SbVec3f(0, 0, -1));
-    return root;
+    return search.getPath() ? SoRef<SoNode>(scene)
+                            : throughCamera(scene, SoSceneCamera::find(scene), region, true);
 }
 
 std::vector<std::uint32_t> getFaceEdges(const SoGeometry& geometry, bool asPolylines)

@@ -3,6 +3,7 @@
 #include "actions/FollowClicks.h"
 
 #include <kalmyr/base/SoRef.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
 #include <kalmyr/vrml/SoVRMLViewpoint.h>
 
@@ -56,12 +57,15 @@ bool SoVRMLAnchor::bindViewpoint(std::string_view address) const
     const SbName name = SbName::find(address.substr(1));
     if (name.isEmpty())
         return false;
-    for (SoBase* one : SoBase::getNamedBases(name, SoVRMLViewpoint::getClassTypeId())) {
-        auto* viewpoint = static_cast<SoVRMLViewpoint*>(one);
-        if (!viewpoint->isInWorldOf(this))
-            continue;
-        viewpoint->set_bind = true;
-        return true;
+    for (const SoType type :
+         {SoVRMLViewpoint::getClassTypeId(), SoVRMLGeoViewpoint::getClassTypeId()}) {
+        for (SoBase* one : SoBase::getNamedBases(name, type)) {
+            auto* viewpoint = static_cast<SoVRMLBindable*>(one);
+            if (!viewpoint->isInWorldOf(this))
+                continue;
+            viewpoint->set_bind = true;
+            return true;
+        }
     }
     return false;
 }

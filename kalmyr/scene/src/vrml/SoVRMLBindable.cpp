@@ -6,12 +6,12 @@
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/core/SoRecursiveRWLock.h>
 #include <kalmyr/sensors/SoSensorManager.h>
-#include <kalmyr/vrml/SoVRMLInline.h>
-#include <kalmyr/vrml/SoVRMLLOD.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
-#include <kalmyr/vrml/SoVRMLSwitch.h>
+#include <kalmyr/vrml/SoVRMLViewpoint.h>
 
 #include "core/Threads.h"
+#include "vrml/PathRank.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -68,13 +68,22 @@ std::uint32_t ownerNow()
     return kalmyr::detail::isOnlyThread() || kalmyr::detail::isEditingShared() ? 0 : threadNumber();
 }
 
+/// Viewpoints of both kinds are bound in one stack.
+SoType stackOf(SoType type)
+{
+    const SoType geo = SoVRMLGeoViewpoint::getClassTypeId();
+    return !type.isBad() && type == geo ? SoVRMLViewpoint::getClassTypeId() : type;
+}
+
 /// The stacked nodes of a type that this thread may look at, as long as this object lives. While
 /// another thread edits, what this one reads without the lock is its own.
 class Visible {
 public:
     explicit Visible(SoType type)
     {
-        const auto fits = [type](const Stacked& one) { return type.isBad() || one.type == type; };
+        const auto fits = [stack = stackOf(type)](const Stacked& one) {
+            return stack.isBad() || one.type == stack;
+        };
         if (hasAny([&](const Stacked& one) { return one.owner == 0 && fits(one); }))
             m_guardsShared = sceneLock().tryReadLock();
         const std::scoped_lock lock(stacks().mutex);
@@ -111,7 +120,7 @@ private:
 void push(SoVRMLBindable* node)
 {
     const std::scoped_lock lock(stacks().mutex);
-    stacks().nodes.push_back({node, node->getTypeId(), ownerNow()});
+    stacks().nodes.push_back({node, stackOf(node->getTypeId()), ownerNow()});
 }
 
 void take(const SoVRMLBindable* node)
@@ -194,29 +203,6 @@ const SoNode* worldOf(const SoNode* node)
         }
     }
     return node;
-}
-
-/// Which of the first nodes come before others.
-enum Rank { SHOWN, INLINED, HIDDEN };
-
-bool isHidden(const SoNode& node, int child)
-{
-    if (node.isOfType(SoVRMLSwitch::getClassTypeId()))
-        return static_cast<const SoVRMLSwitch&>(node).whichChoice.getValue() != child;
-    return node.isOfType(SoVRMLLOD::getClassTypeId()) && child > 0;
-}
-
-Rank rankOf(const SoPath& path)
-{
-    Rank rank = SHOWN;
-    for (int i = 0; i + 1 < path.getLength(); ++i) {
-        const SoNode& node = *path.getNode(i);
-        if (isHidden(node, path.getIndex(i + 1)))
-            return HIDDEN;
-        if (node.isOfType(SoVRMLInline::getClassTypeId()))
-            rank = INLINED;
-    }
-    return rank;
 }
 
 } // namespace
@@ -358,7 +344,7 @@ void SoVRMLBindable::settleAll()
         all.assign(visible.nodes().begin(), visible.nodes().end());
     }
     for (const auto& one : all) {
-        const std::pair key(worldOf(one.get()), one->getTypeId());
+        const std::pair key(worldOf(one.get()), stackOf(one->getTypeId()));
         if (std::find(done.begin(), done.end(), key) != done.end())
             continue;
         done.push_back(key);
@@ -398,16 +384,15 @@ void SoVRMLBindable::bindFirst(SoNode* world)
     search.setSearchingAll(true); // parts of prototypes as well
     search.apply(world);
     std::vector<SoRef<SoVRMLBindable>> found;
-    for (const Rank rank : {SHOWN, INLINED, HIDDEN})
-        for (const SoRef<SoPath>& path : search.getPaths())
-            if (rankOf(*path) == rank)
-                found.emplace_back(static_cast<SoVRMLBindable*>(path->getTail()));
+    for (const SoPath* path : kalmyr::detail::rankedPaths(search))
+        found.emplace_back(static_cast<SoVRMLBindable*>(path->getTail()));
     std::vector<SoType> known;
     for (const auto& one : found) {
-        if (std::find(known.begin(), known.end(), one->getTypeId()) != known.end())
+        const SoType stack = stackOf(one->getTypeId());
+        if (std::find(known.begin(), known.end(), stack) != known.end())
             continue;
-        known.push_back(one->getTypeId());
-        if (!getBound(one.get(), one->getTypeId()))
+        known.push_back(stack);
+        if (!getBound(one.get(), stack))
             one->set_bind = true;
     }
 }

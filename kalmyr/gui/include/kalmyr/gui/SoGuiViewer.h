@@ -11,11 +11,12 @@
 #include <memory>
 #include <optional>
 
-class NearestDepth;
 class SoCamera;
+class SoClippingPlanes;
 class SoDirectionalLight;
 class SoMouseButtonEvent;
 class SoPath;
+class SoSceneCamera;
 class SoSeparator;
 class SoVRMLBindable;
 struct NavigationCommand;
@@ -23,13 +24,14 @@ struct NavigationCommand;
 /// A render area with a camera, a headlight, and two modes: viewing, where the pointer moves the
 /// camera, and picking, where events go to the scene.
 ///
-/// The first camera of the scene is the one that moves, where the scene has one; its near and far
-/// planes are widened when they would cut the scene. Otherwise the viewer puts a camera of its own
-/// in front of the scene, placed by the bound viewpoint or so that everything is in view, and jumps
-/// to viewpoints that are bound later (a viewpoint without `jump` leaves it where it is). It goes
-/// with the bound viewpoint when that moves. Of the scene it changes no values; of VRML97 nodes
-/// that can be bound it binds the first. A camera that is added to the scene or removed from it
-/// later is noticed with the next frame.
+/// What is seen at first is what SoSceneCamera finds. A camera that shows the scene from where it
+/// stands is the one that moves; its near and far planes are widened when they would cut the scene.
+/// Otherwise the viewer puts a camera of its own in front of the scene, behind which those of the
+/// scene have no effect: placed like the one that was found or, when there is none, so that
+/// everything is in view. It jumps to viewpoints that are bound later (a viewpoint without `jump`
+/// leaves it where it is) and goes with the camera or viewpoint when that moves. Of the scene it
+/// changes no values; of VRML97 nodes that can be bound it binds the first. A camera that is added
+/// to the scene or removed from it later is noticed with the next frame.
 class KALMYRGUI_API SoGuiViewer : public SoGuiRenderArea {
 public:
     enum CameraType { PERSPECTIVE, ORTHOGRAPHIC };
@@ -181,10 +183,10 @@ private:
     void useCamera(SoCamera* sceneCamera, CameraType ownType);
     void placeCamera();
     struct Pose;
-    bool findViewpoint();
-    Pose viewpointPose() const;
+    bool showThrough(const SoSceneCamera& found);
+    bool placeLike(const SoCamera& made, const SoSceneCamera& found);
+    bool getViewpointPose(Pose& pose) const;
     void followViewpoint();
-    bool placeByViewpoint();
     void followSceneCamera();
     void followNavigationInfo();
     /// Method of the nodes that can be bound, for a new one.
@@ -192,7 +194,6 @@ private:
     SbMatrix cameraSpace() const;
     void adjustClippingPlanes();
     bool arePlanesAdjusted();
-    float nearestSeen(const SbMatrix& toEye, float enough);
     void aimHeadlight();
     void placeEyes();
     void setPlanes(float nearDistance, float farDistance);
@@ -201,14 +202,14 @@ private:
     SoRef<SoDirectionalLight> m_headlight;
     SoRef<SoCamera> m_camera;
     SoRef<SoNode> m_scene;
-    SoRef<SoPath> m_viewpoint;             ///< to the bound one; null without
+    SoRef<SoPath> m_viewpoint;             ///< what the own camera goes with; null without
     std::unique_ptr<Pose> m_viewpointPose; ///< when it was looked at last
     SoNodeSensor m_structureSensor;
     std::unique_ptr<View> m_home;
     std::unique_ptr<View> m_from;
     std::unique_ptr<View> m_to;
     std::unique_ptr<SoMouseButtonEvent> m_click; ///< pressed, and may become a click; or null
-    std::unique_ptr<NearestDepth> m_nearestDepth;
+    std::unique_ptr<SoClippingPlanes> m_planes;
     SbTime m_flightStart;
     SoTimerSensor m_flight;
     SbVec3f m_up{0, 1, 0};

@@ -11,7 +11,8 @@
 class SoPath;
 
 /// Base of cameras. The camera looks along -z with y up, turned by `orientation`, in the space in
-/// which it stands. What follows it is seen through it.
+/// which it stands. What follows it is seen through it, up to the next camera; behind one with its
+/// override flag set other cameras have no effect.
 class KALMYR_API SoCamera : public SoNode {
     SO_NODE_HEADER(SoCamera)
 

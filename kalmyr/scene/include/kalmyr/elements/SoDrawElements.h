@@ -97,7 +97,8 @@ public:
         NORMAL_BINDING = 64,
         PICK_STYLE = 128,
         TEXTURE = 256,
-        NORMAL = 512
+        NORMAL = 512,
+        VIEW = 1024
     };
     static int getStackIndex();
     /// True when `node` may set the element: it is not locked, or the node overrides itself.

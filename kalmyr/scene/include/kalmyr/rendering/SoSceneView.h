@@ -67,6 +67,8 @@ struct SoSceneView {
     SbVec3f zenith; ///< in the world; zero: the background's stops are shares of the picture
 };
 
+class SoSceneCamera;
+
 namespace kalmyr {
 
 /// Traverses like a frame of `action`, using and filling its caches, but draws nothing. Needs no
@@ -74,8 +76,17 @@ namespace kalmyr {
 KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoNode* root);
 KALMYR_API SoSceneView viewScene(SoGLRenderAction& action, SoPath* path);
 
-/// The scene itself when it has a camera; else a group with a camera that shows it whole, a light
-/// from the eye, unless a navigation info of the scene forbids it, and the scene.
+/// The scene as a camera that SoSceneCamera found in it shows it, with planes that fit what is
+/// seen: the scene itself when that camera is in force, else a group of a camera in front of it and
+/// the scene. Where nothing was found the camera shows the whole scene. `hasLight`: a light shines
+/// from the eye, unless a navigation info of the scene forbids it. `showsAll`: the camera looks the
+/// same way at the whole scene.
+KALMYR_API SoRef<SoNode> throughCamera(SoNode* scene, const SoSceneCamera& camera,
+                                       const SbViewportRegion& region, bool hasLight,
+                                       bool showsAll = false);
+
+/// The scene itself when it has a camera; else as its bound or first viewpoint shows it, or whole,
+/// with a light from the eye.
 KALMYR_API SoRef<SoNode> withDefaultCamera(SoNode* scene, const SbViewportRegion& region);
 
 /// Index pairs of the edges between the faces of a geometry, or at its border: what is drawn of it

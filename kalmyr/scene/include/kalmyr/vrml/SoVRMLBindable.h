@@ -10,9 +10,9 @@
 /// Base of the nodes of which one at a time counts in a world: backgrounds, fogs, navigation infos
 /// and viewpoints. A world is all that is below one topmost node.
 ///
-/// The nodes that were bound form a stack for each type and world, of which the top is bound. TRUE
-/// to `set_bind` puts a node on top, FALSE takes it out. A node that dies or leaves the world
-/// leaves the stack. Copies are not bound.
+/// The nodes that were bound form a stack for each type and world, of which the top is bound; both
+/// kinds of viewpoints share one. TRUE to `set_bind` puts a node on top, FALSE takes it out. A node
+/// that dies or leaves the world leaves the stack. Copies are not bound.
 class KALMYR_API SoVRMLBindable : public SoNode {
     SO_NODE_HEADER(SoVRMLBindable)
 

@@ -1,4 +1,4 @@
-#include "NearestDepth.h"
+#include "rendering/NearestDepth.h"
 
 #include <kalmyr/actions/SoRayPickAction.h>
 #include <kalmyr/elements/SoDrawElements.h>
@@ -12,6 +12,8 @@
 #include <limits>
 #include <span>
 #include <utility>
+
+namespace kalmyr::detail {
 
 namespace {
 
@@ -272,3 +274,5 @@ const NearestDepth::Runs& NearestDepth::runsOf(const SoGeometry& geometry)
                          boxesOf(geometry, geometry.points, 1)};
     return found->second;
 }
+
+} // namespace kalmyr::detail

@@ -12,6 +12,8 @@
 class SoGeometry;
 class SoNode;
 
+namespace kalmyr::detail {
+
 /// Measures how near to the eye of a perspective view something is seen.
 ///
 /// Separators whose box is out of view, or no nearer than what was found, are not looked into.
@@ -46,3 +48,5 @@ private:
     static constexpr std::size_t kMaxKept = 64;
     std::unordered_map<std::uint64_t, Runs> m_runs; ///< by the id of the geometry
 };
+
+} // namespace kalmyr::detail
