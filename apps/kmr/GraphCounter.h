@@ -7,6 +7,7 @@
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFNode.h>
 #include <kalmyr/nodes/SoWWWInline.h>
+#include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
 
@@ -54,13 +55,23 @@ private:
         const SoChildList* children = node->getInternalChildren();
         // The first child of an inline only stands for its box.
         for (int i = isInline(node) ? 1 : 0; children && i < children->getLength(); ++i)
-            result =
-                sum(result, isInline(node) ? visitContent((*children)[i]) : visit((*children)[i]));
+            result = sum(result, visitChild(node, (*children)[i]));
         const SoFieldData* data = node->getFieldData();
         for (int i = 0; data && i < data->getNumFields(); ++i)
             result = sum(result, visitField(*data->getField(node, i)));
         m_known[node] = result;
         return result;
+    }
+
+    std::uint64_t visitChild(const SoNode* node, const SoNode* child)
+    {
+        if (isInline(node))
+            return visitContent(child);
+        // A level of detail of the earth shows its files by inlines that no file has.
+        if (!node->isOfType(SoVRMLGeoLOD::getClassTypeId()))
+            return visit(child);
+        const SoNode* content = static_cast<const SoVRMLInline*>(child)->getChildData();
+        return content ? visitContent(content) : 0;
     }
 
     /// What an inline shows: the group around the nodes of a VRML97 file is no node of the file.

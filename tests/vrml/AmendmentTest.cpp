@@ -1,6 +1,7 @@
 #include <kalmyr/actions/SoCallbackAction.h>
 #include <kalmyr/actions/SoGetBoundingBoxAction.h>
 #include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/cameras/SoPerspectiveCamera.h>
 #include <kalmyr/core/SoPath.h>
 #include <kalmyr/io/SoDB.h>
 #include <kalmyr/io/SoInput.h>
@@ -327,6 +328,42 @@ TEST_F(Amendment, PrototypesNamedByAUrnAreTheNodes)
     EXPECT_FALSE(corners(true).empty());
     ASSERT_TRUE(find<SoVRMLGeoMetadata>());
     EXPECT_EQ(find<SoVRMLGeoMetadata>()->summary.getNum(), 2);
+}
+
+TEST_F(Amendment, LevelsOfDetailOfTheEarthShowTheirFilesByDistance)
+{
+    const std::string folder = ::testing::TempDir();
+    const auto box = [](int size) {
+        return "#VRML V2.0 utf8\nShape { geometry Box { size " + std::to_string(size) + " 1 1 } }";
+    };
+    for (const int size : {1, 2, 3})
+        std::ofstream(folder + "geo_" + std::to_string(size) + ".wrl") << box(size);
+    SoInput::addDirectoryFirst(folder.c_str());
+    const std::string lod = "GeoLOD { geoOrigin GeoOrigin { geoCoords \"20 30 0\" rotateYUp TRUE } "
+                            "center \"20 30 0\" range 50 child1Url \"geo_2.wrl\" child4Url "
+                            "\"geo_3.wrl\" ";
+    for (const char* root :
+         {"rootUrl \"geo_1.wrl\" }", "rootNode Shape { geometry Box { size 1 1 1 } } }"}) {
+        read(lod + root);
+        ASSERT_TRUE(find<SoVRMLGeoLOD>());
+        const SoRef<SoNode> original(m_root), copy(m_root->copy());
+        for (const SoRef<SoNode>& world : {original, copy}) {
+            for (const float distance : {40.0f, 60.0f}) {
+                const SoRef<SoSeparator> seen(new SoSeparator);
+                auto* camera = new SoPerspectiveCamera;
+                camera->position = SbVec3f(0, 0, distance);
+                seen->addChild(camera);
+                seen->addChild(world.get());
+                m_root = seen;
+                float widest = 0;
+                for (const SbVec3f& corner : corners())
+                    widest = std::max(widest, corner[0]);
+                EXPECT_EQ(widest, distance < 50 ? 1.5f : 0.5f) << root << distance;
+                seen->removeAllChildren();
+            }
+        }
+    }
+    SoInput::clearDirectories();
 }
 
 TEST_F(Amendment, ViewpointsKnowTheirPlaceAndContentIsReadWhenAsked)

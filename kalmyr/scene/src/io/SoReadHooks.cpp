@@ -195,6 +195,14 @@ void readLoadControl(SoInput* in, SoNode* node)
         control->setDirectory(in->getFolder());
 }
 
+void readGeoLOD(SoInput* in, SoNode* node)
+{
+    auto* lod = static_cast<SoVRMLGeoLOD*>(node);
+    lod->makeFiles();
+    for (SoNode* file : lod->getInternalChildren()->getNodes())
+        readInline<SoVRMLInline>(in, file);
+}
+
 void readDeformer(SoInput*, SoNode* node)
 {
     auto* deformer = static_cast<SoVRMLCoordinateDeformer*>(node);
@@ -214,6 +222,7 @@ void installReadHooks()
     SoDB::setReadHook(SoVRMLImageTexture::getClassTypeId(), readTexture<SoVRMLImageTexture>);
     SoDB::setReadHook(SoTexture2::getClassTypeId(), readTexture<SoTexture2>);
     SoDB::setReadHook(SoVRMLInlineLoadControl::getClassTypeId(), readLoadControl);
+    SoDB::setReadHook(SoVRMLGeoLOD::getClassTypeId(), readGeoLOD);
     SoDB::setReadHook(SoVRMLCoordinateDeformer::getClassTypeId(), readDeformer);
     SoDB::setReadHook(SoImage::getClassTypeId(), readTexture<SoImage>);
     SoDB::setReadHook(SoTexture3::getClassTypeId(), readFolder<SoTexture3>);

@@ -1,14 +1,12 @@
 #include <kalmyr/vrml/SoVRMLGeo.h>
 
+#include "GeoFrame.h"
 #include "GeometryInput.h"
-#include "GeoSystem.h"
 
 #include <kalmyr/actions/SoAction.h>
-#include <kalmyr/base/SoDebugError.h>
 #include <kalmyr/elements/SoMatrixElements.h>
 #include <kalmyr/shapes/ShapeSource.h>
 #include <kalmyr/vrml/SoVRMLMacros.h>
-#include <kalmyr/vrml/SoVRMLProto.h>
 
 #include "core/CacheLock.h"
 
@@ -18,85 +16,6 @@
 using namespace kalmyr::detail;
 
 namespace {
-
-/// Where places are drawn: their system, and the origin that they are measured from.
-struct GeoFrame {
-    GeoSystem system;
-    SbVec3d origin; ///< from the earth's centre
-    SbMatrix turn;  ///< from the axes of the earth to those that things are drawn along
-    std::string fault;
-
-    /// False when there is no such place; `fault` tells.
-    bool toLocal(const SbVec3d& given, SbVec3d& local)
-    {
-        const SbVec3d place = system.toCentre(given);
-        local = turned(place - origin, turn);
-        if (!std::isfinite(local[0] + local[1] + local[2]) && fault.empty())
-            fault = "'" + placeText(given) + "' is no place on the earth";
-        return fault.empty();
-    }
-    bool toLocal(const SbString& text, SbVec3d& local)
-    {
-        SbVec3d given;
-        if (!readPlace(text.toStdString(), given) && fault.empty())
-            fault = "'" + text.toStdString() + "' is not three numbers";
-        return fault.empty() && toLocal(given, local);
-    }
-    SbVec3d fromLocal(const SbVec3d& local) const
-    {
-        SbMatrix back = turn;
-        for (int row = 0; row < 3; ++row) {
-            for (int c = 0; c < 3; ++c)
-                back[row][c] = turn[c][row];
-        }
-        return system.fromCentre(turned(local, back) + origin);
-    }
-
-    static SbVec3d turned(const SbVec3d& p, const SbMatrix& by)
-    {
-        SbVec3d out;
-        for (int c = 0; c < 3; ++c)
-            out[c] = p[0] * by[0][c] + p[1] * by[1][c] + p[2] * by[2][c];
-        return out;
-    }
-};
-
-GeoFrame frameOf(const SoMFString& words, const SoSFNode& originField)
-{
-    GeoFrame frame;
-    frame.fault = frame.system.set(words.values());
-    const SoNode* node =
-        originField.isIgnored() ? nullptr : SoVRMLProtoInstance::resolve(originField.getValue());
-    if (!node || !node->isOfType(SoVRMLGeoOrigin::getClassTypeId()))
-        return frame;
-    const auto* origin = static_cast<const SoVRMLGeoOrigin*>(node);
-    GeoSystem system;
-    std::string fault = system.set(origin->geoSystem.values());
-    SbVec3d given;
-    if (fault.empty() && !readPlace(origin->geoCoords.getValue().toStdString(), given))
-        fault = "'" + origin->geoCoords.getValue().toStdString() + "' is not three numbers";
-    if (fault.empty()) {
-        frame.origin = system.toCentre(given);
-        if (!std::isfinite(frame.origin[0]))
-            fault = "'" + origin->geoCoords.getValue().toStdString() + "' is no place on the earth";
-    }
-    if (fault.empty() && origin->rotateYUp.getValue()) {
-        const SbMatrix axes = axesAt(frame.origin);
-        for (int row = 0; row < 3; ++row) {
-            for (int c = 0; c < 3; ++c)
-                frame.turn[row][c] = axes[c][row];
-        }
-    }
-    if (!fault.empty() && frame.fault.empty())
-        frame.fault = "geoOrigin: " + fault;
-    return frame;
-}
-
-void warnOfGeo(const SoNode* node, const std::string& fault)
-{
-    SoDebugError::postWarning(node->getTypeId().getName().getString(), "\"%s\": %s",
-                              node->getName().getString(), fault.c_str());
-}
 
 template <class To, class From>
 void forwardEvent(SoFieldSensor& sensor, From& event, void (*function)(void*, SoSensor*), To* self)
@@ -347,45 +266,6 @@ void SoVRMLGeoLocation::setState(SoState* state)
 }
 
 // ---- what is kept
-
-SO_NODE_SOURCE(SoVRMLGeoLOD)
-
-SoVRMLGeoLOD::SoVRMLGeoLOD()
-{
-    SO_NODE_CONSTRUCTOR(SoNode);
-    SO_VRML_FIELD(center, (""));
-    SO_VRML_EMPTY_FIELD(child1Url);
-    SO_VRML_EMPTY_FIELD(child2Url);
-    SO_VRML_EMPTY_FIELD(child3Url);
-    SO_VRML_EMPTY_FIELD(child4Url);
-    SO_VRML_EMPTY_FIELD(geoOrigin);
-    SO_VRML_EMPTY_FIELD(geoSystem);
-    geoSystem.initValues({SbString("GD"), SbString("WE")});
-    SO_VRML_FIELD(range, (10.0f));
-    SO_VRML_EMPTY_FIELD(rootUrl);
-    SO_VRML_EMPTY_FIELD(rootNode);
-    SO_VRML_EVENT_OUT(children);
-}
-
-SoVRMLGeoLOD::~SoVRMLGeoLOD() = default;
-
-void SoVRMLGeoLOD::initClass()
-{
-    SO_NODE_INIT_CLASS(SoVRMLGeoLOD, SoNode, "VRMLGeoLOD");
-}
-
-void SoVRMLGeoLOD::doAction(SoAction* action)
-{
-    if (rootNode.isIgnored())
-        return;
-    SoState* state = action->getState();
-    state->push();
-    for (SoNode* node : rootNode.getValues()) {
-        if (node)
-            action->traverse(node, -1);
-    }
-    state->pop();
-}
 
 SO_NODE_SOURCE(SoVRMLGeoMetadata)
 

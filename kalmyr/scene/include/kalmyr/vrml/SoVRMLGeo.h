@@ -2,6 +2,7 @@
 
 #include <kalmyr/base/SbMatrix.h>
 #include <kalmyr/base/SbVec.h>
+#include <kalmyr/core/SoChildList.h>
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/core/SoNodeMacros.h>
 #include <kalmyr/fields/SoMFNode.h>
@@ -136,8 +137,8 @@ private:
     mutable SbMatrix m_matrix;
 };
 
-/// Shows `rootNode`. The files of `rootUrl` and of the four children are not read: the node keeps
-/// them and has no finer levels.
+/// Shows `rootNode`, or the file of `rootUrl`, and in its place the files of the four children when
+/// the eye is nearer to `center` than `range`. The files are read as those of inlines are.
 class KALMYR_API SoVRMLGeoLOD : public SoNode {
     SO_NODE_HEADER(SoVRMLGeoLOD)
 
@@ -157,11 +158,26 @@ public:
     SoMFNode rootNode;
     SoMFNode children; ///< event out; never sent
 
+    /// For readers, when the node is whole: makes the inlines that stand for its files. They are
+    /// empty at first.
+    void makeFiles();
+    /// The inlines: that of the root, if there is one, and those of the children.
+    SoChildList* getInternalChildren() const override { return &m_files; }
+
     bool affectsState() const override { return false; }
     void doAction(SoAction* action) override;
+    void copyContents(const SoNode* from, SoNodeCopier& copier) override;
 
 protected:
     ~SoVRMLGeoLOD() override;
+
+private:
+    void addFile(const SoMFString& url);
+    bool isNear(SoState* state) const;
+    void traverseRoot(SoAction* action);
+
+    mutable SoChildList m_files;
+    bool m_hasRootFile = false;
 };
 
 /// Says what the data are; without effect.
@@ -227,8 +243,7 @@ protected:
     void hover(const Pointer& pointer) override;
 };
 
-/// A place to look from. It can be bound and keeps its values; viewers do not go there, but ask
-/// getView().
+/// A place to look from, as SoVRMLViewpoint.
 class KALMYR_API SoVRMLGeoViewpoint : public SoVRMLBindable {
     SO_NODE_HEADER(SoVRMLGeoViewpoint)
 
