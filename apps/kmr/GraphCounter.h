@@ -10,6 +10,7 @@
 #include <kalmyr/vrml/SoVRMLGeo.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 #include <kalmyr/vrml/SoVRMLInline.h>
+#include <kalmyr/vrml/SoVRMLProto.h>
 
 #include <cstdint>
 #include <limits>
@@ -44,6 +45,13 @@ private:
                || node->isOfType(SoWWWInline::getClassTypeId());
     }
 
+    /// Of an instance of a prototype: what its body takes from the field occurs in the body.
+    static bool isDrawnInBody(const SoNode* node, const SoField& field)
+    {
+        return node->isOfType(SoVRMLProtoInstance::getClassTypeId())
+               && static_cast<const SoVRMLProtoInstance*>(node)->isPassedOn(field);
+    }
+
     /// Occurrences of the node and what is below it, seen from one place of it.
     std::uint64_t visit(const SoNode* node)
     {
@@ -57,8 +65,11 @@ private:
         for (int i = isInline(node) ? 1 : 0; children && i < children->getLength(); ++i)
             result = sum(result, visitChild(node, (*children)[i]));
         const SoFieldData* data = node->getFieldData();
-        for (int i = 0; data && i < data->getNumFields(); ++i)
-            result = sum(result, visitField(*data->getField(node, i)));
+        for (int i = 0; data && i < data->getNumFields(); ++i) {
+            const SoField& field = *data->getField(node, i);
+            const std::uint64_t held = visitField(field);
+            result = sum(result, isDrawnInBody(node, field) ? 0 : held);
+        }
         m_known[node] = result;
         return result;
     }

@@ -176,6 +176,24 @@ TEST_F(KmrTest, KnowsTheNodesOfTheModulesThatAreInstalled)
     EXPECT_TRUE(has(bare.output, "\"UnknownNode\":4")) << bare.output;
 }
 
+TEST_F(KmrTest, CountsWhatNestedPrototypesPassOnOnce)
+{
+    constexpr int kLevels = 40;
+    std::string text = "#VRML V2.0 utf8\nPROTO P0 [ field MFNode children [ ] ] { Group { children "
+                       "IS children } }\n";
+    for (int i = 1; i < kLevels; ++i)
+        text += "PROTO P" + std::to_string(i) + " [ field MFNode children [ ] ] { P"
+                + std::to_string(i - 1) + " { children IS children } }\n";
+    const std::string file =
+        write("robot.wrl", text + "P" + std::to_string(kLevels - 1)
+                               + " { children [ Viewpoint { } Shape { geometry Box { } } ] }\n");
+    const Outcome told = run("info --json " + file);
+    EXPECT_TRUE(has(told.output, "\"occurrences\":" + std::to_string(kLevels + 4) + ","))
+        << told.output;
+    EXPECT_TRUE(has(told.output, "\"triangles\":12,")) << told.output;
+    EXPECT_EQ(run("export " + file + " " + path("robot.ps")).status, 0);
+}
+
 TEST_F(KmrTest, GoesOnBehindABrokenFile)
 {
     const std::string good = write("good.ky", "#Kalmyr V1.0 ascii\nCube { }\n");

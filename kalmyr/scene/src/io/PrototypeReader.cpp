@@ -441,8 +441,10 @@ Parsed PrototypeReader::tryIs(SoField& field, bool isEvent)
     else if (outer->getTypeId() != field.getTypeId())
         m_scene.warnOnce("is " + std::string(name), name.data(),
                          "the prototype's field '" + std::string(name) + "' is of another type");
-    else
+    else {
+        m_instance->notePassedOn(*outer);
         connectIs(*outer, field, isEvent);
+    }
     return Parsed::Yes;
 }
 

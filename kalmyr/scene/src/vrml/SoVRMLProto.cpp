@@ -1,6 +1,7 @@
 #include <kalmyr/vrml/SoVRMLProto.h>
 
-#include <kalmyr/actions/SoAction.h>
+#include <kalmyr/actions/SoSearchAction.h>
+#include <kalmyr/core/SoFieldData.h>
 #include <kalmyr/core/SoForeignFields.h>
 #include <kalmyr/core/SoNodeCopier.h>
 
@@ -11,6 +12,28 @@
 namespace {
 
 SoType s_instanceType;
+
+/// What the body takes from the interface is searched where it stands there: looked at twice at
+/// each level, a few nested prototypes would have places without end.
+void searchInstance(SoAction* action, SoNode* node)
+{
+    auto* search = static_cast<SoSearchAction*>(action);
+    search->check(node);
+    if (search->hasTerminated())
+        return;
+    if (!search->isSearchingAll()) {
+        search->searchBelow(node);
+        return;
+    }
+    auto* instance = static_cast<SoVRMLProtoInstance*>(node);
+    search->traverseChildren(instance->getParts());
+    const SoFieldData* data = instance->getFieldData();
+    for (const int i : data->getNodeFields()) {
+        SoField* field = data->getField(instance, i);
+        if (!search->hasTerminated() && !instance->isPassedOn(*field))
+            search->searchField(instance, field);
+    }
+}
 
 } // namespace
 
@@ -75,6 +98,7 @@ void SoVRMLProtoInstance::initClass()
     s_instanceType =
         SoType::createType(SoNode::getClassTypeId(), SbName("VRMLProtoInstance"),
                            []() -> void* { return static_cast<SoNode*>(new SoVRMLProtoInstance); });
+    SoSearchAction::addMethod(s_instanceType, searchInstance);
 }
 
 SoVRMLProtoInstance::SoVRMLProtoInstance() : m_declared(this), m_parts(this) {}
@@ -108,6 +132,21 @@ SoNode* SoVRMLProtoInstance::resolve(SoNode* node)
     return node;
 }
 
+void SoVRMLProtoInstance::notePassedOn(const SoField& field)
+{
+    const int index = getFieldData()->getIndex(this, &field);
+    if (std::find(m_passedOn.begin(), m_passedOn.end(), index) == m_passedOn.end())
+        m_passedOn.push_back(index);
+}
+
+bool SoVRMLProtoInstance::isPassedOn(const SoField& field) const
+{
+    return !m_passedOn.empty()
+           && std::find(m_passedOn.begin(), m_passedOn.end(),
+                        getFieldData()->getIndex(this, &field))
+                  != m_passedOn.end();
+}
+
 bool SoVRMLProtoInstance::affectsState() const
 {
     return m_parts.getLength() > 0 && m_parts[0]->affectsState();
@@ -124,6 +163,7 @@ void SoVRMLProtoInstance::copyContents(const SoNode* from, SoNodeCopier& copier)
     const auto* source = static_cast<const SoVRMLProtoInstance*>(from);
     holdProto(source->m_proto.get());
     m_declared.copy(source->m_declared, copier);
+    m_passedOn = source->m_passedOn;
     SoForeignFields::copy(from, this, copier);
     if (!from->getName().isEmpty())
         setName(from->getName());

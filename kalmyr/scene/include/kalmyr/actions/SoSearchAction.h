@@ -70,6 +70,7 @@ public:
     void check(SoNode* node);
     void searchBelow(SoNode* node);
     void searchFields(SoNode* node);
+    void searchField(SoNode* container, SoField* field);
     /// Notes that the nodes found below the one visited depend on where it stands.
     void dependsOnPlace() { ++m_numPlaceBound; }
 
@@ -85,7 +86,6 @@ private:
     bool matches(const SoNode* node) const;
     static void collectNodeFields(const SoNode* node, const SoFieldData* data, NodeFields& known);
     void searchEverywhereBelow(SoNode* node);
-    void searchField(SoNode* container, SoField* field);
     void searchFieldNode(SoNode* container, SoNode* node);
 
     SoNode* m_node = nullptr; // Not owned, only compared.

@@ -95,6 +95,12 @@ public:
     SoChildList& getParts() const { return m_parts; }
     SoChildList* getInternalChildren() const override { return &m_parts; }
 
+    /// For readers: fields of the body take the value of this one of the interface.
+    void notePassedOn(const SoField& field);
+    /// Whether the nodes that a field of the interface holds stand in the body as well. Searches
+    /// for everything look at them there.
+    bool isPassedOn(const SoField& field) const;
+
     /// The node that `node` stands for: itself unless it is an instance; null for an empty one.
     static SoNode* resolve(SoNode* node);
 
@@ -111,4 +117,5 @@ private:
     SoRef<SoVRMLProto> m_proto;
     SoDeclaredFields m_declared;
     mutable SoChildList m_parts;
+    std::vector<int> m_passedOn; ///< indices of fields
 };
