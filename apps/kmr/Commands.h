@@ -20,5 +20,6 @@ int wrongUsage(const std::string& reason);
 bool takeOption(Arguments& arguments, const std::string& name, std::string& value);
 /// Takes "--name" out of the arguments; whether it was there.
 bool takeFlag(Arguments& arguments, const std::string& name);
-/// What is left over looks like an option; it is then named.
-bool hasUnknownOption(const Arguments& arguments, std::string& option);
+/// What is left over in front of "--" looks like an option; it is then named. Takes "--" out: what
+/// stays are names.
+bool hasUnknownOption(Arguments& arguments, std::string& option);

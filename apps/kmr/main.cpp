@@ -63,6 +63,8 @@ constexpr char kUsage[] =
     "  [--folder DIR] FILE... writes FILE.png beside each FILE, or into DIR; the same goes for\n"
     "  export.\n"
     "\n"
+    "  Names that begin with a dash stand behind \"--\".\n"
+    "\n"
     "  kmr --help | --version\n"
     "\n"
     "Examples:\n"
@@ -99,6 +101,13 @@ int endWith(int status)
     return std::max(status, 1);
 }
 
+/// Behind "--" there are names only.
+template <class Args>
+auto endOfOptions(Args& arguments)
+{
+    return std::find(arguments.begin(), arguments.end(), "--");
+}
+
 } // namespace
 
 int wrongUsage(const std::string& reason)
@@ -110,7 +119,8 @@ int wrongUsage(const std::string& reason)
 bool takeOption(Arguments& arguments, const std::string& name, std::string& value)
 {
     const std::string joined = name + "=";
-    for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+    const auto end = endOfOptions(arguments);
+    for (auto at = arguments.begin(); at != end; ++at) {
         if (at->starts_with(joined)) {
             value = at->substr(joined.size());
             arguments.erase(at);
@@ -118,7 +128,7 @@ bool takeOption(Arguments& arguments, const std::string& name, std::string& valu
         }
         if (*at != name)
             continue;
-        if (at + 1 == arguments.end())
+        if (at + 1 == end)
             return false;
         value = *(at + 1);
         arguments.erase(at, at + 2);
@@ -129,21 +139,26 @@ bool takeOption(Arguments& arguments, const std::string& name, std::string& valu
 
 bool takeFlag(Arguments& arguments, const std::string& name)
 {
-    const auto at = std::find(arguments.begin(), arguments.end(), name);
-    if (at == arguments.end())
+    const auto end = endOfOptions(arguments);
+    const auto at = std::find(arguments.begin(), end, name);
+    if (at == end)
         return false;
     arguments.erase(at);
     return true;
 }
 
-bool hasUnknownOption(const Arguments& arguments, std::string& option)
+bool hasUnknownOption(Arguments& arguments, std::string& option)
 {
-    const auto at = std::find_if(arguments.begin(), arguments.end(), [](const std::string& one) {
+    const auto end = endOfOptions(arguments);
+    const auto at = std::find_if(arguments.begin(), end, [](const std::string& one) {
         return one.size() > 1 && one[0] == '-';
     });
-    if (at != arguments.end())
+    const bool isFound = at != end;
+    if (isFound)
         option = *at;
-    return at != arguments.end();
+    if (end != arguments.end())
+        arguments.erase(end);
+    return isFound;
 }
 
 int main(int argc, char** argv)
@@ -152,7 +167,8 @@ int main(int argc, char** argv)
     const Arguments all(argv + 1, argv + argc);
     if (all.empty())
         return wrongUsage("a command is missing");
-    if (std::find(all.begin(), all.end(), "--help") != all.end() || all[0] == "-h") {
+    const auto end = endOfOptions(all);
+    if (std::find(all.begin(), end, "--help") != end || all[0] == "-h") {
         std::fputs(kUsage, stdout);
         return endWith(0);
     }

@@ -200,6 +200,7 @@ TEST_F(KmrTest, GoesOnBehindABrokenFile)
     const std::string bad = write("bad.wrl", "#VRML V2.0 utf8\nGroup { children [ Shape {\n");
     const Outcome told = run("info --json " + path("none.wrl") + " " + bad + " " + good);
     EXPECT_EQ(told.status, 1);
+    EXPECT_TRUE(has(run("info -- -none.wrl").errors, "-none.wrl: error: it cannot be opened"));
     EXPECT_TRUE(has(told.errors, bad + ":3:1: error: expected a field or '}'")) << told.errors;
     EXPECT_TRUE(has(told.errors, path("none.wrl") + ": error: it cannot be opened"));
     EXPECT_TRUE(has(told.output, "\"errors\":[{\"line\":3,\"column\":1,")) << told.output;
