@@ -1,95 +1,21 @@
 #include <kalmyr/core/SoTokenizer.h>
 
-#include <kalmyr/base/SbNumber.h>
+#include "NumberScan.h"
+#include "TextClasses.h"
+
 #include <kalmyr/base/SoContract.h>
 
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <concepts>
-#include <limits>
-#include <type_traits>
-#include <utility>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
+using namespace kalmyr::detail;
+
 namespace {
-
-using Classes = unsigned char;
-constexpr Classes kSeparator = 1;
-constexpr Classes kWordStart = 2;
-constexpr Classes kWordRest = 4;
-constexpr Classes kIdentStart = 8;
-constexpr Classes kIdentRest = 16;
-constexpr Classes kBare = 32;        // strings without quotes
-constexpr Classes kLineEnd = 64;     // ends a comment
-constexpr Classes kQuoteEvent = 128; // to be looked at inside a quoted string
-
-constexpr bool isOneOf(char c, std::string_view set)
-{
-    return set.find(c) != std::string_view::npos;
-}
-
-constexpr Classes classOf(unsigned char u)
-{
-    const char c = static_cast<char>(u);
-    const bool digit = c >= '0' && c <= '9';
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-    const bool printable = u > 0x20 && u != 0x7f;
-    const bool rest = printable && !isOneOf(c, "\"#',.[\\]{}");
-    const std::pair<bool, Classes> memberships[] = {
-        {isOneOf(c, " \t\n\r\f\v,"), kSeparator},
-        {rest && !digit && c != '+' && c != '-', kWordStart},
-        {rest, kWordRest},
-        {letter, kIdentStart},
-        {letter || digit, kIdentRest},
-        {printable && !isOneOf(c, "\"#',[]{}"), kBare},
-        {c == '\n' || c == '\r', kLineEnd},
-        {c == '"' || c == '\\', kQuoteEvent},
-    };
-    Classes result = 0;
-    for (const auto& [member, bit] : memberships) {
-        result = static_cast<Classes>(result | (member ? bit : 0));
-    }
-    return result;
-}
-
-constexpr auto kClasses = [] {
-    std::array<Classes, 256> table{};
-    for (unsigned i = 0; i < table.size(); ++i) {
-        table[i] = classOf(static_cast<unsigned char>(i));
-    }
-    return table;
-}();
-
-inline bool is(char c, Classes classes)
-{
-    return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
-}
-
-const char* skipComment(const char* p, const char* end)
-{
-    while (p < end && !is(*p, kLineEnd)) {
-        ++p;
-    }
-    return p;
-}
-
-/// The zero behind the text is no separator, so no bounds test is needed.
-inline const char* skipSeparators(const char* p, const char* end)
-{
-    for (;;) {
-        while (is(*p, kSeparator)) {
-            ++p;
-        }
-        if (*p != '#') {
-            return p;
-        }
-        p = skipComment(p, end);
-    }
-}
 
 std::size_t countLineFeeds(std::string_view text)
 {
@@ -114,130 +40,10 @@ std::size_t countLineFeeds(std::string_view text)
     return count + static_cast<std::size_t>(std::count(p, end, '\n'));
 }
 
-int hexDigit(char c)
-{
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-/// Digits behind "0x". A number without a sign may use all bits of its type.
-template <class T>
-const char* scanHex(const char* p, bool negative, T& value)
-{
-    constexpr std::size_t kDigits = 2 * sizeof(T);
-    std::uint64_t sum = 0;
-    const char* first = p;
-    while (*p == '0') {
-        ++p;
-    }
-    const char* significant = p;
-    for (int digit; (digit = hexDigit(*p)) >= 0; ++p) {
-        sum = sum << 4 | static_cast<unsigned>(digit);
-    }
-    if (p == first || static_cast<std::size_t>(p - significant) > kDigits) {
-        return nullptr;
-    }
-    if (negative && sum > std::uint64_t(std::numeric_limits<T>::max()) + 1) {
-        return nullptr;
-    }
-    value = static_cast<T>(negative ? ~sum + 1 : sum);
-    return p;
-}
-
 bool equalsInSmallLetters(std::string_view word, std::string_view small)
 {
     return std::equal(word.begin(), word.end(), small.begin(), small.end(),
                       [](char a, char b) { return (a | 0x20) == b; });
-}
-
-/// End of the number at `p`, or null when there is none of this type.
-template <std::integral T>
-inline const char* scanNumber(const char* p, const char*, T& value)
-{
-    const bool negative = *p == '-';
-    if (negative || *p == '+') {
-        ++p;
-    }
-    unsigned digit = static_cast<unsigned char>(*p) - unsigned('0');
-    if (digit > 9 || (negative && std::is_unsigned_v<T>)) {
-        return nullptr;
-    }
-    if (digit == 0 && (p[1] | 0x20) == 'x') {
-        return scanHex(p + 2, negative, value);
-    }
-    constexpr std::uint64_t kMax = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
-    const std::uint64_t limit = kMax + (negative ? 1 : 0);
-    std::uint64_t sum = 0;
-    do {
-        sum = sum * 10 + digit;
-        if (sum > limit) {
-            return nullptr;
-        }
-        digit = static_cast<unsigned char>(*++p) - unsigned('0');
-    } while (digit <= 9);
-    if (*p == '.') {
-        // "2.0" is a whole number, too.
-        if (*++p != '0') {
-            return nullptr;
-        }
-        while (*p == '0') {
-            ++p;
-        }
-        if (*p == '.' || is(*p, kWordRest)) {
-            return nullptr;
-        }
-    }
-    value = static_cast<T>(negative ? ~sum + 1 : sum);
-    return p;
-}
-
-/// The rest of a number that is none, from its '#' on. Null when it is something else.
-template <std::floating_point T>
-const char* scanOddNumber(const char* first, const char* p, T& value)
-{
-    using Limits = std::numeric_limits<T>;
-    const std::string_view kinds[] = {"#INF", "#IND", "#QNAN", "#SNAN"};
-    for (const std::string_view kind : kinds) {
-        std::size_t n = 0;
-        while (n < kind.size() && p[n] == kind[n]) {
-            ++n;
-        }
-        if (n < kind.size()) {
-            continue;
-        }
-        value = kind != "#INF"  ? Limits::quiet_NaN()
-                : *first == '-' ? -Limits::infinity()
-                                : Limits::infinity();
-        p += n;
-        while (*p >= '0' && *p <= '9') {
-            ++p;
-        }
-        return p;
-    }
-    return p; // a remark that touches a number
-}
-
-template <std::floating_point T>
-inline const char* scanNumber(const char* p, const char* end, T& value)
-{
-    SbNumber::Result result;
-    if constexpr (std::is_same_v<T, float>) {
-        result = SbNumber::parseFloat(p, end, value);
-    } else {
-        result = SbNumber::parseDouble(p, end, value);
-    }
-    // Some programs write infinities and no numbers as "1.#INF" and "-1.#IND".
-    if (result && *result.end == '#' && result.end[-1] == '.') {
-        return scanOddNumber(p, result.end, value);
-    }
-    // "nan" and "inf" are numbers, "infrared" is a name.
-    if (!result || (is(*p, kIdentStart) && is(*result.end, kWordRest))) {
-        return nullptr;
-    }
-    return result.end;
 }
 
 } // namespace
@@ -436,19 +242,7 @@ std::size_t SoTokenizer::readMany(T* to, std::size_t max)
     if (m_failed) {
         return 0;
     }
-    const char* p = m_at;
-    const char* const end = m_end;
-    std::size_t count = 0;
-    for (; count < max; ++count) {
-        p = skipSeparators(p, end);
-        const char* next = scanNumber(p, end, to[count]);
-        if (!next) {
-            break;
-        }
-        p = next;
-    }
-    m_at = p;
-    return count;
+    return scanNumbers(m_at, m_end, to, max);
 }
 
 std::size_t SoTokenizer::readNumbers(float* to, std::size_t max)
