@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cassert>
 
 #if defined(__SSE2__)
@@ -59,6 +60,18 @@ SoTokenizer::SoTokenizer(const char* text, std::size_t size, std::string_view so
 
 void SoTokenizer::skip()
 {
+#if defined(__SSE2__)
+    // Behind the first blanks of an indented line there are mostly more.
+    while (is(m_at[0], kSeparator) && is(m_at[1], kSeparator) && m_end - m_at >= 16) {
+        const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_at));
+        const __m128i blanks = _mm_or_si128(_mm_cmpeq_epi8(c, _mm_set1_epi8(' ')),
+                                            _mm_cmpeq_epi8(c, _mm_set1_epi8('\n')));
+        const auto others = static_cast<unsigned>(_mm_movemask_epi8(blanks)) ^ 0xffffu;
+        if (others & 1)
+            break;
+        m_at += others ? std::countr_zero(others) : 16;
+    }
+#endif
     m_at = skipSeparators(m_at, m_end);
 }
 

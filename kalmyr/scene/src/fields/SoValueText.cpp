@@ -245,7 +245,7 @@ int significantDigits(std::string_view number)
 /// Returns the value that a number stands for in a rotation, given its text.
 double inRotation(std::string_view text, double value, bool& precise)
 {
-    if (significantDigits(text) > kFloatDigits) {
+    if (text.size() > std::size_t(kFloatDigits) && significantDigits(text) > kFloatDigits) {
         precise = true;
         return value;
     }

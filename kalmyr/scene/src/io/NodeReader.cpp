@@ -60,6 +60,7 @@ void NodeReader::forgetNames()
 {
     m_scene.getDefinitions().clear();
     m_types.clear();
+    m_lastTypes = {};
 }
 
 void NodeReader::release()
@@ -178,7 +179,12 @@ bool NodeReader::readUse(SoNode*& node)
 
 const NodeReader::TypeEntry& NodeReader::entryOf(std::string_view type)
 {
+    auto& [lastName, lastEntry] = m_lastTypes[slotOf(type)];
+    if (lastEntry && lastName == type)
+        return *lastEntry;
     const auto [at, isNew] = m_types.try_emplace(type);
+    lastName = type;
+    lastEntry = &at->second;
     if (isNew) {
         SoVRMLProto* const proto = m_prototypes.find(type);
         const bool isBuiltIn = proto && !proto->builtIn.isBad();
@@ -338,9 +344,18 @@ int NodeReader::findField(const SoNode* node, std::string_view word, std::string
     const SoFieldData* data = node->getFieldData();
     if (!data)
         return -1;
+    std::uint16_t& last = m_lastFields[slotOf(word)];
+    if (last < data->getNumFields() && data->getFieldName(last).view() == word)
+        return last;
     const int index = data->getIndex(SbName::find(word));
-    if (index >= 0)
-        return index;
+    if (index < 0)
+        return findOtherName(node, word, typeName);
+    last = static_cast<std::uint16_t>(index);
+    return index;
+}
+
+int NodeReader::findOtherName(const SoNode* node, std::string_view word, std::string_view typeName)
+{
     std::string_view alias = m_scene.getDialect().fieldAlias(node->getTypeId(), word);
     if (alias.empty())
         alias = m_prototypes.exposedName(word);
@@ -348,7 +363,7 @@ int NodeReader::findField(const SoNode* node, std::string_view word, std::string
         m_scene.warnOnce("alias " + std::string(typeName), word.data(),
                          quoted(word) + " of " + quoted(typeName) + " is called " + quoted(alias)
                              + " in this format");
-    return alias.empty() ? -1 : data->getIndex(SbName::find(alias));
+    return alias.empty() ? -1 : node->getFieldData()->getIndex(SbName::find(alias));
 }
 
 Parsed NodeReader::tryField(SoNode* node, std::string_view word, std::string_view typeName)

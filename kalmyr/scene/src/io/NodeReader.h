@@ -15,9 +15,12 @@
 #include <kalmyr/core/SoNode.h>
 #include <kalmyr/io/SoDB.h>
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 class SoChildList;
 
@@ -73,7 +76,11 @@ public:
     std::size_t getNumNamed() const { return m_numNamed; }
     bool isInPrototype() const { return m_protoDepth > 0; }
     /// The type name may mean something else from here on.
-    void forgetType(std::string_view name) { m_types.erase(name); }
+    void forgetType(std::string_view name)
+    {
+        m_types.erase(name);
+        m_lastTypes = {};
+    }
     /// The names in the text so far are none in what follows.
     void forgetNames();
     /// Lets go of nodes, prototypes and all else that has a name in the text.
@@ -97,6 +104,14 @@ private:
     Parsed readChild(SoChildList& children, std::string_view word);
     /// The field's place in the node's table, also under other names; negative when there is none.
     int findField(const SoNode* node, std::string_view word, std::string_view typeName);
+    int findOtherName(const SoNode* node, std::string_view word, std::string_view typeName);
+    /// Where what was found for a word is looked for first.
+    static std::size_t slotOf(std::string_view word)
+    {
+        const auto at = [&](std::size_t i) { return static_cast<unsigned char>(word[i]); };
+        return (word.size() + at(0) * 7u + at(word.size() / 2) * 13u + at(word.size() - 1) * 3u)
+               % kNumSlots;
+    }
 
     SceneText m_scene;
     EngineReader m_engines;
@@ -108,6 +123,10 @@ private:
     ValueReader m_values;
     IndexCheck m_indexCheck;
     std::unordered_map<std::string_view, TypeEntry> m_types;
+    /// What a few words were found to be, so that most need no search.
+    static constexpr std::size_t kNumSlots = 64;
+    std::array<std::pair<std::string_view, const TypeEntry*>, kNumSlots> m_lastTypes{};
+    std::array<std::uint16_t, kNumSlots> m_lastFields{}; ///< places in tables, to be made sure of
     std::size_t m_bodyAt = 0;
     std::size_t m_numNamed = 0;
     const char* m_stackLimit = nullptr; ///< reading changes stacks below this address

@@ -5,17 +5,50 @@
 #include "NodeReader.h"
 #include "StringCheck.h"
 
+#include <kalmyr/base/SoRef.h>
 #include <kalmyr/core/SoField.h>
+#include <kalmyr/core/SoNode.h>
 #include <kalmyr/fields/SoMNodeField.h>
 #include <kalmyr/fields/SoSFEnum.h>
 #include <kalmyr/fields/SoValueFields.h>
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 #include <utility>
 #include <vector>
 
 namespace kalmyr::detail {
+
+namespace {
+
+/// The nodes of one list, on top of those of the lists around it.
+class Pending {
+public:
+    explicit Pending(std::vector<SoNode*>& all) : m_all(all), m_begin(all.size()) {}
+    ~Pending()
+    {
+        for (std::size_t i = m_begin; i < m_all.size(); ++i)
+            m_all[i]->unref();
+        m_all.resize(m_begin);
+    }
+    Pending(const Pending&) = delete;
+    Pending& operator=(const Pending&) = delete;
+
+    void add(SoNode* node)
+    {
+        const SoRef<SoNode> held(node);
+        m_all.push_back(node);
+        node->ref();
+    }
+    std::span<SoNode* const> get() const { return std::span(m_all).subspan(m_begin); }
+
+private:
+    std::vector<SoNode*>& m_all;
+    std::size_t m_begin;
+};
+
+} // namespace
 
 bool ValueReader::takeUse(SoNode* node)
 {
@@ -26,22 +59,40 @@ bool ValueReader::takeUse(SoNode* node)
     return true;
 }
 
+unsigned ValueReader::kindOf(const SoField& field)
+{
+    const SoType type = field.getTypeId();
+    const auto index = static_cast<std::size_t>(type.getIndex());
+    if (index >= m_kinds.size())
+        m_kinds.resize(index + 1);
+    std::uint8_t& kind = m_kinds[index];
+    if (kind == 0) {
+        const auto isA = [&](SoType base, Kind is) {
+            return type.isDerivedFrom(base) ? unsigned(is) : 0u;
+        };
+        kind = static_cast<std::uint8_t>(
+            KNOWN | isA(SoSFEnum::getClassTypeId(), NAMED)
+            | isA(SoSFBitMask::getClassTypeId(), NAMED) | isA(SoMField::getClassTypeId(), LIST)
+            | isA(SoMNodeField::getClassTypeId(), NODES)
+            | (isNodeField(type) ? unsigned(HOLDS_NODES) : 0u)
+            | isA(SoSFString::getClassTypeId(), STRINGS)
+            | isA(SoMFString::getClassTypeId(), STRINGS) | isA(SoSFBool::getClassTypeId(), BOOL));
+    }
+    return kind;
+}
+
 bool ValueReader::read(SoField& field)
 {
-    if (!m_scene.getDialect().isLenient)
-        return readPlain(field);
-    const SoType type = field.getTypeId();
-    const bool isText =
-        type == SoSFString::getClassTypeId() || type == SoMFString::getClassTypeId();
-    if (!isText && type != SoSFBool::getClassTypeId())
-        return readPlain(field);
+    const unsigned kind = kindOf(field);
+    if (!m_scene.getDialect().isLenient || !(kind & (STRINGS | BOOL)))
+        return readPlain(field, kind);
     SoTokenizer& text = m_scene.getTokens();
     text.peek();
     const char* const begin = text.getText() + text.getOffset();
-    if (!readPlain(field))
+    if (!readPlain(field, kind))
         return false;
     const std::string_view taken(begin, text.getText() + text.getOffset());
-    if (!isText)
+    if (kind & BOOL)
         warnOfOddBool(taken);
     else if (!m_scene.getDialect().bodiesHoldNodes) // VRML 1.0 knows no UTF-8
         warnOfOddString(taken);
@@ -60,17 +111,18 @@ void ValueReader::warnOfOddString(std::string_view value)
         m_scene.warnOnce(odd.what, odd.at, odd.what);
 }
 
-bool ValueReader::readPlain(SoField& field)
+bool ValueReader::readPlain(SoField& field, unsigned kind)
 {
+    if (!(kind & HOLDS_NODES))
+        return readValue(field, kind);
     const SoFieldContainer* container = field.getContainer();
-    const bool mayUse = isNodeField(field.getTypeId()) && container
-                        && container->isOfType(SoNode::getClassTypeId())
+    const bool mayUse = container && container->isOfType(SoNode::getClassTypeId())
                         && declaresFields(static_cast<const SoNode*>(container));
     if (!mayUse)
-        return readValue(field);
+        return readValue(field, kind);
     Uses uses{m_nodes.getDepth(), 0, {}};
     Uses* const before = std::exchange(m_uses, &uses);
-    const bool ok = readValue(field);
+    const bool ok = readValue(field, kind);
     m_uses = before;
     for (SoForeignFields::Use& use : uses.found) {
         use.field = container->getFieldName(&field);
@@ -79,28 +131,24 @@ bool ValueReader::readPlain(SoField& field)
     return ok;
 }
 
-bool ValueReader::readValue(SoField& field)
+bool ValueReader::readValue(SoField& field, unsigned kind)
 {
     SoTokenizer& text = m_scene.getTokens();
     if (m_nodes.getPieces().isOpen() && text.accept('@'))
         return m_nodes.getPieces().readBlock(field);
-    if (m_scene.getDialect().isLenient && text.peek() == '['
-        && !field.isOfType(SoMField::getClassTypeId())) {
+    if (m_scene.getDialect().isLenient && text.peek() == '[' && !(kind & LIST)) {
         m_scene.warnOnce("brackets", text.getText() + text.getOffset(),
                          "there are brackets around the value of a field of one value");
         return text.expect('[') && field.readValue(m_nodes) && text.expect(']');
     }
-    return field.isOfType(SoMNodeField::getClassTypeId())
-               ? readNodeList(static_cast<SoMNodeField&>(field))
-               : field.readValue(m_nodes);
+    return kind & NODES ? readNodeList(static_cast<SoMNodeField&>(field))
+                        : field.readValue(m_nodes);
 }
 
 bool ValueReader::readOdd(SoField& field)
 {
     SoTokenizer& text = m_scene.getTokens();
-    const bool isNamed =
-        field.isOfType(SoSFEnum::getClassTypeId()) || field.isOfType(SoSFBitMask::getClassTypeId());
-    if (!isNamed || !m_scene.getDialect().isLenient)
+    if (!(kindOf(field) & NAMED) || !m_scene.getDialect().isLenient)
         return read(field);
     const SoTokenizer before = text;
     if (read(field))
@@ -132,10 +180,9 @@ bool ValueReader::readOdd(SoField& field)
 bool ValueReader::readNodeList(SoMNodeField& field)
 {
     SoTokenizer& text = m_scene.getTokens();
-    std::vector<SoRef<SoNode>> held;
-    std::vector<SoNode*> nodes;
+    Pending nodes(m_pending);
     const bool one = !text.accept('[');
-    while (one ? held.empty() : !text.accept(']')) {
+    for (bool isRead = false; one ? !isRead : !text.accept(']');) {
         std::string_view word;
         if (!text.readWord(word))
             return text.fail(one ? "expected a node or '['" : "expected a node or ']'");
@@ -149,16 +196,16 @@ bool ValueReader::readNodeList(SoMNodeField& field)
             continue;
         }
         if (m_uses)
-            m_uses->index = static_cast<int>(nodes.size());
+            m_uses->index = static_cast<int>(nodes.get().size());
         SoNode* node = nullptr;
         if (!m_nodes.readNodeFrom(word, node))
             return false;
-        held.emplace_back(node);
+        isRead = true;
         if (node)
-            nodes.push_back(node);
+            nodes.add(node);
         text.reportProgress();
     }
-    return field.setValues(nodes) || text.fail("expected nodes that do not hold this one");
+    return field.setValues(nodes.get()) || text.fail("expected nodes that do not hold this one");
 }
 
 void ValueReader::readMark(SoField& field)

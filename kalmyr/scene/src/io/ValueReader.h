@@ -2,6 +2,7 @@
 
 #include <kalmyr/core/SoForeignFields.h>
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -30,7 +31,18 @@ public:
     bool takeUse(SoNode* node);
 
 private:
-    bool readPlain(SoField& field);
+    enum Kind : std::uint8_t {
+        KNOWN = 1,
+        NAMED = 2,
+        LIST = 4,
+        NODES = 8,
+        HOLDS_NODES = 16, ///< one or a list
+        STRINGS = 32,
+        BOOL = 64
+    };
+    /// What counts for reading of the field's type.
+    unsigned kindOf(const SoField& field);
+    bool readPlain(SoField& field, unsigned kind);
     void warnOfOddBool(std::string_view value);
     void warnOfOddString(std::string_view value);
     /// What such a field uses while its value is read.
@@ -39,13 +51,15 @@ private:
         int index = 0;
         std::vector<SoForeignFields::Use> found;
     };
-    bool readValue(SoField& field);
+    bool readValue(SoField& field, unsigned kind);
     /// One node or a list; what is left out (NULL, statements) leaves no gap.
     bool readNodeList(SoMNodeField& field);
 
     SceneText& m_scene;
     NodeReader& m_nodes;
-    Uses* m_uses = nullptr; // Not owned; on the stack of read().
+    Uses* m_uses = nullptr;            // Not owned; on the stack of read().
+    std::vector<std::uint8_t> m_kinds; ///< by type
+    std::vector<SoNode*> m_pending;    ///< referenced; of lists that are being read
 };
 
 } // namespace kalmyr::detail
