@@ -137,13 +137,14 @@ TEST_F(InputTest, InflatesAndRefusesBrokenCompression)
     constexpr std::size_t kBlanks = std::size_t(1) << 24;
     std::string bomb = io::zipped(io::kAscii);
     const std::string blanks = io::zipped(std::string(kBlanks, ' '));
-    for (std::size_t size = 0; size < SoInput::kMinUnpacked; size += kBlanks)
+    for (std::size_t size = 0; size <= SoInput::kMinUnpacked; size += kBlanks)
         bomb += blanks;
     errors.clear();
     EXPECT_TRUE(inflated(bomb) == "refused");
     EXPECT_TRUE(errors.contains("the preference KMR_MAX_UNPACK_RATIO allows more"));
     SoPreferences::setInt("KMR_MAX_UNPACK_RATIO", 2000);
-    EXPECT_TRUE(inflated(bomb) != "refused");
+    SoInput in;
+    EXPECT_TRUE(in.setBuffer(bomb.data(), bomb.size()));
     SoPreferences::removeValue("KMR_MAX_UNPACK_RATIO");
 }
 

@@ -36,7 +36,7 @@ TEST_F(LibertiesTest, AreToldOnceWithTheirPlace)
         {"PROTO P [ ] { Group { } } PROTO P [ ] { Group { } }", "2:33: prototype 'P' is declared"},
         {"PROTO 3P [ ] { Group { } }", "2:7: '3P' has characters that a name cannot have"},
         {"DEF +x Group { } USE +x", "2:5: '+x' has characters that a name cannot have"},
-        {"DEF x(]y Group { }", "2:5: 'x(]y' has characters"},
+        {"DEF x.y Group { }", "2:5: 'x.y' has characters"},
         {"Group { children [ Box { } PROTO P [ ] { Group { } } ] }", "2:28: 'PROTO' stands in a"},
         {"LOD { children [ ] } LOD { children [ ] }", "2:7: 'children' of 'LOD' is called 'level'"},
         {"Script { initializeOnly SFBool a TRUE }", "2:10: 'initializeOnly' is a word of later"},

@@ -136,7 +136,7 @@ ROUTE a.b TO c.d ROUTE a.b TO c.d
 Group { children [ P { } Shape { } ROUTE a.b TO c.d USE Nothing ] })"));
     ASSERT_TRUE(root);
     EXPECT_EQ(warnings.count(), 7u);
-    EXPECT_TRUE(warnings.contains("<memory>:6:31: 'ROUTE' stands in a list of nodes"));
+    EXPECT_TRUE(warnings.contains("<memory>:6:36: 'ROUTE' stands in a list of nodes"));
     EXPECT_TRUE(warnings.contains("<memory>:3:1: node type 'P' is unknown"));
     EXPECT_TRUE(warnings.contains("<memory>:3:13: node type 'Q' is unknown"));
     EXPECT_TRUE(

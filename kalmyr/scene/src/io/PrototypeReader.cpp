@@ -317,7 +317,7 @@ bool PrototypeReader::checkUnused()
     std::vector<SoVRMLProto*> unused;
     for (SoVRMLProto* proto = m_protos.get(); proto && proto != m_known;
          proto = proto->getPrevious())
-        if (!proto->checked && !proto->external && proto->getNumInstances() == 0)
+        if (!proto->checked && !proto->external)
             unused.push_back(proto);
     for (auto proto = unused.rbegin(); proto != unused.rend(); ++proto)
         if (!check(**proto))
