@@ -32,7 +32,7 @@ public:
     /// kMinUnpacked. The preference KMR_MAX_UNPACK_RATIO sets another factor.
     static constexpr int kMaxUnpackRatio = 100;
     /// As much may come out of any file (bytes).
-    static constexpr std::size_t kMinUnpacked = std::size_t(1) << 28;
+    static constexpr std::size_t kMinUnpacked = std::size_t(1) << 26;
     /// The first line is looked for within that many bytes.
     static constexpr std::size_t kMaxHeader = 1024;
 
