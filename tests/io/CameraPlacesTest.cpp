@@ -14,8 +14,9 @@
 #include <kalmyr/vrml/SoVRMLBindable.h>
 #include <kalmyr/vrml/SoVRMLGroup.h>
 
-#include <regex>
+#include <cstring>
 #include <sstream>
+#include <string>
 
 namespace {
 
@@ -162,16 +163,17 @@ std::string fill(const Example& example)
         moves = example.isNew ? "scale 2 2 2" : "scaleFactor 2 2 2";
     const bool isNew = example.isNew;
     const std::pair<const char*, std::string> parts[] = {
-        {"\\$T", isNew ? moves : "Transform { " + moves + " }"},
-        {"\\$A", cameraText(example, kPosition, kAngle, isNew, example.isParallel)},
-        {"\\$B", cameraText(example, {-15, 0, 0}, -1.57f, isNew, !isNew && !example.isParallel)},
-        {"\\$C", cameraText(example, {0, 0, 60}, 3.14f, isNew, example.isParallel)},
-        {"\\$S", boxText(example, isNew, "1 0.2 0", {-2, 0, 0})
-                     + boxText(example, isNew, "0 1 0", {0.5f, 1, -6})},
-        {"\\$U", boxText(example, isNew, "0.2 0.4 1", {2, -1, 1})}};
+        {"$T", isNew ? moves : "Transform { " + moves + " }"},
+        {"$A", cameraText(example, kPosition, kAngle, isNew, example.isParallel)},
+        {"$B", cameraText(example, {-15, 0, 0}, -1.57f, isNew, !isNew && !example.isParallel)},
+        {"$C", cameraText(example, {0, 0, 60}, 3.14f, isNew, example.isParallel)},
+        {"$S", boxText(example, isNew, "1 0.2 0", {-2, 0, 0})
+                   + boxText(example, isNew, "0 1 0", {0.5f, 1, -6})},
+        {"$U", boxText(example, isNew, "0.2 0.4 1", {2, -1, 1})}};
     std::string text = example.text;
     for (const auto& [name, value] : parts)
-        text = std::regex_replace(text, std::regex(name), value);
+        for (auto at = text.find(name); at != text.npos; at = text.find(name, at + value.size()))
+            text.replace(at, std::strlen(name), value);
     return isNew ? io::kVrml97 + text : kVrml1 + std::string("Separator { ") + text + " }";
 }
 
